@@ -1,0 +1,35 @@
+#pragma once
+
+#include <functional>
+#include <memory>
+
+#include "base/AtomicReference.h"
+
+namespace tarvik {
+
+/// A completion that is delivered at most once, whichever thread comes first.
+template <typename... Arguments>
+class OneShot {
+  public:
+    using Callback = std::function<void(Arguments...)>;
+
+    /// Keeps `callback`; one kept earlier is released without being called. Any thread.
+    void store(Callback callback) {
+        callback_.store(std::make_shared<Callback>(std::move(callback)));
+    }
+
+    /// True while a completion waits. Any thread; another thread may take it right after.
+    bool isPending() const { return callback_.load() != nullptr; }
+
+    /// Takes the completion out and leaves the field empty; an empty result when there is none. Any
+    /// thread; of several callers exactly one gets it.
+    [[nodiscard]] Callback take() {
+        const std::shared_ptr<Callback> taken = callback_.take();
+        return taken ? std::move(*taken) : Callback();
+    }
+
+  private:
+    AtomicReference<Callback> callback_;
+};
+
+}  // namespace tarvik
