@@ -48,6 +48,18 @@ class Menu {
     virtual void setNeedsUpdateHandler(std::function<void()> handler) = 0;
 };
 
+/// What an entry of the Edit menu does to the field that has the keyboard.
+enum class EditAction { undo, redo, cut, copy, paste, selectAll };
+
+/// One entry of the Edit menu.
+struct EditMenuItem {
+    /// Empty for a separator, which has no action either.
+    std::string title;
+    std::optional<EditAction> action;
+    /// As in MenuItem, always with the command modifier.
+    std::string keyEquivalent;
+};
+
 /// The visible part of the status item. Main thread only.
 class StatusButton {
   public:
@@ -100,6 +112,10 @@ class UserInterface {
 
     virtual std::shared_ptr<StatusItem> makeStatusItem() = 0;
     virtual std::shared_ptr<Menu> makeMenu() = 0;
+
+    /// Makes the standard editing shortcuts work in the application's own fields. `title` and `items` are
+    /// those of a menu that is never shown; a desktop whose fields know the shortcuts has nothing to do.
+    virtual void installMainMenu(const std::string& title, const std::vector<EditMenuItem>& items) = 0;
 
     /// One of the symbols "mic" and "mic.fill"; empty when the symbol is unknown.
     virtual std::shared_ptr<Image> systemSymbol(const std::string& name,

@@ -76,9 +76,8 @@ class WebSocketSessionDelegate {
 /// Makes one connection and calls its delegate and its handlers on a serial queue of its own, which is
 /// not the main thread.
 ///
-/// The session holds its delegate from its making until 10 s after its connection has ended (longer
-/// than any deadline a delegate sets itself), or, when no connection was ever made, until the session
-/// is destroyed.
+/// The session holds its delegate weakly until a connection is made, and strongly from then until 10 s
+/// after the connection has ended, which is longer than any deadline that a delegate sets itself.
 class WebSocketSession {
   public:
     virtual ~WebSocketSession() = default;
