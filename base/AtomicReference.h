@@ -7,8 +7,8 @@ namespace tarvik {
 
 /// A shared reference that one thread replaces and others read, without a lock of ours.
 ///
-/// It stands in for std::atomic<std::shared_ptr<T>>, which libc++ does not have and whose libstdc++ 12
-/// form the thread sanitizer cannot follow; both libraries offer the free functions used here.
+/// It stands in for std::atomic<std::shared_ptr<T>>, which libc++ does not have and whose libstdc++
+/// 12 form the thread sanitizer cannot follow; both libraries offer the free functions used here.
 template <typename T>
 class AtomicReference {
   public:

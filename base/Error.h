@@ -6,7 +6,8 @@ namespace tarvik {
 
 /// A failure reported by a platform service.
 struct Error {
-    /// The platform's own number for it (an errno value, a close code, an HTTP status); 0 when it has none.
+    /// The platform's own number for it (an errno value, a close code, an HTTP status); 0 when it
+    /// has none.
     int code = 0;
     /// One line for a log, without a trailing full stop.
     std::string localizedDescription;

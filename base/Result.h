@@ -11,8 +11,8 @@ namespace tarvik {
 template <typename Value>
 class Result {
   public:
-    Result(Value value) : content_(std::move(value)) {}    // NOLINT: implicit on purpose
-    Result(Error error) : content_(std::move(error)) {}    // NOLINT: implicit on purpose
+    Result(Value value) : content_(std::move(value)) {}  // NOLINT: implicit on purpose
+    Result(Error error) : content_(std::move(error)) {}  // NOLINT: implicit on purpose
 
     explicit operator bool() const { return std::holds_alternative<Value>(content_); }
 

@@ -13,7 +13,8 @@ namespace tarvik {
 /// The owner's type derives from std::enable_shared_from_this and is held by a shared_ptr.
 template <typename Owner, typename Action>
 auto weakly(Owner& owner, Action action) {
-    return [weakOwner = std::weak_ptr<Owner>(std::static_pointer_cast<Owner>(owner.shared_from_this())),
+    return [weakOwner =
+                std::weak_ptr<Owner>(std::static_pointer_cast<Owner>(owner.shared_from_this())),
             action = std::move(action)](auto&&... arguments) {
         if (const std::shared_ptr<Owner> strongOwner = weakOwner.lock()) {
             std::invoke(action, *strongOwner, std::forward<decltype(arguments)>(arguments)...);

@@ -40,23 +40,23 @@ class Accessibility {
     /// The element that stands for the whole desktop.
     virtual AXUIElementRef createSystemWide() = 0;
 
-    /// Reads an attribute whose value is an element. The focused element is answered at once from what
-    /// has been followed so far: it is the one that had the focus before a hotkey was pressed.
+    /// Reads an attribute whose value is an element. The focused element is answered at once from
+    /// what has been followed so far: it is the one that had the focus before a hotkey was pressed.
     virtual AXError copyAttributeValue(const AXUIElementRef& element, std::string_view attribute,
                                        AXUIElementRef* outValue) = 0;
 
-    /// Writes a text attribute; "AXSelectedText" replaces the selection (or inserts at the caret). It
-    /// answers success only when the text is known to have arrived, and no success only when it is
-    /// known, as far as the other program tells the truth, that it has not and will not. Waits for the
-    /// other program, 0.5 s in all at the most; a program that did not answer or did not tell the
-    /// truth once is refused at once from then on, while it lives.
+    /// Writes a text attribute; "AXSelectedText" replaces the selection (or inserts at the caret).
+    /// It answers success only when the text is known to have arrived, and no success only when it
+    /// is known, as far as the other program tells the truth, that it has not and will not. Waits
+    /// for the other program, 0.5 s in all at the most; a program that did not answer or did not
+    /// tell the truth once is refused at once from then on, while it lives.
     virtual AXError setAttributeValue(const AXUIElementRef& element, std::string_view attribute,
                                       const std::string& text) = 0;
 
     /// Whether this application may do all that. Answered from what is known, without waiting.
     virtual bool isProcessTrusted() = 0;
-    /// The same; with `prompt`, makes the desktop ask for the permission, or switches it on where it is
-    /// a switch, when it is not there.
+    /// The same; with `prompt`, makes the desktop ask for the permission, or switches it on where
+    /// it is a switch, when it is not there.
     virtual bool isProcessTrustedWithOptions(bool prompt) = 0;
 };
 

@@ -10,8 +10,8 @@ enum class ActivationPolicy { regular = 0, accessory = 1, prohibited = 2 };
 
 /// What the system says about a launch that has finished.
 struct LaunchNotification {
-    /// Whether the user simply started the application; absent when the system does not say, or does
-    /// not say it as a truth value.
+    /// Whether the user simply started the application; absent when the system does not say, or
+    /// does not say it as a truth value.
     std::optional<bool> isDefaultLaunch;
 };
 
@@ -22,8 +22,8 @@ class ApplicationDelegate {
 
     /// Once, in the first turn of the loop.
     virtual void applicationDidFinishLaunching(const LaunchNotification& notification) = 0;
-    /// The user opened the running application again. The answer is whether the system should do what
-    /// it usually does.
+    /// The user opened the running application again. The answer is whether the system should do
+    /// what it usually does.
     virtual bool applicationShouldHandleReopen(bool hasVisibleWindows) = 0;
 };
 
@@ -39,8 +39,8 @@ class Application {
     virtual int run() = 0;
     /// Ends the event loop after the present turn. Allowed before run(), which then ends at once.
     virtual void terminate() = 0;
-    /// Brings the application's windows in front of those of other applications, as far as the desktop
-    /// allows it.
+    /// Brings the application's windows in front of those of other applications, as far as the
+    /// desktop allows it.
     virtual void activateIgnoringOtherApps() = 0;
 };
 

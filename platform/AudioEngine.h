@@ -18,8 +18,8 @@ struct AudioFormat {
 
 /// One delivery of audio, valid during the call that delivers it.
 struct AudioPcmBuffer {
-    /// One array of `frameLength` samples (nominally −1 to 1) for each channel; null when the buffer
-    /// does not hold float samples.
+    /// One array of `frameLength` samples (nominally −1 to 1) for each channel; null when the
+    /// buffer does not hold float samples.
     const float* const* floatChannelData = nullptr;
     std::uint32_t frameLength = 0;
     AudioFormat format;
@@ -34,20 +34,21 @@ class AudioInputNode {
   public:
     virtual ~AudioInputNode() = default;
 
-    /// The format of the microphone at this moment; a sample rate of 0 when there is no microphone. A
-    /// real backend gets the microphone ready when it is asked, so that a start soon after is quick.
+    /// The format of the microphone at this moment; a sample rate of 0 when there is no microphone.
+    /// A real backend gets the microphone ready when it is asked, so that a start soon after is
+    /// quick.
     virtual AudioFormat inputFormatForBus(std::uint32_t bus) = 0;
 
-    /// Delivers the microphone's audio in buffers of about `bufferSize` frames while the engine runs.
-    /// At most one tap a bus.
+    /// Delivers the microphone's audio in buffers of about `bufferSize` frames while the engine
+    /// runs. At most one tap a bus.
     virtual void installTapOnBus(std::uint32_t bus, std::uint32_t bufferSize,
                                  const AudioFormat& format, AudioTapBlock block) = 0;
     /// Once this has returned, the block is not called again.
     virtual void removeTapOnBus(std::uint32_t bus) = 0;
 };
 
-/// Captures the default microphone, never a loudspeaker's monitor. Main thread only; no call waits for
-/// the sound server. Destruction stops it.
+/// Captures the default microphone, never a loudspeaker's monitor. Main thread only; no call waits
+/// for the sound server. Destruction stops it.
 class AudioEngine {
   public:
     virtual ~AudioEngine() = default;
@@ -73,9 +74,10 @@ class AudioService {
 
     virtual std::unique_ptr<AudioEngine> makeEngine() = 0;
 
-    /// Calls `handler` on the main thread when the audio configuration has changed so that a running
-    /// engine is no longer good: another default microphone, another rate, a microphone gone, come,
-    /// suspended or failed, the sound server gone or back. One burst of such events is one call.
+    /// Calls `handler` on the main thread when the audio configuration has changed so that a
+    /// running engine is no longer good: another default microphone, another rate, a microphone
+    /// gone, come, suspended or failed, the sound server gone or back. One burst of such events is
+    /// one call.
     [[nodiscard]] virtual std::unique_ptr<AudioObservation> observeConfigurationChange(
         std::function<void()> handler) = 0;
 };

@@ -11,8 +11,8 @@ class Bundle {
   public:
     virtual ~Bundle() = default;
 
-    /// An entry of the information dictionary, "CFBundleShortVersionString" for example; nothing when
-    /// it is missing or not text.
+    /// An entry of the information dictionary, "CFBundleShortVersionString" for example; nothing
+    /// when it is missing or not text.
     virtual std::optional<std::string> objectForInfoDictionaryKey(std::string_view key) const = 0;
     /// What is started to start the application: the bundle's folder, or the executable where an
     /// application is a single file. Absolute.

@@ -13,11 +13,12 @@ class CaptureAuthorization {
   public:
     virtual ~CaptureAuthorization() = default;
 
-    /// An AuthorizationStatus, as a number. Main thread; answered from what is known, without waiting.
+    /// An AuthorizationStatus, as a number. Main thread; answered from what is known, without
+    /// waiting.
     virtual int authorizationStatusForAudio() = 0;
 
-    /// Asks the user where that is needed, and calls `handler`, on any thread, once, with whether the
-    /// permission is there. Main thread; does not wait.
+    /// Asks the user where that is needed, and calls `handler`, on any thread, once, with whether
+    /// the permission is there. Main thread; does not wait.
     virtual void requestAccessForAudio(std::function<void(bool granted)> handler) = 0;
 };
 

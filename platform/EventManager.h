@@ -67,15 +67,15 @@ struct EventHotKey;
 using EventHandlerRef = EventHandler*;
 using EventHotKeyRef = EventHotKey*;
 
-/// A handler: the next handler (not used), the event, and what was given as user data. Called on the
-/// main thread. It answers noErr, or eventNotHandledErr to pass the event on.
+/// A handler: the next handler (not used), the event, and what was given as user data. Called on
+/// the main thread. It answers noErr, or eventNotHandledErr to pass the event on.
 using EventHandlerProc = OSStatus (*)(EventHandlerCall* next, Event* event, void* userData);
 
 /// System-wide hotkeys. Main thread only.
 ///
 /// A registered combination reports one press event per key press of the user, the repeats of a key
-/// held down as further press events in the order in which they come, and one release event when the
-/// combination ends, whichever of its keys goes up first. Lock keys do not matter.
+/// held down as further press events in the order in which they come, and one release event when
+/// the combination ends, whichever of its keys goes up first. Lock keys do not matter.
 class EventManager {
   public:
     virtual ~EventManager() = default;
@@ -83,15 +83,16 @@ class EventManager {
     /// The target on which hotkeys report.
     virtual EventTarget* applicationEventTarget() = 0;
 
-    /// Installs `handler` for the listed kinds of events and writes its handle to `outRef`. The user
-    /// data is passed to every call as it is. Once removed, the handler is not called again.
+    /// Installs `handler` for the listed kinds of events and writes its handle to `outRef`. The
+    /// user data is passed to every call as it is. Once removed, the handler is not called again.
     virtual OSStatus installEventHandler(EventTarget* target, EventHandlerProc handler,
                                          std::span<const EventTypeSpec> types, void* userData,
                                          EventHandlerRef* outRef) = 0;
     virtual OSStatus removeEventHandler(EventHandlerRef handler) = 0;
 
-    /// Registers a key with exactly these modifiers (shiftKeyMask, optionKeyMask) under `id` and writes
-    /// its handle to `outRef`; a combination that another program holds is eventHotKeyExistsErr.
+    /// Registers a key with exactly these modifiers (shiftKeyMask, optionKeyMask) under `id` and
+    /// writes its handle to `outRef`; a combination that another program holds is
+    /// eventHotKeyExistsErr.
     virtual OSStatus registerEventHotKey(std::uint32_t keyCode, std::uint32_t modifiers,
                                          EventHotKeyID id, EventTarget* target,
                                          std::uint32_t options, EventHotKeyRef* outRef) = 0;

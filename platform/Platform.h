@@ -26,8 +26,8 @@ namespace tarvik::platform {
 
 /// The services of one desktop, gathered. It outlives every object that uses one of them.
 ///
-/// While it lives it is the current platform; there is at most one at a time. Objects take the services
-/// they use by constructor; only the `shared` instances look the current platform up.
+/// While it lives it is the current platform; there is at most one at a time. Objects take the
+/// services they use by constructor; only the `shared` instances look the current platform up.
 class Platform {
   public:
     Platform();
@@ -66,8 +66,8 @@ class Platform {
     }
 
   protected:
-    /// Destroys the shared instances. A derived platform does this first of all in its destructor, while
-    /// its services still live.
+    /// Destroys the shared instances. A derived platform does this first of all in its destructor,
+    /// while its services still live.
     void releaseSharedInstances();
 
   private:
@@ -87,8 +87,8 @@ class Platform {
     std::atomic<SharedSlot*> sharedSlots_ = nullptr;
 };
 
-/// The platform that this program was built for. `argumentCount` and `arguments` are those of main and
-/// outlive it. Main thread, once.
+/// The platform that this program was built for. `argumentCount` and `arguments` are those of main
+/// and outlive it. Main thread, once.
 std::unique_ptr<Platform> makePlatform(int& argumentCount, char** arguments);
 
 }  // namespace tarvik::platform

@@ -13,7 +13,7 @@ class Timer {
     virtual ~Timer() = default;
 
     /// Stops the timer for good; its block is not called again. Allowed inside the block, and any
-    /// number of times.
+    /// number of times; so is dropping the timer.
     virtual void invalidate() = 0;
 };
 
@@ -22,8 +22,8 @@ class TimerService {
   public:
     virtual ~TimerService() = default;
 
-    /// Calls `block` on the main thread every `interval`, first after one interval. A tick never comes
-    /// early; ticks that a busy main thread missed are skipped, not made up for.
+    /// Calls `block` on the main thread every `interval`, first after one interval. A tick never
+    /// comes early; ticks that a busy main thread missed are skipped, not made up for.
     [[nodiscard]] virtual std::unique_ptr<Timer> scheduledRepeatingTimer(
         Seconds interval, std::function<void()> block) = 0;
 };

@@ -71,7 +71,8 @@ class StatusButton {
     virtual void setTitle(const std::string& title) = 0;
 };
 
-/// The application's place in the menu bar or tray; it is there while the object lives. Main thread only.
+/// The application's place in the menu bar or tray; it is there while the object lives. Main thread
+/// only.
 class StatusItem {
   public:
     virtual ~StatusItem() = default;
@@ -113,16 +114,18 @@ class UserInterface {
     virtual std::shared_ptr<StatusItem> makeStatusItem() = 0;
     virtual std::shared_ptr<Menu> makeMenu() = 0;
 
-    /// Makes the standard editing shortcuts work in the application's own fields. `title` and `items` are
-    /// those of a menu that is never shown; a desktop whose fields know the shortcuts has nothing to do.
-    virtual void installMainMenu(const std::string& title, const std::vector<EditMenuItem>& items) = 0;
+    /// Makes the standard editing shortcuts work in the application's own fields. `title` and
+    /// `items` are those of a menu that is never shown; a desktop whose fields know the shortcuts
+    /// has nothing to do.
+    virtual void installMainMenu(const std::string& title,
+                                 const std::vector<EditMenuItem>& items) = 0;
 
     /// One of the symbols "mic" and "mic.fill"; empty when the symbol is unknown.
     virtual std::shared_ptr<Image> systemSymbol(const std::string& name,
                                                 const std::string& accessibilityDescription) = 0;
 
-    /// Shows the alert in front of all applications and comes back with the answer; blocks of the main
-    /// queue run meanwhile.
+    /// Shows the alert in front of all applications and comes back with the answer; blocks of the
+    /// main queue run meanwhile.
     virtual AlertAnswer runModal(const Alert& alert) = 0;
 
     /// Brings up the setup window.

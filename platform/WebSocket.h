@@ -23,8 +23,9 @@ struct UrlRequest {
     int cachePolicy = 0;
     /// How long, in seconds, the opening may take before it fails.
     double timeoutInterval = 60.0;
-    /// Header fields beside those of the handshake itself, with their values as they are. A value that
-    /// cannot stand in a header (it has a line break or another control character) fails the opening.
+    /// Header fields beside those of the handshake itself, with their values as they are. A value
+    /// that cannot stand in a header (it has a line break or another control character) fails the
+    /// opening.
     std::vector<std::pair<std::string, std::string>> headerFields;
 };
 
@@ -38,8 +39,8 @@ struct WebSocketMessage {
 
 /// One connection. Its operations may be called on any thread and never block.
 ///
-/// Handlers run on the session's serial queue, never inside the call that was given them, each at most
-/// once; those still waiting when the connection ends get an error.
+/// Handlers run on the session's serial queue, never inside the call that was given them, each at
+/// most once; those still waiting when the connection ends get an error.
 class WebSocketTask {
   public:
     using SendHandler = std::function<void(std::optional<Error>)>;
@@ -49,11 +50,11 @@ class WebSocketTask {
 
     /// Starts the opening. Once.
     virtual void resume() = 0;
-    /// Sends one message after those given before; the handler comes once the bytes have left for the
-    /// network or cannot any more. Messages given before the opening wait for it.
+    /// Sends one message after those given before; the handler comes once the bytes have left for
+    /// the network or cannot any more. Messages given before the opening wait for it.
     virtual void send(WebSocketMessage message, SendHandler handler) = 0;
-    /// Yields the next message, or the error that ended the connection. Messages are kept until they
-    /// are asked for. At most one receive waits at a time.
+    /// Yields the next message, or the error that ended the connection. Messages are kept until
+    /// they are asked for. At most one receive waits at a time.
     virtual void receive(ReceiveHandler handler) = 0;
     /// Sends a close frame where the connection is open and gives the connection up; a receive that
     /// waits gets an error. Any number of times, in any state.
@@ -73,11 +74,12 @@ class WebSocketSessionDelegate {
     virtual void didClose(WebSocketTask& task, int closeCode, const std::string& reason) = 0;
 };
 
-/// Makes one connection and calls its delegate and its handlers on a serial queue of its own, which is
-/// not the main thread.
+/// Makes one connection and calls its delegate and its handlers on a serial queue of its own, which
+/// is not the main thread.
 ///
-/// The session holds its delegate weakly until a connection is made, and strongly from then until 10 s
-/// after the connection has ended, which is longer than any deadline that a delegate sets itself.
+/// The session holds its delegate weakly until a connection is made, and strongly from then until
+/// 10 s after the connection has ended, which is longer than any deadline that a delegate sets
+/// itself.
 class WebSocketSession {
   public:
     virtual ~WebSocketSession() = default;

@@ -27,12 +27,12 @@ class Workspace {
   public:
     virtual ~Workspace() = default;
 
-    /// The application whose window has the keyboard; empty when there is none or its process is not
-    /// known.
+    /// The application whose window has the keyboard; empty when there is none or its process is
+    /// not known.
     virtual std::shared_ptr<RunningApplication> frontmostApplication() = 0;
 
-    /// Calls `handler` on the main thread each time the machine has woken from sleep, for as long as
-    /// the workspace exists.
+    /// Calls `handler` on the main thread each time the machine has woken from sleep, for as long
+    /// as the workspace exists.
     virtual void observeDidWake(std::function<void()> handler) = 0;
 
     /// Opens a link with whatever the desktop uses for it, in the background. False when the link

@@ -1,0 +1,109 @@
+#include "app/AppDelegate.h"
+
+#include <utility>
+
+#include "base/Required.h"
+#include "base/Text.h"
+#include "base/Weakly.h"
+#include "settings/KeychainStore.h"
+#include "settings/LoginItem.h"
+#include "settings/PermissionChecker.h"
+#include "settings/SetupWindowController.h"
+
+namespace tarvik {
+
+namespace {
+
+constexpr std::string_view welcomeVersionKey = "lastWelcomeShownForVersion";
+/// Long enough for the permission prompts of a first launch to have come up before the window does.
+constexpr Seconds welcomeDelay{4.0};
+constexpr Seconds ordinaryLaunchDelay{0.4};
+
+}  // namespace
+
+AppDelegate::AppDelegate(platform::Platform& platform) : platform_(platform) {}
+
+void AppDelegate::applicationDidFinishLaunching(const platform::LaunchNotification& notification) {
+    installMainMenu();
+    setupHotkey();
+    setupStatusItem();
+    audio_ = std::make_shared<AudioCapture>(platform_.audio(), platform_.log());
+    PermissionChecker::requestMicrophone(platform_.captureAuthorization(), platform_.mainQueue(),
+                                         platform_.log(), [&log = platform_.log()](bool granted) {
+                                             log.write("TarvikDictate: launch-time mic request → " +
+                                                       std::string(trueOrFalse(granted)));
+                                         });
+    PermissionChecker::requestAccessibility(platform_.accessibility(), platform_.log());
+    decideWelcome(notification);
+    LoginItem::enableOnFirstRun(platform_.loginItem(), platform_.userDefaults(), platform_.log());
+    platform_.workspace().observeDidWake(weakly(*this, &AppDelegate::handleSystemWake));
+}
+
+bool AppDelegate::isSetupNeeded() const {
+    return !KeychainStore::shared().apiKey() ||
+           platform_.captureAuthorization().authorizationStatusForAudio() !=
+               static_cast<int>(platform::AuthorizationStatus::authorized) ||
+           !platform_.accessibility().isProcessTrusted();
+}
+
+// An ordinary launch brings the window up as well: it is how a user sees that the application runs.
+void AppDelegate::decideWelcome(const platform::LaunchNotification& notification) {
+    const bool needsSetup = isSetupNeeded();
+    const std::string version = versionText();
+    const bool isNewVersion = platform_.userDefaults().stringForKey(welcomeVersionKey) != version;
+    if (needsSetup || isNewVersion) {
+        platform_.userDefaults().setString(version, welcomeVersionKey);
+        scheduleSetupWindow(welcomeDelay);
+    } else if (notification.isDefaultLaunch.value_or(true)) {
+        scheduleSetupWindow(ordinaryLaunchDelay);
+    }
+}
+
+void AppDelegate::scheduleSetupWindow(Seconds delay) {
+    platform_.mainQueue().asyncAfter(delay, [] { SetupWindowController::shared().show(); });
+}
+
+std::string AppDelegate::versionText() const {
+    return platform_.bundle()
+        .objectForInfoDictionaryKey("CFBundleShortVersionString")
+        .value_or("?");
+}
+
+bool AppDelegate::applicationShouldHandleReopen(bool /*hasVisibleWindows*/) {
+    SetupWindowController::shared().show();
+    return true;
+}
+
+void AppDelegate::applicationWillTerminate() {
+    if (audio_) {
+        audio_->stop();
+    }
+}
+
+void AppDelegate::handleSystemWake() {
+    platform_.log().write("TarvikDictate: system woke — resetting subsystems");
+    if (isRecording_) {
+        isRecording_ = false;
+        updateStatusIcon(false);
+        required(audio_).stop();
+        // The client stays until it has finished: what it still delivers belongs to the user. The
+        // field is emptied then whatever it holds.
+        if (const std::shared_ptr<DeepgramClient> client = deepgram_.load()) {
+            client->finish(weakly(*this, [](AppDelegate& self) { self.deepgram_.store(nullptr); }));
+        }
+    }
+    required(toggle_).stop();
+    toggle_->start();
+}
+
+// The path is only wrapped in quotes: it is the application's own, not a user's text.
+void AppDelegate::restartApp() {
+    const platform::Bundle& bundle = platform_.bundle();
+    // A failure leaves nothing to do: the application ends either way, and is then started by hand.
+    static_cast<void>(platform_.taskLauncher().launch(
+        "/bin/sh",
+        {"-c", "sleep 0.5 && " + bundle.openCommand() + " \"" + bundle.bundlePath() + "\""}));
+    platform_.application().terminate();
+}
+
+}  // namespace tarvik

@@ -1,0 +1,77 @@
+#include "base/Text.h"
+
+#include <cstddef>
+#include <cstdint>
+
+namespace tarvik {
+
+namespace {
+
+constexpr char32_t replacementCharacter = 0xFFFD;
+
+struct Decoded {
+    char32_t character = replacementCharacter;
+    std::size_t length = 1;
+};
+
+std::uint8_t byteAt(std::string_view text, std::size_t index) {
+    return static_cast<std::uint8_t>(text[index]);
+}
+
+// Table 3-7 of the Unicode Standard, as ranges: overlong forms, surrogates and values past U+10FFFF
+// are no characters.
+Decoded decodeFirst(std::string_view text) {
+    const std::uint8_t lead = byteAt(text, 0);
+    if (lead < 0x80) {
+        return {lead, 1};
+    }
+    const std::size_t length = lead >= 0xF0 ? 4 : lead >= 0xE0 ? 3 : 2;
+    if (lead < 0xC2 || lead > 0xF4 || text.size() < length) {
+        return {};
+    }
+    char32_t character = lead & (0xFF >> (length + 1));
+    for (std::size_t i = 1; i < length; ++i) {
+        const std::uint8_t next = byteAt(text, i);
+        if ((next & 0xC0) != 0x80) {
+            return {};
+        }
+        character = character << 6 | (next & 0x3F);
+    }
+    const bool isOverlong =
+        (length == 3 && character < 0x800) || (length == 4 && character < 0x10000);
+    const bool isSurrogate = character >= 0xD800 && character <= 0xDFFF;
+    if (isOverlong || isSurrogate || character > 0x10FFFF) {
+        return {};
+    }
+    return {character, length};
+}
+
+}  // namespace
+
+std::u16string utf16FromUtf8(std::string_view text) {
+    std::u16string units;
+    units.reserve(text.size());
+    while (!text.empty()) {
+        const Decoded decoded = decodeFirst(text);
+        if (decoded.character < 0x10000) {
+            units.push_back(static_cast<char16_t>(decoded.character));
+        } else {
+            const char32_t offset = decoded.character - 0x10000;
+            units.push_back(static_cast<char16_t>(0xD800 + (offset >> 10)));
+            units.push_back(static_cast<char16_t>(0xDC00 + (offset & 0x3FF)));
+        }
+        text.remove_prefix(decoded.length);
+    }
+    return units;
+}
+
+std::string trimmed(std::string_view text) {
+    constexpr std::string_view whiteSpace = " \t\r\n\v\f";
+    const std::size_t first = text.find_first_not_of(whiteSpace);
+    if (first == std::string_view::npos) {
+        return {};
+    }
+    return std::string(text.substr(first, text.find_last_not_of(whiteSpace) - first + 1));
+}
+
+}  // namespace tarvik

@@ -1,0 +1,19 @@
+#pragma once
+
+#include <string>
+#include <string_view>
+
+namespace tarvik {
+
+/// A truth value as log lines show it.
+constexpr std::string_view trueOrFalse(bool value) {
+    return value ? "true" : "false";
+}
+
+/// The UTF-16 code units of a UTF-8 text; each byte that is part of no character becomes U+FFFD.
+std::u16string utf16FromUtf8(std::string_view text);
+
+/// `text` without the white space and line breaks at its ends.
+std::string trimmed(std::string_view text);
+
+}  // namespace tarvik

@@ -1,0 +1,64 @@
+#include "speech/ListenUrl.h"
+
+#include <algorithm>
+#include <charconv>
+#include <string_view>
+
+#include "speech/BuildConstants.h"
+
+namespace tarvik {
+
+namespace {
+
+bool isAlphanumeric(char c) {
+    return (c >= '0' && c <= '9') || (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z');
+}
+
+bool isPort(std::string_view text) {
+    std::uint16_t port = 0;
+    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), port);
+    return error == std::errc() && end == text.data() + text.size() && port > 0;
+}
+
+// An IPv6 address stands in brackets, because of its colons.
+bool isBracketedAddress(std::string_view name) {
+    return name.size() > 2 && name.front() == '[' && name.back() == ']' &&
+           std::all_of(name.begin() + 1, name.end() - 1, [](char c) {
+               return std::string_view("0123456789abcdefABCDEF:.").find(c) !=
+                      std::string_view::npos;
+           });
+}
+
+bool isHostName(std::string_view name) {
+    return !name.empty() && std::all_of(name.begin(), name.end(), [](char c) {
+        return isAlphanumeric(c) || c == '-' || c == '.' || c == '_';
+    });
+}
+
+bool isHostAndPort(std::string_view host) {
+    const std::size_t colon = host.rfind(':');
+    const bool hasPort = colon != std::string_view::npos && host.find(']', colon) == host.npos;
+    const std::string_view name = hasPort ? host.substr(0, colon) : host;
+    if (hasPort && !isPort(host.substr(colon + 1))) {
+        return false;
+    }
+    return isHostName(name) || isBracketedAddress(name);
+}
+
+}  // namespace
+
+std::string streamingHost(const platform::UserDefaults& defaults) {
+    return defaults.stringForKey("deepgramHost").value_or(builtInStreamingHost);
+}
+
+std::optional<std::string> listenUrl(const std::string& host, std::int64_t sampleRate) {
+    if (!isHostAndPort(host)) {
+        return std::nullopt;
+    }
+    return "wss://" + host +
+           "/v1/listen?model=nova-3&smart_format=true&punctuate=true&interim_results=true"
+           "&mip_opt_out=true&encoding=linear16&sample_rate=" +
+           std::to_string(sampleRate) + "&channels=1";
+}
+
+}  // namespace tarvik

@@ -1,0 +1,56 @@
+#include "speech/TranscriptMessage.h"
+
+#include <simdjson.h>
+
+namespace tarvik {
+
+namespace {
+
+constexpr std::size_t maximumBytes = std::size_t{1} << 20;
+constexpr std::size_t maximumDepth = 512;
+
+std::optional<simdjson::dom::object> firstAlternative(const simdjson::dom::object& message) {
+    simdjson::dom::object channel;
+    simdjson::dom::array alternatives;
+    if (message["channel"].get(channel) != simdjson::SUCCESS ||
+        channel["alternatives"].get(alternatives) != simdjson::SUCCESS) {
+        return std::nullopt;
+    }
+    std::optional<simdjson::dom::object> first;
+    for (const simdjson::dom::element element : alternatives) {
+        simdjson::dom::object alternative;
+        // One element of another kind makes the array something other than alternatives.
+        if (element.get(alternative) != simdjson::SUCCESS) {
+            return std::nullopt;
+        }
+        if (!first) {
+            first = alternative;
+        }
+    }
+    return first;
+}
+
+}  // namespace
+
+std::optional<TranscriptMessage> parseTranscriptMessage(std::string_view json) {
+    simdjson::dom::parser parser(maximumBytes);
+    simdjson::dom::object message;
+    if (json.size() > maximumBytes ||
+        parser.allocate(json.size(), maximumDepth) != simdjson::SUCCESS ||
+        parser.parse(simdjson::padded_string(json)).get(message) != simdjson::SUCCESS) {
+        return std::nullopt;
+    }
+    const std::optional<simdjson::dom::object> alternative = firstAlternative(message);
+    std::string_view text;
+    if (!alternative || (*alternative)["transcript"].get(text) != simdjson::SUCCESS ||
+        text.empty()) {
+        return std::nullopt;
+    }
+    bool isFinal = false;
+    if (message["is_final"].get(isFinal) != simdjson::SUCCESS) {
+        isFinal = false;
+    }
+    return TranscriptMessage{std::string(text), isFinal};
+}
+
+}  // namespace tarvik
