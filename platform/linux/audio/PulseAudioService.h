@@ -13,11 +13,12 @@ namespace tarvik::linuxdesktop {
 class ConfigurationChanges;
 class PulseServer;
 
-/// The microphone as the session's sound server (PulseAudio, or PipeWire's stand-in for it) offers it.
+/// The microphone as the session's sound server (PulseAudio, or PipeWire's stand-in for it) offers
+/// it.
 ///
-/// One connection lives as long as the service and follows the server's default source; a server that
-/// goes away is joined again when it comes back. Nothing wakes the process while nothing changes.
-/// Main thread only; no operation waits for the server. Engines may outlive the service.
+/// One connection lives as long as the service and follows the server's default source; a server
+/// that goes away is joined again when it comes back. Nothing wakes the process while nothing
+/// changes. Main thread only; no operation waits for the server. Engines may outlive the service.
 class PulseAudioService : public platform::AudioService, public platform::CaptureAuthorization {
   public:
     /// Starts to connect. `mainQueue` and `log` outlive the service and its engines.
@@ -28,8 +29,8 @@ class PulseAudioService : public platform::AudioService, public platform::Captur
     [[nodiscard]] std::unique_ptr<platform::AudioObservation> observeConfigurationChange(
         std::function<void()> handler) override;
 
-    /// authorized while the server offers a source that is not a loudspeaker's monitor, denied while
-    /// it offers none, notDetermined while no server answers.
+    /// authorized while the server offers a source that is not a loudspeaker's monitor, denied
+    /// while it offers none, notDetermined while no server answers.
     int authorizationStatusForAudio() override;
     /// Answers as soon as a server has answered, and with false when none has within two seconds.
     /// Handlers that still wait when the service is destroyed are dropped.

@@ -1,0 +1,25 @@
+#pragma once
+
+#include <pulse/pulseaudio.h>
+
+#include <cstdint>
+#include <string>
+
+namespace tarvik::linuxdesktop {
+
+/// A source of the sound server that is not a loudspeaker's monitor.
+struct Microphone {
+    /// The server's number for it, never reused while the server runs.
+    std::uint32_t index = PA_INVALID_INDEX;
+    std::string name;
+    /// Hertz.
+    std::uint32_t sampleRate = 0;
+    pa_channel_map channels{};
+
+    bool operator==(const Microphone& other) const {
+        return index == other.index && name == other.name && sampleRate == other.sampleRate &&
+               pa_channel_map_equal(&channels, &other.channels) != 0;
+    }
+};
+
+}  // namespace tarvik::linuxdesktop
