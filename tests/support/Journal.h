@@ -1,0 +1,53 @@
+#pragma once
+
+#include <algorithm>
+#include <cstddef>
+#include <mutex>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace tarvik::simulated {
+
+/// What all simulated services were asked to do, one line an event, in the order in which it
+/// happened across the services ("log …", "registerEventHotKey …", "setContentTintColor red"). Any
+/// thread.
+class Journal {
+  public:
+    void add(std::string line) {
+        const std::lock_guard lock(mutex_);
+        lines_.push_back(std::move(line));
+    }
+
+    std::vector<std::string> lines() const {
+        const std::lock_guard lock(mutex_);
+        return lines_;
+    }
+
+    /// The lines that begin with `prefix`.
+    std::vector<std::string> linesWithPrefix(std::string_view prefix) const {
+        std::vector<std::string> found;
+        for (const std::string& line : lines()) {
+            if (line.starts_with(prefix)) {
+                found.push_back(line);
+            }
+        }
+        return found;
+    }
+
+    std::size_t count(std::string_view line) const {
+        const std::lock_guard lock(mutex_);
+        return static_cast<std::size_t>(std::count(lines_.begin(), lines_.end(), line));
+    }
+
+    void clear() {
+        const std::lock_guard lock(mutex_);
+        lines_.clear();
+    }
+
+  private:
+    mutable std::mutex mutex_;
+    std::vector<std::string> lines_;
+};
+
+}  // namespace tarvik::simulated

@@ -1,0 +1,49 @@
+#include "tests/support/SimulatedApplication.h"
+
+#include <cstdlib>
+#include <string>
+
+namespace tarvik::simulated {
+
+void SimulatedApplication::setDelegate(std::shared_ptr<platform::ApplicationDelegate> delegate) {
+    journal_.add("setDelegate");
+    delegate_ = std::move(delegate);
+}
+
+void SimulatedApplication::setActivationPolicy(platform::ActivationPolicy policy) {
+    journal_.add("setActivationPolicy " + std::to_string(static_cast<int>(policy)));
+    activationPolicy_ = policy;
+}
+
+int SimulatedApplication::run() {
+    journal_.add("run");
+    if (delegate_ && !isTerminated_) {
+        time_.async([this] { launch(notification); });
+    }
+    while (!isTerminated_) {
+        if (!time_.runNext() && !time_.runUntil([this] { return time_.waitingBlocks() > 0; })) {
+            return EXIT_FAILURE;
+        }
+    }
+    return EXIT_SUCCESS;
+}
+
+void SimulatedApplication::terminate() {
+    journal_.add("terminate");
+    isTerminated_ = true;
+}
+
+void SimulatedApplication::activateIgnoringOtherApps() {
+    journal_.add("activateIgnoringOtherApps");
+    activations_.push_back(time_.now());
+}
+
+void SimulatedApplication::launch(const platform::LaunchNotification& launchNotification) {
+    delegate_->applicationDidFinishLaunching(launchNotification);
+}
+
+bool SimulatedApplication::reopen(bool hasVisibleWindows) {
+    return delegate_->applicationShouldHandleReopen(hasVisibleWindows);
+}
+
+}  // namespace tarvik::simulated

@@ -1,0 +1,108 @@
+#include "tests/support/SimulatedAudio.h"
+
+#include <algorithm>
+
+namespace tarvik::simulated {
+
+class SimulatedAudio::Observation final : public platform::AudioObservation {
+  public:
+    Observation(Observers& observers, Observers::iterator position)
+        : observers_(observers), position_(position) {}
+    ~Observation() override { observers_.erase(position_); }
+
+  private:
+    Observers& observers_;
+    Observers::iterator position_;
+};
+
+std::unique_ptr<platform::AudioEngine> SimulatedAudio::makeEngine() {
+    journal_.add("makeEngine");
+    auto record = std::make_shared<SimulatedAudioEngineRecord>();
+    engines_.push_back(record);
+    SimulatedAudioEngine::Surroundings surroundings;
+    surroundings.inputFormat = [this] { return inputFormat(); };
+    surroundings.startFailure = [this]() -> std::optional<Error> {
+        const std::lock_guard lock(mutex_);
+        if (!startFailure_ && !(inputFormat_.sampleRate > 0)) {
+            return Error{0, "there is no microphone"};
+        }
+        return startFailure_;
+    };
+    surroundings.note = [this](const std::string& call) { journal_.add("audio " + call); };
+    return std::make_unique<SimulatedAudioEngine>(std::move(surroundings), std::move(record));
+}
+
+std::unique_ptr<platform::AudioObservation> SimulatedAudio::observeConfigurationChange(
+    std::function<void()> handler) {
+    journal_.add("observeConfigurationChange");
+    return std::make_unique<Observation>(observers_,
+                                         observers_.insert(observers_.end(), std::move(handler)));
+}
+
+platform::AudioFormat SimulatedAudio::inputFormat() const {
+    const std::lock_guard lock(mutex_);
+    return inputFormat_;
+}
+
+void SimulatedAudio::setInputFormat(const platform::AudioFormat& format) {
+    const std::lock_guard lock(mutex_);
+    inputFormat_ = format;
+}
+
+void SimulatedAudio::setStartFailure(std::optional<Error> failure) {
+    const std::lock_guard lock(mutex_);
+    startFailure_ = std::move(failure);
+}
+
+void SimulatedAudio::changeConfiguration() {
+    const std::lock_guard lock(mutex_);
+    if (!changeIsPending_) {
+        changeIsPending_ = true;
+        time_.async([this] { notifyObservers(); });
+    }
+}
+
+void SimulatedAudio::notifyObservers() {
+    {
+        const std::lock_guard lock(mutex_);
+        changeIsPending_ = false;
+    }
+    const Observers observers = observers_;
+    for (const std::function<void()>& observer : observers) {
+        observer();
+    }
+}
+
+bool SimulatedAudio::deliver(const platform::AudioPcmBuffer& buffer) {
+    bool taken = false;
+    for (const auto& engine : engines_) {
+        taken = engine->deliver(buffer) || taken;
+    }
+    return taken;
+}
+
+bool SimulatedAudio::deliver(const std::vector<std::vector<float>>& channels) {
+    return deliver(channels, static_cast<std::uint32_t>(channels.size()));
+}
+
+bool SimulatedAudio::deliver(const std::vector<std::vector<float>>& channels,
+                             std::uint32_t channelCount) {
+    std::vector<const float*> arrays;
+    for (const std::vector<float>& channel : channels) {
+        arrays.push_back(channel.data());
+    }
+    platform::AudioPcmBuffer buffer;
+    buffer.floatChannelData = arrays.data();
+    buffer.frameLength = static_cast<std::uint32_t>(channels.front().size());
+    buffer.format = {inputFormat().sampleRate, channelCount};
+    return deliver(buffer);
+}
+
+bool SimulatedAudio::deliverWithoutFloatSamples(std::uint32_t frames) {
+    platform::AudioPcmBuffer buffer;
+    buffer.frameLength = frames;
+    buffer.format = {inputFormat().sampleRate, 1};
+    return deliver(buffer);
+}
+
+}  // namespace tarvik::simulated

@@ -1,0 +1,85 @@
+#include "tests/support/SimulatedAudioEngine.h"
+
+#include <utility>
+
+namespace tarvik::simulated {
+
+std::vector<std::string> SimulatedAudioEngineRecord::calls() const {
+    const std::lock_guard lock(mutex_);
+    return calls_;
+}
+
+bool SimulatedAudioEngineRecord::hasTap() const {
+    const std::lock_guard lock(tapMutex_);
+    return tap_ != nullptr;
+}
+
+bool SimulatedAudioEngineRecord::deliver(const platform::AudioPcmBuffer& buffer) {
+    const std::lock_guard lock(tapMutex_);
+    if (!running_ || !tap_) {
+        return false;
+    }
+    tap_(buffer);
+    return true;
+}
+
+void SimulatedAudioEngineRecord::addCall(std::string call) {
+    const std::lock_guard lock(mutex_);
+    calls_.push_back(std::move(call));
+}
+
+void SimulatedAudioEngineRecord::setTap(platform::AudioTapBlock block) {
+    const std::lock_guard lock(tapMutex_);
+    tap_ = std::move(block);
+}
+
+SimulatedAudioEngine::SimulatedAudioEngine(Surroundings surroundings,
+                                           std::shared_ptr<SimulatedAudioEngineRecord> record)
+    : surroundings_(std::move(surroundings)), record_(std::move(record)) {}
+
+SimulatedAudioEngine::~SimulatedAudioEngine() {
+    record_->running_ = false;
+    record_->setTap(nullptr);
+    record_->alive_ = false;
+}
+
+void SimulatedAudioEngine::note(const std::string& call) {
+    record_->addCall(call);
+    surroundings_.note(call);
+}
+
+void SimulatedAudioEngine::prepare() {
+    note("prepare");
+}
+
+std::optional<Error> SimulatedAudioEngine::start() {
+    note("start");
+    std::optional<Error> failure = surroundings_.startFailure();
+    record_->running_ = !failure.has_value();
+    return failure;
+}
+
+void SimulatedAudioEngine::stop() {
+    note("stop");
+    record_->running_ = false;
+}
+
+platform::AudioFormat SimulatedAudioEngine::inputFormatForBus(std::uint32_t /*bus*/) {
+    note("inputFormat");
+    return surroundings_.inputFormat();
+}
+
+void SimulatedAudioEngine::installTapOnBus(std::uint32_t /*bus*/, std::uint32_t bufferSize,
+                                           const platform::AudioFormat& format,
+                                           platform::AudioTapBlock block) {
+    note("installTap " + std::to_string(bufferSize) + " " +
+         std::to_string(static_cast<long>(format.sampleRate)));
+    record_->setTap(std::move(block));
+}
+
+void SimulatedAudioEngine::removeTapOnBus(std::uint32_t /*bus*/) {
+    note("removeTap");
+    record_->setTap(nullptr);
+}
+
+}  // namespace tarvik::simulated

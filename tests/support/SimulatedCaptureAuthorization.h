@@ -1,0 +1,51 @@
+#pragma once
+
+#include <functional>
+#include <optional>
+#include <utility>
+#include <vector>
+
+#include "platform/CaptureAuthorization.h"
+#include "tests/support/Journal.h"
+
+namespace tarvik::simulated {
+
+/// A microphone permission that the test gives or refuses, when and on the thread it likes.
+class SimulatedCaptureAuthorization final : public platform::CaptureAuthorization {
+  public:
+    explicit SimulatedCaptureAuthorization(Journal& journal) : journal_(journal) {}
+
+    int authorizationStatusForAudio() override {
+        journal_.add("authorizationStatusForAudio");
+        return status;
+    }
+
+    void requestAccessForAudio(std::function<void(bool granted)> handler) override {
+        journal_.add("requestAccessForAudio");
+        ++requests;
+        if (holdsAnswers) {
+            handlers_.push_back(std::move(handler));
+        } else {
+            handler(status == static_cast<int>(platform::AuthorizationStatus::authorized));
+        }
+    }
+
+    /// Answers the oldest request that was held, on the calling thread.
+    void answer(bool granted) {
+        std::function<void(bool)> handler = std::move(handlers_.front());
+        handlers_.erase(handlers_.begin());
+        handler(granted);
+    }
+
+    int status = static_cast<int>(platform::AuthorizationStatus::authorized);
+    /// Whether a request waits for answer(); otherwise it is answered at once, inside the request,
+    /// with whether the status is authorised.
+    bool holdsAnswers = false;
+    int requests = 0;
+
+  private:
+    Journal& journal_;
+    std::vector<std::function<void(bool)>> handlers_;
+};
+
+}  // namespace tarvik::simulated

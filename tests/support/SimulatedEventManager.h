@@ -1,0 +1,99 @@
+#pragma once
+
+#include <cstdint>
+#include <map>
+#include <optional>
+#include <set>
+#include <span>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "platform/EventManager.h"
+#include "tests/support/Journal.h"
+
+namespace tarvik::simulated {
+
+/// Hotkeys that a test presses.
+class SimulatedEventManager final : public platform::EventManager {
+  public:
+    explicit SimulatedEventManager(Journal& journal) : journal_(journal) {}
+
+    platform::EventTarget* applicationEventTarget() override;
+    platform::OSStatus installEventHandler(platform::EventTarget* target,
+                                           platform::EventHandlerProc handler,
+                                           std::span<const platform::EventTypeSpec> types,
+                                           void* userData,
+                                           platform::EventHandlerRef* outRef) override;
+    platform::OSStatus removeEventHandler(platform::EventHandlerRef handler) override;
+    platform::OSStatus registerEventHotKey(std::uint32_t keyCode, std::uint32_t modifiers,
+                                           platform::EventHotKeyID id,
+                                           platform::EventTarget* target, std::uint32_t options,
+                                           platform::EventHotKeyRef* outRef) override;
+    platform::OSStatus unregisterEventHotKey(platform::EventHotKeyRef hotKey) override;
+    std::uint32_t eventKind(platform::Event* event) override;
+    platform::OSStatus eventParameter(platform::Event* event, std::uint32_t name,
+                                      std::uint32_t type, platform::EventHotKeyID* outId) override;
+
+    /// The user presses or releases the combination that is registered under `id`; the handler's
+    /// last answer, or eventNotHandledErr when nothing is registered under it.
+    platform::OSStatus press(std::uint32_t id);
+    platform::OSStatus release(std::uint32_t id);
+    /// The same for a combination.
+    platform::OSStatus press(std::uint32_t keyCode, std::uint32_t modifiers);
+    platform::OSStatus release(std::uint32_t keyCode, std::uint32_t modifiers);
+
+    /// An event of any kind and identifier, whether registered or not; without an identifier its
+    /// parameter cannot be read.
+    platform::OSStatus sendEvent(std::uint32_t kind, std::optional<platform::EventHotKeyID> id);
+    /// Calls the handler that was installed last without an event, or without user data.
+    platform::OSStatus callHandlerWithoutEvent();
+    platform::OSStatus callHandlerWithoutUserData();
+
+    /// Another program holds this combination.
+    void take(std::uint32_t keyCode, std::uint32_t modifiers);
+
+    std::size_t handlers() const { return handlers_.size(); }
+    std::size_t hotKeys() const { return hotKeys_.size(); }
+    /// The user data of the handler that was installed last.
+    void* lastUserData() const { return lastHandler_.userData; }
+    /// The kinds of events that it was installed for.
+    const std::vector<platform::EventTypeSpec>& lastTypes() const { return lastHandler_.types; }
+    /// How often the application's event target was asked for.
+    int targetRequests = 0;
+
+    /// What installing a handler answers.
+    platform::OSStatus installStatus = platform::noErr;
+    /// What registering under an identifier answers.
+    std::map<std::uint32_t, platform::OSStatus> registerStatus;
+    /// Identifiers whose registration succeeds without a handle.
+    std::set<std::uint32_t> withoutHandle;
+
+  private:
+    struct Handler {
+        platform::EventHandlerProc proc = nullptr;
+        std::vector<platform::EventTypeSpec> types;
+        void* userData = nullptr;
+    };
+    struct HotKey {
+        std::uint32_t keyCode = 0;
+        std::uint32_t modifiers = 0;
+        platform::EventHotKeyID id;
+    };
+
+    std::optional<platform::EventHotKeyID> idOf(std::uint32_t keyCode,
+                                                std::uint32_t modifiers) const;
+    std::optional<platform::EventHotKeyID> idWithNumber(std::uint32_t id) const;
+    platform::OSStatus sendTo(std::optional<platform::EventHotKeyID> id, std::uint32_t kind);
+
+    Journal& journal_;
+    // Handles are numbers, never 0, that are not used twice.
+    std::uintptr_t lastHandle_ = 0;
+    std::map<std::uintptr_t, Handler> handlers_;
+    std::map<std::uintptr_t, HotKey> hotKeys_;
+    std::set<std::pair<std::uint32_t, std::uint32_t>> taken_;
+    Handler lastHandler_;
+    char target_ = 0;
+};
+
+}  // namespace tarvik::simulated

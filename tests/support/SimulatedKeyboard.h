@@ -1,0 +1,56 @@
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <set>
+#include <string>
+#include <vector>
+
+#include "platform/KeyboardEvents.h"
+#include "tests/support/Journal.h"
+
+namespace tarvik::simulated {
+
+/// Keeps what was typed.
+class SimulatedKeyboard final : public platform::KeyboardEvents {
+  public:
+    /// One event that was posted.
+    struct Post {
+        /// The process it went to; nothing when it went to `tap`.
+        std::optional<platform::ProcessIdentifier> process;
+        std::optional<int> tap;
+        std::uint16_t virtualKey = 0;
+        bool isDown = false;
+        std::u16string text;
+    };
+
+    explicit SimulatedKeyboard(Journal& journal) : journal_(journal) {}
+
+    std::shared_ptr<platform::EventSource> createSource(int sourceState) override;
+    std::shared_ptr<platform::KeyboardEvent> createKeyboardEvent(
+        const std::shared_ptr<platform::EventSource>& source, std::uint16_t virtualKey,
+        bool keyDown) override;
+    void setUnicodeString(platform::KeyboardEvent& event, std::u16string_view units) override;
+    void postToPid(platform::ProcessIdentifier processIdentifier,
+                   const std::shared_ptr<platform::KeyboardEvent>& event) override;
+    void post(int tap, const std::shared_ptr<platform::KeyboardEvent>& event) override;
+
+    /// The text that key-down events typed into one process, or into the tap when there is none.
+    std::u16string typed(std::optional<platform::ProcessIdentifier> process) const;
+
+    std::vector<Post> posts;
+    /// The states of the sources that were made.
+    std::vector<int> sourceStates;
+    /// Which events cannot be made, counted from 1 over the life of the platform.
+    std::set<int> failingEvents;
+    bool sourceFails = false;
+    int createdEvents = 0;
+
+  private:
+    void addPost(Post post, const platform::KeyboardEvent& event);
+
+    Journal& journal_;
+};
+
+}  // namespace tarvik::simulated

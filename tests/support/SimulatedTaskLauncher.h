@@ -1,0 +1,38 @@
+#pragma once
+
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "platform/TaskLauncher.h"
+#include "tests/support/Journal.h"
+
+namespace tarvik::simulated {
+
+/// Keeps what was to be started, and starts nothing.
+class SimulatedTaskLauncher final : public platform::TaskLauncher {
+  public:
+    struct Launch {
+        std::string launchPath;
+        std::vector<std::string> arguments;
+    };
+
+    explicit SimulatedTaskLauncher(Journal& journal) : journal_(journal) {}
+
+    std::optional<Error> launch(const std::string& launchPath,
+                                const std::vector<std::string>& arguments) override {
+        journal_.add("launch " + launchPath);
+        launches.push_back({launchPath, arguments});
+        return failure;
+    }
+
+    /// What every launch answers.
+    std::optional<Error> failure;
+    /// Every attempt, failed ones too.
+    std::vector<Launch> launches;
+
+  private:
+    Journal& journal_;
+};
+
+}  // namespace tarvik::simulated

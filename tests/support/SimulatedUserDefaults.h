@@ -1,0 +1,86 @@
+#pragma once
+
+#include <cstdint>
+#include <map>
+#include <mutex>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <variant>
+
+#include "platform/UserDefaults.h"
+
+namespace tarvik::simulated {
+
+/// What a settings domain holds; it can be handed to another platform, as the next run finds it.
+using UserDefaultsContents =
+    std::map<std::string, std::variant<std::string, std::int64_t, bool>, std::less<>>;
+
+/// A settings domain in memory.
+class SimulatedUserDefaults final : public platform::UserDefaults {
+  public:
+    explicit SimulatedUserDefaults(UserDefaultsContents contents)
+        : contents_(std::move(contents)) {}
+
+    std::optional<std::string> stringForKey(std::string_view key) const override {
+        return value<std::string>(key);
+    }
+    std::int64_t integerForKey(std::string_view key) const override {
+        return value<std::int64_t>(key).value_or(0);
+    }
+    bool boolForKey(std::string_view key) const override {
+        return value<bool>(key).value_or(false);
+    }
+
+    void setString(std::string_view value, std::string_view key) override {
+        set(key, std::string(value));
+    }
+    void setInteger(std::int64_t value, std::string_view key) override { set(key, value); }
+    void setBool(bool value, std::string_view key) override { set(key, value); }
+
+    void removeObjectForKey(std::string_view key) override {
+        const std::lock_guard lock(mutex_);
+        if (const auto found = contents_.find(key); found != contents_.end()) {
+            contents_.erase(found);
+        }
+        ++writes_;
+    }
+
+    UserDefaultsContents contents() const {
+        const std::lock_guard lock(mutex_);
+        return contents_;
+    }
+    bool has(std::string_view key) const {
+        const std::lock_guard lock(mutex_);
+        return contents_.contains(key);
+    }
+    /// How often something was set or removed.
+    int writes() const {
+        const std::lock_guard lock(mutex_);
+        return writes_;
+    }
+
+  private:
+    template <typename T>
+    std::optional<T> value(std::string_view key) const {
+        const std::lock_guard lock(mutex_);
+        const auto found = contents_.find(key);
+        if (found == contents_.end() || !std::holds_alternative<T>(found->second)) {
+            return std::nullopt;
+        }
+        return std::get<T>(found->second);
+    }
+
+    template <typename T>
+    void set(std::string_view key, T value) {
+        const std::lock_guard lock(mutex_);
+        contents_.insert_or_assign(std::string(key), std::move(value));
+        ++writes_;
+    }
+
+    mutable std::mutex mutex_;
+    UserDefaultsContents contents_;
+    int writes_ = 0;
+};
+
+}  // namespace tarvik::simulated

@@ -1,0 +1,111 @@
+#pragma once
+
+#include <deque>
+#include <functional>
+#include <memory>
+#include <mutex>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "platform/WebSocket.h"
+#include "tests/support/SerialQueue.h"
+#include "tests/support/SimulatedTime.h"
+
+namespace tarvik::simulated {
+
+/// A connection whose other end is the test. The script operations (open, close, deliver, …) only
+/// queue what happens; it happens when the session's delegate queue runs, in the order of the
+/// script. Any thread.
+class SimulatedWebSocketTask final : public platform::WebSocketTask,
+                                     public std::enable_shared_from_this<SimulatedWebSocketTask> {
+  public:
+    enum class State { created, connecting, open, ended };
+
+    /// What the task asks of its session.
+    struct Surroundings {
+        std::shared_ptr<SerialQueue> queue;
+        std::function<std::shared_ptr<platform::WebSocketSessionDelegate>()> delegate;
+        std::function<void()> ended;
+    };
+
+    SimulatedWebSocketTask(SimulatedTime& time, Surroundings surroundings,
+                           platform::UrlRequest request);
+
+    void resume() override;
+    void send(platform::WebSocketMessage message, SendHandler handler) override;
+    void receive(ReceiveHandler handler) override;
+    void cancel(int closeCode) override;
+
+    /// The service accepts the connection.
+    void open(const std::string& protocol = "token");
+    /// The service sends a close frame: the delegate is told, then whatever waits gets an error.
+    void close(int code = 1000, const std::string& reason = {});
+    /// Only the notification of a close; the connection goes on delivering what is still scripted.
+    void notifyClose(int code = 1000, const std::string& reason = {});
+    void deliverText(std::string text);
+    void deliverData(std::string bytes);
+    void deliverOther();
+    /// The connection is lost or refused: whatever waits gets `error`, the delegate is told
+    /// nothing.
+    void fail(Error error);
+    /// The next message that is sent fails; the connection goes on.
+    void failNextSend(Error error);
+    /// While true, the handlers of sent messages wait for completeSends().
+    void holdSends(bool hold);
+    void completeSends();
+
+    State state() const;
+    const platform::UrlRequest& request() const { return request_; }
+    /// The value of a header field of the request; nothing when it is not there.
+    std::optional<std::string> header(const std::string& name) const;
+    /// The messages that left, from first to last.
+    std::vector<platform::WebSocketMessage> sent() const;
+    /// The payloads of those of one kind.
+    std::vector<std::string> sentTexts() const;
+    std::vector<std::string> sentData() const;
+    /// The codes of all cancels, in any state.
+    std::vector<int> cancels() const;
+    bool hasWaitingReceive() const;
+    /// How often receive() was called.
+    int receives() const;
+    /// The most receives that ever waited at once.
+    int mostWaitingReceives() const;
+    int resumes() const;
+
+    /// Ends the task without a word.
+    void abandon();
+
+  private:
+    struct Waiting {
+        platform::WebSocketMessage message;
+        SendHandler handler;
+    };
+
+    std::vector<std::string> sentOfKind(platform::WebSocketMessage::Kind kind) const;
+    void deliver(platform::WebSocketMessage message);
+    void queueEnd(Error error);
+    void endNow(const Error& error);
+    void queueTransmission(platform::WebSocketMessage message, SendHandler handler);
+
+    SimulatedTime& time_;
+    const Surroundings surroundings_;
+    const platform::UrlRequest request_;
+
+    mutable std::mutex mutex_;
+    State state_ = State::created;
+    Error endError_;
+    std::deque<platform::WebSocketMessage> inbox_;
+    std::vector<ReceiveHandler> waitingReceives_;
+    std::vector<Waiting> waitingSends_;
+    std::vector<SendHandler> heldSends_;
+    std::optional<Error> nextSendFailure_;
+    bool holdsSends_ = false;
+    std::vector<platform::WebSocketMessage> sent_;
+    std::vector<int> cancels_;
+    int receives_ = 0;
+    int mostWaitingReceives_ = 0;
+    int resumes_ = 0;
+};
+
+}  // namespace tarvik::simulated
