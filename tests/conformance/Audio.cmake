@@ -1,0 +1,14 @@
+# The suite starts and ends sound servers of its own, so it needs no private desktop around it.
+add_executable(audio-conformance
+    AudioConformance.cpp
+    AudioMainQueue.cpp
+    AudioPipeMicrophone.cpp
+    AudioPulseTests.cpp
+    AudioPulseWorld.cpp
+    AudioRecorder.cpp
+    AudioServerProcess.cpp
+    AudioSimulatedWorld.cpp
+    AudioSpeech.cpp)
+target_link_libraries(audio-conformance PRIVATE tarvik_linux_audio tarvik_simulated GTest::gtest_main)
+add_test(NAME audio-conformance COMMAND audio-conformance)
+set_tests_properties(audio-conformance PROPERTIES TIMEOUT 300)

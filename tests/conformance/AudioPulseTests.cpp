@@ -1,0 +1,253 @@
+#include <gtest/gtest.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <array>
+#include <csignal>
+
+#include "tests/conformance/AudioPulseWorld.h"
+#include "tests/conformance/AudioRecorder.h"
+#include "tests/conformance/AudioSpeech.h"
+
+namespace tarvik::conformance {
+
+namespace {
+
+constexpr Seconds patience{20};
+
+class AudioPulse : public testing::Test {
+  protected:
+    bool within(const std::function<bool()>& condition) {
+        return world.runUntil(condition, patience);
+    }
+
+    void plugFirst(std::uint32_t sampleRate) {
+        world.plug(sampleRate, 1);
+        ASSERT_TRUE(within([this] { return recorder.changes() == 1; }));
+    }
+
+    void record() {
+        ASSERT_FALSE(recorder.start());
+        ASSERT_TRUE(within([this] { return recorder.buffers() > 0; }));
+    }
+
+    bool streamsBecome(std::size_t count) {
+        return within([this, count] { return world.openStreams() == count; });
+    }
+
+    AudioPulseWorld world;
+    AudioRecorder recorder{world.service()};
+};
+
+/// A loud tone out of the silent loudspeaker, and the proof that its monitor carries it.
+void playLoudly(AudioPulseWorld& world) {
+    world.server().control({"load-module", "module-sine", "sink=auto_null", "frequency=440"});
+    std::array<int, 2> ends{};
+    ASSERT_EQ(pipe(ends.data()), 0);
+    const pid_t monitor = startProgram({"parec", "--raw", "--device=auto_null.monitor"}, ends[1]);
+    close(ends[1]);
+    bool loud = false;
+    std::array<char, 4096> heard{};
+    while (!loud && read(ends[0], heard.data(), heard.size()) > 0) {
+        loud = std::any_of(heard.begin(), heard.end(), [](char byte) { return byte != 0; });
+    }
+    kill(monitor, SIGTERM);
+    waitForProgram(monitor);
+    close(ends[0]);
+    EXPECT_TRUE(loud);
+}
+
+TEST_F(AudioPulse, UnpluggingNeverRecordsTheLoudspeakers) {
+    plugFirst(44100);
+    playLoudly(world);
+    record();
+    world.unplug();
+    ASSERT_TRUE(within([this] { return recorder.changes() == 2; }));
+    world.settle();
+    EXPECT_NE(world.server().control({"get-default-source"}).find(".monitor"), std::string::npos);
+    EXPECT_EQ(world.openStreams(), 0U);
+    EXPECT_EQ(loudSamples(recorder.heard(0)), 0);
+    EXPECT_TRUE(recorder.start());
+}
+
+TEST_F(AudioPulse, AStreamThatIsReadyWhenTheMicrophoneGoesDoesNotRecordTheLoudspeakersEither) {
+    plugFirst(44100);
+    playLoudly(world);
+    ASSERT_EQ(recorder.format().sampleRate, 44100);
+    ASSERT_TRUE(streamsBecome(1));
+    world.unplug();
+    // Without giving the main queue a turn, so that the engine starts knowing nothing of it, or
+    // little.
+    recorder.start();
+    ASSERT_TRUE(within([this] { return recorder.changes() >= 2; }));
+    world.settle();
+    EXPECT_TRUE(streamsBecome(0));
+    EXPECT_EQ(loudSamples(recorder.heard(0)), 0);
+}
+
+TEST_F(AudioPulse, AMonitorMadeTheDefaultSourceIsNoMicrophone) {
+    plugFirst(16000);
+    playLoudly(world);
+    record();
+    world.server().control({"set-default-source", "auto_null.monitor"});
+    ASSERT_TRUE(within([this] { return recorder.changes() == 2; }));
+    EXPECT_EQ(recorder.format().sampleRate, 0);
+    world.settle();
+    EXPECT_EQ(loudSamples(recorder.heard(0)), 0);
+    EXPECT_EQ(world.authorization().authorizationStatusForAudio(), 3);
+}
+
+TEST_F(AudioPulse, TheServerCannotMoveTheStreamToTheMonitor) {
+    plugFirst(16000);
+    playLoudly(world);
+    record();
+    const std::string list = world.server().control({"list", "short", "source-outputs"});
+    const int output = startProgram(
+        {"pactl", "move-source-output", list.substr(0, list.find('\t')), "auto_null.monitor"},
+        STDERR_FILENO);
+    EXPECT_NE(waitForProgram(output), 0);
+    recorder.forget();
+    ASSERT_TRUE(within([this] { return recorder.buffers() > 2; }));
+    EXPECT_EQ(loudSamples(recorder.heard(0)), 0);
+}
+
+TEST_F(AudioPulse, NoCallWaitsForAServerThatHangs) {
+    plugFirst(16000);
+    world.server().freeze(true);
+    const auto begin = std::chrono::steady_clock::now();
+    EXPECT_EQ(recorder.format().sampleRate, 16000);
+    EXPECT_FALSE(recorder.start());
+    EXPECT_EQ(world.authorization().authorizationStatusForAudio(), 3);
+    recorder.stop();
+    EXPECT_FALSE(recorder.start());
+    // A server that answers nothing leaves no other measure than time; the first to wait would
+    // hang.
+    EXPECT_LT(std::chrono::steady_clock::now() - begin, std::chrono::seconds(1));
+    world.server().freeze(false);
+    EXPECT_TRUE(within([this] { return recorder.buffers() > 0; }));
+    EXPECT_TRUE(streamsBecome(1));
+}
+
+TEST_F(AudioPulse, ReadingTheFormatOpensOneStreamThatDoesNotRecord) {
+    plugFirst(16000);
+    EXPECT_EQ(world.openStreams(), 0U);
+    EXPECT_EQ(recorder.format().sampleRate, 16000);
+    EXPECT_EQ(recorder.format().sampleRate, 16000);
+    ASSERT_TRUE(streamsBecome(1));
+    EXPECT_NE(world.server().control({"list", "source-outputs"}).find("Corked: yes"),
+              std::string::npos);
+    record();
+    EXPECT_EQ(world.openStreams(), 1U);
+}
+
+TEST_F(AudioPulse, AStreamThatIsNotStartedIsClosedAgain) {
+    plugFirst(16000);
+    recorder.format();
+    ASSERT_TRUE(streamsBecome(1));
+    EXPECT_TRUE(streamsBecome(0));
+    record();
+    EXPECT_EQ(recorder.changes(), 1);
+}
+
+TEST_F(AudioPulse, AStreamThatWasMadeReadyStaysOpenOnceItIsStarted) {
+    plugFirst(16000);
+    recorder.format();
+    record();
+    EXPECT_FALSE(world.runUntil([this] { return world.openStreams() != 1; }, Seconds(11)));
+    EXPECT_EQ(recorder.changes(), 1);
+}
+
+TEST_F(AudioPulse, NothingOfTheMicrophoneIsOpenAfterStop) {
+    plugFirst(16000);
+    record();
+    recorder.stop();
+    EXPECT_TRUE(streamsBecome(0));
+    // Also when the server had no time to open it.
+    ASSERT_FALSE(recorder.start());
+    recorder.stop();
+    world.settle();
+    EXPECT_TRUE(streamsBecome(0));
+}
+
+TEST_F(AudioPulse, WhatDoesNotFillABufferIsDeliveredWhenTheTapIsRemoved) {
+    plugFirst(48000);
+    record();
+    ASSERT_TRUE(within([this] { return recorder.buffers() > 3; }));
+    recorder.stop();
+    const std::vector<std::uint32_t> lengths = recorder.lengths();
+    for (std::size_t index = 0; index + 1 < lengths.size(); ++index) {
+        EXPECT_EQ(lengths[index], AudioRecorder::bufferSize);
+    }
+    EXPECT_GT(lengths.back(), 0U);
+    EXPECT_LE(lengths.back(), AudioRecorder::bufferSize);
+}
+
+TEST_F(AudioPulse, AMicrophoneThatSleptForWantOfListenersIsWokenWithoutAChange) {
+    plugFirst(16000);
+    ASSERT_TRUE(within([this] {
+        return world.server()
+                   .control({"list", "short", "sources"})
+                   .find(
+                       "mic1\tmodule-pipe-source.c\t"
+                       "s16le 1ch 16000Hz\tSUSPENDED") != std::string::npos;
+    }));
+    record();
+    recorder.stop();
+    world.settle();
+    EXPECT_EQ(recorder.changes(), 1);
+}
+
+TEST_F(AudioPulse, AVolumeThatChangesIsNoConfigurationChange) {
+    plugFirst(16000);
+    record();
+    for (const char* volume : {"20%", "40%", "60%", "100%"}) {
+        world.server().control({"set-source-volume", "mic1", volume});
+    }
+    world.server().control({"load-module", "module-null-sink", "sink_name=another"});
+    world.settle();
+    EXPECT_EQ(recorder.changes(), 1);
+}
+
+TEST_F(AudioPulse, StartingOnASuspendedMicrophoneRecordsAsSoonAsItIsResumed) {
+    plugFirst(16000);
+    world.suspend(true);
+    ASSERT_FALSE(recorder.start());
+    world.settle();
+    EXPECT_EQ(recorder.buffers(), 0U);
+    EXPECT_EQ(recorder.changes(), 1);
+    world.suspend(false);
+    EXPECT_TRUE(within([this] { return recorder.buffers() > 0; }));
+    world.settle();
+    EXPECT_EQ(recorder.changes(), 2);
+}
+
+TEST_F(AudioPulse, AServerThatStaysAwayForLongIsFoundAsSoonAsItIsBack) {
+    plugFirst(16000);
+    record();
+    world.killServer();
+    ASSERT_TRUE(within([this] { return recorder.changes() == 2; }));
+    // Long enough for the pauses between attempts to exceed the patience below.
+    world.runUntil([] { return false; }, Seconds(7));
+    world.restartServer(16000);
+    EXPECT_TRUE(world.runUntil([this] { return recorder.changes() == 3; }, Seconds(2)));
+    recorder.forget();
+    EXPECT_TRUE(within([this] { return recorder.buffers() > 0; }));
+}
+
+TEST_F(AudioPulse, EnginesMayEndInTheMiddleOfEverything) {
+    plugFirst(16000);
+    for (int round = 0; round < 20; ++round) {
+        const auto engine = world.service().makeEngine();
+        engine->inputNode().inputFormatForBus(0);
+        engine->inputNode().installTapOnBus(0, 64, {}, [](const platform::AudioPcmBuffer&) {});
+        EXPECT_FALSE(engine->start());
+        if (round % 2 == 0) {
+            world.runUntil([] { return false; }, Seconds(0.02 * round));
+        }
+    }
+    EXPECT_TRUE(streamsBecome(0));
+}
+
+}  // namespace
+
+}  // namespace tarvik::conformance
