@@ -51,12 +51,13 @@ class AudioRecorder {
     void configurationChanged();
 
     platform::AudioService& service_;
+    // Before the engine, whose thread fills them until it is gone.
+    mutable std::mutex mutex_;
+    std::vector<Buffer> buffers_;
     std::unique_ptr<platform::AudioEngine> engine_;
     std::unique_ptr<platform::AudioObservation> observation_;
     bool wantsToRun_ = false;
     int changes_ = 0;
-    mutable std::mutex mutex_;
-    std::vector<Buffer> buffers_;
 };
 
 }  // namespace tarvik::conformance

@@ -89,7 +89,7 @@ void PulseAudioEngine::stop() {
     release_.cancel();
     rest_.cancel();
     stream_.reset();
-    flush();
+    collector_.reset();
 }
 
 void PulseAudioEngine::installTapOnBus(std::uint32_t bus, std::uint32_t bufferSize,
@@ -110,18 +110,13 @@ void PulseAudioEngine::removeTapOnBus(std::uint32_t bus) {
     }
     // Released after the lock: what the block holds is not ours.
     std::optional<Tap> removed;
-    std::optional<FrameCollector> collector;
     {
         const auto lock = server_->lock();
-        flush();
-        removed = std::exchange(tap_, std::nullopt);
-    }
-}
-
-void PulseAudioEngine::flush() {
-    if (collector_) {
-        collector_->flush();
+        if (collector_) {
+            collector_->flush();
+        }
         collector_.reset();
+        removed = std::exchange(tap_, std::nullopt);
     }
 }
 

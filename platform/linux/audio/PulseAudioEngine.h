@@ -51,7 +51,6 @@ class PulseAudioEngine : public platform::AudioEngine,
 
     bool openStream();
     void prepareStream();
-    void flush();
 
     std::shared_ptr<PulseServer> server_;
     std::optional<Tap> tap_;
