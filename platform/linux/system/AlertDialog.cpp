@@ -1,0 +1,104 @@
+#include "platform/linux/system/AlertDialog.h"
+
+#include <QApplication>
+#include <QDialogButtonBox>
+#include <QGridLayout>
+#include <QLabel>
+#include <QPushButton>
+#include <QShowEvent>
+#include <algorithm>
+
+#include "platform/linux/system/SymbolIcon.h"
+#include "platform/linux/system/WindowActivation.h"
+
+namespace tarvik::linuxdesktop {
+
+namespace {
+
+constexpr int iconSide = 48;
+constexpr const char* cancelTitle = "Cancel";
+
+QLabel* label(const std::string& text, QWidget* parent) {
+    auto* made = new QLabel(QString::fromStdString(text), parent);
+    made->setTextFormat(Qt::PlainText);
+    made->setWordWrap(true);
+    return made;
+}
+
+}  // namespace
+
+AlertDialog::AlertDialog(const platform::Alert& alert) {
+    setWindowTitle(QApplication::applicationDisplayName());
+    setWindowFlags(Qt::Dialog | Qt::WindowTitleHint | Qt::WindowCloseButtonHint |
+                   Qt::WindowStaysOnTopHint);
+    addText(alert);
+    addButtons(alert.buttons);
+    layout()->setSizeConstraint(QLayout::SetFixedSize);
+}
+
+void AlertDialog::addText(const platform::Alert& alert) {
+    auto* grid = new QGridLayout(this);
+    grid->setContentsMargins(20, 20, 20, 16);
+    grid->setHorizontalSpacing(16);
+    grid->setVerticalSpacing(8);
+
+    auto* icon = new QLabel(this);
+    icon->setPixmap(symbolIcon(Symbol::microphone, std::nullopt).pixmap(iconSide, iconSide));
+    grid->addWidget(icon, 0, 0, 3, 1, Qt::AlignTop);
+
+    QLabel* message = label(alert.messageText, this);
+    QFont bold = message->font();
+    bold.setBold(true);
+    message->setFont(bold);
+    grid->addWidget(message, 0, 1);
+    QLabel* informative = label(alert.informativeText, this);
+    grid->addWidget(informative, 1, 1);
+
+    field_ = new QLineEdit(QString::fromStdString(alert.fieldText), this);
+    field_->setPlaceholderText(QString::fromStdString(alert.fieldPlaceholder));
+    field_->setAccessibleName(message->text());
+    // Large fonts need more than was asked for.
+    field_->setFixedSize(alert.fieldWidth,
+                         std::max(alert.fieldHeight, field_->sizeHint().height()));
+    grid->addWidget(field_, 2, 1);
+}
+
+void AlertDialog::addButtons(const std::vector<std::string>& titles) {
+    auto* box = new QDialogButtonBox(this);
+    int code = platform::alertFirstButtonReturn;
+    for (const std::string& title : titles) {
+        const bool isFirst = code == platform::alertFirstButtonReturn;
+        const bool isCancel = title == cancelTitle;
+        QPushButton* button =
+            box->addButton(QString::fromStdString(title), isCancel  ? QDialogButtonBox::RejectRole
+                                                          : isFirst ? QDialogButtonBox::AcceptRole
+                                                                    : QDialogButtonBox::ActionRole);
+        button->setDefault(isFirst);
+        button->setAutoDefault(isFirst);
+        escapeCode_ = isCancel ? code : escapeCode_;
+        connect(button, &QPushButton::clicked, this, [this, code] { done(code_ = code); });
+        ++code;
+    }
+    auto* grid = static_cast<QGridLayout*>(layout());
+    grid->setRowMinimumHeight(3, 8);
+    grid->addWidget(box, 4, 0, 1, 2);
+}
+
+// Escape and the window's own close button both end here.
+void AlertDialog::reject() {
+    done(code_ = escapeCode_);
+}
+
+void AlertDialog::showEvent(QShowEvent* event) {
+    QDialog::showEvent(event);
+    field_->setFocus();
+    field_->selectAll();
+    bringToFront(*this);
+}
+
+platform::AlertAnswer AlertDialog::run() {
+    exec();
+    return {code_, field_->text().toStdString()};
+}
+
+}  // namespace tarvik::linuxdesktop

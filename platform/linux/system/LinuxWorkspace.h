@@ -1,0 +1,43 @@
+#pragma once
+
+#include <functional>
+#include <memory>
+#include <optional>
+#include <vector>
+
+#include "platform/Clock.h"
+#include "platform/Log.h"
+#include "platform/TaskLauncher.h"
+#include "platform/Workspace.h"
+#include "platform/linux/system/SleepMonitor.h"
+
+namespace tarvik::linuxdesktop {
+
+/// The desktop around the application; waking is what logind announces, links are handed to
+/// xdg-open.
+class LinuxWorkspace final : public platform::Workspace {
+  public:
+    /// Finds the process whose window has the keyboard, without waiting.
+    using FrontmostProcess = std::function<std::optional<platform::ProcessIdentifier>()>;
+
+    /// The references outlive the workspace.
+    LinuxWorkspace(FrontmostProcess frontmostProcess, platform::TaskLauncher& taskLauncher,
+                   const platform::Clock& clock, platform::Log& log);
+
+    std::shared_ptr<platform::RunningApplication> frontmostApplication() override;
+    void observeDidWake(std::function<void()> handler) override;
+    /// The log says why when it answers false.
+    bool openUrl(const std::string& url) override;
+
+  private:
+    void announceWake();
+
+    FrontmostProcess frontmostProcess_;
+    platform::TaskLauncher& taskLauncher_;
+    const platform::Clock& clock_;
+    platform::Log& log_;
+    std::vector<std::function<void()>> wakeHandlers_;
+    std::unique_ptr<SleepMonitor> sleepMonitor_;
+};
+
+}  // namespace tarvik::linuxdesktop

@@ -1,0 +1,27 @@
+#pragma once
+
+#include <QMenu>
+#include <functional>
+
+#include "platform/UserInterface.h"
+
+namespace tarvik::linuxdesktop {
+
+/// A menu as a QMenu; ⌘ in its key equivalents is Ctrl. Main thread only.
+class QtMenu final : public platform::Menu {
+  public:
+    QtMenu();
+
+    void setItems(std::vector<platform::MenuItem> items) override;
+    void setNeedsUpdateHandler(std::function<void()> handler) override;
+
+    QMenu& menu() { return menu_; }
+
+  private:
+    void addItem(platform::MenuItem item);
+
+    std::function<void()> needsUpdate_;
+    QMenu menu_;
+};
+
+}  // namespace tarvik::linuxdesktop

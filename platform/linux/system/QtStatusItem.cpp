@@ -1,0 +1,101 @@
+#include "platform/linux/system/QtStatusItem.h"
+
+#include <QApplication>
+#include <QCursor>
+#include <QEvent>
+#include <utility>
+
+namespace tarvik::linuxdesktop {
+
+namespace {
+
+// Bright enough for dark panels, dark enough for light ones.
+const QColor systemRed(255, 59, 48);
+
+}  // namespace
+
+QtStatusItem::QtStatusItem(const platform::Clock& clock)
+    : trayHost_(std::make_unique<TrayHost>(clock, [this] { appear(); })) {
+    qApp->installEventFilter(this);
+}
+
+QtStatusItem::~QtStatusItem() = default;
+
+void QtStatusItem::appear() {
+    trayIcon_ = std::make_unique<QSystemTrayIcon>();
+    QObject::connect(trayIcon_.get(), &QSystemTrayIcon::activated, this,
+                     [this](QSystemTrayIcon::ActivationReason reason) {
+                         if (reason == QSystemTrayIcon::Trigger) {
+                             openMenu();
+                         }
+                     });
+    if (menu_) {
+        trayIcon_->setContextMenu(&menu_->menu());
+    }
+    update();
+    trayIcon_->show();
+    // Its work is done, but it is what called.
+    QMetaObject::invokeMethod(
+        this, [this] { trayHost_.reset(); }, Qt::QueuedConnection);
+}
+
+void QtStatusItem::setMenu(std::shared_ptr<platform::Menu> menu) {
+    if (trayIcon_) {
+        trayIcon_->setContextMenu(nullptr);
+    }
+    menu_ = std::dynamic_pointer_cast<QtMenu>(std::move(menu));
+    if (trayIcon_ && menu_) {
+        trayIcon_->setContextMenu(&menu_->menu());
+    }
+}
+
+void QtStatusItem::setImage(std::shared_ptr<platform::Image> image) {
+    image_ = std::dynamic_pointer_cast<QtImage>(std::move(image));
+    update();
+}
+
+void QtStatusItem::setContentTintColor(std::optional<platform::SystemColor> color) {
+    tint_ = color;
+    update();
+}
+
+void QtStatusItem::setTitle(const std::string& title) {
+    title_ = title;
+    update();
+}
+
+QIcon QtStatusItem::icon() const {
+    const std::optional<QColor> color = tint_ ? std::optional(systemRed) : std::nullopt;
+    return image_ ? symbolIcon(image_->symbol(), color) : textIcon(title_, color);
+}
+
+QString QtStatusItem::description() const {
+    const QString name = image_ ? QString::fromStdString(image_->accessibilityDescription())
+                                : QCoreApplication::applicationName();
+    return tint_ ? name + QStringLiteral(" – recording") : name;
+}
+
+void QtStatusItem::update() {
+    if (trayIcon_) {
+        trayIcon_->setIcon(icon());
+        trayIcon_->setToolTip(description());
+    }
+}
+
+// A tray keeps the picture that it was given: one in the desktop's text colour is given anew.
+bool QtStatusItem::eventFilter(QObject* object, QEvent* event) {
+    if (event->type() == QEvent::ApplicationPaletteChange && object == qApp) {
+        update();
+    }
+    return false;
+}
+
+// A click of the main button opens the menu, as it does in a menu bar. Only X11 lets a menu appear
+// at the pointer without a window of its own.
+void QtStatusItem::openMenu() {
+    if (menu_ && qGuiApp->nativeInterface<QNativeInterface::QX11Application>() != nullptr) {
+        menu_->menu().popup(QCursor::pos());
+    }
+}
+
+}  // namespace tarvik::linuxdesktop

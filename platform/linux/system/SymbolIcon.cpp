@@ -1,0 +1,95 @@
+#include "platform/linux/system/SymbolIcon.h"
+
+#include <QFont>
+#include <QGuiApplication>
+#include <QIconEngine>
+#include <QPainter>
+#include <QPainterPath>
+#include <QPalette>
+#include <QPixmap>
+#include <functional>
+#include <utility>
+
+namespace tarvik::linuxdesktop {
+
+namespace {
+
+// Draws into a square of this side; the colour is set as pen already.
+constexpr qreal side = 24;
+using Drawing = std::function<void(QPainter&, const QColor&)>;
+
+class DrawnIconEngine final : public QIconEngine {
+  public:
+    DrawnIconEngine(Drawing drawing, std::optional<QColor> color)
+        : drawing_(std::move(drawing)), color_(std::move(color)) {}
+
+    void paint(QPainter* painter, const QRect& rect, QIcon::Mode, QIcon::State) override {
+        const qreal scale = std::min(rect.width(), rect.height()) / side;
+        painter->save();
+        painter->setRenderHint(QPainter::Antialiasing);
+        painter->translate(QRectF(rect).center());
+        painter->scale(scale, scale);
+        painter->translate(-side / 2, -side / 2);
+        drawing_(*painter, color_.value_or(QGuiApplication::palette().color(QPalette::WindowText)));
+        painter->restore();
+    }
+
+    QPixmap pixmap(const QSize& size, QIcon::Mode mode, QIcon::State state) override {
+        QPixmap picture(size);
+        picture.fill(Qt::transparent);
+        QPainter painter(&picture);
+        paint(&painter, QRect(QPoint(), size), mode, state);
+        return picture;
+    }
+
+    // What panels use; the bus carries one picture for each.
+    QList<QSize> availableSizes(QIcon::Mode, QIcon::State) override {
+        return {QSize(16, 16), QSize(22, 22), QSize(24, 24), QSize(32, 32), QSize(48, 48)};
+    }
+
+    QIconEngine* clone() const override { return new DrawnIconEngine(drawing_, color_); }
+
+  private:
+    Drawing drawing_;
+    std::optional<QColor> color_;
+};
+
+void drawMicrophone(QPainter& painter, const QColor& color, bool isFilled) {
+    painter.setPen(QPen(color, 2, Qt::SolidLine, Qt::RoundCap, Qt::RoundJoin));
+    painter.setBrush(isFilled ? QBrush(color) : QBrush(Qt::NoBrush));
+    painter.drawRoundedRect(QRectF(8.5, 2, 7, 12), 3.5, 3.5);
+    QPainterPath stand;
+    stand.moveTo(5, 10.5);
+    stand.arcTo(QRectF(5, 4, 14, 14), 180, 180);
+    stand.moveTo(12, 18);
+    stand.lineTo(12, 22);
+    stand.moveTo(8, 22);
+    stand.lineTo(16, 22);
+    painter.setBrush(Qt::NoBrush);
+    painter.drawPath(stand);
+}
+
+}  // namespace
+
+QIcon symbolIcon(Symbol symbol, const std::optional<QColor>& color) {
+    const bool isFilled = symbol == Symbol::filledMicrophone;
+    return QIcon(new DrawnIconEngine(
+        [isFilled](QPainter& painter, const QColor& drawn) {
+            drawMicrophone(painter, drawn, isFilled);
+        },
+        color));
+}
+
+QIcon textIcon(const std::string& text, const std::optional<QColor>& color) {
+    return QIcon(new DrawnIconEngine(
+        [text = QString::fromStdString(text)](QPainter& painter, const QColor& drawn) {
+            QFont font = QGuiApplication::font();
+            font.setPixelSize(static_cast<int>(side));
+            painter.setFont(font);
+            painter.setPen(drawn);
+            painter.drawText(QRectF(0, 0, side, side), Qt::AlignCenter, text);
+        },
+        color));
+}
+
+}  // namespace tarvik::linuxdesktop

@@ -1,0 +1,72 @@
+#include "platform/linux/system/SystemLog.h"
+
+#include <syslog.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <atomic>
+#include <cerrno>
+
+namespace tarvik::linuxdesktop {
+
+namespace {
+
+constexpr int longestBacklog = 10000;
+
+std::string harmless(std::string_view line) {
+    std::string clean(line);
+    std::replace_if(
+        clean.begin(), clean.end(),
+        [](char c) { return static_cast<unsigned char>(c) < 0x20 || c == 0x7f; }, ' ');
+    return clean;
+}
+
+// One call for the whole line, so that other writers to the same terminal do not come between.
+void writeToStandardError(std::string line) {
+    line += '\n';
+    std::string_view rest = line;
+    while (!rest.empty()) {
+        const ssize_t written = ::write(STDERR_FILENO, rest.data(), rest.size());
+        if (written < 0 && errno != EINTR) {
+            // Standard error is closed or its reader is gone; the system log still gets the line.
+            return;
+        }
+        rest.remove_prefix(static_cast<std::size_t>(std::max<ssize_t>(written, 0)));
+    }
+}
+
+void deliver(const std::string& line) {
+    writeToStandardError(line);
+    syslog(LOG_INFO, "%s", line.c_str());
+}
+
+}  // namespace
+
+struct SystemLog::Backlog {
+    std::atomic<int> lines = 0;
+    std::atomic<int> dropped = 0;
+};
+
+SystemLog::SystemLog() : backlog_(std::make_shared<Backlog>()), worker_("tarvik-log", Seconds(1)) {
+    openlog("tarvik-dictate", LOG_PID, LOG_USER);
+}
+
+SystemLog::~SystemLog() = default;
+
+void SystemLog::write(std::string_view line) {
+    if (backlog_->lines.fetch_add(1) >= longestBacklog) {
+        backlog_->lines.fetch_sub(1);
+        backlog_->dropped.fetch_add(1);
+        return;
+    }
+    worker_.async([backlog = backlog_, line = harmless(line)] {
+        deliver(line);
+        backlog->lines.fetch_sub(1);
+        if (const int dropped = backlog->dropped.exchange(0)) {
+            deliver("TarvikDictate: " + std::to_string(dropped) +
+                    " log lines were dropped because nobody took them");
+        }
+    });
+}
+
+}  // namespace tarvik::linuxdesktop

@@ -1,0 +1,89 @@
+#include "platform/linux/system/TrayHost.h"
+
+#include <xcb/xcb.h>
+
+#include <QGuiApplication>
+#include <utility>
+
+#include "platform/linux/system/X11Atoms.h"
+
+namespace tarvik::linuxdesktop {
+
+namespace {
+
+constexpr BusConnection::Property hostRegistered = {
+    "org.kde.StatusNotifierWatcher", "/StatusNotifierWatcher", "org.kde.StatusNotifierWatcher",
+    "IsStatusNotifierHostRegistered"};
+
+xcb_connection_t* x11Connection() {
+    const auto* x11 = qGuiApp->nativeInterface<QNativeInterface::QX11Application>();
+    return x11 != nullptr ? x11->connection() : nullptr;
+}
+
+bool isOwned(xcb_atom_t selection) {
+    xcb_connection_t* connection = x11Connection();
+    const X11Reply<xcb_get_selection_owner_reply_t> owner(xcb_get_selection_owner_reply(
+        connection, xcb_get_selection_owner(connection, selection), nullptr));
+    return owner && owner->owner != XCB_WINDOW_NONE;
+}
+
+}  // namespace
+
+TrayHost::TrayHost(const platform::Clock& clock, std::function<void()> onReady)
+    : onReady_(std::move(onReady)),
+      ready_([this] { finish(); }),
+      sessionBus_(BusConnection::Bus::session, clock, [this](const Error&) { useX11Tray(); }) {
+    if (xcb_connection_t* connection = x11Connection()) {
+        managerMessage_ = x11Atom(connection, "MANAGER");
+        traySelection_ = x11Atom(connection, "_NET_SYSTEM_TRAY_S0");
+    }
+    qGuiApp->installNativeEventFilter(this);
+    sessionBus_.observeSignal(
+        "type='signal',interface='org.kde.StatusNotifierWatcher',"
+        "member='StatusNotifierHostRegistered'",
+        [this](sd_bus_message*) { ready_.set({}); });
+    askForNotifierHost();
+}
+
+TrayHost::~TrayHost() {
+    qGuiApp->removeNativeEventFilter(this);
+}
+
+void TrayHost::askForNotifierHost() {
+    sessionBus_.getBool(hostRegistered, [this](std::optional<bool> isRegistered) {
+        if (isRegistered.value_or(false)) {
+            ready_.set({});
+        } else {
+            useX11Tray();
+        }
+    });
+}
+
+void TrayHost::useX11Tray() {
+    isNotifierHostMissing_ = true;
+    if (traySelection_ != 0 && isOwned(traySelection_)) {
+        ready_.set({});
+    }
+}
+
+// A tray announces itself to everybody when it takes its selection.
+bool TrayHost::nativeEventFilter(const QByteArray& eventType, void* message, qintptr*) {
+    if (!isNotifierHostMissing_ || eventType != "xcb_generic_event_t") {
+        return false;
+    }
+    const auto* event = static_cast<const xcb_client_message_event_t*>(message);
+    if ((event->response_type & 0x7f) == XCB_CLIENT_MESSAGE && event->type == managerMessage_ &&
+        event->data.data32[1] == traySelection_) {
+        ready_.set({});
+    }
+    return false;
+}
+
+void TrayHost::finish() {
+    ready_.clear();
+    if (const auto onReady = std::exchange(onReady_, nullptr)) {
+        onReady();
+    }
+}
+
+}  // namespace tarvik::linuxdesktop
