@@ -23,6 +23,8 @@ class AudioRecorder {
 
     /// An error when there is no microphone or the engine says so.
     std::optional<Error> start();
+    /// Keeps the engine that it has, whatever changes.
+    void ignoreChanges() { wantsToRun_ = false; }
     void removeTap() { engine_->inputNode().removeTapOnBus(0); }
     void stop();
     /// What the engine answers now.
