@@ -1,0 +1,100 @@
+#!/usr/bin/python3
+"""A GTK 3 window with one text widget. Prints "ready" whenever the widget gets the focus.
+
+Commands on standard input: "caret N" places the caret, "select A:B" selects, "button" moves the
+focus to a button, "widget" moves it back, "quit" ends the program.
+"""
+
+import gi
+
+gi.require_version("Gtk", "3.0")
+from gi.repository import GLib, Gtk  # noqa: E402
+
+import target_options  # noqa: E402
+
+options = target_options.parse("A GTK 3 window with one text widget.")
+
+window = Gtk.Window(title=options.title)
+window.set_default_size(480, 160)
+window.connect("destroy", Gtk.main_quit)
+box = Gtk.Box(orientation=Gtk.Orientation.VERTICAL, spacing=6)
+window.add(box)
+
+if options.menu_bar:
+    bar = Gtk.MenuBar()
+    item = Gtk.MenuItem.new_with_mnemonic("_File")
+    menu = Gtk.Menu()
+    quit_item = Gtk.MenuItem.new_with_mnemonic("_Quit")
+    quit_item.connect("activate", Gtk.main_quit)
+    menu.append(quit_item)
+    item.set_submenu(menu)
+    bar.append(item)
+    box.pack_start(bar, False, False, 0)
+
+if options.widget == "entry":
+    widget = Gtk.Entry()
+    source = widget
+    widget.set_text(options.text)
+    widget.set_editable(not options.readonly)
+else:
+    widget = Gtk.TextView()
+    source = widget.get_buffer()
+    source.set_text(options.text)
+    widget.set_editable(not options.readonly)
+box.pack_start(widget, True, True, 0)
+button = Gtk.Button(label="Button")
+box.pack_start(button, False, False, 0)
+
+
+def text():
+    if options.widget == "entry":
+        return widget.get_text()
+    return source.get_text(source.get_start_iter(), source.get_end_iter(), True)
+
+
+def select(first, last):
+    if options.widget == "entry":
+        widget.select_region(first, last)
+    else:
+        source.select_range(source.get_iter_at_offset(last), source.get_iter_at_offset(first))
+
+
+def focused(_widget, _event):
+    if options.selection:
+        # The entry selects everything when it gets the focus, so this comes right after.
+        first, last = options.selection
+        options.selection = None
+        GLib.idle_add(lambda: (select(first, last), target_options.announce("ready")) and False)
+    else:
+        GLib.idle_add(lambda: target_options.announce("ready") or False)
+    return False
+
+
+def command(line):
+    name, _, argument = line.partition(" ")
+    if name == "caret":
+        select(int(argument), int(argument))
+    elif name == "select":
+        select(*[int(part) for part in argument.split(":")])
+    elif name == "button":
+        button.grab_focus()
+    elif name == "widget":
+        widget.grab_focus()
+    elif name == "quit":
+        Gtk.main_quit()
+        return
+    target_options.announce("done")
+
+
+source.connect("changed", lambda *_: target_options.publish(options, text()))
+target_options.publish(options, text())
+if options.button:
+    button.connect("focus-in-event", focused)
+    button.grab_focus()
+else:
+    widget.connect("focus-in-event", focused)
+    widget.grab_focus()
+readable = target_options.read_commands(command)
+GLib.io_add_watch(0, GLib.PRIORITY_DEFAULT, GLib.IO_IN | GLib.IO_HUP, lambda *_: readable())
+window.show_all()
+Gtk.main()

@@ -1,0 +1,112 @@
+#!/usr/bin/python3
+"""A Qt 6 window with one text widget. Prints "ready" whenever the widget gets the focus.
+
+The commands on standard input are those of gtk3_target.py.
+"""
+
+import sys
+
+from PyQt6.QtCore import QSocketNotifier, QTimer
+from PyQt6.QtWidgets import (QApplication, QLineEdit, QMainWindow, QPlainTextEdit, QPushButton,
+                             QVBoxLayout, QWidget)
+
+import target_options
+
+options = target_options.parse("A Qt 6 window with one text widget.")
+application = QApplication(sys.argv[:1])
+window = QMainWindow()
+window.setWindowTitle(options.title)
+window.resize(480, 160)
+central = QWidget()
+layout = QVBoxLayout(central)
+window.setCentralWidget(central)
+if options.menu_bar:
+    window.menuBar().addMenu("&File").addAction("&Quit", application.quit)
+
+
+def focused():
+    def settle():
+        if options.selection:
+            select(*options.selection)
+            options.selection = None
+        target_options.announce("ready")
+
+    # The line selects everything when it gets the focus by the keyboard, so this comes right after.
+    QTimer.singleShot(0, settle)
+
+
+class Line(QLineEdit):
+    def focusInEvent(self, event):
+        super().focusInEvent(event)
+        focused()
+
+
+class Area(QPlainTextEdit):
+    def focusInEvent(self, event):
+        super().focusInEvent(event)
+        focused()
+
+
+class Button(QPushButton):
+    def focusInEvent(self, event):
+        super().focusInEvent(event)
+        if options.button:
+            focused()
+
+
+def units(character_offset):
+    """The toolkit counts UTF-16 units where the options count characters."""
+    return len(text()[:character_offset].encode("utf-16-le")) // 2
+
+
+def text():
+    return widget.text() if options.widget == "entry" else widget.toPlainText()
+
+
+def select(first, last):
+    first, last = units(first), units(last)
+    if options.widget == "entry":
+        widget.setCursorPosition(first)
+        if last > first:
+            widget.setSelection(first, last - first)
+    else:
+        cursor = widget.textCursor()
+        cursor.setPosition(first)
+        cursor.setPosition(last, cursor.MoveMode.KeepAnchor)
+        widget.setTextCursor(cursor)
+
+
+def command(line):
+    name, _, argument = line.partition(" ")
+    if name == "caret":
+        select(int(argument), int(argument))
+    elif name == "select":
+        select(*[int(part) for part in argument.split(":")])
+    elif name == "button":
+        button.setFocus()
+    elif name == "widget":
+        widget.setFocus()
+    elif name == "quit":
+        application.quit()
+        return
+    target_options.announce("done")
+
+
+if options.widget == "entry":
+    widget = Line()
+    widget.setText(options.text)
+else:
+    widget = Area()
+    widget.setPlainText(options.text)
+widget.setReadOnly(options.readonly)
+widget.textChanged.connect(lambda *_: target_options.publish(options, text()))
+target_options.publish(options, text())
+button = Button("Button")
+layout.addWidget(widget)
+layout.addWidget(button)
+(button if options.button else widget).setFocus()
+readable = target_options.read_commands(command)
+notifier = QSocketNotifier(0, QSocketNotifier.Type.Read)
+notifier.activated.connect(lambda *_: notifier.setEnabled(readable()))
+window.show()
+sys.exit(application.exec())

@@ -1,0 +1,58 @@
+"""What the targets have in common: their options and the file that tells their text."""
+
+import argparse
+import os
+
+
+def parse(description):
+    parser = argparse.ArgumentParser(description=description)
+    parser.add_argument("--widget", choices=["entry", "text"], default="text",
+                        help="a single line or a text area")
+    parser.add_argument("--text", default="", help="the text it begins with")
+    parser.add_argument("--select", metavar="A:B",
+                        help="select from character A to character B; A:A places the caret")
+    parser.add_argument("--menu-bar", action="store_true", help="with a menu bar (Alt+F)")
+    parser.add_argument("--readonly", action="store_true")
+    parser.add_argument("--button", action="store_true",
+                        help="a button that has the focus, instead of the text")
+    parser.add_argument("--title", default="target")
+    parser.add_argument("--out", metavar="FILE", required=True,
+                        help="a file that always holds the whole text")
+    options = parser.parse_args()
+    options.selection = None
+    if options.select:
+        first, last = options.select.split(":")
+        options.selection = (int(first), int(last))
+    return options
+
+
+def publish(options, text):
+    """Replaces the file in one step, so that a reader never sees half a text."""
+    partial = f"{options.out}.{os.getpid()}.partial"
+    with open(partial, "w", encoding="utf-8", newline="") as file:
+        file.write(text)
+    os.replace(partial, options.out)
+
+
+def announce(line):
+    print(line, flush=True)
+
+
+def read_commands(handle):
+    """Calls `handle` in this thread's loop of the toolkit with every line of standard input; the
+    toolkit is asked by file descriptor 0. Returns the function to call when it can be read."""
+    os.set_blocking(0, False)
+    pending = bytearray()
+
+    def readable():
+        chunk = os.read(0, 65536)
+        if not chunk:
+            return False
+        pending.extend(chunk)
+        while b"\n" in pending:
+            line, _, rest = bytes(pending).partition(b"\n")
+            pending[:] = rest
+            handle(line.decode("utf-8"))
+        return True
+
+    return readable
