@@ -5,6 +5,8 @@
 #include <QEvent>
 #include <utility>
 
+#include "platform/linux/system/X11Server.h"
+
 namespace tarvik::linuxdesktop {
 
 namespace {
@@ -93,7 +95,7 @@ bool QtStatusItem::eventFilter(QObject* object, QEvent* event) {
 // A click of the main button opens the menu, as it does in a menu bar. Only X11 lets a menu appear
 // at the pointer without a window of its own.
 void QtStatusItem::openMenu() {
-    if (menu_ && qGuiApp->nativeInterface<QNativeInterface::QX11Application>() != nullptr) {
+    if (menu_ && x11Connection() != nullptr) {
         menu_->menu().popup(QCursor::pos());
     }
 }

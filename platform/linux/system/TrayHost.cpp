@@ -5,7 +5,7 @@
 #include <QGuiApplication>
 #include <utility>
 
-#include "platform/linux/system/X11Atoms.h"
+#include "platform/linux/system/X11Server.h"
 
 namespace tarvik::linuxdesktop {
 
@@ -14,11 +14,6 @@ namespace {
 constexpr BusConnection::Property hostRegistered = {
     "org.kde.StatusNotifierWatcher", "/StatusNotifierWatcher", "org.kde.StatusNotifierWatcher",
     "IsStatusNotifierHostRegistered"};
-
-xcb_connection_t* x11Connection() {
-    const auto* x11 = qGuiApp->nativeInterface<QNativeInterface::QX11Application>();
-    return x11 != nullptr ? x11->connection() : nullptr;
-}
 
 bool isOwned(xcb_atom_t selection) {
     xcb_connection_t* connection = x11Connection();

@@ -2,11 +2,10 @@
 
 #include <xcb/xcb.h>
 
-#include <QGuiApplication>
 #include <QWidget>
 #include <cstdint>
 
-#include "platform/linux/system/X11Atoms.h"
+#include "platform/linux/system/X11Server.h"
 
 namespace tarvik::linuxdesktop {
 
@@ -35,8 +34,8 @@ void requestActivation(xcb_connection_t* connection, xcb_window_t window) {
 void bringToFront(QWidget& window) {
     window.raise();
     window.activateWindow();
-    if (const auto* x11 = qGuiApp->nativeInterface<QNativeInterface::QX11Application>()) {
-        requestActivation(x11->connection(), static_cast<xcb_window_t>(window.winId()));
+    if (xcb_connection_t* connection = x11Connection()) {
+        requestActivation(connection, static_cast<xcb_window_t>(window.winId()));
     }
 }
 

@@ -1,0 +1,156 @@
+#include <QApplication>
+#include <QLineEdit>
+#include <QMenu>
+#include <QPushButton>
+#include <QTimer>
+#include <array>
+#include <cstdlib>
+#include <optional>
+#include <thread>
+
+#include "platform/linux/system/FileUserDefaults.h"
+#include "platform/linux/system/MonotonicClock.h"
+#include "platform/linux/system/ProcessTaskLauncher.h"
+#include "platform/linux/system/QtApplication.h"
+#include "platform/linux/system/QtMainQueue.h"
+#include "platform/linux/system/QtMenu.h"
+#include "platform/linux/system/QtTimerService.h"
+#include "platform/linux/system/QtUserInterface.h"
+#include "platform/linux/system/SystemLog.h"
+#include "platform/linux/system/XdgLoginItem.h"
+#include "tests/conformance/SystemFolder.h"
+#include "tests/conformance/SystemWorld.h"
+
+namespace tarvik::conformance {
+
+namespace {
+
+class SystemLinuxWorld final : public SystemWorld {
+  public:
+    SystemLinuxWorld() {
+        setenv("XDG_CONFIG_HOME", (folder_ / "config").c_str(), 1);
+        putFile(program_, "#!/bin/sh\nprintf '%s\\n' \"$@\" > '" + arguments_ + ".part'\nmv '" +
+                              arguments_ + ".part' '" + arguments_ + "'\n");
+        std::filesystem::permissions(program_, std::filesystem::perms::owner_all);
+        userDefaults_.emplace(linuxdesktop::FileUserDefaults::standardPath(), log_);
+        loginItem_.emplace(program_.string());
+    }
+
+    platform::MainQueue& mainQueue() override { return mainQueue_; }
+    platform::TimerService& timers() override { return timers_; }
+    const platform::Clock& clock() override { return clock_; }
+    platform::UserDefaults& userDefaults() override { return *userDefaults_; }
+    platform::Application& application() override { return application_; }
+    platform::TaskLauncher& taskLauncher() override { return taskLauncher_; }
+    platform::LoginItemService& loginItem() override { return *loginItem_; }
+    platform::UserInterface& userInterface() override { return userInterface_; }
+
+    bool runUntil(const std::function<bool()>& condition) override {
+        const TimePoint deadline = clock_.now() + Seconds(10);
+        while (!condition()) {
+            if (clock_.now() > deadline) {
+                return false;
+            }
+            QApplication::processEvents(QEventLoop::AllEvents, 10);
+        }
+        return true;
+    }
+
+    void stall(Seconds interval) override {
+        const TimePoint end = clock_.now() + interval;
+        while (clock_.now() < end) {
+            std::this_thread::yield();
+        }
+    }
+
+    void reopenUserDefaults() override {
+        userDefaults_.reset();
+        userDefaults_.emplace(linuxdesktop::FileUserDefaults::standardPath(), log_);
+    }
+
+    std::string goodProgram() override { return program_; }
+    std::string missingProgram() override { return folder_ / "missing"; }
+    void refuseLaunch() override {}
+    bool wasLaunched(const std::vector<std::string>& arguments) override {
+        std::string lines;
+        for (const std::string& argument : arguments) {
+            lines += argument + "\n";
+        }
+        return contentOf(arguments_) == lines;
+    }
+
+    // Also root cannot make a folder where a file stands, nor remove a folder as a file.
+    void refuseLoginItem() override {
+        std::filesystem::create_directories(folder_ /
+                                            "config/autostart/com.tarvik.dictate.desktop/full");
+    }
+
+    std::vector<std::string> openMenu(platform::Menu& menu) override {
+        QMenu& shown = dynamic_cast<linuxdesktop::QtMenu&>(menu).menu();
+        shown.popup(QPoint(10, 10));
+        std::vector<std::string> titles;
+        for (const QAction* action : shown.actions()) {
+            titles.push_back(action->text().replace("&&", "&").toStdString());
+        }
+        shown.hide();
+        return titles;
+    }
+
+    bool chooseFromMenu(platform::Menu& menu, const std::string& title) override {
+        for (QAction* action : dynamic_cast<linuxdesktop::QtMenu&>(menu).menu().actions()) {
+            if (action->text() == QString::fromStdString(title) && action->isEnabled()) {
+                action->trigger();
+                return true;
+            }
+        }
+        return false;
+    }
+
+    // Waits for the window as the user does, then types and clicks.
+    void answerNextAlert(int button, const std::string& text) override {
+        auto* timer = new QTimer(&answers_);
+        QObject::connect(timer, &QTimer::timeout, timer, [timer, button, text] {
+            QWidget* alert = QApplication::activeModalWidget();
+            if (alert == nullptr || !alert->isVisible()) {
+                return;
+            }
+            timer->stop();
+            alert->findChild<QLineEdit*>()->setText(QString::fromStdString(text));
+            const QString title = button == 0 ? "Save" : "Cancel";
+            for (QPushButton* candidate : alert->findChildren<QPushButton*>()) {
+                if (candidate->text() == title) {
+                    candidate->click();
+                    return;
+                }
+            }
+        });
+        timer->start(5);
+    }
+
+  private:
+    SystemFolder folder_;
+    std::filesystem::path program_ = folder_ / "program with blanks";
+    std::string arguments_ = folder_ / "arguments";
+    int argumentCount_ = 1;
+    std::string name_ = "system-conformance";
+    std::array<char*, 2> argumentValues_ = {name_.data(), nullptr};
+
+    linuxdesktop::SystemLog log_;
+    linuxdesktop::MonotonicClock clock_;
+    linuxdesktop::QtApplication application_{argumentCount_, argumentValues_.data()};
+    linuxdesktop::QtMainQueue mainQueue_{clock_};
+    linuxdesktop::QtTimerService timers_{clock_};
+    std::optional<linuxdesktop::FileUserDefaults> userDefaults_;
+    linuxdesktop::ProcessTaskLauncher taskLauncher_;
+    std::optional<linuxdesktop::XdgLoginItem> loginItem_;
+    linuxdesktop::QtUserInterface userInterface_{clock_, log_};
+    QObject answers_;
+};
+
+}  // namespace
+
+std::unique_ptr<SystemWorld> makeLinuxSystemWorld() {
+    return std::make_unique<SystemLinuxWorld>();
+}
+
+}  // namespace tarvik::conformance

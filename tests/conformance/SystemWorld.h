@@ -1,0 +1,63 @@
+#pragma once
+
+#include <functional>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "base/Time.h"
+#include "platform/Application.h"
+#include "platform/Clock.h"
+#include "platform/LoginItemService.h"
+#include "platform/MainQueue.h"
+#include "platform/TaskLauncher.h"
+#include "platform/TimerService.h"
+#include "platform/UserDefaults.h"
+#include "platform/UserInterface.h"
+
+namespace tarvik::conformance {
+
+/// The system services of one platform and the outside that drives them. The thread of the test is
+/// the main thread.
+class SystemWorld {
+  public:
+    virtual ~SystemWorld() = default;
+
+    virtual platform::MainQueue& mainQueue() = 0;
+    virtual platform::TimerService& timers() = 0;
+    virtual const platform::Clock& clock() = 0;
+    virtual platform::UserDefaults& userDefaults() = 0;
+    virtual platform::Application& application() = 0;
+    virtual platform::TaskLauncher& taskLauncher() = 0;
+    virtual platform::LoginItemService& loginItem() = 0;
+    virtual platform::UserInterface& userInterface() = 0;
+
+    /// Runs the main loop until `condition` holds; false when that takes more than ten seconds.
+    virtual bool runUntil(const std::function<bool()>& condition) = 0;
+    /// Keeps the main thread busy without running its loop.
+    virtual void stall(Seconds interval) = 0;
+    /// Ends the settings and reads them again, as the next run of the application does.
+    virtual void reopenUserDefaults() = 0;
+    /// A program that a launch can start, and one that it cannot.
+    virtual std::string goodProgram() = 0;
+    virtual std::string missingProgram() = 0;
+    /// Arranges that programs cannot be started, where the world decides it by itself.
+    virtual void refuseLaunch() = 0;
+    /// Whether the good program has been started with these arguments.
+    virtual bool wasLaunched(const std::vector<std::string>& arguments) = 0;
+    /// Makes registering and unregistering as a login item impossible.
+    virtual void refuseLoginItem() = 0;
+    /// The user opens `menu`; the titles that it shows.
+    virtual std::vector<std::string> openMenu(platform::Menu& menu) = 0;
+    /// The user chooses the entry of `menu`; false when it cannot be chosen.
+    virtual bool chooseFromMenu(platform::Menu& menu, const std::string& title) = 0;
+    /// The next alert gets this text and is answered with this button, counted from 0.
+    virtual void answerNextAlert(int button, const std::string& text) = 0;
+};
+
+using SystemWorldMaker = std::unique_ptr<SystemWorld> (*)();
+
+std::unique_ptr<SystemWorld> makeSimulatedSystemWorld();
+std::unique_ptr<SystemWorld> makeLinuxSystemWorld();
+
+}  // namespace tarvik::conformance
