@@ -18,7 +18,10 @@ class SimulatedAudio::Observation final : public platform::AudioObservation {
 std::unique_ptr<platform::AudioEngine> SimulatedAudio::makeEngine() {
     journal_.add("makeEngine");
     auto record = std::make_shared<SimulatedAudioEngineRecord>();
-    engines_.push_back(record);
+    {
+        const std::lock_guard lock(mutex_);
+        engines_.push_back(record);
+    }
     SimulatedAudioEngine::Surroundings surroundings;
     surroundings.inputFormat = [this] { return inputFormat(); };
     surroundings.startFailure = [this]() -> std::optional<Error> {
@@ -37,6 +40,11 @@ std::unique_ptr<platform::AudioObservation> SimulatedAudio::observeConfiguration
     journal_.add("observeConfigurationChange");
     return std::make_unique<Observation>(observers_,
                                          observers_.insert(observers_.end(), std::move(handler)));
+}
+
+std::vector<std::shared_ptr<SimulatedAudioEngineRecord>> SimulatedAudio::engines() const {
+    const std::lock_guard lock(mutex_);
+    return engines_;
 }
 
 platform::AudioFormat SimulatedAudio::inputFormat() const {
@@ -75,7 +83,7 @@ void SimulatedAudio::notifyObservers() {
 
 bool SimulatedAudio::deliver(const platform::AudioPcmBuffer& buffer) {
     bool taken = false;
-    for (const auto& engine : engines_) {
+    for (const auto& engine : engines()) {
         taken = engine->deliver(buffer) || taken;
     }
     return taken;

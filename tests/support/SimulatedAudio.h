@@ -34,16 +34,13 @@ class SimulatedAudio final : public platform::AudioService {
     /// What starting an engine answers; an engine without a microphone fails anyway.
     void setStartFailure(std::optional<Error> failure);
 
-    /// The engines made so far, gone ones too, from first to last.
-    const std::vector<std::shared_ptr<SimulatedAudioEngineRecord>>& engines() const {
-        return engines_;
-    }
-    SimulatedAudioEngineRecord& lastEngine() const { return *engines_.back(); }
+    /// The engines made so far, gone ones too, from first to last. Any thread.
+    std::vector<std::shared_ptr<SimulatedAudioEngineRecord>> engines() const;
+    std::shared_ptr<SimulatedAudioEngineRecord> lastEngine() const { return engines().back(); }
     std::size_t observers() const { return observers_.size(); }
 
     /// Hands one buffer to every running engine with a tap, on the calling thread: one array of
-    /// samples for each channel, all of one length. False when no engine took it. Engines must not
-    /// be made meanwhile.
+    /// samples for each channel, all of one length. False when no engine took it.
     bool deliver(const std::vector<std::vector<float>>& channels);
     /// The same, with a buffer whose format claims another number of channels.
     bool deliver(const std::vector<std::vector<float>>& channels, std::uint32_t channelCount);

@@ -1,0 +1,191 @@
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <barrier>
+#include <chrono>
+#include <thread>
+
+#include "tests/core/app/ApplicationUnderTest.h"
+#include "tests/core/speech/ClientUnderTest.h"
+
+// What several threads share, with real threads; most telling under the thread sanitizer.
+
+namespace tarvik {
+namespace {
+
+constexpr int rounds = 200;
+
+/// A thread that speaks all the time.
+class Speaker {
+  public:
+    explicit Speaker(simulated::SimulatedAudio& audio)
+        : thread_([this, &audio](const std::stop_token& stop) {
+              while (!stop.stop_requested()) {
+                  audio.deliver({{0.5F, 0.5F}});
+                  ++deliveries_;
+                  // A microphone has pauses too; without them nobody else gets at the tap.
+                  std::this_thread::sleep_for(std::chrono::microseconds(20));
+              }
+          }) {}
+
+    int deliveries() const { return deliveries_; }
+
+  private:
+    std::atomic<int> deliveries_ = 0;
+    std::jthread thread_;
+};
+
+TEST(Threads, ChunksAlwaysGoToTheClientOfTheMomentWhileClientsAreReplaced) {
+    ApplicationUnderTest app;
+    app.launchAndSettle();
+    Speaker speaker(app.platform.audio());
+    for (int round = 0; round < rounds; ++round) {
+        app.startStreaming();
+        auto& socket = app.socket();
+        ASSERT_TRUE(app.platform.time().runUntil([&] { return socket.sentData().size() > 1; }));
+        app.releaseHold();
+        const std::size_t sentAtStop = socket.sentData().size();
+        const int before = speaker.deliveries();
+        ASSERT_TRUE(
+            app.platform.time().runUntil([&] { return speaker.deliveries() > before + 2; }));
+        // The chunk that was under way at the stop may still arrive, no other.
+        EXPECT_LE(socket.sentData().size(), sentAtStop + 1);
+        app.platform.advance(Seconds(round % 2 == 0 ? 0.1 : 0.4));
+    }
+    for (const auto& task : app.platform.webSockets().tasks()) {
+        for (const std::string& chunk : task->sentData()) {
+            ASSERT_EQ(chunk, std::string("\xFF\x3F\xFF\x3F", 4));
+        }
+    }
+}
+
+TEST(Threads, EngineIsRebuiltUnderALivelyMicrophone) {
+    ApplicationUnderTest app;
+    app.launchAndSettle();
+    app.startStreaming();
+    Speaker speaker(app.platform.audio());
+    for (int round = 0; round < rounds; ++round) {
+        app.platform.audio().setInputFormat({round % 2 == 0 ? 16000.0 : 48000.0, 1});
+        app.platform.audio().changeConfiguration();
+        app.platform.runUntilIdle();
+        const std::size_t before = app.socket().sentData().size();
+        ASSERT_TRUE(
+            app.platform.time().runUntil([&] { return app.socket().sentData().size() > before; }));
+    }
+    EXPECT_EQ(app.platform.audio().engines().size(), static_cast<std::size_t>(rounds) + 1);
+}
+
+TEST(Threads, CaptureIsStartedAndStoppedUnderALivelyMicrophone) {
+    ApplicationUnderTest app;
+    app.launchAndSettle();
+    Speaker speaker(app.platform.audio());
+    for (int round = 0; round < rounds; ++round) {
+        app.startStreaming();
+        app.platform.workspace().wake();
+        app.platform.advance(Seconds(2));
+        EXPECT_FALSE(app.isCapturing());
+    }
+}
+
+TEST(Threads, FinishCompletesOnceWhenTheCloseMeetsTheCloseDeadline) {
+    for (int round = 0; round < rounds; ++round) {
+        ClientUnderTest test;
+        test.connectAndOpen();
+        test.platform.webSockets().setAutomatic(false);
+        std::atomic<int> finishes = 0;
+        test.client->finish([&] { ++finishes; });
+        auto& session = *test.platform.webSockets().sessions().back();
+        test.task().close();
+        std::barrier together(2);
+        std::jthread delegateQueue([&] {
+            together.arrive_and_wait();
+            session.runDelegateQueue();
+        });
+        together.arrive_and_wait();
+        test.platform.advance(Seconds(2));
+        delegateQueue.join();
+        test.platform.runUntilIdle();
+        ASSERT_EQ(finishes, 1);
+    }
+}
+
+TEST(Threads, ConnectCompletesOnceWhenTheCloseMeetsTheOpenDeadline) {
+    for (int round = 0; round < rounds; ++round) {
+        ClientUnderTest test;
+        test.platform.webSockets().setAutomatic(false);
+        test.connect();
+        auto& session = *test.platform.webSockets().sessions().back();
+        test.task().close();
+        std::barrier together(2);
+        std::jthread delegateQueue([&] {
+            together.arrive_and_wait();
+            session.runDelegateQueue();
+        });
+        together.arrive_and_wait();
+        test.platform.advance(Seconds(5));
+        delegateQueue.join();
+        test.platform.runUntilIdle();
+        ASSERT_EQ(test.connects, std::vector<bool>({false}));
+    }
+}
+
+TEST(Threads, AudioIsSentWhileTheServiceCloses) {
+    for (int round = 0; round < rounds; ++round) {
+        ClientUnderTest test;
+        test.connectAndOpen();
+        test.platform.webSockets().setAutomatic(false);
+        auto& session = *test.platform.webSockets().sessions().back();
+        std::barrier together(3);
+        std::jthread audio([&] {
+            together.arrive_and_wait();
+            for (int chunk = 0; chunk < 20; ++chunk) {
+                test.client->send("ab");
+            }
+        });
+        std::jthread delegateQueue([&] {
+            together.arrive_and_wait();
+            test.task().notifyClose();
+            session.runDelegateQueue();
+        });
+        together.arrive_and_wait();
+        test.finish();
+        test.platform.advance(Seconds(2));
+        audio.join();
+        delegateQueue.join();
+        session.runDelegateQueue();
+        test.platform.runUntilIdle();
+        EXPECT_EQ(test.count("finished"), 1);
+    }
+}
+
+TEST(Threads, TranscriptsOfTheDelegateQueueReachTheMainThreadInOrder) {
+    ClientUnderTest test;
+    test.connectAndOpen();
+    test.platform.webSockets().setAutomatic(false);
+    auto& session = *test.platform.webSockets().sessions().back();
+    std::jthread delegateQueue([&] {
+        for (int i = 0; i < rounds; ++i) {
+            test.task().deliverText(simulated::transcriptJson(std::to_string(i), true));
+            session.runDelegateQueue();
+        }
+    });
+    ASSERT_TRUE(test.platform.time().runUntil(
+        [&] { return test.transcripts.size() == static_cast<std::size_t>(rounds); }));
+    for (std::size_t i = 0; i < test.transcripts.size(); ++i) {
+        EXPECT_EQ(test.transcripts[i].text, std::to_string(i));
+    }
+    EXPECT_EQ(test.deliveriesOffMain, 0);
+}
+
+TEST(Threads, AnswerAboutTheMicrophoneComesFromAnyThread) {
+    ApplicationUnderTest app;
+    app.platform.captureAuthorization().holdsAnswers = true;
+    app.launch();
+    std::jthread answering([&] { app.platform.captureAuthorization().answer(true); });
+    EXPECT_TRUE(app.platform.time().runUntil([&] {
+        return app.platform.log().count("TarvikDictate: launch-time mic request → true") == 1;
+    }));
+}
+
+}  // namespace
+}  // namespace tarvik

@@ -1,0 +1,433 @@
+#include <gtest/gtest.h>
+
+#include "tests/core/app/ApplicationUnderTest.h"
+
+namespace tarvik {
+namespace {
+
+using Lines = std::vector<std::string>;
+
+constexpr auto welcomeKey = "lastWelcomeShownForVersion";
+constexpr int authorized = 3;
+
+/// What a user has stored for whom this version has been welcomed and the login item registered.
+simulated::UserDefaultsContents settled() {
+    simulated::UserDefaultsContents defaults = storedKey();
+    defaults[welcomeKey] = std::string("0.1.0");
+    defaults["loginItemAutoConfigured"] = true;
+    return defaults;
+}
+
+Lines reRegistration() {
+    return {"log TarvikDictate: system woke — resetting subsystems",
+            "unregisterEventHotKey 1",
+            "unregisterEventHotKey 2",
+            "removeEventHandler",
+            "installEventHandler",
+            "registerEventHotKey 49 2048 TaDi 1 0",
+            "log TarvikDictate: hold-to-talk registered (⌥ Space)",
+            "registerEventHotKey 49 2560 TaDi 2 0",
+            "log TarvikDictate: tap-to-toggle registered (⌥ ⇧ Space)"};
+}
+
+/// The moments, in seconds after `launch`, at which the setup window came up.
+std::vector<double> setupWindowsAfter(ApplicationUnderTest& app, TimePoint launch) {
+    std::vector<double> moments;
+    for (const TimePoint moment : app.platform.userInterface().setupWindows) {
+        moments.push_back(Seconds(moment - launch).count());
+    }
+    return moments;
+}
+
+/// Launches, lets a minute pass, and answers when the setup window came up; −1 when it did not.
+double setupWindowDelay(ApplicationUnderTest& app,
+                        const platform::LaunchNotification& notification = {}) {
+    const TimePoint launch = app.platform.now();
+    app.launch(notification);
+    app.platform.advance(Seconds(60));
+    const std::vector<double> moments = setupWindowsAfter(app, launch);
+    EXPECT_LE(moments.size(), 1U);
+    return moments.empty() ? -1 : moments.front();
+}
+
+constexpr double justAfter = 0.001;
+
+TEST(Construction, DoesNothingYet) {
+    ApplicationUnderTest app;
+    EXPECT_FALSE(app.delegate->isRecording());
+    EXPECT_EQ(app.delegate->sessionGeneration(), 0);
+    EXPECT_EQ(app.delegate->lastFinalTranscript(), "");
+    EXPECT_EQ(app.platform.journal().lines(), Lines());
+}
+
+TEST(Launch, HappensInTheFirstTurnOfTheLoopAndQuitEndsIt) {
+    ApplicationUnderTest app;
+    app.platform.application().setDelegate(app.delegate);
+    app.platform.time().asyncAfter(Seconds(10), [&] {
+        EXPECT_TRUE(app.platform.userInterface().statusItem()->menu->choose("Quit"));
+    });
+    EXPECT_EQ(app.platform.application().run(), 0);
+    EXPECT_EQ(app.platform.journal().count("installMainMenu"), 1U);
+    EXPECT_TRUE(app.platform.application().isTerminated());
+}
+
+TEST(Launch, TakesItsStepsInOrder) {
+    simulated::UserDefaultsContents defaults = storedKey();
+    ApplicationUnderTest app(defaults);
+    app.delegate->applicationDidFinishLaunching({});
+    EXPECT_EQ(app.platform.journal().lines(),
+              Lines({"installMainMenu",
+                     "installEventHandler",
+                     "registerEventHotKey 49 2048 TaDi 1 0",
+                     "log TarvikDictate: hold-to-talk registered (⌥ Space)",
+                     "registerEventHotKey 49 2560 TaDi 2 0",
+                     "log TarvikDictate: tap-to-toggle registered (⌥ ⇧ Space)",
+                     "makeStatusItem",
+                     "setImage mic",
+                     "setContentTintColor none",
+                     "makeMenu",
+                     "makeEngine",
+                     "observeConfigurationChange",
+                     "authorizationStatusForAudio",
+                     "log TarvikDictate: mic status 3 "
+                     "(0=notDet,1=restricted,2=denied,3=authorized)",
+                     "requestAccessForAudio",
+                     "log TarvikDictate: mic requestAccess → true",
+                     "isProcessTrustedWithOptions true",
+                     "log TarvikDictate: accessibility trusted → true",
+                     "authorizationStatusForAudio",
+                     "isProcessTrusted",
+                     "registerItem",
+                     "log TarvikDictate: registered as login item (first run)",
+                     "observeDidWake"}));
+}
+
+TEST(Launch, LogsTheAnswerAboutTheMicrophoneWhenItComes) {
+    ApplicationUnderTest app;
+    app.launch();
+    EXPECT_EQ(app.platform.log().count("TarvikDictate: launch-time mic request → true"), 1U);
+}
+
+TEST(Launch, DoesNotWaitForTheAnswerAboutTheMicrophone) {
+    ApplicationUnderTest app;
+    app.platform.captureAuthorization().holdsAnswers = true;
+    app.launch();
+    EXPECT_EQ(app.platform.workspace().wakeObservers(), 1U);
+    EXPECT_TRUE(app.platform.log().linesWith("launch-time mic request").empty());
+    app.platform.captureAuthorization().answer(false);
+    app.platform.runUntilIdle();
+    EXPECT_EQ(app.platform.log().count("TarvikDictate: launch-time mic request → false"), 1U);
+}
+
+TEST(Launch, MakesTheCaptureOnceAndStartsNothing) {
+    ApplicationUnderTest app;
+    app.launch();
+    EXPECT_EQ(app.platform.audio().engines().size(), 1U);
+    EXPECT_EQ(app.platform.audio().lastEngine()->calls(), Lines());
+    EXPECT_TRUE(app.platform.webSockets().sessions().empty());
+    EXPECT_EQ(app.platform.time().runningTimers(), 0U);
+}
+
+TEST(Welcome, FirstLaunchWithoutAKeyShowsTheSetupWindowAfterFourSeconds) {
+    ApplicationUnderTest app(nothingStored());
+    app.delegate->applicationDidFinishLaunching({});
+    EXPECT_EQ(app.platform.userDefaults().stringForKey(welcomeKey), "0.1.0");
+    app.platform.advance(Seconds(3.99));
+    EXPECT_TRUE(app.platform.userInterface().setupWindows.empty());
+    app.platform.advance(Seconds(0.01));
+    EXPECT_EQ(app.platform.userInterface().setupWindows.size(), 1U);
+}
+
+TEST(Welcome, LaterLaunchByTheUserShowsTheSetupWindowAfterFourTenthsOfASecond) {
+    ApplicationUnderTest app(settled());
+    EXPECT_NEAR(setupWindowDelay(app, {true}), 0.4, justAfter);
+}
+
+TEST(Welcome, LaunchThatDoesNotSayWhetherItIsADefaultOneCountsAsOne) {
+    ApplicationUnderTest app(settled());
+    EXPECT_NEAR(setupWindowDelay(app, {std::nullopt}), 0.4, justAfter);
+}
+
+TEST(Welcome, LaunchThatIsNotADefaultOneShowsNothing) {
+    ApplicationUnderTest app(settled());
+    EXPECT_EQ(setupWindowDelay(app, {false}), -1);
+}
+
+TEST(Welcome, SetupThatIsNeededIsShownOnANonDefaultLaunchToo) {
+    simulated::UserDefaultsContents defaults = settled();
+    defaults.erase("deepgramApiKey");
+    ApplicationUnderTest app(defaults);
+    EXPECT_NEAR(setupWindowDelay(app, {false}), 4.0, justAfter);
+}
+
+TEST(Welcome, AnEmptyStoredKeyNeedsSetup) {
+    simulated::UserDefaultsContents defaults = settled();
+    defaults["deepgramApiKey"] = std::string();
+    ApplicationUnderTest app(defaults);
+    EXPECT_NEAR(setupWindowDelay(app), 4.0, justAfter);
+}
+
+TEST(Welcome, WithoutTrustSetupIsNeeded) {
+    ApplicationUnderTest app(settled());
+    app.platform.accessibility().isTrusted = false;
+    EXPECT_NEAR(setupWindowDelay(app), 4.0, justAfter);
+}
+
+class WelcomeWithMicrophoneStatus : public testing::TestWithParam<int> {};
+
+TEST_P(WelcomeWithMicrophoneStatus, NeedsSetupUnlessItIsAuthorized) {
+    ApplicationUnderTest app(settled());
+    app.platform.captureAuthorization().status = GetParam();
+    EXPECT_NEAR(setupWindowDelay(app), GetParam() == authorized ? 0.4 : 4.0, justAfter);
+}
+
+INSTANTIATE_TEST_SUITE_P(All, WelcomeWithMicrophoneStatus, testing::Values(0, 1, 2, 3, 4, -1));
+
+TEST(Welcome, ChecksStopAtTheMissingKey) {
+    ApplicationUnderTest app(nothingStored());
+    app.platform.accessibility().isTrusted = false;
+    app.launch();
+    EXPECT_EQ(app.platform.journal().count("authorizationStatusForAudio"), 1U);
+    EXPECT_EQ(app.platform.journal().count("isProcessTrusted"), 0U);
+}
+
+TEST(Welcome, ChecksStopAtTheMicrophoneThatIsNotAuthorized) {
+    ApplicationUnderTest app;
+    app.platform.captureAuthorization().status = 0;
+    app.launch();
+    EXPECT_EQ(app.platform.journal().count("authorizationStatusForAudio"), 2U);
+    EXPECT_EQ(app.platform.journal().count("isProcessTrusted"), 0U);
+}
+
+TEST(Welcome, AfterAnUpdateTheSetupWindowComesAfterFourSecondsOncePerVersion) {
+    simulated::UserDefaultsContents leftBehind;
+    {
+        ApplicationUnderTest updated(settled());
+        updated.platform.bundle().setVersion("0.2.0");
+        EXPECT_NEAR(setupWindowDelay(updated, {false}), 4.0, justAfter);
+        leftBehind = updated.platform.userDefaults().contents();
+    }
+    ApplicationUnderTest again(leftBehind);
+    again.platform.bundle().setVersion("0.2.0");
+    EXPECT_NEAR(setupWindowDelay(again), 0.4, justAfter);
+}
+
+TEST(Welcome, BundleWithoutAVersionIsStoredAndComparedAsAQuestionMark) {
+    simulated::UserDefaultsContents leftBehind;
+    {
+        ApplicationUnderTest first(settled());
+        first.platform.bundle().removeVersion();
+        EXPECT_NEAR(setupWindowDelay(first), 4.0, justAfter);
+        leftBehind = first.platform.userDefaults().contents();
+        EXPECT_EQ(std::get<std::string>(leftBehind.at(welcomeKey)), "?");
+    }
+    ApplicationUnderTest second(leftBehind);
+    second.platform.bundle().removeVersion();
+    EXPECT_NEAR(setupWindowDelay(second), 0.4, justAfter);
+}
+
+TEST(Welcome, VersionThatIsNotTextCountsAsAQuestionMark) {
+    ApplicationUnderTest app;
+    app.platform.bundle().setVersionThatIsNotText();
+    app.launch();
+    EXPECT_EQ(app.platform.userDefaults().stringForKey(welcomeKey), "?");
+}
+
+TEST(Welcome, StoredVersionOfAnotherTypeCountsAsANewVersion) {
+    simulated::UserDefaultsContents defaults = settled();
+    defaults[welcomeKey] = std::int64_t{1};
+    ApplicationUnderTest app(defaults);
+    EXPECT_NEAR(setupWindowDelay(app), 4.0, justAfter);
+}
+
+TEST(Welcome, OrdinaryLaunchStoresNothing) {
+    ApplicationUnderTest app(settled());
+    app.launch();
+    EXPECT_EQ(app.platform.userDefaults().writes(), 0);
+}
+
+TEST(Reopening, ShowsTheSetupWindowWhateverWindowsAreVisible) {
+    for (const bool hasVisibleWindows : {false, true}) {
+        ApplicationUnderTest app(settled());
+        app.launch({false});
+        app.platform.application().setDelegate(app.delegate);
+        EXPECT_TRUE(app.platform.application().reopen(hasVisibleWindows));
+        EXPECT_EQ(app.platform.userInterface().setupWindows.size(), 1U);
+    }
+}
+
+TEST(Restart, EndsAtOnceAndHasTheNextInstanceStartedHalfASecondLater) {
+    ApplicationUnderTest app;
+    app.launchAndSettle();
+    EXPECT_TRUE(app.platform.userInterface().statusItem()->menu->choose("Restart Tarvik Dictate"));
+    ASSERT_EQ(app.platform.taskLauncher().launches.size(), 1U);
+    EXPECT_EQ(app.platform.taskLauncher().launches[0].launchPath, "/bin/sh");
+    EXPECT_EQ(app.platform.taskLauncher().launches[0].arguments,
+              Lines({"-c", "sleep 0.5 && /usr/bin/open -n \"/Applications/Tarvik Dictate.app\""}));
+    EXPECT_EQ(app.platform.journal().lines(), Lines({"launch /bin/sh", "terminate"}));
+}
+
+TEST(Restart, EndsTheApplicationSilentlyWhenTheNextInstanceCannotBeLaunched) {
+    ApplicationUnderTest app;
+    app.launchAndSettle();
+    app.platform.taskLauncher().failure = Error{2, "No such file or directory"};
+    app.delegate->restartApp();
+    EXPECT_TRUE(app.platform.application().isTerminated());
+    EXPECT_EQ(app.logLines(), Lines());
+}
+
+TEST(Wake, WhileIdleOnlyRegistersTheHotkeysAnew) {
+    ApplicationUnderTest app;
+    app.launchAndSettle();
+    app.platform.workspace().wake();
+    app.platform.runUntilIdle();
+    EXPECT_EQ(app.platform.journal().lines(), reRegistration());
+    EXPECT_EQ(app.platform.eventManager().hotKeys(), 2U);
+    EXPECT_EQ(app.platform.eventManager().handlers(), 1U);
+    app.pressHold();
+    EXPECT_TRUE(app.delegate->isRecording());
+}
+
+TEST(Wake, AbandonsARecordingBeforeItRegistersTheHotkeysAnew) {
+    ApplicationUnderTest app;
+    app.launchAndSettle();
+    app.startStreaming();
+    app.platform.journal().clear();
+    app.platform.workspace().wake();
+    Lines expected = reRegistration();
+    const Lines abandoning = {"setImage mic", "setContentTintColor none", "audio removeTap",
+                              "audio stop"};
+    expected.insert(expected.begin() + 1, abandoning.begin(), abandoning.end());
+    EXPECT_EQ(app.platform.journal().lines(), expected);
+    EXPECT_FALSE(app.delegate->isRecording());
+    EXPECT_FALSE(app.hasRedIcon());
+    EXPECT_FALSE(app.isCapturing());
+}
+
+TEST(Wake, RecordsNoUsageAndWritesNoStopLine) {
+    ApplicationUnderTest app;
+    app.launchAndSettle();
+    app.startStreaming();
+    app.platform.advance(Seconds(20));
+    app.platform.workspace().wake();
+    app.platform.advance(Seconds(60));
+    EXPECT_EQ(app.recordedSeconds(), 0);
+    EXPECT_TRUE(app.platform.log().linesWith("stopRecording").empty());
+    EXPECT_TRUE(app.platform.log().linesWith("audio.stop").empty());
+    EXPECT_TRUE(app.platform.log().linesWith("auto-stop").empty());
+}
+
+TEST(Wake, SendsTheCloseMessageAndNoAudioAfterIt) {
+    ApplicationUnderTest app;
+    app.launchAndSettle();
+    app.startStreaming();
+    app.platform.workspace().wake();
+    EXPECT_FALSE(app.speak());
+    EXPECT_EQ(app.socket().sentTexts(), Lines({R"({"type":"CloseStream"})"}));
+    EXPECT_TRUE(app.socket().sentData().empty());
+}
+
+TEST(Wake, KeepsTheTextOfTheAbandonedRecordingAndInsertsWhatStillArrives) {
+    ApplicationUnderTest app;
+    const auto element = app.platform.accessibility().focusNewElement();
+    app.launchAndSettle();
+    app.startStreaming();
+    app.sayFinal("hello");
+    app.platform.workspace().wake();
+    EXPECT_EQ(app.delegate->lastFinalTranscript(), "hello");
+    app.sayFinal("world");
+    EXPECT_EQ(element->text, "hello world");
+}
+
+TEST(Wake, WhileConnectingGivesTheClientUpAtOnce) {
+    ApplicationUnderTest app;
+    app.launchAndSettle();
+    app.pressHold();
+    app.platform.workspace().wake();
+    EXPECT_FALSE(app.delegate->isRecording());
+    // The connection opens late all the same and starts the capture, whose chunks have no client.
+    app.acceptConnection();
+    EXPECT_TRUE(app.isCapturing());
+    EXPECT_TRUE(app.speak());
+    EXPECT_TRUE(app.socket().sentData().empty());
+    EXPECT_TRUE(app.socket().sentTexts().empty());
+}
+
+TEST(Wake, LeavesTheTimerToItsNextTickWhichStopsNothingTwice) {
+    ApplicationUnderTest app;
+    app.launchAndSettle();
+    app.startStreaming();
+    app.platform.advance(Seconds(1));
+    app.platform.workspace().wake();
+    EXPECT_EQ(app.platform.time().runningTimers(), 1U);
+    app.platform.advance(Seconds(4));
+    EXPECT_EQ(app.platform.time().runningTimers(), 0U);
+    app.platform.advance(Seconds(700));
+    EXPECT_TRUE(app.platform.log().linesWith("auto-stop").empty());
+    EXPECT_TRUE(app.platform.log().linesWith("stopRecording").empty());
+}
+
+TEST(Wake, OldFinishTakesTheClientOfARecordingThatStartedMeanwhile) {
+    ApplicationUnderTest app;
+    app.launchAndSettle();
+    app.startStreaming();
+    app.platform.workspace().wake();
+    app.platform.advance(Seconds(1));
+    app.startStreaming();
+    EXPECT_TRUE(app.speak());
+    EXPECT_EQ(app.socket().sentData().size(), 1U);
+    // Two seconds after the wake the old client's finish completes.
+    app.platform.advance(Seconds(1));
+    EXPECT_TRUE(app.delegate->isRecording());
+    EXPECT_TRUE(app.speak());
+    EXPECT_EQ(app.socket().sentData().size(), 1U);
+    app.releaseHold();
+    app.platform.advance(Seconds(10));
+    EXPECT_FALSE(app.isCapturing());
+    EXPECT_TRUE(app.socket().sentTexts().empty());
+}
+
+TEST(Wake, FinishIsOverAsSoonAsTheServiceCloses) {
+    ApplicationUnderTest app;
+    app.launchAndSettle();
+    app.startStreaming();
+    app.platform.workspace().wake();
+    app.platform.advance(Seconds(0.5));
+    app.socket().close();
+    app.platform.runUntilIdle();
+    app.startStreaming();
+    app.platform.advance(Seconds(1.5));
+    EXPECT_TRUE(app.speak());
+    EXPECT_EQ(app.socket().sentData().size(), 1U);
+}
+
+TEST(Wake, WhileStoppingLeavesTheDeferredStopAlone) {
+    ApplicationUnderTest app;
+    app.launchAndSettle();
+    app.startStreaming();
+    app.releaseHold();
+    app.platform.workspace().wake();
+    EXPECT_TRUE(app.isCapturing());
+    app.platform.advance(Seconds(0.3));
+    EXPECT_FALSE(app.isCapturing());
+    EXPECT_EQ(app.platform.log().count("TarvikDictate: audio.stop (session=1)"), 1U);
+}
+
+TEST(Delegate, WhenItIsGoneNothingThatWaitedDoesAnything) {
+    ApplicationUnderTest app;
+    app.launch();
+    app.pressHold();
+    app.platform.eventManager().release(ApplicationUnderTest::holdHotkey);
+    app.delegate.reset();
+    app.platform.log().clear();
+    app.socket().open();
+    app.socket().deliverText(simulated::transcriptJson("hello", true));
+    app.platform.workspace().wake();
+    app.platform.advance(Seconds(700));
+    EXPECT_EQ(app.logLines(), Lines());
+    EXPECT_TRUE(app.platform.keyboardEvents().posts.empty());
+    EXPECT_FALSE(app.isCapturing());
+}
+
+}  // namespace
+}  // namespace tarvik

@@ -1,0 +1,517 @@
+#include <gtest/gtest.h>
+
+#include <limits>
+
+#include "tests/core/app/ApplicationUnderTest.h"
+
+namespace tarvik {
+namespace {
+
+using Lines = std::vector<std::string>;
+
+constexpr auto closeStream = R"({"type":"CloseStream"})";
+
+class Session : public testing::Test {
+  protected:
+    Session() {
+        app.platform.workspace().setFrontmostProcess(ApplicationUnderTest::editor);
+        app.launchAndSettle();
+    }
+
+    std::string url() { return app.socket().request().url; }
+
+    ApplicationUnderTest app;
+};
+
+TEST_F(Session, StartTakesItsStepsInOrder) {
+    app.pressHold();
+    EXPECT_EQ(app.platform.journal().lines(),
+              Lines({"log TarvikDictate: startRecording (session=1)", "frontmostApplication",
+                     "copyAttributeValue AXFocusedUIElement", "setImage mic.fill",
+                     "setContentTintColor red", "audio inputFormat", "makeSession",
+                     "webSocketTask wss://api.deepgram.com/v1/listen?model=nova-3&smart_format=true"
+                     "&punctuate=true&interim_results=true&mip_opt_out=true&encoding=linear16"
+                     "&sample_rate=48000&channels=1"}));
+    EXPECT_TRUE(app.delegate->isRecording());
+    EXPECT_EQ(app.delegate->sessionGeneration(), 1);
+    EXPECT_EQ(app.platform.time().runningTimers(), 1U);
+}
+
+TEST_F(Session, CaptureStartsOnlyOnceTheConnectionIsOpen) {
+    app.pressHold();
+    EXPECT_FALSE(app.isCapturing());
+    app.platform.advance(Seconds(1));
+    EXPECT_FALSE(app.isCapturing());
+    app.acceptConnection();
+    EXPECT_TRUE(app.isCapturing());
+}
+
+TEST_F(Session, ChunksGoToTheClientAsTheyAre) {
+    app.startStreaming();
+    app.platform.audio().deliver({{0.5F, -1.0F, 1.0F}});
+    EXPECT_EQ(app.socket().sentData(), Lines({std::string("\xFF\x3F\x01\x80\xFF\x7F", 6)}));
+}
+
+TEST_F(Session, SecondPressWhileRecordingIsIgnored) {
+    app.pressHold();
+    app.pressHold();
+    EXPECT_EQ(app.delegate->sessionGeneration(), 1);
+    EXPECT_EQ(app.platform.webSockets().tasks().size(), 1U);
+}
+
+TEST_F(Session, ReleaseWithoutARecordingIsIgnored) {
+    app.releaseHold();
+    app.delegate->stopRecording();
+    EXPECT_EQ(app.logLines(), Lines());
+    EXPECT_EQ(app.platform.time().waitingBlocks(), 0U);
+}
+
+TEST_F(Session, StopEndsTheCaptureAndClosesTheStreamThreeTenthsOfASecondLater) {
+    app.startStreaming();
+    app.platform.journal().clear();
+    app.releaseHold();
+    EXPECT_EQ(app.platform.journal().lines(),
+              Lines({"setImage mic", "setContentTintColor none",
+                     "log TarvikDictate: stopRecording (session=1)"}));
+    EXPECT_FALSE(app.delegate->isRecording());
+    EXPECT_EQ(app.platform.time().runningTimers(), 0U);
+    app.platform.journal().clear();
+    app.platform.advance(Seconds(0.29));
+    EXPECT_TRUE(app.isCapturing());
+    EXPECT_TRUE(app.socket().sentTexts().empty());
+    app.platform.advance(Seconds(0.01));
+    EXPECT_EQ(app.platform.journal().lines(), Lines({"audio removeTap", "audio stop",
+                                                     "log TarvikDictate: audio.stop (session=1)"}));
+    EXPECT_EQ(app.socket().sentTexts(), Lines({closeStream}));
+}
+
+TEST_F(Session, ChunksBetweenTheStopAndItsDeferredHalfAreDropped) {
+    app.startStreaming();
+    app.releaseHold();
+    EXPECT_TRUE(app.speak());
+    EXPECT_TRUE(app.socket().sentData().empty());
+}
+
+TEST_F(Session, PressAndReleaseBeforeTheConnectionOpensCapturesNothing) {
+    app.pressHold();
+    app.releaseHold();
+    app.platform.advance(Seconds(0.3));
+    EXPECT_EQ(app.logLines(), Lines({"TarvikDictate: startRecording (session=1)",
+                                     "TarvikDictate: stopRecording (session=1)",
+                                     "TarvikDictate: audio.stop (session=1)"}));
+    EXPECT_EQ(app.platform.audio().lastEngine()->calls(), Lines({"inputFormat"}));
+    // Its finish completed at once, so nothing was sent and nothing is waited for but the opening.
+    app.platform.advance(Seconds(4));
+    EXPECT_TRUE(app.socket().cancels().empty());
+}
+
+TEST_F(Session, ReleaseAndPressWithinTheGraceKeepsTheCaptureForTheNewClient) {
+    app.startStreaming();
+    auto& first = app.socket();
+    app.releaseHold();
+    app.platform.advance(Seconds(0.1));
+    app.pressHold();
+    auto& second = app.socket();
+    app.platform.advance(Seconds(0.2));
+    EXPECT_EQ(app.platform.log().count(
+                  "TarvikDictate: deferred-stop SKIPPED — session 1 superseded by 2"),
+              1U);
+    EXPECT_TRUE(app.isCapturing());
+    EXPECT_EQ(first.sentTexts(), Lines({closeStream}));
+    EXPECT_TRUE(app.speak());
+    EXPECT_TRUE(second.sentData().empty());
+    app.acceptConnection();
+    EXPECT_TRUE(app.speak());
+    EXPECT_EQ(second.sentData().size(), 1U);
+    EXPECT_TRUE(first.sentData().empty());
+    // One engine, started once.
+    EXPECT_EQ(app.platform.journal().count("audio start"), 1U);
+    EXPECT_EQ(app.platform.audio().engines().size(), 1U);
+}
+
+TEST_F(Session, NewRecordingAfterTheGraceStartsTheCaptureAnew) {
+    app.startStreaming();
+    app.releaseHold();
+    app.platform.advance(Seconds(0.3));
+    app.startStreaming();
+    EXPECT_TRUE(app.platform.log().linesWith("SKIPPED").empty());
+    EXPECT_EQ(app.platform.journal().count("audio start"), 2U);
+    EXPECT_EQ(app.delegate->sessionGeneration(), 2);
+}
+
+TEST_F(Session, FinalPiecesAreJoinedAndInsertedWithASpace) {
+    const auto element = app.platform.accessibility().focusNewElement();
+    app.startStreaming();
+    app.sayFinal("hello");
+    app.sayFinal("world");
+    EXPECT_EQ(app.delegate->lastFinalTranscript(), "hello world");
+    EXPECT_EQ(element->attempts, Lines({"hello", " world"}));
+}
+
+TEST_F(Session, InterimResultsAreIgnored) {
+    const auto element = app.platform.accessibility().focusNewElement();
+    app.startStreaming();
+    app.sayInterim("hel");
+    EXPECT_EQ(app.delegate->lastFinalTranscript(), "");
+    EXPECT_TRUE(element->attempts.empty());
+    EXPECT_TRUE(app.platform.keyboardEvents().posts.empty());
+}
+
+TEST_F(Session, NothingIsInsertedAtTheEnd) {
+    const auto element = app.platform.accessibility().focusNewElement();
+    app.startStreaming();
+    app.sayFinal("hello");
+    app.releaseHold();
+    app.platform.advance(Seconds(10));
+    EXPECT_EQ(element->attempts, Lines({"hello"}));
+}
+
+TEST_F(Session, TextIsKeptAfterTheEndUntilTheNextStart) {
+    app.startStreaming();
+    app.sayFinal("hello");
+    app.releaseHold();
+    app.platform.advance(Seconds(5));
+    EXPECT_EQ(app.delegate->lastFinalTranscript(), "hello");
+    app.pressHold();
+    EXPECT_EQ(app.delegate->lastFinalTranscript(), "");
+}
+
+TEST_F(Session, PieceThatArrivesASecondAfterTheStopIsInsertedIntoTheOldTarget) {
+    const auto element = app.platform.accessibility().focusNewElement();
+    app.startStreaming();
+    app.sayFinal("hello");
+    app.releaseHold();
+    app.platform.accessibility().focusNewElement();
+    app.platform.advance(Seconds(1));
+    app.sayFinal("world");
+    EXPECT_EQ(element->text, "hello world");
+}
+
+TEST_F(Session, LatePieceGoesToTheTargetOfARecordingThatHasStartedMeanwhile) {
+    const auto oldElement = app.platform.accessibility().focusNewElement();
+    app.startStreaming();
+    auto& oldSocket = app.socket();
+    app.sayFinal("one");
+    app.releaseHold();
+    app.platform.advance(Seconds(0.5));
+    const auto newElement = app.platform.accessibility().focusNewElement();
+    app.startStreaming();
+    oldSocket.deliverText(simulated::transcriptJson("two", true));
+    app.platform.runUntilIdle();
+    app.sayFinal("three");
+    oldSocket.deliverText(simulated::transcriptJson("four", true));
+    app.platform.runUntilIdle();
+    EXPECT_EQ(oldElement->text, "one");
+    EXPECT_EQ(newElement->attempts, Lines({"two", " three", " four"}));
+    EXPECT_EQ(app.delegate->lastFinalTranscript(), "two three four");
+}
+
+TEST_F(Session, ConnectionThatOpensAfterTheStopStartsACaptureThatOnlyALaterStopEnds) {
+    app.pressHold();
+    app.releaseHold();
+    app.platform.advance(Seconds(1));
+    app.acceptConnection();
+    EXPECT_TRUE(app.isCapturing());
+    EXPECT_TRUE(app.speak());
+    EXPECT_TRUE(app.socket().sentData().empty());
+    app.platform.workspace().wake();
+    app.platform.advance(Seconds(60));
+    EXPECT_TRUE(app.isCapturing());
+
+    app.startStreaming();
+    EXPECT_TRUE(app.speak());
+    EXPECT_EQ(app.socket().sentData().size(), 1U);
+    app.releaseHold();
+    app.platform.advance(Seconds(0.3));
+    EXPECT_FALSE(app.isCapturing());
+}
+
+TEST_F(Session, ConnectionThatFailsLeavesTheRecordingRedAndSilent) {
+    app.pressHold();
+    app.platform.advance(Seconds(5));
+    EXPECT_EQ(
+        app.platform.log().count("TarvikDictate: Deepgram WS open timeout (5s) — connect failed"),
+        1U);
+    EXPECT_TRUE(app.delegate->isRecording());
+    EXPECT_TRUE(app.hasRedIcon());
+    EXPECT_FALSE(app.isCapturing());
+    app.releaseHold();
+    EXPECT_FALSE(app.delegate->isRecording());
+}
+
+TEST_F(Session, ServiceErrorIsOnlyLoggedAndWithoutThePrefix) {
+    app.startStreaming();
+    app.socket().fail({54, "Connection reset by peer"});
+    app.platform.runUntilIdle();
+    EXPECT_EQ(app.platform.log().count("Deepgram error: Connection reset by peer"), 1U);
+    EXPECT_TRUE(app.delegate->isRecording());
+    EXPECT_TRUE(app.hasRedIcon());
+    EXPECT_TRUE(app.isCapturing());
+}
+
+TEST_F(Session, ToggleStartsAndTogglesOff) {
+    app.tapToggle();
+    EXPECT_TRUE(app.delegate->isRecording());
+    app.tapToggle();
+    EXPECT_FALSE(app.delegate->isRecording());
+    EXPECT_EQ(app.delegate->sessionGeneration(), 1);
+}
+
+TEST_F(Session, HoldingDuringAToggleSessionDoesNothingAndItsReleaseStops) {
+    app.tapToggle();
+    app.pressHold();
+    EXPECT_TRUE(app.delegate->isRecording());
+    EXPECT_EQ(app.delegate->sessionGeneration(), 1);
+    app.releaseHold();
+    EXPECT_FALSE(app.delegate->isRecording());
+}
+
+TEST_F(Session, ToggleStopsASessionThatWasStartedByHolding) {
+    app.pressHold();
+    app.tapToggle();
+    EXPECT_FALSE(app.delegate->isRecording());
+    app.releaseHold();
+    EXPECT_EQ(app.platform.log().linesWith("stopRecording").size(), 1U);
+}
+
+TEST_F(Session, NumbersAreNeverUsedTwice) {
+    for (int session = 1; session <= 3; ++session) {
+        app.pressHold();
+        app.releaseHold();
+        EXPECT_EQ(app.delegate->sessionGeneration(), session);
+    }
+    EXPECT_EQ(app.platform.log().count("TarvikDictate: startRecording (session=3)"), 1U);
+    EXPECT_EQ(app.platform.log().count("TarvikDictate: stopRecording (session=3)"), 1U);
+}
+
+TEST_F(Session, UsageIsCountedInWholeSecondsTruncated) {
+    app.pressHold();
+    app.platform.advance(Seconds(4));
+    app.acceptConnection();
+    for (int i = 0; i < 3; ++i) {
+        app.platform.advance(Seconds(15));
+        app.sayFinal("still here");
+    }
+    app.platform.advance(Seconds(10.9));
+    app.releaseHold();
+    EXPECT_EQ(app.recordedSeconds(), 59);
+}
+
+TEST_F(Session, SessionBelowASecondCountsNothing) {
+    app.pressHold();
+    app.platform.advance(Seconds(0.9));
+    app.releaseHold();
+    EXPECT_EQ(app.recordedSeconds(), 0);
+    EXPECT_FALSE(app.platform.userDefaults().has("totalDictationSeconds"));
+}
+
+TEST_F(Session, CallToActionThatIsDueComesOneSecondAfterTheStop) {
+    for (const auto& [before, minutes] : {std::pair(595, 10), std::pair(3595, 60)}) {
+        app.platform.userDefaults().setInteger(before, "totalDictationSeconds");
+        app.platform.userInterface().callsToAction.clear();
+        app.pressHold();
+        app.platform.advance(Seconds(6));
+        app.releaseHold();
+        app.platform.advance(Seconds(0.99));
+        EXPECT_TRUE(app.platform.userInterface().callsToAction.empty());
+        app.platform.advance(Seconds(0.01));
+        ASSERT_EQ(app.platform.userInterface().callsToAction.size(), 1U);
+        EXPECT_EQ(app.platform.userInterface().callsToAction[0].minutes, minutes);
+    }
+}
+
+TEST_F(Session, WithoutADueTierNoCallToActionComes) {
+    app.pressHold();
+    app.platform.advance(Seconds(6));
+    app.releaseHold();
+    app.platform.advance(Seconds(60));
+    EXPECT_TRUE(app.platform.userInterface().callsToAction.empty());
+    EXPECT_EQ(app.recordedSeconds(), 6);
+}
+
+TEST_F(Session, WithoutFrontmostApplicationAndElementTheTextIsTypedForEverybody) {
+    app.platform.workspace().setFrontmostProcess(std::nullopt);
+    app.startStreaming();
+    app.sayFinal("hello");
+    EXPECT_EQ(app.platform.keyboardEvents().typed(std::nullopt), u"hello");
+}
+
+TEST_F(Session, WithoutAnElementTheTextIsTypedIntoTheProcessThatWasInFront) {
+    app.startStreaming();
+    app.platform.workspace().setFrontmostProcess(ApplicationUnderTest::editor + 1);
+    app.sayFinal("hello");
+    app.sayFinal("world");
+    EXPECT_EQ(app.platform.keyboardEvents().typed(ApplicationUnderTest::editor), u"hello world");
+    EXPECT_EQ(app.platform.keyboardEvents().typed(ApplicationUnderTest::editor + 1), u"");
+}
+
+TEST_F(Session, ElementThatIsHandedOutWithAnErrorIsNotUsed) {
+    const auto element = app.platform.accessibility().focusNewElement();
+    app.platform.accessibility().focusStatus = platform::axErrorNoValue;
+    app.startStreaming();
+    app.sayFinal("hello");
+    EXPECT_TRUE(element->attempts.empty());
+    EXPECT_EQ(app.platform.keyboardEvents().typed(ApplicationUnderTest::editor), u"hello");
+}
+
+TEST_F(Session, ElementOfTheStartIsUsedThoughTheFocusHasMoved) {
+    const auto element = app.platform.accessibility().focusNewElement();
+    app.startStreaming();
+    const auto other = app.platform.accessibility().focusNewElement();
+    app.sayFinal("hello");
+    EXPECT_EQ(element->text, "hello");
+    EXPECT_TRUE(other->attempts.empty());
+}
+
+TEST_F(Session, PieceIsInsertedInALaterTurnThanTheOneThatReceivesIt) {
+    const auto element = app.platform.accessibility().focusNewElement();
+    app.platform.webSockets().setAutomatic(false);
+    app.pressHold();
+    app.socket().open();
+    app.socket().deliverText(simulated::transcriptJson("hello", true));
+    app.platform.webSockets().runDelegateQueues();
+    while (app.delegate->lastFinalTranscript().empty()) {
+        ASSERT_TRUE(app.platform.time().runOne());
+    }
+    EXPECT_TRUE(element->attempts.empty());
+    ASSERT_TRUE(app.platform.time().runOne());
+    EXPECT_EQ(element->attempts, Lines({"hello"}));
+}
+
+TEST_F(Session, PieceThatWaitsForItsInsertionUsesTheTargetOfTheMoment) {
+    const auto oldElement = app.platform.accessibility().focusNewElement();
+    app.platform.webSockets().setAutomatic(false);
+    app.pressHold();
+    app.socket().open();
+    app.socket().deliverText(simulated::transcriptJson("hello", true));
+    app.platform.webSockets().runDelegateQueues();
+    while (app.delegate->lastFinalTranscript().empty()) {
+        ASSERT_TRUE(app.platform.time().runOne());
+    }
+    const auto newElement = app.platform.accessibility().focusNewElement();
+    app.delegate->stopRecording();
+    app.delegate->startRecording();
+    app.platform.runUntilIdle();
+    EXPECT_TRUE(oldElement->attempts.empty());
+    EXPECT_EQ(newElement->text, "hello");
+}
+
+TEST_F(Session, PieceThatHasArrivedIsInsertedThoughTheDelegateWasGivenUp) {
+    const auto element = app.platform.accessibility().focusNewElement();
+    app.platform.webSockets().setAutomatic(false);
+    app.pressHold();
+    app.socket().open();
+    app.socket().deliverText(simulated::transcriptJson("hello", true));
+    app.platform.webSockets().runDelegateQueues();
+    while (app.delegate->lastFinalTranscript().empty()) {
+        ASSERT_TRUE(app.platform.time().runOne());
+    }
+    app.delegate->applicationWillTerminate();
+    app.delegate.reset();
+    app.platform.runUntilIdle();
+    EXPECT_EQ(element->text, "hello");
+}
+
+class SessionWithInputRate : public testing::TestWithParam<std::pair<double, std::string>> {};
+
+TEST_P(SessionWithInputRate, AnnouncesTheRateInWholeHertz) {
+    ApplicationUnderTest app;
+    app.launch();
+    app.platform.audio().setInputFormat({GetParam().first, 1});
+    app.pressHold();
+    EXPECT_NE(app.socket().request().url.find("&sample_rate=" + GetParam().second + "&"),
+              std::string::npos);
+}
+
+INSTANTIATE_TEST_SUITE_P(Rates, SessionWithInputRate,
+                         testing::Values(std::pair(44100.0, "44100"), std::pair(44100.9, "44100"),
+                                         std::pair(8000.0, "8000"), std::pair(192000.0, "192000"),
+                                         std::pair(0.0, "48000"), std::pair(-1.0, "48000"),
+                                         std::pair(std::numeric_limits<double>::quiet_NaN(),
+                                                   "48000")));
+
+TEST(SessionKey, IsSentAsItIsStored) {
+    ApplicationUnderTest app({{"deepgramApiKey", std::string(" spaced key ")}});
+    app.launch();
+    app.pressHold();
+    EXPECT_EQ(app.socket().header("Sec-WebSocket-Protocol"), "token,  spaced key ");
+}
+
+TEST(SessionKey, WithLineBreaksFailsTheConnectionWithAClearErrorAndNothingElse) {
+    ApplicationUnderTest app({{"deepgramApiKey", std::string("secret\r\nX-Other: 1")}});
+    app.launchAndSettle();
+    app.pressHold();
+    EXPECT_EQ(app.socket().header("Sec-WebSocket-Protocol"), "token, secret\r\nX-Other: 1");
+    EXPECT_EQ(app.platform.log().linesWith("Deepgram error: ").size(), 1U);
+    app.platform.advance(Seconds(5));
+    EXPECT_EQ(
+        app.platform.log().count("TarvikDictate: Deepgram WS open timeout (5s) — connect failed"),
+        1U);
+    EXPECT_TRUE(app.delegate->isRecording());
+}
+
+class SessionWithoutKey : public testing::TestWithParam<simulated::UserDefaultsContents> {};
+
+TEST_P(SessionWithoutKey, DoesNotStartButShowsThePromptInALaterTurn) {
+    ApplicationUnderTest app(GetParam());
+    app.launchAndSettle();
+    app.delegate->startRecording();
+    EXPECT_TRUE(app.platform.userInterface().alerts.empty());
+    app.platform.runUntilIdle();
+    EXPECT_EQ(app.platform.userInterface().alerts.size(), 1U);
+    EXPECT_EQ(app.logLines(), Lines());
+    EXPECT_EQ(app.delegate->sessionGeneration(), 0);
+    EXPECT_FALSE(app.delegate->isRecording());
+    EXPECT_FALSE(app.hasRedIcon());
+    EXPECT_TRUE(app.platform.webSockets().sessions().empty());
+    EXPECT_EQ(app.platform.time().runningTimers(), 0U);
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Stores, SessionWithoutKey,
+    testing::Values(simulated::UserDefaultsContents{},
+                    simulated::UserDefaultsContents{{"deepgramApiKey", std::string()}},
+                    simulated::UserDefaultsContents{{"deepgramApiKey", true}}));
+
+TEST(SessionStates, FollowEachOtherFromIdleToIdle) {
+    ApplicationUnderTest app;
+    app.launchAndSettle();
+    const auto idle = [&] { return !app.delegate->isRecording() && !app.isCapturing(); };
+    const auto connecting = [&] { return app.delegate->isRecording() && !app.isCapturing(); };
+    const auto streaming = [&] { return app.delegate->isRecording() && app.isCapturing(); };
+    const auto stopping = [&] { return !app.delegate->isRecording() && app.isCapturing(); };
+
+    EXPECT_TRUE(idle());
+    app.pressHold();
+    EXPECT_TRUE(connecting());
+    app.releaseHold();
+    app.platform.advance(Seconds(0.3));
+    EXPECT_TRUE(idle());
+
+    app.pressHold();
+    app.platform.workspace().wake();
+    EXPECT_TRUE(idle());
+    app.platform.advance(Seconds(10));
+
+    app.startStreaming();
+    EXPECT_TRUE(streaming());
+    app.platform.workspace().wake();
+    EXPECT_TRUE(idle());
+    app.platform.advance(Seconds(10));
+
+    app.startStreaming();
+    app.releaseHold();
+    EXPECT_TRUE(stopping());
+    app.platform.advance(Seconds(0.3));
+    EXPECT_TRUE(idle());
+
+    app.startStreaming();
+    app.releaseHold();
+    app.pressHold();
+    EXPECT_TRUE(app.delegate->isRecording());
+    app.platform.advance(Seconds(0.3));
+    EXPECT_TRUE(streaming());
+}
+
+}  // namespace
+}  // namespace tarvik

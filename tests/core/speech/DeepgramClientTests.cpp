@@ -1,0 +1,440 @@
+#include <gtest/gtest.h>
+
+#include "tests/core/speech/ClientUnderTest.h"
+
+namespace tarvik {
+namespace {
+
+using Lines = std::vector<std::string>;
+using Flags = std::vector<bool>;
+
+constexpr auto closeStream = R"({"type":"CloseStream"})";
+constexpr auto openTimeoutLine = "TarvikDictate: Deepgram WS open timeout (5s) — connect failed";
+
+TEST(Client, ConstructionMakesASessionAndNoConnection) {
+    ClientUnderTest test;
+    EXPECT_EQ(test.platform.journal().lines(), Lines({"makeSession"}));
+}
+
+TEST(Client, RequestCarriesTheAddressTheKeyAndTheTimeout) {
+    ClientUnderTest test("secret", 16000);
+    test.connect();
+    const platform::UrlRequest& request = test.task().request();
+    EXPECT_EQ(request.url,
+              "wss://speech.example/v1/listen?model=nova-3&smart_format=true&punctuate=true"
+              "&interim_results=true&mip_opt_out=true&encoding=linear16&sample_rate=16000"
+              "&channels=1");
+    EXPECT_EQ(request.cachePolicy, 0);
+    EXPECT_EQ(request.timeoutInterval, 60.0);
+    ASSERT_EQ(request.headerFields.size(), 1U);
+    EXPECT_EQ(test.task().header("Sec-WebSocket-Protocol"), "token, secret");
+    EXPECT_EQ(test.task().resumes(), 1);
+}
+
+TEST(Client, KeyIsSentAsItIs) {
+    for (const char* key : {"  blanks  ", "a b", "a,b", "ключ", "a%20b", ""}) {
+        ClientUnderTest test(key);
+        test.connect();
+        EXPECT_EQ(test.task().header("Sec-WebSocket-Protocol"), "token, " + std::string(key));
+    }
+}
+
+TEST(Client, KeyWithALineBreakIsPassedOnUnchangedAndFailsTheOpening) {
+    ClientUnderTest test("sec\r\nret");
+    test.connect();
+    EXPECT_EQ(test.task().header("Sec-WebSocket-Protocol"), "token, sec\r\nret");
+    EXPECT_EQ(test.errors.size(), 1U);
+    test.platform.advance(Seconds(5));
+    EXPECT_EQ(test.connects, Flags({false}));
+}
+
+TEST(Client, HostThatGivesNoAddressIsLoggedAndNothingElseHappens) {
+    ClientUnderTest test("secret", 48000, "not a host");
+    test.connect();
+    test.platform.advance(Seconds(60));
+    EXPECT_TRUE(test.platform.webSockets().tasks().empty());
+    EXPECT_TRUE(test.events.empty());
+    EXPECT_EQ(test.platform.log().lines().size(), 1U);
+}
+
+TEST(Client, FirstReceiveIsArmedBeforeTheSocketOpens) {
+    ClientUnderTest test;
+    test.connect();
+    EXPECT_TRUE(test.task().hasWaitingReceive());
+}
+
+TEST(Client, ConnectCompletesWithTrueOnTheMainThreadOnceTheSocketIsOpen) {
+    ClientUnderTest test;
+    test.connect();
+    EXPECT_TRUE(test.connects.empty());
+    test.open();
+    EXPECT_EQ(test.connects, Flags({true}));
+    EXPECT_EQ(test.deliveriesOffMain, 0);
+    test.platform.advance(Seconds(5));
+    EXPECT_EQ(test.connects, Flags({true}));
+    EXPECT_TRUE(test.platform.log().lines().empty());
+}
+
+TEST(Client, ProtocolThatTheServiceChoseDoesNotMatter) {
+    for (const char* protocol : {"", "token", "secret", "other"}) {
+        ClientUnderTest test;
+        test.connect();
+        test.task().open(protocol);
+        test.platform.runUntilIdle();
+        EXPECT_EQ(test.connects, Flags({true}));
+    }
+}
+
+TEST(Client, BecomesOpenOnTheMainThreadOnly) {
+    ClientUnderTest test;
+    test.platform.webSockets().setAutomatic(false);
+    test.connect();
+    test.task().open();
+    test.platform.webSockets().runDelegateQueues();
+    test.client->send("ab");
+    EXPECT_TRUE(test.task().sentData().empty());
+    test.platform.runUntilIdle();
+    test.client->send("cd");
+    EXPECT_EQ(test.task().sentData(), Lines({"cd"}));
+}
+
+TEST(Client, OpenDeadlineCompletesWithFalseAfterFiveSecondsAndSaysSo) {
+    ClientUnderTest test;
+    test.connect();
+    test.platform.advance(Seconds(4.99));
+    EXPECT_TRUE(test.connects.empty());
+    test.platform.advance(Seconds(0.01));
+    EXPECT_EQ(test.connects, Flags({false}));
+    EXPECT_EQ(test.deliveriesOffMain, 0);
+    EXPECT_EQ(test.platform.log().lines(), Lines({openTimeoutLine}));
+    EXPECT_TRUE(test.task().cancels().empty());
+}
+
+TEST(Client, SocketThatOpensAfterSixSecondsCarriesAudioWithoutASecondCompletion) {
+    ClientUnderTest test;
+    test.connect();
+    test.platform.advance(Seconds(6));
+    test.open();
+    EXPECT_EQ(test.connects, Flags({false}));
+    EXPECT_EQ(test.platform.log().count(openTimeoutLine), 1U);
+    test.client->send("ab");
+    EXPECT_EQ(test.task().sentData(), Lines({"ab"}));
+}
+
+TEST(Client, SocketThatClosesBeforeItOpensCompletesWithFalseAndWithoutALine) {
+    ClientUnderTest test;
+    test.connect();
+    test.close();
+    EXPECT_EQ(test.connects, Flags({false}));
+    EXPECT_EQ(test.deliveriesOffMain, 0);
+    test.platform.advance(Seconds(60));
+    EXPECT_EQ(test.connects, Flags({false}));
+    EXPECT_TRUE(test.platform.log().lines().empty());
+}
+
+TEST(Client, CloseBeforeTheOpeningIsDeliveredInALaterTurnOfTheMainThread) {
+    ClientUnderTest test;
+    test.platform.webSockets().setAutomatic(false);
+    test.connect();
+    test.task().close();
+    test.platform.webSockets().runDelegateQueues();
+    EXPECT_TRUE(test.connects.empty());
+    test.platform.runUntilIdle();
+    EXPECT_EQ(test.connects, Flags({false}));
+}
+
+TEST(Client, LateSocketThatClosesDeliversNothing) {
+    ClientUnderTest test;
+    test.connect();
+    test.platform.advance(Seconds(5));
+    test.task().notifyClose();
+    test.platform.runUntilIdle();
+    test.platform.advance(Seconds(60));
+    EXPECT_EQ(test.connects, Flags({false}));
+    EXPECT_EQ(test.count("finished"), 0);
+}
+
+TEST(Client, RefusedHandshakeIsAnErrorAtOnceAndAFailedConnectAtTheDeadline) {
+    ClientUnderTest test;
+    test.connect();
+    test.task().fail({401, "The service answered 401 Unauthorized"});
+    test.platform.runUntilIdle();
+    EXPECT_EQ(test.errors, Lines({"The service answered 401 Unauthorized"}));
+    EXPECT_EQ(test.errorsOffDelegateQueue, 0);
+    EXPECT_TRUE(test.connects.empty());
+    test.platform.advance(Seconds(5));
+    EXPECT_EQ(test.connects, Flags({false}));
+    EXPECT_EQ(test.errors.size(), 1U);
+}
+
+TEST(Client, AudioBeforeTheOpeningIsDroppedAndNotKept) {
+    ClientUnderTest test;
+    test.client->send("before connect");
+    test.connect();
+    test.client->send("before open");
+    test.open();
+    test.client->send("ab");
+    EXPECT_EQ(test.task().sentData(), Lines({"ab"}));
+}
+
+TEST(Client, EachChunkIsOneBinaryMessageAnEmptyOneToo) {
+    ClientUnderTest test;
+    test.connectAndOpen();
+    test.client->send(std::string("\0\x01\xFF", 3));
+    test.client->send("");
+    EXPECT_EQ(test.task().sentData(), Lines({std::string("\0\x01\xFF", 3), ""}));
+    EXPECT_TRUE(test.task().sentTexts().empty());
+}
+
+TEST(Client, SendThatFailsIsReportedOnTheDelegateQueueAndTheNextOneGoesOut) {
+    ClientUnderTest test;
+    test.connectAndOpen();
+    test.task().failNextSend({32, "Broken pipe"});
+    test.client->send("ab");
+    test.platform.runUntilIdle();
+    EXPECT_EQ(test.errors, Lines({"Broken pipe"}));
+    EXPECT_EQ(test.errorsOffDelegateQueue, 0);
+    test.client->send("cd");
+    EXPECT_EQ(test.task().sentData(), Lines({"cd"}));
+}
+
+TEST(Client, ErrorsAreDiscardedWhenNobodyWantsThem) {
+    ClientUnderTest test;
+    test.client->onError = nullptr;
+    test.connectAndOpen();
+    test.task().failNextSend({32, "Broken pipe"});
+    test.client->send("ab");
+    test.task().fail({54, "Connection reset by peer"});
+    test.platform.runUntilIdle();
+    EXPECT_TRUE(test.errors.empty());
+}
+
+TEST(Client, FinishBeforeTheOpeningCompletesAtOnceAndLeavesTheConnectPending) {
+    ClientUnderTest test;
+    test.connect();
+    test.finish();
+    EXPECT_EQ(test.events, Lines({"finished"}));
+    test.open();
+    EXPECT_EQ(test.connects, Flags({true}));
+    test.platform.advance(Seconds(10));
+    EXPECT_TRUE(test.task().sentTexts().empty());
+    EXPECT_TRUE(test.task().cancels().empty());
+    EXPECT_EQ(test.events, Lines({"finished", "connected"}));
+}
+
+TEST(Client, FinishBeforeAnOpeningThatNeverComesLeavesTheConnectToItsDeadline) {
+    ClientUnderTest test;
+    test.connect();
+    test.finish();
+    test.platform.advance(Seconds(5));
+    EXPECT_EQ(test.events, Lines({"finished", "not connected"}));
+}
+
+TEST(Client, FinishOfOneNeverConnectedCompletesAtOnce) {
+    ClientUnderTest test;
+    test.finish();
+    EXPECT_EQ(test.events, Lines({"finished"}));
+}
+
+TEST(Client, FinishSendsTheCloseMessageAsText) {
+    ClientUnderTest test;
+    test.connectAndOpen();
+    test.finish();
+    EXPECT_EQ(test.task().sentTexts(), Lines({closeStream}));
+    EXPECT_EQ(test.count("finished"), 0);
+}
+
+TEST(Client, ServiceThatClosesAfterHalfASecondCompletesTheFinishAtOnce) {
+    ClientUnderTest test;
+    test.connectAndOpen();
+    test.client->finish([&] {
+        EXPECT_TRUE(test.platform.time().isRunningBlock());
+        test.events.emplace_back("finished");
+    });
+    test.platform.advance(Seconds(0.5));
+    test.task().notifyClose();
+    test.platform.runUntilIdle();
+    EXPECT_EQ(test.count("finished"), 1);
+    test.client->send("ab");
+    EXPECT_TRUE(test.task().sentData().empty());
+    EXPECT_TRUE(test.task().cancels().empty());
+    test.platform.advance(Seconds(1.5));
+    EXPECT_EQ(test.task().cancels(), std::vector<int>({1001}));
+    EXPECT_EQ(test.count("finished"), 1);
+}
+
+TEST(Client, ServiceThatNeverClosesIsCancelledAfterTwoSeconds) {
+    ClientUnderTest test;
+    test.connectAndOpen();
+    test.finish();
+    test.platform.advance(Seconds(1.99));
+    EXPECT_TRUE(test.task().cancels().empty());
+    EXPECT_EQ(test.count("finished"), 0);
+    test.platform.advance(Seconds(0.01));
+    EXPECT_EQ(test.task().cancels(), std::vector<int>({1001}));
+    EXPECT_EQ(test.count("finished"), 1);
+    test.client->send("ab");
+    EXPECT_TRUE(test.task().sentData().empty());
+    // Closed: another finish completes at once.
+    test.finish("again");
+    EXPECT_EQ(test.count("again"), 1);
+}
+
+TEST(Client, AudioWhileClosingIsStillSent) {
+    ClientUnderTest test;
+    test.connectAndOpen();
+    test.finish();
+    test.client->send("ab");
+    EXPECT_EQ(test.task().sentData(), Lines({"ab"}));
+}
+
+TEST(Client, FinishAfterTheServiceHasClosedCompletesAtOnce) {
+    ClientUnderTest test;
+    test.connectAndOpen();
+    test.close();
+    test.finish();
+    EXPECT_EQ(test.count("finished"), 1);
+    EXPECT_TRUE(test.task().sentTexts().empty());
+    test.platform.advance(Seconds(10));
+    EXPECT_TRUE(test.task().cancels().empty());
+}
+
+TEST(Client, FinishWhileLateCompletesAtOnce) {
+    ClientUnderTest test;
+    test.connect();
+    test.platform.advance(Seconds(5));
+    test.finish();
+    EXPECT_EQ(test.count("finished"), 1);
+    EXPECT_TRUE(test.task().sentTexts().empty());
+}
+
+TEST(Client, FinishingTwiceSendsTwoCloseMessagesAndCompletesOnlyTheSecond) {
+    ClientUnderTest test;
+    test.connectAndOpen();
+    test.finish("first");
+    test.platform.advance(Seconds(1));
+    test.finish("second");
+    EXPECT_EQ(test.task().sentTexts(), Lines({closeStream, closeStream}));
+    // The first deadline is what the second completion gets.
+    test.platform.advance(Seconds(1));
+    EXPECT_EQ(test.count("second"), 1);
+    EXPECT_EQ(test.task().cancels(), std::vector<int>({1001}));
+    test.platform.advance(Seconds(10));
+    EXPECT_EQ(test.count("first"), 0);
+    EXPECT_EQ(test.count("second"), 1);
+    EXPECT_EQ(test.task().cancels(), std::vector<int>({1001}));
+}
+
+TEST(Client, FinishingTwiceCompletesTheSecondOnceWhenTheServiceCloses) {
+    ClientUnderTest test;
+    test.connectAndOpen();
+    test.finish("first");
+    test.finish("second");
+    test.close();
+    test.platform.advance(Seconds(10));
+    EXPECT_EQ(test.count("first"), 0);
+    EXPECT_EQ(test.count("second"), 1);
+}
+
+TEST(Client, CloseMessageThatCannotBeSentIsNotReportedAndTheDeadlineEndsTheStream) {
+    ClientUnderTest test;
+    test.connectAndOpen();
+    test.task().failNextSend({32, "Broken pipe"});
+    test.finish();
+    test.platform.advance(Seconds(1.9));
+    EXPECT_TRUE(test.errors.empty());
+    test.platform.advance(Seconds(0.1));
+    EXPECT_EQ(test.count("finished"), 1);
+}
+
+TEST(Client, OpenDeadlineWhileOpenOrClosingDoesNothing) {
+    ClientUnderTest test;
+    test.connect();
+    test.platform.advance(Seconds(4));
+    test.open();
+    test.finish();
+    test.platform.advance(Seconds(1));
+    EXPECT_EQ(test.connects, Flags({true}));
+    EXPECT_TRUE(test.platform.log().lines().empty());
+    test.client->send("ab");
+    EXPECT_EQ(test.task().sentData().size(), 1U);
+}
+
+TEST(Client, CloseOfAnOpenStreamIsNeitherLoggedNorReported) {
+    ClientUnderTest test;
+    test.connectAndOpen();
+    test.task().notifyClose(1011, "net0001");
+    test.platform.runUntilIdle();
+    EXPECT_EQ(test.events, Lines({"connected"}));
+    EXPECT_TRUE(test.platform.log().lines().empty());
+}
+
+TEST(Client, CloseBringsTheConnectCompletionBeforeTheFinishCompletion) {
+    ClientUnderTest test;
+    test.platform.webSockets().setAutomatic(false);
+    test.connect();
+    test.task().open();
+    test.platform.webSockets().runDelegateQueues();
+    test.platform.runUntilIdle();
+    // A second connect leaves its completion pending on a client that is open.
+    test.client->connect([&](bool isOpen) {
+        test.events.push_back(isOpen ? "connected again" : "not connected again");
+    });
+    test.finish();
+    test.platform.webSockets().lastTask().notifyClose();
+    test.platform.webSockets().runDelegateQueues();
+    test.platform.runUntilIdle();
+    EXPECT_EQ(test.events, Lines({"connected", "not connected again", "finished"}));
+}
+
+TEST(Client, SecondConnectDropsTheFirstCompletionUncalledAndCancelsNothing) {
+    ClientUnderTest test;
+    test.connect();
+    auto& firstTask = test.task();
+    test.client->connect([&](bool) { test.events.emplace_back("second"); });
+    test.open();
+    test.platform.advance(Seconds(10));
+    EXPECT_EQ(test.events, Lines({"second"}));
+    EXPECT_TRUE(firstTask.cancels().empty());
+}
+
+TEST(Client, GivenUpByItsOwnerItStillMeetsItsDeadlinesWithItsSession) {
+    ClientUnderTest test;
+    test.connectAndOpen();
+    test.finish();
+    test.client.reset();
+    test.platform.advance(Seconds(2));
+    EXPECT_EQ(test.task().cancels(), std::vector<int>({1001}));
+    EXPECT_EQ(test.count("finished"), 1);
+}
+
+TEST(Client, GivenUpByItsOwnerItLivesUntilItsSessionLetsItGo) {
+    ClientUnderTest test;
+    test.connectAndOpen();
+    const std::weak_ptr<DeepgramClient> watched = test.client;
+    test.client.reset();
+    EXPECT_FALSE(watched.expired());
+    test.close();
+    test.platform.advance(Seconds(9.9));
+    EXPECT_FALSE(watched.expired());
+    test.platform.advance(Seconds(0.1));
+    EXPECT_TRUE(watched.expired());
+}
+
+TEST(Client, NeverConnectedItGoesWithItsOwner) {
+    ClientUnderTest test;
+    const std::weak_ptr<DeepgramClient> watched = test.client;
+    test.client.reset();
+    EXPECT_TRUE(watched.expired());
+}
+
+TEST(Client, ReleasingItCancelsNothing) {
+    ClientUnderTest test;
+    test.connectAndOpen();
+    test.client.reset();
+    test.platform.advance(Seconds(60));
+    EXPECT_TRUE(test.task().cancels().empty());
+}
+
+}  // namespace
+}  // namespace tarvik

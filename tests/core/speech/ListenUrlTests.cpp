@@ -1,0 +1,63 @@
+#include <gtest/gtest.h>
+
+#include <string>
+
+#include "speech/ListenUrl.h"
+#include "tests/support/SimulatedPlatform.h"
+
+namespace tarvik {
+namespace {
+
+TEST(ListenUrl, HasItsEightQueryItemsInOrder) {
+    EXPECT_EQ(listenUrl("speech.example", 48000),
+              "wss://speech.example/v1/listen?model=nova-3&smart_format=true&punctuate=true"
+              "&interim_results=true&mip_opt_out=true&encoding=linear16&sample_rate=48000"
+              "&channels=1");
+}
+
+TEST(ListenUrl, OnlyTheRateChanges) {
+    const std::string at48000 = listenUrl("speech.example", 48000).value();
+    for (const std::int64_t rate : {8000, 44100, 192000}) {
+        std::string expected = at48000;
+        expected.replace(expected.find("48000"), 5, std::to_string(rate));
+        EXPECT_EQ(listenUrl("speech.example", rate), expected);
+    }
+}
+
+class HostOfAnAddress : public testing::TestWithParam<const char*> {};
+
+TEST_P(HostOfAnAddress, StandsInTheAddressAsItIs) {
+    const std::optional<std::string> url = listenUrl(GetParam(), 48000);
+    ASSERT_TRUE(url);
+    EXPECT_TRUE(url->starts_with("wss://" + std::string(GetParam()) + "/v1/listen?"));
+}
+
+INSTANTIATE_TEST_SUITE_P(All, HostOfAnAddress,
+                         testing::Values("api.deepgram.com", "localhost", "localhost:8443",
+                                         "127.0.0.1:1", "[::1]", "[::1]:65535", "a-b.c_d"));
+
+class HostOfNoAddress : public testing::TestWithParam<const char*> {};
+
+TEST_P(HostOfNoAddress, GivesNone) {
+    EXPECT_EQ(listenUrl(GetParam(), 48000), std::nullopt);
+}
+
+INSTANTIATE_TEST_SUITE_P(All, HostOfNoAddress,
+                         testing::Values("", " ", ":", ":443", "a:", "a:0", "a:65536", "a:x", "a b",
+                                         "a/b", "a?b", "a#b", "user@a", "wss://a", "[::1", "::1",
+                                         "a\r\nb", "[]", "ä"));
+
+TEST(StreamingHost, IsTheBuiltInOneUntilTheUserStoresAnother) {
+    simulated::SimulatedPlatform platform;
+    EXPECT_EQ(streamingHost(platform.userDefaults()), "api.deepgram.com");
+    platform.userDefaults().setString("localhost:8443", "deepgramHost");
+    EXPECT_EQ(streamingHost(platform.userDefaults()), "localhost:8443");
+}
+
+TEST(StreamingHost, StoredValueOfAnotherTypeReadsAsAbsent) {
+    simulated::SimulatedPlatform platform({{"deepgramHost", std::int64_t{1}}});
+    EXPECT_EQ(streamingHost(platform.userDefaults()), "api.deepgram.com");
+}
+
+}  // namespace
+}  // namespace tarvik

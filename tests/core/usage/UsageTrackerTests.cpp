@@ -1,0 +1,132 @@
+#include <gtest/gtest.h>
+
+#include <limits>
+
+#include "tests/support/SimulatedPlatform.h"
+#include "usage/UsageTracker.h"
+
+namespace tarvik {
+namespace {
+
+constexpr auto totalKey = "totalDictationSeconds";
+constexpr auto tenShownKey = "ctaTenMinuteShown";
+constexpr auto sixtyShownKey = "ctaSixtyMinuteShown";
+constexpr auto dismissedKey = "ctaPermanentlyDismissed";
+
+class Usage : public testing::Test {
+  protected:
+    std::optional<CTATier> record(std::int64_t seconds) {
+        return UsageTracker::shared().recordSession(seconds);
+    }
+    std::int64_t total() { return defaults().integerForKey(totalKey); }
+    simulated::SimulatedUserDefaults& defaults() { return platform.userDefaults(); }
+
+    simulated::SimulatedPlatform platform;
+};
+
+TEST_F(Usage, SessionWithoutAWholeSecondIsIgnored) {
+    EXPECT_EQ(record(0), std::nullopt);
+    EXPECT_EQ(record(-5), std::nullopt);
+    EXPECT_EQ(defaults().writes(), 0);
+    EXPECT_FALSE(defaults().has(totalKey));
+}
+
+TEST_F(Usage, TenMinutesAreDueAtExactlySixHundredSeconds) {
+    EXPECT_EQ(record(599), std::nullopt);
+    EXPECT_EQ(total(), 599);
+    EXPECT_FALSE(defaults().boolForKey(tenShownKey));
+    EXPECT_EQ(record(1), CTATier::tenMinute);
+    EXPECT_EQ(total(), 600);
+    EXPECT_TRUE(defaults().boolForKey(tenShownKey));
+}
+
+TEST_F(Usage, LongFirstSessionOffersSixtyMinutesFirstAndTenMinutesNext) {
+    EXPECT_EQ(record(3600), CTATier::sixtyMinute);
+    EXPECT_FALSE(defaults().boolForKey(tenShownKey));
+    EXPECT_TRUE(defaults().boolForKey(sixtyShownKey));
+    EXPECT_EQ(record(1), CTATier::tenMinute);
+    EXPECT_EQ(record(1), std::nullopt);
+    EXPECT_EQ(total(), 3602);
+}
+
+TEST_F(Usage, SixtyMinutesAreDueAfterTenMinutesWereShown) {
+    defaults().setInteger(700, totalKey);
+    defaults().setBool(true, tenShownKey);
+    EXPECT_EQ(record(2899), std::nullopt);
+    EXPECT_EQ(total(), 3599);
+    EXPECT_EQ(record(1), CTATier::sixtyMinute);
+    EXPECT_TRUE(defaults().boolForKey(sixtyShownKey));
+}
+
+TEST_F(Usage, TotalBetweenTheLimitsOffersTenMinutes) {
+    EXPECT_EQ(record(3599), CTATier::tenMinute);
+    EXPECT_FALSE(defaults().boolForKey(sixtyShownKey));
+}
+
+TEST_F(Usage, BothShownLeavesOnlyTheTotalToGrow) {
+    defaults().setInteger(5000, totalKey);
+    defaults().setBool(true, tenShownKey);
+    defaults().setBool(true, sixtyShownKey);
+    EXPECT_EQ(record(100), std::nullopt);
+    EXPECT_EQ(total(), 5100);
+}
+
+TEST_F(Usage, DismissedForGoodTheTotalStillGrowsAndNothingIsOffered) {
+    UsageTracker::shared().dismissPermanently();
+    EXPECT_TRUE(defaults().boolForKey(dismissedKey));
+    EXPECT_EQ(record(599), std::nullopt);
+    EXPECT_EQ(record(1), std::nullopt);
+    EXPECT_EQ(record(3600), std::nullopt);
+    EXPECT_EQ(total(), 4200);
+    EXPECT_FALSE(defaults().has(tenShownKey));
+    EXPECT_FALSE(defaults().has(sixtyShownKey));
+}
+
+TEST_F(Usage, DismissingTouchesNothingElse) {
+    defaults().setInteger(700, totalKey);
+    defaults().setBool(true, tenShownKey);
+    const int writes = defaults().writes();
+    UsageTracker::shared().dismissPermanently();
+    EXPECT_EQ(defaults().writes(), writes + 1);
+    EXPECT_EQ(total(), 700);
+    EXPECT_TRUE(defaults().boolForKey(tenShownKey));
+}
+
+TEST_F(Usage, ValuesOfAnotherTypeReadAsAbsent) {
+    defaults().setString("700", totalKey);
+    defaults().setString("true", tenShownKey);
+    defaults().setInteger(1, dismissedKey);
+    EXPECT_EQ(record(600), CTATier::tenMinute);
+    EXPECT_EQ(total(), 600);
+}
+
+TEST(UsageOfTheNextRun, ContinuesWhereTheLastOneEnded) {
+    simulated::UserDefaultsContents leftBehind;
+    {
+        simulated::SimulatedPlatform first;
+        EXPECT_EQ(UsageTracker::shared().recordSession(599), std::nullopt);
+        leftBehind = first.userDefaults().contents();
+    }
+    simulated::SimulatedPlatform second(leftBehind);
+    EXPECT_EQ(UsageTracker::shared().recordSession(1), CTATier::tenMinute);
+}
+
+TEST(UsageDeathTest, TotalThatWouldOverflowStopsTheProcess) {
+    GTEST_FLAG_SET(death_test_style, "threadsafe");
+    EXPECT_DEATH(
+        {
+            simulated::SimulatedPlatform platform(
+                {{totalKey, std::numeric_limits<std::int64_t>::max() - 10}});
+            UsageTracker::shared().recordSession(11);
+        },
+        "");
+}
+
+TEST_F(Usage, GreatestTotalIsStillReached) {
+    defaults().setInteger(std::numeric_limits<std::int64_t>::max() - 10, totalKey);
+    record(10);
+    EXPECT_EQ(total(), std::numeric_limits<std::int64_t>::max());
+}
+
+}  // namespace
+}  // namespace tarvik

@@ -1,0 +1,13 @@
+#pragma once
+
+#include <string>
+
+namespace tarvik::simulated {
+
+/// A message of the speech service that carries this transcript, which needs no escapes.
+inline std::string transcriptJson(const std::string& text, bool isFinal) {
+    return R"({"type":"Results","channel":{"alternatives":[{"transcript":")" + text +
+           R"(","confidence":0.98}]},"is_final":)" + (isFinal ? "true" : "false") + "}";
+}
+
+}  // namespace tarvik::simulated
