@@ -47,11 +47,13 @@ class SystemLinuxWorld final : public SystemWorld {
 
     bool runUntil(const std::function<bool()>& condition) override {
         const TimePoint deadline = clock_.now() + Seconds(10);
+        QTimer pulse;
+        pulse.start(5);
         while (!condition()) {
             if (clock_.now() > deadline) {
                 return false;
             }
-            QApplication::processEvents(QEventLoop::AllEvents, 10);
+            QApplication::processEvents(QEventLoop::WaitForMoreEvents);
         }
         return true;
     }

@@ -26,8 +26,8 @@ void SettingsFile::load() {
     if (document) {
         if (const int strange = document->strangeLines()) {
             report("TarvikDictate: settings file " + path_ + " has " + std::to_string(strange) +
-                   (strange == 1 ? " line" : " lines") +
-                   " that make no sense; they are left alone");
+                   (strange == 1 ? " line that makes no sense; it is left alone"
+                                 : " lines that make no sense; they are left alone"));
         }
         const std::lock_guard lock(mutex_);
         document_ = std::move(*document);
