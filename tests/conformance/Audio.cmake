@@ -10,5 +10,7 @@ add_executable(audio-conformance
     AudioSimulatedWorld.cpp
     AudioSpeech.cpp)
 target_link_libraries(audio-conformance PRIVATE tarvik_linux_audio tarvik_simulated GTest::gtest_main)
-add_test(NAME audio-conformance COMMAND audio-conformance)
-set_tests_properties(audio-conformance PROPERTIES TIMEOUT 300)
+add_test(NAME audio-conformance-simulated COMMAND audio-conformance --gtest_filter=Simulated/*)
+add_test(NAME audio-conformance-pulseaudio COMMAND audio-conformance --gtest_filter=PulseAudio/*)
+add_test(NAME audio-pulseaudio COMMAND audio-conformance --gtest_filter=AudioPulse.*)
+set_tests_properties(audio-conformance-pulseaudio audio-pulseaudio PROPERTIES TIMEOUT 300)

@@ -36,6 +36,12 @@ class AudioPulse : public testing::Test {
         return within([this, count] { return world.openStreams() == count; });
     }
 
+    /// The server's number for the only stream that records.
+    std::string streamIndex() {
+        const std::string list = world.server().control({"list", "short", "source-outputs"});
+        return list.substr(0, list.find('\t'));
+    }
+
     AudioPulseWorld world;
     AudioRecorder recorder{world.service()};
 };
@@ -110,11 +116,9 @@ TEST_F(AudioPulse, TheServerCannotMoveTheStreamToTheMonitor) {
     plugFirst(16000);
     playLoudly(world);
     record();
-    const std::string list = world.server().control({"list", "short", "source-outputs"});
-    const int output = startProgram(
-        {"pactl", "move-source-output", list.substr(0, list.find('\t')), "auto_null.monitor"},
-        STDERR_FILENO);
-    EXPECT_NE(waitForProgram(output), 0);
+    const pid_t move = startProgram(
+        {"pactl", "move-source-output", streamIndex(), "auto_null.monitor"}, STDERR_FILENO);
+    EXPECT_NE(waitForProgram(move), 0);
     recorder.forget();
     ASSERT_TRUE(within([this] { return recorder.buffers() > 2; }));
     EXPECT_EQ(loudSamples(recorder.heard(0)), 0);
@@ -214,6 +218,17 @@ TEST_F(AudioPulse, AMicrophoneThatFallsAsleepForWantOfListenersAndIsWokenIsNoCha
     record();
     world.settle();
     EXPECT_EQ(recorder.changes(), 1);
+}
+
+TEST_F(AudioPulse, AStreamThatTheServerEndsIsOneChangeAndIsOpenedAgain) {
+    plugFirst(16000);
+    record();
+    world.server().killStream(streamIndex());
+    ASSERT_TRUE(within([this] { return recorder.changes() == 2; }));
+    recorder.forget();
+    EXPECT_TRUE(within([this] { return recorder.buffers() > 0; }));
+    world.settle();
+    EXPECT_EQ(recorder.changes(), 2);
 }
 
 TEST_F(AudioPulse, AVolumeThatChangesIsNoConfigurationChange) {

@@ -4,6 +4,8 @@
 #include <gtest/gtest.h>
 #include <signal.h>
 #include <spawn.h>
+#include <sys/socket.h>
+#include <sys/un.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -79,7 +81,11 @@ AudioServerProcess::~AudioServerProcess() {
 }
 
 void AudioServerProcess::start(const std::vector<std::string>& modules) {
-    std::vector<std::string> command{"pulseaudio",
+    // A test that is killed takes its server along.
+    std::vector<std::string> command{"setpriv",
+                                     "--pdeathsig",
+                                     "KILL",
+                                     "pulseaudio",
                                      "-n",
                                      "--daemonize=no",
                                      "--exit-idle-time=-1",
@@ -89,7 +95,9 @@ void AudioServerProcess::start(const std::vector<std::string>& modules) {
                                      "-L",
                                      "module-always-sink",
                                      "-L",
-                                     "module-suspend-on-idle timeout=1"};
+                                     "module-suspend-on-idle timeout=1",
+                                     "-L",
+                                     "module-cli-protocol-unix socket=" + commandSocket()};
     for (const std::string& module : modules) {
         command.insert(command.end(), {"-L", module});
     }
@@ -113,6 +121,27 @@ void AudioServerProcess::kill() {
 
 void AudioServerProcess::freeze(bool isFrozen) const {
     ::kill(process_, isFrozen ? SIGSTOP : SIGCONT);
+}
+
+std::string AudioServerProcess::commandSocket() const {
+    return (folder_ / "commands").string();
+}
+
+void AudioServerProcess::killStream(const std::string& index) const {
+    const int connection = socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0);
+    sockaddr_un address{};
+    address.sun_family = AF_UNIX;
+    commandSocket().copy(address.sun_path, sizeof address.sun_path - 1);
+    EXPECT_EQ(connect(connection, reinterpret_cast<const sockaddr*>(&address), sizeof address), 0);
+    const std::string command = "kill-source-output " + index + "\n";
+    EXPECT_EQ(write(connection, command.data(), command.size()),
+              static_cast<ssize_t>(command.size()));
+    // The server hangs up once it has carried out what it was sent.
+    shutdown(connection, SHUT_WR);
+    std::array<char, 256> answer{};
+    while (read(connection, answer.data(), answer.size()) > 0) {
+    }
+    close(connection);
 }
 
 std::string AudioServerProcess::control(const std::vector<std::string>& arguments) const {

@@ -28,10 +28,13 @@ class AudioServerProcess {
 
     /// Runs `pactl` and returns what it printed; fails the test when it failed.
     std::string control(const std::vector<std::string>& arguments) const;
+    /// Makes the server end a stream that records.
+    void killStream(const std::string& index) const;
     const std::filesystem::path& folder() const { return folder_; }
-    pid_t process() const { return process_; }
 
   private:
+    std::string commandSocket() const;
+
     std::filesystem::path folder_;
     pid_t process_ = -1;
 };

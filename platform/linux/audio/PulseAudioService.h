@@ -33,7 +33,7 @@ class PulseAudioService : public platform::AudioService, public platform::Captur
     /// while it offers none, notDetermined while no server answers.
     int authorizationStatusForAudio() override;
     /// Answers as soon as a server has answered, and with false when none has within two seconds.
-    /// Handlers that still wait when the service is destroyed are dropped.
+    /// A handler that still waits when the service is destroyed hears false at that time.
     void requestAccessForAudio(std::function<void(bool granted)> handler) override;
 
   private:
