@@ -1,0 +1,96 @@
+#include "platform/linux/accessibility/AtspiAccessibility.h"
+
+#include <unistd.h>
+
+#include <utility>
+
+#include "platform/linux/accessibility/AccessibilityWorker.h"
+#include "platform/linux/accessibility/AtspiElement.h"
+#include "platform/linux/accessibility/FocusSnapshot.h"
+
+namespace tarvik::linuxdesktop {
+
+namespace {
+
+class SystemWideElement final : public platform::AXUIElement {};
+
+}  // namespace
+
+AtspiAccessibility::AtspiAccessibility(platform::Log& log, ProcessInFront processInFront,
+                                       CanType canType)
+    : processInFront_(std::move(processInFront)),
+      canType_(std::move(canType)),
+      worker_(std::make_unique<AccessibilityWorker>(log)) {}
+
+AtspiAccessibility::~AtspiAccessibility() = default;
+
+platform::AXUIElementRef AtspiAccessibility::createSystemWide() {
+    return std::make_shared<SystemWideElement>();
+}
+
+platform::AXError AtspiAccessibility::copyAttributeValue(const platform::AXUIElementRef& element,
+                                                         std::string_view attribute,
+                                                         platform::AXUIElementRef* outValue) {
+    if (!outValue) {
+        return platform::axErrorIllegalArgument;
+    }
+    outValue->reset();
+    if (!std::dynamic_pointer_cast<SystemWideElement>(element) ||
+        attribute != platform::axFocusedUIElementAttribute) {
+        return platform::axErrorAttributeUnsupported;
+    }
+    const std::shared_ptr<const FocusSnapshot> focus = worker_->state().focus.load();
+    if (!focus || !worker_->state().isConnected) {
+        worker_->connect();
+        return platform::axErrorAPIDisabled;
+    }
+    std::optional<platform::ProcessIdentifier> process = processInFront_();
+    if (!process) {
+        process = focus->activeProcess;
+    }
+    // Our own windows would have to answer while this thread waits for them.
+    if (!process || *process == getpid()) {
+        return platform::axErrorNoValue;
+    }
+    const auto found = focus->elements.find(*process);
+    if (found == focus->elements.end()) {
+        worker_->scan(*process);
+        return platform::axErrorNoValue;
+    }
+    *outValue = found->second;
+    return platform::axErrorSuccess;
+}
+
+platform::AXError AtspiAccessibility::setAttributeValue(const platform::AXUIElementRef& element,
+                                                        std::string_view attribute,
+                                                        const std::string& text) {
+    const auto target = std::dynamic_pointer_cast<AtspiElement>(element);
+    if (!target || attribute != platform::axSelectedTextAttribute) {
+        return platform::axErrorAttributeUnsupported;
+    }
+    if (target->application->isGone) {
+        return platform::axErrorInvalidUIElement;
+    }
+    if (target->application->isUnreliable) {
+        return platform::axErrorCannotComplete;
+    }
+    return worker_->write(target, text);
+}
+
+bool AtspiAccessibility::isProcessTrusted() {
+    if (!worker_->state().isConnected) {
+        worker_->connect();
+        return false;
+    }
+    return worker_->state().isEnabled && canType_();
+}
+
+bool AtspiAccessibility::isProcessTrustedWithOptions(bool prompt) {
+    const bool isTrusted = isProcessTrusted();
+    if (prompt && !worker_->state().isEnabled) {
+        worker_->enable();
+    }
+    return isTrusted;
+}
+
+}  // namespace tarvik::linuxdesktop

@@ -1,0 +1,61 @@
+#include "platform/linux/accessibility/AtspiRegistry.h"
+
+#include <chrono>
+#include <utility>
+
+namespace tarvik::linuxdesktop {
+
+namespace {
+
+// Long enough for a registry that has to be started first.
+constexpr std::chrono::seconds patience{20};
+
+const BusObject registry{"org.a11y.atspi.Registry", "/org/a11y/atspi/registry"};
+constexpr const char* registryInterface = "org.a11y.atspi.Registry";
+
+}  // namespace
+
+std::unique_ptr<AtspiRegistry> AtspiRegistry::open(const std::string& address, Handlers handlers) {
+    std::unique_ptr<MessageBus> bus = MessageBus::open(address);
+    if (!bus) {
+        return nullptr;
+    }
+    std::unique_ptr<AtspiRegistry> opened(new AtspiRegistry(std::move(bus), std::move(handlers)));
+    opened->registerEvents();
+    return opened;
+}
+
+AtspiRegistry::AtspiRegistry(std::unique_ptr<MessageBus> bus, Handlers handlers)
+    : handlers_(std::move(handlers)), bus_(std::move(bus)), focus_(*bus_, handlers_.onFocus) {
+    bus_->observe(
+        "type='signal',sender='org.freedesktop.DBus',interface='org.freedesktop.DBus',"
+        "member='NameOwnerChanged',arg0='org.a11y.atspi.Registry',arg2=''",
+        [this](sd_bus_message* /*signal*/) {
+            handlers_.onRegistered(false, "the registry has ended");
+            // The call starts a new one, which knows nothing of what the old one was told.
+            registerEvents();
+        });
+}
+
+void AtspiRegistry::registerEvents() {
+    for (const char* event : {"window:activate", "window:deactivate"}) {
+        bus_->call(bus_->newCall(registry, registryInterface, "RegisterEvent", "s", event),
+                   patience, [](sd_bus_message* /*answer*/) {
+                       // The last registration answers for all of them.
+                   });
+    }
+    bus_->call(bus_->newCall(registry, registryInterface, "RegisterEvent", "s",
+                             "object:state-changed:focused"),
+               patience, [this](sd_bus_message* answer) { onAnswer(answer); });
+}
+
+void AtspiRegistry::onAnswer(sd_bus_message* answer) {
+    if (const sd_bus_error* error = sd_bus_message_get_error(answer)) {
+        handlers_.onRegistered(false, error->message ? error->message : error->name);
+        return;
+    }
+    handlers_.onRegistered(true, "");
+    focus_.scan();
+}
+
+}  // namespace tarvik::linuxdesktop
