@@ -19,9 +19,9 @@ namespace tarvik::linuxdesktop {
 /// to let it flow; a stream that is not started within ten seconds is closed again. After stop()
 /// nothing of the microphone is open. Every field is guarded by the server's lock, which the
 /// delivery thread holds while it delivers.
-class PulseAudioEngine : public platform::AudioEngine,
-                         private platform::AudioInputNode,
-                         private RecordStreamListener {
+class PulseAudioEngine final : public platform::AudioEngine,
+                               private platform::AudioInputNode,
+                               private RecordStreamListener {
   public:
     explicit PulseAudioEngine(std::shared_ptr<PulseServer> server);
     ~PulseAudioEngine() override;
