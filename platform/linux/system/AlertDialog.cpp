@@ -29,6 +29,7 @@ QLabel* label(const std::string& text, QWidget* parent) {
 
 AlertDialog::AlertDialog(const platform::Alert& alert) {
     setWindowTitle(QApplication::applicationDisplayName());
+    setWindowIcon(applicationIcon());
     setWindowFlags(Qt::Dialog | Qt::WindowTitleHint | Qt::WindowCloseButtonHint |
                    Qt::WindowStaysOnTopHint);
     addText(alert);
@@ -43,7 +44,7 @@ void AlertDialog::addText(const platform::Alert& alert) {
     grid->setVerticalSpacing(8);
 
     auto* icon = new QLabel(this);
-    icon->setPixmap(symbolIcon(Symbol::microphone, std::nullopt).pixmap(iconSide, iconSide));
+    icon->setPixmap(applicationIcon().pixmap(iconSide, iconSide));
     grid->addWidget(icon, 0, 0, 3, 1, Qt::AlignTop);
 
     QLabel* message = label(alert.messageText, this);

@@ -3,10 +3,12 @@
 #include <QFont>
 #include <QGuiApplication>
 #include <QIconEngine>
+#include <QLinearGradient>
 #include <QPainter>
 #include <QPainterPath>
 #include <QPalette>
 #include <QPixmap>
+#include <algorithm>
 #include <functional>
 #include <utility>
 
@@ -14,7 +16,7 @@ namespace tarvik::linuxdesktop {
 
 namespace {
 
-// Draws into a square of this side; the colour is set as pen already.
+// Draws into a square of this side.
 constexpr qreal side = 24;
 using Drawing = std::function<void(QPainter&, const QColor&)>;
 
@@ -54,19 +56,51 @@ class DrawnIconEngine final : public QIconEngine {
     std::optional<QColor> color_;
 };
 
+// Around a thin symbol in the text colour, in case the panel has another background than windows
+// have.
+QColor haloColor(const QColor& color) {
+    QColor halo = color.lightnessF() < 0.5F ? Qt::white : Qt::black;
+    halo.setAlphaF(0.85F);
+    return halo;
+}
+
+QPainterPath microphonePath() {
+    QPainterPath path;
+    path.addRoundedRect(QRectF(8.5, 2, 7, 12), 3.5, 3.5);
+    path.moveTo(5, 10.5);
+    path.arcTo(QRectF(5, 4, 14, 14), 180, 180);
+    path.moveTo(12, 18);
+    path.lineTo(12, 22);
+    path.moveTo(8, 22);
+    path.lineTo(16, 22);
+    return path;
+}
+
 void drawMicrophone(QPainter& painter, const QColor& color, bool isFilled) {
-    painter.setPen(QPen(color, 2, Qt::SolidLine, Qt::RoundCap, Qt::RoundJoin));
-    painter.setBrush(isFilled ? QBrush(color) : QBrush(Qt::NoBrush));
-    painter.drawRoundedRect(QRectF(8.5, 2, 7, 12), 3.5, 3.5);
-    QPainterPath stand;
-    stand.moveTo(5, 10.5);
-    stand.arcTo(QRectF(5, 4, 14, 14), 180, 180);
-    stand.moveTo(12, 18);
-    stand.lineTo(12, 22);
-    stand.moveTo(8, 22);
-    stand.lineTo(16, 22);
-    painter.setBrush(Qt::NoBrush);
-    painter.drawPath(stand);
+    QPen pen(color, 2, Qt::SolidLine, Qt::RoundCap, Qt::RoundJoin);
+    if (!isFilled) {
+        painter.strokePath(microphonePath(),
+                           QPen(haloColor(color), 4, Qt::SolidLine, Qt::RoundCap, Qt::RoundJoin));
+    }
+    painter.strokePath(microphonePath(), pen);
+    if (isFilled) {
+        painter.setPen(Qt::NoPen);
+        painter.setBrush(color);
+        painter.drawRoundedRect(QRectF(8.5, 2, 7, 12), 3.5, 3.5);
+    }
+}
+
+void drawApplicationIcon(QPainter& painter) {
+    QLinearGradient background(0, 0, 0, side);
+    background.setColorAt(0, QColor(94, 92, 230));
+    background.setColorAt(1, QColor(48, 46, 140));
+    painter.setPen(Qt::NoPen);
+    painter.setBrush(background);
+    painter.drawRoundedRect(QRectF(0, 0, side, side), 5.5, 5.5);
+    painter.translate(side / 2, side / 2);
+    painter.scale(0.7, 0.7);
+    painter.translate(-side / 2, -side / 2);
+    drawMicrophone(painter, Qt::white, true);
 }
 
 }  // namespace
@@ -78,6 +112,11 @@ QIcon symbolIcon(Symbol symbol, const std::optional<QColor>& color) {
             drawMicrophone(painter, drawn, isFilled);
         },
         color));
+}
+
+QIcon applicationIcon() {
+    return QIcon(new DrawnIconEngine(
+        [](QPainter& painter, const QColor&) { drawApplicationIcon(painter); }, std::nullopt));
 }
 
 QIcon textIcon(const std::string& text, const std::optional<QColor>& color) {

@@ -11,8 +11,12 @@ namespace tarvik::linuxdesktop {
 enum class Symbol { microphone, filledMicrophone };
 
 /// The symbol as an icon that is drawn anew at every size, in `color` or, without one, in the
-/// colour that text has on the desktop at the moment of drawing.
+/// colour that text has on the desktop at the moment of drawing. An outline stays visible on any
+/// background.
 QIcon symbolIcon(Symbol symbol, const std::optional<QColor>& color);
+
+/// The application's own picture, for its windows.
+QIcon applicationIcon();
 
 /// A short text as such an icon.
 QIcon textIcon(const std::string& text, const std::optional<QColor>& color);
