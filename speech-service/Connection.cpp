@@ -1,0 +1,90 @@
+#include "speech-service/Connection.h"
+
+#include <boost/beast/http/read.hpp>
+#include <boost/beast/http/write.hpp>
+#include <boost/uuid/random_generator.hpp>
+#include <boost/uuid/uuid_io.hpp>
+#include <iostream>
+
+namespace tarvik::service {
+
+namespace beast = boost::beast;
+namespace ssl = boost::asio::ssl;
+
+namespace {
+
+constexpr std::chrono::seconds handshakeTimeout{10};
+
+std::string newRequestId() {
+    return to_string(boost::uuids::random_generator()());
+}
+
+}  // namespace
+
+Connection::Connection(boost::asio::ip::tcp::socket socket, ServerContext& context)
+    : context_(context), socket_(beast::tcp_stream(std::move(socket)), context.tls) {}
+
+void Connection::start() {
+    beast::get_lowest_layer(socket_).expires_after(handshakeTimeout);
+    socket_.async_handshake(ssl::stream_base::server,
+                            beast::bind_front_handler(&Connection::onSecured, shared_from_this()));
+}
+
+void Connection::onSecured(beast::error_code error) {
+    if (error) {
+        std::cerr << "a client came without TLS or does not trust the certificate: " +
+                         error.message() + "\n";
+        return;
+    }
+    beast::http::async_read_header(
+        socket_, incoming_, parser_,
+        [self = shared_from_this()](beast::error_code readError, std::size_t) {
+            self->onRequest(readError);
+        });
+}
+
+void Connection::onRequest(beast::error_code error) {
+    if (error.category() ==
+            beast::http::make_error_code(beast::http::error::bad_method).category() &&
+        error != beast::http::error::end_of_stream) {
+        refuse({400, "The request cannot be read: " + error.message()});
+        return;
+    }
+    if (error) {
+        // Looking whether the service is there, without a request, is no fault.
+        return;
+    }
+    const Result<StreamQuery> query = checkHandshake(parser_.get());
+    if (!query) {
+        refuse(query.error());
+    } else if (context_.streams.count() >= context_.options.mostStreams) {
+        refuse({429, "Too many streams are open"});
+    } else {
+        becomeStream(query.value());
+    }
+}
+
+void Connection::becomeStream(const StreamQuery& query) {
+    const auto stream = std::make_shared<Stream>(std::move(socket_), query, newRequestId(),
+                                                 context_.decoders, context_.options.idleTimeout);
+    context_.streams.add(stream);
+    stream->accept(parser_.get());
+}
+
+void Connection::refuse(const Error& error) {
+    std::cerr << "a request was refused with " + std::to_string(error.code) + ": " +
+                     error.localizedDescription + "\n";
+    response_ = refusal(parser_.get(), error, newRequestId());
+    beast::http::async_write(socket_, response_,
+                             [self = shared_from_this()](beast::error_code, std::size_t) {
+                                 // The client has the answer or is gone; either way only the
+                                 // farewell is left.
+                                 self->socket_.async_shutdown([self](beast::error_code) {});
+                             });
+}
+
+void Connection::goAway() {
+    beast::get_lowest_layer(socket_).close();
+}
+
+}  // namespace tarvik::service

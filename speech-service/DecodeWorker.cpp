@@ -1,0 +1,170 @@
+#include "speech-service/DecodeWorker.h"
+
+#include <algorithm>
+#include <boost/asio/post.hpp>
+
+#include "speech-service/PcmReader.h"
+#include "speech-service/Resampler.h"
+#include "speech-service/UtteranceRecognizer.h"
+
+namespace tarvik::service {
+
+namespace {
+
+constexpr int bytesPerSample = 2;
+constexpr int enoughSeconds = 10;
+// A cancelled worker looks up after each piece of this share of a second.
+constexpr int piecesPerSecond = 10;
+
+}  // namespace
+
+/// What the thread holds while it decodes.
+class DecodeWorker::Session {
+  public:
+    Session(DecodeWorker& worker, Decoder& decoder, Resampler resampler)
+        : worker_(worker),
+          resampler_(std::move(resampler)),
+          recognizer_(decoder, worker.interimResults_,
+                      [this](const Utterance& utterance) { report(utterance); }) {}
+
+    void operator()(const std::vector<std::uint8_t>& audio) {
+        std::span<const std::uint8_t> rest = audio;
+        const auto piece =
+            static_cast<std::size_t>(worker_.sampleRate_ * bytesPerSample / piecesPerSecond);
+        while (!rest.empty() && !worker_.isCancelled_) {
+            const std::size_t size = std::min(rest.size(), piece);
+            recognizer_.process(resampler_.process(pcm_.read(rest.first(size))));
+            rest = rest.subspan(size);
+        }
+    }
+
+    void operator()(Finalize) { recognizer_.finish(); }
+
+    void operator()(End) {
+        recognizer_.process(resampler_.finish());
+        recognizer_.finish();
+    }
+
+  private:
+    void report(const Utterance& utterance) {
+        worker_.post([&worker = worker_, utterance] { worker.callbacks_.onUtterance(utterance); });
+    }
+
+    DecodeWorker& worker_;
+    PcmReader pcm_;
+    Resampler resampler_;
+    UtteranceRecognizer recognizer_;
+};
+
+std::shared_ptr<DecodeWorker> DecodeWorker::start(boost::asio::any_io_executor executor,
+                                                  std::shared_ptr<DecoderPool> decoders,
+                                                  int sampleRate, bool interimResults,
+                                                  Callbacks callbacks) {
+    const std::shared_ptr<DecodeWorker> worker(
+        new DecodeWorker(std::move(executor), std::move(decoders), sampleRate, interimResults,
+                         std::move(callbacks)));
+    worker->thread_ = std::thread([worker] { worker->run(); });
+    return worker;
+}
+
+DecodeWorker::DecodeWorker(boost::asio::any_io_executor executor,
+                           std::shared_ptr<DecoderPool> decoders, int sampleRate,
+                           bool interimResults, Callbacks callbacks)
+    : executor_(std::move(executor)),
+      keepRunning_(executor_),
+      decoders_(std::move(decoders)),
+      sampleRate_(sampleRate),
+      interimResults_(interimResults),
+      callbacks_(std::move(callbacks)) {}
+
+bool DecodeWorker::append(std::vector<std::uint8_t> audio) {
+    appendedBytes_ += audio.size();
+    push(std::move(audio));
+    const std::lock_guard lock(mutex_);
+    return waitingBytes_ < static_cast<std::size_t>(sampleRate_ * bytesPerSample * enoughSeconds);
+}
+
+void DecodeWorker::finalize() {
+    push(Finalize{});
+}
+
+void DecodeWorker::end() {
+    push(End{});
+}
+
+void DecodeWorker::cancel() {
+    const std::lock_guard lock(mutex_);
+    isCancelled_ = true;
+    wake_.notify_one();
+}
+
+Seconds DecodeWorker::appended() const {
+    return Seconds(static_cast<double>(appendedBytes_ / bytesPerSample) / sampleRate_);
+}
+
+void DecodeWorker::push(Task task) {
+    const std::lock_guard lock(mutex_);
+    if (const auto* audio = std::get_if<std::vector<std::uint8_t>>(&task)) {
+        waitingBytes_ += audio->size();
+    }
+    tasks_.push_back(std::move(task));
+    wake_.notify_one();
+}
+
+std::optional<DecodeWorker::Task> DecodeWorker::pop() {
+    const auto half = static_cast<std::size_t>(sampleRate_ * bytesPerSample * enoughSeconds / 2);
+    std::unique_lock lock(mutex_);
+    wake_.wait(lock, [this] { return isCancelled_ || !tasks_.empty(); });
+    if (isCancelled_) {
+        return std::nullopt;
+    }
+    Task task = std::move(tasks_.front());
+    tasks_.pop_front();
+    if (const auto* audio = std::get_if<std::vector<std::uint8_t>>(&task)) {
+        const bool wasHalfFull = waitingBytes_ >= half;
+        waitingBytes_ -= audio->size();
+        if (wasHalfFull && waitingBytes_ < half) {
+            post([this] { callbacks_.onRoom(); });
+        }
+    }
+    return task;
+}
+
+void DecodeWorker::run() {
+    const std::optional<Error> error = decode();
+    post([this, error] { callbacks_.onEnd(error); });
+    // Not through post: a cancelled worker must be joined all the same.
+    boost::asio::post(executor_, [self = shared_from_this()] {
+        self->thread_.join();
+        self->keepRunning_.reset();
+    });
+}
+
+std::optional<Error> DecodeWorker::decode() {
+    const Result<DecoderPool::Lease> decoder = decoders_->acquire();
+    if (!decoder) {
+        return decoder.error();
+    }
+    Result<Resampler> resampler = Resampler::create(sampleRate_);
+    if (!resampler) {
+        return resampler.error();
+    }
+    Session session(*this, *decoder.value(), std::move(resampler).value());
+    while (const std::optional<Task> task = pop()) {
+        std::visit(session, *task);
+        if (std::holds_alternative<End>(*task)) {
+            break;
+        }
+    }
+    return std::nullopt;
+}
+
+void DecodeWorker::post(std::function<void()> callback) {
+    boost::asio::post(executor_, [self = shared_from_this(), callback = std::move(callback)] {
+        if (!self->isCancelled_) {
+            callback();
+        }
+    });
+}
+
+}  // namespace tarvik::service

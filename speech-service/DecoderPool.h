@@ -1,0 +1,50 @@
+#pragma once
+
+#include <memory>
+#include <mutex>
+#include <optional>
+#include <vector>
+
+#include "base/Result.h"
+#include "speech-service/Decoder.h"
+
+namespace tarvik::service {
+
+/// Keeps loaded decoders ready, so that a stream need not wait for one.
+///
+/// Any thread.
+class DecoderPool : public std::enable_shared_from_this<DecoderPool> {
+  public:
+    /// Gives a borrowed decoder back.
+    class Returner {
+      public:
+        Returner() = default;
+        explicit Returner(std::shared_ptr<DecoderPool> pool) : pool_(std::move(pool)) {}
+        void operator()(Decoder* decoder) const;
+
+      private:
+        std::shared_ptr<DecoderPool> pool_;
+    };
+    using Lease = std::unique_ptr<Decoder, Returner>;
+
+    static std::shared_ptr<DecoderPool> create();
+
+    /// A decoder for one stream; keeps the pool alive. Blocks while one is loaded if none is ready.
+    Result<Lease> acquire();
+
+    /// Loads a decoder if none is ready. Blocks meanwhile; the error is that of the loading.
+    std::optional<Error> prepare();
+
+  private:
+    DecoderPool() = default;
+    std::unique_ptr<Decoder> takeReady();
+    Result<std::unique_ptr<Decoder>> takeOrLoad();
+    void giveBack(std::unique_ptr<Decoder> decoder);
+
+    std::mutex readyMutex_;
+    std::vector<std::unique_ptr<Decoder>> ready_;
+    /// One load at a time, so that whoever waits for it finds its outcome.
+    std::mutex loadMutex_;
+};
+
+}  // namespace tarvik::service

@@ -1,0 +1,271 @@
+#include "speech-service/Stream.h"
+
+#include <boost/asio/buffer.hpp>
+#include <ctime>
+#include <iomanip>
+#include <iostream>
+#include <sstream>
+
+#include "base/Weakly.h"
+#include "speech-service/ControlMessage.h"
+#include "speech-service/ServiceMessages.h"
+
+namespace tarvik::service {
+
+namespace beast = boost::beast;
+namespace websocket = beast::websocket;
+
+namespace {
+
+constexpr std::size_t longestMessage = 16 * 1024 * 1024;
+constexpr std::size_t mostUnsent = 1000;
+constexpr std::chrono::seconds closeTimeout{2};
+
+websocket::stream_base::timeout timeouts() {
+    websocket::stream_base::timeout timeouts{};
+    // Bounds the waiting for the other side's close frame as well.
+    timeouts.handshake_timeout = closeTimeout;
+    timeouts.idle_timeout = websocket::stream_base::none();
+    timeouts.keep_alive_pings = false;
+    return timeouts;
+}
+
+std::string timeNow() {
+    const std::time_t now = std::time(nullptr);
+    std::tm utc{};
+    gmtime_r(&now, &utc);
+    std::ostringstream text;
+    text << std::put_time(&utc, "%Y-%m-%dT%H:%M:%SZ");
+    return text.str();
+}
+
+}  // namespace
+
+Stream::Stream(TlsStream socket, StreamQuery query, std::string requestId,
+               std::shared_ptr<DecoderPool> decoders, Seconds idleTimeout)
+    : socket_(std::move(socket)),
+      query_(query),
+      requestId_(std::move(requestId)),
+      created_(timeNow()),
+      decoders_(std::move(decoders)),
+      idleTimeout_(idleTimeout),
+      timer_(socket_.get_executor()) {}
+
+void Stream::accept(const Request& request) {
+    beast::get_lowest_layer(socket_).expires_never();
+    socket_.set_option(timeouts());
+    socket_.read_message_max(longestMessage);
+    socket_.set_option(websocket::stream_base::decorator([](websocket::response_type& response) {
+        response.set(beast::http::field::sec_websocket_protocol, tokenSubprotocol);
+    }));
+    socket_.async_accept(request,
+                         beast::bind_front_handler(&Stream::onAccepted, shared_from_this()));
+}
+
+void Stream::onAccepted(beast::error_code error) {
+    if (error) {
+        log("the upgrade failed: " + error.message());
+        return;
+    }
+    DecodeWorker::Callbacks callbacks;
+    callbacks.onUtterance = weakly(*this, &Stream::onUtterance);
+    callbacks.onRoom = weakly(*this, &Stream::onRoom);
+    callbacks.onEnd = weakly(*this, &Stream::onDecoderEnd);
+    worker_ = DecodeWorker::start(socket_.get_executor(), decoders_, query_.sampleRate,
+                                  query_.interimResults, std::move(callbacks));
+    if (closing_) {
+        closeNow();
+        return;
+    }
+    expectAudio();
+    read();
+}
+
+void Stream::read() {
+    socket_.async_read(
+        incoming_,
+        [self = shared_from_this()](beast::error_code error, std::size_t) { self->onRead(error); });
+}
+
+void Stream::onRead(beast::error_code error) {
+    if (error) {
+        if (error != websocket::error::closed && !closing_) {
+            log("the client is gone: " + error.message());
+        }
+        timer_.cancel();
+        worker_->cancel();
+        return;
+    }
+    if (socket_.got_binary()) {
+        onAudio();
+    } else {
+        onText();
+    }
+    incoming_.clear();
+    if (!isPaused_) {
+        read();
+    }
+}
+
+void Stream::onAudio() {
+    const auto* bytes = static_cast<const std::uint8_t*>(incoming_.data().data());
+    if (ending_ || incoming_.size() == 0) {
+        return;
+    }
+    expectAudio();
+    isPaused_ = !worker_->append({bytes, bytes + incoming_.size()});
+}
+
+void Stream::onText() {
+    const auto* text = static_cast<const char*>(incoming_.data().data());
+    const std::optional<ControlMessage> message = parseControlMessage({text, incoming_.size()});
+    if (!message) {
+        log("a text message that means nothing here was ignored");
+        return;
+    }
+    if (ending_) {
+        return;
+    }
+    switch (*message) {
+        case ControlMessage::closeStream:
+            endAndClose(websocket::close_code::normal);
+            break;
+        case ControlMessage::finalize:
+            worker_->finalize();
+            break;
+        case ControlMessage::keepAlive:
+            expectAudio();
+            break;
+    }
+}
+
+void Stream::endAndClose(websocket::close_reason reason) {
+    ending_ = reason;
+    timer_.cancel();
+    worker_->end();
+}
+
+void Stream::expectAudio() {
+    startTimer(idleTimeout_, &Stream::onIdle);
+}
+
+void Stream::startTimer(Seconds interval, void (Stream::*onExpired)()) {
+    timer_.expires_after(std::chrono::duration_cast<std::chrono::steady_clock::duration>(interval));
+    timer_.async_wait([weak = weak_from_this(), onExpired](beast::error_code error) {
+        const std::shared_ptr<Stream> self = weak.lock();
+        if (self && !error) {
+            ((*self).*onExpired)();
+        }
+    });
+}
+
+void Stream::onIdle() {
+    if (ending_ || closing_) {
+        return;
+    }
+    // While reading waits for the decoder, silence on the line says nothing of the client.
+    if (isPaused_) {
+        expectAudio();
+        return;
+    }
+    log("no audio came in time");
+    endAndClose({websocket::close_code::internal_error,
+                 "NET-0001: neither audio nor a KeepAlive message came in time"});
+}
+
+void Stream::onUtterance(const Utterance& utterance) {
+    send(resultsMessage(utterance, query_.punctuate, requestId_));
+}
+
+void Stream::onRoom() {
+    if (isPaused_) {
+        isPaused_ = false;
+        expectAudio();
+        read();
+    }
+}
+
+void Stream::onDecoderEnd(const std::optional<Error>& error) {
+    if (error) {
+        log(error->localizedDescription);
+        closeWhenSent({websocket::close_code::internal_error, "NET-0000: no recognizer"});
+        return;
+    }
+    send(metadataMessage(worker_->appended(), created_, requestId_));
+    closeWhenSent(*ending_);
+}
+
+void Stream::send(std::string message) {
+    if (closing_) {
+        return;
+    }
+    if (outgoing_.size() == mostUnsent) {
+        abandon();
+        return;
+    }
+    outgoing_.push_back(std::move(message));
+    if (outgoing_.size() == 1) {
+        write();
+    }
+}
+
+void Stream::write() {
+    socket_.text(true);
+    socket_.async_write(boost::asio::buffer(outgoing_.front()),
+                        [self = shared_from_this()](beast::error_code error, std::size_t) {
+                            self->onWritten(error);
+                        });
+}
+
+void Stream::onWritten(beast::error_code error) {
+    if (error) {
+        // The read that is under way ends with the connection and says so.
+        return;
+    }
+    outgoing_.pop_front();
+    if (!outgoing_.empty()) {
+        write();
+    } else if (closing_) {
+        closeNow();
+    }
+}
+
+void Stream::closeWhenSent(websocket::close_reason reason) {
+    if (closing_) {
+        return;
+    }
+    closing_ = std::move(reason);
+    // A client that reads no more would keep the last message, and the stream with it, forever.
+    startTimer(closeTimeout * 2, &Stream::abandon);
+    if (outgoing_.empty()) {
+        closeNow();
+    }
+}
+
+void Stream::closeNow() {
+    socket_.async_close(*closing_, [self = shared_from_this()](beast::error_code) {
+        // Closed is all that is wanted here, and a failure says that it was closed already.
+        self->timer_.cancel();
+        self->worker_->cancel();
+    });
+}
+
+void Stream::abandon() {
+    log("the client does not take its messages");
+    beast::get_lowest_layer(socket_).close();
+}
+
+void Stream::goAway() {
+    if (worker_) {
+        closeWhenSent(websocket::close_code::going_away);
+        worker_->cancel();
+    } else {
+        closing_ = websocket::close_code::going_away;
+    }
+}
+
+void Stream::log(const std::string& line) const {
+    std::cerr << "stream " + requestId_ + ": " + line + "\n";
+}
+
+}  // namespace tarvik::service

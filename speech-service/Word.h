@@ -1,0 +1,18 @@
+#pragma once
+
+#include <string>
+
+#include "base/Time.h"
+
+namespace tarvik::service {
+
+/// One word that was heard, in lower case and without any mark-up.
+struct Word {
+    std::string text;
+    Seconds start{};
+    Seconds end{};
+    /// The recognizer's posterior probability, 0 to 1.
+    double confidence = 0;
+};
+
+}  // namespace tarvik::service
