@@ -5,17 +5,16 @@ touched.
 """
 
 import contextlib
-import ctypes
 import os
 import pathlib
-import select
-import shutil
 import signal
 import subprocess
+import sys
 import tempfile
 import time
 
-PR_SET_PDEATHSIG = 1
+import guardian
+
 START_DEADLINE = 15.0
 
 OPENBOX_CONFIG = """<?xml version="1.0"?>
@@ -46,34 +45,34 @@ BUS_CONFIG = """<!DOCTYPE busconfig PUBLIC "-//freedesktop//DTD D-Bus Bus Config
 """
 
 
-def wait_for(condition, what, deadline=START_DEADLINE):
-    """The first true value of `condition`, asked again every few milliseconds."""
+def wait_for(condition, what, deadline=START_DEADLINE, needs=None):
+    """The first true value of `condition`, asked again every few milliseconds; an error after
+    `deadline` seconds, or as soon as the process `needs` has ended."""
     end = time.monotonic() + deadline
     while True:
         value = condition()
         if value:
             return value
+        if needs is not None and needs.poll() is not None:
+            raise RuntimeError(f"{needs.args[0]} ended with {needs.returncode}; waited for {what}")
         if time.monotonic() > end:
             raise TimeoutError(f"waited {deadline} s for {what}")
         time.sleep(0.01)
-
-
-def die_with_parent():
-    ctypes.CDLL(None).prctl(PR_SET_PDEATHSIG, signal.SIGTERM)
 
 
 class Desktop:
     """Starts the parts that are asked for; a context manager."""
 
     def __init__(self, x11=True, wm=False, a11y=False, audio=False, size="1280x800"):
-        self.wants = {"x11": x11, "wm": wm, "a11y": a11y, "audio": audio}
+        self.wants = {"x11": x11 or wm, "wm": wm, "a11y": a11y, "audio": audio}
         self.size = size
-        self.processes = []
         self.environment = {}
         self.folder = None
+        self.sound_server = None
 
     def __enter__(self):
         self.folder = pathlib.Path(tempfile.mkdtemp(prefix="tarvik-desktop-"))
+        self._start_guardian()
         try:
             self._make_environment()
             if self.wants["x11"]:
@@ -86,6 +85,7 @@ class Desktop:
             if self.wants["audio"]:
                 self.start_sound_server()
         except BaseException:
+            sys.stderr.write(self.services_log())
             self.close()
             raise
         return self
@@ -94,35 +94,32 @@ class Desktop:
         self.close()
 
     def close(self):
-        for process in reversed(self.processes):
-            self.end(process)
-        self.processes = []
-        if self.folder:
-            self._end_activated_services()
-            shutil.rmtree(self.folder, ignore_errors=True)
-            self.folder = None
+        """Ends every process of this desktop and removes its folder."""
+        self._guardian.stdin.close()
+        self._guardian.wait()
+        self._guardian.stdout.close()
+
+    def services_log(self):
+        """What the parts of the desktop have complained about."""
+        log = self.folder / "services.log"
+        return log.read_text(errors="replace") if log.exists() else ""
 
     def spawn(self, arguments, **options):
-        """Starts a program on this desktop that ends with it."""
+        """Starts a program on this desktop, which ends with the desktop at the latest."""
         options.setdefault("env", self.environment)
         options.setdefault("stdin", subprocess.DEVNULL)
         options.setdefault("stdout", subprocess.DEVNULL)
-        options.setdefault("stderr", open(self.folder / "services.log", "ab"))
-        process = subprocess.Popen(
-            arguments, start_new_session=True, preexec_fn=die_with_parent, **options
-        )
-        self.processes.append(process)
-        return process
+        with open(self.folder / "services.log", "ab") as log:
+            options.setdefault("stderr", log)
+            return subprocess.Popen(arguments, start_new_session=True, **options)
 
     def end(self, process, deadline=3.0):
         """Ends a program and whatever it started; its exit status."""
         with contextlib.suppress(ProcessLookupError):
-            os.killpg(process.pid, signal.SIGCONT)
             os.killpg(process.pid, signal.SIGTERM)
-        try:
+            os.killpg(process.pid, signal.SIGCONT)
+        with contextlib.suppress(subprocess.TimeoutExpired):
             process.wait(deadline)
-        except subprocess.TimeoutExpired:
-            pass
         with contextlib.suppress(ProcessLookupError):
             os.killpg(process.pid, signal.SIGKILL)
         return process.wait()
@@ -135,10 +132,23 @@ class Desktop:
             arguments, env=self.environment, capture_output=True, text=True, **options
         ).stdout
 
+    def succeeds(self, arguments):
+        """Whether a program runs to its end without an error."""
+        return subprocess.run(
+            arguments, env=self.environment, capture_output=True, timeout=30
+        ).returncode == 0
+
+    def _start_guardian(self):
+        self._guardian = subprocess.Popen(
+            [sys.executable, guardian.__file__, str(self.folder)],
+            stdin=subprocess.PIPE, stdout=subprocess.PIPE, start_new_session=True,
+        )
+        self._guardian.stdout.readline()
+
     def _make_environment(self):
-        keep = ("PATH", "TERM", "ASAN_OPTIONS", "TSAN_OPTIONS", "UBSAN_OPTIONS", "LSAN_OPTIONS")
-        self.environment = {name: os.environ[name] for name in keep if name in os.environ}
-        # The distribution's Python comes first: it is the one with the desktop's bindings.
+        sanitizers = ("ASAN_OPTIONS", "TSAN_OPTIONS", "UBSAN_OPTIONS", "LSAN_OPTIONS")
+        self.environment = {name: os.environ[name] for name in sanitizers if name in os.environ}
+        # Only the distribution's own programs: its Python is the one with the desktop's bindings.
         self.environment["PATH"] = "/usr/local/sbin:/usr/sbin:/sbin:/usr/bin:/bin"
         self.environment["LANG"] = "C.UTF-8"
         for name, folder in (
@@ -153,97 +163,77 @@ class Desktop:
             path = self.folder / folder
             path.mkdir(mode=0o700)
             self.environment[name] = str(path)
-        self.environment["TARVIK_DESKTOP_FOLDER"] = str(self.folder)
+        self.environment[guardian.MARK] = str(self.folder)
         # Settings of GTK and dconf stay in memory, and portals that nobody needs are not waited for.
         self.environment["GSETTINGS_BACKEND"] = "memory"
         self.environment["GTK_USE_PORTAL"] = "0"
 
     def _start_x_server(self):
         reader, writer = os.pipe()
-        self.spawn(
+        self.x_server = self.spawn(
             ["Xvfb", "-displayfd", str(writer), "-screen", "0", f"{self.size}x24", "-dpi", "96",
-             "-nolisten", "tcp", "-noreset"],
+             "-nolisten", "tcp", "-noreset", "-s", "0"],
             pass_fds=(writer,),
         )
         os.close(writer)
-        ready, _, _ = select.select([reader], [], [], START_DEADLINE)
-        number = os.read(reader, 16).strip().decode() if ready else ""
-        os.close(reader)
-        if not number:
+        # The number comes in one write and its line break, the sign that it is whole, in another.
+        # A server that fails closes the pipe.
+        with open(reader, encoding="ascii") as pipe:
+            line = pipe.readline()
+        if not line.endswith("\n"):
             raise RuntimeError("the X server did not start")
-        self.environment["DISPLAY"] = ":" + number
+        self.environment["DISPLAY"] = ":" + line.strip()
 
     def _start_session_bus(self):
         socket = self.folder / "runtime" / "bus"
         config = self.folder / "session-bus.conf"
         config.write_text(BUS_CONFIG.format(socket=socket))
         self.environment["DBUS_SESSION_BUS_ADDRESS"] = f"unix:path={socket}"
-        self.spawn(["dbus-daemon", f"--config-file={config}", "--nofork", "--nopidfile"])
-        wait_for(socket.exists, "the session bus")
+        bus = self.spawn(["dbus-daemon", f"--config-file={config}", "--nofork", "--nopidfile"])
+        wait_for(socket.exists, "the session bus", needs=bus)
 
     def _start_window_manager(self):
         config = self.folder / "openbox.xml"
         config.write_text(OPENBOX_CONFIG)
-        self.spawn(["openbox", "--config-file", str(config)])
+        manager = self.spawn(["openbox", "--config-file", str(config)])
         wait_for(
             lambda: "window id" in self.run(
                 ["xprop", "-root", "_NET_SUPPORTING_WM_CHECK"], check=False
             ),
-            "the window manager",
+            "the window manager", needs=manager,
         )
 
     def _start_accessibility_bus(self):
         call = ["dbus-send", "--session", "--print-reply", "--dest=org.a11y.Bus", "/org/a11y/bus"]
-        wait_for(
-            lambda: "unix:" in self.run(call + ["org.a11y.Bus.GetAddress"], check=False),
-            "the accessibility bus",
-        )
+        reply = self.run(call + ["org.a11y.Bus.GetAddress"])
         self.run(call + ["org.freedesktop.DBus.Properties.Set", "string:org.a11y.Status",
                          "string:IsEnabled", "variant:boolean:true"])
-        reply = self.run(call + ["org.a11y.Bus.GetAddress"])
-        address = reply.split('"')[1]
-        registry = ["dbus-send", f"--bus={address}", "--print-reply",
-                    "--dest=org.a11y.atspi.Registry", "/org/a11y/atspi/accessible/root",
-                    "org.freedesktop.DBus.Peer.Ping"]
-        wait_for(
-            lambda: subprocess.run(registry, env=self.environment, capture_output=True).returncode
-            == 0,
-            "the accessibility registry",
-        )
+        # Asking the registry anything starts it, and its answer is the sign that it is up.
+        self.run(["dbus-send", "--bus=" + reply.split('"')[1], "--print-reply",
+                  "--dest=org.a11y.atspi.Registry", "/org/a11y/atspi/accessible/root",
+                  "org.freedesktop.DBus.Peer.Ping"])
 
     def start_sound_server(self):
-        """Starts the sound server with one microphone, `vmic`, that plays what `microphone` is fed."""
+        """Starts the sound server, with loudspeakers and one microphone, `vmic`."""
+        self.environment["PULSE_SERVER"] = "unix:" + str(self.folder / "runtime/pulse/native")
         self.sound_server = self.spawn(
             ["pulseaudio", "-n", "--daemonize=no", "--exit-idle-time=-1", "--use-pid-file=no",
              "-L", "module-native-protocol-unix", "-L", "module-always-sink"],
         )
-        self.environment["PULSE_SERVER"] = "unix:" + str(self.folder / "runtime/pulse/native")
-        wait_for(
-            lambda: subprocess.run(["pactl", "info"], env=self.environment, capture_output=True)
-            .returncode == 0,
-            "the sound server",
-        )
+        wait_for(lambda: self.succeeds(["pactl", "info"]), "the sound server",
+                 needs=self.sound_server)
         self.plug_microphone()
 
     def plug_microphone(self, name="vmic", rate=16000, channels=1):
-        """Plugs a microphone in and makes it the default one; the module's number."""
-        fifo = self.folder / (name + ".fifo")
+        """Plugs a microphone in that plays what is written to `fifo(name)`, and makes it the
+        default one; the number of its module."""
         module = self.run(
-            ["pactl", "load-module", "module-pipe-source", f"source_name={name}", f"file={fifo}",
-             "format=s16le", f"rate={rate}", f"channels={channels}"]
+            ["pactl", "load-module", "module-pipe-source", f"source_name={name}",
+             f"file={self.fifo(name)}", "format=s16le", f"rate={rate}", f"channels={channels}"]
         ).strip()
         self.run(["pactl", "set-default-source", name])
         return module
 
-    @property
-    def microphone(self):
-        return self.folder / "vmic.fifo"
-
-    def _end_activated_services(self):
-        # Programs that the buses started for themselves are recognised by this desktop's folder.
-        mark = ("TARVIK_DESKTOP_FOLDER=" + str(self.folder)).encode()
-        for entry in pathlib.Path("/proc").iterdir():
-            if entry.name.isdigit() and int(entry.name) != os.getpid():
-                with contextlib.suppress(OSError):
-                    if mark in (entry / "environ").read_bytes().split(b"\0"):
-                        os.kill(int(entry.name), signal.SIGKILL)
+    def fifo(self, name="vmic"):
+        """Where the samples of a microphone are written to."""
+        return self.folder / (name + ".fifo")
