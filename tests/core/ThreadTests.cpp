@@ -42,14 +42,14 @@ TEST(Threads, ChunksAlwaysGoToTheClientOfTheMomentWhileClientsAreReplaced) {
     for (int round = 0; round < rounds; ++round) {
         app.startStreaming();
         auto& socket = app.socket();
-        ASSERT_TRUE(app.platform.time().runUntil([&] { return socket.sentData().size() > 1; }));
+        ASSERT_TRUE(app.platform.time().runUntil([&] { return socket.sentMessages() > 1; }));
         app.releaseHold();
-        const std::size_t sentAtStop = socket.sentData().size();
+        const std::size_t sentAtStop = socket.sentMessages();
         const int before = speaker.deliveries();
         ASSERT_TRUE(
             app.platform.time().runUntil([&] { return speaker.deliveries() > before + 2; }));
         // The chunk that was under way at the stop may still arrive, no other.
-        EXPECT_LE(socket.sentData().size(), sentAtStop + 1);
+        EXPECT_LE(socket.sentMessages(), sentAtStop + 1);
         app.platform.advance(Seconds(round % 2 == 0 ? 0.1 : 0.4));
     }
     for (const auto& task : app.platform.webSockets().tasks()) {
@@ -68,9 +68,9 @@ TEST(Threads, EngineIsRebuiltUnderALivelyMicrophone) {
         app.platform.audio().setInputFormat({round % 2 == 0 ? 16000.0 : 48000.0, 1});
         app.platform.audio().changeConfiguration();
         app.platform.runUntilIdle();
-        const std::size_t before = app.socket().sentData().size();
+        const std::size_t before = app.socket().sentMessages();
         ASSERT_TRUE(
-            app.platform.time().runUntil([&] { return app.socket().sentData().size() > before; }));
+            app.platform.time().runUntil([&] { return app.socket().sentMessages() > before; }));
     }
     EXPECT_EQ(app.platform.audio().engines().size(), static_cast<std::size_t>(rounds) + 1);
 }

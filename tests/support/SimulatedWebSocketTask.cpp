@@ -261,6 +261,11 @@ std::vector<WebSocketMessage> SimulatedWebSocketTask::sent() const {
     return sent_;
 }
 
+std::size_t SimulatedWebSocketTask::sentMessages() const {
+    const std::lock_guard lock(mutex_);
+    return sent_.size();
+}
+
 std::vector<std::string> SimulatedWebSocketTask::sentTexts() const {
     return sentOfKind(WebSocketMessage::Kind::string);
 }

@@ -61,6 +61,7 @@ class SimulatedWebSocketTask final : public platform::WebSocketTask,
     std::optional<std::string> header(const std::string& name) const;
     /// The messages that left, from first to last.
     std::vector<platform::WebSocketMessage> sent() const;
+    std::size_t sentMessages() const;
     /// The payloads of those of one kind.
     std::vector<std::string> sentTexts() const;
     std::vector<std::string> sentData() const;

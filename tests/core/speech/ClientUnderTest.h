@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <memory>
+#include <mutex>
 #include <optional>
 #include <string>
 #include <utility>
@@ -28,12 +29,12 @@ class ClientUnderTest {
                                       host, key, rate)) {
         client->onTranscript = [this](const std::string& text, bool isFinal) {
             transcripts.push_back({text, isFinal});
-            events.push_back("transcript " + text);
+            note("transcript " + text);
             deliveriesOffMain += platform.time().isRunningBlock() ? 0 : 1;
         };
         client->onError = [this](const Error& error) {
             errors.push_back(error.localizedDescription);
-            events.push_back("error");
+            note("error");
             errorsOffDelegateQueue += platform.webSockets().isOnDelegateQueue() ? 0 : 1;
         };
     }
@@ -41,7 +42,7 @@ class ClientUnderTest {
     void connect() {
         client->connect([this](bool isOpen) {
             connects.push_back(isOpen);
-            events.push_back(isOpen ? "connected" : "not connected");
+            note(isOpen ? "connected" : "not connected");
             deliveriesOffMain += platform.time().isRunningBlock() ? 0 : 1;
         });
         platform.runUntilIdle();
@@ -55,7 +56,7 @@ class ClientUnderTest {
         open();
     }
     void finish(const std::string& name = "finished") {
-        client->finish([this, name] { events.push_back(name); });
+        client->finish([this, name] { note(name); });
     }
     void close() {
         task().close();
@@ -78,6 +79,15 @@ class ClientUnderTest {
     std::vector<std::string> events;
     int deliveriesOffMain = 0;
     int errorsOffDelegateQueue = 0;
+
+  private:
+    // Errors come on the delegate queue, which may be another thread.
+    void note(const std::string& event) {
+        const std::lock_guard lock(mutex_);
+        events.push_back(event);
+    }
+
+    std::mutex mutex_;
 };
 
 }  // namespace tarvik
