@@ -1,0 +1,48 @@
+#include <gtest/gtest.h>
+
+#include "base/Text.h"
+
+namespace tarvik {
+namespace {
+
+TEST(Utf16, OfPlainTextHasOneUnitACharacter) {
+    EXPECT_EQ(utf16FromUtf8(""), u"");
+    EXPECT_EQ(utf16FromUtf8("hello"), u"hello");
+    EXPECT_EQ(utf16FromUtf8("Жñ漢"), u"Жñ漢");
+    EXPECT_EQ(utf16FromUtf8(std::string_view("a\0b", 3)), std::u16string(u"a\0b", 3));
+}
+
+TEST(Utf16, OfACharacterOutsideTheFirstPlaneIsASurrogatePair) {
+    EXPECT_EQ(utf16FromUtf8("\xF0\x9F\x98\x80"), (std::u16string{0xD83D, 0xDE00}));
+    EXPECT_EQ(utf16FromUtf8("\xF0\x90\x80\x80"), (std::u16string{0xD800, 0xDC00}));
+    EXPECT_EQ(utf16FromUtf8("\xF4\x8F\xBF\xBF"), (std::u16string{0xDBFF, 0xDFFF}));
+}
+
+TEST(Utf16, OfTheEndsOfEachLengthIsExact) {
+    EXPECT_EQ(utf16FromUtf8("\x7F\xC2\x80\xDF\xBF"), (std::u16string{0x7F, 0x80, 0x7FF}));
+    EXPECT_EQ(utf16FromUtf8("\xE0\xA0\x80\xEF\xBF\xBF"), (std::u16string{0x800, 0xFFFF}));
+    EXPECT_EQ(utf16FromUtf8("\xED\x9F\xBF\xEE\x80\x80"), (std::u16string{0xD7FF, 0xE000}));
+}
+
+TEST(Utf16, OfBytesThatAreNoCharacterIsTheReplacementCharacterForEachByte) {
+    const char16_t none = 0xFFFD;
+    EXPECT_EQ(utf16FromUtf8("\xFF"), std::u16string(1, none));
+    EXPECT_EQ(utf16FromUtf8("a\x80z"), (std::u16string{u'a', none, u'z'}));
+    EXPECT_EQ(utf16FromUtf8("\xC0\x80"), std::u16string(2, none));          // overlong
+    EXPECT_EQ(utf16FromUtf8("\xE0\x80\x80"), std::u16string(3, none));      // overlong
+    EXPECT_EQ(utf16FromUtf8("\xED\xA0\x80"), std::u16string(3, none));      // a surrogate
+    EXPECT_EQ(utf16FromUtf8("\xF4\x90\x80\x80"), std::u16string(4, none));  // past the last plane
+    EXPECT_EQ(utf16FromUtf8("a\xF0\x9F\x98"), (std::u16string{u'a', none, none, none}));
+    EXPECT_EQ(utf16FromUtf8("\xC3("), (std::u16string{none, u'('}));
+}
+
+TEST(Trimming, TakesWhiteSpaceAndLineBreaksFromTheEndsOnly) {
+    EXPECT_EQ(trimmed("  a b\r\n"), "a b");
+    EXPECT_EQ(trimmed("\t\n\v\f\r a\t"), "a");
+    EXPECT_EQ(trimmed("a"), "a");
+    EXPECT_EQ(trimmed(" \r\n\t "), "");
+    EXPECT_EQ(trimmed(""), "");
+}
+
+}  // namespace
+}  // namespace tarvik

@@ -1,0 +1,63 @@
+#include <gtest/gtest.h>
+
+#include <string>
+#include <vector>
+
+#include "tests/support/SimulatedPlatform.h"
+
+namespace tarvik {
+namespace {
+
+/// A shared instance that tells of its life.
+struct Instance {
+    explicit Instance(platform::Platform& owner) : platform(owner) { platform.log().write("made"); }
+    ~Instance() { platform.log().write("gone"); }
+    Instance(const Instance&) = delete;
+    Instance& operator=(const Instance&) = delete;
+
+    platform::Platform& platform;
+};
+
+struct OtherInstance {
+    explicit OtherInstance(platform::Platform&) {}
+};
+
+TEST(Platform, IsTheCurrentOneWhileItLives) {
+    simulated::SimulatedPlatform platform;
+    EXPECT_EQ(&platform::Platform::current(), &platform);
+}
+
+TEST(Platform, MakesASharedInstanceOnFirstUseAndOnce) {
+    simulated::SimulatedPlatform platform;
+    EXPECT_TRUE(platform.log().lines().empty());
+    Instance& first = platform.shared<Instance>();
+    EXPECT_EQ(&platform.shared<Instance>(), &first);
+    EXPECT_EQ(platform.log().lines(), std::vector<std::string>({"made"}));
+    EXPECT_NE(static_cast<void*>(&platform.shared<OtherInstance>()), &first);
+}
+
+TEST(Platform, StartsAfreshWithEachPlatform) {
+    for (int run = 0; run < 2; ++run) {
+        simulated::SimulatedPlatform platform;
+        platform.shared<Instance>();
+        EXPECT_EQ(platform.log().count("made"), 1U);
+    }
+}
+
+TEST(PlatformDeathTest, ThereIsAtMostOneAtATime) {
+    GTEST_FLAG_SET(death_test_style, "threadsafe");
+    EXPECT_DEATH(
+        {
+            const simulated::SimulatedPlatform first;
+            const simulated::SimulatedPlatform second;
+        },
+        "");
+}
+
+TEST(PlatformDeathTest, WithoutOneTheProcessStops) {
+    GTEST_FLAG_SET(death_test_style, "threadsafe");
+    EXPECT_DEATH(static_cast<void>(platform::Platform::current()), "");
+}
+
+}  // namespace
+}  // namespace tarvik
