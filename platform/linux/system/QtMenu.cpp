@@ -2,6 +2,8 @@
 
 #include <QAction>
 #include <QKeySequence>
+#include <algorithm>
+#include <cstddef>
 #include <utility>
 
 namespace tarvik::linuxdesktop {
@@ -39,27 +41,44 @@ QtMenu::QtMenu() {
     });
 }
 
+// Entries are changed in place where the order of entries and separators stays the same: a panel
+// that shows the menu over the bus loses it when the entries are made anew right before it opens.
 void QtMenu::setItems(std::vector<platform::MenuItem> items) {
-    menu_.clear();
-    for (platform::MenuItem& item : items) {
-        addItem(std::move(item));
+    const bool hasSameShape =
+        std::equal(items.begin(), items.end(), items_.begin(), items_.end(),
+                   [](const platform::MenuItem& a, const platform::MenuItem& b) {
+                       return a.isSeparator == b.isSeparator;
+                   });
+    items_ = std::move(items);
+    if (!hasSameShape) {
+        addActions();
+    }
+    const QList<QAction*> actions = menu_.actions();
+    for (std::size_t index = 0; index < items_.size(); ++index) {
+        const platform::MenuItem& item = items_[index];
+        if (!item.isSeparator) {
+            QAction& action = *actions[static_cast<qsizetype>(index)];
+            action.setText(literalText(item.title));
+            action.setEnabled(item.isEnabled);
+            action.setShortcut(shortcut(item));
+        }
     }
 }
 
-void QtMenu::addItem(platform::MenuItem item) {
-    if (item.isSeparator) {
-        menu_.addSeparator();
-        return;
-    }
-    QAction* action = menu_.addAction(literalText(item.title));
-    action->setEnabled(item.isEnabled);
-    action->setShortcut(shortcut(item));
-    action->setShortcutVisibleInContextMenu(true);
-    if (item.action) {
-        QObject::connect(action, &QAction::triggered, action, [perform = std::move(item.action)] {
-            // A copy: the menu may be filled anew, and this entry destroyed, meanwhile.
-            const std::function<void()> kept = perform;
-            kept();
+void QtMenu::addActions() {
+    menu_.clear();
+    for (std::size_t index = 0; index < items_.size(); ++index) {
+        if (items_[index].isSeparator) {
+            menu_.addSeparator();
+            continue;
+        }
+        QAction* action = menu_.addAction(QString());
+        action->setShortcutVisibleInContextMenu(true);
+        QObject::connect(action, &QAction::triggered, action, [this, index] {
+            // A copy: the menu may be filled anew meanwhile.
+            if (const std::function<void()> perform = items_[index].action) {
+                perform();
+            }
         });
     }
 }

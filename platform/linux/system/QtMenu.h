@@ -2,6 +2,7 @@
 
 #include <QMenu>
 #include <functional>
+#include <vector>
 
 #include "platform/UserInterface.h"
 
@@ -18,8 +19,9 @@ class QtMenu final : public platform::Menu {
     QMenu& menu() { return menu_; }
 
   private:
-    void addItem(platform::MenuItem item);
+    void addActions();
 
+    std::vector<platform::MenuItem> items_;
     std::function<void()> needsUpdate_;
     QMenu menu_;
 };

@@ -33,10 +33,14 @@ TrayHost::TrayHost(const platform::Clock& clock, std::function<void()> onReady)
         traySelection_ = x11Atom(connection, "_NET_SYSTEM_TRAY_S0");
     }
     qGuiApp->installNativeEventFilter(this);
-    sessionBus_.observeSignal(
-        "type='signal',interface='org.kde.StatusNotifierWatcher',"
-        "member='StatusNotifierHostRegistered'",
-        [this](sd_bus_message*) { ready_.set({}); });
+    // Some panels announce their host before anybody on the bus can hear it, so the watcher's own
+    // appearance is a reason to ask as well.
+    for (const char* rule : {"type='signal',interface='org.kde.StatusNotifierWatcher',"
+                             "member='StatusNotifierHostRegistered'",
+                             "type='signal',sender='org.freedesktop.DBus',"
+                             "member='NameOwnerChanged',arg0='org.kde.StatusNotifierWatcher'"}) {
+        sessionBus_.observeSignal(rule, [this](sd_bus_message*) { askForNotifierHost(); });
+    }
     askForNotifierHost();
 }
 
