@@ -69,6 +69,7 @@ class Desktop:
         self.environment = {}
         self.folder = None
         self.sound_server = None
+        self._processes = []
 
     def __enter__(self):
         self.folder = pathlib.Path(tempfile.mkdtemp(prefix="tarvik-desktop-"))
@@ -98,6 +99,8 @@ class Desktop:
         self._guardian.stdin.close()
         self._guardian.wait()
         self._guardian.stdout.close()
+        for process in self._processes:
+            process.wait()
 
     def services_log(self):
         """What the parts of the desktop have complained about."""
@@ -111,7 +114,9 @@ class Desktop:
         options.setdefault("stdout", subprocess.DEVNULL)
         with open(self.folder / "services.log", "ab") as log:
             options.setdefault("stderr", log)
-            return subprocess.Popen(arguments, start_new_session=True, **options)
+            process = subprocess.Popen(arguments, start_new_session=True, **options)
+        self._processes.append(process)
+        return process
 
     def end(self, process, deadline=3.0):
         """Ends a program and whatever it started; its exit status."""
@@ -122,6 +127,8 @@ class Desktop:
             process.wait(deadline)
         with contextlib.suppress(ProcessLookupError):
             os.killpg(process.pid, signal.SIGKILL)
+        if process.stdin:
+            process.stdin.close()
         return process.wait()
 
     def run(self, arguments, **options):

@@ -1,0 +1,75 @@
+"""The base of the end-to-end tests: one private desktop a class, the real application on it."""
+
+import os
+import pathlib
+import unittest
+
+from application import Application, write_settings
+from desktop import Desktop
+from keyboard import Keyboard
+from local_service import LocalService
+from microphone import Microphone
+from scripted_service import ScriptedService, make_certificate
+from target import TerminalTarget, WidgetTarget
+from tray import Tray
+
+BINARIES = pathlib.Path(os.environ.get(
+    "TARVIK_BINARIES", pathlib.Path(__file__).parents[2] / "build/default/bin"))
+
+
+class DictationTest(unittest.TestCase):
+    @classmethod
+    def setUpClass(cls):
+        cls.desktop = cls.enterClassContext(Desktop(wm=True, a11y=True, audio=True))
+        cls.keyboard = Keyboard(cls.desktop)
+        cls.microphone = Microphone(cls.desktop.fifo())
+        cls.addClassCleanup(cls.microphone.close)
+        cls.tray = Tray(cls.desktop)
+        cls.addClassCleanup(cls.tray.close)
+
+    def start_scripted_service(self, name="localhost"):
+        """A service whose words the test gives; its certificate is the one that is trusted."""
+        key, certificate = make_certificate(self.desktop.folder / "certificates", name)
+        service = ScriptedService(key, certificate)
+        service.authority = certificate
+        self.addCleanup(service.close)
+        return service
+
+    def start_local_service(self):
+        """The project's own service, which recognises real speech."""
+        service = LocalService(self.desktop, BINARIES)
+        self.addCleanup(lambda: self.assertEqual(service.close(), 0))
+        return service
+
+    def start_application(self, service=None, settings=None, environment=None):
+        """The application with a key, dictating to `service`; it must end cleanly."""
+        values = {"deepgramApiKey": "a-key"}
+        variables = {}
+        if service is not None:
+            values["deepgramHost"] = service.host
+            variables["SSL_CERT_FILE"] = str(service.authority)
+        self.settings_file = write_settings(self.desktop.environment, values | (settings or {}))
+        application = Application(self.desktop, BINARIES, variables | (environment or {}))
+        self.addCleanup(self.end_application, application)
+        return application
+
+    def end_application(self, application):
+        status = application.close()
+        if status != 0:
+            print("\n".join(application.log.lines))
+        self.assertEqual(status, 0, "exit status of the application")
+
+    def start_target(self, toolkit="gtk3", **options):
+        target = WidgetTarget(self.desktop, toolkit, **options)
+        self.addCleanup(target.close)
+        return target
+
+    def start_terminal(self, **options):
+        target = TerminalTarget(self.desktop, **options)
+        self.addCleanup(target.close)
+        return target
+
+    def hold(self):
+        """Presses the hotkey; it goes up again at the end of the test at the latest."""
+        self.addCleanup(self.keyboard.release)
+        self.keyboard.hold()

@@ -1,0 +1,30 @@
+"""The keys of the private desktop, pressed through XTest like those of a real keyboard."""
+
+
+class Keyboard:
+    def __init__(self, desktop):
+        self._desktop = desktop
+
+    def _xdotool(self, *arguments):
+        self._desktop.run(["xdotool", *arguments])
+
+    def hold(self):
+        """Presses Alt+Space and keeps it down."""
+        self._xdotool("keydown", "Alt_L", "keydown", "space")
+
+    def release(self, first="space"):
+        """Lets Alt+Space go, `first` first."""
+        second = "Alt_L" if first == "space" else "space"
+        self._xdotool("keyup", first, "keyup", second)
+
+    def toggle(self):
+        """Taps Alt+Shift+Space."""
+        self._xdotool("keydown", "Alt_L", "keydown", "Shift_L", "key", "space",
+                      "keyup", "Shift_L", "keyup", "Alt_L")
+
+    def press(self, keys):
+        """Taps a key or a combination, such as "ctrl+a"."""
+        self._xdotool("key", keys)
+
+    def type(self, text):
+        self._xdotool("type", text)

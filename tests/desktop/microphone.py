@@ -1,0 +1,96 @@
+"""Somebody who sits at the microphone: silent, and speaking when told to."""
+
+import array
+import os
+import pathlib
+import random
+import subprocess
+import tempfile
+import threading
+import time
+
+from desktop import wait_for
+
+BLOCK = 0.02
+SAMPLE_BYTES = 2
+VOICE = "slt"
+
+
+def spoken(text, rate=16000):
+    """The samples of a sentence, mono, signed 16-bit little-endian."""
+    with tempfile.TemporaryDirectory() as folder:
+        wave = pathlib.Path(folder) / "speech.wav"
+        subprocess.run(["flite", "-voice", VOICE, "-t", text, "-o", wave], check=True)
+        return subprocess.run(
+            ["sox", wave, "-t", "raw", "-r", str(rate), "-c", "1", "-e", "signed", "-b", "16", "-"],
+            check=True, capture_output=True,
+        ).stdout
+
+
+def quiet_noise(rate, seconds=1.0):
+    """What a good microphone delivers in a quiet room."""
+    generator = random.Random(1)
+    return array.array("h", (generator.randint(-6, 6) for _ in range(int(rate * seconds)))).tobytes()
+
+
+def loudest(samples):
+    """The largest amplitude in signed 16-bit samples, 0 to 32768."""
+    values = array.array("h", samples[: len(samples) // SAMPLE_BYTES * SAMPLE_BYTES])
+    return max((abs(value) for value in values), default=0)
+
+
+class Microphone:
+    """Feeds a microphone of the sound server in real time, as a real one does."""
+
+    def __init__(self, fifo, rate=16000):
+        self.rate = rate
+        self._fifo = fifo
+        self._noise = quiet_noise(rate)
+        self._speech = bytearray()
+        self._lock = threading.Lock()
+        self._ended = threading.Event()
+        self._thread = threading.Thread(target=self._feed, daemon=True)
+        self._thread.start()
+
+    def speak(self, text):
+        """Says a sentence, after what is still being said; does not wait. Its length in seconds."""
+        samples = spoken(text, self.rate)
+        self.play(samples)
+        return len(samples) / SAMPLE_BYTES / self.rate
+
+    def play(self, samples):
+        with self._lock:
+            self._speech += samples
+
+    def pause(self, seconds):
+        """Puts a pause after what is still being said."""
+        block = (self._noise * (int(seconds) + 1))[: int(seconds * self.rate) * SAMPLE_BYTES]
+        self.play(block)
+
+    def wait_until_silent(self, deadline=60.0):
+        """Returns when everything was said."""
+        wait_for(lambda: not self._speech, "the end of the speech", deadline)
+
+    def close(self):
+        self._ended.set()
+        self._thread.join()
+
+    def _feed(self):
+        pipe = os.open(self._fifo, os.O_RDWR | os.O_NONBLOCK)
+        start = time.monotonic()
+        delivered = 0
+        while not self._ended.wait(BLOCK):
+            due = int((time.monotonic() - start) * self.rate)
+            try:
+                os.write(pipe, self._next_block((due - delivered) * SAMPLE_BYTES))
+            except BlockingIOError:
+                pass  # The microphone is asleep: sound that nobody takes is lost.
+            delivered = due
+        os.close(pipe)
+
+    def _next_block(self, size):
+        with self._lock:
+            block = bytes(self._speech[:size])
+            del self._speech[:size]
+        rest = size - len(block)
+        return block + (self._noise * (rest // len(self._noise) + 1))[:rest]

@@ -1,0 +1,151 @@
+"""A speech service that says what a test tells it to, over real TLS."""
+
+import asyncio
+import http
+import json
+import socket
+import ssl
+import struct
+import subprocess
+import threading
+import urllib.parse
+
+import websockets
+
+from desktop import wait_for
+
+
+def make_certificate(folder, name="localhost"):
+    """Makes a key and a certificate for `name` that vouches for itself; its two files."""
+    folder.mkdir(exist_ok=True)
+    key, certificate = folder / f"{name}.key", folder / f"{name}.pem"
+    subprocess.run(
+        ["openssl", "req", "-x509", "-newkey", "ec", "-pkeyopt", "ec_paramgen_curve:prime256v1",
+         "-nodes", "-days", "2", "-subj", f"/CN={name}", "-addext", f"subjectAltName=DNS:{name}",
+         "-keyout", str(key), "-out", str(certificate)],
+        check=True, capture_output=True,
+    )
+    return key, certificate
+
+
+def transcript(text, final=True):
+    """The message that carries a piece of transcript."""
+    return json.dumps({
+        "type": "Results", "channel_index": [0, 1], "duration": 1.0, "start": 0.0,
+        "is_final": final, "speech_final": final,
+        "channel": {"alternatives": [{"transcript": text, "confidence": 0.99, "words": []}]},
+    }, ensure_ascii=False)
+
+
+class Stream:
+    """One connection of the application."""
+
+    def __init__(self, service, connection, path):
+        self._service = service
+        self._connection = connection
+        self.query = dict(urllib.parse.parse_qsl(urllib.parse.urlsplit(path).query))
+        self.protocols = connection.request_headers.get("Sec-WebSocket-Protocol")
+        self.audio = bytearray()
+        self.texts = []
+        self.is_closed = False
+
+    def say(self, text, final=True):
+        self.send(transcript(text, final))
+
+    def send(self, message):
+        """Sends a message, text or binary, as it is."""
+        self._service.call(self._connection.send(message))
+
+    def send_bytes(self, data):
+        """Writes bytes past the framing."""
+        self._service.post(lambda: self._connection.transport.write(data))
+
+    def close(self, code=1000, reason=""):
+        self._service.call(self._connection.close(code, reason))
+
+    def reset(self):
+        """Breaks the connection off without a farewell."""
+        def reset():
+            transport = self._connection.transport
+            transport.get_extra_info("socket").setsockopt(
+                socket.SOL_SOCKET, socket.SO_LINGER, struct.pack("ii", 1, 0))
+            transport.abort()
+        self._service.post(reset)
+
+    @property
+    def was_ended(self):
+        """Whether the application has announced the end of its audio."""
+        return '{"type":"CloseStream"}' in self.texts
+
+    async def serve(self):
+        try:
+            async for message in self._connection:
+                if isinstance(message, bytes):
+                    self.audio += message
+                else:
+                    self.texts.append(message)
+                    if self.was_ended and self._service.closes_at_end:
+                        await self._connection.close()
+        except websockets.ConnectionClosedError:
+            pass  # A test breaks connections on purpose; that it is closed is what counts.
+        finally:
+            self.is_closed = True
+
+
+class ScriptedService:
+    """Serves until it is closed. `refusal`, a status and a body, refuses every connection."""
+
+    def __init__(self, key, certificate):
+        self.streams = []
+        self.refusal = None
+        self.closes_at_end = True
+        self._context = ssl.SSLContext(ssl.PROTOCOL_TLS_SERVER)
+        self._context.load_cert_chain(certificate, key)
+        self._loop = asyncio.new_event_loop()
+        self._thread = threading.Thread(target=self._loop.run_forever, daemon=True)
+        self._thread.start()
+        self._server = self.call(self._listen())
+        self.port = self._server.sockets[0].getsockname()[1]
+
+    @property
+    def host(self):
+        return f"localhost:{self.port}"
+
+    def stream(self, number=1, deadline=10.0):
+        """The connection with that number, counted from 1, as soon as it is there."""
+        wait_for(lambda: len(self.streams) >= number, f"connection {number}", deadline)
+        return self.streams[number - 1]
+
+    def call(self, coroutine):
+        return asyncio.run_coroutine_threadsafe(coroutine, self._loop).result(30)
+
+    def post(self, function):
+        self._loop.call_soon_threadsafe(function)
+
+    def close(self):
+        self.call(self._close())
+        self._loop.call_soon_threadsafe(self._loop.stop)
+        self._thread.join()
+        self._loop.close()
+
+    async def _listen(self):
+        return await websockets.serve(
+            self._serve, "localhost", 0, ssl=self._context, subprotocols=["token"],
+            process_request=self._answer_request, family=socket.AF_INET, max_size=None,
+            close_timeout=1,
+        )
+
+    async def _close(self):
+        self._server.close()
+        await self._server.wait_closed()
+
+    async def _answer_request(self, _path, _headers):
+        if self.refusal is None:
+            return None
+        status, body = self.refusal
+        return http.HTTPStatus(status), {"Content-Type": "application/json"}, body.encode()
+
+    async def _serve(self, connection, path):
+        stream = Stream(self, connection, path)
+        self.streams.append(stream)
+        await stream.serve()

@@ -1,0 +1,100 @@
+"""Programs to dictate into, whose text a test can read."""
+
+import os
+import pathlib
+import subprocess
+import threading
+
+from desktop import wait_for
+
+FOLDER = pathlib.Path(__file__).parent / "targets"
+# Shows that the terminal runs, then keeps every byte as it comes.
+TERMINAL_SCRIPT = 'stty raw -echo; echo ready > "$0.ready"; exec cat > "$0"'
+
+
+class Target:
+    """What the kinds of targets have in common: a window and a file with the text."""
+
+    count = 0
+
+    def __init__(self, desktop, title):
+        Target.count += 1
+        self._desktop = desktop
+        self.title = title or f"target {Target.count}"
+        self.out = desktop.folder / f"target-{Target.count}.txt"
+
+    @property
+    def text(self):
+        return self.out.read_text(encoding="utf-8", errors="replace") if self.out.exists() else ""
+
+    def wait_for_text(self, expected, deadline=5.0):
+        try:
+            wait_for(lambda: self.text == expected, f"the text {expected!r}", deadline)
+        except TimeoutError as error:
+            raise AssertionError(f"{error}; there is {self.text!r}") from None
+
+    @property
+    def is_active(self):
+        active = self._desktop.run(["xdotool", "getactivewindow"], check=False).strip()
+        return active == self.window
+
+    def activate(self):
+        """Puts the window in front, as a click on it does."""
+        self._desktop.run(["xdotool", "windowactivate", "--sync", self.window])
+
+    def close(self):
+        return self._desktop.end(self.process)
+
+    def _find_window(self):
+        self.window = wait_for(
+            lambda: self._desktop.run(
+                ["xdotool", "search", "--onlyvisible", "--name", f"^{self.title}$"], check=False
+            ).strip(),
+            f"the window “{self.title}”", needs=self.process,
+        )
+        wait_for(lambda: self.is_active, f"“{self.title}” in front", needs=self.process)
+
+
+class WidgetTarget(Target):
+    """A window of a toolkit ("gtk3", "gtk4", "qt6") with one text widget; see targets/."""
+
+    def __init__(self, desktop, toolkit, title=None, environment=None, **options):
+        super().__init__(desktop, title)
+        arguments = [f"{FOLDER}/{toolkit}_target.py", "--out", self.out, "--title", self.title]
+        for name, value in options.items():
+            option = "--" + name.replace("_", "-")
+            arguments += [option] if value is True else [option, str(value)]
+        self.process = desktop.spawn(
+            ["/usr/bin/python3", *arguments], env=desktop.environment | (environment or {}),
+            stdin=subprocess.PIPE, stdout=subprocess.PIPE, text=True,
+        )
+        self._answers = []
+        threading.Thread(target=self._read, daemon=True).start()
+        wait_for(lambda: "ready" in self._answers, "the focus of " + self.title,
+                 needs=self.process)
+        self._find_window()
+
+    def _read(self):
+        with self.process.stdout as lines:
+            for line in lines:
+                self._answers.append(line.strip())
+
+    def tell(self, command):
+        """Has the target carry out a command of its standard input."""
+        before = self._answers.count("done")
+        self.process.stdin.write(command + "\n")
+        self.process.stdin.flush()
+        wait_for(lambda: self._answers.count("done") > before, "the target's " + command)
+
+
+class TerminalTarget(Target):
+    """A terminal, whose text no accessibility interface can change."""
+
+    def __init__(self, desktop, title=None):
+        super().__init__(desktop, title)
+        self.process = desktop.spawn(
+            ["xterm", "-u8", "-title", self.title, "-e", "sh", "-c", TERMINAL_SCRIPT,
+             str(self.out)],
+        )
+        wait_for(lambda: os.path.exists(f"{self.out}.ready"), "the terminal", needs=self.process)
+        self._find_window()

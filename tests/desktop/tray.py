@@ -1,0 +1,86 @@
+"""A panel without a picture: takes the status icon and tells what it shows."""
+
+import threading
+
+import gi
+
+gi.require_version("Gio", "2.0")
+from gi.repository import Gio, GLib  # noqa: E402
+
+from desktop import wait_for  # noqa: E402
+
+WATCHER = "org.kde.StatusNotifierWatcher"
+ITEM = "org.kde.StatusNotifierItem"
+
+INTERFACE = f"""<node><interface name="{WATCHER}">
+  <method name="RegisterStatusNotifierItem"><arg type="s" direction="in"/></method>
+  <method name="RegisterStatusNotifierHost"><arg type="s" direction="in"/></method>
+  <property name="RegisteredStatusNotifierItems" type="as" access="read"/>
+  <property name="IsStatusNotifierHostRegistered" type="b" access="read"/>
+  <property name="ProtocolVersion" type="i" access="read"/>
+  <signal name="StatusNotifierItemRegistered"><arg type="s"/></signal>
+  <signal name="StatusNotifierItemUnregistered"><arg type="s"/></signal>
+  <signal name="StatusNotifierHostRegistered"/>
+</interface></node>"""
+
+
+def is_red(red, green, blue):
+    return red > 180 and green < 110 and blue < 110
+
+
+class Tray:
+    def __init__(self, desktop):
+        self._items = []
+        self._loop = GLib.MainLoop()
+        self._bus = Gio.DBusConnection.new_for_address_sync(
+            desktop.environment["DBUS_SESSION_BUS_ADDRESS"],
+            Gio.DBusConnectionFlags.AUTHENTICATION_CLIENT
+            | Gio.DBusConnectionFlags.MESSAGE_BUS_CONNECTION, None, None)
+        self._bus.register_object(
+            "/StatusNotifierWatcher", Gio.DBusNodeInfo.new_for_xml(INTERFACE).interfaces[0],
+            self._called, self._asked, None)
+        threading.Thread(target=self._loop.run, daemon=True).start()
+        self._bus.call_sync(
+            "org.freedesktop.DBus", "/org/freedesktop/DBus", "org.freedesktop.DBus", "RequestName",
+            GLib.Variant("(su)", (WATCHER, 4)), None, Gio.DBusCallFlags.NONE, -1, None)
+
+    def _called(self, _bus, sender, _path, _interface, method, parameters, invocation):
+        if method == "RegisterStatusNotifierItem":
+            # An item gives its bus name, or only a path on the connection that it calls from.
+            (service,) = parameters.unpack()
+            self._items.append((sender, service if service.startswith("/")
+                                else "/StatusNotifierItem"))
+        invocation.return_value(None)
+
+    def _asked(self, _bus, _sender, _path, _interface, name):
+        return {
+            "RegisteredStatusNotifierItems":
+                GLib.Variant("as", [bus + path for bus, path in self._items]),
+            "IsStatusNotifierHostRegistered": GLib.Variant("b", True),
+            "ProtocolVersion": GLib.Variant("i", 0),
+        }[name]
+
+    def _property(self, name):
+        bus, path = wait_for(lambda: self._items, "the status icon")[-1]
+        return self._bus.call_sync(
+            bus, path, "org.freedesktop.DBus.Properties", "Get",
+            GLib.Variant("(ss)", (ITEM, name)), None, Gio.DBusCallFlags.NONE, 5000, None,
+        ).unpack()[0]
+
+    @property
+    def shows_recording(self):
+        """Whether the icon is red."""
+        _, _, pixels = max(self._property("IconPixmap"))
+        # Four bytes a pixel: opacity, red, green, blue.
+        drawn = [pixels[i + 1:i + 4] for i in range(0, len(pixels), 4) if pixels[i] > 200]
+        if not drawn:
+            raise AssertionError("the status icon is empty")
+        return sum(is_red(*pixel) for pixel in drawn) > len(drawn) // 2
+
+    def wait_for_icon(self, recording, deadline=5.0):
+        wait_for(lambda: self.shows_recording == recording,
+                 "the red icon" if recording else "the idle icon", deadline)
+
+    def close(self):
+        self._bus.close_sync(None)
+        self._loop.quit()
