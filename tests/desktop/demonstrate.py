@@ -1,0 +1,135 @@
+#!/usr/bin/python3
+"""Shows a dictation on a private desktop: the real application, service, hotkey and text editor.
+
+usage: demonstrate.py BINARIES FOLDER
+
+Leaves screenshots and the transcript in FOLDER.
+"""
+
+import pathlib
+import shutil
+import sys
+
+from application import Application, write_settings
+from desktop import Desktop, wait_for
+from keyboard import Keyboard
+from local_service import LocalService
+from microphone import Microphone
+
+LOOK = pathlib.Path(__file__).parent / "demonstration"
+SIZE = (1120, 700)
+WINDOW = (760, 400)
+SENTENCES = (
+    "the quick brown fox jumps over the lazy dog",
+    "this text was spoken and not typed",
+)
+PAUSE = 1.0
+ESTABLISHED = "01"
+
+
+def furnish(desktop):
+    """Gives the desktop a background, a panel and the look of the toolkits."""
+    config = pathlib.Path(desktop.environment["XDG_CONFIG_HOME"])
+    # The editor's settings are read from a file here.
+    desktop.environment["GSETTINGS_BACKEND"] = "keyfile"
+    for source, destination in (
+        ("gtk-settings.ini", "gtk-3.0/settings.ini"),
+        ("gtk-settings.ini", "gtk-4.0/settings.ini"),
+        ("gsettings.ini", "glib-2.0/settings/keyfile"),
+        ("xfce4-panel.xml", "xfce4/xfconf/xfce-perchannel-xml/xfce4-panel.xml"),
+    ):
+        (config / destination).parent.mkdir(parents=True, exist_ok=True)
+        shutil.copy(LOOK / source, config / destination)
+    desktop.run(["hsetroot", "-add", "#d9a58a", "-add", "#5b7fa6", "-add", "#24395c",
+                 "-gradient", "160"])
+    desktop.spawn(["xfce4-panel", "--disable-wm-check"])
+    wait_for(lambda: desktop.run(
+        ["xdotool", "search", "--onlyvisible", "--class", "xfce4-panel"], check=False),
+        "the panel")
+
+
+class Editor:
+    """A text editor with an empty document."""
+
+    def __init__(self, desktop):
+        self._desktop = desktop
+        self._file = pathlib.Path(desktop.environment["HOME"]) / "Notes.txt"
+        self._file.touch()
+        process = desktop.spawn(["gnome-text-editor", self._file])
+        self._window = wait_for(
+            lambda: self._desktop.run(
+                ["xdotool", "search", "--onlyvisible", "--name", "Notes.txt"], check=False).strip(),
+            "the editor", needs=process)
+        width, height = WINDOW
+        left, top = (SIZE[0] - width) // 2, (SIZE[1] - height) // 2
+        desktop.run(["xdotool", "windowactivate", "--sync", self._window,
+                     "windowsize", "--sync", self._window, str(width), str(height),
+                     "windowmove", self._window, str(left), str(top)])
+
+    def saved_text(self):
+        """Has the editor save its document; the text of it."""
+        self._desktop.run(["xdotool", "key", "ctrl+s"])
+        return self._file.read_text().strip()
+
+
+def picture(desktop, path):
+    desktop.run(["import", "-window", "root", path])
+    desktop.run(["optipng", "-quiet", path])
+
+
+def is_streaming(service):
+    """Whether anybody is connected to the service."""
+    port = f":{int(service.host.rpartition(':')[2]):04X}"
+    for table in ("/proc/net/tcp", "/proc/net/tcp6"):
+        for line in pathlib.Path(table).read_text().splitlines()[1:]:
+            _, local, _, state, *_ = line.split()
+            if local.endswith(port) and state == ESTABLISHED:
+                return True
+    return False
+
+
+def demonstrate(binaries, folder):
+    with Desktop(wm=True, a11y=True, audio=True, size="{}x{}".format(*SIZE)) as desktop:
+        print("A private desktop is running; nobody sees it.", flush=True)
+        furnish(desktop)
+        service = LocalService(desktop, binaries)
+        write_settings(desktop.environment,
+                       {"deepgramApiKey": "local", "deepgramHost": service.host})
+        microphone = Microphone(desktop.fifo())
+        editor = Editor(desktop)
+        application = Application(desktop, binaries, {"SSL_CERT_FILE": str(service.authority)})
+        keyboard = Keyboard(desktop)
+        picture(desktop, folder / "1-before.png")
+
+        print("Holding Alt+Space and speaking …", flush=True)
+        keyboard.hold()
+        application.log.wait_for("startRecording")
+        for sentence in SENTENCES:
+            microphone.speak(sentence)
+            microphone.pause(PAUSE)
+        microphone.wait_until_silent()
+        picture(desktop, folder / "2-speaking.png")
+        keyboard.release()
+        print("Let go.", flush=True)
+        application.log.wait_for("audio.stop")
+        wait_for(lambda: not is_streaming(service), "the end of the stream")
+        text = wait_for(editor.saved_text, "text in the editor")
+        picture(desktop, folder / "3-after.png")
+        (folder / "transcript.txt").write_text(text + "\n")
+        microphone.close()
+        return text
+
+
+def main():
+    binaries, folder = pathlib.Path(sys.argv[1]).resolve(), pathlib.Path(sys.argv[2])
+    folder.mkdir(exist_ok=True)
+    text = demonstrate(binaries, folder.resolve())
+    print("Spoken:")
+    for sentence in SENTENCES:
+        print("  " + sentence)
+    print(f"Arrived in the text editor:\n  {text}")
+    print(f"Screenshots and the transcript are in {folder}/.")
+
+
+if __name__ == "__main__":
+    main()
