@@ -1,0 +1,186 @@
+"""Measurements of the real application on a private desktop."""
+
+import contextlib
+import dataclasses
+import os
+import pathlib
+import select
+import socket
+import subprocess
+import threading
+import time
+
+from application import Application, write_settings
+from desktop import Desktop, wait_for
+from microphone import Microphone
+from scripted_service import ScriptedService, make_certificate
+from target import WidgetTarget
+from xtest import XTest
+
+REPETITIONS = 20
+TEXTS = {
+    "English": "The quick brown fox jumps over the lazy dog, twice a day, ok",
+    "many scripts": "Zażółć gęślą jaźń — Привет, мир! 日本語のテスト 😀🎉 done, I hope.",
+}
+SETTLED = "TarvikDictate: audio.stop"
+
+
+def milliseconds(since):
+    return (time.monotonic() - since) * 1000
+
+
+@contextlib.contextmanager
+def running_application(binaries, host=None, authority=None, **parts):
+    """The application on a desktop of its own; yields both and the service, scripted unless a host is
+    given."""
+    with Desktop(wm=True, **parts) as desktop, contextlib.ExitStack() as stack:
+        service = None
+        if host is None:
+            key, authority = make_certificate(desktop.folder / "certificates")
+            service = ScriptedService(key, authority)
+            stack.callback(service.close)
+            host = service.host
+        write_settings(desktop.environment, {"deepgramApiKey": "a-key", "deepgramHost": host})
+        application = Application(desktop, binaries, {"SSL_CERT_FILE": str(authority or "")})
+        stack.callback(application.close)
+        yield desktop, application, service
+
+
+def hotkey_to_connect(binaries):
+    """Milliseconds from the key going down to the connection's arrival at the service's address."""
+    samples = []
+    with socket.create_server(("127.0.0.1", 0), backlog=64) as listener:
+        host = f"127.0.0.1:{listener.getsockname()[1]}"
+        with running_application(binaries, host, a11y=True, audio=True) as (desktop, application, _):
+            target = WidgetTarget(desktop, "gtk3")
+            keys = XTest(desktop.environment["DISPLAY"])
+            for _ in range(REPETITIONS):
+                seen = len(application.log)
+                keys.press("Alt_L")
+                pressed = time.monotonic()
+                keys.press("space")
+                connection, _ = listener.accept()
+                samples.append(milliseconds(pressed))
+                keys.release("space")
+                keys.release("Alt_L")
+                application.log.wait_for(SETTLED, since=seen)
+                connection.close()
+            target.close()
+    return samples
+
+
+def time_until_visible(target, piece, action, deadline=10.0):
+    """Milliseconds from the beginning of `action` until the target's text has grown by the bytes of
+    `piece` (at the most until the deadline), and whether it has grown by that very text."""
+    before = target.text
+    wanted = len((before + piece).encode())
+    begin = seen = time.monotonic()
+    action()
+    # Looked at without a pause: a pause would be part of the result.
+    while seen < begin + deadline and os.stat(target.out).st_size < wanted:
+        seen = time.monotonic()
+    return (seen - begin) * 1000, target.text == before + piece
+
+
+def final_message_to_text(binaries, text):
+    """For each way of getting `text` into a GTK text area: its name, the milliseconds it took, and how
+    often the text was right."""
+    with running_application(binaries, a11y=True, audio=True) as (desktop, application, service):
+        target = WidgetTarget(desktop, "gtk3")
+        keys = XTest(desktop.environment["DISPLAY"])
+        keys.press("Alt_L")
+        keys.press("space")
+        stream = service.stream()
+        wait_for(lambda: len(stream.audio) > 0, "sound at the service")
+        # Pieces after the first one of a recording are preceded by a blank.
+        stream.say("First.")
+        target.wait_for_text("First.")
+        dictated = [time_until_visible(target, " " + text, lambda: stream.say(text))
+                    for _ in range(REPETITIONS)]
+        keys.release("space")
+        keys.release("Alt_L")
+        application.log.wait_for(SETTLED)
+        typed = [time_until_visible(
+            target, text, lambda: desktop.spawn(["xdotool", "type", text])) for _ in range(3)]
+        target.close()
+    for way, runs in (("dictated", dictated), ("xdotool type", typed)):
+        yield way, [taken for taken, _ in runs], sum(right for _, right in runs)
+
+
+def processor_time(pid):
+    """Seconds of processor time that the process has used."""
+    fields = pathlib.Path(f"/proc/{pid}/stat").read_text().rpartition(")")[2].split()
+    return (int(fields[11]) + int(fields[12])) / os.sysconf("SC_CLK_TCK")
+
+
+def wakeups(pid):
+    """How often the threads of the process have gone to sleep by themselves."""
+    return sum(
+        int(line.split()[1])
+        for status in pathlib.Path(f"/proc/{pid}/task").glob("*/status")
+        for line in status.read_text().splitlines() if line.startswith("voluntary_ctxt_switches")
+    )
+
+
+def memory(pid):
+    """Resident and private memory in KiB."""
+    sizes = {}
+    for line in pathlib.Path(f"/proc/{pid}/smaps_rollup").read_text().splitlines()[1:]:
+        name, value = line.split(":")
+        sizes[name] = int(value.split()[0])
+    return {"Rss": sizes["Rss"], "Private": sizes["Private_Clean"] + sizes["Private_Dirty"]}
+
+
+@dataclasses.dataclass
+class RecordingFigures:
+    processor_seconds: float
+    idle_wakeups: int
+    idle: dict
+    recording: dict
+
+
+def recording(binaries):
+    """What a minute of recording costs, and what idling does."""
+    with running_application(binaries, a11y=True, audio=True) as (desktop, application, service):
+        target = WidgetTarget(desktop, "gtk3")
+        microphone = Microphone(desktop.fifo())
+        # The setup window of an ordinary launch is asked for 4 s after the start; idling begins later.
+        application.log.wait_for("setup window requested")
+        before = wakeups(application.pid)
+        time.sleep(30)
+        idle_wakeups = wakeups(application.pid) - before
+        idle = memory(application.pid)
+        keys = XTest(desktop.environment["DISPLAY"])
+        for key in ("Alt_L", "Shift_L", "space"):
+            keys.press(key)
+        for key in ("space", "Shift_L", "Alt_L"):
+            keys.release(key)
+        stream = service.stream()
+        wait_for(lambda: len(stream.audio) > 0, "sound at the service")
+        used = processor_time(application.pid)
+        # A minute with a sentence every five seconds, which also keeps the recording from ending.
+        for number in range(12):
+            time.sleep(5)
+            stream.say(f"This is sentence number {number} of a minute.")
+        seconds = processor_time(application.pid) - used
+        during = memory(application.pid)
+        microphone.close()
+        target.close()
+    return RecordingFigures(seconds, idle_wakeups, idle, during)
+
+
+def start(binaries):
+    """Milliseconds from starting the process to its report that the hotkeys are registered."""
+    samples = []
+    with Desktop(wm=True, a11y=True, audio=True) as desktop:
+        write_settings(desktop.environment, {"deepgramApiKey": "a-key"})
+        for _ in range(REPETITIONS):
+            begin = time.monotonic()
+            process = desktop.spawn([binaries / "tarvik-dictate"], stderr=subprocess.PIPE, text=True)
+            for line in process.stderr:
+                if "tap-to-toggle registered" in line:
+                    samples.append(milliseconds(begin))
+                    break
+            threading.Thread(target=process.stderr.read, daemon=True).start()
+            desktop.end(process)
+    return samples
