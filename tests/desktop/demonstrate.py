@@ -20,8 +20,9 @@ LOOK = pathlib.Path(__file__).parent / "demonstration"
 SIZE = (1120, 700)
 WINDOW = (760, 400)
 SENTENCES = (
-    "the quick brown fox jumps over the lazy dog",
-    "this text was spoken and not typed",
+    "good morning it is a beautiful day to write a letter",
+    "i am speaking and my computer is writing",
+    "the words appear in your text editor",
 )
 PAUSE = 1.0
 ESTABLISHED = "01"
@@ -116,7 +117,7 @@ def demonstrate(binaries, folder):
         text = wait_for(editor.saved_text, "text in the editor")
         picture(desktop, folder / "3-after.png")
         (folder / "transcript.txt").write_text(text + "\n")
-        microphone.close()
+        microphone.pull_out()
         return text
 
 

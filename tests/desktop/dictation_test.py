@@ -23,7 +23,7 @@ class DictationTest(unittest.TestCase):
         cls.desktop = cls.enterClassContext(Desktop(wm=True, a11y=True, audio=True))
         cls.keyboard = Keyboard(cls.desktop)
         cls.microphone = Microphone(cls.desktop.fifo())
-        cls.addClassCleanup(cls.microphone.close)
+        cls.addClassCleanup(cls.microphone.pull_out)
         cls.tray = Tray(cls.desktop)
         cls.addClassCleanup(cls.tray.close)
 

@@ -48,15 +48,22 @@ class Microphone:
         self._noise = quiet_noise(rate)
         self._speech = bytearray()
         self._lock = threading.Lock()
+        self.plug_in()
+
+    def plug_in(self):
+        """Begins to feed the sound server's pipe, which has to be there."""
         self._ended = threading.Event()
         self._thread = threading.Thread(target=self._feed, daemon=True)
         self._thread.start()
 
+    def pull_out(self):
+        """Feeds the pipe no longer."""
+        self._ended.set()
+        self._thread.join()
+
     def speak(self, text):
-        """Says a sentence, after what is still being said; does not wait. Its length in seconds."""
-        samples = spoken(text, self.rate)
-        self.play(samples)
-        return len(samples) / SAMPLE_BYTES / self.rate
+        """Says a sentence, after what is still being said; does not wait."""
+        self.play(spoken(text, self.rate))
 
     def play(self, samples):
         with self._lock:
@@ -64,16 +71,16 @@ class Microphone:
 
     def pause(self, seconds):
         """Puts a pause after what is still being said."""
-        block = (self._noise * (int(seconds) + 1))[: int(seconds * self.rate) * SAMPLE_BYTES]
-        self.play(block)
+        size = int(seconds * self.rate) * SAMPLE_BYTES
+        self.play((self._noise * (size // len(self._noise) + 1))[:size])
+
+    @property
+    def is_silent(self):
+        """Whether everything was said."""
+        return not self._speech
 
     def wait_until_silent(self, deadline=60.0):
-        """Returns when everything was said."""
-        wait_for(lambda: not self._speech, "the end of the speech", deadline)
-
-    def close(self):
-        self._ended.set()
-        self._thread.join()
+        wait_for(lambda: self.is_silent, "the end of the speech", deadline)
 
     def _feed(self):
         pipe = os.open(self._fifo, os.O_RDWR | os.O_NONBLOCK)

@@ -1,0 +1,90 @@
+#!/usr/bin/python3
+"""Real speech, recognised by the local service, into a text editor."""
+
+import difflib
+import unittest
+
+from dictation_test import DictationTest
+from desktop import wait_for
+
+FIRST = "the quick brown fox jumps over the lazy dog"
+SECOND = "i will answer it tomorrow morning"
+# Longer than the pause that ends an utterance.
+PAUSE = 1.2
+DEADLINE = 20.0
+# Recognition is not perfect: this part of the words has to be right, in order.
+SIMILARITY = 0.75
+
+
+def words(text):
+    return "".join(c for c in text.lower() if c.isalnum() or c == " ").split()
+
+
+def similarity(sentence, text):
+    return difflib.SequenceMatcher(None, words(sentence), words(text)).ratio()
+
+
+class Dictation(DictationTest):
+    def setUp(self):
+        self.service = self.start_local_service()
+        self.application = self.start_application(self.service)
+
+    def wait_until_heard(self, target, *sentences):
+        """Returns when the sentences stand in the target, nearly word for word and to the end."""
+        spoken = " ".join(sentences)
+        try:
+            wait_for(lambda: words(target.text)[-1:] == words(spoken)[-1:]
+                     and similarity(spoken, target.text) >= SIMILARITY,
+                     f"the words “{spoken}”", DEADLINE)
+        except TimeoutError as error:
+            raise AssertionError(f"{error}; there is {target.text!r}") from None
+
+    def check_spaces(self, text):
+        self.assertEqual(text, " ".join(text.split()), "pieces separated by one space")
+
+    def test_two_sentences_while_the_keys_are_held(self):
+        target = self.start_target("gtk3")
+        self.hold()
+        self.application.log.wait_for("startRecording (session=1)")
+        self.tray.wait_for_icon(recording=True)
+        self.microphone.speak(FIRST)
+        self.microphone.pause(PAUSE)
+        self.microphone.speak(SECOND)
+        self.microphone.wait_until_silent()
+        # The second sentence is still on its way when the keys go up.
+        self.keyboard.release()
+        self.tray.wait_for_icon(recording=False)
+        self.wait_until_heard(target, FIRST, SECOND)
+        self.check_spaces(target.text)
+
+    def test_long_form_dictation_is_switched_on_and_off(self):
+        target = self.start_target("gtk3")
+        self.keyboard.toggle()
+        self.application.log.wait_for("startRecording (session=1)")
+        self.tray.wait_for_icon(recording=True)
+        self.microphone.speak(FIRST)
+        self.microphone.wait_until_silent()
+        self.assertEqual(self.application.log.count("stopRecording"), 0)
+        self.keyboard.toggle()
+        self.application.log.wait_for("stopRecording (session=1)")
+        self.application.log.wait_for("audio.stop (session=1)")
+        self.wait_until_heard(target, FIRST)
+
+    def test_a_second_recording_within_the_delay_keeps_the_microphone(self):
+        target = self.start_target("gtk3")
+        self.hold()
+        self.application.log.wait_for("startRecording (session=1)")
+        self.keyboard.release()
+        self.keyboard.hold()
+        self.application.log.wait_for("startRecording (session=2)")
+        self.application.log.wait_for("deferred-stop SKIPPED — session 1 superseded by 2")
+        self.microphone.speak(FIRST)
+        self.microphone.wait_until_silent()
+        self.keyboard.release()
+        self.application.log.wait_for("audio.stop (session=2)")
+        self.wait_until_heard(target, FIRST)
+        self.assertEqual(self.application.log.count("audio.stop (session=1)"), 0)
+
+
+if __name__ == "__main__":
+    unittest.main()

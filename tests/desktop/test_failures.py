@@ -1,0 +1,231 @@
+#!/usr/bin/python3
+"""What the application does when something is missing, refused, broken or nonsense."""
+
+import json
+import os
+import signal
+import socket
+import time
+import unittest
+
+from dictation_test import DictationTest
+from desktop import wait_for
+from scripted_service import make_certificate, transcript
+
+DEFERRED = "audio.stop (session=1)"
+ERROR = "Deepgram error: "
+
+
+class Unreachable:
+    """A port on which nobody listens, as a service."""
+
+    def __init__(self, authority):
+        with socket.socket() as probe:
+            probe.bind(("127.0.0.1", 0))
+            self.host = f"localhost:{probe.getsockname()[1]}"
+        self.authority = authority
+
+
+class MissingParts(DictationTest):
+    def test_without_a_key_nothing_is_recorded_and_the_key_is_asked_for(self):
+        service = self.start_scripted_service()
+        application = self.start_application(service, settings={"deepgramApiKey": ""})
+        self.hold()
+        prompt = wait_for(
+            lambda: self.desktop.run(
+                ["xdotool", "search", "--onlyvisible", "--name", "^Tarvik Dictate$"], check=False
+            ).strip(), "the prompt")
+        self.keyboard.release()
+        self.desktop.run(["xdotool", "windowactivate", "--sync", prompt])
+        self.keyboard.type("typed-key")
+        self.keyboard.press("Return")
+        wait_for(lambda: "deepgramApiKey=typed-key" in self.settings_file.read_text(),
+                 "the stored key")
+        self.assertEqual(application.log.count("startRecording"), 0)
+        self.assertEqual(service.streams, [])
+        self.assertFalse(self.tray.shows_recording)
+        self.hold()
+        self.assertEqual(service.stream().protocols.replace(" ", ""), "token,typed-key")
+
+    def test_a_service_that_is_down_is_logged_and_the_silence_limit_stops(self):
+        _, certificate = make_certificate(self.desktop.folder / "certificates")
+        application = self.start_application(Unreachable(certificate))
+        self.keyboard.toggle()
+        application.log.wait_for(ERROR)
+        self.tray.wait_for_icon(recording=True)
+        application.log.wait_for("Deepgram WS open timeout (5s) — connect failed", deadline=8)
+        self.assertTrue(self.tray.shows_recording)
+        application.log.wait_for("auto-stop (silence 3", deadline=45)
+        application.log.wait_for("stopRecording (session=1)")
+        self.tray.wait_for_icon(recording=False)
+        application.log.wait_for(DEFERRED)
+        self.assertEqual(application.log.count(ERROR), 1)
+
+    def test_a_key_of_several_lines_is_refused_with_a_clear_error(self):
+        service = self.start_scripted_service()
+        application = self.start_application(
+            service, settings={"deepgramApiKey": r'"a-key\r\nX-Other: 1"'})
+        self.hold()
+        application.log.wait_for(ERROR)
+        self.assertEqual(service.streams, [])
+        self.keyboard.release()
+        application.log.wait_for(DEFERRED)
+
+    def test_a_stored_value_of_the_wrong_type_reads_as_absent(self):
+        service = self.start_scripted_service()
+        application = self.start_application(
+            service, settings={"totalDictationSeconds": "many", "lastWelcomeShownForVersion":
+                               "@Variant(xyz)"})
+        self.hold()
+        service.stream()
+        self.keyboard.release()
+        application.log.wait_for(DEFERRED)
+
+    def test_a_settings_file_that_cannot_be_written_stays_whole(self):
+        service = self.start_scripted_service()
+        application = self.start_application(service, settings={"lastWelcomeShownForVersion": "0"})
+        wait_for(lambda: "loginItemAutoConfigured=true" in self.settings_file.read_text(),
+                 "the first settings")
+        before = self.settings_file.read_bytes()
+        # Root may write anywhere, but not below a file.
+        folder = self.settings_file.parent
+        aside = folder.with_name("aside")
+        folder.rename(aside)
+        folder.write_text("in the way")
+        try:
+            self.hold()
+            application.log.wait_for("startRecording")
+            service.stream()
+            time_of_start = time.monotonic()
+            wait_for(lambda: time.monotonic() - time_of_start > 1.1, "a second of usage")
+            self.keyboard.release()
+            application.log.wait_for("settings cannot be saved")
+        finally:
+            folder.unlink()
+            aside.rename(folder)
+        self.assertEqual(self.settings_file.read_bytes(), before)
+
+
+class BadService(DictationTest):
+    def begin(self, service):
+        self.target = self.start_target("gtk3")
+        self.application = self.start_application(service)
+        self.hold()
+
+    def check_one_error_and_a_clean_stop(self, part=""):
+        line = self.application.log.wait_for(ERROR)
+        self.assertIn(part, line)
+        self.tray.wait_for_icon(recording=True)
+        self.keyboard.release()
+        self.tray.wait_for_icon(recording=False)
+        self.application.log.wait_for(DEFERRED)
+        self.assertEqual(self.application.log.count(ERROR), 1)
+
+    def check_the_next_recording(self, service):
+        self.keyboard.hold()
+        service.stream(len(service.streams) + 1).say("Works again")
+        self.target.wait_for_text("Works again")
+        self.keyboard.release()
+
+    def test_messages_that_make_no_sense_are_dropped(self):
+        service = self.start_scripted_service()
+        self.begin(service)
+        stream = service.stream()
+        stream.say("One")
+        for message in (
+            "no json", "", "[]", "null", '"text"', "{", transcript("cut")[:-5],
+            b"\xff\xfe\x00 not text", transcript("bad \udcff").encode("utf-8", "surrogateescape"),
+            "[" * 1000 + "]" * 1000, '{"a":' * 1000 + "1" + "}" * 1000,
+            json.dumps({"is_final": True, "channel": {"alternatives": []}}),
+            json.dumps({"is_final": True, "channel": {"alternatives": [{"transcript": 5}]}}),
+            json.dumps({"is_final": True, "channel": {"alternatives": [{"transcript": ""}]}}),
+            json.dumps({"padding": "x" * (16 * 1024 * 1024 - 100)}),
+            "x" * (16 * 1024 * 1024),
+        ):
+            stream.send(message)
+        stream.say("two")
+        self.target.wait_for_text("One two", deadline=15)
+        self.assertEqual(self.application.log.count(ERROR), 0)
+
+    def test_a_certificate_that_does_not_verify_ends_the_connection(self):
+        service = self.start_scripted_service()
+        _, service.authority = make_certificate(self.desktop.folder / "other-certificates")
+        self.begin(service)
+        self.check_one_error_and_a_clean_stop("certificate")
+        self.assertEqual(service.streams, [])
+
+    def test_a_certificate_for_another_host_ends_the_connection(self):
+        service = self.start_scripted_service("elsewhere.example")
+        self.begin(service)
+        self.check_one_error_and_a_clean_stop("certificate")
+        self.assertEqual(service.streams, [])
+
+    def test_a_refused_upgrade_is_logged_with_status_and_body(self):
+        service = self.start_scripted_service()
+        service.refusal = (401, '{"err_msg":"Invalid credentials."}')
+        self.begin(service)
+        self.check_one_error_and_a_clean_stop("Invalid credentials.")
+        self.assertIn("401", self.application.log.wait_for(ERROR))
+        service.refusal = None
+        self.check_the_next_recording(service)
+
+    def test_a_reset_connection_is_one_error(self):
+        service = self.start_scripted_service()
+        self.begin(service)
+        service.stream().reset()
+        self.check_one_error_and_a_clean_stop()
+        self.check_the_next_recording(service)
+
+    def test_a_frame_that_breaks_the_protocol_is_one_error(self):
+        service = self.start_scripted_service()
+        self.begin(service)
+        service.stream().send_bytes(b"\xff\xff\xff\xff")
+        self.check_one_error_and_a_clean_stop()
+        self.check_the_next_recording(service)
+
+
+class BadTargets(DictationTest):
+    def setUp(self):
+        self.service = self.start_scripted_service()
+        self.application = self.start_application(self.service)
+
+    def test_a_target_that_hangs_holds_nothing_up(self):
+        hanging = self.start_target("gtk3", title="hanging")
+        self.hold()
+        stream = self.service.stream()
+        os.kill(hanging.process.pid, signal.SIGSTOP)
+        self.addCleanup(os.kill, hanging.process.pid, signal.SIGCONT)
+        begin = time.monotonic()
+        stream.say("Lost in there")
+        # The main thread answers the key only when the write is over.
+        self.keyboard.release()
+        self.application.log.wait_for("stopRecording (session=1)")
+        self.assertLess(time.monotonic() - begin, 1.0)
+        self.application.log.wait_for("audio.stop (session=1)")
+
+        other = self.start_target("gtk3", title="other")
+        self.keyboard.hold()
+        self.service.stream(2).say("Normal")
+        other.wait_for_text("Normal")
+
+    def test_a_target_that_dies_holds_nothing_up(self):
+        dying = self.start_target("gtk3", title="dying")
+        self.hold()
+        stream = self.service.stream()
+        os.kill(dying.process.pid, signal.SIGKILL)
+        dying.process.wait()
+        begin = time.monotonic()
+        stream.say("Nobody is there")
+        self.keyboard.release()
+        self.application.log.wait_for("stopRecording (session=1)")
+        self.assertLess(time.monotonic() - begin, 1.0)
+        self.application.log.wait_for("audio.stop (session=1)")
+
+        other = self.start_target("gtk3", title="other")
+        self.keyboard.hold()
+        self.service.stream(2).say("Normal")
+        other.wait_for_text("Normal")
+
+
+if __name__ == "__main__":
+    unittest.main()

@@ -1,0 +1,72 @@
+#!/usr/bin/python3
+"""The private desktop itself: what it passes on, what it hides, and that it leaves nothing."""
+
+import os
+import pathlib
+import signal
+import subprocess
+import unittest
+
+from desktop import wait_for
+from guardian import MARK, marked_processes
+
+WRAPPER = pathlib.Path(__file__).parent / "private-desktop"
+EVERYTHING = ("--x11", "--wm", "--a11y", "--audio")
+
+
+def run(command, *parts):
+    return subprocess.run([WRAPPER, *parts, "--", "sh", "-c", command], capture_output=True,
+                          text=True, timeout=30)
+
+
+class PrivateDesktop(unittest.TestCase):
+    def test_the_exit_status_is_the_command_s(self):
+        self.assertEqual(run("exit 0").returncode, 0)
+        self.assertEqual(run("exit 7").returncode, 7)
+        self.assertEqual(run("kill -ABRT $$").returncode, 128 + signal.SIGABRT)
+
+    def test_every_part_is_there_when_the_command_starts(self):
+        result = run(
+            "xdotool getmouselocation && xprop -root _NET_SUPPORTING_WM_CHECK && "
+            "pactl get-default-source && dbus-send --session --print-reply --dest=org.a11y.Bus "
+            "/org/a11y/bus org.freedesktop.DBus.Properties.Get string:org.a11y.Status "
+            "string:IsEnabled", *EVERYTHING)
+        self.assertEqual(result.returncode, 0, result.stderr)
+        self.assertIn("window id", result.stdout)
+        self.assertIn("vmic", result.stdout)
+        self.assertIn("boolean true", result.stdout)
+
+    def test_nothing_of_the_user_s_session_is_seen(self):
+        os.environ["TARVIK_TEST_SECRET"] = "visible"
+        self.addCleanup(os.environ.pop, "TARVIK_TEST_SECRET")
+        variables = dict(line.partition("=")[::2] for line in run("env").stdout.splitlines())
+        self.assertNotIn("TARVIK_TEST_SECRET", variables)
+        self.assertNotIn("DISPLAY", variables)
+        for name in ("HOME", "XDG_RUNTIME_DIR", "XDG_CONFIG_HOME"):
+            self.assertTrue(variables[name].startswith(variables[MARK]), variables[name])
+
+    def start_and_interrupt(self, interrupt):
+        process = subprocess.Popen(
+            [WRAPPER, *EVERYTHING, "--", "sh", "-c", f"echo ${MARK}; sleep 60 & sleep 60"],
+            stdout=subprocess.PIPE, text=True)
+        with process.stdout:
+            folder = process.stdout.readline().strip()
+        self.assertGreater(len(list(self.left_over(folder))), 5)
+        process.send_signal(interrupt)
+        process.wait()
+        wait_for(lambda: not os.path.exists(folder), "the end of the desktop")
+        self.assertEqual(list(self.left_over(folder)), [])
+        return process.returncode
+
+    def left_over(self, folder):
+        return marked_processes(f"{MARK}={folder}".encode())
+
+    def test_nothing_is_left_when_it_is_ended(self):
+        self.assertEqual(self.start_and_interrupt(signal.SIGTERM), 128 + signal.SIGTERM)
+
+    def test_nothing_is_left_when_it_is_killed(self):
+        self.assertEqual(self.start_and_interrupt(signal.SIGKILL), -signal.SIGKILL)
+
+
+if __name__ == "__main__":
+    unittest.main()

@@ -1,0 +1,112 @@
+#!/usr/bin/python3
+"""Text typed into programs whose text fields are not accessible."""
+
+import unittest
+
+from dictation_test import DictationTest
+from desktop import wait_for
+
+MIXED = "Hold: Zażółć, мир, 日本語 😀 ok!"
+
+
+class Typing(DictationTest):
+    def setUp(self):
+        self.service = self.start_scripted_service()
+        self.application = self.start_application(self.service)
+
+    def dictate(self, *pieces):
+        self.hold()
+        stream = self.service.stream(len(self.service.streams) + 1)
+        for piece in pieces:
+            stream.say(piece)
+        return stream
+
+    def test_text_is_typed_into_a_terminal_while_the_keys_are_held(self):
+        target = self.start_terminal()
+        self.dictate(MIXED, "second piece")
+        target.wait_for_text(MIXED + " second piece")
+        self.assertNotIn("stopRecording", "\n".join(self.application.log.lines))
+        self.keyboard.release()
+        self.application.log.wait_for("stopRecording (session=1)")
+        # The window manager's own menu, also on Alt+Space, would swallow this.
+        self.keyboard.type("typed by hand")
+        target.wait_for_text(MIXED + " second piecetyped by hand")
+
+    def test_text_is_typed_after_the_release(self):
+        self.service.closes_at_end = False
+        target = self.start_terminal()
+        stream = self.dictate()
+        self.keyboard.release()
+        self.application.log.wait_for("audio.stop (session=1)")
+        stream.say(MIXED)
+        target.wait_for_text(MIXED)
+
+    def test_no_shortcut_fires_in_a_program_with_a_menu_bar(self):
+        target = self.start_target("gtk3", menu_bar=True, environment={"NO_AT_BRIDGE": "1"})
+        text = "fFqQ File Quit " + MIXED
+        self.dictate(text)
+        target.wait_for_text(text)
+        self.assertIsNone(target.process.poll())
+
+    def test_long_text_is_typed_whole(self):
+        target = self.start_terminal()
+        text = " ".join(f"Wörd{number}" for number in range(60))
+        self.dictate(text)
+        target.wait_for_text(text, deadline=15)
+
+    def test_caps_lock_and_num_lock_change_nothing(self):
+        for key in ("Caps_Lock", "Num_Lock"):
+            self.keyboard.press(key)
+            self.addCleanup(self.keyboard.press, key)
+        target = self.start_terminal()
+        self.dictate("Mixed Case 123")
+        target.wait_for_text("Mixed Case 123")
+        self.keyboard.release()
+        self.application.log.wait_for("stopRecording")
+
+    def test_it_works_again_after_a_layout_switch(self):
+        target = self.start_terminal()
+        self.addCleanup(self.desktop.run, ["setxkbmap", "us"])
+        for number, layout in enumerate(("de", "ru", "us"), start=1):
+            self.desktop.run(["setxkbmap", layout])
+            # The window manager takes the combination back when the layout changes; ours follows.
+            self.press_until_recording(number)
+            stream = self.service.stream(number)
+            text = f"{layout}: yz {MIXED}"
+            before = target.text
+            stream.say(text)
+            target.wait_for_text(before + text)
+            self.keyboard.release()
+            self.application.log.wait_for(f"audio.stop (session={number})")
+
+    def press_until_recording(self, number):
+        started = f"startRecording (session={number})"
+
+        def starts():
+            self.keyboard.hold()
+            try:
+                self.application.log.wait_for(started, deadline=0.5)
+                return True
+            except AssertionError:
+                self.keyboard.release()
+                self.keyboard.press("Escape")
+                return False
+
+        self.addCleanup(self.keyboard.release)
+        wait_for(starts, started)
+
+    def test_typed_text_never_lands_in_another_window(self):
+        first = self.start_terminal(title="first")
+        second = self.start_terminal(title="second")
+        first.activate()
+        stream = self.dictate("Here")
+        first.wait_for_text("Here")
+        second.activate()
+        stream.say("and not there")
+        first.wait_for_text("Here and not there")
+        self.assertEqual(second.text, "")
+        wait_for(lambda: second.is_active, "the focus back where the user has put it")
+
+
+if __name__ == "__main__":
+    unittest.main()
