@@ -1,5 +1,7 @@
 #include "platform/linux/accessibility/Accessible.h"
 
+#include <string_view>
+
 namespace tarvik::linuxdesktop::accessible {
 
 std::optional<States> statesIn(sd_bus_message* answer) {
@@ -24,16 +26,17 @@ std::optional<std::vector<BusObject>> childrenIn(sd_bus_message* answer) {
     return children;
 }
 
-std::optional<std::vector<std::string>> interfacesIn(sd_bus_message* answer) {
-    std::vector<std::string> interfaces;
+std::optional<bool> isEditableTextIn(sd_bus_message* answer) {
     if (sd_bus_message_enter_container(answer, SD_BUS_TYPE_ARRAY, "s") <= 0) {
         return std::nullopt;
     }
     const char* name = nullptr;
     while (sd_bus_message_read(answer, "s", &name) > 0) {
-        interfaces.emplace_back(name);
+        if (std::string_view(name) == editableTextInterface) {
+            return true;
+        }
     }
-    return interfaces;
+    return false;
 }
 
 }  // namespace tarvik::linuxdesktop::accessible

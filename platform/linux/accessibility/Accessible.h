@@ -38,9 +38,10 @@ class States {
     std::uint64_t bits_;
 };
 
-/// The answers of GetState, GetChildren and GetInterfaces; empty for an error or another type.
+/// The answers of GetState and GetChildren; empty for an error or another type.
 std::optional<States> statesIn(sd_bus_message* answer);
 std::optional<std::vector<BusObject>> childrenIn(sd_bus_message* answer);
-std::optional<std::vector<std::string>> interfacesIn(sd_bus_message* answer);
+/// Whether the answer of GetInterfaces names the changing of text; empty as above.
+std::optional<bool> isEditableTextIn(sd_bus_message* answer);
 
 }  // namespace tarvik::linuxdesktop::accessible

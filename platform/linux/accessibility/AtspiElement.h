@@ -42,6 +42,9 @@ class AtspiElement final : public platform::AXUIElement {
 
     const std::shared_ptr<AtspiApplication> application;
     const std::string path;
+    /// Whether it offers to have its text changed; empty until it has told. It belongs to the
+    /// bus's thread.
+    std::optional<bool> isEditableText;
 };
 
 }  // namespace tarvik::linuxdesktop

@@ -28,7 +28,7 @@ void FocusSearch::ask() {
         ask(widget);
     }
     if (inFlight_ == 0) {
-        finish(std::nullopt);
+        finish({std::nullopt, waiting_.empty()});
     }
 }
 
@@ -54,13 +54,13 @@ void FocusSearch::askForChildren(const BusObject& widget) {
 void FocusSearch::onStates(const BusObject& widget, sd_bus_message* answer) {
     --inFlight_;
     if (!onDone_ || isSilence(answer)) {
-        finish(std::nullopt);
+        finish({std::nullopt, false});
         return;
     }
     // A widget that is gone by now answers an error; the others are asked all the same.
     if (const auto states = accessible::statesIn(answer)) {
         if (states->contains(State::focused)) {
-            finish(widget.path);
+            finish({widget.path});
             return;
         }
         // Some toolkits set only one of the two for what is on the screen.
@@ -75,10 +75,15 @@ void FocusSearch::onStates(const BusObject& widget, sd_bus_message* answer) {
 void FocusSearch::onChildren(const BusObject& widget, sd_bus_message* answer) {
     --inFlight_;
     if (!onDone_ || isSilence(answer)) {
-        finish(std::nullopt);
+        finish({std::nullopt, false});
         return;
     }
     const auto children = accessible::childrenIn(answer);
+    if (!children && asked_ == 0) {
+        // The window itself is gone, or is not there yet: some programs tell of their focus first.
+        finish({std::nullopt, false});
+        return;
+    }
     for (const BusObject& child : children.value_or(std::vector<BusObject>())) {
         // What another program shows inside this window is that program's own.
         if (child.owner == widget.owner) {
@@ -88,9 +93,9 @@ void FocusSearch::onChildren(const BusObject& widget, sd_bus_message* answer) {
     ask();
 }
 
-void FocusSearch::finish(std::optional<std::string> path) {
-    if (OnDone done = std::exchange(onDone_, nullptr)) {
-        done(std::move(path));
+void FocusSearch::finish(Result result) {
+    if (const OnDone done = std::exchange(onDone_, nullptr)) {
+        done(result);
     }
 }
 

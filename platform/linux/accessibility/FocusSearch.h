@@ -16,8 +16,13 @@ namespace tarvik::linuxdesktop {
 /// and gives up on a program that does not answer and on a window with very many widgets.
 class FocusSearch final : public std::enable_shared_from_this<FocusSearch> {
   public:
-    /// Gets the path of the widget, or nothing.
-    using OnDone = std::function<void(std::optional<std::string>)>;
+    struct Result {
+        /// Of the widget.
+        std::optional<std::string> path;
+        /// Without a path: nothing in the window has the focus. Otherwise it could not be told.
+        bool isConclusive = true;
+    };
+    using OnDone = std::function<void(const Result&)>;
 
     /// Starts a search below `window`; `onDone` is called once, inside a later dispatch() of `bus`,
     /// unless that is destroyed first.
@@ -31,7 +36,7 @@ class FocusSearch final : public std::enable_shared_from_this<FocusSearch> {
     void askForChildren(const BusObject& widget);
     void onStates(const BusObject& widget, sd_bus_message* answer);
     void onChildren(const BusObject& widget, sd_bus_message* answer);
-    void finish(std::optional<std::string> path);
+    void finish(Result result);
 
     MessageBus& bus_;
     OnDone onDone_;

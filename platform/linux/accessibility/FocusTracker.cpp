@@ -199,9 +199,16 @@ void FocusTracker::examineWindow(const BusObject& window) {
 
 void FocusTracker::setFocus(Program& program, const std::string& path) {
     program.news = ++news_;
-    if (!program.focus || program.focus->path != path) {
-        program.focus = std::make_shared<AtspiElement>(program.application, path);
+    if (program.focus && program.focus->path == path) {
+        return;
     }
+    program.focus = std::make_shared<AtspiElement>(program.application, path);
+    // Asked now, it need not be asked while somebody waits for a text to arrive.
+    bus_.call(
+        bus_.newCall(program.focus->object(), accessible::accessibleInterface, "GetInterfaces"),
+        patience, [element = program.focus](sd_bus_message* answer) {
+            element->isEditableText = accessible::isEditableTextIn(answer);
+        });
 }
 
 void FocusTracker::checkFocus(const BusObject& window, bool isSameWindow) {

@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <chrono>
 #include <utility>
-#include <vector>
 
 #include "base/Text.h"
 #include "platform/linux/accessibility/CallBatch.h"
@@ -20,7 +19,7 @@ using std::chrono::steady_clock;
 namespace {
 
 // A program that takes longer for harmless questions would leave no time to see the text arrive.
-constexpr milliseconds patienceForQuestions{250};
+constexpr milliseconds patienceForQuestions{300};
 // Some programs take a text over a little after they have said so.
 constexpr milliseconds patienceForArrival{200};
 constexpr milliseconds pauseBetweenLooks{20};
@@ -32,7 +31,7 @@ bool isYes(sd_bus_message* answer) {
 
 }  // namespace
 
-TextWrite::TextWrite(MessageBus& bus, const AtspiElement& element, const std::string& text,
+TextWrite::TextWrite(MessageBus& bus, AtspiElement& element, const std::string& text,
                      std::function<void(const std::string&)> onTrouble)
     : bus_(bus),
       element_(element),
@@ -60,20 +59,43 @@ AXError TextWrite::run(MessageBus::Moment deadline) {
 }
 
 AXError TextWrite::inspect() {
-    CallBatch questions(bus_, std::min(deadline_, steady_clock::now() + patienceForQuestions));
-    questions.add(newAccessibleCall("GetState"),
-                  [this](sd_bus_message* answer) { states_ = accessible::statesIn(answer); });
-    questions.add(newAccessibleCall("GetInterfaces"), [this](sd_bus_message* answer) {
-        const auto interfaces =
-            accessible::interfacesIn(answer).value_or(std::vector<std::string>());
-        isEditableText_ = std::find(interfaces.begin(), interfaces.end(), editableTextInterface) !=
-                          interfaces.end();
-    });
-    askForSelection(questions);
-    questions.add(newTextProperty("CaretOffset"),
-                  [this](sd_bus_message* answer) { caret_ = integerIn(answer); });
-    questions.add(newTextProperty("CharacterCount"),
-                  [this](sd_bus_message* answer) { count_ = integerIn(answer); });
+    const MessageBus::Moment limit =
+        std::min(deadline_, steady_clock::now() + patienceForQuestions);
+    if (!askWhatItIs(limit)) {
+        return declareUnreliable("does not answer");
+    }
+    if (!element_.isEditableText) {
+        return platform::axErrorInvalidUIElement;
+    }
+    if (!*element_.isEditableText) {
+        return platform::axErrorAttributeUnsupported;
+    }
+    if (element_.application->toolkit.empty()) {
+        // Not known what it counts a text in; a wrong guess would put rubbish into the text.
+        return platform::axErrorCannotComplete;
+    }
+    if (!askForText(limit)) {
+        return declareUnreliable("does not answer");
+    }
+    if (!states_ || !count_) {
+        return platform::axErrorInvalidUIElement;
+    }
+    if (!states_->contains(State::editable) || states_->contains(State::readOnly)) {
+        return platform::axErrorAttributeUnsupported;
+    }
+    offset_ = selectionEnd_ > selectionStart_ ? selectionStart_ : caret_.value_or(-1);
+    countBefore_ = *count_ - (selectionEnd_ - selectionStart_);
+    // A text that does not hold the caret has no place to insert.
+    return offset_ >= 0 && countBefore_ >= 0 ? platform::axErrorSuccess : platform::axErrorNoValue;
+}
+
+bool TextWrite::askWhatItIs(MessageBus::Moment limit) {
+    CallBatch questions(bus_, limit);
+    if (!element_.isEditableText) {
+        questions.add(newAccessibleCall("GetInterfaces"), [this](sd_bus_message* answer) {
+            element_.isEditableText = accessible::isEditableTextIn(answer);
+        });
+    }
     if (element_.application->toolkit.empty()) {
         questions.add(bus_.newPropertyCall(element_.application->root(),
                                            accessible::applicationInterface, "ToolkitName"),
@@ -81,24 +103,19 @@ AXError TextWrite::inspect() {
                           element_.application->toolkit = textIn(answer).value_or("");
                       });
     }
-    if (!questions.await()) {
-        return declareUnreliable("does not answer");
-    }
-    if (!states_) {
-        return platform::axErrorInvalidUIElement;
-    }
-    if (!isEditableText_ || !count_ || !states_->contains(State::editable) ||
-        states_->contains(State::readOnly)) {
-        return platform::axErrorAttributeUnsupported;
-    }
-    if (element_.application->toolkit.empty()) {
-        // Not known what it counts a text in; a wrong guess would put rubbish into the text.
-        return platform::axErrorCannotComplete;
-    }
-    offset_ = selectionEnd_ > selectionStart_ ? selectionStart_ : caret_.value_or(-1);
-    countBefore_ = *count_ - (selectionEnd_ - selectionStart_);
-    // A text that does not hold the caret has no place to insert.
-    return offset_ >= 0 ? platform::axErrorSuccess : platform::axErrorNoValue;
+    return questions.await();
+}
+
+bool TextWrite::askForText(MessageBus::Moment limit) {
+    CallBatch questions(bus_, limit);
+    questions.add(newAccessibleCall("GetState"),
+                  [this](sd_bus_message* answer) { states_ = accessible::statesIn(answer); });
+    askForSelection(questions);
+    questions.add(newTextProperty("CaretOffset"),
+                  [this](sd_bus_message* answer) { caret_ = integerIn(answer); });
+    questions.add(newTextProperty("CharacterCount"),
+                  [this](sd_bus_message* answer) { count_ = integerIn(answer); });
+    return questions.await();
 }
 
 void TextWrite::askForSelection(CallBatch& questions) {
@@ -240,10 +257,16 @@ void TextWrite::deleteInserted(std::int64_t length) {
 }
 
 void TextWrite::moveCaret(std::int64_t offset) {
-    if (caret_ != offset) {
-        bus_.send(bus_.newCall(object_, textInterface, "SetCaretOffset", "i",
-                               static_cast<std::int32_t>(offset)));
+    if (caret_ == offset) {
+        return;
     }
+    // Awaited, so that it does not come after what the user does next; but the text is right
+    // whatever the answer is.
+    CallBatch move(bus_, deadline_);
+    move.add(bus_.newCall(object_, textInterface, "SetCaretOffset", "i",
+                          static_cast<std::int32_t>(offset)),
+             [](sd_bus_message* /*answer*/) {});
+    move.await();
 }
 
 BusMessage TextWrite::newAccessibleCall(const char* member) {

@@ -25,7 +25,7 @@ class TextWrite {
   public:
     /// All outlives the write; `onTrouble` gets a line for the log, for what the user should hear
     /// of.
-    TextWrite(MessageBus& bus, const AtspiElement& element, const std::string& text,
+    TextWrite(MessageBus& bus, AtspiElement& element, const std::string& text,
               std::function<void(const std::string&)> onTrouble);
 
     /// Writes, and answers as Accessibility::setAttributeValue does, by `deadline`.
@@ -35,6 +35,8 @@ class TextWrite {
 
   private:
     platform::AXError inspect();
+    bool askWhatItIs(MessageBus::Moment limit);
+    bool askForText(MessageBus::Moment limit);
     void askForSelection(CallBatch& questions);
     platform::AXError deleteSelection();
     platform::AXError insert();
@@ -57,14 +59,13 @@ class TextWrite {
     bool isCountedInUnits() const;
 
     MessageBus& bus_;
-    const AtspiElement& element_;
+    AtspiElement& element_;
     const BusObject object_;
     const std::string& text_;
     std::function<void(const std::string&)> onTrouble_;
     MessageBus::Moment deadline_;
 
     std::optional<accessible::States> states_;
-    bool isEditableText_ = false;
     bool hasSelection_ = false;
     // Wider than what a program can send, so that no nonsense from it overflows.
     std::int64_t selectionStart_ = 0;
