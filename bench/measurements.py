@@ -164,7 +164,7 @@ def recording(binaries):
             stream.say(f"This is sentence number {number} of a minute.")
         seconds = processor_time(application.pid) - used
         during = memory(application.pid)
-        microphone.close()
+        microphone.pull_out()
         target.close()
     return RecordingFigures(seconds, idle_wakeups, idle, during)
 
