@@ -27,6 +27,7 @@ void SimulatedWebSocketTask::resume() {
     {
         const std::lock_guard lock(mutex_);
         ++resumes_;
+        operations_.emplace_back("resume");
         if (state_ != State::created) {
             return;
         }
@@ -48,6 +49,7 @@ void SimulatedWebSocketTask::resume() {
 
 void SimulatedWebSocketTask::send(WebSocketMessage message, SendHandler handler) {
     const std::lock_guard lock(mutex_);
+    operations_.emplace_back("send");
     switch (state_) {
         case State::created:
         case State::connecting:
@@ -80,6 +82,7 @@ void SimulatedWebSocketTask::queueTransmission(WebSocketMessage message, SendHan
 void SimulatedWebSocketTask::receive(ReceiveHandler handler) {
     const std::lock_guard lock(mutex_);
     ++receives_;
+    operations_.emplace_back("receive");
     if (!inbox_.empty()) {
         // Before anything that was scripted after the message, the close above all.
         surroundings_.queue->submitFirst(
@@ -103,6 +106,7 @@ void SimulatedWebSocketTask::cancel(int closeCode) {
     {
         const std::lock_guard lock(mutex_);
         cancels_.push_back(closeCode);
+        operations_.emplace_back("cancel");
         inbox_.clear();
     }
     queueEnd({ECANCELED, "The operation was cancelled"});
@@ -307,6 +311,11 @@ int SimulatedWebSocketTask::mostWaitingReceives() const {
 int SimulatedWebSocketTask::resumes() const {
     const std::lock_guard lock(mutex_);
     return resumes_;
+}
+
+std::vector<std::string> SimulatedWebSocketTask::operations() const {
+    const std::lock_guard lock(mutex_);
+    return operations_;
 }
 
 }  // namespace tarvik::simulated

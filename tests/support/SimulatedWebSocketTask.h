@@ -73,6 +73,8 @@ class SimulatedWebSocketTask final : public platform::WebSocketTask,
     /// The most receives that ever waited at once.
     int mostWaitingReceives() const;
     int resumes() const;
+    /// What was asked of the task, in order: "resume", "send", "receive", "cancel".
+    std::vector<std::string> operations() const;
 
     /// Ends the task without a word.
     void abandon();
@@ -107,6 +109,7 @@ class SimulatedWebSocketTask final : public platform::WebSocketTask,
     int receives_ = 0;
     int mostWaitingReceives_ = 0;
     int resumes_ = 0;
+    std::vector<std::string> operations_;
 };
 
 }  // namespace tarvik::simulated

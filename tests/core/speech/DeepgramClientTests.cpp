@@ -57,9 +57,10 @@ TEST(Client, HostThatGivesNoAddressIsLoggedAndNothingElseHappens) {
     EXPECT_EQ(test.platform.log().lines().size(), 1U);
 }
 
-TEST(Client, FirstReceiveIsArmedBeforeTheSocketOpens) {
+TEST(Client, FirstReceiveIsArmedRightAfterTheStartAndBeforeTheSocketOpens) {
     ClientUnderTest test;
     test.connect();
+    EXPECT_EQ(test.task().operations(), Lines({"resume", "receive"}));
     EXPECT_TRUE(test.task().hasWaitingReceive());
 }
 
@@ -396,6 +397,19 @@ TEST(Client, SecondConnectDropsTheFirstCompletionUncalledAndCancelsNothing) {
     test.platform.advance(Seconds(10));
     EXPECT_EQ(test.events, Lines({"second"}));
     EXPECT_TRUE(firstTask.cancels().empty());
+}
+
+TEST(Client, AfterTheCloseDeadlineItIsNotOpenEvenWhenItIsConnectedAnew) {
+    ClientUnderTest test;
+    test.connectAndOpen();
+    test.finish();
+    test.platform.advance(Seconds(2));
+    test.connect();
+    test.finish("at once");
+    EXPECT_EQ(test.count("at once"), 1);
+    test.client->send("ab");
+    test.open();
+    EXPECT_TRUE(test.task().sent().empty());
 }
 
 TEST(Client, GivenUpByItsOwnerItStillMeetsItsDeadlinesWithItsSession) {
