@@ -230,20 +230,20 @@ void FocusTracker::checkFocus(const BusObject& window, bool isSameWindow) {
 }
 
 void FocusTracker::searchFocus(const BusObject& window, bool isSameWindow) {
-    FocusSearch::start(bus_, window,
-                       [this, window, isSameWindow, asked = program(window.owner).news](
-                           const std::optional<std::string>& path) {
-                           const auto known = programs_.find(window.owner);
-                           if (known == programs_.end() || known->second.news != asked) {
-                               return;
-                           }
-                           if (path) {
-                               setFocus(known->second, *path);
-                           } else if (!isSameWindow) {
-                               known->second.focus.reset();
-                           }
-                           publish();
-                       });
+    const auto onDone = [this, window, isSameWindow,
+                         asked = program(window.owner).news](const FocusSearch::Result& found) {
+        const auto known = programs_.find(window.owner);
+        if (known == programs_.end() || known->second.news != asked) {
+            return;
+        }
+        if (found.path) {
+            setFocus(known->second, *found.path);
+        } else if (found.isConclusive && !isSameWindow) {
+            known->second.focus.reset();
+        }
+        publish();
+    };
+    FocusSearch::start(bus_, window, onDone);
 }
 
 void FocusTracker::publish() {
