@@ -43,7 +43,8 @@ class AudioInputNode {
     /// runs. At most one tap a bus.
     virtual void installTapOnBus(std::uint32_t bus, std::uint32_t bufferSize,
                                  const AudioFormat& format, AudioTapBlock block) = 0;
-    /// Once this has returned, the block is not called again.
+    /// Delivers what has been collected so far as a last, shorter buffer, on the calling thread and
+    /// inside the call; once this has returned, the block is not called again.
     virtual void removeTapOnBus(std::uint32_t bus) = 0;
 };
 
