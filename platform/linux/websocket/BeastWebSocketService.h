@@ -1,17 +1,17 @@
 #pragma once
 
-#include <chrono>
 #include <memory>
 #include <vector>
 
 #include "platform/Log.h"
 #include "platform/WebSocket.h"
+#include "platform/linux/websocket/SessionTiming.h"
 
 namespace tarvik::linuxdesktop {
 
-class BeastWebSocketSession;
+class SessionState;
 class SessionThreads;
-class WebSocketSurroundings;
+struct SessionSurroundings;
 
 /// Web sockets over TLS by Boost.Beast and OpenSSL.
 ///
@@ -25,16 +25,9 @@ class WebSocketSurroundings;
 /// service; they do nothing any more.
 class BeastWebSocketService final : public platform::WebSocketService {
   public:
-    struct Timing {
-        /// How long a delegate is held after the end of its connection.
-        std::chrono::milliseconds delegateLinger{10'000};
-        /// How long the farewell of a connection may take before it is cut.
-        std::chrono::milliseconds farewell{1'000};
-    };
-
     /// `log` takes lines on any thread until the service is gone.
     explicit BeastWebSocketService(platform::Log& log);
-    BeastWebSocketService(platform::Log& log, Timing timing);
+    BeastWebSocketService(platform::Log& log, SessionTiming timing);
     ~BeastWebSocketService() override;
 
     std::shared_ptr<platform::WebSocketSession> makeSession(
@@ -42,8 +35,8 @@ class BeastWebSocketService final : public platform::WebSocketService {
 
   private:
     const std::shared_ptr<SessionThreads> threads_;
-    const std::shared_ptr<const WebSocketSurroundings> surroundings_;
-    std::vector<std::weak_ptr<BeastWebSocketSession>> sessions_;
+    const std::shared_ptr<const SessionSurroundings> surroundings_;
+    std::vector<std::weak_ptr<SessionState>> sessions_;
 };
 
 }  // namespace tarvik::linuxdesktop

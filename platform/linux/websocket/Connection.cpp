@@ -1,0 +1,122 @@
+#include "platform/linux/websocket/Connection.h"
+
+#include <boost/asio/error.hpp>
+#include <boost/beast/core/stream_traits.hpp>
+#include <utility>
+
+#include "platform/linux/websocket/NetworkError.h"
+
+namespace tarvik::linuxdesktop {
+
+namespace {
+
+namespace beast = boost::beast;
+namespace websocket = beast::websocket;
+using boost::system::error_code;
+using platform::WebSocketMessage;
+
+// A header and its payload, up to this size, leave as one TLS record by one system call: Beast
+// joins up to 16 KiB, and a header has 14 bytes.
+constexpr std::size_t writePiece = 16 * 1024 - 16;
+
+// The frame had no code (RFC 6455, 7.1.5).
+constexpr int noStatusReceived = 1005;
+
+Error lostConnection(const error_code& failure) {
+    return networkError("The connection to the service was lost", failure);
+}
+
+}  // namespace
+
+Connection::Connection(boost::asio::ip::tcp::socket socket, boost::asio::ssl::context& context,
+                       std::chrono::milliseconds farewell)
+    : stream_(std::move(socket), context),
+      farewellLimit_(stream_.get_executor()),
+      farewell_(farewell) {
+    stream_.binary(true);
+    stream_.auto_fragment(false);
+    stream_.write_buffer_bytes(writePiece);
+    stream_.read_message_max(longestMessage);
+}
+
+void Connection::open(CloseHandler onClose) {
+    // Only the farewell is limited: an idle connection costs no wake-ups.
+    websocket::stream_base::timeout timeouts{};
+    timeouts.handshake_timeout = farewell_;
+    timeouts.idle_timeout = websocket::stream_base::none();
+    timeouts.keep_alive_pings = false;
+    stream_.set_option(timeouts);
+    // The stream belongs to this object.
+    stream_.control_callback(
+        [this, onClose = std::move(onClose)](websocket::frame_type kind, beast::string_view) {
+            if (kind != websocket::frame_type::close) {
+                return;
+            }
+            hasCloseFrame_ = true;
+            beginFarewell();
+            const websocket::close_reason& reason = stream_.reason();
+            onClose(reason.code == websocket::close_code::none ? noStatusReceived : reason.code,
+                    std::string(reason.reason.data(), reason.reason.size()));
+        });
+}
+
+void Connection::read(ReadHandler handler) {
+    payload_.clear();
+    buffer_.emplace(payload_, longestMessage);
+    stream_.async_read(
+        *buffer_, [self = shared_from_this(), handler = std::move(handler)](
+                      const error_code& failure, std::size_t) { self->onRead(failure, handler); });
+}
+
+void Connection::onRead(const error_code& failure, const ReadHandler& handler) {
+    if (failure) {
+        cut();
+        handler(lostConnection(failure));
+        return;
+    }
+    handler(WebSocketMessage{stream_.next_layer().kinds().take(), std::exchange(payload_, {})});
+}
+
+void Connection::write(WebSocketMessage message, WriteHandler handler) {
+    stream_.binary(message.kind == WebSocketMessage::Kind::data);
+    const auto bytes = std::make_shared<std::string>(std::move(message.bytes));
+    stream_.async_write(boost::asio::buffer(*bytes), [self = shared_from_this(), bytes,
+                                                      handler = std::move(handler)](
+                                                         const error_code& failure, std::size_t) {
+        handler(failure ? std::optional(lostConnection(failure)) : std::nullopt);
+    });
+}
+
+void Connection::close(int code) {
+    if (hasCloseFrame_) {
+        return;
+    }
+    if (!stream_.is_open()) {
+        cut();
+        return;
+    }
+    beginFarewell();
+    stream_.async_close(static_cast<websocket::close_code>(code),
+                        [self = shared_from_this()](const error_code&) { self->cut(); });
+}
+
+void Connection::beginFarewell() {
+    farewellLimit_.expires_after(farewell_);
+    farewellLimit_.async_wait([self = shared_from_this()](const error_code& failure) {
+        if (!failure) {
+            self->cut();
+        }
+    });
+}
+
+void Connection::cut() {
+    farewellLimit_.cancel();
+    error_code ignored;  // A socket that cannot be closed was closed already.
+    beast::get_lowest_layer(stream_).close(ignored);
+}
+
+bool Connection::isAftermath(const Error& error) {
+    return error.code == boost::asio::error::operation_aborted;
+}
+
+}  // namespace tarvik::linuxdesktop

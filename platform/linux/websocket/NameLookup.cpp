@@ -1,0 +1,70 @@
+#include "platform/linux/websocket/NameLookup.h"
+
+#include <netdb.h>
+
+#include <cerrno>
+#include <cstring>
+#include <system_error>
+#include <thread>
+#include <utility>
+
+namespace tarvik::linuxdesktop {
+
+namespace {
+
+using boost::asio::ip::tcp;
+using Addresses = Result<std::vector<tcp::endpoint>>;
+
+struct AddressListDeleter {
+    void operator()(addrinfo* list) const { freeaddrinfo(list); }
+};
+
+Addresses askSystem(const std::string& host, std::uint16_t port) {
+    addrinfo hints{};
+    hints.ai_family = AF_UNSPEC;
+    hints.ai_socktype = SOCK_STREAM;
+    addrinfo* found = nullptr;
+    const int failure = getaddrinfo(host.c_str(), std::to_string(port).c_str(), &hints, &found);
+    if (failure != 0) {
+        const int code = failure == EAI_SYSTEM ? errno : 0;
+        const std::string reason =
+            failure == EAI_SYSTEM ? std::generic_category().message(code) : gai_strerror(failure);
+        return Error{code, "The host " + host + " was not found: " + reason};
+    }
+    const std::unique_ptr<addrinfo, AddressListDeleter> list(found);
+    std::vector<tcp::endpoint> endpoints;
+    for (const addrinfo* entry = list.get(); entry != nullptr; entry = entry->ai_next) {
+        tcp::endpoint endpoint;
+        if (entry->ai_addrlen <= endpoint.capacity()) {
+            std::memcpy(endpoint.data(), entry->ai_addr, entry->ai_addrlen);
+            endpoint.resize(entry->ai_addrlen);
+            endpoints.push_back(endpoint);
+        }
+    }
+    return endpoints;
+}
+
+}  // namespace
+
+void lookUpHost(SerialThread& thread, const std::string& host, std::uint16_t port,
+                LookupCompletion completion) {
+    boost::system::error_code isName;
+    const auto address = boost::asio::ip::make_address(host, isName);
+    if (!isName) {
+        completion(std::vector{tcp::endpoint(address, port)});
+        return;
+    }
+    try {
+        std::thread([weakThread = thread.weak_from_this(), host, port, completion] {
+            auto addresses = askSystem(host, port);
+            if (const auto strongThread = weakThread.lock()) {
+                strongThread->post(
+                    [completion, addresses = std::move(addresses)] { completion(addresses); });
+            }
+        }).detach();
+    } catch (const std::system_error& failure) {
+        completion(Error{failure.code().value(), "No thread for looking up " + host});
+    }
+}
+
+}  // namespace tarvik::linuxdesktop

@@ -1,0 +1,56 @@
+#include "platform/linux/websocket/RequestHeaders.h"
+
+#include <algorithm>
+#include <cctype>
+#include <cerrno>
+#include <string_view>
+
+namespace tarvik::linuxdesktop {
+
+namespace {
+
+constexpr std::string_view programField = "User-Agent";
+constexpr std::string_view program = "TarvikDictate/" TARVIK_VERSION;
+
+bool isTokenCharacter(char character) {
+    constexpr std::string_view punctuation = "!#$%&'*+-.^_`|~";
+    return std::isalnum(static_cast<unsigned char>(character)) != 0 ||
+           punctuation.find(character) != std::string_view::npos;
+}
+
+bool canStandInValue(char character) {
+    const auto byte = static_cast<unsigned char>(character);
+    return (byte >= 0x20 && byte != 0x7F) || byte == '\t';
+}
+
+}  // namespace
+
+std::optional<Error> objectionToHeaders(const HeaderFields& fields) {
+    for (const auto& [name, value] : fields) {
+        if (name.empty() || !std::all_of(name.begin(), name.end(), isTokenCharacter)) {
+            return Error{EINVAL, "The request has a header field whose name is none"};
+        }
+        if (!std::all_of(value.begin(), value.end(), canStandInValue)) {
+            return Error{EINVAL, "The header field " + name +
+                                     " has a line break or another control character"};
+        }
+    }
+    return std::nullopt;
+}
+
+void addHeaders(boost::beast::websocket::request_type& request, const HeaderFields& fields) {
+    if (fields.empty()) {
+        request.set(programField, program);
+        return;
+    }
+    // Beast trims the ends of a value, and blanks there may belong to a key. So the fields go in as
+    // one, whose inner line ends keep the blanks before them, and whose last value has none.
+    std::string block = fields.front().second;
+    for (auto field = std::next(fields.begin()); field != fields.end(); ++field) {
+        block.append("\r\n").append(field->first).append(": ").append(field->second);
+    }
+    block.append("\r\n").append(programField).append(": ").append(program);
+    request.set(fields.front().first, block);
+}
+
+}  // namespace tarvik::linuxdesktop

@@ -1,0 +1,63 @@
+#include "platform/linux/websocket/ServiceText.h"
+
+#include <simdjson.h>
+
+#include <algorithm>
+
+#include "base/Text.h"
+
+namespace tarvik::linuxdesktop {
+
+namespace {
+
+constexpr std::size_t longestText = 500;
+
+bool isControl(char character) {
+    const auto byte = static_cast<unsigned char>(character);
+    return byte < 0x20 || byte == 0x7F;
+}
+
+bool isContinuation(char character) {
+    return (static_cast<unsigned char>(character) & 0xC0) == 0x80;
+}
+
+}  // namespace
+
+std::string serviceText(std::string_view text) {
+    std::string line;
+    for (const char character : text) {
+        if (line.size() == longestText) {
+            while (!line.empty() && isContinuation(line.back())) {
+                line.pop_back();
+            }
+            if (!line.empty() && static_cast<unsigned char>(line.back()) >= 0x80) {
+                line.pop_back();
+            }
+            line += "…";
+            break;
+        }
+        // The blanks of laid-out JSON fold into one.
+        const bool isBlank = isControl(character) || character == ' ';
+        if (!isBlank) {
+            line.push_back(character);
+        } else if (!line.empty() && line.back() != ' ') {
+            line.push_back(' ');
+        }
+    }
+    if (!isUtf8(line)) {
+        std::replace_if(
+            line.begin(), line.end(),
+            [](char character) { return static_cast<unsigned char>(character) >= 0x80; }, '?');
+    }
+    return trimmed(line);
+}
+
+std::string httpStatusText(unsigned status, std::string_view reason) {
+    return trimmed("HTTP " + std::to_string(status) + " " + serviceText(reason));
+}
+
+bool isUtf8(std::string_view text) {
+    return simdjson::validate_utf8(text.data(), text.size());
+}
+
+}  // namespace tarvik::linuxdesktop
