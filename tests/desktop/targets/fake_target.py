@@ -3,7 +3,7 @@
 and that behaves in ways in which toolkits misbehave.
 
 Prints "ready" once it has announced itself. Commands on standard input: "focus" says again that the
-field has the focus, "insertions" prints how often a text was to be inserted, "wake" ends a silence
+field has the focus and "blur" that it has lost it, "insertions" prints how often a text was to be inserted, "wake" ends a silence
 that an insertion began, and "quit" ends the program.
 """
 
@@ -178,13 +178,16 @@ widget = Widget(bus, FIELD)
 loop = GLib.MainLoop()
 
 
-def focus():
-    widget.StateChanged("focused", 1, 0, dbus.Int32(0), (bus.get_unique_name(), dbus.ObjectPath(ROOT)))
+def focus(is_focused=1):
+    widget.StateChanged("focused", is_focused, 0, dbus.Int32(0),
+                        (bus.get_unique_name(), dbus.ObjectPath(ROOT)))
 
 
 def command(line):
     if line == "focus":
         focus()
+    elif line == "blur":
+        focus(0)
     elif line == "insertions":
         target_options.announce(str(field.insertions))
         return
