@@ -21,9 +21,9 @@ class X11KeyboardEvents;
 /// the main thread wants something. Main thread only, unless a line says otherwise.
 class X11Input {
   public:
-    /// Connects to the server that DISPLAY names. Never empty: without a usable server there is an
-    /// object whose event manager answers eventInternalErr, whose keyboard refuses, and the log
-    /// says why. The references outlive the object.
+    /// Connects to the server that DISPLAY names, for which it waits 1 s at the most. Never empty:
+    /// without a usable server there is an object whose event manager answers eventInternalErr,
+    /// whose keyboard refuses, and the log says why. The references outlive the object.
     static std::unique_ptr<X11Input> open(platform::MainQueue& mainQueue, platform::Log& log);
 
     /// Ends the thread, puts the keyboard map back and drops the hotkeys; text that was posted
@@ -45,11 +45,14 @@ class X11Input {
     bool canType() const;
 
   private:
+    struct Delivery;
+
     X11Input(platform::MainQueue& mainQueue, platform::Log& log);
 
-    std::shared_ptr<InputThread> thread_;
-    std::unique_ptr<X11EventManager> eventManager_;
-    std::unique_ptr<X11KeyboardEvents> keyboardEvents_;
+    std::shared_ptr<Delivery> delivery_;
+    std::unique_ptr<InputThread> thread_;
+    std::shared_ptr<X11EventManager> eventManager_;
+    std::shared_ptr<X11KeyboardEvents> keyboardEvents_;
 };
 
 }  // namespace tarvik::linuxdesktop

@@ -1,0 +1,160 @@
+#include "platform/linux/x11/FrontWindow.h"
+
+#include <algorithm>
+#include <iterator>
+#include <ranges>
+#include <span>
+#include <vector>
+
+namespace tarvik::linuxdesktop {
+
+namespace {
+
+constexpr std::size_t mostRemembered = 64;
+
+}  // namespace
+
+FrontWindow::FrontWindow(XcbConnection& connection,
+                         std::atomic<platform::ProcessIdentifier>& process)
+    : connection_(connection),
+      activeWindow_(connection.atom("_NET_ACTIVE_WINDOW")),
+      clientList_(connection.atom("_NET_CLIENT_LIST_STACKING")),
+      managerCheck_(connection.atom("_NET_SUPPORTING_WM_CHECK")),
+      windowProcess_(connection.atom("_NET_WM_PID")),
+      process_(process) {}
+
+bool FrontWindow::noticeProperty(const xcb_property_notify_event_t& event) {
+    if (event.window != connection_.root() || event.atom != activeWindow_) {
+        return false;
+    }
+    refresh();
+    return true;
+}
+
+void FrontWindow::refreshUnannounced() {
+    if (!hasManager()) {
+        refresh();
+    }
+}
+
+void FrontWindow::remember(xcb_window_t window) {
+    const auto process = window == XCB_NONE ? std::nullopt : processOf(window);
+    process_ = process.value_or(0);
+    if (!process) {
+        return;
+    }
+    std::erase_if(history_, [&](const Known& known) { return known.window == window; });
+    history_.push_front({window, *process});
+    if (history_.size() > mostRemembered) {
+        history_.pop_back();
+    }
+}
+
+// The root window's properties outlive a window manager that has crashed; its own window does not.
+bool FrontWindow::hasManager() {
+    const auto check =
+        connection_.firstOfProperty(connection_.root(), managerCheck_, XCB_ATOM_WINDOW);
+    return check && connection_.firstOfProperty(*check, managerCheck_, XCB_ATOM_WINDOW) == check;
+}
+
+xcb_window_t FrontWindow::focus() {
+    const XcbReply<xcb_get_input_focus_reply_t> reply(xcb_get_input_focus_reply(
+        connection_.get(), xcb_get_input_focus(connection_.get()), nullptr));
+    return !reply || reply->focus == XCB_INPUT_FOCUS_POINTER_ROOT ? XCB_NONE : reply->focus;
+}
+
+xcb_window_t FrontWindow::topLevelOf(xcb_window_t window) {
+    while (window != XCB_NONE && window != connection_.root()) {
+        const XcbReply<xcb_query_tree_reply_t> tree(xcb_query_tree_reply(
+            connection_.get(), xcb_query_tree(connection_.get(), window), nullptr));
+        if (!tree) {
+            return XCB_NONE;
+        }
+        if (tree->parent == connection_.root()) {
+            return window;
+        }
+        window = tree->parent;
+    }
+    return XCB_NONE;
+}
+
+xcb_window_t FrontWindow::window() {
+    if (!hasManager()) {
+        return topLevelOf(focus());
+    }
+    return connection_.firstOfProperty(connection_.root(), activeWindow_, XCB_ATOM_WINDOW)
+        .value_or(XCB_NONE);
+}
+
+std::optional<platform::ProcessIdentifier> FrontWindow::processOf(xcb_window_t window) {
+    if (const auto process =
+            connection_.firstOfProperty(window, windowProcess_, XCB_ATOM_CARDINAL)) {
+        return static_cast<platform::ProcessIdentifier>(*process);
+    }
+    return connection_.processOfClient(window);
+}
+
+// The focus is often on a window inside the one that names the process, made by the same client;
+// an embedded one may have a process of its own, which is then the one that would get the keys.
+bool FrontWindow::isInFront(platform::ProcessIdentifier process) {
+    const xcb_window_t front = window();
+    const xcb_window_t focused = focus();
+    if (front == XCB_NONE || focused == XCB_NONE || processOf(front) != process) {
+        return false;
+    }
+    return connection_.sameClient(front, focused) || processOf(focused) == process;
+}
+
+bool FrontWindow::isViewable(xcb_window_t window) {
+    const XcbReply<xcb_get_window_attributes_reply_t> reply(xcb_get_window_attributes_reply(
+        connection_.get(), xcb_get_window_attributes(connection_.get(), window), nullptr));
+    return reply && reply->map_state == XCB_MAP_STATE_VIEWABLE &&
+           reply->_class == XCB_WINDOW_CLASS_INPUT_OUTPUT && reply->override_redirect == 0;
+}
+
+xcb_window_t FrontWindow::windowOf(platform::ProcessIdentifier process) {
+    std::vector<xcb_window_t> windows;
+    const bool isManaged = hasManager();
+    if (isManaged) {
+        windows = connection_.property(connection_.root(), clientList_, XCB_ATOM_WINDOW);
+    } else if (const XcbReply<xcb_query_tree_reply_t> tree(xcb_query_tree_reply(
+                   connection_.get(), xcb_query_tree(connection_.get(), connection_.root()),
+                   nullptr));
+               tree) {
+        const std::span children(xcb_query_tree_children(tree.get()), tree->children_len);
+        std::ranges::copy_if(children, std::back_inserter(windows),
+                             [this](xcb_window_t child) { return isViewable(child); });
+    }
+    for (const Known& known : history_) {
+        if (known.process == process && std::ranges::find(windows, known.window) != windows.end()) {
+            return known.window;
+        }
+    }
+    for (const xcb_window_t candidate : std::views::reverse(windows)) {
+        if (processOf(candidate) == process) {
+            return candidate;
+        }
+    }
+    return XCB_NONE;
+}
+
+void FrontWindow::activate(xcb_window_t window) {
+    if (!hasManager()) {
+        xcb_set_input_focus(connection_.get(), XCB_INPUT_FOCUS_PARENT, window, XCB_CURRENT_TIME);
+        return;
+    }
+    // A request as a pager makes it, on the user's behalf; others are refused to keep the focus.
+    constexpr std::uint32_t fromPager = 2;
+    xcb_client_message_event_t message{};
+    message.response_type = XCB_CLIENT_MESSAGE;
+    message.format = 32;
+    message.window = window;
+    message.type = activeWindow_;
+    message.data.data32[0] = fromPager;
+    message.data.data32[1] = XCB_CURRENT_TIME;
+    xcb_send_event(connection_.get(), 0, connection_.root(),
+                   XCB_EVENT_MASK_SUBSTRUCTURE_NOTIFY | XCB_EVENT_MASK_SUBSTRUCTURE_REDIRECT,
+                   reinterpret_cast<const char*>(&message));
+}
+
+}  // namespace tarvik::linuxdesktop

@@ -1,0 +1,67 @@
+#pragma once
+
+#include <xcb/xcb.h>
+
+#include <atomic>
+#include <cstdint>
+#include <deque>
+#include <optional>
+
+#include "platform/Workspace.h"
+#include "platform/linux/x11/XcbConnection.h"
+
+namespace tarvik::linuxdesktop {
+
+/// Which window, and whose, has the keyboard. The window manager's word counts; without a window
+/// manager the input focus does. Input thread only.
+class FrontWindow {
+  public:
+    /// `process` is told the process in front; 0 stands for none.
+    FrontWindow(XcbConnection& connection, std::atomic<platform::ProcessIdentifier>& process);
+    /// Tells that none is in front any more.
+    ~FrontWindow() { process_ = 0; }
+    FrontWindow(const FrontWindow&) = delete;
+    FrontWindow& operator=(const FrontWindow&) = delete;
+
+    /// Takes notice of a change on the root window; true when it was about the front window.
+    bool noticeProperty(const xcb_property_notify_event_t& event);
+    /// Looks again.
+    void refresh() { remember(window()); }
+    /// Looks again where nobody announces changes, that is without a window manager.
+    void refreshUnannounced();
+
+    /// The top-level window in front right now; XCB_NONE when there is none.
+    xcb_window_t window();
+    /// The process of a window; empty when it is not known.
+    std::optional<platform::ProcessIdentifier> processOf(xcb_window_t window);
+    /// Whether `process` has the keyboard right now: its window is in front and has the focus.
+    bool isInFront(platform::ProcessIdentifier process);
+
+    /// The window of `process` that was in front last, or its topmost one; XCB_NONE if it has none.
+    xcb_window_t windowOf(platform::ProcessIdentifier process);
+    /// Asks for a window to be brought to the front with the keyboard; it may take a while.
+    void activate(xcb_window_t window);
+
+  private:
+    struct Known {
+        xcb_window_t window = XCB_NONE;
+        platform::ProcessIdentifier process = 0;
+    };
+
+    bool hasManager();
+    xcb_window_t focus();
+    xcb_window_t topLevelOf(xcb_window_t window);
+    bool isViewable(xcb_window_t window);
+    void remember(xcb_window_t window);
+
+    XcbConnection& connection_;
+    xcb_atom_t activeWindow_;
+    xcb_atom_t clientList_;
+    xcb_atom_t managerCheck_;
+    xcb_atom_t windowProcess_;
+    std::atomic<platform::ProcessIdentifier>& process_;
+    // The windows that were in front, the last one first.
+    std::deque<Known> history_;
+};
+
+}  // namespace tarvik::linuxdesktop

@@ -1,0 +1,97 @@
+#pragma once
+
+#include <xcb/xcb.h>
+#include <xcb/xinput.h>
+
+#include <cstdint>
+#include <functional>
+#include <map>
+#include <optional>
+#include <set>
+#include <utility>
+#include <vector>
+
+#include "platform/EventManager.h"
+#include "platform/Log.h"
+#include "platform/linux/x11/InputLoop.h"
+#include "platform/linux/x11/Keyboard.h"
+#include "platform/linux/x11/XcbConnection.h"
+
+namespace tarvik::linuxdesktop {
+
+/// Tells one registration of a hotkey from every other; never 0.
+using HotKeyNumber = std::uintptr_t;
+
+/// The grabbed key combinations, and which of them is held. Input thread only.
+///
+/// The keyboard is ours from the press to the release of the key, unless typing takes it away in
+/// between; then the server's raw events tell the end of the hold.
+class HotKeys {
+  public:
+    /// `kind` is eventHotKeyPressed, once for the press and once for each repeat, or
+    /// eventHotKeyReleased, once at the end.
+    using Listener = std::function<void(HotKeyNumber number, std::uint32_t kind)>;
+
+    HotKeys(XcbConnection& connection, Keyboard& keyboard, InputLoop& loop, platform::Log& log,
+            Listener listener);
+    /// Ends a hold: nobody would ever hear of its release.
+    ~HotKeys();
+    HotKeys(const HotKeys&) = delete;
+    HotKeys& operator=(const HotKeys&) = delete;
+
+    /// Grabs a combination of the event manager's key and modifiers, with every state of the lock
+    /// keys. A status of the event manager; nothing is grabbed unless it is noErr.
+    platform::OSStatus add(HotKeyNumber number, std::uint32_t keyCode, std::uint32_t modifiers);
+    void remove(HotKeyNumber number);
+
+    void handlePress(const xcb_input_key_press_event_t& event);
+    /// A key went up; `sequence` is that of the last request that the server had carried out.
+    void handleRelease(std::uint32_t keyCode, std::uint32_t sequence);
+    /// The keyboard map has changed: the keys may be others, and window managers that grab theirs
+    /// again would be served first.
+    void noticeMapChange();
+
+    /// Before typing takes the keyboard: the end of a hold will come as a raw event.
+    void loseKeyboard();
+    /// The release that request `sequence` makes is not the user's.
+    void expectRelease(xcb_keycode_t key, std::uint32_t sequence);
+    /// Ends a hold whose key is up.
+    void endIfReleased();
+
+  private:
+    struct Grab {
+        xcb_keycode_t key = 0;
+        std::uint8_t modifiers = 0;
+        std::uint8_t locks = 0;
+        bool operator==(const Grab&) const = default;
+    };
+    struct HotKey {
+        std::uint32_t modifiers = 0;
+        std::optional<Grab> grab;
+    };
+    struct Hold {
+        HotKeyNumber number = 0;
+        xcb_keycode_t key = 0;
+        std::vector<xcb_keycode_t> modifierKeys;
+        bool hasLostKeyboard = false;
+    };
+
+    std::optional<Grab> grabFor(std::uint32_t modifiers) const;
+    bool grab(const Grab& grab);
+    void ungrab(const Grab& grab);
+    void renew();
+    void endHold();
+    void selectRawReleases(bool wanted);
+
+    XcbConnection& connection_;
+    Keyboard& keyboard_;
+    platform::Log& log_;
+    Listener listener_;
+    std::map<HotKeyNumber, HotKey> hotKeys_;
+    std::optional<Hold> hold_;
+    std::set<std::pair<xcb_keycode_t, std::uint32_t>> ownReleases_;
+    InputDeadline renewal_;
+    InputDeadline lastRenewal_;
+};
+
+}  // namespace tarvik::linuxdesktop

@@ -1,0 +1,91 @@
+#include "platform/linux/x11/InputLoop.h"
+
+#include <poll.h>
+#include <sys/eventfd.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <array>
+#include <cstdint>
+#include <utility>
+
+namespace tarvik::linuxdesktop {
+
+InputLoop::InputLoop() : wakeUp_(eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK)) {}
+
+InputLoop::~InputLoop() {
+    close(wakeUp_);
+}
+
+void InputLoop::post(std::function<void()> task) {
+    {
+        const std::lock_guard lock(mutex_);
+        tasks_.push_back(std::move(task));
+    }
+    const std::uint64_t one = 1;
+    // A full counter, the only way to fail, wakes the loop as well.
+    [[maybe_unused]] const auto written = write(wakeUp_, &one, sizeof one);
+}
+
+void InputLoop::run(const std::function<int()>& drain) {
+    while (!quits_) {
+        runTasks();
+        runDeadlines();
+        if (quits_) {
+            return;
+        }
+        const int descriptor = drain();
+        sleep(descriptor);
+    }
+}
+
+void InputLoop::runTasks() {
+    std::deque<std::function<void()>> tasks;
+    {
+        const std::lock_guard lock(mutex_);
+        tasks.swap(tasks_);
+    }
+    for (const auto& task : tasks) {
+        task();
+    }
+}
+
+void InputLoop::runDeadlines() {
+    const auto now = std::chrono::steady_clock::now();
+    const auto isDue = [&](const InputDeadline* deadline) { return deadline->moment_ <= now; };
+    for (auto due = std::ranges::find_if(deadlines_, isDue); due != deadlines_.end();
+         due = std::ranges::find_if(deadlines_, isDue)) {
+        InputDeadline& deadline = **due;
+        deadlines_.erase(due);
+        std::exchange(deadline.action_, nullptr)();
+    }
+}
+
+void InputLoop::sleep(int descriptor) {
+    int timeout = -1;
+    if (!deadlines_.empty()) {
+        const auto next = std::ranges::min(deadlines_, {}, &InputDeadline::moment_)->moment_;
+        const auto wait =
+            std::chrono::ceil<std::chrono::milliseconds>(next - std::chrono::steady_clock::now());
+        timeout = static_cast<int>(std::max<std::int64_t>(wait.count(), 0));
+    }
+    std::array<pollfd, 2> watched{{{wakeUp_, POLLIN, 0}, {descriptor, POLLIN, 0}}};
+    poll(watched.data(), watched.size(), timeout);
+    std::uint64_t count = 0;
+    // Nothing to read means that something else has woken the loop.
+    [[maybe_unused]] const auto taken = read(wakeUp_, &count, sizeof count);
+}
+
+void InputDeadline::set(std::chrono::milliseconds delay, std::function<void()> action) {
+    clear();
+    moment_ = std::chrono::steady_clock::now() + delay;
+    action_ = std::move(action);
+    loop_.deadlines_.push_back(this);
+}
+
+void InputDeadline::clear() {
+    std::erase(loop_.deadlines_, this);
+    action_ = nullptr;
+}
+
+}  // namespace tarvik::linuxdesktop

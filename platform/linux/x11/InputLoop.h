@@ -1,0 +1,66 @@
+#pragma once
+
+#include <chrono>
+#include <deque>
+#include <functional>
+#include <mutex>
+#include <vector>
+
+namespace tarvik::linuxdesktop {
+
+class InputDeadline;
+
+/// The loop of the input thread: it sleeps until a descriptor can be read, a task was posted or a
+/// deadline has come, and never wakes otherwise.
+class InputLoop {
+  public:
+    InputLoop();
+    ~InputLoop();
+    InputLoop(const InputLoop&) = delete;
+    InputLoop& operator=(const InputLoop&) = delete;
+
+    /// Runs `task` in the loop, in the order of posting. Any thread; never blocks.
+    void post(std::function<void()> task);
+
+    /// Runs until `quit`. Before each sleep it calls `drain`, which answers the descriptor to
+    /// watch, or -1.
+    void run(const std::function<int()>& drain);
+
+    /// Ends `run` after the current task. Loop thread.
+    void quit() { quits_ = true; }
+
+  private:
+    friend class InputDeadline;
+
+    void runTasks();
+    void runDeadlines();
+    void sleep(int descriptor);
+
+    std::mutex mutex_;
+    std::deque<std::function<void()>> tasks_;
+    std::vector<InputDeadline*> deadlines_;
+    int wakeUp_;
+    bool quits_ = false;
+};
+
+/// One moment at which the loop calls something. Loop thread; dropping it forgets the call.
+class InputDeadline {
+  public:
+    explicit InputDeadline(InputLoop& loop) : loop_(loop) {}
+    ~InputDeadline() { clear(); }
+    InputDeadline(const InputDeadline&) = delete;
+    InputDeadline& operator=(const InputDeadline&) = delete;
+
+    /// Calls `action` once, `delay` from now; replaces what was set before.
+    void set(std::chrono::milliseconds delay, std::function<void()> action);
+    void clear();
+
+  private:
+    friend class InputLoop;
+
+    InputLoop& loop_;
+    std::chrono::steady_clock::time_point moment_;
+    std::function<void()> action_;
+};
+
+}  // namespace tarvik::linuxdesktop

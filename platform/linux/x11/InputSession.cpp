@@ -1,0 +1,111 @@
+#include "platform/linux/x11/InputSession.h"
+
+#include <string>
+#include <utility>
+
+#include "platform/linux/x11/XcbReply.h"
+#include "platform/linux/x11/XkbProtocol.h"
+
+namespace tarvik::linuxdesktop {
+
+namespace {
+
+constexpr std::uint8_t sentByProgram = 0x80;
+
+void watchKeyboardMap(XcbConnection& connection) {
+    constexpr std::uint16_t events =
+        XCB_XKB_EVENT_TYPE_NEW_KEYBOARD_NOTIFY | XCB_XKB_EVENT_TYPE_MAP_NOTIFY;
+    constexpr std::uint16_t parts =
+        XCB_XKB_MAP_PART_KEY_SYMS | XCB_XKB_MAP_PART_MODIFIER_MAP | XCB_XKB_MAP_PART_KEY_TYPES;
+    xcb_xkb_select_events(connection.get(), XCB_XKB_ID_USE_CORE_KBD, events, 0, events, parts,
+                          parts, nullptr);
+}
+
+}  // namespace
+
+InputSession::InputSession(XcbConnection& connection, InputLoop& loop, platform::Log& log,
+                           HotKeys::Listener listener,
+                           std::atomic<platform::ProcessIdentifier>& frontProcess)
+    : connection_(connection),
+      log_(log),
+      keyboard_(connection),
+      front_(connection, frontProcess),
+      hotKeys_(connection, keyboard_, loop, log, std::move(listener)),
+      typist_(connection, keyboard_, front_, hotKeys_, loop, log) {
+    connection.selectRootEvents(XCB_EVENT_MASK_PROPERTY_CHANGE);
+    watchKeyboardMap(connection);
+    // Once more, now that every change from here on is announced.
+    keyboard_.reread();
+    front_.refresh();
+}
+
+bool InputSession::drain() {
+    while (const XcbReply<xcb_generic_event_t> event{xcb_poll_for_event(connection_.get())}) {
+        handle(*event);
+    }
+    xcb_flush(connection_.get());
+    return !connection_.isBroken();
+}
+
+void InputSession::handle(const xcb_generic_event_t& event) {
+    const auto type = static_cast<std::uint8_t>(event.response_type & ~sentByProgram);
+    if (event.response_type == 0) {
+        report(reinterpret_cast<const xcb_generic_error_t&>(event));
+    } else if (type == XCB_GE_GENERIC) {
+        handleXinput(reinterpret_cast<const xcb_ge_generic_event_t&>(event));
+    } else if (type == connection_.xkbFirstEvent()) {
+        if (keyboard_.noticeChange(event.full_sequence)) {
+            typist_.noticeChange();
+        }
+        hotKeys_.noticeMapChange();
+    } else if (type == XCB_PROPERTY_NOTIFY) {
+        if (front_.noticeProperty(reinterpret_cast<const xcb_property_notify_event_t&>(event))) {
+            typist_.noticeChange();
+        }
+    } else if (type == XCB_KEY_RELEASE) {
+        hotKeys_.handleRelease(reinterpret_cast<const xcb_key_release_event_t&>(event).detail,
+                               event.full_sequence);
+    } else if (type == XCB_FOCUS_IN || type == XCB_FOCUS_OUT) {
+        typist_.noticeChange();
+    } else if (type == XCB_CLIENT_MESSAGE) {
+        typist_.noticeMessage(reinterpret_cast<const xcb_client_message_event_t&>(event));
+    }
+}
+
+void InputSession::handleXinput(const xcb_ge_generic_event_t& event) {
+    if (event.extension != connection_.xinputOpcode()) {
+        return;
+    }
+    switch (event.event_type) {
+        case XCB_INPUT_KEY_PRESS:
+            // Who is in front must be known before the press is.
+            front_.refreshUnannounced();
+            hotKeys_.handlePress(reinterpret_cast<const xcb_input_key_press_event_t&>(event));
+            break;
+        case XCB_INPUT_KEY_RELEASE: {
+            const auto& release = reinterpret_cast<const xcb_input_key_release_event_t&>(event);
+            hotKeys_.handleRelease(release.detail, release.full_sequence);
+            break;
+        }
+        case XCB_INPUT_RAW_KEY_RELEASE: {
+            const auto& release = reinterpret_cast<const xcb_input_raw_key_release_event_t&>(event);
+            hotKeys_.handleRelease(release.detail, release.full_sequence);
+            break;
+        }
+        default:
+            break;
+    }
+}
+
+// A window may vanish at any moment, also between two requests about it.
+void InputSession::report(const xcb_generic_error_t& error) {
+    constexpr std::uint8_t badWindow = 3;
+    constexpr std::uint8_t badMatch = 8;
+    if (error.error_code != badWindow && error.error_code != badMatch) {
+        log_.write("TarvikDictate: the X server refused request " +
+                   std::to_string(error.major_code) + "." + std::to_string(error.minor_code) +
+                   " with error " + std::to_string(error.error_code));
+    }
+}
+
+}  // namespace tarvik::linuxdesktop

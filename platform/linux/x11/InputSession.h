@@ -1,0 +1,46 @@
+#pragma once
+
+#include <xcb/xcb.h>
+#include <xcb/xinput.h>
+
+#include <atomic>
+
+#include "platform/Log.h"
+#include "platform/Workspace.h"
+#include "platform/linux/x11/FrontWindow.h"
+#include "platform/linux/x11/HotKeys.h"
+#include "platform/linux/x11/InputLoop.h"
+#include "platform/linux/x11/Keyboard.h"
+#include "platform/linux/x11/Typist.h"
+#include "platform/linux/x11/XcbConnection.h"
+
+namespace tarvik::linuxdesktop {
+
+/// Everything that lives as long as the server does, and what its events mean. Input thread only.
+class InputSession {
+  public:
+    /// `frontProcess` always holds the process in front, 0 when there is none.
+    InputSession(XcbConnection& connection, InputLoop& loop, platform::Log& log,
+                 HotKeys::Listener listener,
+                 std::atomic<platform::ProcessIdentifier>& frontProcess);
+
+    HotKeys& hotKeys() { return hotKeys_; }
+    Typist& typist() { return typist_; }
+
+    /// Handles what the server has sent and sends what is ready; false once the server is gone.
+    bool drain();
+
+  private:
+    void handle(const xcb_generic_event_t& event);
+    void handleXinput(const xcb_ge_generic_event_t& event);
+    void report(const xcb_generic_error_t& error);
+
+    XcbConnection& connection_;
+    platform::Log& log_;
+    Keyboard keyboard_;
+    FrontWindow front_;
+    HotKeys hotKeys_;
+    Typist typist_;
+};
+
+}  // namespace tarvik::linuxdesktop

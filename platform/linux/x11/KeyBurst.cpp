@@ -1,0 +1,115 @@
+#include "platform/linux/x11/KeyBurst.h"
+
+#include <xcb/xtest.h>
+
+#include <vector>
+
+#include "platform/linux/x11/XkbProtocol.h"
+
+namespace tarvik::linuxdesktop {
+
+namespace {
+
+constexpr std::uint8_t everyModifier = 0xFF;
+
+}  // namespace
+
+KeyboardState KeyboardState::read(XcbConnection& connection) {
+    const auto stateCookie = xcb_xkb_get_state(connection.get(), XCB_XKB_ID_USE_CORE_KBD);
+    const auto keysCookie = xcb_query_keymap(connection.get());
+    const XcbReply<xcb_xkb_get_state_reply_t> xkb(
+        xcb_xkb_get_state_reply(connection.get(), stateCookie, nullptr));
+    const XcbReply<xcb_query_keymap_reply_t> keys(
+        xcb_query_keymap_reply(connection.get(), keysCookie, nullptr));
+    KeyboardState state;
+    if (xkb) {
+        state.group = xkb->group;
+        state.lockedModifiers = xkb->lockedMods;
+        state.latchedModifiers = xkb->latchedMods;
+    }
+    for (std::size_t code = 0; keys && code < state.down.size(); ++code) {
+        state.down[code] = (keys->keys[code / 8] >> (code % 8) & 1) != 0;
+    }
+    return state;
+}
+
+// While the server listens to us alone, no window manager moves the focus and nobody changes the
+// map or grabs the keyboard between the check and the last key.
+KeyBurst::Outcome KeyBurst::type(std::u32string_view characters,
+                                 std::optional<platform::ProcessIdentifier> process) {
+    xcb_grab_server(connection_.get());
+    const Outcome outcome = typeUndisturbed(characters, process);
+    xcb_ungrab_server(connection_.get());
+    xcb_flush(connection_.get());
+    return outcome;
+}
+
+KeyBurst::Outcome KeyBurst::typeUndisturbed(std::u32string_view characters,
+                                            std::optional<platform::ProcessIdentifier> process) {
+    if (process && !front_.isInFront(*process)) {
+        return Outcome::notInFront;
+    }
+    keyboard_.reread();
+    const KeyboardState state = KeyboardState::read(connection_);
+    std::vector<xcb_keycode_t> keys;
+    for (const char32_t character : characters) {
+        const auto key = keyboard_.keyFor(character, state.group, state.down);
+        if (!key) {
+            return Outcome::keysChanged;
+        }
+        keys.push_back(*key);
+    }
+    if (!takeKeyboard()) {
+        return Outcome::keyboardTaken;
+    }
+    press(keys, state);
+    return Outcome::done;
+}
+
+// Keys go to a program that has grabbed the keyboard (a menu, a locked screen), wherever the focus
+// is; having it ourselves for a moment proves that nobody else has. It also ends the grab that a
+// held hotkey has made.
+bool KeyBurst::takeKeyboard() {
+    const XcbReply<xcb_grab_keyboard_reply_t> reply(xcb_grab_keyboard_reply(
+        connection_.get(),
+        xcb_grab_keyboard(connection_.get(), 0, connection_.root(), XCB_CURRENT_TIME,
+                          XCB_GRAB_MODE_ASYNC, XCB_GRAB_MODE_ASYNC),
+        nullptr));
+    return reply && reply->status == XCB_GRAB_STATUS_SUCCESS;
+}
+
+// Modifiers are lifted while the keyboard is still ours: the hotkey cannot fire again after that,
+// and no program takes a lifted Alt for the user's wish to see its menu. They are never pressed
+// again, since the user may have let go by then.
+void KeyBurst::press(std::span<const xcb_keycode_t> keys, const KeyboardState& state) {
+    hotKeys_.loseKeyboard();
+    for (const xcb_keycode_t key : keyboard_.modifierKeys(everyModifier)) {
+        if (state.down[key]) {
+            hotKeys_.expectRelease(key, fake(XCB_KEY_RELEASE, key));
+        }
+    }
+    const auto affected = static_cast<std::uint8_t>(everyModifier & ~keyboard_.numLockMask());
+    const bool isLocked = (state.lockedModifiers & affected) != 0 || state.latchedModifiers != 0;
+    const auto lock = [&](std::uint8_t modifiers) {
+        xcb_xkb_latch_lock_state(connection_.get(), XCB_XKB_ID_USE_CORE_KBD, affected, modifiers, 0,
+                                 0, everyModifier, 0, 0);
+    };
+    if (isLocked) {
+        lock(0);
+    }
+    xcb_ungrab_keyboard(connection_.get(), XCB_CURRENT_TIME);
+    for (const xcb_keycode_t key : keys) {
+        fake(XCB_KEY_PRESS, key);
+        fake(XCB_KEY_RELEASE, key);
+    }
+    if (isLocked) {
+        lock(state.lockedModifiers);
+    }
+}
+
+std::uint32_t KeyBurst::fake(std::uint8_t type, xcb_keycode_t key) {
+    return xcb_test_fake_input(connection_.get(), type, key, XCB_CURRENT_TIME, XCB_NONE, 0, 0, 0)
+        .sequence;
+}
+
+}  // namespace tarvik::linuxdesktop

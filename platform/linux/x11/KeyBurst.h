@@ -1,0 +1,57 @@
+#pragma once
+
+#include <xcb/xcb.h>
+
+#include <cstddef>
+#include <cstdint>
+#include <optional>
+#include <span>
+#include <string_view>
+
+#include "platform/Workspace.h"
+#include "platform/linux/x11/FrontWindow.h"
+#include "platform/linux/x11/HotKeys.h"
+#include "platform/linux/x11/Keyboard.h"
+#include "platform/linux/x11/XcbConnection.h"
+
+namespace tarvik::linuxdesktop {
+
+/// The state of the keyboard that decides what a key types.
+struct KeyboardState {
+    std::uint8_t group = 0;
+    std::uint8_t lockedModifiers = 0;
+    std::uint8_t latchedModifiers = 0;
+    KeysDown down;
+
+    static KeyboardState read(XcbConnection& connection);
+};
+
+/// Presses keys for characters in one go, in which nobody else can move the focus. Input thread
+/// only.
+class KeyBurst {
+  public:
+    enum class Outcome { done, notInFront, keyboardTaken, keysChanged };
+
+    KeyBurst(XcbConnection& connection, Keyboard& keyboard, FrontWindow& front, HotKeys& hotKeys)
+        : connection_(connection), keyboard_(keyboard), front_(front), hotKeys_(hotKeys) {}
+
+    /// Types all of `characters` into `process`, or into whatever has the keyboard, or nothing:
+    /// when another process is in front, when some program has grabbed the keyboard, or when a
+    /// character has no key now.
+    Outcome type(std::u32string_view characters,
+                 std::optional<platform::ProcessIdentifier> process);
+
+  private:
+    Outcome typeUndisturbed(std::u32string_view characters,
+                            std::optional<platform::ProcessIdentifier> process);
+    bool takeKeyboard();
+    void press(std::span<const xcb_keycode_t> keys, const KeyboardState& state);
+    std::uint32_t fake(std::uint8_t type, xcb_keycode_t key);
+
+    XcbConnection& connection_;
+    Keyboard& keyboard_;
+    FrontWindow& front_;
+    HotKeys& hotKeys_;
+};
+
+}  // namespace tarvik::linuxdesktop

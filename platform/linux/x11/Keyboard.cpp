@@ -1,0 +1,215 @@
+#include "platform/linux/x11/Keyboard.h"
+
+#include <xkbcommon/xkbcommon-keysyms.h>
+#include <xkbcommon/xkbcommon.h>
+
+#include <algorithm>
+#include <iterator>
+#include <span>
+
+namespace tarvik::linuxdesktop {
+
+namespace {
+
+constexpr std::size_t modifierCount = 8;
+// The events of a change come right after it.
+constexpr std::size_t changesRemembered = 8;
+
+// The keypad's symbols depend on Num Lock, and editing keys act instead of typing.
+bool typesItself(std::uint32_t symbol) {
+    const bool isFunctionKey = symbol >= XKB_KEY_BackSpace && symbol <= XKB_KEY_Delete;
+    return symbol != XKB_KEY_NoSymbol && !isFunctionKey;
+}
+
+}  // namespace
+
+std::uint32_t symbolOf(char32_t character) {
+    return xkb_utf32_to_keysym(character);
+}
+
+bool Keyboard::noticeChange(std::uint32_t sequence) {
+    if (ownChanges_.contains(sequence)) {
+        return false;
+    }
+    isStale_ = true;
+    return true;
+}
+
+void Keyboard::refresh() {
+    if (isStale_) {
+        reread();
+    }
+}
+
+void Keyboard::reread() {
+    isStale_ = false;
+    readMap();
+    readModifiers();
+}
+
+// Another program may have loaded a whole new map, which takes the lent keys' symbols away.
+void Keyboard::readMap() {
+    map_ = KeyboardMap::read(connection_);
+    const auto yields = [this](xcb_keycode_t code, char32_t character) {
+        return map_.contains(code) && map_[code] == KeyboardMap::Key::yielding(symbolOf(character));
+    };
+    std::erase_if(lent_, [&](const auto& lent) { return !yields(lent.second, lent.first); });
+    std::erase_if(reclaimed_, [&](const auto& old) { return !yields(old.first, old.second); });
+}
+
+void Keyboard::readModifiers() {
+    modifiers_.assign(modifierCount, {});
+    const XcbReply<xcb_get_modifier_mapping_reply_t> reply(xcb_get_modifier_mapping_reply(
+        connection_.get(), xcb_get_modifier_mapping(connection_.get()), nullptr));
+    if (!reply) {
+        return;
+    }
+    const std::size_t each = reply->keycodes_per_modifier;
+    const std::span codes(xcb_get_modifier_mapping_keycodes(reply.get()), each * modifierCount);
+    for (std::size_t modifier = 0; modifier < modifierCount; ++modifier) {
+        std::ranges::copy_if(codes.subspan(modifier * each, each),
+                             std::back_inserter(modifiers_[modifier]),
+                             [](xcb_keycode_t code) { return code != 0; });
+    }
+}
+
+bool Keyboard::isLent(xcb_keycode_t code) const {
+    return reclaimed_.contains(code) ||
+           std::ranges::any_of(lent_, [&](const auto& lent) { return lent.second == code; });
+}
+
+std::optional<xcb_keycode_t> Keyboard::keyOfSymbol(std::uint32_t symbol,
+                                                   xcb_keycode_t preferred) const {
+    const auto yields = [&](xcb_keycode_t code) {
+        return map_.contains(code) && map_[code].symbol(0) == symbol && !isLent(code);
+    };
+    if (yields(preferred)) {
+        return preferred;
+    }
+    for (std::size_t i = 0; i < map_.size(); ++i) {
+        if (const auto code = static_cast<xcb_keycode_t>(map_.firstCode() + i); yields(code)) {
+            return code;
+        }
+    }
+    return std::nullopt;
+}
+
+std::uint8_t Keyboard::modifierMask(std::initializer_list<std::uint32_t> symbols) const {
+    unsigned mask = 0;
+    for (std::size_t modifier = 0; modifier < modifierCount; ++modifier) {
+        const bool isBound = std::ranges::any_of(modifiers_[modifier], [&](xcb_keycode_t code) {
+            return map_.contains(code) &&
+                   std::ranges::any_of(map_[code].symbols, [&](std::uint32_t symbol) {
+                       return std::ranges::find(symbols, symbol) != symbols.end();
+                   });
+        });
+        mask |= isBound ? 1U << modifier : 0U;
+    }
+    return static_cast<std::uint8_t>(mask);
+}
+
+std::uint8_t Keyboard::numLockMask() const {
+    return modifierMask({XKB_KEY_Num_Lock});
+}
+
+std::vector<xcb_keycode_t> Keyboard::modifierKeys(std::uint8_t mask) const {
+    std::vector<xcb_keycode_t> keys;
+    for (std::size_t modifier = 0; modifier < modifierCount; ++modifier) {
+        if ((mask >> modifier & 1) != 0) {
+            keys.insert(keys.end(), modifiers_[modifier].begin(), modifiers_[modifier].end());
+        }
+    }
+    return keys;
+}
+
+std::optional<xcb_keycode_t> Keyboard::keyFor(char32_t character, std::uint8_t group,
+                                              const KeysDown& down) const {
+    if (const auto lent = lent_.find(character); lent != lent_.end()) {
+        return lent->second;
+    }
+    const std::uint32_t symbol = symbolOf(character);
+    if (!typesItself(symbol)) {
+        return std::nullopt;
+    }
+    for (std::size_t i = 0; i < map_.size(); ++i) {
+        const auto code = static_cast<xcb_keycode_t>(map_.firstCode() + i);
+        if (!down[code] && map_[code].symbol(group) == symbol && !isLent(code)) {
+            return code;
+        }
+    }
+    return std::nullopt;
+}
+
+std::size_t Keyboard::freeKeys() const {
+    std::size_t count = reclaimed_.size();
+    for (std::size_t i = 0; i < map_.size(); ++i) {
+        count += map_[static_cast<xcb_keycode_t>(map_.firstCode() + i)].isSpare() ? 1U : 0U;
+    }
+    return count;
+}
+
+void Keyboard::lendKeys(const std::set<char32_t>& characters) {
+    std::map<xcb_keycode_t, KeyboardMap::Key> keys;
+    auto next = characters.begin();
+    const auto lend = [&](xcb_keycode_t code) {
+        keys[code] = KeyboardMap::Key::yielding(symbolOf(*next));
+        lent_[*next] = code;
+        reclaimed_.erase(code);
+        ++next;
+    };
+    for (std::size_t i = map_.size(); i > 0 && next != characters.end(); --i) {
+        const auto code = static_cast<xcb_keycode_t>(map_.firstCode() + i - 1);
+        if (map_[code].isSpare()) {
+            lend(code);
+        }
+    }
+    while (next != characters.end() && !reclaimed_.empty()) {
+        lend(reclaimed_.begin()->first);
+    }
+    change(keys);
+}
+
+void Keyboard::reclaimKeys(const std::set<char32_t>& needed) {
+    for (auto lent = lent_.begin(); lent != lent_.end();) {
+        if (needed.contains(lent->first)) {
+            ++lent;
+        } else {
+            reclaimed_[lent->second] = lent->first;
+            lent = lent_.erase(lent);
+        }
+    }
+}
+
+void Keyboard::restore() {
+    refresh();
+    reclaimKeys({});
+    std::map<xcb_keycode_t, KeyboardMap::Key> keys;
+    for (const auto& [code, character] : reclaimed_) {
+        keys[code] = {};
+    }
+    reclaimed_.clear();
+    change(keys);
+}
+
+// The keys in between are written back as they are: one change costs every client one reading of
+// the map, many of them can freeze a window manager. Nobody else may change the map in the middle.
+void Keyboard::change(const std::map<xcb_keycode_t, KeyboardMap::Key>& keys) {
+    if (keys.empty()) {
+        return;
+    }
+    xcb_grab_server(connection_.get());
+    map_ = KeyboardMap::read(connection_);
+    if (map_.contains(keys.begin()->first) && map_.contains(keys.rbegin()->first)) {
+        for (const auto& [code, key] : keys) {
+            map_.set(code, key);
+        }
+        ownChanges_.insert(map_.write(connection_, keys.begin()->first, keys.rbegin()->first));
+        if (ownChanges_.size() > changesRemembered) {
+            ownChanges_.erase(ownChanges_.begin());
+        }
+    }
+    xcb_ungrab_server(connection_.get());
+    xcb_flush(connection_.get());
+}
+
+}  // namespace tarvik::linuxdesktop

@@ -1,0 +1,76 @@
+#pragma once
+
+#include <xcb/xcb.h>
+
+#include <bitset>
+#include <cstdint>
+#include <map>
+#include <optional>
+#include <set>
+#include <string_view>
+#include <vector>
+
+#include "platform/linux/x11/KeyboardMap.h"
+#include "platform/linux/x11/XcbConnection.h"
+
+namespace tarvik::linuxdesktop {
+
+/// The keys that are down, by key code.
+using KeysDown = std::bitset<256>;
+
+/// Which key yields what, as far as hotkeys and typing need it. Characters that the layout lacks
+/// get a key that has no symbol otherwise, for a while. Input thread only.
+class Keyboard {
+  public:
+    explicit Keyboard(XcbConnection& connection) : connection_(connection) {}
+
+    /// Hears that request `sequence`, or somebody else after it, has changed the map. Answers
+    /// whether it was somebody else.
+    bool noticeChange(std::uint32_t sequence);
+    /// Reads the map and the modifiers again if they may have changed.
+    void refresh();
+    /// Reads them in any case.
+    void reread();
+
+    /// The key that yields `symbol` without modifiers in the first layout; `preferred` if it does.
+    std::optional<xcb_keycode_t> keyOfSymbol(std::uint32_t symbol, xcb_keycode_t preferred) const;
+    /// The modifier bits of the keys that yield one of `symbols`; 0 when there are none.
+    std::uint8_t modifierMask(std::initializer_list<std::uint32_t> symbols) const;
+    std::uint8_t numLockMask() const;
+    /// The keys that are bound to one of the modifiers in `mask`.
+    std::vector<xcb_keycode_t> modifierKeys(std::uint8_t mask) const;
+
+    /// The key that types `character` while layout `group` is active, no modifier counts and the
+    /// keys in `down` cannot be pressed.
+    std::optional<xcb_keycode_t> keyFor(char32_t character, std::uint8_t group,
+                                        const KeysDown& down) const;
+    /// How many more characters can get a key.
+    std::size_t freeKeys() const;
+    /// Gives each of `characters`, at most freeKeys() of them, a key in one change of the map.
+    void lendKeys(const std::set<char32_t>& characters);
+    /// Lets the keys of all characters but `needed` be lent again; the map stays until then.
+    void reclaimKeys(const std::set<char32_t>& needed);
+    /// Whether keys are lent.
+    bool lendsKeys() const { return !lent_.empty() || !reclaimed_.empty(); }
+    /// Takes every lent key's symbol away again.
+    void restore();
+
+  private:
+    void readMap();
+    void readModifiers();
+    bool isLent(xcb_keycode_t code) const;
+    void change(const std::map<xcb_keycode_t, KeyboardMap::Key>& keys);
+
+    XcbConnection& connection_;
+    KeyboardMap map_;
+    std::vector<std::vector<xcb_keycode_t>> modifiers_;
+    std::map<char32_t, xcb_keycode_t> lent_;
+    std::map<xcb_keycode_t, char32_t> reclaimed_;
+    std::set<std::uint32_t> ownChanges_;
+    bool isStale_ = true;
+};
+
+/// The X symbol of a character.
+std::uint32_t symbolOf(char32_t character);
+
+}  // namespace tarvik::linuxdesktop

@@ -1,0 +1,142 @@
+#include "platform/linux/x11/XcbConnection.h"
+
+#include <sys/socket.h>
+#include <xcb/res.h>
+#include <xcb/xinput.h>
+#include <xcb/xtest.h>
+
+#include <cstdlib>
+#include <span>
+#include <string>
+
+#include "platform/linux/x11/XkbProtocol.h"
+
+namespace tarvik::linuxdesktop {
+
+namespace {
+
+xcb_window_t rootOfScreen(xcb_connection_t* connection, int number) {
+    auto screens = xcb_setup_roots_iterator(xcb_get_setup(connection));
+    for (; screens.rem > 1 && number > 0; --number) {
+        xcb_screen_next(&screens);
+    }
+    return screens.data->root;
+}
+
+}  // namespace
+
+std::unique_ptr<XcbConnection> XcbConnection::open(platform::Log& log) {
+    int screen = 0;
+    std::unique_ptr<XcbConnection> connection(new XcbConnection(xcb_connect(nullptr, &screen)));
+    if (connection->isBroken()) {
+        const char* display = std::getenv("DISPLAY");
+        log.write("TarvikDictate: no X server" +
+                  (display == nullptr ? std::string() : std::string(" at ") + display));
+        return nullptr;
+    }
+    connection->root_ = rootOfScreen(connection->get(), screen);
+    if (const char* missing = connection->useExtensions()) {
+        log.write(std::string("TarvikDictate: the X server lacks ") + missing);
+        return nullptr;
+    }
+    return connection;
+}
+
+XcbConnection::~XcbConnection() {
+    xcb_disconnect(connection_);
+}
+
+const char* XcbConnection::useExtensions() {
+    for (xcb_extension_t* extension : {&xcb_input_id, &xcb_test_id, &xcb_xkb_id, &xcb_res_id}) {
+        xcb_prefetch_extension_data(connection_, extension);
+    }
+    const auto present = [this](xcb_extension_t& extension) {
+        const auto* data = xcb_get_extension_data(connection_, &extension);
+        return data != nullptr && data->present != 0 ? data : nullptr;
+    };
+    const auto* xinput = present(xcb_input_id);
+    const auto* xkb = present(xcb_xkb_id);
+    if (xinput == nullptr || xkb == nullptr || present(xcb_test_id) == nullptr) {
+        return xinput == nullptr ? "XInput" : xkb == nullptr ? "XKB" : "XTEST";
+    }
+    xinputOpcode_ = xinput->major_opcode;
+    xkbFirstEvent_ = xkb->first_event;
+    const auto xinputVersion = xcb_input_xi_query_version(connection_, 2, 2);
+    const auto xkbUse = xcb_xkb_use_extension(connection_, 1, 0);
+    const auto resourceVersion = xcb_res_query_version(connection_, 1, 2);
+    const XcbReply<xcb_input_xi_query_version_reply_t> version(
+        xcb_input_xi_query_version_reply(connection_, xinputVersion, nullptr));
+    const XcbReply<xcb_xkb_use_extension_reply_t> use(
+        xcb_xkb_use_extension_reply(connection_, xkbUse, nullptr));
+    const XcbReply<xcb_res_query_version_reply_t> resources(
+        present(xcb_res_id) == nullptr
+            ? nullptr
+            : xcb_res_query_version_reply(connection_, resourceVersion, nullptr));
+    knowsProcesses_ = resources && (resources->server_major > 1 || resources->server_minor >= 2);
+    // Older servers hide raw events from a client while another one has grabbed the keyboard.
+    if (!version || version->major_version < 2 || version->minor_version < 1) {
+        return "XInput 2.1";
+    }
+    return use && use->supported != 0 ? nullptr : "XKB";
+}
+
+void XcbConnection::shutDown() {
+    shutdown(xcb_get_file_descriptor(connection_), SHUT_RDWR);
+}
+
+bool XcbConnection::sameClient(xcb_window_t one, xcb_window_t other) const {
+    return ((one ^ other) & ~xcb_get_setup(connection_)->resource_id_mask) == 0;
+}
+
+void XcbConnection::selectEvents(xcb_window_t window, std::uint32_t mask) {
+    xcb_change_window_attributes(connection_, window, XCB_CW_EVENT_MASK, &mask);
+}
+
+xcb_atom_t XcbConnection::atom(std::string_view name) {
+    const XcbReply<xcb_intern_atom_reply_t> reply(xcb_intern_atom_reply(
+        connection_,
+        xcb_intern_atom(connection_, 0, static_cast<std::uint16_t>(name.size()), name.data()),
+        nullptr));
+    return reply ? reply->atom : xcb_atom_t{XCB_ATOM_NONE};
+}
+
+std::vector<std::uint32_t> XcbConnection::property(xcb_window_t window, xcb_atom_t name,
+                                                   xcb_atom_t type) {
+    constexpr std::uint32_t mostItems = 4096;
+    const XcbReply<xcb_get_property_reply_t> reply(xcb_get_property_reply(
+        connection_, xcb_get_property(connection_, 0, window, name, type, 0, mostItems), nullptr));
+    if (!reply || reply->type != type || reply->format != 32) {
+        return {};
+    }
+    const std::span items(static_cast<const std::uint32_t*>(xcb_get_property_value(reply.get())),
+                          reply->value_len);
+    return {items.begin(), items.end()};
+}
+
+std::optional<std::uint32_t> XcbConnection::firstOfProperty(xcb_window_t window, xcb_atom_t name,
+                                                            xcb_atom_t type) {
+    const auto items = property(window, name, type);
+    return items.empty() ? std::nullopt : std::optional(items.front());
+}
+
+std::optional<std::int32_t> XcbConnection::processOfClient(xcb_window_t window) {
+    if (!knowsProcesses_) {
+        return std::nullopt;
+    }
+    const xcb_res_client_id_spec_t question{window, XCB_RES_CLIENT_ID_MASK_LOCAL_CLIENT_PID};
+    const XcbReply<xcb_res_query_client_ids_reply_t> reply(xcb_res_query_client_ids_reply(
+        connection_, xcb_res_query_client_ids(connection_, 1, &question), nullptr));
+    if (!reply) {
+        return std::nullopt;
+    }
+    auto answers = xcb_res_query_client_ids_ids_iterator(reply.get());
+    for (; answers.rem > 0; xcb_res_client_id_value_next(&answers)) {
+        if ((answers.data->spec.mask & XCB_RES_CLIENT_ID_MASK_LOCAL_CLIENT_PID) != 0 &&
+            xcb_res_client_id_value_value_length(answers.data) > 0) {
+            return static_cast<std::int32_t>(*xcb_res_client_id_value_value(answers.data));
+        }
+    }
+    return std::nullopt;
+}
+
+}  // namespace tarvik::linuxdesktop

@@ -1,0 +1,65 @@
+#pragma once
+
+#include <xcb/xcb.h>
+
+#include <memory>
+#include <optional>
+#include <string_view>
+#include <vector>
+
+#include "platform/Log.h"
+#include "platform/linux/x11/XcbReply.h"
+
+namespace tarvik::linuxdesktop {
+
+/// A connection to the X server, with the extensions that hotkeys and typing need. The thread that
+/// opened it only, unless a line says otherwise.
+class XcbConnection {
+  public:
+    /// Connects to the server that DISPLAY names. Empty when there is none or it lacks XInput 2.1,
+    /// XTEST or XKB; the log says which.
+    static std::unique_ptr<XcbConnection> open(platform::Log& log);
+
+    ~XcbConnection();
+    XcbConnection(const XcbConnection&) = delete;
+    XcbConnection& operator=(const XcbConnection&) = delete;
+
+    xcb_connection_t* get() const { return connection_; }
+    int descriptor() const { return xcb_get_file_descriptor(connection_); }
+    xcb_window_t root() const { return root_; }
+    /// The client that owns this bit pattern of a resource is the one that made it.
+    bool sameClient(xcb_window_t one, xcb_window_t other) const;
+    std::uint8_t xinputOpcode() const { return xinputOpcode_; }
+    std::uint8_t xkbFirstEvent() const { return xkbFirstEvent_; }
+
+    /// True once the server is gone; every request is ignored from then on. Any thread.
+    bool isBroken() const { return xcb_connection_has_error(connection_) != 0; }
+    /// Breaks the connection, so that a thread which waits for the server goes on. Any thread.
+    void shutDown();
+
+    /// Chooses which core events of a window come here.
+    void selectEvents(xcb_window_t window, std::uint32_t mask);
+    void selectRootEvents(std::uint32_t mask) { selectEvents(root_, mask); }
+
+    /// The server's number for a name; 0 when the server is gone.
+    xcb_atom_t atom(std::string_view name);
+    /// The 32-bit items of a property, empty when there is none of this type.
+    std::vector<std::uint32_t> property(xcb_window_t window, xcb_atom_t name, xcb_atom_t type);
+    /// The first item of such a property.
+    std::optional<std::uint32_t> firstOfProperty(xcb_window_t window, xcb_atom_t name,
+                                                 xcb_atom_t type);
+    /// The process of the client that made a window, as the server knows it.
+    std::optional<std::int32_t> processOfClient(xcb_window_t window);
+
+  private:
+    explicit XcbConnection(xcb_connection_t* connection) : connection_(connection) {}
+    const char* useExtensions();
+
+    xcb_connection_t* connection_;
+    xcb_window_t root_ = XCB_NONE;
+    std::uint8_t xinputOpcode_ = 0;
+    std::uint8_t xkbFirstEvent_ = 0;
+    bool knowsProcesses_ = false;
+};
+
+}  // namespace tarvik::linuxdesktop

@@ -1,0 +1,6 @@
+#pragma once
+
+// The C header calls a member "explicit".
+#define explicit isExplicit
+#include <xcb/xkb.h>
+#undef explicit
