@@ -1,3 +1,6 @@
+find_package(PkgConfig REQUIRED)
+pkg_check_modules(LIBSYSTEMD REQUIRED IMPORTED_TARGET libsystemd)
+
 add_executable(accessibility-conformance
     AccessibilityAtspiTests.cpp
     AccessibilityAtspiWorld.cpp
@@ -7,7 +10,7 @@ add_executable(accessibility-conformance
     AccessibilitySimulatedWorld.cpp
     AccessibilityTargetProcess.cpp)
 target_link_libraries(accessibility-conformance PRIVATE
-    tarvik_linux_accessibility tarvik_simulated GTest::gtest_main)
+    tarvik_linux_accessibility tarvik_simulated PkgConfig::LIBSYSTEMD GTest::gtest_main)
 target_compile_definitions(accessibility-conformance PRIVATE
     TARVIK_TARGETS_FOLDER="${CMAKE_SOURCE_DIR}/tests/desktop/targets")
 target_precompile_headers(accessibility-conformance PRIVATE

@@ -1,0 +1,115 @@
+#include <gtest/gtest.h>
+#include <signal.h>
+
+#include <memory>
+#include <string>
+
+#include "tests/conformance/AccessibilityFixture.h"
+#include "tests/conformance/AccessibilityPrivateSession.h"
+
+namespace tarvik::conformance {
+
+namespace {
+
+class AtspiBus : public AccessibilityFixture {
+  protected:
+    // The environment changes only while no other thread reads it.
+    void TearDown() override { service.reset(); }
+
+    void startEverything() {
+        session.startBus();
+        startService();
+        ASSERT_TRUE(
+            becomesTrue([this] { return service->isProcessTrustedWithOptions(true); }, patience));
+    }
+
+    bool takesText() {
+        const auto target = openFake({});
+        return write(awaitFocus(), "text") == platform::axErrorSuccess && target->text() == "text";
+    }
+
+    bool isWithoutAccessibility() {
+        platform::AXUIElementRef element;
+        return copyFocus(&element) == platform::axErrorAPIDisabled;
+    }
+
+    AccessibilityPrivateSession session;
+};
+
+TEST_F(AtspiBus, WithoutASessionBusNothingIsKnownAndOneLineSaysSo) {
+    startService();
+    EXPECT_TRUE(becomesTrue([this] { return !log.lines().empty(); }, patience));
+    for (int time = 0; time < 3; ++time) {
+        EXPECT_TRUE(isWithoutAccessibility());
+        EXPECT_FALSE(service->isProcessTrustedWithOptions(true));
+    }
+    session.startBus();
+    EXPECT_TRUE(becomesTrue([this] { return !isWithoutAccessibility(); }, patience));
+    EXPECT_TRUE(takesText());
+    EXPECT_EQ(log.lines().size(), 1U) << log.lines().back();
+}
+
+TEST_F(AtspiBus, TrustFollowsTheSwitchOfTheDesktopAndTheKeyboard) {
+    session.startBus();
+    startService();
+    EXPECT_FALSE(service->isProcessTrusted());
+    EXPECT_TRUE(becomesTrue([this] { return !isWithoutAccessibility(); }, patience));
+    EXPECT_FALSE(service->isProcessTrusted());
+    EXPECT_FALSE(service->isProcessTrustedWithOptions(false));
+    EXPECT_FALSE(service->isProcessTrustedWithOptions(true));
+    EXPECT_TRUE(becomesTrue([this] { return service->isProcessTrusted(); }, patience));
+    canType = false;
+    EXPECT_FALSE(service->isProcessTrusted());
+    canType = true;
+    EXPECT_TRUE(service->isProcessTrusted());
+    session.setEnabled(false);
+    EXPECT_TRUE(becomesTrue([this] { return !service->isProcessTrusted(); }, patience));
+}
+
+TEST_F(AtspiBus, ARegistryThatEndsIsStartedAgain) {
+    startEverything();
+    EXPECT_TRUE(takesText());
+    const pid_t registry = session.ownerOnAccessibilityBus("org.a11y.atspi.Registry");
+    kill(registry, SIGKILL);
+    EXPECT_TRUE(becomesTrue([this] { return !log.lines().empty(); }, patience));
+    EXPECT_TRUE(becomesTrue([this] { return !isWithoutAccessibility(); }, patience));
+    EXPECT_NE(session.ownerOnAccessibilityBus("org.a11y.atspi.Registry"), registry);
+    EXPECT_TRUE(takesText());
+    EXPECT_EQ(log.lines().size(), 1U) << log.lines().back();
+}
+
+TEST_F(AtspiBus, AnAccessibilityBusThatEndsIsJoinedAgainOnceItIsBack) {
+    startEverything();
+    const auto before = openFake({});
+    const platform::AXUIElementRef element = awaitFocus();
+    kill(session.ownerOnAccessibilityBus("org.freedesktop.DBus"), SIGKILL);
+    EXPECT_TRUE(becomesTrue([this] { return !log.lines().empty(); }, patience));
+    EXPECT_TRUE(becomesTrue([this] { return !isWithoutAccessibility(); }, patience));
+    EXPECT_EQ(write(element, "text"), platform::axErrorInvalidUIElement);
+    EXPECT_TRUE(takesText());
+    EXPECT_EQ(log.lines().size(), 1U) << log.lines().back();
+}
+
+TEST_F(AtspiBus, WhatStartsTheAccessibilityBusMayEndToo) {
+    startEverything();
+    kill(session.ownerOnSessionBus("org.a11y.Bus"), SIGKILL);
+    EXPECT_TRUE(becomesTrue(
+        [this] { return !isWithoutAccessibility() && service->isProcessTrustedWithOptions(true); },
+        patience));
+    EXPECT_TRUE(takesText());
+}
+
+TEST_F(AtspiBus, ASessionBusThatEndsIsJoinedAgainWhenItIsNeededAgain) {
+    startEverything();
+    session.killBus();
+    EXPECT_TRUE(becomesTrue([this] { return !log.lines().empty(); }, patience));
+    session.startBus();
+    EXPECT_TRUE(becomesTrue(
+        [this] { return !isWithoutAccessibility() && service->isProcessTrustedWithOptions(true); },
+        patience));
+    EXPECT_TRUE(takesText());
+}
+
+}  // namespace
+
+}  // namespace tarvik::conformance

@@ -74,6 +74,7 @@ void AtspiDesktop::joinRegistry(const std::string& address) {
     }
     leaveRegistry();
     address_ = address;
+    state_.focus.store(std::make_shared<const FocusSnapshot>());
     registry_ = AtspiRegistry::open(
         address, {[this](std::shared_ptr<const FocusSnapshot> focus) {
                       state_.focus.store(std::move(focus));
@@ -82,7 +83,7 @@ void AtspiDesktop::joinRegistry(const std::string& address) {
                       state_.isConnected = isRegistered;
                       if (isRegistered) {
                           isWorthStarting_ = true;
-                          lastTrouble_.clear();
+                          isInTrouble_ = false;
                       } else {
                           complain("programs do not report their focus: " + reason);
                       }
@@ -99,8 +100,8 @@ void AtspiDesktop::leaveRegistry() {
 }
 
 void AtspiDesktop::complain(const std::string& trouble) {
-    if (trouble != lastTrouble_) {
-        lastTrouble_ = trouble;
+    // What follows from the first trouble, until all is well again, says nothing new.
+    if (!std::exchange(isInTrouble_, true)) {
         log_.write("TarvikDictate: accessibility — " + trouble);
     }
 }

@@ -57,8 +57,8 @@ class AtspiDesktop {
     /// It has worked since it was last started without being asked for: starting it again without
     /// this could go on for ever.
     bool isWorthStarting_ = false;
-    /// What is in the log already.
-    std::string lastTrouble_;
+    /// The log says already that something is missing.
+    bool isInTrouble_ = false;
 };
 
 }  // namespace tarvik::linuxdesktop
