@@ -1,0 +1,15 @@
+# The other end of the real connections is a server in the test's own process, on loopback.
+find_package(OpenSSL 3 REQUIRED)
+
+add_executable(websocket-conformance
+    WebSocketBeastWorld.cpp
+    WebSocketCertificates.cpp
+    WebSocketConformance.cpp
+    WebSocketListener.cpp
+    WebSocketPeer.cpp
+    WebSocketRecorder.cpp
+    WebSocketSimulatedWorld.cpp)
+target_link_libraries(websocket-conformance PRIVATE
+    tarvik_linux_websocket tarvik_simulated OpenSSL::SSL OpenSSL::Crypto GTest::gtest_main)
+add_test(NAME websocket-conformance COMMAND websocket-conformance)
+set_tests_properties(websocket-conformance PROPERTIES TIMEOUT 300)
