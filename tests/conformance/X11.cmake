@@ -1,0 +1,18 @@
+add_executable(x11-conformance
+    X11EventManagerConformance.cpp
+    X11HotKeyRecorder.cpp
+    X11KeyboardEventsConformance.cpp
+    X11MainQueue.cpp
+    X11Process.cpp
+    X11RealWorld.cpp
+    X11SimulatedWorld.cpp
+    X11Target.cpp
+    X11User.cpp)
+target_link_libraries(x11-conformance PRIVATE
+    tarvik_linux_x11 tarvik_simulated PkgConfig::XCB_INPUT GTest::gtest_main)
+target_compile_definitions(x11-conformance PRIVATE
+    TARVIK_TARGETS="${CMAKE_SOURCE_DIR}/tests/desktop/targets")
+add_test(NAME x11-conformance
+    COMMAND ${CMAKE_SOURCE_DIR}/tests/desktop/private-desktop --x11 --wm --
+        $<TARGET_FILE:x11-conformance>)
+set_tests_properties(x11-conformance PROPERTIES TIMEOUT 300)

@@ -1,0 +1,64 @@
+#pragma once
+
+#include <xcb/xcb.h>
+
+#include <cstdint>
+#include <initializer_list>
+#include <optional>
+
+namespace tarvik::conformance {
+
+/// The person at the keyboard, and a second program that grabs keys.
+class X11User {
+  public:
+    /// Which keyboard is used: the server's own, as hardware is, or the one that programs press.
+    enum class Device { hardware, synthetic };
+
+    static constexpr std::uint8_t altKey = 64;
+    static constexpr std::uint8_t shiftKey = 50;
+    static constexpr std::uint8_t spaceKey = 65;
+    static constexpr std::uint8_t capsLockKey = 66;
+    static constexpr std::uint8_t numLockKey = 77;
+
+    explicit X11User(Device device = Device::hardware);
+    /// Lets go of every key and of the lock keys.
+    ~X11User();
+    X11User(const X11User&) = delete;
+    X11User& operator=(const X11User&) = delete;
+
+    void press(std::uint8_t key);
+    void release(std::uint8_t key);
+    void tap(std::uint8_t key);
+    bool isDown(std::uint8_t key);
+    /// Caps Lock or Num Lock are on.
+    bool isLocked(std::uint8_t modifier);
+    /// Switches Caps Lock and Num Lock.
+    void lock(std::uint8_t modifiers);
+
+    /// Grabs a key for this program as hotkeys are grabbed; false when another one has it.
+    bool grabHotKey(std::uint8_t key, std::uint32_t modifiers);
+    /// Grabs it as window managers do.
+    void grabAsManager(std::uint8_t key, std::uint16_t modifiers);
+    /// How many key presses have come to this program by its grabs.
+    int grabbedPresses();
+    void grabWholeKeyboard();
+    void releaseWholeKeyboard();
+
+    /// How many keys have no symbol.
+    int keysWithoutSymbol();
+    std::optional<xcb_window_t> inputFocus();
+    void setInputFocus(xcb_window_t window);
+
+  private:
+    void key(bool down, std::uint8_t code);
+
+    xcb_connection_t* connection_;
+    xcb_window_t root_;
+    std::uint8_t pressType_;
+    std::uint8_t releaseType_;
+    std::uint8_t device_ = 0;
+    std::uint8_t xinputOpcode_ = 0;
+    int grabbedPresses_ = 0;
+};
+
+}  // namespace tarvik::conformance
