@@ -96,6 +96,7 @@ bool SimulatedAudio::deliver(const std::vector<std::vector<float>>& channels) {
 bool SimulatedAudio::deliver(const std::vector<std::vector<float>>& channels,
                              std::uint32_t channelCount) {
     std::vector<const float*> arrays;
+    arrays.reserve(channels.size());
     for (const std::vector<float>& channel : channels) {
         arrays.push_back(channel.data());
     }

@@ -45,16 +45,14 @@ platform::OSStatus SimulatedEventManager::installEventHandler(
         return platform::eventInternalErr;
     }
     lastHandler_ = {handler, {types.begin(), types.end()}, userData};
-    handlers_[++lastHandle_] = lastHandler_;
-    *outRef = reinterpret_cast<platform::EventHandlerRef>(lastHandle_);
+    *outRef = reinterpret_cast<platform::EventHandlerRef>(&handles_.emplace_back());
+    handlers_[*outRef] = lastHandler_;
     return platform::noErr;
 }
 
 platform::OSStatus SimulatedEventManager::removeEventHandler(platform::EventHandlerRef handler) {
     journal_.add("removeEventHandler");
-    return handlers_.erase(reinterpret_cast<std::uintptr_t>(handler)) == 1
-               ? platform::noErr
-               : platform::eventInternalErr;
+    return handlers_.erase(handler) == 1 ? platform::noErr : platform::eventInternalErr;
 }
 
 platform::OSStatus SimulatedEventManager::registerEventHotKey(
@@ -77,13 +75,13 @@ platform::OSStatus SimulatedEventManager::registerEventHotKey(
         *outRef = nullptr;
         return platform::noErr;
     }
-    hotKeys_[++lastHandle_] = {keyCode, modifiers, id};
-    *outRef = reinterpret_cast<platform::EventHotKeyRef>(lastHandle_);
+    *outRef = reinterpret_cast<platform::EventHotKeyRef>(&handles_.emplace_back());
+    hotKeys_[*outRef] = {keyCode, modifiers, id};
     return platform::noErr;
 }
 
 platform::OSStatus SimulatedEventManager::unregisterEventHotKey(platform::EventHotKeyRef hotKey) {
-    const auto found = hotKeys_.find(reinterpret_cast<std::uintptr_t>(hotKey));
+    const auto found = hotKeys_.find(hotKey);
     journal_.add("unregisterEventHotKey " +
                  (found == hotKeys_.end() ? "unknown" : std::to_string(found->second.id.id)));
     if (found == hotKeys_.end()) {
@@ -151,7 +149,7 @@ platform::OSStatus SimulatedEventManager::release(std::uint32_t keyCode, std::ui
 platform::OSStatus SimulatedEventManager::sendEvent(std::uint32_t kind,
                                                     std::optional<platform::EventHotKeyID> id) {
     SimulatedEvent event(kind, id);
-    const std::map<std::uintptr_t, Handler> handlers = handlers_;
+    const auto handlers = handlers_;
     for (const auto& [handle, handler] : handlers) {
         const bool wanted = std::any_of(
             handler.types.begin(), handler.types.end(), [&](const platform::EventTypeSpec& type) {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <deque>
 #include <map>
 #include <optional>
 #include <set>
@@ -87,10 +88,10 @@ class SimulatedEventManager final : public platform::EventManager {
     platform::OSStatus sendTo(std::optional<platform::EventHotKeyID> id, std::uint32_t kind);
 
     Journal& journal_;
-    // Handles are numbers, never 0, that are not used twice.
-    std::uintptr_t lastHandle_ = 0;
-    std::map<std::uintptr_t, Handler> handlers_;
-    std::map<std::uintptr_t, HotKey> hotKeys_;
+    // A handle is the address of one of these, so that none is used twice.
+    std::deque<char> handles_;
+    std::map<platform::EventHandlerRef, Handler> handlers_;
+    std::map<platform::EventHotKeyRef, HotKey> hotKeys_;
     std::set<std::pair<std::uint32_t, std::uint32_t>> taken_;
     Handler lastHandler_;
     char target_ = 0;

@@ -157,13 +157,14 @@ bool SimulatedTime::runFirstAskedUpTo(Nanoseconds moment) {
         runner_ = std::this_thread::get_id();
         ++depth_;
     }
-    perform(std::move(entry));
+    perform(entry);
+    entry = {};
     const std::lock_guard lock(mutex_);
     --depth_;
     return true;
 }
 
-void SimulatedTime::perform(Entry entry) {
+void SimulatedTime::perform(const Entry& entry) {
     if (!entry.timer) {
         entry.block();
         return;

@@ -96,7 +96,7 @@ class SimulatedTime final : public platform::Clock,
     void invalidate(TimerState& timer);
     bool runFirstAskedUpTo(Nanoseconds moment);
     bool runCompanion();
-    void perform(Entry entry);
+    void perform(const Entry& entry);
 
     mutable std::mutex mutex_;
     std::condition_variable submitted_;

@@ -18,8 +18,6 @@ class Session : public testing::Test {
         app.launchAndSettle();
     }
 
-    std::string url() { return app.socket().request().url; }
-
     ApplicationUnderTest app;
 };
 
@@ -137,73 +135,6 @@ TEST_F(Session, NewRecordingAfterTheGraceStartsTheCaptureAnew) {
     EXPECT_TRUE(app.platform.log().linesWith("SKIPPED").empty());
     EXPECT_EQ(app.platform.journal().count("audio start"), 2U);
     EXPECT_EQ(app.delegate->sessionGeneration(), 2);
-}
-
-TEST_F(Session, FinalPiecesAreJoinedAndInsertedWithASpace) {
-    const auto element = app.platform.accessibility().focusNewElement();
-    app.startStreaming();
-    app.sayFinal("hello");
-    app.sayFinal("world");
-    EXPECT_EQ(app.delegate->lastFinalTranscript(), "hello world");
-    EXPECT_EQ(element->attempts, Lines({"hello", " world"}));
-}
-
-TEST_F(Session, InterimResultsAreIgnored) {
-    const auto element = app.platform.accessibility().focusNewElement();
-    app.startStreaming();
-    app.sayInterim("hel");
-    EXPECT_EQ(app.delegate->lastFinalTranscript(), "");
-    EXPECT_TRUE(element->attempts.empty());
-    EXPECT_TRUE(app.platform.keyboardEvents().posts.empty());
-}
-
-TEST_F(Session, NothingIsInsertedAtTheEnd) {
-    const auto element = app.platform.accessibility().focusNewElement();
-    app.startStreaming();
-    app.sayFinal("hello");
-    app.releaseHold();
-    app.platform.advance(Seconds(10));
-    EXPECT_EQ(element->attempts, Lines({"hello"}));
-}
-
-TEST_F(Session, TextIsKeptAfterTheEndUntilTheNextStart) {
-    app.startStreaming();
-    app.sayFinal("hello");
-    app.releaseHold();
-    app.platform.advance(Seconds(5));
-    EXPECT_EQ(app.delegate->lastFinalTranscript(), "hello");
-    app.pressHold();
-    EXPECT_EQ(app.delegate->lastFinalTranscript(), "");
-}
-
-TEST_F(Session, PieceThatArrivesASecondAfterTheStopIsInsertedIntoTheOldTarget) {
-    const auto element = app.platform.accessibility().focusNewElement();
-    app.startStreaming();
-    app.sayFinal("hello");
-    app.releaseHold();
-    app.platform.accessibility().focusNewElement();
-    app.platform.advance(Seconds(1));
-    app.sayFinal("world");
-    EXPECT_EQ(element->text, "hello world");
-}
-
-TEST_F(Session, LatePieceGoesToTheTargetOfARecordingThatHasStartedMeanwhile) {
-    const auto oldElement = app.platform.accessibility().focusNewElement();
-    app.startStreaming();
-    auto& oldSocket = app.socket();
-    app.sayFinal("one");
-    app.releaseHold();
-    app.platform.advance(Seconds(0.5));
-    const auto newElement = app.platform.accessibility().focusNewElement();
-    app.startStreaming();
-    oldSocket.deliverText(simulated::transcriptJson("two", true));
-    app.platform.runUntilIdle();
-    app.sayFinal("three");
-    oldSocket.deliverText(simulated::transcriptJson("four", true));
-    app.platform.runUntilIdle();
-    EXPECT_EQ(oldElement->text, "one");
-    EXPECT_EQ(newElement->attempts, Lines({"two", " three", " four"}));
-    EXPECT_EQ(app.delegate->lastFinalTranscript(), "two three four");
 }
 
 TEST_F(Session, ConnectionThatOpensAfterTheStopStartsACaptureThatOnlyALaterStopEnds) {
@@ -327,89 +258,6 @@ TEST_F(Session, WithoutADueTierNoCallToActionComes) {
     app.platform.advance(Seconds(60));
     EXPECT_TRUE(app.platform.userInterface().callsToAction.empty());
     EXPECT_EQ(app.recordedSeconds(), 6);
-}
-
-TEST_F(Session, WithoutFrontmostApplicationAndElementTheTextIsTypedForEverybody) {
-    app.platform.workspace().setFrontmostProcess(std::nullopt);
-    app.startStreaming();
-    app.sayFinal("hello");
-    EXPECT_EQ(app.platform.keyboardEvents().typed(std::nullopt), u"hello");
-}
-
-TEST_F(Session, WithoutAnElementTheTextIsTypedIntoTheProcessThatWasInFront) {
-    app.startStreaming();
-    app.platform.workspace().setFrontmostProcess(ApplicationUnderTest::editor + 1);
-    app.sayFinal("hello");
-    app.sayFinal("world");
-    EXPECT_EQ(app.platform.keyboardEvents().typed(ApplicationUnderTest::editor), u"hello world");
-    EXPECT_EQ(app.platform.keyboardEvents().typed(ApplicationUnderTest::editor + 1), u"");
-}
-
-TEST_F(Session, ElementThatIsHandedOutWithAnErrorIsNotUsed) {
-    const auto element = app.platform.accessibility().focusNewElement();
-    app.platform.accessibility().focusStatus = platform::axErrorNoValue;
-    app.startStreaming();
-    app.sayFinal("hello");
-    EXPECT_TRUE(element->attempts.empty());
-    EXPECT_EQ(app.platform.keyboardEvents().typed(ApplicationUnderTest::editor), u"hello");
-}
-
-TEST_F(Session, ElementOfTheStartIsUsedThoughTheFocusHasMoved) {
-    const auto element = app.platform.accessibility().focusNewElement();
-    app.startStreaming();
-    const auto other = app.platform.accessibility().focusNewElement();
-    app.sayFinal("hello");
-    EXPECT_EQ(element->text, "hello");
-    EXPECT_TRUE(other->attempts.empty());
-}
-
-TEST_F(Session, PieceIsInsertedInALaterTurnThanTheOneThatReceivesIt) {
-    const auto element = app.platform.accessibility().focusNewElement();
-    app.platform.webSockets().setAutomatic(false);
-    app.pressHold();
-    app.socket().open();
-    app.socket().deliverText(simulated::transcriptJson("hello", true));
-    app.platform.webSockets().runDelegateQueues();
-    while (app.delegate->lastFinalTranscript().empty()) {
-        ASSERT_TRUE(app.platform.time().runOne());
-    }
-    EXPECT_TRUE(element->attempts.empty());
-    ASSERT_TRUE(app.platform.time().runOne());
-    EXPECT_EQ(element->attempts, Lines({"hello"}));
-}
-
-TEST_F(Session, PieceThatWaitsForItsInsertionUsesTheTargetOfTheMoment) {
-    const auto oldElement = app.platform.accessibility().focusNewElement();
-    app.platform.webSockets().setAutomatic(false);
-    app.pressHold();
-    app.socket().open();
-    app.socket().deliverText(simulated::transcriptJson("hello", true));
-    app.platform.webSockets().runDelegateQueues();
-    while (app.delegate->lastFinalTranscript().empty()) {
-        ASSERT_TRUE(app.platform.time().runOne());
-    }
-    const auto newElement = app.platform.accessibility().focusNewElement();
-    app.delegate->stopRecording();
-    app.delegate->startRecording();
-    app.platform.runUntilIdle();
-    EXPECT_TRUE(oldElement->attempts.empty());
-    EXPECT_EQ(newElement->text, "hello");
-}
-
-TEST_F(Session, PieceThatHasArrivedIsInsertedThoughTheDelegateWasGivenUp) {
-    const auto element = app.platform.accessibility().focusNewElement();
-    app.platform.webSockets().setAutomatic(false);
-    app.pressHold();
-    app.socket().open();
-    app.socket().deliverText(simulated::transcriptJson("hello", true));
-    app.platform.webSockets().runDelegateQueues();
-    while (app.delegate->lastFinalTranscript().empty()) {
-        ASSERT_TRUE(app.platform.time().runOne());
-    }
-    app.delegate->applicationWillTerminate();
-    app.delegate.reset();
-    app.platform.runUntilIdle();
-    EXPECT_EQ(element->text, "hello");
 }
 
 class SessionWithInputRate : public testing::TestWithParam<std::pair<double, std::string>> {};

@@ -1,0 +1,172 @@
+#include <gtest/gtest.h>
+
+#include "tests/core/app/ApplicationUnderTest.h"
+
+namespace tarvik {
+namespace {
+
+using Lines = std::vector<std::string>;
+
+/// What becomes of the transcripts of a session.
+class SessionText : public testing::Test {
+  protected:
+    SessionText() {
+        app.platform.workspace().setFrontmostProcess(ApplicationUnderTest::editor);
+        app.launchAndSettle();
+    }
+
+    ApplicationUnderTest app;
+};
+
+TEST_F(SessionText, FinalPiecesAreJoinedAndInsertedWithASpace) {
+    const auto element = app.platform.accessibility().focusNewElement();
+    app.startStreaming();
+    app.sayFinal("hello");
+    app.sayFinal("world");
+    EXPECT_EQ(app.delegate->lastFinalTranscript(), "hello world");
+    EXPECT_EQ(element->attempts, Lines({"hello", " world"}));
+}
+
+TEST_F(SessionText, InterimResultsAreIgnored) {
+    const auto element = app.platform.accessibility().focusNewElement();
+    app.startStreaming();
+    app.sayInterim("hel");
+    EXPECT_EQ(app.delegate->lastFinalTranscript(), "");
+    EXPECT_TRUE(element->attempts.empty());
+    EXPECT_TRUE(app.platform.keyboardEvents().posts.empty());
+}
+
+TEST_F(SessionText, NothingIsInsertedAtTheEnd) {
+    const auto element = app.platform.accessibility().focusNewElement();
+    app.startStreaming();
+    app.sayFinal("hello");
+    app.releaseHold();
+    app.platform.advance(Seconds(10));
+    EXPECT_EQ(element->attempts, Lines({"hello"}));
+}
+
+TEST_F(SessionText, TextIsKeptAfterTheEndUntilTheNextStart) {
+    app.startStreaming();
+    app.sayFinal("hello");
+    app.releaseHold();
+    app.platform.advance(Seconds(5));
+    EXPECT_EQ(app.delegate->lastFinalTranscript(), "hello");
+    app.pressHold();
+    EXPECT_EQ(app.delegate->lastFinalTranscript(), "");
+}
+
+TEST_F(SessionText, PieceThatArrivesASecondAfterTheStopIsInsertedIntoTheOldTarget) {
+    const auto element = app.platform.accessibility().focusNewElement();
+    app.startStreaming();
+    app.sayFinal("hello");
+    app.releaseHold();
+    app.platform.accessibility().focusNewElement();
+    app.platform.advance(Seconds(1));
+    app.sayFinal("world");
+    EXPECT_EQ(element->text, "hello world");
+}
+
+TEST_F(SessionText, LatePieceGoesToTheTargetOfARecordingThatHasStartedMeanwhile) {
+    const auto oldElement = app.platform.accessibility().focusNewElement();
+    app.startStreaming();
+    auto& oldSocket = app.socket();
+    app.sayFinal("one");
+    app.releaseHold();
+    app.platform.advance(Seconds(0.5));
+    const auto newElement = app.platform.accessibility().focusNewElement();
+    app.startStreaming();
+    oldSocket.deliverText(simulated::transcriptJson("two", true));
+    app.platform.runUntilIdle();
+    app.sayFinal("three");
+    oldSocket.deliverText(simulated::transcriptJson("four", true));
+    app.platform.runUntilIdle();
+    EXPECT_EQ(oldElement->text, "one");
+    EXPECT_EQ(newElement->attempts, Lines({"two", " three", " four"}));
+    EXPECT_EQ(app.delegate->lastFinalTranscript(), "two three four");
+}
+
+TEST_F(SessionText, WithoutFrontmostApplicationAndElementTheTextIsTypedForEverybody) {
+    app.platform.workspace().setFrontmostProcess(std::nullopt);
+    app.startStreaming();
+    app.sayFinal("hello");
+    EXPECT_EQ(app.platform.keyboardEvents().typed(std::nullopt), u"hello");
+}
+
+TEST_F(SessionText, WithoutAnElementTheTextIsTypedIntoTheProcessThatWasInFront) {
+    app.startStreaming();
+    app.platform.workspace().setFrontmostProcess(ApplicationUnderTest::editor + 1);
+    app.sayFinal("hello");
+    app.sayFinal("world");
+    EXPECT_EQ(app.platform.keyboardEvents().typed(ApplicationUnderTest::editor), u"hello world");
+    EXPECT_EQ(app.platform.keyboardEvents().typed(ApplicationUnderTest::editor + 1), u"");
+}
+
+TEST_F(SessionText, ElementThatIsHandedOutWithAnErrorIsNotUsed) {
+    const auto element = app.platform.accessibility().focusNewElement();
+    app.platform.accessibility().focusStatus = platform::axErrorNoValue;
+    app.startStreaming();
+    app.sayFinal("hello");
+    EXPECT_TRUE(element->attempts.empty());
+    EXPECT_EQ(app.platform.keyboardEvents().typed(ApplicationUnderTest::editor), u"hello");
+}
+
+TEST_F(SessionText, ElementOfTheStartIsUsedThoughTheFocusHasMoved) {
+    const auto element = app.platform.accessibility().focusNewElement();
+    app.startStreaming();
+    const auto other = app.platform.accessibility().focusNewElement();
+    app.sayFinal("hello");
+    EXPECT_EQ(element->text, "hello");
+    EXPECT_TRUE(other->attempts.empty());
+}
+
+TEST_F(SessionText, PieceIsInsertedInALaterTurnThanTheOneThatReceivesIt) {
+    const auto element = app.platform.accessibility().focusNewElement();
+    app.platform.webSockets().setAutomatic(false);
+    app.pressHold();
+    app.socket().open();
+    app.socket().deliverText(simulated::transcriptJson("hello", true));
+    app.platform.webSockets().runDelegateQueues();
+    while (app.delegate->lastFinalTranscript().empty()) {
+        ASSERT_TRUE(app.platform.time().runOne());
+    }
+    EXPECT_TRUE(element->attempts.empty());
+    ASSERT_TRUE(app.platform.time().runOne());
+    EXPECT_EQ(element->attempts, Lines({"hello"}));
+}
+
+TEST_F(SessionText, PieceThatWaitsForItsInsertionUsesTheTargetOfTheMoment) {
+    const auto oldElement = app.platform.accessibility().focusNewElement();
+    app.platform.webSockets().setAutomatic(false);
+    app.pressHold();
+    app.socket().open();
+    app.socket().deliverText(simulated::transcriptJson("hello", true));
+    app.platform.webSockets().runDelegateQueues();
+    while (app.delegate->lastFinalTranscript().empty()) {
+        ASSERT_TRUE(app.platform.time().runOne());
+    }
+    const auto newElement = app.platform.accessibility().focusNewElement();
+    app.delegate->stopRecording();
+    app.delegate->startRecording();
+    app.platform.runUntilIdle();
+    EXPECT_TRUE(oldElement->attempts.empty());
+    EXPECT_EQ(newElement->text, "hello");
+}
+
+TEST_F(SessionText, PieceThatHasArrivedIsInsertedThoughTheDelegateWasGivenUp) {
+    const auto element = app.platform.accessibility().focusNewElement();
+    app.platform.webSockets().setAutomatic(false);
+    app.pressHold();
+    app.socket().open();
+    app.socket().deliverText(simulated::transcriptJson("hello", true));
+    app.platform.webSockets().runDelegateQueues();
+    while (app.delegate->lastFinalTranscript().empty()) {
+        ASSERT_TRUE(app.platform.time().runOne());
+    }
+    app.delegate->applicationWillTerminate();
+    app.delegate.reset();
+    app.platform.runUntilIdle();
+    EXPECT_EQ(element->text, "hello");
+}
+
+}  // namespace
+}  // namespace tarvik
