@@ -39,6 +39,11 @@ SystemProcess::~SystemProcess() {
     }
 }
 
+void SystemProcess::waitForEnd() {
+    waitpid(process_, nullptr, 0);
+    process_ = -1;
+}
+
 std::string SystemProcess::readLine() {
     std::string line;
     char c = 0;

@@ -18,6 +18,8 @@ class SystemProcess {
 
     /// The next line that it prints; waits for it. Empty at the end.
     std::string readLine();
+    /// Waits until it ends by itself.
+    void waitForEnd();
 
   private:
     pid_t process_ = -1;
