@@ -57,7 +57,7 @@ struct Authority {
     Key key{EVP_EC_gen("P-256")};
     Certificate certificate;
 
-    Authority() : certificate(makeBlank(key, 1, "Authority of a test", 10 * day)) {
+    explicit Authority(const std::string& name) : certificate(makeBlank(key, 1, name, 10 * day)) {
         X509* handle = certificate.get();
         X509_set_issuer_name(handle, X509_get_subject_name(handle));
         addExtension(handle, handle, NID_basic_constraints, "critical,CA:TRUE");
@@ -86,7 +86,7 @@ class TrustedAuthority {
     TrustedAuthority(const TrustedAuthority&) = delete;
     TrustedAuthority& operator=(const TrustedAuthority&) = delete;
 
-    Authority authority;
+    Authority authority{"Authority of a test"};
 
   private:
     std::filesystem::path folder_;
@@ -96,7 +96,7 @@ class TrustedAuthority {
 
 SslContext makeServerContext(const WebSocketCertificate& wanted) {
     static const TrustedAuthority trusted;
-    static const Authority stranger;
+    static const Authority stranger("Authority that nobody knows");
     const Authority& authority = wanted.isTrusted ? trusted.authority : stranger;
 
     const Key key(EVP_EC_gen("P-256"));

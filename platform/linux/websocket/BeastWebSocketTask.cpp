@@ -64,6 +64,7 @@ void BeastWebSocketTask::onOpening(Result<Opening::Opened> result) {
     state_ = State::open;
     auto [connection, protocol] = std::move(result).value();
     connection_ = std::move(connection);
+    session_->connectionOpened(connection_);
     connection_->open([weakSelf = weak_from_this()](int code, std::string reason) {
         if (const auto self = weakSelf.lock()) {
             self->onCloseFrame({code, std::move(reason)});
@@ -249,10 +250,7 @@ void BeastWebSocketTask::drop() {
         opening_->cancel();
         opening_.reset();
     }
-    if (connection_) {
-        connection_->cut();
-        connection_.reset();
-    }
+    connection_.reset();
 }
 
 }  // namespace tarvik::linuxdesktop

@@ -28,7 +28,7 @@ class BeastWebSocketTask final : public platform::WebSocketTask,
     void receive(ReceiveHandler handler) override;
     void cancel(int closeCode) override;
 
-    /// Ends the connection at once and forgets all handlers. On the session's thread.
+    /// Forgets all handlers; the session cuts the connection. On the session's thread.
     void drop();
 
   private:

@@ -40,13 +40,10 @@ Connection::Connection(boost::asio::ip::tcp::socket socket, boost::asio::ssl::co
 }
 
 void Connection::open(CloseHandler onClose) {
-    // Only the farewell is limited: an idle connection costs no wake-ups.
-    websocket::stream_base::timeout timeouts{};
-    timeouts.handshake_timeout = farewell_;
-    timeouts.idle_timeout = websocket::stream_base::none();
-    timeouts.keep_alive_pings = false;
-    stream_.set_option(timeouts);
-    // The stream belongs to this object.
+    // The stream belongs to this object. Beast's own time limits stay off: they leave out the end
+    // after a frame that breaks the protocol, and an idle connection costs no wake-ups without
+    // them.
+    stream_.next_layer().setOnTeardown([this] { beginFarewell(); });
     stream_.control_callback(
         [this, onClose = std::move(onClose)](websocket::frame_type kind, beast::string_view) {
             if (kind != websocket::frame_type::close) {
@@ -101,6 +98,9 @@ void Connection::close(int code) {
 }
 
 void Connection::beginFarewell() {
+    if (!beast::get_lowest_layer(stream_).is_open()) {
+        return;
+    }
     farewellLimit_.expires_after(farewell_);
     farewellLimit_.async_wait([self = shared_from_this()](const error_code& failure) {
         if (!failure) {

@@ -8,6 +8,7 @@
 #include <boost/beast/ssl/ssl_stream.hpp>
 #include <boost/beast/websocket/ssl.hpp>
 #include <boost/beast/websocket/teardown.hpp>
+#include <functional>
 #include <utility>
 
 #include "platform/linux/websocket/FrameKinds.h"
@@ -29,6 +30,9 @@ class FrameStream {
     const next_layer_type& next_layer() const noexcept { return next_; }
     FrameKinds& kinds() { return kinds_; }
 
+    /// What is done when the web socket begins to end the connection below it.
+    void setOnTeardown(std::function<void()> onTeardown) { onTeardown_ = std::move(onTeardown); }
+
     template <typename Buffers, typename Token>
     auto async_read_some(const Buffers& buffers, Token&& token) {
         return boost::asio::async_compose<Token, void(boost::system::error_code, std::size_t)>(
@@ -38,6 +42,13 @@ class FrameStream {
     template <typename Buffers, typename Token>
     auto async_write_some(const Buffers& buffers, Token&& token) {
         return next_.async_write_some(buffers, std::forward<Token>(token));
+    }
+
+    template <typename Handler>
+    void tearDown(boost::beast::role_type role, Handler&& handler) {
+        onTeardown_();
+        boost::asio::async_compose<Handler, void(boost::system::error_code)>(
+            TeardownOperation{*this, role}, handler, next_);
     }
 
   private:
@@ -66,15 +77,32 @@ class FrameStream {
         }
     };
 
+    struct TeardownOperation {
+        FrameStream& stream;
+        boost::beast::role_type role;
+
+        template <typename Self>
+        void operator()(Self& self) {
+            using boost::beast::async_teardown;
+            async_teardown(role, stream.next_, std::move(self));
+        }
+
+        // However it went, the reason for the teardown is what counts.
+        template <typename Self>
+        void operator()(Self& self, const boost::system::error_code& /*failure*/) {
+            self.complete({});
+        }
+    };
+
     next_layer_type next_;
+    std::function<void()> onTeardown_;
     FrameKinds kinds_;
 };
 
 /// Found by Beast through the stream's namespace.
 template <typename Handler>
 void async_teardown(boost::beast::role_type role, FrameStream& stream, Handler&& handler) {
-    using boost::beast::async_teardown;
-    async_teardown(role, stream.next_layer(), std::forward<Handler>(handler));
+    stream.tearDown(role, std::forward<Handler>(handler));
 }
 
 }  // namespace tarvik::linuxdesktop

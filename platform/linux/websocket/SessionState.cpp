@@ -20,16 +20,21 @@ std::shared_ptr<platform::WebSocketSessionDelegate> SessionState::delegate() con
 
 void SessionState::connectionMade(const std::shared_ptr<BeastWebSocketTask>& task) {
     const std::lock_guard lock(mutex_);
-    ++connections_;
+    ++connectionCount_;
     heldDelegate_ = delegate_.lock();
     std::erase_if(tasks_, [](const auto& old) { return old.expired(); });
     tasks_.push_back(task);
 }
 
+void SessionState::connectionOpened(const std::shared_ptr<Connection>& connection) {
+    std::erase_if(openConnections_, [](const auto& old) { return old.expired(); });
+    openConnections_.push_back(connection);
+}
+
 void SessionState::connectionEnded() {
     {
         const std::lock_guard lock(mutex_);
-        --connections_;
+        --connectionCount_;
     }
     // An earlier wait is cancelled by this one.
     linger_.expires_after(surroundings_->timing.delegateLinger);
@@ -43,7 +48,7 @@ void SessionState::connectionEnded() {
 void SessionState::onLingered() {
     {
         const std::lock_guard lock(mutex_);
-        if (connections_ > 0) {
+        if (connectionCount_ > 0) {
             return;
         }
     }
@@ -71,6 +76,11 @@ void SessionState::closeOnThread() {
     for (const auto& weakTask : tasks) {
         if (const auto task = weakTask.lock()) {
             task->drop();
+        }
+    }
+    for (const auto& weakConnection : openConnections_) {
+        if (const auto connection = weakConnection.lock()) {
+            connection->cut();
         }
     }
 }

@@ -12,6 +12,7 @@
 namespace tarvik::linuxdesktop {
 
 class BeastWebSocketTask;
+class Connection;
 
 /// What a session shares with its connections: the thread, and the delegate, which is held while a
 /// connection is there and for some time after.
@@ -28,6 +29,9 @@ class SessionState final : public std::enable_shared_from_this<SessionState> {
 
     /// A connection is there from now on. Main thread.
     void connectionMade(const std::shared_ptr<BeastWebSocketTask>& task);
+    /// Cuts `connection` when the session is closed, even if its task has gone. On the session's
+    /// thread.
+    void connectionOpened(const std::shared_ptr<Connection>& connection);
     /// One connection has ended. On the session's thread.
     void connectionEnded();
 
@@ -48,7 +52,9 @@ class SessionState final : public std::enable_shared_from_this<SessionState> {
     std::mutex mutex_;
     std::shared_ptr<platform::WebSocketSessionDelegate> heldDelegate_;
     std::vector<std::weak_ptr<BeastWebSocketTask>> tasks_;
-    int connections_ = 0;
+    int connectionCount_ = 0;
+    /// On the session's thread.
+    std::vector<std::weak_ptr<Connection>> openConnections_;
 };
 
 }  // namespace tarvik::linuxdesktop
