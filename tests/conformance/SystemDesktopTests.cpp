@@ -33,17 +33,20 @@ class OtherProgram {
     OtherProgram(const OtherProgram&) = delete;
     OtherProgram& operator=(const OtherProgram&) = delete;
 
+    /// Puts the pointer where no window is: a window manager may give the keyboard to what is under
+    /// it.
+    void movePointerAway() {
+        xcb_warp_pointer(connection_, XCB_WINDOW_NONE, root_, 0, 0, 0, 0, 0, 0);
+        const X11Reply<xcb_query_pointer_reply_t> arrived(
+            xcb_query_pointer_reply(connection_, xcb_query_pointer(connection_, root_), nullptr));
+        EXPECT_TRUE(arrived);
+    }
+
+    /// The window that has the keyboard.
     xcb_window_t activeWindow() const {
-        const X11Reply<xcb_get_property_reply_t> reply(xcb_get_property_reply(
-            connection_,
-            xcb_get_property(connection_, 0, root_, x11Atom(connection_, "_NET_ACTIVE_WINDOW"),
-                             XCB_ATOM_WINDOW, 0, 1),
-            nullptr));
-        xcb_window_t window = XCB_WINDOW_NONE;
-        if (reply && xcb_get_property_value_length(reply.get()) == sizeof window) {
-            std::memcpy(&window, xcb_get_property_value(reply.get()), sizeof window);
-        }
-        return window;
+        const X11Reply<xcb_get_input_focus_reply_t> reply(
+            xcb_get_input_focus_reply(connection_, xcb_get_input_focus(connection_), nullptr));
+        return reply ? reply->focus : static_cast<xcb_window_t>(XCB_WINDOW_NONE);
     }
 
     std::string activeTitle() const {
@@ -105,7 +108,9 @@ class SystemAlertTest : public SystemLinuxTest {
     /// Waits until the window is there that the user works in.
     void openOtherWindow() {
         const std::string title = folder.path();
-        other.emplace(std::vector<std::string>{"xterm", "-title", title, "-e", "sleep", "600"});
+        program.movePointerAway();
+        other.emplace(std::vector<std::string>{"xterm", "-geometry", "80x10+100+100", "-title",
+                                               title, "-e", "sleep", "600"});
         EXPECT_TRUE(runUntil([&] { return program.activeTitle() == title; }));
     }
 

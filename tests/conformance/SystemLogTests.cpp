@@ -123,12 +123,9 @@ TEST(SystemLogTest, AReaderThatStopsReadingHoldsNobodyUpAndLearnsWhatItMissed) {
     }
     EXPECT_LT((clock.now() - start).count(), 1.0);
     // Only now somebody reads: what was not dropped arrives, and how many were.
-    std::thread reader([&] { errors.readUntil("the end, which is never written"); });
+    EXPECT_TRUE(errors.readLines(10000));
     log.reset();
-    errors.restore();
-    reader.join();
     const std::vector<std::string> lines = errors.lines();
-    EXPECT_GE(lines.size(), 10000U);
     EXPECT_TRUE(std::any_of(lines.begin(), lines.end(), [](const std::string& line) {
         return line.find("log lines were dropped because nobody took them") != std::string::npos;
     }));

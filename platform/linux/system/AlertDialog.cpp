@@ -94,7 +94,8 @@ void AlertDialog::showEvent(QShowEvent* event) {
     QDialog::showEvent(event);
     field_->setFocus();
     field_->selectAll();
-    bringToFront(*this);
+    // The window is mapped only after this event, and nobody can activate it before.
+    QMetaObject::invokeMethod(this, [this] { bringToFront(*this); }, Qt::QueuedConnection);
 }
 
 platform::AlertAnswer AlertDialog::run() {
