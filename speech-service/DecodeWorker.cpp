@@ -136,6 +136,7 @@ void DecodeWorker::run() {
     // Not through post: a cancelled worker must be joined all the same.
     boost::asio::post(executor_, [self = shared_from_this()] {
         self->thread_.join();
+        self->callbacks_ = {};
         self->keepRunning_.reset();
     });
 }

@@ -23,7 +23,7 @@ namespace tarvik::service {
 /// Decodes one stream on a thread of its own.
 ///
 /// Its operations are called on the owner's executor and never block; the callbacks come there too.
-/// The thread keeps the worker and the executor's context alive until it has ended.
+/// The thread keeps the worker, its callbacks and the executor's context until it has ended.
 class DecodeWorker : public std::enable_shared_from_this<DecodeWorker> {
   public:
     struct Callbacks {
@@ -75,7 +75,7 @@ class DecodeWorker : public std::enable_shared_from_this<DecodeWorker> {
     const std::shared_ptr<DecoderPool> decoders_;
     const int sampleRate_;
     const bool interimResults_;
-    const Callbacks callbacks_;
+    Callbacks callbacks_;
     std::uint64_t appendedBytes_ = 0;
 
     mutable std::mutex mutex_;

@@ -6,7 +6,6 @@
 #include <iostream>
 #include <sstream>
 
-#include "base/Weakly.h"
 #include "speech-service/ControlMessage.h"
 #include "speech-service/ServiceMessages.h"
 
@@ -68,9 +67,10 @@ void Stream::onAccepted(beast::error_code error) {
         return;
     }
     DecodeWorker::Callbacks callbacks;
-    callbacks.onUtterance = weakly(*this, &Stream::onUtterance);
-    callbacks.onRoom = weakly(*this, &Stream::onRoom);
-    callbacks.onEnd = weakly(*this, &Stream::onDecoderEnd);
+    // Strong references: while reading waits for room, nothing else keeps the stream alive.
+    callbacks.onUtterance = beast::bind_front_handler(&Stream::onUtterance, shared_from_this());
+    callbacks.onRoom = beast::bind_front_handler(&Stream::onRoom, shared_from_this());
+    callbacks.onEnd = beast::bind_front_handler(&Stream::onDecoderEnd, shared_from_this());
     worker_ = DecodeWorker::start(socket_.get_executor(), decoders_, query_.sampleRate,
                                   query_.interimResults, std::move(callbacks));
     if (closing_) {

@@ -20,7 +20,8 @@ using TlsStream = boost::beast::ssl_stream<boost::beast::tcp_stream>;
 
 /// One open web socket: audio in, messages out.
 ///
-/// On the server's executor only. It keeps itself alive while the socket is open.
+/// On the server's executor only. It keeps itself alive while the socket is open or
+/// its audio is being decoded.
 class Stream : public OpenConnection, public std::enable_shared_from_this<Stream> {
   public:
     /// `idleTimeout` is how long a client may send neither audio nor a KeepAlive message.

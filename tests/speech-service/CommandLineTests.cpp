@@ -1,0 +1,50 @@
+#include <gtest/gtest.h>
+
+#include <vector>
+
+#include "speech-service/CommandLine.h"
+
+namespace tarvik::service {
+
+namespace {
+
+Result<CommandLine> parse(std::vector<std::string_view> arguments) {
+    return parseCommandLine(arguments);
+}
+
+TEST(CommandLine, ServesOnThePortAndFolderThatItNames) {
+    const Result<CommandLine> line = parse({"--port", "0", "--state-directory=/some/where"});
+    ASSERT_TRUE(line);
+    EXPECT_EQ(line.value().action, CommandLine::Action::serve);
+    EXPECT_EQ(line.value().port, 0);
+    EXPECT_EQ(line.value().stateDirectory, "/some/where");
+}
+
+TEST(CommandLine, HasAPortAndAFolderOfItsOwn) {
+    setenv("XDG_STATE_HOME", "/state", 1);
+    EXPECT_EQ(parse({}).value().port, 8443);
+    EXPECT_EQ(parse({}).value().stateDirectory, "/state/tarvik-speech-service");
+    unsetenv("XDG_STATE_HOME");
+    setenv("HOME", "/home/somebody", 1);
+    EXPECT_EQ(parse({}).value().stateDirectory,
+              "/home/somebody/.local/state/tarvik-speech-service");
+}
+
+TEST(CommandLine, RefusesWhatItDoesNotUnderstand) {
+    const std::vector<std::pair<std::vector<std::string_view>, std::string_view>> cases{
+        {{"--frobnicate"}, "There is no option \"--frobnicate\""},
+        {{"8443"}, "There is no option \"8443\""},
+        {{"--port"}, "--port needs a value"},
+        {{"--port", "70000"}, "--port takes a number from 0 to 65535, not \"70000\""},
+        {{"--port=eight"}, "--port takes a number from 0 to 65535, not \"eight\""},
+        {{"--state-directory="}, "--state-directory takes a folder"}};
+    for (const auto& [arguments, expected] : cases) {
+        const Result<CommandLine> line = parse(arguments);
+        ASSERT_FALSE(line);
+        EXPECT_EQ(line.error().localizedDescription, expected);
+    }
+}
+
+}  // namespace
+
+}  // namespace tarvik::service

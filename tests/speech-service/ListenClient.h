@@ -1,0 +1,79 @@
+#pragma once
+
+#include <boost/asio/io_context.hpp>
+#include <boost/asio/ssl/context.hpp>
+#include <boost/beast/core/flat_buffer.hpp>
+#include <boost/beast/core/tcp_stream.hpp>
+#include <boost/beast/http.hpp>
+#include <boost/beast/ssl/ssl_stream.hpp>
+#include <boost/beast/websocket/stream.hpp>
+#include <filesystem>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "tests/speech-service/Speech.h"
+
+namespace tarvik::service {
+
+/// A message of the service, as far as tests look at it.
+struct Message {
+    std::string type;
+    std::string transcript;
+    bool isFinal = false;
+    bool isSpeechFinal = false;
+    bool isFromFinalize = false;
+    double start = 0;
+    double duration = 0;
+    double confidence = 0;
+    std::vector<double> wordStarts;
+};
+
+/// Reads a message; throws when it does not have the promised shape.
+Message parseMessage(const std::string& json);
+
+/// A client that trusts one authority only and waits for each thing it does.
+class ListenClient {
+  public:
+    /// Connects to localhost and secures the connection.
+    ListenClient(std::uint16_t port, const std::filesystem::path& authority);
+
+    /// Opens a stream. True when the service accepted; its reply is in response() either way.
+    bool open(const std::string& target, const std::string& subprotocols = "token, a key");
+
+    /// Opens a stream for audio at `rate`, with interim results and punctuation.
+    bool openAt(int rate);
+
+    /// Sends a plain request and reads the answer into response().
+    void request(const std::string& target);
+
+    const boost::beast::http::response<boost::beast::http::string_body>& response() const {
+        return response_;
+    }
+
+    void sendText(const std::string& text);
+
+    /// Sends audio in messages of `messageSize` bytes.
+    void sendAudio(const Audio& audio, std::size_t messageSize = 4096);
+
+    /// The next message, or none once the service has closed the stream.
+    std::optional<Message> receive();
+
+    /// All messages until the service closes the stream.
+    std::vector<Message> receiveAll();
+
+    /// How the service closed.
+    const boost::beast::websocket::close_reason& closeReason() const { return socket_.reason(); }
+
+  private:
+    std::uint16_t port_;
+    boost::asio::io_context context_;
+    boost::asio::ssl::context tls_;
+    boost::beast::websocket::stream<boost::beast::ssl_stream<boost::beast::tcp_stream>> socket_;
+    boost::beast::http::response<boost::beast::http::string_body> response_;
+};
+
+/// The final transcripts among `messages`, joined by single spaces.
+std::string finalText(const std::vector<Message>& messages);
+
+}  // namespace tarvik::service

@@ -1,0 +1,104 @@
+#include <gtest/gtest.h>
+#include <simdjson.h>
+
+#include <boost/asio/connect.hpp>
+#include <boost/asio/ip/tcp.hpp>
+#include <boost/asio/read.hpp>
+#include <boost/asio/write.hpp>
+
+#include "tests/speech-service/ListenClient.h"
+#include "tests/speech-service/RunningServer.h"
+
+namespace tarvik::service {
+
+namespace {
+
+class Refusal : public testing::Test {
+  protected:
+    void expectRefused(const ListenClient& client, unsigned status, const std::string& code) {
+        EXPECT_EQ(client.response().result_int(), status);
+        EXPECT_EQ(client.response()[boost::beast::http::field::content_type], "application/json");
+        simdjson::dom::parser parser;
+        const simdjson::dom::element body =
+            parser.parse(simdjson::padded_string(client.response().body()));
+        EXPECT_EQ(body["err_code"].get_string().value(), code);
+        EXPECT_FALSE(body["err_msg"].get_string().value().empty());
+        EXPECT_FALSE(body["request_id"].get_string().value().empty());
+    }
+
+    RunningServer server_;
+};
+
+TEST_F(Refusal, OfAMissingKey) {
+    ListenClient client(server_.port(), server_.authority());
+    EXPECT_FALSE(client.open("/v1/listen?encoding=linear16&sample_rate=16000", ""));
+    expectRefused(client, 401, "INVALID_AUTH");
+}
+
+TEST_F(Refusal, OfABadQuery) {
+    ListenClient client(server_.port(), server_.authority());
+    EXPECT_FALSE(client.open("/v1/listen?encoding=linear16&sample_rate=4000"));
+    expectRefused(client, 400, "INVALID_QUERY_PARAMETER");
+}
+
+TEST_F(Refusal, OfAnotherPath) {
+    ListenClient client(server_.port(), server_.authority());
+    EXPECT_FALSE(client.open("/v1/speak"));
+    expectRefused(client, 404, "NOT_FOUND");
+}
+
+TEST_F(Refusal, OfARequestWithoutUpgrade) {
+    ListenClient client(server_.port(), server_.authority());
+    client.request("/v1/listen?encoding=linear16&sample_rate=16000");
+    expectRefused(client, 426, "UPGRADE_REQUIRED");
+}
+
+TEST_F(Refusal, OfAConnectionWithoutTlsLeavesTheServiceAlive) {
+    boost::asio::io_context context;
+    boost::asio::ip::tcp::socket plain(context);
+    plain.connect({boost::asio::ip::address_v4::loopback(), server_.port()});
+    boost::asio::write(plain, boost::asio::buffer(std::string("GET / HTTP/1.1\r\n\r\n")));
+    std::string answer;
+    boost::system::error_code end;
+    boost::asio::read(plain, boost::asio::dynamic_buffer(answer), end);
+    EXPECT_TRUE(end);
+
+    ListenClient client(server_.port(), server_.authority());
+    EXPECT_TRUE(client.openAt(16000));
+}
+
+TEST(Service, RefusesMoreStreamsThanItServes) {
+    ServerOptions options;
+    options.mostStreams = 1;
+    RunningServer server(options);
+    ListenClient first(server.port(), server.authority());
+    ASSERT_TRUE(first.openAt(16000));
+    ListenClient second(server.port(), server.authority());
+    EXPECT_FALSE(second.openAt(16000));
+    EXPECT_EQ(second.response().result_int(), 429U);
+}
+
+TEST(Service, ListensOnBothLoopbackAddresses) {
+    RunningServer server;
+    boost::asio::io_context context;
+    using boost::asio::ip::tcp;
+    tcp::socket fourth(context);
+    fourth.connect({boost::asio::ip::address_v4::loopback(), server.port()});
+    EXPECT_TRUE(fourth.is_open());
+    tcp::acceptor probe(context);
+    boost::system::error_code unavailable;
+    probe.open(tcp::v6(), unavailable);
+    if (!unavailable) {
+        probe.bind({boost::asio::ip::address_v6::loopback(), 0}, unavailable);
+    }
+    if (unavailable) {
+        GTEST_SKIP() << "no IPv6 here: " << unavailable.message();
+    }
+    tcp::socket sixth(context);
+    sixth.connect({boost::asio::ip::address_v6::loopback(), server.port()});
+    EXPECT_TRUE(sixth.is_open());
+}
+
+}  // namespace
+
+}  // namespace tarvik::service

@@ -1,0 +1,29 @@
+#include "tests/speech-service/RunningServer.h"
+
+#include <boost/asio/post.hpp>
+
+#include "speech-service/CertificateStore.h"
+
+namespace tarvik::service {
+
+RunningServer::RunningServer(ServerOptions options)
+    : certificates_(prepareCertificates(directory_.path()).value()),
+      server_(Server::create(context_, options, certificates_).value()),
+      thread_([this] { context_.run(); }) {}
+
+RunningServer::~RunningServer() {
+    stop();
+    join();
+}
+
+void RunningServer::stop() {
+    boost::asio::post(context_, [this] { server_->stop(); });
+}
+
+void RunningServer::join() {
+    if (thread_.joinable()) {
+        thread_.join();
+    }
+}
+
+}  // namespace tarvik::service

@@ -1,0 +1,84 @@
+#include <gtest/gtest.h>
+
+#include "speech-service/StreamQuery.h"
+
+namespace tarvik::service {
+
+namespace {
+
+std::string refusalOf(std::string_view query) {
+    const Result<StreamQuery> parsed = parseStreamQuery(query);
+    return parsed ? "accepted" : parsed.error().localizedDescription;
+}
+
+TEST(StreamQuery, ReadsWhatADictationAsksFor) {
+    const Result<StreamQuery> query = parseStreamQuery(
+        "model=nova-3&smart_format=true&punctuate=true&interim_results=true&mip_opt_out=true"
+        "&encoding=linear16&sample_rate=48000&channels=1");
+    ASSERT_TRUE(query);
+    EXPECT_EQ(query.value().sampleRate, 48000);
+    EXPECT_TRUE(query.value().interimResults);
+    EXPECT_TRUE(query.value().punctuate);
+}
+
+TEST(StreamQuery, LeavesInterimResultsAndPunctuationOutUnlessAsked) {
+    const Result<StreamQuery> query = parseStreamQuery("encoding=linear16&sample_rate=16000");
+    ASSERT_TRUE(query);
+    EXPECT_FALSE(query.value().interimResults);
+    EXPECT_FALSE(query.value().punctuate);
+}
+
+TEST(StreamQuery, TakesEveryRateFrom8To192Kilohertz) {
+    for (const char* rate : {"8000", "11025", "44100", "192000"}) {
+        EXPECT_EQ(refusalOf("encoding=linear16&sample_rate=" + std::string(rate)), "accepted");
+    }
+}
+
+TEST(StreamQuery, RefusesOtherRatesAndSaysWhatIsAllowed) {
+    for (const char* rate :
+         {"7999", "192001", "0", "-16000", "", "16k", "16000.0", "99999999999"}) {
+        EXPECT_EQ(refusalOf("encoding=linear16&sample_rate=" + std::string(rate)),
+                  "Invalid value \"" + std::string(rate) +
+                      "\" for the parameter sample_rate: a whole number of hertz from 8000 to "
+                      "192000");
+    }
+    EXPECT_EQ(refusalOf("encoding=linear16"),
+              "The parameter sample_rate is missing: a whole number of hertz from 8000 to 192000");
+}
+
+TEST(StreamQuery, RefusesOtherEncodings) {
+    EXPECT_EQ(refusalOf("encoding=opus&sample_rate=16000"),
+              "Invalid value \"opus\" for the parameter encoding: this service understands "
+              "linear16");
+    EXPECT_EQ(refusalOf("sample_rate=16000"),
+              "The parameter encoding is missing: this service understands linear16");
+}
+
+TEST(StreamQuery, RefusesMoreOrLessThanOneChannel) {
+    for (const char* channels : {"0", "2", "one"}) {
+        EXPECT_EQ(
+            refusalOf("encoding=linear16&sample_rate=16000&channels=" + std::string(channels)),
+            "Invalid value \"" + std::string(channels) +
+                "\" for the parameter channels: this service understands one channel");
+    }
+}
+
+TEST(StreamQuery, RefusesLanguagesThatItCannotUnderstand) {
+    EXPECT_EQ(refusalOf("encoding=linear16&sample_rate=16000&language=en-GB"), "accepted");
+    EXPECT_EQ(refusalOf("encoding=linear16&sample_rate=16000&language=de"),
+              "Invalid value \"de\" for the parameter language: this service understands English");
+}
+
+TEST(StreamQuery, RefusesFlagsThatAreNeitherTrueNorFalse) {
+    EXPECT_EQ(refusalOf("encoding=linear16&sample_rate=16000&interim_results=maybe"),
+              "Invalid value \"maybe\" for the parameter interim_results: true or false");
+}
+
+TEST(StreamQuery, DecodesEscapesAndIgnoresWhatItDoesNotKnow) {
+    EXPECT_EQ(refusalOf("tag=100%&=&&encodin%67=linear%31%36&sample_rate=16000&keyterm=a+b%zz"),
+              "accepted");
+}
+
+}  // namespace
+
+}  // namespace tarvik::service
