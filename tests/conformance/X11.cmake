@@ -1,12 +1,15 @@
 add_executable(x11-conformance
+    X11DeliveryTests.cpp
     X11EventManagerConformance.cpp
     X11HotKeyRecorder.cpp
+    X11HotKeyTests.cpp
     X11KeyboardEventsConformance.cpp
     X11MainQueue.cpp
     X11Process.cpp
     X11RealWorld.cpp
     X11SimulatedWorld.cpp
     X11Target.cpp
+    X11TypingTests.cpp
     X11User.cpp)
 target_link_libraries(x11-conformance PRIVATE
     tarvik_linux_x11 tarvik_simulated PkgConfig::XCB_INPUT GTest::gtest_main)

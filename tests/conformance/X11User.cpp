@@ -63,6 +63,7 @@ X11User::~X11User() {
         }
     }
     lock(0);
+    tap(escapeKey);
     isDown(spaceKey);
     xcb_disconnect(connection_);
 }

@@ -14,14 +14,13 @@ class X11User {
     /// Which keyboard is used: the server's own, as hardware is, or the one that programs press.
     enum class Device { hardware, synthetic };
 
+    static constexpr std::uint8_t escapeKey = 9;
     static constexpr std::uint8_t altKey = 64;
     static constexpr std::uint8_t shiftKey = 50;
     static constexpr std::uint8_t spaceKey = 65;
-    static constexpr std::uint8_t capsLockKey = 66;
-    static constexpr std::uint8_t numLockKey = 77;
 
     explicit X11User(Device device = Device::hardware);
-    /// Lets go of every key and of the lock keys.
+    /// Lets go of every key and of the lock keys, and closes a menu.
     ~X11User();
     X11User(const X11User&) = delete;
     X11User& operator=(const X11User&) = delete;

@@ -23,12 +23,12 @@ FrontWindow::FrontWindow(XcbConnection& connection,
       windowProcess_(connection.atom("_NET_WM_PID")),
       process_(process) {}
 
-bool FrontWindow::noticeProperty(const xcb_property_notify_event_t& event) {
-    if (event.window != connection_.root() || event.atom != activeWindow_) {
-        return false;
+FrontWindow::Notice FrontWindow::noticeProperty(const xcb_property_notify_event_t& event) {
+    if (event.atom != activeWindow_ && event.atom != managerCheck_) {
+        return Notice::nothing;
     }
     refresh();
-    return true;
+    return event.atom == managerCheck_ ? Notice::otherManager : Notice::otherWindow;
 }
 
 void FrontWindow::refreshUnannounced() {

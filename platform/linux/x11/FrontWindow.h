@@ -23,8 +23,9 @@ class FrontWindow {
     FrontWindow(const FrontWindow&) = delete;
     FrontWindow& operator=(const FrontWindow&) = delete;
 
-    /// Takes notice of a change on the root window; true when it was about the front window.
-    bool noticeProperty(const xcb_property_notify_event_t& event);
+    /// What a changed property of the root window means.
+    enum class Notice { nothing, otherWindow, otherManager };
+    Notice noticeProperty(const xcb_property_notify_event_t& event);
     /// Looks again.
     void refresh() { remember(window()); }
     /// Looks again where nobody announces changes, that is without a window manager.

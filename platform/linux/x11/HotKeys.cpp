@@ -67,6 +67,8 @@ platform::OSStatus HotKeys::add(HotKeyNumber number, std::uint32_t keyCode,
         return connection_.isBroken() ? platform::eventInternalErr : platform::eventHotKeyExistsErr;
     }
     hotKeys_[number] = {modifiers, wanted};
+    // A window manager may still be about to follow a change that came before.
+    noticeLaterGrabs();
     return platform::noErr;
 }
 
@@ -124,15 +126,22 @@ bool HotKeys::grab(const Grab& grab) {
     return reply && reply->num_modifiers == 0;
 }
 
+// Waits for the server, so that the combination is free for others afterwards.
 void HotKeys::ungrab(const Grab& grab) {
     const auto modifiers = variants(grab.modifiers, grab.locks);
-    xcb_input_xi_passive_ungrab_device(connection_.get(), connection_.root(), grab.key,
-                                       XCB_INPUT_DEVICE_ALL_MASTER,
-                                       static_cast<std::uint16_t>(modifiers.size()),
-                                       XCB_INPUT_GRAB_TYPE_KEYCODE, modifiers.data());
+    // A grab that the server has not does no harm.
+    const XcbReply<xcb_generic_error_t> ignored(xcb_request_check(
+        connection_.get(),
+        xcb_input_xi_passive_ungrab_device_checked(connection_.get(), connection_.root(), grab.key,
+                                                   XCB_INPUT_DEVICE_ALL_MASTER,
+                                                   static_cast<std::uint16_t>(modifiers.size()),
+                                                   XCB_INPUT_GRAB_TYPE_KEYCODE, modifiers.data())));
 }
 
 void HotKeys::handlePress(const xcb_input_key_press_event_t& event) {
+    if (event.sourceid != event.deviceid) {
+        keyboardInUse_ = event.sourceid;
+    }
     if ((event.flags & XCB_INPUT_KEY_EVENT_FLAGS_KEY_REPEAT) != 0) {
         // A key that is still down after its combination has ended repeats as well.
         if (hold_ && hold_->key == event.detail) {
@@ -173,7 +182,7 @@ void HotKeys::endHold() {
     }
 }
 
-void HotKeys::noticeMapChange() {
+void HotKeys::noticeLaterGrabs() {
     if (!hotKeys_.empty()) {
         renewal_.set(promptly, [this] { renew(); });
         lastRenewal_.set(surely, [this] { renew(); });

@@ -47,9 +47,9 @@ class HotKeys {
     void handlePress(const xcb_input_key_press_event_t& event);
     /// A key went up; `sequence` is that of the last request that the server had carried out.
     void handleRelease(std::uint32_t keyCode, std::uint32_t sequence);
-    /// The keyboard map has changed: the keys may be others, and window managers that grab theirs
-    /// again would be served first.
-    void noticeMapChange();
+    /// The keyboard map or the window manager has changed: the keys may be others, and window
+    /// managers that grab theirs after us would be served first.
+    void noticeLaterGrabs();
 
     /// Before typing takes the keyboard: the end of a hold will come as a raw event.
     void loseKeyboard();
@@ -57,6 +57,8 @@ class HotKeys {
     void expectRelease(xcb_keycode_t key, std::uint32_t sequence);
     /// Ends a hold whose key is up.
     void endIfReleased();
+    /// The keyboard on which a hotkey was pressed last, as an XInput device; 0 when there is none.
+    std::uint16_t keyboardInUse() const { return keyboardInUse_; }
 
   private:
     struct Grab {
@@ -89,6 +91,7 @@ class HotKeys {
     Listener listener_;
     std::map<HotKeyNumber, HotKey> hotKeys_;
     std::optional<Hold> hold_;
+    std::uint16_t keyboardInUse_ = 0;
     std::set<std::pair<xcb_keycode_t, std::uint32_t>> ownReleases_;
     InputDeadline renewal_;
     InputDeadline lastRenewal_;

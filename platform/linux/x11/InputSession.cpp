@@ -57,11 +57,9 @@ void InputSession::handle(const xcb_generic_event_t& event) {
         if (keyboard_.noticeChange(event.full_sequence)) {
             typist_.noticeChange();
         }
-        hotKeys_.noticeMapChange();
+        hotKeys_.noticeLaterGrabs();
     } else if (type == XCB_PROPERTY_NOTIFY) {
-        if (front_.noticeProperty(reinterpret_cast<const xcb_property_notify_event_t&>(event))) {
-            typist_.noticeChange();
-        }
+        handleProperty(reinterpret_cast<const xcb_property_notify_event_t&>(event));
     } else if (type == XCB_KEY_RELEASE) {
         hotKeys_.handleRelease(reinterpret_cast<const xcb_key_release_event_t&>(event).detail,
                                event.full_sequence);
@@ -69,6 +67,20 @@ void InputSession::handle(const xcb_generic_event_t& event) {
         typist_.noticeChange();
     } else if (type == XCB_CLIENT_MESSAGE) {
         typist_.noticeMessage(reinterpret_cast<const xcb_client_message_event_t&>(event));
+    }
+}
+
+void InputSession::handleProperty(const xcb_property_notify_event_t& event) {
+    switch (front_.noticeProperty(event)) {
+        case FrontWindow::Notice::otherManager:
+            hotKeys_.noticeLaterGrabs();
+            typist_.noticeChange();
+            break;
+        case FrontWindow::Notice::otherWindow:
+            typist_.noticeChange();
+            break;
+        case FrontWindow::Notice::nothing:
+            break;
     }
 }
 

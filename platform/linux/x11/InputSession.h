@@ -32,6 +32,7 @@ class InputSession {
 
   private:
     void handle(const xcb_generic_event_t& event);
+    void handleProperty(const xcb_property_notify_event_t& event);
     void handleXinput(const xcb_ge_generic_event_t& event);
     void report(const xcb_generic_error_t& error);
 

@@ -1,5 +1,6 @@
 #include "platform/linux/x11/KeyBurst.h"
 
+#include <xcb/xinput.h>
 #include <xcb/xtest.h>
 
 #include <vector>
@@ -83,9 +84,10 @@ bool KeyBurst::takeKeyboard() {
 // again, since the user may have let go by then.
 void KeyBurst::press(std::span<const xcb_keycode_t> keys, const KeyboardState& state) {
     hotKeys_.loseKeyboard();
+    chooseDevice();
     for (const xcb_keycode_t key : keyboard_.modifierKeys(everyModifier)) {
         if (state.down[key]) {
-            hotKeys_.expectRelease(key, fake(XCB_KEY_RELEASE, key));
+            hotKeys_.expectRelease(key, fake(false, key));
         }
     }
     const auto affected = static_cast<std::uint8_t>(everyModifier & ~keyboard_.numLockMask());
@@ -99,16 +101,44 @@ void KeyBurst::press(std::span<const xcb_keycode_t> keys, const KeyboardState& s
     }
     xcb_ungrab_keyboard(connection_.get(), XCB_CURRENT_TIME);
     for (const xcb_keycode_t key : keys) {
-        fake(XCB_KEY_PRESS, key);
-        fake(XCB_KEY_RELEASE, key);
+        fake(true, key);
+        fake(false, key);
     }
     if (isLocked) {
         lock(state.lockedModifiers);
     }
 }
 
-std::uint32_t KeyBurst::fake(std::uint8_t type, xcb_keycode_t key) {
-    return xcb_test_fake_input(connection_.get(), type, key, XCB_CURRENT_TIME, XCB_NONE, 0, 0, 0)
+// Keys from another keyboard than the one before make the server announce a new map to everybody,
+// and the user's next key would do so again: window managers grab their keys anew each time. So the
+// keys come from the keyboard that the user has under their hands.
+void KeyBurst::chooseDevice() {
+    constexpr std::uint16_t highest = 0x7F;
+    const std::uint16_t wanted = hotKeys_.keyboardInUse();
+    device_ = 0;
+    if (wanted == 0 || wanted > highest) {
+        return;
+    }
+    const XcbReply<xcb_input_xi_query_device_reply_t> reply(xcb_input_xi_query_device_reply(
+        connection_.get(), xcb_input_xi_query_device(connection_.get(), wanted), nullptr));
+    if (!reply || reply->num_infos == 0) {
+        return;
+    }
+    const auto* device = xcb_input_xi_query_device_infos_iterator(reply.get()).data;
+    if (device->type == XCB_INPUT_DEVICE_TYPE_SLAVE_KEYBOARD && device->enabled != 0) {
+        device_ = static_cast<std::uint8_t>(wanted);
+    }
+}
+
+std::uint32_t KeyBurst::fake(bool down, xcb_keycode_t key) {
+    std::uint8_t type = down ? XCB_KEY_PRESS : XCB_KEY_RELEASE;
+    if (device_ != 0) {
+        type = static_cast<std::uint8_t>(
+            connection_.xinputFirstEvent() +
+            (down ? XCB_INPUT_DEVICE_KEY_PRESS : XCB_INPUT_DEVICE_KEY_RELEASE));
+    }
+    return xcb_test_fake_input(connection_.get(), type, key, XCB_CURRENT_TIME, XCB_NONE, 0, 0,
+                               device_)
         .sequence;
 }
 

@@ -45,13 +45,16 @@ class KeyBurst {
     Outcome typeUndisturbed(std::u32string_view characters,
                             std::optional<platform::ProcessIdentifier> process);
     bool takeKeyboard();
+    void chooseDevice();
     void press(std::span<const xcb_keycode_t> keys, const KeyboardState& state);
-    std::uint32_t fake(std::uint8_t type, xcb_keycode_t key);
+    std::uint32_t fake(bool down, xcb_keycode_t key);
 
     XcbConnection& connection_;
     Keyboard& keyboard_;
     FrontWindow& front_;
     HotKeys& hotKeys_;
+    // The XInput device that presses the keys; 0 stands for the server's synthetic one.
+    std::uint8_t device_ = 0;
 };
 
 }  // namespace tarvik::linuxdesktop

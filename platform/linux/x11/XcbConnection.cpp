@@ -60,6 +60,7 @@ const char* XcbConnection::useExtensions() {
         return xinput == nullptr ? "XInput" : xkb == nullptr ? "XKB" : "XTEST";
     }
     xinputOpcode_ = xinput->major_opcode;
+    xinputFirstEvent_ = xinput->first_event;
     xkbFirstEvent_ = xkb->first_event;
     const auto xinputVersion = xcb_input_xi_query_version(connection_, 2, 2);
     const auto xkbUse = xcb_xkb_use_extension(connection_, 1, 0);

@@ -30,6 +30,7 @@ class XcbConnection {
     /// The client that owns this bit pattern of a resource is the one that made it.
     bool sameClient(xcb_window_t one, xcb_window_t other) const;
     std::uint8_t xinputOpcode() const { return xinputOpcode_; }
+    std::uint8_t xinputFirstEvent() const { return xinputFirstEvent_; }
     std::uint8_t xkbFirstEvent() const { return xkbFirstEvent_; }
 
     /// True once the server is gone; every request is ignored from then on. Any thread.
@@ -58,6 +59,7 @@ class XcbConnection {
     xcb_connection_t* connection_;
     xcb_window_t root_ = XCB_NONE;
     std::uint8_t xinputOpcode_ = 0;
+    std::uint8_t xinputFirstEvent_ = 0;
     std::uint8_t xkbFirstEvent_ = 0;
     bool knowsProcesses_ = false;
 };

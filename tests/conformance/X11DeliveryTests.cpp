@@ -1,0 +1,172 @@
+#include <signal.h>
+#include <stdlib.h>
+
+#include "tests/conformance/X11InputFixture.h"
+
+namespace tarvik::conformance {
+
+namespace {
+
+using namespace std::chrono_literals;
+
+class X11Delivery : public X11InputFixture, public testing::Test {};
+
+TEST_F(X11Delivery, SurvivesLayoutsThatChangeInTheMiddle) {
+    const X11Target target(X11Target::Kind::gtk3Text, mainQueue);
+    std::string expected;
+    for (const std::string layout : {"us", "ru", "de", "us,ru", "pl"}) {
+        setLayout({layout});
+        const std::string piece = "Text в " + layout + " ąß漢. ";
+        type(piece, target.process());
+        expected += piece;
+    }
+    EXPECT_TRUE(becomes(target, expected));
+}
+
+TEST_F(X11Delivery, WritesMoreDifferentCharactersThanThereAreSpareKeys) {
+    const X11Target target(X11Target::Kind::gtk3Text, mainQueue);
+    const std::string text =
+        "ĀāĂăĄąĆćĈĉĊċČčĎďĐđĒēĔĕĖėĘęĚěĜĝĞğĠġĢģĤĥĦħĨĩĪīĬĭĮįİıĲĳĴĵĶķĸĹĺĻļĽľĿŀŁłŃńŅņŇňŉŊŋŌōŎŏŐőŒœ";
+    type(text, target.process());
+    EXPECT_TRUE(becomes(target, text));
+}
+
+TEST_F(X11Delivery, PutsTheKeyboardMapBack) {
+    const X11Target target(X11Target::Kind::gtk3Text, mainQueue);
+    const int spare = user->keysWithoutSymbol();
+    ASSERT_GT(spare, 10);
+    type("ĄĆĘ", target.process());
+    EXPECT_TRUE(becomes(target, "ĄĆĘ"));
+    EXPECT_LT(user->keysWithoutSymbol(), spare);
+    EXPECT_TRUE(mainQueue.runUntil([&] { return user->keysWithoutSymbol() == spare; }));
+    type("ŃŚŹ", target.process());
+    EXPECT_TRUE(becomes(target, "ĄĆĘŃŚŹ"));
+    input.reset();
+    EXPECT_EQ(user->keysWithoutSymbol(), spare);
+}
+
+TEST_F(X11Delivery, TypesWhatWasPostedBeforeTheEnd) {
+    const X11Target target(X11Target::Kind::gtk3Text, mainQueue);
+    type("Last words: ż", target.process());
+    input.reset();
+    EXPECT_TRUE(becomes(target, "Last words: ż"));
+}
+
+TEST_F(X11Delivery, TypesNothingForAnEndedProcessAndSaysSo) {
+    X11Target gone(X11Target::Kind::gtk3Text, mainQueue);
+    const X11Target front(X11Target::Kind::gtk3Text, mainQueue);
+    const auto process = gone.process();
+    gone.end();
+    type("nobody", process);
+    EXPECT_TRUE(mainQueue.runUntil([&] {
+        return log.hasLineWith("TarvikDictate: typed text not delivered: process " +
+                               std::to_string(process) + " has ended (6 characters)");
+    }));
+    type("x", front.process());
+    EXPECT_TRUE(becomes(front, "x"));
+}
+
+TEST_F(X11Delivery, TypesNothingForAProcessWithoutAWindow) {
+    const X11Target front(X11Target::Kind::gtk3Text, mainQueue);
+    type("nobody", getpid());
+    EXPECT_TRUE(
+        mainQueue.runUntil([&] { return log.hasLineWith("has no window (6 characters)"); }));
+    EXPECT_TRUE(becomes(front, ""));
+}
+
+TEST_F(X11Delivery, TypesNothingWhileAnotherProgramHasTheKeyboard) {
+    const X11Target target(X11Target::Kind::gtk3Text, mainQueue);
+    X11User locker;
+    locker.grabWholeKeyboard();
+    type("secret", target.process());
+    EXPECT_TRUE(mainQueue.runUntil(
+        [&] { return log.hasLineWith("another program has taken the keyboard (6 characters)"); }));
+    EXPECT_EQ(locker.grabbedPresses(), 0);
+    locker.releaseWholeKeyboard();
+    type("free", target.process());
+    EXPECT_TRUE(becomes(target, "free"));
+}
+
+TEST_F(X11Delivery, WaitsForAProgramThatHasTheKeyboardForAMoment) {
+    const X11Target target(X11Target::Kind::gtk3Text, mainQueue);
+    X11User menu;
+    menu.grabWholeKeyboard();
+    type("after all", target.process());
+    mainQueue.runFor(80ms);
+    EXPECT_EQ(target.text(), "");
+    menu.releaseWholeKeyboard();
+    EXPECT_TRUE(becomes(target, "after all"));
+}
+
+TEST_F(X11Delivery, NeverReachesAWindowThatCameToTheFrontMeanwhile) {
+    const X11Target first(X11Target::Kind::gtk3Text, mainQueue);
+    type("All of this belongs to the first, whatever comes", first.process());
+    const X11Target second(X11Target::Kind::gtk3Text, mainQueue);
+    type(" and so does this ąćę.", first.process());
+    EXPECT_TRUE(
+        becomes(first, "All of this belongs to the first, whatever comes and so does this ąćę."));
+    EXPECT_TRUE(becomes(second, ""));
+}
+
+TEST_F(X11Delivery, MakesOneSpaceOfALineBreakAndDropsOtherControls) {
+    const X11Target target(X11Target::Kind::gtk3Text, mainQueue);
+    type("a\nb\r\nc\td\x1B\x08", target.process());
+    type("|", target.process());
+    EXPECT_TRUE(becomes(target, "a b c d|"));
+}
+
+TEST_F(X11Delivery, FollowsTheFrontWindow) {
+    const X11Target first(X11Target::Kind::gtk3Text, mainQueue);
+    EXPECT_TRUE(comesToFront(first));
+    {
+        const X11Target second(X11Target::Kind::terminal, mainQueue);
+        EXPECT_TRUE(mainQueue.runUntil([&] {
+            const auto process = input->frontmostProcess();
+            return process && *process != first.process();
+        }));
+    }
+    EXPECT_TRUE(comesToFront(first));
+}
+
+TEST_F(X11Delivery, RefusesEverythingWithoutAServer) {
+    const std::string display = getenv("DISPLAY");
+    setenv("DISPLAY", ":4711", 1);
+    const auto without = linuxdesktop::X11Input::open(mainQueue, log);
+    setenv("DISPLAY", display.c_str(), 1);
+    EXPECT_TRUE(log.hasLineWith("TarvikDictate: no X server at :4711"));
+    EXPECT_FALSE(without->canType());
+    EXPECT_FALSE(without->frontmostProcess());
+    EXPECT_EQ(without->keyboardEvents().createSource(0), nullptr);
+    EXPECT_EQ(without->keyboardEvents().createKeyboardEvent(nullptr, 0, true), nullptr);
+    X11HotKeyRecorder recorder(without->eventManager());
+    EXPECT_EQ(recorder.add(hold, 1), platform::eventInternalErr);
+}
+
+TEST_F(X11Delivery, EndsAHoldWhenTheServerDies) {
+    X11Process server({"Xvfb", "-displayfd", "1", "-screen", "0", "640x480x24"});
+    std::string number;
+    ASSERT_TRUE(mainQueue.runUntil([&] {
+        server.readOutput(number);
+        return number.ends_with("\n");
+    }));
+    number.pop_back();
+    const std::string display = getenv("DISPLAY");
+    setenv("DISPLAY", (":" + number).c_str(), 1);
+    const auto doomed = linuxdesktop::X11Input::open(mainQueue, log);
+    X11User doomedUser;
+    setenv("DISPLAY", display.c_str(), 1);
+    X11HotKeyRecorder recorder(doomed->eventManager());
+    ASSERT_EQ(recorder.add(hold, 1), platform::noErr);
+    doomedUser.press(X11User::altKey);
+    doomedUser.press(X11User::spaceKey);
+    EXPECT_TRUE(becomes(recorder, "P1"));
+    server.end();
+    EXPECT_TRUE(becomes(recorder, "P1R1"));
+    EXPECT_TRUE(mainQueue.runUntil([&] { return !doomed->canType(); }));
+    EXPECT_TRUE(log.hasLineWith("TarvikDictate: the X server is gone"));
+    EXPECT_EQ(recorder.add(toggle, 2), platform::eventInternalErr);
+}
+
+}  // namespace
+
+}  // namespace tarvik::conformance

@@ -1,0 +1,169 @@
+#include "tests/conformance/X11InputFixture.h"
+
+namespace tarvik::conformance {
+
+namespace {
+
+using namespace std::chrono_literals;
+using platform::noErr;
+
+class X11HotKeys : public X11InputFixture, public testing::TestWithParam<X11User::Device> {
+  protected:
+    // The first key of another keyboard changes the map once.
+    X11HotKeys() {
+        user.emplace(GetParam());
+        user->tap(X11User::shiftKey);
+        mainQueue.runFor(250ms);
+    }
+
+    X11HotKeyRecorder recorder{input->eventManager()};
+
+    void addBoth() {
+        ASSERT_EQ(recorder.add(hold, 1), noErr);
+        ASSERT_EQ(recorder.add(toggle, 2), noErr);
+    }
+};
+
+TEST_P(X11HotKeys, EndAtTheFirstKeyThatGoesUp) {
+    addBoth();
+    pressHold();
+    EXPECT_TRUE(becomes(recorder, "P1"));
+    user->release(X11User::altKey);
+    EXPECT_TRUE(becomes(recorder, "P1R1"));
+    user->release(X11User::spaceKey);
+    mainQueue.runFor(50ms);
+    EXPECT_TRUE(becomes(recorder, "P1R1"));
+}
+
+TEST_P(X11HotKeys, EndOnceWhicheverKeyOfThreeGoesUpFirst) {
+    addBoth();
+    std::string expected;
+    for (const auto first : {X11User::altKey, X11User::shiftKey, X11User::spaceKey}) {
+        user->press(X11User::shiftKey);
+        pressHold();
+        user->release(first);
+        expected += "P2R2";
+        EXPECT_TRUE(becomes(recorder, expected));
+        for (const auto key : {X11User::altKey, X11User::shiftKey, X11User::spaceKey}) {
+            if (key != first) {
+                user->release(key);
+            }
+        }
+    }
+    mainQueue.runFor(50ms);
+    EXPECT_TRUE(becomes(recorder, expected));
+}
+
+TEST_P(X11HotKeys, TypeNoSpaceWhenAltGoesUpFirst) {
+    addBoth();
+    const X11Target target(X11Target::Kind::gtk3Entry, mainQueue);
+    pressHold();
+    EXPECT_TRUE(becomes(recorder, "P1"));
+    user->release(X11User::altKey);
+    mainQueue.runFor(1000ms);
+    user->release(X11User::spaceKey);
+    type("x", target.process());
+    EXPECT_TRUE(becomes(target, "x"));
+}
+
+TEST_P(X11HotKeys, WorkWhileLockKeysAreOn) {
+    addBoth();
+    std::string expected;
+    for (const int locks :
+         {int{XCB_MOD_MASK_LOCK}, int{XCB_MOD_MASK_2}, XCB_MOD_MASK_LOCK | XCB_MOD_MASK_2}) {
+        user->lock(static_cast<std::uint8_t>(locks));
+        pressHold();
+        releaseHold();
+        expected += "P1R1";
+        EXPECT_TRUE(becomes(recorder, expected));
+    }
+}
+
+TEST_P(X11HotKeys, ComeBeforeAWindowManagerThatGrabsAgain) {
+    addBoth();
+    X11User manager;
+    std::string expected;
+    for (const std::string layout : {"de", "us", "fr"}) {
+        setLayout({layout});
+        manager.grabAsManager(X11User::spaceKey, XCB_MOD_MASK_1);
+        mainQueue.runFor(260ms);
+        pressHold();
+        releaseHold();
+        expected += "P1R1";
+        EXPECT_TRUE(becomes(recorder, expected));
+    }
+    EXPECT_EQ(manager.grabbedPresses(), 0);
+}
+
+TEST_P(X11HotKeys, KeepAHoldWhileTheLayoutChanges) {
+    addBoth();
+    pressHold();
+    EXPECT_TRUE(becomes(recorder, "P1"));
+    setLayout({"us,ru", "-option", "grp:menu_toggle"});
+    mainQueue.runFor(300ms);
+    EXPECT_EQ(recorder.withoutRepeats(), "P1");
+    releaseHold();
+    EXPECT_TRUE(becomes(recorder, "P1R1"));
+    pressHold();
+    releaseHold();
+    EXPECT_TRUE(becomes(recorder, "P1R1P1R1"));
+}
+
+TEST_P(X11HotKeys, WorkAfterTyping) {
+    addBoth();
+    const X11Target target(X11Target::Kind::gtk3Entry, mainQueue);
+    std::string text;
+    std::string expected;
+    for (int i = 0; i < 3; ++i) {
+        pressHold();
+        expected += "P1";
+        EXPECT_TRUE(becomes(recorder, expected));
+        releaseHold();
+        expected += "R1";
+        EXPECT_TRUE(becomes(recorder, expected));
+        type("Ż日", target.process());
+        text += "Ż日";
+        EXPECT_TRUE(becomes(target, text));
+        mainQueue.runFor(300ms);
+    }
+}
+
+TEST_P(X11HotKeys, AreFreeForOthersAfterUnregistering) {
+    platform::EventHotKeyRef hotKey = nullptr;
+    ASSERT_EQ(recorder.add(hold, 1, &hotKey), noErr);
+    X11User other;
+    EXPECT_FALSE(other.grabHotKey(X11User::spaceKey, XCB_MOD_MASK_1));
+    input->eventManager().unregisterEventHotKey(hotKey);
+    EXPECT_TRUE(other.grabHotKey(X11User::spaceKey, XCB_MOD_MASK_1));
+}
+
+TEST_P(X11HotKeys, LeaveNothingGrabbedWhenOneVariantIsTaken) {
+    X11User other;
+    ASSERT_TRUE(other.grabHotKey(X11User::spaceKey, XCB_MOD_MASK_1 | XCB_MOD_MASK_LOCK));
+    EXPECT_EQ(recorder.add(hold, 1), platform::eventHotKeyExistsErr);
+    EXPECT_TRUE(other.grabHotKey(X11User::spaceKey, XCB_MOD_MASK_1));
+    EXPECT_TRUE(other.grabHotKey(X11User::spaceKey, XCB_MOD_MASK_1 | XCB_MOD_MASK_2));
+}
+
+TEST_P(X11HotKeys, RefuseWhatTheyCannotGrab) {
+    platform::EventHotKeyRef hotKey = nullptr;
+    auto& manager = input->eventManager();
+    auto* target = manager.applicationEventTarget();
+    EXPECT_EQ(manager.registerEventHotKey(50, hold, {}, target, 0, &hotKey),
+              platform::eventHotKeyInvalidErr);
+    EXPECT_EQ(manager.registerEventHotKey(platform::spaceKeyCode, 0x0100, {}, target, 0, &hotKey),
+              platform::eventHotKeyInvalidErr);
+    ASSERT_EQ(recorder.add(hold, 1), noErr);
+    EXPECT_EQ(recorder.add(hold, 3), platform::eventHotKeyExistsErr);
+}
+
+INSTANTIATE_TEST_SUITE_P(, X11HotKeys,
+                         testing::Values(X11User::Device::hardware, X11User::Device::synthetic),
+                         [](const auto& device) {
+                             return device.param == X11User::Device::hardware ? "Hardware"
+                                                                              : "Synthetic";
+                         });
+
+}  // namespace
+
+}  // namespace tarvik::conformance
