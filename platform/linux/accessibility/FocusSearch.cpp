@@ -93,7 +93,7 @@ void FocusSearch::onChildren(const BusObject& widget, sd_bus_message* answer) {
     ask();
 }
 
-void FocusSearch::finish(Result result) {
+void FocusSearch::finish(const Result& result) {
     if (const OnDone done = std::exchange(onDone_, nullptr)) {
         done(result);
     }

@@ -36,7 +36,7 @@ class FocusSearch final : public std::enable_shared_from_this<FocusSearch> {
     void askForChildren(const BusObject& widget);
     void onStates(const BusObject& widget, sd_bus_message* answer);
     void onChildren(const BusObject& widget, sd_bus_message* answer);
-    void finish(Result result);
+    void finish(const Result& result);
 
     MessageBus& bus_;
     OnDone onDone_;

@@ -13,7 +13,6 @@ import time
 
 import dbus
 import dbus.bus
-import dbus.exceptions
 import dbus.mainloop.glib
 import dbus.service
 from gi.repository import GLib
