@@ -55,9 +55,19 @@ class DictationTest(unittest.TestCase):
 
     def end_application(self, application):
         status = application.close()
-        if status != 0:
-            print("\n".join(application.log.lines))
+        if status != 0 or self.has_failed():
+            print(f"The application's log in {self.id()}:", *application.log.lines, sep="\n  ")
+            # Without the application the hotkey opens the window manager's menu, which takes all
+            # keys away from the next test.
+            self.keyboard.press("Escape")
         self.assertEqual(status, 0, "exit status of the application")
+
+    def run(self, result=None):
+        self._result = result
+        return super().run(result)
+
+    def has_failed(self):
+        return any(test is self for test, _ in self._result.errors + self._result.failures)
 
     def start_target(self, toolkit="gtk3", **options):
         target = WidgetTarget(self.desktop, toolkit, **options)
@@ -73,3 +83,12 @@ class DictationTest(unittest.TestCase):
         """Presses the hotkey; it goes up again at the end of the test at the latest."""
         self.addCleanup(self.keyboard.release)
         self.keyboard.hold()
+
+    def dictate(self, service, *pieces):
+        """Presses the hotkey and has the service say the pieces; the connection."""
+        number = len(service.streams) + 1
+        self.hold()
+        stream = service.stream(number)
+        for piece in pieces:
+            stream.say(piece)
+        return stream

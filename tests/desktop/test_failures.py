@@ -122,10 +122,8 @@ class BadService(DictationTest):
         self.assertEqual(self.application.log.count(ERROR), 1)
 
     def check_the_next_recording(self, service):
-        self.keyboard.hold()
-        service.stream(len(service.streams) + 1).say("Works again")
+        self.dictate(service, "Works again")
         self.target.wait_for_text("Works again")
-        self.keyboard.release()
 
     def test_messages_that_make_no_sense_are_dropped(self):
         service = self.start_scripted_service()
@@ -204,8 +202,7 @@ class BadTargets(DictationTest):
         self.application.log.wait_for("audio.stop (session=1)")
 
         other = self.start_target("gtk3", title="other")
-        self.keyboard.hold()
-        self.service.stream(2).say("Normal")
+        self.dictate(self.service, "Normal")
         other.wait_for_text("Normal")
 
     def test_a_target_that_dies_holds_nothing_up(self):
@@ -222,8 +219,7 @@ class BadTargets(DictationTest):
         self.application.log.wait_for("audio.stop (session=1)")
 
         other = self.start_target("gtk3", title="other")
-        self.keyboard.hold()
-        self.service.stream(2).say("Normal")
+        self.dictate(self.service, "Normal")
         other.wait_for_text("Normal")
 
 

@@ -13,17 +13,9 @@ class Insertion(DictationTest):
         self.service = self.start_scripted_service()
         self.application = self.start_application(self.service)
 
-    def dictate(self, *pieces):
-        """Holds the hotkey while the service says the pieces."""
-        self.hold()
-        stream = self.service.stream(len(self.service.streams) + 1)
-        for piece in pieces:
-            stream.say(piece)
-        return stream
-
     def test_pieces_are_separated_by_one_space_and_interim_ones_are_left_out(self):
         target = self.start_target("gtk3")
-        stream = self.dictate("One")
+        stream = self.dictate(self.service, "One")
         stream.say("two interim", final=False)
         stream.say("two")
         stream.say("three.")
@@ -49,19 +41,19 @@ class Insertion(DictationTest):
 
     def check_selection(self, toolkit, widget):
         target = self.start_target(toolkit, widget=widget, text="before 😀 OLD after", select="9:12")
-        self.dictate(MIXED, "and more")
+        self.dictate(self.service, MIXED, "and more")
         target.wait_for_text(f"before 😀 {MIXED} and more after")
 
     def test_a_long_text_arrives_whole(self):
         target = self.start_target("gtk3")
         text = " ".join(f"word{number}" for number in range(400))
-        self.dictate(text)
+        self.dictate(self.service, text)
         target.wait_for_text(text)
 
     def test_what_is_recognised_after_the_release_arrives_too(self):
         self.service.closes_at_end = False
         target = self.start_target("gtk3")
-        stream = self.dictate("Before")
+        stream = self.dictate(self.service, "Before")
         target.wait_for_text("Before")
         self.keyboard.release()
         self.application.log.wait_for("audio.stop (session=1)")
@@ -72,7 +64,7 @@ class Insertion(DictationTest):
         first = self.start_target("gtk3", title="first")
         second = self.start_target("gtk3", title="second")
         first.activate()
-        stream = self.dictate("Here")
+        stream = self.dictate(self.service, "Here")
         first.wait_for_text("Here")
         second.activate()
         stream.say("and still here")

@@ -14,16 +14,9 @@ class Typing(DictationTest):
         self.service = self.start_scripted_service()
         self.application = self.start_application(self.service)
 
-    def dictate(self, *pieces):
-        self.hold()
-        stream = self.service.stream(len(self.service.streams) + 1)
-        for piece in pieces:
-            stream.say(piece)
-        return stream
-
     def test_text_is_typed_into_a_terminal_while_the_keys_are_held(self):
         target = self.start_terminal()
-        self.dictate(MIXED, "second piece")
+        self.dictate(self.service, MIXED, "second piece")
         target.wait_for_text(MIXED + " second piece")
         self.assertNotIn("stopRecording", "\n".join(self.application.log.lines))
         self.keyboard.release()
@@ -35,7 +28,7 @@ class Typing(DictationTest):
     def test_text_is_typed_after_the_release(self):
         self.service.closes_at_end = False
         target = self.start_terminal()
-        stream = self.dictate()
+        stream = self.dictate(self.service)
         self.keyboard.release()
         self.application.log.wait_for("audio.stop (session=1)")
         stream.say(MIXED)
@@ -44,14 +37,14 @@ class Typing(DictationTest):
     def test_no_shortcut_fires_in_a_program_with_a_menu_bar(self):
         target = self.start_target("gtk3", menu_bar=True, environment={"NO_AT_BRIDGE": "1"})
         text = "fFqQ File Quit " + MIXED
-        self.dictate(text)
+        self.dictate(self.service, text)
         target.wait_for_text(text)
         self.assertIsNone(target.process.poll())
 
     def test_long_text_is_typed_whole(self):
         target = self.start_terminal()
         text = " ".join(f"Wörd{number}" for number in range(60))
-        self.dictate(text)
+        self.dictate(self.service, text)
         target.wait_for_text(text, deadline=15)
 
     def test_caps_lock_and_num_lock_change_nothing(self):
@@ -59,7 +52,7 @@ class Typing(DictationTest):
             self.keyboard.press(key)
             self.addCleanup(self.keyboard.press, key)
         target = self.start_terminal()
-        self.dictate("Mixed Case 123")
+        self.dictate(self.service, "Mixed Case 123")
         target.wait_for_text("Mixed Case 123")
         self.keyboard.release()
         self.application.log.wait_for("stopRecording")
@@ -99,7 +92,7 @@ class Typing(DictationTest):
         first = self.start_terminal(title="first")
         second = self.start_terminal(title="second")
         first.activate()
-        stream = self.dictate("Here")
+        stream = self.dictate(self.service, "Here")
         first.wait_for_text("Here")
         second.activate()
         stream.say("and not there")
