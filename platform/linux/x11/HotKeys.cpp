@@ -3,6 +3,7 @@
 #include <xkbcommon/xkbcommon-keysyms.h>
 
 #include <algorithm>
+#include <array>
 #include <chrono>
 #include <string>
 #include <utility>
@@ -17,9 +18,9 @@ using namespace std::chrono_literals;
 constexpr xcb_keycode_t usualSpaceKey = 65;
 
 // Of two grabs the newest is served. Window managers grab again within a few milliseconds after a
-// change of the map when they are idle; a busy one may take longer.
-constexpr auto promptly = 25ms;
-constexpr auto surely = 200ms;
+// change of the map when they are idle; a busy one may take longer. The change may come with the
+// very Alt that the user presses for the hotkey, so each of these moments after it counts.
+constexpr std::array renewals{5ms, 20ms, 60ms, 200ms};
 
 std::vector<std::uint32_t> variants(std::uint8_t modifiers, std::uint8_t locks) {
     std::vector<std::uint32_t> all;
@@ -39,8 +40,7 @@ HotKeys::HotKeys(XcbConnection& connection, Keyboard& keyboard, InputLoop& loop,
       keyboard_(keyboard),
       log_(log),
       listener_(std::move(listener)),
-      renewal_(loop),
-      lastRenewal_(loop) {}
+      renewal_(loop) {}
 
 HotKeys::~HotKeys() {
     endHold();
@@ -183,9 +183,17 @@ void HotKeys::endHold() {
 }
 
 void HotKeys::noticeLaterGrabs() {
-    if (!hotKeys_.empty()) {
-        renewal_.set(promptly, [this] { renew(); });
-        lastRenewal_.set(surely, [this] { renew(); });
+    renewalsDone_ = 0;
+    awaitRenewal(0ms);
+}
+
+void HotKeys::awaitRenewal(std::chrono::milliseconds passed) {
+    if (renewalsDone_ < renewals.size() && !hotKeys_.empty()) {
+        const auto moment = renewals[renewalsDone_++];
+        renewal_.set(moment - passed, [this, moment] {
+            renew();
+            awaitRenewal(moment);
+        });
     }
 }
 

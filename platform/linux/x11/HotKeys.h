@@ -3,6 +3,8 @@
 #include <xcb/xcb.h>
 #include <xcb/xinput.h>
 
+#include <chrono>
+#include <cstddef>
 #include <cstdint>
 #include <functional>
 #include <map>
@@ -81,6 +83,7 @@ class HotKeys {
     std::optional<Grab> grabFor(std::uint32_t modifiers) const;
     bool grab(const Grab& grab);
     void ungrab(const Grab& grab);
+    void awaitRenewal(std::chrono::milliseconds passed);
     void renew();
     void endHold();
     void selectRawReleases(bool wanted);
@@ -94,7 +97,7 @@ class HotKeys {
     std::uint16_t keyboardInUse_ = 0;
     std::set<std::pair<xcb_keycode_t, std::uint32_t>> ownReleases_;
     InputDeadline renewal_;
-    InputDeadline lastRenewal_;
+    std::size_t renewalsDone_ = 0;
 };
 
 }  // namespace tarvik::linuxdesktop

@@ -60,9 +60,6 @@ void InputSession::handle(const xcb_generic_event_t& event) {
         hotKeys_.noticeLaterGrabs();
     } else if (type == XCB_PROPERTY_NOTIFY) {
         handleProperty(reinterpret_cast<const xcb_property_notify_event_t&>(event));
-    } else if (type == XCB_KEY_RELEASE) {
-        hotKeys_.handleRelease(reinterpret_cast<const xcb_key_release_event_t&>(event).detail,
-                               event.full_sequence);
     } else if (type == XCB_FOCUS_IN || type == XCB_FOCUS_OUT) {
         typist_.noticeChange();
     } else if (type == XCB_CLIENT_MESSAGE) {
@@ -109,11 +106,13 @@ void InputSession::handleXinput(const xcb_ge_generic_event_t& event) {
     }
 }
 
-// A window may vanish at any moment, also between two requests about it.
+// A window may vanish at any moment, also between two requests about it, or be unmapped just before
+// it gets the focus.
 void InputSession::report(const xcb_generic_error_t& error) {
     constexpr std::uint8_t badWindow = 3;
     constexpr std::uint8_t badMatch = 8;
-    if (error.error_code != badWindow && error.error_code != badMatch) {
+    const bool isUnmapped = error.error_code == badMatch && error.major_code == XCB_SET_INPUT_FOCUS;
+    if (error.error_code != badWindow && !isUnmapped) {
         log_.write("TarvikDictate: the X server refused request " +
                    std::to_string(error.major_code) + "." + std::to_string(error.minor_code) +
                    " with error " + std::to_string(error.error_code));

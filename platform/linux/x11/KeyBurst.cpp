@@ -68,13 +68,16 @@ KeyBurst::Outcome KeyBurst::typeUndisturbed(std::u32string_view characters,
 }
 
 // Keys go to a program that has grabbed the keyboard (a menu, a locked screen), wherever the focus
-// is; having it ourselves for a moment proves that nobody else has. It also ends the grab that a
-// held hotkey has made.
+// is; having it ourselves for a moment proves that nobody else has. It also takes over the grab
+// that a held hotkey has made, which only a grab of the same kind can.
 bool KeyBurst::takeKeyboard() {
-    const XcbReply<xcb_grab_keyboard_reply_t> reply(xcb_grab_keyboard_reply(
+    constexpr std::uint32_t events = XCB_INPUT_XI_EVENT_MASK_KEY_RELEASE;
+    const XcbReply<xcb_input_xi_grab_device_reply_t> reply(xcb_input_xi_grab_device_reply(
         connection_.get(),
-        xcb_grab_keyboard(connection_.get(), 0, connection_.root(), XCB_CURRENT_TIME,
-                          XCB_GRAB_MODE_ASYNC, XCB_GRAB_MODE_ASYNC),
+        xcb_input_xi_grab_device(connection_.get(), connection_.root(), XCB_CURRENT_TIME, XCB_NONE,
+                                 connection_.keyboard(), XCB_INPUT_GRAB_MODE_22_ASYNC,
+                                 XCB_INPUT_GRAB_MODE_22_ASYNC, XCB_INPUT_GRAB_OWNER_NO_OWNER, 1,
+                                 &events),
         nullptr));
     return reply && reply->status == XCB_GRAB_STATUS_SUCCESS;
 }
@@ -92,20 +95,20 @@ void KeyBurst::press(std::span<const xcb_keycode_t> keys, const KeyboardState& s
     }
     const auto affected = static_cast<std::uint8_t>(everyModifier & ~keyboard_.numLockMask());
     const bool isLocked = (state.lockedModifiers & affected) != 0 || state.latchedModifiers != 0;
-    const auto lock = [&](std::uint8_t modifiers) {
-        xcb_xkb_latch_lock_state(connection_.get(), XCB_XKB_ID_USE_CORE_KBD, affected, modifiers, 0,
-                                 0, everyModifier, 0, 0);
+    const auto lock = [&](int modifiers) {
+        xcb_xkb_latch_lock_state(connection_.get(), XCB_XKB_ID_USE_CORE_KBD, affected,
+                                 static_cast<std::uint8_t>(modifiers), 0, 0, everyModifier, 0, 0);
     };
     if (isLocked) {
         lock(0);
     }
-    xcb_ungrab_keyboard(connection_.get(), XCB_CURRENT_TIME);
+    xcb_input_xi_ungrab_device(connection_.get(), XCB_CURRENT_TIME, connection_.keyboard());
     for (const xcb_keycode_t key : keys) {
         fake(true, key);
         fake(false, key);
     }
     if (isLocked) {
-        lock(state.lockedModifiers);
+        lock(state.lockedModifiers & affected);
     }
 }
 

@@ -78,7 +78,23 @@ const char* XcbConnection::useExtensions() {
     if (!version || version->major_version < 2 || version->minor_version < 1) {
         return "XInput 2.1";
     }
+    keyboard_ = findKeyboard();
     return use && use->supported != 0 ? nullptr : "XKB";
+}
+
+std::uint16_t XcbConnection::findKeyboard() {
+    const XcbReply<xcb_input_xi_query_device_reply_t> reply(xcb_input_xi_query_device_reply(
+        connection_, xcb_input_xi_query_device(connection_, XCB_INPUT_DEVICE_ALL_MASTER), nullptr));
+    if (!reply) {
+        return 0;
+    }
+    auto devices = xcb_input_xi_query_device_infos_iterator(reply.get());
+    for (; devices.rem > 0; xcb_input_xi_device_info_next(&devices)) {
+        if (devices.data->type == XCB_INPUT_DEVICE_TYPE_MASTER_KEYBOARD) {
+            return devices.data->deviceid;
+        }
+    }
+    return 0;
 }
 
 void XcbConnection::shutDown() {

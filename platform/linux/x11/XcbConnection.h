@@ -29,6 +29,8 @@ class XcbConnection {
     xcb_window_t root() const { return root_; }
     /// The client that owns this bit pattern of a resource is the one that made it.
     bool sameClient(xcb_window_t one, xcb_window_t other) const;
+    /// The XInput device that all keyboards act through.
+    std::uint16_t keyboard() const { return keyboard_; }
     std::uint8_t xinputOpcode() const { return xinputOpcode_; }
     std::uint8_t xinputFirstEvent() const { return xinputFirstEvent_; }
     std::uint8_t xkbFirstEvent() const { return xkbFirstEvent_; }
@@ -55,9 +57,11 @@ class XcbConnection {
   private:
     explicit XcbConnection(xcb_connection_t* connection) : connection_(connection) {}
     const char* useExtensions();
+    std::uint16_t findKeyboard();
 
     xcb_connection_t* connection_;
     xcb_window_t root_ = XCB_NONE;
+    std::uint16_t keyboard_ = 0;
     std::uint8_t xinputOpcode_ = 0;
     std::uint8_t xinputFirstEvent_ = 0;
     std::uint8_t xkbFirstEvent_ = 0;
