@@ -4,6 +4,7 @@ add_executable(x11-conformance
     X11HotKeyRecorder.cpp
     X11HotKeyTests.cpp
     X11KeyboardEventsConformance.cpp
+    X11LatencyTests.cpp
     X11MainQueue.cpp
     X11Process.cpp
     X11RealWorld.cpp

@@ -52,6 +52,7 @@ TEST_P(X11Typing, WritesDuringAHoldAtOnceAndNeverAsAShortcut) {
     X11HotKeyRecorder recorder(input->eventManager());
     ASSERT_EQ(recorder.add(hold, 1), platform::noErr);
     ASSERT_TRUE(comesToFront(target));
+    const int spare = user->keysWithoutSymbol();
     pressHold();
     ASSERT_TRUE(becomes(recorder, "P1"));
     type("Hold: file quit Żó 日本 😀!", target.process());
@@ -64,7 +65,8 @@ TEST_P(X11Typing, WritesDuringAHoldAtOnceAndNeverAsAShortcut) {
     releaseHold();
     EXPECT_TRUE(becomes(recorder, "P1R1"));
     EXPECT_TRUE(target.isRunning());
-    mainQueue.runFor(300ms);
+    EXPECT_TRUE(mainQueue.runUntil([&] { return user->keysWithoutSymbol() == spare; }));
+    mainQueue.runFor(250ms);
     pressHold();
     releaseHold();
     EXPECT_TRUE(becomes(recorder, "P1R1P1R1"));

@@ -20,7 +20,7 @@ constexpr xcb_keycode_t usualSpaceKey = 65;
 // Of two grabs the newest is served. Window managers grab again within a few milliseconds after a
 // change of the map when they are idle; a busy one may take longer. The change may come with the
 // very Alt that the user presses for the hotkey, so each of these moments after it counts.
-constexpr std::array renewals{5ms, 20ms, 60ms, 200ms};
+constexpr std::array renewals{5ms, 20ms, 60ms, 200ms, 600ms};
 
 std::vector<std::uint32_t> variants(std::uint8_t modifiers, std::uint8_t locks) {
     std::vector<std::uint32_t> all;

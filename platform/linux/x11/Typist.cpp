@@ -46,6 +46,8 @@ Typist::~Typist() {
         reportLoss("the connection to the X server ends", text.characters.size() - typed);
     }
     keyboard_.restore();
+    // A socket that is closed with unread events in it may take unread requests along.
+    connection_.synchronise();
 }
 
 void Typist::type(TypedText text) {

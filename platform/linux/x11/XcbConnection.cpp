@@ -105,6 +105,11 @@ bool XcbConnection::sameClient(xcb_window_t one, xcb_window_t other) const {
     return ((one ^ other) & ~xcb_get_setup(connection_)->resource_id_mask) == 0;
 }
 
+void XcbConnection::synchronise() {
+    const XcbReply<xcb_get_input_focus_reply_t> reply(
+        xcb_get_input_focus_reply(connection_, xcb_get_input_focus(connection_), nullptr));
+}
+
 void XcbConnection::selectEvents(xcb_window_t window, std::uint32_t mask) {
     xcb_change_window_attributes(connection_, window, XCB_CW_EVENT_MASK, &mask);
 }

@@ -40,6 +40,9 @@ class XcbConnection {
     /// Breaks the connection, so that a thread which waits for the server goes on. Any thread.
     void shutDown();
 
+    /// Waits until the server has carried out everything before.
+    void synchronise();
+
     /// Chooses which core events of a window come here.
     void selectEvents(xcb_window_t window, std::uint32_t mask);
     void selectRootEvents(std::uint32_t mask) { selectEvents(root_, mask); }

@@ -1,0 +1,85 @@
+#include <algorithm>
+#include <chrono>
+#include <cstdio>
+#include <vector>
+
+#include "tests/conformance/X11InputFixture.h"
+
+namespace tarvik::conformance {
+
+namespace {
+
+using namespace std::chrono_literals;
+using Clock = std::chrono::steady_clock;
+
+class X11Latency : public X11InputFixture, public testing::Test {
+  protected:
+    void record(const std::string& name, std::vector<double> milliseconds) {
+        ASSERT_FALSE(milliseconds.empty());
+        std::ranges::sort(milliseconds);
+        RecordProperty(name + "MedianMs", std::to_string(milliseconds[milliseconds.size() / 2]));
+        std::printf("%s: median %.2f ms, worst %.2f ms\n", name.c_str(),
+                    milliseconds[milliseconds.size() / 2], milliseconds.back());
+    }
+    static double since(Clock::time_point start) {
+        return std::chrono::duration<double, std::milli>(Clock::now() - start).count();
+    }
+};
+
+TEST_F(X11Latency, OfAPress) {
+    X11HotKeyRecorder recorder(input->eventManager());
+    ASSERT_EQ(recorder.add(hold, 1), platform::noErr);
+    user->tap(X11User::shiftKey);
+    mainQueue.runFor(250ms);
+    std::vector<double> times;
+    Clock::time_point start;
+    recorder.onEvent = [&] {
+        if (recorder.events.ends_with("P1")) {
+            times.push_back(since(start));
+        }
+    };
+    for (int i = 0; i < 30; ++i) {
+        recorder.events.clear();
+        user->press(X11User::altKey);
+        start = Clock::now();
+        user->press(X11User::spaceKey);
+        ASSERT_TRUE(becomes(recorder, "P1"));
+        releaseHold();
+        ASSERT_TRUE(becomes(recorder, "P1R1"));
+    }
+    record("pressToHandler", times);
+}
+
+TEST_F(X11Latency, OfSixtyCharacters) {
+    const X11Target target(X11Target::Kind::gtk3Entry, mainQueue);
+    std::string expected;
+    std::vector<double> times;
+    for (int i = 0; i < 15; ++i) {
+        const std::string piece = " The quick brown fox jumps over it, and then ąćę — 日本 😀 end.";
+        expected += piece;
+        const auto start = Clock::now();
+        type(piece, target.process());
+        ASSERT_TRUE(becomes(target, expected));
+        times.push_back(since(start));
+        mainQueue.runFor(900ms);
+    }
+    record("sixtyCharactersToVisible", times);
+}
+
+TEST_F(X11Latency, OfOpeningAndRegistering) {
+    std::vector<double> times;
+    for (int i = 0; i < 15; ++i) {
+        input.reset();
+        const auto start = Clock::now();
+        input = linuxdesktop::X11Input::open(mainQueue, log);
+        X11HotKeyRecorder recorder(input->eventManager());
+        ASSERT_EQ(recorder.add(hold, 1), platform::noErr);
+        ASSERT_EQ(recorder.add(toggle, 2), platform::noErr);
+        times.push_back(since(start));
+    }
+    record("openAndRegister", times);
+}
+
+}  // namespace
+
+}  // namespace tarvik::conformance
