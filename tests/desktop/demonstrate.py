@@ -104,7 +104,7 @@ def demonstrate(binaries, folder):
 
         print("Holding Alt+Space and speaking …", flush=True)
         keyboard.hold()
-        application.log.wait_for("startRecording")
+        wait_for(desktop.is_recorded, "an open microphone")
         for sentence in SENTENCES:
             microphone.speak(sentence)
             microphone.pause(PAUSE)

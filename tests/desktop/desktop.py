@@ -241,6 +241,10 @@ class Desktop:
         self.run(["pactl", "set-default-source", name])
         return module
 
+    def is_recorded(self):
+        """Whether somebody listens to a microphone, and not only holds it ready."""
+        return "Corked: no" in self.run(["pactl", "list", "source-outputs"])
+
     def fifo(self, name="vmic"):
         """Where the samples of a microphone are written to."""
         return self.folder / (name + ".fifo")

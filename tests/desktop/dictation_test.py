@@ -5,7 +5,7 @@ import pathlib
 import unittest
 
 from application import Application, write_settings
-from desktop import Desktop
+from desktop import Desktop, wait_for
 from keyboard import Keyboard
 from local_service import LocalService
 from microphone import Microphone
@@ -92,3 +92,7 @@ class DictationTest(unittest.TestCase):
         for piece in pieces:
             stream.say(piece)
         return stream
+
+    def wait_until_listening(self):
+        """Returns when the microphone is open: what is said earlier is not heard."""
+        wait_for(self.desktop.is_recorded, "an open microphone")
