@@ -127,7 +127,7 @@ TEST_P(X11HotKeys, WorkAfterTyping) {
         EXPECT_TRUE(becomes(target, text));
         // The map changes once more when the lent keys are taken back.
         EXPECT_TRUE(mainQueue.runUntil([&] { return user->keysWithoutSymbol() == spare; }));
-        mainQueue.runFor(250ms);
+        mainQueue.runFor(650ms);
     }
 }
 

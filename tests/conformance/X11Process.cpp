@@ -55,13 +55,6 @@ X11Process::~X11Process() {
     close(output_);
 }
 
-void X11Process::tell(const std::string& line) {
-    const std::string bytes = line + "\n";
-    if (write(input_, bytes.data(), bytes.size()) != static_cast<ssize_t>(bytes.size())) {
-        throw std::runtime_error("the program does not listen");
-    }
-}
-
 bool X11Process::readOutput(std::string& output) {
     std::array<char, 4096> bytes{};
     const ssize_t count = read(output_, bytes.data(), bytes.size());

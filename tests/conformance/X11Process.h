@@ -16,8 +16,6 @@ class X11Process {
     X11Process& operator=(const X11Process&) = delete;
 
     pid_t identifier() const { return identifier_; }
-    /// Writes a line to its standard input.
-    void tell(const std::string& line);
     /// What it has printed and nobody has read yet; false when there is nothing new.
     bool readOutput(std::string& output);
     /// Kills it.

@@ -168,15 +168,4 @@ int X11User::keysWithoutSymbol() {
     return empty;
 }
 
-std::optional<xcb_window_t> X11User::inputFocus() {
-    const XcbReply<xcb_get_input_focus_reply_t> reply(
-        xcb_get_input_focus_reply(connection_, xcb_get_input_focus(connection_), nullptr));
-    return reply ? std::optional(reply->focus) : std::nullopt;
-}
-
-void X11User::setInputFocus(xcb_window_t window) {
-    xcb_set_input_focus(connection_, XCB_INPUT_FOCUS_PARENT, window, XCB_CURRENT_TIME);
-    isDown(spaceKey);
-}
-
 }  // namespace tarvik::conformance

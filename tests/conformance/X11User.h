@@ -3,8 +3,6 @@
 #include <xcb/xcb.h>
 
 #include <cstdint>
-#include <initializer_list>
-#include <optional>
 
 namespace tarvik::conformance {
 
@@ -45,8 +43,6 @@ class X11User {
 
     /// How many keys have no symbol.
     int keysWithoutSymbol();
-    std::optional<xcb_window_t> inputFocus();
-    void setInputFocus(xcb_window_t window);
 
   private:
     void key(bool down, std::uint8_t code);

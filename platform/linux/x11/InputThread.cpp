@@ -60,9 +60,9 @@ void InputThread::run(std::promise<void> connected) {
 
 int InputThread::drain() {
     if (session_ && !session_->drain()) {
+        log_.write("TarvikDictate: the X server is gone");
         isConnected_ = false;
         session_.reset();
-        log_.write("TarvikDictate: the X server is gone");
     }
     return session_ ? connection_->descriptor() : -1;
 }
