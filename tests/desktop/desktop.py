@@ -234,6 +234,8 @@ class Desktop:
     def plug_microphone(self, name="vmic", rate=16000, channels=1):
         """Plugs a microphone in that plays what is written to `fifo(name)`, and makes it the
         default one; the number of its module."""
+        # A sound server that was killed leaves its pipe behind, and the next one refuses it.
+        self.fifo(name).unlink(missing_ok=True)
         module = self.run(
             ["pactl", "load-module", "module-pipe-source", f"source_name={name}",
              f"file={self.fifo(name)}", "format=s16le", f"rate={rate}", f"channels={channels}"]

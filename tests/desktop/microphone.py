@@ -4,6 +4,7 @@ import array
 import os
 import pathlib
 import random
+import select
 import subprocess
 import tempfile
 import threading
@@ -11,8 +12,10 @@ import time
 
 from desktop import wait_for
 
-BLOCK = 0.02
+INTERVAL = 0.02
 SAMPLE_BYTES = 2
+# A pipe takes this much whole or not at all; the sound server dies of half a frame.
+BLOCK_BYTES = select.PIPE_BUF
 VOICE = "slt"
 
 
@@ -42,10 +45,11 @@ def loudest(samples):
 class Microphone:
     """Feeds a microphone of the sound server in real time, as a real one does."""
 
-    def __init__(self, fifo, rate=16000):
+    def __init__(self, fifo, rate=16000, channels=1):
         self.rate = rate
         self._fifo = fifo
-        self._noise = quiet_noise(rate)
+        self._channels = channels
+        self._noise = self._on_all_channels(quiet_noise(rate))
         self._speech = bytearray()
         self._lock = threading.Lock()
         self.plug_in()
@@ -66,13 +70,13 @@ class Microphone:
         self.play(spoken(text, self.rate))
 
     def play(self, samples):
+        """Plays samples at this microphone's rate, mono, after what is still being said."""
         with self._lock:
-            self._speech += samples
+            self._speech += self._on_all_channels(samples)
 
     def pause(self, seconds):
         """Puts a pause after what is still being said."""
-        size = int(seconds * self.rate) * SAMPLE_BYTES
-        self.play((self._noise * (size // len(self._noise) + 1))[:size])
+        self.play(quiet_noise(self.rate, seconds))
 
     @property
     def is_silent(self):
@@ -82,22 +86,28 @@ class Microphone:
     def wait_until_silent(self, deadline=60.0):
         wait_for(lambda: self.is_silent, "the end of the speech", deadline)
 
+    def _on_all_channels(self, samples):
+        return b"".join(samples[i:i + SAMPLE_BYTES] * self._channels
+                        for i in range(0, len(samples), SAMPLE_BYTES))
+
     def _feed(self):
         pipe = os.open(self._fifo, os.O_RDWR | os.O_NONBLOCK)
         start = time.monotonic()
         delivered = 0
-        while not self._ended.wait(BLOCK):
+        while not self._ended.wait(INTERVAL):
             due = int((time.monotonic() - start) * self.rate)
+            sound = self._next((due - delivered) * SAMPLE_BYTES * self._channels)
+            delivered = due
             try:
-                os.write(pipe, self._next_block((due - delivered) * SAMPLE_BYTES))
+                for first in range(0, len(sound), BLOCK_BYTES):
+                    os.write(pipe, sound[first:first + BLOCK_BYTES])
             except BlockingIOError:
                 pass  # The microphone is asleep: sound that nobody takes is lost.
-            delivered = due
         os.close(pipe)
 
-    def _next_block(self, size):
+    def _next(self, size):
         with self._lock:
-            block = bytes(self._speech[:size])
+            sound = bytes(self._speech[:size])
             del self._speech[:size]
-        rest = size - len(block)
-        return block + (self._noise * (rest // len(self._noise) + 1))[:rest]
+        rest = size - len(sound)
+        return sound + (self._noise * (rest // len(self._noise) + 1))[:rest]

@@ -94,7 +94,7 @@ class Microphones(DictationTest):
         self.desktop.plug_microphone("better", rate=48000, channels=2)
         self.addCleanup(self.desktop.run, ["pactl", "set-default-source", "vmic"])
         self.addCleanup(self.unplug, "better")
-        better = Microphone(self.desktop.fifo("better"), rate=2 * 48000)
+        better = Microphone(self.desktop.fifo("better"), rate=48000, channels=2)
         self.addCleanup(better.pull_out)
         self.application.log.wait_for(REBUILT)
         self.check_the_voice_is_heard(better)
