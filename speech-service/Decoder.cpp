@@ -40,10 +40,13 @@ std::unique_ptr<cmd_ln_t, ConfigurationDeleter> configuration() {
     const std::string acoustics = model + "/en-us";
     const std::string language = model + "/en-us.lm.bin";
     const std::string dictionary = model + "/cmudict-en-us.dict";
-    // The weights of the later passes were chosen by trying dictated sentences.
-    return std::unique_ptr<cmd_ln_t, ConfigurationDeleter>(cmd_ln_init(
-        nullptr, ps_args(), TRUE, "-hmm", acoustics.c_str(), "-lm", language.c_str(), "-dict",
-        dictionary.c_str(), "-fwdflatlw", "7.5", "-bestpathlw", "7.5", nullptr));
+    // The weights of the later passes were chosen by trying dictated sentences. The threshold keeps
+    // the hiss of a microphone from counting as speech: with a lower one a second of it before the
+    // first word spoils the whole utterance.
+    return std::unique_ptr<cmd_ln_t, ConfigurationDeleter>(
+        cmd_ln_init(nullptr, ps_args(), TRUE, "-hmm", acoustics.c_str(), "-lm", language.c_str(),
+                    "-dict", dictionary.c_str(), "-fwdflatlw", "7.5", "-bestpathlw", "7.5",
+                    "-vad_threshold", "3.0", nullptr));
 }
 
 // Sentence marks, silences and noises stand in angle or square brackets, or between two plus signs.
