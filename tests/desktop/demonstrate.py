@@ -20,7 +20,7 @@ LOOK = pathlib.Path(__file__).parent / "demonstration"
 SIZE = (1120, 700)
 WINDOW = (760, 400)
 SENTENCES = (
-    "good morning it is a beautiful day to write a letter",
+    "it is a beautiful day to write a letter",
     "i am speaking and my computer is writing",
     "the words appear in your text editor",
 )

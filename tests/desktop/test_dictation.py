@@ -8,7 +8,7 @@ from dictation_test import DictationTest
 from desktop import wait_for
 
 FIRST = "the quick brown fox jumps over the lazy dog"
-SECOND = "i will answer it tomorrow morning"
+SECOND = "thank you for the letter"
 # Longer than the pause that ends an utterance.
 PAUSE = 1.2
 DEADLINE = 20.0
