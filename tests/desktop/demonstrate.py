@@ -17,11 +17,13 @@ from local_service import LocalService
 from microphone import Microphone
 
 LOOK = pathlib.Path(__file__).parent / "demonstration"
-SIZE = (1120, 700)
-WINDOW = (760, 400)
+SIZE = (1040, 600)
+WINDOW = (740, 320)
+PANEL_HEIGHT = 34
+PAPER = {"#FCFCFC", "#FDFDFD", "#FEFEFE", "#FFFFFF"}
 SENTENCES = (
     "it is a beautiful day to write a letter",
-    "i am speaking and my computer is writing",
+    "my hands are in my pockets",
     "the words appear in your text editor",
 )
 PAUSE = 1.0
@@ -78,6 +80,21 @@ def picture(desktop, path):
     desktop.run(["optipng", "-quiet", path])
 
 
+def colors(desktop, area):
+    """The colours in a part of the screen, given as WxH+X+Y."""
+    pixels = desktop.run(["import", "-window", "root", "-crop", area, "-depth", "8", "txt:-"])
+    return {line.split()[2] for line in pixels.splitlines()[1:]}
+
+
+def wait_until_drawn(desktop):
+    """Returns when the editor's page and the status icon are there to see."""
+    width, height = SIZE
+    middle = f"8x8+{width // 2}+{height // 2}"
+    wait_for(lambda: colors(desktop, middle) <= PAPER, "the editor's page")
+    tray = f"40x{PANEL_HEIGHT - 4}+{width - 90}+2"
+    wait_for(lambda: len(colors(desktop, tray)) > 3, "the status icon")
+
+
 def is_streaming(service):
     """Whether anybody is connected to the service."""
     port = f":{int(service.host.rpartition(':')[2]):04X}"
@@ -100,23 +117,27 @@ def demonstrate(binaries, folder):
         editor = Editor(desktop)
         application = Application(desktop, binaries, {"SSL_CERT_FILE": str(service.authority)})
         keyboard = Keyboard(desktop)
+        wait_until_drawn(desktop)
         picture(desktop, folder / "1-before.png")
 
         print("Holding Alt+Space and speaking …", flush=True)
         keyboard.hold()
         wait_for(desktop.is_recorded, "an open microphone")
-        for sentence in SENTENCES:
+        for sentence in SENTENCES[:-1]:
             microphone.speak(sentence)
             microphone.pause(PAUSE)
         microphone.wait_until_silent()
+        microphone.speak(SENTENCES[-1])
         picture(desktop, folder / "2-speaking.png")
+        microphone.wait_until_silent()
         keyboard.release()
         print("Let go.", flush=True)
         application.log.wait_for("audio.stop")
         wait_for(lambda: not is_streaming(service), "the end of the stream")
-        text = wait_for(editor.saved_text, "text in the editor")
-        picture(desktop, folder / "3-after.png")
-        (folder / "transcript.txt").write_text(text + "\n")
+        # The last words may still be on their way into the page: picture and text have to agree.
+        text = ""
+        while text != (text := wait_for(editor.saved_text, "text in the editor")):
+            picture(desktop, folder / "3-after.png")
         microphone.pull_out()
         return text
 
@@ -125,6 +146,7 @@ def main():
     binaries, folder = pathlib.Path(sys.argv[1]).resolve(), pathlib.Path(sys.argv[2])
     folder.mkdir(exist_ok=True)
     text = demonstrate(binaries, folder.resolve())
+    (folder / "transcript.txt").write_text(text + "\n")
     print("Spoken:")
     for sentence in SENTENCES:
         print("  " + sentence)
