@@ -6,7 +6,8 @@ import threading
 
 from desktop import wait_for
 
-READY = "TarvikDictate: accessibility trusted → true"
+# Written after the hotkeys were registered. Whether it is trusted may not be known yet by then.
+READY = "TarvikDictate: accessibility trusted → "
 
 
 class Log:
@@ -58,7 +59,11 @@ class Application:
             stderr=subprocess.PIPE, text=True, errors="replace",
         )
         self.log = Log(self.process.stderr)
-        self.log.wait_for(READY)
+        try:
+            self.log.wait_for(READY)
+        except BaseException:
+            self.close()
+            raise
 
     @property
     def pid(self):
