@@ -95,7 +95,8 @@ void AlertDialog::showEvent(QShowEvent* event) {
     field_->setFocus();
     field_->selectAll();
     // The window is mapped only after this event, and nobody can activate it before.
-    QMetaObject::invokeMethod(this, [this] { bringToFront(*this); }, Qt::QueuedConnection);
+    QMetaObject::invokeMethod(
+        this, [this] { bringToFront(*this); }, Qt::QueuedConnection);
 }
 
 platform::AlertAnswer AlertDialog::run() {
