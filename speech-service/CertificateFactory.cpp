@@ -11,7 +11,7 @@ namespace tarvik::service {
 
 namespace {
 
-constexpr long secondsPerDay = 24 * 60 * 60;
+constexpr long secondsPerDay = 24L * 60 * 60;
 constexpr long authorityDays = 3650;
 // Some clients refuse server certificates that are valid for longer.
 constexpr long serverDays = 397;

@@ -11,10 +11,14 @@ namespace tarvik::service {
 
 namespace {
 
-constexpr int bytesPerSample = 2;
-constexpr int enoughSeconds = 10;
-// A cancelled worker looks up after each piece of this share of a second.
-constexpr int piecesPerSecond = 10;
+constexpr std::size_t bytesPerSample = 2;
+constexpr Seconds enoughAudio{10};
+// A cancelled worker looks up after each piece of this length.
+constexpr Seconds pieceLength{0.1};
+
+std::size_t bytesIn(Seconds length, int sampleRate) {
+    return static_cast<std::size_t>(length.count() * sampleRate) * bytesPerSample;
+}
 
 }  // namespace
 
@@ -29,8 +33,7 @@ class DecodeWorker::Session {
 
     void operator()(const std::vector<std::uint8_t>& audio) {
         std::span<const std::uint8_t> rest = audio;
-        const auto piece =
-            static_cast<std::size_t>(worker_.sampleRate_ * bytesPerSample / piecesPerSecond);
+        const std::size_t piece = bytesIn(pieceLength, worker_.sampleRate_);
         while (!rest.empty() && !worker_.isCancelled_) {
             const std::size_t size = std::min(rest.size(), piece);
             recognizer_.process(resampler_.process(pcm_.read(rest.first(size))));
@@ -60,9 +63,9 @@ std::shared_ptr<DecodeWorker> DecodeWorker::start(boost::asio::any_io_executor e
                                                   std::shared_ptr<DecoderPool> decoders,
                                                   int sampleRate, bool interimResults,
                                                   Callbacks callbacks) {
-    const std::shared_ptr<DecodeWorker> worker(
-        new DecodeWorker(std::move(executor), std::move(decoders), sampleRate, interimResults,
-                         std::move(callbacks)));
+    std::shared_ptr<DecodeWorker> worker(new DecodeWorker(std::move(executor), std::move(decoders),
+                                                          sampleRate, interimResults,
+                                                          std::move(callbacks)));
     worker->thread_ = std::thread([worker] { worker->run(); });
     return worker;
 }
@@ -81,7 +84,7 @@ bool DecodeWorker::append(std::vector<std::uint8_t> audio) {
     appendedBytes_ += audio.size();
     push(std::move(audio));
     const std::lock_guard lock(mutex_);
-    return waitingBytes_ < static_cast<std::size_t>(sampleRate_ * bytesPerSample * enoughSeconds);
+    return waitingBytes_ < bytesIn(enoughAudio, sampleRate_);
 }
 
 void DecodeWorker::finalize() {
@@ -99,7 +102,8 @@ void DecodeWorker::cancel() {
 }
 
 Seconds DecodeWorker::appended() const {
-    return Seconds(static_cast<double>(appendedBytes_ / bytesPerSample) / sampleRate_);
+    const std::uint64_t samples = appendedBytes_ / bytesPerSample;
+    return Seconds(static_cast<double>(samples) / sampleRate_);
 }
 
 void DecodeWorker::push(Task task) {
@@ -112,7 +116,7 @@ void DecodeWorker::push(Task task) {
 }
 
 std::optional<DecodeWorker::Task> DecodeWorker::pop() {
-    const auto half = static_cast<std::size_t>(sampleRate_ * bytesPerSample * enoughSeconds / 2);
+    const std::size_t half = bytesIn(enoughAudio, sampleRate_) / 2;
     std::unique_lock lock(mutex_);
     wake_.wait(lock, [this] { return isCancelled_ || !tasks_.empty(); });
     if (isCancelled_) {

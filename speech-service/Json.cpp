@@ -4,22 +4,24 @@
 #include <charconv>
 #include <cmath>
 
+#include "base/Text.h"
+
 namespace tarvik::service {
 
 std::string jsonString(std::string_view text) {
     constexpr std::string_view digits = "0123456789abcdef";
     std::string json = "\"";
-    for (const char character : text) {
-        const auto code = static_cast<unsigned char>(character);
-        if (character == '"' || character == '\\') {
+    for (const char16_t unit : utf16FromUtf8(text)) {
+        if (unit == u'"' || unit == u'\\') {
             json += '\\';
-            json += character;
-        } else if (code < 0x20) {
-            json += "\\u00";
-            json += digits[code >> 4];
-            json += digits[code & 0xF];
+        }
+        if (unit >= 0x20 && unit < 0x7F) {
+            json += static_cast<char>(unit);
         } else {
-            json += character;
+            json += "\\u";
+            for (const int shift : {12, 8, 4, 0}) {
+                json += digits[unit >> shift & 0xF];
+            }
         }
     }
     return json + '"';

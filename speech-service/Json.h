@@ -5,7 +5,8 @@
 
 namespace tarvik::service {
 
-/// A UTF-8 text as a JSON string, quotes included.
+/// A UTF-8 text as a JSON string of ASCII characters, quotes included; bytes that are part of no
+/// character become U+FFFD.
 std::string jsonString(std::string_view text);
 
 /// A number as JSON with at most three decimals.

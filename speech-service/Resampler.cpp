@@ -13,9 +13,9 @@ void Resampler::Deleter::operator()(SRC_STATE_tag* state) const {
 Resampler::Resampler(SRC_STATE_tag* state, int inputRate) : state_(state), inputRate_(inputRate) {}
 
 Result<Resampler> Resampler::create(int inputRate) {
-    // The acoustic model looks at 130 Hz to 6.8 kHz. The sinc filter keeps all of that. A lower rate
-    // has nothing in the upper part, which the model takes for another sound; the mirror image of
-    // the lower part that linear interpolation leaves there is understood far better.
+    // The acoustic model looks at 130 Hz to 6.8 kHz. The sinc filter keeps all of that. A lower
+    // rate has nothing in the upper part, which the model takes for another sound; the mirror image
+    // of the lower part that linear interpolation leaves there is understood far better.
     const int method = inputRate < recognitionRate ? SRC_LINEAR : SRC_SINC_MEDIUM_QUALITY;
     int status = 0;
     SRC_STATE* state = src_new(method, 1, &status);

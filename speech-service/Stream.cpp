@@ -16,7 +16,7 @@ namespace websocket = beast::websocket;
 
 namespace {
 
-constexpr std::size_t longestMessage = 16 * 1024 * 1024;
+constexpr std::size_t longestMessage = std::size_t{16} * 1024 * 1024;
 constexpr std::size_t mostUnsent = 1000;
 constexpr std::chrono::seconds closeTimeout{2};
 
@@ -139,7 +139,7 @@ void Stream::onText() {
     }
 }
 
-void Stream::endAndClose(websocket::close_reason reason) {
+void Stream::endAndClose(const websocket::close_reason& reason) {
     ending_ = reason;
     timer_.cancel();
     worker_->end();

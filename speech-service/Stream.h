@@ -40,7 +40,7 @@ class Stream : public OpenConnection, public std::enable_shared_from_this<Stream
     void onRead(boost::beast::error_code error);
     void onAudio();
     void onText();
-    void endAndClose(boost::beast::websocket::close_reason reason);
+    void endAndClose(const boost::beast::websocket::close_reason& reason);
     void expectAudio();
     void startTimer(Seconds interval, void (Stream::*onExpired)());
     void onIdle();

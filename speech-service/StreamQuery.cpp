@@ -4,6 +4,8 @@
 #include <map>
 #include <optional>
 
+#include "speech-service/Json.h"
+
 namespace tarvik::service {
 
 namespace {
@@ -68,8 +70,8 @@ std::optional<int> wholeNumber(std::string_view text) {
 }
 
 Error badParameter(std::string_view name, std::string_view value, std::string_view allowed) {
-    return {400, "Invalid value \"" + std::string(value) + "\" for the parameter " +
-                     std::string(name) + ": " + std::string(allowed)};
+    return {400, "Invalid value " + jsonString(value) + " for the parameter " + std::string(name) +
+                     ": " + std::string(allowed)};
 }
 
 Error missingParameter(std::string_view name, std::string_view allowed) {

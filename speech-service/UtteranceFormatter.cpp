@@ -30,6 +30,7 @@ bool isAlwaysCapital(std::string_view word) {
 
 std::vector<std::string> writtenWords(const Utterance& utterance) {
     std::vector<std::string> written;
+    written.reserve(utterance.words.size());
     for (const Word& word : utterance.words) {
         written.push_back(word.text);
         const bool isFirst = written.size() == 1 && !utterance.isContinuation;

@@ -22,6 +22,7 @@ constexpr Seconds smallPause{0.12};
 
 std::vector<std::string> textsOf(const std::vector<Word>& words) {
     std::vector<std::string> texts;
+    texts.reserve(words.size());
     for (const Word& word : words) {
         texts.push_back(word.text);
     }

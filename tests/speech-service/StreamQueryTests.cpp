@@ -74,6 +74,12 @@ TEST(StreamQuery, RefusesFlagsThatAreNeitherTrueNorFalse) {
               "Invalid value \"maybe\" for the parameter interim_results: true or false");
 }
 
+TEST(StreamQuery, QuotesBadValuesInReadableCharacters) {
+    EXPECT_EQ(refusalOf("encoding=a%22%0a%ff&sample_rate=16000"),
+              R"(Invalid value "a\"\u000a\ufffd" for the parameter encoding: )"
+              "this service understands linear16");
+}
+
 TEST(StreamQuery, DecodesEscapesAndIgnoresWhatItDoesNotKnow) {
     EXPECT_EQ(refusalOf("tag=100%&=&&encodin%67=linear%31%36&sample_rate=16000&keyterm=a+b%zz"),
               "accepted");
