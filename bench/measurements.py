@@ -4,7 +4,6 @@ import contextlib
 import dataclasses
 import os
 import pathlib
-import select
 import socket
 import subprocess
 import threading
@@ -74,12 +73,12 @@ def time_until_visible(target, piece, action, deadline=10.0):
     `piece` (at the most until the deadline), and whether it has grown by that very text."""
     before = target.text
     wanted = len((before + piece).encode())
-    begin = seen = time.monotonic()
+    begin = time.monotonic()
     action()
     # Looked at without a pause: a pause would be part of the result.
-    while seen < begin + deadline and os.stat(target.out).st_size < wanted:
-        seen = time.monotonic()
-    return (seen - begin) * 1000, target.text == before + piece
+    while time.monotonic() < begin + deadline and os.stat(target.out).st_size < wanted:
+        pass
+    return milliseconds(begin), target.text == before + piece
 
 
 def final_message_to_text(binaries, text):
@@ -87,6 +86,7 @@ def final_message_to_text(binaries, text):
     often the text was right."""
     with running_application(binaries, a11y=True, audio=True) as (desktop, application, service):
         target = WidgetTarget(desktop, "gtk3")
+        microphone = Microphone(desktop.fifo())
         keys = XTest(desktop.environment["DISPLAY"])
         keys.press("Alt_L")
         keys.press("space")
@@ -102,6 +102,7 @@ def final_message_to_text(binaries, text):
         application.log.wait_for(SETTLED)
         typed = [time_until_visible(
             target, text, lambda: desktop.spawn(["xdotool", "type", text])) for _ in range(3)]
+        microphone.pull_out()
         target.close()
     for way, runs in (("dictated", dictated), ("xdotool type", typed)):
         yield way, [taken for taken, _ in runs], sum(right for _, right in runs)
