@@ -47,11 +47,13 @@ void Keyboard::reread() {
     readModifiers();
 }
 
-// Another program may have loaded a whole new map, which takes the lent keys' symbols away.
+// Another program may have loaded a whole new map, which takes the lent keys' symbols away. A
+// layout with several groups only has the server write them in another form: a key that were
+// forgotten for that would be lost for good.
 void Keyboard::readMap() {
     map_ = KeyboardMap::read(connection_);
     const auto yields = [this](xcb_keycode_t code, char32_t character) {
-        return map_.contains(code) && map_[code] == KeyboardMap::Key::yielding(symbolOf(character));
+        return map_.contains(code) && map_[code].yieldsOnly(symbolOf(character));
     };
     std::erase_if(lent_, [&](const auto& lent) { return !yields(lent.second, lent.first); });
     std::erase_if(reclaimed_, [&](const auto& old) { return !yields(old.first, old.second); });

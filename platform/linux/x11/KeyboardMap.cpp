@@ -41,6 +41,12 @@ std::uint32_t KeyboardMap::Key::symbol(std::uint8_t group) const {
     return position < symbols.size() ? symbols[position] : 0;
 }
 
+bool KeyboardMap::Key::yieldsOnly(std::uint32_t symbol) const {
+    return !isSpare() && std::ranges::find(symbols, symbol) != symbols.end() &&
+           std::ranges::all_of(symbols,
+                               [&](std::uint32_t each) { return each == symbol || each == 0; });
+}
+
 KeyboardMap::Key KeyboardMap::Key::yielding(std::uint32_t symbol) {
     Key key;
     key.types[0] = twoLevelType;

@@ -23,7 +23,8 @@ class KeyboardMap {
         bool isSpare() const { return (groupInfo & 0x0F) == 0; }
         /// The symbol without modifiers while layout `group` is active; 0 when there is none.
         std::uint32_t symbol(std::uint8_t group) const;
-        bool operator==(const Key&) const = default;
+        /// Whether the key yields `symbol` and nothing else, however the server has arranged it.
+        bool yieldsOnly(std::uint32_t symbol) const;
 
         /// A key that yields `symbol` in every layout, with or without Shift.
         static Key yielding(std::uint32_t symbol);
