@@ -7,9 +7,9 @@ namespace tarvik::linuxdesktop {
 RecordStream::RecordStream(pa_context* context, const Microphone& microphone,
                            std::size_t fragmentFrames, RecordStreamListener& listener)
     : context_(context), microphone_(microphone), listener_(listener) {
-    const pa_sample_spec specification{PA_SAMPLE_FLOAT32NE, microphone_.sampleRate,
-                                       microphone_.channels.channels};
-    stream_.reset(pa_stream_new(context, "Dictation", &specification, &microphone_.channels));
+    const pa_sample_spec format{PA_SAMPLE_FLOAT32NE, microphone_.sampleRate,
+                                microphone_.channels.channels};
+    stream_.reset(pa_stream_new(context, "Dictation", &format, &microphone_.channels));
     if (stream_) {
         connect(fragmentFrames);
     } else {
