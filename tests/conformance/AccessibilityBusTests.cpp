@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 #include <signal.h>
 
+#include <future>
 #include <memory>
 #include <string>
 
@@ -26,6 +27,12 @@ class AtspiBus : public AccessibilityFixture {
     bool takesText() {
         const auto target = openFake({});
         return write(awaitFocus(), "text") == platform::axErrorSuccess && target->text() == "text";
+    }
+
+    void awaitFirstAnswer(Seconds limit = patience) {
+        const auto isKnown = std::make_shared<std::promise<void>>();
+        service->whenFirstKnown([isKnown] { isKnown->set_value(); });
+        EXPECT_EQ(isKnown->get_future().wait_for(limit), std::future_status::ready);
     }
 
     bool isWithoutAccessibility() {
@@ -64,6 +71,31 @@ TEST_F(AtspiBus, TrustFollowsTheSwitchOfTheDesktopAndTheKeyboard) {
     EXPECT_TRUE(service->isProcessTrusted());
     session.setEnabled(false);
     EXPECT_TRUE(becomesTrue([this] { return !service->isProcessTrusted(); }, patience));
+}
+
+TEST_F(AtspiBus, WhatIsKnownFirstIsWhatTheDesktopSays) {
+    session.startBus();
+    session.setEnabled(true);
+    startService();
+    awaitFirstAnswer();
+    EXPECT_TRUE(service->isProcessTrusted());
+    // Also when it is asked for late.
+    awaitFirstAnswer();
+}
+
+TEST_F(AtspiBus, ASwitchThatIsOffIsKnownToBeAndThePromptMovesItWithinASecond) {
+    session.startBus();
+    startService();
+    awaitFirstAnswer();
+    EXPECT_FALSE(isWithoutAccessibility());
+    EXPECT_FALSE(service->isProcessTrustedWithOptions(true));
+    EXPECT_TRUE(becomesTrue([this] { return service->isProcessTrusted(); }, Seconds(1)));
+}
+
+TEST_F(AtspiBus, ThatThereIsNoBusIsKnownAtOnce) {
+    startService();
+    awaitFirstAnswer(Seconds(0.4));
+    EXPECT_FALSE(service->isProcessTrusted());
 }
 
 TEST_F(AtspiBus, ARegistryThatEndsIsStartedAgain) {

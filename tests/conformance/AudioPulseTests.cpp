@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <array>
 #include <csignal>
+#include <future>
 
 #include "tests/conformance/AudioPulseWorld.h"
 #include "tests/conformance/AudioRecorder.h"
@@ -122,6 +123,43 @@ TEST_F(AudioPulse, TheServerCannotMoveTheStreamToTheMonitor) {
     recorder.forget();
     ASSERT_TRUE(within([this] { return recorder.buffers() > 2; }));
     EXPECT_EQ(loudSamples(recorder.heard(0)), 0);
+}
+
+/// What a service says as soon as it knows anything.
+int firstStatus(platform::MainQueue& mainQueue, platform::Log& log) {
+    linuxdesktop::PulseAudioService service(mainQueue, log);
+    const auto isKnown = std::make_shared<std::promise<void>>();
+    service.whenFirstKnown([isKnown] { isKnown->set_value(); });
+    EXPECT_EQ(isKnown->get_future().wait_for(patience), std::future_status::ready);
+    return service.authorizationStatusForAudio();
+}
+
+TEST_F(AudioPulse, WhatIsKnownFirstIsWhatTheServerSaysOrThatThereIsNone) {
+    AudioMainQueue mainQueue;
+    simulated::Journal journal;
+    simulated::SimulatedLog log(journal);
+    EXPECT_EQ(firstStatus(mainQueue, log), 2);
+    plugFirst(16000);
+    EXPECT_EQ(firstStatus(mainQueue, log), 3);
+    world.killServer();
+    EXPECT_EQ(firstStatus(mainQueue, log), 0);
+}
+
+TEST_F(AudioPulse, ThePermissionFollowsTheHardwareWithinASecond) {
+    const auto becomes = [this](int status) {
+        return world.runUntil(
+            [&] { return world.authorization().authorizationStatusForAudio() == status; },
+            Seconds(1));
+    };
+    EXPECT_TRUE(becomes(2));
+    world.plug(16000, 1);
+    EXPECT_TRUE(becomes(3));
+    world.killServer();
+    EXPECT_TRUE(becomes(0));
+    world.restartServer(16000);
+    EXPECT_TRUE(becomes(3));
+    world.unplug();
+    EXPECT_TRUE(becomes(2));
 }
 
 TEST_F(AudioPulse, NoCallWaitsForAServerThatHangs) {

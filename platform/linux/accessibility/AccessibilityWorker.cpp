@@ -74,6 +74,11 @@ platform::AXError AccessibilityWorker::write(const std::shared_ptr<AtspiElement>
     return ticket->await(start + patience);
 }
 
+void AccessibilityWorker::whenFirstKnown(std::function<void()> handler) {
+    submit(
+        [handler = std::move(handler)](AtspiDesktop& desktop) { desktop.whenFirstKnown(handler); });
+}
+
 void AccessibilityWorker::connect() {
     submit([](AtspiDesktop& desktop) { desktop.connect(); });
 }

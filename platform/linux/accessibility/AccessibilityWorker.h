@@ -32,6 +32,8 @@ class AccessibilityWorker {
 
     /// Replaces the selection of an element; answers within 0.5 s.
     platform::AXError write(const std::shared_ptr<AtspiElement>& element, const std::string& text);
+    /// Calls `handler` on the worker's thread once the first answers of the desktop are in.
+    void whenFirstKnown(std::function<void()> handler);
     /// Looks again for a bus that is missing.
     void connect();
     /// Switches accessibility on for the whole desktop.

@@ -24,6 +24,10 @@ AtspiAccessibility::AtspiAccessibility(platform::Log& log, ProcessInFront proces
 
 AtspiAccessibility::~AtspiAccessibility() = default;
 
+void AtspiAccessibility::whenFirstKnown(std::function<void()> handler) {
+    worker_->whenFirstKnown(std::move(handler));
+}
+
 platform::AXUIElementRef AtspiAccessibility::createSystemWide() {
     return std::make_shared<SystemWideElement>();
 }

@@ -34,6 +34,10 @@ class AtspiAccessibility final : public platform::Accessibility {
     /// Ends the thread; waits for what it does at the moment, never for another program.
     ~AtspiAccessibility() override;
 
+    /// Calls `handler` once, on a thread of the service's own, where it does not wait: as soon as
+    /// it is known whether the process is trusted, be it because something is missing for it.
+    void whenFirstKnown(std::function<void()> handler);
+
     platform::AXUIElementRef createSystemWide() override;
     platform::AXError copyAttributeValue(const platform::AXUIElementRef& element,
                                          std::string_view attribute,

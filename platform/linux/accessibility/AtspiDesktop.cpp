@@ -42,6 +42,19 @@ void AtspiDesktop::dispatch() {
             session_->askForAddress();
         }
     }
+    announceWhatIsKnown();
+}
+
+void AtspiDesktop::whenFirstKnown(std::function<void()> handler) {
+    awaitingFirst_.push_back(std::move(handler));
+}
+
+void AtspiDesktop::announceWhatIsKnown() {
+    if (isInTrouble_ || (knowsSwitch_ && state_.isConnected)) {
+        for (const auto& handler : std::exchange(awaitingFirst_, {})) {
+            handler();
+        }
+    }
 }
 
 void AtspiDesktop::connect() {
@@ -56,7 +69,10 @@ void AtspiDesktop::connect() {
 }
 
 AtspiSession::Handlers AtspiDesktop::sessionHandlers() {
-    return {[this](bool isEnabled) { state_.isEnabled = isEnabled; },
+    return {[this](bool isEnabled) {
+                state_.isEnabled = isEnabled;
+                knowsSwitch_ = true;
+            },
             [this](std::string address) { newAddress_ = std::move(address); },
             [this] {
                 if (std::exchange(isWorthStarting_, false)) {

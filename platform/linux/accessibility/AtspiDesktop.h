@@ -1,5 +1,6 @@
 #pragma once
 
+#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
@@ -34,6 +35,9 @@ class AtspiDesktop {
 
     /// Looks again for what is missing.
     void connect();
+    /// Calls `handler`, inside dispatch(), once it is known whether accessibility is switched on
+    /// and its bus answers, or that something is missing for it.
+    void whenFirstKnown(std::function<void()> handler);
     /// Switches accessibility on for the whole desktop.
     void enable();
     /// Asks the programs of a process what has the focus.
@@ -46,6 +50,7 @@ class AtspiDesktop {
     void joinRegistry(const std::string& address);
     void leaveRegistry();
     void complain(const std::string& trouble);
+    void announceWhatIsKnown();
 
     platform::Log& log_;
     AccessibilityState& state_;
@@ -59,6 +64,9 @@ class AtspiDesktop {
     bool isWorthStarting_ = false;
     /// The log says already that something is missing.
     bool isInTrouble_ = false;
+    /// The desktop has told where its switch stands.
+    bool knowsSwitch_ = false;
+    std::vector<std::function<void()>> awaitingFirst_;
 };
 
 }  // namespace tarvik::linuxdesktop

@@ -77,9 +77,8 @@ void AtspiSession::askForAddress() {
 void AtspiSession::askWhetherEnabled() {
     bus_->call(bus_->newPropertyCall(accessibilityBus, statusInterface, "IsEnabled"), patience,
                [this](sd_bus_message* answer) {
-                   if (const auto isEnabled = truthIn(answer)) {
-                       handlers_.onEnabled(*isEnabled);
-                   }
+                   // A desktop without the switch has nothing switched on.
+                   handlers_.onEnabled(truthIn(answer).value_or(false));
                });
 }
 

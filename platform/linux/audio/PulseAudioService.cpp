@@ -31,6 +31,11 @@ std::unique_ptr<platform::AudioObservation> PulseAudioService::observeConfigurat
     return changes_->observe(std::move(handler));
 }
 
+void PulseAudioService::whenFirstKnown(std::function<void()> handler) {
+    const auto lock = server_->lock();
+    server_->whenFirstKnown(std::move(handler));
+}
+
 int PulseAudioService::authorizationStatusForAudio() {
     return server_->authorizationStatus();
 }

@@ -29,6 +29,10 @@ class PulseAudioService : public platform::AudioService, public platform::Captur
     [[nodiscard]] std::unique_ptr<platform::AudioObservation> observeConfigurationChange(
         std::function<void()> handler) override;
 
+    /// Calls `handler` as soon as it is known what there is to record from, be it nothing: at once,
+    /// or on a thread of the service's own, where it does not wait.
+    void whenFirstKnown(std::function<void()> handler);
+
     /// authorized while the server offers a source that is not a loudspeaker's monitor, denied
     /// while it offers none, notDetermined while no server answers.
     int authorizationStatusForAudio() override;

@@ -52,6 +52,22 @@ void PulseServer::whenKnown(std::shared_ptr<OneShot<bool>> answer) {
     }
 }
 
+void PulseServer::whenFirstKnown(std::function<void()> handler) {
+    if (known_) {
+        handler();
+    } else {
+        awaitingFirst_.push_back(std::move(handler));
+    }
+}
+
+// Whether it was known before.
+bool PulseServer::becomeKnown() {
+    for (const auto& handler : std::exchange(awaitingFirst_, {})) {
+        handler();
+    }
+    return std::exchange(known_, true);
+}
+
 void PulseServer::configurationChanged(const std::string& reason) {
     log(reason);
     changes_->report();
@@ -77,7 +93,7 @@ void PulseServer::connectionLost(const std::string& reason) {
     tracker_.forget();
     offer_ = {};
     setAuthorizationStatus(platform::AuthorizationStatus::notDetermined);
-    if (std::exchange(known_, true)) {
+    if (becomeKnown()) {
         configurationChanged("server lost: " + reason);
     } else {
         log("no server: " + reason);
@@ -90,7 +106,7 @@ void PulseServer::offerChanged(const MicrophoneOffer& offer) {
     offer_ = offer;
     setAuthorizationStatus(offer.any ? platform::AuthorizationStatus::authorized
                                      : platform::AuthorizationStatus::denied);
-    if (!std::exchange(known_, true)) {
+    if (!becomeKnown()) {
         log(describe(offer));
     } else if (!sameMicrophone) {
         configurationChanged("now " + describe(offer));

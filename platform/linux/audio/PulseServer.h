@@ -45,6 +45,9 @@ class PulseServer {
     int authorizationStatus() const { return authorizationStatus_; }
     /// Calls `answer` on the loop's thread once a server has answered, at once if one has. Inside.
     void whenKnown(std::shared_ptr<OneShot<bool>> answer);
+    /// Calls `handler` once it is known what is there, be it nothing: on the loop's thread, or at
+    /// once when it is known already. Inside.
+    void whenFirstKnown(std::function<void()> handler);
 
     /// Tells the observers, and the log why. Inside.
     void configurationChanged(const std::string& reason);
@@ -63,6 +66,7 @@ class PulseServer {
     void offerChanged(const MicrophoneOffer& offer);
     void setAuthorizationStatus(platform::AuthorizationStatus status);
     void answerWaiting();
+    bool becomeKnown();
 
     std::shared_ptr<ConfigurationChanges> changes_;
     platform::Log& log_;
@@ -75,6 +79,7 @@ class PulseServer {
     unsigned failuresInARow_ = 0;
     std::atomic<int> authorizationStatus_ = 0;
     std::vector<std::shared_ptr<OneShot<bool>>> waiting_;
+    std::vector<std::function<void()>> awaitingFirst_;
 };
 
 }  // namespace tarvik::linuxdesktop
