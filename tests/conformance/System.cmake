@@ -17,8 +17,7 @@ add_executable(system-conformance
     SystemWakeTests.cpp)
 target_link_libraries(system-conformance PRIVATE
     tarvik_linux_system tarvik_simulated PkgConfig::XCB GTest::gtest_main)
-target_precompile_headers(system-conformance PRIVATE
-    <gtest/gtest.h> <functional> <memory> <string> <vector>)
+target_precompile_headers(system-conformance REUSE_FROM tarvik_simulated)
 
 add_test(NAME system-conformance
     COMMAND system-conformance --gtest_filter=-SystemAlertTest.*:System*TrayTest.*)

@@ -1,7 +1,4 @@
 # The other end of the real connections is a server in the test's own process, on loopback.
-find_package(Boost 1.81 REQUIRED)
-find_package(OpenSSL 3 REQUIRED)
-
 add_executable(websocket-conformance
     WebSocketBeastLifetimeTests.cpp
     WebSocketBeastOpeningTests.cpp
@@ -15,7 +12,8 @@ add_executable(websocket-conformance
     WebSocketRecorder.cpp
     WebSocketSimulatedWorld.cpp)
 target_link_libraries(websocket-conformance PRIVATE
-    tarvik_linux_websocket tarvik_simulated Boost::headers OpenSSL::SSL OpenSSL::Crypto
-    GTest::gtest_main)
+    tarvik_linux_websocket tarvik_simulated GTest::gtest_main)
+target_precompile_headers(websocket-conformance PRIVATE
+    <gtest/gtest.h> ${TARVIK_BEAST_HEADERS})
 add_test(NAME websocket-conformance COMMAND websocket-conformance)
 set_tests_properties(websocket-conformance PROPERTIES TIMEOUT 300)

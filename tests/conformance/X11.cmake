@@ -4,7 +4,9 @@ add_executable(x11-conformance
     X11HotKeyRecorder.cpp
     X11HotKeyTests.cpp
     X11KeyboardEventsConformance.cpp
+    X11KeyboardTests.cpp
     X11LatencyTests.cpp
+    X11LentKeysTests.cpp
     X11MainQueue.cpp
     X11Process.cpp
     X11RealWorld.cpp
@@ -16,6 +18,7 @@ target_link_libraries(x11-conformance PRIVATE
     tarvik_linux_x11 tarvik_simulated PkgConfig::XCB_INPUT GTest::gtest_main)
 target_compile_definitions(x11-conformance PRIVATE
     TARVIK_TARGETS="${CMAKE_SOURCE_DIR}/tests/desktop/targets")
+target_precompile_headers(x11-conformance REUSE_FROM tarvik_simulated)
 add_test(NAME x11-conformance
     COMMAND ${CMAKE_SOURCE_DIR}/tests/desktop/private-desktop --x11 --wm --
         $<TARGET_FILE:x11-conformance>)
