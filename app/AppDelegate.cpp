@@ -5,9 +5,11 @@
 #include "base/Required.h"
 #include "base/Text.h"
 #include "base/Weakly.h"
+#include "settings/BundleVersion.h"
 #include "settings/KeychainStore.h"
 #include "settings/LoginItem.h"
 #include "settings/PermissionChecker.h"
+#include "settings/Relaunch.h"
 #include "settings/SetupWindowController.h"
 
 namespace tarvik {
@@ -49,7 +51,7 @@ bool AppDelegate::isSetupNeeded() const {
 // An ordinary launch brings the window up as well: it is how a user sees that the application runs.
 void AppDelegate::decideWelcome(const platform::LaunchNotification& notification) {
     const bool needsSetup = isSetupNeeded();
-    const std::string version = versionText();
+    const std::string version = versionText(platform_.bundle());
     const bool isNewVersion = platform_.userDefaults().stringForKey(welcomeVersionKey) != version;
     if (needsSetup || isNewVersion) {
         platform_.userDefaults().setString(version, welcomeVersionKey);
@@ -63,15 +65,20 @@ void AppDelegate::scheduleSetupWindow(Seconds delay) {
     platform_.mainQueue().asyncAfter(delay, [] { SetupWindowController::shared().show(); });
 }
 
-std::string AppDelegate::versionText() const {
-    return platform_.bundle()
-        .objectForInfoDictionaryKey("CFBundleShortVersionString")
-        .value_or("?");
-}
-
 bool AppDelegate::applicationShouldHandleReopen(bool /*hasVisibleWindows*/) {
     SetupWindowController::shared().show();
     return true;
+}
+
+void AppDelegate::applicationShouldPerform(platform::ApplicationAction action) {
+    switch (action) {
+        case platform::ApplicationAction::toggle:
+            toggleRecording();
+            break;
+        case platform::ApplicationAction::setup:
+            openSetupWindow();
+            break;
+    }
 }
 
 void AppDelegate::applicationWillTerminate() {
@@ -96,14 +103,8 @@ void AppDelegate::handleSystemWake() {
     toggle_->start();
 }
 
-// The path is only wrapped in quotes: it is the application's own, not a user's text.
 void AppDelegate::restartApp() {
-    const platform::Bundle& bundle = platform_.bundle();
-    // A failure leaves nothing to do: the application ends either way, and is then started by hand.
-    static_cast<void>(platform_.taskLauncher().launch(
-        "/bin/sh",
-        {"-c", "sleep 0.5 && " + bundle.openCommand() + " \"" + bundle.bundlePath() + "\""}));
-    platform_.application().terminate();
+    relaunch(platform_, "0.5");
 }
 
 }  // namespace tarvik

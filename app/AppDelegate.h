@@ -25,6 +25,7 @@ class AppDelegate : public platform::ApplicationDelegate,
 
     void applicationDidFinishLaunching(const platform::LaunchNotification& notification) override;
     bool applicationShouldHandleReopen(bool hasVisibleWindows) override;
+    void applicationShouldPerform(platform::ApplicationAction action) override;
 
     /// Ends a capture that still runs, so that nothing holds the delegate when the process ends.
     void applicationWillTerminate();
@@ -60,11 +61,12 @@ class AppDelegate : public platform::ApplicationDelegate,
     bool isSetupNeeded() const;
     void decideWelcome(const platform::LaunchNotification& notification);
     void scheduleSetupWindow(Seconds delay);
-    std::string versionText() const;
 
     void updateStatusIcon(bool recording);
     void rebuildMenu();
 
+    /// What a press of the long-form hotkey does.
+    void toggleRecording();
     std::int64_t inputSampleRate();
     void handleConnected(bool isOpen);
     void handleTranscript(const std::string& text, bool isFinal);

@@ -27,14 +27,16 @@ void AppDelegate::setupHotkey() {
                                              platform_.log());
     toggle_->onPress = weakly(*this, &AppDelegate::startRecording);
     toggle_->onRelease = weakly(*this, &AppDelegate::stopRecording);
-    toggle_->onToggle = weakly(*this, [](AppDelegate& self) {
-        if (self.isRecording_) {
-            self.stopRecording();
-        } else {
-            self.startRecording();
-        }
-    });
+    toggle_->onToggle = weakly(*this, &AppDelegate::toggleRecording);
     toggle_->start();
+}
+
+void AppDelegate::toggleRecording() {
+    if (isRecording_) {
+        stopRecording();
+    } else {
+        startRecording();
+    }
 }
 
 void AppDelegate::startRecording() {

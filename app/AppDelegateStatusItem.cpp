@@ -1,6 +1,7 @@
 #include "app/AppDelegate.h"
 #include "base/Required.h"
 #include "base/Weakly.h"
+#include "settings/BundleVersion.h"
 
 namespace tarvik {
 
@@ -59,7 +60,7 @@ void AppDelegate::rebuildMenu() {
     restart.modifierMask = platform::commandKeyFlag | platform::shiftKeyFlag;
 
     menu_->setItems({
-        line("Tarvik Dictate  v" + versionText()),
+        line("Tarvik Dictate  v" + versionText(platform_.bundle())),
         line("Hold ⌥ Space — quick dictation"),
         line("Tap ⌥ ⇧ Space — long-form (tap again to stop)"),
         separator,

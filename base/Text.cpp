@@ -1,5 +1,6 @@
 #include "base/Text.h"
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 
@@ -46,6 +47,15 @@ Decoded decodeFirst(std::string_view text) {
     return {character, length};
 }
 
+// The characters with the Unicode property White_Space: what is copied from a web page may end in
+// more than blanks.
+bool isWhiteSpace(char32_t character) {
+    return (character >= 0x09 && character <= 0x0D) || character == 0x20 || character == 0x85 ||
+           character == 0xA0 || character == 0x1680 ||
+           (character >= 0x2000 && character <= 0x200A) || character == 0x2028 ||
+           character == 0x2029 || character == 0x202F || character == 0x205F || character == 0x3000;
+}
+
 }  // namespace
 
 std::u16string utf16FromUtf8(std::string_view text) {
@@ -66,12 +76,17 @@ std::u16string utf16FromUtf8(std::string_view text) {
 }
 
 std::string trimmed(std::string_view text) {
-    constexpr std::string_view whiteSpace = " \t\r\n\v\f";
-    const std::size_t first = text.find_first_not_of(whiteSpace);
-    if (first == std::string_view::npos) {
-        return {};
+    std::size_t begin = text.size();
+    std::size_t end = 0;
+    for (std::size_t index = 0; index < text.size();) {
+        const Decoded decoded = decodeFirst(text.substr(index));
+        if (!isWhiteSpace(decoded.character)) {
+            begin = std::min(begin, index);
+            end = index + decoded.length;
+        }
+        index += decoded.length;
     }
-    return std::string(text.substr(first, text.find_last_not_of(whiteSpace) - first + 1));
+    return end == 0 ? std::string() : std::string(text.substr(begin, end - begin));
 }
 
 }  // namespace tarvik

@@ -13,7 +13,7 @@ constexpr std::string_view trueOrFalse(bool value) {
 /// The UTF-16 code units of a UTF-8 text; each byte that is part of no character becomes U+FFFD.
 std::u16string utf16FromUtf8(std::string_view text);
 
-/// `text` without the white space and line breaks at its ends.
+/// `text` (UTF-8) without the white space and line breaks of any script at its ends.
 std::string trimmed(std::string_view text);
 
 }  // namespace tarvik

@@ -15,16 +15,26 @@ struct LaunchNotification {
     std::optional<bool> isDefaultLaunch;
 };
 
+/// What a desktop may ask the running application to do, by a shortcut of its own for example.
+enum class ApplicationAction {
+    /// What the hotkey of long-form dictation does.
+    toggle,
+    /// Brings up the setup window.
+    setup
+};
+
 /// What the application tells its delegate. All on the main thread.
 class ApplicationDelegate {
   public:
     virtual ~ApplicationDelegate() = default;
 
-    /// Once, in the first turn of the loop.
+    /// Once, in an early turn of the loop; the services that learn what they know from another
+    /// program (permissions, focus) know it by then, or it takes too long to wait for them.
     virtual void applicationDidFinishLaunching(const LaunchNotification& notification) = 0;
     /// The user opened the running application again. The answer is whether the system should do
     /// what it usually does.
     virtual bool applicationShouldHandleReopen(bool hasVisibleWindows) = 0;
+    virtual void applicationShouldPerform(ApplicationAction action) = 0;
 };
 
 /// The running application. Main thread only.
@@ -39,6 +49,8 @@ class Application {
     virtual int run() = 0;
     /// Ends the event loop after the present turn. Allowed before run(), which then ends at once.
     virtual void terminate() = 0;
+    /// Asks to become the active application, the way the desktop prefers to be asked today.
+    virtual void activate() = 0;
     /// Brings the application's windows in front of those of other applications, as far as the
     /// desktop allows it.
     virtual void activateIgnoringOtherApps() = 0;

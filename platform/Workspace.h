@@ -38,6 +38,9 @@ class Workspace {
     /// Opens a link with whatever the desktop uses for it, in the background. False when the link
     /// cannot be opened at all.
     virtual bool openUrl(const std::string& url) = 0;
+
+    /// Shows the file at `path` (absolute) in the file manager, selected, in the background.
+    virtual void activateFileViewerSelecting(const std::string& path) = 0;
 };
 
 }  // namespace tarvik::platform

@@ -4,7 +4,7 @@
 #include <charconv>
 #include <string_view>
 
-#include "speech/BuildConstants.h"
+#include "base/BuildConstants.h"
 
 namespace tarvik {
 

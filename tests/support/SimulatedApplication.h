@@ -21,6 +21,7 @@ class SimulatedApplication final : public platform::Application {
     /// terminate(). Fails (status 1) when nothing is left that could ever call it.
     int run() override;
     void terminate() override;
+    void activate() override { journal_.add("activate"); }
     void activateIgnoringOtherApps() override;
 
     /// Tells the delegate that the launch has finished, on the calling thread and without running
@@ -28,6 +29,10 @@ class SimulatedApplication final : public platform::Application {
     void launch(const platform::LaunchNotification& notification = {});
     /// The user opens the running application again; the delegate's answer.
     bool reopen(bool hasVisibleWindows);
+    /// A shortcut of the desktop asks for `action`.
+    void perform(platform::ApplicationAction action) {
+        delegate_->applicationShouldPerform(action);
+    }
 
     const std::shared_ptr<platform::ApplicationDelegate>& delegate() const { return delegate_; }
     void releaseDelegate() { delegate_.reset(); }

@@ -84,14 +84,76 @@ void SimulatedUserInterface::answerNextAlert(int button, std::string fieldText) 
     answers_.push_back({platform::alertFirstButtonReturn + button, std::move(fieldText)});
 }
 
-void SimulatedUserInterface::showSetupWindow() {
-    journal_.add("showSetupWindow");
-    setupWindows.push_back(time_.now());
+std::shared_ptr<platform::Image> SimulatedUserInterface::imageNamed(const std::string& name) {
+    return missingImages.contains(name) ? nullptr : std::make_shared<SimulatedImage>(name);
 }
 
-void SimulatedUserInterface::showCallToAction(int minutes) {
-    journal_.add("showCallToAction " + std::to_string(minutes));
-    callsToAction.push_back({minutes, time_.now()});
+std::shared_ptr<platform::Image> SimulatedUserInterface::applicationIconImage() {
+    return hasApplicationIcon ? std::make_shared<SimulatedImage>("application icon") : nullptr;
+}
+
+std::shared_ptr<platform::Image> SimulatedUserInterface::genericApplicationIcon() {
+    return std::make_shared<SimulatedImage>("generic application icon");
+}
+
+std::shared_ptr<platform::Label> SimulatedUserInterface::makeLabel(
+    const platform::LabelDescription& description) {
+    return std::make_shared<SimulatedLabel>(description);
+}
+
+std::shared_ptr<platform::TextField> SimulatedUserInterface::makeTextField(
+    const platform::TextFieldDescription& description) {
+    return std::make_shared<SimulatedTextField>(description);
+}
+
+std::shared_ptr<platform::Button> SimulatedUserInterface::makeButton(
+    const platform::ButtonDescription& description) {
+    return std::make_shared<SimulatedButton>(description);
+}
+
+std::shared_ptr<platform::Checkbox> SimulatedUserInterface::makeCheckbox(
+    const platform::CheckboxDescription& description) {
+    return std::make_shared<SimulatedCheckbox>(description);
+}
+
+std::shared_ptr<platform::View> SimulatedUserInterface::makeImageView(
+    const platform::ImageViewDescription& description) {
+    return std::make_shared<SimulatedImageView>(description);
+}
+
+std::shared_ptr<platform::View> SimulatedUserInterface::makeSeparator() {
+    return std::make_shared<SimulatedSeparator>();
+}
+
+std::shared_ptr<platform::View> SimulatedUserInterface::makeSpacer(
+    const platform::ViewLayout& layout) {
+    return std::make_shared<SimulatedSpacer>(layout);
+}
+
+std::shared_ptr<platform::View> SimulatedUserInterface::makeStack(
+    const platform::StackDescription& description) {
+    return std::make_shared<SimulatedStack>(description);
+}
+
+std::shared_ptr<platform::Window> SimulatedUserInterface::makeWindow(
+    const platform::WindowDescription& description) {
+    auto window = std::make_shared<SimulatedWindow>(description, screen, time_, journal_);
+    windows.push_back(window);
+    return window;
+}
+
+std::shared_ptr<SimulatedWindow> SimulatedUserInterface::window(const std::string& title) const {
+    for (const std::shared_ptr<SimulatedWindow>& made : windows) {
+        if (made->look.title == title) {
+            return made;
+        }
+    }
+    return nullptr;
+}
+
+std::vector<TimePoint> SimulatedUserInterface::fronts(const std::string& title) const {
+    const std::shared_ptr<SimulatedWindow> found = window(title);
+    return found ? found->fronts : std::vector<TimePoint>();
 }
 
 }  // namespace tarvik::simulated

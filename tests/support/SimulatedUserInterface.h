@@ -10,20 +10,11 @@
 
 #include "platform/UserInterface.h"
 #include "tests/support/Journal.h"
+#include "tests/support/SimulatedImage.h"
 #include "tests/support/SimulatedTime.h"
+#include "tests/support/SimulatedWindow.h"
 
 namespace tarvik::simulated {
-
-class SimulatedImage final : public platform::Image {
-  public:
-    SimulatedImage(std::string symbol, std::string text)
-        : name(std::move(symbol)), description(std::move(text)) {}
-    void setTemplate(bool isTemplateNow) override { isTemplate = isTemplateNow; }
-
-    const std::string name;
-    const std::string description;
-    std::optional<bool> isTemplate;
-};
 
 class SimulatedMenu final : public platform::Menu {
   public:
@@ -81,11 +72,6 @@ class SimulatedUserInterface final : public platform::UserInterface {
         std::string title;
         std::vector<platform::EditMenuItem> items;
     };
-    struct CallToAction {
-        int minutes = 0;
-        TimePoint shown;
-    };
-
     SimulatedUserInterface(SimulatedTime& time, Journal& journal)
         : time_(time), journal_(journal) {}
 
@@ -95,9 +81,27 @@ class SimulatedUserInterface final : public platform::UserInterface {
                          const std::vector<platform::EditMenuItem>& items) override;
     std::shared_ptr<platform::Image> systemSymbol(
         const std::string& name, const std::string& accessibilityDescription) override;
+    std::shared_ptr<platform::Image> imageNamed(const std::string& name) override;
+    std::shared_ptr<platform::Image> applicationIconImage() override;
+    std::shared_ptr<platform::Image> genericApplicationIcon() override;
     platform::AlertAnswer runModal(const platform::Alert& alert) override;
-    void showSetupWindow() override;
-    void showCallToAction(int minutes) override;
+    std::shared_ptr<platform::Label> makeLabel(
+        const platform::LabelDescription& description) override;
+    std::shared_ptr<platform::TextField> makeTextField(
+        const platform::TextFieldDescription& description) override;
+    std::shared_ptr<platform::Button> makeButton(
+        const platform::ButtonDescription& description) override;
+    std::shared_ptr<platform::Checkbox> makeCheckbox(
+        const platform::CheckboxDescription& description) override;
+    std::shared_ptr<platform::View> makeImageView(
+        const platform::ImageViewDescription& description) override;
+    std::shared_ptr<platform::View> makeSeparator() override;
+    std::shared_ptr<platform::View> makeSpacer(const platform::ViewLayout& layout) override;
+    std::shared_ptr<platform::View> makeStack(
+        const platform::StackDescription& description) override;
+    std::shared_ptr<platform::Window> makeWindow(
+        const platform::WindowDescription& description) override;
+    std::optional<platform::Rect> mainScreenVisibleFrame() override { return screen; }
 
     /// The next alert is answered with this button (counted from 0) and this text in its field.
     void answerNextAlert(int button, std::string fieldText);
@@ -114,13 +118,20 @@ class SimulatedUserInterface final : public platform::UserInterface {
     /// was.
     std::vector<platform::Alert> alerts;
     bool isModal = false;
-    /// When the setup window was brought up.
-    std::vector<TimePoint> setupWindows;
-    std::vector<CallToAction> callsToAction;
     int statusItemsMade = 0;
+    /// Every window that was made.
+    std::vector<std::shared_ptr<SimulatedWindow>> windows;
+    /// The window with this title, shown or not; empty while it has not been made.
+    std::shared_ptr<SimulatedWindow> window(const std::string& title) const;
+    /// When the window with this title was brought to the front.
+    std::vector<TimePoint> fronts(const std::string& title) const;
 
-    /// Symbols that the system does not know.
+    /// Symbols that the system does not know, and pictures that did not come with the application.
     std::set<std::string> unknownSymbols;
+    std::set<std::string> missingImages;
+    bool hasApplicationIcon = true;
+    /// The main screen without the desktop's panels, if there is one.
+    std::optional<platform::Rect> screen = platform::Rect{{0, 25}, {1440, 875}};
     /// Whether a status item made from now on has a button.
     bool hasStatusButton = true;
 

@@ -30,6 +30,10 @@ class SimulatedWorkspace final : public platform::Workspace {
         return canOpenUrls;
     }
 
+    void activateFileViewerSelecting(const std::string& path) override {
+        journal_.add("activateFileViewerSelecting " + path);
+    }
+
     /// No process: nothing known is in front.
     void setFrontmostProcess(std::optional<platform::ProcessIdentifier> process) {
         frontmost_ = process ? std::make_shared<platform::RunningApplication>(*process) : nullptr;

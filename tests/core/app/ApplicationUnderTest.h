@@ -40,11 +40,12 @@ class ApplicationUnderTest {
         platform.runUntilIdle();
     }
 
-    /// Launches, waits until the setup window has come up, and forgets what was recorded so far.
+    /// Launches, closes the setup window once it has come up, and forgets what was recorded so far.
     /// The clock stands at a whole second then.
     void launchAndSettle() {
         launch();
         platform.advance(Seconds(10));
+        platform.userInterface().window("Tarvik Dictate")->close();
         platform.log().clear();
         platform.journal().clear();
     }
@@ -72,6 +73,15 @@ class ApplicationUnderTest {
     }
     /// Speaks one buffer of one sample; false when nobody captures.
     bool speak(float sample = 0.5F) { return platform.audio().deliver({{sample}}); }
+
+    /// When the setup window came up.
+    std::vector<TimePoint> setupWindows() {
+        return platform.userInterface().fronts("Tarvik Dictate");
+    }
+    /// The call-to-action window, which has no title; empty while none was ever due.
+    std::shared_ptr<simulated::SimulatedWindow> callToAction() {
+        return platform.userInterface().window("");
+    }
 
     bool isCapturing() { return platform.audio().lastEngine()->isRunning(); }
     bool hasRedIcon() {

@@ -21,7 +21,7 @@ simulated::UserDefaultsContents settled() {
 /// The moments, in seconds after `launch`, at which the setup window came up.
 std::vector<double> setupWindowsAfter(ApplicationUnderTest& app, TimePoint launch) {
     std::vector<double> moments;
-    for (const TimePoint moment : app.platform.userInterface().setupWindows) {
+    for (const TimePoint moment : app.setupWindows()) {
         moments.push_back(Seconds(moment - launch).count());
     }
     return moments;
@@ -121,9 +121,9 @@ TEST(Welcome, FirstLaunchWithoutAKeyShowsTheSetupWindowAfterFourSeconds) {
     app.delegate->applicationDidFinishLaunching({});
     EXPECT_EQ(app.platform.userDefaults().stringForKey(welcomeKey), "0.1.0");
     app.platform.advance(Seconds(3.99));
-    EXPECT_TRUE(app.platform.userInterface().setupWindows.empty());
+    EXPECT_TRUE(app.setupWindows().empty());
     app.platform.advance(Seconds(0.01));
-    EXPECT_EQ(app.platform.userInterface().setupWindows.size(), 1U);
+    EXPECT_EQ(app.setupWindows().size(), 1U);
 }
 
 TEST(Welcome, LaterLaunchByTheUserShowsTheSetupWindowAfterFourTenthsOfASecond) {
@@ -240,8 +240,22 @@ TEST(Reopening, ShowsTheSetupWindowWhateverWindowsAreVisible) {
         app.launch({false});
         app.platform.application().setDelegate(app.delegate);
         EXPECT_TRUE(app.platform.application().reopen(hasVisibleWindows));
-        EXPECT_EQ(app.platform.userInterface().setupWindows.size(), 1U);
+        EXPECT_EQ(app.setupWindows().size(), 1U);
     }
+}
+
+TEST(Shortcuts, OfTheDesktopToggleARecordingAndOpenTheSetupWindow) {
+    ApplicationUnderTest app(settled());
+    app.launch({false});
+    app.platform.application().setDelegate(app.delegate);
+    app.platform.application().perform(platform::ApplicationAction::toggle);
+    EXPECT_TRUE(app.delegate->isRecording());
+    app.platform.application().perform(platform::ApplicationAction::toggle);
+    EXPECT_FALSE(app.delegate->isRecording());
+    EXPECT_TRUE(app.setupWindows().empty());
+    app.platform.application().perform(platform::ApplicationAction::setup);
+    EXPECT_EQ(app.setupWindows().size(), 1U);
+    EXPECT_FALSE(app.delegate->isRecording());
 }
 
 TEST(Restart, EndsAtOnceAndHasTheNextInstanceStartedHalfASecondLater) {

@@ -237,17 +237,18 @@ TEST_F(Session, SessionBelowASecondCountsNothing) {
 }
 
 TEST_F(Session, CallToActionThatIsDueComesOneSecondAfterTheStop) {
-    for (const auto& [before, minutes] : {std::pair(595, 10), std::pair(3595, 60)}) {
+    std::size_t shown = 0;
+    for (const auto& [before, headline] : {std::pair(595, "Enjoying Tarvik Dictate?"),
+                                           std::pair(3595, "You're getting real value here.")}) {
         app.platform.userDefaults().setInteger(before, "totalDictationSeconds");
-        app.platform.userInterface().callsToAction.clear();
         app.pressHold();
         app.platform.advance(Seconds(6));
         app.releaseHold();
         app.platform.advance(Seconds(0.99));
-        EXPECT_TRUE(app.platform.userInterface().callsToAction.empty());
+        EXPECT_EQ(app.platform.userInterface().fronts("").size(), shown);
         app.platform.advance(Seconds(0.01));
-        ASSERT_EQ(app.platform.userInterface().callsToAction.size(), 1U);
-        EXPECT_EQ(app.platform.userInterface().callsToAction[0].minutes, minutes);
+        ASSERT_EQ(app.platform.userInterface().fronts("").size(), ++shown);
+        EXPECT_TRUE(app.callToAction()->label(headline)) << headline;
     }
 }
 
@@ -256,7 +257,7 @@ TEST_F(Session, WithoutADueTierNoCallToActionComes) {
     app.platform.advance(Seconds(6));
     app.releaseHold();
     app.platform.advance(Seconds(60));
-    EXPECT_TRUE(app.platform.userInterface().callsToAction.empty());
+    EXPECT_FALSE(app.callToAction());
     EXPECT_EQ(app.recordedSeconds(), 6);
 }
 

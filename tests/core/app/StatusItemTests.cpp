@@ -87,9 +87,9 @@ TEST_F(StatusItem, MenuDoesNotDependOnARecording) {
 
 TEST_F(StatusItem, SetupOpensTheSetupWindow) {
     app.launchAndSettle();
-    const std::size_t before = app.platform.userInterface().setupWindows.size();
+    const std::size_t before = app.setupWindows().size();
     EXPECT_TRUE(menu().choose("Setup…"));
-    EXPECT_EQ(app.platform.userInterface().setupWindows.size(), before + 1);
+    EXPECT_EQ(app.setupWindows().size(), before + 1);
 }
 
 TEST_F(StatusItem, QuitTerminatesTheApplication) {

@@ -44,5 +44,16 @@ TEST(Trimming, TakesWhiteSpaceAndLineBreaksFromTheEndsOnly) {
     EXPECT_EQ(trimmed(""), "");
 }
 
+TEST(Trimming, KnowsTheWhiteSpaceOfEveryScript) {
+    // A no-break space, an em space and the ideographic space; a line and a paragraph separator.
+    EXPECT_EQ(trimmed("\u00A0\u2003ключ é\u3000\u2028\u2029"), "ключ é");
+    EXPECT_EQ(trimmed("\u00A0\u1680\u2000\u200A\u202F\u205F\u0085"), "");
+}
+
+TEST(Trimming, KeepsWhatIsNoCharacterAndWhatHasNoWidth) {
+    EXPECT_EQ(trimmed(" \xA0 "), "\xA0");
+    EXPECT_EQ(trimmed(" \u200B "), "\u200B");
+}
+
 }  // namespace
 }  // namespace tarvik

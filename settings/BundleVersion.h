@@ -1,0 +1,14 @@
+#pragma once
+
+#include <string>
+
+#include "platform/Bundle.h"
+
+namespace tarvik {
+
+/// The application's version; "?" when the bundle does not say it.
+inline std::string versionText(const platform::Bundle& bundle) {
+    return bundle.objectForInfoDictionaryKey("CFBundleShortVersionString").value_or("?");
+}
+
+}  // namespace tarvik
