@@ -19,6 +19,14 @@ namespace tarvik::conformance {
 
 /// The X11 input on a desktop with a window manager that binds Alt+Space itself.
 class X11InputFixture {
+  public:
+    /// Loads a keyboard map; the arguments are those of setxkbmap.
+    static void setLayout(const std::vector<std::string>& arguments) {
+        std::vector<std::string> command{"setxkbmap"};
+        command.insert(command.end(), arguments.begin(), arguments.end());
+        EXPECT_EQ(X11Process::run(command), 0);
+    }
+
   protected:
     static constexpr auto hold = X11HotKeyRecorder::hold;
     static constexpr auto toggle = X11HotKeyRecorder::toggle;
@@ -29,12 +37,6 @@ class X11InputFixture {
         mainQueue.runFor(std::chrono::milliseconds(250));
     }
     ~X11InputFixture() { setLayout({"us"}); }
-
-    static void setLayout(const std::vector<std::string>& arguments) {
-        std::vector<std::string> command{"setxkbmap"};
-        command.insert(command.end(), arguments.begin(), arguments.end());
-        EXPECT_EQ(X11Process::run(command), 0);
-    }
 
     /// Posts a text as the core does, in runs of 20 UTF-16 units.
     void type(std::string_view text, std::optional<platform::ProcessIdentifier> process) {

@@ -8,7 +8,6 @@
 #include <stdexcept>
 #include <string_view>
 
-#include "platform/linux/x11/XcbReply.h"
 #include "platform/linux/x11/XkbProtocol.h"
 
 namespace tarvik::conformance {
@@ -151,13 +150,17 @@ void X11User::releaseWholeKeyboard() {
     xcb_flush(connection_);
 }
 
-int X11User::keysWithoutSymbol() {
+XcbReply<xcb_get_keyboard_mapping_reply_t> X11User::map() {
     const auto* setup = xcb_get_setup(connection_);
     const auto count = static_cast<std::uint8_t>(setup->max_keycode - setup->min_keycode + 1);
-    const XcbReply<xcb_get_keyboard_mapping_reply_t> reply(xcb_get_keyboard_mapping_reply(
+    return XcbReply<xcb_get_keyboard_mapping_reply_t>(xcb_get_keyboard_mapping_reply(
         connection_, xcb_get_keyboard_mapping(connection_, setup->min_keycode, count), nullptr));
+}
+
+int X11User::keysWithoutSymbol() {
+    const auto reply = map();
     const std::size_t each = reply->keysyms_per_keycode;
-    const std::span symbols(xcb_get_keyboard_mapping_keysyms(reply.get()), each * count);
+    const std::span symbols(xcb_get_keyboard_mapping_keysyms(reply.get()), reply->length);
     int empty = 0;
     for (std::size_t first = 0; first < symbols.size(); first += each) {
         empty += std::ranges::all_of(symbols.subspan(first, each),
@@ -166,6 +169,15 @@ int X11User::keysWithoutSymbol() {
                      : 0;
     }
     return empty;
+}
+
+void X11User::writeMapBack() {
+    const auto reply = map();
+    const auto count = static_cast<std::uint8_t>(reply->length / reply->keysyms_per_keycode);
+    xcb_change_keyboard_mapping(connection_, count, xcb_get_setup(connection_)->min_keycode,
+                                reply->keysyms_per_keycode,
+                                xcb_get_keyboard_mapping_keysyms(reply.get()));
+    isDown(spaceKey);
 }
 
 }  // namespace tarvik::conformance

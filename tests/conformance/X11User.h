@@ -4,6 +4,8 @@
 
 #include <cstdint>
 
+#include "platform/linux/x11/XcbReply.h"
+
 namespace tarvik::conformance {
 
 /// The person at the keyboard, and a second program that grabs keys.
@@ -43,9 +45,12 @@ class X11User {
 
     /// How many keys have no symbol.
     int keysWithoutSymbol();
+    /// Writes the keyboard map as it is, as programs do that speak only the core protocol.
+    void writeMapBack();
 
   private:
     void key(bool down, std::uint8_t code);
+    linuxdesktop::XcbReply<xcb_get_keyboard_mapping_reply_t> map();
 
     xcb_connection_t* connection_;
     xcb_window_t root_;

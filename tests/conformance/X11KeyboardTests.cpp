@@ -1,0 +1,91 @@
+#include <memory>
+#include <set>
+#include <string>
+#include <vector>
+
+#include "platform/linux/x11/Keyboard.h"
+#include "tests/conformance/X11InputFixture.h"
+
+namespace tarvik::conformance {
+
+namespace {
+
+using linuxdesktop::Keyboard;
+using linuxdesktop::XcbConnection;
+
+const std::set<char32_t> someCharacters{U'ą', U'日', U'😀'};
+
+// Of the layouts that a person switches between the server keeps all at once, as groups.
+class X11Keyboard : public testing::TestWithParam<std::vector<std::string>> {
+  protected:
+    X11Keyboard() { X11InputFixture::setLayout({"us"}); }
+    ~X11Keyboard() override { X11InputFixture::setLayout({"us"}); }
+
+    X11Log log;
+    X11User user;
+    std::unique_ptr<XcbConnection> connection = XcbConnection::open(log);
+    Keyboard keyboard{*connection};
+};
+
+TEST_P(X11Keyboard, GivesBackTheKeysLentUnderThisLayout) {
+    X11InputFixture::setLayout(GetParam());
+    keyboard.reread();
+    const int spare = user.keysWithoutSymbol();
+    const std::size_t free = keyboard.freeKeys();
+    ASSERT_GT(free, 10U);
+    for (int i = 0; i < 20; ++i) {
+        keyboard.lendKeys(someCharacters);
+        keyboard.reread();
+        for (const char32_t character : someCharacters) {
+            EXPECT_TRUE(keyboard.keyFor(character, 0, {})) << "in round " << i;
+        }
+        EXPECT_EQ(keyboard.freeKeys(), free - 3);
+        keyboard.restore();
+        keyboard.reread();
+        ASSERT_EQ(keyboard.freeKeys(), free);
+    }
+    EXPECT_EQ(user.keysWithoutSymbol(), spare);
+}
+
+TEST_P(X11Keyboard, GivesBackTheKeysLentBeforeASwitchToThisLayout) {
+    X11InputFixture::setLayout(GetParam());
+    const int spare = user.keysWithoutSymbol();
+    X11InputFixture::setLayout({"us"});
+    keyboard.reread();
+    keyboard.lendKeys(someCharacters);
+    X11InputFixture::setLayout(GetParam());
+    keyboard.reread();
+    keyboard.restore();
+    connection->synchronise();
+    EXPECT_EQ(user.keysWithoutSymbol(), spare);
+}
+
+// The server then keeps a lent letter as one of a key with capitals, and not as it was written.
+TEST_P(X11Keyboard, KnowsTheKeysLentAfterAnotherProgramHasWrittenTheMapBack) {
+    X11InputFixture::setLayout(GetParam());
+    keyboard.reread();
+    const int spare = user.keysWithoutSymbol();
+    const std::size_t free = keyboard.freeKeys();
+    keyboard.lendKeys(someCharacters);
+    connection->synchronise();
+    user.writeMapBack();
+    keyboard.reread();
+    for (const char32_t character : someCharacters) {
+        EXPECT_TRUE(keyboard.keyFor(character, 0, {}));
+    }
+    keyboard.restore();
+    keyboard.reread();
+    EXPECT_EQ(keyboard.freeKeys(), free);
+    EXPECT_EQ(user.keysWithoutSymbol(), spare);
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    , X11Keyboard,
+    testing::Values(std::vector<std::string>{"us"}, std::vector<std::string>{"us,ru"},
+                    std::vector<std::string>{"de,ru,gr"}, std::vector<std::string>{"us,ru,gr,il"},
+                    std::vector<std::string>{"us,us", "-variant", ",intl"}),
+    [](const auto& layout) { return "Layouts" + std::to_string(layout.index); });
+
+}  // namespace
+
+}  // namespace tarvik::conformance
