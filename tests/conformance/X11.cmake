@@ -6,6 +6,7 @@ add_executable(x11-conformance
     X11KeyboardEventsConformance.cpp
     X11KeyboardTests.cpp
     X11LatencyTests.cpp
+    X11LentKeysTests.cpp
     X11MainQueue.cpp
     X11Process.cpp
     X11RealWorld.cpp

@@ -34,7 +34,8 @@ InputSession::InputSession(XcbConnection& connection, InputLoop& loop, platform:
       typist_(connection, keyboard_, front_, hotKeys_, loop, log) {
     connection.selectRootEvents(XCB_EVENT_MASK_PROPERTY_CHANGE);
     watchKeyboardMap(connection);
-    // Once more, now that every change from here on is announced.
+    // Every change from here on is announced.
+    keyboard_.restore();
     keyboard_.reread();
     front_.refresh();
 }

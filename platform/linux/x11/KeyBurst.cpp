@@ -5,6 +5,7 @@
 
 #include <vector>
 
+#include "platform/linux/x11/ServerGrab.h"
 #include "platform/linux/x11/XkbProtocol.h"
 
 namespace tarvik::linuxdesktop {
@@ -38,11 +39,8 @@ KeyboardState KeyboardState::read(XcbConnection& connection) {
 // map or grabs the keyboard between the check and the last key.
 KeyBurst::Outcome KeyBurst::type(std::u32string_view characters,
                                  std::optional<platform::ProcessIdentifier> process) {
-    xcb_grab_server(connection_.get());
-    const Outcome outcome = typeUndisturbed(characters, process);
-    xcb_ungrab_server(connection_.get());
-    xcb_flush(connection_.get());
-    return outcome;
+    const ServerGrab grab(connection_);
+    return typeUndisturbed(characters, process);
 }
 
 KeyBurst::Outcome KeyBurst::typeUndisturbed(std::u32string_view characters,

@@ -7,6 +7,8 @@
 #include <iterator>
 #include <span>
 
+#include "platform/linux/x11/ServerGrab.h"
+
 namespace tarvik::linuxdesktop {
 
 namespace {
@@ -52,11 +54,15 @@ void Keyboard::reread() {
 // forgotten for that would be lost for good.
 void Keyboard::readMap() {
     map_ = KeyboardMap::read(connection_);
-    const auto yields = [this](xcb_keycode_t code, char32_t character) {
-        return map_.contains(code) && map_[code].yieldsOnly(symbolOf(character));
+    const auto yields = [this](xcb_keycode_t code, std::uint32_t symbol) {
+        return map_.contains(code) && map_[code].yieldsOnly(symbol);
     };
-    std::erase_if(lent_, [&](const auto& lent) { return !yields(lent.second, lent.first); });
-    std::erase_if(reclaimed_, [&](const auto& old) { return !yields(old.first, old.second); });
+    std::erase_if(lent_,
+                  [&](const auto& lent) { return !yields(lent.second, symbolOf(lent.first)); });
+    std::erase_if(reclaimed_,
+                  [&](const auto& old) { return !yields(old.first, symbolOf(old.second)); });
+    others_ = lentKeys_.ofOthers();
+    std::erase_if(others_, [&](const auto& other) { return !yields(other.first, other.second); });
 }
 
 void Keyboard::readModifiers() {
@@ -76,7 +82,7 @@ void Keyboard::readModifiers() {
 }
 
 bool Keyboard::isLent(xcb_keycode_t code) const {
-    return reclaimed_.contains(code) ||
+    return reclaimed_.contains(code) || others_.contains(code) ||
            std::ranges::any_of(lent_, [&](const auto& lent) { return lent.second == code; });
 }
 
@@ -150,7 +156,10 @@ std::size_t Keyboard::freeKeys() const {
     return count;
 }
 
+// Nobody else may change the map between the reading and the writing.
 void Keyboard::lendKeys(const std::set<char32_t>& characters) {
+    const ServerGrab grab(connection_);
+    readMap();
     std::map<xcb_keycode_t, KeyboardMap::Key> keys;
     auto next = characters.begin();
     const auto lend = [&](xcb_keycode_t code) {
@@ -168,6 +177,7 @@ void Keyboard::lendKeys(const std::set<char32_t>& characters) {
     while (next != characters.end() && !reclaimed_.empty()) {
         lend(reclaimed_.begin()->first);
     }
+    lentKeys_.lend(ownSymbols());
     change(keys);
 }
 
@@ -183,35 +193,48 @@ void Keyboard::reclaimKeys(const std::set<char32_t>& needed) {
 }
 
 void Keyboard::restore() {
-    refresh();
-    reclaimKeys({});
+    const ServerGrab grab(connection_);
+    readMap();
+    LentSymbols symbols = lentKeys_.toGiveBack();
+    symbols.merge(ownSymbols());
     std::map<xcb_keycode_t, KeyboardMap::Key> keys;
-    for (const auto& [code, character] : reclaimed_) {
-        keys[code] = {};
+    for (const auto& [code, symbol] : symbols) {
+        if (map_.contains(code) && map_[code].yieldsOnly(symbol)) {
+            keys[code] = {};
+        }
     }
+    lent_.clear();
     reclaimed_.clear();
     change(keys);
+    if (!symbols.empty()) {
+        lentKeys_.setGivenBack();
+    }
+}
+
+LentSymbols Keyboard::ownSymbols() const {
+    LentSymbols symbols;
+    for (const auto& [character, code] : lent_) {
+        symbols[code] = symbolOf(character);
+    }
+    for (const auto& [code, character] : reclaimed_) {
+        symbols[code] = symbolOf(character);
+    }
+    return symbols;
 }
 
 // The keys in between are written back as they are: one change costs every client one reading of
-// the map, many of them can freeze a window manager. Nobody else may change the map in the middle.
+// the map, many of them can freeze a window manager.
 void Keyboard::change(const std::map<xcb_keycode_t, KeyboardMap::Key>& keys) {
     if (keys.empty()) {
         return;
     }
-    xcb_grab_server(connection_.get());
-    map_ = KeyboardMap::read(connection_);
-    if (map_.contains(keys.begin()->first) && map_.contains(keys.rbegin()->first)) {
-        for (const auto& [code, key] : keys) {
-            map_.set(code, key);
-        }
-        ownChanges_.insert(map_.write(connection_, keys.begin()->first, keys.rbegin()->first));
-        if (ownChanges_.size() > changesRemembered) {
-            ownChanges_.erase(ownChanges_.begin());
-        }
+    for (const auto& [code, key] : keys) {
+        map_.set(code, key);
     }
-    xcb_ungrab_server(connection_.get());
-    xcb_flush(connection_.get());
+    ownChanges_.insert(map_.write(connection_, keys.begin()->first, keys.rbegin()->first));
+    if (ownChanges_.size() > changesRemembered) {
+        ownChanges_.erase(ownChanges_.begin());
+    }
 }
 
 }  // namespace tarvik::linuxdesktop

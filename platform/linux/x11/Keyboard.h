@@ -11,6 +11,7 @@
 #include <vector>
 
 #include "platform/linux/x11/KeyboardMap.h"
+#include "platform/linux/x11/LentKeys.h"
 #include "platform/linux/x11/XcbConnection.h"
 
 namespace tarvik::linuxdesktop {
@@ -22,7 +23,7 @@ using KeysDown = std::bitset<256>;
 /// get a key that has no symbol otherwise, for a while. Input thread only.
 class Keyboard {
   public:
-    explicit Keyboard(XcbConnection& connection) : connection_(connection) {}
+    explicit Keyboard(XcbConnection& connection) : connection_(connection), lentKeys_(connection) {}
 
     /// Hears that request `sequence`, or somebody else after it, has changed the map. Answers
     /// whether it was somebody else.
@@ -46,13 +47,14 @@ class Keyboard {
                                         const KeysDown& down) const;
     /// How many more characters can get a key.
     std::size_t freeKeys() const;
-    /// Gives each of `characters`, at most freeKeys() of them, a key in one change of the map.
+    /// Gives each of `characters` a key in one change of the map. Some get none when there are more
+    /// than freeKeys(), or when somebody else has taken keys since the last reading.
     void lendKeys(const std::set<char32_t>& characters);
     /// Lets the keys of all characters but `needed` be lent again; the map stays until then.
     void reclaimKeys(const std::set<char32_t>& needed);
     /// Whether keys are lent.
     bool lendsKeys() const { return !lent_.empty() || !reclaimed_.empty(); }
-    /// Takes every lent key's symbol away again.
+    /// Takes every lent key's symbol away again, and those that killed instances have left behind.
     void restore();
 
   private:
@@ -60,12 +62,16 @@ class Keyboard {
     void readModifiers();
     bool isLent(xcb_keycode_t code) const;
     void change(const std::map<xcb_keycode_t, KeyboardMap::Key>& keys);
+    LentSymbols ownSymbols() const;
 
     XcbConnection& connection_;
+    LentKeys lentKeys_;
     KeyboardMap map_;
     std::vector<std::vector<xcb_keycode_t>> modifiers_;
     std::map<char32_t, xcb_keycode_t> lent_;
     std::map<xcb_keycode_t, char32_t> reclaimed_;
+    // What other instances have lent: they take those keys away again at any moment.
+    LentSymbols others_;
     std::set<std::uint32_t> ownChanges_;
     bool isStale_ = true;
 };

@@ -1,0 +1,83 @@
+#include "platform/linux/x11/LentKeys.h"
+
+namespace tarvik::linuxdesktop {
+
+namespace {
+
+constexpr std::size_t itemsPerEntry = 3;
+
+template <typename Entries>
+LentSymbols symbolsOf(const Entries& entries) {
+    LentSymbols symbols;
+    for (const auto& entry : entries) {
+        symbols[entry.key] = entry.symbol;
+    }
+    return symbols;
+}
+
+}  // namespace
+
+// A window ends with its client, however that ends. Its number may then become that of another
+// program's window, so an owner's window bears the name of the list and its own number.
+LentKeys::LentKeys(XcbConnection& connection)
+    : connection_(connection),
+      list_(connection.atom("_TARVIK_DICTATE_LENT_KEYS")),
+      self_(xcb_generate_id(connection.get())) {
+    xcb_create_window(connection_.get(), XCB_COPY_FROM_PARENT, self_, connection_.root(), -1, -1, 1,
+                      1, 0, XCB_WINDOW_CLASS_INPUT_ONLY, XCB_COPY_FROM_PARENT, 0, nullptr);
+    xcb_change_property(connection_.get(), XCB_PROP_MODE_REPLACE, self_, list_, XCB_ATOM_WINDOW, 32,
+                        1, &self_);
+}
+
+bool LentKeys::isOther(xcb_window_t owner) {
+    return owner != self_ && connection_.firstOfProperty(owner, list_, XCB_ATOM_WINDOW) == owner;
+}
+
+std::vector<LentKeys::Entry> LentKeys::read(
+    const std::function<bool(xcb_window_t owner)>& isWanted) {
+    const auto items = connection_.property(connection_.root(), list_, XCB_ATOM_CARDINAL);
+    std::vector<Entry> entries;
+    for (std::size_t i = 0; i + itemsPerEntry <= items.size(); i += itemsPerEntry) {
+        if (isWanted(items[i])) {
+            entries.push_back({items[i], static_cast<xcb_keycode_t>(items[i + 1]), items[i + 2]});
+        }
+    }
+    return entries;
+}
+
+void LentKeys::write(const std::vector<Entry>& entries) {
+    std::vector<std::uint32_t> items;
+    for (const Entry& entry : entries) {
+        items.insert(items.end(), {entry.owner, entry.key, entry.symbol});
+    }
+    if (items.empty()) {
+        xcb_delete_property(connection_.get(), connection_.root(), list_);
+    } else {
+        xcb_change_property(connection_.get(), XCB_PROP_MODE_REPLACE, connection_.root(), list_,
+                            XCB_ATOM_CARDINAL, 32, static_cast<std::uint32_t>(items.size()),
+                            items.data());
+    }
+}
+
+LentSymbols LentKeys::ofOthers() {
+    return symbolsOf(read([this](xcb_window_t owner) { return isOther(owner); }));
+}
+
+// An instance that was killed may have had a window with the number that is now this one's.
+LentSymbols LentKeys::toGiveBack() {
+    return symbolsOf(read([this](xcb_window_t owner) { return !isOther(owner); }));
+}
+
+void LentKeys::lend(const LentSymbols& symbols) {
+    std::vector<Entry> entries = read([this](xcb_window_t owner) { return owner != self_; });
+    for (const auto& [key, symbol] : symbols) {
+        entries.push_back({self_, key, symbol});
+    }
+    write(entries);
+}
+
+void LentKeys::setGivenBack() {
+    write(read([this](xcb_window_t owner) { return isOther(owner); }));
+}
+
+}  // namespace tarvik::linuxdesktop

@@ -1,0 +1,144 @@
+#include <fcntl.h>
+#include <signal.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <array>
+#include <memory>
+#include <set>
+
+#include "platform/linux/x11/Keyboard.h"
+#include "tests/conformance/X11InputFixture.h"
+
+namespace tarvik::conformance {
+
+namespace {
+
+using linuxdesktop::Keyboard;
+using linuxdesktop::XcbConnection;
+
+const std::set<char32_t> someCharacters{U'ą', U'日', U'😀'};
+
+/// One instance of the program, as far as the keyboard map sees it.
+struct Instance {
+    explicit Instance(platform::Log& log) : connection(XcbConnection::open(log)) {
+        keyboard.restore();
+        keyboard.reread();
+    }
+
+    std::unique_ptr<XcbConnection> connection;
+    Keyboard keyboard{*connection};
+};
+
+class X11LentKeys : public testing::Test {
+  protected:
+    X11LentKeys() { X11InputFixture::setLayout({"us"}); }
+
+    X11Log log;
+    X11User user;
+    const int spare = user.keysWithoutSymbol();
+
+    // A process that lends keys and is killed before it can give them back.
+    void lendAndGetKilled() {
+        std::array<int, 2> pipe{};
+        ASSERT_EQ(pipe2(pipe.data(), O_CLOEXEC), 0);
+        const pid_t child = fork();
+        if (child == 0) {
+            Instance instance(log);
+            instance.keyboard.lendKeys(someCharacters);
+            instance.connection->synchronise();
+            [[maybe_unused]] const auto written = write(pipe[1], "", 1);
+            for (;;) {
+                pause();
+            }
+        }
+        close(pipe[1]);
+        char lent = 1;
+        EXPECT_EQ(read(pipe[0], &lent, 1), 1);
+        close(pipe[0]);
+        kill(child, SIGKILL);
+        waitpid(child, nullptr, 0);
+    }
+};
+
+TEST_F(X11LentKeys, AreGivenBackByTheNextInstanceAfterAKill) {
+    lendAndGetKilled();
+    EXPECT_EQ(user.keysWithoutSymbol(), spare - 3);
+    X11MainQueue mainQueue;
+    const auto next = linuxdesktop::X11Input::open(mainQueue, log);
+    EXPECT_EQ(user.keysWithoutSymbol(), spare);
+}
+
+// The server gives the number of a client that has ended, and so those of its windows, to the next.
+TEST_F(X11LentKeys, AreGivenBackByALaterClientWhileAnotherHasTheNumberOfTheKilledOne) {
+    lendAndGetKilled();
+    const X11User heir;
+    Instance next(log);
+    EXPECT_EQ(user.keysWithoutSymbol(), spare);
+    EXPECT_EQ(next.keyboard.freeKeys(), static_cast<std::size_t>(spare));
+}
+
+TEST_F(X11LentKeys, AreGivenBackAfterManyKillsUnderAnyLayout) {
+    X11InputFixture::setLayout({"us,ru"});
+    const int spareHere = user.keysWithoutSymbol();
+    for (int i = 0; i < 5; ++i) {
+        lendAndGetKilled();
+    }
+    EXPECT_EQ(user.keysWithoutSymbol(), spareHere - 3);
+    const Instance next(log);
+    EXPECT_EQ(user.keysWithoutSymbol(), spareHere);
+    X11InputFixture::setLayout({"us"});
+}
+
+TEST_F(X11LentKeys, AreLeftToAnInstanceThatLives) {
+    Instance first(log);
+    first.keyboard.lendKeys(someCharacters);
+    {
+        Instance second(log);
+        for (const char32_t character : someCharacters) {
+            EXPECT_FALSE(second.keyboard.keyFor(character, 0, {}));
+        }
+        second.keyboard.lendKeys({U'ą', U'ж'});
+        for (const char32_t character : {U'ą', U'ж'}) {
+            EXPECT_TRUE(second.keyboard.keyFor(character, 0, {}));
+        }
+        EXPECT_EQ(user.keysWithoutSymbol(), spare - 5);
+        first.keyboard.reread();
+        EXPECT_NE(first.keyboard.keyFor(U'ą', 0, {}), second.keyboard.keyFor(U'ą', 0, {}));
+        second.keyboard.restore();
+    }
+    EXPECT_EQ(user.keysWithoutSymbol(), spare - 3);
+    first.keyboard.reread();
+    for (const char32_t character : someCharacters) {
+        EXPECT_TRUE(first.keyboard.keyFor(character, 0, {}));
+    }
+    first.keyboard.restore();
+    EXPECT_EQ(user.keysWithoutSymbol(), spare);
+}
+
+TEST_F(X11LentKeys, AreNotTakenByTwoAtOnce) {
+    Instance first(log);
+    Instance second(log);
+    first.keyboard.lendKeys({U'ą'});
+    // The second has not heard of that yet.
+    second.keyboard.lendKeys({U'ж'});
+    first.keyboard.reread();
+    EXPECT_TRUE(first.keyboard.keyFor(U'ą', 0, {}));
+    EXPECT_TRUE(second.keyboard.keyFor(U'ж', 0, {}));
+    first.keyboard.restore();
+    second.keyboard.restore();
+    EXPECT_EQ(user.keysWithoutSymbol(), spare);
+}
+
+TEST_F(X11LentKeys, AreLeftAloneOnceAnotherProgramHasGivenThemAnotherSymbol) {
+    lendAndGetKilled();
+    X11InputFixture::setLayout({"de"});
+    const int spareHere = user.keysWithoutSymbol();
+    const Instance next(log);
+    EXPECT_EQ(user.keysWithoutSymbol(), spareHere);
+    X11InputFixture::setLayout({"us"});
+}
+
+}  // namespace
+
+}  // namespace tarvik::conformance
