@@ -8,7 +8,8 @@
 #include <QShowEvent>
 #include <algorithm>
 
-#include "platform/linux/system/SymbolIcon.h"
+#include "platform/linux/system/Pictures.h"
+#include "platform/linux/system/Points.h"
 #include "platform/linux/system/WindowActivation.h"
 
 namespace tarvik::linuxdesktop {
@@ -39,12 +40,13 @@ AlertDialog::AlertDialog(const platform::Alert& alert) {
 
 void AlertDialog::addText(const platform::Alert& alert) {
     auto* grid = new QGridLayout(this);
-    grid->setContentsMargins(20, 20, 20, 16);
-    grid->setHorizontalSpacing(16);
-    grid->setVerticalSpacing(8);
+    grid->setContentsMargins(pixels(20), pixels(20), pixels(20), pixels(16));
+    grid->setHorizontalSpacing(pixels(16));
+    grid->setVerticalSpacing(pixels(8));
 
     auto* icon = new QLabel(this);
-    icon->setPixmap(applicationIcon().pixmap(iconSide, iconSide));
+    const QSize iconSize(pixels(iconSide), pixels(iconSide));
+    icon->setPixmap(applicationIcon().pixmap(iconSize, devicePixelRatioF()));
     grid->addWidget(icon, 0, 0, 3, 1, Qt::AlignTop);
 
     QLabel* message = label(alert.messageText, this);
@@ -59,8 +61,8 @@ void AlertDialog::addText(const platform::Alert& alert) {
     field_->setPlaceholderText(QString::fromStdString(alert.fieldPlaceholder));
     field_->setAccessibleName(message->text());
     // Large fonts need more than was asked for.
-    field_->setFixedSize(alert.fieldWidth,
-                         std::max(alert.fieldHeight, field_->sizeHint().height()));
+    field_->setFixedSize(pixels(alert.fieldWidth),
+                         std::max(pixels(alert.fieldHeight), field_->sizeHint().height()));
     grid->addWidget(field_, 2, 1);
 }
 
@@ -81,7 +83,7 @@ void AlertDialog::addButtons(const std::vector<std::string>& titles) {
         ++code;
     }
     auto* grid = static_cast<QGridLayout*>(layout());
-    grid->setRowMinimumHeight(3, 8);
+    grid->setRowMinimumHeight(3, pixels(8));
     grid->addWidget(box, 4, 0, 1, 2);
 }
 

@@ -1,28 +1,36 @@
 #pragma once
 
+#include <QIcon>
+#include <QSize>
+#include <optional>
 #include <string>
-#include <utility>
 
-#include "platform/UserInterface.h"
+#include "platform/Appearance.h"
 #include "platform/linux/system/SymbolIcon.h"
 
 namespace tarvik::linuxdesktop {
 
-/// One of the symbols, to be shown by the status item. Main thread only.
+/// One of the symbols, or a picture with colours of its own. Main thread only.
 class QtImage final : public platform::Image {
   public:
-    QtImage(Symbol symbol, std::string accessibilityDescription)
-        : symbol_(symbol), accessibilityDescription_(std::move(accessibilityDescription)) {}
+    QtImage(Symbol symbol, std::string accessibilityDescription);
+    /// `naturalSize` is in points.
+    QtImage(QIcon picture, QSize naturalSize);
 
     void setTemplate(bool isTemplate) override { isTemplate_ = isTemplate; }
-
-    Symbol symbol() const { return symbol_; }
-    const std::string& accessibilityDescription() const { return accessibilityDescription_; }
     bool isTemplate() const { return isTemplate_; }
 
+    /// A symbol is drawn in `color` or, without one, in the desktop's text colour.
+    QIcon icon(const std::optional<QColor>& color) const;
+    /// In device-independent pixels.
+    QSize naturalSize() const;
+    const std::string& accessibilityDescription() const { return accessibilityDescription_; }
+
   private:
-    Symbol symbol_;
+    std::optional<Symbol> symbol_;
     std::string accessibilityDescription_;
+    QIcon picture_;
+    QSize naturalSize_;
     bool isTemplate_ = false;
 };
 

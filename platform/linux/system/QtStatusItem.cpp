@@ -68,7 +68,7 @@ void QtStatusItem::setTitle(const std::string& title) {
 
 QIcon QtStatusItem::icon() const {
     const std::optional<QColor> color = tint_ ? std::optional(systemRed) : std::nullopt;
-    return image_ ? symbolIcon(image_->symbol(), color) : textIcon(title_, color);
+    return image_ ? image_->icon(color) : textIcon(title_, color);
 }
 
 QString QtStatusItem::description() const {

@@ -1,11 +1,27 @@
 #include "platform/linux/system/QtUserInterface.h"
 
 #include "platform/linux/system/AlertDialog.h"
+#include "platform/linux/system/Pictures.h"
+#include "platform/linux/system/QtButton.h"
+#include "platform/linux/system/QtCheckbox.h"
 #include "platform/linux/system/QtImage.h"
+#include "platform/linux/system/QtImageView.h"
+#include "platform/linux/system/QtLabel.h"
 #include "platform/linux/system/QtMenu.h"
+#include "platform/linux/system/QtStack.h"
 #include "platform/linux/system/QtStatusItem.h"
+#include "platform/linux/system/QtTextField.h"
+#include "platform/linux/system/QtWindow.h"
+#include "platform/linux/system/ScreenGeometry.h"
 
 namespace tarvik::linuxdesktop {
+
+namespace {
+
+// In points, where nothing else decides.
+constexpr QSize iconSize(128, 128);
+
+}  // namespace
 
 std::shared_ptr<platform::StatusItem> QtUserInterface::makeStatusItem() {
     return std::make_shared<QtStatusItem>(clock_);
@@ -29,16 +45,74 @@ std::shared_ptr<platform::Image> QtUserInterface::systemSymbol(
     return nullptr;
 }
 
+std::shared_ptr<platform::Image> QtUserInterface::imageNamed(const std::string& name) {
+    if (name == "AppIcon") {
+        return std::make_shared<QtImage>(picture(name), iconSize);
+    }
+    if (name == "TarvikWordmark") {
+        return std::make_shared<QtImage>(picture(name), QSize(160, 32));
+    }
+    return nullptr;
+}
+
+std::shared_ptr<platform::Image> QtUserInterface::applicationIconImage() {
+    return std::make_shared<QtImage>(applicationIcon(), iconSize);
+}
+
+std::shared_ptr<platform::Image> QtUserInterface::genericApplicationIcon() {
+    return std::make_shared<QtImage>(linuxdesktop::genericApplicationIcon(), iconSize);
+}
+
 platform::AlertAnswer QtUserInterface::runModal(const platform::Alert& alert) {
     return AlertDialog(alert).run();
 }
 
-void QtUserInterface::showSetupWindow() {
-    log_.write("TarvikDictate: setup window requested");
+std::shared_ptr<platform::Label> QtUserInterface::makeLabel(
+    const platform::LabelDescription& description) {
+    return std::make_shared<QtLabel>(description);
 }
 
-void QtUserInterface::showCallToAction(int minutes) {
-    log_.write("TarvikDictate: call to action requested (" + std::to_string(minutes) + " minutes)");
+std::shared_ptr<platform::TextField> QtUserInterface::makeTextField(
+    const platform::TextFieldDescription& description) {
+    return std::make_shared<QtTextField>(description);
+}
+
+std::shared_ptr<platform::Button> QtUserInterface::makeButton(
+    const platform::ButtonDescription& description) {
+    return std::make_shared<QtButton>(description);
+}
+
+std::shared_ptr<platform::Checkbox> QtUserInterface::makeCheckbox(
+    const platform::CheckboxDescription& description) {
+    return std::make_shared<QtCheckbox>(description);
+}
+
+std::shared_ptr<platform::View> QtUserInterface::makeImageView(
+    const platform::ImageViewDescription& description) {
+    return std::make_shared<QtImageView>(description);
+}
+
+std::shared_ptr<platform::View> QtUserInterface::makeSeparator() {
+    return std::make_shared<QtSeparator>();
+}
+
+std::shared_ptr<platform::View> QtUserInterface::makeSpacer(const platform::ViewLayout& layout) {
+    return std::make_shared<QtSpacer>(layout);
+}
+
+std::shared_ptr<platform::View> QtUserInterface::makeStack(
+    const platform::StackDescription& description) {
+    return std::make_shared<QtStack>(description);
+}
+
+std::shared_ptr<platform::Window> QtUserInterface::makeWindow(
+    const platform::WindowDescription& description) {
+    return std::make_shared<QtWindow>(description);
+}
+
+std::optional<platform::Rect> QtUserInterface::mainScreenVisibleFrame() {
+    const std::optional<QRect> area = mainScreenArea();
+    return area ? std::optional(toPoints(*area)) : std::nullopt;
 }
 
 }  // namespace tarvik::linuxdesktop

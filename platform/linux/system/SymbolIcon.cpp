@@ -1,16 +1,18 @@
 #include "platform/linux/system/SymbolIcon.h"
 
+#include <QFile>
 #include <QFont>
 #include <QGuiApplication>
 #include <QIconEngine>
-#include <QLinearGradient>
 #include <QPainter>
-#include <QPainterPath>
 #include <QPalette>
 #include <QPixmap>
+#include <QSvgRenderer>
 #include <algorithm>
 #include <functional>
 #include <utility>
+
+#include "platform/linux/system/Pictures.h"
 
 namespace tarvik::linuxdesktop {
 
@@ -59,64 +61,25 @@ class DrawnIconEngine final : public QIconEngine {
 // Around a thin symbol in the text colour, in case the panel has another background than windows
 // have.
 QColor haloColor(const QColor& color) {
-    QColor halo = color.lightnessF() < 0.5F ? Qt::white : Qt::black;
-    halo.setAlphaF(0.85F);
-    return halo;
+    return color.lightnessF() < 0.5F ? Qt::white : Qt::black;
 }
 
-QPainterPath microphonePath() {
-    QPainterPath path;
-    path.addRoundedRect(QRectF(8.5, 2, 7, 12), 3.5, 3.5);
-    path.moveTo(5, 10.5);
-    path.arcTo(QRectF(5, 4, 14, 14), 180, 180);
-    path.moveTo(12, 18);
-    path.lineTo(12, 22);
-    path.moveTo(8, 22);
-    path.lineTo(16, 22);
-    return path;
-}
-
-void drawMicrophone(QPainter& painter, const QColor& color, bool isFilled) {
-    QPen pen(color, 2, Qt::SolidLine, Qt::RoundCap, Qt::RoundJoin);
-    if (!isFilled) {
-        painter.strokePath(microphonePath(),
-                           QPen(haloColor(color), 4, Qt::SolidLine, Qt::RoundCap, Qt::RoundJoin));
-    }
-    painter.strokePath(microphonePath(), pen);
-    if (isFilled) {
-        painter.setPen(Qt::NoPen);
-        painter.setBrush(color);
-        painter.drawRoundedRect(QRectF(8.5, 2, 7, 12), 3.5, 3.5);
-    }
-}
-
-void drawApplicationIcon(QPainter& painter) {
-    QLinearGradient background(0, 0, 0, side);
-    background.setColorAt(0, QColor(94, 92, 230));
-    background.setColorAt(1, QColor(48, 46, 140));
-    painter.setPen(Qt::NoPen);
-    painter.setBrush(background);
-    painter.drawRoundedRect(QRectF(0, 0, side, side), 5.5, 5.5);
-    painter.translate(side / 2, side / 2);
-    painter.scale(0.7, 0.7);
-    painter.translate(-side / 2, -side / 2);
-    drawMicrophone(painter, Qt::white, true);
+QByteArray inColor(QByteArray drawing, const QColor& color) {
+    drawing.replace("#000000", color.name().toLatin1());
+    drawing.replace("fuchsia", haloColor(color).name().toLatin1());
+    return drawing;
 }
 
 }  // namespace
 
 QIcon symbolIcon(Symbol symbol, const std::optional<QColor>& color) {
-    const bool isFilled = symbol == Symbol::filledMicrophone;
+    const QByteArray drawing = symbolDrawing(
+        symbol == Symbol::filledMicrophone ? QStringLiteral("mic.fill") : QStringLiteral("mic"));
     return QIcon(new DrawnIconEngine(
-        [isFilled](QPainter& painter, const QColor& drawn) {
-            drawMicrophone(painter, drawn, isFilled);
+        [drawing](QPainter& painter, const QColor& drawn) {
+            QSvgRenderer(inColor(drawing, drawn)).render(&painter, QRectF(0, 0, side, side));
         },
         color));
-}
-
-QIcon applicationIcon() {
-    return QIcon(new DrawnIconEngine(
-        [](QPainter& painter, const QColor&) { drawApplicationIcon(painter); }, std::nullopt));
 }
 
 QIcon textIcon(const std::string& text, const std::optional<QColor>& color) {

@@ -15,9 +15,6 @@ enum class Symbol { microphone, filledMicrophone };
 /// background.
 QIcon symbolIcon(Symbol symbol, const std::optional<QColor>& color);
 
-/// The application's own picture, for its windows.
-QIcon applicationIcon();
-
 /// A short text as such an icon.
 QIcon textIcon(const std::string& text, const std::optional<QColor>& color);
 

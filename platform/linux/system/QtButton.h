@@ -1,0 +1,34 @@
+#pragma once
+
+#include <QPushButton>
+#include <optional>
+#include <string>
+
+#include "platform/Views.h"
+
+namespace tarvik::linuxdesktop {
+
+/// A button as the desktop's style draws it, in colours of its own where it has been given some.
+/// One without a frame looks like a link. Space and Return press it. Main thread only.
+class QtButton final : public QPushButton, public platform::Button {
+  public:
+    explicit QtButton(const platform::ButtonDescription& description);
+
+    std::string title() const override { return title_; }
+    void setAttributedTitle(const platform::AttributedTitle& title) override;
+    void setBezelColor(platform::Color color) override;
+
+    QSize sizeHint() const override;
+    QSize minimumSizeHint() const override { return sizeHint(); }
+
+  private:
+    void paintEvent(QPaintEvent* event) override;
+    void paintBezel(QPainter& painter, const QColor& color) const;
+
+    std::string title_;
+    bool isLarge_;
+    std::optional<platform::Color> titleColor_;
+    std::optional<platform::Color> bezelColor_;
+};
+
+}  // namespace tarvik::linuxdesktop

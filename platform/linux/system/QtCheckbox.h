@@ -1,0 +1,18 @@
+#pragma once
+
+#include <QCheckBox>
+
+#include "platform/Views.h"
+
+namespace tarvik::linuxdesktop {
+
+/// A checkbox as a QCheckBox. Main thread only.
+class QtCheckbox final : public QCheckBox, public platform::Checkbox {
+  public:
+    explicit QtCheckbox(const platform::CheckboxDescription& description);
+
+    bool isOn() const override { return isChecked(); }
+    void setOn(bool isOn) override { setChecked(isOn); }
+};
+
+}  // namespace tarvik::linuxdesktop

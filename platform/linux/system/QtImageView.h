@@ -1,0 +1,40 @@
+#pragma once
+
+#include <QWidget>
+#include <memory>
+
+#include "platform/Views.h"
+#include "platform/linux/system/QtImage.h"
+
+namespace tarvik::linuxdesktop {
+
+/// A picture at the resolution of the screen it is on. Main thread only.
+class QtImageView final : public QWidget, public platform::View {
+  public:
+    explicit QtImageView(const platform::ImageViewDescription& description);
+
+    QSize sizeHint() const override;
+
+  private:
+    void paintEvent(QPaintEvent* event) override;
+
+    std::shared_ptr<QtImage> image_;
+    platform::ImageScaling scaling_;
+};
+
+/// A line across its place. Main thread only.
+class QtSeparator final : public QWidget, public platform::View {
+  public:
+    QtSeparator();
+
+  private:
+    void paintEvent(QPaintEvent* event) override;
+};
+
+/// Nothing, at the size that was asked for. Main thread only.
+class QtSpacer final : public QWidget, public platform::View {
+  public:
+    explicit QtSpacer(const platform::ViewLayout& layout);
+};
+
+}  // namespace tarvik::linuxdesktop

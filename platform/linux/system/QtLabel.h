@@ -1,0 +1,39 @@
+#pragma once
+
+#include <QLabel>
+#include <optional>
+#include <string>
+
+#include "platform/Views.h"
+
+namespace tarvik::linuxdesktop {
+
+/// A label that is measured and drawn as plain text, so that a wrapped one is exactly as high as
+/// its lines, and whose colour follows the desktop's theme. Main thread only.
+class QtLabel final : public QLabel, public platform::Label {
+  public:
+    explicit QtLabel(const platform::LabelDescription& description);
+
+    void setText(const std::string& text) override;
+    void setTextColor(platform::Color color) override;
+
+    QSize sizeHint() const override;
+    QSize minimumSizeHint() const override;
+    int heightForWidth(int width) const override;
+
+    /// What it is drawn in now.
+    QColor drawnColor() const;
+
+  private:
+    void paintEvent(QPaintEvent* event) override;
+    bool wraps() const { return wrapping_ != platform::LabelWrapping::none; }
+    int flags() const;
+    QSize textSize(int width) const;
+
+    platform::Color color_;
+    platform::TextAlignment alignment_;
+    platform::LabelWrapping wrapping_;
+    std::optional<int> preferredWidth_;
+};
+
+}  // namespace tarvik::linuxdesktop

@@ -1,0 +1,28 @@
+#include "platform/linux/system/QtTextField.h"
+
+#include <limits>
+
+#include "platform/linux/system/QtAppearance.h"
+#include "platform/linux/system/ViewGeometry.h"
+
+namespace tarvik::linuxdesktop {
+
+QtTextField::QtTextField(const platform::TextFieldDescription& description) {
+    setFont(qtFont({}));
+    setMaxLength(std::numeric_limits<int>::max());
+    setEchoMode(description.isSecure ? QLineEdit::Password : QLineEdit::Normal);
+    setText(QString::fromStdString(description.text));
+    setCursorPosition(0);
+    setPlaceholderText(QString::fromStdString(description.placeholder));
+    setAccessibleName(QString::fromStdString(description.accessibilityLabel));
+    applyLayout(*this, description.layout);
+    if (description.action) {
+        connect(this, &QLineEdit::returnPressed, this, description.action);
+    }
+}
+
+std::string QtTextField::text() const {
+    return QLineEdit::text().toStdString();
+}
+
+}  // namespace tarvik::linuxdesktop

@@ -1,0 +1,57 @@
+#include "platform/linux/system/ScreenGeometry.h"
+
+#include <QGuiApplication>
+#include <QScreen>
+#include <cstdlib>
+
+#include "platform/linux/system/Points.h"
+
+namespace tarvik::linuxdesktop {
+
+namespace {
+
+// The main screen; an empty one where there is none.
+QRect mainScreen() {
+    const QScreen* screen = QGuiApplication::primaryScreen();
+    return screen != nullptr ? screen->geometry() : QRect();
+}
+
+// Along one axis: `start` of a length, for the length that it turned out to be.
+int replacedStart(int start, int length, int newLength, int areaStart, int areaLength) {
+    const int before = start - areaStart;
+    const int after = areaStart + areaLength - (start + length);
+    // A window in the middle may be off by half a pixel.
+    if (std::abs(before - after) <= 1) {
+        return areaStart + (areaLength - newLength) / 2;
+    }
+    return before < after ? start : start + length - newLength;
+}
+
+}  // namespace
+
+platform::Rect toPoints(const QRect& frame) {
+    const QRect screen = mainScreen();
+    const double scale = pixelsPerPoint();
+    return {{(frame.x() - screen.x()) / scale,
+             (screen.y() + screen.height() - frame.y() - frame.height()) / scale},
+            {frame.width() / scale, frame.height() / scale}};
+}
+
+QPoint topLeftOf(platform::Point origin, QSize size) {
+    const QRect screen = mainScreen();
+    return {screen.x() + pixels(origin.x),
+            screen.y() + screen.height() - pixels(origin.y) - size.height()};
+}
+
+std::optional<QRect> mainScreenArea() {
+    const QScreen* screen = QGuiApplication::primaryScreen();
+    return screen != nullptr ? std::optional(screen->availableGeometry()) : std::nullopt;
+}
+
+QRect replaced(const QRect& placed, QSize size, const QRect& area) {
+    return {{replacedStart(placed.x(), placed.width(), size.width(), area.x(), area.width()),
+             replacedStart(placed.y(), placed.height(), size.height(), area.y(), area.height())},
+            size};
+}
+
+}  // namespace tarvik::linuxdesktop

@@ -1,0 +1,85 @@
+#include "platform/linux/system/ScrolledWindow.h"
+
+#include <QCloseEvent>
+#include <QShortcut>
+#include <QStyle>
+#include <QVBoxLayout>
+#include <QWindow>
+
+#include "platform/linux/system/Pictures.h"
+
+namespace tarvik::linuxdesktop {
+
+ScrolledWindow::ScrolledWindow() : area_(new QScrollArea(this)) {
+    setAttribute(Qt::WA_QuitOnClose, false);
+    setWindowIcon(applicationIcon());
+    area_->setFrameShape(QFrame::NoFrame);
+    area_->setWidgetResizable(true);
+    // It would be a stop on the way from control to control where nothing can be done.
+    area_->setFocusPolicy(Qt::NoFocus);
+    auto* layout = new QVBoxLayout(this);
+    layout->setContentsMargins(0, 0, 0, 0);
+    layout->addWidget(area_);
+    auto* shortcut = new QShortcut(QKeySequence(Qt::CTRL | Qt::Key_W), this);
+    connect(shortcut, &QShortcut::activated, this, [this] { close(); });
+}
+
+ScrolledWindow::~ScrolledWindow() {
+    setContent(nullptr);
+}
+
+void ScrolledWindow::setContent(QWidget* content) {
+    if (QWidget* old = area_->takeWidget()) {
+        old->setParent(nullptr);
+    }
+    if (content != nullptr) {
+        area_->setWidget(content);
+        content->show();
+    }
+}
+
+QSize ScrolledWindow::neededSize(QSize asked) const {
+    const QWidget* content = area_->widget();
+    if (content == nullptr) {
+        return asked;
+    }
+    const QSize natural = asked.expandedTo(content->sizeHint());
+    const int height = content->hasHeightForWidth() ? content->heightForWidth(natural.width())
+                                                    : content->sizeHint().height();
+    return {natural.width(), std::max(asked.height(), height)};
+}
+
+int ScrolledWindow::neededWidth() const {
+    const QWidget* content = area_->widget();
+    return content == nullptr ? 0
+                              : content->minimumSizeHint().width() +
+                                    style()->pixelMetric(QStyle::PM_ScrollBarExtent);
+}
+
+QRect ScrolledWindow::frame() const {
+    const QWindow* handle = windowHandle();
+    return handle != nullptr ? geometry().marginsAdded(handle->frameMargins()) : geometry();
+}
+
+void ScrolledWindow::closeEvent(QCloseEvent* event) {
+    event->accept();
+    if (onClose) {
+        onClose();
+    }
+}
+
+void ScrolledWindow::moveEvent(QMoveEvent* event) {
+    QWidget::moveEvent(event);
+    if (onPlaced) {
+        onPlaced();
+    }
+}
+
+void ScrolledWindow::changeEvent(QEvent* event) {
+    QWidget::changeEvent(event);
+    if (event->type() == QEvent::ActivationChange && onPlaced) {
+        onPlaced();
+    }
+}
+
+}  // namespace tarvik::linuxdesktop

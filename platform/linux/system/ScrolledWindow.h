@@ -1,0 +1,39 @@
+#pragma once
+
+#include <QScrollArea>
+#include <QWidget>
+#include <functional>
+
+namespace tarvik::linuxdesktop {
+
+/// A top-level window that scrolls where its content needs more room than it has. Ctrl+W closes it.
+/// Main thread only.
+class ScrolledWindow final : public QWidget {
+  public:
+    ScrolledWindow();
+    ~ScrolledWindow() override;
+
+    /// Shows `content` instead of what it showed, which gets no parent and is not destroyed; null
+    /// for nothing.
+    void setContent(QWidget* content);
+    /// The size at which the whole content is visible, at least `asked`.
+    QSize neededSize(QSize asked) const;
+    /// What it cannot be narrower than without cutting its content off.
+    int neededWidth() const;
+    /// With the window manager's frame as far as it is known.
+    QRect frame() const;
+
+    /// Called before it is hidden by its close button or by close().
+    std::function<void()> onClose;
+    /// Called when its place or frame may have become known.
+    std::function<void()> onPlaced;
+
+  private:
+    void closeEvent(QCloseEvent* event) override;
+    void moveEvent(QMoveEvent* event) override;
+    void changeEvent(QEvent* event) override;
+
+    QScrollArea* area_;
+};
+
+}  // namespace tarvik::linuxdesktop
