@@ -1,9 +1,14 @@
 #include "platform/linux/LinuxPlatform.h"
 
+#include <cstdio>
+#include <cstdlib>
+#include <string>
+#include <utility>
+
 namespace tarvik::linuxdesktop {
 
-LinuxPlatform::LinuxPlatform(int& argumentCount, char** arguments)
-    : application_(argumentCount, arguments),
+LinuxPlatform::LinuxPlatform(int& argumentCount, char** arguments, InstanceClaim claim)
+    : application_(argumentCount, arguments, clock_),
       mainQueue_(clock_),
       timers_(clock_),
       userDefaults_(FileUserDefaults::standardPath(), log_),
@@ -15,7 +20,31 @@ LinuxPlatform::LinuxPlatform(int& argumentCount, char** arguments)
       audio_(mainQueue_, log_),
       webSockets_(log_),
       workspace_([this] { return x11Input_->frontmostProcess(); }, taskLauncher_, clock_, log_),
-      userInterface_(clock_, log_) {}
+      userInterface_(clock_, log_) {
+    // Whoever asks during the launch is told what is the case, not that nothing is known yet.
+    application_.holdLaunchUntil(
+        {[this](std::function<void()> whenKnown) { audio_.whenFirstKnown(std::move(whenKnown)); },
+         [this](std::function<void()> whenKnown) {
+             accessibility_.whenFirstKnown(std::move(whenKnown));
+         }});
+    serve(std::move(claim));
+}
+
+void LinuxPlatform::serve(InstanceClaim claim) {
+    if (!claim.bus) {
+        log_.write("TarvikDictate: a second start goes unnoticed, there is no session bus: " +
+                   claim.trouble);
+        return;
+    }
+    applicationObject_.emplace(
+        std::move(claim.bus), clock_, log_,
+        ApplicationObject::Handlers{
+            [this](const std::string& startupId) { application_.reopen(startupId); },
+            [this](platform::ApplicationAction action, const std::string& startupId) {
+                application_.perform(action, startupId);
+            }});
+    application_.observeTermination([this] { applicationObject_->resign(); });
+}
 
 LinuxPlatform::~LinuxPlatform() {
     releaseSharedInstances();
@@ -27,8 +56,33 @@ LinuxPlatform::~LinuxPlatform() {
 
 namespace tarvik::platform {
 
+namespace {
+
+constexpr Seconds patienceWithOthers(2);
+
+std::string variable(const char* name) {
+    const char* value = std::getenv(name);
+    return value != nullptr ? value : "";
+}
+
+}  // namespace
+
 std::unique_ptr<Platform> makePlatform(int& argumentCount, char** arguments) {
-    return std::make_unique<linuxdesktop::LinuxPlatform>(argumentCount, arguments);
+    using linuxdesktop::InstanceClaim;
+    // Qt takes these out of the environment when it starts.
+    InstanceClaim claim = linuxdesktop::claimInstance(
+        {variable("DESKTOP_STARTUP_ID"), variable("XDG_ACTIVATION_TOKEN")}, patienceWithOthers);
+    if (claim.role == InstanceClaim::Role::second) {
+        std::fputs("TarvikDictate: it runs already and comes forward\n", stderr);
+        std::exit(EXIT_SUCCESS);
+    }
+    if (claim.role == InstanceClaim::Role::refused) {
+        std::fprintf(stderr, "TarvikDictate: it runs already and does not come forward: %s\n",
+                     claim.trouble.c_str());
+        std::exit(EXIT_FAILURE);
+    }
+    return std::make_unique<linuxdesktop::LinuxPlatform>(argumentCount, arguments,
+                                                         std::move(claim));
 }
 
 }  // namespace tarvik::platform

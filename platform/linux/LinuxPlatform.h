@@ -1,11 +1,14 @@
 #pragma once
 
 #include <memory>
+#include <optional>
 
 #include "platform/Platform.h"
 #include "platform/linux/accessibility/AtspiAccessibility.h"
 #include "platform/linux/audio/PulseAudioService.h"
+#include "platform/linux/system/ApplicationObject.h"
 #include "platform/linux/system/FileUserDefaults.h"
+#include "platform/linux/system/InstanceClaim.h"
 #include "platform/linux/system/LinuxBundle.h"
 #include "platform/linux/system/LinuxWorkspace.h"
 #include "platform/linux/system/MonotonicClock.h"
@@ -24,8 +27,9 @@ namespace tarvik::linuxdesktop {
 /// The services of a Linux desktop. Made and destroyed on the main thread.
 class LinuxPlatform final : public platform::Platform {
   public:
-    /// The arguments are those of main and outlive the object.
-    LinuxPlatform(int& argumentCount, char** arguments);
+    /// The arguments are those of main and outlive the object. `claim` is that of the process which
+    /// may run.
+    LinuxPlatform(int& argumentCount, char** arguments, InstanceClaim claim);
     /// Releases the application's delegate and the blocks that wait, while the services still live.
     ~LinuxPlatform() override;
 
@@ -48,6 +52,8 @@ class LinuxPlatform final : public platform::Platform {
     platform::UserInterface& userInterface() override { return userInterface_; }
 
   private:
+    void serve(InstanceClaim claim);
+
     // In the order in which they need each other. The log stands first, so that every other service
     // can report until its end; the main queue stands before everything that posts to it.
     SystemLog log_;
@@ -65,6 +71,7 @@ class LinuxPlatform final : public platform::Platform {
     BeastWebSocketService webSockets_;
     LinuxWorkspace workspace_;
     QtUserInterface userInterface_;
+    std::optional<ApplicationObject> applicationObject_;
 };
 
 }  // namespace tarvik::linuxdesktop

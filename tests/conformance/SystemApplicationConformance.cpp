@@ -18,6 +18,7 @@ class RecordingDelegate final : public platform::ApplicationDelegate {
         onLaunch_();
     }
     bool applicationShouldHandleReopen(bool) override { return true; }
+    void applicationShouldPerform(platform::ApplicationAction) override {}
 
     int launches = 0;
 

@@ -42,7 +42,7 @@ class SystemLinuxTest : public testing::Test {
     simulated::Journal journal;
     simulated::SimulatedLog log{journal};
     linuxdesktop::MonotonicClock clock;
-    linuxdesktop::QtApplication application{argumentCount_, argumentValues_.data()};
+    linuxdesktop::QtApplication application{argumentCount_, argumentValues_.data(), clock};
     linuxdesktop::QtMainQueue mainQueue{clock};
 };
 

@@ -9,13 +9,9 @@
 #include <optional>
 #include <string>
 
-namespace tarvik::linuxdesktop {
+#include "platform/linux/system/BusHandles.h"
 
-struct MessageUnreferenced {
-    void operator()(sd_bus_message* message) const { sd_bus_message_unref(message); }
-};
-/// A message that is ours to send; empty when it could not be made.
-using BusMessage = std::unique_ptr<sd_bus_message, MessageUnreferenced>;
+namespace tarvik::linuxdesktop {
 
 /// Something on a bus that answers calls.
 struct BusObject {
@@ -77,13 +73,9 @@ class MessageBus {
     std::optional<Moment> moment() const;
 
   private:
-    struct Unreferenced {
-        void operator()(sd_bus* bus) const { sd_bus_close_unref(bus); }
-    };
-
     explicit MessageBus(sd_bus* bus) : bus_(bus) {}
 
-    std::unique_ptr<sd_bus, Unreferenced> bus_;
+    BusHandle bus_;
 };
 
 /// Whether the message says that nobody answered: too late, or gone in between.

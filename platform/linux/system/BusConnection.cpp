@@ -11,6 +11,8 @@ namespace tarvik::linuxdesktop {
 
 namespace {
 
+constexpr Seconds patienceForProperty(25);
+
 Seconds untilMoment(std::uint64_t microseconds) {
     timespec now{};
     clock_gettime(CLOCK_MONOTONIC, &now);
@@ -29,16 +31,26 @@ sd_bus_slot* handOver(sd_bus_slot* slot, std::unique_ptr<Handler> handler) {
 
 }  // namespace
 
+BusConnection::BusConnection(const platform::Clock& clock, std::function<void(Error)> onLost)
+    : clock_(clock), onLost_(std::move(onLost)), alarm_([this] { process(); }) {}
+
 BusConnection::BusConnection(Bus bus, const platform::Clock& clock,
                              std::function<void(Error)> onLost)
-    : clock_(clock), onLost_(std::move(onLost)), alarm_([this] { process(); }) {
-    start(bus);
-}
-
-void BusConnection::start(Bus bus) {
+    : BusConnection(clock, std::move(onLost)) {
     sd_bus* opened = nullptr;
     startFailure_ = bus == Bus::system ? sd_bus_open_system(&opened) : sd_bus_open_user(&opened);
     bus_.reset(opened);
+    start();
+}
+
+BusConnection::BusConnection(BusHandle bus, const platform::Clock& clock,
+                             std::function<void(Error)> onLost)
+    : BusConnection(clock, std::move(onLost)) {
+    bus_ = std::move(bus);
+    start();
+}
+
+void BusConnection::start() {
     if (startFailure_ < 0) {
         alarm_.set(clock_.now());
         return;
@@ -89,48 +101,95 @@ void BusConnection::lose(int number) {
 }
 
 void BusConnection::observeSignal(const std::string& rule,
-                                  std::function<void(sd_bus_message*)> handler) {
+                                  std::function<void(sd_bus_message*)> handler,
+                                  std::function<void()> onObserving) {
     if (!bus_) {
         return;
     }
-    using Handler = std::function<void(sd_bus_message*)>;
-    auto kept = std::make_unique<Handler>(std::move(handler));
+    struct Handlers {
+        std::function<void(sd_bus_message*)> onSignal;
+        std::function<void()> onObserving;
+    };
+    auto kept = std::make_unique<Handlers>(Handlers{std::move(handler), std::move(onObserving)});
     sd_bus_slot* slot = nullptr;
     const int result = sd_bus_add_match_async(
         bus_.get(), &slot, rule.c_str(),
         [](sd_bus_message* message, void* data, sd_bus_error*) {
-            (*static_cast<Handler*>(data))(message);
+            static_cast<Handlers*>(data)->onSignal(message);
             return 0;
         },
         // A refusal leaves the signal unseen, no more; by default it would end the connection.
-        [](sd_bus_message*, void*, sd_bus_error*) { return 0; }, kept.get());
+        [](sd_bus_message* answer, void* data, sd_bus_error*) {
+            const auto* handlers = static_cast<Handlers*>(data);
+            if (handlers->onObserving && sd_bus_message_is_method_error(answer, nullptr) == 0) {
+                handlers->onObserving();
+            }
+            return 0;
+        },
+        kept.get());
     if (result >= 0) {
         handOver(slot, std::move(kept));
         awaitNext();
     }
 }
 
-void BusConnection::getBool(const Property& property,
-                            std::function<void(std::optional<bool>)> handler) {
-    using Handler = std::function<void(std::optional<bool>)>;
-    if (!bus_) {
-        return;
+BusMessage BusConnection::newCall(const char* service, const char* path, const char* interface,
+                                  const char* member) {
+    sd_bus_message* message = nullptr;
+    if (bus_) {
+        sd_bus_message_new_method_call(bus_.get(), &message, service, path, interface, member);
     }
+    return BusMessage(message);
+}
+
+bool BusConnection::call(BusMessage message, Seconds patience,
+                         std::function<void(sd_bus_message*)> handler) {
+    using Handler = std::function<void(sd_bus_message*)>;
     auto kept = std::make_unique<Handler>(std::move(handler));
     sd_bus_slot* slot = nullptr;
-    const int result = sd_bus_call_method_async(
-        bus_.get(), &slot, property.service, property.path, "org.freedesktop.DBus.Properties",
-        "Get",
-        [](sd_bus_message* message, void* data, sd_bus_error*) {
-            int value = 0;
-            const bool isAnswer = sd_bus_message_is_method_error(message, nullptr) == 0 &&
-                                  sd_bus_message_read(message, "v", "b", &value) > 0;
-            (*static_cast<Handler*>(data))(isAnswer ? std::optional(value != 0) : std::nullopt);
-            return 0;
-        },
-        kept.get(), "ss", property.interface, property.name);
-    if (result >= 0) {
-        handOver(slot, std::move(kept));
+    if (!message || sd_bus_call_async(
+                        bus_.get(), &slot, message.get(),
+                        [](sd_bus_message* answer, void* data, sd_bus_error*) {
+                            (*static_cast<Handler*>(data))(answer);
+                            return 0;
+                        },
+                        kept.get(), static_cast<std::uint64_t>(patience.count() * 1e6)) < 0) {
+        return false;
+    }
+    handOver(slot, std::move(kept));
+    awaitNext();
+    return true;
+}
+
+void BusConnection::getBool(const Property& property,
+                            std::function<void(std::optional<bool>)> handler) {
+    BusMessage question =
+        newCall(property.service, property.path, "org.freedesktop.DBus.Properties", "Get");
+    if (question &&
+        sd_bus_message_append(question.get(), "ss", property.interface, property.name) >= 0) {
+        call(std::move(question), patienceForProperty,
+             [handler = std::move(handler)](sd_bus_message* answer) {
+                 int value = 0;
+                 const bool isAnswer = sd_bus_message_is_method_error(answer, nullptr) == 0 &&
+                                       sd_bus_message_read(answer, "v", "b", &value) > 0;
+                 handler(isAnswer ? std::optional(value != 0) : std::nullopt);
+             });
+    }
+}
+
+void BusConnection::addObject(const char* path, const char* interface, const sd_bus_vtable* methods,
+                              void* data) {
+    if (bus_) {
+        sd_bus_add_object_vtable(bus_.get(), nullptr, path, interface, methods, data);
+    }
+}
+
+void BusConnection::releaseName(const char* name) {
+    if (bus_) {
+        // The answer does not matter: the name goes with the connection at the latest.
+        sd_bus_release_name_async(
+            bus_.get(), nullptr, name, [](sd_bus_message*, void*, sd_bus_error*) { return 0; },
+            nullptr);
         awaitNext();
     }
 }

@@ -1,0 +1,102 @@
+#include "platform/linux/system/ApplicationObject.h"
+
+#include <optional>
+#include <string_view>
+#include <utility>
+
+#include "platform/linux/system/InstanceClaim.h"
+
+namespace tarvik::linuxdesktop {
+
+namespace {
+
+// The id in the platform data that a call ends with. X11 and its desktops use the first name; the
+// second one is Wayland's, which launchers fill with the same id where both are meant.
+std::string startupIdIn(sd_bus_message* call) {
+    std::string startupId;
+    std::string token;
+    if (sd_bus_message_enter_container(call, SD_BUS_TYPE_ARRAY, "{sv}") <= 0) {
+        return startupId;
+    }
+    while (sd_bus_message_enter_container(call, SD_BUS_TYPE_DICT_ENTRY, "sv") > 0) {
+        const char* key = "";
+        sd_bus_message_read(call, "s", &key);
+        const std::string_view name(key);
+        const char* value = nullptr;
+        if (name != "desktop-startup-id" && name != "activation-token") {
+            sd_bus_message_skip(call, "v");
+        } else if (sd_bus_message_read(call, "v", "s", &value) > 0) {
+            (name == "activation-token" ? token : startupId) = value;
+        } else {
+            sd_bus_message_skip(call, "v");
+        }
+        sd_bus_message_exit_container(call);
+    }
+    sd_bus_message_exit_container(call);
+    return startupId.empty() ? token : startupId;
+}
+
+std::optional<platform::ApplicationAction> actionNamed(std::string_view name) {
+    if (name == "toggle") {
+        return platform::ApplicationAction::toggle;
+    }
+    if (name == "setup") {
+        return platform::ApplicationAction::setup;
+    }
+    return std::nullopt;
+}
+
+}  // namespace
+
+const sd_bus_vtable ApplicationObject::methods[] = {
+    SD_BUS_VTABLE_START(0),
+    SD_BUS_METHOD("Activate", "a{sv}", "", &ApplicationObject::onActivate,
+                  SD_BUS_VTABLE_UNPRIVILEGED),
+    SD_BUS_METHOD("Open", "asa{sv}", "", &ApplicationObject::onOpen, SD_BUS_VTABLE_UNPRIVILEGED),
+    SD_BUS_METHOD("ActivateAction", "sava{sv}", "", &ApplicationObject::onAction,
+                  SD_BUS_VTABLE_UNPRIVILEGED),
+    SD_BUS_VTABLE_END};
+
+ApplicationObject::ApplicationObject(BusHandle bus, const platform::Clock& clock,
+                                     platform::Log& log, Handlers handlers)
+    : log_(log),
+      handlers_(std::move(handlers)),
+      bus_(std::move(bus), clock, [&log](const Error& error) {
+          log.write("TarvikDictate: a second start goes unnoticed, the session bus is lost: " +
+                    error.localizedDescription);
+      }) {
+    bus_.addObject(instancePath, instanceInterface, methods, this);
+}
+
+void ApplicationObject::resign() {
+    bus_.releaseName(instanceName);
+}
+
+int ApplicationObject::onActivate(sd_bus_message* call, void* self, sd_bus_error*) {
+    static_cast<ApplicationObject*>(self)->handlers_.reopen(startupIdIn(call));
+    return sd_bus_reply_method_return(call, "");
+}
+
+// There are no documents: whatever is to be opened, the application comes forward.
+int ApplicationObject::onOpen(sd_bus_message* call, void* self, sd_bus_error*) {
+    sd_bus_message_skip(call, "as");
+    static_cast<ApplicationObject*>(self)->handlers_.reopen(startupIdIn(call));
+    return sd_bus_reply_method_return(call, "");
+}
+
+int ApplicationObject::onAction(sd_bus_message* call, void* self, sd_bus_error* error) {
+    const auto& object = *static_cast<ApplicationObject*>(self);
+    const char* name = "";
+    sd_bus_message_read(call, "s", &name);
+    const std::optional<platform::ApplicationAction> action = actionNamed(name);
+    if (!action) {
+        object.log_.write(std::string("TarvikDictate: there is no action called ") + name);
+        return sd_bus_error_setf(error, SD_BUS_ERROR_INVALID_ARGS, "There is no action called %s.",
+                                 name);
+    }
+    sd_bus_message_skip(call, "av");
+    object.handlers_.perform(*action, startupIdIn(call));
+    return sd_bus_reply_method_return(call, "");
+}
+
+}  // namespace tarvik::linuxdesktop
