@@ -1,10 +1,20 @@
 #include "platform/linux/system/LinuxWorkspace.h"
 
+#include <QFileInfo>
 #include <QStandardPaths>
 #include <QUrl>
 #include <utility>
 
 namespace tarvik::linuxdesktop {
+
+namespace {
+
+// Where the program is; empty when it is not installed.
+std::string executable(const std::string& program) {
+    return QStandardPaths::findExecutable(QString::fromStdString(program)).toStdString();
+}
+
+}  // namespace
 
 LinuxWorkspace::LinuxWorkspace(FrontmostProcess frontmostProcess,
                                platform::TaskLauncher& taskLauncher, const platform::Clock& clock,
@@ -12,7 +22,8 @@ LinuxWorkspace::LinuxWorkspace(FrontmostProcess frontmostProcess,
     : frontmostProcess_(std::move(frontmostProcess)),
       taskLauncher_(taskLauncher),
       clock_(clock),
-      log_(log) {}
+      log_(log),
+      fileManager_(clock) {}
 
 std::shared_ptr<platform::RunningApplication> LinuxWorkspace::frontmostApplication() {
     const std::optional<platform::ProcessIdentifier> process = frontmostProcess_();
@@ -34,21 +45,45 @@ void LinuxWorkspace::announceWake() {
 }
 
 bool LinuxWorkspace::openUrl(const std::string& url) {
-    const QUrl parsed(QString::fromStdString(url), QUrl::StrictMode);
-    const QString opener = QStandardPaths::findExecutable(QStringLiteral("xdg-open"));
-    std::optional<Error> failure;
-    if (!parsed.isValid() || parsed.scheme().isEmpty()) {
-        failure = Error{0, "it is no link"};
-    } else if (opener.isEmpty()) {
-        failure = Error{0, "xdg-open is not installed"};
-    } else {
-        failure = taskLauncher_.launch(opener.toStdString(),
-                                       {parsed.toString(QUrl::FullyEncoded).toStdString()});
-    }
+    const std::optional<SettingsPanel> panel = settingsPanelOf(url);
+    const std::optional<Error> failure = panel ? openPanel(*panel) : openLink(url);
     if (failure) {
         log_.write("TarvikDictate: cannot open " + url + ": " + failure->localizedDescription);
     }
     return !failure;
+}
+
+std::optional<Error> LinuxWorkspace::openLink(const std::string& url) {
+    const QUrl parsed(QString::fromStdString(url), QUrl::StrictMode);
+    if (!parsed.isValid() || parsed.scheme().isEmpty()) {
+        return Error{0, "it is no link"};
+    }
+    const std::string opener = executable("xdg-open");
+    if (opener.empty()) {
+        return Error{0, "xdg-open is not installed"};
+    }
+    return taskLauncher_.launch(opener, {parsed.toString(QUrl::FullyEncoded).toStdString()});
+}
+
+std::optional<Error> LinuxWorkspace::openPanel(SettingsPanel panel) {
+    const std::string desktop = qEnvironmentVariable("XDG_CURRENT_DESKTOP").toStdString();
+    std::string missing;
+    for (const PanelCommand& command : commandsFor(panel, desktop)) {
+        const std::string program = executable(command.program);
+        if (!program.empty()) {
+            return taskLauncher_.launch(program, command.arguments);
+        }
+        missing += (missing.empty() ? "" : ", ") + command.program;
+    }
+    return Error{0, missing.empty() ? "no settings are known of this desktop (" + desktop + ")"
+                                    : "not installed: " + missing};
+}
+
+void LinuxWorkspace::activateFileViewerSelecting(const std::string& path) {
+    fileManager_.show(path, [this, path] {
+        const QString folder = QFileInfo(QString::fromStdString(path)).path();
+        openUrl(QUrl::fromLocalFile(folder).toString(QUrl::FullyEncoded).toStdString());
+    });
 }
 
 }  // namespace tarvik::linuxdesktop

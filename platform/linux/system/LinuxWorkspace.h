@@ -3,18 +3,21 @@
 #include <functional>
 #include <memory>
 #include <optional>
+#include <string>
 #include <vector>
 
 #include "platform/Clock.h"
 #include "platform/Log.h"
 #include "platform/TaskLauncher.h"
 #include "platform/Workspace.h"
+#include "platform/linux/system/FileManager.h"
+#include "platform/linux/system/SettingsPanel.h"
 #include "platform/linux/system/SleepMonitor.h"
 
 namespace tarvik::linuxdesktop {
 
 /// The desktop around the application; waking is what logind announces, links are handed to
-/// xdg-open.
+/// xdg-open, and those to a page of the settings open the desktop's own.
 class LinuxWorkspace final : public platform::Workspace {
   public:
     /// Finds the process whose window has the keyboard, without waiting.
@@ -28,9 +31,13 @@ class LinuxWorkspace final : public platform::Workspace {
     void observeDidWake(std::function<void()> handler) override;
     /// The log says why when it answers false.
     bool openUrl(const std::string& url) override;
+    /// Where no file manager answers, the folder is opened without a selection.
+    void activateFileViewerSelecting(const std::string& path) override;
 
   private:
     void announceWake();
+    std::optional<Error> openLink(const std::string& url);
+    std::optional<Error> openPanel(SettingsPanel panel);
 
     FrontmostProcess frontmostProcess_;
     platform::TaskLauncher& taskLauncher_;
@@ -38,6 +45,7 @@ class LinuxWorkspace final : public platform::Workspace {
     platform::Log& log_;
     std::vector<std::function<void()>> wakeHandlers_;
     std::unique_ptr<SleepMonitor> sleepMonitor_;
+    FileManager fileManager_;
 };
 
 }  // namespace tarvik::linuxdesktop
