@@ -122,17 +122,13 @@ TEST_F(SettingsFileTest, NumbersThatDoNotFitReadAsAbsent) {
 }
 
 TEST_F(SettingsFileTest, EverythingElseInTheFileIsKept) {
-    putFile(path,
-            "# comment\n[General]\na=1\nlist=x, y ; why\nthis makes no "
-            "sense\n\n[Window]\nsize=@Size(1 2)\n");
+    putFile(path, "# comment\n[General]\na=1\nlist=x, y ; why\n\n[Window]\nsize=@Size(1 2)\n");
     open();
-    EXPECT_EQ(log.linesWith("1 line that makes no sense").size(), 1U);
     defaults->setInteger(2, "a");
     defaults->setString("new", "b");
     close();
     EXPECT_EQ(contentOf(path),
-              "# comment\n[General]\na=2\nlist=x, y ; why\nthis makes no sense\nb=new\n\n[Window]\n"
-              "size=@Size(1 2)\n");
+              "# comment\n[General]\na=2\nlist=x, y ; why\nb=new\n\n[Window]\nsize=@Size(1 2)\n");
 }
 
 TEST_F(SettingsFileTest, WhatSomebodyElseChangesMeanwhileIsKeptAndTakenOver) {
@@ -159,20 +155,48 @@ TEST_F(SettingsFileTest, AFileThatIsNoTextIsSetAsideWithOneLine) {
     putFile(path, garbage);
     open();
     EXPECT_EQ(defaults->stringForKey("a"), std::nullopt);
-    EXPECT_EQ(log.linesWith("set aside as " + path + ".damaged").size(), 1U);
+    EXPECT_EQ(log.linesWith("set aside as " + path + ".corrupt").size(), 1U);
     defaults->setString("new", "deepgramApiKey");
     close();
     EXPECT_EQ(contentOf(path), "[General]\ndeepgramApiKey=new\n");
-    EXPECT_EQ(contentOf(path + ".damaged"), garbage);
+    EXPECT_EQ(contentOf(path + ".corrupt"), garbage);
     EXPECT_EQ(log.lines().size(), 1U);
 }
 
-TEST_F(SettingsFileTest, ASecondDamagedFileDoesNotReplaceTheFirst) {
-    putFile(path + ".damaged", "first");
+TEST_F(SettingsFileTest, AFileWithALineThatIsNoEntryIsSetAside) {
+    for (const char* line : {"this makes no sense", "=value", "[General", "]", "deepgramApi"}) {
+        const std::string content =
+            "; comment\n[General]\ndeepgramApiKey=old\n" + std::string(line) + "\nb=1\n";
+        putFile(path, content);
+        open();
+        EXPECT_EQ(defaults->stringForKey("deepgramApiKey"), std::nullopt) << line;
+        EXPECT_EQ(defaults->integerForKey("b"), 0) << line;
+        close();
+        EXPECT_EQ(log.linesWith("line 4 makes no sense").size(), 1U) << line;
+        EXPECT_EQ(log.lines().size(), 1U) << line;
+        EXPECT_EQ(contentOf(path + ".corrupt"), content) << line;
+        EXPECT_FALSE(std::filesystem::exists(path)) << line;
+        std::filesystem::remove(path + ".corrupt");
+        log.clear();
+    }
+}
+
+TEST_F(SettingsFileTest, WhatIsKnownSurvivesAFileThatBecomesCorrupt) {
+    putFile(path, "[General]\ndeepgramApiKey=old\n");
+    open();
+    putFile(path, "half a li");
+    defaults->setBool(true, "loginItemAutoConfigured");
+    close();
+    EXPECT_EQ(contentOf(path), "[General]\ndeepgramApiKey=old\nloginItemAutoConfigured=true\n");
+    EXPECT_EQ(contentOf(path + ".corrupt"), "half a li");
+}
+
+TEST_F(SettingsFileTest, ASecondCorruptFileDoesNotReplaceTheFirst) {
+    putFile(path + ".corrupt", "first");
     putFile(path, "\xff second");
     open();
-    EXPECT_EQ(contentOf(path + ".damaged"), "first");
-    EXPECT_EQ(contentOf(path + ".damaged-2"), "\xff second");
+    EXPECT_EQ(contentOf(path + ".corrupt"), "first");
+    EXPECT_EQ(contentOf(path + ".corrupt-2"), "\xff second");
 }
 
 TEST_F(SettingsFileTest, WhatCannotBeSavedIsReportedOnceAndTriedAgain) {

@@ -48,24 +48,30 @@ bool isGeneralGroup(const std::string& name) {
 
 }  // namespace
 
-std::optional<IniDocument> IniDocument::parse(std::string_view content) {
+Result<IniDocument> IniDocument::parse(std::string_view content) {
     if (!isUtf8(content)) {
-        return std::nullopt;
+        return Error{0, "it is not text in UTF-8"};
     }
     if (content.starts_with("\xef\xbb\xbf")) {
         content.remove_prefix(3);
     }
     IniDocument document;
     bool isGeneral = true;
+    auto number = 1;
     while (!content.empty()) {
         const std::size_t length = lengthOfFirstLine(content);
-        document.addLine(content.substr(0, length), isGeneral);
+        const std::string_view line = content.substr(0, length);
+        if (!document.addLine(line, isGeneral)) {
+            return Error{0, "line " + std::to_string(number) + " makes no sense"};
+        }
+        number += static_cast<int>(std::count(line.begin(), line.end(), '\n'));
         content.remove_prefix(length);
     }
     return document;
 }
 
-void IniDocument::addLine(std::string_view line, bool& isGeneral) {
+// False when the line is nothing that such a file may have.
+bool IniDocument::addLine(std::string_view line, bool& isGeneral) {
     const std::string bare = trimmed(line);
     Line added{std::string(line), isGeneral, {}, {}};
     if (bare.starts_with('[') && bare.ends_with(']')) {
@@ -74,13 +80,15 @@ void IniDocument::addLine(std::string_view line, bool& isGeneral) {
     } else if (!bare.empty() && bare[0] != ';' && bare[0] != '#') {
         const std::size_t equals = bare.find('=');
         if (equals == std::string::npos || equals == 0) {
-            ++strangeLines_;
-        } else if (isGeneral) {
+            return false;
+        }
+        if (isGeneral) {
             added.key = textFromIniKey(trimmed(std::string_view(bare).substr(0, equals)));
             added.value = trimmed(std::string_view(bare).substr(equals + 1));
         }
     }
     lines_.push_back(std::move(added));
+    return true;
 }
 
 auto IniDocument::isEntry(std::string_view key) {

@@ -6,16 +6,19 @@
 #include <string_view>
 #include <vector>
 
+#include "base/Result.h"
+
 namespace tarvik::linuxdesktop {
 
 /// A settings file in the format of QSettings, of which the entries of the group "General" can be
-/// read and changed. Everything else stays as it is: comments, other groups, values of other types,
-/// and lines that make no sense.
+/// read and changed. Everything else stays as it is: comments, other groups, values of other
+/// types.
 class IniDocument {
   public:
     IniDocument() = default;
-    /// Reads a whole file; nothing when it is not text in UTF-8.
-    static std::optional<IniDocument> parse(std::string_view content);
+    /// Reads a whole file. The error says why it is no such file: bytes that are not UTF-8 or are
+    /// zero, or a line that is neither entry nor group nor comment nor blank.
+    static Result<IniDocument> parse(std::string_view content);
 
     /// The right-hand side of the last entry for `key`, without the blanks around it.
     std::optional<std::string> value(std::string_view key) const;
@@ -25,8 +28,6 @@ class IniDocument {
 
     /// The whole file.
     std::string content() const;
-    /// How many lines are neither entry nor group nor comment nor blank.
-    int strangeLines() const { return strangeLines_; }
 
   private:
     struct Line {
@@ -38,11 +39,10 @@ class IniDocument {
     };
 
     static auto isEntry(std::string_view key);
-    void addLine(std::string_view line, bool& isGeneral);
+    bool addLine(std::string_view line, bool& isGeneral);
     std::ptrdiff_t endOfGeneral();
 
     std::vector<Line> lines_;
-    int strangeLines_ = 0;
 };
 
 }  // namespace tarvik::linuxdesktop

@@ -24,11 +24,6 @@ void SettingsFile::load() {
     bool isUsable = true;
     std::optional<IniDocument> document = read(isUsable);
     if (document) {
-        if (const int strange = document->strangeLines()) {
-            report("TarvikDictate: settings file " + path_ + " has " + std::to_string(strange) +
-                   (strange == 1 ? " line that makes no sense; it is left alone"
-                                 : " lines that make no sense; they are left alone"));
-        }
         const std::lock_guard lock(mutex_);
         document_ = std::move(*document);
     }
@@ -48,17 +43,18 @@ std::optional<IniDocument> SettingsFile::read(bool& isUsable) {
     if (!content.value()) {
         return std::nullopt;
     }
-    std::optional<IniDocument> document = IniDocument::parse(*content.value());
+    Result<IniDocument> document = IniDocument::parse(*content.value());
     if (!document) {
-        setAside("it is not text in UTF-8");
+        setAside(document.error().localizedDescription);
+        return std::nullopt;
     }
-    return document;
+    return std::move(document).value();
 }
 
 void SettingsFile::setAside(const std::string& reason) {
     for (int number = 1; number <= mostSetAside; ++number) {
         const std::string name =
-            path_ + ".damaged" + (number > 1 ? "-" + std::to_string(number) : "");
+            path_ + ".corrupt" + (number > 1 ? "-" + std::to_string(number) : "");
         if (renameat2(AT_FDCWD, path_.c_str(), AT_FDCWD, name.c_str(), RENAME_NOREPLACE) == 0) {
             report("TarvikDictate: settings file " + path_ + " cannot be used (" + reason +
                    "); it was set aside as " + name);
