@@ -3,6 +3,7 @@
 #include <chrono>
 #include <cstdlib>
 #include <ctime>
+#include <filesystem>
 #include <memory>
 #include <optional>
 #include <thread>
@@ -19,16 +20,23 @@ namespace {
 class WakeTest : public SystemLinuxTest {
   protected:
     WakeTest() {
+        std::filesystem::create_directory(socket.parent_path());
         startBus();
-        loginManager.emplace(std::vector<std::string>{"/usr/bin/python3", "-m", "dbusmock",
-                                                      "--system", "--template", "logind"});
+        startLoginManager();
     }
     ~WakeTest() override { unsetenv("DBUS_SYSTEM_BUS_ADDRESS"); }
 
     void startBus() {
+        const std::string address = "unix:path=" + socket.string();
         systemBus.emplace(std::vector<std::string>{"dbus-daemon", "--session", "--nofork",
-                                                   "--nopidfile", "--print-address=1"});
-        setenv("DBUS_SYSTEM_BUS_ADDRESS", systemBus->readLine().c_str(), 1);
+                                                   "--nopidfile", "--print-address=1",
+                                                   "--address=" + address});
+        systemBus->readLine();
+        setenv("DBUS_SYSTEM_BUS_ADDRESS", address.c_str(), 1);
+    }
+    void startLoginManager() {
+        loginManager.emplace(std::vector<std::string>{"/usr/bin/python3", "-m", "dbusmock",
+                                                      "--system", "--template", "logind"});
     }
 
     /// Has the login manager announce that the machine goes to sleep or has woken; waits until it
@@ -63,6 +71,7 @@ class WakeTest : public SystemLinuxTest {
         return announced;
     }
 
+    const std::filesystem::path socket = folder / "bus/system_bus_socket";
     std::optional<SystemProcess> systemBus;
     std::optional<SystemProcess> loginManager;
     linuxdesktop::ProcessTaskLauncher taskLauncher;
@@ -113,6 +122,26 @@ TEST_F(WakeTest, ABusThatGoesAwayCostsOneLineAndNoProcessorTime) {
     EXPECT_EQ(log.lines().size(), 1U);
 }
 
+TEST_F(WakeTest, ABusThatComesBackIsJoinedAgain) {
+    int wakings = 0;
+    workspace->observeDidWake([&] { ++wakings; });
+    announceUntil([&] { return wakings > 0; });
+    for (std::size_t loss = 1; loss <= 2; ++loss) {
+        loginManager.reset();
+        systemBus.reset();
+        std::filesystem::remove(socket);
+        EXPECT_TRUE(runUntil([&] { return log.lines().size() == loss; }));
+        // Longer than the attempts that need no sign of the bus.
+        EXPECT_TRUE(
+            runUntil([&, start = clock.now()] { return clock.now() - start > Seconds(4); }));
+        startBus();
+        startLoginManager();
+        const int before = wakings;
+        announceUntil([&] { return wakings > before; });
+        EXPECT_EQ(log.lines().size(), loss);
+    }
+}
+
 TEST_F(WakeTest, ABusThatNeverAnswersDoesNotHoldUpTheCaller) {
     // The kernel takes the connection; the server never looks at it.
     SystemProcess silent({"python3", "-c",
@@ -120,9 +149,9 @@ TEST_F(WakeTest, ABusThatNeverAnswersDoesNotHoldUpTheCaller) {
                           "s=socket.socket(socket.AF_UNIX)\n"
                           "s.bind(sys.argv[1])\ns.listen(8)\nprint('ready',flush=True)\n"
                           "time.sleep(600)\n",
-                          folder / "bus"});
+                          folder / "silent"});
     EXPECT_EQ(silent.readLine(), "ready");
-    setenv("DBUS_SYSTEM_BUS_ADDRESS", ("unix:path=" + (folder / "bus").string()).c_str(), 1);
+    setenv("DBUS_SYSTEM_BUS_ADDRESS", ("unix:path=" + (folder / "silent").string()).c_str(), 1);
     const TimePoint start = clock.now();
     workspace->observeDidWake([] {});
     QApplication::processEvents();
