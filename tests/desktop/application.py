@@ -1,13 +1,19 @@
 """The application, unmodified, and what it writes to its log."""
 
 import pathlib
+import re
 import subprocess
 import threading
 
 from desktop import wait_for
 
-# Written after the hotkeys were registered. Whether it is trusted may not be known yet by then.
-READY = "TarvikDictate: accessibility trusted → "
+# Written after the hotkeys were registered. A private desktop has a microphone and accessibility, and
+# a launch that did not wait for their answers would deny one of them.
+READY = ("TarvikDictate: mic status 3 ", "TarvikDictate: accessibility trusted → true")
+
+VERSION = re.search(
+    r"project\(TarvikDictate VERSION ([0-9.]+)",
+    (pathlib.Path(__file__).parents[2] / "CMakeLists.txt").read_text(encoding="utf-8")).group(1)
 
 
 class Log:
@@ -52,7 +58,9 @@ def write_settings(environment, values):
 
 
 class Application:
-    def __init__(self, desktop, binaries, environment):
+    """Returns from its construction when its log has all the lines of `ready`."""
+
+    def __init__(self, desktop, binaries, environment, ready=READY):
         self._desktop = desktop
         self.process = desktop.spawn(
             [binaries / "tarvik-dictate"], env=desktop.environment | environment,
@@ -60,7 +68,8 @@ class Application:
         )
         self.log = Log(self.process.stderr)
         try:
-            self.log.wait_for(READY)
+            for line in ready:
+                self.log.wait_for(line)
         except BaseException:
             self.close()
             raise

@@ -1,0 +1,98 @@
+#!/usr/bin/python3
+"""One instance a session: what a second start does, and what a shortcut of the desktop can ask for."""
+
+import os
+import signal
+import subprocess
+import time
+import unittest
+
+from application import write_settings
+from desktop import wait_for
+from dictation_test import BINARIES, DictationTest
+
+RUNNING = "TarvikDictate: it runs already"
+
+
+class Instance(DictationTest):
+    def second_start(self, **variables):
+        """Starts the application once more; its exit status, its lines on standard error, and how
+        long it ran."""
+        begin = time.monotonic()
+        second = subprocess.run(
+            [BINARIES / "tarvik-dictate"], env=self.desktop.environment | variables, timeout=20,
+            stdin=subprocess.DEVNULL, capture_output=True, text=True,
+        )
+        return second.returncode, second.stderr.splitlines(), time.monotonic() - begin
+
+    def ask(self, member, *arguments, check=True):
+        return self.desktop.run(
+            ["gdbus", "call", "--session", "--timeout", "5", "--dest", "com.tarvik.dictate",
+             "--object-path", "/com/tarvik/dictate", "--method",
+             "org.freedesktop.Application." + member, *arguments], check=check)
+
+    def test_a_second_start_ends_at_once_and_changes_nothing(self):
+        service = self.start_scripted_service()
+        application = self.start_application(service)
+        wait_for(lambda: "loginItemAutoConfigured=true" in self.settings_file.read_text(),
+                 "the first settings")
+        before = self.settings_file.read_bytes()
+        status, lines, seconds = self.second_start(DESKTOP_STARTUP_ID="launcher_TIME0")
+        self.assertEqual(status, 0)
+        self.assertEqual(len(lines), 1, lines)
+        self.assertIn(RUNNING, lines[0])
+        self.assertLess(seconds, 1)
+        self.assertEqual(self.settings_file.read_bytes(), before)
+        self.assertIsNone(application.process.poll())
+        # The hotkeys are still those of the first.
+        self.hold()
+        service.stream()
+        self.keyboard.release()
+
+    def test_a_first_instance_that_hangs_is_reported(self):
+        application = self.start_application(self.start_scripted_service())
+        os.kill(application.pid, signal.SIGSTOP)
+        try:
+            status, lines, seconds = self.second_start()
+        finally:
+            os.kill(application.pid, signal.SIGCONT)
+        self.assertEqual(status, 1)
+        self.assertEqual(len(lines), 1, lines)
+        self.assertIn(RUNNING, lines[0])
+        self.assertGreater(seconds, 1.9)
+        self.assertLess(seconds, 5)
+
+    def test_a_shortcut_of_the_desktop_toggles_a_dictation(self):
+        service = self.start_scripted_service()
+        application = self.start_application(service)
+        self.ask("ActivateAction", "toggle", "[]", "{}")
+        application.log.wait_for("startRecording")
+        service.stream()
+        self.ask("ActivateAction", "toggle", "[]", "{}")
+        application.log.wait_for("stopRecording")
+        self.ask("ActivateAction", "explode", "[]", "{}", check=False)
+        application.log.wait_for("there is no action called explode")
+
+    def test_without_a_session_bus_it_runs_all_the_same(self):
+        service = self.start_scripted_service()
+        write_settings(self.desktop.environment, {"deepgramApiKey": "a-key"})
+        process = self.desktop.spawn(
+            [BINARIES / "tarvik-dictate"],
+            env=self.desktop.environment | {
+                "SSL_CERT_FILE": str(service.authority),
+                "DBUS_SESSION_BUS_ADDRESS": "unix:path=/nowhere/bus"},
+            stderr=subprocess.PIPE, text=True)
+        lines = []
+        for line in process.stderr:
+            lines.append(line)
+            if "accessibility trusted" in line:
+                break
+        self.assertEqual(self.desktop.end(process), 0)
+        process.stderr.close()
+        self.assertEqual(sum("there is no session bus" in line and "second start" in line
+                             for line in lines), 1, lines)
+        self.assertTrue(any("tap-to-toggle registered" in line for line in lines), lines)
+
+
+if __name__ == "__main__":
+    unittest.main()
