@@ -1,107 +1,20 @@
 #include <systemd/sd-bus.h>
-#include <xcb/xcb.h>
 
 #include <QApplication>
 #include <QLineEdit>
-#include <array>
-#include <cstdint>
-#include <cstring>
 #include <memory>
 #include <optional>
 #include <string>
 
 #include "platform/linux/system/QtUserInterface.h"
-#include "platform/linux/system/X11Server.h"
 #include "tests/conformance/SystemLinuxTest.h"
 #include "tests/conformance/SystemNotifierHost.h"
+#include "tests/conformance/SystemOtherProgram.h"
 #include "tests/conformance/SystemProcess.h"
 
 namespace tarvik::conformance {
 
 namespace {
-
-using linuxdesktop::x11Atom;
-using linuxdesktop::X11Reply;
-
-/// Another program's connection to the X server.
-class OtherProgram {
-  public:
-    OtherProgram() : connection_(xcb_connect(nullptr, nullptr)) {
-        root_ = xcb_setup_roots_iterator(xcb_get_setup(connection_)).data->root;
-    }
-    ~OtherProgram() { xcb_disconnect(connection_); }
-    OtherProgram(const OtherProgram&) = delete;
-    OtherProgram& operator=(const OtherProgram&) = delete;
-
-    /// Puts the pointer where no window is: a window manager may give the keyboard to what is under
-    /// it.
-    void movePointerAway() {
-        xcb_warp_pointer(connection_, XCB_WINDOW_NONE, root_, 0, 0, 0, 0, 0, 0);
-        const X11Reply<xcb_query_pointer_reply_t> arrived(
-            xcb_query_pointer_reply(connection_, xcb_query_pointer(connection_, root_), nullptr));
-        EXPECT_TRUE(arrived);
-    }
-
-    /// The window that has the keyboard.
-    xcb_window_t activeWindow() const {
-        const X11Reply<xcb_get_input_focus_reply_t> reply(
-            xcb_get_input_focus_reply(connection_, xcb_get_input_focus(connection_), nullptr));
-        return reply ? reply->focus : static_cast<xcb_window_t>(XCB_WINDOW_NONE);
-    }
-
-    std::string activeTitle() const {
-        const X11Reply<xcb_get_property_reply_t> reply(
-            xcb_get_property_reply(connection_,
-                                   xcb_get_property(connection_, 0, activeWindow(),
-                                                    XCB_ATOM_WM_NAME, XCB_ATOM_STRING, 0, 1024),
-                                   nullptr));
-        if (!reply) {
-            return {};
-        }
-        return {static_cast<const char*>(xcb_get_property_value(reply.get())),
-                static_cast<std::size_t>(xcb_get_property_value_length(reply.get()))};
-    }
-
-    /// Becomes the tray of the screen, and says so.
-    void becomeTray() {
-        window_ = xcb_generate_id(connection_);
-        xcb_create_window(connection_, XCB_COPY_FROM_PARENT, window_, root_, 0, 0, 32, 32, 0,
-                          XCB_WINDOW_CLASS_INPUT_OUTPUT, XCB_COPY_FROM_PARENT, 0, nullptr);
-        const xcb_atom_t selection = x11Atom(connection_, "_NET_SYSTEM_TRAY_S0");
-        xcb_set_selection_owner(connection_, window_, selection, XCB_CURRENT_TIME);
-        xcb_client_message_event_t event{};
-        event.response_type = XCB_CLIENT_MESSAGE;
-        event.format = 32;
-        event.window = root_;
-        event.type = x11Atom(connection_, "MANAGER");
-        event.data.data32[1] = selection;
-        event.data.data32[2] = window_;
-        xcb_send_event(connection_, 0, root_, XCB_EVENT_MASK_STRUCTURE_NOTIFY,
-                       reinterpret_cast<const char*>(&event));
-        xcb_flush(connection_);
-    }
-
-    /// Whether somebody has asked the tray for a place.
-    bool hasGuest() {
-        constexpr std::uint32_t requestDock = 0;
-        const xcb_atom_t opcode = x11Atom(connection_, "_NET_SYSTEM_TRAY_OPCODE");
-        while (const X11Reply<xcb_generic_event_t> event{xcb_poll_for_event(connection_)}) {
-            if ((event->response_type & 0x7f) == XCB_CLIENT_MESSAGE) {
-                xcb_client_message_event_t message{};
-                std::memcpy(&message, event.get(), sizeof message);
-                hasGuest_ =
-                    hasGuest_ || (message.type == opcode && message.data.data32[1] == requestDock);
-            }
-        }
-        return hasGuest_;
-    }
-
-  private:
-    xcb_connection_t* connection_;
-    xcb_window_t root_ = XCB_WINDOW_NONE;
-    xcb_window_t window_ = XCB_WINDOW_NONE;
-    bool hasGuest_ = false;
-};
 
 class SystemAlertTest : public SystemLinuxTest {
   protected:
@@ -148,7 +61,7 @@ class SystemAlertTest : public SystemLinuxTest {
         });
     }
 
-    OtherProgram program;
+    SystemOtherProgram program;
     std::optional<SystemProcess> other;
     std::optional<SystemProcess> keys;
     std::string selected;
@@ -195,7 +108,7 @@ using SystemX11TrayTest = SystemTrayTest;
 
 TEST_F(SystemX11TrayTest, TheItemAppearsInATrayThatComesLater) {
     const auto item = makeItem();
-    OtherProgram tray;
+    SystemOtherProgram tray;
     // A main loop that has gone round knows that there is no tray yet.
     bool isLater = false;
     mainQueue.asyncAfter(Seconds(0.1), [&] { isLater = true; });

@@ -187,7 +187,7 @@ int solidPixels(const QImage& image, const QColor& color) {
 
 TEST_F(SystemLinuxTest, TheStatusItemIsOutlinedInTheTextColourAndFilledInRed) {
     linuxdesktop::QtUserInterface userInterface(clock, log);
-    linuxdesktop::QtStatusItem item(clock);
+    linuxdesktop::QtStatusItem item(clock, log);
     const QColor text(1, 2, 3);
     QPalette palette;
     palette.setColor(QPalette::WindowText, text);
@@ -214,7 +214,7 @@ TEST_F(SystemLinuxTest, AnUnknownSymbolIsNothing) {
 }
 
 TEST_F(SystemLinuxTest, ATitleStandsInForAMissingPicture) {
-    linuxdesktop::QtStatusItem item(clock);
+    linuxdesktop::QtStatusItem item(clock, log);
     item.setContentTintColor(platform::SystemColor::red);
     item.setTitle("●");
     EXPECT_GT(solidPixels(drawn(item.icon(), 32), QColor(255, 59, 48)), 20);
@@ -239,15 +239,6 @@ TEST_F(SystemLinuxTest, KeyEquivalentsAreShownWithControlForCommand) {
         shown.push_back(action->shortcut().toString(QKeySequence::PortableText).toStdString());
     }
     EXPECT_EQ(shown, (std::vector<std::string>{"Ctrl+,", "Ctrl+Shift+R", "Ctrl+Shift+Z", ""}));
-}
-
-TEST_F(SystemLinuxTest, WindowsThatComeLaterLeaveALine) {
-    linuxdesktop::QtUserInterface userInterface(clock, log);
-    userInterface.showSetupWindow();
-    userInterface.showCallToAction(10);
-    EXPECT_EQ(log.lines(),
-              (std::vector<std::string>{"TarvikDictate: setup window requested",
-                                        "TarvikDictate: call to action requested (10 minutes)"}));
 }
 
 }  // namespace

@@ -1,8 +1,13 @@
 #include <QApplication>
+#include <QCheckBox>
+#include <QCloseEvent>
+#include <QEventLoop>
+#include <QKeyEvent>
 #include <QLineEdit>
 #include <QMenu>
 #include <QPushButton>
 #include <QTimer>
+#include <QWindow>
 #include <array>
 #include <cstdlib>
 #include <optional>
@@ -16,6 +21,7 @@
 #include "platform/linux/system/QtMenu.h"
 #include "platform/linux/system/QtTimerService.h"
 #include "platform/linux/system/QtUserInterface.h"
+#include "platform/linux/system/QtWindow.h"
 #include "platform/linux/system/SystemLog.h"
 #include "platform/linux/system/XdgLoginItem.h"
 #include "tests/conformance/SystemFolder.h"
@@ -47,15 +53,19 @@ class SystemLinuxWorld final : public SystemWorld {
 
     bool runUntil(const std::function<bool()>& condition) override {
         const TimePoint deadline = clock_.now() + Seconds(10);
+        // Only a loop that runs, as the application's does, destroys what is to go later.
+        QEventLoop loop;
         QTimer pulse;
-        pulse.start(5);
-        while (!condition()) {
-            if (clock_.now() > deadline) {
-                return false;
+        bool holds = false;
+        QObject::connect(&pulse, &QTimer::timeout, &loop, [&] {
+            holds = condition();
+            if (holds || clock_.now() > deadline) {
+                loop.quit();
             }
-            QApplication::processEvents(QEventLoop::WaitForMoreEvents);
-        }
-        return true;
+        });
+        pulse.start(1);
+        loop.exec();
+        return holds;
     }
 
     void stall(Seconds interval) override {
@@ -129,6 +139,26 @@ class SystemLinuxWorld final : public SystemWorld {
         timer->start(5);
     }
 
+    void type(platform::TextField& field, const std::string& text) override {
+        auto& edit = dynamic_cast<QLineEdit&>(field);
+        edit.selectAll();
+        edit.insert(QString::fromStdString(text));
+    }
+    void pressReturn(platform::TextField& field) override {
+        QKeyEvent press(QEvent::KeyPress, Qt::Key_Return, Qt::NoModifier, "\r");
+        QApplication::sendEvent(&dynamic_cast<QLineEdit&>(field), &press);
+    }
+    void press(platform::Button& button) override { dynamic_cast<QPushButton&>(button).click(); }
+    void click(platform::Checkbox& checkbox) override {
+        dynamic_cast<QCheckBox&>(checkbox).click();
+    }
+    // What Qt does with a window manager's request.
+    void closeByHand(platform::Window& window) override {
+        QWindow* handle = dynamic_cast<linuxdesktop::QtWindow&>(window).widget().windowHandle();
+        QCloseEvent event;
+        QApplication::sendEvent(handle, &event);
+    }
+
   private:
     SystemFolder folder_;
     std::filesystem::path program_ = folder_ / "program with blanks";
@@ -139,7 +169,7 @@ class SystemLinuxWorld final : public SystemWorld {
 
     linuxdesktop::SystemLog log_;
     linuxdesktop::MonotonicClock clock_;
-    linuxdesktop::QtApplication application_{argumentCount_, argumentValues_.data()};
+    linuxdesktop::QtApplication application_{argumentCount_, argumentValues_.data(), clock_};
     linuxdesktop::QtMainQueue mainQueue_{clock_};
     linuxdesktop::QtTimerService timers_{clock_};
     std::optional<linuxdesktop::FileUserDefaults> userDefaults_;

@@ -63,6 +63,20 @@ class SystemSimulatedWorld final : public SystemWorld {
         platform_->userInterface().answerNextAlert(button, text);
     }
 
+    void type(platform::TextField& field, const std::string& text) override {
+        dynamic_cast<simulated::SimulatedTextField&>(field).type(text);
+    }
+    void pressReturn(platform::TextField& field) override {
+        dynamic_cast<simulated::SimulatedTextField&>(field).pressReturn();
+    }
+    void press(platform::Button& button) override {
+        dynamic_cast<simulated::SimulatedButton&>(button).press();
+    }
+    void click(platform::Checkbox& checkbox) override {
+        dynamic_cast<simulated::SimulatedCheckbox&>(checkbox).click();
+    }
+    void closeByHand(platform::Window& window) override { window.close(); }
+
   private:
     std::unique_ptr<simulated::SimulatedPlatform> platform_ =
         std::make_unique<simulated::SimulatedPlatform>();

@@ -53,6 +53,13 @@ class SystemWorld {
     virtual bool chooseFromMenu(platform::Menu& menu, const std::string& title) = 0;
     /// The next alert gets this text and is answered with this button, counted from 0.
     virtual void answerNextAlert(int button, const std::string& text) = 0;
+    /// The user replaces what is in the field, and presses Return in it.
+    virtual void type(platform::TextField& field, const std::string& text) = 0;
+    virtual void pressReturn(platform::TextField& field) = 0;
+    virtual void press(platform::Button& button) = 0;
+    virtual void click(platform::Checkbox& checkbox) = 0;
+    /// The user closes the window.
+    virtual void closeByHand(platform::Window& window) = 0;
 };
 
 using SystemWorldMaker = std::unique_ptr<SystemWorld> (*)();

@@ -14,16 +14,23 @@ namespace {
 // Bright enough for dark panels, dark enough for light ones.
 const QColor systemRed(255, 59, 48);
 
+// A panel that starts at login with the application is there by then.
+constexpr Seconds patienceForTray(5);
+
 }  // namespace
 
-QtStatusItem::QtStatusItem(const platform::Clock& clock)
-    : trayHost_(std::make_unique<TrayHost>(clock, [this] { appear(); })) {
+QtStatusItem::QtStatusItem(const platform::Clock& clock, platform::Log& log)
+    : log_(log),
+      trayHost_(std::make_unique<TrayHost>(clock, [this] { appear(); })),
+      patienceEnd_([this] { reportMissingTray(); }) {
+    patienceEnd_.set(clock.now() + patienceForTray);
     qApp->installEventFilter(this);
 }
 
 QtStatusItem::~QtStatusItem() = default;
 
 void QtStatusItem::appear() {
+    patienceEnd_.clear();
     trayIcon_ = std::make_unique<QSystemTrayIcon>();
     QObject::connect(trayIcon_.get(), &QSystemTrayIcon::activated, this,
                      [this](QSystemTrayIcon::ActivationReason reason) {
@@ -39,6 +46,11 @@ void QtStatusItem::appear() {
     // Its work is done, but it is what called.
     QMetaObject::invokeMethod(
         this, [this] { trayHost_.reset(); }, Qt::QueuedConnection);
+}
+
+void QtStatusItem::reportMissingTray() {
+    patienceEnd_.clear();
+    log_.write("TarvikDictate: no tray here — the setup window is the way in");
 }
 
 void QtStatusItem::setMenu(std::shared_ptr<platform::Menu> menu) {

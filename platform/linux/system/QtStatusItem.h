@@ -7,21 +7,24 @@
 #include <string>
 
 #include "platform/Clock.h"
+#include "platform/Log.h"
 #include "platform/UserInterface.h"
+#include "platform/linux/system/Alarm.h"
 #include "platform/linux/system/QtImage.h"
 #include "platform/linux/system/QtMenu.h"
 #include "platform/linux/system/TrayHost.h"
 
 namespace tarvik::linuxdesktop {
 
-/// The status item as a tray icon. It keeps what it is told while the desktop has no tray, and
-/// appears as soon as there is one. Main thread only.
+/// The status item as a tray icon. It keeps what it is told while the desktop has no tray, appears
+/// as soon as there is one, and again when the tray has been started anew. The log hears of a
+/// desktop that still has none after a while. Main thread only.
 class QtStatusItem final : public QObject,
                            public platform::StatusItem,
                            public platform::StatusButton {
   public:
-    /// `clock` outlives the item.
-    explicit QtStatusItem(const platform::Clock& clock);
+    /// `clock` and `log` outlive the item.
+    QtStatusItem(const platform::Clock& clock, platform::Log& log);
     ~QtStatusItem() override;
 
     platform::StatusButton* button() override { return this; }
@@ -39,15 +42,18 @@ class QtStatusItem final : public QObject,
   private:
     bool eventFilter(QObject* object, QEvent* event) override;
     void appear();
+    void reportMissingTray();
     void update();
     void openMenu();
 
+    platform::Log& log_;
     std::shared_ptr<QtImage> image_;
     std::optional<platform::SystemColor> tint_;
     std::string title_;
     std::shared_ptr<QtMenu> menu_;
     std::unique_ptr<QSystemTrayIcon> trayIcon_;
     std::unique_ptr<TrayHost> trayHost_;
+    Alarm patienceEnd_;
 };
 
 }  // namespace tarvik::linuxdesktop

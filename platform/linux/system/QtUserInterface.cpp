@@ -24,7 +24,7 @@ constexpr QSize iconSize(128, 128);
 }  // namespace
 
 std::shared_ptr<platform::StatusItem> QtUserInterface::makeStatusItem() {
-    return std::make_shared<QtStatusItem>(clock_);
+    return std::make_shared<QtStatusItem>(clock_, log_);
 }
 
 std::shared_ptr<platform::Menu> QtUserInterface::makeMenu() {

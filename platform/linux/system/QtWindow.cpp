@@ -114,8 +114,9 @@ void QtWindow::center() {
 }
 
 void QtWindow::place(const QRect& frame) {
+    const std::optional<QRect> area = mainScreenArea();
     // Qt too means the frame by the place of a window.
-    window_.move(frame.topLeft());
+    window_.move(area ? within(*area, frame).topLeft() : frame.topLeft());
     placed_ = frame;
 }
 
@@ -129,7 +130,7 @@ void QtWindow::correctPlace() {
     if (size != placed_->size()) {
         const QRect meant = *std::exchange(placed_, std::nullopt);
         fit();
-        window_.move(replaced(meant, window_.frame().size(), *area).topLeft());
+        window_.move(within(*area, replaced(meant, window_.frame().size(), *area)).topLeft());
     } else if (window_.isActiveWindow()) {
         // From now on it is the user who moves it.
         placed_.reset();

@@ -2,6 +2,7 @@
 
 #include <QGuiApplication>
 #include <QScreen>
+#include <algorithm>
 #include <cstdlib>
 
 #include "platform/linux/system/Points.h"
@@ -46,6 +47,15 @@ QPoint topLeftOf(platform::Point origin, QSize size) {
 std::optional<QRect> mainScreenArea() {
     const QScreen* screen = QGuiApplication::primaryScreen();
     return screen != nullptr ? std::optional(screen->availableGeometry()) : std::nullopt;
+}
+
+QRect within(const QRect& area, QRect frame) {
+    const QPoint last =
+        area.topLeft() + QPoint(area.width() - frame.width(), area.height() - frame.height());
+    // One that is too large keeps its upper left corner visible.
+    frame.moveTopLeft({std::max(area.x(), std::min(frame.x(), last.x())),
+                       std::max(area.y(), std::min(frame.y(), last.y()))});
+    return frame;
 }
 
 QRect replaced(const QRect& placed, QSize size, const QRect& area) {

@@ -18,6 +18,9 @@ QPoint topLeftOf(platform::Point origin, QSize size);
 /// The main screen without panels, in Qt's coordinates; nothing without a screen.
 std::optional<QRect> mainScreenArea();
 
+/// `frame`, moved as little as it takes to lie in `area`.
+QRect within(const QRect& area, QRect frame);
+
 /// `placed` was where a frame of another size was meant to be. The place for one of `size` that
 /// keeps the distance to the edges of `area` to which `placed` is nearest, or its middle where
 /// `placed` was in the middle.
