@@ -1,14 +1,10 @@
-#include <systemd/sd-bus.h>
-
 #include <QApplication>
 #include <QLineEdit>
-#include <memory>
 #include <optional>
 #include <string>
 
 #include "platform/linux/system/QtUserInterface.h"
 #include "tests/conformance/SystemLinuxTest.h"
-#include "tests/conformance/SystemNotifierHost.h"
 #include "tests/conformance/SystemOtherProgram.h"
 #include "tests/conformance/SystemProcess.h"
 
@@ -91,74 +87,6 @@ TEST_F(SystemAlertTest, TheEditingShortcutsWorkInTheField) {
         "ctrl+x "
         "&& xdotool key ctrl+v && xdotool key Return");
     EXPECT_EQ(ask().fieldText, "stored keystored keystored key");
-}
-
-class SystemTrayTest : public SystemLinuxTest {
-  protected:
-    std::shared_ptr<platform::StatusItem> makeItem() {
-        auto item = userInterface.makeStatusItem();
-        item->button()->setImage(userInterface.systemSymbol("mic", "Tarvik Dictate"));
-        return item;
-    }
-
-    linuxdesktop::QtUserInterface userInterface{clock, log};
-};
-
-using SystemX11TrayTest = SystemTrayTest;
-
-TEST_F(SystemX11TrayTest, TheItemAppearsInATrayThatComesLater) {
-    const auto item = makeItem();
-    SystemOtherProgram tray;
-    // A main loop that has gone round knows that there is no tray yet.
-    bool isLater = false;
-    mainQueue.asyncAfter(Seconds(0.1), [&] { isLater = true; });
-    EXPECT_TRUE(runUntil([&] { return isLater; }));
-    tray.becomeTray();
-    EXPECT_TRUE(runUntil([&] { return tray.hasGuest(); }));
-}
-
-using SystemNotifierTrayTest = SystemTrayTest;
-
-std::string toolTipTitle(const std::string& owner) {
-    sd_bus* bus = nullptr;
-    sd_bus_message* reply = nullptr;
-    std::string title;
-    if (sd_bus_open_user(&bus) >= 0 &&
-        sd_bus_get_property(bus, owner.c_str(), "/StatusNotifierItem", "org.kde.StatusNotifierItem",
-                            "ToolTip", nullptr, &reply, "(sa(iiay)ss)") >= 0) {
-        const char* name = nullptr;
-        const char* text = nullptr;
-        sd_bus_message_enter_container(reply, 'r', "sa(iiay)ss");
-        sd_bus_message_read(reply, "s", &name);
-        sd_bus_message_skip(reply, "a(iiay)");
-        sd_bus_message_read(reply, "s", &text);
-        title = text != nullptr ? text : "";
-    }
-    sd_bus_message_unref(reply);
-    sd_bus_flush_close_unref(bus);
-    return title;
-}
-
-TEST_F(SystemNotifierTrayTest, TheItemAppearsInAPanelThatComesLaterAndTellsItsState) {
-    const auto item = makeItem();
-    bool isLater = false;
-    mainQueue.asyncAfter(Seconds(0.1), [&] { isLater = true; });
-    EXPECT_TRUE(runUntil([&] { return isLater; }));
-    const SystemNotifierHost panel;
-    EXPECT_TRUE(runUntil([&] { return !panel.item().empty(); }));
-    item->button()->setContentTintColor(platform::SystemColor::red);
-    std::string title;
-    std::thread asking;
-    EXPECT_TRUE(runUntil([&] {
-        std::atomic<bool> isAnswered = false;
-        asking = std::thread([&] {
-            title = toolTipTitle(panel.item());
-            isAnswered = true;
-        });
-        EXPECT_TRUE(runUntil([&] { return isAnswered.load(); }));
-        asking.join();
-        return title == "Tarvik Dictate – recording";
-    }));
 }
 
 }  // namespace

@@ -1,0 +1,136 @@
+#include <systemd/sd-bus.h>
+
+#include <atomic>
+#include <cstdlib>
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <thread>
+#include <utility>
+
+#include "platform/linux/system/QtUserInterface.h"
+#include "tests/conformance/SystemLinuxTest.h"
+#include "tests/conformance/SystemNotifierHost.h"
+#include "tests/conformance/SystemOtherProgram.h"
+
+namespace tarvik::conformance {
+
+namespace {
+
+class SystemTrayTest : public SystemLinuxTest {
+  protected:
+    std::shared_ptr<platform::StatusItem> makeItem() {
+        auto item = userInterface.makeStatusItem();
+        item->button()->setImage(userInterface.systemSymbol("mic", "Tarvik Dictate"));
+        return item;
+    }
+
+    // A main loop that has gone round knows.
+    void learnThatThereIsNoTray() {
+        bool isLater = false;
+        mainQueue.asyncAfter(Seconds(0.1), [&] { isLater = true; });
+        EXPECT_TRUE(runUntil([&] { return isLater; }));
+    }
+
+    linuxdesktop::QtUserInterface userInterface{clock, log};
+};
+
+constexpr std::string_view noTray = "TarvikDictate: no tray here — the setup window is the way in";
+
+using SystemX11TrayTest = SystemTrayTest;
+
+TEST_F(SystemX11TrayTest, TheItemAppearsInATrayThatComesLater) {
+    const auto item = makeItem();
+    SystemOtherProgram tray;
+    learnThatThereIsNoTray();
+    tray.becomeTray();
+    EXPECT_TRUE(runUntil([&] { return tray.hasGuest(); }));
+}
+
+TEST_F(SystemX11TrayTest, TheItemReturnsToATrayThatWasStartedAnew) {
+    const auto item = makeItem();
+    SystemOtherProgram tray;
+    tray.becomeTray();
+    EXPECT_TRUE(runUntil([&] { return tray.hasGuest(); }));
+    tray.leaveTray();
+    learnThatThereIsNoTray();
+    EXPECT_FALSE(tray.hasGuest());
+    tray.becomeTray();
+    EXPECT_TRUE(runUntil([&] { return tray.hasGuest(); }));
+    EXPECT_EQ(log.count(noTray), 0);
+}
+
+TEST_F(SystemX11TrayTest, WithoutASessionBusTheItemIsInTheTrayOfTheScreen) {
+    setenv("DBUS_SESSION_BUS_ADDRESS", "unix:path=/nowhere/bus", 1);
+    SystemOtherProgram tray;
+    tray.becomeTray();
+    const auto item = makeItem();
+    EXPECT_TRUE(runUntil([&] { return tray.hasGuest(); }));
+}
+
+TEST_F(SystemX11TrayTest, AMissingTrayIsLoggedOnceAndTheItemStillAppearsLater) {
+    const auto item = makeItem();
+    EXPECT_TRUE(runUntil([&] { return log.count(noTray) == 1; }));
+    SystemOtherProgram tray;
+    tray.becomeTray();
+    EXPECT_TRUE(runUntil([&] { return tray.hasGuest(); }));
+    EXPECT_EQ(log.count(noTray), 1);
+}
+
+using SystemNotifierTrayTest = SystemTrayTest;
+
+std::string toolTipTitle(const std::string& owner) {
+    sd_bus* bus = nullptr;
+    sd_bus_message* reply = nullptr;
+    std::string title;
+    if (sd_bus_open_user(&bus) >= 0 &&
+        sd_bus_get_property(bus, owner.c_str(), "/StatusNotifierItem", "org.kde.StatusNotifierItem",
+                            "ToolTip", nullptr, &reply, "(sa(iiay)ss)") >= 0) {
+        const char* name = nullptr;
+        const char* text = nullptr;
+        sd_bus_message_enter_container(reply, 'r', "sa(iiay)ss");
+        sd_bus_message_read(reply, "s", &name);
+        sd_bus_message_skip(reply, "a(iiay)");
+        sd_bus_message_read(reply, "s", &text);
+        title = text != nullptr ? text : "";
+    }
+    sd_bus_message_unref(reply);
+    sd_bus_flush_close_unref(bus);
+    return title;
+}
+
+TEST_F(SystemNotifierTrayTest, TheItemAppearsInAPanelThatComesLaterAndTellsItsState) {
+    const auto item = makeItem();
+    learnThatThereIsNoTray();
+    const SystemNotifierHost panel;
+    EXPECT_TRUE(runUntil([&] { return !panel.item().empty(); }));
+    item->button()->setContentTintColor(platform::SystemColor::red);
+    std::string title;
+    std::thread asking;
+    EXPECT_TRUE(runUntil([&] {
+        std::atomic<bool> isAnswered = false;
+        asking = std::thread([&] {
+            title = toolTipTitle(panel.item());
+            isAnswered = true;
+        });
+        EXPECT_TRUE(runUntil([&] { return isAnswered.load(); }));
+        asking.join();
+        return title == "Tarvik Dictate – recording";
+    }));
+}
+
+TEST_F(SystemNotifierTrayTest, TheItemReturnsToAPanelThatWasStartedAnew) {
+    const auto item = makeItem();
+    std::optional<SystemNotifierHost> panel(std::in_place);
+    EXPECT_TRUE(runUntil([&] { return !panel->item().empty(); }));
+    panel.reset();
+    learnThatThereIsNoTray();
+    panel.emplace();
+    EXPECT_TRUE(runUntil([&] { return !panel->item().empty(); }));
+    EXPECT_EQ(log.count(noTray), 0);
+}
+
+}  // namespace
+
+}  // namespace tarvik::conformance
