@@ -128,6 +128,24 @@ TEST_F(X11Delivery, FollowsTheFrontWindow) {
     EXPECT_TRUE(comesToFront(first));
 }
 
+// Its release will never be heard of, and the space bar would be taken for the hotkey for ever.
+TEST_F(X11Delivery, ForgetsThatAltIsHeldOnAKeyboardThatGoes) {
+    const X11Target target(X11Target::Kind::gtk3Text, mainQueue);
+    X11HotKeyRecorder recorder(input->eventManager());
+    ASSERT_EQ(recorder.add(hold, 1), platform::noErr);
+    pressHold();
+    ASSERT_TRUE(becomes(recorder, "P1"));
+    type("x", target.process());
+    ASSERT_TRUE(becomes(target, "x"));
+    user->release(X11User::spaceKey);
+    ASSERT_TRUE(becomes(recorder, "P1R1"));
+    user->unplug();
+    user->plugIn();
+    user->tap(X11User::spaceKey);
+    EXPECT_TRUE(becomes(target, "x "));
+    EXPECT_EQ(recorder.withoutRepeats(), "P1R1");
+}
+
 TEST_F(X11Delivery, RefusesEverythingWithoutAServer) {
     const std::string display = getenv("DISPLAY");
     setenv("DISPLAY", ":4711", 1);

@@ -131,6 +131,72 @@ TEST_P(X11HotKeys, WorkAfterTyping) {
     }
 }
 
+// Typing lifts Alt, and to the server it stays up however long the user holds it.
+TEST_P(X11HotKeys, WorkAgainWhileAltIsHeldOverTyping) {
+    addBoth();
+    const X11Target target(X11Target::Kind::gtk3Entry, mainQueue);
+    ASSERT_TRUE(comesToFront(target));
+    user->press(X11User::altKey);
+    std::string events;
+    std::string text;
+    for (const bool isTypedInTheHold : {true, false, true}) {
+        user->press(X11User::spaceKey);
+        events += "P1";
+        EXPECT_TRUE(becomes(recorder, events));
+        if (!isTypedInTheHold) {
+            user->release(X11User::spaceKey);
+            EXPECT_TRUE(becomes(recorder, events + "R1"));
+        }
+        type("A b", target.process());
+        text += "A b";
+        EXPECT_TRUE(becomes(target, text));
+        EXPECT_FALSE(user->isDown(X11User::altKey));
+        if (isTypedInTheHold) {
+            user->release(X11User::spaceKey);
+        }
+        events += "R1";
+        EXPECT_TRUE(becomes(recorder, events));
+    }
+    user->press(X11User::shiftKey);
+    user->tap(X11User::spaceKey);
+    user->release(X11User::shiftKey);
+    EXPECT_TRUE(becomes(recorder, events + "P2R2"));
+    user->press(X11User::spaceKey);
+    EXPECT_TRUE(becomes(recorder, events + "P2R2P1"));
+    user->release(X11User::altKey);
+    EXPECT_TRUE(becomes(recorder, events + "P2R2P1R1"));
+    user->release(X11User::spaceKey);
+    EXPECT_TRUE(becomes(target, text));
+}
+
+TEST_P(X11HotKeys, LeaveTheSpaceBarAloneAsSoonAsAltGoesUpAfterTyping) {
+    addBoth();
+    const X11Target target(X11Target::Kind::gtk3Entry, mainQueue);
+    ASSERT_TRUE(comesToFront(target));
+    std::string events;
+    std::string text;
+    for (int i = 0; i < 10; ++i) {
+        pressHold();
+        events += "P1";
+        ASSERT_TRUE(becomes(recorder, events));
+        type("x", target.process());
+        text += "x";
+        ASSERT_TRUE(becomes(target, text));
+        user->release(X11User::spaceKey);
+        // Nobody is fast enough to drop a grab in between.
+        user->release(X11User::altKey);
+        user->tap(X11User::spaceKey);
+        events += "R1";
+        text += " ";
+        ASSERT_TRUE(becomes(target, text));
+        ASSERT_TRUE(becomes(recorder, events));
+        user->tap(X11User::spaceKey);
+        text += " ";
+        ASSERT_TRUE(becomes(target, text));
+    }
+    EXPECT_EQ(recorder.withoutRepeats(), events);
+}
+
 TEST_P(X11HotKeys, AreFreeForOthersAfterUnregistering) {
     platform::EventHotKeyRef hotKey = nullptr;
     ASSERT_EQ(recorder.add(hold, 1, &hotKey), noErr);

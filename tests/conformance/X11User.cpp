@@ -104,6 +104,25 @@ void X11User::lock(std::uint8_t modifiers) {
     xcb_flush(connection_);
 }
 
+void X11User::unplug() {
+    const XcbReply<xcb_input_xi_query_device_reply_t> reply(xcb_input_xi_query_device_reply(
+        connection_, xcb_input_xi_query_device(connection_, device_), nullptr));
+    master_ = xcb_input_xi_query_device_infos_iterator(reply.get()).data->attachment;
+    changeHierarchy(XCB_INPUT_HIERARCHY_CHANGE_TYPE_DETACH_SLAVE, 0);
+}
+
+void X11User::plugIn() {
+    changeHierarchy(XCB_INPUT_HIERARCHY_CHANGE_TYPE_ATTACH_SLAVE, master_);
+}
+
+void X11User::changeHierarchy(std::uint16_t change, std::uint16_t master) {
+    constexpr std::uint16_t lengthInWords = 2;
+    const xcb_input_attach_slave_t request{change, lengthInWords, device_, master};
+    xcb_input_xi_change_hierarchy(connection_, 1,
+                                  reinterpret_cast<const xcb_input_hierarchy_change_t*>(&request));
+    isDown(spaceKey);
+}
+
 bool X11User::grabHotKey(std::uint8_t key, std::uint32_t modifiers) {
     const std::uint32_t events = XCB_INPUT_XI_EVENT_MASK_KEY_PRESS;
     const XcbReply<xcb_input_xi_passive_grab_device_reply_t> reply(

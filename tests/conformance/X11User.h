@@ -34,6 +34,10 @@ class X11User {
     /// Switches Caps Lock and Num Lock.
     void lock(std::uint8_t modifiers);
 
+    /// Takes the hardware away from the server's keyboard, and gives it back.
+    void unplug();
+    void plugIn();
+
     /// Grabs a key for this program as hotkeys are grabbed; false when another one has it.
     bool grabHotKey(std::uint8_t key, std::uint32_t modifiers);
     /// Grabs it as window managers do.
@@ -50,6 +54,7 @@ class X11User {
 
   private:
     void key(bool down, std::uint8_t code);
+    void changeHierarchy(std::uint16_t change, std::uint16_t master);
     linuxdesktop::XcbReply<xcb_get_keyboard_mapping_reply_t> map();
 
     xcb_connection_t* connection_;
@@ -57,6 +62,7 @@ class X11User {
     std::uint8_t pressType_;
     std::uint8_t releaseType_;
     std::uint8_t device_ = 0;
+    std::uint16_t master_ = 0;
     std::uint8_t xinputOpcode_ = 0;
     int grabbedPresses_ = 0;
 };

@@ -22,16 +22,6 @@ constexpr xcb_keycode_t usualSpaceKey = 65;
 // very Alt that the user presses for the hotkey, so each of these moments after it counts.
 constexpr std::array renewals{5ms, 20ms, 60ms, 200ms, 600ms};
 
-std::vector<std::uint32_t> variants(std::uint8_t modifiers, std::uint8_t locks) {
-    std::vector<std::uint32_t> all;
-    for (unsigned subset = locks;; subset = (subset - 1) & locks) {
-        all.push_back(modifiers | subset);
-        if (subset == 0) {
-            return all;
-        }
-    }
-}
-
 }  // namespace
 
 HotKeys::HotKeys(XcbConnection& connection, Keyboard& keyboard, InputLoop& loop, platform::Log& log,
@@ -40,6 +30,7 @@ HotKeys::HotKeys(XcbConnection& connection, Keyboard& keyboard, InputLoop& loop,
       keyboard_(keyboard),
       log_(log),
       listener_(std::move(listener)),
+      lifted_(connection, keyboard),
       renewal_(loop) {}
 
 HotKeys::~HotKeys() {
@@ -62,8 +53,8 @@ platform::OSStatus HotKeys::add(HotKeyNumber number, std::uint32_t keyCode,
     if (!wanted) {
         return platform::eventHotKeyInvalidErr;
     }
-    if (!grab(*wanted)) {
-        ungrab(*wanted);
+    if (!wanted->make(connection_)) {
+        wanted->drop(connection_);
         return connection_.isBroken() ? platform::eventInternalErr : platform::eventHotKeyExistsErr;
     }
     hotKeys_[number] = {modifiers, wanted};
@@ -78,17 +69,17 @@ void HotKeys::remove(HotKeyNumber number) {
         return;
     }
     if (found->second.grab) {
-        ungrab(*found->second.grab);
+        found->second.grab->drop(connection_);
     }
     hotKeys_.erase(found);
     if (hold_ && hold_->number == number) {
-        selectRawReleases(false);
         hold_.reset();
     }
+    followLifted();
 }
 
-std::optional<HotKeys::Grab> HotKeys::grabFor(std::uint32_t modifiers) const {
-    Grab grab;
+std::optional<KeyGrab> HotKeys::grabFor(std::uint32_t modifiers) const {
+    KeyGrab grab;
     const auto key = keyboard_.keyOfSymbol(XKB_KEY_space, usualSpaceKey);
     if (!key) {
         return std::nullopt;
@@ -108,66 +99,56 @@ std::optional<HotKeys::Grab> HotKeys::grabFor(std::uint32_t modifiers) const {
     return grab;
 }
 
-// Grabbing what we hold already puts us in front of everybody else who holds it.
-bool HotKeys::grab(const Grab& grab) {
-    constexpr std::uint32_t events =
-        XCB_INPUT_XI_EVENT_MASK_KEY_PRESS | XCB_INPUT_XI_EVENT_MASK_KEY_RELEASE;
-    const auto modifiers = variants(grab.modifiers, grab.locks);
-    const XcbReply<xcb_input_xi_passive_grab_device_reply_t> reply(
-        xcb_input_xi_passive_grab_device_reply(
-            connection_.get(),
-            xcb_input_xi_passive_grab_device(
-                connection_.get(), XCB_CURRENT_TIME, connection_.root(), XCB_NONE, grab.key,
-                XCB_INPUT_DEVICE_ALL_MASTER, static_cast<std::uint16_t>(modifiers.size()), 1,
-                XCB_INPUT_GRAB_TYPE_KEYCODE, XCB_INPUT_GRAB_MODE_22_ASYNC,
-                XCB_INPUT_GRAB_MODE_22_ASYNC, XCB_INPUT_GRAB_OWNER_NO_OWNER, &events,
-                modifiers.data()),
-            nullptr));
-    return reply && reply->num_modifiers == 0;
-}
-
-// Waits for the server, so that the combination is free for others afterwards.
-void HotKeys::ungrab(const Grab& grab) {
-    const auto modifiers = variants(grab.modifiers, grab.locks);
-    // A grab that the server has not does no harm.
-    const XcbReply<xcb_generic_error_t> ignored(xcb_request_check(
-        connection_.get(),
-        xcb_input_xi_passive_ungrab_device_checked(connection_.get(), connection_.root(), grab.key,
-                                                   XCB_INPUT_DEVICE_ALL_MASTER,
-                                                   static_cast<std::uint16_t>(modifiers.size()),
-                                                   XCB_INPUT_GRAB_TYPE_KEYCODE, modifiers.data())));
-}
-
 void HotKeys::handlePress(const xcb_input_key_press_event_t& event) {
     if (event.sourceid != event.deviceid) {
         keyboardInUse_ = event.sourceid;
     }
     if ((event.flags & XCB_INPUT_KEY_EVENT_FLAGS_KEY_REPEAT) != 0) {
         // A key that is still down after its combination has ended repeats as well.
-        if (hold_ && hold_->key == event.detail) {
+        const bool isHeld = hold_ && hold_->key == event.detail;
+        answerPress(connection_, isHeld ? PressAnswer::ours : PressAnswer::notOurs);
+        if (isHeld) {
             listener_(hold_->number, platform::eventHotKeyPressed);
         }
         return;
     }
-    for (const auto& [number, hotKey] : hotKeys_) {
-        const auto& grab = hotKey.grab;
-        if (grab && grab->key == event.detail &&
-            (event.mods.effective & ~std::uint32_t{grab->locks}) == grab->modifiers) {
-            endHold();
-            hold_ = Hold{number, grab->key, keyboard_.modifierKeys(grab->modifiers)};
-            listener_(number, platform::eventHotKeyPressed);
-            return;
+    const std::uint32_t seen = event.mods.effective;
+    for (const std::uint32_t held : {seen | lifted_.mask(), seen}) {
+        for (const auto& [number, hotKey] : hotKeys_) {
+            const auto& grab = hotKey.grab;
+            if (grab && grab->key == event.detail &&
+                (held & ~std::uint32_t{grab->locks}) == grab->modifiers) {
+                answerPress(connection_, PressAnswer::ours);
+                begin(number, *grab, event.full_sequence);
+                return;
+            }
         }
+    }
+    answerPress(connection_, PressAnswer::notOurs);
+}
+
+// The press may have come in while typing took the keyboard, and would have lost it already.
+void HotKeys::begin(HotKeyNumber number, const KeyGrab& grab, std::uint32_t sequence) {
+    endHold();
+    hold_ = Hold{number, grab.key, keyboard_.modifierKeys(grab.modifiers)};
+    hold_->hasLostKeyboard = static_cast<std::int32_t>(keyboardLost_ - sequence) > 0;
+    listener_(number, platform::eventHotKeyPressed);
+    if (hold_->hasLostKeyboard) {
+        selectRawReleases();
+        endIfReleased();
     }
 }
 
 void HotKeys::handleRelease(std::uint32_t keyCode, std::uint32_t sequence) {
     const auto key = static_cast<xcb_keycode_t>(keyCode);
-    if (ownReleases_.erase({key, sequence}) != 0 || !hold_) {
+    if (ownReleases_.erase({key, sequence}) != 0) {
         return;
     }
-    if (key == hold_->key ||
-        std::ranges::find(hold_->modifierKeys, key) != hold_->modifierKeys.end()) {
+    if (lifted_.remove(key)) {
+        followLifted();
+    }
+    if (hold_ && (key == hold_->key ||
+                  std::ranges::find(hold_->modifierKeys, key) != hold_->modifierKeys.end())) {
         endHold();
     }
 }
@@ -175,9 +156,8 @@ void HotKeys::handleRelease(std::uint32_t keyCode, std::uint32_t sequence) {
 void HotKeys::endHold() {
     if (hold_) {
         const HotKeyNumber number = hold_->number;
-        selectRawReleases(false);
         hold_.reset();
-        ownReleases_.clear();
+        selectRawReleases();
         listener_(number, platform::eventHotKeyReleased);
     }
 }
@@ -202,9 +182,9 @@ void HotKeys::renew() {
     for (auto& [number, hotKey] : hotKeys_) {
         const auto wanted = grabFor(hotKey.modifiers);
         if (hotKey.grab && hotKey.grab != wanted) {
-            ungrab(*hotKey.grab);
+            hotKey.grab->drop(connection_);
         }
-        const bool isGrabbed = wanted && grab(*wanted);
+        const bool isGrabbed = wanted && wanted->make(connection_);
         if (hotKey.grab && !isGrabbed) {
             log_.write("TarvikDictate: a hotkey is lost: " +
                        std::string(wanted ? "another program has taken it"
@@ -212,29 +192,63 @@ void HotKeys::renew() {
         }
         hotKey.grab = isGrabbed ? wanted : std::nullopt;
     }
+    followLifted();
     endIfReleased();
 }
 
-void HotKeys::loseKeyboard() {
-    if (hold_ && !hold_->hasLostKeyboard) {
-        selectRawReleases(true);
+void HotKeys::noticeLostKeyboard() {
+    lifted_.clear();
+    followLifted();
+}
+
+void HotKeys::beginTyping() {
+    isTyping_ = true;
+    followLifted();
+}
+
+void HotKeys::endTyping() {
+    isTyping_ = false;
+    followLifted();
+}
+
+void HotKeys::loseKeyboard(std::uint32_t sequence) {
+    keyboardLost_ = sequence;
+    if (hold_) {
         hold_->hasLostKeyboard = true;
     }
 }
 
-// Raw events tell of every key that anybody presses anywhere, so they are wanted in a hold only.
-void HotKeys::selectRawReleases(bool wanted) {
+void HotKeys::noticeLift(xcb_keycode_t key, std::uint32_t sequence) {
+    ownReleases_.insert({key, sequence});
+    lifted_.add(key);
+}
+
+void HotKeys::followLifted() {
+    std::vector<KeyGrab> grabs;
+    for (const auto& [number, hotKey] : hotKeys_) {
+        if (hotKey.grab && !isTyping_) {
+            grabs.push_back(*hotKey.grab);
+        }
+    }
+    lifted_.grabFor(grabs);
+    selectRawReleases();
+}
+
+// Raw events tell of every key that anybody presses anywhere, so they are wanted only as long as a
+// key may go up of which nothing else tells.
+void HotKeys::selectRawReleases() {
+    const bool wanted = isTyping_ || !lifted_.isEmpty() || (hold_ && hold_->hasLostKeyboard);
+    if (wanted == std::exchange(hearsRawReleases_, wanted)) {
+        return;
+    }
     struct {
         xcb_input_event_mask_t head;
         std::uint32_t events;
     } mask{{XCB_INPUT_DEVICE_ALL_MASTER, 1},
            wanted ? std::uint32_t{XCB_INPUT_XI_EVENT_MASK_RAW_KEY_RELEASE} : 0U};
     xcb_input_xi_select_events(connection_.get(), connection_.root(), 1, &mask.head);
-}
-
-void HotKeys::expectRelease(xcb_keycode_t key, std::uint32_t sequence) {
-    if (hold_) {
-        ownReleases_.insert({key, sequence});
+    if (!wanted) {
+        ownReleases_.clear();
     }
 }
 

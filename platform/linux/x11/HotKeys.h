@@ -16,7 +16,9 @@
 #include "platform/EventManager.h"
 #include "platform/Log.h"
 #include "platform/linux/x11/InputLoop.h"
+#include "platform/linux/x11/KeyGrab.h"
 #include "platform/linux/x11/Keyboard.h"
+#include "platform/linux/x11/LiftedModifiers.h"
 #include "platform/linux/x11/XcbConnection.h"
 
 namespace tarvik::linuxdesktop {
@@ -52,26 +54,27 @@ class HotKeys {
     /// The keyboard map or the window manager has changed: the keys may be others, and window
     /// managers that grab theirs after us would be served first.
     void noticeLaterGrabs();
+    /// A keyboard is gone, and with it the releases of its keys.
+    void noticeLostKeyboard();
 
-    /// Before typing takes the keyboard: the end of a hold will come as a raw event.
-    void loseKeyboard();
-    /// The release that request `sequence` makes is not the user's.
-    void expectRelease(xcb_keycode_t key, std::uint32_t sequence);
+    /// Before typing looks which keys are down: from here on every release is heard of, and until
+    /// endTyping() no typed key counts as a hotkey.
+    void beginTyping();
+    void endTyping();
+    /// Typing has taken the keyboard: the end of a hold will come as a raw event. `sequence` is
+    /// that of the request which took it.
+    void loseKeyboard(std::uint32_t sequence);
+    /// Request `sequence` has lifted a modifier that the user holds.
+    void noticeLift(xcb_keycode_t key, std::uint32_t sequence);
     /// Ends a hold whose key is up.
     void endIfReleased();
     /// The keyboard on which a hotkey was pressed last, as an XInput device; 0 when there is none.
     std::uint16_t keyboardInUse() const { return keyboardInUse_; }
 
   private:
-    struct Grab {
-        xcb_keycode_t key = 0;
-        std::uint8_t modifiers = 0;
-        std::uint8_t locks = 0;
-        bool operator==(const Grab&) const = default;
-    };
     struct HotKey {
         std::uint32_t modifiers = 0;
-        std::optional<Grab> grab;
+        std::optional<KeyGrab> grab;
     };
     struct Hold {
         HotKeyNumber number = 0;
@@ -80,13 +83,13 @@ class HotKeys {
         bool hasLostKeyboard = false;
     };
 
-    std::optional<Grab> grabFor(std::uint32_t modifiers) const;
-    bool grab(const Grab& grab);
-    void ungrab(const Grab& grab);
+    std::optional<KeyGrab> grabFor(std::uint32_t modifiers) const;
     void awaitRenewal(std::chrono::milliseconds passed);
     void renew();
     void endHold();
-    void selectRawReleases(bool wanted);
+    void begin(HotKeyNumber number, const KeyGrab& grab, std::uint32_t sequence);
+    void followLifted();
+    void selectRawReleases();
 
     XcbConnection& connection_;
     Keyboard& keyboard_;
@@ -94,6 +97,10 @@ class HotKeys {
     Listener listener_;
     std::map<HotKeyNumber, HotKey> hotKeys_;
     std::optional<Hold> hold_;
+    LiftedModifiers lifted_;
+    bool isTyping_ = false;
+    bool hearsRawReleases_ = false;
+    std::uint32_t keyboardLost_ = 0;
     std::uint16_t keyboardInUse_ = 0;
     std::set<std::pair<xcb_keycode_t, std::uint32_t>> ownReleases_;
     InputDeadline renewal_;

@@ -21,6 +21,14 @@ void watchKeyboardMap(XcbConnection& connection) {
                           parts, nullptr);
 }
 
+void watchKeyboards(XcbConnection& connection) {
+    const struct {
+        xcb_input_event_mask_t head;
+        std::uint32_t events;
+    } mask{{XCB_INPUT_DEVICE_ALL, 1}, XCB_INPUT_XI_EVENT_MASK_HIERARCHY};
+    xcb_input_xi_select_events(connection.get(), connection.root(), 1, &mask.head);
+}
+
 }  // namespace
 
 InputSession::InputSession(XcbConnection& connection, InputLoop& loop, platform::Log& log,
@@ -34,6 +42,7 @@ InputSession::InputSession(XcbConnection& connection, InputLoop& loop, platform:
       typist_(connection, keyboard_, front_, hotKeys_, loop, log) {
     connection.selectRootEvents(XCB_EVENT_MASK_PROPERTY_CHANGE);
     watchKeyboardMap(connection);
+    watchKeyboards(connection);
     // Every change from here on is announced.
     keyboard_.restore();
     keyboard_.reread();
@@ -100,6 +109,16 @@ void InputSession::handleXinput(const xcb_ge_generic_event_t& event) {
         case XCB_INPUT_RAW_KEY_RELEASE: {
             const auto& release = reinterpret_cast<const xcb_input_raw_key_release_event_t&>(event);
             hotKeys_.handleRelease(release.detail, release.full_sequence);
+            break;
+        }
+        case XCB_INPUT_HIERARCHY: {
+            constexpr std::uint32_t gone = XCB_INPUT_HIERARCHY_MASK_SLAVE_REMOVED |
+                                           XCB_INPUT_HIERARCHY_MASK_SLAVE_DETACHED |
+                                           XCB_INPUT_HIERARCHY_MASK_DEVICE_DISABLED;
+            const auto& change = reinterpret_cast<const xcb_input_hierarchy_event_t&>(event);
+            if ((change.flags & gone) != 0) {
+                hotKeys_.noticeLostKeyboard();
+            }
             break;
         }
         default:

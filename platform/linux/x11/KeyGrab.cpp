@@ -1,0 +1,66 @@
+#include "platform/linux/x11/KeyGrab.h"
+
+#include <xcb/xinput.h>
+
+#include <vector>
+
+namespace tarvik::linuxdesktop {
+
+namespace {
+
+std::vector<std::uint32_t> variantsOf(const KeyGrab& grab) {
+    std::vector<std::uint32_t> all;
+    for (unsigned subset = grab.locks;; subset = (subset - 1) & grab.locks) {
+        all.push_back(grab.modifiers | subset);
+        if (subset == 0) {
+            return all;
+        }
+    }
+}
+
+// Of a grab on all keyboards and pointers at once the pointers would stand still.
+std::uint16_t deviceOf(const KeyGrab& grab, const XcbConnection& connection) {
+    return grab.mode == KeyGrab::Mode::asks ? connection.keyboard()
+                                            : std::uint16_t{XCB_INPUT_DEVICE_ALL_MASTER};
+}
+
+}  // namespace
+
+bool KeyGrab::make(XcbConnection& connection) const {
+    // The server sends raw events either for the grab that is active or for a selection.
+    constexpr std::uint32_t events = XCB_INPUT_XI_EVENT_MASK_KEY_PRESS |
+                                     XCB_INPUT_XI_EVENT_MASK_KEY_RELEASE |
+                                     XCB_INPUT_XI_EVENT_MASK_RAW_KEY_RELEASE;
+    const auto variants = variantsOf(*this);
+    const XcbReply<xcb_input_xi_passive_grab_device_reply_t> reply(
+        xcb_input_xi_passive_grab_device_reply(
+            connection.get(),
+            xcb_input_xi_passive_grab_device(
+                connection.get(), XCB_CURRENT_TIME, connection.root(), XCB_NONE, key,
+                deviceOf(*this, connection), static_cast<std::uint16_t>(variants.size()), 1,
+                XCB_INPUT_GRAB_TYPE_KEYCODE,
+                mode == Mode::asks ? XCB_INPUT_GRAB_MODE_22_SYNC : XCB_INPUT_GRAB_MODE_22_ASYNC,
+                XCB_INPUT_GRAB_MODE_22_ASYNC, XCB_INPUT_GRAB_OWNER_NO_OWNER, &events,
+                variants.data()),
+            nullptr));
+    return reply && reply->num_modifiers == 0;
+}
+
+void KeyGrab::drop(XcbConnection& connection) const {
+    const auto variants = variantsOf(*this);
+    // A grab that the server has not does no harm.
+    const XcbReply<xcb_generic_error_t> ignored(xcb_request_check(
+        connection.get(), xcb_input_xi_passive_ungrab_device_checked(
+                              connection.get(), connection.root(), key, deviceOf(*this, connection),
+                              static_cast<std::uint16_t>(variants.size()),
+                              XCB_INPUT_GRAB_TYPE_KEYCODE, variants.data())));
+}
+
+void answerPress(XcbConnection& connection, PressAnswer answer) {
+    xcb_input_xi_allow_events(connection.get(), XCB_CURRENT_TIME, connection.keyboard(),
+                              answer == PressAnswer::ours ? XCB_INPUT_EVENT_MODE_ASYNC_DEVICE
+                                                          : XCB_INPUT_EVENT_MODE_REPLAY_DEVICE,
+                              0, XCB_NONE);
+}
+
+}  // namespace tarvik::linuxdesktop

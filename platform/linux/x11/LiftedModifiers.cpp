@@ -1,0 +1,43 @@
+#include "platform/linux/x11/LiftedModifiers.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace tarvik::linuxdesktop {
+
+std::uint8_t LiftedModifiers::mask() const {
+    constexpr unsigned modifierCount = 8;
+    unsigned mask = 0;
+    for (unsigned bit = 1; bit < 1U << modifierCount && !keys_.empty(); bit <<= 1) {
+        const bool isLifted =
+            std::ranges::any_of(keyboard_.modifierKeys(static_cast<std::uint8_t>(bit)),
+                                [this](xcb_keycode_t key) { return keys_.contains(key); });
+        mask |= isLifted ? bit : 0U;
+    }
+    return static_cast<std::uint8_t>(mask);
+}
+
+// The user may have let go and pressed the space bar for its own sake before the grabs are dropped,
+// so they ask. A combination that another program has stays that program's.
+void LiftedModifiers::grabFor(const std::vector<KeyGrab>& hotKeys) {
+    const std::uint8_t lifted = mask();
+    std::set<KeyGrab> wanted;
+    for (KeyGrab grab : hotKeys) {
+        if ((grab.modifiers & lifted) != 0) {
+            grab.mode = KeyGrab::Mode::asks;
+            grab.modifiers = static_cast<std::uint8_t>(grab.modifiers & ~lifted);
+            wanted.insert(grab);
+        }
+    }
+    for (const KeyGrab& grab : grabs_) {
+        if (!wanted.contains(grab)) {
+            grab.drop(connection_);
+        }
+    }
+    grabs_ = std::move(wanted);
+    for (const KeyGrab& grab : grabs_) {
+        grab.make(connection_);
+    }
+}
+
+}  // namespace tarvik::linuxdesktop
