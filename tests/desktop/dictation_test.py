@@ -4,7 +4,7 @@ import os
 import pathlib
 import unittest
 
-from application import Application, write_settings
+from application import VERSION, Application, write_settings
 from desktop import Desktop, wait_for
 from keyboard import Keyboard
 from local_service import LocalService
@@ -12,6 +12,7 @@ from microphone import Microphone
 from scripted_service import ScriptedService, make_certificate
 from target import TerminalTarget, WidgetTarget
 from tray import Tray
+from windows import wait_for_window
 
 BINARIES = pathlib.Path(os.environ.get(
     "TARVIK_BINARIES", pathlib.Path(__file__).parents[2] / "build/default/bin"))
@@ -41,9 +42,11 @@ class DictationTest(unittest.TestCase):
         self.addCleanup(lambda: self.assertEqual(service.close(), 0))
         return service
 
-    def start_application(self, service=None, settings=None, environment=None):
-        """The application with a key, dictating to `service`; it must end cleanly."""
-        values = {"deepgramApiKey": "a-key"}
+    def start_application(self, service=None, settings=None, environment=None,
+                          closes_setup=True):
+        """The application with a key, dictating to `service`; it must end cleanly. The setup window
+        that comes up by itself is closed unless the test wants it."""
+        values = {"deepgramApiKey": "a-key", "lastWelcomeShownForVersion": VERSION}
         variables = {}
         if service is not None:
             values["deepgramHost"] = service.host
@@ -51,6 +54,8 @@ class DictationTest(unittest.TestCase):
         self.settings_file = write_settings(self.desktop.environment, values | (settings or {}))
         application = Application(self.desktop, BINARIES, variables | (environment or {}))
         self.addCleanup(self.end_application, application)
+        if closes_setup:
+            wait_for_window(self.desktop).close()
         return application
 
     def end_application(self, application):

@@ -11,6 +11,7 @@ import unittest
 from dictation_test import DictationTest
 from desktop import wait_for
 from scripted_service import make_certificate, transcript
+from windows import wait_for_window
 
 DEFERRED = "audio.stop (session=1)"
 ERROR = "Deepgram error: "
@@ -31,12 +32,8 @@ class MissingParts(DictationTest):
         service = self.start_scripted_service()
         application = self.start_application(service, settings={"deepgramApiKey": ""})
         self.hold()
-        prompt = wait_for(
-            lambda: self.desktop.run(
-                ["xdotool", "search", "--onlyvisible", "--name", "^Tarvik Dictate$"], check=False
-            ).strip(), "the prompt")
+        wait_for_window(self.desktop)
         self.keyboard.release()
-        self.desktop.run(["xdotool", "windowactivate", "--sync", prompt])
         self.keyboard.type("typed-key")
         self.keyboard.press("Return")
         wait_for(lambda: "deepgramApiKey=typed-key" in self.settings_file.read_text(),
@@ -108,8 +105,8 @@ class MissingParts(DictationTest):
 
 class BadService(DictationTest):
     def begin(self, service):
-        self.target = self.start_target("gtk3")
         self.application = self.start_application(service)
+        self.target = self.start_target("gtk3")
         self.hold()
 
     def check_an_error_and_a_clean_stop(self, part=""):

@@ -60,8 +60,18 @@ class Tray:
             "ProtocolVersion": GLib.Variant("i", 0),
         }[name]
 
+    @property
+    def item(self):
+        """The bus name and the path of the icon that came last, as soon as there is one."""
+        return wait_for(lambda: self._items, "the status icon")[-1]
+
+    @property
+    def menu(self):
+        """The bus name and the path of the icon's menu."""
+        return self.item[0], self._property("Menu")
+
     def _property(self, name):
-        bus, path = wait_for(lambda: self._items, "the status icon")[-1]
+        bus, path = self.item
         return self._bus.call_sync(
             bus, path, "org.freedesktop.DBus.Properties", "Get",
             GLib.Variant("(ss)", (ITEM, name)), None, Gio.DBusCallFlags.NONE, 5000, None,
