@@ -163,6 +163,29 @@ TEST_F(SystemViewsTest, NothingOverlapsAndNoTextIsCutOffAtAnySize) {
     }
 }
 
+TEST_F(SystemViewsTest, AWindowGrowsWithItsContentUnlessTheUserHasResizedIt) {
+    for (const bool isResized : {false, true}) {
+        const auto text = userInterface.makeLabel({.text = "one line"});
+        const auto window = userInterface.makeWindow(
+            {.contentSize = {300, 40},
+             .styleMask = platform::titledWindow | platform::resizableWindow});
+        window->setContent(text, std::nullopt);
+        window->show();
+        QWidget& widget = dynamic_cast<linuxdesktop::QtWindow&>(*window).widget();
+        if (isResized) {
+            widget.resize(250, 50);
+        }
+        const int before = widget.height();
+        text->setText("1\n2\n3\n4\n5\n6\n7\n8");
+        if (isResized) {
+            QApplication::processEvents();
+            EXPECT_EQ(widget.height(), before);
+        } else {
+            EXPECT_TRUE(runUntil([&] { return widget.height() > before; }));
+        }
+    }
+}
+
 TEST_F(SystemViewsTest, TabReachesEveryControlInTheOrderOfTheEyeAndScrollsToIt) {
     SampleWindow sample(userInterface);
     sample.widget().resize(830, 555);

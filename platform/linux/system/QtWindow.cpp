@@ -50,6 +50,7 @@ QtWindow::QtWindow(platform::WindowDescription description) : description_(std::
     window_.setWindowTitle(QString::fromStdString(description_.title));
     window_.onClose = [this] { onClose(); };
     window_.onPlaced = [this] { correctPlace(); };
+    window_.onContentChanged = [this] { fitUnlessResized(); };
     applyBackground(std::nullopt);
     fit();
     center();
@@ -58,6 +59,7 @@ QtWindow::QtWindow(platform::WindowDescription description) : description_(std::
 QtWindow::~QtWindow() {
     window_.onClose = nullptr;
     window_.onPlaced = nullptr;
+    window_.onContentChanged = nullptr;
     window_.setContent(nullptr);
 }
 
@@ -83,15 +85,23 @@ void QtWindow::fit() {
     QSize minimum = pixelSize(description_.minimumSize.value_or(platform::Size{}))
                         .expandedTo(QSize(window_.neededWidth(), 0));
     if (const std::optional<QRect> area = mainScreenArea()) {
-        const QSize frame = window_.frame().size() - window_.geometry().size();
-        size = size.boundedTo(area->size() - frame);
-        minimum = minimum.boundedTo(area->size() - frame);
+        const QSize room = area->size() - margins();
+        size = size.boundedTo(room);
+        minimum = minimum.boundedTo(room);
     }
     if ((description_.styleMask & platform::resizableWindow) == 0) {
         window_.setFixedSize(size);
     } else {
         window_.setMinimumSize(minimum);
         window_.resize(size);
+    }
+    fitted_ = window_.size();
+}
+
+// A size that the user has chosen stays.
+void QtWindow::fitUnlessResized() {
+    if (window_.size() == fitted_) {
+        fit();
     }
 }
 
@@ -113,27 +123,31 @@ void QtWindow::center() {
     }
 }
 
+QSize QtWindow::margins() const {
+    return window_.frame().size() - window_.geometry().size();
+}
+
 void QtWindow::place(const QRect& frame) {
     const std::optional<QRect> area = mainScreenArea();
     // Qt too means the frame by the place of a window.
     window_.move(area ? within(*area, frame).topLeft() : frame.topLeft());
-    placed_ = frame;
+    placement_ = Placement{frame, margins()};
 }
 
 // Only a window manager knows its frames, and tells once the window is shown.
 void QtWindow::correctPlace() {
     const std::optional<QRect> area = mainScreenArea();
-    if (!placed_ || !area || !window_.isVisible()) {
+    if (!placement_ || !area || !window_.isVisible()) {
         return;
     }
-    const QSize size = window_.frame().size();
-    if (size != placed_->size()) {
-        const QRect meant = *std::exchange(placed_, std::nullopt);
-        fit();
+    if (margins() != placement_->margins) {
+        const QRect meant = std::exchange(placement_, std::nullopt)->frame;
+        // There may be less room for it than it seemed.
+        fitUnlessResized();
         window_.move(within(*area, replaced(meant, window_.frame().size(), *area)).topLeft());
     } else if (window_.isActiveWindow()) {
         // From now on it is the user who moves it.
-        placed_.reset();
+        placement_.reset();
     }
 }
 

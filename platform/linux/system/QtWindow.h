@@ -36,6 +36,8 @@ class QtWindow final : public platform::Window {
   private:
     void applyBackground(std::optional<platform::RgbColor> background);
     void fit();
+    void fitUnlessResized();
+    QSize margins() const;
     void place(const QRect& frame);
     void correctPlace();
     void onClose();
@@ -44,7 +46,14 @@ class QtWindow final : public platform::Window {
     std::shared_ptr<platform::View> root_;
     ScrolledWindow window_;
     /// Where the frame is meant to be, until the window manager has shown what its frame is like.
-    std::optional<QRect> placed_;
+    struct Placement {
+        QRect frame;
+        /// By how much the frame was taken to be larger than the window.
+        QSize margins;
+    };
+    std::optional<Placement> placement_;
+    /// The size that the content made it have.
+    QSize fitted_;
     bool isOpen_ = false;
 };
 

@@ -19,6 +19,8 @@ ScrolledWindow::ScrolledWindow() : area_(new QScrollArea(this)) {
     area_->setFocusPolicy(Qt::NoFocus);
     auto* layout = new QVBoxLayout(this);
     layout->setContentsMargins(0, 0, 0, 0);
+    // How small it can be is for the description to say.
+    layout->setSizeConstraint(QLayout::SetNoConstraint);
     layout->addWidget(area_);
     auto* shortcut = new QShortcut(QKeySequence(Qt::CTRL | Qt::Key_W), this);
     connect(shortcut, &QShortcut::activated, this, [this] { close(); });
@@ -30,10 +32,12 @@ ScrolledWindow::~ScrolledWindow() {
 
 void ScrolledWindow::setContent(QWidget* content) {
     if (QWidget* old = area_->takeWidget()) {
+        old->removeEventFilter(this);
         old->setParent(nullptr);
     }
     if (content != nullptr) {
         area_->setWidget(content);
+        content->installEventFilter(this);
         content->show();
     }
 }
@@ -59,6 +63,13 @@ int ScrolledWindow::neededWidth() const {
 QRect ScrolledWindow::frame() const {
     const QWindow* handle = windowHandle();
     return handle != nullptr ? geometry().marginsAdded(handle->frameMargins()) : geometry();
+}
+
+bool ScrolledWindow::eventFilter(QObject*, QEvent* event) {
+    if (event->type() == QEvent::LayoutRequest && onContentChanged) {
+        onContentChanged();
+    }
+    return false;
 }
 
 void ScrolledWindow::closeEvent(QCloseEvent* event) {

@@ -27,8 +27,11 @@ class ScrolledWindow final : public QWidget {
     std::function<void()> onClose;
     /// Called when its place or frame may have become known.
     std::function<void()> onPlaced;
+    /// Called when its content may need another size.
+    std::function<void()> onContentChanged;
 
   private:
+    bool eventFilter(QObject* object, QEvent* event) override;
     void closeEvent(QCloseEvent* event) override;
     void moveEvent(QMoveEvent* event) override;
     void changeEvent(QEvent* event) override;
