@@ -126,19 +126,20 @@ TEST_F(WakeTest, ABusThatComesBackIsJoinedAgain) {
     int wakings = 0;
     workspace->observeDidWake([&] { ++wakings; });
     announceUntil([&] { return wakings > 0; });
-    for (std::size_t loss = 1; loss <= 2; ++loss) {
+    std::size_t losses = 0;
+    // The first absence is longer than the attempts that need no sign of the bus.
+    for (const Seconds absence : {Seconds(4), Seconds(0)}) {
         loginManager.reset();
         systemBus.reset();
         std::filesystem::remove(socket);
-        EXPECT_TRUE(runUntil([&] { return log.lines().size() == loss; }));
-        // Longer than the attempts that need no sign of the bus.
-        EXPECT_TRUE(
-            runUntil([&, start = clock.now()] { return clock.now() - start > Seconds(4); }));
+        ++losses;
+        EXPECT_TRUE(runUntil([&] { return log.lines().size() == losses; }));
+        EXPECT_TRUE(runUntil([&, start = clock.now()] { return clock.now() - start >= absence; }));
         startBus();
         startLoginManager();
         const int before = wakings;
         announceUntil([&] { return wakings > before; });
-        EXPECT_EQ(log.lines().size(), loss);
+        EXPECT_EQ(log.lines().size(), losses);
     }
 }
 
