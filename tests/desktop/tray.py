@@ -63,7 +63,14 @@ class Tray:
     @property
     def item(self):
         """The bus name and the path of the icon that came last, as soon as there is one."""
-        return wait_for(lambda: self._items, "the status icon")[-1]
+        return wait_for(
+            lambda: [item for item in self._items if self._is_there(item[0])], "the status icon")[-1]
+
+    def _is_there(self, name):
+        return self._bus.call_sync(
+            "org.freedesktop.DBus", "/org/freedesktop/DBus", "org.freedesktop.DBus",
+            "NameHasOwner", GLib.Variant("(s)", (name,)), None, Gio.DBusCallFlags.NONE, 5000, None,
+        ).unpack()[0]
 
     @property
     def menu(self):
@@ -92,5 +99,7 @@ class Tray:
                  "the red icon" if recording else "the idle icon", deadline)
 
     def close(self):
-        self._bus.close_sync(None)
-        self._loop.quit()
+        """Takes the panel away; does nothing when it is gone already."""
+        if not self._bus.is_closed():
+            self._bus.close_sync(None)
+            self._loop.quit()

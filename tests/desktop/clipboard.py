@@ -1,0 +1,29 @@
+"""Another program that owns the clipboard."""
+
+import subprocess
+
+from desktop import wait_for
+
+
+class Clipboard:
+    """Holds the text until it is closed or somebody else takes the clipboard."""
+
+    def __init__(self, desktop, text):
+        self._desktop = desktop
+        self._process = desktop.spawn(
+            ["xclip", "-quiet", "-selection", "clipboard", "-in"], stdin=subprocess.PIPE)
+        self._process.stdin.write(text.encode())
+        self._process.stdin.close()
+        wait_for(lambda: self.content == text, "the text in the clipboard", needs=self._process)
+
+    @property
+    def content(self):
+        return self._desktop.run(["xclip", "-selection", "clipboard", "-out"], check=False)
+
+    @property
+    def is_owner(self):
+        """Whether nobody else has taken the clipboard; the program ends when that happens."""
+        return self._process.poll() is None
+
+    def close(self):
+        self._desktop.end(self._process)

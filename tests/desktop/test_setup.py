@@ -1,0 +1,319 @@
+#!/usr/bin/python3
+"""The setup window: what it tells, and that it follows what happens around it."""
+
+import pathlib
+import unittest
+
+from application import VERSION
+from bus import Bus
+from clipboard import Clipboard
+from desktop import wait_for
+from dictation_test import BINARIES, DictationTest
+from fake_program import FakeProgram
+from menu import Menu
+from running import end_instances, instances
+from setup_window import (GRANTED, NOT_GRANTED, NOT_SET, RESTART, SAVED, SetupWindow, click_at,
+                          colors_in)
+from windows import visible_windows
+
+KEY = "deepgramApiKey"
+MARGIN = 20
+SCREEN = (1280, 800)
+CHECKBOX = "Launch at login (recommended — keeps the menu-bar icon always available)"
+LABELS = [
+    "Tarvik Dictate",
+    "Version " + VERSION,
+    "Hold-to-talk dictation that pastes into any app. Three quick steps:",
+    "1.  Click Grant next to Microphone → click Allow on the system prompt.\n"
+    "2.  Click Grant next to Accessibility → click Open System Settings → toggle TarvikDictate ON "
+    "→ return here and click Restart.\n"
+    "3.  Get a free Deepgram API key at console.deepgram.com/signup, paste it below, click Save.\n"
+    "\n"
+    "Two ways to dictate from any text field on your Mac:\n"
+    "  •  HOLD  ⌥ Space (Option+Space)         for quick dictation — release to paste.\n"
+    "  •  TAP   ⌥ ⇧ Space (Option+Shift+Space) for long-form — tap again to stop and paste.\n"
+    "\n"
+    "Toggle-mode auto-stops after 30 seconds of silence OR 10 minutes total — whichever comes "
+    "first. Prevents forgotten sessions from quietly billing Deepgram (~$0.26/hr while open) and "
+    "dribbling stray transcripts into whatever app you wandered into. The mic icon going back to "
+    "grey is your cue.",
+    "Deepgram API key",
+    SAVED,
+    "Microphone",
+    GRANTED,
+    "Accessibility",
+    GRANTED,
+    "After granting Accessibility, restart the app — macOS only re-reads it at launch.",
+]
+
+
+def is_reddish(color):
+    red, green, blue = color
+    return red > green + 60 and red > blue + 60
+
+
+def is_greenish(color):
+    red, green, blue = color
+    return green > red + 60 and green > blue + 40
+
+
+class SetupTest(DictationTest):
+    def open_setup(self, settings=None, environment=None):
+        self.service = self.start_scripted_service()
+        self.application = self.start_application(
+            self.service, settings=settings, environment=environment, closes_setup=False)
+        self.setup = self.new_setup()
+
+    def new_setup(self):
+        setup = SetupWindow(self.desktop, self.keyboard)
+        self.addCleanup(setup.close)
+        return setup
+
+    def wait_for_stored(self, line):
+        wait_for(lambda: line in self.settings_file.read_text().splitlines(), f"the setting {line}")
+
+    def ask(self, *arguments):
+        self.desktop.run(
+            ["gdbus", "call", "--session", "--timeout", "5", "--dest", "com.tarvik.dictate",
+             "--object-path", "/com/tarvik/dictate", "--method",
+             "org.freedesktop.Application." + arguments[0], *arguments[1:]])
+
+
+class Content(SetupTest):
+    def test_all_its_texts_are_there_from_top_to_bottom(self):
+        self.open_setup()
+        self.assertEqual(self.setup.labels, LABELS)
+        self.assertEqual([part.name for part in self.setup.content.controls],
+                         ["Deepgram API key", "Save", "Grant", "Grant", CHECKBOX, RESTART])
+        self.assertEqual(self.setup.content.name, "Tarvik Dictate")
+
+    def test_it_keeps_its_distance_from_the_top_right_corner(self):
+        self.open_setup()
+        left, top, width, _ = self.setup.window.frame
+        self.assertEqual((SCREEN[0] - left - width, top), (MARGIN, MARGIN))
+
+    def test_it_keeps_its_distance_from_panels(self):
+        panel = self.start_terminal()
+        self.desktop.run(["xprop", "-id", panel.window, "-f", "_NET_WM_STRUT", "32c",
+                          "-set", "_NET_WM_STRUT", "0, 60, 40, 0"])
+        wait_for(lambda: "0, 40, 1220, 760" in self.desktop.run(["xprop", "-root", "_NET_WORKAREA"]),
+                 "the place that the panel has taken")
+        self.open_setup()
+        left, top, width, _ = self.setup.window.frame
+        self.assertEqual((1220 - left - width, top - 40), (MARGIN, MARGIN))
+
+    def test_it_floats_on_every_workspace(self):
+        self.open_setup()
+        self.assertIn("_NET_WM_STATE_ABOVE", self.setup.window.property("_NET_WM_STATE"))
+        self.assertEqual(self.setup.window.property("_NET_WM_DESKTOP"), "4294967295")
+
+    def test_it_never_gets_smaller_than_it_can_be_read(self):
+        self.open_setup()
+        self.desktop.run(["xdotool", "windowsize", self.setup.window.number, "300", "200"])
+        wait_for(lambda: self.setup.window.frame[2] < 900, "the smaller window")
+        _, _, width, height = self.setup.window.frame
+        self.assertGreaterEqual(width, 830)
+        self.assertGreaterEqual(height, 555)
+
+    def test_tab_reaches_every_control_in_the_order_of_the_eye(self):
+        self.open_setup()
+        controls = self.setup.content.controls
+        for control in controls:
+            self.assertTrue(control.name)
+            self.assertTrue(control.has("focusable"), control.name)
+        order = [self.next_focus(controls) for _ in controls]
+        middles = [(top + height // 2, left) for left, top, _, height
+                   in (control.extents for control in order)]
+        self.assertEqual(order[-1], controls[0])
+        self.assertEqual(middles[:-1], sorted(middles[:-1]))
+        self.assertEqual(len(set(middles)), len(controls))
+
+    def next_focus(self, controls):
+        """The control that Tab leads to."""
+        before = next(control for control in controls if control.has("focused"))
+        self.keyboard.press("Tab")
+        return wait_for(lambda: next((control for control in controls
+                                      if control != before and control.has("focused")), None),
+                        "the next control")
+
+    def test_it_is_a_window_to_a_screen_reader(self):
+        self.open_setup()
+        self.assertEqual(self.setup.content.role, "frame")
+
+    def test_closed_by_a_key_it_comes_back_from_the_menu(self):
+        self.open_setup()
+        self.setup.window.close()
+        self.assertIsNone(self.application.process.poll())
+        menu = Menu(self.desktop, *self.tray.menu)
+        self.addCleanup(menu.close)
+        menu.click("Setup…")
+        again = self.new_setup()
+        self.assertEqual(again.labels, LABELS)
+        left, top, width, _ = again.window.frame
+        self.assertEqual((SCREEN[0] - left - width, top), (MARGIN, MARGIN))
+
+    def test_it_comes_forward_when_the_application_is_asked(self):
+        self.open_setup()
+        for request in (["Activate", "{}"], ["ActivateAction", "setup", "[]", "{}"]):
+            self.start_target("gtk3")
+            self.assertFalse(self.setup.window.is_active)
+            self.ask(*request)
+            wait_for(lambda: self.setup.window.is_active, "the window in front again")
+            self.assertEqual(visible_windows(self.desktop), [self.setup.window.number])
+
+    def test_restart_starts_it_anew(self):
+        self.open_setup()
+        self.addCleanup(end_instances, self.desktop, BINARIES)
+        self.setup.click(self.setup.button(RESTART))
+        self.assertEqual(self.application.process.wait(10), 0)
+        (successor,) = wait_for(lambda: instances(self.desktop, BINARIES), "the new instance")
+        self.assertNotEqual(successor, self.application.pid)
+        self.assertEqual(self.new_setup().labels, LABELS)
+
+
+class Key(SetupTest):
+    def test_a_key_is_typed_and_saved_by_return(self):
+        self.open_setup(settings={KEY: ""})
+        self.setup.wait_for_key_status(NOT_SET)
+        self.setup.enter_key("new-key")
+        self.keyboard.press("Return")
+        self.wait_for_stored("deepgramApiKey=new-key")
+        self.setup.wait_for_key_status(SAVED)
+
+    def test_a_key_is_pasted_and_saved_by_the_button(self):
+        self.open_setup(settings={KEY: ""})
+        clipboard = Clipboard(self.desktop, "  pasted-key\n")
+        self.addCleanup(clipboard.close)
+        self.setup.enter_key("")
+        self.keyboard.press("ctrl+v")
+        self.setup.click(self.setup.button("Save"))
+        self.wait_for_stored("deepgramApiKey=pasted-key")
+        self.setup.wait_for_key_status(SAVED)
+        self.assertTrue(clipboard.is_owner)
+        self.setup.window.close()
+        self.hold()
+        self.assertEqual(self.service.stream().protocols.replace(" ", ""), "token,pasted-key")
+
+    def test_an_empty_key_is_taken_away(self):
+        self.open_setup()
+        self.setup.enter_key("   ")
+        self.setup.click(self.setup.button("Save"))
+        self.setup.wait_for_key_status(NOT_SET)
+        wait_for(lambda: KEY not in self.settings_file.read_text(), "the end of the stored key")
+
+    def test_the_key_is_not_shown(self):
+        self.open_setup()
+        self.assertNotIn("a-key", self.setup.key_field.text)
+
+    def test_a_key_saved_elsewhere_is_told(self):
+        self.open_setup(settings={KEY: ""})
+        self.setup.wait_for_key_status(NOT_SET)
+        self.hold()
+        self.keyboard.release()
+        prompt = wait_for(lambda: set(visible_windows(self.desktop))
+                          - {self.setup.window.number}, "the question for the key")
+        self.keyboard.type("other")
+        self.keyboard.press("Return")
+        wait_for(lambda: not prompt & set(visible_windows(self.desktop)), "the end of the question")
+        self.setup.wait_for_key_status(SAVED)
+
+
+class Permissions(SetupTest):
+    def tearDown(self):
+        self.set_accessibility(True)
+
+    def set_accessibility(self, enabled):
+        bus = Bus(self.desktop.environment["DBUS_SESSION_BUS_ADDRESS"])
+        bus.set("org.a11y.Bus", "/org/a11y/bus", "org.a11y.Status", "IsEnabled", "b", enabled)
+        bus.close()
+
+    def is_accessibility_on(self):
+        bus = Bus(self.desktop.environment["DBUS_SESSION_BUS_ADDRESS"])
+        try:
+            return bus.get("org.a11y.Bus", "/org/a11y/bus", "org.a11y.Status", "IsEnabled")
+        finally:
+            bus.close()
+
+    def test_a_microphone_that_goes_and_comes_is_told(self):
+        self.open_setup()
+        self.desktop.run(["pactl", "unload-module", "module-pipe-source"])
+        self.setup.wait_for_row("Microphone", NOT_GRANTED)
+        self.desktop.plug_microphone()
+        self.setup.wait_for_row("Microphone", GRANTED)
+
+    def test_a_sound_server_that_goes_and_comes_is_told(self):
+        self.open_setup()
+        self.microphone.pull_out()
+        self.desktop.end(self.desktop.sound_server)
+        self.setup.wait_for_row("Microphone", NOT_GRANTED)
+        self.desktop.start_sound_server()
+        self.microphone.plug_in()
+        self.setup.wait_for_row("Microphone", GRANTED, deadline=10)
+
+    def test_grant_opens_the_settings_of_the_sound(self):
+        mixer = FakeProgram(self.desktop, "pavucontrol")
+        self.open_setup(environment=mixer.environment)
+        self.setup.click(self.setup.row("Microphone")[2])
+        wait_for(lambda: mixer.calls == ["--tab=4"], "the settings of the sound")
+
+    def test_accessibility_that_is_switched_off_is_told_and_grant_switches_it_on(self):
+        opener = FakeProgram(self.desktop, "xdg-open")
+        self.open_setup(environment=opener.environment)
+        _, status, grant = self.setup.row("Accessibility")
+        # Nobody reads windows once it is off: the rest is what is seen on the screen.
+        status_place, grant_place = status.extents, grant.extents
+        self.assertTrue(any(map(is_greenish, colors_in(self.desktop, status_place))))
+        self.set_accessibility(False)
+        wait_for(lambda: any(map(is_reddish, colors_in(self.desktop, status_place))),
+                 "a red status", 3.0)
+        click_at(self.desktop, grant_place)
+        wait_for(self.is_accessibility_on, "accessibility switched on")
+        wait_for(lambda: any(map(is_greenish, colors_in(self.desktop, status_place))),
+                 "a green status", 3.0)
+        # The file manager shows where the application is.
+        wait_for(lambda: opener.calls == [BINARIES.resolve().as_uri()], "the application's folder")
+
+
+class LoginItem(SetupTest):
+    def setUp(self):
+        self.autostart = (pathlib.Path(self.desktop.environment["XDG_CONFIG_HOME"])
+                          / "autostart/com.tarvik.dictate.desktop")
+        self.autostart.unlink(missing_ok=True)
+        self.open_setup()
+        self.wait_for_checkbox(True)
+
+    def wait_for_checkbox(self, checked):
+        wait_for(lambda: self.setup.checkbox.has("checked") == checked,
+                 "a checked box" if checked else "an empty box", 3.0)
+
+    def test_a_first_launch_sets_it(self):
+        entry = self.autostart.read_text()
+        self.assertIn(f'Exec="{(BINARIES / "tarvik-dictate").resolve()}"', entry)
+
+    def test_it_is_switched_off_and_on(self):
+        self.setup.click(self.setup.checkbox)
+        wait_for(lambda: not self.autostart.exists(), "the end of the entry")
+        self.wait_for_checkbox(False)
+        self.setup.click(self.setup.checkbox)
+        wait_for(self.autostart.exists, "the entry")
+        self.wait_for_checkbox(True)
+
+    def test_an_entry_that_somebody_else_removes_is_told(self):
+        self.autostart.unlink()
+        self.wait_for_checkbox(False)
+
+    def test_it_snaps_back_where_nothing_can_be_written(self):
+        self.autostart.unlink()
+        self.wait_for_checkbox(False)
+        # Root may write anywhere, but not below a file.
+        folder = self.autostart.parent
+        folder.rmdir()
+        folder.write_text("in the way")
+        self.addCleanup(folder.unlink)
+        self.setup.click(self.setup.checkbox)
+        self.application.log.wait_for("LoginItem.setEnabled(true) failed: ")
+        self.wait_for_checkbox(False)
+
+
+if __name__ == "__main__":
+    unittest.main()
