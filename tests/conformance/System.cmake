@@ -12,6 +12,7 @@ add_executable(system-conformance
     SystemLoginItemTests.cpp
     SystemMainQueueConformance.cpp
     SystemNotifierHost.cpp
+    SystemPicturesTests.cpp
     SystemProcess.cpp
     SystemSampleWindow.cpp
     SystemSettingsFileTests.cpp

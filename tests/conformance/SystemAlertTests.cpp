@@ -7,6 +7,7 @@
 #include "tests/conformance/SystemLinuxTest.h"
 #include "tests/conformance/SystemOtherProgram.h"
 #include "tests/conformance/SystemProcess.h"
+#include "tests/conformance/SystemSampleWindow.h"
 
 namespace tarvik::conformance {
 
@@ -47,8 +48,9 @@ class SystemAlertTest : public SystemLinuxTest {
     /// Has the keys pressed, by somebody who sees nothing but the keyboard, once the alert has it.
     void pressWhenActive(const std::string& command) {
         mainQueue.asyncAfter(Seconds(0.01), [this, command] {
-            const QWidget* alert = QApplication::activeWindow();
-            if (alert == nullptr || program.activeWindow() != alert->winId()) {
+            const QWidget* alert = QApplication::activeModalWidget();
+            if (alert == nullptr || !alert->isActiveWindow() ||
+                program.activeWindow() != alert->winId()) {
                 pressWhenActive(command);
                 return;
             }
@@ -71,6 +73,18 @@ TEST_F(SystemAlertTest, TheAlertTakesTheKeyboardFromAnotherProgramWithItsTextSel
     EXPECT_EQ(selected, "stored key");
     EXPECT_EQ(answer.code, platform::alertFirstButtonReturn);
     EXPECT_EQ(answer.fieldText, "new");
+}
+
+TEST_F(SystemAlertTest, TheAlertStaysAboveAFloatingWindowThatIsClicked) {
+    SampleWindow sample(userInterface);
+    sample.window().center();
+    sample.window().orderFrontRegardless();
+    // Left of the alert, which is in the middle as well.
+    pressWhenActive("xdotool mousemove 200 400 click 1 && xdotool type n && xdotool key Return");
+    const platform::AlertAnswer answer = ask();
+    EXPECT_EQ(answer.code, platform::alertFirstButtonReturn);
+    EXPECT_EQ(answer.fieldText, "n");
+    EXPECT_TRUE(sample.window().isVisible());
 }
 
 TEST_F(SystemAlertTest, EscapeIsCancel) {

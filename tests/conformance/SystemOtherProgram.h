@@ -38,12 +38,11 @@ class SystemOtherProgram {
         return reply ? reply->focus : static_cast<xcb_window_t>(XCB_WINDOW_NONE);
     }
 
-    std::string activeTitle() const {
-        const linuxdesktop::X11Reply<xcb_get_property_reply_t> reply(
-            xcb_get_property_reply(connection_,
-                                   xcb_get_property(connection_, 0, activeWindow(),
-                                                    XCB_ATOM_WM_NAME, XCB_ATOM_STRING, 0, 1024),
-                                   nullptr));
+    std::string activeTitle() const { return text(activeWindow(), "WM_NAME"); }
+
+    /// A window's property as text; empty when it has no such property.
+    std::string text(xcb_window_t window, const char* name) const {
+        const auto reply = ask(window, name);
         if (!reply) {
             return {};
         }
@@ -53,11 +52,7 @@ class SystemOtherProgram {
 
     /// The 32-bit values of a window's property; none when it has no such property.
     std::vector<std::uint32_t> property(xcb_window_t window, const char* name) const {
-        const linuxdesktop::X11Reply<xcb_get_property_reply_t> reply(xcb_get_property_reply(
-            connection_,
-            xcb_get_property(connection_, 0, window, linuxdesktop::x11Atom(connection_, name),
-                             XCB_ATOM_ANY, 0, 1024),
-            nullptr));
+        const auto reply = ask(window, name);
         if (!reply || reply->format != 32) {
             return {};
         }
@@ -110,6 +105,15 @@ class SystemOtherProgram {
     }
 
   private:
+    linuxdesktop::X11Reply<xcb_get_property_reply_t> ask(xcb_window_t window,
+                                                         const char* name) const {
+        return linuxdesktop::X11Reply<xcb_get_property_reply_t>(xcb_get_property_reply(
+            connection_,
+            xcb_get_property(connection_, 0, window, linuxdesktop::x11Atom(connection_, name),
+                             XCB_ATOM_ANY, 0, 1024),
+            nullptr));
+    }
+
     xcb_connection_t* connection_;
     xcb_window_t root_ = XCB_WINDOW_NONE;
     xcb_window_t window_ = XCB_WINDOW_NONE;

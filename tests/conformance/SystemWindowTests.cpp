@@ -138,6 +138,25 @@ TEST_F(SystemX11WindowTest, AWindowThatCannotBeResizedSaysSo) {
     EXPECT_EQ(widget.size(), QSize(520, 360));
 }
 
+TEST_F(SystemX11WindowTest, ADarkWindowAsksForADarkTitleBar) {
+    for (const platform::RgbColor& background : {platform::black, platform::white}) {
+        const auto window = userInterface.makeWindow({.contentSize = {520, 360},
+                                                      .styleMask = platform::titledWindow,
+                                                      .titlebarAppearsTransparent = true,
+                                                      .isTitleHidden = true,
+                                                      .backgroundColor = background});
+        auto& widget = dynamic_cast<linuxdesktop::QtWindow&>(*window).widget();
+        window->show();
+        const bool isBlack = background == platform::black;
+        EXPECT_TRUE(runUntil([&] {
+            return program.text(static_cast<xcb_window_t>(widget.winId()), "_GTK_THEME_VARIANT") ==
+                   (isBlack ? "dark" : "");
+        }));
+        EXPECT_EQ(widget.palette().color(QPalette::Window),
+                  QColor(isBlack ? Qt::black : Qt::white));
+    }
+}
+
 TEST_F(SystemX11WindowTest, AWindowIsNeverLargerThanTheScreenAndScrolls) {
     const auto window = userInterface.makeWindow({.contentSize = {990, 635}, .styleMask = 15});
     std::string text;

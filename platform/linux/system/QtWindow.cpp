@@ -35,7 +35,8 @@ QSize pixelSize(const platform::Size& size) {
 // Keeps what a control of the window works with until the control has come back from its call.
 class Retired final : public QObject {
   public:
-    explicit Retired(std::shared_ptr<platform::View> view) : view_(std::move(view)) {
+    Retired(std::shared_ptr<platform::View> view, QObject& window)
+        : QObject(&window), view_(std::move(view)) {
         deleteLater();
     }
 
@@ -52,6 +53,11 @@ QtWindow::QtWindow(platform::WindowDescription description) : description_(std::
     window_.onPlaced = [this] { correctPlace(); };
     window_.onContentChanged = [this] { fitUnlessResized(); };
     applyBackground(std::nullopt);
+    // The nearest thing to a title bar through which the background shows.
+    if (description_.titlebarAppearsTransparent && description_.backgroundColor &&
+        qtColor(*description_.backgroundColor).lightnessF() < 0.5F) {
+        preferDarkFrame(window_);
+    }
     fit();
     center();
 }
@@ -66,7 +72,9 @@ QtWindow::~QtWindow() {
 void QtWindow::setContent(std::shared_ptr<platform::View> root,
                           std::optional<platform::RgbColor> background) {
     window_.setContent(&widgetOf(*root));
-    new Retired(std::exchange(root_, std::move(root)));
+    if (std::shared_ptr<platform::View> old = std::exchange(root_, std::move(root))) {
+        new Retired(std::move(old), window_);
+    }
     applyBackground(background);
     fit();
 }

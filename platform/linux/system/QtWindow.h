@@ -14,8 +14,8 @@ namespace tarvik::linuxdesktop {
 /// Its content has all the room it needs as long as the screen has it, and scrolls where a user
 /// makes the window smaller. It is put on the main screen as a whole, wherever its origin would be.
 /// Windows here stay when another application becomes active, whatever the description says: hiding
-/// has no counterpart on these desktops. The frame is the window manager's, so a transparent title
-/// bar is one without a title.
+/// has no counterpart on these desktops. The frame is the window manager's: a transparent title bar
+/// is at best as dark as the background, and a hidden title is the application's name.
 class QtWindow final : public platform::Window {
   public:
     explicit QtWindow(platform::WindowDescription description);

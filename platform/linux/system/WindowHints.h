@@ -8,4 +8,8 @@ namespace tarvik::linuxdesktop {
 /// desktop, where the desktop lets a program say so. Main thread; does not wait.
 void showOnAllDesktops(QWidget& window);
 
+/// Asks for a dark title bar, whatever the desktop's theme is, where the desktop lets a program
+/// ask. Main thread; does not wait.
+void preferDarkFrame(QWidget& window);
+
 }  // namespace tarvik::linuxdesktop
