@@ -17,8 +17,8 @@ class QtImage final : public platform::Image {
     /// `naturalSize` is in points.
     QtImage(QIcon picture, QSize naturalSize);
 
-    void setTemplate(bool isTemplate) override { isTemplate_ = isTemplate; }
-    bool isTemplate() const { return isTemplate_; }
+    /// A symbol without a tint is in the panel's colour in any case.
+    void setTemplate(bool) override {}
 
     /// A symbol is drawn in `color` or, without one, in the desktop's text colour.
     QIcon icon(const std::optional<QColor>& color) const;
@@ -31,7 +31,6 @@ class QtImage final : public platform::Image {
     std::string accessibilityDescription_;
     QIcon picture_;
     QSize naturalSize_;
-    bool isTemplate_ = false;
 };
 
 }  // namespace tarvik::linuxdesktop

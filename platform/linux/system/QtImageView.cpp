@@ -1,9 +1,7 @@
 #include "platform/linux/system/QtImageView.h"
 
 #include <QPainter>
-#include <algorithm>
 
-#include "platform/linux/system/Points.h"
 #include "platform/linux/system/ViewGeometry.h"
 
 namespace tarvik::linuxdesktop {
@@ -32,23 +30,6 @@ void QtImageView::paintEvent(QPaintEvent*) {
     QPainter painter(this);
     painter.setRenderHint(QPainter::SmoothPixmapTransform);
     painter.drawPixmap(place, image_->icon({}).pixmap(size, devicePixelRatioF()));
-}
-
-QtSeparator::QtSeparator() {
-    setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Fixed);
-    setFixedHeight(std::max(1, pixels(1)));
-}
-
-void QtSeparator::paintEvent(QPaintEvent*) {
-    constexpr float faint = 0.2F;
-    QColor color = palette().color(QPalette::WindowText);
-    color.setAlphaF(faint);
-    QPainter(this).fillRect(rect(), color);
-}
-
-QtSpacer::QtSpacer(const platform::ViewLayout& layout) {
-    setSizePolicy(QSizePolicy::Fixed, QSizePolicy::Fixed);
-    applyLayout(*this, layout);
 }
 
 }  // namespace tarvik::linuxdesktop

@@ -22,19 +22,4 @@ class QtImageView final : public QWidget, public platform::View {
     platform::ImageScaling scaling_;
 };
 
-/// A line across its place. Main thread only.
-class QtSeparator final : public QWidget, public platform::View {
-  public:
-    QtSeparator();
-
-  private:
-    void paintEvent(QPaintEvent* event) override;
-};
-
-/// Nothing, at the size that was asked for. Main thread only.
-class QtSpacer final : public QWidget, public platform::View {
-  public:
-    explicit QtSpacer(const platform::ViewLayout& layout);
-};
-
 }  // namespace tarvik::linuxdesktop

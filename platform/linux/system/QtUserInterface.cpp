@@ -8,6 +8,8 @@
 #include "platform/linux/system/QtImageView.h"
 #include "platform/linux/system/QtLabel.h"
 #include "platform/linux/system/QtMenu.h"
+#include "platform/linux/system/QtSeparator.h"
+#include "platform/linux/system/QtSpacer.h"
 #include "platform/linux/system/QtStack.h"
 #include "platform/linux/system/QtStatusItem.h"
 #include "platform/linux/system/QtTextField.h"

@@ -1,6 +1,5 @@
 #include "platform/linux/system/SymbolIcon.h"
 
-#include <QFile>
 #include <QFont>
 #include <QGuiApplication>
 #include <QIconEngine>
