@@ -20,6 +20,8 @@ constexpr auto settling = 20ms;
 // A program that does not tell has looked up its keys by then; one that tells may be busy.
 constexpr auto consumption = 200ms;
 constexpr auto longestConsumption = 1s;
+// Whoever waits for the end waits no longer than a second in all.
+constexpr auto lastConsumption = 700ms;
 // Keys may be needed again for the next piece of a dictation.
 constexpr auto lending = 700ms;
 constexpr int mostFailures = 12;
@@ -63,29 +65,42 @@ void Typist::type(TypedText text) {
     if (!isBusy_) {
         isBusy_ = true;
         restoreDeadline_.clear();
-        connection_.selectRootEvents(XCB_EVENT_MASK_PROPERTY_CHANGE |
-                                     XCB_EVENT_MASK_SUBSTRUCTURE_NOTIFY);
+        listen();
         beginNext();
     }
 }
 
 void Typist::whenIdle(std::function<void()> action) {
-    if (isBusy_) {
-        whenIdle_ = std::move(action);
-    } else {
-        action();
+    whenIdle_ = std::move(action);
+    if (!isBusy_) {
+        isBusy_ = true;
+        endTyping();
     }
 }
 
 void Typist::beginNext() {
-    if (!texts_.empty()) {
+    if (texts_.empty()) {
+        endTyping();
+    } else {
         position_ = 0;
         failures_ = 0;
         reachTarget();
+    }
+}
+
+// The keys that are lent yield nothing any more after the end.
+void Typist::endTyping() {
+    if (whenIdle_ && keyboard_.lendsKeys() && !isConsumed_) {
+        wait(
+            lastConsumption, [this] { return isConsumed_; },
+            [this](bool) {
+                setConsumed();
+                beginNext();
+            });
         return;
     }
     isBusy_ = false;
-    connection_.selectRootEvents(XCB_EVENT_MASK_PROPERTY_CHANGE);
+    listen();
     if (keyboard_.lendsKeys()) {
         restoreDeadline_.set(lending, [this] { keyboard_.restore(); });
     }
@@ -297,7 +312,16 @@ void Typist::noticeMessage(const xcb_client_message_event_t& message) {
 void Typist::setConsumed() {
     consumedDeadline_.clear();
     isConsumed_ = true;
+    listen();
     noticeChange();
+}
+
+// Answers to a ping come as messages on the root window.
+void Typist::listen() {
+    const bool awaitsAnswer = isBusy_ || !isConsumed_;
+    connection_.selectRootEvents(
+        XCB_EVENT_MASK_PROPERTY_CHANGE |
+        (awaitsAnswer ? std::uint32_t{XCB_EVENT_MASK_SUBSTRUCTURE_NOTIFY} : 0U));
 }
 
 }  // namespace tarvik::linuxdesktop

@@ -40,7 +40,8 @@ class Typist {
     Typist& operator=(const Typist&) = delete;
 
     void type(TypedText text);
-    /// Calls `action` as soon as everything has been typed; at once if it has.
+    /// Calls `action` as soon as everything has been typed and its readers have looked the keys up,
+    /// or have had the time to; at once if they have.
     void whenIdle(std::function<void()> action);
 
     /// Hears that something has changed that typing may be waiting for.
@@ -55,6 +56,7 @@ class Typist {
     };
 
     void beginNext();
+    void endTyping();
     void reachTarget();
     void bringToFront(xcb_window_t window);
     void planRound();
@@ -73,6 +75,7 @@ class Typist {
               std::function<void(bool)> next);
     void endWaiting(bool holds);
     void setConsumed();
+    void listen();
 
     XcbConnection& connection_;
     Keyboard& keyboard_;
