@@ -10,10 +10,12 @@ add_executable(x11-conformance
     X11MainQueue.cpp
     X11Process.cpp
     X11RealWorld.cpp
+    X11Server.cpp
     X11SimulatedWorld.cpp
     X11Target.cpp
     X11TypingTests.cpp
-    X11User.cpp)
+    X11User.cpp
+    X11WindowManager.cpp)
 target_link_libraries(x11-conformance PRIVATE
     tarvik_linux_x11 tarvik_simulated PkgConfig::XCB_INPUT GTest::gtest_main)
 target_compile_definitions(x11-conformance PRIVATE

@@ -13,7 +13,7 @@ class X11HotKeys : public X11InputFixture, public testing::TestWithParam<X11User
     X11HotKeys() {
         user.emplace(GetParam());
         user->tap(X11User::shiftKey);
-        mainQueue.runFor(250ms);
+        EXPECT_TRUE(waitForWindowManager(mainQueue));
     }
 
     X11HotKeyRecorder recorder{input->eventManager()};

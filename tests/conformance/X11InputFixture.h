@@ -14,6 +14,7 @@
 #include "tests/conformance/X11MainQueue.h"
 #include "tests/conformance/X11Target.h"
 #include "tests/conformance/X11User.h"
+#include "tests/conformance/X11WindowManager.h"
 
 namespace tarvik::conformance {
 
@@ -31,10 +32,10 @@ class X11InputFixture {
     static constexpr auto hold = X11HotKeyRecorder::hold;
     static constexpr auto toggle = X11HotKeyRecorder::toggle;
 
-    // A window manager may need that long to follow, and is overtaken then at the latest.
+    // Hotkeys that are grabbed afterwards come before the window manager's.
     X11InputFixture() {
         setLayout({"us"});
-        mainQueue.runFor(std::chrono::milliseconds(250));
+        EXPECT_TRUE(waitForWindowManager(mainQueue));
     }
     ~X11InputFixture() { setLayout({"us"}); }
 

@@ -5,6 +5,7 @@
 
 #include "platform/linux/x11/Keyboard.h"
 #include "tests/conformance/X11InputFixture.h"
+#include "tests/conformance/X11Server.h"
 
 namespace tarvik::conformance {
 
@@ -15,12 +16,12 @@ using linuxdesktop::XcbConnection;
 
 const std::set<char32_t> someCharacters{U'ą', U'日', U'😀'};
 
-// Of the layouts that a person switches between the server keeps all at once, as groups.
+// Of the layouts that a person switches between the server keeps all at once, as groups. The server
+// is one without a window manager, which needs a while to follow so many changes.
 class X11Keyboard : public testing::TestWithParam<std::vector<std::string>> {
   protected:
-    X11Keyboard() { X11InputFixture::setLayout({"us"}); }
-    ~X11Keyboard() override { X11InputFixture::setLayout({"us"}); }
-
+    X11MainQueue mainQueue;
+    X11Server server{mainQueue};
     X11Log log;
     X11User user;
     std::unique_ptr<XcbConnection> connection = XcbConnection::open(log);

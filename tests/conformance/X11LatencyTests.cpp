@@ -50,6 +50,39 @@ TEST_F(X11Latency, OfAPress) {
     record("pressToHandler", times);
 }
 
+// The window manager takes Alt+Space back when the layout changes, and the hotkey follows it.
+TEST_F(X11Latency, OfAHotKeyAfterASwitchOfTheLayout) {
+    constexpr int tries = 8;
+    X11HotKeyRecorder recorder(input->eventManager());
+    ASSERT_EQ(recorder.add(hold, 1), platform::noErr);
+    for (const auto pause : {0ms, 5ms, 20ms, 80ms}) {
+        int heard = 0;
+        for (int i = 0; i < tries; ++i) {
+            recorder.events.clear();
+            setLayout({i % 2 == 0 ? "de" : "us"});
+            mainQueue.runFor(pause);
+            pressHold();
+            releaseHold();
+            const bool isHeard =
+                mainQueue.runUntil([&] { return recorder.events == "P1R1"; }, 300ms);
+            heard += isHeard ? 1 : 0;
+            // Instead of that the window manager has shown its menu.
+            if (!isHeard) {
+                user->tap(X11User::escapeKey);
+            }
+        }
+        RecordProperty("heardAfterMs" + std::to_string(pause.count()), heard);
+        std::printf("%d ms after a switch: heard %d of %d\n", static_cast<int>(pause.count()),
+                    heard, tries);
+    }
+    EXPECT_TRUE(waitForWindowManager(mainQueue));
+    mainQueue.runFor(650ms);
+    recorder.events.clear();
+    pressHold();
+    releaseHold();
+    EXPECT_TRUE(becomes(recorder, "P1R1"));
+}
+
 TEST_F(X11Latency, OfSixtyCharacters) {
     const X11Target target(X11Target::Kind::gtk3Entry, mainQueue);
     std::string expected;

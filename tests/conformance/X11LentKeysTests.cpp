@@ -9,6 +9,7 @@
 
 #include "platform/linux/x11/Keyboard.h"
 #include "tests/conformance/X11InputFixture.h"
+#include "tests/conformance/X11Server.h"
 
 namespace tarvik::conformance {
 
@@ -30,10 +31,11 @@ struct Instance {
     Keyboard keyboard{*connection};
 };
 
+// On a server without a window manager, which needs a while to follow so many changes.
 class X11LentKeys : public testing::Test {
   protected:
-    X11LentKeys() { X11InputFixture::setLayout({"us"}); }
-
+    X11MainQueue mainQueue;
+    X11Server server{mainQueue};
     X11Log log;
     X11User user;
     const int spare = user.keysWithoutSymbol();
@@ -64,7 +66,6 @@ class X11LentKeys : public testing::Test {
 TEST_F(X11LentKeys, AreGivenBackByTheNextInstanceAfterAKill) {
     lendAndGetKilled();
     EXPECT_EQ(user.keysWithoutSymbol(), spare - 3);
-    X11MainQueue mainQueue;
     const auto next = linuxdesktop::X11Input::open(mainQueue, log);
     EXPECT_EQ(user.keysWithoutSymbol(), spare);
 }
@@ -87,7 +88,6 @@ TEST_F(X11LentKeys, AreGivenBackAfterManyKillsUnderAnyLayout) {
     EXPECT_EQ(user.keysWithoutSymbol(), spareHere - 3);
     const Instance next(log);
     EXPECT_EQ(user.keysWithoutSymbol(), spareHere);
-    X11InputFixture::setLayout({"us"});
 }
 
 TEST_F(X11LentKeys, AreLeftToAnInstanceThatLives) {
@@ -136,7 +136,6 @@ TEST_F(X11LentKeys, AreLeftAloneOnceAnotherProgramHasGivenThemAnotherSymbol) {
     const int spareHere = user.keysWithoutSymbol();
     const Instance next(log);
     EXPECT_EQ(user.keysWithoutSymbol(), spareHere);
-    X11InputFixture::setLayout({"us"});
 }
 
 }  // namespace

@@ -5,6 +5,7 @@
 #include "tests/conformance/X11MainQueue.h"
 #include "tests/conformance/X11Target.h"
 #include "tests/conformance/X11User.h"
+#include "tests/conformance/X11WindowManager.h"
 #include "tests/conformance/X11World.h"
 
 namespace tarvik::conformance {
@@ -15,6 +16,13 @@ using namespace std::chrono_literals;
 
 class RealX11World final : public X11World {
   public:
+    // The first key of another keyboard changes the map once, and the window manager takes its keys
+    // back.
+    RealX11World() {
+        user_.tap(X11User::shiftKey);
+        waitForWindowManager(mainQueue_);
+    }
+
     platform::EventManager& eventManager() override { return input_->eventManager(); }
     platform::KeyboardEvents& keyboardEvents() override { return input_->keyboardEvents(); }
 

@@ -18,8 +18,9 @@ using namespace std::chrono_literals;
 constexpr xcb_keycode_t usualSpaceKey = 65;
 
 // Of two grabs the newest is served. Window managers grab again within a few milliseconds after a
-// change of the map when they are idle; a busy one may take longer. The change may come with the
-// very Alt that the user presses for the hotkey, so each of these moments after it counts.
+// change of the map when they are idle; a busy one may take longer, and not every one tells when it
+// has. The change may come with the very Alt that the user presses for the hotkey, so each of these
+// moments after it counts.
 constexpr std::array renewals{5ms, 20ms, 60ms, 200ms, 600ms};
 
 }  // namespace
@@ -31,6 +32,7 @@ HotKeys::HotKeys(XcbConnection& connection, Keyboard& keyboard, InputLoop& loop,
       log_(log),
       listener_(std::move(listener)),
       lifted_(connection, keyboard),
+      managerEcho_(connection),
       renewal_(loop) {}
 
 HotKeys::~HotKeys() {
@@ -165,6 +167,13 @@ void HotKeys::endHold() {
 void HotKeys::noticeLaterGrabs() {
     renewalsDone_ = 0;
     awaitRenewal(0ms);
+    managerEcho_.ask();
+}
+
+void HotKeys::noticeProperty(const xcb_property_notify_event_t& event) {
+    if (managerEcho_.isAnswer(event)) {
+        renew();
+    }
 }
 
 void HotKeys::awaitRenewal(std::chrono::milliseconds passed) {

@@ -19,6 +19,7 @@
 #include "platform/linux/x11/KeyGrab.h"
 #include "platform/linux/x11/Keyboard.h"
 #include "platform/linux/x11/LiftedModifiers.h"
+#include "platform/linux/x11/ManagerEcho.h"
 #include "platform/linux/x11/XcbConnection.h"
 
 namespace tarvik::linuxdesktop {
@@ -54,6 +55,8 @@ class HotKeys {
     /// The keyboard map or the window manager has changed: the keys may be others, and window
     /// managers that grab theirs after us would be served first.
     void noticeLaterGrabs();
+    /// Hears of a changed property, which may tell that the window manager has grabbed its keys.
+    void noticeProperty(const xcb_property_notify_event_t& event);
     /// A keyboard is gone, and with it the releases of its keys.
     void noticeLostKeyboard();
 
@@ -103,6 +106,7 @@ class HotKeys {
     std::uint32_t keyboardLost_ = 0;
     std::uint16_t keyboardInUse_ = 0;
     std::set<std::pair<xcb_keycode_t, std::uint32_t>> ownReleases_;
+    ManagerEcho managerEcho_;
     InputDeadline renewal_;
     std::size_t renewalsDone_ = 0;
 };

@@ -78,6 +78,7 @@ void InputSession::handle(const xcb_generic_event_t& event) {
 }
 
 void InputSession::handleProperty(const xcb_property_notify_event_t& event) {
+    hotKeys_.noticeProperty(event);
     switch (front_.noticeProperty(event)) {
         case FrontWindow::Notice::otherManager:
             hotKeys_.noticeLaterGrabs();

@@ -1,0 +1,23 @@
+#pragma once
+
+#include <string>
+
+#include "tests/conformance/X11MainQueue.h"
+#include "tests/conformance/X11Process.h"
+
+namespace tarvik::conformance {
+
+/// An X server without a window manager. As long as it lives, connections are made to it.
+class X11Server {
+  public:
+    explicit X11Server(X11MainQueue& mainQueue);
+    ~X11Server();
+    X11Server(const X11Server&) = delete;
+    X11Server& operator=(const X11Server&) = delete;
+
+  private:
+    X11Process process_;
+    std::string earlierDisplay_;
+};
+
+}  // namespace tarvik::conformance

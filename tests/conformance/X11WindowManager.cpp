@@ -1,0 +1,27 @@
+#include "tests/conformance/X11WindowManager.h"
+
+#include "platform/linux/x11/ManagerEcho.h"
+#include "tests/conformance/X11Log.h"
+
+namespace tarvik::conformance {
+
+using linuxdesktop::XcbReply;
+
+bool waitForWindowManager(X11MainQueue& mainQueue) {
+    X11Log log;
+    const auto connection = linuxdesktop::XcbConnection::open(log);
+    linuxdesktop::ManagerEcho echo(*connection);
+    echo.ask();
+    xcb_flush(connection->get());
+    return mainQueue.runUntil([&] {
+        while (const XcbReply<xcb_generic_event_t> event{xcb_poll_for_event(connection->get())}) {
+            if (event->response_type == XCB_PROPERTY_NOTIFY &&
+                echo.isAnswer(reinterpret_cast<const xcb_property_notify_event_t&>(*event))) {
+                return true;
+            }
+        }
+        return false;
+    });
+}
+
+}  // namespace tarvik::conformance
