@@ -216,6 +216,35 @@ TEST_F(SystemViewsTest, ReturnAndSpacePressTheButtonThatHasTheFocus) {
     EXPECT_EQ(sample.saves, 2);
 }
 
+TEST_F(SystemViewsTest, EveryKindOfButtonShowsThatItHasTheFocusOnADarkGround) {
+    platform::ButtonDescription plain{.title = "Maybe later"};
+    platform::ButtonDescription link{.title = "Don't show again", .isBordered = false};
+    const auto primary = userInterface.makeButton({.title = "Visit"});
+    primary->setBezelColor(platform::RgbColor{0.133, 0.827, 0.933});
+    const std::vector<std::shared_ptr<platform::View>> buttons = {
+        primary, userInterface.makeButton(plain), userInterface.makeButton(link)};
+    const auto window = userInterface.makeWindow({.contentSize = {400, 200}});
+    window->setContent(userInterface.makeStack({.views = buttons}), platform::black);
+    window->show();
+    QApplication::setActiveWindow(&dynamic_cast<linuxdesktop::QtWindow&>(*window).widget());
+    for (const auto& button : buttons) {
+        auto& widget = dynamic_cast<QPushButton&>(*button);
+        widget.clearFocus();
+        const QImage before = widget.grab().toImage();
+        widget.setFocus(Qt::TabFocusReason);
+        ASSERT_TRUE(runUntil([&] { return widget.hasFocus(); }));
+        const QImage after = widget.grab().toImage();
+        int clear = 0;
+        for (int y = 0; y < after.height(); ++y) {
+            for (int x = 0; x < after.width(); ++x) {
+                const QColor pixel = after.pixelColor(x, y);
+                clear += pixel != before.pixelColor(x, y) && contrast(pixel, Qt::black) >= 4.5;
+            }
+        }
+        EXPECT_GT(clear, widget.width() / 2) << widget.text().toStdString();
+    }
+}
+
 TEST_F(SystemViewsTest, ALongKeyLeavesTheLayoutAsItWas) {
     SampleWindow sample(userInterface);
     std::map<QWidget*, QRect> before;

@@ -9,6 +9,18 @@
 
 namespace tarvik::linuxdesktop {
 
+namespace {
+
+double ringWidth() {
+    return pixels(2);
+}
+
+double radius() {
+    return pixels(5);
+}
+
+}  // namespace
+
 QtButton::QtButton(const platform::ButtonDescription& description)
     : title_(description.title),
       isLarge_(description.controlSize == platform::ControlSize::large),
@@ -47,29 +59,32 @@ QSize QtButton::sizeHint() const {
     return natural + (isLarge_ ? QSize(pixels(28), pixels(6)) : QSize(pixels(14), pixels(2)));
 }
 
+void QtButton::paintFocusRing(QPainter& painter) const {
+    const double half = ringWidth() / 2;
+    painter.setRenderHint(QPainter::Antialiasing);
+    painter.setBrush(Qt::NoBrush);
+    painter.setPen(QPen(palette().color(QPalette::WindowText), ringWidth()));
+    painter.drawRoundedRect(QRectF(rect()).adjusted(half, half, -half, -half), radius(), radius());
+}
+
 // Styles shade a coloured button in ways of their own; this is the very colour.
 void QtButton::paintBezel(QPainter& painter, const QColor& color) const {
     constexpr int hoverShade = 108;
     constexpr int pressShade = 118;
-    const QColor fill = isDown()       ? color.darker(pressShade)
-                        : underMouse() ? color.lighter(hoverShade)
-                                       : color;
-    const double ringWidth = pixels(2);
-    const double radius = pixels(5);
-    // The ring of the focus has a gap to the bezel, so it is seen whatever the two colours.
-    const QRectF bezel = QRectF(rect()).adjusted(ringWidth, ringWidth, -ringWidth, -ringWidth);
     painter.setRenderHint(QPainter::Antialiasing);
     painter.setPen(Qt::NoPen);
-    painter.setBrush(fill);
+    painter.setBrush(isDown()       ? color.darker(pressShade)
+                     : underMouse() ? color.lighter(hoverShade)
+                                    : color);
     if (!hasFocus()) {
-        painter.drawRoundedRect(rect(), radius, radius);
+        painter.drawRoundedRect(rect(), radius(), radius());
         return;
     }
-    painter.drawRoundedRect(bezel.adjusted(1, 1, -1, -1), radius - ringWidth, radius - ringWidth);
-    const double half = ringWidth / 2;
-    painter.setBrush(Qt::NoBrush);
-    painter.setPen(QPen(palette().color(QPalette::WindowText), ringWidth));
-    painter.drawRoundedRect(QRectF(rect()).adjusted(half, half, -half, -half), radius, radius);
+    // A gap to the ring, so that it is seen whatever the two colours are.
+    const double inset = ringWidth() + 1;
+    painter.drawRoundedRect(QRectF(rect()).adjusted(inset, inset, -inset, -inset),
+                            radius() - ringWidth(), radius() - ringWidth());
+    paintFocusRing(painter);
 }
 
 void QtButton::paintEvent(QPaintEvent*) {
@@ -91,6 +106,10 @@ void QtButton::paintEvent(QPaintEvent*) {
         painter.setFont(underlined);
     }
     painter.drawControl(QStyle::CE_PushButton, option);
+    // Where styles make theirs out of a darkened accent.
+    if (!isFlat() && hasFocus() && palette().color(QPalette::Window).lightnessF() < 0.5F) {
+        paintFocusRing(painter);
+    }
 }
 
 }  // namespace tarvik::linuxdesktop

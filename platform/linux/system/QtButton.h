@@ -23,6 +23,7 @@ class QtButton final : public QPushButton, public platform::Button {
 
   private:
     void paintEvent(QPaintEvent* event) override;
+    void paintFocusRing(QPainter& painter) const;
     void paintBezel(QPainter& painter, const QColor& color) const;
 
     std::string title_;
