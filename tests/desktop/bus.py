@@ -42,3 +42,8 @@ def asked(question):
         return question()
     except GLib.Error as error:
         raise NoAnswer(error.message) from None
+
+
+def boolean(value):
+    """A truth value for a list of values of any type."""
+    return GLib.Variant("b", value)

@@ -4,7 +4,7 @@ import re
 
 from desktop import wait_for
 
-TITLE = "^Tarvik Dictate$"
+CLASS = "^tarvik-dictate$"
 
 
 class Window:
@@ -54,9 +54,12 @@ def active_window(desktop):
 
 
 def visible_windows(desktop):
-    """The numbers of the application's windows."""
-    return desktop.run(
-        ["xdotool", "search", "--onlyvisible", "--name", TITLE], check=False).split()
+    """The numbers of the application's windows; a menu or an icon is none."""
+    managed = desktop.run(["xprop", "-root", "_NET_CLIENT_LIST"]).partition("#")[2]
+    numbers = {int(number, 16) for number in managed.replace(",", " ").split()}
+    return [number for number in desktop.run(
+        ["xdotool", "search", "--onlyvisible", "--classname", CLASS], check=False).split()
+        if int(number) in numbers]
 
 
 def wait_for_window(desktop, deadline=15.0, besides=()):

@@ -1,0 +1,50 @@
+"""A system bus of its own with the service that tells of sleep."""
+
+from bus import Bus, boolean
+from desktop import wait_for
+
+NAME, PATH, INTERFACE = ("org.freedesktop.login1", "/org/freedesktop/login1",
+                         "org.freedesktop.login1.Manager")
+CONFIG = """<!DOCTYPE busconfig PUBLIC "-//freedesktop//DTD D-Bus Bus Configuration 1.0//EN"
+ "http://www.freedesktop.org/standards/dbus/1.0/busconfig.dtd">
+<busconfig>
+  <type>system</type>
+  <listen>unix:path={socket}</listen>
+  <auth>EXTERNAL</auth>
+  <policy context="default">
+    <allow send_destination="*" eavesdrop="true"/>
+    <allow eavesdrop="true"/>
+    <allow own="*"/>
+  </policy>
+</busconfig>
+"""
+
+
+class Logind:
+    """Runs until the desktop ends; for whoever has `environment`."""
+
+    def __init__(self, desktop):
+        socket = desktop.folder / "runtime" / "system-bus"
+        config = desktop.folder / "system-bus.conf"
+        config.write_text(CONFIG.format(socket=socket))
+        bus = desktop.spawn(["dbus-daemon", f"--config-file={config}", "--nofork", "--nopidfile"])
+        wait_for(socket.exists, "the system bus", needs=bus)
+        self.environment = {"DBUS_SYSTEM_BUS_ADDRESS": f"unix:path={socket}"}
+        desktop.spawn(["/usr/bin/python3", "-m", "dbusmock", "--system", "--template", "logind"],
+                      env=desktop.environment | self.environment)
+        self._bus = Bus(self.environment["DBUS_SYSTEM_BUS_ADDRESS"])
+        wait_for(lambda: self._bus.call("org.freedesktop.DBus", "/org/freedesktop/DBus",
+                                        "org.freedesktop.DBus", "NameHasOwner", "(s)", NAME)[0],
+                 "the sleep service")
+
+    def _tell(self, is_going_to_sleep):
+        self._bus.call(NAME, PATH, "org.freedesktop.DBus.Mock", "EmitSignal", "(sssav)", INTERFACE,
+                       "PrepareForSleep", "b", [boolean(is_going_to_sleep)])
+
+    def sleep_and_wake(self):
+        """Tells that the machine goes to sleep, and that it has woken."""
+        self._tell(True)
+        self._tell(False)
+
+    def close(self):
+        self._bus.close()
