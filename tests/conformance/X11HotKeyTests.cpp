@@ -85,8 +85,10 @@ TEST_P(X11HotKeys, ComeBeforeAWindowManagerThatGrabsAgain) {
     std::string expected;
     for (const std::string layout : {"de", "us", "fr"}) {
         setLayout({layout});
+        EXPECT_TRUE(waitForWindowManager(mainQueue));
         manager.grabAsManager(X11User::spaceKey, XCB_MOD_MASK_1);
-        mainQueue.runFor(260ms);
+        // This one does not tell when it has grabbed, and is overtaken by then at the latest.
+        mainQueue.runFor(650ms);
         pressHold();
         releaseHold();
         expected += "P1R1";

@@ -1,5 +1,7 @@
 #include "tests/conformance/X11WindowManager.h"
 
+#include <chrono>
+
 #include "platform/linux/x11/ManagerEcho.h"
 #include "tests/conformance/X11Log.h"
 
@@ -11,9 +13,7 @@ bool waitForWindowManager(X11MainQueue& mainQueue) {
     X11Log log;
     const auto connection = linuxdesktop::XcbConnection::open(log);
     linuxdesktop::ManagerEcho echo(*connection);
-    echo.ask();
-    xcb_flush(connection->get());
-    return mainQueue.runUntil([&] {
+    const auto isAnswered = [&] {
         while (const XcbReply<xcb_generic_event_t> event{xcb_poll_for_event(connection->get())}) {
             if (event->response_type == XCB_PROPERTY_NOTIFY &&
                 echo.isAnswer(reinterpret_cast<const xcb_property_notify_event_t&>(*event))) {
@@ -21,7 +21,16 @@ bool waitForWindowManager(X11MainQueue& mainQueue) {
             }
         }
         return false;
-    });
+    };
+    // One that has only just started may miss a question.
+    for (int question = 0; question < 20; ++question) {
+        echo.ask();
+        xcb_flush(connection->get());
+        if (mainQueue.runUntil(isAnswered, std::chrono::milliseconds(500))) {
+            return true;
+        }
+    }
+    return false;
 }
 
 }  // namespace tarvik::conformance

@@ -121,24 +121,14 @@ void HotKeys::handlePress(const xcb_input_key_press_event_t& event) {
             if (grab && grab->key == event.detail &&
                 (held & ~std::uint32_t{grab->locks}) == grab->modifiers) {
                 answerPress(connection_, PressAnswer::ours);
-                begin(number, *grab, event.full_sequence);
+                endHold();
+                hold_ = Hold{number, grab->key, keyboard_.modifierKeys(grab->modifiers)};
+                listener_(number, platform::eventHotKeyPressed);
                 return;
             }
         }
     }
     answerPress(connection_, PressAnswer::notOurs);
-}
-
-// The press may have come in while typing took the keyboard, and would have lost it already.
-void HotKeys::begin(HotKeyNumber number, const KeyGrab& grab, std::uint32_t sequence) {
-    endHold();
-    hold_ = Hold{number, grab.key, keyboard_.modifierKeys(grab.modifiers)};
-    hold_->hasLostKeyboard = static_cast<std::int32_t>(keyboardLost_ - sequence) > 0;
-    listener_(number, platform::eventHotKeyPressed);
-    if (hold_->hasLostKeyboard) {
-        selectRawReleases();
-        endIfReleased();
-    }
 }
 
 void HotKeys::handleRelease(std::uint32_t keyCode, std::uint32_t sequence) {
@@ -220,8 +210,7 @@ void HotKeys::endTyping() {
     followLifted();
 }
 
-void HotKeys::loseKeyboard(std::uint32_t sequence) {
-    keyboardLost_ = sequence;
+void HotKeys::loseKeyboard() {
     if (hold_) {
         hold_->hasLostKeyboard = true;
     }

@@ -64,9 +64,8 @@ class HotKeys {
     /// endTyping() no typed key counts as a hotkey.
     void beginTyping();
     void endTyping();
-    /// Typing has taken the keyboard: the end of a hold will come as a raw event. `sequence` is
-    /// that of the request which took it.
-    void loseKeyboard(std::uint32_t sequence);
+    /// Typing has taken the keyboard: the end of a hold will come as a raw event.
+    void loseKeyboard();
     /// Request `sequence` has lifted a modifier that the user holds.
     void noticeLift(xcb_keycode_t key, std::uint32_t sequence);
     /// Ends a hold whose key is up.
@@ -90,7 +89,6 @@ class HotKeys {
     void awaitRenewal(std::chrono::milliseconds passed);
     void renew();
     void endHold();
-    void begin(HotKeyNumber number, const KeyGrab& grab, std::uint32_t sequence);
     void followLifted();
     void selectRawReleases();
 
@@ -103,7 +101,6 @@ class HotKeys {
     LiftedModifiers lifted_;
     bool isTyping_ = false;
     bool hearsRawReleases_ = false;
-    std::uint32_t keyboardLost_ = 0;
     std::uint16_t keyboardInUse_ = 0;
     std::set<std::pair<xcb_keycode_t, std::uint32_t>> ownReleases_;
     ManagerEcho managerEcho_;

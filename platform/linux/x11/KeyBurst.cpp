@@ -73,23 +73,21 @@ KeyBurst::Outcome KeyBurst::typeUndisturbed(std::u32string_view characters,
 // that a held hotkey has made, which only a grab of the same kind can.
 bool KeyBurst::takeKeyboard() {
     constexpr std::uint32_t events = XCB_INPUT_XI_EVENT_MASK_RAW_KEY_RELEASE;
-    const auto cookie = xcb_input_xi_grab_device(
-        connection_.get(), connection_.root(), XCB_CURRENT_TIME, XCB_NONE, connection_.keyboard(),
-        XCB_INPUT_GRAB_MODE_22_ASYNC, XCB_INPUT_GRAB_MODE_22_ASYNC, XCB_INPUT_GRAB_OWNER_NO_OWNER,
-        1, &events);
-    const XcbReply<xcb_input_xi_grab_device_reply_t> reply(
-        xcb_input_xi_grab_device_reply(connection_.get(), cookie, nullptr));
-    if (!reply || reply->status != XCB_GRAB_STATUS_SUCCESS) {
-        return false;
-    }
-    hotKeys_.loseKeyboard(cookie.sequence);
-    return true;
+    const XcbReply<xcb_input_xi_grab_device_reply_t> reply(xcb_input_xi_grab_device_reply(
+        connection_.get(),
+        xcb_input_xi_grab_device(connection_.get(), connection_.root(), XCB_CURRENT_TIME, XCB_NONE,
+                                 connection_.keyboard(), XCB_INPUT_GRAB_MODE_22_ASYNC,
+                                 XCB_INPUT_GRAB_MODE_22_ASYNC, XCB_INPUT_GRAB_OWNER_NO_OWNER, 1,
+                                 &events),
+        nullptr));
+    return reply && reply->status == XCB_GRAB_STATUS_SUCCESS;
 }
 
 // Modifiers are lifted while the keyboard is still ours: the hotkey cannot fire again after that,
 // and no program takes a lifted Alt for the user's wish to see its menu. They are never pressed
 // again, since the user may have let go by then.
 void KeyBurst::press(std::span<const xcb_keycode_t> keys, const KeyboardState& state) {
+    hotKeys_.loseKeyboard();
     chooseDevice();
     for (const xcb_keycode_t key : keyboard_.modifierKeys(everyModifier)) {
         if (state.down[key]) {

@@ -1,0 +1,72 @@
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <memory>
+#include <string>
+
+#include "platform/linux/x11/InputSession.h"
+#include "tests/conformance/X11Log.h"
+#include "tests/conformance/X11Server.h"
+#include "tests/conformance/X11User.h"
+
+namespace tarvik::conformance {
+
+namespace {
+
+using linuxdesktop::HotKeyNumber;
+
+// The session without its thread, so that a test says when it hears of what has happened.
+class X11InputSession : public testing::Test {
+  protected:
+    X11MainQueue mainQueue;
+    X11Server server{mainQueue};
+    X11Log log;
+    X11User user;
+    std::unique_ptr<linuxdesktop::XcbConnection> connection =
+        linuxdesktop::XcbConnection::open(log);
+    linuxdesktop::InputLoop loop;
+    std::atomic<platform::ProcessIdentifier> frontProcess = 0;
+    std::string events;
+    linuxdesktop::InputSession session{*connection, loop, log,
+                                       [this](HotKeyNumber, std::uint32_t kind) {
+                                           events +=
+                                               kind == platform::eventHotKeyPressed ? "P" : "R";
+                                       },
+                                       frontProcess};
+
+    // Everything that the server has sent by now has arrived after the answer.
+    void hear() {
+        connection->synchronise();
+        session.drain();
+    }
+};
+
+TEST_F(X11InputSession, EndsAHoldWhosePressWasUnheardWhenTypingTookTheKeyboard) {
+    for (const auto first : {X11User::spaceKey, X11User::altKey}) {
+        events.clear();
+        ASSERT_EQ(session.hotKeys().add(1, platform::spaceKeyCode, platform::optionKeyMask),
+                  platform::noErr);
+        hear();
+        user.press(X11User::altKey);
+        user.press(X11User::spaceKey);
+        EXPECT_TRUE(user.isDown(X11User::spaceKey));
+        session.typist().type({std::nullopt, U"x"});
+        EXPECT_FALSE(user.isDown(X11User::altKey));
+        hear();
+        EXPECT_EQ(events, "P");
+        user.release(first);
+        user.isDown(first);
+        hear();
+        EXPECT_EQ(events, "PR");
+        user.release(X11User::spaceKey);
+        user.release(X11User::altKey);
+        user.isDown(first);
+        hear();
+        EXPECT_EQ(events, "PR");
+        session.hotKeys().remove(1);
+    }
+}
+
+}  // namespace
+
+}  // namespace tarvik::conformance
