@@ -1,0 +1,28 @@
+#pragma once
+
+#include "platform/EventManager.h"
+
+namespace tarvik::macdesktop {
+
+/// Carbon's event manager. The handles are Carbon's own but for that of a handler, which also keeps
+/// the handler and its user data until it is removed.
+class CarbonEventManager final : public platform::EventManager {
+  public:
+    platform::EventTarget* applicationEventTarget() override;
+    platform::OSStatus installEventHandler(platform::EventTarget* target,
+                                           platform::EventHandlerProc handler,
+                                           std::span<const platform::EventTypeSpec> types,
+                                           void* userData,
+                                           platform::EventHandlerRef* outRef) override;
+    platform::OSStatus removeEventHandler(platform::EventHandlerRef handler) override;
+    platform::OSStatus registerEventHotKey(std::uint32_t keyCode, std::uint32_t modifiers,
+                                           platform::EventHotKeyID id,
+                                           platform::EventTarget* target, std::uint32_t options,
+                                           platform::EventHotKeyRef* outRef) override;
+    platform::OSStatus unregisterEventHotKey(platform::EventHotKeyRef hotKey) override;
+    std::uint32_t eventKind(platform::Event* event) override;
+    platform::OSStatus eventParameter(platform::Event* event, std::uint32_t name,
+                                      std::uint32_t type, platform::EventHotKeyID* outId) override;
+};
+
+}  // namespace tarvik::macdesktop

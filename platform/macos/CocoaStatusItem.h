@@ -1,0 +1,30 @@
+#pragma once
+
+#import <AppKit/AppKit.h>
+
+#include "platform/StatusItem.h"
+
+namespace tarvik::macdesktop {
+
+/// The status item as an NSStatusItem of the system's bar. Main thread only.
+class CocoaStatusItem final : public platform::StatusItem, public platform::StatusButton {
+  public:
+    CocoaStatusItem();
+    ~CocoaStatusItem() override;
+    CocoaStatusItem(const CocoaStatusItem&) = delete;
+    CocoaStatusItem& operator=(const CocoaStatusItem&) = delete;
+
+    platform::StatusButton* button() override;
+    void setMenu(std::shared_ptr<platform::Menu> menu) override;
+
+    void setImage(std::shared_ptr<platform::Image> image) override;
+    void setContentTintColor(std::optional<platform::SystemColor> color) override;
+    void setTitle(const std::string& title) override;
+
+  private:
+    NSStatusItem* item_;
+    /// Holds what the NSMenu itself does not: its delegate and its targets.
+    std::shared_ptr<platform::Menu> menu_;
+};
+
+}  // namespace tarvik::macdesktop

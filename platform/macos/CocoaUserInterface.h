@@ -1,0 +1,39 @@
+#pragma once
+
+#include "platform/UserInterface.h"
+
+namespace tarvik::macdesktop {
+
+/// The user interface in AppKit. Needs the process's NSApplication. Main thread only.
+class CocoaUserInterface final : public platform::UserInterface {
+  public:
+    std::shared_ptr<platform::StatusItem> makeStatusItem() override;
+    std::shared_ptr<platform::Menu> makeMenu() override;
+    void installMainMenu(const std::string& title,
+                         const std::vector<platform::EditMenuItem>& items) override;
+    std::shared_ptr<platform::Image> systemSymbol(
+        const std::string& name, const std::string& accessibilityDescription) override;
+    std::shared_ptr<platform::Image> imageNamed(const std::string& name) override;
+    std::shared_ptr<platform::Image> applicationIconImage() override;
+    std::shared_ptr<platform::Image> genericApplicationIcon() override;
+    platform::AlertAnswer runModal(const platform::Alert& alert) override;
+    std::shared_ptr<platform::Label> makeLabel(
+        const platform::LabelDescription& description) override;
+    std::shared_ptr<platform::TextField> makeTextField(
+        const platform::TextFieldDescription& description) override;
+    std::shared_ptr<platform::Button> makeButton(
+        const platform::ButtonDescription& description) override;
+    std::shared_ptr<platform::Checkbox> makeCheckbox(
+        const platform::CheckboxDescription& description) override;
+    std::shared_ptr<platform::View> makeImageView(
+        const platform::ImageViewDescription& description) override;
+    std::shared_ptr<platform::View> makeSeparator() override;
+    std::shared_ptr<platform::View> makeSpacer(const platform::ViewLayout& layout) override;
+    std::shared_ptr<platform::View> makeStack(
+        const platform::StackDescription& description) override;
+    std::shared_ptr<platform::Window> makeWindow(
+        const platform::WindowDescription& description) override;
+    std::optional<platform::Rect> mainScreenVisibleFrame() override;
+};
+
+}  // namespace tarvik::macdesktop

@@ -1,0 +1,73 @@
+#pragma once
+
+#include "platform/Platform.h"
+#import "platform/macos/AxAccessibility.h"
+#import "platform/macos/CaptureDeviceAuthorization.h"
+#import "platform/macos/CarbonEventManager.h"
+#import "platform/macos/CocoaApplication.h"
+#import "platform/macos/CocoaUserInterface.h"
+#import "platform/macos/DispatchMainQueue.h"
+#import "platform/macos/EngineAudioService.h"
+#import "platform/macos/MacWorkspace.h"
+#import "platform/macos/MainAppLoginItem.h"
+#import "platform/macos/MainBundle.h"
+#include "platform/macos/MonotonicClock.h"
+#import "platform/macos/ProcessTaskLauncher.h"
+#import "platform/macos/QuartzKeyboardEvents.h"
+#import "platform/macos/RunLoopTimerService.h"
+#import "platform/macos/StandardUserDefaults.h"
+#import "platform/macos/SystemLog.h"
+#import "platform/macos/UrlWebSocketService.h"
+
+namespace tarvik::macdesktop {
+
+/// The services of macOS. Made and destroyed on the main thread.
+class MacPlatform final : public platform::Platform {
+  public:
+    MacPlatform();
+    /// Releases the application's delegate and the blocks that wait, while the services still live.
+    ~MacPlatform() override;
+
+    platform::MainQueue& mainQueue() override { return mainQueue_; }
+    platform::TimerService& timers() override { return timers_; }
+    platform::Clock& clock() override { return clock_; }
+    platform::Log& log() override { return log_; }
+    platform::UserDefaults& userDefaults() override { return userDefaults_; }
+    platform::Application& application() override { return application_; }
+    platform::Bundle& bundle() override { return bundle_; }
+    platform::TaskLauncher& taskLauncher() override { return taskLauncher_; }
+    platform::Workspace& workspace() override { return workspace_; }
+    platform::EventManager& eventManager() override { return eventManager_; }
+    platform::AudioService& audio() override { return audio_; }
+    platform::CaptureAuthorization& captureAuthorization() override {
+        return captureAuthorization_;
+    }
+    platform::WebSocketService& webSockets() override { return webSockets_; }
+    platform::Accessibility& accessibility() override { return accessibility_; }
+    platform::KeyboardEvents& keyboardEvents() override { return keyboardEvents_; }
+    platform::LoginItemService& loginItem() override { return loginItem_; }
+    platform::UserInterface& userInterface() override { return userInterface_; }
+
+  private:
+    // In the order in which they need each other; the main queue stands before everything that
+    // posts to it.
+    SystemLog log_;
+    MonotonicClock clock_;
+    CocoaApplication application_;
+    DispatchMainQueue mainQueue_;
+    RunLoopTimerService timers_;
+    StandardUserDefaults userDefaults_;
+    MainBundle bundle_;
+    ProcessTaskLauncher taskLauncher_;
+    MainAppLoginItem loginItem_;
+    CarbonEventManager eventManager_;
+    QuartzKeyboardEvents keyboardEvents_;
+    AxAccessibility accessibility_;
+    EngineAudioService audio_;
+    CaptureDeviceAuthorization captureAuthorization_;
+    UrlWebSocketService webSockets_;
+    MacWorkspace workspace_;
+    CocoaUserInterface userInterface_;
+};
+
+}  // namespace tarvik::macdesktop

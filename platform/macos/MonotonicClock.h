@@ -1,0 +1,13 @@
+#pragma once
+
+#include "platform/Clock.h"
+
+namespace tarvik::macdesktop {
+
+/// The system's monotonic clock, which also counts while the machine sleeps.
+class MonotonicClock final : public platform::Clock {
+  public:
+    TimePoint now() const override;
+};
+
+}  // namespace tarvik::macdesktop

@@ -1,0 +1,15 @@
+#pragma once
+
+#include "platform/TimerService.h"
+
+namespace tarvik::macdesktop {
+
+/// Timers as NSTimers of the main run loop, in its default mode: none ticks while a menu is open or
+/// an alert waits.
+class RunLoopTimerService final : public platform::TimerService {
+  public:
+    [[nodiscard]] std::unique_ptr<platform::Timer> scheduledRepeatingTimer(
+        Seconds interval, std::function<void()> block) override;
+};
+
+}  // namespace tarvik::macdesktop

@@ -1,0 +1,31 @@
+#pragma once
+
+#import <Foundation/Foundation.h>
+
+#include "platform/WebSocket.h"
+
+@class TarvikSocketDelegate;
+
+namespace tarvik::macdesktop {
+
+/// A session as an NSURLSession with a serial delegate queue of its own.
+///
+/// NSURLSession holds its delegate until it is made invalid: here 10 s after the connection has
+/// ended, or with this object when none was made. That delegate holds ours, as the contract says.
+class UrlWebSocketSession final : public platform::WebSocketSession {
+  public:
+    explicit UrlWebSocketSession(std::shared_ptr<platform::WebSocketSessionDelegate> delegate);
+    ~UrlWebSocketSession() override;
+    UrlWebSocketSession(const UrlWebSocketSession&) = delete;
+    UrlWebSocketSession& operator=(const UrlWebSocketSession&) = delete;
+
+    std::shared_ptr<platform::WebSocketTask> webSocketTask(
+        const platform::UrlRequest& request) override;
+
+  private:
+    TarvikSocketDelegate* delegate_;
+    NSURLSession* session_;
+    bool hasConnection_ = false;
+};
+
+}  // namespace tarvik::macdesktop

@@ -1,0 +1,28 @@
+#pragma once
+
+#import <Foundation/Foundation.h>
+
+#include "platform/WebSocket.h"
+
+namespace tarvik::macdesktop {
+
+/// A connection as a task of NSURLSession, which calls what it is given on the session's delegate
+/// queue. The task is owned together with NSURLSession, which holds it until its connection has
+/// ended.
+class UrlWebSocketTask final : public platform::WebSocketTask {
+  public:
+    /// One that cannot open ends when it is resumed, without a byte on the network.
+    UrlWebSocketTask(NSURLSessionWebSocketTask* task, bool canOpen)
+        : task_(task), canOpen_(canOpen) {}
+
+    void resume() override;
+    void send(platform::WebSocketMessage message, SendHandler handler) override;
+    void receive(ReceiveHandler handler) override;
+    void cancel(int closeCode) override;
+
+  private:
+    NSURLSessionWebSocketTask* task_;
+    bool canOpen_;
+};
+
+}  // namespace tarvik::macdesktop

@@ -1,0 +1,23 @@
+#include <gtest/gtest.h>
+
+#include "platform/macos/MonotonicClock.h"
+
+namespace tarvik::macdesktop {
+
+namespace {
+
+TEST(MonotonicClockTest, ItMovesOnAndNeverBack) {
+    const MonotonicClock clock;
+    const TimePoint start = clock.now();
+    TimePoint last = start;
+    while (last == start) {
+        const TimePoint now = clock.now();
+        ASSERT_GE(now, last);
+        last = now;
+    }
+    EXPECT_LT(last - start, Seconds(10));
+}
+
+}  // namespace
+
+}  // namespace tarvik::macdesktop
