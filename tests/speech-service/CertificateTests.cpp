@@ -89,7 +89,8 @@ TEST_F(Certificates, CannotVouchForOtherNames) {
     X509* certificate = forged.certificate.get();
     const Extension elsewhere(
         X509V3_EXT_conf_nid(nullptr, nullptr, NID_subject_alt_name, "DNS:example.org"));
-    X509_delete_ext(certificate, X509_get_ext_by_NID(certificate, NID_subject_alt_name, -1));
+    X509_EXTENSION_free(
+        X509_delete_ext(certificate, X509_get_ext_by_NID(certificate, NID_subject_alt_name, -1)));
     X509_add_ext(certificate, elsewhere.get(), -1);
     X509_sign(certificate, authority.key.get(), EVP_sha256());
     EXPECT_EQ(verify(authority.certificate.get(), certificate, "example.org", nullptr),
