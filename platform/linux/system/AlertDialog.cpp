@@ -8,6 +8,7 @@
 #include <QShowEvent>
 #include <algorithm>
 
+#include "platform/linux/system/LegibleField.h"
 #include "platform/linux/system/Pictures.h"
 #include "platform/linux/system/Points.h"
 #include "platform/linux/system/WindowActivation.h"
@@ -57,7 +58,8 @@ void AlertDialog::addText(const platform::Alert& alert) {
     QLabel* informative = label(alert.informativeText, this);
     grid->addWidget(informative, 1, 1);
 
-    field_ = new QLineEdit(QString::fromStdString(alert.fieldText), this);
+    field_ = new LegibleField(this);
+    field_->setText(QString::fromStdString(alert.fieldText));
     field_->setPlaceholderText(QString::fromStdString(alert.fieldPlaceholder));
     field_->setAccessibleName(message->text());
     // Large fonts need more than was asked for.

@@ -1,14 +1,14 @@
 #pragma once
 
-#include <QLineEdit>
 #include <string>
 
 #include "platform/Views.h"
+#include "platform/linux/system/LegibleField.h"
 
 namespace tarvik::linuxdesktop {
 
 /// A text field as a QLineEdit, which knows the editing shortcuts. Main thread only.
-class QtTextField final : public QLineEdit, public platform::TextField {
+class QtTextField final : public LegibleField, public platform::TextField {
   public:
     explicit QtTextField(const platform::TextFieldDescription& description);
 

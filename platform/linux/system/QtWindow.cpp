@@ -137,8 +137,7 @@ QSize QtWindow::margins() const {
 
 void QtWindow::place(const QRect& frame) {
     const std::optional<QRect> area = mainScreenArea();
-    // Qt too means the frame by the place of a window.
-    window_.move(area ? within(*area, frame).topLeft() : frame.topLeft());
+    window_.moveFrame(area ? within(*area, frame).topLeft() : frame.topLeft());
     placement_ = Placement{frame, margins()};
 }
 
@@ -152,7 +151,7 @@ void QtWindow::correctPlace() {
         const QRect meant = std::exchange(placement_, std::nullopt)->frame;
         // There may be less room for it than it seemed.
         fitUnlessResized();
-        window_.move(within(*area, replaced(meant, window_.frame().size(), *area)).topLeft());
+        window_.moveFrame(within(*area, replaced(meant, window_.frame().size(), *area)).topLeft());
     } else if (window_.isActiveWindow()) {
         // From now on it is the user who moves it.
         placement_.reset();

@@ -1,9 +1,9 @@
 #include "platform/linux/system/ScrolledWindow.h"
 
 #include <QCloseEvent>
+#include <QLayout>
 #include <QShortcut>
 #include <QStyle>
-#include <QVBoxLayout>
 #include <QWindow>
 
 #include "platform/linux/system/Pictures.h"
@@ -17,11 +17,9 @@ ScrolledWindow::ScrolledWindow() : area_(new QScrollArea(this)) {
     area_->setWidgetResizable(true);
     // It would be a stop on the way from control to control where nothing can be done.
     area_->setFocusPolicy(Qt::NoFocus);
-    auto* layout = new QVBoxLayout(this);
-    layout->setContentsMargins(0, 0, 0, 0);
+    setCentralWidget(area_);
     // How small it can be is for the description to say.
-    layout->setSizeConstraint(QLayout::SetNoConstraint);
-    layout->addWidget(area_);
+    layout()->setSizeConstraint(QLayout::SetNoConstraint);
     auto* shortcut = new QShortcut(QKeySequence(Qt::CTRL | Qt::Key_W), this);
     connect(shortcut, &QShortcut::activated, this, [this] { close(); });
 }
@@ -62,7 +60,19 @@ int ScrolledWindow::neededWidth() const {
 
 QRect ScrolledWindow::frame() const {
     const QWindow* handle = windowHandle();
-    return handle != nullptr ? geometry().marginsAdded(handle->frameMargins()) : geometry();
+    // Qt forgets the frame of a window that is hidden, and it will be the same again.
+    if (handle != nullptr && !handle->frameMargins().isNull()) {
+        frameMargins_ = handle->frameMargins();
+    }
+    return geometry().marginsAdded(frameMargins_);
+}
+
+void ScrolledWindow::moveFrame(QPoint place) {
+    if (frameMargins_.isNull()) {
+        move(place);
+    } else {
+        setGeometry({place + QPoint(frameMargins_.left(), frameMargins_.top()), size()});
+    }
 }
 
 bool ScrolledWindow::eventFilter(QObject*, QEvent* event) {
@@ -80,14 +90,14 @@ void ScrolledWindow::closeEvent(QCloseEvent* event) {
 }
 
 void ScrolledWindow::moveEvent(QMoveEvent* event) {
-    QWidget::moveEvent(event);
+    QMainWindow::moveEvent(event);
     if (onPlaced) {
         onPlaced();
     }
 }
 
 void ScrolledWindow::changeEvent(QEvent* event) {
-    QWidget::changeEvent(event);
+    QMainWindow::changeEvent(event);
     if (event->type() == QEvent::ActivationChange && onPlaced) {
         onPlaced();
     }

@@ -1,14 +1,18 @@
 #pragma once
 
+#include <QMainWindow>
+#include <QMargins>
+#include <QPoint>
 #include <QScrollArea>
-#include <QWidget>
 #include <functional>
 
 namespace tarvik::linuxdesktop {
 
 /// A top-level window that scrolls where its content needs more room than it has. Ctrl+W closes it.
 /// Main thread only.
-class ScrolledWindow final : public QWidget {
+///
+/// Only a main window is a window to a screen reader.
+class ScrolledWindow final : public QMainWindow {
   public:
     ScrolledWindow();
     ~ScrolledWindow() override;
@@ -22,6 +26,8 @@ class ScrolledWindow final : public QWidget {
     int neededWidth() const;
     /// With the window manager's frame as far as it is known.
     QRect frame() const;
+    /// Moves the window so that its frame, when it has one, begins there.
+    void moveFrame(QPoint place);
 
     /// Called before it is hidden by its close button or by close().
     std::function<void()> onClose;
@@ -37,6 +43,7 @@ class ScrolledWindow final : public QWidget {
     void changeEvent(QEvent* event) override;
 
     QScrollArea* area_;
+    mutable QMargins frameMargins_;
 };
 
 }  // namespace tarvik::linuxdesktop

@@ -1,0 +1,36 @@
+#include "platform/linux/system/LegibleField.h"
+
+#include <QEvent>
+
+namespace tarvik::linuxdesktop {
+
+namespace {
+
+// Weaker than text that was entered, and still of a contrast of 4.5 on the usual fields.
+constexpr float placeholderAlpha = 0.6F;
+
+}  // namespace
+
+LegibleField::LegibleField(QWidget* parent) : QLineEdit(parent) {
+    colorPlaceholder();
+}
+
+void LegibleField::changeEvent(QEvent* event) {
+    QLineEdit::changeEvent(event);
+    if (event->type() == QEvent::PaletteChange) {
+        colorPlaceholder();
+    }
+}
+
+void LegibleField::colorPlaceholder() {
+    QColor color = palette().color(QPalette::Text);
+    color.setAlphaF(placeholderAlpha);
+    // Setting it is a change of the palette in its turn.
+    if (palette().color(QPalette::PlaceholderText) != color) {
+        QPalette changed;
+        changed.setColor(QPalette::PlaceholderText, color);
+        setPalette(changed);
+    }
+}
+
+}  // namespace tarvik::linuxdesktop

@@ -1,0 +1,20 @@
+#pragma once
+
+#include <QLineEdit>
+
+namespace tarvik::linuxdesktop {
+
+/// A field whose placeholder is legible whatever colours the desktop has: some describe all colours
+/// but that one, which Qt then draws black. Main thread only.
+class LegibleField : public QLineEdit {
+  public:
+    explicit LegibleField(QWidget* parent = nullptr);
+
+  protected:
+    void changeEvent(QEvent* event) override;
+
+  private:
+    void colorPlaceholder();
+};
+
+}  // namespace tarvik::linuxdesktop
