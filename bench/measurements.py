@@ -9,11 +9,13 @@ import subprocess
 import threading
 import time
 
-from application import Application, write_settings
+from application import VERSION, Application, write_settings
+from cost import processor_time, wakeups
 from desktop import Desktop, wait_for
 from microphone import Microphone
 from scripted_service import ScriptedService, make_certificate
 from target import WidgetTarget
+from windows import wait_for_window
 from xtest import XTest
 
 REPETITIONS = 20
@@ -30,8 +32,8 @@ def milliseconds(since):
 
 @contextlib.contextmanager
 def running_application(binaries, host=None, authority=None, **parts):
-    """The application on a desktop of its own; yields both and the service, scripted unless a host is
-    given."""
+    """The application on a desktop of its own, its setup window closed; yields both and the service,
+    scripted unless a host is given."""
     with Desktop(wm=True, **parts) as desktop, contextlib.ExitStack() as stack:
         service = None
         if host is None:
@@ -39,9 +41,11 @@ def running_application(binaries, host=None, authority=None, **parts):
             service = ScriptedService(key, authority)
             stack.callback(service.close)
             host = service.host
-        write_settings(desktop.environment, {"deepgramApiKey": "a-key", "deepgramHost": host})
+        write_settings(desktop.environment, {"deepgramApiKey": "a-key", "deepgramHost": host,
+                                             "lastWelcomeShownForVersion": VERSION})
         application = Application(desktop, binaries, {"SSL_CERT_FILE": str(authority or "")})
         stack.callback(application.close)
+        wait_for_window(desktop).close()
         yield desktop, application, service
 
 
@@ -108,21 +112,6 @@ def final_message_to_text(binaries, text):
         yield way, [taken for taken, _ in runs], sum(right for _, right in runs)
 
 
-def processor_time(pid):
-    """Seconds of processor time that the process has used."""
-    fields = pathlib.Path(f"/proc/{pid}/stat").read_text().rpartition(")")[2].split()
-    return (int(fields[11]) + int(fields[12])) / os.sysconf("SC_CLK_TCK")
-
-
-def wakeups(pid):
-    """How often the threads of the process have gone to sleep by themselves."""
-    return sum(
-        int(line.split()[1])
-        for status in pathlib.Path(f"/proc/{pid}/task").glob("*/status")
-        for line in status.read_text().splitlines() if line.startswith("voluntary_ctxt_switches")
-    )
-
-
 def memory(pid):
     """Resident and private memory in KiB."""
     sizes = {}
@@ -145,8 +134,6 @@ def recording(binaries):
     with running_application(binaries, a11y=True, audio=True) as (desktop, application, service):
         target = WidgetTarget(desktop, "gtk3")
         microphone = Microphone(desktop.fifo())
-        # The setup window of an ordinary launch is asked for 4 s after the start; idling begins later.
-        application.log.wait_for("setup window requested")
         before = wakeups(application.pid)
         time.sleep(30)
         idle_wakeups = wakeups(application.pid) - before

@@ -10,16 +10,23 @@ import pathlib
 import shutil
 import sys
 
-from application import Application, write_settings
+from application import VERSION, Application, write_settings
 from desktop import Desktop, wait_for
 from keyboard import Keyboard
 from local_service import LocalService
 from microphone import Microphone
+from windows import wait_for_window
 
 LOOK = pathlib.Path(__file__).parent / "demonstration"
-SIZE = (1040, 600)
+SIZE = (1040, 760)
 WINDOW = (740, 320)
 PANEL_HEIGHT = 34
+PANELS = {
+    "xfce4-panel": ["xfce4-panel", "--disable-wm-check"],
+    "lxqt-panel": ["lxqt-panel"],
+}
+# More than there are before the application's icon is drawn.
+MANY_COLORS = 200
 PAPER = {"#FCFCFC", "#FDFDFD", "#FEFEFE", "#FFFFFF"}
 SENTENCES = (
     "it is a beautiful day to write a letter",
@@ -30,7 +37,7 @@ PAUSE = 1.0
 ESTABLISHED = "01"
 
 
-def furnish(desktop):
+def furnish(desktop, panel="xfce4-panel"):
     """Gives the desktop a background, a panel and the look of the toolkits."""
     config = pathlib.Path(desktop.environment["XDG_CONFIG_HOME"])
     # The editor's settings are read from a file here.
@@ -40,15 +47,15 @@ def furnish(desktop):
         ("gtk-settings.ini", "gtk-4.0/settings.ini"),
         ("gsettings.ini", "glib-2.0/settings/keyfile"),
         ("xfce4-panel.xml", "xfce4/xfconf/xfce-perchannel-xml/xfce4-panel.xml"),
+        ("lxqt-panel.conf", "lxqt/panel.conf"),
     ):
         (config / destination).parent.mkdir(parents=True, exist_ok=True)
         shutil.copy(LOOK / source, config / destination)
     desktop.run(["hsetroot", "-add", "#d9a58a", "-add", "#5b7fa6", "-add", "#24395c",
                  "-gradient", "160"])
-    desktop.spawn(["xfce4-panel", "--disable-wm-check"])
-    wait_for(lambda: desktop.run(
-        ["xdotool", "search", "--onlyvisible", "--class", "xfce4-panel"], check=False),
-        "the panel")
+    desktop.spawn(PANELS[panel])
+    wait_for(lambda: desktop.run(["xdotool", "search", "--onlyvisible", "--class", panel],
+                                 check=False), "the panel")
 
 
 class Editor:
@@ -68,6 +75,9 @@ class Editor:
         desktop.run(["xdotool", "windowactivate", "--sync", self._window,
                      "windowsize", "--sync", self._window, str(width), str(height),
                      "windowmove", self._window, str(left), str(top)])
+
+    def activate(self):
+        self._desktop.run(["xdotool", "windowactivate", "--sync", self._window])
 
     def saved_text(self):
         """Has the editor save its document; the text of it."""
@@ -112,13 +122,21 @@ def demonstrate(binaries, folder):
         furnish(desktop)
         service = LocalService(desktop, binaries)
         write_settings(desktop.environment,
-                       {"deepgramApiKey": "local", "deepgramHost": service.host})
+                       {"deepgramApiKey": "local", "deepgramHost": service.host,
+                        "lastWelcomeShownForVersion": VERSION})
         microphone = Microphone(desktop.fifo())
         editor = Editor(desktop)
         application = Application(desktop, binaries, {"SSL_CERT_FILE": str(service.authority)})
         keyboard = Keyboard(desktop)
+        setup = wait_for_window(desktop)
+        left, top, _, _ = setup.frame
+        wait_for(lambda: len(colors(desktop, f"80x80+{left + 30}+{top + 45}")) > MANY_COLORS,
+                 "the drawn setup window")
+        picture(desktop, folder / "1-setup.png")
+        setup.close()
+        editor.activate()
         wait_until_drawn(desktop)
-        picture(desktop, folder / "1-before.png")
+        picture(desktop, folder / "2-before.png")
 
         print("Holding Alt+Space and speaking …", flush=True)
         keyboard.hold()
@@ -128,7 +146,7 @@ def demonstrate(binaries, folder):
             microphone.pause(PAUSE)
         microphone.wait_until_silent()
         microphone.speak(SENTENCES[-1])
-        picture(desktop, folder / "2-speaking.png")
+        picture(desktop, folder / "3-speaking.png")
         microphone.wait_until_silent()
         keyboard.release()
         print("Let go.", flush=True)
@@ -137,7 +155,7 @@ def demonstrate(binaries, folder):
         # The last words may still be on their way into the page: picture and text have to agree.
         text = ""
         while text != (text := wait_for(editor.saved_text, "text in the editor")):
-            picture(desktop, folder / "3-after.png")
+            picture(desktop, folder / "4-after.png")
         microphone.pull_out()
         return text
 

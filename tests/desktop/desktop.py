@@ -196,8 +196,9 @@ class Desktop:
         config = self.folder / "session-bus.conf"
         config.write_text(BUS_CONFIG.format(socket=socket))
         self.environment["DBUS_SESSION_BUS_ADDRESS"] = f"unix:path={socket}"
-        bus = self.spawn(["dbus-daemon", f"--config-file={config}", "--nofork", "--nopidfile"])
-        wait_for(socket.exists, "the session bus", needs=bus)
+        self.session_bus = self.spawn(
+            ["dbus-daemon", f"--config-file={config}", "--nofork", "--nopidfile"])
+        wait_for(socket.exists, "the session bus", needs=self.session_bus)
 
     def _start_window_manager(self):
         config = self.folder / "openbox.xml"

@@ -25,6 +25,17 @@ def instances(desktop, binaries):
     return found
 
 
+def kill_part(desktop, word):
+    """Kills the processes of the desktop that have the word in their command; how many those are."""
+    killed = 0
+    for process in marked(desktop):
+        with contextlib.suppress(OSError):
+            if word.encode() in pathlib.Path(f"/proc/{process}/cmdline").read_bytes():
+                os.kill(process, signal.SIGKILL)
+                killed += 1
+    return killed
+
+
 def end_instances(desktop, binaries):
     for process in instances(desktop, binaries):
         with contextlib.suppress(ProcessLookupError):

@@ -78,6 +78,15 @@ def click_at(desktop, extents):
                  "click", "1"])
 
 
+def shows(desktop, extents, status):
+    """Whether a place on the screen has the colour of the status; for when nobody can read it."""
+    def is_drawn(color):
+        red, green, blue = color
+        strong, weak = (green, red) if status in (GRANTED, SAVED) else (red, green)
+        return strong > weak + 60 and strong > blue + 40
+    return any(map(is_drawn, colors_in(desktop, extents)))
+
+
 def colors_in(desktop, extents):
     """The colours of a place on the screen, as triples."""
     left, top, width, height = extents

@@ -13,7 +13,7 @@ from fake_program import FakeProgram
 from menu import Menu
 from running import end_instances, instances
 from setup_window import (GRANTED, NOT_GRANTED, NOT_SET, RESTART, SAVED, SetupWindow, click_at,
-                          colors_in)
+                          shows)
 from windows import visible_windows
 
 KEY = "deepgramApiKey"
@@ -45,16 +45,6 @@ LABELS = [
     GRANTED,
     "After granting Accessibility, restart the app — macOS only re-reads it at launch.",
 ]
-
-
-def is_reddish(color):
-    red, green, blue = color
-    return red > green + 60 and red > blue + 60
-
-
-def is_greenish(color):
-    red, green, blue = color
-    return green > red + 60 and green > blue + 40
 
 
 class SetupTest(DictationTest):
@@ -262,14 +252,12 @@ class Permissions(SetupTest):
         _, status, grant = self.setup.row("Accessibility")
         # Nobody reads windows once it is off: the rest is what is seen on the screen.
         status_place, grant_place = status.extents, grant.extents
-        self.assertTrue(any(map(is_greenish, colors_in(self.desktop, status_place))))
+        self.assertTrue(shows(self.desktop, status_place, GRANTED))
         self.set_accessibility(False)
-        wait_for(lambda: any(map(is_reddish, colors_in(self.desktop, status_place))),
-                 "a red status", 3.0)
+        wait_for(lambda: shows(self.desktop, status_place, NOT_GRANTED), "a red status", 3.0)
         click_at(self.desktop, grant_place)
         wait_for(self.is_accessibility_on, "accessibility switched on")
-        wait_for(lambda: any(map(is_greenish, colors_in(self.desktop, status_place))),
-                 "a green status", 3.0)
+        wait_for(lambda: shows(self.desktop, status_place, GRANTED), "a green status", 3.0)
         # The file manager shows where the application is.
         wait_for(lambda: opener.calls == [BINARIES.resolve().as_uri()], "the application's folder")
 
