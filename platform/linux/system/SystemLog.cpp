@@ -1,11 +1,13 @@
 #include "platform/linux/system/SystemLog.h"
 
 #include <syslog.h>
+#include <time.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <atomic>
 #include <cerrno>
+#include <csignal>
 
 namespace tarvik::linuxdesktop {
 
@@ -40,6 +42,23 @@ void deliver(const std::string& line) {
     syslog(LOG_INFO, "%s", line.c_str());
 }
 
+// How many lines are still to be written, for whoever ends the process meanwhile.
+std::atomic<const std::atomic<int>*> unwritten = nullptr;
+
+// An abort that nobody explains is worth nothing, and its reason is in the last line. Only what a
+// signal handler may do is done here.
+void waitForLines(int) {
+    constexpr timespec pause{0, 5'000'000};
+    constexpr int mostPauses = 200;
+    for (int pauses = 0; pauses < mostPauses; ++pauses) {
+        const std::atomic<int>* lines = unwritten;
+        if (lines == nullptr || *lines == 0) {
+            return;
+        }
+        nanosleep(&pause, nullptr);
+    }
+}
+
 }  // namespace
 
 struct SystemLog::Backlog {
@@ -49,9 +68,13 @@ struct SystemLog::Backlog {
 
 SystemLog::SystemLog() : backlog_(std::make_shared<Backlog>()), worker_("tarvik-log", Seconds(1)) {
     openlog("tarvik-dictate", LOG_PID, LOG_USER);
+    unwritten = &backlog_->lines;
+    std::signal(SIGABRT, waitForLines);
 }
 
-SystemLog::~SystemLog() = default;
+SystemLog::~SystemLog() {
+    unwritten = nullptr;
+}
 
 void SystemLog::write(std::string_view line) {
     if (backlog_->lines.fetch_add(1) >= longestBacklog) {

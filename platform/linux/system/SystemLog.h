@@ -12,7 +12,8 @@ namespace tarvik::linuxdesktop {
 ///
 /// A thread of its own does it: standard error may be a pipe that nobody reads, and the journal may
 /// be busy. Line breaks and other control characters inside a line become blanks. Should nobody
-/// take the lines, the newest are dropped beyond 10000, and one line says how many.
+/// take the lines, the newest are dropped beyond 10000, and one line says how many. An abort waits
+/// for the lines as the destructor does; a process has one such log.
 class SystemLog final : public platform::Log {
   public:
     SystemLog();
