@@ -3,6 +3,7 @@
 #include <memory>
 #include <string>
 #include <thread>
+#include <utility>
 #include <vector>
 
 #include "platform/macos/BlockQueue.h"
@@ -90,15 +91,12 @@ TEST_F(BlockQueueTest, ABlockMayRunTheOnesAfterItAsAnAlertDoes) {
 }
 
 TEST_F(BlockQueueTest, DiscardedBlocksAreDestroyedAndMaySubmitWhileTheyAre) {
-    struct Submitter {
-        explicit Submitter(BlockQueue& queue) : queue(queue) {}
-        ~Submitter() {
-            queue.append([] {});
-        }
-        BlockQueue& queue;
-    };
-    auto submitter = std::make_shared<Submitter>(queue_);
-    const std::weak_ptr<Submitter> alive = submitter;
+    // Submits when it goes.
+    auto submitter = std::shared_ptr<int>(new int, [this](const int* value) {
+        delete value;
+        queue_.append(note("late"));
+    });
+    const std::weak_ptr<int> alive = submitter;
     queue_.append([submitter] {});
     const BlockQueue::Ticket ticket = queue_.hold(at(1), [submitter] {});
     submitter.reset();
@@ -113,16 +111,17 @@ TEST_F(BlockQueueTest, DiscardedBlocksAreDestroyedAndMaySubmitWhileTheyAre) {
 TEST_F(BlockQueueTest, SeveralThreadsMaySubmit) {
     constexpr int threads = 4;
     constexpr int each = 500;
-    {
-        std::vector<std::jthread> submitters;
-        for (int thread = 0; thread < threads; ++thread) {
-            submitters.emplace_back([this] {
-                for (int i = 0; i < each; ++i) {
-                    queue_.redeem(queue_.hold(at(i), note("held")));
-                    queue_.append(note("ready"));
-                }
-            });
-        }
+    std::vector<std::thread> submitters;
+    for (int thread = 0; thread < threads; ++thread) {
+        submitters.emplace_back([this] {
+            for (int i = 0; i < each; ++i) {
+                queue_.redeem(queue_.hold(at(i), note("held")));
+                queue_.append(note("ready"));
+            }
+        });
+    }
+    for (std::thread& submitter : submitters) {
+        submitter.join();
     }
     EXPECT_EQ(runAll().size(), std::size_t{2} * threads * each);
 }

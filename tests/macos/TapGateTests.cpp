@@ -45,14 +45,16 @@ TEST(TapGateTest, ClosingWaitsForADeliveryUnderWay) {
         mayReturn.wait(false);
         hasReturned = true;
     });
-    std::jthread delivery([&] { gate.deliver({}); });
+    std::thread delivery([&] { gate.deliver({}); });
     isInside.wait(false);
-    std::jthread release([&] {
+    std::thread release([&] {
         mayReturn = true;
         mayReturn.notify_all();
     });
     gate.close();
     EXPECT_TRUE(hasReturned);
+    delivery.join();
+    release.join();
 }
 
 }  // namespace

@@ -1,0 +1,54 @@
+"""The property lists of the application are valid and say what the system has to know."""
+import pathlib
+import plistlib
+import re
+import unittest
+
+ROOT = pathlib.Path(__file__).resolve().parents[2]
+PACKAGING = ROOT / "packaging/macos"
+
+
+def project_version():
+    project = (ROOT / "CMakeLists.txt").read_text()
+    return re.search(r"^project\(TarvikDictate VERSION (\S+)", project, re.MULTILINE)[1]
+
+
+class InformationDictionary(unittest.TestCase):
+    def setUp(self):
+        template = (PACKAGING / "Info.plist.in").read_text()
+        self.information = plistlib.loads(
+            template.replace("@PROJECT_VERSION@", project_version()).encode())
+
+    def test_every_placeholder_is_filled_in(self):
+        self.assertNotIn("@", "".join(map(str, self.information.values())))
+
+    def test_it_carries_the_version_of_the_project(self):
+        self.assertRegex(self.information["CFBundleShortVersionString"], r"^\d+\.\d+\.\d+$")
+        self.assertEqual(self.information["CFBundleVersion"],
+                         self.information["CFBundleShortVersionString"])
+
+    def test_it_is_an_accessory_for_macos_13(self):
+        self.assertIs(self.information["LSUIElement"], True)
+        self.assertEqual(self.information["LSMinimumSystemVersion"], "13.0")
+        presets = (ROOT / "CMakePresets.json").read_text()
+        self.assertIn('"CMAKE_OSX_DEPLOYMENT_TARGET": "13.0"', presets)
+
+    def test_it_says_what_the_microphone_is_for(self):
+        self.assertGreater(len(self.information["NSMicrophoneUsageDescription"]), 20)
+
+    def test_it_names_what_the_bundle_contains(self):
+        self.assertEqual(self.information["CFBundleIdentifier"], "com.tarvik.dictate")
+        self.assertEqual(self.information["CFBundlePackageType"], "APPL")
+        bundle = (PACKAGING / "Bundle.cmake").read_text()
+        self.assertIn(f"TARGET_FILE:{self.information['CFBundleExecutable']}>", bundle)
+        self.assertIn(f"Resources/{self.information['CFBundleIconFile']}.icns", bundle)
+
+
+class Entitlements(unittest.TestCase):
+    def test_the_microphone_is_the_only_one(self):
+        entitlements = plistlib.loads((PACKAGING / "Entitlements.plist").read_bytes())
+        self.assertEqual(entitlements, {"com.apple.security.device.audio-input": True})
+
+
+if __name__ == "__main__":
+    unittest.main()
