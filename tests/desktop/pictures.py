@@ -26,7 +26,7 @@ SURROUNDINGS = 10
 SMALLEST = (830, 555)
 # Above this many seconds of dictation in all, both calls to action come one after the other.
 ALMOST_AN_HOUR = 3599
-COLORS = "64"
+COLORS = "160"
 KEY = "deepgramApiKey"
 
 
@@ -66,7 +66,7 @@ ALL = (
 )
 # What goes into each sheet, and how wide a picture of scale 1 becomes there.
 SHEETS = {
-    "setup": (("setup", "setup-smallest"), "38%"),
+    "setup": (("setup", "setup-smallest"), "44%"),
     "prompt": (("prompt",), "80%"),
     "call-to-action": (("call-after-ten-minutes", "call-after-an-hour"), "70%"),
     "tray": (("tray-idle", "tray-recording"), "70%"),
@@ -191,7 +191,7 @@ def make_sheet(desktop, folder, name):
                           "-resize", size, ")"]
     sheet = folder / f"{name}.png"
     desktop.run(["montage", *arguments, "-tile", "2x", "-geometry", "+6+6", "-background",
-                 "#808080", "-colors", COLORS, f"PNG8:{sheet}"])
+                 "#808080", "+dither", "-colors", COLORS, f"PNG8:{sheet}"])
     desktop.run(["optipng", "-quiet", sheet])
 
 
