@@ -13,9 +13,11 @@ platform::AudioFormat shape(AVAudioFormat* format) {
     return {format.sampleRate, format.channelCount};
 }
 
-// On the engine's delivery thread; nothing here allocates.
+// On the engine's delivery thread, which may never empty a pool of its own; nothing here allocates.
 void deliver(TapGate& gate, AVAudioPCMBuffer* buffer) {
-    gate.deliver({buffer.floatChannelData, buffer.frameLength, shape(buffer.format)});
+    @autoreleasepool {
+        gate.deliver({buffer.floatChannelData, buffer.frameLength, shape(buffer.format)});
+    }
 }
 
 }  // namespace

@@ -49,7 +49,7 @@ void CocoaMenu::setItems(std::vector<platform::MenuItem> items) {
             [[NSMenuItem alloc] initWithTitle:nsString(item.title)
                                        action:item.action ? actionSelector() : nullptr
                                 keyEquivalent:nsString(item.keyEquivalent)];
-        [added setKeyEquivalentModifierMask:item.modifierMask];
+        [added setKeyEquivalentModifierMask:static_cast<NSEventModifierFlags>(item.modifierMask)];
         [added setEnabled:item.isEnabled];
         if (item.action) {
             NSObject* target = makeActionTarget(std::move(item.action));
