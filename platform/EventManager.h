@@ -73,8 +73,8 @@ using EventHandlerProc = OSStatus (*)(EventHandlerCall* next, Event* event, void
 
 /// System-wide hotkeys. Main thread only.
 ///
-/// A registered combination reports one press event per key press of the user, the repeats of a key
-/// held down as further press events in the order in which they come, and one release event when
+/// A registered combination reports one press event per key press of the user, however long the key
+/// is held down and however often the keyboard repeats it meanwhile, and one release event when
 /// the combination ends, whichever of its keys goes up first. Lock keys do not matter.
 class EventManager {
   public:

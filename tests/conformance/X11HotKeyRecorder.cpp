@@ -40,17 +40,6 @@ void X11HotKeyRecorder::removeHandler() {
     }
 }
 
-std::string X11HotKeyRecorder::withoutRepeats() const {
-    std::string distinct;
-    for (std::size_t i = 0; i + 1 < events.size(); i += 2) {
-        const std::string event = events.substr(i, 2);
-        if (event[0] != 'P' || !distinct.ends_with(event)) {
-            distinct += event;
-        }
-    }
-    return distinct;
-}
-
 platform::OSStatus X11HotKeyRecorder::handle(platform::EventHandlerCall* /*next*/,
                                              platform::Event* event, void* userData) {
     auto& self = *static_cast<X11HotKeyRecorder*>(userData);

@@ -25,9 +25,6 @@ class X11HotKeyRecorder {
                            platform::EventHotKeyRef* ref = nullptr);
     void removeHandler();
 
-    /// Without the presses that repeat the one before.
-    std::string withoutRepeats() const;
-
     std::string events;
     /// Called after each event was written down.
     std::function<void()> onEvent;

@@ -69,9 +69,9 @@ class X11InputFixture {
         return holds;
     }
     bool becomes(const X11HotKeyRecorder& recorder, std::string_view events) {
-        const bool holds = mainQueue.runUntil([&] { return recorder.withoutRepeats() == events; },
-                                              std::chrono::seconds(3));
-        EXPECT_EQ(recorder.withoutRepeats(), events);
+        const bool holds =
+            mainQueue.runUntil([&] { return recorder.events == events; }, std::chrono::seconds(3));
+        EXPECT_EQ(recorder.events, events);
         return holds;
     }
     bool comesToFront(const X11Target& target) {

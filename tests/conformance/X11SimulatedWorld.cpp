@@ -45,7 +45,8 @@ class SimulatedX11World final : public X11World {
     void release(std::uint32_t modifiers) override {
         eventManager_.release(platform::spaceKeyCode, modifiers);
     }
-    void repeat(std::uint32_t modifiers) override { press(modifiers); }
+    // The simulated keyboard repeats nothing.
+    void repeat(std::uint32_t /*modifiers*/) override {}
     void take(std::uint32_t modifiers) override {
         eventManager_.take(platform::spaceKeyCode, modifiers);
     }

@@ -61,11 +61,11 @@ TEST_P(X11Typing, WritesDuringAHoldAtOnceAndNeverAsAShortcut) {
     ASSERT_TRUE(becomes(recorder, "P1"));
     type("Hold: file quit Żó 日本 😀!", target.process());
     EXPECT_TRUE(becomes(target, "Hold: file quit Żó 日本 😀!"));
-    EXPECT_EQ(recorder.withoutRepeats(), "P1");
+    EXPECT_EQ(recorder.events, "P1");
     mainQueue.runFor(900ms);
     type(" More.", target.process());
     EXPECT_TRUE(becomes(target, "Hold: file quit Żó 日本 😀! More."));
-    EXPECT_EQ(recorder.withoutRepeats(), "P1");
+    EXPECT_EQ(recorder.events, "P1");
     releaseHold();
     EXPECT_TRUE(becomes(recorder, "P1R1"));
     EXPECT_TRUE(target.isRunning());
@@ -85,10 +85,9 @@ TEST_P(X11Typing, WritesWhileTheHeldKeyRepeats) {
     ASSERT_EQ(recorder.add(hold, 1), platform::noErr);
     pressHold();
     mainQueue.runFor(900ms);
-    EXPECT_GT(recorder.events.size(), 4U);
     type("a b C", target.process());
     EXPECT_TRUE(becomes(target, "a b C"));
-    EXPECT_EQ(recorder.withoutRepeats(), "P1");
+    EXPECT_EQ(recorder.events, "P1");
     user->release(X11User::altKey);
     EXPECT_TRUE(becomes(recorder, "P1R1"));
     user->release(X11User::spaceKey);

@@ -26,10 +26,10 @@ class Keyboard:
         """Lets Space go and presses it again, Alt being held."""
         self._xdotool("keyup", "space", *BETWEEN_KEYS, "keydown", "space")
 
-    def toggle(self):
-        """Taps Alt+Shift+Space."""
-        self._xdotool("keydown", "Alt_L", "keydown", "Shift_L", *BETWEEN_KEYS, "key", "space",
-                      "keyup", "Shift_L", "keyup", "Alt_L")
+    def toggle(self, seconds=0):
+        """Presses Alt+Shift+Space and lets it go after the seconds."""
+        self._xdotool("keydown", "Alt_L", "keydown", "Shift_L", *BETWEEN_KEYS, "keydown", "space",
+                      "sleep", str(seconds), "keyup", "space", "keyup", "Shift_L", "keyup", "Alt_L")
 
     def press(self, keys):
         """Taps a key or a combination, such as "ctrl+a"."""

@@ -72,6 +72,13 @@ class Dictation(DictationTest):
         self.application.log.wait_for("audio.stop (session=1)")
         self.wait_until_heard(target, FIRST)
 
+    def test_long_form_keys_that_are_held_switch_it_once(self):
+        # The display repeats a key that is held for longer than 0.66 s.
+        self.keyboard.toggle(seconds=1.5)
+        self.keyboard.toggle()
+        self.application.log.wait_for("stopRecording (session=1)")
+        self.assertEqual(self.application.log.count("startRecording"), 1)
+
     def test_a_second_recording_within_the_delay_keeps_the_microphone(self):
         target = self.start_target("gtk3")
         self.hold()

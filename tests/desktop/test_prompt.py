@@ -1,17 +1,20 @@
 #!/usr/bin/python3
 """The question for the key that a hotkey without one brings up."""
 
+import time
 import unittest
 
 from accessible import ScreenReader
 from clipboard import Clipboard
 from desktop import wait_for
 from dictation_test import DictationTest
-from windows import wait_for_window
+from windows import visible_windows, wait_for_window
 
 QUESTION = "Deepgram API Key"
 EXPLANATION = "Paste your Deepgram API key. It will be stored in the macOS Keychain."
 KEY = "deepgramApiKey"
+# The display repeats a key that is held for longer than 0.66 s.
+REPEATING = 1.5
 
 
 class Prompt(DictationTest):
@@ -58,6 +61,18 @@ class Prompt(DictationTest):
         self.assertTrue(self.window.is_active)
         self.assertEqual(self.application.log.count("startRecording"), 0)
         self.assertFalse(self.tray.shows_recording)
+
+    def test_a_hotkey_that_is_held_asks_once(self):
+        self.keyboard.press("Escape")
+        self.window.wait_until_gone()
+        self.hold()
+        wait_for_window(self.desktop)
+        begin = time.monotonic()
+        wait_for(lambda: time.monotonic() - begin > REPEATING, "the repeats of the key")
+        self.keyboard.release()
+        self.assertEqual(len(visible_windows(self.desktop)), 1)
+        self.keyboard.press("Escape")
+        wait_for(lambda: not visible_windows(self.desktop), "no question")
 
     def test_a_typed_key_is_saved_by_return_and_used(self):
         self.keyboard.type("typed-key")

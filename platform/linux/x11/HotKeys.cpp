@@ -106,12 +106,11 @@ void HotKeys::handlePress(const xcb_input_key_press_event_t& event) {
         keyboardInUse_ = event.sourceid;
     }
     if ((event.flags & XCB_INPUT_KEY_EVENT_FLAGS_KEY_REPEAT) != 0) {
-        // A key that is still down after its combination has ended repeats as well.
+        // A key that is still down after its combination has ended repeats as well. A held key is
+        // no new press: it would switch a long dictation on and off, and ask for a missing key
+        // anew.
         const bool isHeld = hold_ && hold_->key == event.detail;
         answerPress(connection_, isHeld ? PressAnswer::ours : PressAnswer::notOurs);
-        if (isHeld) {
-            listener_(hold_->number, platform::eventHotKeyPressed);
-        }
         return;
     }
     const std::uint32_t seen = event.mods.effective;

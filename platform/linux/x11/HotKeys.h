@@ -33,7 +33,7 @@ using HotKeyNumber = std::uintptr_t;
 /// between; then the server's raw events tell the end of the hold.
 class HotKeys {
   public:
-    /// `kind` is eventHotKeyPressed, once for the press and once for each repeat, or
+    /// `kind` is eventHotKeyPressed, once for the press whatever the keyboard repeats, or
     /// eventHotKeyReleased, once at the end.
     using Listener = std::function<void(HotKeyNumber number, std::uint32_t kind)>;
 
