@@ -7,11 +7,14 @@
 
 #include "tests/core/app/ApplicationUnderTest.h"
 #include "tests/core/speech/ClientUnderTest.h"
+#include "tests/support/JoiningThread.h"
 
 // What several threads share, with real threads; most telling under the thread sanitizer.
 
 namespace tarvik {
 namespace {
+
+using simulated::JoiningThread;
 
 constexpr int rounds = 200;
 // Fewer where each round waits for another thread several times, which takes long on a busy
@@ -22,8 +25,8 @@ constexpr int waitingRounds = 30;
 class Speaker {
   public:
     explicit Speaker(simulated::SimulatedAudio& audio)
-        : thread_([this, &audio](const std::stop_token& stop) {
-              while (!stop.stop_requested()) {
+        : thread_([this, &audio] {
+              while (!isSilenced_) {
                   audio.deliver({{0.5F, 0.5F}});
                   ++deliveries_;
                   // A microphone has pauses too; without them nobody else gets at the tap.
@@ -31,11 +34,14 @@ class Speaker {
               }
           }) {}
 
+    ~Speaker() { isSilenced_ = true; }
+
     int deliveries() const { return deliveries_; }
 
   private:
+    std::atomic<bool> isSilenced_ = false;
     std::atomic<int> deliveries_ = 0;
-    std::jthread thread_;
+    JoiningThread thread_;
 };
 
 TEST(Threads, ChunksAlwaysGoToTheClientOfTheMomentWhileClientsAreReplaced) {
@@ -100,7 +106,7 @@ TEST(Threads, FinishCompletesOnceWhenTheCloseMeetsTheCloseDeadline) {
         auto& session = *test.platform.webSockets().sessions().back();
         test.task().close();
         std::barrier together(2);
-        std::jthread delegateQueue([&] {
+        JoiningThread delegateQueue([&] {
             together.arrive_and_wait();
             session.runDelegateQueue();
         });
@@ -120,7 +126,7 @@ TEST(Threads, ConnectCompletesOnceWhenTheCloseMeetsTheOpenDeadline) {
         auto& session = *test.platform.webSockets().sessions().back();
         test.task().close();
         std::barrier together(2);
-        std::jthread delegateQueue([&] {
+        JoiningThread delegateQueue([&] {
             together.arrive_and_wait();
             session.runDelegateQueue();
         });
@@ -139,13 +145,13 @@ TEST(Threads, AudioIsSentWhileTheServiceCloses) {
         test.platform.webSockets().setAutomatic(false);
         auto& session = *test.platform.webSockets().sessions().back();
         std::barrier together(3);
-        std::jthread audio([&] {
+        JoiningThread audio([&] {
             together.arrive_and_wait();
             for (int chunk = 0; chunk < 20; ++chunk) {
                 test.client->send("ab");
             }
         });
-        std::jthread delegateQueue([&] {
+        JoiningThread delegateQueue([&] {
             together.arrive_and_wait();
             test.task().notifyClose();
             session.runDelegateQueue();
@@ -166,7 +172,7 @@ TEST(Threads, TranscriptsOfTheDelegateQueueReachTheMainThreadInOrder) {
     test.connectAndOpen();
     test.platform.webSockets().setAutomatic(false);
     auto& session = *test.platform.webSockets().sessions().back();
-    std::jthread delegateQueue([&] {
+    JoiningThread delegateQueue([&] {
         for (int i = 0; i < rounds; ++i) {
             test.task().deliverText(simulated::transcriptJson(std::to_string(i), true));
             session.runDelegateQueue();
@@ -184,7 +190,7 @@ TEST(Threads, AnswerAboutTheMicrophoneComesFromAnyThread) {
     ApplicationUnderTest app;
     app.platform.captureAuthorization().holdsAnswers = true;
     app.launch();
-    std::jthread answering([&] { app.platform.captureAuthorization().answer(true); });
+    JoiningThread answering([&] { app.platform.captureAuthorization().answer(true); });
     EXPECT_TRUE(app.platform.time().runUntil([&] {
         return app.platform.log().count("TarvikDictate: launch-time mic request → true") == 1;
     }));

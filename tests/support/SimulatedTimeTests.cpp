@@ -1,9 +1,9 @@
 #include <gtest/gtest.h>
 
 #include <string>
-#include <thread>
 #include <vector>
 
+#include "tests/support/JoiningThread.h"
 #include "tests/support/SimulatedTime.h"
 
 namespace tarvik::simulated {
@@ -106,7 +106,7 @@ TEST_F(Time, TimerMayBeDroppedInsideItsBlock) {
 
 TEST_F(Time, BlocksOfOtherThreadsAreWaitedFor) {
     bool ran = false;
-    std::jthread other([&] { time.async([&] { ran = true; }); });
+    JoiningThread other([&] { time.async([&] { ran = true; }); });
     EXPECT_TRUE(time.runUntil([&] { return ran; }));
 }
 

@@ -3,11 +3,11 @@
 #include <atomic>
 #include <barrier>
 #include <memory>
-#include <thread>
 
 #include "base/AtomicReference.h"
 #include "base/OneShot.h"
 #include "base/Weakly.h"
+#include "tests/support/JoiningThread.h"
 
 namespace tarvik {
 namespace {
@@ -82,7 +82,7 @@ TEST(OneShot, IsTakenByExactlyOneOfTwoThreads) {
                 taken();
             }
         };
-        std::jthread other(takeAndCall);
+        simulated::JoiningThread other(takeAndCall);
         takeAndCall();
         other.join();
         ASSERT_EQ(calls, 1);
@@ -91,7 +91,7 @@ TEST(OneShot, IsTakenByExactlyOneOfTwoThreads) {
 
 TEST(AtomicReference, IsReadByOneThreadWhileAnotherReplacesIt) {
     AtomicReference<const int> reference;
-    std::jthread writer([&] {
+    simulated::JoiningThread writer([&] {
         for (int number = 1; number <= 2000; ++number) {
             reference.store(std::make_shared<const int>(number));
         }

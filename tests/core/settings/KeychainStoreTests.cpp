@@ -1,10 +1,10 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <thread>
 #include <vector>
 
 #include "settings/KeychainStore.h"
+#include "tests/support/JoiningThread.h"
 #include "tests/support/SimulatedPlatform.h"
 
 namespace tarvik {
@@ -90,7 +90,7 @@ TEST(KeychainStore, IsOneAndTheSameForEveryThreadThatAsksFirst) {
     simulated::SimulatedPlatform platform;
     std::vector<KeychainStore*> seen(8);
     {
-        std::vector<std::jthread> threads;
+        std::vector<simulated::JoiningThread> threads;
         for (KeychainStore*& store : seen) {
             threads.emplace_back([&store] { store = &KeychainStore::shared(); });
         }
