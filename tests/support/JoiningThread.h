@@ -18,6 +18,8 @@ class JoiningThread {
         }
     }
 
+    void join() { thread_.join(); }
+
   private:
     std::thread thread_;
 };
