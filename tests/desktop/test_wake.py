@@ -35,7 +35,8 @@ class Wake(DictationTest):
 
     def test_the_hotkeys_work_after_it(self):
         self.sleep_and_wake()
-        self.assertEqual(self.application.log.count("hold-to-talk registered"), 2)
+        wait_for(lambda: self.application.log.count("hold-to-talk registered") == 2,
+                 "hotkeys registered anew")
         self.check_the_next_recording()
         self.assertEqual(self.application.log.count(WOKE), 1)
 
