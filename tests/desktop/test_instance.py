@@ -10,6 +10,7 @@ import unittest
 from application import write_settings
 from desktop import wait_for
 from dictation_test import BINARIES, DictationTest
+from windows import wait_for_window
 
 RUNNING = "TarvikDictate: it runs already"
 
@@ -30,6 +31,15 @@ class Instance(DictationTest):
             ["gdbus", "call", "--session", "--timeout", "5", "--dest", "com.tarvik.dictate",
              "--object-path", "/com/tarvik/dictate", "--method",
              "org.freedesktop.Application." + member, *arguments], check=check)
+
+    def test_a_second_start_brings_up_the_setup_window_of_the_first(self):
+        application = self.start_application(self.start_scripted_service())
+        status, _, _ = self.second_start()
+        self.assertEqual(status, 0)
+        window = wait_for_window(self.desktop)
+        wait_for(lambda: window.is_active, "the window in front")
+        self.assertEqual(window.property("_NET_WM_PID"), str(application.pid))
+        window.close()
 
     def test_a_second_start_ends_at_once_and_changes_nothing(self):
         service = self.start_scripted_service()
