@@ -40,7 +40,7 @@ double contrast(const QColor& text, const QColor& ground) {
     const QColor seen =
         QColor::fromRgbF(over(text.redF(), ground.redF()), over(text.greenF(), ground.greenF()),
                          over(text.blueF(), ground.blueF()));
-    const auto [darker, lighter] = std::minmax(luminance(seen), luminance(ground));
+    const auto [darker, lighter] = std::minmax({luminance(seen), luminance(ground)});
     return (lighter + 0.05) / (darker + 0.05);
 }
 
