@@ -50,6 +50,9 @@ class Stream:
         self.is_closed = False
 
     def say(self, text, final=True):
+        """Says a piece; not before there is sound, as no service can: the application does not
+        listen yet while its connection is only just open."""
+        wait_for(lambda: self.audio, "sound from the application")
         self.send(transcript(text, final))
 
     def send(self, message):
