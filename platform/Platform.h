@@ -88,8 +88,8 @@ class Platform {
 };
 
 /// The platform that this program was built for. `argumentCount` and `arguments` are those of main
-/// and outlive it. Main thread, once. Where the application runs already and the system leaves it to
-/// the application to notice, this tells the running instance and ends the process.
+/// and outlive it. Main thread, once. Where the application runs already and the system leaves it
+/// to the application to notice, this tells the running instance and ends the process.
 std::unique_ptr<Platform> makePlatform(int& argumentCount, char** arguments);
 
 }  // namespace tarvik::platform
