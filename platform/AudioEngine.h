@@ -29,7 +29,8 @@ struct AudioPcmBuffer {
 /// block and must not call the engine.
 using AudioTapBlock = std::function<void(const AudioPcmBuffer&)>;
 
-/// The engine's connection to the default microphone. Main thread only.
+/// The engine's connection to the default microphone, which is its bus 0; there is no other. Main
+/// thread only.
 class AudioInputNode {
   public:
     virtual ~AudioInputNode() = default;
@@ -43,8 +44,8 @@ class AudioInputNode {
     /// runs. At most one tap a bus.
     virtual void installTapOnBus(std::uint32_t bus, std::uint32_t bufferSize,
                                  const AudioFormat& format, AudioTapBlock block) = 0;
-    /// Delivers what has been collected so far as a last, shorter buffer, on the calling thread and
-    /// inside the call; once this has returned, the block is not called again.
+    /// Ends the deliveries; allowed without a tap. What does not fill a buffer is dropped, and once
+    /// this has returned, the block is not called again.
     virtual void removeTapOnBus(std::uint32_t bus) = 0;
 };
 
@@ -54,11 +55,14 @@ class AudioEngine {
   public:
     virtual ~AudioEngine() = default;
 
+    /// Lives as long as the engine.
     virtual AudioInputNode& inputNode() = 0;
+    /// Gets everything ready that start() needs, so that it is quick; not required.
     virtual void prepare() = 0;
     /// Begins delivery; the error says why that is impossible. A microphone that fails later, also
     /// while it is being opened, is a configuration change.
     virtual std::optional<Error> start() = 0;
+    /// Ends delivery; allowed at any time. The tap stays, for another start().
     virtual void stop() = 0;
 };
 

@@ -105,11 +105,32 @@ TEST_P(AudioConformance, NothingArrivesOnceTheTapIsRemoved) {
     EXPECT_TRUE(isSilentFor(1));
 }
 
+TEST_P(AudioConformance, RemovingTheTapDeliversNothingItself) {
+    plugFirst(16000, 1);
+    for (int cycle = 0; cycle < 5; ++cycle) {
+        record();
+        recorder.stop();
+    }
+    EXPECT_EQ(recorder.buffersOfRemovals(), 0);
+}
+
 TEST_P(AudioConformance, NothingArrivesOnceTheEngineIsStopped) {
     plugFirst(16000, 1);
     record();
     recorder.engine().stop();
     EXPECT_TRUE(isSilentFor(1));
+    // The tap has stayed.
+    ASSERT_FALSE(recorder.engine().start());
+    EXPECT_TRUE(flows());
+}
+
+TEST_P(AudioConformance, StoppingWhatHasNotStartedAndRemovingNoTapChangesNothing) {
+    plugFirst(16000, 1);
+    recorder.removeTap();
+    recorder.engine().stop();
+    record();
+    hearsExactly(3000, 16000, 1);
+    EXPECT_EQ(recorder.changes(), 1);
 }
 
 TEST_P(AudioConformance, AnEngineRecordsAgainAfterEveryStop) {

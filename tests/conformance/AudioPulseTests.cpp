@@ -224,19 +224,6 @@ TEST_F(AudioPulse, NothingOfTheMicrophoneIsOpenAfterStop) {
     EXPECT_TRUE(streamsBecome(0));
 }
 
-TEST_F(AudioPulse, WhatDoesNotFillABufferIsDeliveredWhenTheTapIsRemoved) {
-    plugFirst(48000);
-    record();
-    ASSERT_TRUE(within([this] { return recorder.buffers() > 3; }));
-    recorder.stop();
-    const std::vector<std::uint32_t> lengths = recorder.lengths();
-    for (std::size_t index = 0; index + 1 < lengths.size(); ++index) {
-        EXPECT_EQ(lengths[index], AudioRecorder::bufferSize);
-    }
-    EXPECT_GT(lengths.back(), 0U);
-    EXPECT_LE(lengths.back(), AudioRecorder::bufferSize);
-}
-
 TEST_F(AudioPulse, AMicrophoneThatFallsAsleepForWantOfListenersAndIsWokenIsNoChange) {
     const auto sleeps = [this] {
         const std::string sources = world.server().control({"list", "short", "sources"});

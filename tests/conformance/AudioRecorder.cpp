@@ -22,6 +22,12 @@ std::optional<Error> AudioRecorder::start() {
     return engine_->start();
 }
 
+void AudioRecorder::removeTap() {
+    remover_ = std::this_thread::get_id();
+    engine_->inputNode().removeTapOnBus(0);
+    remover_ = std::thread::id();
+}
+
 void AudioRecorder::stop() {
     wantsToRun_ = false;
     removeTap();
@@ -38,6 +44,9 @@ void AudioRecorder::configurationChanged() {
 }
 
 void AudioRecorder::tapped(const platform::AudioPcmBuffer& buffer) {
+    if (std::this_thread::get_id() == remover_.load()) {
+        ++buffersOfRemovals_;
+    }
     Buffer copy{buffer.format, {}};
     for (std::uint32_t channel = 0; channel < buffer.format.channelCount; ++channel) {
         const float* samples = buffer.floatChannelData[channel];

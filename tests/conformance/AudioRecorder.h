@@ -1,10 +1,12 @@
 #pragma once
 
+#include <atomic>
 #include <cstdint>
 #include <functional>
 #include <memory>
 #include <mutex>
 #include <optional>
+#include <thread>
 #include <vector>
 
 #include "base/Error.h"
@@ -25,7 +27,7 @@ class AudioRecorder {
     std::optional<Error> start();
     /// Keeps the engine that it has, whatever changes.
     void ignoreChanges() { wantsToRun_ = false; }
-    void removeTap() { engine_->inputNode().removeTapOnBus(0); }
+    void removeTap();
     void stop();
     /// What the engine answers now.
     platform::AudioFormat format() { return engine_->inputNode().inputFormatForBus(0); }
@@ -35,6 +37,8 @@ class AudioRecorder {
     int changes() const { return changes_; }
     /// Buffers delivered so far. Any thread.
     std::size_t buffers() const;
+    /// Buffers that came inside a call of removeTap(), on its thread.
+    int buffersOfRemovals() const { return buffersOfRemovals_; }
     /// Lengths of the buffers delivered so far.
     std::vector<std::uint32_t> lengths() const;
     /// The format of the newest buffer.
@@ -56,6 +60,9 @@ class AudioRecorder {
     // Before the engine, whose thread fills them until it is gone.
     mutable std::mutex mutex_;
     std::vector<Buffer> buffers_;
+    /// The thread that is inside removeTap().
+    std::atomic<std::thread::id> remover_;
+    std::atomic<int> buffersOfRemovals_ = 0;
     std::unique_ptr<platform::AudioEngine> engine_;
     std::unique_ptr<platform::AudioObservation> observation_;
     bool wantsToRun_ = false;

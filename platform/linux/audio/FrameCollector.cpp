@@ -27,7 +27,8 @@ void FrameCollector::append(const float* samples, std::size_t frameCount) {
             samples += std::size_t{part} * format_.channelCount;
         }
         if (collected_ == capacity_) {
-            flush();
+            collected_ = 0;
+            deliver_({channels_.data(), capacity_, format_});
         }
     }
 }
@@ -43,12 +44,6 @@ void FrameCollector::copy(const float* samples, std::uint32_t frameCount) {
         for (std::size_t frame = 0; frame < frameCount; ++frame) {
             target[frame] = samples[frame * channelCount + channel];
         }
-    }
-}
-
-void FrameCollector::flush() {
-    if (const std::uint32_t frameCount = std::exchange(collected_, 0); frameCount > 0) {
-        deliver_({channels_.data(), frameCount, format_});
     }
 }
 

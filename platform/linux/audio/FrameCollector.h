@@ -18,8 +18,6 @@ class FrameCollector {
 
     /// Adds frames, interleaved, or silence when `samples` is null, and delivers every full buffer.
     void append(const float* samples, std::size_t frameCount);
-    /// Delivers what has been collected as one shorter buffer; nothing when there is nothing.
-    void flush();
 
   private:
     void copy(const float* samples, std::uint32_t frameCount);

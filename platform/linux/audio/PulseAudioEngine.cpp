@@ -112,9 +112,6 @@ void PulseAudioEngine::removeTapOnBus(std::uint32_t bus) {
     std::optional<Tap> removed;
     {
         const auto lock = server_->lock();
-        if (collector_) {
-            collector_->flush();
-        }
         collector_.reset();
         removed = std::exchange(tap_, std::nullopt);
     }

@@ -36,8 +36,6 @@ class PulseAudioEngine final : public platform::AudioEngine,
     void installTapOnBus(std::uint32_t bus, std::uint32_t bufferSize,
                          const platform::AudioFormat& format,
                          platform::AudioTapBlock block) override;
-    /// What was recorded but does not fill a buffer is delivered in this call, so that the last
-    /// word is whole.
     void removeTapOnBus(std::uint32_t bus) override;
 
     void recorded(const float* samples, std::size_t frameCount) override;
