@@ -14,8 +14,8 @@ namespace tarvik {
 /// The two system-wide hotkeys: ⌥ Space, held to talk, and ⌥ ⇧ Space, tapped to toggle.
 ///
 /// Main thread only. The callbacks run on the main thread, one at a time, in the order of the key
-/// events and after the event manager's handler has returned; one that is not set is skipped. A key
-/// held down may report several presses.
+/// events and after the event manager's handler has returned; one that is not set is skipped.
+/// Every press that the event manager reports is passed on; nothing is filtered here.
 ///
 /// The event manager holds only the bare address of a started object: the owner keeps it alive
 /// until stop(), for destruction unregisters nothing. It is made with std::make_shared.
@@ -37,14 +37,6 @@ class ToggleHotkey : public std::enable_shared_from_this<ToggleHotkey> {
     void stop();
 
   private:
-    static constexpr std::uint32_t keyCode = platform::spaceKeyCode;
-    static constexpr std::uint32_t holdModifiers = platform::optionKeyMask;
-    static constexpr std::uint32_t toggleModifiers =
-        platform::optionKeyMask | platform::shiftKeyMask;
-    static constexpr std::uint32_t hotKeySignature = platform::fourCharacterCode("TaDi");
-    static constexpr std::uint32_t holdID = 1;
-    static constexpr std::uint32_t toggleID = 2;
-
     static platform::OSStatus handleEvent(platform::EventHandlerCall* next, platform::Event* event,
                                           void* userData);
 
@@ -55,6 +47,14 @@ class ToggleHotkey : public std::enable_shared_from_this<ToggleHotkey> {
     platform::EventHotKeyRef holdRef_ = nullptr;
     platform::EventHotKeyRef toggleRef_ = nullptr;
     platform::EventHandlerRef eventHandlerRef_ = nullptr;
+
+    static constexpr std::uint32_t keyCode = platform::spaceKeyCode;
+    static constexpr std::uint32_t holdModifiers = platform::optionKeyMask;
+    static constexpr std::uint32_t toggleModifiers =
+        platform::optionKeyMask | platform::shiftKeyMask;
+    static constexpr std::uint32_t hotKeySignature = platform::fourCharacterCode("TaDi");
+    static constexpr std::uint32_t holdID = 1;
+    static constexpr std::uint32_t toggleID = 2;
 
     platform::EventManager& eventManager_;
     platform::MainQueue& mainQueue_;

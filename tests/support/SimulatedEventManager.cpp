@@ -63,6 +63,7 @@ platform::OSStatus SimulatedEventManager::registerEventHotKey(
                  std::to_string(id.id) + " " + std::to_string(options));
     if (const auto status = registerStatus.find(id.id);
         status != registerStatus.end() && status->second != platform::noErr) {
+        *outRef = reinterpret_cast<platform::EventHotKeyRef>(&handles_.emplace_back());
         return status->second;
     }
     if (target != reinterpret_cast<platform::EventTarget*>(&target_)) {

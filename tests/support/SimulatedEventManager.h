@@ -65,7 +65,7 @@ class SimulatedEventManager final : public platform::EventManager {
 
     /// What installing a handler answers.
     platform::OSStatus installStatus = platform::noErr;
-    /// What registering under an identifier answers.
+    /// What registering under an identifier answers; a failure comes with a handle all the same.
     std::map<std::uint32_t, platform::OSStatus> registerStatus;
     /// Identifiers whose registration succeeds without a handle.
     std::set<std::uint32_t> withoutHandle;

@@ -146,6 +146,15 @@ TEST_F(Hotkeys, SuccessWithoutAHandleIsAFailureWithStatusZero) {
     EXPECT_TRUE(platform.journal().linesWithPrefix("unregisterEventHotKey").empty());
 }
 
+TEST_F(Hotkeys, HandleThatComesWithAFailureIsNotKept) {
+    events().registerStatus = {{hold, -9879}, {toggle, -50}};
+    hotkeys->start();
+    EXPECT_EQ(platform.log().lines(), Lines({"TarvikDictate: hold register failed: -9879",
+                                             "TarvikDictate: toggle register failed: -50"}));
+    hotkeys->stop();
+    EXPECT_TRUE(platform.journal().linesWithPrefix("unregisterEventHotKey").empty());
+}
+
 TEST_F(Hotkeys, StopUndoesEverythingInOrderAndLogsNothing) {
     hotkeys->start();
     platform.journal().clear();
