@@ -33,7 +33,7 @@ struct Font {
     bool operator==(const Font&) const = default;
 };
 
-/// A picture that can stand in the status item or in an image view.
+/// A picture that can stand in the status item or in an image view. Main thread only.
 class Image {
   public:
     virtual ~Image() = default;

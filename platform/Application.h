@@ -34,6 +34,7 @@ class ApplicationDelegate {
     /// The user opened the running application again. The answer is whether the system should do
     /// what it usually does.
     virtual bool applicationShouldHandleReopen(bool hasVisibleWindows) = 0;
+    /// The user asked the desktop for `action`.
     virtual void applicationShouldPerform(ApplicationAction action) = 0;
 };
 
@@ -44,6 +45,8 @@ class Application {
 
     /// The application holds the delegate until it is destroyed.
     virtual void setDelegate(std::shared_ptr<ApplicationDelegate> delegate) = 0;
+    /// Decides whether the desktop lists the application among those that the user switches
+    /// between. Nothing happens where windows alone decide that.
     virtual void setActivationPolicy(ActivationPolicy policy) = 0;
     /// Runs the event loop; comes back, with the process's exit status, only after terminate().
     virtual int run() = 0;
