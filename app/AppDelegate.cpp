@@ -1,7 +1,5 @@
 #include "app/AppDelegate.h"
 
-#include <utility>
-
 #include "base/Required.h"
 #include "base/Text.h"
 #include "base/Weakly.h"
@@ -20,6 +18,8 @@ constexpr std::string_view welcomeVersionKey = "lastWelcomeShownForVersion";
 /// Long enough for the permission prompts of a first launch to have come up before the window does.
 constexpr Seconds welcomeDelay{4.0};
 constexpr Seconds ordinaryLaunchDelay{0.4};
+/// In seconds, as the shell's sleep takes them.
+constexpr auto restartDelay = "0.5";
 
 }  // namespace
 
@@ -85,6 +85,8 @@ void AppDelegate::applicationWillTerminate() {
     if (audio_) {
         audio_->stop();
     }
+    // One that could not start has kept its callback.
+    audio_.reset();
 }
 
 void AppDelegate::handleSystemWake() {
@@ -104,7 +106,7 @@ void AppDelegate::handleSystemWake() {
 }
 
 void AppDelegate::restartApp() {
-    relaunch(platform_, "0.5");
+    relaunch(platform_, restartDelay);
 }
 
 }  // namespace tarvik

@@ -17,7 +17,8 @@ namespace tarvik {
 /// item with its menu, and the API key prompt.
 ///
 /// Made once at process start with std::make_shared and alive until the process ends. Main thread
-/// only; what it hands to others holds it weakly, but for the chunk callback of a recording.
+/// only; what it hands to others holds it weakly, but for the chunk callback of a recording and a
+/// transcript on its way.
 class AppDelegate : public platform::ApplicationDelegate,
                     public std::enable_shared_from_this<AppDelegate> {
   public:
@@ -27,7 +28,8 @@ class AppDelegate : public platform::ApplicationDelegate,
     bool applicationShouldHandleReopen(bool hasVisibleWindows) override;
     void applicationShouldPerform(platform::ApplicationAction action) override;
 
-    /// Ends a capture that still runs, so that nothing holds the delegate when the process ends.
+    /// Ends the capture and lets it go, so that nothing holds the delegate when the process ends.
+    /// No recording can be started or stopped after that.
     void applicationWillTerminate();
 
     /// The machine has woken: a recording is abandoned, and the hotkeys are registered anew.
@@ -44,8 +46,8 @@ class AppDelegate : public platform::ApplicationDelegate,
     /// Starts a recording; nothing happens while one runs. Without a stored key the key prompt
     /// follows instead.
     void startRecording();
-    /// Ends the recording; nothing happens when none runs. Audio of the next 0.3 seconds is still
-    /// captured, and transcripts that still arrive are still inserted.
+    /// Ends the recording; nothing happens when none runs. The capture goes on for 0.3 seconds,
+    /// unheard, for a recording that follows at once; transcripts that still arrive are inserted.
     void stopRecording();
 
     bool isRecording() const { return isRecording_; }

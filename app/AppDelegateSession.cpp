@@ -1,3 +1,4 @@
+#include <cmath>
 #include <utility>
 
 #include "app/AppDelegate.h"
@@ -13,12 +14,11 @@ namespace tarvik {
 
 namespace {
 
-/// What was spoken right before the keys went up is still in the microphone's buffers.
+/// A recording that begins within this time keeps the engine running.
 constexpr Seconds deferredStopDelay{0.3};
 constexpr Seconds callToActionDelay{1.0};
-/// In hertz; announced when the microphone reports no rate.
+/// In hertz; announced when the microphone reports no rate that makes sense.
 constexpr std::int64_t fallbackSampleRate = 48000;
-constexpr std::uint32_t inputBus = 0;
 
 }  // namespace
 
@@ -73,9 +73,9 @@ void AppDelegate::startRecording() {
 }
 
 std::int64_t AppDelegate::inputSampleRate() {
-    const double rate =
-        required(audio_).engine().inputNode().inputFormatForBus(inputBus).sampleRate;
-    return rate > 0 ? static_cast<std::int64_t>(rate) : fallbackSampleRate;
+    platform::AudioInputNode& input = required(audio_).engine().inputNode();
+    const double rate = input.inputFormatForBus(AudioCapture::inputBus).sampleRate;
+    return rate > 0 && std::isfinite(rate) ? static_cast<std::int64_t>(rate) : fallbackSampleRate;
 }
 
 // Neither isRecording_ nor the session number is looked at: a connection that opens late starts the
@@ -85,7 +85,7 @@ void AppDelegate::handleConnected(bool isOpen) {
         return;
     }
     // Holds the delegate strongly: the delivery thread reads its client without asking whether it
-    // lives. The capture forgets the callback when it stops.
+    // lives. The capture forgets the callback when it stops or, if it could not start, at its end.
     required(audio_).start([self = shared_from_this()](PcmChunk chunk) {
         if (const std::shared_ptr<DeepgramClient> client = self->deepgram_.load()) {
             client->send(std::move(chunk));

@@ -1,3 +1,8 @@
+#include <functional>
+#include <string>
+#include <utility>
+#include <vector>
+
 #include "app/AppDelegate.h"
 #include "base/Required.h"
 #include "base/Weakly.h"

@@ -16,7 +16,7 @@ void AudioCapture::start(ChunkCallback onPcm) {
     if (isRunning_) {
         return;
     }
-    currentOnPCM_->store(std::make_shared<const ChunkCallback>(std::move(onPcm)));
+    currentOnPCM_->store(onPcm ? std::make_shared<const ChunkCallback>(std::move(onPcm)) : nullptr);
     attachAndStart();
 }
 
@@ -32,7 +32,7 @@ void AudioCapture::attachAndStart() {
         [weakCallback = std::weak_ptr(currentOnPCM_)](const platform::AudioPcmBuffer& buffer) {
             const auto cell = weakCallback.lock();
             const auto callback = cell ? cell->load() : nullptr;
-            if (!callback || !*callback) {
+            if (!callback) {
                 return;
             }
             if (std::optional<PcmChunk> chunk = float32ToInt16LE(buffer)) {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdint>
 #include <functional>
 #include <memory>
 
@@ -20,6 +21,9 @@ class AudioCapture {
   public:
     using ChunkCallback = std::function<void(PcmChunk)>;
 
+    /// The bus of the engine's input node that is captured.
+    static constexpr std::uint32_t inputBus = 0;
+
     AudioCapture(platform::AudioService& service, platform::Log& log);
     AudioCapture(const AudioCapture&) = delete;
     AudioCapture& operator=(const AudioCapture&) = delete;
@@ -27,15 +31,16 @@ class AudioCapture {
     /// The engine of the moment; its input format is what chunks will have.
     platform::AudioEngine& engine() { return *engine_; }
 
-    /// Begins to deliver chunks to `onPcm`. While capture is running the callback stays as it is. A
-    /// failure is only logged, and no chunk comes.
+    /// Begins to deliver chunks to `onPcm`, which may be empty. While capture is running the
+    /// callback stays as it is. A failure is only logged, and no chunk comes; the callback is kept
+    /// then until the next start() or destruction.
     void start(ChunkCallback onPcm);
 
-    /// Ends the capture and forgets the callback; no chunk comes after that.
+    /// Ends the capture and forgets the callback; no chunk comes after that. Nothing happens while
+    /// no capture runs.
     void stop();
 
   private:
-    static constexpr std::uint32_t inputBus = 0;
     /// In frames.
     static constexpr std::uint32_t tapBufferSize = 2048;
 

@@ -9,9 +9,9 @@ std::vector<std::string> SimulatedAudioEngineRecord::calls() const {
     return calls_;
 }
 
-bool SimulatedAudioEngineRecord::hasTap() const {
+platform::AudioTapBlock SimulatedAudioEngineRecord::tap() const {
     const std::lock_guard lock(tapMutex_);
-    return tap_ != nullptr;
+    return tap_;
 }
 
 bool SimulatedAudioEngineRecord::deliver(const platform::AudioPcmBuffer& buffer) {
@@ -64,21 +64,21 @@ void SimulatedAudioEngine::stop() {
     record_->running_ = false;
 }
 
-platform::AudioFormat SimulatedAudioEngine::inputFormatForBus(std::uint32_t /*bus*/) {
-    note("inputFormat");
+platform::AudioFormat SimulatedAudioEngine::inputFormatForBus(std::uint32_t bus) {
+    note("inputFormat " + std::to_string(bus));
     return surroundings_.inputFormat();
 }
 
-void SimulatedAudioEngine::installTapOnBus(std::uint32_t /*bus*/, std::uint32_t bufferSize,
+void SimulatedAudioEngine::installTapOnBus(std::uint32_t bus, std::uint32_t bufferSize,
                                            const platform::AudioFormat& format,
                                            platform::AudioTapBlock block) {
-    note("installTap " + std::to_string(bufferSize) + " " +
+    note("installTap " + std::to_string(bus) + " " + std::to_string(bufferSize) + " " +
          std::to_string(static_cast<long>(format.sampleRate)));
     record_->setTap(std::move(block));
 }
 
-void SimulatedAudioEngine::removeTapOnBus(std::uint32_t /*bus*/) {
-    note("removeTap");
+void SimulatedAudioEngine::removeTapOnBus(std::uint32_t bus) {
+    note("removeTap " + std::to_string(bus));
     record_->setTap(nullptr);
 }
 

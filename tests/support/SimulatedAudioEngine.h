@@ -15,10 +15,13 @@ namespace tarvik::simulated {
 /// look at one that is gone. Any thread.
 class SimulatedAudioEngineRecord {
   public:
-    /// "inputFormat", "installTap 2048 48000", "prepare", "start", "removeTap", "stop", in order.
+    /// "inputFormat 0", "installTap 0 2048 48000", "prepare", "start", "removeTap 0", "stop", in
+    /// order; the first number is the bus.
     std::vector<std::string> calls() const;
     bool isRunning() const { return running_; }
-    bool hasTap() const;
+    /// The block of the tap, empty when there is none: what a delivery under way still calls when
+    /// the engine goes.
+    platform::AudioTapBlock tap() const;
     /// False once the engine has been destroyed.
     bool isAlive() const { return alive_; }
 

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <gtest/gtest.h>
+
 #include <memory>
 #include <string>
 #include <vector>
@@ -48,6 +50,13 @@ class ApplicationUnderTest {
         platform.userInterface().window("Tarvik Dictate")->close();
         platform.log().clear();
         platform.journal().clear();
+    }
+
+    /// The process's own reference goes; nobody else may have one.
+    void giveUpDelegate() {
+        const std::weak_ptr<AppDelegate> watched = delegate;
+        delegate.reset();
+        EXPECT_TRUE(watched.expired());
     }
 
     void pressHold() { key(holdHotkey, true); }

@@ -294,5 +294,71 @@ TEST(Delegate, WhenItIsGoneNothingThatWaitedDoesAnything) {
     EXPECT_FALSE(app.isCapturing());
 }
 
+TEST(Delegate, WhenItIsGoneTheDeferredHalfOfAStopDoesNothing) {
+    ApplicationUnderTest app;
+    app.launchAndSettle();
+    app.pressHold();
+    app.releaseHold();
+    app.giveUpDelegate();
+    app.platform.advance(Seconds(10));
+    EXPECT_TRUE(app.platform.log().linesWith("audio.stop").empty());
+}
+
+TEST(Delegate, WhenItIsGoneTheKeyPromptThatWaitsDoesNotCome) {
+    ApplicationUnderTest app(nothingStored());
+    app.launchAndSettle();
+    app.delegate->startRecording();
+    app.giveUpDelegate();
+    app.platform.advance(Seconds(10));
+    EXPECT_TRUE(app.platform.userInterface().alerts.empty());
+}
+
+TEST(Delegate, WhenItIsGoneTheFinishOfAnAbandonedRecordingDoesNothing) {
+    ApplicationUnderTest app;
+    app.launchAndSettle();
+    app.startStreaming();
+    app.platform.workspace().wake();
+    app.giveUpDelegate();
+    EXPECT_TRUE(app.socket().cancels().empty());
+    app.platform.advance(Seconds(2));
+    EXPECT_EQ(app.socket().cancels().size(), 1U);
+}
+
+class DelegateAtTheEnd : public testing::TestWithParam<void (*)(ApplicationUnderTest&)> {};
+
+TEST_P(DelegateAtTheEnd, IsHeldByNothing) {
+    ApplicationUnderTest app;
+    app.launchAndSettle();
+    GetParam()(app);
+    app.delegate->applicationWillTerminate();
+    app.giveUpDelegate();
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    States, DelegateAtTheEnd,
+    testing::Values([](ApplicationUnderTest&) {},
+                    [](ApplicationUnderTest& app) { app.startStreaming(); },
+                    [](ApplicationUnderTest& app) {
+                        app.platform.audio().removeInput();
+                        app.startStreaming();
+                    },
+                    [](ApplicationUnderTest& app) {
+                        app.platform.audio().setStartFailure(Error{16, "device busy"});
+                        app.startStreaming();
+                    },
+                    [](ApplicationUnderTest& app) {
+                        app.startStreaming();
+                        app.platform.audio().removeInput();
+                        app.platform.audio().changeConfiguration();
+                        app.platform.runUntilIdle();
+                    }));
+
+TEST(DelegateDeathTest, WakeOrStartBeforeTheLaunchStopsTheProcess) {
+    GTEST_FLAG_SET(death_test_style, "threadsafe");
+    ApplicationUnderTest app;
+    EXPECT_DEATH(app.delegate->handleSystemWake(), "");
+    EXPECT_DEATH(app.delegate->startRecording(), "");
+}
+
 }  // namespace
 }  // namespace tarvik

@@ -26,7 +26,7 @@ TEST_F(Session, StartTakesItsStepsInOrder) {
     EXPECT_EQ(app.platform.journal().lines(),
               Lines({"log TarvikDictate: startRecording (session=1)", "frontmostApplication",
                      "copyAttributeValue AXFocusedUIElement", "setImage mic.fill",
-                     "setContentTintColor red", "audio inputFormat", "makeSession",
+                     "setContentTintColor red", "audio inputFormat 0", "makeSession",
                      "webSocketTask wss://api.deepgram.com/v1/listen?model=nova-3&smart_format=true"
                      "&punctuate=true&interim_results=true&mip_opt_out=true&encoding=linear16"
                      "&sample_rate=48000&channels=1"}));
@@ -78,9 +78,21 @@ TEST_F(Session, StopEndsTheCaptureAndClosesTheStreamThreeTenthsOfASecondLater) {
     EXPECT_TRUE(app.isCapturing());
     EXPECT_TRUE(app.socket().sentTexts().empty());
     app.platform.advance(Seconds(0.01));
-    EXPECT_EQ(app.platform.journal().lines(), Lines({"audio removeTap", "audio stop",
+    EXPECT_EQ(app.platform.journal().lines(), Lines({"audio removeTap 0", "audio stop",
                                                      "log TarvikDictate: audio.stop (session=1)"}));
     EXPECT_EQ(app.socket().sentTexts(), Lines({closeStream}));
+}
+
+TEST_F(Session, CaptureThatRunsKeepsTheDelegateAlive) {
+    app.startStreaming();
+    const std::weak_ptr<AppDelegate> watched = app.delegate;
+    app.delegate.reset();
+    EXPECT_TRUE(app.speak());
+    EXPECT_EQ(app.socket().sentData().size(), 1U);
+    app.releaseHold();
+    app.platform.advance(Seconds(0.3));
+    EXPECT_FALSE(app.isCapturing());
+    EXPECT_TRUE(watched.expired());
 }
 
 TEST_F(Session, ChunksBetweenTheStopAndItsDeferredHalfAreDropped) {
@@ -97,7 +109,7 @@ TEST_F(Session, PressAndReleaseBeforeTheConnectionOpensCapturesNothing) {
     EXPECT_EQ(app.logLines(), Lines({"TarvikDictate: startRecording (session=1)",
                                      "TarvikDictate: stopRecording (session=1)",
                                      "TarvikDictate: audio.stop (session=1)"}));
-    EXPECT_EQ(app.platform.audio().lastEngine()->calls(), Lines({"inputFormat"}));
+    EXPECT_EQ(app.platform.audio().lastEngine()->calls(), Lines({"inputFormat 0"}));
     // Its finish completed at once, so nothing was sent and nothing is waited for but the opening.
     app.platform.advance(Seconds(4));
     EXPECT_TRUE(app.socket().cancels().empty());
@@ -178,6 +190,32 @@ TEST_F(Session, ServiceErrorIsOnlyLoggedAndWithoutThePrefix) {
     EXPECT_TRUE(app.delegate->isRecording());
     EXPECT_TRUE(app.hasRedIcon());
     EXPECT_TRUE(app.isCapturing());
+}
+
+TEST_F(Session, MicrophoneThatCannotBeCapturedIsOnlyLoggedAndTheNextSessionTriesAgain) {
+    const auto sessionHears = [this](const std::string& logged) {
+        app.platform.log().clear();
+        app.startStreaming();
+        EXPECT_EQ(app.platform.log().linesWith("AudioCapture: "),
+                  logged.empty() ? Lines() : Lines({logged}));
+        EXPECT_TRUE(app.hasRedIcon());
+        const bool heard = app.speak();
+        EXPECT_EQ(app.socket().sentData().size(), heard ? 1U : 0U);
+        app.platform.advance(Seconds(10));
+        EXPECT_TRUE(app.hasRedIcon());
+        app.releaseHold();
+        app.platform.advance(Seconds(10));
+        EXPECT_EQ(app.platform.log().linesWith("TarvikDictate: audio.stop").size(), 1U);
+        return heard;
+    };
+    app.platform.audio().removeInput();
+    EXPECT_FALSE(
+        sessionHears("AudioCapture: input has no format (mic permission missing or no device?)"));
+    app.platform.audio().setInputFormat({48000, 1});
+    app.platform.audio().setStartFailure(Error{16, "device busy"});
+    EXPECT_FALSE(sessionHears("AudioCapture: engine.start failed — device busy"));
+    app.platform.audio().setStartFailure(std::nullopt);
+    EXPECT_TRUE(sessionHears(""));
 }
 
 TEST_F(Session, ToggleStartsAndTogglesOff) {
@@ -272,12 +310,13 @@ TEST_P(SessionWithInputRate, AnnouncesTheRateInWholeHertz) {
               std::string::npos);
 }
 
-INSTANTIATE_TEST_SUITE_P(Rates, SessionWithInputRate,
-                         testing::Values(std::pair(44100.0, "44100"), std::pair(44100.9, "44100"),
-                                         std::pair(8000.0, "8000"), std::pair(192000.0, "192000"),
-                                         std::pair(0.0, "48000"), std::pair(-1.0, "48000"),
-                                         std::pair(std::numeric_limits<double>::quiet_NaN(),
-                                                   "48000")));
+INSTANTIATE_TEST_SUITE_P(
+    Rates, SessionWithInputRate,
+    testing::Values(std::pair(44100.0, "44100"), std::pair(44100.9, "44100"),
+                    std::pair(8000.0, "8000"), std::pair(192000.0, "192000"),
+                    std::pair(0.0, "48000"), std::pair(-1.0, "48000"),
+                    std::pair(std::numeric_limits<double>::infinity(), "48000"),
+                    std::pair(std::numeric_limits<double>::quiet_NaN(), "48000")));
 
 TEST(SessionKey, IsSentAsItIsStored) {
     ApplicationUnderTest app({{"deepgramApiKey", std::string(" spaced key ")}});

@@ -38,7 +38,7 @@ TEST(Wake, AbandonsARecordingBeforeItRegistersTheHotkeysAnew) {
     app.platform.journal().clear();
     app.platform.workspace().wake();
     Lines expected = reRegistration();
-    const Lines abandoning = {"setImage mic", "setContentTintColor none", "audio removeTap",
+    const Lines abandoning = {"setImage mic", "setContentTintColor none", "audio removeTap 0",
                               "audio stop"};
     expected.insert(expected.begin() + 1, abandoning.begin(), abandoning.end());
     EXPECT_EQ(app.platform.journal().lines(), expected);

@@ -48,7 +48,7 @@ TEST_F(Capture, StartInstallsATapOf2048FramesInTheInputFormat) {
     platform.audio().setInputFormat({44100, 2});
     start();
     EXPECT_EQ(platform.audio().lastEngine()->calls(),
-              Lines({"inputFormat", "installTap 2048 44100", "prepare", "start"}));
+              Lines({"inputFormat 0", "installTap 0 2048 44100", "prepare", "start"}));
     EXPECT_TRUE(platform.audio().lastEngine()->isRunning());
     EXPECT_TRUE(platform.log().lines().empty());
 }
@@ -99,7 +99,7 @@ TEST_F(Capture, StartingTwiceKeepsTheFirstCallbackAndOneTap) {
     EXPECT_EQ(chunks.size(), 1U);
     EXPECT_FALSE(second);
     EXPECT_EQ(platform.audio().lastEngine()->calls(),
-              Lines({"inputFormat", "installTap 2048 48000", "prepare", "start"}));
+              Lines({"inputFormat 0", "installTap 0 2048 48000", "prepare", "start"}));
 }
 
 class CaptureWithoutRate : public testing::TestWithParam<double> {};
@@ -110,7 +110,7 @@ TEST_P(CaptureWithoutRate, IsLoggedAndCapturesNothing) {
     platform.audio().setInputFormat({GetParam(), 1});
     capture.start([](PcmChunk) {});
     EXPECT_EQ(platform.log().lines(), Lines({noFormat}));
-    EXPECT_EQ(platform.audio().lastEngine()->calls(), Lines({"inputFormat"}));
+    EXPECT_EQ(platform.audio().lastEngine()->calls(), Lines({"inputFormat 0"}));
     // It is still idle, so a microphone that is there by the next start is captured.
     platform.audio().setInputFormat({48000, 1});
     capture.start([](PcmChunk) {});
@@ -125,8 +125,9 @@ TEST_F(Capture, EngineThatDoesNotStartIsLoggedAndItsTapRemoved) {
     platform.audio().setStartFailure(Error{16, "device busy"});
     start();
     EXPECT_EQ(platform.log().lines(), Lines({"AudioCapture: engine.start failed — device busy"}));
-    EXPECT_EQ(platform.audio().lastEngine()->calls(),
-              Lines({"inputFormat", "installTap 2048 48000", "prepare", "start", "removeTap"}));
+    EXPECT_EQ(
+        platform.audio().lastEngine()->calls(),
+        Lines({"inputFormat 0", "installTap 0 2048 48000", "prepare", "start", "removeTap 0"}));
     // Idle: a configuration change rebuilds nothing, a stop does nothing, a start tries again.
     changeConfiguration();
     capture->stop();
@@ -137,12 +138,34 @@ TEST_F(Capture, EngineThatDoesNotStartIsLoggedAndItsTapRemoved) {
     EXPECT_EQ(chunks.size(), 1U);
 }
 
+TEST_F(Capture, FailedStartKeepsTheCallbackUntilTheNextStart) {
+    auto held = std::make_shared<int>();
+    const std::weak_ptr<int> watched = held;
+    platform.audio().setStartFailure(Error{16, "device busy"});
+    capture->start([held = std::move(held)](PcmChunk) {});
+    capture->stop();
+    EXPECT_FALSE(watched.expired());
+    start();
+    EXPECT_TRUE(watched.expired());
+}
+
+TEST_F(Capture, StartWithoutACallbackCapturesForNobodyAndIsNotRebuilt) {
+    capture->start({});
+    EXPECT_TRUE(platform.audio().lastEngine()->isRunning());
+    EXPECT_TRUE(platform.audio().deliver({{0.5F}}));
+    changeConfiguration();
+    EXPECT_EQ(platform.log().lines(), Lines({changed}));
+    EXPECT_EQ(platform.audio().engines().size(), 1U);
+    capture->stop();
+    EXPECT_FALSE(platform.audio().lastEngine()->isRunning());
+}
+
 TEST_F(Capture, StopRemovesTheTapAndStopsTheEngine) {
     start();
     capture->stop();
-    EXPECT_EQ(
-        platform.audio().lastEngine()->calls(),
-        Lines({"inputFormat", "installTap 2048 48000", "prepare", "start", "removeTap", "stop"}));
+    EXPECT_EQ(platform.audio().lastEngine()->calls(),
+              Lines({"inputFormat 0", "installTap 0 2048 48000", "prepare", "start", "removeTap 0",
+                     "stop"}));
     EXPECT_FALSE(platform.audio().deliver({{0.5F}}));
     EXPECT_TRUE(chunks.empty());
     EXPECT_TRUE(platform.log().lines().empty());
@@ -198,8 +221,8 @@ TEST_F(Capture, ConfigurationChangeWhileCapturingRebuildsTheEngineWithTheSameCal
     platform.audio().setInputFormat({16000, 1});
     changeConfiguration();
     EXPECT_EQ(platform.journal().lines(),
-              Lines({std::string("log ") + changed, "audio removeTap", "audio stop", "makeEngine",
-                     "audio inputFormat", "audio installTap 2048 16000", "audio prepare",
+              Lines({std::string("log ") + changed, "audio removeTap 0", "audio stop", "makeEngine",
+                     "audio inputFormat 0", "audio installTap 0 2048 16000", "audio prepare",
                      "audio start"}));
     ASSERT_EQ(platform.audio().engines().size(), 2U);
     EXPECT_FALSE(platform.audio().engines()[0]->isAlive());
@@ -257,8 +280,11 @@ TEST_F(Capture, DestructionStopsObservingAndLetsTheEngineGoWithoutCalls) {
 
 TEST_F(Capture, TapOfACaptureThatIsGoneDeliversNothing) {
     start();
+    const platform::AudioTapBlock tap = platform.audio().lastEngine()->tap();
     capture.reset();
-    platform.audio().deliver({{0.5F}});
+    const float sample = 0.5F;
+    const float* channel = &sample;
+    tap({&channel, 1, {48000, 1}});
     changeConfiguration();
     EXPECT_TRUE(chunks.empty());
     EXPECT_TRUE(platform.log().lines().empty());
