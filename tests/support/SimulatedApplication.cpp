@@ -12,13 +12,12 @@ void SimulatedApplication::setDelegate(std::shared_ptr<platform::ApplicationDele
 
 void SimulatedApplication::setActivationPolicy(platform::ActivationPolicy policy) {
     journal_.add("setActivationPolicy " + std::to_string(static_cast<int>(policy)));
-    activationPolicy_ = policy;
 }
 
 int SimulatedApplication::run() {
     journal_.add("run");
     if (delegate_ && !isTerminated_) {
-        time_.async([this] { launch(notification); });
+        time_.async([this] { delegate_->applicationDidFinishLaunching({}); });
     }
     while (!isTerminated_) {
         if (!time_.runNext() && !time_.runUntil([this] { return time_.waitingBlocks() > 0; })) {
@@ -31,15 +30,6 @@ int SimulatedApplication::run() {
 void SimulatedApplication::terminate() {
     journal_.add("terminate");
     isTerminated_ = true;
-}
-
-void SimulatedApplication::activateIgnoringOtherApps() {
-    journal_.add("activateIgnoringOtherApps");
-    activations_.push_back(time_.now());
-}
-
-void SimulatedApplication::launch(const platform::LaunchNotification& launchNotification) {
-    delegate_->applicationDidFinishLaunching(launchNotification);
 }
 
 bool SimulatedApplication::reopen(bool hasVisibleWindows) {

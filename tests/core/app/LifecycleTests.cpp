@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include "app/RunApplication.h"
 #include "tests/core/app/ApplicationUnderTest.h"
 
 namespace tarvik {
@@ -48,15 +49,20 @@ TEST(Construction, DoesNothingYet) {
     EXPECT_EQ(app.platform.journal().lines(), Lines());
 }
 
-TEST(Launch, HappensInTheFirstTurnOfTheLoopAndQuitEndsIt) {
-    ApplicationUnderTest app;
-    app.platform.application().setDelegate(app.delegate);
-    app.platform.time().asyncAfter(Seconds(10), [&] {
-        EXPECT_TRUE(app.platform.userInterface().statusItem()->menu->choose("Quit"));
+TEST(Process, RunsAsAnAccessoryFromTheLaunchToQuitAndLetsTheCaptureGo) {
+    simulated::SimulatedPlatform platform(settled());
+    platform.time().asyncAfter(Seconds(10), [&] {
+        EXPECT_TRUE(platform.audio().lastEngine()->isAlive());
+        EXPECT_TRUE(platform.userInterface().statusItem()->menu->choose("Quit"));
     });
-    EXPECT_EQ(app.platform.application().run(), 0);
-    EXPECT_EQ(app.platform.journal().count("installMainMenu"), 1U);
-    EXPECT_TRUE(app.platform.application().isTerminated());
+    EXPECT_EQ(runApplication(platform), 0);
+    Lines lines = platform.journal().lines();
+    ASSERT_GT(lines.size(), 4U);
+    lines.resize(4);
+    EXPECT_EQ(lines, Lines({"setDelegate", "setActivationPolicy 1", "run", "installMainMenu"}));
+    EXPECT_EQ(platform.journal().count("installMainMenu"), 1U);
+    EXPECT_EQ(platform.journal().lines().back(), "terminate");
+    EXPECT_FALSE(platform.audio().lastEngine()->isAlive());
 }
 
 TEST(Launch, TakesItsStepsInOrder) {
