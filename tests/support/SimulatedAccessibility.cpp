@@ -49,7 +49,6 @@ bool SimulatedAccessibility::isProcessTrustedWithOptions(bool prompt) {
     journal_.add(std::string("isProcessTrustedWithOptions ") + (prompt ? "true" : "false"));
     if (prompt) {
         ++prompts;
-        isTrusted = isTrusted || promptGrants;
     }
     return isTrusted;
 }

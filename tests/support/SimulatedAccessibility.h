@@ -47,8 +47,6 @@ class SimulatedAccessibility final : public platform::Accessibility {
     /// What asking for the focused element answers; the value is handed out all the same.
     platform::AXError focusStatus = platform::axErrorSuccess;
     bool isTrusted = true;
-    /// Whether asking with the prompt gives the permission.
-    bool promptGrants = false;
     /// How often permission was asked for with the prompt.
     int prompts = 0;
     /// Every write to any element, refused ones too.
