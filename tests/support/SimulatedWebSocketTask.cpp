@@ -70,10 +70,6 @@ void SimulatedWebSocketTask::queueTransmission(WebSocketMessage message, SendHan
     std::optional<Error> failure = std::exchange(nextSendFailure_, std::nullopt);
     if (!failure) {
         sent_.push_back(std::move(message));
-        if (holdsSends_) {
-            heldSends_.push_back(std::move(handler));
-            return;
-        }
     }
     surroundings_.queue->submit(
         [handler = std::move(handler), failure = std::move(failure)] { handler(failure); });
@@ -194,7 +190,6 @@ void SimulatedWebSocketTask::queueEnd(Error error) {
 void SimulatedWebSocketTask::endNow(const Error& error) {
     std::vector<ReceiveHandler> receives;
     std::vector<Waiting> waiting;
-    std::vector<SendHandler> held;
     {
         const std::lock_guard lock(mutex_);
         if (state_ == State::ended) {
@@ -204,10 +199,6 @@ void SimulatedWebSocketTask::endNow(const Error& error) {
         endError_ = error;
         receives.swap(waitingReceives_);
         waiting.swap(waitingSends_);
-        held.swap(heldSends_);
-    }
-    for (const SendHandler& handler : held) {
-        handler(error);
     }
     for (const Waiting& send : waiting) {
         send.handler(error);
@@ -223,27 +214,13 @@ void SimulatedWebSocketTask::failNextSend(Error error) {
     nextSendFailure_ = std::move(error);
 }
 
-void SimulatedWebSocketTask::holdSends(bool hold) {
-    const std::lock_guard lock(mutex_);
-    holdsSends_ = hold;
-}
-
-void SimulatedWebSocketTask::completeSends() {
-    const std::lock_guard lock(mutex_);
-    for (SendHandler& handler : std::exchange(heldSends_, {})) {
-        surroundings_.queue->submit([handler = std::move(handler)] { handler(std::nullopt); });
-    }
-}
-
 void SimulatedWebSocketTask::abandon() {
     std::vector<ReceiveHandler> receives;
     std::vector<Waiting> waiting;
-    std::vector<SendHandler> held;
     const std::lock_guard lock(mutex_);
     state_ = State::ended;
     receives.swap(waitingReceives_);
     waiting.swap(waitingSends_);
-    held.swap(heldSends_);
 }
 
 SimulatedWebSocketTask::State SimulatedWebSocketTask::state() const {

@@ -51,9 +51,6 @@ class SimulatedWebSocketTask final : public platform::WebSocketTask,
     void fail(Error error);
     /// The next message that is sent fails; the connection goes on.
     void failNextSend(Error error);
-    /// While true, the handlers of sent messages wait for completeSends().
-    void holdSends(bool hold);
-    void completeSends();
 
     State state() const;
     const platform::UrlRequest& request() const { return request_; }
@@ -101,9 +98,7 @@ class SimulatedWebSocketTask final : public platform::WebSocketTask,
     std::deque<platform::WebSocketMessage> inbox_;
     std::vector<ReceiveHandler> waitingReceives_;
     std::vector<Waiting> waitingSends_;
-    std::vector<SendHandler> heldSends_;
     std::optional<Error> nextSendFailure_;
-    bool holdsSends_ = false;
     std::vector<platform::WebSocketMessage> sent_;
     std::vector<int> cancels_;
     int receives_ = 0;

@@ -41,26 +41,23 @@ std::vector<std::shared_ptr<SimulatedWebSocketTask>> SimulatedWebSocketSession::
     return tasks_;
 }
 
-bool SimulatedWebSocketSession::holdsDelegate() const {
-    const std::lock_guard lock(mutex_);
-    return heldDelegate_ != nullptr;
-}
-
 std::shared_ptr<platform::WebSocketSessionDelegate> SimulatedWebSocketSession::delegate() const {
     return weakDelegate_.lock();
 }
 
 void SimulatedWebSocketSession::connectionEnded() {
     time_.asyncAfter(delegateGrace, [weakSelf = weak_from_this()] {
-        const auto self = weakSelf.lock();
-        if (!self) {
-            return;
+        if (const auto self = weakSelf.lock()) {
+            self->letDelegateGo();
         }
-        // The delegate may own this session, so it goes without the lock.
-        std::shared_ptr<platform::WebSocketSessionDelegate> held;
-        const std::lock_guard lock(self->mutex_);
-        held.swap(self->heldDelegate_);
     });
+}
+
+void SimulatedWebSocketSession::letDelegateGo() {
+    // The delegate may own this session, so it goes without the lock.
+    std::shared_ptr<platform::WebSocketSessionDelegate> held;
+    const std::lock_guard lock(mutex_);
+    held.swap(heldDelegate_);
 }
 
 void SimulatedWebSocketSession::abandon() {
@@ -68,9 +65,7 @@ void SimulatedWebSocketSession::abandon() {
     for (const auto& task : tasks()) {
         task->abandon();
     }
-    std::shared_ptr<platform::WebSocketSessionDelegate> held;
-    const std::lock_guard lock(mutex_);
-    held.swap(heldDelegate_);
+    letDelegateGo();
 }
 
 SimulatedWebSockets::SimulatedWebSockets(SimulatedTime& time, Journal& journal)
@@ -117,6 +112,12 @@ std::vector<std::shared_ptr<SimulatedWebSocketTask>> SimulatedWebSockets::tasks(
 
 SimulatedWebSocketTask& SimulatedWebSockets::lastTask() const {
     return *tasks().back();
+}
+
+void SimulatedWebSockets::letDelegatesGo() {
+    for (const auto& session : sessions_) {
+        session->letDelegateGo();
+    }
 }
 
 void SimulatedWebSockets::abandon() {

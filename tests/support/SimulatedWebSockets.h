@@ -29,8 +29,8 @@ class SimulatedWebSocketSession final
     SerialQueue& delegateQueue() { return *queue_; }
     /// The connections made, from first to last.
     std::vector<std::shared_ptr<SimulatedWebSocketTask>> tasks() const;
-    /// True from the first connection until ten seconds after its end.
-    bool holdsDelegate() const;
+    /// Lets the delegate go; its connections go on.
+    void letDelegateGo();
     /// Lets the delegate and everything that waits go.
     void abandon();
 
@@ -73,7 +73,9 @@ class SimulatedWebSockets final : public platform::WebSocketService {
     /// The connection that was made last; there must be one.
     SimulatedWebSocketTask& lastTask() const;
 
-    /// Lets every delegate go; the sessions are of no use from then on.
+    /// Lets every delegate go; what waits on the delegate queues still runs.
+    void letDelegatesGo();
+    /// Lets every delegate go, and everything that waits; the sessions are of no use from then on.
     void abandon();
 
   private:

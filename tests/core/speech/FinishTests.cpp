@@ -199,7 +199,22 @@ TEST(Client, SecondConnectDropsTheFirstCompletionUncalledAndCancelsNothing) {
     EXPECT_TRUE(firstTask.cancels().empty());
 }
 
-TEST(Client, AfterTheCloseDeadlineItIsNotOpenEvenWhenItIsConnectedAnew) {
+TEST(Client, LostConnectionLeavesItOpenAndTheFinishToItsDeadline) {
+    ClientUnderTest test;
+    test.connectAndOpen();
+    test.task().fail({54, "Connection reset by peer"});
+    test.platform.runUntilIdle();
+    test.finish();
+    test.platform.advance(Seconds(1.99));
+    EXPECT_EQ(test.count("finished"), 0);
+    test.platform.advance(Seconds(0.01));
+    EXPECT_EQ(test.count("finished"), 1);
+    EXPECT_EQ(test.task().operations(), Lines({"resume", "receive", "send", "cancel"}));
+    EXPECT_EQ(test.task().cancels(), std::vector<int>({1001}));
+    EXPECT_EQ(test.errors, Lines({"Connection reset by peer"}));
+}
+
+TEST(Client, BeginsClosedWhenItIsConnectedAnewAfterTheCloseDeadline) {
     ClientUnderTest test;
     test.connectAndOpen();
     test.finish();
@@ -233,6 +248,59 @@ TEST(Client, GivenUpByItsOwnerItLivesUntilItsSessionLetsItGo) {
     EXPECT_FALSE(watched.expired());
     test.platform.advance(Seconds(0.1));
     EXPECT_TRUE(watched.expired());
+}
+
+TEST(Client, NeitherDeadlineHoldsIt) {
+    for (const bool isFinishing : {false, true}) {
+        ClientUnderTest test;
+        test.connect();
+        if (isFinishing) {
+            test.open();
+            test.finish();
+        }
+        const std::weak_ptr<DeepgramClient> watched = test.client;
+        test.platform.webSockets().abandon();
+        test.client.reset();
+        EXPECT_TRUE(watched.expired());
+        const std::vector<std::string> before = test.events;
+        test.platform.advance(Seconds(10));
+        EXPECT_EQ(test.events, before);
+        EXPECT_TRUE(test.task().cancels().empty());
+        EXPECT_TRUE(test.platform.log().lines().empty());
+    }
+}
+
+TEST(Client, OpeningOnItsWayToTheMainThreadDoesNotHoldIt) {
+    ClientUnderTest test;
+    test.platform.webSockets().setAutomatic(false);
+    test.connect();
+    test.task().open();
+    test.platform.webSockets().runDelegateQueues();
+    const std::weak_ptr<DeepgramClient> watched = test.client;
+    test.platform.webSockets().abandon();
+    test.client.reset();
+    EXPECT_TRUE(watched.expired());
+    test.platform.runUntilIdle();
+    EXPECT_TRUE(test.connects.empty());
+}
+
+TEST(Client, HandlersThatWaitForTheSocketDoNotHoldIt) {
+    ClientUnderTest test;
+    test.platform.webSockets().setAutomatic(false);
+    test.connect();
+    test.task().open();
+    test.platform.webSockets().runDelegateQueues();
+    test.platform.runUntilIdle();
+    test.task().failNextSend({32, "Broken pipe"});
+    test.client->send("ab");
+    test.task().deliverText(simulated::transcriptJson("hello", true));
+    const std::weak_ptr<DeepgramClient> watched = test.client;
+    test.platform.webSockets().letDelegatesGo();
+    test.client.reset();
+    EXPECT_TRUE(watched.expired());
+    test.platform.webSockets().runDelegateQueues();
+    test.platform.runUntilIdle();
+    EXPECT_EQ(test.events, Lines({"connected"}));
 }
 
 TEST(Client, NeverConnectedItGoesWithItsOwner) {

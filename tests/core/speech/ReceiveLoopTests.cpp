@@ -133,16 +133,6 @@ TEST_F(ReceiveLoop, CallbackIsReadAtTheMomentOfTheDelivery) {
     EXPECT_TRUE(test.errors.empty());
 }
 
-TEST_F(ReceiveLoop, ClientThatIsGoneDropsTheResult) {
-    auto task = test.platform.webSockets().tasks().back();
-    test.close();
-    test.platform.advance(Seconds(10));
-    test.client.reset();
-    const std::size_t before = test.events.size();
-    test.receive(transcriptJson("hello", true));
-    EXPECT_EQ(test.events.size(), before);
-}
-
 TEST(ReceiveLoopWhileConnecting, MessageBeforeTheClientIsOpenIsHandledAndEndsTheLoop) {
     ClientUnderTest test;
     test.platform.webSockets().setAutomatic(false);
