@@ -1,7 +1,6 @@
 #include "speech/ListenUrl.h"
 
 #include <algorithm>
-#include <charconv>
 #include <string_view>
 
 #include "base/BuildConstants.h"
@@ -10,18 +9,25 @@ namespace tarvik {
 
 namespace {
 
-bool isAlphanumeric(char c) {
-    return (c >= '0' && c <= '9') || (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z');
+constexpr bool isDigit(char c) {
+    return c >= '0' && c <= '9';
 }
 
-bool isPort(std::string_view text) {
-    std::uint16_t port = 0;
-    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), port);
-    return error == std::errc() && end == text.data() + text.size() && port > 0;
+constexpr bool isAlphanumeric(char c) {
+    return isDigit(c) || (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z');
+}
+
+constexpr bool isPort(std::string_view text) {
+    constexpr int greatest = 65535;
+    int port = 0;
+    for (const char c : text) {
+        port = isDigit(c) && port <= greatest ? port * 10 + (c - '0') : greatest + 1;
+    }
+    return port > 0 && port <= greatest;
 }
 
 // An IPv6 address stands in brackets, because of its colons.
-bool isBracketedAddress(std::string_view name) {
+constexpr bool isBracketedAddress(std::string_view name) {
     return name.size() > 2 && name.front() == '[' && name.back() == ']' &&
            std::all_of(name.begin() + 1, name.end() - 1, [](char c) {
                return std::string_view("0123456789abcdefABCDEF:.").find(c) !=
@@ -29,13 +35,13 @@ bool isBracketedAddress(std::string_view name) {
            });
 }
 
-bool isHostName(std::string_view name) {
+constexpr bool isHostName(std::string_view name) {
     return !name.empty() && std::all_of(name.begin(), name.end(), [](char c) {
         return isAlphanumeric(c) || c == '-' || c == '.' || c == '_';
     });
 }
 
-bool isHostAndPort(std::string_view host) {
+constexpr bool isHostAndPort(std::string_view host) {
     const std::size_t colon = host.rfind(':');
     const bool hasPort = colon != std::string_view::npos && host.find(']', colon) == host.npos;
     const std::string_view name = hasPort ? host.substr(0, colon) : host;
@@ -44,6 +50,8 @@ bool isHostAndPort(std::string_view host) {
     }
     return isHostName(name) || isBracketedAddress(name);
 }
+
+static_assert(isHostAndPort(builtInStreamingHost), "TARVIK_STREAMING_HOST is no host");
 
 }  // namespace
 

@@ -42,7 +42,8 @@ TEST(Client, KeyWithALineBreakIsPassedOnUnchangedAndFailsTheOpening) {
     ClientUnderTest test("sec\r\nret");
     test.connect();
     EXPECT_EQ(test.task().header("Sec-WebSocket-Protocol"), "token, sec\r\nret");
-    EXPECT_EQ(test.errors.size(), 1U);
+    EXPECT_EQ(test.errors,
+              Lines({"The header field Sec-WebSocket-Protocol has a control character"}));
     test.platform.advance(Seconds(5));
     EXPECT_EQ(test.connects, Flags({false}));
 }
@@ -53,7 +54,8 @@ TEST(Client, HostThatGivesNoAddressIsLoggedAndNothingElseHappens) {
     test.platform.advance(Seconds(60));
     EXPECT_TRUE(test.platform.webSockets().tasks().empty());
     EXPECT_TRUE(test.events.empty());
-    EXPECT_EQ(test.platform.log().lines().size(), 1U);
+    EXPECT_EQ(test.platform.log().lines(),
+              Lines({"TarvikDictate: \"not a host\" is not a host to stream to — not connecting"}));
 }
 
 TEST(Client, FirstReceiveIsArmedRightAfterTheStartAndBeforeTheSocketOpens) {
@@ -196,6 +198,20 @@ TEST(Client, SendThatFailsIsReportedOnTheDelegateQueueAndTheNextOneGoesOut) {
     EXPECT_EQ(test.errorsOffDelegateQueue, 0);
     test.client->send("cd");
     EXPECT_EQ(test.task().sentData(), Lines({"cd"}));
+}
+
+TEST(Client, EachSendOverALostConnectionIsAnErrorOfItsOwn) {
+    ClientUnderTest test;
+    test.connectAndOpen();
+    test.task().fail({54, "Connection reset by peer"});
+    test.platform.runUntilIdle();
+    test.client->send("ab");
+    test.client->send("cd");
+    test.platform.runUntilIdle();
+    // The first one is the receive that waited.
+    EXPECT_EQ(test.errors, Lines(3, "Connection reset by peer"));
+    EXPECT_EQ(test.errorsOffDelegateQueue, 0);
+    EXPECT_TRUE(test.platform.log().lines().empty());
 }
 
 TEST(Client, ErrorsAreDiscardedWhenNobodyWantsThem) {
