@@ -17,8 +17,9 @@ struct TranscriptMessage {
 /// Reads a message (JSON, UTF-8) by its shape alone: the transcript of its channel's first
 /// alternative.
 ///
-/// Nothing for a message of any other shape, without text, malformed, nested deeper than 512 levels
-/// or longer than 1 MiB; no real message comes near those limits. Any thread.
+/// Nothing for a message of any other shape, without text, or malformed. Nothing either for what no
+/// real message comes near, in whichever member it is: more than 512 levels or 1 MiB, an integer
+/// beyond 64 bits, a real number beyond a double, a byte order mark in front. Any thread.
 std::optional<TranscriptMessage> parseTranscriptMessage(std::string_view json);
 
 }  // namespace tarvik

@@ -142,6 +142,30 @@ TEST(BadMessage, OfSixteenMebibytesIsNothing) {
     EXPECT_EQ(heard(std::string(std::size_t{16} << 20, ' ')), std::nullopt);
 }
 
+TEST(BadMessage, WithANumberThatNothingCanHoldIsNothing) {
+    const std::string channel = R"("channel":{"alternatives":[{"transcript":"hello"}]})";
+    const auto withNumber = [&](const std::string& number) {
+        return heard("{" + channel + R"(,"x":)" + number + "}");
+    };
+    for (const char* number : {"18446744073709551615", "-9223372036854775808", "1e308"}) {
+        EXPECT_EQ(withNumber(number), Heard({"hello", false})) << number;
+    }
+    for (const char* number : {"18446744073709551616", "-9223372036854775809", "1e400"}) {
+        EXPECT_EQ(withNumber(number), std::nullopt) << number;
+    }
+}
+
+TEST(BadMessage, WithAByteOrderMarkInFrontIsNothing) {
+    EXPECT_EQ(heard("\xEF\xBB\xBF" + simulated::transcriptJson("hello", true)), std::nullopt);
+}
+
+TEST(BadMessage, OfMoreThanOneMebibyteIsNothing) {
+    const std::string message = simulated::transcriptJson("hello", true);
+    const std::string padding((std::size_t{1} << 20) - message.size(), ' ');
+    EXPECT_EQ(heard(message + padding), Heard({"hello", true}));
+    EXPECT_EQ(heard(message + padding + " "), std::nullopt);
+}
+
 TEST(BadMessage, LeavesTheNextOneAlone) {
     EXPECT_EQ(heard("{"), std::nullopt);
     EXPECT_EQ(heard(simulated::transcriptJson("hello", true)), Heard({"hello", true}));
