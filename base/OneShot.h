@@ -14,13 +14,10 @@ class OneShot {
   public:
     using Callback = std::function<void(Arguments...)>;
 
-    /// Keeps `callback`; one kept earlier is released without being called. Any thread.
+    /// Keeps `callback` (not empty); one kept earlier is released without being called. Any thread.
     void store(Callback callback) {
         callback_.store(std::make_shared<Callback>(std::move(callback)));
     }
-
-    /// True while a completion waits. Any thread; another thread may take it right after.
-    bool isPending() const { return callback_.load() != nullptr; }
 
     /// Takes the completion out and leaves the field empty; an empty result when there is none. Any
     /// thread; of several callers exactly one gets it.

@@ -39,23 +39,18 @@ class DeepgramClient : public platform::WebSocketSessionDelegate,
     static std::shared_ptr<DeepgramClient> make(Services services, std::string host,
                                                 std::string apiKey, std::int64_t sampleRate);
 
-    /// A transcript (never empty) and whether it is final. Main thread.
-    std::function<void(const std::string& text, bool isFinal)> onTranscript;
-    /// A message could not be sent, or no more can be received. The session's serial queue.
-    std::function<void(const Error&)> onError;
-
-    /// Opens the stream. The completion comes on the main thread: true once it is open, false when
-    /// it closed before that or is not open after 5 seconds. A host that gives no address is
-    /// logged, and the completion then never comes.
+    /// Opens the stream. The completion (not empty) comes on the main thread: true once it is open,
+    /// false when it closed before that or is not open after 5 seconds. A host that gives no
+    /// address is logged, and the completion then never comes.
     void connect(std::function<void(bool isOpen)> completion);
 
     /// Sends one chunk of audio as one message; dropped while the stream is not open. Any thread;
     /// never blocks.
     void send(std::string pcm);
 
-    /// Says that no more audio comes and calls `completion` on the main thread once the service has
-    /// closed the stream, after 2 seconds at the latest; at once, inside the call, when the stream
-    /// is not open.
+    /// Says that no more audio comes and calls `completion` (not empty) on the main thread once the
+    /// service has closed the stream, after 2 seconds at the latest; at once, inside the call, when
+    /// the stream is not open.
     void finish(std::function<void()> completion);
 
     void didOpen(platform::WebSocketTask& task, const std::string& protocol) override;
@@ -81,6 +76,15 @@ class DeepgramClient : public platform::WebSocketSessionDelegate,
     OneShot<> pendingFinish_;
     OneShot<bool> pendingConnect_;
 
+  public:
+    /// A transcript (never empty) and whether it is final. Main thread.
+    std::function<void(const std::string& text, bool isFinal)> onTranscript;
+    /// A message could not be sent, or no more can be received: once for each message of audio that
+    /// was given to a lost connection, and once for the end of receiving. The session's serial
+    /// queue.
+    std::function<void(const Error&)> onError;
+
+  private:
     const std::string host_;
     platform::WebSocketService& webSockets_;
     platform::MainQueue& mainQueue_;

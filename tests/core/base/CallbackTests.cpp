@@ -45,15 +45,12 @@ TEST(Weakly, KeepsTheOwnerAliveDuringTheCall) {
     EXPECT_EQ(owner, nullptr);
 }
 
-TEST(OneShot, IsPendingUntilItIsTaken) {
+TEST(OneShot, IsThereUntilItIsTaken) {
     OneShot<int> completion;
-    EXPECT_FALSE(completion.isPending());
     EXPECT_FALSE(completion.take());
     int answer = 0;
     completion.store([&](int number) { answer = number; });
-    EXPECT_TRUE(completion.isPending());
     const auto taken = completion.take();
-    EXPECT_FALSE(completion.isPending());
     EXPECT_FALSE(completion.take());
     taken(7);
     EXPECT_EQ(answer, 7);
