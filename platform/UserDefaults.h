@@ -16,7 +16,8 @@ class UserDefaults {
   public:
     virtual ~UserDefaults() = default;
 
-    /// The text under `key`; nothing when it is absent or not text.
+    /// The text under `key`; a number or a truth value as the platform writes it. Nothing when it
+    /// is absent or of another type.
     virtual std::optional<std::string> stringForKey(std::string_view key) const = 0;
     /// The number under `key`; 0 when it is absent or not a whole number of 64 bits.
     virtual std::int64_t integerForKey(std::string_view key) const = 0;

@@ -84,6 +84,13 @@ TEST_P(UserDefaultsConformance, AValueOfTheWrongTypeReadsAsAbsent) {
     check();
 }
 
+TEST_P(UserDefaultsConformance, ANumberAndATruthValueReadAsTextToo) {
+    world->userDefaults().setInteger(-42, "number");
+    world->userDefaults().setBool(true, "yes");
+    EXPECT_EQ(world->userDefaults().stringForKey("number"), "-42");
+    EXPECT_EQ(world->userDefaults().stringForKey("yes"), "true");
+}
+
 TEST_P(UserDefaultsConformance, ALaterValueReplacesAnEarlierOneOfAnyType) {
     world->userDefaults().setString("text", "key");
     world->userDefaults().setInteger(5, "key");

@@ -7,14 +7,18 @@
 #include <string>
 #include <string_view>
 #include <variant>
+#include <vector>
 
 #include "platform/UserDefaults.h"
 
 namespace tarvik::simulated {
 
+/// A value that the application never stores; only another program can have put it there.
+using UserDefaultsList = std::vector<std::string>;
+using UserDefaultsValue = std::variant<std::string, std::int64_t, bool, UserDefaultsList>;
+
 /// What a settings domain holds; it can be handed to another platform, as the next run finds it.
-using UserDefaultsContents =
-    std::map<std::string, std::variant<std::string, std::int64_t, bool>, std::less<>>;
+using UserDefaultsContents = std::map<std::string, UserDefaultsValue, std::less<>>;
 
 /// A settings domain in memory.
 class SimulatedUserDefaults final : public platform::UserDefaults {
@@ -23,6 +27,12 @@ class SimulatedUserDefaults final : public platform::UserDefaults {
         : contents_(std::move(contents)) {}
 
     std::optional<std::string> stringForKey(std::string_view key) const override {
+        if (const auto number = value<std::int64_t>(key)) {
+            return std::to_string(*number);
+        }
+        if (const auto truth = value<bool>(key)) {
+            return *truth ? "true" : "false";
+        }
         return value<std::string>(key);
     }
     std::int64_t integerForKey(std::string_view key) const override {

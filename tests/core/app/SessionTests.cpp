@@ -359,7 +359,8 @@ INSTANTIATE_TEST_SUITE_P(
     Stores, SessionWithoutKey,
     testing::Values(simulated::UserDefaultsContents{},
                     simulated::UserDefaultsContents{{"deepgramApiKey", std::string()}},
-                    simulated::UserDefaultsContents{{"deepgramApiKey", true}}));
+                    simulated::UserDefaultsContents{
+                        {"deepgramApiKey", simulated::UserDefaultsList{"a key"}}}));
 
 TEST(SessionStates, FollowEachOtherFromIdleToIdle) {
     ApplicationUnderTest app;

@@ -64,7 +64,7 @@ TEST(KeychainStore, AnEmptyStoredTextReadsAsAbsent) {
 }
 
 TEST(KeychainStore, AStoredValueOfAnotherTypeReadsAsAbsent) {
-    simulated::SimulatedPlatform platform({{storedUnder, std::int64_t{42}}});
+    simulated::SimulatedPlatform platform({{storedUnder, simulated::UserDefaultsList{"secret"}}});
     EXPECT_EQ(KeychainStore::shared().apiKey(), std::nullopt);
 }
 

@@ -55,7 +55,7 @@ TEST(StreamingHost, IsTheBuiltInOneUntilTheUserStoresAnother) {
 }
 
 TEST(StreamingHost, StoredValueOfAnotherTypeReadsAsAbsent) {
-    simulated::SimulatedPlatform platform({{"deepgramHost", std::int64_t{1}}});
+    simulated::SimulatedPlatform platform({{"deepgramHost", simulated::UserDefaultsList{"a"}}});
     EXPECT_EQ(streamingHost(platform.userDefaults()), "api.deepgram.com");
 }
 
