@@ -1,5 +1,7 @@
 #include <gtest/gtest.h>
 
+#include <csignal>
+#include <iostream>
 #include <limits>
 
 #include "tests/support/SimulatedPlatform.h"
@@ -111,15 +113,28 @@ TEST(UsageOfTheNextRun, ContinuesWhereTheLastOneEnded) {
     EXPECT_EQ(UsageTracker::shared().recordSession(1), CTATier::tenMinute);
 }
 
-TEST(UsageDeathTest, TotalThatWouldOverflowStopsTheProcess) {
+using UsageDeathTest = Usage;
+
+/// The process that ends tells what it leaves behind.
+void tellWhatIsStored(int /*signal*/) {
+    auto& ending = static_cast<simulated::SimulatedPlatform&>(platform::Platform::current());
+    for (const std::string& line : ending.log().lines()) {
+        std::cerr << line << ", ";
+    }
+    std::cerr << "stored " << ending.userDefaults().integerForKey(totalKey) << std::endl;
+}
+
+TEST_F(UsageDeathTest, TotalThatWouldOverflowSaysSoAndStopsTheProcessWithTheOldTotal) {
     GTEST_FLAG_SET(death_test_style, "threadsafe");
-    EXPECT_DEATH(
+    defaults().setInteger(std::numeric_limits<std::int64_t>::max() - 10, totalKey);
+    UsageTracker::shared();
+    EXPECT_EXIT(
         {
-            simulated::SimulatedPlatform platform(
-                {{totalKey, std::numeric_limits<std::int64_t>::max() - 10}});
-            UsageTracker::shared().recordSession(11);
+            std::signal(SIGABRT, tellWhatIsStored);
+            record(11);
         },
-        "");
+        testing::KilledBySignal(SIGABRT),
+        "TarvikDictate: total dictation time out of range — stopping, stored 9223372036854775797");
 }
 
 TEST_F(Usage, GreatestTotalIsStillReached) {
