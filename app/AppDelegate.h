@@ -50,12 +50,6 @@ class AppDelegate : public platform::ApplicationDelegate,
     /// unheard, for a recording that follows at once; transcripts that still arrive are inserted.
     void stopRecording();
 
-    bool isRecording() const { return isRecording_; }
-    /// The number of recordings so far; the first one is number 1.
-    std::int64_t sessionGeneration() const { return sessionGeneration_; }
-    /// All final pieces of the newest recording.
-    const std::string& lastFinalTranscript() const { return lastFinalTranscript_; }
-
   private:
     void installMainMenu();
     void setupHotkey();
@@ -87,13 +81,15 @@ class AppDelegate : public platform::ApplicationDelegate,
     /// The only field that another thread reads: the audio delivery thread, once per chunk.
     AtomicReference<DeepgramClient> deepgram_;
     bool isRecording_ = false;
+    /// All final pieces of the newest recording.
     std::string lastFinalTranscript_;
     std::optional<TimePoint> recordingStartTime_;
     std::shared_ptr<platform::RunningApplication> originatingApp_;
     platform::AXUIElementRef originatingElement_;
     std::optional<TimePoint> lastFinalReceived_;
     std::unique_ptr<platform::Timer> autoStopTimer_;
-    /// The only guard against the late half of a stop reaching into a newer recording.
+    /// The number of recordings so far, the only guard against the late half of a stop reaching
+    /// into a newer one.
     std::int64_t sessionGeneration_ = 0;
 
     platform::Platform& platform_;

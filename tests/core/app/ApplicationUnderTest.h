@@ -93,10 +93,15 @@ class ApplicationUnderTest {
     }
 
     bool isCapturing() { return platform.audio().lastEngine()->isRunning(); }
-    bool hasRedIcon() {
+    /// As the icon shows it.
+    bool isRecording() {
         const auto& button = platform.userInterface().statusButton();
         return button.image && button.image->name == "mic.fill" &&
                button.tint == platform::SystemColor::red;
+    }
+    /// The recordings that the log says have begun.
+    std::size_t sessions() {
+        return platform.log().linesWith("TarvikDictate: startRecording (session=").size();
     }
     std::int64_t recordedSeconds() {
         return platform.userDefaults().integerForKey("totalDictationSeconds");

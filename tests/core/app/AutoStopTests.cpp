@@ -26,9 +26,9 @@ class AutoStop : public testing::Test {
 TEST_F(AutoStop, SessionWithoutSpeechIsStoppedAtTheSixthTick) {
     app.startStreaming();
     app.platform.advance(Seconds(29.9));
-    EXPECT_TRUE(app.delegate->isRecording());
+    EXPECT_TRUE(app.isRecording());
     app.platform.advance(Seconds(0.1));
-    EXPECT_FALSE(app.delegate->isRecording());
+    EXPECT_FALSE(app.isRecording());
     EXPECT_EQ(autoStops(), Lines({"TarvikDictate: auto-stop (silence 30s > threshold 30s)"}));
 }
 
@@ -48,7 +48,7 @@ TEST_F(AutoStop, IsAnOrdinaryStop) {
 TEST_F(AutoStop, ConnectionThatNeverOpenedIsEndedBySilence) {
     app.pressHold();
     app.platform.advance(Seconds(30));
-    EXPECT_FALSE(app.delegate->isRecording());
+    EXPECT_FALSE(app.isRecording());
     EXPECT_EQ(autoStops().size(), 1U);
 }
 
@@ -56,9 +56,9 @@ TEST_F(AutoStop, ThirtySecondsExactlyAreNotEnough) {
     app.platform.time().setLateness(Seconds(0));
     app.startStreaming();
     app.platform.advance(Seconds(30));
-    EXPECT_TRUE(app.delegate->isRecording());
+    EXPECT_TRUE(app.isRecording());
     app.platform.advance(Seconds(5));
-    EXPECT_FALSE(app.delegate->isRecording());
+    EXPECT_FALSE(app.isRecording());
     EXPECT_EQ(autoStops(), Lines({"TarvikDictate: auto-stop (silence 35s > threshold 30s)"}));
 }
 
@@ -66,9 +66,9 @@ TEST_F(AutoStop, TenMinutesExactlyAreNotEnough) {
     app.platform.time().setLateness(Seconds(0));
     app.startStreaming();
     talk(Seconds(600), Seconds(20));
-    EXPECT_TRUE(app.delegate->isRecording());
+    EXPECT_TRUE(app.isRecording());
     app.platform.advance(Seconds(5));
-    EXPECT_FALSE(app.delegate->isRecording());
+    EXPECT_FALSE(app.isRecording());
     EXPECT_EQ(autoStops(), Lines({"TarvikDictate: auto-stop (10-min hard cap reached, "
                                   "elapsed=605s)"}));
 }
@@ -78,9 +78,9 @@ TEST_F(AutoStop, TalkingSessionIsStoppedAfterTenMinutes) {
     const TimePoint start = app.platform.now();
     talk(Seconds(580), Seconds(20));
     app.platform.advance(Seconds(19.9));
-    EXPECT_TRUE(app.delegate->isRecording());
+    EXPECT_TRUE(app.isRecording());
     app.platform.advance(Seconds(0.1));
-    EXPECT_FALSE(app.delegate->isRecording());
+    EXPECT_FALSE(app.isRecording());
     EXPECT_NEAR(Seconds(app.platform.now() - start).count(), 600, 0.01);
     EXPECT_EQ(autoStops(), Lines({"TarvikDictate: auto-stop (10-min hard cap reached, "
                                   "elapsed=600s)"}));
@@ -92,7 +92,7 @@ TEST_F(AutoStop, FinalPieceStartsTheSilenceAnewAndInterimOnesDoNot) {
     app.platform.advance(Seconds(3));
     app.sayFinal("hello");
     app.platform.advance(Seconds(27));
-    EXPECT_TRUE(app.delegate->isRecording());
+    EXPECT_TRUE(app.isRecording());
     app.sayInterim("hel");
     app.platform.advance(Seconds(5));
     EXPECT_EQ(autoStops(), Lines({"TarvikDictate: auto-stop (silence 32s > threshold 30s)"}));
@@ -112,12 +112,12 @@ TEST_F(AutoStop, AppliesToAToggleSessionAlike) {
     app.tapToggle();
     app.acceptConnection();
     app.platform.advance(Seconds(30));
-    EXPECT_FALSE(app.delegate->isRecording());
+    EXPECT_FALSE(app.isRecording());
     app.tapToggle();
     app.acceptConnection();
     talk(Seconds(580), Seconds(20));
     app.platform.advance(Seconds(20));
-    EXPECT_FALSE(app.delegate->isRecording());
+    EXPECT_FALSE(app.isRecording());
     EXPECT_EQ(autoStops().size(), 2U);
 }
 

@@ -44,7 +44,7 @@ TEST_F(KeyPrompt, BringsTheApplicationToTheFrontBeforeItAsks) {
 TEST_F(KeyPrompt, HoldHotkeyWithoutAKeyBringsItUpAndTheIconStaysIdle) {
     app.pressHold();
     ASSERT_EQ(userInterface().alerts.size(), 1U);
-    EXPECT_FALSE(app.hasRedIcon());
+    EXPECT_FALSE(app.isRecording());
     EXPECT_EQ(userInterface().alerts[0].fieldText, "");
 }
 
@@ -74,10 +74,10 @@ TEST_F(KeyPrompt, SaveTrimsTabsAndLineBreaks) {
 TEST_F(KeyPrompt, PressThatLedToItIsNotReplayedButTheNextOneStarts) {
     userInterface().answerNextAlert(save, "secret");
     app.pressHold();
-    EXPECT_FALSE(app.delegate->isRecording());
+    EXPECT_FALSE(app.isRecording());
     app.pressHold();
-    EXPECT_TRUE(app.delegate->isRecording());
-    EXPECT_EQ(app.delegate->sessionGeneration(), 1);
+    EXPECT_TRUE(app.isRecording());
+    EXPECT_EQ(app.sessions(), 1U);
     EXPECT_EQ(app.socket().header("Sec-WebSocket-Protocol"), "token, secret");
 }
 
@@ -126,7 +126,7 @@ TEST_F(KeyPrompt, HotkeyWhileItIsUpAsksOnceMoreAndChangesNothing) {
     };
     app.pressHold();
     EXPECT_EQ(userInterface().alerts.size(), 2U);
-    EXPECT_FALSE(app.delegate->isRecording());
+    EXPECT_FALSE(app.isRecording());
 }
 
 TEST_F(KeyPrompt, LogsNothing) {

@@ -43,9 +43,6 @@ constexpr double justAfter = 0.001;
 
 TEST(Construction, DoesNothingYet) {
     ApplicationUnderTest app;
-    EXPECT_FALSE(app.delegate->isRecording());
-    EXPECT_EQ(app.delegate->sessionGeneration(), 0);
-    EXPECT_EQ(app.delegate->lastFinalTranscript(), "");
     EXPECT_EQ(app.platform.journal().lines(), Lines());
 }
 
@@ -255,13 +252,13 @@ TEST(Shortcuts, OfTheDesktopToggleARecordingAndOpenTheSetupWindow) {
     app.launch({false});
     app.platform.application().setDelegate(app.delegate);
     app.platform.application().perform(platform::ApplicationAction::toggle);
-    EXPECT_TRUE(app.delegate->isRecording());
+    EXPECT_TRUE(app.isRecording());
     app.platform.application().perform(platform::ApplicationAction::toggle);
-    EXPECT_FALSE(app.delegate->isRecording());
+    EXPECT_FALSE(app.isRecording());
     EXPECT_TRUE(app.setupWindows().empty());
     app.platform.application().perform(platform::ApplicationAction::setup);
     EXPECT_EQ(app.setupWindows().size(), 1U);
-    EXPECT_FALSE(app.delegate->isRecording());
+    EXPECT_FALSE(app.isRecording());
 }
 
 TEST(Restart, EndsAtOnceAndHasTheNextInstanceStartedHalfASecondLater) {

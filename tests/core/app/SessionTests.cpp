@@ -30,8 +30,8 @@ TEST_F(Session, StartTakesItsStepsInOrder) {
                      "webSocketTask wss://api.deepgram.com/v1/listen?model=nova-3&smart_format=true"
                      "&punctuate=true&interim_results=true&mip_opt_out=true&encoding=linear16"
                      "&sample_rate=48000&channels=1"}));
-    EXPECT_TRUE(app.delegate->isRecording());
-    EXPECT_EQ(app.delegate->sessionGeneration(), 1);
+    EXPECT_TRUE(app.isRecording());
+    EXPECT_EQ(app.sessions(), 1U);
     EXPECT_EQ(app.platform.time().runningTimers(), 1U);
 }
 
@@ -53,7 +53,7 @@ TEST_F(Session, ChunksGoToTheClientAsTheyAre) {
 TEST_F(Session, SecondPressWhileRecordingIsIgnored) {
     app.pressHold();
     app.pressHold();
-    EXPECT_EQ(app.delegate->sessionGeneration(), 1);
+    EXPECT_EQ(app.sessions(), 1U);
     EXPECT_EQ(app.platform.webSockets().tasks().size(), 1U);
 }
 
@@ -71,7 +71,7 @@ TEST_F(Session, StopEndsTheCaptureAndClosesTheStreamThreeTenthsOfASecondLater) {
     EXPECT_EQ(app.platform.journal().lines(),
               Lines({"setImage mic", "setContentTintColor none",
                      "log TarvikDictate: stopRecording (session=1)"}));
-    EXPECT_FALSE(app.delegate->isRecording());
+    EXPECT_FALSE(app.isRecording());
     EXPECT_EQ(app.platform.time().runningTimers(), 0U);
     app.platform.journal().clear();
     app.platform.advance(Seconds(0.29));
@@ -146,7 +146,7 @@ TEST_F(Session, NewRecordingAfterTheGraceStartsTheCaptureAnew) {
     app.startStreaming();
     EXPECT_TRUE(app.platform.log().linesWith("SKIPPED").empty());
     EXPECT_EQ(app.platform.journal().count("audio start"), 2U);
-    EXPECT_EQ(app.delegate->sessionGeneration(), 2);
+    EXPECT_EQ(app.sessions(), 2U);
 }
 
 TEST_F(Session, ConnectionThatOpensAfterTheStopStartsACaptureThatOnlyALaterStopEnds) {
@@ -175,11 +175,10 @@ TEST_F(Session, ConnectionThatFailsLeavesTheRecordingRedAndSilent) {
     EXPECT_EQ(
         app.platform.log().count("TarvikDictate: Deepgram WS open timeout (5s) — connect failed"),
         1U);
-    EXPECT_TRUE(app.delegate->isRecording());
-    EXPECT_TRUE(app.hasRedIcon());
+    EXPECT_TRUE(app.isRecording());
     EXPECT_FALSE(app.isCapturing());
     app.releaseHold();
-    EXPECT_FALSE(app.delegate->isRecording());
+    EXPECT_FALSE(app.isRecording());
 }
 
 TEST_F(Session, ServiceErrorIsOnlyLoggedAndWithoutThePrefix) {
@@ -187,8 +186,7 @@ TEST_F(Session, ServiceErrorIsOnlyLoggedAndWithoutThePrefix) {
     app.socket().fail({54, "Connection reset by peer"});
     app.platform.runUntilIdle();
     EXPECT_EQ(app.platform.log().count("Deepgram error: Connection reset by peer"), 1U);
-    EXPECT_TRUE(app.delegate->isRecording());
-    EXPECT_TRUE(app.hasRedIcon());
+    EXPECT_TRUE(app.isRecording());
     EXPECT_TRUE(app.isCapturing());
 }
 
@@ -198,11 +196,11 @@ TEST_F(Session, MicrophoneThatCannotBeCapturedIsOnlyLoggedAndTheNextSessionTries
         app.startStreaming();
         EXPECT_EQ(app.platform.log().linesWith("AudioCapture: "),
                   logged.empty() ? Lines() : Lines({logged}));
-        EXPECT_TRUE(app.hasRedIcon());
+        EXPECT_TRUE(app.isRecording());
         const bool heard = app.speak();
         EXPECT_EQ(app.socket().sentData().size(), heard ? 1U : 0U);
         app.platform.advance(Seconds(10));
-        EXPECT_TRUE(app.hasRedIcon());
+        EXPECT_TRUE(app.isRecording());
         app.releaseHold();
         app.platform.advance(Seconds(10));
         EXPECT_EQ(app.platform.log().linesWith("TarvikDictate: audio.stop").size(), 1U);
@@ -220,25 +218,25 @@ TEST_F(Session, MicrophoneThatCannotBeCapturedIsOnlyLoggedAndTheNextSessionTries
 
 TEST_F(Session, ToggleStartsAndTogglesOff) {
     app.tapToggle();
-    EXPECT_TRUE(app.delegate->isRecording());
+    EXPECT_TRUE(app.isRecording());
     app.tapToggle();
-    EXPECT_FALSE(app.delegate->isRecording());
-    EXPECT_EQ(app.delegate->sessionGeneration(), 1);
+    EXPECT_FALSE(app.isRecording());
+    EXPECT_EQ(app.sessions(), 1U);
 }
 
 TEST_F(Session, HoldingDuringAToggleSessionDoesNothingAndItsReleaseStops) {
     app.tapToggle();
     app.pressHold();
-    EXPECT_TRUE(app.delegate->isRecording());
-    EXPECT_EQ(app.delegate->sessionGeneration(), 1);
+    EXPECT_TRUE(app.isRecording());
+    EXPECT_EQ(app.sessions(), 1U);
     app.releaseHold();
-    EXPECT_FALSE(app.delegate->isRecording());
+    EXPECT_FALSE(app.isRecording());
 }
 
 TEST_F(Session, ToggleStopsASessionThatWasStartedByHolding) {
     app.pressHold();
     app.tapToggle();
-    EXPECT_FALSE(app.delegate->isRecording());
+    EXPECT_FALSE(app.isRecording());
     app.releaseHold();
     EXPECT_EQ(app.platform.log().linesWith("stopRecording").size(), 1U);
 }
@@ -247,7 +245,6 @@ TEST_F(Session, NumbersAreNeverUsedTwice) {
     for (int session = 1; session <= 3; ++session) {
         app.pressHold();
         app.releaseHold();
-        EXPECT_EQ(app.delegate->sessionGeneration(), session);
     }
     EXPECT_EQ(app.platform.log().count("TarvikDictate: startRecording (session=3)"), 1U);
     EXPECT_EQ(app.platform.log().count("TarvikDictate: stopRecording (session=3)"), 1U);
@@ -335,7 +332,7 @@ TEST(SessionKey, WithLineBreaksFailsTheConnectionWithAClearErrorAndNothingElse) 
     EXPECT_EQ(
         app.platform.log().count("TarvikDictate: Deepgram WS open timeout (5s) — connect failed"),
         1U);
-    EXPECT_TRUE(app.delegate->isRecording());
+    EXPECT_TRUE(app.isRecording());
 }
 
 class SessionWithoutKey : public testing::TestWithParam<simulated::UserDefaultsContents> {};
@@ -348,9 +345,8 @@ TEST_P(SessionWithoutKey, DoesNotStartButShowsThePromptInALaterTurn) {
     app.platform.runUntilIdle();
     EXPECT_EQ(app.platform.userInterface().alerts.size(), 1U);
     EXPECT_EQ(app.logLines(), Lines());
-    EXPECT_EQ(app.delegate->sessionGeneration(), 0);
-    EXPECT_FALSE(app.delegate->isRecording());
-    EXPECT_FALSE(app.hasRedIcon());
+    EXPECT_EQ(app.sessions(), 0U);
+    EXPECT_FALSE(app.isRecording());
     EXPECT_TRUE(app.platform.webSockets().sessions().empty());
     EXPECT_EQ(app.platform.time().runningTimers(), 0U);
 }
@@ -365,10 +361,10 @@ INSTANTIATE_TEST_SUITE_P(
 TEST(SessionStates, FollowEachOtherFromIdleToIdle) {
     ApplicationUnderTest app;
     app.launchAndSettle();
-    const auto idle = [&] { return !app.delegate->isRecording() && !app.isCapturing(); };
-    const auto connecting = [&] { return app.delegate->isRecording() && !app.isCapturing(); };
-    const auto streaming = [&] { return app.delegate->isRecording() && app.isCapturing(); };
-    const auto stopping = [&] { return !app.delegate->isRecording() && app.isCapturing(); };
+    const auto idle = [&] { return !app.isRecording() && !app.isCapturing(); };
+    const auto connecting = [&] { return app.isRecording() && !app.isCapturing(); };
+    const auto streaming = [&] { return app.isRecording() && app.isCapturing(); };
+    const auto stopping = [&] { return !app.isRecording() && app.isCapturing(); };
 
     EXPECT_TRUE(idle());
     app.pressHold();
@@ -397,7 +393,7 @@ TEST(SessionStates, FollowEachOtherFromIdleToIdle) {
     app.startStreaming();
     app.releaseHold();
     app.pressHold();
-    EXPECT_TRUE(app.delegate->isRecording());
+    EXPECT_TRUE(app.isRecording());
     app.platform.advance(Seconds(0.3));
     EXPECT_TRUE(streaming());
 }
