@@ -86,6 +86,12 @@ class WidgetTarget(Target):
         self.process.stdin.flush()
         wait_for(lambda: self._answers.count("done") > before, "the target's " + command)
 
+    @property
+    def typed_keys(self):
+        """How many keys that write something have reached the window."""
+        self.tell("keys")
+        return int([line for line in self._answers if line.startswith("keys ")][-1].split()[1])
+
 
 class TerminalTarget(Target):
     """A terminal, whose text no accessibility interface can change."""

@@ -1,11 +1,49 @@
 #!/usr/bin/python3
 """Where dictated text lands in programs whose text fields are accessible."""
 
+import contextlib
+import subprocess
+import threading
 import unittest
 
 from dictation_test import DictationTest
+from desktop import wait_for
 
 MIXED = "Zażółć, мир, 日本語, 😀!"
+# A property of the screen that nothing else changes.
+MARK = "_TARVIK_MARK"
+
+
+@contextlib.contextmanager
+def active_windows(desktop):
+    """Yields a set that holds, at the end, the number of every window that was in front meanwhile."""
+    numbers, lines = set(), []
+
+    def mark(word):
+        desktop.run(["xprop", "-root", "-f", MARK, "8s", "-set", MARK, word])
+
+    def has_seen(word):
+        mark(word)
+        return any(word in line for line in lines)
+
+    # A property whose name nobody has ever used is not watched.
+    mark("name")
+    spy = desktop.spawn(["xprop", "-spy", "-root", "_NET_ACTIVE_WINDOW", MARK],
+                        stdout=subprocess.PIPE, text=True)
+
+    def read():
+        with spy.stdout:
+            for line in spy.stdout:
+                lines.append(line)
+
+    threading.Thread(target=read, daemon=True).start()
+    wait_for(lambda: has_seen("begin"), "the watch of the window in front", needs=spy)
+    yield numbers
+    # What has changed before the mark is told before it.
+    wait_for(lambda: has_seen("end"), "the end of the watch", needs=spy)
+    desktop.end(spy)
+    numbers.update(str(int(line.split("#")[1].split(",")[0], 16))
+                   for line in lines if line.startswith("_NET_ACTIVE_WINDOW"))
 
 
 class Insertion(DictationTest):
@@ -13,13 +51,18 @@ class Insertion(DictationTest):
         self.service = self.start_scripted_service()
         self.application = self.start_application(self.service)
 
+    def check_written(self, target, text):
+        """The text comes, and not as keys, which would replace a selection and follow the caret too."""
+        target.wait_for_text(text)
+        self.assertEqual(target.typed_keys, 0)
+
     def test_pieces_are_separated_by_one_space_and_interim_ones_are_left_out(self):
         target = self.start_target("gtk3")
         stream = self.dictate(self.service, "One")
         stream.say("two interim", final=False)
         stream.say("two")
         stream.say("three.")
-        target.wait_for_text("One two three.")
+        self.check_written(target, "One two three.")
 
     def test_a_selection_in_a_gtk3_entry_is_replaced(self):
         self.check_selection("gtk3", "entry")
@@ -42,13 +85,18 @@ class Insertion(DictationTest):
     def check_selection(self, toolkit, widget):
         target = self.start_target(toolkit, widget=widget, text="before 😀 OLD after", select="9:12")
         self.dictate(self.service, MIXED, "and more")
-        target.wait_for_text(f"before 😀 {MIXED} and more after")
+        self.check_written(target, f"before 😀 {MIXED} and more after")
+        self.keyboard.release()
+        self.application.log.wait_for("stopRecording (session=1)")
+        # No key is one of a count that works.
+        self.keyboard.type("x")
+        wait_for(lambda: target.typed_keys == 1, "a key typed by hand to be counted")
 
     def test_a_long_text_arrives_whole(self):
         target = self.start_target("gtk3")
         text = " ".join(f"word{number}" for number in range(400))
         self.dictate(self.service, text)
-        target.wait_for_text(text)
+        self.check_written(target, text)
 
     def test_what_is_recognised_after_the_release_arrives_too(self):
         self.service.closes_at_end = False
@@ -58,7 +106,7 @@ class Insertion(DictationTest):
         self.keyboard.release()
         self.application.log.wait_for("audio.stop (session=1)")
         stream.say("and after.")
-        target.wait_for_text("Before and after.")
+        self.check_written(target, "Before and after.")
 
     def test_text_lands_where_the_recording_began_when_the_focus_moves(self):
         first = self.start_target("gtk3", title="first")
@@ -67,10 +115,12 @@ class Insertion(DictationTest):
         stream = self.dictate(self.service, "Here")
         first.wait_for_text("Here")
         second.activate()
-        stream.say("and still here")
-        first.wait_for_text("Here and still here")
+        with active_windows(self.desktop) as active:
+            stream.say("and still here")
+            self.check_written(first, "Here and still here")
         self.assertEqual(second.text, "")
-        self.assertTrue(second.is_active)
+        # Typed text would have come by way of the first window in front.
+        self.assertEqual(active, {second.window})
 
 
 if __name__ == "__main__":

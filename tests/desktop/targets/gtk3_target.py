@@ -2,13 +2,15 @@
 """A GTK 3 window with one text widget. Prints "ready" whenever the widget gets the focus.
 
 Commands on standard input: "caret N" places the caret, "select A:B" selects, "button" moves the
-focus to a button, "widget" moves it back, "quit" ends the program.
+focus to a button, "widget" moves it back, "keys" prints "keys N", how many keys were typed so far,
+"quit" ends the program.
 """
 
 import gi
 
+gi.require_version("Gdk", "3.0")
 gi.require_version("Gtk", "3.0")
-from gi.repository import GLib, Gtk  # noqa: E402
+from gi.repository import Gdk, GLib, Gtk  # noqa: E402
 
 import target_options  # noqa: E402
 
@@ -17,6 +19,9 @@ options = target_options.parse("A GTK 3 window with one text widget.")
 window = Gtk.Window(title=options.title)
 window.set_default_size(480, 160)
 window.connect("destroy", Gtk.main_quit)
+typed_keys = target_options.TypedKeys()
+window.connect("key-press-event",
+               lambda _, event: typed_keys.press(Gdk.keyval_to_unicode(event.keyval)))
 box = Gtk.Box(orientation=Gtk.Orientation.VERTICAL, spacing=6)
 window.add(box)
 
@@ -80,6 +85,8 @@ def command(line):
         button.grab_focus()
     elif name == "widget":
         widget.grab_focus()
+    elif name == "keys":
+        typed_keys.announce()
     elif name == "quit":
         Gtk.main_quit()
         return

@@ -9,10 +9,15 @@ import os
 import threading
 import time
 
-import gi
+# Without a graphics processor the toolkit's usual way of drawing holds it up for half a second at the
+# first text of a new script.
+os.environ.setdefault("GSK_RENDERER", "cairo")
 
+import gi  # noqa: E402
+
+gi.require_version("Gdk", "4.0")
 gi.require_version("Gtk", "4.0")
-from gi.repository import Gio, GLib, Gtk  # noqa: E402
+from gi.repository import Gdk, Gio, GLib, Gtk  # noqa: E402
 
 import target_options  # noqa: E402
 
@@ -93,6 +98,12 @@ def menu_bar():
 def activate(_application):
     window = Gtk.ApplicationWindow(application=application, title=options.title)
     window.set_default_size(480, 160)
+    typed_keys = target_options.TypedKeys()
+    # Seen on their way down: the text widget keeps them.
+    keys = Gtk.EventControllerKey(propagation_phase=Gtk.PropagationPhase.CAPTURE)
+    keys.connect("key-pressed",
+                 lambda _, symbol, *_rest: typed_keys.press(Gdk.keyval_to_unicode(symbol)))
+    window.add_controller(keys)
     box = Gtk.Box(orientation=Gtk.Orientation.VERTICAL, spacing=6)
     window.set_child(box)
     if options.menu_bar:
@@ -144,6 +155,8 @@ def activate(_application):
             button.grab_focus()
         elif name == "widget":
             widget.grab_focus()
+        elif name == "keys":
+            typed_keys.announce()
         elif name == "quit":
             application.quit()
             return

@@ -35,16 +35,28 @@ def focused():
     QTimer.singleShot(0, settle)
 
 
+typed_keys = target_options.TypedKeys()
+
+
 class Line(QLineEdit):
     def focusInEvent(self, event):
         super().focusInEvent(event)
         focused()
 
 
+    def keyPressEvent(self, event):
+        typed_keys.press(event.text())
+        super().keyPressEvent(event)
+
+
 class Area(QPlainTextEdit):
     def focusInEvent(self, event):
         super().focusInEvent(event)
         focused()
+
+    def keyPressEvent(self, event):
+        typed_keys.press(event.text())
+        super().keyPressEvent(event)
 
 
 class Button(QPushButton):
@@ -86,6 +98,8 @@ def command(line):
         button.setFocus()
     elif name == "widget":
         widget.setFocus()
+    elif name == "keys":
+        typed_keys.announce()
     elif name == "quit":
         application.quit()
         return

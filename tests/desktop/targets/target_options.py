@@ -38,6 +38,21 @@ def announce(line):
     print(line, flush=True)
 
 
+class TypedKeys:
+    """Counts the keys pressed that write something; a modifier writes nothing."""
+
+    def __init__(self):
+        self._count = 0
+
+    def press(self, text):
+        """A key was pressed that writes `text`."""
+        if text:
+            self._count += 1
+
+    def announce(self):
+        announce(f"keys {self._count}")
+
+
 def read_commands(handle):
     """Calls `handle` in this thread's loop of the toolkit with every line of standard input; the
     toolkit is asked by file descriptor 0. Returns the function to call when it can be read."""
