@@ -5,69 +5,54 @@
 #include <utility>
 
 #import "platform/macos/AvAudioEngine.h"
-#include "platform/macos/PendingCall.h"
 
-using tarvik::macdesktop::PendingCall;
+using tarvik::macdesktop::ConfigurationChanges;
 
 @interface TarvikConfigurationObserver : NSObject
-- (instancetype)initWithCall:(std::shared_ptr<PendingCall>)call;
+- (instancetype)initWithChanges:(std::shared_ptr<ConfigurationChanges>)changes;
 - (void)handleConfigurationChange:(NSNotification*)notification;
 @end
 
 @implementation TarvikConfigurationObserver {
-    std::shared_ptr<PendingCall> _call;
+    std::shared_ptr<ConfigurationChanges> _changes;
 }
 
-- (instancetype)initWithCall:(std::shared_ptr<PendingCall>)call {
+- (instancetype)initWithChanges:(std::shared_ptr<ConfigurationChanges>)changes {
     if ((self = [super init])) {
-        _call = std::move(call);
+        _changes = std::move(changes);
     }
     return self;
 }
 
 // On a thread of the engine's choosing.
 - (void)handleConfigurationChange:(NSNotification*)notification {
-    PendingCall::request(_call);
+    _changes->report((__bridge const void*)notification.object);
 }
 
 @end
 
 namespace tarvik::macdesktop {
 
-namespace {
+EngineAudioService::EngineAudioService(platform::MainQueue& mainQueue)
+    : changes_(std::make_shared<ConfigurationChanges>(mainQueue)),
+      observer_([[TarvikConfigurationObserver alloc] initWithChanges:changes_]) {
+    [NSNotificationCenter.defaultCenter addObserver:observer_
+                                           selector:@selector(handleConfigurationChange:)
+                                               name:AVAudioEngineConfigurationChangeNotification
+                                             object:nil];
+}
 
-// The notification centre holds the observer weakly, this holds it strongly.
-class ConfigurationObservation final : public platform::AudioObservation {
-  public:
-    explicit ConfigurationObservation(std::shared_ptr<PendingCall> call)
-        : call_(std::move(call)),
-          observer_([[TarvikConfigurationObserver alloc] initWithCall:call_]) {
-        [NSNotificationCenter.defaultCenter addObserver:observer_
-                                               selector:@selector(handleConfigurationChange:)
-                                                   name:AVAudioEngineConfigurationChangeNotification
-                                                 object:nil];
-    }
-
-    ~ConfigurationObservation() override {
-        [NSNotificationCenter.defaultCenter removeObserver:observer_];
-        call_->cancel();
-    }
-
-  private:
-    std::shared_ptr<PendingCall> call_;
-    TarvikConfigurationObserver* observer_;
-};
-
-}  // namespace
+EngineAudioService::~EngineAudioService() {
+    [NSNotificationCenter.defaultCenter removeObserver:observer_];
+}
 
 std::unique_ptr<platform::AudioEngine> EngineAudioService::makeEngine() {
-    return std::make_unique<AvAudioEngine>();
+    return std::make_unique<AvAudioEngine>(changes_);
 }
 
 std::unique_ptr<platform::AudioObservation> EngineAudioService::observeConfigurationChange(
     std::function<void()> handler) {
-    return std::make_unique<ConfigurationObservation>(
-        std::make_shared<PendingCall>(mainQueue_, std::move(handler)));
+    return changes_->observe(std::move(handler));
 }
 
 }  // namespace tarvik::macdesktop
