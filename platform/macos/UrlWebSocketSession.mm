@@ -6,8 +6,8 @@
 #import "platform/macos/Strings.h"
 #import "platform/macos/UrlWebSocketTask.h"
 
+using tarvik::macdesktop::UrlWebSocketTask;
 using tarvik::platform::WebSocketSessionDelegate;
-using tarvik::platform::WebSocketTask;
 
 namespace {
 
@@ -17,14 +17,14 @@ constexpr tarvik::Seconds holdAfterEnd(10);
 
 @interface TarvikSocketDelegate : NSObject <NSURLSessionWebSocketDelegate>
 - (instancetype)initWithDelegate:(std::weak_ptr<WebSocketSessionDelegate>)delegate;
-- (void)holdForTask:(std::shared_ptr<WebSocketTask>)task;
+- (void)holdForTask:(std::shared_ptr<UrlWebSocketTask>)task;
 @end
 
 // Written before the connection is resumed, from then on used on the delegate queue alone.
 @implementation TarvikSocketDelegate {
     std::weak_ptr<WebSocketSessionDelegate> _weakDelegate;
     std::shared_ptr<WebSocketSessionDelegate> _delegate;
-    std::shared_ptr<WebSocketTask> _task;
+    std::shared_ptr<UrlWebSocketTask> _task;
 }
 
 - (instancetype)initWithDelegate:(std::weak_ptr<WebSocketSessionDelegate>)delegate {
@@ -34,7 +34,7 @@ constexpr tarvik::Seconds holdAfterEnd(10);
     return self;
 }
 
-- (void)holdForTask:(std::shared_ptr<WebSocketTask>)task {
+- (void)holdForTask:(std::shared_ptr<UrlWebSocketTask>)task {
     _delegate = _weakDelegate.lock();
     _task = task;
 }
@@ -59,6 +59,10 @@ constexpr tarvik::Seconds holdAfterEnd(10);
 - (void)URLSession:(NSURLSession*)session
                     task:(NSURLSessionTask*)task
     didCompleteWithError:(NSError*)error {
+    // Behind what the system itself may have to say to a receive that waits.
+    [session.delegateQueue addOperationWithBlock:^{
+      self->_task->didEnd(error);
+    }];
     const dispatch_time_t end =
         dispatch_time(DISPATCH_TIME_NOW, tarvik::macdesktop::nanoseconds(holdAfterEnd));
     dispatch_after(end, dispatch_get_main_queue(), ^{

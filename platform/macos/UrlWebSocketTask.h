@@ -2,6 +2,7 @@
 
 #import <Foundation/Foundation.h>
 
+#include "base/OneShot.h"
 #include "platform/WebSocket.h"
 
 namespace tarvik::macdesktop {
@@ -20,9 +21,18 @@ class UrlWebSocketTask final : public platform::WebSocketTask {
     void receive(ReceiveHandler handler) override;
     void cancel(int closeCode) override;
 
+    /// Says that the connection has ended; `error` says why, where the system knows. A receive that
+    /// still waits gets it. The session's delegate queue.
+    void didEnd(NSError* error);
+
   private:
+    using WaitingReceive = OneShot<Result<platform::WebSocketMessage>>;
+
     NSURLSessionWebSocketTask* task_;
     bool canOpen_;
+    /// NSURLSession holds it as well. It does not answer a receive in every case in which the
+    /// connection ends.
+    std::shared_ptr<WaitingReceive> waiting_ = std::make_shared<WaitingReceive>();
 };
 
 }  // namespace tarvik::macdesktop

@@ -1,5 +1,7 @@
 #import "platform/macos/UrlWebSocketTask.h"
 
+#include <utility>
+
 #include "platform/macos/Conversions.h"
 #import "platform/macos/Strings.h"
 
@@ -40,14 +42,26 @@ void UrlWebSocketTask::send(WebSocketMessage message, SendHandler handler) {
 }
 
 void UrlWebSocketTask::receive(ReceiveHandler handler) {
+    waiting_->store(std::move(handler));
+    const std::shared_ptr<WaitingReceive> waiting = waiting_;
     [task_ receiveMessageWithCompletionHandler:^(NSURLSessionWebSocketMessage* message,
                                                  NSError* error) {
+      const ReceiveHandler answer = waiting->take();
+      if (!answer) {
+          return;
+      }
       if (message != nil) {
-          handler(messageFrom(message));
+          answer(messageFrom(message));
       } else {
-          handler(errorFrom(error));
+          answer(errorFrom(error));
       }
     }];
+}
+
+void UrlWebSocketTask::didEnd(NSError* error) {
+    if (const ReceiveHandler answer = waiting_->take()) {
+        answer(error != nil ? errorFrom(error) : Error{0, "the connection has ended"});
+    }
 }
 
 void UrlWebSocketTask::cancel(int closeCode) {
