@@ -24,6 +24,12 @@ AXUIElementRef axElement(const platform::AXUIElementRef& element) {
     return static_cast<const AxElement&>(*element).reference.get();
 }
 
+// 0, which is no program's, when the element does not say.
+platform::ProcessIdentifier processOf(AXUIElementRef element) {
+    pid_t process = 0;
+    return AXUIElementGetPid(element, &process) == kAXErrorSuccess ? process : 0;
+}
+
 }  // namespace
 
 platform::AXUIElementRef AxAccessibility::createSystemWide() {
@@ -50,9 +56,27 @@ platform::AXError AxAccessibility::copyAttributeValue(const platform::AXUIElemen
 platform::AXError AxAccessibility::setAttributeValue(const platform::AXUIElementRef& element,
                                                      std::string_view attribute,
                                                      const std::string& text) {
-    return AXUIElementSetAttributeValue(axElement(element),
-                                        (__bridge CFStringRef)nsString(attribute),
-                                        (__bridge CFStringRef)nsString(text));
+    const platform::ProcessIdentifier process = processOf(axElement(element));
+    if (hasFailedToAnswer(process)) {
+        return platform::axErrorCannotComplete;
+    }
+    const AXError status =
+        AXUIElementSetAttributeValue(axElement(element), (__bridge CFStringRef)nsString(attribute),
+                                     (__bridge CFStringRef)nsString(text));
+    if (status == kAXErrorCannotComplete) {
+        silent_[process] = [NSRunningApplication runningApplicationWithProcessIdentifier:process];
+    }
+    return status;
+}
+
+// Its identifier may be another program's by now.
+bool AxAccessibility::hasFailedToAnswer(platform::ProcessIdentifier process) {
+    const auto found = silent_.find(process);
+    if (found != silent_.end() && found->second.terminated) {
+        silent_.erase(found);
+        return false;
+    }
+    return found != silent_.end();
 }
 
 bool AxAccessibility::isProcessTrusted() {
