@@ -35,6 +35,8 @@ platform::AlertAnswer runAlert(const platform::Alert& alert) {
         [dialog addButtonWithTitle:nsString(button)];
     }
     [dialog.window setInitialFirstResponder:field];
+    // The menu's "Quit" and "Restart" work meanwhile.
+    [dialog.window setPreventsApplicationTerminationWhenModal:NO];
     // The alert's loop runs this, once the field is in a window that has the keyboard.
     dispatch_async(dispatch_get_main_queue(), ^{
       [dialog.window makeFirstResponder:field];
