@@ -18,8 +18,11 @@ CocoaTextField::CocoaTextField(NSTextField* field,
     [field setStringValue:nsString(description.text)];
     [field setPlaceholderString:nsString(description.placeholder)];
     [field setAccessibilityLabel:nsString(description.accessibilityLabel)];
+    [field setUsesSingleLineMode:YES];
     [field setTarget:target_];
     [field setAction:actionSelector()];
+    // Return alone: leaving the field does nothing.
+    [field.cell setSendsActionOnEndEditing:NO];
 }
 
 std::string CocoaTextField::text() const {
