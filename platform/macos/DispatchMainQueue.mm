@@ -14,18 +14,28 @@ namespace {
 using Blocks = std::shared_ptr<BlockQueue>;
 
 // Dispatch serves nobody while a block that it called on the main thread has not come back, and a
-// block may run the loop of an alert. So Dispatch only hands over, and the run loop calls. The next
-// turn is asked for before the block runs, for that loop to go on with.
+// block may run the loop of an alert. So Dispatch only hands over, and the run loop calls.
+void requestTurn(Blocks blocks);
+
+// The pool is our own: that of the application is emptied by its next event, which may be hours
+// away.
+void takeTurn(const Blocks& blocks) {
+    @autoreleasepool {
+        const std::function<void()> block = blocks->takeNext();
+        // Before the block runs, for the loop of its alert to go on with.
+        if (blocks->isAnyReady()) {
+            requestTurn(blocks);
+        }
+        if (block) {
+            block();
+        }
+    }
+}
+
 void requestTurn(Blocks blocks) {
     [NSRunLoop.mainRunLoop performInModes:@[ NSRunLoopCommonModes ]
                                     block:^{
-                                      const std::function<void()> block = blocks->takeNext();
-                                      if (blocks->isAnyReady()) {
-                                          requestTurn(blocks);
-                                      }
-                                      if (block) {
-                                          block();
-                                      }
+                                      takeTurn(blocks);
                                     }];
 }
 

@@ -20,9 +20,12 @@ class RunLoopTimer final : public platform::Timer {
     NSTimer* timer_;
 };
 
-// A copy of what the timer's block holds: the call may drop the timer, and with it that block.
+// A copy of what the timer's block holds: the call may drop the timer, and with it that block. The
+// pool is our own: that of the application is emptied by its next event, which may be hours away.
 void call(std::shared_ptr<const std::function<void()>> block) {
-    (*block)();
+    @autoreleasepool {
+        (*block)();
+    }
 }
 
 }  // namespace
