@@ -2,7 +2,7 @@
 
 namespace tarvik::macdesktop {
 
-MacPlatform::MacPlatform() : mainQueue_(clock_), audio_(mainQueue_) {}
+MacPlatform::MacPlatform() : mainQueue_(clock_), audio_(mainQueue_), workspace_(log_) {}
 
 MacPlatform::~MacPlatform() {
     releaseSharedInstances();

@@ -2,6 +2,7 @@
 
 #include <vector>
 
+#include "platform/Log.h"
 #include "platform/Workspace.h"
 
 namespace tarvik::macdesktop {
@@ -9,12 +10,16 @@ namespace tarvik::macdesktop {
 /// The desktop as NSWorkspace knows it. Main thread only.
 class MacWorkspace final : public platform::Workspace {
   public:
+    /// `log` outlives the workspace.
+    explicit MacWorkspace(platform::Log& log) : log_(log) {}
+
     std::shared_ptr<platform::RunningApplication> frontmostApplication() override;
     void observeDidWake(std::function<void()> handler) override;
     bool openUrl(const std::string& url) override;
     void activateFileViewerSelecting(const std::string& path) override;
 
   private:
+    platform::Log& log_;
     /// Dropping one removes it from the notification centre.
     std::vector<std::shared_ptr<void>> wakeObservers_;
 };

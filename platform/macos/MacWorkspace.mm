@@ -52,7 +52,12 @@ void MacWorkspace::observeDidWake(std::function<void()> handler) {
 
 bool MacWorkspace::openUrl(const std::string& url) {
     NSURL* link = [NSURL URLWithString:nsString(url)];
-    return link != nil && [NSWorkspace.sharedWorkspace openURL:link];
+    if (link != nil && [NSWorkspace.sharedWorkspace openURL:link]) {
+        return true;
+    }
+    log_.write("TarvikDictate: cannot open " + url + ": " +
+               (link != nil ? "nothing here opens such a link" : "it is no link"));
+    return false;
 }
 
 void MacWorkspace::activateFileViewerSelecting(const std::string& path) {
