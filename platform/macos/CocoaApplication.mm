@@ -36,6 +36,11 @@ using tarvik::platform::LaunchNotification;
     return !delegate || delegate->applicationShouldHandleReopen(hasVisibleWindows);
 }
 
+// The system complains at each start about an application that does not say.
+- (BOOL)applicationSupportsSecureRestorableState:(NSApplication*)application {
+    return YES;
+}
+
 @end
 
 namespace tarvik::macdesktop {
