@@ -47,7 +47,8 @@ void Connection::onRequest(beast::error_code error) {
     if (error.category() ==
             beast::http::make_error_code(beast::http::error::bad_method).category() &&
         error != beast::http::error::end_of_stream) {
-        refuse({400, "The request cannot be read: " + error.message()});
+        const Error reason{400, "The request cannot be read: " + error.message()};
+        answer(reason, refusalOfUnreadable(reason, newRequestId()));
         return;
     }
     if (error) {
@@ -72,9 +73,13 @@ void Connection::becomeStream(const StreamQuery& query) {
 }
 
 void Connection::refuse(const Error& error) {
+    answer(error, refusal(parser_.get(), error, newRequestId()));
+}
+
+void Connection::answer(const Error& error, Response response) {
     std::cerr << "a request was refused with " + std::to_string(error.code) + ": " +
                      error.localizedDescription + "\n";
-    response_ = refusal(parser_.get(), error, newRequestId());
+    response_ = std::move(response);
     beast::http::async_write(socket_, response_,
                              [self = shared_from_this()](beast::error_code, std::size_t) {
                                  // The client has the answer or is gone; either way only the

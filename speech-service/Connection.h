@@ -40,6 +40,7 @@ class Connection : public OpenConnection, public std::enable_shared_from_this<Co
     void onRequest(boost::beast::error_code error);
     void becomeStream(const StreamQuery& query);
     void refuse(const Error& error);
+    void answer(const Error& error, Response response);
 
     ServerContext& context_;
     TlsStream socket_;

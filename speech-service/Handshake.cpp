@@ -25,8 +25,6 @@ bool offersKey(std::string_view subprotocols) {
 
 std::string_view errorCode(http::status status) {
     switch (status) {
-        case http::status::bad_request:
-            return "INVALID_QUERY_PARAMETER";
         case http::status::unauthorized:
             return "INVALID_AUTH";
         case http::status::not_found:
@@ -36,8 +34,20 @@ std::string_view errorCode(http::status status) {
         case http::status::too_many_requests:
             return "TOO_MANY_REQUESTS";
         default:
-            return "BAD_REQUEST";
+            return "INVALID_QUERY_PARAMETER";
     }
+}
+
+Response answer(unsigned version, std::string_view code, const Error& error,
+                const std::string& requestId) {
+    Response response(http::int_to_status(static_cast<unsigned>(error.code)), version);
+    response.set(http::field::content_type, "application/json");
+    response.keep_alive(false);
+    response.body() = "{\"err_code\":" + jsonString(code) +
+                      ",\"err_msg\":" + jsonString(error.localizedDescription) +
+                      ",\"request_id\":" + jsonString(requestId) + "}";
+    response.prepare_payload();
+    return response;
 }
 
 }  // namespace
@@ -59,17 +69,16 @@ Result<StreamQuery> checkHandshake(const Request& request) {
 }
 
 Response refusal(const Request& request, const Error& error, const std::string& requestId) {
-    Response response(http::int_to_status(static_cast<unsigned>(error.code)), request.version());
-    if (response.result() == http::status::upgrade_required) {
+    const http::status status = http::int_to_status(static_cast<unsigned>(error.code));
+    Response response = answer(request.version(), errorCode(status), error, requestId);
+    if (status == http::status::upgrade_required) {
         response.set(http::field::upgrade, "websocket");
     }
-    response.set(http::field::content_type, "application/json");
-    response.keep_alive(false);
-    response.body() = "{\"err_code\":" + jsonString(errorCode(response.result())) +
-                      ",\"err_msg\":" + jsonString(error.localizedDescription) +
-                      ",\"request_id\":" + jsonString(requestId) + "}";
-    response.prepare_payload();
     return response;
+}
+
+Response refusalOfUnreadable(const Error& error, const std::string& requestId) {
+    return answer(11, "BAD_REQUEST", error, requestId);
 }
 
 }  // namespace tarvik::service

@@ -25,4 +25,7 @@ Result<StreamQuery> checkHandshake(const Request& request);
 /// err_msg and request_id. The connection ends with it.
 Response refusal(const Request& request, const Error& error, const std::string& requestId);
 
+/// The same answer to a request that cannot be read, for the reason that `error` (code: 400) gives.
+Response refusalOfUnreadable(const Error& error, const std::string& requestId);
+
 }  // namespace tarvik::service

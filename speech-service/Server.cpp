@@ -1,5 +1,7 @@
 #include "speech-service/Server.h"
 
+#include <boost/asio/steady_timer.hpp>
+#include <chrono>
 #include <iostream>
 
 namespace tarvik::service {
@@ -12,6 +14,8 @@ namespace {
 
 // A free port on one loopback address may be taken on the other.
 constexpr int mostPortsTried = 20;
+// Most reasons why nothing can be accepted, no free descriptor above all, last for a while.
+constexpr std::chrono::milliseconds pauseAfterFailure{100};
 
 bool isUnavailable(const error_code& error) {
     return error == asio::error::address_family_not_supported ||
@@ -109,13 +113,19 @@ void Server::accept(tcp::acceptor& acceptor) {
         }
         if (error) {
             std::cerr << "a connection could not be accepted: " + error.message() + "\n";
-        } else {
-            const auto connection = std::make_shared<Connection>(std::move(socket), shared_);
-            shared_.connections.add(connection);
-            connection->start();
+            acceptLater(acceptor);
+            return;
         }
+        const auto connection = std::make_shared<Connection>(std::move(socket), shared_);
+        shared_.connections.add(connection);
+        connection->start();
         accept(acceptor);
     });
+}
+
+void Server::acceptLater(tcp::acceptor& acceptor) {
+    const auto pause = std::make_shared<asio::steady_timer>(context_, pauseAfterFailure);
+    pause->async_wait([this, &acceptor, pause](error_code) { accept(acceptor); });
 }
 
 void Server::prepareDecoder() {

@@ -40,6 +40,7 @@ class Server {
     boost::system::error_code bind(std::uint16_t port);
     boost::system::error_code listen(const boost::asio::ip::tcp::endpoint& endpoint);
     void accept(boost::asio::ip::tcp::acceptor& acceptor);
+    void acceptLater(boost::asio::ip::tcp::acceptor& acceptor);
     void prepareDecoder();
 
     boost::asio::io_context& context_;

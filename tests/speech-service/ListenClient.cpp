@@ -5,6 +5,7 @@
 #include <boost/asio/connect.hpp>
 #include <boost/asio/ip/tcp.hpp>
 #include <boost/asio/ssl/host_name_verification.hpp>
+#include <boost/asio/write.hpp>
 
 namespace tarvik::service {
 
@@ -78,6 +79,15 @@ void ListenClient::request(const std::string& target) {
     beast::http::request<beast::http::empty_body> request(beast::http::verb::get, target, 11);
     request.set(beast::http::field::host, "localhost");
     beast::http::write(socket_.next_layer(), request);
+    readResponse();
+}
+
+void ListenClient::requestByBytes(const std::string& bytes) {
+    asio::write(socket_.next_layer(), asio::buffer(bytes));
+    readResponse();
+}
+
+void ListenClient::readResponse() {
     beast::flat_buffer buffer;
     beast::http::read(socket_.next_layer(), buffer, response_);
 }

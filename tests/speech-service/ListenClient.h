@@ -44,8 +44,10 @@ class ListenClient {
     /// Opens a stream for audio at `rate`, with interim results and punctuation.
     bool openAt(int rate);
 
-    /// Sends a plain request and reads the answer into response().
+    /// Sends a plain request, or these bytes in the place of one, and reads the answer into
+    /// response().
     void request(const std::string& target);
+    void requestByBytes(const std::string& bytes);
 
     const boost::beast::http::response<boost::beast::http::string_body>& response() const {
         return response_;
@@ -66,6 +68,8 @@ class ListenClient {
     const boost::beast::websocket::close_reason& closeReason() const { return socket_.reason(); }
 
   private:
+    void readResponse();
+
     std::uint16_t port_;
     boost::asio::io_context context_;
     boost::asio::ssl::context tls_;

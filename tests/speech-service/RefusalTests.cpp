@@ -1,10 +1,17 @@
 #include <gtest/gtest.h>
 #include <simdjson.h>
+#include <sys/resource.h>
+#include <unistd.h>
 
+#include <atomic>
 #include <boost/asio/connect.hpp>
 #include <boost/asio/ip/tcp.hpp>
 #include <boost/asio/read.hpp>
 #include <boost/asio/write.hpp>
+#include <chrono>
+#include <iostream>
+#include <streambuf>
+#include <thread>
 
 #include "tests/speech-service/ListenClient.h"
 #include "tests/speech-service/RunningServer.h"
@@ -27,6 +34,44 @@ class Refusal : public testing::Test {
     }
 
     RunningServer server_;
+};
+
+/// Counts the lines on standard error while it lives, in the place of printing them.
+class LineCounter : private std::streambuf {
+  public:
+    LineCounter() : before_(std::cerr.rdbuf(this)) {}
+    ~LineCounter() override { std::cerr.rdbuf(before_); }
+    LineCounter(const LineCounter&) = delete;
+    LineCounter& operator=(const LineCounter&) = delete;
+
+    int lines() const { return lines_; }
+
+  private:
+    int_type overflow(int_type character) override {
+        lines_ += traits_type::eq_int_type(character, '\n') ? 1 : 0;
+        return traits_type::not_eof(character);
+    }
+
+    std::streambuf* before_;
+    std::atomic<int> lines_ = 0;
+};
+
+/// While it lives, this process can open nothing more.
+class NoMoreDescriptors {
+  public:
+    NoMoreDescriptors() {
+        getrlimit(RLIMIT_NOFILE, &before_);
+        const int lowestFree = dup(STDERR_FILENO);
+        close(lowestFree);
+        const rlimit limit{static_cast<rlim_t>(lowestFree), before_.rlim_max};
+        EXPECT_EQ(setrlimit(RLIMIT_NOFILE, &limit), 0);
+    }
+    ~NoMoreDescriptors() { setrlimit(RLIMIT_NOFILE, &before_); }
+    NoMoreDescriptors(const NoMoreDescriptors&) = delete;
+    NoMoreDescriptors& operator=(const NoMoreDescriptors&) = delete;
+
+  private:
+    rlimit before_{};
 };
 
 TEST_F(Refusal, OfAMissingKey) {
@@ -53,6 +98,12 @@ TEST_F(Refusal, OfARequestWithoutUpgrade) {
     expectRefused(client, 426, "UPGRADE_REQUIRED");
 }
 
+TEST_F(Refusal, OfARequestThatCannotBeRead) {
+    ListenClient client(server_.port(), server_.authority());
+    client.requestByBytes("no request at all\r\n\r\n");
+    expectRefused(client, 400, "BAD_REQUEST");
+}
+
 TEST_F(Refusal, OfAConnectionWithoutTlsLeavesTheServiceAlive) {
     boost::asio::io_context context;
     boost::asio::ip::tcp::socket plain(context);
@@ -76,6 +127,32 @@ TEST(Service, RefusesMoreStreamsThanItServes) {
     ListenClient second(server.port(), server.authority());
     EXPECT_FALSE(second.openAt(16000));
     EXPECT_EQ(second.response().result_int(), 429U);
+}
+
+TEST(Service, WaitsBetweenAttemptsWhileItCanAcceptNothing) {
+    RunningServer server;
+    {
+        // The decoder's files are read by now.
+        ListenClient first(server.port(), server.authority());
+        ASSERT_TRUE(first.openAt(16000));
+        first.sendText(R"({"type":"CloseStream"})");
+        EXPECT_EQ(first.receiveAll().size(), 1U);
+    }
+    boost::asio::io_context context;
+    boost::asio::ip::tcp::socket late(context, boost::asio::ip::tcp::v4());
+    const LineCounter failures;
+    {
+        const NoMoreDescriptors noMore;
+        late.connect({boost::asio::ip::address_v4::loopback(), server.port()});
+        const auto begin = std::chrono::steady_clock::now();
+        while (failures.lines() < 3) {
+            ASSERT_LT(std::chrono::steady_clock::now() - begin, std::chrono::seconds(10));
+            std::this_thread::yield();
+        }
+        EXPECT_GE(std::chrono::steady_clock::now() - begin, std::chrono::milliseconds(200));
+    }
+    ListenClient next(server.port(), server.authority());
+    EXPECT_TRUE(next.openAt(16000));
 }
 
 TEST(Service, ListensOnBothLoopbackAddresses) {
