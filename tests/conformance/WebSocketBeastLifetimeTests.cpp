@@ -20,13 +20,13 @@ class WebSocketServiceEnd : public WebSocketBeast {
     }
 };
 
-TEST_F(WebSocketServiceEnd, withAnOpenConnection) {
+TEST_F(WebSocketServiceEnd, WithAnOpenConnection) {
     open();
     expectCleanEnd();
     EXPECT_TRUE(world.peer().readEnd());
 }
 
-TEST_F(WebSocketServiceEnd, whileConnecting) {
+TEST_F(WebSocketServiceEnd, WhileConnecting) {
     const WebSocketListener deaf("127.0.0.1", 0, true);
     platform::UrlRequest request = world.request();
     request.url = "wss://127.0.0.1:" + std::to_string(deaf.port()) + "/";
@@ -34,21 +34,21 @@ TEST_F(WebSocketServiceEnd, whileConnecting) {
     expectCleanEnd();
 }
 
-TEST_F(WebSocketServiceEnd, duringTheTlsHandshake) {
+TEST_F(WebSocketServiceEnd, DuringTheTlsHandshake) {
     start();
     const WebSocketPeer silent = world.listener().accept();
     world.settle();
     expectCleanEnd();
 }
 
-TEST_F(WebSocketServiceEnd, duringTheUpgrade) {
+TEST_F(WebSocketServiceEnd, DuringTheUpgrade) {
     start();
     ASSERT_TRUE(world.acceptTls());
     world.peer().readHead();
     expectCleanEnd();
 }
 
-TEST_F(WebSocketServiceEnd, whileASendIsStuck) {
+TEST_F(WebSocketServiceEnd, WhileASendIsStuck) {
     open();
     task->send({platform::WebSocketMessage::Kind::data, std::string(std::size_t{32} << 20, 'a')},
                [](const auto&) {});
@@ -56,27 +56,27 @@ TEST_F(WebSocketServiceEnd, whileASendIsStuck) {
     expectCleanEnd();
 }
 
-TEST_F(WebSocketServiceEnd, duringAFarewell) {
+TEST_F(WebSocketServiceEnd, DuringAFarewell) {
     open();
     task->cancel(platform::closeCodeGoingAway);
     ASSERT_TRUE(comes("failed receive"));
     expectCleanEnd();
 }
 
-TEST_F(WebSocketServiceEnd, whileADelegateLingers) {
+TEST_F(WebSocketServiceEnd, WhileADelegateLingers) {
     open();
     world.sendClose(1000, "");
     ASSERT_TRUE(comes("failed receive"));
     expectCleanEnd();
 }
 
-TEST_F(WebSocketServiceEnd, beforeTheStart) {
+TEST_F(WebSocketServiceEnd, BeforeTheStart) {
     session = world.service().makeSession(recorder);
     task = session->webSocketTask(world.request());
     expectCleanEnd();
 }
 
-TEST_F(WebSocketServiceEnd, tasksThatAreLeftDoNothing) {
+TEST_F(WebSocketServiceEnd, TasksThatAreLeftDoNothing) {
     open();
     world.endService();
     const std::size_t events = recorder->events().size();
@@ -90,7 +90,7 @@ TEST_F(WebSocketServiceEnd, tasksThatAreLeftDoNothing) {
     EXPECT_EQ(recorder->events().size(), events);
 }
 
-TEST_F(WebSocketBeast, aNewConnectionProlongsTheHoldOnTheDelegate) {
+TEST_F(WebSocketBeast, ANewConnectionProlongsTheHoldOnTheDelegate) {
     open();
     world.sendClose(1000, "");
     ASSERT_TRUE(comes("failed receive"));
@@ -131,7 +131,7 @@ class OwningDelegate final : public platform::WebSocketSessionDelegate {
     std::atomic<bool>& isGone_;
 };
 
-TEST_F(WebSocketBeast, aDelegateThatOwnsItsSessionGoesOnTheSessionsThread) {
+TEST_F(WebSocketBeast, ADelegateThatOwnsItsSessionGoesOnTheSessionsThread) {
     std::atomic<bool> isGone = false;
     auto delegate = std::make_shared<OwningDelegate>(isGone);
     delegate->session = world.service().makeSession(delegate);
@@ -144,7 +144,7 @@ TEST_F(WebSocketBeast, aDelegateThatOwnsItsSessionGoesOnTheSessionsThread) {
     EXPECT_TRUE(world.runUntil([&] { return isGone.load(); }));
 }
 
-TEST_F(WebSocketBeast, manyConnectionsAfterOneAnother) {
+TEST_F(WebSocketBeast, ManyConnectionsAfterOneAnother) {
     constexpr std::size_t connections = 20;
     for (std::size_t count = 1; count <= connections; ++count) {
         start();

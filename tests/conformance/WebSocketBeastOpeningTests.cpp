@@ -12,7 +12,7 @@ std::size_t occurrences(const std::string& text, const std::string& part) {
     return count;
 }
 
-TEST_F(WebSocketBeast, sendsTheHandshakeByteForByte) {
+TEST_F(WebSocketBeast, SendsTheHandshakeByteForByte) {
     platform::UrlRequest request = world.request();
     request.headerFields = {{"Sec-WebSocket-Protocol", "token,  a key with blanks \t "},
                             {"X-Other", " one "}};
@@ -31,7 +31,7 @@ TEST_F(WebSocketBeast, sendsTheHandshakeByteForByte) {
     EXPECT_EQ(occurrences(head, "\r\nHost: 127.0.0.1:" + port + "\r\n"), 1U) << head;
 }
 
-TEST_F(WebSocketBeast, asksForTheServerByName) {
+TEST_F(WebSocketBeast, AsksForTheServerByName) {
     platform::UrlRequest request = world.request();
     request.url = "WSS://localhost:" + std::to_string(world.listener().port());
     start(request);
@@ -41,7 +41,7 @@ TEST_F(WebSocketBeast, asksForTheServerByName) {
     EXPECT_TRUE(world.head().starts_with("GET / HTTP/1.1\r\n"));
 }
 
-TEST_F(WebSocketBeast, readsAMessageThatComesWithTheAcceptance) {
+TEST_F(WebSocketBeast, ReadsAMessageThatComesWithTheAcceptance) {
     start();
     ASSERT_TRUE(world.acceptTls());
     const std::string head = world.peer().readHead();
@@ -51,7 +51,7 @@ TEST_F(WebSocketBeast, readsAMessageThatComesWithTheAcceptance) {
     EXPECT_EQ(recorder->events().front(), "open token");
 }
 
-TEST_F(WebSocketBeast, aRefusedUpgradeTellsStatusAndBody) {
+TEST_F(WebSocketBeast, ARefusedUpgradeTellsStatusAndBody) {
     start();
     ASSERT_TRUE(world.acceptTls());
     world.peer().readHead();
@@ -66,7 +66,7 @@ TEST_F(WebSocketBeast, aRefusedUpgradeTellsStatusAndBody) {
     EXPECT_EQ(recorder->events().size(), 1U);
 }
 
-TEST_F(WebSocketBeast, aRefusalMayEndWithTheConnectionAndIsCutShort) {
+TEST_F(WebSocketBeast, ARefusalMayEndWithTheConnectionAndIsCutShort) {
     start();
     ASSERT_TRUE(world.acceptTls());
     world.peer().readHead();
@@ -76,7 +76,7 @@ TEST_F(WebSocketBeast, aRefusalMayEndWithTheConnectionAndIsCutShort) {
     EXPECT_LT(recorder->lastError().localizedDescription.size(), 600U);
 }
 
-TEST_F(WebSocketBeast, anAnswerThatIsNoWebSocketFailsTheOpening) {
+TEST_F(WebSocketBeast, AnAnswerThatIsNoWebSocketFailsTheOpening) {
     start();
     ASSERT_TRUE(world.acceptTls());
     const std::string head = world.peer().readHead();
@@ -86,7 +86,7 @@ TEST_F(WebSocketBeast, anAnswerThatIsNoWebSocketFailsTheOpening) {
     ASSERT_TRUE(failed("The service broke the opening of the web socket off"));
 }
 
-TEST_F(WebSocketBeast, anAnswerThatIsNotHttpFailsTheOpening) {
+TEST_F(WebSocketBeast, AnAnswerThatIsNotHttpFailsTheOpening) {
     start();
     ASSERT_TRUE(world.acceptTls());
     world.peer().readHead();
@@ -94,14 +94,14 @@ TEST_F(WebSocketBeast, anAnswerThatIsNotHttpFailsTheOpening) {
     ASSERT_TRUE(failed("The service broke the opening of the web socket off"));
 }
 
-TEST_F(WebSocketBeast, aServerWithoutTlsFailsTheOpening) {
+TEST_F(WebSocketBeast, AServerWithoutTlsFailsTheOpening) {
     start();
     WebSocketPeer peer = world.listener().accept();
     peer.write("HTTP/1.1 400 Bad Request\r\n\r\n");
     ASSERT_TRUE(failed("No secure connection to 127.0.0.1"));
 }
 
-TEST_F(WebSocketBeast, theLimitOfTimeCoversASilentServer) {
+TEST_F(WebSocketBeast, TheLimitOfTimeCoversASilentServer) {
     platform::UrlRequest request = world.request();
     request.timeoutInterval = 0.2;
     start(request);
@@ -112,7 +112,7 @@ TEST_F(WebSocketBeast, theLimitOfTimeCoversASilentServer) {
     EXPECT_TRUE(world.peer().readEnd());
 }
 
-TEST_F(WebSocketBeast, nothingListening) {
+TEST_F(WebSocketBeast, NothingListening) {
     platform::UrlRequest request = world.request();
     {
         const WebSocketListener gone("127.0.0.1");
@@ -123,7 +123,7 @@ TEST_F(WebSocketBeast, nothingListening) {
     EXPECT_EQ(recorder->lastError().code, ECONNREFUSED);
 }
 
-TEST_F(WebSocketBeast, onlyWholeWssUrlsAreOpened) {
+TEST_F(WebSocketBeast, OnlyWholeWssUrlsAreOpened) {
     for (const char* url : {"https://127.0.0.1/", "wss://", "wss://127.0.0.1:0/", "wss://a:b/",
                             "wss://user@127.0.0.1/", "wss://127.0.0.1/#part", "wss://[::1/",
                             "wss://127.0.0.1/a b", "wss://127.0.0.1/\r\nEvil: yes"}) {
@@ -135,7 +135,7 @@ TEST_F(WebSocketBeast, onlyWholeWssUrlsAreOpened) {
     }
 }
 
-TEST_F(WebSocketBeast, aControlCharacterInAHeaderNeverReachesTheWire) {
+TEST_F(WebSocketBeast, AControlCharacterInAHeaderNeverReachesTheWire) {
     for (const std::string& key :
          {std::string("a\nb"), std::string("a\rb"), std::string("a\0b", 3), std::string("a\x7F")}) {
         recorder = std::make_shared<WebSocketRecorder>();
@@ -148,7 +148,7 @@ TEST_F(WebSocketBeast, aControlCharacterInAHeaderNeverReachesTheWire) {
     EXPECT_FALSE(world.listener().hasConnection());
 }
 
-TEST_F(WebSocketBeast, reachesAServerThatHasOnlyIpv6) {
+TEST_F(WebSocketBeast, ReachesAServerThatHasOnlyIpv6) {
     WebSocketListener listener("::1");
     platform::UrlRequest request = world.request();
     request.url = "wss://[::1]:" + std::to_string(listener.port()) + "/v1/listen";
@@ -180,23 +180,23 @@ class WebSocketCertificates : public testing::Test {
     }
 };
 
-TEST_F(WebSocketCertificates, ofAStrangeAuthority) {
+TEST_F(WebSocketCertificates, OfAStrangeAuthority) {
     EXPECT_EQ(
         objectionTo({.names = "IP:127.0.0.1", .isTrusted = false}),
         "The certificate of 127.0.0.1 does not verify: unable to get local issuer certificate");
 }
 
-TEST_F(WebSocketCertificates, ofAnotherHost) {
+TEST_F(WebSocketCertificates, OfAnotherHost) {
     EXPECT_EQ(objectionTo({.names = "DNS:localhost,IP:127.0.0.2"}),
               "The certificate of 127.0.0.1 does not verify: IP address mismatch");
 }
 
-TEST_F(WebSocketCertificates, thatHasExpired) {
+TEST_F(WebSocketCertificates, ThatHasExpired) {
     EXPECT_EQ(objectionTo({.names = "IP:127.0.0.1", .isExpired = true}),
               "The certificate of 127.0.0.1 does not verify: certificate has expired");
 }
 
-TEST_F(WebSocketCertificates, ofAnotherName) {
+TEST_F(WebSocketCertificates, OfAnotherName) {
     WebSocketBeastWorld world({.names = "DNS:other.example,DNS:*.localhost"});
     const auto recorder = std::make_shared<WebSocketRecorder>();
     platform::UrlRequest request = world.request();

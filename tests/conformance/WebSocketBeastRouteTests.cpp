@@ -33,7 +33,7 @@ class WebSocketProxy : public WebSocketBeast {
     WebSocketListener proxy{"127.0.0.1"};
 };
 
-TEST_F(WebSocketProxy, tunnelsThroughIt) {
+TEST_F(WebSocketProxy, TunnelsThroughIt) {
     useProxy("", "");
     start();
     WebSocketPeer peer = proxy.accept();
@@ -47,7 +47,7 @@ TEST_F(WebSocketProxy, tunnelsThroughIt) {
     EXPECT_FALSE(world.listener().hasConnection());
 }
 
-TEST_F(WebSocketProxy, showsItThePasswordOfItsUrl) {
+TEST_F(WebSocketProxy, ShowsItThePasswordOfItsUrl) {
     useProxy("user:p%40ss@", "");
     start();
     // base64 of "user:p@ss"
@@ -55,7 +55,7 @@ TEST_F(WebSocketProxy, showsItThePasswordOfItsUrl) {
               std::string::npos);
 }
 
-TEST_F(WebSocketProxy, tellsTheStatusOfItsRefusal) {
+TEST_F(WebSocketProxy, TellsTheStatusOfItsRefusal) {
     useProxy("", "");
     start();
     WebSocketPeer peer = proxy.accept();
@@ -65,20 +65,20 @@ TEST_F(WebSocketProxy, tellsTheStatusOfItsRefusal) {
     EXPECT_EQ(recorder->lastError().code, 407);
 }
 
-TEST_F(WebSocketProxy, tellsThatItHungUp) {
+TEST_F(WebSocketProxy, TellsThatItHungUp) {
     useProxy("", "");
     start();
     proxy.accept().readHead();
     ASSERT_TRUE(failed("did not answer"));
 }
 
-TEST_F(WebSocketProxy, isPassedByForTheExceptions) {
+TEST_F(WebSocketProxy, IsPassedByForTheExceptions) {
     useProxy("", "example.com, 127.0.0.1");
     open();
     EXPECT_FALSE(proxy.hasConnection());
 }
 
-TEST(WebSocketProxySettings, exceptions) {
+TEST(WebSocketProxySettings, Exceptions) {
     struct Case {
         const char* exceptions;
         const char* host;
@@ -102,7 +102,7 @@ TEST(WebSocketProxySettings, exceptions) {
     }
 }
 
-TEST(WebSocketProxySettings, addresses) {
+TEST(WebSocketProxySettings, Addresses) {
     const auto proxyOf = [](const char* text) {
         return ProxySettings(text, "").proxyFor("example.com", 443);
     };
@@ -145,7 +145,7 @@ tcp::endpoint endpointAt(const char* address, std::uint16_t port) {
     return {boost::asio::ip::make_address(address), port};
 }
 
-TEST(WebSocketAddressRace, aRefusalStartsTheNextAttemptAtOnce) {
+TEST(WebSocketAddressRace, ARefusalStartsTheNextAttemptAtOnce) {
     const WebSocketListener good("127.0.0.1");
     const auto target = endpointAt("127.0.0.1", good.port());
     const RaceResult result = race({endpointAt("::1", good.port()), target});
@@ -153,7 +153,7 @@ TEST(WebSocketAddressRace, aRefusalStartsTheNextAttemptAtOnce) {
     EXPECT_LT(result.duration, Seconds(0.25));
 }
 
-TEST(WebSocketAddressRace, aSilentAddressCostsAQuarterOfASecond) {
+TEST(WebSocketAddressRace, ASilentAddressCostsAQuarterOfASecond) {
     const WebSocketListener deaf("127.0.0.1", 0, true);
     const WebSocketListener good("::1");
     const auto silent = endpointAt("127.0.0.1", deaf.port());
@@ -165,7 +165,7 @@ TEST(WebSocketAddressRace, aSilentAddressCostsAQuarterOfASecond) {
     EXPECT_LT(result.duration, Seconds(0.5));
 }
 
-TEST(WebSocketAddressRace, theLastRefusalIsTheFailure) {
+TEST(WebSocketAddressRace, TheLastRefusalIsTheFailure) {
     std::uint16_t port = 0;
     {
         const WebSocketListener gone("127.0.0.1");

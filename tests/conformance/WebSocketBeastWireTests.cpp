@@ -8,7 +8,7 @@ namespace {
 
 constexpr std::size_t mebibyte = std::size_t{1} << 20;
 
-TEST_F(WebSocketBeast, receivesSixteenMebibytesAndGoesOn) {
+TEST_F(WebSocketBeast, ReceivesSixteenMebibytesAndGoesOn) {
     open();
     std::string large(16 * mebibyte, 'a');
     large.back() = 'z';
@@ -18,7 +18,7 @@ TEST_F(WebSocketBeast, receivesSixteenMebibytesAndGoesOn) {
     EXPECT_TRUE(recorder->has("text 16777216 bytes"));
 }
 
-TEST_F(WebSocketBeast, aMessageBeyondTheLimitEndsTheConnection) {
+TEST_F(WebSocketBeast, AMessageBeyondTheLimitEndsTheConnection) {
     open();
     // The header alone is enough.
     world.peer().write(std::string("\x82\x7F\0\0\0\0\x02\0\0\x01", 10));
@@ -30,7 +30,7 @@ TEST_F(WebSocketBeast, aMessageBeyondTheLimitEndsTheConnection) {
     EXPECT_EQ(recorder->events(), (std::vector<std::string>{"open token", "failed receive"}));
 }
 
-TEST_F(WebSocketBeast, dropsTextThatIsNotUtf8AndGoesOn) {
+TEST_F(WebSocketBeast, DropsTextThatIsNotUtf8AndGoesOn) {
     open();
     world.sendText("before");
     world.sendText("\xC3(");
@@ -45,7 +45,7 @@ TEST_F(WebSocketBeast, dropsTextThatIsNotUtf8AndGoesOn) {
               "TarvikDictate: dropped a text message of 2 bytes that is not UTF-8");
 }
 
-TEST_F(WebSocketBeast, readsFramesInAnyPieces) {
+TEST_F(WebSocketBeast, ReadsFramesInAnyPieces) {
     open();
     const std::string smiley = "😀";
     // A character split between two frames with a ping between them, and every byte on its own.
@@ -67,7 +67,7 @@ TEST_F(WebSocketBeast, readsFramesInAnyPieces) {
     EXPECT_EQ(pong->payload, "p");
 }
 
-TEST_F(WebSocketBeast, aFrameThatBreaksTheProtocolIsOneErrorAndNoClose) {
+TEST_F(WebSocketBeast, AFrameThatBreaksTheProtocolIsOneErrorAndNoClose) {
     open();
     world.sendText("before");
     world.peer().write(WebSocketPeer::frame(WebSocketPeer::text, "x", 0xC0));
@@ -80,7 +80,7 @@ TEST_F(WebSocketBeast, aFrameThatBreaksTheProtocolIsOneErrorAndNoClose) {
               (std::vector<std::string>{"open token", "text before", "failed receive"}));
 }
 
-TEST_F(WebSocketBeast, aResetInTheMiddleOfAMessageLosesTheConnection) {
+TEST_F(WebSocketBeast, AResetInTheMiddleOfAMessageLosesTheConnection) {
     open();
     const std::string frame = WebSocketPeer::frame(WebSocketPeer::data, std::string(100'000, 'a'));
     world.peer().write(frame.substr(0, 50'000));
@@ -90,7 +90,7 @@ TEST_F(WebSocketBeast, aResetInTheMiddleOfAMessageLosesTheConnection) {
     EXPECT_EQ(recorder->events().size(), 2U);
 }
 
-TEST_F(WebSocketBeast, anEndWithoutACloseFrameIsALostConnection) {
+TEST_F(WebSocketBeast, AnEndWithoutACloseFrameIsALostConnection) {
     open();
     world.peer().end();
     ASSERT_TRUE(comes("failed receive"));
@@ -98,7 +98,7 @@ TEST_F(WebSocketBeast, anEndWithoutACloseFrameIsALostConnection) {
     EXPECT_EQ(recorder->events(), (std::vector<std::string>{"open token", "failed receive"}));
 }
 
-TEST_F(WebSocketBeast, sendsThatWaitFailWhenTheConnectionIsLost) {
+TEST_F(WebSocketBeast, SendsThatWaitFailWhenTheConnectionIsLost) {
     open();
     // More than the kernel's buffers take, to somebody who reads nothing.
     task->send({platform::WebSocketMessage::Kind::data, std::string(32 * mebibyte, 'a')},
@@ -111,7 +111,7 @@ TEST_F(WebSocketBeast, sendsThatWaitFailWhenTheConnectionIsLost) {
     ASSERT_TRUE(comes("failed receive"));
 }
 
-TEST_F(WebSocketBeast, answersACloseFrameWithTheSameCode) {
+TEST_F(WebSocketBeast, AnswersACloseFrameWithTheSameCode) {
     open();
     world.sendClose(1000, "done");
     const auto answer = world.peer().readFrame();
@@ -124,13 +124,13 @@ TEST_F(WebSocketBeast, answersACloseFrameWithTheSameCode) {
     EXPECT_EQ(recorder->lastError().code, 1000);
 }
 
-TEST_F(WebSocketBeast, aCloseFrameWithoutACodeIsToldAs1005) {
+TEST_F(WebSocketBeast, ACloseFrameWithoutACodeIsToldAs1005) {
     open();
     world.peer().write(WebSocketPeer::frame(WebSocketPeer::close, ""));
     ASSERT_TRUE(comes("close 1005 "));
 }
 
-TEST_F(WebSocketBeast, doesNotWaitForTheServerToEndAClosedConnection) {
+TEST_F(WebSocketBeast, DoesNotWaitForTheServerToEndAClosedConnection) {
     open();
     const Seconds start = world.now();
     world.sendClose(1000, "");
@@ -141,7 +141,7 @@ TEST_F(WebSocketBeast, doesNotWaitForTheServerToEndAClosedConnection) {
     EXPECT_TRUE(world.peer().readEnd());
 }
 
-TEST_F(WebSocketBeast, cancelSendsACloseFrame) {
+TEST_F(WebSocketBeast, CancelSendsACloseFrame) {
     open();
     task->cancel(platform::closeCodeGoingAway);
     ASSERT_TRUE(comes("failed receive"));
@@ -154,7 +154,7 @@ TEST_F(WebSocketBeast, cancelSendsACloseFrame) {
     EXPECT_EQ(recorder->events(), (std::vector<std::string>{"open token", "failed receive"}));
 }
 
-TEST_F(WebSocketBeast, cutsAServerThatNeverAnswersTheClose) {
+TEST_F(WebSocketBeast, CutsAServerThatNeverAnswersTheClose) {
     open();
     const Seconds start = world.now();
     task->cancel(platform::closeCodeGoingAway);
@@ -163,7 +163,7 @@ TEST_F(WebSocketBeast, cutsAServerThatNeverAnswersTheClose) {
     EXPECT_GE(world.now() - start, WebSocketBeastWorld::timing.farewell);
 }
 
-TEST_F(WebSocketBeast, cancelDoesNotWaitForAServerThatTakesNothing) {
+TEST_F(WebSocketBeast, CancelDoesNotWaitForAServerThatTakesNothing) {
     open();
     task->send({platform::WebSocketMessage::Kind::data, std::string(32 * mebibyte, 'a')},
                [](const auto&) {});
@@ -178,7 +178,7 @@ TEST_F(WebSocketBeast, cancelDoesNotWaitForAServerThatTakesNothing) {
     }
 }
 
-TEST_F(WebSocketBeast, cancelDuringTheTlsHandshakeEndsTheConnection) {
+TEST_F(WebSocketBeast, CancelDuringTheTlsHandshakeEndsTheConnection) {
     start();
     WebSocketPeer silent = world.listener().accept();
     task->cancel(platform::closeCodeGoingAway);
@@ -187,7 +187,7 @@ TEST_F(WebSocketBeast, cancelDuringTheTlsHandshakeEndsTheConnection) {
     EXPECT_TRUE(hello.empty());
 }
 
-TEST_F(WebSocketBeast, holdsTheServerBackWhileNobodyAsks) {
+TEST_F(WebSocketBeast, HoldsTheServerBackWhileNobodyAsks) {
     session = world.service().makeSession(recorder);
     task = session->webSocketTask(world.request());
     task->resume();

@@ -42,27 +42,27 @@ class WebSocketConformance : public testing::TestWithParam<WebSocketWorldMaker> 
     std::shared_ptr<platform::WebSocketTask> task;
 };
 
-TEST_P(WebSocketConformance, tellsWhichSubprotocolTheServiceChose) {
+TEST_P(WebSocketConformance, TellsWhichSubprotocolTheServiceChose) {
     open();
     world->settle();
     EXPECT_EQ(recorder->events(), Events{"open token"});
 }
 
-TEST_P(WebSocketConformance, opensWithoutASubprotocolToo) {
+TEST_P(WebSocketConformance, OpensWithoutASubprotocolToo) {
     make();
     task->resume();
     world->accept("");
     EXPECT_TRUE(comes("open "));
 }
 
-TEST_P(WebSocketConformance, opensOnceHoweverOftenItIsResumed) {
+TEST_P(WebSocketConformance, OpensOnceHoweverOftenItIsResumed) {
     open();
     task->resume();
     world->settle();
     EXPECT_EQ(recorder->events(), Events{"open token"});
 }
 
-TEST_P(WebSocketConformance, deliversMessagesInTheirOrderAndKind) {
+TEST_P(WebSocketConformance, DeliversMessagesInTheirOrderAndKind) {
     open();
     recorder->receiveAll(task);
     world->sendText("one");
@@ -74,7 +74,7 @@ TEST_P(WebSocketConformance, deliversMessagesInTheirOrderAndKind) {
               (Events{"open token", "text one", "data two", "text ", "text Zażółć 😀"}));
 }
 
-TEST_P(WebSocketConformance, aReceiveThatWaitedBeforeTheOpeningGetsTheFirstMessage) {
+TEST_P(WebSocketConformance, AReceiveThatWaitedBeforeTheOpeningGetsTheFirstMessage) {
     make();
     task->resume();
     recorder->receive(*task);
@@ -83,7 +83,7 @@ TEST_P(WebSocketConformance, aReceiveThatWaitedBeforeTheOpeningGetsTheFirstMessa
     ASSERT_TRUE(comes("text first"));
 }
 
-TEST_P(WebSocketConformance, keepsMessagesUntilTheyAreAskedFor) {
+TEST_P(WebSocketConformance, KeepsMessagesUntilTheyAreAskedFor) {
     open();
     world->sendText("one");
     world->sendText("two");
@@ -97,7 +97,7 @@ TEST_P(WebSocketConformance, keepsMessagesUntilTheyAreAskedFor) {
     ASSERT_TRUE(comes("text two"));
 }
 
-TEST_P(WebSocketConformance, sendsInOrderAndCompletesEachOnce) {
+TEST_P(WebSocketConformance, SendsInOrderAndCompletesEachOnce) {
     open();
     Events expected{"open token"};
     for (const char* text : {"a", "b", "c", "d"}) {
@@ -111,7 +111,7 @@ TEST_P(WebSocketConformance, sendsInOrderAndCompletesEachOnce) {
     EXPECT_EQ(recorder->events(), expected);
 }
 
-TEST_P(WebSocketConformance, keepsTheKindOfWhatItSends) {
+TEST_P(WebSocketConformance, KeepsTheKindOfWhatItSends) {
     open();
     task->send({WebSocketMessage::Kind::data, std::string("\0\xFF", 2)}, [](const auto&) {});
     task->send({WebSocketMessage::Kind::string, "text"}, [](const auto&) {});
@@ -123,7 +123,7 @@ TEST_P(WebSocketConformance, keepsTheKindOfWhatItSends) {
     EXPECT_EQ(world->nextMessage().bytes, "");
 }
 
-TEST_P(WebSocketConformance, messagesGivenBeforeTheOpeningWaitForIt) {
+TEST_P(WebSocketConformance, MessagesGivenBeforeTheOpeningWaitForIt) {
     make();
     task->resume();
     recorder->sendText(*task, "early");
@@ -134,7 +134,7 @@ TEST_P(WebSocketConformance, messagesGivenBeforeTheOpeningWaitForIt) {
     EXPECT_EQ(world->nextMessage().bytes, "early");
 }
 
-TEST_P(WebSocketConformance, tellsACloseAfterTheMessagesBeforeIt) {
+TEST_P(WebSocketConformance, TellsACloseAfterTheMessagesBeforeIt) {
     open();
     recorder->receiveAll(task);
     world->sendText("one");
@@ -147,7 +147,7 @@ TEST_P(WebSocketConformance, tellsACloseAfterTheMessagesBeforeIt) {
     EXPECT_FALSE(recorder->lastError().localizedDescription.empty());
 }
 
-TEST_P(WebSocketConformance, tellsACloseAlsoWhenNobodyAsksAndKeepsTheMessages) {
+TEST_P(WebSocketConformance, TellsACloseAlsoWhenNobodyAsksAndKeepsTheMessages) {
     open();
     world->sendText("kept");
     world->sendClose(1011, "");
@@ -158,7 +158,7 @@ TEST_P(WebSocketConformance, tellsACloseAlsoWhenNobodyAsksAndKeepsTheMessages) {
               (Events{"open token", "close 1011 ", "text kept", "failed receive"}));
 }
 
-TEST_P(WebSocketConformance, aLostConnectionIsNoClose) {
+TEST_P(WebSocketConformance, ALostConnectionIsNoClose) {
     open();
     recorder->receiveAll(task);
     world->lose();
@@ -167,7 +167,7 @@ TEST_P(WebSocketConformance, aLostConnectionIsNoClose) {
     EXPECT_EQ(recorder->events(), (Events{"open token", "failed receive"}));
 }
 
-TEST_P(WebSocketConformance, everythingAskedForAfterTheEndFails) {
+TEST_P(WebSocketConformance, EverythingAskedForAfterTheEndFails) {
     open();
     recorder->receive(*task);
     world->lose();
@@ -178,7 +178,7 @@ TEST_P(WebSocketConformance, everythingAskedForAfterTheEndFails) {
     ASSERT_TRUE(comes("failed late"));
 }
 
-TEST_P(WebSocketConformance, cancelFailsTheReceiveThatWaitsAndTellsNothingElse) {
+TEST_P(WebSocketConformance, CancelFailsTheReceiveThatWaitsAndTellsNothingElse) {
     open();
     recorder->receive(*task);
     task->cancel(platform::closeCodeGoingAway);
@@ -188,7 +188,7 @@ TEST_P(WebSocketConformance, cancelFailsTheReceiveThatWaitsAndTellsNothingElse) 
     EXPECT_EQ(recorder->events(), (Events{"open token", "failed receive"}));
 }
 
-TEST_P(WebSocketConformance, cancelWhileConnectingFailsWhatWaits) {
+TEST_P(WebSocketConformance, CancelWhileConnectingFailsWhatWaits) {
     make();
     task->resume();
     recorder->receive(*task);
@@ -201,7 +201,7 @@ TEST_P(WebSocketConformance, cancelWhileConnectingFailsWhatWaits) {
     EXPECT_EQ(recorder->events().size(), 2U);
 }
 
-TEST_P(WebSocketConformance, cancelBeforeTheStartIsTheEnd) {
+TEST_P(WebSocketConformance, CancelBeforeTheStartIsTheEnd) {
     make();
     recorder->receive(*task);
     task->cancel(platform::closeCodeGoingAway);
@@ -212,7 +212,7 @@ TEST_P(WebSocketConformance, cancelBeforeTheStartIsTheEnd) {
     EXPECT_FALSE(recorder->has("open token"));
 }
 
-TEST_P(WebSocketConformance, cancelAfterACloseIsHarmless) {
+TEST_P(WebSocketConformance, CancelAfterACloseIsHarmless) {
     open();
     recorder->receiveAll(task);
     world->sendClose(1000, "");
@@ -223,7 +223,7 @@ TEST_P(WebSocketConformance, cancelAfterACloseIsHarmless) {
     EXPECT_EQ(recorder->count("failed receive"), 1U);
 }
 
-TEST_P(WebSocketConformance, aLineBreakInAHeaderFailsTheOpening) {
+TEST_P(WebSocketConformance, ALineBreakInAHeaderFailsTheOpening) {
     platform::UrlRequest request = world->request();
     request.headerFields = {{"Sec-WebSocket-Protocol", "token, a\r\nEvil: b"}};
     make(request);
@@ -235,7 +235,7 @@ TEST_P(WebSocketConformance, aLineBreakInAHeaderFailsTheOpening) {
     EXPECT_FALSE(recorder->has("open token"));
 }
 
-TEST_P(WebSocketConformance, anOpeningThatTakesTooLongFails) {
+TEST_P(WebSocketConformance, AnOpeningThatTakesTooLongFails) {
     platform::UrlRequest request = world->request();
     request.timeoutInterval = 0.2;
     make(request);
@@ -248,7 +248,7 @@ TEST_P(WebSocketConformance, anOpeningThatTakesTooLongFails) {
     EXPECT_EQ(recorder->events(), Events{"failed receive"});
 }
 
-TEST_P(WebSocketConformance, handlersRunOneAtATimeAndNotOnTheMainThread) {
+TEST_P(WebSocketConformance, HandlersRunOneAtATimeAndNotOnTheMainThread) {
     open();
     recorder->receiveAll(task);
     constexpr int senders = 3;
@@ -273,7 +273,7 @@ TEST_P(WebSocketConformance, handlersRunOneAtATimeAndNotOnTheMainThread) {
     EXPECT_FALSE(recorder->threads().contains(std::this_thread::get_id()));
 }
 
-TEST_P(WebSocketConformance, aHandlerNeverRunsInsideTheCallThatWasGivenIt) {
+TEST_P(WebSocketConformance, AHandlerNeverRunsInsideTheCallThatWasGivenIt) {
     open();
     world->sendText("one");
     world->sendText("two");
@@ -292,14 +292,14 @@ TEST_P(WebSocketConformance, aHandlerNeverRunsInsideTheCallThatWasGivenIt) {
     EXPECT_EQ(wrong, 0);
 }
 
-TEST_P(WebSocketConformance, aSessionWithoutAConnectionDoesNotHoldItsDelegate) {
+TEST_P(WebSocketConformance, ASessionWithoutAConnectionDoesNotHoldItsDelegate) {
     session = world->service().makeSession(recorder);
     const std::weak_ptr<WebSocketRecorder> delegate = recorder;
     recorder.reset();
     EXPECT_TRUE(delegate.expired());
 }
 
-TEST_P(WebSocketConformance, holdsItsDelegateUntilSomeTimeAfterTheEnd) {
+TEST_P(WebSocketConformance, HoldsItsDelegateUntilSomeTimeAfterTheEnd) {
     open();
     const std::weak_ptr<WebSocketRecorder> delegate = recorder;
     recorder->receiveAll(task);
@@ -316,7 +316,7 @@ TEST_P(WebSocketConformance, holdsItsDelegateUntilSomeTimeAfterTheEnd) {
     EXPECT_GE(world->now() - start, world->linger());
 }
 
-TEST_P(WebSocketConformance, aTaskThatNobodyHoldsGoesOn) {
+TEST_P(WebSocketConformance, ATaskThatNobodyHoldsGoesOn) {
     open();
     recorder->receive(*task);
     task.reset();

@@ -72,10 +72,6 @@ void WebSocketRecorder::addReceived(const Result<WebSocketMessage>& result) {
     }
     constexpr std::size_t longestShown = 40;
     const WebSocketMessage& message = result.value();
-    {
-        const std::lock_guard lock(mutex_);
-        lastMessage_ = message.bytes;
-    }
     const std::string kind = message.kind == WebSocketMessage::Kind::string ? "text " : "data ";
     add(kind + (message.bytes.size() > longestShown
                     ? std::to_string(message.bytes.size()) + " bytes"
@@ -116,11 +112,6 @@ std::size_t WebSocketRecorder::count(const std::string& event) const {
 Error WebSocketRecorder::lastError() const {
     const std::lock_guard lock(mutex_);
     return lastError_;
-}
-
-std::string WebSocketRecorder::lastMessage() const {
-    const std::lock_guard lock(mutex_);
-    return lastMessage_;
 }
 
 std::set<std::thread::id> WebSocketRecorder::threads() const {

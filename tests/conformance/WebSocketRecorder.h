@@ -32,8 +32,6 @@ class WebSocketRecorder final : public platform::WebSocketSessionDelegate,
     bool has(const std::string& event) const { return count(event) > 0; }
     /// The error of the last receive or send that failed.
     Error lastError() const;
-    /// The payload of the last message.
-    std::string lastMessage() const;
     /// Threads on which something was told.
     std::set<std::thread::id> threads() const;
     /// Something was told while something else was being told.
@@ -47,7 +45,6 @@ class WebSocketRecorder final : public platform::WebSocketSessionDelegate,
     mutable std::mutex mutex_;
     std::vector<std::string> events_;
     Error lastError_;
-    std::string lastMessage_;
     std::set<std::thread::id> threads_;
     std::atomic<int> tellings_{0};
     std::atomic<bool> wasConcurrent_{false};
