@@ -20,7 +20,7 @@ class UsageTracker {
 
     /// Adds a finished session of so many whole seconds (below 1: nothing happens) and answers the
     /// call to action that is due now, each one once in the life of the installation. A total past
-    /// the range of 64 bits stops the process.
+    /// the range of 64 bits is said in the log and stops the process; nothing is stored then.
     std::optional<CTATier> recordSession(std::int64_t seconds);
 
     /// No call to action comes any more; the total keeps growing.
