@@ -78,6 +78,14 @@ def click_at(desktop, extents):
                  "click", "1"])
 
 
+def pixels_per_unit(desktop, window, content):
+    """How many pixels the screen has to one of a screen reader's: toolkits differ in whether they
+    tell places in points."""
+    shape = desktop.run(["xdotool", "getwindowgeometry", "--shell", window.number])
+    width = int(next(line for line in shape.splitlines() if line.startswith("WIDTH="))[6:])
+    return width / content.extents[2]
+
+
 def shows(desktop, extents, status):
     """Whether a place on the screen has the colour of the status; for when nobody can read it."""
     def is_drawn(color):

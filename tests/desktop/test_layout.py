@@ -1,0 +1,122 @@
+#!/usr/bin/python3
+"""Every window has its parts side by side, and every text has the place that it needs."""
+
+import itertools
+import json
+import pathlib
+import sys
+import unittest
+
+from accessible import ScreenReader
+from desktop import Desktop, wait_for
+from dictation_test import BINARIES
+from setup_window import RESTART, pixels_per_unit
+from surroundings import set_text_scale
+from tour import AN_HOUR, TEN_MINUTES, Tour
+
+RULER = pathlib.Path(__file__).parent / "text_ruler.py"
+# The sizes in points and the weights of the texts, from top to bottom. Without a size of its own a
+# text has that of the desktop.
+SETUP_LABELS = [(24, "Bold"), (11, "Normal"), (13, "Normal"), (12, "Normal"),
+                (13, "Medium"), (12, "Normal"), (13, "Medium"), (12, "Normal"), (13, "Medium"),
+                (12, "Normal"), (11, "Normal")]
+PROMPT_LABELS = [(None, "Bold"), (None, "Normal")]
+CALL_LABELS = [(22, "Bold"), (13, "Normal")]
+# A button may be called otherwise to a screen reader.
+SETUP_BUTTONS = [
+    ("Save", 13, "Normal"), ("Grant", 13, "Normal"), ("Grant", 13, "Normal"),
+    ("Launch at login (recommended — keeps the menu-bar icon always available)", 13, "Normal"),
+    (RESTART, 13, "Normal")]
+PROMPT_BUTTONS = [("Save", None, "Normal"), ("Cancel", None, "Normal")]
+CALL_BUTTONS = [("Visit tarvik.example", 13, "DemiBold"), ("Maybe later", 13, "Normal"),
+                ("Don't show again", 11, "Normal")]
+# Where points are not whole pixels, half a pixel is lost on either side.
+TOLERANCE = 1
+
+
+def overlap(first, second):
+    return all(first[i] < second[i] + second[i + 2] and second[i] < first[i] + first[i + 2]
+               for i in (0, 1))
+
+
+def is_inside(inner, outer):
+    return all(outer[i] <= inner[i] and inner[i] + inner[i + 2] <= outer[i] + outer[i + 2]
+               for i in (0, 1))
+
+
+class Layout:
+    @classmethod
+    def setUpClass(cls):
+        size = f"{1280 * cls.scale}x{800 * cls.scale}"
+        cls.desktop = cls.enterClassContext(Desktop(wm=True, a11y=True, audio=True, size=size))
+        set_text_scale(cls.desktop, cls.scale)
+        cls.tour = cls.enterClassContext(Tour(cls.desktop, BINARIES, scale=cls.scale))
+
+    def content_with(self, text):
+        reader = ScreenReader(self.desktop)
+        self.addCleanup(reader.close)
+        return reader.window_with(text)
+
+    def hidden_parts(self, content):
+        """Checks that no part lies upon another; the names of those that are out of sight."""
+        parts = [part for part in content.descendants
+                 if min(part.extents[2:]) > 0 and not part.children]
+        self.assertGreater(len(parts), 5)
+        for first, second in itertools.combinations(parts, 2):
+            self.assertFalse(overlap(first.extents, second.extents),
+                             f"{first.name!r} and {second.name!r}")
+        return {part.name for part in parts
+                if part.name and not is_inside(part.extents, content.extents)}
+
+    def check_texts(self, window, content, label_fonts, buttons):
+        """Checks that each text, measured in its font, fits the place that it has."""
+        parts = [part for part in content.descendants if part.role == "label"]
+        texts = [(part.name, *font) for part, font in zip(parts, label_fonts, strict=True)] + buttons
+        parts += [part for part in content.controls if part.role in ("push button", "check box")]
+        factor = pixels_per_unit(self.desktop, window, content) / self.scale
+        places = [[side * factor for side in part.extents[2:]] for part in parts]
+        needs = json.loads(self.desktop.run([sys.executable, RULER], input=json.dumps(
+            [(*text, width) for text, (width, _) in zip(texts, places, strict=True)])))
+        for text, place, need in zip(texts, places, needs, strict=True):
+            self.assertLessEqual(need[0], place[0] + TOLERANCE, text)
+            self.assertLessEqual(need[1], place[1] + TOLERANCE, text)
+
+    def test_the_setup_window(self):
+        with self.tour.setup() as setup:
+            self.assertEqual(self.hidden_parts(setup.content), set())
+            self.check_texts(setup.window, setup.content, SETUP_LABELS, SETUP_BUTTONS)
+
+    def test_the_setup_window_at_its_smallest(self):
+        with self.tour.setup() as setup:
+            self.tour.shrink(setup)
+            below = self.hidden_parts(setup.content)
+            self.check_texts(setup.window, setup.content, SETUP_LABELS, SETUP_BUTTONS)
+            # Back from the first control is the last one, which comes into sight then.
+            self.tour.keyboard.press("shift+Tab")
+            wait_for(lambda: setup.button(RESTART).has("focused"), "the focus on the last control")
+            wait_for(lambda: not below & self.hidden_parts(setup.content), "all of the lower part")
+
+    def test_the_question_for_the_key(self):
+        with self.tour.prompt() as prompt:
+            content = self.content_with("Cancel")
+            self.assertEqual(self.hidden_parts(content), set())
+            self.check_texts(prompt, content, PROMPT_LABELS, PROMPT_BUTTONS)
+
+    def test_both_calls_to_action(self):
+        for total in (TEN_MINUTES, AN_HOUR):
+            with self.subTest(total=total), self.tour.call_to_action(total) as call:
+                content = self.content_with("Maybe later")
+                self.assertEqual(self.hidden_parts(content), set())
+                self.check_texts(call, content, CALL_LABELS, CALL_BUTTONS)
+
+
+class UsualText(Layout, unittest.TestCase):
+    scale = 1
+
+
+class TextTwiceAsLarge(Layout, unittest.TestCase):
+    scale = 2
+
+
+if __name__ == "__main__":
+    unittest.main()
