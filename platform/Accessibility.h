@@ -42,6 +42,8 @@ class Accessibility {
 
     /// Reads an attribute whose value is an element. The focused element is answered at once from
     /// what has been followed so far: it is the one that had the focus before a hotkey was pressed.
+    /// Where the system does not let it be followed (macOS), the program in front is asked, 0.5 s
+    /// at the most.
     virtual AXError copyAttributeValue(const AXUIElementRef& element, std::string_view attribute,
                                        AXUIElementRef* outValue) = 0;
 

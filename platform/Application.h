@@ -50,7 +50,9 @@ class Application {
     virtual void setActivationPolicy(ActivationPolicy policy) = 0;
     /// Runs the event loop; comes back, with the process's exit status, only after terminate().
     virtual int run() = 0;
-    /// Ends the event loop after the present turn. Allowed before run(), which then ends at once.
+    /// Ends the event loop after the present turn, or the whole process within the call where the
+    /// desktop's toolkit does that; whoever calls it does so last. Allowed before run(), which then
+    /// ends at once.
     virtual void terminate() = 0;
     /// Asks to become the active application, the way the desktop prefers to be asked today.
     virtual void activate() = 0;

@@ -50,7 +50,7 @@ class AudioInputNode {
 };
 
 /// Captures the default microphone, never a loudspeaker's monitor. Main thread only; no call waits
-/// for the sound server. Destruction stops it.
+/// for the sound server, except within the system's own engine on macOS. Destruction stops it.
 class AudioEngine {
   public:
     virtual ~AudioEngine() = default;

@@ -35,8 +35,8 @@ class Workspace {
     /// as the workspace exists.
     virtual void observeDidWake(std::function<void()> handler) = 0;
 
-    /// Opens a link with whatever the desktop uses for it, in the background. False when the link
-    /// cannot be opened at all.
+    /// Opens a link with whatever the desktop uses for it, in the background. False, and the reason
+    /// in the log, when the link cannot be opened at all.
     virtual bool openUrl(const std::string& url) = 0;
 
     /// Shows the file at `path` (absolute) in the file manager, selected, in the background.
