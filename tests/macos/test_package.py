@@ -1,4 +1,5 @@
 """packaging/macos/package, with stand-ins for the tools of the system that note how they were called."""
+import json
 import os
 import pathlib
 import shutil
@@ -11,7 +12,13 @@ TOOLS = ["cmake", "lipo", "otool", "codesign", "hdiutil", "xcrun", "spctl"]
 SYSTEM_LIBRARIES = "\t/usr/lib/libSystem.B.dylib\n\t/System/Library/Frameworks/AppKit.framework/AppKit\n"
 STAND_IN = """#!/bin/sh
 echo "$(basename "$0") $*" >>"$TEST_CALLS"
-if [ "$(basename "$0")" = otool ]; then printf 'tarvik-dictate:\\n%b' "$TEST_LIBRARIES"; fi
+case $(basename "$0") in
+otool) printf 'tarvik-dictate:\\n%b' "$TEST_LIBRARIES" ;;
+hdiutil)
+    while [ "$1" != -srcfolder ]; do shift; done
+    cp -R "$2" "$TEST_IMAGE"
+    ;;
+esac
 """
 
 
@@ -22,7 +29,11 @@ class Package(unittest.TestCase):
         packaging = self.folder / "packaging/macos"
         packaging.mkdir(parents=True)
         shutil.copy(ROOT / "packaging/macos/package", packaging)
-        (self.folder / "build/macos-universal/Tarvik Dictate.app/Contents/MacOS").mkdir(parents=True)
+        self.executable = "Tarvik Dictate.app/Contents/MacOS/tarvik-dictate"
+        built = self.folder / "build/macos-universal" / self.executable
+        built.parent.mkdir(parents=True)
+        built.write_text("the executable")
+        self.image = self.folder / "image"
         for tool in [*(self.folder / "bin" / tool for tool in TOOLS), packaging / "install-packages"]:
             tool.parent.mkdir(exist_ok=True)
             tool.write_text(STAND_IN)
@@ -32,7 +43,7 @@ class Package(unittest.TestCase):
         calls = self.folder / "calls"
         calls.write_text("")
         environment = {"PATH": f"{self.folder / 'bin'}:{os.environ['PATH']}", "TEST_CALLS": str(calls),
-                       "TEST_LIBRARIES": libraries, **settings}
+                       "TEST_LIBRARIES": libraries, "TEST_IMAGE": str(self.image), **settings}
         result = subprocess.run([self.folder / "packaging/macos/package"], env=environment,
                                 capture_output=True, text=True, timeout=60)
         return result, calls.read_text().splitlines()
@@ -50,6 +61,21 @@ class Package(unittest.TestCase):
         self.assertIn("--entitlements packaging/macos/Entitlements.plist", calls[5])
         self.assertIn("--verify --strict", calls[6])
         self.assertEqual(result.stdout.splitlines()[-1], "build/macos-universal/Tarvik Dictate.dmg")
+
+    def test_the_image_has_the_bundle_and_a_way_to_the_applications_and_nothing_else(self):
+        result, _ = self.package()
+        self.assertEqual(result.returncode, 0, result.stderr)
+        self.assertEqual(sorted(os.listdir(self.image)), ["Applications", "Tarvik Dictate.app"])
+        self.assertEqual(os.readlink(self.image / "Applications"), "/Applications")
+        self.assertEqual((self.image / self.executable).read_text(), "the executable")
+
+    def test_what_is_built_is_for_both_processors(self):
+        _, calls = self.package()
+        self.assertIn("--preset macos-universal", calls[1])
+        presets = json.loads((ROOT / "CMakePresets.json").read_text())["configurePresets"]
+        values = next(preset["cacheVariables"] for preset in presets
+                      if preset["name"] == "macos-universal")
+        self.assertEqual(values["CMAKE_OSX_ARCHITECTURES"], "arm64;x86_64")
 
     def test_with_an_identity_the_bundle_and_the_image_are_signed(self):
         result, calls = self.package(TARVIK_SIGNING_IDENTITY="Developer ID Application: Someone")
