@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
-#include <atomic>
+#include <chrono>
+#include <future>
 #include <memory>
 #include <thread>
 
@@ -36,25 +37,19 @@ TEST(TapGateTest, WhatTheBlockHoldsIsReleasedWhenItCloses) {
 }
 
 TEST(TapGateTest, ClosingWaitsForADeliveryUnderWay) {
-    std::atomic<bool> isInside = false;
-    std::atomic<bool> mayReturn = false;
-    std::atomic<bool> hasReturned = false;
+    std::promise<void> inside;
+    std::promise<void> mayReturn;
     TapGate gate([&](const platform::AudioPcmBuffer&) {
-        isInside = true;
-        isInside.notify_all();
-        mayReturn.wait(false);
-        hasReturned = true;
+        inside.set_value();
+        mayReturn.get_future().wait();
     });
     std::thread delivery([&] { gate.deliver({}); });
-    isInside.wait(false);
-    std::thread release([&] {
-        mayReturn = true;
-        mayReturn.notify_all();
-    });
-    gate.close();
-    EXPECT_TRUE(hasReturned);
+    inside.get_future().wait();
+    std::future<void> closed = std::async(std::launch::async, [&] { gate.close(); });
+    EXPECT_EQ(closed.wait_for(std::chrono::milliseconds(50)), std::future_status::timeout);
+    mayReturn.set_value();
+    closed.get();
     delivery.join();
-    release.join();
 }
 
 }  // namespace
