@@ -14,6 +14,9 @@ constexpr auto centered = static_cast<NSTextAlignment>(1);
 #else
 constexpr auto centered = static_cast<NSTextAlignment>(2);
 #endif
+#ifdef __APPLE__
+static_assert(centered == NSTextAlignmentCenter);
+#endif
 
 NSTextField* makeField(const platform::LabelDescription& description) {
     NSString* text = nsString(description.text);

@@ -45,6 +45,8 @@ class InformationDictionary(unittest.TestCase):
 
 
 class Entitlements(unittest.TestCase):
+    # Above all not the sandbox: inside it macOS 15.0 and 15.1 refuse hotkeys whose modifiers are
+    # Option, or Option and Shift, which both of ours are, and no text reaches another program.
     def test_the_microphone_is_the_only_one(self):
         entitlements = plistlib.loads((PACKAGING / "Entitlements.plist").read_bytes())
         self.assertEqual(entitlements, {"com.apple.security.device.audio-input": True})
