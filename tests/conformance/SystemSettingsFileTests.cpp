@@ -1,10 +1,11 @@
 #include <gtest/gtest.h>
-#include <sys/mount.h>
+#include <sys/resource.h>
 #include <sys/stat.h>
 
 #include <QSettings>
 #include <QSize>
 #include <chrono>
+#include <csignal>
 #include <filesystem>
 #include <string>
 #include <thread>
@@ -216,24 +217,44 @@ TEST_F(SettingsFileTest, WhatCannotBeSavedIsReportedOnceAndTriedAgain) {
               "loginItemAutoConfigured=true\n");
 }
 
-TEST_F(SettingsFileTest, AFullDiskLeavesTheOldFileWhole) {
-    std::filesystem::create_directories(std::filesystem::path(path).parent_path());
-    const std::string disk = folder / "config/Tarvik";
-    if (mount("tarvik", disk.c_str(), "tmpfs", 0, "size=16k,mode=0700") != 0) {
-        GTEST_SKIP() << "a small disk can only be mounted by root";
+/// While it lives, no file of this process grows past a size: writing fails half-way, as on a disk
+/// that is full.
+class SizeLimit {
+  public:
+    explicit SizeLimit(rlim_t bytes) : signalBefore_(std::signal(SIGXFSZ, SIG_IGN)) {
+        getrlimit(RLIMIT_FSIZE, &before_);
+        const rlimit limit{bytes, before_.rlim_max};
+        EXPECT_EQ(setrlimit(RLIMIT_FSIZE, &limit), 0);
     }
+    ~SizeLimit() {
+        setrlimit(RLIMIT_FSIZE, &before_);
+        std::signal(SIGXFSZ, signalBefore_);
+    }
+    SizeLimit(const SizeLimit&) = delete;
+    SizeLimit& operator=(const SizeLimit&) = delete;
+
+  private:
+    void (*signalBefore_)(int);
+    rlimit before_{};
+};
+
+TEST_F(SettingsFileTest, AWriteThatFailsHalfWayLeavesTheOldFileWhole) {
     const std::string old = "[General]\ndeepgramApiKey=old\n";
     putFile(path, old);
     open();
-    defaults->setString(std::string(64 << 10, 'x'), "deepgramApiKey");
-    EXPECT_TRUE(eventually([&] { return log.linesWith("No space left").size() == 1; }));
+    {
+        const SizeLimit limit(rlim_t{16} << 10);
+        defaults->setString(std::string(64 << 10, 'x'), "deepgramApiKey");
+        EXPECT_TRUE(eventually([&] { return log.linesWith("File too large").size() == 1; }));
+    }
     EXPECT_EQ(contentOf(path), old);
     defaults->setString("new", "deepgramApiKey");
     close();
     EXPECT_EQ(contentOf(path), "[General]\ndeepgramApiKey=new\n");
     // Nothing half-written is left lying about.
-    EXPECT_EQ(std::distance(std::filesystem::directory_iterator(disk), {}), 1);
-    umount(disk.c_str());
+    const auto folderOfFile = std::filesystem::path(path).parent_path();
+    EXPECT_EQ(std::distance(std::filesystem::directory_iterator(folderOfFile), {}), 1);
+    EXPECT_EQ(log.linesWith("settings cannot be saved").size(), 1U);
 }
 
 TEST_F(SettingsFileTest, ALinkedFileStaysALink) {
