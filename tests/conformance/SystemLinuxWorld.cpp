@@ -185,4 +185,8 @@ std::unique_ptr<SystemWorld> makeLinuxSystemWorld() {
     return std::make_unique<SystemLinuxWorld>();
 }
 
+std::unique_ptr<SystemLoopWorld> makeRealLoopWorld() {
+    return makeLinuxSystemWorld();
+}
+
 }  // namespace tarvik::conformance

@@ -1,15 +1,38 @@
+#include <gtest/gtest.h>
+
+#include <algorithm>
 #include <array>
 #include <atomic>
+#include <string>
 #include <thread>
 #include <vector>
 
-#include "tests/conformance/SystemConformance.h"
+#include "tests/conformance/SystemLoopWorld.h"
 
 namespace tarvik::conformance {
 
 namespace {
 
-using MainQueueConformance = SystemConformance;
+struct NamedLoopWorld {
+    std::string name;
+    SystemLoopWorldMaker make;
+};
+
+class LoopConformance : public testing::TestWithParam<NamedLoopWorld> {
+  protected:
+    std::unique_ptr<SystemLoopWorld> world = GetParam().make();
+};
+
+auto everyLoopWorld() {
+    return testing::Values(NamedLoopWorld{"Simulated", makeSimulatedLoopWorld},
+                           NamedLoopWorld{"Real", makeRealLoopWorld});
+}
+
+std::string loopWorldName(const testing::TestParamInfo<NamedLoopWorld>& info) {
+    return info.param.name;
+}
+
+using MainQueueConformance = LoopConformance;
 
 TEST_P(MainQueueConformance, ABlockNeverRunsInsideTheSubmittingCall) {
     bool hasRun = false;
@@ -153,9 +176,9 @@ TEST_P(MainQueueConformance, BlocksThatStillWaitAreDestroyedWithoutBeingRun) {
     EXPECT_FALSE(hasRun);
 }
 
-INSTANTIATE_TEST_SUITE_P(Worlds, MainQueueConformance, everySystemWorld(), systemWorldName);
+INSTANTIATE_TEST_SUITE_P(Worlds, MainQueueConformance, everyLoopWorld(), loopWorldName);
 
-using TimerServiceConformance = SystemConformance;
+using TimerServiceConformance = LoopConformance;
 
 TEST_P(TimerServiceConformance, TicksComeEveryIntervalAndNeverEarly) {
     constexpr Seconds interval(0.0103);
@@ -226,7 +249,7 @@ TEST_P(TimerServiceConformance, MissedTicksAreSkipped) {
     EXPECT_GE(moments[3] - moments[1], 0.02);
 }
 
-INSTANTIATE_TEST_SUITE_P(Worlds, TimerServiceConformance, everySystemWorld(), systemWorldName);
+INSTANTIATE_TEST_SUITE_P(Worlds, TimerServiceConformance, everyLoopWorld(), loopWorldName);
 
 }  // namespace
 

@@ -88,4 +88,8 @@ std::unique_ptr<SystemWorld> makeSimulatedSystemWorld() {
     return std::make_unique<SystemSimulatedWorld>();
 }
 
+std::unique_ptr<SystemLoopWorld> makeSimulatedLoopWorld() {
+    return makeSimulatedSystemWorld();
+}
+
 }  // namespace tarvik::conformance

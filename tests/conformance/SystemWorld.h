@@ -1,41 +1,28 @@
 #pragma once
 
-#include <functional>
 #include <memory>
 #include <string>
 #include <vector>
 
-#include "base/Time.h"
 #include "platform/Application.h"
-#include "platform/Clock.h"
 #include "platform/LoginItemService.h"
-#include "platform/MainQueue.h"
 #include "platform/TaskLauncher.h"
-#include "platform/TimerService.h"
 #include "platform/UserDefaults.h"
 #include "platform/UserInterface.h"
+#include "tests/conformance/SystemLoopWorld.h"
 
 namespace tarvik::conformance {
 
 /// The system services of one platform and the outside that drives them. The thread of the test is
 /// the main thread.
-class SystemWorld {
+class SystemWorld : public SystemLoopWorld {
   public:
-    virtual ~SystemWorld() = default;
-
-    virtual platform::MainQueue& mainQueue() = 0;
-    virtual platform::TimerService& timers() = 0;
-    virtual const platform::Clock& clock() = 0;
     virtual platform::UserDefaults& userDefaults() = 0;
     virtual platform::Application& application() = 0;
     virtual platform::TaskLauncher& taskLauncher() = 0;
     virtual platform::LoginItemService& loginItem() = 0;
     virtual platform::UserInterface& userInterface() = 0;
 
-    /// Runs the main loop until `condition` holds; false when that takes more than ten seconds.
-    virtual bool runUntil(const std::function<bool()>& condition) = 0;
-    /// Keeps the main thread busy without running its loop.
-    virtual void stall(Seconds interval) = 0;
     /// Ends the settings and reads them again, as the next run of the application does.
     virtual void reopenUserDefaults() = 0;
     /// A program that a launch can start, and one that it cannot.
