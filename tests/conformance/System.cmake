@@ -8,8 +8,10 @@ add_executable(system-conformance
     SystemLaunchTests.cpp
     SystemLinuxServicesTests.cpp
     SystemLinuxWorld.cpp
+    SystemLogConformance.cpp
     SystemLogTests.cpp
     SystemLoginItemTests.cpp
+    SystemLoginManager.cpp
     SystemMainQueueConformance.cpp
     SystemNotifierHost.cpp
     SystemPicturesTests.cpp
@@ -24,6 +26,7 @@ add_executable(system-conformance
     SystemViewsTests.cpp
     SystemWakeTests.cpp
     SystemWindowTests.cpp
+    SystemWorkspaceConformance.cpp
     SystemWorkspaceTests.cpp
     SystemX11StartupTests.cpp)
 target_link_libraries(system-conformance PRIVATE

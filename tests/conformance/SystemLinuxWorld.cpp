@@ -1,3 +1,6 @@
+#include <gtest/gtest.h>
+#include <unistd.h>
+
 #include <QApplication>
 #include <QCheckBox>
 #include <QCloseEvent>
@@ -9,11 +12,16 @@
 #include <QTimer>
 #include <QWindow>
 #include <array>
+#include <chrono>
 #include <cstdlib>
+#include <future>
 #include <optional>
+#include <sstream>
 #include <thread>
 
 #include "platform/linux/system/FileUserDefaults.h"
+#include "platform/linux/system/LinuxBundle.h"
+#include "platform/linux/system/LinuxWorkspace.h"
 #include "platform/linux/system/MonotonicClock.h"
 #include "platform/linux/system/ProcessTaskLauncher.h"
 #include "platform/linux/system/QtApplication.h"
@@ -24,7 +32,9 @@
 #include "platform/linux/system/QtWindow.h"
 #include "platform/linux/system/SystemLog.h"
 #include "platform/linux/system/XdgLoginItem.h"
+#include "tests/conformance/SystemCapturedErrors.h"
 #include "tests/conformance/SystemFolder.h"
+#include "tests/conformance/SystemLoginManager.h"
 #include "tests/conformance/SystemWorld.h"
 
 namespace tarvik::conformance {
@@ -35,19 +45,23 @@ class SystemLinuxWorld final : public SystemWorld {
   public:
     SystemLinuxWorld() {
         setenv("XDG_CONFIG_HOME", (folder_ / "config").c_str(), 1);
-        putFile(program_, "#!/bin/sh\nprintf '%s\\n' \"$@\" > '" + arguments_ + ".part'\nmv '" +
-                              arguments_ + ".part' '" + arguments_ + "'\n");
-        std::filesystem::permissions(program_, std::filesystem::perms::owner_all);
+        putProgram(program_, arguments_);
+        putProgram(programs_ / "xdg-open", urls_);
+        setenv("PATH", (programs_.string() + ":" + path_).c_str(), 1);
         userDefaults_.emplace(linuxdesktop::FileUserDefaults::standardPath(), log_);
         loginItem_.emplace(program_.string());
     }
+    ~SystemLinuxWorld() override { setenv("PATH", path_.c_str(), 1); }
 
     platform::MainQueue& mainQueue() override { return mainQueue_; }
     platform::TimerService& timers() override { return timers_; }
     const platform::Clock& clock() override { return clock_; }
+    platform::Log& log() override { return log_; }
     platform::UserDefaults& userDefaults() override { return *userDefaults_; }
     platform::Application& application() override { return application_; }
+    platform::Bundle& bundle() override { return bundle_; }
     platform::TaskLauncher& taskLauncher() override { return taskLauncher_; }
+    platform::Workspace& workspace() override { return workspace_; }
     platform::LoginItemService& loginItem() override { return *loginItem_; }
     platform::UserInterface& userInterface() override { return userInterface_; }
 
@@ -75,6 +89,9 @@ class SystemLinuxWorld final : public SystemWorld {
         }
     }
 
+    void watchLog() override { errors_.emplace(); }
+    std::vector<std::string> logLines() override { return errors_->linesSoFar(); }
+
     void reopenUserDefaults() override {
         userDefaults_.reset();
         userDefaults_.emplace(linuxdesktop::FileUserDefaults::standardPath(), log_);
@@ -90,6 +107,42 @@ class SystemLinuxWorld final : public SystemWorld {
         }
         return contentOf(arguments_) == lines;
     }
+
+    void bringToFront(std::optional<platform::ProcessIdentifier> process) override {
+        front_ = process;
+    }
+
+    void provideSleep() override {
+        loginManager_.emplace(folder_ / "system-bus");
+        workspace_.observeDidWake([] {});
+        // The bus has to know what this process wants to hear before it announces anything.
+        auto isHeard = std::async(std::launch::async, [this] {
+            const TimePoint deadline = clock_.now() + Seconds(10);
+            bool answer = false;
+            while (!answer && clock_.now() < deadline) {
+                answer = loginManager_->isHeardBy(getpid());
+            }
+            return answer;
+        });
+        EXPECT_TRUE(runUntil([&] {
+            return isHeard.wait_for(std::chrono::seconds(0)) == std::future_status::ready;
+        }));
+        EXPECT_TRUE(isHeard.get());
+    }
+    void sleepAndWake() override {
+        loginManager_->announceSleep(true);
+        loginManager_->announceSleep(false);
+    }
+
+    std::vector<std::string> openedUrls() override {
+        std::istringstream content(contentOf(urls_));
+        std::vector<std::string> urls;
+        for (std::string url; std::getline(content, url);) {
+            urls.push_back(url);
+        }
+        return urls;
+    }
+    void refuseUrls() override { setenv("PATH", (folder_ / "nothing").c_str(), 1); }
 
     // Also root cannot make a folder where a file stands, nor remove a folder as a file.
     void refuseLoginItem() override {
@@ -160,9 +213,23 @@ class SystemLinuxWorld final : public SystemWorld {
     }
 
   private:
+    /// Makes a program that writes its arguments to the file, one a line.
+    static void putProgram(const std::filesystem::path& program, const std::string& file) {
+        putFile(program, "#!/bin/sh\nprintf '%s\\n' \"$@\" > '" + file + ".part'\n/bin/mv '" +
+                             file + ".part' '" + file + "'\n");
+        std::filesystem::permissions(program, std::filesystem::perms::owner_all);
+    }
+
     SystemFolder folder_;
     std::filesystem::path program_ = folder_ / "program with blanks";
     std::string arguments_ = folder_ / "arguments";
+    std::filesystem::path programs_ = folder_ / "programs";
+    std::string urls_ = folder_ / "urls";
+    std::string path_ = std::getenv("PATH");
+    std::optional<platform::ProcessIdentifier> front_;
+    // Standard error outlives what still writes to it, and the bus whoever listens to it.
+    std::optional<SystemCapturedErrors> errors_;
+    std::optional<SystemLoginManager> loginManager_;
     int argumentCount_ = 1;
     std::string name_ = "system-conformance";
     std::array<char*, 2> argumentValues_ = {name_.data(), nullptr};
@@ -174,6 +241,8 @@ class SystemLinuxWorld final : public SystemWorld {
     linuxdesktop::QtTimerService timers_{clock_};
     std::optional<linuxdesktop::FileUserDefaults> userDefaults_;
     linuxdesktop::ProcessTaskLauncher taskLauncher_;
+    linuxdesktop::LinuxBundle bundle_;
+    linuxdesktop::LinuxWorkspace workspace_{[this] { return front_; }, taskLauncher_, clock_, log_};
     std::optional<linuxdesktop::XdgLoginItem> loginItem_;
     linuxdesktop::QtUserInterface userInterface_{clock_, log_};
     QObject answers_;

@@ -1,88 +1,21 @@
-#include <fcntl.h>
 #include <gtest/gtest.h>
-#include <unistd.h>
 
 #include <algorithm>
-#include <array>
-#include <cstdlib>
-#include <functional>
 #include <memory>
-#include <sstream>
 #include <string>
 #include <thread>
 #include <vector>
 
-#include "platform/linux/system/FileDescriptor.h"
 #include "platform/linux/system/MonotonicClock.h"
 #include "platform/linux/system/SystemLog.h"
+#include "tests/conformance/SystemCapturedErrors.h"
 
 namespace tarvik::conformance {
 
 namespace {
 
-/// Standard error as a pipe, as long as the object lives.
-class CapturedErrors {
-  public:
-    CapturedErrors() : saved_(dup(STDERR_FILENO)) {
-        std::array<int, 2> ends{};
-        if (pipe2(ends.data(), O_CLOEXEC) != 0) {
-            std::abort();
-        }
-        output_ = linuxdesktop::FileDescriptor(ends[0]);
-        dup2(ends[1], STDERR_FILENO);
-        ::close(ends[1]);
-    }
-    ~CapturedErrors() { restore(); }
-
-    void restore() {
-        if (saved_) {
-            dup2(saved_.number(), STDERR_FILENO);
-            saved_ = linuxdesktop::FileDescriptor();
-        }
-    }
-
-    /// Reads on until `text` has come; false at the end.
-    bool readUntil(const std::string& text) {
-        return readWhile([&] { return text_.find(text) == std::string::npos; });
-    }
-
-    /// Reads on until so many lines have come; false at the end.
-    bool readLines(std::ptrdiff_t count) {
-        return readWhile([&] { return std::count(text_.begin(), text_.end(), '\n') < count; });
-    }
-
-    /// Everything that was written.
-    std::vector<std::string> lines() {
-        restore();
-        readUntil("never written");
-        std::vector<std::string> result;
-        std::istringstream stream(text_);
-        for (std::string line; std::getline(stream, line);) {
-            result.push_back(line);
-        }
-        return result;
-    }
-
-  private:
-    bool readWhile(const std::function<bool()>& isMissing) {
-        std::array<char, 4096> part{};
-        while (isMissing()) {
-            const ssize_t size = read(output_.number(), part.data(), part.size());
-            if (size <= 0) {
-                return false;
-            }
-            text_.append(part.data(), static_cast<std::size_t>(size));
-        }
-        return true;
-    }
-
-    linuxdesktop::FileDescriptor saved_;
-    linuxdesktop::FileDescriptor output_;
-    std::string text_;
-};
-
 TEST(SystemLogTest, LinesOfManyThreadsStayWholeAndInOrder) {
-    CapturedErrors errors;
+    SystemCapturedErrors errors;
     {
         linuxdesktop::SystemLog log;
         std::vector<std::thread> threads;
@@ -105,7 +38,7 @@ TEST(SystemLogTest, LinesOfManyThreadsStayWholeAndInOrder) {
 }
 
 TEST(SystemLogTest, ALineBreakInTheTextMakesNoSecondLine) {
-    CapturedErrors errors;
+    SystemCapturedErrors errors;
     {
         linuxdesktop::SystemLog log;
         log.write("one\ntwo\r\nthree\x1b[31m %s Zażółć");
@@ -114,7 +47,7 @@ TEST(SystemLogTest, ALineBreakInTheTextMakesNoSecondLine) {
 }
 
 TEST(SystemLogTest, AReaderThatStopsReadingHoldsNobodyUpAndLearnsWhatItMissed) {
-    CapturedErrors errors;
+    SystemCapturedErrors errors;
     const linuxdesktop::MonotonicClock clock;
     const TimePoint start = clock.now();
     auto log = std::make_unique<linuxdesktop::SystemLog>();
@@ -132,7 +65,7 @@ TEST(SystemLogTest, AReaderThatStopsReadingHoldsNobodyUpAndLearnsWhatItMissed) {
 }
 
 TEST(SystemLogTest, AReaderThatNeverReadsDelaysTheEndByASecondAtMost) {
-    CapturedErrors errors;
+    SystemCapturedErrors errors;
     const linuxdesktop::MonotonicClock clock;
     auto log = std::make_unique<linuxdesktop::SystemLog>();
     for (int number = 0; number < 5000; ++number) {

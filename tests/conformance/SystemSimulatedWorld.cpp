@@ -10,9 +10,12 @@ class SystemSimulatedWorld final : public SystemWorld {
     platform::MainQueue& mainQueue() override { return platform_->mainQueue(); }
     platform::TimerService& timers() override { return platform_->timers(); }
     const platform::Clock& clock() override { return platform_->clock(); }
+    platform::Log& log() override { return platform_->log(); }
     platform::UserDefaults& userDefaults() override { return platform_->userDefaults(); }
     platform::Application& application() override { return platform_->application(); }
+    platform::Bundle& bundle() override { return platform_->bundle(); }
     platform::TaskLauncher& taskLauncher() override { return platform_->taskLauncher(); }
+    platform::Workspace& workspace() override { return platform_->workspace(); }
     platform::LoginItemService& loginItem() override { return platform_->loginItem(); }
     platform::UserInterface& userInterface() override { return platform_->userInterface(); }
 
@@ -29,6 +32,9 @@ class SystemSimulatedWorld final : public SystemWorld {
     }
     void stall(Seconds interval) override { platform_->time().stall(interval); }
 
+    void watchLog() override { platform_->log().clear(); }
+    std::vector<std::string> logLines() override { return platform_->log().lines(); }
+
     void reopenUserDefaults() override {
         const simulated::UserDefaultsContents contents = platform_->userDefaults().contents();
         platform_.reset();
@@ -42,6 +48,14 @@ class SystemSimulatedWorld final : public SystemWorld {
         const auto& launches = platform_->taskLauncher().launches;
         return !launches.empty() && launches.back().arguments == arguments;
     }
+
+    void bringToFront(std::optional<platform::ProcessIdentifier> process) override {
+        platform_->workspace().setFrontmostProcess(process);
+    }
+    void provideSleep() override {}
+    void sleepAndWake() override { platform_->workspace().wake(); }
+    std::vector<std::string> openedUrls() override { return platform_->workspace().openedUrls; }
+    void refuseUrls() override { platform_->workspace().canOpenUrls = false; }
 
     void refuseLoginItem() override {
         platform_->loginItem().registerFailure = Error{1, "refused"};

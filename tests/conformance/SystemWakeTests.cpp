@@ -1,16 +1,12 @@
-#include <systemd/sd-bus.h>
-
-#include <chrono>
 #include <cstdlib>
 #include <ctime>
-#include <filesystem>
-#include <memory>
 #include <optional>
-#include <thread>
+#include <string>
 
 #include "platform/linux/system/LinuxWorkspace.h"
 #include "platform/linux/system/ProcessTaskLauncher.h"
 #include "tests/conformance/SystemLinuxTest.h"
+#include "tests/conformance/SystemLoginManager.h"
 #include "tests/conformance/SystemProcess.h"
 
 namespace tarvik::conformance {
@@ -19,51 +15,13 @@ namespace {
 
 class WakeTest : public SystemLinuxTest {
   protected:
-    WakeTest() {
-        std::filesystem::create_directory(socket.parent_path());
-        startBus();
-        startLoginManager();
-    }
-    ~WakeTest() override { unsetenv("DBUS_SYSTEM_BUS_ADDRESS"); }
-
-    void startBus() {
-        const std::string address = "unix:path=" + socket.string();
-        systemBus.emplace(std::vector<std::string>{"dbus-daemon", "--session", "--nofork",
-                                                   "--nopidfile", "--print-address=1",
-                                                   "--address=" + address});
-        systemBus->readLine();
-        setenv("DBUS_SYSTEM_BUS_ADDRESS", address.c_str(), 1);
-    }
-    void startLoginManager() {
-        loginManager.emplace(std::vector<std::string>{"/usr/bin/python3", "-m", "dbusmock",
-                                                      "--system", "--template", "logind"});
-    }
-
-    /// Has the login manager announce that the machine goes to sleep or has woken; waits until it
-    /// is there and has done so.
-    void announceSleep(bool isGoingToSleep) {
-        const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(10);
-        sd_bus* bus = nullptr;
-        ASSERT_GE(sd_bus_open_system(&bus), 0);
-        int result = -1;
-        while (result < 0 && std::chrono::steady_clock::now() < deadline) {
-            result =
-                sd_bus_call_method(bus, "org.freedesktop.login1", "/org/freedesktop/login1",
-                                   "org.freedesktop.DBus.Mock", "EmitSignal", nullptr, nullptr,
-                                   "sssav", "org.freedesktop.login1.Manager", "PrepareForSleep",
-                                   "b", 1, "b", static_cast<int>(isGoingToSleep));
-        }
-        sd_bus_flush_close_unref(bus);
-        ASSERT_GE(result, 0);
-    }
-
     /// Announces wakings until the first one is heard, for those before the subscription has
     /// reached the bus are not; how many it took.
     int announceUntil(const std::function<bool()>& isHeard) {
         int announced = 0;
         EXPECT_TRUE(runUntil([&] {
             const TimePoint start = clock.now();
-            announceSleep(false);
+            loginManager.announceSleep(false);
             ++announced;
             runUntil([&] { return isHeard() || clock.now() - start > Seconds(0.2); });
             return isHeard();
@@ -71,9 +29,7 @@ class WakeTest : public SystemLinuxTest {
         return announced;
     }
 
-    const std::filesystem::path socket = folder / "bus/system_bus_socket";
-    std::optional<SystemProcess> systemBus;
-    std::optional<SystemProcess> loginManager;
+    SystemLoginManager loginManager{folder / "bus"};
     linuxdesktop::ProcessTaskLauncher taskLauncher;
     std::optional<linuxdesktop::LinuxWorkspace> workspace{
         std::in_place, [] { return std::optional<platform::ProcessIdentifier>(); }, taskLauncher,
@@ -92,8 +48,8 @@ TEST_F(WakeTest, EveryObserverHearsOfEachWakingAndOfNoFallingAsleep) {
     const int unheard = announceUntil([&] { return first > 0; });
     constexpr int sleeps = 20;
     for (int number = 0; number < sleeps; ++number) {
-        announceSleep(true);
-        announceSleep(false);
+        loginManager.announceSleep(true);
+        loginManager.announceSleep(false);
     }
     EXPECT_TRUE(runUntil([&] { return first > sleeps; }));
     EXPECT_LE(first, unheard + sleeps);
@@ -113,8 +69,7 @@ TEST_F(WakeTest, ABusThatGoesAwayCostsOneLineAndNoProcessorTime) {
     bool hasWoken = false;
     workspace->observeDidWake([&] { hasWoken = true; });
     announceUntil([&] { return hasWoken; });
-    loginManager.reset();
-    systemBus.reset();
+    loginManager.stop();
     EXPECT_TRUE(runUntil([&] { return !log.lines().empty(); }));
     const double before = processorSeconds();
     EXPECT_TRUE(runUntil([&, start = clock.now()] { return clock.now() - start > Seconds(0.3); }));
@@ -129,14 +84,11 @@ TEST_F(WakeTest, ABusThatComesBackIsJoinedAgain) {
     std::size_t losses = 0;
     // The first absence is longer than the attempts that need no sign of the bus.
     for (const Seconds absence : {Seconds(4), Seconds(0)}) {
-        loginManager.reset();
-        systemBus.reset();
-        std::filesystem::remove(socket);
+        loginManager.stop();
         ++losses;
         EXPECT_TRUE(runUntil([&] { return log.lines().size() == losses; }));
         EXPECT_TRUE(runUntil([&, start = clock.now()] { return clock.now() - start >= absence; }));
-        startBus();
-        startLoginManager();
+        loginManager.start();
         const int before = wakings;
         announceUntil([&] { return wakings > before; });
         EXPECT_EQ(log.lines().size(), losses);
