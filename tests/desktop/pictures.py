@@ -76,6 +76,8 @@ class Photographer:
         self.take((first, 0, int(screen) - first, top + height + margin),
                   f"{name}-{self._surroundings.panel.partition('-')[0]}")
         tour.keyboard.press("Escape")
+        # Left on the icon it would bring up the icon's name.
+        self._surroundings.rest_pointer(self._desktop)
 
 
 def main():

@@ -70,7 +70,10 @@ class Surroundings:
         if self.is_scaled_by_text:
             set_text_scale(desktop, self.scale)
         self._frame_windows(desktop)
-        # Nothing lies under the pointer.
+        self.rest_pointer(desktop)
+
+    def rest_pointer(self, desktop):
+        """Puts the pointer where nothing lies under it."""
         desktop.run(["xdotool", "mousemove", "0", self.size.partition("x")[2]])
 
     def _frame_windows(self, desktop):
