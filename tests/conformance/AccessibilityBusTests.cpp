@@ -1,10 +1,13 @@
 #include <gtest/gtest.h>
 #include <signal.h>
 
+#include <chrono>
 #include <future>
 #include <memory>
 #include <string>
+#include <vector>
 
+#include "platform/linux/accessibility/TextWrite.h"
 #include "tests/conformance/AccessibilityFixture.h"
 #include "tests/conformance/AccessibilityPrivateSession.h"
 
@@ -121,6 +124,23 @@ TEST_F(AtspiBus, AnAccessibilityBusThatEndsIsJoinedAgainOnceItIsBack) {
     EXPECT_EQ(write(element, "text"), platform::axErrorInvalidUIElement);
     EXPECT_TRUE(takesText());
     EXPECT_EQ(log.lines().size(), 1U) << log.lines().back();
+}
+
+TEST_F(AtspiBus, AProgramIsNotBlamedForABusThatIsLost) {
+    session.startBus();
+    const auto bus = linuxdesktop::MessageBus::openSession();
+    ASSERT_TRUE(bus);
+    const auto program = std::make_shared<linuxdesktop::AtspiApplication>(":1.1");
+    linuxdesktop::AtspiElement widget(program, "/widget");
+    session.killBus();
+    const std::string text = "text";
+    std::vector<std::string> troubles;
+    linuxdesktop::TextWrite toWrite(
+        *bus, widget, text, [&](const std::string& trouble) { troubles.push_back(trouble); });
+    EXPECT_EQ(toWrite.run(std::chrono::steady_clock::now() + std::chrono::seconds(5)),
+              platform::axErrorAPIDisabled);
+    EXPECT_EQ(troubles, std::vector<std::string>());
+    EXPECT_FALSE(program->isUnreliable);
 }
 
 TEST_F(AtspiBus, WhatStartsTheAccessibilityBusMayEndToo) {

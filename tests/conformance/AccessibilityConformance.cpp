@@ -16,9 +16,9 @@ using platform::AXError;
 using platform::AXUIElementRef;
 
 constexpr Seconds patience{10};
-/// All that a write may take, and what a busy machine adds to it.
+/// All that a write may take, and what it takes a busy machine to wake the thread that waits.
 constexpr Seconds longestWrite{0.5};
-constexpr Seconds tolerance{0.1};
+constexpr Seconds tolerance{0.05};
 
 class AccessibilityConformance : public testing::TestWithParam<AccessibilityWorldMaker> {
   protected:

@@ -21,6 +21,7 @@ class SimulatedTarget final : public AccessibilityTarget {
         service_.focusNewElement()->writeStatus = platform::axErrorAttributeUnsupported;
     }
     void hang() override { field_->writeStatus = platform::axErrorCannotComplete; }
+    // Who has hung once is refused for good.
     void goOn() override {}
     void die() override { field_->writeStatus = platform::axErrorInvalidUIElement; }
 

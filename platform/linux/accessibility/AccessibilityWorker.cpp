@@ -8,6 +8,7 @@
 #include <chrono>
 #include <csignal>
 #include <cstdint>
+#include <cstdlib>
 #include <utility>
 
 #include "platform/linux/accessibility/TextWrite.h"
@@ -24,6 +25,15 @@ constexpr milliseconds patience{500};
 // The worker is done a little earlier, so that its answer still counts.
 constexpr milliseconds patienceOfWorker{460};
 
+FileDescriptor makeWakeUp() {
+    FileDescriptor wakeUp(eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK));
+    if (!wakeUp) {
+        // Nobody could ask the worker for anything, and every write would wait in vain.
+        std::abort();
+    }
+    return wakeUp;
+}
+
 // Signals are for the main thread.
 std::thread startWithoutSignals(std::function<void()> body) {
     sigset_t all;
@@ -39,9 +49,7 @@ std::thread startWithoutSignals(std::function<void()> body) {
 }  // namespace
 
 AccessibilityWorker::AccessibilityWorker(platform::Log& log)
-    : log_(log),
-      wakeUp_(eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK)),
-      thread_(startWithoutSignals([this] { run(); })) {}
+    : log_(log), wakeUp_(makeWakeUp()), thread_(startWithoutSignals([this] { run(); })) {}
 
 AccessibilityWorker::~AccessibilityWorker() {
     {

@@ -12,26 +12,37 @@ CallBatch::~CallBatch() {
     progress_->isOver = true;
 }
 
+void CallBatch::takeLateAnswers(std::function<void()> whenComplete) {
+    progress_->whenCompleteLate = std::move(whenComplete);
+}
+
 void CallBatch::add(BusMessage call, std::function<void(sd_bus_message*)> onAnswer) {
     using namespace std::chrono;
-    const auto patience = duration_cast<microseconds>(deadline_ - steady_clock::now());
+    const auto patience = progress_->whenCompleteLate
+                              ? MessageBus::forever
+                              : duration_cast<microseconds>(deadline_ - steady_clock::now());
     const bool isSent =
         bus_.call(std::move(call), patience,
                   [progress = progress_, onAnswer = std::move(onAnswer)](sd_bus_message* answer) {
-                      --progress->outstanding;
-                      if (progress->isOver) {
-                          return;
-                      }
-                      if (isSilence(answer)) {
-                          progress->isSilent = true;
-                      } else {
-                          onAnswer(answer);
-                      }
+                      take(*progress, answer, onAnswer);
                   });
     if (isSent) {
         ++progress_->outstanding;
     } else {
         progress_->isSilent = true;
+    }
+}
+
+void CallBatch::take(Progress& progress, sd_bus_message* answer,
+                     const std::function<void(sd_bus_message*)>& onAnswer) {
+    --progress.outstanding;
+    progress.isSilent = progress.isSilent || isSilence(answer);
+    if (progress.isSilent || (progress.isOver && !progress.whenCompleteLate)) {
+        return;
+    }
+    onAnswer(answer);
+    if (progress.isOver && progress.outstanding == 0) {
+        progress.whenCompleteLate();
     }
 }
 

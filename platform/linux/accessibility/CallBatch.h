@@ -13,11 +13,15 @@ class CallBatch {
   public:
     /// `bus` outlives the batch. No call is waited for beyond `deadline`.
     CallBatch(MessageBus& bus, MessageBus::Moment deadline);
-    /// Answers that come later are dropped.
+    /// Answers that come later are dropped, unless takeLateAnswers() was called.
     ~CallBatch();
     CallBatch(const CallBatch&) = delete;
     CallBatch& operator=(const CallBatch&) = delete;
 
+    /// Before the calls: has the answers taken however late they come. When await() fails, each
+    /// `onAnswer` is still called, in some later dispatch(), and `whenComplete` after the last of
+    /// them, so both own what they use. Neither is called once the program has left the bus.
+    void takeLateAnswers(std::function<void()> whenComplete);
     /// Sends a call. `onAnswer` is called inside await(), with an answer or with an error of the
     /// program's own.
     void add(BusMessage call, std::function<void(sd_bus_message*)> onAnswer);
@@ -29,7 +33,10 @@ class CallBatch {
         int outstanding = 0;
         bool isSilent = false;
         bool isOver = false;
+        std::function<void()> whenCompleteLate;
     };
+    static void take(Progress& progress, sd_bus_message* answer,
+                     const std::function<void(sd_bus_message*)>& onAnswer);
 
     MessageBus& bus_;
     MessageBus::Moment deadline_;

@@ -76,7 +76,10 @@ bool MessageBus::call(BusMessage message, std::chrono::microseconds patience, On
     auto handler = std::make_unique<Handler>(std::move(onAnswer));
     sd_bus_slot* slot = nullptr;
     // Zero would mean the library's own patience.
-    const auto limit = static_cast<std::uint64_t>(std::max<std::int64_t>(patience.count(), 1));
+    const std::uint64_t limit =
+        patience == forever
+            ? UINT64_MAX
+            : static_cast<std::uint64_t>(std::max<std::int64_t>(patience.count(), 1));
     if (!message ||
         sd_bus_call_async(bus_.get(), &slot, message.get(), runHandler, handler.get(), limit) < 0) {
         return false;
@@ -90,6 +93,10 @@ void MessageBus::send(BusMessage message) {
         sd_bus_message_set_expect_reply(message.get(), 0);
         sd_bus_send(bus_.get(), message.get(), nullptr);
     }
+}
+
+bool MessageBus::isOpen() const {
+    return sd_bus_is_open(bus_.get()) > 0;
 }
 
 bool MessageBus::dispatch() {
@@ -130,6 +137,14 @@ std::optional<MessageBus::Moment> MessageBus::moment() const {
         return std::nullopt;
     }
     return Moment(std::chrono::microseconds(microseconds));
+}
+
+std::optional<std::string> plainTextIn(sd_bus_message* answer) {
+    const char* text = nullptr;
+    if (sd_bus_message_read(answer, "s", &text) <= 0) {
+        return std::nullopt;
+    }
+    return text;
 }
 
 bool isSilence(sd_bus_message* answer) {

@@ -31,6 +31,8 @@ class MessageBus {
     /// when nobody answers in time or the bus is lost.
     using OnAnswer = std::function<void(sd_bus_message*)>;
     using OnSignal = std::function<void(sd_bus_message*)>;
+    /// The patience of a call that waits until the other side answers or leaves the bus.
+    static constexpr std::chrono::microseconds forever = std::chrono::microseconds::max();
 
     /// Joins the user's session bus, or the bus at `address`. Empty when there is none there.
     static std::unique_ptr<MessageBus> openSession();
@@ -60,6 +62,8 @@ class MessageBus {
     /// Sends a call whose answer does not matter.
     void send(BusMessage message);
 
+    /// False once the bus is lost, as far as is known.
+    bool isOpen() const;
     /// Handles everything that has come. False once the bus is lost.
     bool dispatch();
     /// Handles what comes until `condition` holds; false when `deadline` passes or the bus is lost
@@ -78,6 +82,8 @@ class MessageBus {
     BusHandle bus_;
 };
 
+/// The text that an answer consists of; empty when it is an error or of another type.
+std::optional<std::string> plainTextIn(sd_bus_message* answer);
 /// Whether the message says that nobody answered: too late, or gone in between.
 bool isSilence(sd_bus_message* answer);
 /// The content of a property that was asked for; empty when the answer is an error or of another

@@ -2,16 +2,14 @@
 
 #include <algorithm>
 #include <chrono>
+#include <memory>
 #include <utility>
 
-#include "base/Text.h"
 #include "platform/linux/accessibility/CallBatch.h"
 
 namespace tarvik::linuxdesktop {
 
-using accessible::editableTextInterface;
 using accessible::State;
-using accessible::textInterface;
 using platform::AXError;
 using std::chrono::milliseconds;
 using std::chrono::steady_clock;
@@ -29,13 +27,57 @@ bool isYes(sd_bus_message* answer) {
     return sd_bus_message_read(answer, "b", &yes) > 0 && yes != 0;
 }
 
+bool isSelectionIn(sd_bus_message* answer) {
+    std::int32_t selections = 0;
+    return sd_bus_message_read(answer, "i", &selections) > 0 && selections > 0;
+}
+
+// What a program has answered around the deletion of its selection. The calls follow each other
+// closely, so they tell what the deletion itself did.
+struct Deletion {
+    bool hadSelection = false;
+    std::optional<std::int64_t> caret;
+    std::optional<std::string> deleted;
+    std::optional<std::int64_t> countBefore;
+    std::optional<std::int64_t> count;
+    bool isAccepted = false;
+
+    bool isOfSomethingElse() const {
+        return !hadSelection && deleted && countBefore && count && *count < *countBefore;
+    }
+};
+
+// As much of `text` as `found` begins with, in whole characters.
+std::string commonBeginning(const std::string& text, const std::string& found) {
+    auto end = std::mismatch(text.begin(), text.end(), found.begin(), found.end()).first;
+    while (end != text.begin() && end != text.end() && (*end & 0xC0) == 0x80) {
+        --end;
+    }
+    return {text.begin(), end};
+}
+
+// The same around the insertion of a text.
+struct Insertion {
+    std::optional<std::int64_t> countBefore;
+    std::optional<std::int64_t> count;
+    std::optional<std::string> found;
+    std::optional<std::int64_t> caret;
+    bool isAccepted = false;
+
+    std::int64_t inserted(std::int64_t most) const {
+        return isAccepted && countBefore && count
+                   ? std::clamp<std::int64_t>(*count - *countBefore, 0, most)
+                   : 0;
+    }
+};
+
 }  // namespace
 
 TextWrite::TextWrite(MessageBus& bus, AtspiElement& element, const std::string& text,
                      std::function<void(const std::string&)> onTrouble)
     : bus_(bus),
       element_(element),
-      object_(element.object()),
+      widget_(bus, element),
       text_(text),
       onTrouble_(std::move(onTrouble)) {}
 
@@ -48,7 +90,7 @@ AXError TextWrite::run(MessageBus::Moment deadline) {
         return platform::axErrorCannotComplete;
     }
     // A text that no message can carry is found out before anything has been changed.
-    if (text_.find('\0') != std::string::npos || !newInsertText(0)) {
+    if (text_.find('\0') != std::string::npos || !widget_.newInsertion(0, text_)) {
         return platform::axErrorIllegalArgument;
     }
     AXError status = inspect();
@@ -62,7 +104,7 @@ AXError TextWrite::inspect() {
     const MessageBus::Moment limit =
         std::min(deadline_, steady_clock::now() + patienceForQuestions);
     if (!askWhatItIs(limit)) {
-        return declareUnreliable("does not answer");
+        return giveUpOnSilence();
     }
     if (!element_.isEditableText) {
         return platform::axErrorInvalidUIElement;
@@ -75,7 +117,7 @@ AXError TextWrite::inspect() {
         return platform::axErrorCannotComplete;
     }
     if (!askForText(limit)) {
-        return declareUnreliable("does not answer");
+        return giveUpOnSilence();
     }
     if (!states_ || !count_) {
         return platform::axErrorInvalidUIElement;
@@ -111,9 +153,9 @@ bool TextWrite::askForText(MessageBus::Moment limit) {
     questions.add(newAccessibleCall("GetState"),
                   [this](sd_bus_message* answer) { states_ = accessible::statesIn(answer); });
     askForSelection(questions);
-    questions.add(newTextProperty("CaretOffset"),
+    questions.add(widget_.newCaretOffset(),
                   [this](sd_bus_message* answer) { caret_ = integerIn(answer); });
-    questions.add(newTextProperty("CharacterCount"),
+    questions.add(widget_.newCharacterCount(),
                   [this](sd_bus_message* answer) { count_ = integerIn(answer); });
     return questions.await();
 }
@@ -121,37 +163,49 @@ bool TextWrite::askForText(MessageBus::Moment limit) {
 void TextWrite::askForSelection(CallBatch& questions) {
     // The program answers in the order of the calls. What it says about a selection counts only
     // when it says that there is one; otherwise some answer an error, some a stale range.
-    questions.add(bus_.newCall(object_, textInterface, "GetNSelections"),
-                  [this](sd_bus_message* answer) {
-                      std::int32_t selections = 0;
-                      sd_bus_message_read(answer, "i", &selections);
-                      hasSelection_ = selections > 0;
-                  });
-    questions.add(bus_.newCall(object_, textInterface, "GetSelection", "i", 0),
-                  [this](sd_bus_message* answer) {
-                      std::int32_t start = 0;
-                      std::int32_t end = 0;
-                      if (hasSelection_ && sd_bus_message_read(answer, "ii", &start, &end) > 0) {
-                          selectionStart_ = std::min(start, end);
-                          selectionEnd_ = std::max(start, end);
-                      }
-                  });
+    questions.add(widget_.newSelectionCount(),
+                  [this](sd_bus_message* answer) { hasSelection_ = isSelectionIn(answer); });
+    questions.add(widget_.newSelection(), [this](sd_bus_message* answer) {
+        std::int32_t start = 0;
+        std::int32_t end = 0;
+        if (hasSelection_ && sd_bus_message_read(answer, "ii", &start, &end) > 0) {
+            selectionStart_ = std::min(start, end);
+            selectionEnd_ = std::max(start, end);
+        }
+    });
 }
 
 AXError TextWrite::deleteSelection() {
-    CallBatch deletion(bus_, deadline_);
-    deletion.add(newRangeCall(editableTextInterface, "DeleteText", selectionStart_, selectionEnd_),
-                 [this](sd_bus_message* answer) { isAccepted_ = isYes(answer); });
-    deletion.add(newTextProperty("CharacterCount"),
-                 [this](sd_bus_message* answer) { count_ = integerIn(answer); });
-    if (!deletion.await()) {
-        return declareUnreliable("does not answer");
+    const auto deletion = std::make_shared<Deletion>();
+    CallBatch calls(bus_, deadline_);
+    calls.takeLateAnswers([deletion, bus = &bus_, widget = widget_, start = selectionStart_] {
+        if (deletion->isOfSomethingElse()) {
+            bus->send(widget.newInsertion(start, *deletion->deleted));
+            bus->send(widget.newCaretMove(deletion->caret.value_or(start)));
+        }
+    });
+    calls.add(widget_.newSelectionCount(), [deletion](sd_bus_message* answer) {
+        deletion->hadSelection = isSelectionIn(answer);
+    });
+    calls.add(widget_.newCaretOffset(),
+              [deletion](sd_bus_message* answer) { deletion->caret = integerIn(answer); });
+    calls.add(widget_.newReading(selectionStart_, selectionEnd_),
+              [deletion](sd_bus_message* answer) { deletion->deleted = plainTextIn(answer); });
+    calls.add(widget_.newCharacterCount(),
+              [deletion](sd_bus_message* answer) { deletion->countBefore = integerIn(answer); });
+    calls.add(widget_.newDeletion(selectionStart_, selectionEnd_),
+              [deletion](sd_bus_message* answer) { deletion->isAccepted = isYes(answer); });
+    calls.add(widget_.newCharacterCount(),
+              [deletion](sd_bus_message* answer) { deletion->count = integerIn(answer); });
+    if (!calls.await()) {
+        return giveUpOnSilence();
     }
+    count_ = deletion->count;
     const auto isDeleted = [this] { return count_ && *count_ <= countBefore_; };
     if (isDeleted()) {
         return platform::axErrorSuccess;
     }
-    if (!isAccepted_) {
+    if (!deletion->isAccepted) {
         return platform::axErrorFailure;
     }
     return hasSettled(isDeleted) ? platform::axErrorSuccess
@@ -159,17 +213,34 @@ AXError TextWrite::deleteSelection() {
 }
 
 AXError TextWrite::insert() {
-    CallBatch insertion(bus_, deadline_);
-    insertion.add(newInsertText(offset_),
-                  [this](sd_bus_message* answer) { isAccepted_ = isYes(answer); });
-    insertion.add(newTextProperty("CharacterCount"),
-                  [this](sd_bus_message* answer) { count_ = integerIn(answer); });
-    insertion.add(newTextProperty("CaretOffset"),
-                  [this](sd_bus_message* answer) { caret_ = integerIn(answer); });
-    if (!insertion.await()) {
-        deleteInserted(countOfText());
-        return declareUnreliable("does not answer");
+    const auto insertion = std::make_shared<Insertion>();
+    CallBatch calls(bus_, deadline_);
+    calls.takeLateAnswers(
+        [insertion, bus = &bus_, widget = widget_, offset = offset_, text = text_] {
+            // The count may have grown by typed characters too, but they are not what stands here.
+            const std::string there = commonBeginning(text, insertion->found.value_or(""));
+            if (const auto inserted = insertion->inserted(widget.countOf(there)); inserted > 0) {
+                bus->send(widget.newDeletion(offset, offset + inserted));
+            }
+        });
+    calls.add(widget_.newCharacterCount(),
+              [insertion](sd_bus_message* answer) { insertion->countBefore = integerIn(answer); });
+    calls.add(widget_.newInsertion(offset_, text_),
+              [insertion](sd_bus_message* answer) { insertion->isAccepted = isYes(answer); });
+    calls.add(widget_.newCharacterCount(),
+              [insertion](sd_bus_message* answer) { insertion->count = integerIn(answer); });
+    calls.add(widget_.newReading(offset_, offset_ + countOfText()),
+              [insertion](sd_bus_message* answer) { insertion->found = plainTextIn(answer); });
+    calls.add(widget_.newCaretOffset(),
+              [insertion](sd_bus_message* answer) { insertion->caret = integerIn(answer); });
+    if (!calls.await()) {
+        return giveUpOnSilence();
     }
+    countBefore_ = insertion->countBefore.value_or(countBefore_);
+    count_ = insertion->count;
+    caret_ = insertion->caret;
+    isAccepted_ = insertion->isAccepted;
+    inserted_ = insertion->inserted(countOfText());
     const AXError status = judge();
     if (status == platform::axErrorSuccess) {
         moveCaret(offset_ + std::max(*count_ - countBefore_, countOfText()));
@@ -184,18 +255,22 @@ AXError TextWrite::judge() {
     if (hasArrived() || (isAccepted_ && hasSettled([this] { return hasArrived(); }))) {
         return platform::axErrorSuccess;
     }
-    if (!count_ || *count_ == countBefore_) {
+    if (inserted_ == 0) {
         return isAccepted_ ? declareUnreliable("does not insert what it says it inserts")
                            : platform::axErrorFailure;
     }
     // Part of it arrived: a field with a greatest length, for one.
-    deleteInserted(std::max<std::int64_t>(*count_ - countBefore_, 0));
+    deleteInserted(inserted_);
     return platform::axErrorFailure;
 }
 
 void TextWrite::takeBack() {
-    deleteInserted(count_ ? std::max<std::int64_t>(*count_ - countBefore_, 0) : countOfText());
+    deleteInserted(countOfText());
     moveCaret(offset_);
+}
+
+AXError TextWrite::giveUpOnSilence() {
+    return bus_.isOpen() ? declareUnreliable("does not answer") : platform::axErrorAPIDisabled;
 }
 
 AXError TextWrite::declareUnreliable(const char* what) {
@@ -235,25 +310,20 @@ bool TextWrite::hasArrived() {
     // The user may be deleting at the same time; then only the text itself can tell.
     bool isThere = false;
     CallBatch look(bus_, deadline_);
-    look.add(newRangeCall(textInterface, "GetText", offset_, offset_ + countOfText()),
-             [&](sd_bus_message* answer) {
-                 const char* found = nullptr;
-                 isThere = sd_bus_message_read(answer, "s", &found) > 0 && found == text_;
-             });
+    look.add(widget_.newReading(offset_, offset_ + countOfText()),
+             [&](sd_bus_message* answer) { isThere = plainTextIn(answer) == text_; });
     return look.await() && isThere;
 }
 
 bool TextWrite::readCount() {
     CallBatch look(bus_, deadline_);
-    look.add(newTextProperty("CharacterCount"),
+    look.add(widget_.newCharacterCount(),
              [this](sd_bus_message* answer) { count_ = integerIn(answer); });
     return look.await();
 }
 
 void TextWrite::deleteInserted(std::int64_t length) {
-    if (length > 0) {
-        bus_.send(newRangeCall(editableTextInterface, "DeleteText", offset_, offset_ + length));
-    }
+    bus_.send(widget_.newDeletion(offset_, offset_ + length));
 }
 
 void TextWrite::moveCaret(std::int64_t offset) {
@@ -263,46 +333,12 @@ void TextWrite::moveCaret(std::int64_t offset) {
     // Awaited, so that it does not come after what the user does next; but the text is right
     // whatever the answer is.
     CallBatch move(bus_, deadline_);
-    move.add(bus_.newCall(object_, textInterface, "SetCaretOffset", "i",
-                          static_cast<std::int32_t>(offset)),
-             [](sd_bus_message* /*answer*/) {});
+    move.add(widget_.newCaretMove(offset), [](sd_bus_message* /*answer*/) {});
     move.await();
 }
 
 BusMessage TextWrite::newAccessibleCall(const char* member) {
-    return bus_.newCall(object_, accessible::accessibleInterface, member);
-}
-
-BusMessage TextWrite::newTextProperty(const char* name) {
-    return bus_.newPropertyCall(object_, textInterface, name);
-}
-
-BusMessage TextWrite::newInsertText(std::int64_t offset) {
-    return bus_.newCall(object_, editableTextInterface, "InsertText", "isi",
-                        static_cast<std::int32_t>(offset), text_.c_str(), lengthOfText());
-}
-
-BusMessage TextWrite::newRangeCall(const char* interface, const char* member, std::int64_t start,
-                                   std::int64_t end) {
-    return bus_.newCall(object_, interface, member, "ii", static_cast<std::int32_t>(start),
-                        static_cast<std::int32_t>(end));
-}
-
-bool TextWrite::isCountedInUnits() const {
-    return element_.application->toolkit == "Qt";
-}
-
-std::int32_t TextWrite::lengthOfText() const {
-    return static_cast<std::int32_t>(isCountedInUnits() ? countOfText()
-                                                        : static_cast<std::int64_t>(text_.size()));
-}
-
-std::int64_t TextWrite::countOfText() const {
-    if (isCountedInUnits()) {
-        return static_cast<std::int64_t>(utf16FromUtf8(text_).size());
-    }
-    return std::count_if(text_.begin(), text_.end(),
-                         [](char byte) { return (byte & 0xC0) != 0x80; });
+    return bus_.newCall(element_.object(), accessible::accessibleInterface, member);
 }
 
 }  // namespace tarvik::linuxdesktop

@@ -8,6 +8,7 @@
 #include "platform/Accessibility.h"
 #include "platform/linux/accessibility/Accessible.h"
 #include "platform/linux/accessibility/AtspiElement.h"
+#include "platform/linux/accessibility/AtspiText.h"
 #include "platform/linux/accessibility/MessageBus.h"
 
 namespace tarvik::linuxdesktop {
@@ -18,9 +19,12 @@ class CallBatch;
 /// dispatch().
 ///
 /// Nothing that changes the text is sent to a program that has not just answered harmless
-/// questions. A message that was sent cannot be called back, so when a program falls silent after
-/// the text is on its way, the order to delete it again follows: whenever the program wakes up, it
-/// is left as if nothing had happened, and the text can be typed without arriving twice.
+/// questions. A message that was sent cannot be called back. So when a program falls silent over an
+/// order, its answers are taken whenever they come, and set right what the order did after all:
+/// exactly what was inserted is deleted again, and what was deleted although the selection had been
+/// typed over by then is put back. The text can be typed meanwhile without arriving twice, and
+/// nothing of the user's is lost. A program that wakes up after this one has ended, or reads keys
+/// between two messages that it finds together, may do otherwise.
 class TextWrite {
   public:
     /// All outlives the write; `onTrouble` gets a line for the log, for what the user should hear
@@ -41,6 +45,7 @@ class TextWrite {
     platform::AXError deleteSelection();
     platform::AXError insert();
     platform::AXError judge();
+    platform::AXError giveUpOnSilence();
     platform::AXError declareUnreliable(const char* what);
     bool hasSettled(const std::function<bool()>& isRight);
     bool hasArrived();
@@ -49,25 +54,17 @@ class TextWrite {
     void moveCaret(std::int64_t offset);
 
     BusMessage newAccessibleCall(const char* member);
-    BusMessage newTextProperty(const char* name);
-    BusMessage newInsertText(std::int64_t offset);
-    BusMessage newRangeCall(const char* interface, const char* member, std::int64_t start,
-                            std::int64_t end);
-    /// In what the program measures a text that it is given, and in what it counts.
-    std::int32_t lengthOfText() const;
-    std::int64_t countOfText() const;
-    bool isCountedInUnits() const;
+    std::int64_t countOfText() const { return widget_.countOf(text_); }
 
     MessageBus& bus_;
     AtspiElement& element_;
-    const BusObject object_;
+    const AtspiText widget_;
     const std::string& text_;
     std::function<void(const std::string&)> onTrouble_;
     MessageBus::Moment deadline_;
 
     std::optional<accessible::States> states_;
     bool hasSelection_ = false;
-    // Wider than what a program can send, so that no nonsense from it overflows.
     std::int64_t selectionStart_ = 0;
     std::int64_t selectionEnd_ = 0;
     /// Where the text goes.
@@ -78,6 +75,8 @@ class TextWrite {
     /// Without the selection, before the insertion.
     std::int64_t countBefore_ = 0;
     bool isAccepted_ = false;
+    /// How much the insertion itself added.
+    std::int64_t inserted_ = 0;
 };
 
 }  // namespace tarvik::linuxdesktop

@@ -3,8 +3,9 @@
 and that behaves in ways in which toolkits misbehave.
 
 Prints "ready" once it has announced itself. Commands on standard input: "focus" says again that the
-field has the focus and "blur" that it has lost it, "insertions" prints how often a text was to be inserted, "wake" ends a silence
-that an insertion began, and "quit" ends the program.
+field has the focus and "blur" that it has lost it, "insertions" prints how often a text was to be
+inserted, "type TEXT" does what keys do, "wake" ends a silence, "settle" answers when everything that
+was sent to the program is done, and "quit" ends the program.
 """
 
 import argparse
@@ -29,8 +30,10 @@ FIELD = "/org/a11y/atspi/accessible/1"
 
 parser = argparse.ArgumentParser(description=__doc__)
 parser.add_argument("--behaviour", default="honest",
-                    choices=["honest", "liar", "late", "refusing", "silent-on-insertion",
-                             "dying-on-insertion", "short", "slow", "undeletable", "nonsense"])
+                    choices=["honest", "liar", "late", "refusing", "short",
+                             "silent-on-insertion", "silent-and-refusing", "silent-and-short",
+                             "silent-on-deletion", "dying-on-insertion", "slow", "undeletable",
+                             "nonsense"])
 parser.add_argument("--toolkit", default="fake")
 parser.add_argument("--text", default="")
 parser.add_argument("--select", metavar="A:B")
@@ -45,7 +48,7 @@ class Field:
         if options.select:
             self.start, self.end = [int(part) for part in options.select.split(":")]
         self.insertions = 0
-        self.is_silent = False
+        self.is_silent = self.was_silent = False
         # What was asked while it was silent, as a stopped program finds it when it goes on.
         self.waiting = []
 
@@ -54,8 +57,17 @@ class Field:
         self.start = self.end = start + len(text)
         target_options.publish(options, self.text)
 
+    def fall_silent(self):
+        self.is_silent = self.was_silent = True
+
+    def wake(self):
+        self.is_silent = False
+        for reply, work in self.waiting:
+            reply(*work())
+        self.waiting = []
+
     def insert(self, position, text):
-        if options.behaviour == "short":
+        if options.behaviour in ("short", "silent-and-short"):
             text = text[:3]
         self.replace(position, position, text)
 
@@ -102,6 +114,9 @@ class Widget(dbus.service.Object):
             self.answer(reply, lambda: (dbus.Int32(2147483647),))
         elif name == "CharacterCount":
             self.answer(reply, lambda: (dbus.Int32(len(field.text)),))
+            # The last of the questions that come before anything is changed.
+            if options.behaviour == "silent-on-deletion" and not field.was_silent:
+                field.fall_silent()
         else:
             self.answer(reply, lambda: (dbus.Int32(field.end),))
 
@@ -148,7 +163,7 @@ class Widget(dbus.service.Object):
         field.insertions += 1
 
         def work():
-            if options.behaviour == "refusing":
+            if options.behaviour in ("refusing", "silent-and-refusing"):
                 return (False,)
             if options.behaviour == "late":
                 GLib.timeout_add(80, lambda: field.insert(position, text))
@@ -158,8 +173,8 @@ class Widget(dbus.service.Object):
 
         if options.behaviour == "dying-on-insertion":
             os._exit(1)
-        if options.behaviour == "silent-on-insertion":
-            field.is_silent = True
+        if options.behaviour in ("silent-on-insertion", "silent-and-refusing", "silent-and-short"):
+            field.fall_silent()
         self.answer(reply, work)
 
     @dbus.service.signal(OBJECT_EVENT, signature="siiv(so)")
@@ -190,11 +205,16 @@ def command(line):
     elif line == "insertions":
         target_options.announce(str(field.insertions))
         return
+    elif line.startswith("type "):
+        field.replace(field.start, field.end, line.removeprefix("type "))
     elif line == "wake":
-        field.is_silent = False
-        for reply, work in field.waiting:
-            reply(*work())
-        field.waiting = []
+        field.wake()
+        bus.flush()
+    elif line == "settle":
+        # What the bus held for the program is here now, and is worked off before an idle moment.
+        bus.get_name_owner("org.freedesktop.DBus")
+        GLib.idle_add(lambda: target_options.announce("done"), priority=GLib.PRIORITY_LOW)
+        return
     elif line == "quit":
         loop.quit()
         return

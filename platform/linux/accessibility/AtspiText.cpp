@@ -1,0 +1,65 @@
+#include "platform/linux/accessibility/AtspiText.h"
+
+#include <algorithm>
+
+#include "base/Text.h"
+#include "platform/linux/accessibility/Accessible.h"
+
+namespace tarvik::linuxdesktop {
+
+using accessible::editableTextInterface;
+using accessible::textInterface;
+
+AtspiText::AtspiText(MessageBus& bus, const AtspiElement& element)
+    : bus_(&bus), application_(element.application), object_(element.object()) {}
+
+BusMessage AtspiText::newSelectionCount() const {
+    return bus_->newCall(object_, textInterface, "GetNSelections");
+}
+
+BusMessage AtspiText::newSelection() const {
+    return bus_->newCall(object_, textInterface, "GetSelection", "i", 0);
+}
+
+BusMessage AtspiText::newReading(std::int64_t start, std::int64_t end) const {
+    return newRangeCall(textInterface, "GetText", start, end);
+}
+
+BusMessage AtspiText::newInsertion(std::int64_t offset, const std::string& text) const {
+    const auto length = isCountedInUnits() ? countOf(text) : static_cast<std::int64_t>(text.size());
+    return bus_->newCall(object_, editableTextInterface, "InsertText", "isi",
+                         static_cast<std::int32_t>(offset), text.c_str(),
+                         static_cast<std::int32_t>(length));
+}
+
+BusMessage AtspiText::newDeletion(std::int64_t start, std::int64_t end) const {
+    return newRangeCall(editableTextInterface, "DeleteText", start, end);
+}
+
+BusMessage AtspiText::newCaretMove(std::int64_t offset) const {
+    return bus_->newCall(object_, textInterface, "SetCaretOffset", "i",
+                         static_cast<std::int32_t>(offset));
+}
+
+std::int64_t AtspiText::countOf(const std::string& text) const {
+    if (isCountedInUnits()) {
+        return static_cast<std::int64_t>(utf16FromUtf8(text).size());
+    }
+    return std::count_if(text.begin(), text.end(), [](char byte) { return (byte & 0xC0) != 0x80; });
+}
+
+BusMessage AtspiText::newProperty(const char* name) const {
+    return bus_->newPropertyCall(object_, textInterface, name);
+}
+
+BusMessage AtspiText::newRangeCall(const char* interface, const char* member, std::int64_t start,
+                                   std::int64_t end) const {
+    return bus_->newCall(object_, interface, member, "ii", static_cast<std::int32_t>(start),
+                         static_cast<std::int32_t>(end));
+}
+
+bool AtspiText::isCountedInUnits() const {
+    return application_->toolkit == "Qt";
+}
+
+}  // namespace tarvik::linuxdesktop
