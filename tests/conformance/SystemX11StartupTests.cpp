@@ -1,8 +1,12 @@
-#include <QWidget>
 #include <algorithm>
+#include <functional>
+#include <memory>
 #include <optional>
 #include <string>
+#include <utility>
 
+#include "platform/linux/system/QtUserInterface.h"
+#include "platform/linux/system/QtWindow.h"
 #include "platform/linux/system/StartupNotification.h"
 #include "platform/linux/system/X11Server.h"
 #include "tests/conformance/SystemLinuxTest.h"
@@ -64,7 +68,57 @@ class SystemX11StartupTest : public SystemLinuxTest {
         return text.substr(0, text.find('\0'));
     }
 
+    /// The next request for the keyboard that says that the user wants it.
+    std::optional<xcb_client_message_event_t> nextRequestOfTheUser() {
+        std::optional<xcb_client_message_event_t> request;
+        // Qt asks on its own account too, as an application may without being asked.
+        do {
+            request = nextMessage({atom("_NET_ACTIVE_WINDOW")});
+        } while (request && request->data.data32[0] != 2);
+        return request;
+    }
+
+    /// Runs the application, which does this when the user starts it again; the request for the
+    /// keyboard that this leads to.
+    std::optional<xcb_client_message_event_t> requestOnReopening(std::function<void()> whatItDoes) {
+        application.setDelegate(std::make_shared<Delegate>(std::move(whatItDoes)));
+        application.reopen("panel_TIME98765");
+        std::optional<xcb_client_message_event_t> request;
+        mainQueue.async([&] {
+            request = nextRequestOfTheUser();
+            EXPECT_EQ(nextStartupMessage(), "remove: ID=\"panel_TIME98765\"");
+            application.terminate();
+        });
+        EXPECT_EQ(application.run(), 0);
+        return request;
+    }
+
+    std::shared_ptr<platform::Window> makeWindow() {
+        return userInterface.makeWindow({.contentSize = {300, 200}});
+    }
+    static xcb_window_t numberOf(platform::Window& window) {
+        return static_cast<xcb_window_t>(
+            dynamic_cast<linuxdesktop::QtWindow&>(window).widget().winId());
+    }
+
+    linuxdesktop::QtUserInterface userInterface{clock, log};
+
   private:
+    class Delegate final : public platform::ApplicationDelegate {
+      public:
+        explicit Delegate(std::function<void()> onReopening)
+            : onReopening_(std::move(onReopening)) {}
+        void applicationDidFinishLaunching(const platform::LaunchNotification&) override {}
+        bool applicationShouldHandleReopen(bool) override {
+            onReopening_();
+            return true;
+        }
+        void applicationShouldPerform(platform::ApplicationAction) override {}
+
+      private:
+        std::function<void()> onReopening_;
+    };
+
     xcb_connection_t* desktop_;
 };
 
@@ -81,36 +135,29 @@ TEST_F(SystemX11StartupTest, TheDesktopHearsThatTheStartIsOver) {
 }
 
 TEST_F(SystemX11StartupTest, AReopenedApplicationAsksForTheKeyboardAtTheTimeOfTheUsersAction) {
-    class Delegate final : public platform::ApplicationDelegate {
-      public:
-        explicit Delegate(platform::Application& application) : application_(application) {}
-        void applicationDidFinishLaunching(const platform::LaunchNotification&) override {}
-        bool applicationShouldHandleReopen(bool) override {
-            application_.activate();
-            return true;
-        }
-        void applicationShouldPerform(platform::ApplicationAction) override {}
-
-      private:
-        platform::Application& application_;
-    };
-    QWidget window;
-    window.show();
-    application.setDelegate(std::make_shared<Delegate>(application));
-    application.reopen("panel_TIME98765");
-    std::optional<xcb_client_message_event_t> request;
-    mainQueue.async([&] {
-        // Qt asks on its own account too, as an application may without being asked.
-        do {
-            request = nextMessage({atom("_NET_ACTIVE_WINDOW")});
-        } while (request && request->data.data32[0] != 2);
-        EXPECT_EQ(nextStartupMessage(), "remove: ID=\"panel_TIME98765\"");
-        application.terminate();
-    });
-    EXPECT_EQ(application.run(), 0);
+    const auto window = makeWindow();
+    window->show();
+    const auto request = requestOnReopening([&] { application.activate(); });
     ASSERT_TRUE(request);
-    EXPECT_EQ(request->window, window.winId());
+    EXPECT_EQ(request->window, numberOf(*window));
     EXPECT_EQ(request->data.data32[1], 98765U);
+}
+
+TEST_F(SystemX11StartupTest, SoDoesAWindowThatComesUpOnlyThen) {
+    const auto window = makeWindow();
+    const auto request = requestOnReopening([&] {
+        application.activate();
+        window->show();
+        window->orderFrontRegardless();
+    });
+    ASSERT_TRUE(request);
+    EXPECT_EQ(request->window, numberOf(*window));
+    EXPECT_EQ(request->data.data32[1], 98765U);
+    // What comes to the front of its own accord later is no part of that.
+    window->orderFrontRegardless();
+    const auto later = nextRequestOfTheUser();
+    ASSERT_TRUE(later);
+    EXPECT_EQ(later->data.data32[1], 0U);
 }
 
 }  // namespace

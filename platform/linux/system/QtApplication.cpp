@@ -4,7 +4,7 @@
 #include <cstdlib>
 #include <utility>
 
-#include "platform/linux/system/StartupNotification.h"
+#include "platform/linux/system/UserAction.h"
 #include "platform/linux/system/WindowActivation.h"
 
 namespace tarvik::linuxdesktop {
@@ -110,10 +110,8 @@ void QtApplication::ask(const std::string& startupId, Request request) {
         if (!delegate || isTerminated_) {
             return;
         }
-        userTime_ = timeOfStartup(startupId);
+        const UserAction action(startupId);
         request(*delegate);
-        userTime_ = 0;
-        endStartupNotification(startupId);
     };
     if (hasLaunched_) {
         post(std::move(block));
@@ -144,7 +142,7 @@ void QtApplication::activate() {
 
 void QtApplication::activateIgnoringOtherApps() {
     for (QWidget* window : visibleWindows()) {
-        bringToFront(*window, userTime_);
+        bringToFront(*window);
     }
 }
 

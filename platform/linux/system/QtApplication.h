@@ -3,7 +3,6 @@
 #include <QApplication>
 #include <atomic>
 #include <cstddef>
-#include <cstdint>
 #include <functional>
 #include <memory>
 #include <string>
@@ -67,8 +66,6 @@ class QtApplication final : public platform::Application {
     bool isTerminated_ = false;
     /// What was asked before the launch had finished.
     std::vector<std::function<void()>> early_;
-    /// When the user did what is being carried out, as the display server counts; 0 is unknown.
-    std::uint32_t userTime_ = 0;
 };
 
 }  // namespace tarvik::linuxdesktop

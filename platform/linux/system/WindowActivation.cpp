@@ -5,6 +5,7 @@
 #include <QWidget>
 #include <cstdint>
 
+#include "platform/linux/system/UserAction.h"
 #include "platform/linux/system/X11Server.h"
 
 namespace tarvik::linuxdesktop {
@@ -31,11 +32,12 @@ void requestActivation(xcb_connection_t* connection, xcb_window_t window, xcb_ti
 
 }  // namespace
 
-void bringToFront(QWidget& window, std::uint32_t time) {
+void bringToFront(QWidget& window) {
     window.raise();
     window.activateWindow();
     if (xcb_connection_t* connection = x11Connection()) {
-        requestActivation(connection, static_cast<xcb_window_t>(window.winId()), time);
+        requestActivation(connection, static_cast<xcb_window_t>(window.winId()),
+                          UserAction::presentTime());
     }
 }
 
