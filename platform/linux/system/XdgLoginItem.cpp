@@ -2,6 +2,7 @@
 
 #include <unistd.h>
 
+#include <QStandardPaths>
 #include <cerrno>
 #include <cstring>
 #include <utility>
@@ -86,6 +87,11 @@ std::optional<std::string> valueOf(std::string_view entry, std::string_view key)
     return std::nullopt;
 }
 
+// A path, or the name of a program that is looked for where programs are.
+bool canBeRun(const std::string& program) {
+    return !QStandardPaths::findExecutable(QString::fromStdString(program)).isEmpty();
+}
+
 }  // namespace
 
 XdgLoginItem::XdgLoginItem(std::string executable)
@@ -101,8 +107,7 @@ platform::LoginItemStatus XdgLoginItem::status() {
     const std::optional<std::string> program = valueOf(entry, "TryExec");
     const bool isOff = valueOf(entry, "Hidden") == "true" ||
                        valueOf(entry, "X-GNOME-Autostart-enabled") == "false" ||
-                       !valueOf(entry, "Exec") ||
-                       (program && access(unescapedValue(*program).c_str(), X_OK) != 0);
+                       !valueOf(entry, "Exec") || (program && !canBeRun(unescapedValue(*program)));
     return isOff ? platform::LoginItemStatus::notRegistered : platform::LoginItemStatus::enabled;
 }
 
