@@ -2,6 +2,7 @@
 #include <unistd.h>
 
 #include <QImage>
+#include <QPainter>
 #include <QPalette>
 #include <QPushButton>
 #include <csignal>
@@ -18,6 +19,7 @@
 #include "platform/linux/system/QtUserInterface.h"
 #include "platform/linux/system/SystemLog.h"
 #include "platform/linux/system/XdgLoginItem.h"
+#include "tests/conformance/SystemContrast.h"
 #include "tests/conformance/SystemLinuxTest.h"
 
 namespace tarvik::conformance {
@@ -51,6 +53,31 @@ TEST_F(SystemLinuxTest, ASignalEndsTheRunAlsoWhileAnAlertIsUp) {
     });
     EXPECT_EQ(application.run(), 0);
     EXPECT_EQ(answer, 0);
+}
+
+TEST_F(SystemLinuxTest, AWaylandTokenIsThereForTheWindowThatItsUserAskedForAndNoLonger) {
+    class Delegate final : public platform::ApplicationDelegate {
+      public:
+        explicit Delegate(platform::Application& application) : application_(application) {}
+        void applicationDidFinishLaunching(const platform::LaunchNotification&) override {}
+        bool applicationShouldHandleReopen(bool) override {
+            token = qgetenv("XDG_ACTIVATION_TOKEN").toStdString();
+            application_.terminate();
+            return true;
+        }
+        void applicationShouldPerform(platform::ApplicationAction) override {}
+
+        std::string token;
+
+      private:
+        platform::Application& application_;
+    };
+    const auto delegate = std::make_shared<Delegate>(application);
+    application.setDelegate(delegate);
+    application.reopen("token");
+    EXPECT_EQ(application.run(), 0);
+    EXPECT_EQ(delegate->token, "token");
+    EXPECT_FALSE(qEnvironmentVariableIsSet("XDG_ACTIVATION_TOKEN"));
 }
 
 TEST_F(SystemLinuxTest, TheBundleKnowsItsVersionAndItsExecutable) {
@@ -171,8 +198,41 @@ TEST_F(LoginItemTest, AnEntryThatTheUserHasSwitchedOffIsNotRegistered) {
     EXPECT_EQ(item->status(), platform::LoginItemStatus::notRegistered);
 }
 
-QImage drawn(const QIcon& icon, int side) {
-    return icon.pixmap(side, side).toImage().convertToFormat(QImage::Format_ARGB32);
+TEST_F(LoginItemTest, AProgramWithoutAPathIsLookedForWhereProgramsAre) {
+    const auto statusWith = [&](const char* name) {
+        putFile(entry, std::string("[Desktop Entry]\nExec=x\nTryExec=") + name + "\n");
+        return item->status();
+    };
+    EXPECT_EQ(statusWith("sh"), platform::LoginItemStatus::enabled);
+    EXPECT_EQ(statusWith("no-such-program"), platform::LoginItemStatus::notRegistered);
+}
+
+/// What is seen of an icon on a panel.
+struct Impression {
+    /// The smallest rectangle around all pixels that stand out from the panel.
+    QRect extent;
+    int pixels = 0;
+};
+
+QImage drawn(const QIcon& icon, int side, const QColor& panel) {
+    QImage image(side, side, QImage::Format_ARGB32);
+    image.fill(panel);
+    QPainter painter(&image);
+    painter.drawPixmap(0, 0, icon.pixmap(side, side));
+    return image;
+}
+
+Impression impressionOf(const QImage& image, const QColor& panel) {
+    Impression seen;
+    for (int y = 0; y < image.height(); ++y) {
+        for (int x = 0; x < image.width(); ++x) {
+            if (contrast(image.pixelColor(x, y), panel) >= 3) {
+                seen.extent |= QRect(x, y, 1, 1);
+                ++seen.pixels;
+            }
+        }
+    }
+    return seen;
 }
 
 int solidPixels(const QImage& image, const QColor& color) {
@@ -185,25 +245,48 @@ int solidPixels(const QImage& image, const QColor& color) {
     return count;
 }
 
-TEST_F(SystemLinuxTest, TheStatusItemIsOutlinedInTheTextColourAndFilledInRed) {
+const QColor recordingRed(255, 59, 48);
+const QColor darkPanel(0x35, 0x35, 0x35);
+
+TEST_F(SystemLinuxTest, TheIdleIconIsAnOutlineThatIsReadableOnEveryPanel) {
     linuxdesktop::QtUserInterface userInterface(clock, log);
     linuxdesktop::QtStatusItem item(clock, log);
-    const QColor text(1, 2, 3);
-    QPalette palette;
-    palette.setColor(QPalette::WindowText, text);
-    QApplication::setPalette(palette);
-    for (const int side : {16, 22, 32}) {
-        item.setImage(userInterface.systemSymbol("mic", "Tarvik Dictate"));
-        item.setContentTintColor(std::nullopt);
-        const int outlined = solidPixels(drawn(item.icon(), side), text);
-        EXPECT_EQ(item.description(), "Tarvik Dictate");
+    item.setImage(userInterface.systemSymbol("mic", "Tarvik Dictate"));
+    EXPECT_EQ(item.description(), "Tarvik Dictate");
+    for (const QColor& panel :
+         {QColor(Qt::white), QColor(0xef, 0xef, 0xef), darkPanel, QColor(Qt::black)}) {
+        for (const int side : {16, 22, 32}) {
+            const QImage image = drawn(item.icon(), side, panel);
+            const auto [extent, pixels] = impressionOf(image, panel);
+            const std::string which = panel.name().toStdString() + " " + std::to_string(side);
+            EXPECT_GE(extent.height(), side * 8 / 10) << which;
+            EXPECT_GE(extent.width(), side / 2) << which;
+            EXPECT_GE(pixels, extent.width() * extent.height() / 5) << which;
+            // The microphone itself is hollow.
+            EXPECT_LT(contrast(image.pixelColor(side / 2, side / 3), panel), 2) << which;
+            // Windows may have other colours than the panel.
+            QApplication::setPalette(QPalette(Qt::black, Qt::black));
+            EXPECT_EQ(drawn(item.icon(), side, panel), image) << which;
+            QApplication::setPalette(QPalette());
+        }
+    }
+}
 
-        item.setImage(userInterface.systemSymbol("mic.fill", "Tarvik Dictate"));
-        item.setContentTintColor(platform::SystemColor::red);
-        const int filled = solidPixels(drawn(item.icon(), side), QColor(255, 59, 48));
-        EXPECT_GT(outlined, 5) << side;
-        EXPECT_GT(filled, outlined) << side;
-        EXPECT_EQ(item.description(), "Tarvik Dictate – recording");
+TEST_F(SystemLinuxTest, WhileRecordingTheIconIsFilledInRed) {
+    linuxdesktop::QtUserInterface userInterface(clock, log);
+    linuxdesktop::QtStatusItem item(clock, log);
+    item.setImage(userInterface.systemSymbol("mic.fill", "Tarvik Dictate"));
+    item.setContentTintColor(platform::SystemColor::red);
+    EXPECT_EQ(item.description(), "Tarvik Dictate – recording");
+    for (const QColor& panel : {QColor(Qt::white), darkPanel}) {
+        for (const int side : {16, 22, 32}) {
+            const QImage image = drawn(item.icon(), side, panel);
+            const auto [extent, pixels] = impressionOf(image, panel);
+            EXPECT_GE(extent.height(), side * 8 / 10) << side;
+            EXPECT_GE(solidPixels(image, recordingRed), extent.width() * extent.height() / 4)
+                << side;
+            EXPECT_EQ(image.pixelColor(side / 2, side / 3), recordingRed) << side;
+        }
     }
 }
 
@@ -215,9 +298,14 @@ TEST_F(SystemLinuxTest, AnUnknownSymbolIsNothing) {
 
 TEST_F(SystemLinuxTest, ATitleStandsInForAMissingPicture) {
     linuxdesktop::QtStatusItem item(clock, log);
-    item.setContentTintColor(platform::SystemColor::red);
-    item.setTitle("●");
-    EXPECT_GT(solidPixels(drawn(item.icon(), 32), QColor(255, 59, 48)), 20);
+    for (const QColor& panel : {QColor(Qt::white), darkPanel}) {
+        item.setContentTintColor(std::nullopt);
+        item.setTitle("○");
+        EXPECT_GT(impressionOf(drawn(item.icon(), 32, panel), panel).pixels, 20);
+        item.setContentTintColor(platform::SystemColor::red);
+        item.setTitle("●");
+        EXPECT_GT(solidPixels(drawn(item.icon(), 32, panel), recordingRed), 20);
+    }
 }
 
 TEST_F(SystemLinuxTest, KeyEquivalentsAreShownWithControlForCommand) {

@@ -17,10 +17,10 @@ class QtImage final : public platform::Image {
     /// `naturalSize` is in points.
     QtImage(QIcon picture, QSize naturalSize);
 
-    /// A symbol without a tint is in the panel's colour in any case.
+    /// A symbol without a tint shows on a panel of any colour in any case.
     void setTemplate(bool) override {}
 
-    /// A symbol is drawn in `color` or, without one, in the desktop's text colour.
+    /// A symbol is drawn in `color` or, without one, so that it shows on any ground.
     QIcon icon(const std::optional<QColor>& color) const;
     /// In device-independent pixels.
     QSize naturalSize() const;

@@ -4,7 +4,7 @@
 #include <QGuiApplication>
 #include <QIconEngine>
 #include <QPainter>
-#include <QPalette>
+#include <QPainterPath>
 #include <QPixmap>
 #include <QSvgRenderer>
 #include <algorithm>
@@ -19,12 +19,11 @@ namespace {
 
 // Draws into a square of this side.
 constexpr qreal side = 24;
-using Drawing = std::function<void(QPainter&, const QColor&)>;
+using Drawing = std::function<void(QPainter&)>;
 
 class DrawnIconEngine final : public QIconEngine {
   public:
-    DrawnIconEngine(Drawing drawing, std::optional<QColor> color)
-        : drawing_(std::move(drawing)), color_(std::move(color)) {}
+    explicit DrawnIconEngine(Drawing drawing) : drawing_(std::move(drawing)) {}
 
     void paint(QPainter* painter, const QRect& rect, QIcon::Mode, QIcon::State) override {
         const qreal scale = std::min(rect.width(), rect.height()) / side;
@@ -33,7 +32,7 @@ class DrawnIconEngine final : public QIconEngine {
         painter->translate(QRectF(rect).center());
         painter->scale(scale, scale);
         painter->translate(-side / 2, -side / 2);
-        drawing_(*painter, color_.value_or(QGuiApplication::palette().color(QPalette::WindowText)));
+        drawing_(*painter);
         painter->restore();
     }
 
@@ -50,47 +49,43 @@ class DrawnIconEngine final : public QIconEngine {
         return {QSize(16, 16), QSize(22, 22), QSize(24, 24), QSize(32, 32), QSize(48, 48)};
     }
 
-    QIconEngine* clone() const override { return new DrawnIconEngine(drawing_, color_); }
+    QIconEngine* clone() const override { return new DrawnIconEngine(drawing_); }
 
   private:
     Drawing drawing_;
-    std::optional<QColor> color_;
 };
 
-// Around a thin symbol in the text colour, in case the panel has another background than windows
-// have.
-QColor haloColor(const QColor& color) {
-    return color.lightnessF() < 0.5F ? Qt::white : Qt::black;
-}
-
+// White is what a drawing has where its colour is to be.
 QByteArray inColor(QByteArray drawing, const QColor& color) {
-    drawing.replace("#000000", color.name().toLatin1());
-    drawing.replace("fuchsia", haloColor(color).name().toLatin1());
-    return drawing;
+    return drawing.replace("#ffffff", color.name().toLatin1());
 }
 
 }  // namespace
 
 QIcon symbolIcon(Symbol symbol, const std::optional<QColor>& color) {
-    const QByteArray drawing = symbolDrawing(
-        symbol == Symbol::filledMicrophone ? QStringLiteral("mic.fill") : QStringLiteral("mic"));
-    return QIcon(new DrawnIconEngine(
-        [drawing](QPainter& painter, const QColor& drawn) {
-            QSvgRenderer(inColor(drawing, drawn)).render(&painter, QRectF(0, 0, side, side));
-        },
-        color));
+    const QByteArray drawing =
+        inColor(symbolDrawing(symbol == Symbol::filledMicrophone ? QStringLiteral("mic.fill")
+                                                                 : QStringLiteral("mic")),
+                color.value_or(Qt::white));
+    return QIcon(new DrawnIconEngine([drawing](QPainter& painter) {
+        QSvgRenderer(drawing).render(&painter, QRectF(0, 0, side, side));
+    }));
 }
 
 QIcon textIcon(const std::string& text, const std::optional<QColor>& color) {
-    return QIcon(new DrawnIconEngine(
-        [text = QString::fromStdString(text)](QPainter& painter, const QColor& drawn) {
+    return QIcon(
+        new DrawnIconEngine([text = QString::fromStdString(text), color](QPainter& painter) {
             QFont font = QGuiApplication::font();
             font.setPixelSize(static_cast<int>(side));
-            painter.setFont(font);
-            painter.setPen(drawn);
-            painter.drawText(QRectF(0, 0, side, side), Qt::AlignCenter, text);
-        },
-        color));
+            QPainterPath shape;
+            shape.addText(0, 0, font, text);
+            shape.translate(QPointF(side / 2, side / 2) - shape.boundingRect().center());
+            if (!color) {
+                painter.strokePath(shape,
+                                   QPen(Qt::black, 3, Qt::SolidLine, Qt::RoundCap, Qt::RoundJoin));
+            }
+            painter.fillPath(shape, color.value_or(Qt::white));
+        }));
 }
 
 }  // namespace tarvik::linuxdesktop

@@ -10,9 +10,8 @@ namespace tarvik::linuxdesktop {
 /// The pictures that the status item can show.
 enum class Symbol { microphone, filledMicrophone };
 
-/// The symbol as an icon that is drawn anew at every size, in `color` or, without one, in the
-/// colour that text has on the desktop at the moment of drawing. An outline stays visible on any
-/// background.
+/// The symbol as an icon that is drawn anew at every size, in `color` or, without one, in a light
+/// line along a dark one, of which a panel of any colour shows at least one.
 QIcon symbolIcon(Symbol symbol, const std::optional<QColor>& color);
 
 /// A short text as such an icon.
