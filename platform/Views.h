@@ -12,6 +12,9 @@
 // only what changes later is an operation. Lengths are points: 1/96 of the inch that the desktop
 // assumes where it scales its text, and AppKit's points there. Main thread only.
 //
+// Members have an initializer even where it says nothing: a compiler warns of a designated
+// initializer that leaves out one without.
+//
 // A view lives as long as anybody holds it, the stack or window that shows it included. What a
 // control does runs on the main thread; it may close the window and replace its content.
 namespace tarvik::platform {
@@ -57,7 +60,7 @@ struct LabelDescription {
     Color color = SystemColor::label;
     TextAlignment alignment = TextAlignment::natural;
     LabelWrapping wrapping = LabelWrapping::none;
-    /// Where the text of a label that always wraps is broken.
+    /// In points; where the text of a label that always wraps is broken.
     std::optional<double> preferredMaxLayoutWidth = {};
     ViewLayout layout = {};
 };
@@ -101,6 +104,8 @@ struct ButtonDescription {
     std::optional<Color> contentTintColor = {};
     std::optional<Font> font = {};
     ViewLayout layout = {};
+    /// What a screen reader calls it; its title where this is empty.
+    std::string accessibilityLabel = {};
     std::function<void()> action = {};
 };
 

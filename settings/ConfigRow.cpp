@@ -25,6 +25,7 @@ ConfigRow::ConfigRow(platform::UserInterface& userInterface, const std::string& 
           {.text = "—", .font = {12}, .layout = {.horizontalContentHugging = yielding}})),
       actionButton_(userInterface.makeButton({.title = buttonTitle,
                                               .layout = {.minimumWidth = minimumButtonWidth},
+                                              .accessibilityLabel = buttonTitle + " " + label,
                                               .action = std::move(action)})),
       view_(userInterface.makeStack({.orientation = platform::Orientation::horizontal,
                                      .alignment = platform::StackAlignment::centerY,

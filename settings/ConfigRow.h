@@ -13,7 +13,8 @@ namespace tarvik {
 /// that starts to grant it. It only displays. Main thread only.
 class ConfigRow {
   public:
-    /// The status reads "—" until the first apply(). `action` is what the button does.
+    /// The status reads "—" until the first apply(). `action` is what the button does, which is
+    /// named after both texts to a screen reader: the rows' buttons look alike.
     ConfigRow(platform::UserInterface& userInterface, const std::string& label,
               const std::string& buttonTitle, std::function<void()> action);
 

@@ -14,6 +14,9 @@ CocoaButton::CocoaButton(NSButton* button, const platform::ButtonDescription& de
     : CocoaView(button, description.layout),
       button_(button),
       target_(makeActionTarget(description.action)) {
+    if (!description.accessibilityLabel.empty()) {
+        [button setAccessibilityLabel:nsString(description.accessibilityLabel)];
+    }
     [button setTarget:target_];
     [button setAction:actionSelector()];
     [button setBezelStyle:static_cast<NSBezelStyle>(description.bezelStyle)];

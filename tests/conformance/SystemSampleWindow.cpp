@@ -92,6 +92,7 @@ std::shared_ptr<platform::View> SampleWindow::statusRow(const std::string& name,
     platform::ButtonDescription grant;
     grant.title = button;
     grant.layout.minimumWidth = 110;
+    grant.accessibilityLabel = button + " " + name;
     return userInterface_.makeStack(
         {.spacing = 12,
          .views = {userInterface_.makeLabel({.text = name, .layout = column}),

@@ -72,8 +72,9 @@ std::string SimulatedTextField::description() const {
 }
 
 std::string SimulatedButton::description() const {
-    return "button " + quoted(look.title) + ", bezel " +
-           std::to_string(static_cast<int>(look.bezelStyle)) + ", control size " +
+    return "button " + quoted(look.title) +
+           (look.accessibilityLabel.empty() ? "" : ", called " + quoted(look.accessibilityLabel)) +
+           ", bezel " + std::to_string(static_cast<int>(look.bezelStyle)) + ", control size " +
            std::to_string(static_cast<int>(look.controlSize)) +
            (look.isBordered ? "" : ", borderless") +
            (look.contentTintColor ? ", tint " + words(*look.contentTintColor) : "") +

@@ -27,6 +27,7 @@ QtButton::QtButton(const platform::ButtonDescription& description)
       titleColor_(description.contentTintColor) {
     setFont(qtFont(description.font.value_or(platform::Font{})));
     setText(withoutMnemonics(title_));
+    setAccessibleName(QString::fromStdString(description.accessibilityLabel));
     setAutoDefault(true);
     setFlat(!description.isBordered);
     setAttribute(Qt::WA_Hover);

@@ -18,7 +18,8 @@ class Row : public testing::Test {
                "  label " +
                status +
                ", hugging 250\n"
-               "  button \"Grant\", bezel 1, control size 0, at least 110\n";
+               "  button \"Grant\", called \"Grant Microphone\", bezel 1, control size 0, at least "
+               "110\n";
     }
 
     simulated::SimulatedPlatform platform;

@@ -75,11 +75,11 @@ constexpr auto expectedContent =
     "  stack horizontal, alignment 10, spacing 12\n"
     "    label \"Microphone\", 13 medium, label, width 160, hugging 250\n"
     "    label \"—\", 12 regular, label, hugging 250\n"
-    "    button \"Grant\", bezel 1, control size 0, at least 110\n"
+    "    button \"Grant\", called \"Grant Microphone\", bezel 1, control size 0, at least 110\n"
     "  stack horizontal, alignment 10, spacing 12\n"
     "    label \"Accessibility\", 13 medium, label, width 160, hugging 250\n"
     "    label \"—\", 12 regular, label, hugging 250\n"
-    "    button \"Grant\", bezel 1, control size 0, at least 110\n"
+    "    button \"Grant\", called \"Grant Accessibility\", bezel 1, control size 0, at least 110\n"
     "  separator\n"
     "  checkbox \"Launch at login (recommended — keeps the menu-bar icon always available)\", off\n"
     "  separator\n"
@@ -92,6 +92,7 @@ TEST_F(SetupWindow, IsBuiltOnFirstUseHiddenAndCentredWithEveryRowInOrder) {
     SetupWindowController::shared();
     ASSERT_EQ(platform.userInterface().windows.size(), 1U);
     EXPECT_FALSE(window().isVisible());
+    EXPECT_EQ(window().frame().origin, (platform::Point{225, 145}));
     EXPECT_EQ(window().content->tree(), expectedContent);
     EXPECT_EQ(platform.timers().runningTimers(), 0U);
 }

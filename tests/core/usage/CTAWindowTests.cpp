@@ -57,6 +57,7 @@ TEST_F(CallToAction, WindowIsMadeEmptyAndHiddenWithItsFrameAndLevel) {
     CTAWindowController::shared();
     EXPECT_FALSE(window().isVisible());
     EXPECT_FALSE(window().content);
+    EXPECT_EQ(window().frame().origin, (platform::Point{460, 282.5}));
     const platform::WindowDescription& look = window().look;
     EXPECT_EQ(look.contentSize, (platform::Size{520, 360}));
     EXPECT_FALSE(look.minimumSize);
