@@ -13,6 +13,7 @@ add_executable(system-conformance
     SystemLoginItemTests.cpp
     SystemLoginManager.cpp
     SystemMainQueueConformance.cpp
+    SystemMenuTests.cpp
     SystemNotifierHost.cpp
     SystemPicturesTests.cpp
     SystemProcess.cpp
@@ -41,7 +42,7 @@ set_tests_properties(system-conformance PROPERTIES
     TIMEOUT 300 ENVIRONMENT "QT_QPA_PLATFORM=offscreen")
 
 # Each on a desktop and in a process of its own: Qt chooses its kind of tray once a process.
-foreach(suite IN ITEMS SystemAlertTest SystemX11StartupTest SystemX11WindowTest SystemX11TrayTest SystemNotifierTrayTest)
+foreach(suite IN ITEMS SystemAlertTest SystemX11MenuTest SystemX11StartupTest SystemX11WindowTest SystemX11TrayTest SystemNotifierTrayTest)
     add_test(NAME system-conformance-${suite}
         COMMAND ${CMAKE_SOURCE_DIR}/tests/desktop/private-desktop --x11 --wm --
                 $<TARGET_FILE:system-conformance> --gtest_filter=${suite}.*)

@@ -1,16 +1,22 @@
 #include <QAbstractButton>
 #include <QAccessible>
 #include <QCheckBox>
+#include <QFontInfo>
+#include <QLabel>
 #include <QLineEdit>
 #include <QPushButton>
-#include <algorithm>
-#include <cmath>
+#include <array>
+#include <cstdlib>
 #include <map>
+#include <utility>
 
 #include "platform/linux/system/QtAppearance.h"
 #include "platform/linux/system/QtLabel.h"
+#include "platform/linux/system/QtMenu.h"
 #include "platform/linux/system/QtUserInterface.h"
 #include "platform/linux/system/QtWindow.h"
+#include "platform/linux/system/ScreenGeometry.h"
+#include "tests/conformance/SystemContrast.h"
 #include "tests/conformance/SystemLinuxTest.h"
 #include "tests/conformance/SystemSampleWindow.h"
 
@@ -24,24 +30,6 @@ const QColor darkWindow(0x2b, 0x2b, 0x2b);
 
 QPalette themed(const QColor& window) {
     return QPalette(window, window);
-}
-
-/// As the eye weighs it, from 0 to 1.
-double luminance(const QColor& color) {
-    const auto linear = [](double value) {
-        return value <= 0.04045 ? value / 12.92 : std::pow((value + 0.055) / 1.055, 2.4);
-    };
-    return 0.2126 * linear(color.redF()) + 0.7152 * linear(color.greenF()) +
-           0.0722 * linear(color.blueF());
-}
-
-double contrast(const QColor& text, const QColor& ground) {
-    const auto over = [&](float a, float b) { return a * text.alphaF() + b * (1 - text.alphaF()); };
-    const QColor seen =
-        QColor::fromRgbF(over(text.redF(), ground.redF()), over(text.greenF(), ground.greenF()),
-                         over(text.blueF(), ground.blueF()));
-    const auto [darker, lighter] = std::minmax({luminance(seen), luminance(ground)});
-    return (lighter + 0.05) / (darker + 0.05);
 }
 
 class SystemViewsTest : public SystemLinuxTest {
@@ -78,6 +66,117 @@ TEST_F(SystemViewsTest, TextOnABackgroundOfItsOwnIsLegibleUnderEveryTheme) {
         }
     }
 }
+
+TEST_F(SystemViewsTest, DisabledEntriesOfAMenuAreLegibleAndWeakerThanOthersUnderEveryTheme) {
+    linuxdesktop::QtMenu menu;
+    for (const QColor& window : {QColor(Qt::white), QColor(0xef, 0xef, 0xef), darkWindow}) {
+        QApplication::setPalette(themed(window));
+        menu.menu().popup(QPoint(10, 10));
+        const QPalette palette = menu.menu().palette();
+        menu.menu().hide();
+        // Styles fill a menu with one or the other.
+        for (const auto ground : {QPalette::Base, QPalette::Window}) {
+            const QColor filled = palette.color(ground);
+            const double disabled =
+                contrast(palette.color(QPalette::Disabled, QPalette::Text), filled);
+            EXPECT_GE(disabled, 4.5) << filled.name().toStdString();
+            EXPECT_LT(disabled, 0.8 * contrast(palette.color(QPalette::Text), filled));
+        }
+    }
+}
+
+TEST_F(SystemViewsTest, AMenuLiesBesideItsAnchorAndInItsAreaAsAWhole) {
+    const QRect area(0, 40, 1000, 700);
+    const QSize size(200, 300);
+    const auto place = [&](const QRect& anchor) {
+        return linuxdesktop::menuPlace(anchor, size, area);
+    };
+    EXPECT_EQ(place({500, 100, 20, 20}), QPoint(500, 120));
+    EXPECT_EQ(place({500, 600, 20, 20}), QPoint(500, 300));
+    EXPECT_EQ(place({500, 10, 20, 20}), QPoint(500, 40));
+    EXPECT_EQ(place({500, 750, 20, 20}), QPoint(500, 440));
+    EXPECT_EQ(place({990, 10, 20, 20}), QPoint(800, 40));
+    EXPECT_EQ(place({-30, 100, 20, 20}), QPoint(0, 120));
+}
+
+TEST_F(SystemViewsTest, APlaceholderIsLegibleUnderEveryThemeAndWeakerThanTheText) {
+    const auto made = userInterface.makeTextField({.placeholder = "Paste your Deepgram API key"});
+    auto& field = dynamic_cast<QLineEdit&>(*made);
+    const auto placeholder = [&] {
+        return contrast(field.palette().color(QPalette::PlaceholderText),
+                        field.palette().color(QPalette::Base));
+    };
+    for (const QColor& window : {QColor(Qt::white), darkWindow, QColor(0xef, 0xef, 0xef)}) {
+        QPalette palette = themed(window);
+        // As of a desktop that forgets this one.
+        palette.setColor(QPalette::PlaceholderText, Qt::black);
+        QApplication::setPalette(palette);
+        EXPECT_TRUE(runUntil([&] { return placeholder() >= 4.5; })) << window.name().toStdString();
+        EXPECT_LT(placeholder(), 0.8 * contrast(field.palette().color(QPalette::Text),
+                                                field.palette().color(QPalette::Base)));
+    }
+}
+
+constexpr std::array<double, 5> usedSizes = {11, 12, 13, 22, 24};
+
+TEST_F(SystemViewsTest, TextHasTheSizeAndWeightAskedForInTheDesktopsOwnFont) {
+    const std::pair<platform::FontWeight, QFont::Weight> weights[] = {
+        {platform::FontWeight::regular, QFont::Normal},
+        {platform::FontWeight::medium, QFont::Medium},
+        {platform::FontWeight::semibold, QFont::DemiBold},
+        {platform::FontWeight::bold, QFont::Bold}};
+    for (const double size : usedSizes) {
+        for (const auto& [weight, expected] : weights) {
+            const QFont font = label({.text = "x", .font = {size, weight}})->font();
+            EXPECT_EQ(QFontInfo(font).pixelSize(), size);
+            EXPECT_EQ(font.weight(), expected);
+            EXPECT_EQ(font.family(), QApplication::font().family());
+        }
+    }
+}
+
+/// A screen on which the desktop wants twice the usual size, in one of the two ways in which a
+/// desktop can say so.
+struct FineScreen {
+    explicit FineScreen(int usualDotsPerInch) {
+        putFile(folder / "screen.json",
+                R"({"screens": [{"name": "fine", "x": 0, "y": 0, "width": 2560, "height": 1600, )"
+                R"("logicalDpi": 192, "dpr": 1, "logicalBaseDpi": )" +
+                    std::to_string(usualDotsPerInch) + "}]}");
+        setenv("QT_QPA_PLATFORM",
+               ("offscreen:configfile=" + (folder / "screen.json").string()).c_str(), 1);
+    }
+    ~FineScreen() { setenv("QT_QPA_PLATFORM", platform.c_str(), 1); }
+
+    const std::string platform = std::getenv("QT_QPA_PLATFORM");
+    SystemFolder folder;
+};
+
+/// By its own factor, which Qt applies, or by the size of text alone.
+class FineScreenTest : public testing::WithParamInterface<int>,
+                       private FineScreen,
+                       public SystemLinuxTest {
+  protected:
+    FineScreenTest() : FineScreen(GetParam()) {}
+
+    linuxdesktop::QtUserInterface userInterface{clock, log};
+};
+
+TEST_P(FineScreenTest, EverythingTakesTwiceThePixels) {
+    for (const double size : usedSizes) {
+        const auto made = userInterface.makeLabel(
+            {.text = "Microphone", .font = {size}, .layout = {.width = 160}});
+        const auto& text = dynamic_cast<QLabel&>(*made);
+        EXPECT_EQ(text.minimumWidth() * text.devicePixelRatioF(), 320);
+        EXPECT_EQ(text.maximumWidth() * text.devicePixelRatioF(), 320);
+        EXPECT_EQ(QFontInfo(text.font()).pixelSize() * text.devicePixelRatioF(), 2 * size);
+    }
+    const auto window = userInterface.makeWindow({.contentSize = {300, 200}, .styleMask = 15});
+    const QWidget& widget = dynamic_cast<linuxdesktop::QtWindow&>(*window).widget();
+    EXPECT_EQ(widget.size() * widget.devicePixelRatioF(), QSize(600, 400));
+}
+
+INSTANTIATE_TEST_SUITE_P(Desktops, FineScreenTest, testing::Values(96, 192));
 
 TEST_F(SystemViewsTest, AColourFollowsTheThemeWhileItIsShown) {
     QApplication::setPalette(themed(Qt::white));
@@ -266,6 +365,7 @@ TEST_F(SystemViewsTest, AScreenReaderHasANameForEveryControl) {
     EXPECT_EQ(nameOf(sample.field()), "Deepgram API key");
     EXPECT_TRUE(QAccessible::queryAccessibleInterface(sample.field())->state().passwordEdit);
     EXPECT_EQ(nameOf(sample.find<QPushButton>("Save")), "Save");
+    EXPECT_EQ(nameOf(sample.find<QPushButton>("Grant")), "Grant Accessibility");
     EXPECT_EQ(nameOf(sample.find<QCheckBox>("Launch at login")), "Launch at login");
     EXPECT_EQ(nameOf(sample.find<QLabel>("✗ Not set")), "✗ Not set");
 }

@@ -82,6 +82,14 @@ QColor qtColor(const platform::Color& color, const QPalette& palette) {
     return qtColor(std::get<platform::RgbColor>(color));
 }
 
+QPalette withLegibleDisabledText(QPalette base) {
+    for (const auto role : {QPalette::WindowText, QPalette::Text, QPalette::ButtonText}) {
+        base.setColor(QPalette::Disabled, role,
+                      withAlpha(base.color(QPalette::Active, role), tertiaryAlpha));
+    }
+    return base;
+}
+
 QPalette paletteOn(const QColor& background, const QPalette& base) {
     const QColor text = isDark(background) ? Qt::white : Qt::black;
     constexpr float buttonShare = 0.16F;

@@ -1,10 +1,13 @@
 #include "platform/linux/system/QtMenu.h"
 
 #include <QAction>
+#include <QApplication>
 #include <QKeySequence>
 #include <algorithm>
 #include <cstddef>
 #include <utility>
+
+#include "platform/linux/system/QtAppearance.h"
 
 namespace tarvik::linuxdesktop {
 
@@ -34,6 +37,8 @@ QString literalText(const std::string& title) {
 
 QtMenu::QtMenu() {
     QObject::connect(&menu_, &QMenu::aboutToShow, &menu_, [this] {
+        // Disabled entries are there to be read; the theme may be another one than last time.
+        menu_.setPalette(withLegibleDisabledText(QApplication::palette(&menu_)));
         // A copy: the handler may set another one.
         if (const std::function<void()> handler = needsUpdate_) {
             handler();

@@ -1,10 +1,10 @@
 #include "platform/linux/system/QtStatusItem.h"
 
-#include <QApplication>
+#include <QCoreApplication>
 #include <QCursor>
-#include <QEvent>
 #include <utility>
 
+#include "platform/linux/system/ScreenGeometry.h"
 #include "platform/linux/system/X11Server.h"
 
 namespace tarvik::linuxdesktop {
@@ -24,7 +24,6 @@ QtStatusItem::QtStatusItem(const platform::Clock& clock, platform::Log& log)
       trayHost_(std::make_unique<TrayHost>(clock, [this] { appear(); })),
       patienceEnd_([this] { reportMissingTray(); }) {
     patienceEnd_.set(clock.now() + patienceForTray);
-    qApp->installEventFilter(this);
 }
 
 QtStatusItem::~QtStatusItem() = default;
@@ -96,20 +95,19 @@ void QtStatusItem::update() {
     }
 }
 
-// A tray keeps the picture that it was given: one in the desktop's text colour is given anew.
-bool QtStatusItem::eventFilter(QObject* object, QEvent* event) {
-    if (event->type() == QEvent::ApplicationPaletteChange && object == qApp) {
-        update();
-    }
-    return false;
-}
-
 // A click of the main button opens the menu, as it does in a menu bar. Only X11 lets a menu appear
-// at the pointer without a window of its own.
+// without a window of its own. Some desktops let a menu cover panels; this one is to leave its icon
+// visible.
 void QtStatusItem::openMenu() {
-    if (menu_ && x11Connection() != nullptr) {
-        menu_->menu().popup(QCursor::pos());
+    if (!menu_ || x11Connection() == nullptr) {
+        return;
     }
+    QMenu& menu = menu_->menu();
+    menu.ensurePolished();
+    // A panel on the bus does not say where the icon is; it is what the user has just clicked.
+    const QRect icon = trayIcon_->geometry();
+    const QRect anchor = icon.isValid() ? icon : QRect(QCursor::pos(), QSize(1, 1));
+    menu.popup(menuPlace(anchor, menu.sizeHint(), screenAreaAt(anchor.center())));
 }
 
 }  // namespace tarvik::linuxdesktop

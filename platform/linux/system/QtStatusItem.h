@@ -40,7 +40,6 @@ class QtStatusItem final : public QObject,
     QString description() const;
 
   private:
-    bool eventFilter(QObject* object, QEvent* event) override;
     void appear();
     void reportMissingTray();
     void update();

@@ -49,6 +49,17 @@ std::optional<QRect> mainScreenArea() {
     return screen != nullptr ? std::optional(screen->availableGeometry()) : std::nullopt;
 }
 
+QRect screenAreaAt(QPoint place) {
+    const QScreen* screen = QGuiApplication::screenAt(place);
+    return screen != nullptr ? screen->availableGeometry() : mainScreenArea().value_or(QRect());
+}
+
+QPoint menuPlace(const QRect& anchor, QSize size, const QRect& area) {
+    const bool fitsBelow = anchor.bottom() + size.height() <= area.bottom();
+    const int top = fitsBelow ? anchor.bottom() + 1 : anchor.top() - size.height();
+    return within(area, {{anchor.left(), top}, size}).topLeft();
+}
+
 QRect within(const QRect& area, QRect frame) {
     const QPoint last =
         area.topLeft() + QPoint(area.width() - frame.width(), area.height() - frame.height());

@@ -18,6 +18,13 @@ QPoint topLeftOf(platform::Point origin, QSize size);
 /// The main screen without panels, in Qt's coordinates; nothing without a screen.
 std::optional<QRect> mainScreenArea();
 
+/// The screen that `place` is on, without panels; the main one where `place` is on none.
+QRect screenAreaAt(QPoint place);
+
+/// Where the upper left corner of a menu of `size` belongs that comes out of `anchor`: below it or,
+/// where `area` has no room there, above it, and with the whole menu in `area`.
+QPoint menuPlace(const QRect& anchor, QSize size, const QRect& area);
+
 /// `frame`, moved as little as it takes to lie in `area`.
 QRect within(const QRect& area, QRect frame);
 
