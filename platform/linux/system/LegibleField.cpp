@@ -1,6 +1,7 @@
 #include "platform/linux/system/LegibleField.h"
 
 #include <QEvent>
+#include <limits>
 
 namespace tarvik::linuxdesktop {
 
@@ -12,6 +13,7 @@ constexpr float placeholderAlpha = 0.6F;
 }  // namespace
 
 LegibleField::LegibleField(QWidget* parent) : QLineEdit(parent) {
+    setMaxLength(std::numeric_limits<int>::max());
     colorPlaceholder();
 }
 

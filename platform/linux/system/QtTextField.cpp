@@ -1,7 +1,5 @@
 #include "platform/linux/system/QtTextField.h"
 
-#include <limits>
-
 #include "platform/linux/system/QtAppearance.h"
 #include "platform/linux/system/ViewGeometry.h"
 
@@ -9,7 +7,6 @@ namespace tarvik::linuxdesktop {
 
 QtTextField::QtTextField(const platform::TextFieldDescription& description) {
     setFont(qtFont({}));
-    setMaxLength(std::numeric_limits<int>::max());
     setEchoMode(description.isSecure ? QLineEdit::Password : QLineEdit::Normal);
     setText(QString::fromStdString(description.text));
     setCursorPosition(0);
