@@ -67,6 +67,17 @@ TEST_F(SystemPicturesTest, AnUnknownPictureIsNothing) {
     EXPECT_EQ(userInterface.imageNamed(""), nullptr);
 }
 
+TEST_F(SystemPicturesTest, EveryIconThatCanStandForTheApplicationShowsSomething) {
+    for (const auto& icon :
+         {userInterface.imageNamed("AppIcon"), userInterface.applicationIconImage(),
+          userInterface.genericApplicationIcon()}) {
+        const QRect seen =
+            extent(shown(icon, platform::ImageScaling::proportionallyUpOrDown, {72, 72}));
+        EXPECT_GT(seen.height(), 50);
+        EXPECT_GT(seen.width(), 50);
+    }
+}
+
 TEST_F(SystemPicturesTest, AnIconFillsItsPlaceAndKeepsItsShape) {
     const auto upOrDown = platform::ImageScaling::proportionallyUpOrDown;
     for (const QSize size : {QSize(72, 72), QSize(300, 200)}) {

@@ -31,18 +31,6 @@ TEST_P(UserInterfaceConformance, TheTwoSymbolsAreKnown) {
     EXPECT_TRUE(world->userInterface().systemSymbol("mic.fill", "Tarvik Dictate"));
 }
 
-TEST_P(UserInterfaceConformance, TheStatusItemHasAButtonThatTakesEveryLook) {
-    const auto item = world->userInterface().makeStatusItem();
-    ASSERT_NE(item->button(), nullptr);
-    const auto image = world->userInterface().systemSymbol("mic.fill", "Tarvik Dictate");
-    image->setTemplate(false);
-    item->button()->setImage(image);
-    item->button()->setContentTintColor(platform::SystemColor::red);
-    item->button()->setTitle("●");
-    item->button()->setContentTintColor(std::nullopt);
-    item->setMenu(world->userInterface().makeMenu());
-}
-
 TEST_P(UserInterfaceConformance, TheMenuIsUpdatedRightBeforeItOpensAndNeverDoubled) {
     const auto menu = world->userInterface().makeMenu();
     int updates = 0;

@@ -22,6 +22,13 @@ namespace {
 
 // In points, where nothing else decides.
 constexpr QSize iconSize(128, 128);
+constexpr QSize wordmarkSize(160, 32);
+
+// Empty when there is nothing to show.
+std::shared_ptr<platform::Image> imageOf(const QIcon& picture, QSize naturalSize) {
+    return picture.availableSizes().isEmpty() ? nullptr
+                                              : std::make_shared<QtImage>(picture, naturalSize);
+}
 
 }  // namespace
 
@@ -48,21 +55,15 @@ std::shared_ptr<platform::Image> QtUserInterface::systemSymbol(
 }
 
 std::shared_ptr<platform::Image> QtUserInterface::imageNamed(const std::string& name) {
-    if (name == "AppIcon") {
-        return std::make_shared<QtImage>(picture(name), iconSize);
-    }
-    if (name == "TarvikWordmark") {
-        return std::make_shared<QtImage>(picture(name), QSize(160, 32));
-    }
-    return nullptr;
+    return imageOf(picture(name), name == "TarvikWordmark" ? wordmarkSize : iconSize);
 }
 
 std::shared_ptr<platform::Image> QtUserInterface::applicationIconImage() {
-    return std::make_shared<QtImage>(applicationIcon(), iconSize);
+    return imageOf(applicationIcon(), iconSize);
 }
 
 std::shared_ptr<platform::Image> QtUserInterface::genericApplicationIcon() {
-    return std::make_shared<QtImage>(linuxdesktop::genericApplicationIcon(), iconSize);
+    return imageOf(linuxdesktop::genericApplicationIcon(), iconSize);
 }
 
 platform::AlertAnswer QtUserInterface::runModal(const platform::Alert& alert) {
