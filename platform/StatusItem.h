@@ -33,6 +33,7 @@ class Menu {
   public:
     virtual ~Menu() = default;
 
+    /// Replaces all entries, from the top. Allowed while an entry's action runs.
     virtual void setItems(std::vector<MenuItem> items) = 0;
     /// `handler` is called each time right before the menu opens.
     virtual void setNeedsUpdateHandler(std::function<void()> handler) = 0;
@@ -58,6 +59,7 @@ class StatusButton {
     virtual void setImage(std::shared_ptr<Image> image) = 0;
     /// The colour the image is drawn in; none is the default.
     virtual void setContentTintColor(std::optional<SystemColor> color) = 0;
+    /// A short text for where there is no image.
     virtual void setTitle(const std::string& title) = 0;
 };
 
@@ -69,6 +71,7 @@ class StatusItem {
 
     /// Null when the desktop has no place for it.
     virtual StatusButton* button() = 0;
+    /// The menu that a click on the item opens, instead of any earlier one. The item holds it.
     virtual void setMenu(std::shared_ptr<Menu> menu) = 0;
 };
 

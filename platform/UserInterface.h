@@ -18,7 +18,9 @@ class UserInterface {
   public:
     virtual ~UserInterface() = default;
 
+    /// An item without a look and a menu; it appears as soon as the desktop has a place for it.
     virtual std::shared_ptr<StatusItem> makeStatusItem() = 0;
+    /// A menu without entries.
     virtual std::shared_ptr<Menu> makeMenu() = 0;
 
     /// Makes the standard editing shortcuts work in the application's own fields. `title` and

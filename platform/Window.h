@@ -79,10 +79,14 @@ class Window {
     /// In the middle of the main screen.
     virtual void center() = 0;
 
+    /// Shows the window where it was put; out of the task list or dock when the user had put it
+    /// away there. Whether it gets the keyboard is the desktop's decision.
     virtual void show() = 0;
-    /// In front of the windows of all applications, whichever is active.
+    /// In front of the windows of all applications, whichever is active; shows a hidden window.
     virtual void orderFrontRegardless() = 0;
+    /// Whether it is shown. Of a window that the user has put away either may be said.
     virtual bool isVisible() const = 0;
+    /// Hides a window that is shown, after willClose. Allowed while one of its controls calls.
     virtual void close() = 0;
 };
 

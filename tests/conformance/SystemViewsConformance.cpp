@@ -122,6 +122,10 @@ TEST_P(ViewsConformance, AWindowIsHiddenUntilItIsShown) {
     EXPECT_TRUE(made->isVisible());
     made->orderFrontRegardless();
     EXPECT_TRUE(made->isVisible());
+    made->close();
+    EXPECT_FALSE(made->isVisible());
+    made->orderFrontRegardless();
+    EXPECT_TRUE(made->isVisible());
 }
 
 TEST_P(ViewsConformance, EachClosingIsToldOnceAndTheWindowCanBeShownAgain) {

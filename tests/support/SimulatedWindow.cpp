@@ -61,6 +61,7 @@ void SimulatedWindow::show() {
 }
 
 void SimulatedWindow::orderFrontRegardless() {
+    isVisible_ = true;
     fronts.push_back(time_.now());
     journal_.add("orderFrontRegardless");
 }
