@@ -3,6 +3,7 @@ add_executable(x11-conformance
     X11EventManagerConformance.cpp
     X11HotKeyRecorder.cpp
     X11HotKeyTests.cpp
+    X11InputLoopTests.cpp
     X11InputSessionTests.cpp
     X11KeyboardEventsConformance.cpp
     X11KeyboardTests.cpp

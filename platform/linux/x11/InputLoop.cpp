@@ -7,11 +7,25 @@
 #include <algorithm>
 #include <array>
 #include <cstdint>
+#include <cstdlib>
 #include <utility>
 
 namespace tarvik::linuxdesktop {
 
-InputLoop::InputLoop() : wakeUp_(eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK)) {}
+namespace {
+
+int makeWakeUp() {
+    const int descriptor = eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK);
+    if (descriptor < 0) {
+        // Nobody could ask the loop for anything, and whoever waited for it would wait in vain.
+        std::abort();
+    }
+    return descriptor;
+}
+
+}  // namespace
+
+InputLoop::InputLoop() : wakeUp_(makeWakeUp()) {}
 
 InputLoop::~InputLoop() {
     close(wakeUp_);
@@ -35,7 +49,9 @@ void InputLoop::run(const std::function<int()>& drain) {
             return;
         }
         const int descriptor = drain();
-        sleep(descriptor);
+        if (!quits_) {
+            sleep(descriptor);
+        }
     }
 }
 

@@ -26,7 +26,7 @@ class InputLoop {
     /// watch, or -1.
     void run(const std::function<int()>& drain);
 
-    /// Ends `run` after the current task. Loop thread.
+    /// Ends `run` after the current task or `drain`. Loop thread.
     void quit() { quits_ = true; }
 
   private:
