@@ -64,22 +64,24 @@ const char* XcbConnection::useExtensions() {
     xkbFirstEvent_ = xkb->first_event;
     const auto xinputVersion = xcb_input_xi_query_version(connection_, 2, 2);
     const auto xkbUse = xcb_xkb_use_extension(connection_, 1, 0);
-    const auto resourceVersion = xcb_res_query_version(connection_, 1, 2);
     const XcbReply<xcb_input_xi_query_version_reply_t> version(
         xcb_input_xi_query_version_reply(connection_, xinputVersion, nullptr));
     const XcbReply<xcb_xkb_use_extension_reply_t> use(
         xcb_xkb_use_extension_reply(connection_, xkbUse, nullptr));
-    const XcbReply<xcb_res_query_version_reply_t> resources(
-        present(xcb_res_id) == nullptr
-            ? nullptr
-            : xcb_res_query_version_reply(connection_, resourceVersion, nullptr));
-    knowsProcesses_ = resources && (resources->server_major > 1 || resources->server_minor >= 2);
+    // A request of an extension that is missing would break the connection.
+    knowsProcesses_ = present(xcb_res_id) != nullptr && namesProcesses();
     // Older servers hide raw events from a client while another one has grabbed the keyboard.
     if (!version || version->major_version < 2 || version->minor_version < 1) {
         return "XInput 2.1";
     }
     keyboard_ = findKeyboard();
     return use && use->supported != 0 ? nullptr : "XKB";
+bool XcbConnection::namesProcesses() {
+    const XcbReply<xcb_res_query_version_reply_t> version(xcb_res_query_version_reply(
+        connection_, xcb_res_query_version(connection_, 1, 2), nullptr));
+    return version && (version->server_major > 1 || version->server_minor >= 2);
+}
+
 }
 
 std::uint16_t XcbConnection::findKeyboard() {

@@ -60,6 +60,7 @@ class XcbConnection {
   private:
     explicit XcbConnection(xcb_connection_t* connection) : connection_(connection) {}
     const char* useExtensions();
+    bool namesProcesses();
     std::uint16_t findKeyboard();
 
     xcb_connection_t* connection_;
