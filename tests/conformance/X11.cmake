@@ -13,6 +13,7 @@ add_executable(x11-conformance
     X11Process.cpp
     X11RealWorld.cpp
     X11Server.cpp
+    X11ServerTests.cpp
     X11SimulatedWorld.cpp
     X11Target.cpp
     X11TypingTests.cpp

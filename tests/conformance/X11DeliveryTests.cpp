@@ -8,6 +8,10 @@ namespace tarvik::conformance {
 namespace {
 
 using namespace std::chrono_literals;
+using Clock = std::chrono::steady_clock;
+
+constexpr std::string_view manyCharacters =
+    "ĀāĂăĄąĆćĈĉĊċČčĎďĐđĒēĔĕĖėĘęĚěĜĝĞğĠġĢģĤĥĦħĨĩĪīĬĭĮįİıĲĳĴĵĶķĸĹĺĻļĽľĿŀŁłŃńŅņŇňŉŊŋŌōŎŏŐőŒœ";
 
 class X11Delivery : public X11InputFixture, public testing::Test {};
 
@@ -80,6 +84,19 @@ TEST_F(X11Delivery, TypesNothingWhileAnotherProgramHasTheKeyboard) {
     locker.grabWholeKeyboard();
     type("secret", target.process());
     EXPECT_TRUE(mainQueue.runUntil(
+TEST_F(X11Delivery, EndsInTimeAndInOrderWhileAProgramReadsNothing) {
+    const X11Target target(X11Target::Kind::gtk3Text, mainQueue);
+    ASSERT_TRUE(comesToFront(target));
+    const int spare = user->keysWithoutSymbol();
+    target.hang();
+    type(manyCharacters, target.process());
+    const auto start = Clock::now();
+    input.reset();
+    EXPECT_LT(Clock::now() - start, 1500ms);
+    EXPECT_EQ(user->keysWithoutSymbol(), spare);
+    EXPECT_TRUE(log.hasLineWith("typed text not delivered: "));
+}
+
         [&] { return log.hasLineWith("another program has taken the keyboard (6 characters)"); }));
     EXPECT_EQ(locker.grabbedPresses(), 0);
     locker.releaseWholeKeyboard();

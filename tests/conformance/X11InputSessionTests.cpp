@@ -23,7 +23,7 @@ class X11InputSession : public testing::Test {
     X11Log log;
     X11User user;
     std::unique_ptr<linuxdesktop::XcbConnection> connection =
-        linuxdesktop::XcbConnection::open(log);
+        linuxdesktop::XcbConnection::open().value();
     linuxdesktop::InputLoop loop;
     std::atomic<platform::ProcessIdentifier> frontProcess = 0;
     std::string events;
@@ -65,6 +65,20 @@ TEST_F(X11InputSession, EndsAHoldWhosePressWasUnheardWhenTypingTookTheKeyboard) 
         EXPECT_EQ(events, "PR");
         session.hotKeys().remove(1);
     }
+}
+
+// Nothing is left to wait for after it.
+TEST_F(X11InputSession, TellsAtItsEndThatTypingIsOver) {
+    bool isOver = false;
+    const auto other = linuxdesktop::XcbConnection::open().value();
+    {
+        linuxdesktop::InputSession ending(
+            *other, loop, log, [](HotKeyNumber, std::uint32_t) {}, frontProcess);
+        ending.typist().type({std::nullopt, U"ж"});
+        ending.typist().whenIdle([&] { isOver = true; });
+        EXPECT_FALSE(isOver);
+    }
+    EXPECT_TRUE(isOver);
 }
 
 }  // namespace

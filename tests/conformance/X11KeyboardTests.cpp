@@ -22,9 +22,8 @@ class X11Keyboard : public testing::TestWithParam<std::vector<std::string>> {
   protected:
     X11MainQueue mainQueue;
     X11Server server{mainQueue};
-    X11Log log;
     X11User user;
-    std::unique_ptr<XcbConnection> connection = XcbConnection::open(log);
+    std::unique_ptr<XcbConnection> connection = XcbConnection::open().value();
     Keyboard keyboard{*connection};
 };
 

@@ -22,12 +22,12 @@ const std::set<char32_t> someCharacters{U'ą', U'日', U'😀'};
 
 /// One instance of the program, as far as the keyboard map sees it.
 struct Instance {
-    explicit Instance(platform::Log& log) : connection(XcbConnection::open(log)) {
+    Instance() {
         keyboard.restore();
         keyboard.reread();
     }
 
-    std::unique_ptr<XcbConnection> connection;
+    std::unique_ptr<XcbConnection> connection = XcbConnection::open().value();
     Keyboard keyboard{*connection};
 };
 
@@ -46,7 +46,7 @@ class X11LentKeys : public testing::Test {
         ASSERT_EQ(pipe2(pipe.data(), O_CLOEXEC), 0);
         const pid_t child = fork();
         if (child == 0) {
-            Instance instance(log);
+            Instance instance;
             instance.keyboard.lendKeys(someCharacters);
             instance.connection->synchronise();
             [[maybe_unused]] const auto written = write(pipe[1], "", 1);
@@ -74,7 +74,7 @@ TEST_F(X11LentKeys, AreGivenBackByTheNextInstanceAfterAKill) {
 TEST_F(X11LentKeys, AreGivenBackByALaterClientWhileAnotherHasTheNumberOfTheKilledOne) {
     lendAndGetKilled();
     const X11User heir;
-    Instance next(log);
+    Instance next;
     EXPECT_EQ(user.keysWithoutSymbol(), spare);
     EXPECT_EQ(next.keyboard.freeKeys(), static_cast<std::size_t>(spare));
 }
@@ -86,15 +86,15 @@ TEST_F(X11LentKeys, AreGivenBackAfterManyKillsUnderAnyLayout) {
         lendAndGetKilled();
     }
     EXPECT_EQ(user.keysWithoutSymbol(), spareHere - 3);
-    const Instance next(log);
+    const Instance next;
     EXPECT_EQ(user.keysWithoutSymbol(), spareHere);
 }
 
 TEST_F(X11LentKeys, AreLeftToAnInstanceThatLives) {
-    Instance first(log);
+    Instance first;
     first.keyboard.lendKeys(someCharacters);
     {
-        Instance second(log);
+        Instance second;
         for (const char32_t character : someCharacters) {
             EXPECT_FALSE(second.keyboard.keyFor(character, 0, {}));
         }
@@ -117,8 +117,8 @@ TEST_F(X11LentKeys, AreLeftToAnInstanceThatLives) {
 }
 
 TEST_F(X11LentKeys, AreNotTakenByTwoAtOnce) {
-    Instance first(log);
-    Instance second(log);
+    Instance first;
+    Instance second;
     first.keyboard.lendKeys({U'ą'});
     // The second has not heard of that yet.
     second.keyboard.lendKeys({U'ж'});
@@ -134,7 +134,7 @@ TEST_F(X11LentKeys, AreLeftAloneOnceAnotherProgramHasGivenThemAnotherSymbol) {
     lendAndGetKilled();
     X11InputFixture::setLayout({"de"});
     const int spareHere = user.keysWithoutSymbol();
-    const Instance next(log);
+    const Instance next;
     EXPECT_EQ(user.keysWithoutSymbol(), spareHere);
 }
 

@@ -1,14 +1,24 @@
 #include "tests/conformance/X11Server.h"
 
+#include <signal.h>
 #include <stdlib.h>
 
 #include <stdexcept>
 
 namespace tarvik::conformance {
 
-X11Server::X11Server(X11MainQueue& mainQueue)
-    : process_({"Xvfb", "-displayfd", "1", "-screen", "0", "640x480x24"}),
-      earlierDisplay_(getenv("DISPLAY")) {
+namespace {
+
+std::vector<std::string> commandWith(const std::vector<std::string>& options) {
+    std::vector<std::string> command{"Xvfb", "-displayfd", "1", "-screen", "0", "640x480x24"};
+    command.insert(command.end(), options.begin(), options.end());
+    return command;
+}
+
+}  // namespace
+
+X11Server::X11Server(X11MainQueue& mainQueue, const std::vector<std::string>& options)
+    : process_(commandWith(options)), earlierDisplay_(getenv("DISPLAY")) {
     std::string number;
     const bool isReady = mainQueue.runUntil([&] {
         process_.readOutput(number);
@@ -23,6 +33,14 @@ X11Server::X11Server(X11MainQueue& mainQueue)
 
 X11Server::~X11Server() {
     setenv("DISPLAY", earlierDisplay_.c_str(), 1);
+}
+
+void X11Server::hang() {
+    kill(process_.identifier(), SIGSTOP);
+}
+
+void X11Server::goOn() {
+    kill(process_.identifier(), SIGCONT);
 }
 
 }  // namespace tarvik::conformance

@@ -75,6 +75,14 @@ std::string X11Target::text() const {
     return {std::istreambuf_iterator<char>(file), {}};
 }
 
+void X11Target::hang() const {
+    kill(process_->identifier(), SIGSTOP);
+}
+
+void X11Target::goOn() const {
+    kill(process_->identifier(), SIGCONT);
+}
+
 bool X11Target::isRunning() const {
     return process_->identifier() != 0 && kill(process_->identifier(), 0) == 0;
 }

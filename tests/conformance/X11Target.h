@@ -24,6 +24,9 @@ class X11Target {
     platform::ProcessIdentifier process() const { return process_->identifier(); }
     /// The whole text in it, UTF-8.
     std::string text() const;
+    /// It reads nothing from here until it goes on.
+    void hang() const;
+    void goOn() const;
     /// Kills the program.
     void end() { process_->end(); }
     bool isRunning() const;

@@ -3,15 +3,13 @@
 #include <chrono>
 
 #include "platform/linux/x11/ManagerEcho.h"
-#include "tests/conformance/X11Log.h"
 
 namespace tarvik::conformance {
 
 using linuxdesktop::XcbReply;
 
 bool waitForWindowManager(X11MainQueue& mainQueue) {
-    X11Log log;
-    const auto connection = linuxdesktop::XcbConnection::open(log);
+    const auto connection = linuxdesktop::XcbConnection::open().value();
     linuxdesktop::ManagerEcho echo(*connection);
     const auto isAnswered = [&] {
         while (const XcbReply<xcb_generic_event_t> event{xcb_poll_for_event(connection->get())}) {

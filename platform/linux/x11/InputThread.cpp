@@ -15,6 +15,8 @@ namespace {
 using namespace std::chrono_literals;
 
 constexpr auto longestWait = 1s;
+// Leaves the time to put the keyboard back.
+constexpr auto longestTypingAtEnd = 800ms;
 
 }  // namespace
 
@@ -37,6 +39,7 @@ InputThread::InputThread(platform::Log& log, HotKeys::Listener listener)
 InputThread::~InputThread() {
     loop_.post([this] { finish(); });
     if (ended_.get_future().wait_for(longestWait) != std::future_status::ready) {
+        opening_.giveUp();
         if (XcbConnection* connection = breakable_) {
             connection->shutDown();
         }
@@ -45,12 +48,15 @@ InputThread::~InputThread() {
 }
 
 void InputThread::run(std::promise<void> connected) {
-    connection_ = XcbConnection::open(log_);
-    if (connection_) {
+    XcbOpening::Opened opened = opening_.open();
+    if (opened) {
+        connection_ = std::move(opened).value();
         breakable_ = connection_.get();
         session_ =
             std::make_unique<InputSession>(*connection_, loop_, log_, listener_, frontProcess_);
         isConnected_ = true;
+    } else {
+        log_.write("TarvikDictate: " + opened.error().localizedDescription);
     }
     connected.set_value();
     loop_.run([this] { return drain(); });
@@ -70,6 +76,7 @@ int InputThread::drain() {
 void InputThread::finish() {
     if (session_) {
         session_->typist().whenIdle([this] { loop_.quit(); });
+        endDeadline_.set(longestTypingAtEnd, [this] { loop_.quit(); });
     } else {
         loop_.quit();
     }
@@ -86,7 +93,8 @@ platform::OSStatus InputThread::addHotKey(HotKeyNumber number, std::uint32_t key
     if (isConnected_ && status.wait_for(longestWait) == std::future_status::ready) {
         return status.get();
     }
-    removeHotKey(number);
+    // The server may still carry it out, at a time when nobody knows of it any more.
+    loop_.post([this, number] { drop(number); });
     return platform::eventInternalErr;
 }
 
@@ -94,13 +102,17 @@ void InputThread::removeHotKey(HotKeyNumber number) {
     const auto answer = std::make_shared<std::promise<void>>();
     const std::future<void> isDone = answer->get_future();
     loop_.post([this, answer, number] {
-        if (session_) {
-            session_->hotKeys().remove(number);
-        }
+        drop(number);
         answer->set_value();
     });
     if (isConnected_) {
         isDone.wait_for(longestWait);
+    }
+}
+
+void InputThread::drop(HotKeyNumber number) {
+    if (session_) {
+        session_->hotKeys().remove(number);
     }
 }
 

@@ -14,6 +14,7 @@
 #include "platform/linux/x11/InputLoop.h"
 #include "platform/linux/x11/Typist.h"
 #include "platform/linux/x11/XcbConnection.h"
+#include "platform/linux/x11/XcbOpening.h"
 
 namespace tarvik::linuxdesktop {
 
@@ -22,10 +23,11 @@ class InputSession;
 /// The thread that talks with the X server. Main thread only, unless a line says otherwise.
 class InputThread {
   public:
-    /// Waits for the connection, 1 s at the most. `listener` is called on the input thread.
+    /// Waits for the connection, 1 s at the most. A server that answers later is used from then on.
+    /// `listener` is called on the input thread.
     InputThread(platform::Log& log, HotKeys::Listener listener);
-    /// Types what is left, puts the keyboard back and ends the thread; a server that needs longer
-    /// than 1 s is left.
+    /// Types what is left, as far as it can be within 0.8 s, puts the keyboard back and ends the
+    /// thread; a server that needs longer than 1 s is left.
     ~InputThread();
     InputThread(const InputThread&) = delete;
     InputThread& operator=(const InputThread&) = delete;
@@ -48,10 +50,13 @@ class InputThread {
     void run(std::promise<void> connected);
     int drain();
     void finish();
+    void drop(HotKeyNumber number);
 
     platform::Log& log_;
     HotKeys::Listener listener_;
     InputLoop loop_;
+    InputDeadline endDeadline_{loop_};
+    XcbOpening opening_;
     std::atomic<bool> isConnected_ = false;
     std::atomic<platform::ProcessIdentifier> frontProcess_ = 0;
     // What the main thread breaks when the input thread waits for a server that does not answer. It

@@ -51,6 +51,9 @@ Typist::~Typist() {
     // A socket that is closed with unread events in it may take unread requests along.
     connection_.synchronise();
 }
+    if (const auto action = std::exchange(whenIdle_, nullptr)) {
+        action();
+    }
 
 void Typist::type(TypedText text) {
     if (text.characters.empty()) {

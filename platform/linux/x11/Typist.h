@@ -41,7 +41,7 @@ class Typist {
 
     void type(TypedText text);
     /// Calls `action` as soon as everything has been typed and its readers have looked the keys up,
-    /// or have had the time to; at once if they have.
+    /// or have had the time to; at once if they have, and at the latest when the typist ends.
     void whenIdle(std::function<void()> action);
 
     /// Hears that something has changed that typing may be waiting for.

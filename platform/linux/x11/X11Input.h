@@ -23,11 +23,13 @@ class X11Input {
   public:
     /// Connects to the server that DISPLAY names, for which it waits 1 s at the most. Never empty:
     /// without a usable server there is an object whose event manager answers eventInternalErr,
-    /// whose keyboard refuses, and the log says why. The references outlive the object.
+    /// whose keyboard refuses, and the log says why. A server that answers only later is used from
+    /// then on; hotkeys are to be registered anew. The references outlive the object.
     static std::unique_ptr<X11Input> open(platform::MainQueue& mainQueue, platform::Log& log);
 
     /// Ends the thread, puts the keyboard map back and drops the hotkeys; text that was posted
-    /// before is typed first. No handler is called any more. Takes 1 s at the most.
+    /// before is typed first, as far as its readers take it within 0.8 s. No handler is called any
+    /// more. Takes 1 s at the most.
     ~X11Input();
     X11Input(const X11Input&) = delete;
     X11Input& operator=(const X11Input&) = delete;

@@ -25,19 +25,17 @@ xcb_window_t rootOfScreen(xcb_connection_t* connection, int number) {
 
 }  // namespace
 
-std::unique_ptr<XcbConnection> XcbConnection::open(platform::Log& log) {
+Result<std::unique_ptr<XcbConnection>> XcbConnection::open() {
     int screen = 0;
     std::unique_ptr<XcbConnection> connection(new XcbConnection(xcb_connect(nullptr, &screen)));
     if (connection->isBroken()) {
         const char* display = std::getenv("DISPLAY");
-        log.write("TarvikDictate: no X server" +
-                  (display == nullptr ? std::string() : std::string(" at ") + display));
-        return nullptr;
+        return Error{0, "no X server" +
+                            (display == nullptr ? std::string() : std::string(" at ") + display)};
     }
     connection->root_ = rootOfScreen(connection->get(), screen);
     if (const char* missing = connection->useExtensions()) {
-        log.write(std::string("TarvikDictate: the X server lacks ") + missing);
-        return nullptr;
+        return Error{0, std::string("the X server lacks ") + missing};
     }
     return connection;
 }
@@ -76,12 +74,12 @@ const char* XcbConnection::useExtensions() {
     }
     keyboard_ = findKeyboard();
     return use && use->supported != 0 ? nullptr : "XKB";
+}
+
 bool XcbConnection::namesProcesses() {
     const XcbReply<xcb_res_query_version_reply_t> version(xcb_res_query_version_reply(
         connection_, xcb_res_query_version(connection_, 1, 2), nullptr));
     return version && (version->server_major > 1 || version->server_minor >= 2);
-}
-
 }
 
 std::uint16_t XcbConnection::findKeyboard() {

@@ -7,18 +7,18 @@
 #include <string_view>
 #include <vector>
 
-#include "platform/Log.h"
+#include "base/Result.h"
 #include "platform/linux/x11/XcbReply.h"
 
 namespace tarvik::linuxdesktop {
 
-/// A connection to the X server, with the extensions that hotkeys and typing need. The thread that
-/// opened it only, unless a line says otherwise.
+/// A connection to the X server, with the extensions that hotkeys and typing need. One thread
+/// at a time, unless a line says otherwise.
 class XcbConnection {
   public:
-    /// Connects to the server that DISPLAY names. Empty when there is none or it lacks XInput 2.1,
-    /// XTEST or XKB; the log says which.
-    static std::unique_ptr<XcbConnection> open(platform::Log& log);
+    /// Connects to the server that DISPLAY names. An error when there is none or it lacks XInput
+    /// 2.1, XTEST or XKB. Waits for the server without end; any thread.
+    static Result<std::unique_ptr<XcbConnection>> open();
 
     ~XcbConnection();
     XcbConnection(const XcbConnection&) = delete;
