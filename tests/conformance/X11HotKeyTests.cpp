@@ -1,3 +1,7 @@
+#include <xkbcommon/xkbcommon-keysyms.h>
+
+#include <algorithm>
+
 #include "tests/conformance/X11InputFixture.h"
 
 namespace tarvik::conformance {
@@ -226,6 +230,30 @@ TEST_P(X11HotKeys, RefuseWhatTheyCannotGrab) {
               platform::eventHotKeyInvalidErr);
     ASSERT_EQ(recorder.add(hold, 1), noErr);
     EXPECT_EQ(recorder.add(hold, 3), platform::eventHotKeyExistsErr);
+TEST_P(X11HotKeys, LeaveNothingGrabbedWhenTheirKeyMovesToWhereOneVariantIsTaken) {
+    addBoth();
+    X11User other;
+    ASSERT_TRUE(other.grabHotKey(X11User::pauseKey, XCB_MOD_MASK_1 | XCB_MOD_MASK_LOCK));
+    user->setSymbol(X11User::pauseKey, XKB_KEY_space);
+    user->setSymbol(X11User::spaceKey, XKB_KEY_Pause);
+    EXPECT_TRUE(mainQueue.runUntil([&] {
+        return log.hasLineWith("TarvikDictate: a hotkey is lost: another program has taken it");
+    }));
+    // The last of the tries to get it back.
+    mainQueue.runFor(650ms);
+    EXPECT_EQ(std::ranges::count_if(log.lines(),
+                                    [](const std::string& line) {
+                                        return line.find("a hotkey is lost") != std::string::npos;
+                                    }),
+              1);
+    EXPECT_TRUE(other.grabHotKey(X11User::pauseKey, XCB_MOD_MASK_1));
+    EXPECT_TRUE(other.grabHotKey(X11User::pauseKey, XCB_MOD_MASK_1 | XCB_MOD_MASK_2));
+    user->press(X11User::shiftKey);
+    user->press(X11User::altKey);
+    user->tap(X11User::pauseKey);
+    EXPECT_TRUE(becomes(recorder, "P2R2"));
+}
+
 }
 
 INSTANTIATE_TEST_SUITE_P(, X11HotKeys,

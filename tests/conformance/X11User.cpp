@@ -200,3 +200,8 @@ void X11User::writeMapBack() {
 }
 
 }  // namespace tarvik::conformance
+void X11User::setSymbol(std::uint8_t key, std::uint32_t symbol) {
+    xcb_change_keyboard_mapping(connection_, 1, key, 1, &symbol);
+    isDown(key);
+}
+

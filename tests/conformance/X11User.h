@@ -18,6 +18,8 @@ class X11User {
     static constexpr std::uint8_t altKey = 64;
     static constexpr std::uint8_t shiftKey = 50;
     static constexpr std::uint8_t spaceKey = 65;
+    static constexpr std::uint8_t pauseKey = 127;
+    static constexpr std::uint8_t qKey = 24;
 
     explicit X11User(Device device = Device::hardware);
     /// Lets go of every key and of the lock keys, and closes a menu.
@@ -53,6 +55,8 @@ class X11User {
     void writeMapBack();
 
   private:
+    /// Changes what a key yields.
+    void setSymbol(std::uint8_t key, std::uint32_t symbol);
     void key(bool down, std::uint8_t code);
     void changeHierarchy(std::uint16_t change, std::uint16_t master);
     linuxdesktop::XcbReply<xcb_get_keyboard_mapping_reply_t> map();

@@ -183,7 +183,10 @@ void HotKeys::renew() {
             hotKey.grab->drop(connection_);
         }
         const bool isGrabbed = wanted && wanted->make(connection_);
-        if (hotKey.grab && !isGrabbed) {
+        if (wanted && !isGrabbed) {
+            wanted->drop(connection_);
+        }
+        if (hotKey.grab && !isGrabbed && !connection_.isBroken()) {
             log_.write("TarvikDictate: a hotkey is lost: " +
                        std::string(wanted ? "another program has taken it"
                                           : "the keyboard has no such key"));
