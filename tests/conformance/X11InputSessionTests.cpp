@@ -1,8 +1,13 @@
+#include <dlfcn.h>
 #include <gtest/gtest.h>
+#include <poll.h>
 
 #include <atomic>
+#include <chrono>
+#include <functional>
 #include <memory>
 #include <string>
+#include <utility>
 
 #include "platform/linux/x11/InputSession.h"
 #include "tests/conformance/X11Log.h"
@@ -14,6 +19,9 @@ namespace tarvik::conformance {
 namespace {
 
 using linuxdesktop::HotKeyNumber;
+
+// What happens right before the library sends what is ready.
+std::function<void()> beforeFlush;
 
 // The session without its thread, so that a test says when it hears of what has happened.
 class X11InputSession : public testing::Test {
@@ -27,12 +35,17 @@ class X11InputSession : public testing::Test {
     linuxdesktop::InputLoop loop;
     std::atomic<platform::ProcessIdentifier> frontProcess = 0;
     std::string events;
-    linuxdesktop::InputSession session{*connection, loop, log,
-                                       [this](HotKeyNumber, std::uint32_t kind) {
-                                           events +=
-                                               kind == platform::eventHotKeyPressed ? "P" : "R";
-                                       },
-                                       frontProcess};
+    // Called at the next event.
+    std::function<void()> onEvent;
+    linuxdesktop::InputSession session{
+        *connection, loop, log,
+        [this](HotKeyNumber, std::uint32_t kind) {
+            events += kind == platform::eventHotKeyPressed ? "P" : "R";
+            if (const auto action = std::exchange(onEvent, nullptr)) {
+                action();
+            }
+        },
+        frontProcess};
 
     // Everything that the server has sent by now has arrived after the answer.
     void hear() {
@@ -67,6 +80,28 @@ TEST_F(X11InputSession, EndsAHoldWhosePressWasUnheardWhenTypingTookTheKeyboard) 
     }
 }
 
+// While the library sends, it also takes in what has come, and the descriptor tells nothing of it.
+TEST_F(X11InputSession, HandlesWhatComesWhileItSends) {
+    ASSERT_EQ(session.hotKeys().add(1, platform::spaceKeyCode, platform::optionKeyMask),
+              platform::noErr);
+    hear();
+    onEvent = [this] {
+        beforeFlush = [this] {
+            user.release(X11User::spaceKey);
+            EXPECT_FALSE(user.isDown(X11User::spaceKey));
+        };
+    };
+    user.press(X11User::altKey);
+    user.press(X11User::spaceKey);
+    EXPECT_TRUE(user.isDown(X11User::spaceKey));
+    hear();
+    pollfd socket{connection->descriptor(), POLLIN, 0};
+    while (poll(&socket, 1, 0) > 0) {
+        session.drain();
+    }
+    EXPECT_EQ(events, "PR");
+}
+
 // Nothing is left to wait for after it.
 TEST_F(X11InputSession, TellsAtItsEndThatTypingIsOver) {
     bool isOver = false;
@@ -81,6 +116,27 @@ TEST_F(X11InputSession, TellsAtItsEndThatTypingIsOver) {
     EXPECT_TRUE(isOver);
 }
 
+TEST_F(X11InputSession, DoesNotBlameAnotherProgramForTheEndOfTheServer) {
+    using namespace std::chrono_literals;
+    ASSERT_EQ(session.hotKeys().add(1, platform::spaceKeyCode, platform::optionKeyMask),
+              platform::noErr);
+    connection->shutDown();
+    linuxdesktop::InputDeadline end(loop);
+    end.set(100ms, [this] { loop.quit(); });
+    loop.run([] { return -1; });
+    EXPECT_FALSE(log.hasLineWith("a hotkey is lost"));
+}
+
 }  // namespace
 
 }  // namespace tarvik::conformance
+
+// In the place of the library's own, which it calls.
+int xcb_flush(xcb_connection_t* connection) {
+    if (auto& action = tarvik::conformance::beforeFlush) {
+        std::exchange(action, nullptr)();
+    }
+    static const auto original =
+        reinterpret_cast<decltype(&xcb_flush)>(dlsym(RTLD_NEXT, "xcb_flush"));
+    return original(connection);
+}

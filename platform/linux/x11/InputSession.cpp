@@ -49,11 +49,17 @@ InputSession::InputSession(XcbConnection& connection, InputLoop& loop, platform:
     front_.refresh();
 }
 
+// While the library sends it also takes in what has come, and the descriptor tells nothing of that.
+// So the last thing before a sleep is a look at the events with nothing left to send.
 bool InputSession::drain() {
-    while (const XcbReply<xcb_generic_event_t> event{xcb_poll_for_event(connection_.get())}) {
-        handle(*event);
+    bool hasHandled = true;
+    while (std::exchange(hasHandled, false)) {
+        xcb_flush(connection_.get());
+        while (const XcbReply<xcb_generic_event_t> event{xcb_poll_for_event(connection_.get())}) {
+            handle(*event);
+            hasHandled = true;
+        }
     }
-    xcb_flush(connection_.get());
     return !connection_.isBroken();
 }
 
