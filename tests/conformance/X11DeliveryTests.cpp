@@ -29,10 +29,38 @@ TEST_F(X11Delivery, SurvivesLayoutsThatChangeInTheMiddle) {
 
 TEST_F(X11Delivery, WritesMoreDifferentCharactersThanThereAreSpareKeys) {
     const X11Target target(X11Target::Kind::gtk3Text, mainQueue);
-    const std::string text =
-        "ĀāĂăĄąĆćĈĉĊċČčĎďĐđĒēĔĕĖėĘęĚěĜĝĞğĠġĢģĤĥĦħĨĩĪīĬĭĮįİıĲĳĴĵĶķĸĹĺĻļĽľĿŀŁłŃńŅņŇňŉŊŋŌōŎŏŐőŒœ";
-    type(text, target.process());
-    EXPECT_TRUE(becomes(target, text));
+    type(manyCharacters, target.process());
+    EXPECT_TRUE(becomes(target, manyCharacters));
+}
+
+// The keys of the first text may be lent again only after they were read, whatever came between.
+TEST_F(X11Delivery, GoesOnAfterATextWasLeftBetweenTwoBursts) {
+    const X11Target target(X11Target::Kind::gtk3Text, mainQueue);
+    const std::string burst = std::string(39, 'a') + "q";
+    X11User menu;
+    menu.haltKeyboardAt(X11User::qKey);
+    type(burst + "lost", target.process());
+    EXPECT_TRUE(mainQueue.runUntil(
+        [&] { return log.hasLineWith("another program has taken the keyboard (4 characters)"); }));
+    menu.letKeyboardGoOn(X11User::qKey);
+    EXPECT_TRUE(becomes(target, burst));
+    type(manyCharacters, target.process());
+    EXPECT_TRUE(becomes(target, burst + std::string(manyCharacters)));
+}
+
+TEST_F(X11Delivery, LetsASlowProgramReadBeforeItsKeysAreLentForAnother) {
+    const X11Target fast(X11Target::Kind::gtk3Text, mainQueue);
+    const X11Target slow(X11Target::Kind::gtk3Text, mainQueue);
+    ASSERT_TRUE(comesToFront(slow));
+    slow.hang();
+    type("ĀāĂăĄąĆć", slow.process());
+    type("ĎďĐđĒēĔĕ", fast.process());
+    mainQueue.runFor(500ms);
+    type("ĜĝĞğĠġĢģĤĥĦħĨĩĪī", fast.process());
+    mainQueue.runFor(500ms);
+    slow.goOn();
+    EXPECT_TRUE(becomes(slow, "ĀāĂăĄąĆć"));
+    EXPECT_TRUE(becomes(fast, "ĎďĐđĒēĔĕĜĝĞğĠġĢģĤĥĦħĨĩĪī"));
 }
 
 TEST_F(X11Delivery, PutsTheKeyboardMapBack) {
@@ -54,6 +82,19 @@ TEST_F(X11Delivery, TypesWhatWasPostedBeforeTheEnd) {
     type("Last words: ż", target.process());
     input.reset();
     EXPECT_TRUE(becomes(target, "Last words: ż"));
+}
+
+TEST_F(X11Delivery, EndsInTimeAndInOrderWhileAProgramReadsNothing) {
+    const X11Target target(X11Target::Kind::gtk3Text, mainQueue);
+    ASSERT_TRUE(comesToFront(target));
+    const int spare = user->keysWithoutSymbol();
+    target.hang();
+    type(manyCharacters, target.process());
+    const auto start = Clock::now();
+    input.reset();
+    EXPECT_LT(Clock::now() - start, 1500ms);
+    EXPECT_EQ(user->keysWithoutSymbol(), spare);
+    EXPECT_TRUE(log.hasLineWith("typed text not delivered: "));
 }
 
 TEST_F(X11Delivery, TypesNothingForAnEndedProcessAndSaysSo) {
@@ -84,19 +125,6 @@ TEST_F(X11Delivery, TypesNothingWhileAnotherProgramHasTheKeyboard) {
     locker.grabWholeKeyboard();
     type("secret", target.process());
     EXPECT_TRUE(mainQueue.runUntil(
-TEST_F(X11Delivery, EndsInTimeAndInOrderWhileAProgramReadsNothing) {
-    const X11Target target(X11Target::Kind::gtk3Text, mainQueue);
-    ASSERT_TRUE(comesToFront(target));
-    const int spare = user->keysWithoutSymbol();
-    target.hang();
-    type(manyCharacters, target.process());
-    const auto start = Clock::now();
-    input.reset();
-    EXPECT_LT(Clock::now() - start, 1500ms);
-    EXPECT_EQ(user->keysWithoutSymbol(), spare);
-    EXPECT_TRUE(log.hasLineWith("typed text not delivered: "));
-}
-
         [&] { return log.hasLineWith("another program has taken the keyboard (6 characters)"); }));
     EXPECT_EQ(locker.grabbedPresses(), 0);
     locker.releaseWholeKeyboard();
@@ -130,6 +158,22 @@ TEST_F(X11Delivery, MakesOneSpaceOfALineBreakAndDropsOtherControls) {
     type("a\nb\r\nc\td\x1B\x08", target.process());
     type("|", target.process());
     EXPECT_TRUE(becomes(target, "a b c d|"));
+}
+
+// What the user types meanwhile would go to the wrong window.
+TEST_F(X11Delivery, GivesTheFocusBackSoonAlthoughTheProgramReadsNothing) {
+    const X11Target target(X11Target::Kind::gtk3Text, mainQueue);
+    const X11Target front(X11Target::Kind::gtk3Text, mainQueue);
+    ASSERT_TRUE(comesToFront(front));
+    target.hang();
+    type("x", target.process());
+    ASSERT_TRUE(comesToFront(target));
+    const auto start = Clock::now();
+    EXPECT_TRUE(comesToFront(front));
+    EXPECT_LT(Clock::now() - start, 700ms);
+    target.goOn();
+    EXPECT_TRUE(becomes(target, "x"));
+    EXPECT_TRUE(becomes(front, ""));
 }
 
 TEST_F(X11Delivery, FollowsTheFrontWindow) {

@@ -153,6 +153,17 @@ int X11User::grabbedPresses() {
     return grabbedPresses_;
 }
 
+void X11User::haltKeyboardAt(std::uint8_t key) {
+    xcb_grab_key(connection_, 0, root_, 0, key, XCB_GRAB_MODE_ASYNC, XCB_GRAB_MODE_SYNC);
+    isDown(key);
+}
+
+void X11User::letKeyboardGoOn(std::uint8_t key) {
+    xcb_ungrab_key(connection_, key, root_, 0);
+    xcb_allow_events(connection_, XCB_ALLOW_REPLAY_KEYBOARD, XCB_CURRENT_TIME);
+    isDown(key);
+}
+
 void X11User::grabWholeKeyboard() {
     const XcbReply<xcb_grab_keyboard_reply_t> reply(
         xcb_grab_keyboard_reply(connection_,
@@ -190,6 +201,11 @@ int X11User::keysWithoutSymbol() {
     return empty;
 }
 
+void X11User::setSymbol(std::uint8_t key, std::uint32_t symbol) {
+    xcb_change_keyboard_mapping(connection_, 1, key, 1, &symbol);
+    isDown(key);
+}
+
 void X11User::writeMapBack() {
     const auto reply = map();
     const auto count = static_cast<std::uint8_t>(reply->length / reply->keysyms_per_keycode);
@@ -200,8 +216,3 @@ void X11User::writeMapBack() {
 }
 
 }  // namespace tarvik::conformance
-void X11User::setSymbol(std::uint8_t key, std::uint32_t symbol) {
-    xcb_change_keyboard_mapping(connection_, 1, key, 1, &symbol);
-    isDown(key);
-}
-

@@ -46,17 +46,21 @@ class X11User {
     void grabAsManager(std::uint8_t key, std::uint16_t modifiers);
     /// How many key presses have come to this program by its grabs.
     int grabbedPresses();
+    /// From the next press of `key` on the keyboard is this program's and stands still, until it
+    /// goes on as if nothing had been.
+    void haltKeyboardAt(std::uint8_t key);
+    void letKeyboardGoOn(std::uint8_t key);
     void grabWholeKeyboard();
     void releaseWholeKeyboard();
 
     /// How many keys have no symbol.
     int keysWithoutSymbol();
+    /// Changes what a key yields.
+    void setSymbol(std::uint8_t key, std::uint32_t symbol);
     /// Writes the keyboard map as it is, as programs do that speak only the core protocol.
     void writeMapBack();
 
   private:
-    /// Changes what a key yields.
-    void setSymbol(std::uint8_t key, std::uint32_t symbol);
     void key(bool down, std::uint8_t code);
     void changeHierarchy(std::uint16_t change, std::uint16_t master);
     linuxdesktop::XcbReply<xcb_get_keyboard_mapping_reply_t> map();

@@ -13,7 +13,8 @@ namespace {
 
 using namespace std::chrono_literals;
 
-// How long a program may take to come to the front, or another one to let go of the keyboard.
+// How long a program may take to come to the front or to read what was typed there, or another one
+// to let go of the keyboard.
 constexpr auto patience = 300ms;
 // A program needs this long to look at a changed keyboard map if it cannot tell that it has.
 constexpr auto settling = 20ms;
@@ -50,10 +51,10 @@ Typist::~Typist() {
     keyboard_.restore();
     // A socket that is closed with unread events in it may take unread requests along.
     connection_.synchronise();
-}
     if (const auto action = std::exchange(whenIdle_, nullptr)) {
         action();
     }
+}
 
 void Typist::type(TypedText text) {
     if (text.characters.empty()) {
@@ -151,7 +152,14 @@ void Typist::bringToFront(xcb_window_t window) {
 // As many characters as there are keys for. A key that was lent for another character is taken only
 // after its reader has looked it up: programs look keys up in the map of that moment.
 void Typist::planRound() {
-    target_ = front_.window();
+    const xcb_window_t front = front_.window();
+    if (front != target_ && !isConsumed_ && keyboard_.lendsKeys()) {
+        // The answer of this window would say nothing of what the one before has read.
+        wait(
+            longestConsumption, [this] { return isConsumed_; }, [this](bool) { planRound(); });
+        return;
+    }
+    target_ = front;
     keyboard_.refresh();
     const KeyboardState state = KeyboardState::read(connection_);
     const std::u32string& characters = texts_.front().characters;
@@ -192,7 +200,9 @@ void Typist::planRound() {
     }
 }
 
-// A program may look at a changed map late, and would then read the keys with the old one.
+// A program may look at a changed map late, and would then read the keys with the old one. One that
+// does not answer in time gets them all the same, and perhaps wrong: a program that hangs must not
+// hold up every other text.
 void Typist::waitUntilRead() {
     if (ping_.ask(target_)) {
         wait(
@@ -211,8 +221,8 @@ void Typist::typeRound() {
                             text.process)) {
             case KeyBurst::Outcome::done:
                 position_ += length;
-                isConsumed_ = false;
                 failures_ = 0;
+                awaitConsumption();
                 break;
             case KeyBurst::Outcome::notInFront:
                 tryAgain(0ms, "its process does not stay in front", [this] { reachTarget(); });
@@ -230,13 +240,12 @@ void Typist::typeRound() {
 }
 
 void Typist::endRound() {
-    const bool tells = ping_.ask(target_);
-    consumedDeadline_.set(tells ? longestConsumption : consumption, [this] { setConsumed(); });
     if (position_ < texts_.front().characters.size()) {
         planRound();
     } else if (broughtToFront_ != XCB_NONE) {
+        // What the user types meanwhile goes to the wrong window.
         wait(
-            longestConsumption, [this] { return isConsumed_; }, [this](bool) { giveFocusBack(); });
+            patience, [this] { return isConsumed_; }, [this](bool) { giveFocusBack(); });
     } else {
         endText();
     }
@@ -310,6 +319,13 @@ void Typist::noticeMessage(const xcb_client_message_event_t& message) {
     if (ping_.noticeMessage(message)) {
         setConsumed();
     }
+}
+
+// After every burst: whatever comes next, a round may end here.
+void Typist::awaitConsumption() {
+    isConsumed_ = false;
+    const bool tells = ping_.ask(target_);
+    consumedDeadline_.set(tells ? longestConsumption : consumption, [this] { setConsumed(); });
 }
 
 void Typist::setConsumed() {

@@ -74,6 +74,7 @@ class Typist {
     void wait(std::chrono::milliseconds timeout, std::function<bool()> condition,
               std::function<void(bool)> next);
     void endWaiting(bool holds);
+    void awaitConsumption();
     void setConsumed();
     void listen();
 
