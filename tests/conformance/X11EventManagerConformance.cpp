@@ -45,15 +45,6 @@ TEST_P(EventManagerConformance, ReportsEveryPressOfManyInOrder) {
     EXPECT_TRUE(becomes(expected)) << recorder.events;
 }
 
-TEST_P(EventManagerConformance, ReportsAKeyThatIsHeldOnce) {
-    ASSERT_EQ(recorder.add(hold, 1), noErr);
-    world->press(hold);
-    world->repeat(hold);
-    world->release(hold);
-    EXPECT_TRUE(world->runUntil([&] { return recorder.events.ends_with("R1"); }));
-    EXPECT_EQ(recorder.events, "P1R1");
-}
-
 TEST_P(EventManagerConformance, RefusesACombinationThatAnotherProgramHas) {
     world->take(hold);
     EXPECT_EQ(recorder.add(hold, 1), eventHotKeyExistsErr);

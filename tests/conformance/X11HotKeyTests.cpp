@@ -58,6 +58,16 @@ TEST_P(X11HotKeys, EndOnceWhicheverKeyOfThreeGoesUpFirst) {
     EXPECT_TRUE(becomes(recorder, expected));
 }
 
+TEST_P(X11HotKeys, ReportAKeyThatIsHeldOnce) {
+    addBoth();
+    pressHold();
+    // The server repeats a key after 660 ms.
+    mainQueue.runFor(1000ms);
+    EXPECT_EQ(recorder.events, "P1");
+    releaseHold();
+    EXPECT_TRUE(becomes(recorder, "P1R1"));
+}
+
 TEST_P(X11HotKeys, TypeNoSpaceWhenAltGoesUpFirst) {
     addBoth();
     const X11Target target(X11Target::Kind::gtk3Entry, mainQueue);
@@ -220,16 +230,6 @@ TEST_P(X11HotKeys, LeaveNothingGrabbedWhenOneVariantIsTaken) {
     EXPECT_TRUE(other.grabHotKey(X11User::spaceKey, XCB_MOD_MASK_1 | XCB_MOD_MASK_2));
 }
 
-TEST_P(X11HotKeys, RefuseWhatTheyCannotGrab) {
-    platform::EventHotKeyRef hotKey = nullptr;
-    auto& manager = input->eventManager();
-    auto* target = manager.applicationEventTarget();
-    EXPECT_EQ(manager.registerEventHotKey(50, hold, {}, target, 0, &hotKey),
-              platform::eventHotKeyInvalidErr);
-    EXPECT_EQ(manager.registerEventHotKey(platform::spaceKeyCode, 0x0100, {}, target, 0, &hotKey),
-              platform::eventHotKeyInvalidErr);
-    ASSERT_EQ(recorder.add(hold, 1), noErr);
-    EXPECT_EQ(recorder.add(hold, 3), platform::eventHotKeyExistsErr);
 TEST_P(X11HotKeys, LeaveNothingGrabbedWhenTheirKeyMovesToWhereOneVariantIsTaken) {
     addBoth();
     X11User other;
@@ -254,6 +254,16 @@ TEST_P(X11HotKeys, LeaveNothingGrabbedWhenTheirKeyMovesToWhereOneVariantIsTaken)
     EXPECT_TRUE(becomes(recorder, "P2R2"));
 }
 
+TEST_P(X11HotKeys, RefuseWhatTheyCannotGrab) {
+    platform::EventHotKeyRef hotKey = nullptr;
+    auto& manager = input->eventManager();
+    auto* target = manager.applicationEventTarget();
+    EXPECT_EQ(manager.registerEventHotKey(50, hold, {}, target, 0, &hotKey),
+              platform::eventHotKeyInvalidErr);
+    EXPECT_EQ(manager.registerEventHotKey(platform::spaceKeyCode, 0x0100, {}, target, 0, &hotKey),
+              platform::eventHotKeyInvalidErr);
+    ASSERT_EQ(recorder.add(hold, 1), noErr);
+    EXPECT_EQ(recorder.add(hold, 3), platform::eventHotKeyExistsErr);
 }
 
 INSTANTIATE_TEST_SUITE_P(, X11HotKeys,

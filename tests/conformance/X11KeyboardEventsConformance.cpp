@@ -78,12 +78,6 @@ TEST_P(KeyboardEventsConformance, TypesIntoWhateverHasTheKeyboard) {
     EXPECT_EQ(world->textOf(Program::first), "");
 }
 
-TEST_P(KeyboardEventsConformance, IsNotChangedByCapsLock) {
-    world->lockCapitals();
-    typeInto(Program::second, u"Zażółć gęślą");
-    EXPECT_TRUE(becomes(Program::second, "Zażółć gęślą")) << world->textOf(Program::second);
-}
-
 INSTANTIATE_TEST_SUITE_P(, KeyboardEventsConformance, everyX11World(), x11WorldName);
 
 }  // namespace

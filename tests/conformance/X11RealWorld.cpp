@@ -49,8 +49,6 @@ class RealX11World final : public X11World {
             user_.release(X11User::altKey);
         }
     }
-    // The server repeats a key after 660 ms.
-    void repeat(std::uint32_t /*modifiers*/) override { mainQueue_.runFor(1000ms); }
     void take(std::uint32_t modifiers) override {
         std::uint32_t mask = 0;
         mask |= (modifiers & platform::optionKeyMask) != 0 ? std::uint32_t{XCB_MOD_MASK_1} : 0U;
@@ -74,7 +72,6 @@ class RealX11World final : public X11World {
     std::string textOf(Program program) override {
         return program == Program::first ? first_->text() : second_->text();
     }
-    void lockCapitals() override { user_.lock(XCB_MOD_MASK_LOCK); }
 
   private:
     X11MainQueue mainQueue_;

@@ -45,8 +45,6 @@ class SimulatedX11World final : public X11World {
     void release(std::uint32_t modifiers) override {
         eventManager_.release(platform::spaceKeyCode, modifiers);
     }
-    // The simulated keyboard repeats nothing.
-    void repeat(std::uint32_t /*modifiers*/) override {}
     void take(std::uint32_t modifiers) override {
         eventManager_.take(platform::spaceKeyCode, modifiers);
     }
@@ -67,7 +65,6 @@ class SimulatedX11World final : public X11World {
         }
         return utf8FromUtf16(units);
     }
-    void lockCapitals() override {}
 
   private:
     simulated::Journal journal_;

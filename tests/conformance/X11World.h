@@ -28,8 +28,6 @@ class X11World {
     /// The user presses or releases the space bar together with these modifiers.
     virtual void press(std::uint32_t modifiers) = 0;
     virtual void release(std::uint32_t modifiers) = 0;
-    /// The user holds the pressed keys until they repeat.
-    virtual void repeat(std::uint32_t modifiers) = 0;
     /// Another program has the space bar with these modifiers.
     virtual void take(std::uint32_t modifiers) = 0;
 
@@ -40,7 +38,6 @@ class X11World {
     virtual platform::ProcessIdentifier endedProcess() = 0;
     /// What was typed into a program, UTF-8.
     virtual std::string textOf(Program program) = 0;
-    virtual void lockCapitals() = 0;
 };
 
 using X11WorldMaker = std::unique_ptr<X11World> (*)();
