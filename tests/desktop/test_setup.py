@@ -74,7 +74,8 @@ class Content(SetupTest):
         self.open_setup()
         self.assertEqual(self.setup.labels, LABELS)
         self.assertEqual([part.name for part in self.setup.content.controls],
-                         ["Deepgram API key", "Save", "Grant", "Grant", CHECKBOX, RESTART])
+                         ["Deepgram API key", "Save", "Grant Microphone", "Grant Accessibility",
+                          CHECKBOX, RESTART])
         self.assertEqual(self.setup.content.name, "Tarvik Dictate")
 
     def test_it_keeps_its_distance_from_the_top_right_corner(self):
