@@ -109,6 +109,10 @@ TEST_F(WebSocketBeast, SendsThatWaitFailWhenTheConnectionIsLost) {
     world.peer().reset();
     ASSERT_TRUE(comes("failed behind"));
     ASSERT_TRUE(comes("failed receive"));
+    const std::string reason = recorder->lastError().localizedDescription;
+    recorder->sendText(*task, "later");
+    ASSERT_TRUE(comes("failed later"));
+    EXPECT_EQ(recorder->lastError().localizedDescription, "A message could not be sent: " + reason);
 }
 
 TEST_F(WebSocketBeast, AnswersACloseFrameWithTheSameCode) {

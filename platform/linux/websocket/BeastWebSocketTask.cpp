@@ -15,6 +15,12 @@ using platform::WebSocketMessage;
 constexpr std::size_t mostWaitingMessages = 64;
 constexpr std::size_t mostWaitingBytes = std::size_t{32} << 20;
 
+// A lost connection is told once for each message that it keeps from leaving; the reason itself
+// is the receive's to tell.
+Error unsent(const Error& end) {
+    return {end.code, "A message could not be sent: " + end.localizedDescription};
+}
+
 }  // namespace
 
 BeastWebSocketTask::BeastWebSocketTask(std::shared_ptr<SessionState> session,
@@ -79,7 +85,7 @@ void BeastWebSocketTask::onOpening(Result<Opening::Opened> result) {
 
 void BeastWebSocketTask::queue(Outgoing outgoing) {
     if (state_ == State::ended) {
-        outgoing.handler(endError_);
+        outgoing.handler(unsent(endError_));
         return;
     }
     outgoing_.push_back(std::move(outgoing));
@@ -232,8 +238,8 @@ void BeastWebSocketTask::end(const Error& error) {
     connection_.reset();
     const auto outgoing = std::exchange(outgoing_, {});
     const auto receivers = std::exchange(receivers_, {});
-    for (const Outgoing& unsent : outgoing) {
-        unsent.handler(error);
+    for (const Outgoing& waiting : outgoing) {
+        waiting.handler(unsent(error));
     }
     for (const ReceiveHandler& receiver : receivers) {
         receiver(error);
