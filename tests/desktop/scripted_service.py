@@ -59,6 +59,12 @@ class Stream:
         """Sends a message, text or binary, as it is."""
         self._service.call(self._connection.send(message))
 
+    def wait_until_read(self):
+        """Returns when the application has read everything that was sent."""
+        async def answered():
+            await (await self._connection.ping())
+        self._service.call(answered())
+
     def send_bytes(self, data):
         """Writes bytes past the framing."""
         self._service.post(lambda: self._connection.transport.write(data))
