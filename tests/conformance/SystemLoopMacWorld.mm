@@ -2,9 +2,9 @@
 
 #include <thread>
 
-#include "platform/macos/DispatchMainQueue.h"
-#include "platform/macos/MonotonicClock.h"
-#include "platform/macos/RunLoopTimerService.h"
+#include "platform/macos/system/DispatchMainQueue.h"
+#include "platform/macos/system/MonotonicClock.h"
+#include "platform/macos/system/RunLoopTimerService.h"
 #include "tests/conformance/SystemLoopWorld.h"
 
 namespace tarvik::conformance {

@@ -6,7 +6,7 @@
 #include <utility>
 #include <vector>
 
-#include "platform/macos/BlockQueue.h"
+#include "platform/macos/system/BlockQueue.h"
 
 namespace tarvik::macdesktop {
 

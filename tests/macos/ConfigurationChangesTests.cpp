@@ -4,7 +4,7 @@
 #include <utility>
 #include <vector>
 
-#include "platform/macos/ConfigurationChanges.h"
+#include "platform/macos/audio/ConfigurationChanges.h"
 
 namespace tarvik::macdesktop {
 

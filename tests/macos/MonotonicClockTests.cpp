@@ -1,6 +1,6 @@
 #include <gtest/gtest.h>
 
-#include "platform/macos/MonotonicClock.h"
+#include "platform/macos/system/MonotonicClock.h"
 
 namespace tarvik::macdesktop {
 

@@ -5,7 +5,7 @@
 #include <memory>
 #include <thread>
 
-#include "platform/macos/TapGate.h"
+#include "platform/macos/audio/TapGate.h"
 
 namespace tarvik::macdesktop {
 

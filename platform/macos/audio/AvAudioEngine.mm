@@ -1,0 +1,129 @@
+#import "platform/macos/audio/AvAudioEngine.h"
+
+#import <Foundation/Foundation.h>
+
+#include <utility>
+
+#include "platform/macos/Conversions.h"
+#import "platform/macos/Strings.h"
+
+namespace tarvik::macdesktop {
+
+namespace {
+
+platform::AudioFormat shape(AVAudioFormat* format) {
+    return {format.sampleRate, format.channelCount};
+}
+
+// On the engine's delivery thread, which may never empty a pool of its own.
+void deliver(TapGate& gate, AVAudioPCMBuffer* buffer) {
+    @autoreleasepool {
+        gate.deliver({buffer.floatChannelData, buffer.frameLength, shape(buffer.format)});
+    }
+}
+
+// Sends messages to the engine, any of which may throw where a failure would be expected: there is
+// no microphone, or it has changed since the message before, as it does while headphones connect.
+template <typename Messages>
+std::optional<Error> guarded(Messages messages) {
+    @try {
+        messages();
+        return std::nullopt;
+    } @catch (NSException* exception) {
+        return errorInOneLine(0, utf8(exception.reason));
+    }
+}
+
+}  // namespace
+
+AvAudioEngine::AvAudioEngine(std::shared_ptr<ConfigurationChanges> changes)
+    : changes_(std::move(changes)), engine_([[AVAudioEngine alloc] init]) {
+    changes_->add((__bridge const void*)engine_, [this] { return engine_.running; });
+}
+
+AvAudioEngine::~AvAudioEngine() {
+    changes_->remove((__bridge const void*)engine_);
+    if (gate_) {
+        gate_->close();
+    }
+    stop();
+}
+
+void AvAudioEngine::prepare() {
+    if (!failure_) {
+        failure_ = guarded([this] { [engine_ prepare]; });
+    }
+}
+
+std::optional<Error> AvAudioEngine::start() {
+    if (failure_) {
+        return failure_;
+    }
+    std::optional<Error> reported;
+    const std::optional<Error> thrown = guarded([&] {
+        NSError* error = nil;
+        if (![engine_ startAndReturnError:&error]) {
+            reported = errorFrom(error);
+        }
+    });
+    if (!reported && !thrown) {
+        beginActivity();
+    }
+    return thrown ? thrown : reported;
+}
+
+void AvAudioEngine::stop() {
+    // What an engine throws that is to stop says that it cannot run any more.
+    static_cast<void>(guarded([this] { [engine_ stop]; }));
+    endActivity();
+}
+
+platform::AudioFormat AvAudioEngine::inputFormatForBus(std::uint32_t bus) {
+    inputFormat_ = nil;
+    // What is thrown says that there is no microphone, and so does a format of 0 Hz.
+    static_cast<void>(guarded([&] { inputFormat_ = [engine_.inputNode inputFormatForBus:bus]; }));
+    return shape(inputFormat_);
+}
+
+void AvAudioEngine::installTapOnBus(std::uint32_t bus, std::uint32_t bufferSize,
+                                    const platform::AudioFormat& /*format*/,
+                                    platform::AudioTapBlock block) {
+    const auto gate = std::make_shared<TapGate>(std::move(block));
+    failure_ = guarded([&] {
+        AVAudioInputNode* node = engine_.inputNode;
+        [node installTapOnBus:bus
+                   bufferSize:bufferSize
+                       format:inputFormat_
+                        block:^(AVAudioPCMBuffer* buffer, AVAudioTime*) {
+                          deliver(*gate, buffer);
+                        }];
+        tappedNode_ = node;
+        gate_ = gate;
+    });
+}
+
+void AvAudioEngine::removeTapOnBus(std::uint32_t bus) {
+    if (const std::shared_ptr<TapGate> gate = std::exchange(gate_, nullptr)) {
+        // A tap that cannot be removed delivers to a gate that is closed.
+        static_cast<void>(guarded([&] { [tappedNode_ removeTapOnBus:bus]; }));
+        tappedNode_ = nil;
+        gate->close();
+    }
+}
+
+void AvAudioEngine::beginActivity() {
+    if (activity_ == nil) {
+        activity_ = [NSProcessInfo.processInfo
+            beginActivityWithOptions:NSActivityUserInitiatedAllowingIdleSystemSleep
+                              reason:@"Dictation"];
+    }
+}
+
+void AvAudioEngine::endActivity() {
+    if (activity_ != nil) {
+        [NSProcessInfo.processInfo endActivity:activity_];
+        activity_ = nil;
+    }
+}
+
+}  // namespace tarvik::macdesktop

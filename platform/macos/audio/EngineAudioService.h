@@ -1,0 +1,30 @@
+#pragma once
+
+#include "platform/AudioEngine.h"
+#include "platform/MainQueue.h"
+#include "platform/macos/audio/ConfigurationChanges.h"
+
+@class TarvikConfigurationObserver;
+
+namespace tarvik::macdesktop {
+
+/// Audio by AVAudioEngine. Main thread only.
+class EngineAudioService final : public platform::AudioService {
+  public:
+    /// `mainQueue` outlives the service, its engines and its observations.
+    explicit EngineAudioService(platform::MainQueue& mainQueue);
+    ~EngineAudioService() override;
+    EngineAudioService(const EngineAudioService&) = delete;
+    EngineAudioService& operator=(const EngineAudioService&) = delete;
+
+    std::unique_ptr<platform::AudioEngine> makeEngine() override;
+    [[nodiscard]] std::unique_ptr<platform::AudioObservation> observeConfigurationChange(
+        std::function<void()> handler) override;
+
+  private:
+    std::shared_ptr<ConfigurationChanges> changes_;
+    /// The notification centre holds it weakly.
+    TarvikConfigurationObserver* observer_;
+};
+
+}  // namespace tarvik::macdesktop

@@ -1,0 +1,58 @@
+#import "platform/macos/audio/EngineAudioService.h"
+
+#import <AVFAudio/AVFAudio.h>
+
+#include <utility>
+
+#import "platform/macos/audio/AvAudioEngine.h"
+
+using tarvik::macdesktop::ConfigurationChanges;
+
+@interface TarvikConfigurationObserver : NSObject
+- (instancetype)initWithChanges:(std::shared_ptr<ConfigurationChanges>)changes;
+- (void)handleConfigurationChange:(NSNotification*)notification;
+@end
+
+@implementation TarvikConfigurationObserver {
+    std::shared_ptr<ConfigurationChanges> _changes;
+}
+
+- (instancetype)initWithChanges:(std::shared_ptr<ConfigurationChanges>)changes {
+    if ((self = [super init])) {
+        _changes = std::move(changes);
+    }
+    return self;
+}
+
+// On a thread of the engine's choosing.
+- (void)handleConfigurationChange:(NSNotification*)notification {
+    _changes->report((__bridge const void*)notification.object);
+}
+
+@end
+
+namespace tarvik::macdesktop {
+
+EngineAudioService::EngineAudioService(platform::MainQueue& mainQueue)
+    : changes_(std::make_shared<ConfigurationChanges>(mainQueue)),
+      observer_([[TarvikConfigurationObserver alloc] initWithChanges:changes_]) {
+    [NSNotificationCenter.defaultCenter addObserver:observer_
+                                           selector:@selector(handleConfigurationChange:)
+                                               name:AVAudioEngineConfigurationChangeNotification
+                                             object:nil];
+}
+
+EngineAudioService::~EngineAudioService() {
+    [NSNotificationCenter.defaultCenter removeObserver:observer_];
+}
+
+std::unique_ptr<platform::AudioEngine> EngineAudioService::makeEngine() {
+    return std::make_unique<AvAudioEngine>(changes_);
+}
+
+std::unique_ptr<platform::AudioObservation> EngineAudioService::observeConfigurationChange(
+    std::function<void()> handler) {
+    return changes_->observe(std::move(handler));
+}
+
+}  // namespace tarvik::macdesktop

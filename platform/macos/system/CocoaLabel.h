@@ -1,0 +1,21 @@
+#pragma once
+
+#import "platform/macos/system/CocoaView.h"
+
+namespace tarvik::macdesktop {
+
+/// A label as an NSTextField. Main thread only.
+class CocoaLabel final : public CocoaView, public platform::Label {
+  public:
+    explicit CocoaLabel(const platform::LabelDescription& description);
+
+    void setText(const std::string& text) override;
+    void setTextColor(platform::Color color) override;
+
+  private:
+    CocoaLabel(NSTextField* field, const platform::LabelDescription& description);
+
+    NSTextField* field_;
+};
+
+}  // namespace tarvik::macdesktop

@@ -1,0 +1,22 @@
+#pragma once
+
+#import "platform/macos/system/CocoaView.h"
+
+namespace tarvik::macdesktop {
+
+/// A text field as an NSTextField or NSSecureTextField, with the target of its action. Main thread
+/// only.
+class CocoaTextField final : public CocoaView, public platform::TextField {
+  public:
+    explicit CocoaTextField(const platform::TextFieldDescription& description);
+
+    std::string text() const override;
+
+  private:
+    CocoaTextField(NSTextField* field, const platform::TextFieldDescription& description);
+
+    NSTextField* field_;
+    NSObject* target_;
+};
+
+}  // namespace tarvik::macdesktop

@@ -1,0 +1,32 @@
+#import "platform/macos/system/CocoaTextField.h"
+
+#import "platform/macos/Strings.h"
+#import "platform/macos/system/ActionTarget.h"
+
+namespace tarvik::macdesktop {
+
+CocoaTextField::CocoaTextField(const platform::TextFieldDescription& description)
+    : CocoaTextField(description.isSecure ? [[NSSecureTextField alloc] initWithFrame:NSZeroRect]
+                                          : [[NSTextField alloc] initWithFrame:NSZeroRect],
+                     description) {}
+
+CocoaTextField::CocoaTextField(NSTextField* field,
+                               const platform::TextFieldDescription& description)
+    : CocoaView(field, description.layout),
+      field_(field),
+      target_(makeActionTarget(description.action)) {
+    [field setStringValue:nsString(description.text)];
+    [field setPlaceholderString:nsString(description.placeholder)];
+    [field setAccessibilityLabel:nsString(description.accessibilityLabel)];
+    [field setUsesSingleLineMode:YES];
+    [field setTarget:target_];
+    [field setAction:actionSelector()];
+    // Return alone: leaving the field does nothing.
+    [field.cell setSendsActionOnEndEditing:NO];
+}
+
+std::string CocoaTextField::text() const {
+    return utf8(field_.stringValue);
+}
+
+}  // namespace tarvik::macdesktop

@@ -1,0 +1,47 @@
+#import "platform/macos/system/CocoaView.h"
+
+#include "platform/macos/Conversions.h"
+
+namespace tarvik::macdesktop {
+
+namespace {
+
+void applyLayout(NSView* view, const platform::ViewLayout& layout) {
+    NSMutableArray<NSLayoutConstraint*>* constraints = [NSMutableArray array];
+    if (layout.width) {
+        [constraints addObject:[view.widthAnchor constraintEqualToConstant:*layout.width]];
+    }
+    if (layout.minimumWidth) {
+        [constraints addObject:[view.widthAnchor
+                                   constraintGreaterThanOrEqualToConstant:*layout.minimumWidth]];
+    }
+    if (layout.height) {
+        [constraints addObject:[view.heightAnchor constraintEqualToConstant:*layout.height]];
+    }
+    [NSLayoutConstraint activateConstraints:constraints];
+    if (layout.horizontalContentHugging) {
+        [view setContentHuggingPriority:*layout.horizontalContentHugging
+                         forOrientation:NSLayoutConstraintOrientationHorizontal];
+    }
+    if (layout.horizontalCompressionResistance) {
+        [view setContentCompressionResistancePriority:*layout.horizontalCompressionResistance
+                                       forOrientation:NSLayoutConstraintOrientationHorizontal];
+    }
+}
+
+}  // namespace
+
+CocoaView::CocoaView(NSView* view, const platform::ViewLayout& layout)
+    : CocoaView(view, takesSpareWidth(layout)) {
+    applyLayout(view, layout);
+}
+
+CocoaView::CocoaView(NSView* view, bool stretches) : view_(view), stretches_(stretches) {
+    [view setTranslatesAutoresizingMaskIntoConstraints:NO];
+}
+
+CocoaView& cocoaViewOf(platform::View& view) {
+    return dynamic_cast<CocoaView&>(view);
+}
+
+}  // namespace tarvik::macdesktop
