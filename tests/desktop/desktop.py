@@ -221,7 +221,7 @@ class Desktop:
                   "--dest=org.a11y.atspi.Registry", "/org/a11y/atspi/accessible/root",
                   "org.freedesktop.DBus.Peer.Ping"])
 
-    def start_sound_server(self):
+    def start_sound_server(self, plugs_microphone=True):
         """Starts the sound server, with loudspeakers and one microphone, `vmic`."""
         self.environment["PULSE_SERVER"] = "unix:" + str(self.folder / "runtime/pulse/native")
         self.sound_server = self.spawn(
@@ -230,7 +230,8 @@ class Desktop:
         )
         wait_for(lambda: self.succeeds(["pactl", "info"]), "the sound server",
                  needs=self.sound_server)
-        self.plug_microphone()
+        if plugs_microphone:
+            self.plug_microphone()
 
     def plug_microphone(self, name="vmic", rate=16000, channels=1):
         """Plugs a microphone in that plays what is written to `fifo(name)`, and makes it the

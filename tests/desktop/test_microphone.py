@@ -2,12 +2,13 @@
 """Microphones that come and go during a recording. Nobody may ever hear the loudspeakers."""
 
 import array
+import contextlib
 import math
 import unittest
 
 from dictation_test import DictationTest
 from desktop import wait_for
-from microphone import Microphone, loudest
+from microphone import SAMPLE_BYTES, Microphone, loudest
 
 REBUILT = "audio configuration changed — rebuilding engine"
 SPEAKER_LOUDNESS = 30000
@@ -16,6 +17,9 @@ VOICE_LOUDNESS = 6000
 AUDIBLE = 2000
 # Between the voice and the loudspeakers.
 TOO_LOUD = 12000
+RATE = 16000
+# Seconds in which a recording of the loudspeakers would show.
+LONG_ENOUGH = 0.5
 
 
 def tone(rate, seconds, loudness, frequency=440.0):
@@ -29,7 +33,7 @@ class Microphones(DictationTest):
     def setUpClass(cls):
         super().setUpClass()
         cls.music = cls.desktop.folder / "music.raw"
-        cls.music.write_bytes(tone(16000, 120, SPEAKER_LOUDNESS))
+        cls.music.write_bytes(tone(RATE, 120, SPEAKER_LOUDNESS))
 
     def setUp(self):
         self.service = self.start_scripted_service()
@@ -42,7 +46,7 @@ class Microphones(DictationTest):
 
     def play_music(self):
         player = self.desktop.spawn(
-            ["pacat", "--raw", "--format=s16le", "--rate=16000", "--channels=1", self.music])
+            ["pacat", "--raw", "--format=s16le", f"--rate={RATE}", "--channels=1", self.music])
         self.addCleanup(self.desktop.end, player)
         wait_for(lambda: "pacat" in self.desktop.run(["pactl", "list", "sink-inputs"]),
                  "the music", needs=player)
@@ -62,6 +66,25 @@ class Microphones(DictationTest):
             return loudest(self.stream.audio[heard_before:]) > AUDIBLE
         wait_for(heard, "the voice", deadline=10)
 
+    @contextlib.contextmanager
+    def a_change(self):
+        """Returns when the application has noticed what was done to its microphone."""
+        changes = self.application.log.count(REBUILT)
+        yield
+        wait_for(lambda: self.application.log.count(REBUILT) > changes, "the change")
+
+    def let_the_music_be_heard(self):
+        """Returns when whoever listens to the loudspeakers has heard them for long enough."""
+        record = self.desktop.folder / "loudspeakers.raw"
+        with open(record, "wb") as output:
+            recorder = self.desktop.spawn(
+                ["parec", "--device=@DEFAULT_MONITOR@", "--raw", "--format=s16le", f"--rate={RATE}",
+                 "--channels=1", "--latency-msec=50"], stdout=output)
+        last = int(LONG_ENOUGH * RATE) * SAMPLE_BYTES
+        wait_for(lambda: loudest(record.read_bytes()[:-last]) > TOO_LOUD, "the loudspeakers",
+                 needs=recorder)
+        self.desktop.end(recorder)
+
     def unplug(self, name="vmic"):
         modules = self.desktop.run(["pactl", "list", "short", "modules"]).splitlines()
         number = next(line.split()[0] for line in modules if f"source_name={name} " in line)
@@ -76,17 +99,18 @@ class Microphones(DictationTest):
         self.microphone.plug_in()
 
     def test_unplugged_and_plugged_in_again(self):
-        rebuilds = self.application.log.count(REBUILT)
-        self.unplug_the_only_one()
-        wait_for(lambda: self.application.log.count(REBUILT) > rebuilds, "the change")
+        with self.a_change():
+            self.unplug_the_only_one()
+        self.let_the_music_be_heard()
         self.plug_back()
         self.check_the_voice_is_heard(self.microphone)
         self.keyboard.release()
         self.application.log.wait_for("audio.stop (session=1)")
 
     def test_suspended_and_resumed(self):
-        self.desktop.run(["pactl", "suspend-source", "vmic", "1"])
-        self.desktop.run(["pactl", "suspend-source", "vmic", "0"])
+        for is_suspended in ("1", "0"):
+            with self.a_change():
+                self.desktop.run(["pactl", "suspend-source", "vmic", is_suspended])
         self.check_the_voice_is_heard(self.microphone)
 
     def test_replaced_by_one_with_another_rate(self):
@@ -110,9 +134,10 @@ class Microphones(DictationTest):
         self.desktop.sound_server.wait()
         self.microphone.pull_out()
         self.application.log.wait_for(REBUILT)
-        self.desktop.start_sound_server()
-        self.microphone.plug_in()
+        self.desktop.start_sound_server(plugs_microphone=False)
         self.play_music()
+        self.let_the_music_be_heard()
+        self.plug_back()
         self.check_the_voice_is_heard(self.microphone)
 
     def test_without_any_microphone_the_recording_is_silent(self):
@@ -124,6 +149,7 @@ class Microphones(DictationTest):
         self.keyboard.hold()
         self.service.stream(2)
         self.application.log.wait_for("AudioCapture: ", since=log_length)
+        self.let_the_music_be_heard()
         self.assertEqual(self.service.streams[1].audio, b"")
         self.plug_back()
 
