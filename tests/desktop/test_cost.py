@@ -13,8 +13,10 @@ SETTLING = 3.0
 SECONDS = 20.0
 # Of one core.
 OPEN_SHARE = 0.005
-# A few that nobody knows of beforehand: a page of the sound server, a timer of the toolkit.
-CLOSED_WAKEUPS = 20
+# Ticks of the clock that counts: what began before the measurement may end in it.
+CLOSED_SECONDS = 0.02
+# Far fewer than any timer that was left behind makes, and room for a message of the desktop's.
+CLOSED_WAKEUPS = 5
 
 
 class Cost(DictationTest):
@@ -40,8 +42,8 @@ class Cost(DictationTest):
         window.close()
         self.wait(SETTLING)
         used, woken = self.used_in(SECONDS)
-        self.assertLess(woken, CLOSED_WAKEUPS)
-        self.assertLess(used, OPEN_SHARE * SECONDS)
+        self.assertLessEqual(woken, CLOSED_WAKEUPS)
+        self.assertLessEqual(used, CLOSED_SECONDS)
 
 
 if __name__ == "__main__":
