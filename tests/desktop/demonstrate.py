@@ -3,7 +3,7 @@
 
 usage: demonstrate.py BINARIES FOLDER
 
-Leaves screenshots and the transcript in FOLDER.
+Leaves screenshots and the transcript in FOLDER. Exit status 1 when other words arrive than were spoken.
 """
 
 import pathlib
@@ -13,6 +13,7 @@ import sys
 from application import VERSION, Application, write_settings
 from desktop import Desktop, wait_for
 from keyboard import Keyboard
+from likeness import SIMILARITY, similarity
 from local_service import LocalService
 from microphone import Microphone
 from windows import wait_for_window
@@ -96,12 +97,14 @@ def colors(desktop, area):
     return {line.split()[2] for line in pixels.splitlines()[1:]}
 
 
-def wait_until_drawn(desktop):
-    """Returns when the editor's page and the status icon are there to see."""
-    width, height = SIZE
-    middle = f"8x8+{width // 2}+{height // 2}"
+def wait_for_page(desktop):
+    """Returns when the editor's page is there to see."""
+    middle = f"8x8+{SIZE[0] // 2}+{SIZE[1] // 2}"
     wait_for(lambda: colors(desktop, middle) <= PAPER, "the editor's page")
-    tray = f"40x{PANEL_HEIGHT - 4}+{width - 90}+2"
+
+
+def wait_for_status_icon(desktop):
+    tray = f"40x{PANEL_HEIGHT - 4}+{SIZE[0] - 90}+2"
     wait_for(lambda: len(colors(desktop, tray)) > 3, "the status icon")
 
 
@@ -132,10 +135,11 @@ def demonstrate(binaries, folder):
         left, top, _, _ = setup.frame
         wait_for(lambda: len(colors(desktop, f"80x80+{left + 30}+{top + 45}")) > MANY_COLORS,
                  "the drawn setup window")
+        wait_for_status_icon(desktop)
         picture(desktop, folder / "1-setup.png")
         setup.close()
         editor.activate()
-        wait_until_drawn(desktop)
+        wait_for_page(desktop)
         picture(desktop, folder / "2-before.png")
 
         print("Holding Alt+Space and speaking …", flush=True)
@@ -170,6 +174,8 @@ def main():
         print("  " + sentence)
     print(f"Arrived in the text editor:\n  {text}")
     print(f"Screenshots and the transcript are in {folder}/.")
+    if similarity(" ".join(SENTENCES), text) < SIMILARITY:
+        sys.exit("That is not what was spoken.")
 
 
 if __name__ == "__main__":

@@ -1,27 +1,17 @@
 #!/usr/bin/python3
 """Real speech, recognised by the local service, into a text editor."""
 
-import difflib
 import unittest
 
 from dictation_test import DictationTest
 from desktop import wait_for
+from likeness import SIMILARITY, similarity, words
 
 FIRST = "the quick brown fox jumps over the lazy dog"
 SECOND = "thank you for the letter"
 # Longer than the pause that ends an utterance.
 PAUSE = 1.2
 DEADLINE = 20.0
-# Recognition is not perfect: this part of the words has to be right, in order.
-SIMILARITY = 0.75
-
-
-def words(text):
-    return "".join(c for c in text.lower() if c.isalnum() or c == " ").split()
-
-
-def similarity(sentence, text):
-    return difflib.SequenceMatcher(None, words(sentence), words(text)).ratio()
 
 
 class Dictation(DictationTest):
@@ -39,8 +29,10 @@ class Dictation(DictationTest):
         except TimeoutError as error:
             raise AssertionError(f"{error}; there is {target.text!r}") from None
 
-    def check_spaces(self, text):
-        self.assertEqual(text, " ".join(text.split()), "pieces separated by one space")
+    def check_pieces(self, text, count):
+        """The service ends each piece with a full stop; one space separates it from the next."""
+        self.assertEqual(len(text.split(". ")), count, text)
+        self.assertEqual(text, " ".join(text.split()))
 
     def test_two_sentences_while_the_keys_are_held(self):
         target = self.start_target("gtk3")
@@ -56,7 +48,7 @@ class Dictation(DictationTest):
         self.keyboard.release()
         self.tray.wait_for_icon(recording=False)
         self.wait_until_heard(target, FIRST, SECOND)
-        self.check_spaces(target.text)
+        self.check_pieces(target.text, 2)
 
     def test_long_form_dictation_is_switched_on_and_off(self):
         target = self.start_target("gtk3")
