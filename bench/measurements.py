@@ -13,17 +13,18 @@ from application import VERSION, Application, write_settings
 from cost import processor_time, wakeups
 from desktop import Desktop, wait_for
 from microphone import Microphone
+from samples import until_settled
 from scripted_service import ScriptedService, make_certificate
 from target import WidgetTarget
 from windows import wait_for_window
 from xtest import XTest
 
-REPETITIONS = 20
 TEXTS = {
     "English": "The quick brown fox jumps over the lazy dog, twice a day, ok",
     "many scripts": "Zażółć gęślą jaźń — Привет, мир! 日本語のテスト 😀🎉 done, I hope.",
 }
 SETTLED = "TarvikDictate: audio.stop"
+SETTLING = 3.0
 
 
 def milliseconds(since):
@@ -51,23 +52,26 @@ def running_application(binaries, host=None, authority=None, **parts):
 
 def hotkey_to_connect(binaries):
     """Milliseconds from the key going down to the connection's arrival at the service's address."""
-    samples = []
     with socket.create_server(("127.0.0.1", 0), backlog=64) as listener:
         host = f"127.0.0.1:{listener.getsockname()[1]}"
         with running_application(binaries, host, a11y=True, audio=True) as (desktop, application, _):
             target = WidgetTarget(desktop, "gtk3")
             keys = XTest(desktop.environment["DISPLAY"])
-            for _ in range(REPETITIONS):
+
+            def press():
                 seen = len(application.log)
                 keys.press("Alt_L")
                 pressed = time.monotonic()
                 keys.press("space")
                 connection, _ = listener.accept()
-                samples.append(milliseconds(pressed))
+                taken = milliseconds(pressed)
                 keys.release("space")
                 keys.release("Alt_L")
                 application.log.wait_for(SETTLED, since=seen)
                 connection.close()
+                return taken
+
+            samples = until_settled(press)
             target.close()
     return samples
 
@@ -86,12 +90,23 @@ def time_until_visible(target, piece, action, deadline=10.0):
 
 
 def final_message_to_text(binaries, text):
-    """For each way of getting `text` into a GTK text area: its name, the milliseconds it took, and how
-    often the text was right."""
+    """For each way of getting `text` into a GTK text area: its name, the milliseconds it took, and in
+    how many of them the text was right."""
     with running_application(binaries, a11y=True, audio=True) as (desktop, application, service):
         target = WidgetTarget(desktop, "gtk3")
         microphone = Microphone(desktop.fifo())
         keys = XTest(desktop.environment["DISPLAY"])
+
+        def measure(piece, action, **limits):
+            outcomes = []
+
+            def once():
+                taken, is_right = time_until_visible(target, piece, action)
+                outcomes.append(is_right)
+                return taken
+
+            return until_settled(once, **limits), sum(outcomes)
+
         keys.press("Alt_L")
         keys.press("space")
         stream = service.stream()
@@ -99,17 +114,15 @@ def final_message_to_text(binaries, text):
         # Pieces after the first one of a recording are preceded by a blank.
         stream.say("First.")
         target.wait_for_text("First.")
-        dictated = [time_until_visible(target, " " + text, lambda: stream.say(text))
-                    for _ in range(REPETITIONS)]
+        dictated = measure(" " + text, lambda: stream.say(text))
         keys.release("space")
         keys.release("Alt_L")
         application.log.wait_for(SETTLED)
-        typed = [time_until_visible(
-            target, text, lambda: desktop.spawn(["xdotool", "type", text])) for _ in range(3)]
+        typed = measure(text, lambda: desktop.spawn(["xdotool", "type", text]), fewest=3, most=8)
         microphone.pull_out()
         target.close()
-    for way, runs in (("dictated", dictated), ("xdotool type", typed)):
-        yield way, [taken for taken, _ in runs], sum(right for _, right in runs)
+    yield "dictated", *dictated
+    yield "xdotool type", *typed
 
 
 def memory(pid):
@@ -123,17 +136,20 @@ def memory(pid):
 
 @dataclasses.dataclass
 class RecordingFigures:
-    processor_seconds: float
+    # Of each minute.
+    processor_seconds: list
     idle_wakeups: int
     idle: dict
     recording: dict
 
 
 def recording(binaries):
-    """What a minute of recording costs, and what idling does."""
+    """What minutes of recording cost, and what idling does."""
     with running_application(binaries, a11y=True, audio=True) as (desktop, application, service):
         target = WidgetTarget(desktop, "gtk3")
         microphone = Microphone(desktop.fifo())
+        # What the windows that came and went have set off is not idling.
+        time.sleep(SETTLING)
         before = wakeups(application.pid)
         time.sleep(30)
         idle_wakeups = wakeups(application.pid) - before
@@ -145,12 +161,17 @@ def recording(binaries):
             keys.release(key)
         stream = service.stream()
         wait_for(lambda: len(stream.audio) > 0, "sound at the service")
-        used = processor_time(application.pid)
-        # A minute with a sentence every five seconds, which also keeps the recording from ending.
-        for number in range(12):
-            time.sleep(5)
-            stream.say(f"This is sentence number {number} of a minute.")
-        seconds = processor_time(application.pid) - used
+
+        def minute():
+            used = processor_time(application.pid)
+            # A sentence every five seconds also keeps the recording from ending.
+            for number in range(12):
+                time.sleep(5)
+                stream.say(f"This is sentence number {number} of a minute.")
+            return processor_time(application.pid) - used
+
+        # Ten minutes are the most that a recording lasts.
+        seconds = until_settled(minute, fewest=3, most=8)
         during = memory(application.pid)
         microphone.pull_out()
         target.close()
@@ -159,16 +180,16 @@ def recording(binaries):
 
 def start(binaries):
     """Milliseconds from starting the process to its report that the hotkeys are registered."""
-    samples = []
     with Desktop(wm=True, a11y=True, audio=True) as desktop:
         write_settings(desktop.environment, {"deepgramApiKey": "a-key"})
-        for _ in range(REPETITIONS):
+
+        def once():
             begin = time.monotonic()
             process = desktop.spawn([binaries / "tarvik-dictate"], stderr=subprocess.PIPE, text=True)
-            for line in process.stderr:
-                if "tap-to-toggle registered" in line:
-                    samples.append(milliseconds(begin))
-                    break
+            next(line for line in process.stderr if "tap-to-toggle registered" in line)
+            taken = milliseconds(begin)
             threading.Thread(target=process.stderr.read, daemon=True).start()
             desktop.end(process)
-    return samples
+            return taken
+
+        return until_settled(once)
