@@ -22,12 +22,23 @@ std::string newRequestId() {
 }  // namespace
 
 Connection::Connection(boost::asio::ip::tcp::socket socket, ServerContext& context)
-    : context_(context), socket_(beast::tcp_stream(std::move(socket)), context.tls) {}
+    : context_(context), socket_(std::move(socket), context.tls), limit_(socket_.get_executor()) {}
 
 void Connection::start() {
-    beast::get_lowest_layer(socket_).expires_after(handshakeTimeout);
-    socket_.async_handshake(ssl::stream_base::server,
-                            beast::bind_front_handler(&Connection::onSecured, shared_from_this()));
+    limitTime();
+    socket_.next_layer().async_handshake(
+        ssl::stream_base::server,
+        beast::bind_front_handler(&Connection::onSecured, shared_from_this()));
+}
+
+void Connection::limitTime() {
+    limit_.expires_after(handshakeTimeout);
+    limit_.async_wait([weak = weak_from_this()](beast::error_code error) {
+        const std::shared_ptr<Connection> self = weak.lock();
+        if (self && !error) {
+            self->cut();
+        }
+    });
 }
 
 void Connection::onSecured(beast::error_code error) {
@@ -66,6 +77,7 @@ void Connection::onRequest(beast::error_code error) {
 }
 
 void Connection::becomeStream(const StreamQuery& query) {
+    limit_.cancel();
     const auto stream = std::make_shared<Stream>(std::move(socket_), query, newRequestId(),
                                                  context_.decoders, context_.options.idleTimeout);
     context_.streams.add(stream);
@@ -80,16 +92,21 @@ void Connection::answer(const Error& error, Response response) {
     std::cerr << "a request was refused with " + std::to_string(error.code) + ": " +
                      error.localizedDescription + "\n";
     response_ = std::move(response);
-    beast::http::async_write(socket_, response_,
-                             [self = shared_from_this()](beast::error_code, std::size_t) {
-                                 // The client has the answer or is gone; either way only the
-                                 // farewell is left.
-                                 self->socket_.async_shutdown([self](beast::error_code) {});
-                             });
+    beast::http::async_write(
+        socket_, response_, [self = shared_from_this()](beast::error_code, std::size_t) {
+            // The client has the answer or is gone; either way only the
+            // farewell is left.
+            self->socket_.next_layer().async_shutdown([self](beast::error_code) {});
+        });
 }
 
 void Connection::goAway() {
-    beast::get_lowest_layer(socket_).close();
+    cut();
+}
+
+void Connection::cut() {
+    beast::error_code ignored;  // A socket that cannot be closed was closed already.
+    beast::get_lowest_layer(socket_).close(ignored);
 }
 
 }  // namespace tarvik::service

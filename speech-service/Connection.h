@@ -2,6 +2,7 @@
 
 #include <boost/asio/ip/tcp.hpp>
 #include <boost/asio/ssl/context.hpp>
+#include <boost/asio/steady_timer.hpp>
 #include <boost/beast/core/flat_buffer.hpp>
 #include <boost/beast/http/parser.hpp>
 #include <memory>
@@ -36,6 +37,8 @@ class Connection : public OpenConnection, public std::enable_shared_from_this<Co
     void goAway() override;
 
   private:
+    void limitTime();
+    void cut();
     void onSecured(boost::beast::error_code error);
     void onRequest(boost::beast::error_code error);
     void becomeStream(const StreamQuery& query);
@@ -43,7 +46,8 @@ class Connection : public OpenConnection, public std::enable_shared_from_this<Co
     void answer(const Error& error, Response response);
 
     ServerContext& context_;
-    TlsStream socket_;
+    network::TlsStream socket_;
+    boost::asio::steady_timer limit_;
     boost::beast::flat_buffer incoming_;
     boost::beast::http::request_parser<boost::beast::http::empty_body> parser_;
     Response response_;

@@ -40,7 +40,7 @@ std::string timeNow() {
 
 }  // namespace
 
-Stream::Stream(TlsStream socket, StreamQuery query, std::string requestId,
+Stream::Stream(network::TlsStream socket, StreamQuery query, std::string requestId,
                std::shared_ptr<DecoderPool> decoders, Seconds idleTimeout)
     : socket_(std::move(socket)),
       query_(query),
@@ -51,7 +51,6 @@ Stream::Stream(TlsStream socket, StreamQuery query, std::string requestId,
       timer_(socket_.get_executor()) {}
 
 void Stream::accept(const Request& request) {
-    beast::get_lowest_layer(socket_).expires_never();
     socket_.set_option(timeouts());
     socket_.read_message_max(longestMessage);
     socket_.set_option(websocket::stream_base::decorator([](websocket::response_type& response) {
@@ -252,7 +251,8 @@ void Stream::closeNow() {
 
 void Stream::abandon() {
     log("the client does not take its messages");
-    beast::get_lowest_layer(socket_).close();
+    beast::error_code ignored;  // A socket that cannot be closed was closed already.
+    beast::get_lowest_layer(socket_).close(ignored);
 }
 
 void Stream::goAway() {

@@ -2,21 +2,18 @@
 
 #include <boost/asio/steady_timer.hpp>
 #include <boost/beast/core/flat_buffer.hpp>
-#include <boost/beast/core/tcp_stream.hpp>
-#include <boost/beast/ssl/ssl_stream.hpp>
 #include <boost/beast/websocket/stream.hpp>
 #include <deque>
 #include <memory>
 #include <optional>
 #include <string>
 
+#include "network/TlsStream.h"
 #include "speech-service/DecodeWorker.h"
 #include "speech-service/Handshake.h"
 #include "speech-service/StreamRegistry.h"
 
 namespace tarvik::service {
-
-using TlsStream = boost::beast::ssl_stream<boost::beast::tcp_stream>;
 
 /// One open web socket: audio in, messages out.
 ///
@@ -25,7 +22,7 @@ using TlsStream = boost::beast::ssl_stream<boost::beast::tcp_stream>;
 class Stream : public OpenConnection, public std::enable_shared_from_this<Stream> {
   public:
     /// `idleTimeout` is how long a client may send neither audio nor a KeepAlive message.
-    Stream(TlsStream socket, StreamQuery query, std::string requestId,
+    Stream(network::TlsStream socket, StreamQuery query, std::string requestId,
            std::shared_ptr<DecoderPool> decoders, Seconds idleTimeout);
 
     /// Answers the upgrade that `request` asks for and serves the stream.
@@ -55,7 +52,7 @@ class Stream : public OpenConnection, public std::enable_shared_from_this<Stream
     void abandon();
     void log(const std::string& line) const;
 
-    boost::beast::websocket::stream<TlsStream> socket_;
+    boost::beast::websocket::stream<network::TlsStream> socket_;
     const StreamQuery query_;
     const std::string requestId_;
     const std::string created_;

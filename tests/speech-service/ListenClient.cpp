@@ -6,6 +6,7 @@
 #include <boost/asio/ip/tcp.hpp>
 #include <boost/asio/ssl/host_name_verification.hpp>
 #include <boost/asio/write.hpp>
+#include <boost/beast/core/buffers_to_string.hpp>
 
 namespace tarvik::service {
 
@@ -51,7 +52,7 @@ Message parseMessage(const std::string& json) {
 ListenClient::ListenClient(std::uint16_t port, const std::filesystem::path& authority)
     : port_(port), tls_(trusting(authority)), socket_(context_, tls_) {
     tcp::resolver resolver(context_);
-    asio::connect(beast::get_lowest_layer(socket_).socket(),
+    asio::connect(beast::get_lowest_layer(socket_),
                   resolver.resolve("localhost", std::to_string(port)));
     socket_.next_layer().handshake(asio::ssl::stream_base::client);
 }

@@ -1,9 +1,9 @@
 #pragma once
 
 #include <boost/asio/io_context.hpp>
+#include <boost/asio/ip/tcp.hpp>
 #include <boost/asio/ssl/context.hpp>
 #include <boost/beast/core/flat_buffer.hpp>
-#include <boost/beast/core/tcp_stream.hpp>
 #include <boost/beast/http.hpp>
 #include <boost/beast/ssl/ssl_stream.hpp>
 #include <boost/beast/websocket/stream.hpp>
@@ -73,7 +73,7 @@ class ListenClient {
     std::uint16_t port_;
     boost::asio::io_context context_;
     boost::asio::ssl::context tls_;
-    boost::beast::websocket::stream<boost::beast::ssl_stream<boost::beast::tcp_stream>> socket_;
+    boost::beast::websocket::stream<boost::beast::ssl_stream<boost::asio::ip::tcp::socket>> socket_;
     boost::beast::http::response<boost::beast::http::string_body> response_;
 };
 
