@@ -8,10 +8,8 @@ namespace tarvik {
 
 namespace {
 
-constexpr double nameWidth = 160;
 constexpr double minimumButtonWidth = 110;
 constexpr double spacing = 12;
-constexpr platform::LayoutPriority yielding = 250;
 
 }  // namespace
 

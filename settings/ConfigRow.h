@@ -13,6 +13,11 @@ namespace tarvik {
 /// that starts to grant it. It only displays. Main thread only.
 class ConfigRow {
   public:
+    /// Points. Every line's name is this wide, so that what follows lines up.
+    static constexpr double nameWidth = 160;
+    /// What grows, shrinks or is cut off before the lines around it do.
+    static constexpr platform::LayoutPriority yielding = 250;
+
     /// The status reads "—" until the first apply(). `action` is what the button does, which is
     /// named after both texts to a screen reader: the rows' buttons look alike.
     ConfigRow(platform::UserInterface& userInterface, const std::string& label,

@@ -15,14 +15,11 @@ using platform::StackAlignment;
 using platform::SystemColor;
 
 constexpr double iconSide = 72;
-/// Everything that names a row is this wide, so that what follows lines up.
-constexpr double nameWidth = 160;
 constexpr double textWidth = 640;
 constexpr double restartNoteWidth = 460;
 constexpr double minimumKeyFieldWidth = 380;
 constexpr double minimumSaveWidth = 80;
 constexpr double rowSpacing = 12;
-constexpr platform::LayoutPriority yielding = 250;
 
 std::string instructions() {
     return std::string(
@@ -122,22 +119,22 @@ std::shared_ptr<platform::Image> SetupWindowController::iconImage() {
 }
 
 std::shared_ptr<platform::View> SetupWindowController::buildKeyRow() {
-    keyField_ =
-        userInterface_.makeTextField({.text = KeychainStore::shared().apiKey().value_or(""),
-                                      .placeholder = "Paste your Deepgram API key",
-                                      .isSecure = true,
-                                      .layout = {.minimumWidth = minimumKeyFieldWidth,
-                                                 .horizontalContentHugging = yielding,
-                                                 .horizontalCompressionResistance = yielding},
-                                      .accessibilityLabel = "Deepgram API key",
-                                      .action = [this] { saveApiKey(); }});
+    keyField_ = userInterface_.makeTextField(
+        {.text = KeychainStore::shared().apiKey().value_or(""),
+         .placeholder = "Paste your Deepgram API key",
+         .isSecure = true,
+         .layout = {.minimumWidth = minimumKeyFieldWidth,
+                    .horizontalContentHugging = ConfigRow::yielding,
+                    .horizontalCompressionResistance = ConfigRow::yielding},
+         .accessibilityLabel = "Deepgram API key",
+         .action = [this] { saveApiKey(); }});
     return userInterface_.makeStack(
         {.orientation = Orientation::horizontal,
          .alignment = StackAlignment::centerY,
          .spacing = rowSpacing,
          .views = {userInterface_.makeLabel({.text = "Deepgram API key",
                                              .font = {13, FontWeight::medium},
-                                             .layout = {.width = nameWidth}}),
+                                             .layout = {.width = ConfigRow::nameWidth}}),
                    keyField_,
                    userInterface_.makeButton({.title = "Save",
                                               .layout = {.minimumWidth = minimumSaveWidth},
@@ -149,7 +146,7 @@ std::shared_ptr<platform::View> SetupWindowController::buildKeyStatusRow() {
     return userInterface_.makeStack(
         {.orientation = Orientation::horizontal,
          .spacing = rowSpacing,
-         .views = {userInterface_.makeSpacer({.width = nameWidth}), keyStatus_}});
+         .views = {userInterface_.makeSpacer({.width = ConfigRow::nameWidth}), keyStatus_}});
 }
 
 }  // namespace tarvik

@@ -26,17 +26,17 @@ using linuxdesktop::MessageBus;
 
 namespace {
 
-constexpr std::chrono::seconds patience{20};
+constexpr std::chrono::seconds patienceWithBus{20};
 
 /// Sends one call and reads the answer with `read`.
 void ask(MessageBus& bus, BusMessage call, const std::function<void(sd_bus_message*)>& read) {
     bool isAnswered = false;
-    EXPECT_TRUE(bus.call(std::move(call), patience, [&](sd_bus_message* answer) {
+    EXPECT_TRUE(bus.call(std::move(call), patienceWithBus, [&](sd_bus_message* answer) {
         isAnswered = true;
         read(answer);
     }));
     EXPECT_TRUE(
-        bus.dispatchUntil([&] { return isAnswered; }, std::chrono::steady_clock::now() + patience));
+        bus.dispatchUntil([&] { return isAnswered; }, std::chrono::steady_clock::now() + patienceWithBus));
 }
 
 pid_t ownerOn(MessageBus& bus, const std::string& name) {

@@ -15,12 +15,12 @@ namespace tarvik::conformance {
 
 namespace {
 
-constexpr Seconds patience{20};
+constexpr Seconds patienceWithSound{20};
 
 class AudioPulse : public testing::Test {
   protected:
     bool within(const std::function<bool()>& condition) {
-        return world.runUntil(condition, patience);
+        return world.runUntil(condition, patienceWithSound);
     }
 
     void plugFirst(std::uint32_t sampleRate) {
@@ -130,7 +130,7 @@ int firstStatus(platform::MainQueue& mainQueue, platform::Log& log) {
     linuxdesktop::PulseAudioService service(mainQueue, log);
     const auto isKnown = std::make_shared<std::promise<void>>();
     service.whenFirstKnown([isKnown] { isKnown->set_value(); });
-    EXPECT_EQ(isKnown->get_future().wait_for(patience), std::future_status::ready);
+    EXPECT_EQ(isKnown->get_future().wait_for(patienceWithSound), std::future_status::ready);
     return service.authorizationStatusForAudio();
 }
 

@@ -10,7 +10,7 @@ namespace tarvik::conformance {
 
 namespace {
 
-class RecordingDelegate final : public platform::ApplicationDelegate {
+class LaunchRecorder final : public platform::ApplicationDelegate {
   public:
     void applicationDidFinishLaunching(const platform::LaunchNotification&) override {
         events.emplace_back("launch");
@@ -44,7 +44,7 @@ class LaunchTest : public SystemLinuxTest {
         return launchedAfter;
     }
 
-    std::shared_ptr<RecordingDelegate> delegate = std::make_shared<RecordingDelegate>();
+    std::shared_ptr<LaunchRecorder> delegate = std::make_shared<LaunchRecorder>();
     TimePoint start;
     Seconds launchedAfter{-1};
 };

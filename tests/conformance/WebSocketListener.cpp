@@ -14,7 +14,8 @@ namespace tarvik::conformance {
 
 namespace {
 
-constexpr int patience = 10'000;
+// For a client to come.
+constexpr int millisecondsForClients = 10'000;
 
 union SocketAddress {
     sockaddr any;
@@ -90,7 +91,7 @@ bool WebSocketListener::hasConnection() const {
 }
 
 WebSocketPeer WebSocketListener::accept() {
-    if (!isReady(socket_, POLLIN, patience)) {
+    if (!isReady(socket_, POLLIN, millisecondsForClients)) {
         throw std::runtime_error("No connection came");
     }
     return WebSocketPeer(::accept4(socket_, nullptr, nullptr, SOCK_CLOEXEC));

@@ -3,7 +3,6 @@
 #include <sys/stat.h>
 
 #include <fstream>
-#include <iterator>
 #include <thread>
 
 #include "speech-service/CertificateFactory.h"
@@ -15,11 +14,6 @@ namespace tarvik::service {
 namespace {
 
 namespace filesystem = std::filesystem;
-
-std::string contentOf(const filesystem::path& path) {
-    std::ifstream file(path, std::ios::binary);
-    return {std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
-}
 
 void replace(const filesystem::path& path, const std::string& content) {
     std::ofstream(path, std::ios::binary | std::ios::trunc) << content;

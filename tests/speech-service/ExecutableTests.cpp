@@ -84,11 +84,6 @@ class Process {
     int errors_ = -1;
 };
 
-std::string contentOf(const std::filesystem::path& path) {
-    std::ifstream file(path, std::ios::binary);
-    return {std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
-}
-
 class Executable : public testing::Test {
   protected:
     std::vector<std::string> arguments() const {

@@ -3,6 +3,8 @@
 #include <stdlib.h>
 
 #include <filesystem>
+#include <fstream>
+#include <iterator>
 #include <stdexcept>
 #include <string>
 
@@ -31,5 +33,11 @@ class TemporaryDirectory {
   private:
     std::filesystem::path path_;
 };
+
+/// Every byte of a file; nothing when it cannot be read.
+inline std::string contentOf(const std::filesystem::path& path) {
+    std::ifstream file(path, std::ios::binary);
+    return {std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
+}
 
 }  // namespace tarvik::service

@@ -21,7 +21,7 @@ using std::chrono::steady_clock;
 
 namespace {
 
-constexpr milliseconds patience{500};
+constexpr milliseconds patienceOfMainThread{500};
 // The worker is done a little earlier, so that its answer still counts.
 constexpr milliseconds patienceOfWorker{460};
 
@@ -79,7 +79,7 @@ platform::AXError AccessibilityWorker::write(const std::shared_ptr<AtspiElement>
                 write.takeBack();
             }
         });
-    return ticket->await(start + patience);
+    return ticket->await(start + patienceOfMainThread);
 }
 
 void AccessibilityWorker::whenFirstKnown(std::function<void()> handler) {

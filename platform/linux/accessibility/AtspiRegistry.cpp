@@ -8,7 +8,7 @@ namespace tarvik::linuxdesktop {
 namespace {
 
 // Long enough for a registry that has to be started first.
-constexpr std::chrono::seconds patience{20};
+constexpr std::chrono::seconds patienceWithRegistry{20};
 
 const BusObject registry{"org.a11y.atspi.Registry", "/org/a11y/atspi/registry"};
 constexpr const char* registryInterface = "org.a11y.atspi.Registry";
@@ -40,13 +40,13 @@ AtspiRegistry::AtspiRegistry(std::unique_ptr<MessageBus> bus, Handlers handlers)
 void AtspiRegistry::registerEvents() {
     for (const char* event : {"window:activate", "window:deactivate"}) {
         bus_->call(bus_->newCall(registry, registryInterface, "RegisterEvent", "s", event),
-                   patience, [](sd_bus_message* /*answer*/) {
+                   patienceWithRegistry, [](sd_bus_message* /*answer*/) {
                        // The last registration answers for all of them.
                    });
     }
     bus_->call(bus_->newCall(registry, registryInterface, "RegisterEvent", "s",
                              "object:state-changed:focused"),
-               patience, [this](sd_bus_message* answer) { onAnswer(answer); });
+               patienceWithRegistry, [this](sd_bus_message* answer) { onAnswer(answer); });
 }
 
 void AtspiRegistry::onAnswer(sd_bus_message* answer) {

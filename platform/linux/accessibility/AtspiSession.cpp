@@ -9,7 +9,7 @@ namespace tarvik::linuxdesktop {
 namespace {
 
 // Long enough for a bus that has to be started first.
-constexpr std::chrono::seconds patience{20};
+constexpr std::chrono::seconds patienceWithBus{20};
 
 const BusObject accessibilityBus{"org.a11y.Bus", "/org/a11y/bus"};
 constexpr const char* statusInterface = "org.a11y.Status";
@@ -62,7 +62,7 @@ void AtspiSession::askForAddress() {
     if (isAsking_) {
         return;
     }
-    isAsking_ = bus_->call(bus_->newCall(accessibilityBus, "org.a11y.Bus", "GetAddress"), patience,
+    isAsking_ = bus_->call(bus_->newCall(accessibilityBus, "org.a11y.Bus", "GetAddress"), patienceWithBus,
                            [this](sd_bus_message* answer) {
                                isAsking_ = false;
                                const char* address = nullptr;
@@ -75,7 +75,7 @@ void AtspiSession::askForAddress() {
 }
 
 void AtspiSession::askWhetherEnabled() {
-    bus_->call(bus_->newPropertyCall(accessibilityBus, statusInterface, "IsEnabled"), patience,
+    bus_->call(bus_->newPropertyCall(accessibilityBus, statusInterface, "IsEnabled"), patienceWithBus,
                [this](sd_bus_message* answer) {
                    // A desktop without the switch has nothing switched on.
                    handlers_.onEnabled(truthIn(answer).value_or(false));

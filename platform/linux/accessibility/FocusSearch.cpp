@@ -9,7 +9,7 @@ using accessible::State;
 
 namespace {
 
-constexpr std::chrono::milliseconds patience{500};
+constexpr std::chrono::milliseconds patienceWithWidgets{500};
 constexpr std::size_t mostWidgets = 2000;
 constexpr std::size_t mostInFlight = 32;
 
@@ -34,7 +34,7 @@ void FocusSearch::ask() {
 
 void FocusSearch::ask(const BusObject& widget) {
     // The calls hold the search: it lives as long as an answer is outstanding.
-    if (bus_.call(bus_.newCall(widget, accessible::accessibleInterface, "GetState"), patience,
+    if (bus_.call(bus_.newCall(widget, accessible::accessibleInterface, "GetState"), patienceWithWidgets,
                   [self = shared_from_this(), widget](sd_bus_message* answer) {
                       self->onStates(widget, answer);
                   })) {
@@ -43,7 +43,7 @@ void FocusSearch::ask(const BusObject& widget) {
 }
 
 void FocusSearch::askForChildren(const BusObject& widget) {
-    if (bus_.call(bus_.newCall(widget, accessible::accessibleInterface, "GetChildren"), patience,
+    if (bus_.call(bus_.newCall(widget, accessible::accessibleInterface, "GetChildren"), patienceWithWidgets,
                   [self = shared_from_this(), widget](sd_bus_message* answer) {
                       self->onChildren(widget, answer);
                   })) {

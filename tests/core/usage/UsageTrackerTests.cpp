@@ -13,7 +13,7 @@ namespace {
 constexpr auto totalKey = "totalDictationSeconds";
 constexpr auto tenShownKey = "ctaTenMinuteShown";
 constexpr auto sixtyShownKey = "ctaSixtyMinuteShown";
-constexpr auto dismissedKey = "ctaPermanentlyDismissed";
+constexpr auto dismissalKey = "ctaPermanentlyDismissed";
 
 class Usage : public testing::Test {
   protected:
@@ -75,7 +75,7 @@ TEST_F(Usage, BothShownLeavesOnlyTheTotalToGrow) {
 
 TEST_F(Usage, DismissedForGoodTheTotalStillGrowsAndNothingIsOffered) {
     UsageTracker::shared().dismissPermanently();
-    EXPECT_TRUE(defaults().boolForKey(dismissedKey));
+    EXPECT_TRUE(defaults().boolForKey(dismissalKey));
     EXPECT_EQ(record(599), std::nullopt);
     EXPECT_EQ(record(1), std::nullopt);
     EXPECT_EQ(record(3600), std::nullopt);
@@ -97,7 +97,7 @@ TEST_F(Usage, DismissingTouchesNothingElse) {
 TEST_F(Usage, ValuesOfAnotherTypeReadAsAbsent) {
     defaults().setString("700", totalKey);
     defaults().setString("true", tenShownKey);
-    defaults().setInteger(1, dismissedKey);
+    defaults().setInteger(1, dismissalKey);
     EXPECT_EQ(record(600), CTATier::tenMinute);
     EXPECT_EQ(total(), 600);
 }
