@@ -32,9 +32,7 @@ add_executable(system-conformance
     SystemX11StartupTests.cpp)
 target_link_libraries(system-conformance PRIVATE
     tarvik_linux_system tarvik_simulated PkgConfig::XCB GTest::gtest_main)
-# Qt wants position-independent code, which the shared one is not.
-target_precompile_headers(system-conformance PRIVATE
-    <gtest/gtest.h> <functional> <memory> <string> <vector>)
+target_precompile_headers(system-conformance REUSE_FROM tarvik_simulated)
 
 add_test(NAME system-conformance
     COMMAND system-conformance --gtest_filter=-SystemAlertTest.*:SystemX11*Test.*:System*TrayTest.*)
