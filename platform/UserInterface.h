@@ -41,7 +41,8 @@ class UserInterface {
     virtual std::shared_ptr<Image> genericApplicationIcon() = 0;
 
     /// Shows the alert in front of all applications and comes back with the answer; blocks of the
-    /// main queue run meanwhile.
+    /// main queue run meanwhile. One at a time: while one is up, another is not shown and counts as
+    /// closed.
     virtual AlertAnswer runModal(const Alert& alert) = 0;
 
     virtual std::shared_ptr<Label> makeLabel(const LabelDescription& description) = 0;

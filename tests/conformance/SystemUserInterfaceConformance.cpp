@@ -1,3 +1,4 @@
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -95,6 +96,15 @@ TEST_P(UserInterfaceConformance, BlocksRunWhileAnAlertIsUpThatABlockHasOpened) {
     world->mainQueue().async([&] { hasRunMeanwhile = answered == 0; });
     EXPECT_TRUE(world->runUntil([&] { return answered != 0; }));
     EXPECT_TRUE(hasRunMeanwhile);
+}
+
+TEST_P(UserInterfaceConformance, AnAlertWhileAnotherIsUpCountsAsClosed) {
+    std::optional<int> second;
+    world->answerNextAlert(1, "");
+    world->mainQueue().async([&] { second = world->userInterface().runModal(keyAlert()).code; });
+    EXPECT_EQ(world->userInterface().runModal(keyAlert()).code,
+              platform::alertFirstButtonReturn + 1);
+    EXPECT_EQ(second, 0);
 }
 
 INSTANTIATE_TEST_SUITE_P(Worlds, UserInterfaceConformance, everySystemWorld(), systemWorldName);

@@ -74,6 +74,14 @@ class Prompt(DictationTest):
         self.keyboard.press("Escape")
         wait_for(lambda: not visible_windows(self.desktop), "no question")
 
+    def test_a_press_meanwhile_asks_no_second_time(self):
+        self.hold()
+        self.keyboard.release()
+        self.keyboard.type("typed-key")
+        self.keyboard.press("Return")
+        self.window.wait_until_gone()
+        self.assertEqual(visible_windows(self.desktop), [])
+
     def test_a_typed_key_is_saved_by_return_and_used(self):
         self.keyboard.type("typed-key")
         self.keyboard.press("Return")

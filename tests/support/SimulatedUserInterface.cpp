@@ -64,6 +64,9 @@ std::shared_ptr<platform::Image> SimulatedUserInterface::systemSymbol(
 }
 
 platform::AlertAnswer SimulatedUserInterface::runModal(const platform::Alert& alert) {
+    if (isModal) {
+        return {};
+    }
     journal_.add("runModal");
     alerts.push_back(alert);
     isModal = true;

@@ -1,5 +1,7 @@
 #include "platform/linux/system/QtUserInterface.h"
 
+#include <QApplication>
+
 #include "platform/linux/system/AlertDialog.h"
 #include "platform/linux/system/Pictures.h"
 #include "platform/linux/system/QtButton.h"
@@ -67,6 +69,9 @@ std::shared_ptr<platform::Image> QtUserInterface::genericApplicationIcon() {
 }
 
 platform::AlertAnswer QtUserInterface::runModal(const platform::Alert& alert) {
+    if (QApplication::activeModalWidget() != nullptr) {
+        return {};
+    }
     return AlertDialog(alert).run();
 }
 

@@ -25,6 +25,9 @@ NSTextField* makeField(const platform::Alert& alert) {
 }  // namespace
 
 platform::AlertAnswer runAlert(const platform::Alert& alert) {
+    if (NSApp.modalWindow != nil) {
+        return {};
+    }
     NSAlert* dialog = [[NSAlert alloc] init];
     [dialog setMessageText:nsString(alert.messageText)];
     [dialog setInformativeText:nsString(alert.informativeText)];
