@@ -62,8 +62,8 @@ void AtspiSession::askForAddress() {
     if (isAsking_) {
         return;
     }
-    isAsking_ = bus_->call(bus_->newCall(accessibilityBus, "org.a11y.Bus", "GetAddress"), patienceWithBus,
-                           [this](sd_bus_message* answer) {
+    isAsking_ = bus_->call(bus_->newCall(accessibilityBus, "org.a11y.Bus", "GetAddress"),
+                           patienceWithBus, [this](sd_bus_message* answer) {
                                isAsking_ = false;
                                const char* address = nullptr;
                                if (sd_bus_message_read(answer, "s", &address) > 0) {
@@ -75,8 +75,8 @@ void AtspiSession::askForAddress() {
 }
 
 void AtspiSession::askWhetherEnabled() {
-    bus_->call(bus_->newPropertyCall(accessibilityBus, statusInterface, "IsEnabled"), patienceWithBus,
-               [this](sd_bus_message* answer) {
+    bus_->call(bus_->newPropertyCall(accessibilityBus, statusInterface, "IsEnabled"),
+               patienceWithBus, [this](sd_bus_message* answer) {
                    // A desktop without the switch has nothing switched on.
                    handlers_.onEnabled(truthIn(answer).value_or(false));
                });
