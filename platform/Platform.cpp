@@ -1,47 +1,62 @@
 #include "platform/Platform.h"
 
 #include <cstdlib>
-#include <utility>
 
 namespace tarvik::platform {
 
 namespace {
-Platform* currentPlatform = nullptr;
+std::atomic<Platform*> currentPlatform = nullptr;
 }
 
 Platform::Platform() {
-    if (currentPlatform != nullptr) {
+    Platform* none = nullptr;
+    if (!currentPlatform.compare_exchange_strong(none, this)) {
         std::abort();
     }
-    currentPlatform = this;
 }
 
 Platform::~Platform() {
     releaseSharedInstances();
-    currentPlatform = nullptr;
+    currentPlatform.store(nullptr);
 }
 
 void Platform::releaseSharedInstances() {
-    while (!sharedInstances_.empty()) {
-        const SharedInstance last = std::move(sharedInstances_.back());
-        sharedInstances_.pop_back();
+    SharedSlot* slot = sharedSlots_.exchange(nullptr);
+    while (slot != nullptr) {
+        SharedSlot* next = slot->next;
+        delete slot;
+        slot = next;
     }
 }
 
 Platform& Platform::current() {
-    if (currentPlatform == nullptr) {
+    Platform* platform = currentPlatform.load();
+    if (platform == nullptr) {
         std::abort();
     }
-    return *currentPlatform;
+    return *platform;
 }
 
-void* Platform::sharedInstance(const void* type) const {
-    for (const SharedInstance& shared : sharedInstances_) {
-        if (shared.type == type) {
-            return shared.instance.get();
+// Slots are only ever added at the front, so a walk needs no lock. A type that two threads add at
+// the same moment is looked for again before the later one is put in.
+Platform::SharedSlot& Platform::sharedSlot(const void* type) {
+    std::unique_ptr<SharedSlot> fresh;
+    SharedSlot* head = sharedSlots_.load(std::memory_order_acquire);
+    while (true) {
+        for (SharedSlot* slot = head; slot != nullptr; slot = slot->next) {
+            if (slot->type == type) {
+                return *slot;
+            }
+        }
+        if (!fresh) {
+            fresh = std::make_unique<SharedSlot>();
+            fresh->type = type;
+        }
+        fresh->next = head;
+        if (sharedSlots_.compare_exchange_weak(head, fresh.get(), std::memory_order_acq_rel)) {
+            return *fresh.release();
         }
     }
-    return nullptr;
 }
 
 }  // namespace tarvik::platform

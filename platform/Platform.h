@@ -1,7 +1,8 @@
 #pragma once
 
+#include <atomic>
 #include <memory>
-#include <vector>
+#include <mutex>
 
 #include "platform/Accessibility.h"
 #include "platform/Application.h"
@@ -26,8 +27,7 @@ namespace tarvik::platform {
 /// The services of one desktop, gathered. It outlives every object that uses one of them.
 ///
 /// While it lives it is the current platform; there is at most one at a time. Objects take the
-/// services they use by constructor; only the `shared` instances look the current platform up. It
-/// is made, asked and destroyed on the main thread; each service says what it allows others.
+/// services they use by constructor; only the `shared` instances look the current platform up.
 class Platform {
   public:
     Platform();
@@ -53,20 +53,16 @@ class Platform {
     virtual LoginItemService& loginItem() = 0;
     virtual UserInterface& userInterface() = 0;
 
-    /// The platform that lives now; without one the process stops.
+    /// The platform that lives now; without one the process stops. Any thread.
     static Platform& current();
 
     /// The instance of `T` that exists once per platform, made from the platform on first use and
-    /// destroyed with it, the newest first.
+    /// destroyed with it. Any thread.
     template <typename T>
     T& shared() {
-        void* instance = sharedInstance(&typeTag<T>);
-        if (instance == nullptr) {
-            const auto made = std::make_shared<T>(*this);
-            sharedInstances_.push_back({&typeTag<T>, made});
-            instance = made.get();
-        }
-        return *static_cast<T*>(instance);
+        SharedSlot& slot = sharedSlot(&typeTag<T>);
+        std::call_once(slot.once, [&] { slot.instance = std::make_shared<T>(*this); });
+        return *static_cast<T*>(slot.instance.get());
     }
 
   protected:
@@ -75,8 +71,10 @@ class Platform {
     void releaseSharedInstances();
 
   private:
-    struct SharedInstance {
-        const void* type;
+    struct SharedSlot {
+        const void* type = nullptr;
+        SharedSlot* next = nullptr;
+        std::once_flag once;
         std::shared_ptr<void> instance;
     };
 
@@ -84,9 +82,9 @@ class Platform {
     template <typename T>
     static constexpr char typeTag = 0;
 
-    void* sharedInstance(const void* type) const;
+    SharedSlot& sharedSlot(const void* type);
 
-    std::vector<SharedInstance> sharedInstances_;
+    std::atomic<SharedSlot*> sharedSlots_ = nullptr;
 };
 
 /// The platform that this program was built for. `argumentCount` and `arguments` are those of main

@@ -23,19 +23,6 @@ struct OtherInstance {
     explicit OtherInstance(platform::Platform&) {}
 };
 
-/// The ends of instances, in order.
-std::vector<std::string> ends;
-
-struct Used {
-    explicit Used(platform::Platform&) {}
-    ~Used() { ends.emplace_back("used"); }
-};
-
-struct User {
-    explicit User(platform::Platform& platform) { platform.shared<Used>(); }
-    ~User() { ends.emplace_back("user"); }
-};
-
 TEST(Platform, IsTheCurrentOneWhileItLives) {
     simulated::SimulatedPlatform platform;
     EXPECT_EQ(&platform::Platform::current(), &platform);
@@ -48,14 +35,6 @@ TEST(Platform, MakesASharedInstanceOnFirstUseAndOnce) {
     EXPECT_EQ(&platform.shared<Instance>(), &first);
     EXPECT_EQ(platform.log().lines(), std::vector<std::string>({"made"}));
     EXPECT_NE(static_cast<void*>(&platform.shared<OtherInstance>()), &first);
-}
-
-TEST(Platform, DestroysASharedInstanceBeforeTheOneThatItWasMadeWith) {
-    {
-        simulated::SimulatedPlatform platform;
-        platform.shared<User>();
-    }
-    EXPECT_EQ(ends, std::vector<std::string>({"user", "used"}));
 }
 
 TEST(Platform, StartsAfreshWithEachPlatform) {
