@@ -2,9 +2,12 @@
 #include <QAccessible>
 #include <QCheckBox>
 #include <QFontInfo>
+#include <QImage>
 #include <QLabel>
 #include <QLineEdit>
 #include <QPushButton>
+#include <QStyle>
+#include <algorithm>
 #include <array>
 #include <cstdlib>
 #include <map>
@@ -114,6 +117,22 @@ TEST_F(SystemViewsTest, APlaceholderIsLegibleUnderEveryThemeAndWeakerThanTheText
         EXPECT_TRUE(runUntil([&] { return placeholder() >= 4.5; })) << window.name().toStdString();
         EXPECT_LT(placeholder(), 0.8 * contrast(field.palette().color(QPalette::Text),
                                                 field.palette().color(QPalette::Base)));
+    }
+}
+
+TEST_F(SystemViewsTest, AnEmptyBoxCanBeSeenUnderEveryTheme) {
+    const auto made = userInterface.makeCheckbox({.title = "Launch at login"});
+    auto& box = dynamic_cast<QCheckBox&>(*made);
+    const int side = box.style()->pixelMetric(QStyle::PM_IndicatorWidth);
+    for (const QColor& window : {QColor(Qt::white), QColor(0xef, 0xef, 0xef), darkWindow}) {
+        QApplication::setPalette(themed(window));
+        const QImage drawn = box.grab().toImage();
+        double strongest = 0;
+        for (int x = 0; x < side; ++x) {
+            strongest =
+                std::max(strongest, contrast(drawn.pixelColor(x, drawn.height() / 2), window));
+        }
+        EXPECT_GE(strongest, 3) << window.name().toStdString();
     }
 }
 
