@@ -163,6 +163,21 @@ TEST_F(AtspiAccessibility, AFieldThatTakesOnlyAPartIsLeftWithoutIt) {
         << target->text();
 }
 
+TEST_F(AtspiAccessibility, AFieldThatMakesRoomAtItsEndGetsItsEndBack) {
+    open("cutting", "begin end", {"--select", "6:6"});
+    EXPECT_NE(write(element, "middle"), platform::axErrorSuccess);
+    EXPECT_TRUE(becomesTrue([this] { return target->text() == "begin end"; }, patience))
+        << target->text();
+    EXPECT_EQ(insertions(), "2");
+}
+
+TEST_F(AtspiAccessibility, AFieldThatMakesALittleRoomAtItsEndGetsItsEndBack) {
+    open("cutting", "begin end", {"--select", "2:5"});
+    EXPECT_NE(write(element, "middle"), platform::axErrorSuccess);
+    EXPECT_TRUE(becomesTrue([this] { return target->text() == "be end"; }, patience))
+        << target->text();
+}
+
 TEST_F(AtspiAccessibility, ASelectionThatStaysKeepsTheTextOut) {
     open("undeletable", "one two", {"--select", "4:7"});
     EXPECT_NE(write(element, "text"), platform::axErrorSuccess);

@@ -21,6 +21,8 @@ constexpr milliseconds patienceForQuestions{300};
 // Some programs take a text over a little after they have said so.
 constexpr milliseconds patienceForArrival{200};
 constexpr milliseconds pauseBetweenLooks{20};
+// Fields that are bounded are shorter, and a longer text would be read with every piece.
+constexpr std::int64_t longestBehind = 1000;
 
 bool isYes(sd_bus_message* answer) {
     int yes = 0;
@@ -59,6 +61,7 @@ std::string commonBeginning(const std::string& text, const std::string& found) {
 // The same around the insertion of a text.
 struct Insertion {
     std::optional<std::int64_t> countBefore;
+    std::optional<std::string> behind;
     std::optional<std::int64_t> count;
     std::optional<std::string> found;
     std::optional<std::int64_t> caret;
@@ -225,6 +228,8 @@ AXError TextWrite::insert() {
         });
     calls.add(widget_.newCharacterCount(),
               [insertion](sd_bus_message* answer) { insertion->countBefore = integerIn(answer); });
+    calls.add(widget_.newReading(offset_, std::min(offset_ + longestBehind, countBefore_)),
+              [insertion](sd_bus_message* answer) { insertion->behind = plainTextIn(answer); });
     calls.add(widget_.newInsertion(offset_, text_),
               [insertion](sd_bus_message* answer) { insertion->isAccepted = isYes(answer); });
     calls.add(widget_.newCharacterCount(),
@@ -237,6 +242,7 @@ AXError TextWrite::insert() {
         return giveUpOnSilence();
     }
     countBefore_ = insertion->countBefore.value_or(countBefore_);
+    behind_ = insertion->behind;
     count_ = insertion->count;
     caret_ = insertion->caret;
     isAccepted_ = insertion->isAccepted;
@@ -255,6 +261,10 @@ AXError TextWrite::judge() {
     if (hasArrived() || (isAccepted_ && hasSettled([this] { return hasArrived(); }))) {
         return platform::axErrorSuccess;
     }
+    if (isAccepted_ && isCutOff()) {
+        putBack();
+        return platform::axErrorFailure;
+    }
     if (inserted_ == 0) {
         return isAccepted_ ? declareUnreliable("does not insert what it says it inserts")
                            : platform::axErrorFailure;
@@ -262,6 +272,23 @@ AXError TextWrite::judge() {
     // Part of it arrived: a field with a greatest length, for one.
     deleteInserted(inserted_);
     return platform::axErrorFailure;
+}
+
+// Qt's line edit takes the whole text anew, and cuts its end off at its greatest length.
+bool TextWrite::isCutOff() {
+    if (!count_ || !behind_ || widget_.countOf(*behind_) != countBefore_ - offset_) {
+        return false;
+    }
+    std::optional<std::string> there;
+    CallBatch look(bus_, deadline_);
+    look.add(widget_.newReading(offset_, *count_),
+             [&](sd_bus_message* answer) { there = plainTextIn(answer); });
+    return look.await() && there && !there->ends_with(*behind_);
+}
+
+void TextWrite::putBack() {
+    bus_.send(widget_.newDeletion(offset_, *count_));
+    bus_.send(widget_.newInsertion(offset_, *behind_));
 }
 
 void TextWrite::takeBack() {
@@ -312,7 +339,7 @@ bool TextWrite::hasArrived() {
     CallBatch look(bus_, deadline_);
     look.add(widget_.newReading(offset_, offset_ + countOfText()),
              [&](sd_bus_message* answer) { isThere = plainTextIn(answer) == text_; });
-    return look.await() && isThere;
+    return look.await() && isThere && !isCutOff();
 }
 
 bool TextWrite::readCount() {

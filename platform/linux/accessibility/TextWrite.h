@@ -45,6 +45,8 @@ class TextWrite {
     platform::AXError deleteSelection();
     platform::AXError insert();
     platform::AXError judge();
+    bool isCutOff();
+    void putBack();
     platform::AXError giveUpOnSilence();
     platform::AXError declareUnreliable(const char* what);
     bool hasSettled(const std::function<bool()>& isRight);
@@ -74,6 +76,8 @@ class TextWrite {
     std::optional<std::int64_t> count_;
     /// Without the selection, before the insertion.
     std::int64_t countBefore_ = 0;
+    /// What stood behind the place of the insertion, at most longestBehind of it.
+    std::optional<std::string> behind_;
     bool isAccepted_ = false;
     /// How much the insertion itself added.
     std::int64_t inserted_ = 0;

@@ -30,7 +30,7 @@ FIELD = "/org/a11y/atspi/accessible/1"
 
 parser = argparse.ArgumentParser(description=__doc__)
 parser.add_argument("--behaviour", default="honest",
-                    choices=["honest", "liar", "late", "refusing", "short",
+                    choices=["honest", "liar", "late", "refusing", "short", "cutting",
                              "silent-on-insertion", "silent-and-refusing", "silent-and-short",
                              "silent-on-deletion", "dying-on-insertion", "slow", "undeletable",
                              "nonsense"])
@@ -70,6 +70,8 @@ class Field:
         if options.behaviour in ("short", "silent-and-short"):
             text = text[:3]
         self.replace(position, position, text)
+        if options.behaviour == "cutting":
+            self.replace(len(options.text), len(self.text), "")
 
 
 field = Field()
