@@ -92,6 +92,14 @@ class Insertion(DictationTest):
         self.keyboard.type("x")
         wait_for(lambda: target.typed_keys == 1, "a key typed by hand to be counted")
 
+    def test_a_bounded_qt_entry_keeps_what_stands_behind_the_caret(self):
+        target = self.start_target("qt6", widget="entry", text="begin end", select="6:6",
+                                   max_length="9")
+        self.dictate(self.service, "middle")
+        # It is typed in the end, into a line that is full.
+        wait_for(lambda: target.typed_keys == len("middle"), "the text as keys")
+        target.wait_for_text("begin end")
+
     def test_a_long_text_arrives_whole(self):
         target = self.start_target("gtk3")
         text = " ".join(f"word{number}" for number in range(400))

@@ -43,7 +43,6 @@ class Line(QLineEdit):
         super().focusInEvent(event)
         focused()
 
-
     def keyPressEvent(self, event):
         typed_keys.press(event.text())
         super().keyPressEvent(event)
@@ -108,6 +107,8 @@ def command(line):
 
 if options.widget == "entry":
     widget = Line()
+    if options.max_length:
+        widget.setMaxLength(options.max_length)
     widget.setText(options.text)
 else:
     widget = Area()

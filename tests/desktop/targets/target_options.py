@@ -11,6 +11,8 @@ def parse(description):
     parser.add_argument("--text", default="", help="the text it begins with")
     parser.add_argument("--select", metavar="A:B",
                         help="select from character A to character B; A:A places the caret")
+    parser.add_argument("--max-length", type=int, metavar="N",
+                        help="the most characters that a single line takes (Qt)")
     parser.add_argument("--menu-bar", action="store_true", help="with a menu bar (Alt+F)")
     parser.add_argument("--readonly", action="store_true")
     parser.add_argument("--button", action="store_true",
