@@ -35,8 +35,8 @@ void ask(MessageBus& bus, BusMessage call, const std::function<void(sd_bus_messa
         isAnswered = true;
         read(answer);
     }));
-    EXPECT_TRUE(
-        bus.dispatchUntil([&] { return isAnswered; }, std::chrono::steady_clock::now() + patienceWithBus));
+    EXPECT_TRUE(bus.dispatchUntil([&] { return isAnswered; },
+                                  std::chrono::steady_clock::now() + patienceWithBus));
 }
 
 pid_t ownerOn(MessageBus& bus, const std::string& name) {

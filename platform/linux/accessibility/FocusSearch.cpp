@@ -34,8 +34,8 @@ void FocusSearch::ask() {
 
 void FocusSearch::ask(const BusObject& widget) {
     // The calls hold the search: it lives as long as an answer is outstanding.
-    if (bus_.call(bus_.newCall(widget, accessible::accessibleInterface, "GetState"), patienceWithWidgets,
-                  [self = shared_from_this(), widget](sd_bus_message* answer) {
+    if (bus_.call(bus_.newCall(widget, accessible::accessibleInterface, "GetState"),
+                  patienceWithWidgets, [self = shared_from_this(), widget](sd_bus_message* answer) {
                       self->onStates(widget, answer);
                   })) {
         ++inFlight_;
@@ -43,8 +43,8 @@ void FocusSearch::ask(const BusObject& widget) {
 }
 
 void FocusSearch::askForChildren(const BusObject& widget) {
-    if (bus_.call(bus_.newCall(widget, accessible::accessibleInterface, "GetChildren"), patienceWithWidgets,
-                  [self = shared_from_this(), widget](sd_bus_message* answer) {
+    if (bus_.call(bus_.newCall(widget, accessible::accessibleInterface, "GetChildren"),
+                  patienceWithWidgets, [self = shared_from_this(), widget](sd_bus_message* answer) {
                       self->onChildren(widget, answer);
                   })) {
         ++inFlight_;
