@@ -43,8 +43,12 @@ void convertVector(Tag tag, const float* const* channels, std::uint32_t channelC
     } else if constexpr (averaging == Averaging::divide) {
         mean = hn::Div(mean, hn::Set(tag, static_cast<float>(channelCount)));
     }
-    // In this form what is not a number counts as full scale.
+    // What is not a number counts as full scale: on x86 the lesser of it and another is the second.
+#if HWY_ARCH_X86
+    const auto upperClamped = hn::Min(mean, one);
+#else
     const auto upperClamped = hn::IfThenElse(hn::Lt(mean, one), mean, one);
+#endif
     const auto scaled = hn::Mul(hn::Max(upperClamped, minusOne), hn::Set(tag, 32767.0F));
     // A whole number up to 2^22 stands in the low bits of its sum with this. Highway's own
     // conversion guards against numbers out of range, which there are none here, and takes twice as
