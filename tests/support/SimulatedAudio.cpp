@@ -4,17 +4,6 @@
 
 namespace tarvik::simulated {
 
-class SimulatedAudio::Observation final : public platform::AudioObservation {
-  public:
-    Observation(Observers& observers, Observers::iterator position)
-        : observers_(observers), position_(position) {}
-    ~Observation() override { observers_.erase(position_); }
-
-  private:
-    Observers& observers_;
-    Observers::iterator position_;
-};
-
 std::unique_ptr<platform::AudioEngine> SimulatedAudio::makeEngine() {
     journal_.add("makeEngine");
     auto record = std::make_shared<SimulatedAudioEngineRecord>();
@@ -38,8 +27,7 @@ std::unique_ptr<platform::AudioEngine> SimulatedAudio::makeEngine() {
 std::unique_ptr<platform::AudioObservation> SimulatedAudio::observeConfigurationChange(
     std::function<void()> handler) {
     journal_.add("observeConfigurationChange");
-    return std::make_unique<Observation>(observers_,
-                                         observers_.insert(observers_.end(), std::move(handler)));
+    return observers_.add(std::move(handler));
 }
 
 std::vector<std::shared_ptr<SimulatedAudioEngineRecord>> SimulatedAudio::engines() const {
@@ -75,10 +63,7 @@ void SimulatedAudio::notifyObservers() {
         const std::lock_guard lock(mutex_);
         changeIsPending_ = false;
     }
-    const Observers observers = observers_;
-    for (const std::function<void()>& observer : observers) {
-        observer();
-    }
+    observers_.call();
 }
 
 bool SimulatedAudio::deliver(const platform::AudioPcmBuffer& buffer) {

@@ -1,13 +1,13 @@
 #pragma once
 
 #include <functional>
-#include <list>
 #include <memory>
 #include <mutex>
 #include <optional>
 #include <string>
 #include <vector>
 
+#include "base/Observers.h"
 #include "platform/AudioEngine.h"
 #include "tests/support/Journal.h"
 #include "tests/support/SimulatedAudioEngine.h"
@@ -37,7 +37,7 @@ class SimulatedAudio final : public platform::AudioService {
     /// The engines made so far, gone ones too, from first to last. Any thread.
     std::vector<std::shared_ptr<SimulatedAudioEngineRecord>> engines() const;
     std::shared_ptr<SimulatedAudioEngineRecord> lastEngine() const { return engines().back(); }
-    std::size_t observers() const { return observers_.size(); }
+    std::size_t observers() const { return observers_.count(); }
 
     /// Hands one buffer to every running engine with a tap, on the calling thread: one array of
     /// samples for each channel, all of one length. False when no engine took it.
@@ -48,9 +48,6 @@ class SimulatedAudio final : public platform::AudioService {
     bool deliverWithoutFloatSamples(std::uint32_t frames);
 
   private:
-    class Observation;
-    using Observers = std::list<std::function<void()>>;
-
     platform::AudioFormat inputFormat() const;
     bool deliver(const platform::AudioPcmBuffer& buffer);
     void notifyObservers();
@@ -61,7 +58,7 @@ class SimulatedAudio final : public platform::AudioService {
     platform::AudioFormat inputFormat_{48000, 1};
     std::optional<Error> startFailure_;
     std::vector<std::shared_ptr<SimulatedAudioEngineRecord>> engines_;
-    Observers observers_;
+    Observers<platform::AudioObservation> observers_;
     bool changeIsPending_ = false;
 };
 

@@ -1,11 +1,10 @@
 #pragma once
 
 #include <atomic>
-#include <cstdint>
 #include <functional>
-#include <map>
 #include <memory>
 
+#include "base/Observers.h"
 #include "platform/AudioEngine.h"
 #include "platform/MainQueue.h"
 
@@ -25,14 +24,9 @@ class ConfigurationChanges : public std::enable_shared_from_this<ConfigurationCh
         std::function<void()> handler);
 
   private:
-    class Observation;
-
-    void callObservers();
-
     platform::MainQueue& mainQueue_;
     std::atomic<bool> pending_ = false;
-    std::map<std::uint64_t, std::function<void()>> observers_;
-    std::uint64_t nextObserver_ = 0;
+    Observers<platform::AudioObservation> observers_;
 };
 
 }  // namespace tarvik::linuxdesktop

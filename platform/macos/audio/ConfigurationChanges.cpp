@@ -2,24 +2,8 @@
 
 #include <algorithm>
 #include <utility>
-#include <vector>
 
 namespace tarvik::macdesktop {
-
-class ConfigurationChanges::Observation : public platform::AudioObservation {
-  public:
-    Observation(std::weak_ptr<ConfigurationChanges> changes, std::uint64_t observer)
-        : changes_(std::move(changes)), observer_(observer) {}
-    ~Observation() override {
-        if (const auto changes = changes_.lock()) {
-            changes->observers_.erase(observer_);
-        }
-    }
-
-  private:
-    std::weak_ptr<ConfigurationChanges> changes_;
-    std::uint64_t observer_;
-};
 
 void ConfigurationChanges::add(Engine engine, std::function<bool()> isRunning) {
     engines_.insert_or_assign(engine, std::move(isRunning));
@@ -44,9 +28,7 @@ void ConfigurationChanges::report(Engine engine) {
 
 std::unique_ptr<platform::AudioObservation> ConfigurationChanges::observe(
     std::function<void()> handler) {
-    const std::uint64_t observer = nextObserver_++;
-    observers_.emplace(observer, std::move(handler));
-    return std::make_unique<Observation>(weak_from_this(), observer);
+    return observers_.add(std::move(handler));
 }
 
 // On the main thread, and so after a start that was under way when its engine was reported.
@@ -61,21 +43,7 @@ void ConfigurationChanges::judgeReports() {
         return found != engines_.end() && !found->second();
     });
     if (hasStopped) {
-        callObservers();
-    }
-}
-
-void ConfigurationChanges::callObservers() {
-    std::vector<std::uint64_t> present;
-    for (const auto& [observer, handler] : observers_) {
-        present.push_back(observer);
-    }
-    for (const std::uint64_t observer : present) {
-        // A handler may drop any observation, its own included.
-        if (const auto found = observers_.find(observer); found != observers_.end()) {
-            const auto handler = found->second;
-            handler();
-        }
+        observers_.call();
     }
 }
 

@@ -1,12 +1,12 @@
 #pragma once
 
-#include <cstdint>
 #include <functional>
 #include <map>
 #include <memory>
 #include <mutex>
 #include <set>
 
+#include "base/Observers.h"
 #include "platform/AudioEngine.h"
 #include "platform/MainQueue.h"
 
@@ -41,15 +41,11 @@ class ConfigurationChanges : public std::enable_shared_from_this<ConfigurationCh
         std::function<void()> handler);
 
   private:
-    class Observation;
-
     void judgeReports();
-    void callObservers();
 
     platform::MainQueue& mainQueue_;
     std::map<Engine, std::function<bool()>> engines_;
-    std::map<std::uint64_t, std::function<void()>> observers_;
-    std::uint64_t nextObserver_ = 0;
+    Observers<platform::AudioObservation> observers_;
     std::mutex mutex_;
     /// Those that the main thread has not got to.
     std::set<Engine> reported_;
