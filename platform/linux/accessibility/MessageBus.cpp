@@ -147,6 +147,14 @@ std::optional<std::string> plainTextIn(sd_bus_message* answer) {
     return text;
 }
 
+std::optional<std::int32_t> plainIntegerIn(sd_bus_message* answer) {
+    std::int32_t value = 0;
+    if (sd_bus_message_read(answer, "i", &value) <= 0) {
+        return std::nullopt;
+    }
+    return value;
+}
+
 bool isSilence(sd_bus_message* answer) {
     return sd_bus_message_is_method_error(answer, SD_BUS_ERROR_NO_REPLY) > 0;
 }

@@ -84,6 +84,8 @@ class MessageBus {
 
 /// The text that an answer consists of; empty when it is an error or of another type.
 std::optional<std::string> plainTextIn(sd_bus_message* answer);
+/// The number that an answer consists of; empty when it is an error or of another type.
+std::optional<std::int32_t> plainIntegerIn(sd_bus_message* answer);
 /// Whether the message says that nobody answered: too late, or gone in between.
 bool isSilence(sd_bus_message* answer);
 /// The content of a property that was asked for; empty when the answer is an error or of another

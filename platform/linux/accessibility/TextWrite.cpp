@@ -2,10 +2,10 @@
 
 #include <algorithm>
 #include <chrono>
-#include <memory>
 #include <utility>
 
 #include "platform/linux/accessibility/CallBatch.h"
+#include "platform/linux/accessibility/TextOrders.h"
 
 namespace tarvik::linuxdesktop {
 
@@ -21,58 +21,6 @@ constexpr milliseconds patienceForQuestions{300};
 // Some programs take a text over a little after they have said so.
 constexpr milliseconds patienceForArrival{200};
 constexpr milliseconds pauseBetweenLooks{20};
-// Fields that are bounded are shorter, and a longer text would be read with every piece.
-constexpr std::int64_t longestBehind = 1000;
-
-bool isYes(sd_bus_message* answer) {
-    int yes = 0;
-    return sd_bus_message_read(answer, "b", &yes) > 0 && yes != 0;
-}
-
-bool isSelectionIn(sd_bus_message* answer) {
-    std::int32_t selections = 0;
-    return sd_bus_message_read(answer, "i", &selections) > 0 && selections > 0;
-}
-
-// What a program has answered around the deletion of its selection. The calls follow each other
-// closely, so they tell what the deletion itself did.
-struct Deletion {
-    bool hadSelection = false;
-    std::optional<std::int64_t> caret;
-    std::optional<std::string> deleted;
-    std::optional<std::int64_t> countBefore;
-    std::optional<std::int64_t> count;
-    bool isAccepted = false;
-
-    bool isOfSomethingElse() const {
-        return !hadSelection && deleted && countBefore && count && *count < *countBefore;
-    }
-};
-
-// As much of `text` as `found` begins with, in whole characters.
-std::string commonBeginning(const std::string& text, const std::string& found) {
-    auto end = std::mismatch(text.begin(), text.end(), found.begin(), found.end()).first;
-    while (end != text.begin() && end != text.end() && (*end & 0xC0) == 0x80) {
-        --end;
-    }
-    return {text.begin(), end};
-}
-
-// The same around the insertion of a text.
-struct Insertion {
-    std::optional<std::int64_t> countBefore;
-    std::optional<std::string> behind;
-    std::optional<std::int64_t> count;
-    std::optional<std::string> found;
-    std::optional<std::int64_t> caret;
-    bool isAccepted = false;
-
-    std::int64_t inserted(std::int64_t most) const {
-        return isAccepted && countBefore && count
-                   ? std::clamp<std::int64_t>(*count - *countBefore, 0, most)
-                   : 0;
-    }
-};
 
 }  // namespace
 
@@ -166,8 +114,9 @@ bool TextWrite::askForText(MessageBus::Moment limit) {
 void TextWrite::askForSelection(CallBatch& questions) {
     // The program answers in the order of the calls. What it says about a selection counts only
     // when it says that there is one; otherwise some answer an error, some a stale range.
-    questions.add(widget_.newSelectionCount(),
-                  [this](sd_bus_message* answer) { hasSelection_ = isSelectionIn(answer); });
+    questions.add(widget_.newSelectionCount(), [this](sd_bus_message* answer) {
+        hasSelection_ = plainIntegerIn(answer).value_or(0) > 0;
+    });
     questions.add(widget_.newSelection(), [this](sd_bus_message* answer) {
         std::int32_t start = 0;
         std::int32_t end = 0;
@@ -179,27 +128,8 @@ void TextWrite::askForSelection(CallBatch& questions) {
 }
 
 AXError TextWrite::deleteSelection() {
-    const auto deletion = std::make_shared<Deletion>();
     CallBatch calls(bus_, deadline_);
-    calls.takeLateAnswers([deletion, bus = &bus_, widget = widget_, start = selectionStart_] {
-        if (deletion->isOfSomethingElse()) {
-            bus->send(widget.newInsertion(start, *deletion->deleted));
-            bus->send(widget.newCaretMove(deletion->caret.value_or(start)));
-        }
-    });
-    calls.add(widget_.newSelectionCount(), [deletion](sd_bus_message* answer) {
-        deletion->hadSelection = isSelectionIn(answer);
-    });
-    calls.add(widget_.newCaretOffset(),
-              [deletion](sd_bus_message* answer) { deletion->caret = integerIn(answer); });
-    calls.add(widget_.newReading(selectionStart_, selectionEnd_),
-              [deletion](sd_bus_message* answer) { deletion->deleted = plainTextIn(answer); });
-    calls.add(widget_.newCharacterCount(),
-              [deletion](sd_bus_message* answer) { deletion->countBefore = integerIn(answer); });
-    calls.add(widget_.newDeletion(selectionStart_, selectionEnd_),
-              [deletion](sd_bus_message* answer) { deletion->isAccepted = isYes(answer); });
-    calls.add(widget_.newCharacterCount(),
-              [deletion](sd_bus_message* answer) { deletion->count = integerIn(answer); });
+    const auto deletion = orderDeletion(calls, bus_, widget_, selectionStart_, selectionEnd_);
     if (!calls.await()) {
         return giveUpOnSilence();
     }
@@ -216,37 +146,14 @@ AXError TextWrite::deleteSelection() {
 }
 
 AXError TextWrite::insert() {
-    const auto insertion = std::make_shared<Insertion>();
     CallBatch calls(bus_, deadline_);
-    calls.takeLateAnswers(
-        [insertion, bus = &bus_, widget = widget_, offset = offset_, text = text_] {
-            // The count may have grown by typed characters too, but they are not what stands here.
-            const std::string there = commonBeginning(text, insertion->found.value_or(""));
-            if (const auto inserted = insertion->inserted(widget.countOf(there)); inserted > 0) {
-                bus->send(widget.newDeletion(offset, offset + inserted));
-            }
-        });
-    calls.add(widget_.newCharacterCount(),
-              [insertion](sd_bus_message* answer) { insertion->countBefore = integerIn(answer); });
-    calls.add(widget_.newReading(offset_, std::min(offset_ + longestBehind, countBefore_)),
-              [insertion](sd_bus_message* answer) { insertion->behind = plainTextIn(answer); });
-    calls.add(widget_.newInsertion(offset_, text_),
-              [insertion](sd_bus_message* answer) { insertion->isAccepted = isYes(answer); });
-    calls.add(widget_.newCharacterCount(),
-              [insertion](sd_bus_message* answer) { insertion->count = integerIn(answer); });
-    calls.add(widget_.newReading(offset_, offset_ + countOfText()),
-              [insertion](sd_bus_message* answer) { insertion->found = plainTextIn(answer); });
-    calls.add(widget_.newCaretOffset(),
-              [insertion](sd_bus_message* answer) { insertion->caret = integerIn(answer); });
+    insertion_ = orderInsertion(calls, bus_, widget_, offset_, countBefore_, text_);
     if (!calls.await()) {
         return giveUpOnSilence();
     }
-    countBefore_ = insertion->countBefore.value_or(countBefore_);
-    behind_ = insertion->behind;
-    count_ = insertion->count;
-    caret_ = insertion->caret;
-    isAccepted_ = insertion->isAccepted;
-    inserted_ = insertion->inserted(countOfText());
+    countBefore_ = insertion_->countBefore.value_or(countBefore_);
+    count_ = insertion_->count;
+    caret_ = insertion_->caret;
     const AXError status = judge();
     if (status == platform::axErrorSuccess) {
         moveCaret(offset_ + std::max(*count_ - countBefore_, countOfText()));
@@ -258,37 +165,39 @@ AXError TextWrite::insert() {
 }
 
 AXError TextWrite::judge() {
-    if (hasArrived() || (isAccepted_ && hasSettled([this] { return hasArrived(); }))) {
+    if (hasArrived() || (insertion_->isAccepted && hasSettled([this] { return hasArrived(); }))) {
         return platform::axErrorSuccess;
     }
-    if (isAccepted_ && isCutOff()) {
+    if (insertion_->isAccepted && isCutOff()) {
         putBack();
         return platform::axErrorFailure;
     }
-    if (inserted_ == 0) {
-        return isAccepted_ ? declareUnreliable("does not insert what it says it inserts")
-                           : platform::axErrorFailure;
+    const std::int64_t inserted = insertion_->inserted(countOfText());
+    if (inserted == 0) {
+        return insertion_->isAccepted ? declareUnreliable("does not insert what it says it inserts")
+                                      : platform::axErrorFailure;
     }
     // Part of it arrived: a field with a greatest length, for one.
-    deleteInserted(inserted_);
+    deleteInserted(inserted);
     return platform::axErrorFailure;
 }
 
 // Qt's line edit takes the whole text anew, and cuts its end off at its greatest length.
 bool TextWrite::isCutOff() {
-    if (!count_ || !behind_ || widget_.countOf(*behind_) != countBefore_ - offset_) {
+    if (!count_ || !insertion_->behind ||
+        widget_.countOf(*insertion_->behind) != countBefore_ - offset_) {
         return false;
     }
     std::optional<std::string> there;
     CallBatch look(bus_, deadline_);
     look.add(widget_.newReading(offset_, *count_),
              [&](sd_bus_message* answer) { there = plainTextIn(answer); });
-    return look.await() && there && !there->ends_with(*behind_);
+    return look.await() && there && !there->ends_with(*insertion_->behind);
 }
 
 void TextWrite::putBack() {
     bus_.send(widget_.newDeletion(offset_, *count_));
-    bus_.send(widget_.newInsertion(offset_, *behind_));
+    bus_.send(widget_.newInsertion(offset_, *insertion_->behind));
 }
 
 void TextWrite::takeBack() {

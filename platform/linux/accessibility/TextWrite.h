@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <functional>
+#include <memory>
 #include <optional>
 #include <string>
 
@@ -14,6 +15,7 @@
 namespace tarvik::linuxdesktop {
 
 class CallBatch;
+struct InsertionAnswers;
 
 /// One replacement of the selection of one widget. It belongs to the bus's thread; outside
 /// dispatch().
@@ -76,11 +78,8 @@ class TextWrite {
     std::optional<std::int64_t> count_;
     /// Without the selection, before the insertion.
     std::int64_t countBefore_ = 0;
-    /// What stood behind the place of the insertion, at most longestBehind of it.
-    std::optional<std::string> behind_;
-    bool isAccepted_ = false;
-    /// How much the insertion itself added.
-    std::int64_t inserted_ = 0;
+    /// Once it has been ordered.
+    std::shared_ptr<const InsertionAnswers> insertion_;
 };
 
 }  // namespace tarvik::linuxdesktop
