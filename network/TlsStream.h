@@ -19,7 +19,8 @@ namespace tarvik::network {
 /// Every handler that waits on it is wrapped in one type, so that TLS and the socket are compiled
 /// once; compiled anew for each operation of Beast they would be a quarter of the whole build.
 ///
-/// On the socket's executor only. It must not move while an operation is under way.
+/// On the socket's executor only, whatever executor a handler asks for; errors are those of Asio
+/// and OpenSSL. It must not move while an operation is under way.
 class TlsStream {
   public:
     using next_layer_type = boost::beast::ssl_stream<boost::asio::ip::tcp::socket>;
@@ -73,7 +74,7 @@ class TlsStream {
     template <typename Handler>
     static auto shared(Handler&& handler) {
         return [waiting = std::make_shared<std::decay_t<Handler>>(std::forward<Handler>(handler))](
-                   auto... result) { std::move (*waiting)(result...); };
+                   auto... result) { std::invoke(std::move(*waiting), result...); };
     }
 
     void read(Buffers buffers, Transferred done);
