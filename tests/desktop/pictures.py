@@ -41,8 +41,10 @@ class Photographer:
             pass
         pixels = self._desktop.folder / "picture.ppm"
         pixels.write_bytes(before)
-        self._desktop.run(["optipng", "-quiet", "-o5", "-clobber", pixels, "-out",
-                           self._folder / f"{name}-{self._surroundings.name}.png"], timeout=300)
+        picture = self._folder / f"{name}-{self._surroundings.name}.png"
+        # One that is there already would be kept under another name.
+        picture.unlink(missing_ok=True)
+        self._desktop.run(["optipng", "-quiet", "-o5", pixels, "-out", picture], timeout=300)
 
     def take_windows(self, tour):
         with tour.setup() as setup:
