@@ -10,11 +10,11 @@
 #include <vector>
 
 #include "audio/PcmConversion.h"
-#include "tests/conformance/WebSocketBeastWorld.h"
+#include "tests/conformance/websocket/BeastWorld.h"
 
 namespace {
 
-using tarvik::conformance::WebSocketBeastWorld;
+using tarvik::tests::BeastWorld;
 
 class SilentDelegate final : public tarvik::platform::WebSocketSessionDelegate {
   public:
@@ -25,7 +25,7 @@ class SilentDelegate final : public tarvik::platform::WebSocketSessionDelegate {
 // From a buffer of the microphone in the hands of the delivery thread until the socket has taken
 // the encrypted bytes of its message, as the completion of the send tells.
 void buffer_delivered_to_bytes_handed_to_the_socket(benchmark::State& state) {
-    WebSocketBeastWorld world;
+    BeastWorld world;
     const auto session = world.service().makeSession(std::make_shared<SilentDelegate>());
     const auto task = session->webSocketTask(world.request());
     task->resume();

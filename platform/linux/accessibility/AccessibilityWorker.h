@@ -13,7 +13,7 @@
 #include "platform/linux/accessibility/AccessibilityState.h"
 #include "platform/linux/accessibility/AtspiDesktop.h"
 #include "platform/linux/accessibility/AtspiElement.h"
-#include "platform/linux/system/FileDescriptor.h"
+#include "platform/linux/loop/FileDescriptor.h"
 
 namespace tarvik::linuxdesktop {
 

@@ -11,7 +11,7 @@
 #include "platform/linux/accessibility/AccessibilityState.h"
 #include "platform/linux/accessibility/AtspiRegistry.h"
 #include "platform/linux/accessibility/AtspiSession.h"
-#include "platform/linux/accessibility/MessageBus.h"
+#include "platform/linux/bus/MessageBus.h"
 
 namespace tarvik::linuxdesktop {
 

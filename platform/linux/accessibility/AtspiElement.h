@@ -8,7 +8,7 @@
 
 #include "platform/Accessibility.h"
 #include "platform/Workspace.h"
-#include "platform/linux/accessibility/MessageBus.h"
+#include "platform/linux/bus/MessageBus.h"
 
 namespace tarvik::linuxdesktop {
 

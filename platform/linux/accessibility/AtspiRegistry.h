@@ -5,7 +5,7 @@
 #include <string>
 
 #include "platform/linux/accessibility/FocusTracker.h"
-#include "platform/linux/accessibility/MessageBus.h"
+#include "platform/linux/bus/MessageBus.h"
 
 namespace tarvik::linuxdesktop {
 

@@ -5,7 +5,7 @@
 #include <optional>
 #include <string>
 
-#include "platform/linux/accessibility/MessageBus.h"
+#include "platform/linux/bus/MessageBus.h"
 
 namespace tarvik::linuxdesktop {
 

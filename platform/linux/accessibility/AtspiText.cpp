@@ -3,7 +3,7 @@
 #include <algorithm>
 
 #include "base/Text.h"
-#include "platform/linux/accessibility/Accessible.h"
+#include "platform/linux/accessibility/AtspiProtocol.h"
 
 namespace tarvik::linuxdesktop {
 

@@ -19,7 +19,7 @@ void CallBatch::takeLateAnswers(std::function<void()> whenComplete) {
 void CallBatch::add(BusMessage call, std::function<void(sd_bus_message*)> onAnswer) {
     using namespace std::chrono;
     const auto patience = progress_->whenCompleteLate
-                              ? MessageBus::forever
+                              ? MessageBus::noTimeout
                               : duration_cast<microseconds>(deadline_ - steady_clock::now());
     const bool isSent =
         bus_.call(std::move(call), patience,

@@ -3,7 +3,7 @@
 #include <functional>
 #include <memory>
 
-#include "platform/linux/accessibility/MessageBus.h"
+#include "platform/linux/bus/MessageBus.h"
 
 namespace tarvik::linuxdesktop {
 

@@ -7,8 +7,8 @@
 #include <optional>
 #include <string>
 
-#include "platform/linux/accessibility/Accessible.h"
-#include "platform/linux/accessibility/MessageBus.h"
+#include "platform/linux/accessibility/AtspiProtocol.h"
+#include "platform/linux/bus/MessageBus.h"
 
 namespace tarvik::linuxdesktop {
 

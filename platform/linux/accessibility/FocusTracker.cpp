@@ -5,7 +5,7 @@
 #include <utility>
 #include <vector>
 
-#include "platform/linux/accessibility/Accessible.h"
+#include "platform/linux/accessibility/AtspiProtocol.h"
 #include "platform/linux/accessibility/FocusSearch.h"
 
 namespace tarvik::linuxdesktop {

@@ -10,7 +10,7 @@
 #include "platform/Workspace.h"
 #include "platform/linux/accessibility/AtspiElement.h"
 #include "platform/linux/accessibility/FocusSnapshot.h"
-#include "platform/linux/accessibility/MessageBus.h"
+#include "platform/linux/bus/MessageBus.h"
 
 namespace tarvik::linuxdesktop {
 

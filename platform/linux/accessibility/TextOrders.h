@@ -7,7 +7,7 @@
 
 #include "platform/linux/accessibility/AtspiText.h"
 #include "platform/linux/accessibility/CallBatch.h"
-#include "platform/linux/accessibility/MessageBus.h"
+#include "platform/linux/bus/MessageBus.h"
 
 // The two orders that change a text, each between questions about it. The calls follow each other
 // closely, so what is answered around an order tells what the order itself did, and an order that a

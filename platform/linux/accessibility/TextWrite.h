@@ -7,10 +7,10 @@
 #include <string>
 
 #include "platform/Accessibility.h"
-#include "platform/linux/accessibility/Accessible.h"
 #include "platform/linux/accessibility/AtspiElement.h"
+#include "platform/linux/accessibility/AtspiProtocol.h"
 #include "platform/linux/accessibility/AtspiText.h"
-#include "platform/linux/accessibility/MessageBus.h"
+#include "platform/linux/bus/MessageBus.h"
 
 namespace tarvik::linuxdesktop {
 

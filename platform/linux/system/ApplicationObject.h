@@ -6,7 +6,7 @@
 #include "platform/Application.h"
 #include "platform/Clock.h"
 #include "platform/Log.h"
-#include "platform/linux/system/BusConnection.h"
+#include "platform/linux/bus/BusConnection.h"
 
 namespace tarvik::linuxdesktop {
 

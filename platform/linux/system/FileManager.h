@@ -5,7 +5,7 @@
 #include <string>
 
 #include "platform/Clock.h"
-#include "platform/linux/system/BusConnection.h"
+#include "platform/linux/bus/BusConnection.h"
 
 namespace tarvik::linuxdesktop {
 

@@ -3,7 +3,7 @@
 #include <string>
 
 #include "base/Time.h"
-#include "platform/linux/system/BusHandles.h"
+#include "platform/linux/bus/BusHandles.h"
 
 namespace tarvik::linuxdesktop {
 

@@ -11,7 +11,7 @@
 #include <memory>
 #include <utility>
 
-#include "platform/linux/system/FileDescriptor.h"
+#include "platform/linux/loop/FileDescriptor.h"
 
 namespace tarvik::linuxdesktop {
 

@@ -4,8 +4,8 @@
 #include <cstdlib>
 #include <utility>
 
-#include "platform/linux/system/UserAction.h"
-#include "platform/linux/system/WindowActivation.h"
+#include "platform/linux/windows/UserAction.h"
+#include "platform/linux/windows/WindowActivation.h"
 
 namespace tarvik::linuxdesktop {
 

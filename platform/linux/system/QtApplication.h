@@ -10,7 +10,7 @@
 
 #include "platform/Application.h"
 #include "platform/Clock.h"
-#include "platform/linux/system/Alarm.h"
+#include "platform/linux/loop/Alarm.h"
 #include "platform/linux/system/TerminationSignals.h"
 
 namespace tarvik::linuxdesktop {

@@ -8,7 +8,7 @@
 
 #include "platform/Clock.h"
 #include "platform/MainQueue.h"
-#include "platform/linux/system/Alarm.h"
+#include "platform/linux/loop/Alarm.h"
 
 namespace tarvik::linuxdesktop {
 

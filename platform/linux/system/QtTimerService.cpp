@@ -5,7 +5,7 @@
 #include <memory>
 #include <utility>
 
-#include "platform/linux/system/Alarm.h"
+#include "platform/linux/loop/Alarm.h"
 
 namespace tarvik::linuxdesktop {
 

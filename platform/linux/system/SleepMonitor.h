@@ -6,8 +6,8 @@
 
 #include "platform/Clock.h"
 #include "platform/Log.h"
-#include "platform/linux/system/Alarm.h"
-#include "platform/linux/system/BusConnection.h"
+#include "platform/linux/bus/BusConnection.h"
+#include "platform/linux/loop/Alarm.h"
 #include "platform/linux/system/SocketWatch.h"
 
 namespace tarvik::linuxdesktop {

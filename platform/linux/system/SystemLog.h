@@ -4,7 +4,7 @@
 #include <string>
 
 #include "platform/Log.h"
-#include "platform/linux/system/BackgroundWorker.h"
+#include "platform/linux/loop/BackgroundWorker.h"
 
 namespace tarvik::linuxdesktop {
 

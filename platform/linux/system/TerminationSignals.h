@@ -4,7 +4,7 @@
 #include <functional>
 #include <memory>
 
-#include "platform/linux/system/FileDescriptor.h"
+#include "platform/linux/loop/FileDescriptor.h"
 
 namespace tarvik::linuxdesktop {
 

@@ -8,8 +8,8 @@
 #include <utility>
 
 #include "base/Text.h"
-#include "platform/linux/system/AtomicFile.h"
-#include "platform/linux/system/Directories.h"
+#include "platform/linux/settings/AtomicFile.h"
+#include "platform/linux/settings/Directories.h"
 
 namespace tarvik::linuxdesktop {
 

@@ -25,7 +25,7 @@ constexpr std::array renewals{5ms, 20ms, 60ms, 200ms, 600ms};
 
 }  // namespace
 
-HotKeys::HotKeys(XcbConnection& connection, Keyboard& keyboard, InputLoop& loop, platform::Log& log,
+HotKeys::HotKeys(XcbConnection& connection, Keyboard& keyboard, PollLoop& loop, platform::Log& log,
                  Listener listener)
     : connection_(connection),
       keyboard_(keyboard),

@@ -15,7 +15,7 @@
 
 #include "platform/EventManager.h"
 #include "platform/Log.h"
-#include "platform/linux/x11/InputLoop.h"
+#include "platform/linux/loop/PollLoop.h"
 #include "platform/linux/x11/KeyGrab.h"
 #include "platform/linux/x11/Keyboard.h"
 #include "platform/linux/x11/LiftedModifiers.h"
@@ -37,7 +37,7 @@ class HotKeys {
     /// eventHotKeyReleased, once at the end.
     using Listener = std::function<void(HotKeyNumber number, std::uint32_t kind)>;
 
-    HotKeys(XcbConnection& connection, Keyboard& keyboard, InputLoop& loop, platform::Log& log,
+    HotKeys(XcbConnection& connection, Keyboard& keyboard, PollLoop& loop, platform::Log& log,
             Listener listener);
     /// Ends a hold: nobody would ever hear of its release.
     ~HotKeys();
@@ -104,7 +104,7 @@ class HotKeys {
     std::uint16_t keyboardInUse_ = 0;
     std::set<std::pair<xcb_keycode_t, std::uint32_t>> ownReleases_;
     ManagerEcho managerEcho_;
-    InputDeadline renewal_;
+    Deadline renewal_;
     std::size_t renewalsDone_ = 0;
 };
 

@@ -31,7 +31,7 @@ void watchKeyboards(XcbConnection& connection) {
 
 }  // namespace
 
-InputSession::InputSession(XcbConnection& connection, InputLoop& loop, platform::Log& log,
+InputSession::InputSession(XcbConnection& connection, PollLoop& loop, platform::Log& log,
                            HotKeys::Listener listener,
                            std::atomic<platform::ProcessIdentifier>& frontProcess)
     : connection_(connection),

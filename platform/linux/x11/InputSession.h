@@ -7,9 +7,9 @@
 
 #include "platform/Log.h"
 #include "platform/Workspace.h"
+#include "platform/linux/loop/PollLoop.h"
 #include "platform/linux/x11/FrontWindow.h"
 #include "platform/linux/x11/HotKeys.h"
-#include "platform/linux/x11/InputLoop.h"
 #include "platform/linux/x11/Keyboard.h"
 #include "platform/linux/x11/Typist.h"
 #include "platform/linux/x11/XcbConnection.h"
@@ -20,7 +20,7 @@ namespace tarvik::linuxdesktop {
 class InputSession {
   public:
     /// `frontProcess` always holds the process in front, 0 when there is none.
-    InputSession(XcbConnection& connection, InputLoop& loop, platform::Log& log,
+    InputSession(XcbConnection& connection, PollLoop& loop, platform::Log& log,
                  HotKeys::Listener listener,
                  std::atomic<platform::ProcessIdentifier>& frontProcess);
 

@@ -10,8 +10,8 @@
 #include "platform/EventManager.h"
 #include "platform/Log.h"
 #include "platform/Workspace.h"
+#include "platform/linux/loop/PollLoop.h"
 #include "platform/linux/x11/HotKeys.h"
-#include "platform/linux/x11/InputLoop.h"
 #include "platform/linux/x11/Typist.h"
 #include "platform/linux/x11/XcbConnection.h"
 #include "platform/linux/x11/XcbOpening.h"
@@ -54,8 +54,8 @@ class InputThread {
 
     platform::Log& log_;
     HotKeys::Listener listener_;
-    InputLoop loop_;
-    InputDeadline endDeadline_{loop_};
+    PollLoop loop_;
+    Deadline endDeadline_{loop_};
     XcbOpening opening_;
     std::atomic<bool> isConnected_ = false;
     std::atomic<platform::ProcessIdentifier> frontProcess_ = 0;

@@ -32,7 +32,7 @@ constexpr std::size_t burstLength = 40;
 }  // namespace
 
 Typist::Typist(XcbConnection& connection, Keyboard& keyboard, FrontWindow& front, HotKeys& hotKeys,
-               InputLoop& loop, platform::Log& log)
+               PollLoop& loop, platform::Log& log)
     : connection_(connection),
       keyboard_(keyboard),
       front_(front),

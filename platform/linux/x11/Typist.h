@@ -11,9 +11,9 @@
 
 #include "platform/Log.h"
 #include "platform/Workspace.h"
+#include "platform/linux/loop/PollLoop.h"
 #include "platform/linux/x11/FrontWindow.h"
 #include "platform/linux/x11/HotKeys.h"
-#include "platform/linux/x11/InputLoop.h"
 #include "platform/linux/x11/KeyBurst.h"
 #include "platform/linux/x11/Keyboard.h"
 #include "platform/linux/x11/WindowPing.h"
@@ -33,7 +33,7 @@ struct TypedText {
 class Typist {
   public:
     Typist(XcbConnection& connection, Keyboard& keyboard, FrontWindow& front, HotKeys& hotKeys,
-           InputLoop& loop, platform::Log& log);
+           PollLoop& loop, platform::Log& log);
     /// Reports what is left, and takes the symbols of lent keys away again.
     ~Typist();
     Typist(const Typist&) = delete;
@@ -100,9 +100,9 @@ class Typist {
     // Whether every key pressed so far was looked up by its reader.
     bool isConsumed_ = true;
     std::optional<Waiting> waiting_;
-    InputDeadline waitingDeadline_;
-    InputDeadline consumedDeadline_;
-    InputDeadline restoreDeadline_;
+    Deadline waitingDeadline_;
+    Deadline consumedDeadline_;
+    Deadline restoreDeadline_;
 };
 
 }  // namespace tarvik::linuxdesktop

@@ -2,15 +2,15 @@
 
 #include <utility>
 
+#include "platform/linux/input/LinuxEventManager.h"
+#include "platform/linux/input/LinuxKeyboardEvents.h"
 #include "platform/linux/x11/InputThread.h"
-#include "platform/linux/x11/X11EventManager.h"
-#include "platform/linux/x11/X11KeyboardEvents.h"
 
 namespace tarvik::linuxdesktop {
 
 /// Where the input thread finds the event manager, which is made after it.
 struct X11Input::Delivery {
-    std::weak_ptr<X11EventManager> eventManager;
+    std::weak_ptr<LinuxEventManager> eventManager;
 };
 
 std::unique_ptr<X11Input> X11Input::open(platform::MainQueue& mainQueue, platform::Log& log) {
@@ -28,8 +28,8 @@ X11Input::X11Input(platform::MainQueue& mainQueue, platform::Log& log)
                   }
               });
           })),
-      eventManager_(std::make_shared<X11EventManager>(*thread_)),
-      keyboardEvents_(std::make_shared<X11KeyboardEvents>(*thread_, mainQueue)) {
+      eventManager_(std::make_shared<LinuxEventManager>(*thread_)),
+      keyboardEvents_(std::make_shared<LinuxKeyboardEvents>(*thread_, mainQueue)) {
     delivery_->eventManager = eventManager_;
 }
 

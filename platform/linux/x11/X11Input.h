@@ -12,8 +12,8 @@
 namespace tarvik::linuxdesktop {
 
 class InputThread;
-class X11EventManager;
-class X11KeyboardEvents;
+class LinuxEventManager;
+class LinuxKeyboardEvents;
 
 /// Keyboard and focus of an X11 desktop: hotkeys, typing, and which process is in front.
 ///
@@ -53,8 +53,8 @@ class X11Input {
 
     std::shared_ptr<Delivery> delivery_;
     std::unique_ptr<InputThread> thread_;
-    std::shared_ptr<X11EventManager> eventManager_;
-    std::shared_ptr<X11KeyboardEvents> keyboardEvents_;
+    std::shared_ptr<LinuxEventManager> eventManager_;
+    std::shared_ptr<LinuxKeyboardEvents> keyboardEvents_;
 };
 
 }  // namespace tarvik::linuxdesktop

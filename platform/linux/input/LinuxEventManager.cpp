@@ -1,0 +1,110 @@
+#include "platform/linux/input/LinuxEventManager.h"
+
+#include <algorithm>
+#include <ranges>
+
+#include "platform/linux/x11/InputThread.h"
+
+namespace tarvik::linuxdesktop {
+
+namespace {
+
+class HotKeyEvent final : public platform::Event {
+  public:
+    HotKeyEvent(std::uint32_t kind, platform::EventHotKeyID id) : kind_(kind), id_(id) {}
+    std::uint32_t kind() const { return kind_; }
+    platform::EventHotKeyID id() const { return id_; }
+
+  private:
+    std::uint32_t kind_;
+    platform::EventHotKeyID id_;
+};
+
+}  // namespace
+
+platform::EventTarget* LinuxEventManager::applicationEventTarget() {
+    return reinterpret_cast<platform::EventTarget*>(&target_);
+}
+
+platform::OSStatus LinuxEventManager::installEventHandler(
+    platform::EventTarget* target, platform::EventHandlerProc handler,
+    std::span<const platform::EventTypeSpec> types, void* userData,
+    platform::EventHandlerRef* outRef) {
+    if (target != applicationEventTarget() || handler == nullptr || !thread_.isConnected()) {
+        return platform::eventInternalErr;
+    }
+    handlers_[++lastHandle_] = {handler, {types.begin(), types.end()}, userData};
+    *outRef = reinterpret_cast<platform::EventHandlerRef>(lastHandle_);
+    return platform::noErr;
+}
+
+platform::OSStatus LinuxEventManager::removeEventHandler(platform::EventHandlerRef handler) {
+    return handlers_.erase(reinterpret_cast<std::uintptr_t>(handler)) == 1
+               ? platform::noErr
+               : platform::eventInternalErr;
+}
+
+platform::OSStatus LinuxEventManager::registerEventHotKey(
+    std::uint32_t keyCode, std::uint32_t modifiers, platform::EventHotKeyID id,
+    platform::EventTarget* target, std::uint32_t /*options*/, platform::EventHotKeyRef* outRef) {
+    if (target != applicationEventTarget()) {
+        return platform::eventInternalErr;
+    }
+    const HotKeyNumber number = ++lastHandle_;
+    const platform::OSStatus status = thread_.addHotKey(number, keyCode, modifiers);
+    if (status == platform::noErr) {
+        hotKeys_[number] = id;
+        *outRef = reinterpret_cast<platform::EventHotKeyRef>(number);
+    }
+    return status;
+}
+
+platform::OSStatus LinuxEventManager::unregisterEventHotKey(platform::EventHotKeyRef hotKey) {
+    const auto number = reinterpret_cast<HotKeyNumber>(hotKey);
+    if (hotKeys_.erase(number) == 0) {
+        return platform::eventHotKeyInvalidErr;
+    }
+    thread_.removeHotKey(number);
+    return platform::noErr;
+}
+
+std::uint32_t LinuxEventManager::eventKind(platform::Event* event) {
+    return static_cast<HotKeyEvent*>(event)->kind();
+}
+
+platform::OSStatus LinuxEventManager::eventParameter(platform::Event* event, std::uint32_t name,
+                                                     std::uint32_t type,
+                                                     platform::EventHotKeyID* outId) {
+    if (name != platform::eventParamDirectObject || type != platform::typeEventHotKeyID) {
+        return platform::eventParameterNotFoundErr;
+    }
+    *outId = static_cast<HotKeyEvent*>(event)->id();
+    return platform::noErr;
+}
+
+void LinuxEventManager::deliver(HotKeyNumber number, std::uint32_t kind) {
+    const auto hotKey = hotKeys_.find(number);
+    if (hotKey == hotKeys_.end()) {
+        return;
+    }
+    HotKeyEvent event(kind, hotKey->second);
+    // A handler may remove itself or others.
+    std::vector<std::uintptr_t> handles;
+    for (const auto& [handle, handler] : std::views::reverse(handlers_)) {
+        if (std::ranges::any_of(handler.types, [&](const platform::EventTypeSpec& type) {
+                return type.eventClass == platform::eventClassKeyboard && type.eventKind == kind;
+            })) {
+            handles.push_back(handle);
+        }
+    }
+    for (const std::uintptr_t handle : handles) {
+        const auto found = handlers_.find(handle);
+        if (found != handlers_.end() &&
+            found->second.proc(nullptr, &event, found->second.userData) !=
+                platform::eventNotHandledErr) {
+            return;
+        }
+    }
+}
+
+}  // namespace tarvik::linuxdesktop

@@ -1,0 +1,138 @@
+#include "platform/linux/settings/IniDocument.h"
+
+#include <QString>
+#include <QStringDecoder>
+#include <algorithm>
+
+#include "base/Text.h"
+#include "platform/linux/settings/IniText.h"
+
+namespace tarvik::linuxdesktop {
+
+namespace {
+
+bool isUtf8(std::string_view content) {
+    QStringDecoder decoder(QStringDecoder::Utf8);
+    const QString decoded =
+        decoder(QByteArrayView(content.data(), static_cast<qsizetype>(content.size())));
+    return !decoder.hasError() && content.find('\0') == std::string_view::npos;
+}
+
+// A line ends at a break that is not escaped, or before a comment at its end. A break inside quotes
+// ends it too: QSettings never writes one, and a forgotten quote must not swallow the entries that
+// follow.
+std::size_t lengthOfFirstLine(std::string_view content) {
+    const bool isComment = content.starts_with(';') || content.starts_with('#');
+    bool isQuoted = false;
+    for (std::size_t i = 0; i < content.size(); ++i) {
+        const char c = content[i];
+        if (c == '\n') {
+            return i + 1;
+        }
+        if (c == ';' && i > 0 && !isComment && !isQuoted) {
+            return i;
+        }
+        if (c == '"' && !isComment) {
+            isQuoted = !isQuoted;
+        }
+        if (c == '\\' && !isComment) {
+            ++i;
+        }
+    }
+    return content.size();
+}
+
+bool isGeneralGroup(const std::string& name) {
+    return QString::fromStdString(name).compare(QLatin1String("general"), Qt::CaseInsensitive) == 0;
+}
+
+}  // namespace
+
+Result<IniDocument> IniDocument::parse(std::string_view content) {
+    if (!isUtf8(content)) {
+        return Error{0, "it is not text in UTF-8"};
+    }
+    if (content.starts_with("\xef\xbb\xbf")) {
+        content.remove_prefix(3);
+    }
+    IniDocument document;
+    bool isGeneral = true;
+    auto number = 1;
+    while (!content.empty()) {
+        const std::size_t length = lengthOfFirstLine(content);
+        const std::string_view line = content.substr(0, length);
+        if (!document.addLine(line, isGeneral)) {
+            return Error{0, "line " + std::to_string(number) + " makes no sense"};
+        }
+        number += static_cast<int>(std::count(line.begin(), line.end(), '\n'));
+        content.remove_prefix(length);
+    }
+    return document;
+}
+
+// False when the line is nothing that such a file may have.
+bool IniDocument::addLine(std::string_view line, bool& isGeneral) {
+    const std::string bare = trimmed(line);
+    Line added{std::string(line), isGeneral, {}, {}};
+    if (bare.starts_with('[') && bare.ends_with(']')) {
+        isGeneral = isGeneralGroup(trimmed(std::string_view(bare).substr(1, bare.size() - 2)));
+        added.isGeneral = isGeneral;
+    } else if (!bare.empty() && bare[0] != ';' && bare[0] != '#') {
+        const std::size_t equals = bare.find('=');
+        if (equals == std::string::npos || equals == 0) {
+            return false;
+        }
+        if (isGeneral) {
+            added.key = textFromIniKey(trimmed(std::string_view(bare).substr(0, equals)));
+            added.value = trimmed(std::string_view(bare).substr(equals + 1));
+        }
+    }
+    lines_.push_back(std::move(added));
+    return true;
+}
+
+auto IniDocument::isEntry(std::string_view key) {
+    return [key](const Line& line) { return !key.empty() && line.key == key; };
+}
+
+std::optional<std::string> IniDocument::value(std::string_view key) const {
+    const auto found = std::find_if(lines_.rbegin(), lines_.rend(), isEntry(key));
+    return found == lines_.rend() ? std::nullopt : std::optional(found->value);
+}
+
+void IniDocument::set(std::string_view key, const std::optional<std::string>& value) {
+    const auto first = std::find_if(lines_.begin(), lines_.end(), isEntry(key));
+    const bool isNew = first == lines_.end();
+    auto place = first - lines_.begin();
+    std::erase_if(lines_, isEntry(key));
+    if (value) {
+        place = isNew ? endOfGeneral() : place;
+        lines_.insert(lines_.begin() + place, Line{iniKeyFromText(key) + "=" + *value + "\n", true,
+                                                   std::string(key), *value});
+    }
+}
+
+// Behind the last entry of the group, so that the blank lines before the next group stay there.
+std::ptrdiff_t IniDocument::endOfGeneral() {
+    const auto last = std::find_if(lines_.rbegin(), lines_.rend(), [](const Line& line) {
+        return line.isGeneral && !trimmed(line.text).empty();
+    });
+    if (last == lines_.rend()) {
+        lines_.insert(lines_.begin(), Line{"[General]\n", true, {}, {}});
+        return 1;
+    }
+    if (!last->text.ends_with('\n')) {
+        last->text += '\n';
+    }
+    return lines_.rend() - last;
+}
+
+std::string IniDocument::content() const {
+    std::string content;
+    for (const Line& line : lines_) {
+        content += line.text;
+    }
+    return content;
+}
+
+}  // namespace tarvik::linuxdesktop

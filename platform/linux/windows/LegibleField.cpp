@@ -1,0 +1,38 @@
+#include "platform/linux/windows/LegibleField.h"
+
+#include <QEvent>
+#include <limits>
+
+namespace tarvik::linuxdesktop {
+
+namespace {
+
+// Weaker than text that was entered, and still of a contrast of 4.5 on the usual fields.
+constexpr float placeholderAlpha = 0.6F;
+
+}  // namespace
+
+LegibleField::LegibleField(QWidget* parent) : QLineEdit(parent) {
+    setMaxLength(std::numeric_limits<int>::max());
+    colorPlaceholder();
+}
+
+void LegibleField::changeEvent(QEvent* event) {
+    QLineEdit::changeEvent(event);
+    if (event->type() == QEvent::PaletteChange) {
+        colorPlaceholder();
+    }
+}
+
+void LegibleField::colorPlaceholder() {
+    QColor color = palette().color(QPalette::Text);
+    color.setAlphaF(placeholderAlpha);
+    // Setting it is a change of the palette in its turn.
+    if (palette().color(QPalette::PlaceholderText) != color) {
+        QPalette changed;
+        changed.setColor(QPalette::PlaceholderText, color);
+        setPalette(changed);
+    }
+}
+
+}  // namespace tarvik::linuxdesktop

@@ -1,0 +1,43 @@
+# The artwork as Qt resources: symbols as they are, pictures rendered at the widths in pixels that
+# are shown. Those are the sizes of icons and, for each place in a window, its points and twice those.
+find_program(RSVG_CONVERT rsvg-convert REQUIRED)
+
+set(TARVIK_ASSETS ${CMAKE_SOURCE_DIR}/assets)
+set(TARVIK_PICTURES ${CMAKE_CURRENT_BINARY_DIR}/pictures)
+set(TARVIK_PICTURE_FILES)
+set(TARVIK_PICTURE_ENTRIES)
+
+foreach(picture IN ITEMS AppIcon:16,24,32,48,64,72,128,144,256 GenericApplication:72,144
+                         TarvikWordmark:160,320)
+    string(REGEX MATCH "^(.*):(.*)$" matched ${picture})
+    set(name ${CMAKE_MATCH_1})
+    string(REPLACE "," ";" widths ${CMAKE_MATCH_2})
+    foreach(width IN LISTS widths)
+        set(file ${TARVIK_PICTURES}/${name}/${width}.png)
+        add_custom_command(OUTPUT ${file}
+            COMMAND ${CMAKE_COMMAND} -E make_directory ${TARVIK_PICTURES}/${name}
+            COMMAND ${RSVG_CONVERT} --width ${width} --keep-aspect-ratio
+                    --output ${file} ${TARVIK_ASSETS}/${name}.svg
+            DEPENDS ${TARVIK_ASSETS}/${name}.svg
+            VERBATIM)
+        list(APPEND TARVIK_PICTURE_FILES ${file})
+        string(APPEND TARVIK_PICTURE_ENTRIES
+            "<file alias=\"pictures/${name}/${width}.png\">${file}</file>\n")
+    endforeach()
+endforeach()
+foreach(symbol IN ITEMS mic mic.fill)
+    list(APPEND TARVIK_PICTURE_FILES ${TARVIK_ASSETS}/${symbol}.svg)
+    string(APPEND TARVIK_PICTURE_ENTRIES
+        "<file alias=\"symbols/${symbol}.svg\">${TARVIK_ASSETS}/${symbol}.svg</file>\n")
+endforeach()
+
+file(CONFIGURE OUTPUT ${CMAKE_CURRENT_BINARY_DIR}/pictures.qrc
+    CONTENT "<RCC><qresource prefix=\"/\">\n@TARVIK_PICTURE_ENTRIES@</qresource></RCC>\n" @ONLY)
+add_custom_command(OUTPUT ${CMAKE_CURRENT_BINARY_DIR}/qrc_pictures.cpp
+    COMMAND Qt6::rcc --name pictures --output ${CMAKE_CURRENT_BINARY_DIR}/qrc_pictures.cpp
+            ${CMAKE_CURRENT_BINARY_DIR}/pictures.qrc
+    DEPENDS ${TARVIK_PICTURE_FILES} ${CMAKE_CURRENT_BINARY_DIR}/pictures.qrc
+    VERBATIM)
+target_sources(tarvik_linux_windows PRIVATE ${CMAKE_CURRENT_BINARY_DIR}/qrc_pictures.cpp)
+set_source_files_properties(${CMAKE_CURRENT_BINARY_DIR}/qrc_pictures.cpp PROPERTIES
+    SKIP_PRECOMPILE_HEADERS ON COMPILE_OPTIONS -w)

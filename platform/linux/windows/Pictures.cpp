@@ -1,0 +1,43 @@
+#include "platform/linux/windows/Pictures.h"
+
+#include <QDir>
+#include <QFile>
+
+// The macro inside works outside of any namespace alone.
+static void loadPictures() {
+    Q_INIT_RESOURCE(pictures);
+}
+
+namespace tarvik::linuxdesktop {
+
+QIcon picture(const std::string& name) {
+    loadPictures();
+    // The files are called by their width.
+    const QDir sizes(QStringLiteral(":/pictures/") + QString::fromStdString(name));
+    QIcon made;
+    for (const QString& file : sizes.entryList(QDir::Files)) {
+        made.addFile(sizes.filePath(file));
+    }
+    return made;
+}
+
+QByteArray symbolDrawing(const QString& name) {
+    loadPictures();
+    QFile file(QStringLiteral(":/symbols/") + name + QStringLiteral(".svg"));
+    // What was built in can be read.
+    if (!file.open(QIODevice::ReadOnly)) {
+        qFatal("a symbol is missing");
+    }
+    return file.readAll();
+}
+
+QIcon applicationIcon() {
+    return QIcon::fromTheme(QStringLiteral("com.tarvik.dictate"), picture("AppIcon"));
+}
+
+QIcon genericApplicationIcon() {
+    return QIcon::fromTheme(QStringLiteral("application-x-executable"),
+                            picture("GenericApplication"));
+}
+
+}  // namespace tarvik::linuxdesktop

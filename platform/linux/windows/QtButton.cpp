@@ -1,0 +1,116 @@
+#include "platform/linux/windows/QtButton.h"
+
+#include <QStyleOptionButton>
+#include <QStylePainter>
+
+#include "platform/linux/windows/Points.h"
+#include "platform/linux/windows/QtAppearance.h"
+#include "platform/linux/windows/ViewGeometry.h"
+
+namespace tarvik::linuxdesktop {
+
+namespace {
+
+double ringWidth() {
+    return pixels(2);
+}
+
+double radius() {
+    return pixels(5);
+}
+
+}  // namespace
+
+QtButton::QtButton(const platform::ButtonDescription& description)
+    : title_(description.title),
+      isLarge_(description.controlSize == platform::ControlSize::large),
+      titleColor_(description.contentTintColor) {
+    setFont(qtFont(description.font.value_or(platform::Font{})));
+    setText(withoutMnemonics(title_));
+    setAccessibleName(QString::fromStdString(description.accessibilityLabel));
+    setAutoDefault(true);
+    setFlat(!description.isBordered);
+    setAttribute(Qt::WA_Hover);
+    if (isFlat()) {
+        setCursor(Qt::PointingHandCursor);
+    }
+    applyLayout(*this, description.layout);
+    if (description.action) {
+        connect(this, &QPushButton::clicked, this, description.action);
+    }
+}
+
+void QtButton::setAttributedTitle(const platform::AttributedTitle& title) {
+    title_ = title.text;
+    titleColor_ = title.foregroundColor;
+    setFont(qtFont(title.font));
+    setText(withoutMnemonics(title_));
+}
+
+void QtButton::setBezelColor(platform::Color color) {
+    bezelColor_ = color;
+    update();
+}
+
+QSize QtButton::sizeHint() const {
+    const QSize natural = QPushButton::sizeHint();
+    if (isFlat()) {
+        return natural;
+    }
+    return natural + (isLarge_ ? QSize(pixels(28), pixels(6)) : QSize(pixels(14), pixels(2)));
+}
+
+void QtButton::paintFocusRing(QPainter& painter) const {
+    const double half = ringWidth() / 2;
+    painter.setRenderHint(QPainter::Antialiasing);
+    painter.setBrush(Qt::NoBrush);
+    painter.setPen(QPen(palette().color(QPalette::WindowText), ringWidth()));
+    painter.drawRoundedRect(QRectF(rect()).adjusted(half, half, -half, -half), radius(), radius());
+}
+
+// Styles shade a coloured button in ways of their own; this is the very colour.
+void QtButton::paintBezel(QPainter& painter, const QColor& color) const {
+    constexpr int hoverShade = 108;
+    constexpr int pressShade = 118;
+    painter.setRenderHint(QPainter::Antialiasing);
+    painter.setPen(Qt::NoPen);
+    painter.setBrush(isDown()       ? color.darker(pressShade)
+                     : underMouse() ? color.lighter(hoverShade)
+                                    : color);
+    if (!hasFocus()) {
+        painter.drawRoundedRect(rect(), radius(), radius());
+        return;
+    }
+    // A gap to the ring, so that it is seen whatever the two colours are.
+    const double inset = ringWidth() + 1;
+    painter.drawRoundedRect(QRectF(rect()).adjusted(inset, inset, -inset, -inset),
+                            radius() - ringWidth(), radius() - ringWidth());
+    paintFocusRing(painter);
+}
+
+void QtButton::paintEvent(QPaintEvent*) {
+    QStylePainter painter(this);
+    QStyleOptionButton option;
+    initStyleOption(&option);
+    if (titleColor_) {
+        option.palette.setColor(QPalette::ButtonText, qtColor(*titleColor_, palette()));
+    }
+    if (bezelColor_) {
+        paintBezel(painter, qtColor(*bezelColor_, palette()));
+        painter.drawControl(QStyle::CE_PushButtonLabel, option);
+        return;
+    }
+    if (isFlat() && (underMouse() || hasFocus())) {
+        option.palette.setColor(QPalette::ButtonText, palette().color(QPalette::WindowText));
+        QFont underlined = font();
+        underlined.setUnderline(true);
+        painter.setFont(underlined);
+    }
+    painter.drawControl(QStyle::CE_PushButton, option);
+    // Where styles make theirs out of a darkened accent.
+    if (!isFlat() && hasFocus() && palette().color(QPalette::Window).lightnessF() < 0.5F) {
+        paintFocusRing(painter);
+    }
+}
+
+}  // namespace tarvik::linuxdesktop

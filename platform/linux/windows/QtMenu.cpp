@@ -1,0 +1,95 @@
+#include "platform/linux/windows/QtMenu.h"
+
+#include <QAction>
+#include <QApplication>
+#include <QKeySequence>
+#include <algorithm>
+#include <cstddef>
+#include <utility>
+
+#include "platform/linux/windows/QtAppearance.h"
+
+namespace tarvik::linuxdesktop {
+
+namespace {
+
+QKeySequence shortcut(const platform::MenuItem& item) {
+    const QString key = QString::fromStdString(item.keyEquivalent);
+    if (key.isEmpty()) {
+        return {};
+    }
+    QString text;
+    if ((item.modifierMask & platform::commandKeyFlag) != 0) {
+        text += QStringLiteral("Ctrl+");
+    }
+    if ((item.modifierMask & platform::shiftKeyFlag) != 0 || key != key.toLower()) {
+        text += QStringLiteral("Shift+");
+    }
+    return QKeySequence(text + key.toUpper(), QKeySequence::PortableText);
+}
+
+// In a QAction an ampersand marks the letter that follows it.
+QString literalText(const std::string& title) {
+    return QString::fromStdString(title).replace(u'&', QStringLiteral("&&"));
+}
+
+}  // namespace
+
+QtMenu::QtMenu() {
+    QObject::connect(&menu_, &QMenu::aboutToShow, &menu_, [this] {
+        // Disabled entries are there to be read; the theme may be another one than last time.
+        menu_.setPalette(withLegibleDisabledText(QApplication::palette(&menu_)));
+        // A copy: the handler may set another one.
+        if (const std::function<void()> handler = needsUpdate_) {
+            handler();
+        }
+    });
+}
+
+// Entries are changed in place where the order of entries and separators stays the same: a panel
+// that shows the menu over the bus loses it when the entries are made anew right before it opens.
+void QtMenu::setItems(std::vector<platform::MenuItem> items) {
+    const bool hasSameShape =
+        std::equal(items.begin(), items.end(), items_.begin(), items_.end(),
+                   [](const platform::MenuItem& a, const platform::MenuItem& b) {
+                       return a.isSeparator == b.isSeparator;
+                   });
+    items_ = std::move(items);
+    if (!hasSameShape) {
+        addActions();
+    }
+    const QList<QAction*> actions = menu_.actions();
+    for (std::size_t index = 0; index < items_.size(); ++index) {
+        const platform::MenuItem& item = items_[index];
+        if (!item.isSeparator) {
+            QAction& action = *actions[static_cast<qsizetype>(index)];
+            action.setText(literalText(item.title));
+            action.setEnabled(item.isEnabled);
+            action.setShortcut(shortcut(item));
+        }
+    }
+}
+
+void QtMenu::addActions() {
+    menu_.clear();
+    for (std::size_t index = 0; index < items_.size(); ++index) {
+        if (items_[index].isSeparator) {
+            menu_.addSeparator();
+            continue;
+        }
+        QAction* action = menu_.addAction(QString());
+        action->setShortcutVisibleInContextMenu(true);
+        QObject::connect(action, &QAction::triggered, action, [this, index] {
+            // A copy: the menu may be filled anew meanwhile.
+            if (const std::function<void()> perform = items_[index].action) {
+                perform();
+            }
+        });
+    }
+}
+
+void QtMenu::setNeedsUpdateHandler(std::function<void()> handler) {
+    needsUpdate_ = std::move(handler);
+}
+
+}  // namespace tarvik::linuxdesktop

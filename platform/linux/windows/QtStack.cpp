@@ -1,0 +1,59 @@
+#include "platform/linux/windows/QtStack.h"
+
+#include <QBoxLayout>
+
+#include "platform/linux/windows/Points.h"
+#include "platform/linux/windows/ViewGeometry.h"
+
+namespace tarvik::linuxdesktop {
+
+namespace {
+
+bool stretches(const QWidget& widget) {
+    return (widget.sizePolicy().horizontalPolicy() & QSizePolicy::ExpandFlag) != 0;
+}
+
+// Where a view stands across a stack of this kind.
+Qt::Alignment across(const platform::StackDescription& stack, const QWidget& widget) {
+    if (stack.orientation == platform::Orientation::horizontal) {
+        return Qt::AlignVCenter;
+    }
+    if (stretches(widget)) {
+        return {};
+    }
+    return stack.alignment == platform::StackAlignment::centerX ? Qt::AlignHCenter : Qt::AlignLeft;
+}
+
+}  // namespace
+
+QtStack::QtStack(const platform::StackDescription& description) : views_(description.views) {
+    const bool isRow = description.orientation == platform::Orientation::horizontal;
+    auto* layout = new QBoxLayout(isRow ? QBoxLayout::LeftToRight : QBoxLayout::TopToBottom, this);
+    layout->setSpacing(pixels(description.spacing));
+    const platform::EdgeInsets& insets = description.edgeInsets;
+    layout->setContentsMargins(pixels(insets.left), pixels(insets.top), pixels(insets.right),
+                               pixels(insets.bottom));
+    if (!isRow && description.alignment == platform::StackAlignment::centerX) {
+        layout->addStretch(1);
+    }
+    bool hasStretching = false;
+    for (const std::shared_ptr<platform::View>& view : views_) {
+        QWidget& widget = widgetOf(*view);
+        layout->addWidget(&widget, 0, across(description, widget));
+        hasStretching = hasStretching || stretches(widget);
+    }
+    if (!isRow) {
+        layout->addStretch(1);
+    }
+    setSizePolicy(hasStretching ? QSizePolicy::Expanding : QSizePolicy::Preferred,
+                  QSizePolicy::Preferred);
+}
+
+QtStack::~QtStack() {
+    // The views may be held elsewhere as well.
+    for (const std::shared_ptr<platform::View>& view : views_) {
+        widgetOf(*view).setParent(nullptr);
+    }
+}
+
+}  // namespace tarvik::linuxdesktop

@@ -1,0 +1,25 @@
+#include "platform/linux/windows/QtTextField.h"
+
+#include "platform/linux/windows/QtAppearance.h"
+#include "platform/linux/windows/ViewGeometry.h"
+
+namespace tarvik::linuxdesktop {
+
+QtTextField::QtTextField(const platform::TextFieldDescription& description) {
+    setFont(qtFont({}));
+    setEchoMode(description.isSecure ? QLineEdit::Password : QLineEdit::Normal);
+    setText(QString::fromStdString(description.text));
+    setCursorPosition(0);
+    setPlaceholderText(QString::fromStdString(description.placeholder));
+    setAccessibleName(QString::fromStdString(description.accessibilityLabel));
+    applyLayout(*this, description.layout);
+    if (description.action) {
+        connect(this, &QLineEdit::returnPressed, this, description.action);
+    }
+}
+
+std::string QtTextField::text() const {
+    return QLineEdit::text().toStdString();
+}
+
+}  // namespace tarvik::linuxdesktop

@@ -1,0 +1,18 @@
+#pragma once
+
+#include <string>
+
+#include "platform/Views.h"
+#include "platform/linux/windows/LegibleField.h"
+
+namespace tarvik::linuxdesktop {
+
+/// A text field as a QLineEdit, which knows the editing shortcuts. Main thread only.
+class QtTextField final : public LegibleField, public platform::TextField {
+  public:
+    explicit QtTextField(const platform::TextFieldDescription& description);
+
+    std::string text() const override;
+};
+
+}  // namespace tarvik::linuxdesktop

@@ -1,0 +1,71 @@
+#include "tests/conformance/accessibility/AtspiWorld.h"
+
+#include <signal.h>
+
+#include <utility>
+#include <vector>
+
+#include "tests/linux/accessibility/TargetProcess.h"
+
+namespace tarvik::tests {
+
+namespace {
+
+std::string range(std::size_t start, std::size_t end) {
+    return std::to_string(start) + ":" + std::to_string(end);
+}
+
+class AtspiTarget final : public AccessibilityTarget {
+  public:
+    AtspiTarget(const std::string& program, const std::vector<std::string>& options)
+        : process_(program, options) {}
+
+    pid_t process() const { return process_.process(); }
+    std::string text() override { return process_.text(); }
+    void select(std::size_t start, std::size_t end) override {
+        EXPECT_EQ(process_.command("select " + range(start, end)), "done");
+    }
+    void focusButton() override { EXPECT_EQ(process_.command("button"), "done"); }
+    void hang() override { process_.send(SIGSTOP); }
+    void goOn() override { process_.send(SIGCONT); }
+    void die() override { process_.kill(); }
+
+  private:
+    TargetProcess process_;
+};
+
+}  // namespace
+
+AtspiWorld::AtspiWorld(std::string program, std::string widget)
+    : program_(std::move(program)), widget_(std::move(widget)) {
+    restartService();
+}
+
+void AtspiWorld::restartService() {
+    service_ = std::make_unique<linuxdesktop::AtspiAccessibility>(
+        log_, [this] { return processInFront; }, [] { return true; });
+    // Programs of some toolkits show themselves only while the switch is on.
+    EXPECT_TRUE(
+        becomesTrue([this] { return service_->isProcessTrustedWithOptions(true); }, Seconds(30)));
+}
+
+std::unique_ptr<AccessibilityTarget> AtspiWorld::open(const TargetContent& content) {
+    std::vector<std::string> options{
+        "--widget",   widget_,    "--text",
+        content.text, "--select", range(content.selectionStart, content.selectionEnd)};
+    if (content.isReadOnly) {
+        options.emplace_back("--readonly");
+    }
+    if (content.isButtonFocused) {
+        options.emplace_back("--button");
+    }
+    auto target = std::make_unique<AtspiTarget>(program_, options);
+    processInFront = target->process();
+    return target;
+}
+
+bool AtspiWorld::waitUntil(const std::function<bool()>& condition, Seconds limit) {
+    return becomesTrue(condition, limit);
+}
+
+}  // namespace tarvik::tests

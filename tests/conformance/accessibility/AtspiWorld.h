@@ -1,0 +1,38 @@
+#pragma once
+
+#include <memory>
+#include <optional>
+#include <string>
+
+#include "platform/Workspace.h"
+#include "platform/linux/accessibility/AtspiAccessibility.h"
+#include "tests/conformance/accessibility/AccessibilityWorld.h"
+#include "tests/support/Journal.h"
+#include "tests/support/SimulatedLog.h"
+
+namespace tarvik::tests {
+
+/// Real programs of one toolkit on the accessibility bus of the session around the test.
+class AtspiWorld final : public AccessibilityWorld {
+  public:
+    /// `program` is a file of tests/desktop/targets; `widget` is "entry" or "text".
+    AtspiWorld(std::string program, std::string widget);
+
+    platform::Accessibility& service() override { return *service_; }
+    std::unique_ptr<AccessibilityTarget> open(const TargetContent& content) override;
+    bool waitUntil(const std::function<bool()>& condition, Seconds limit) override;
+
+    /// Ends the service and starts another one.
+    void restartService();
+    /// What the display says is in front.
+    std::optional<platform::ProcessIdentifier> processInFront;
+
+  private:
+    std::string program_;
+    std::string widget_;
+    simulated::Journal journal_;
+    simulated::SimulatedLog log_{journal_};
+    std::unique_ptr<linuxdesktop::AtspiAccessibility> service_;
+};
+
+}  // namespace tarvik::tests

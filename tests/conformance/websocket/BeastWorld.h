@@ -1,0 +1,70 @@
+#pragma once
+
+#include <memory>
+#include <mutex>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "platform/Log.h"
+#include "platform/linux/websocket/BeastWebSocketService.h"
+#include "tests/conformance/websocket/WebSocketWorld.h"
+#include "tests/linux/websocket/Certificates.h"
+#include "tests/linux/websocket/Listener.h"
+
+namespace tarvik::tests {
+
+/// The real service with a server in this process, on the main thread.
+class BeastWorld final : public WebSocketWorld {
+  public:
+    static constexpr linuxdesktop::SessionTiming timing{std::chrono::milliseconds(300),
+                                                        std::chrono::milliseconds(300)};
+
+    explicit BeastWorld(const TestCertificate& certificate = {"DNS:localhost,IP:127.0.0.1,IP:::1"});
+
+    platform::WebSocketService& service() override { return *service_; }
+    platform::UrlRequest request() override;
+    bool runUntil(const std::function<bool()>& condition) override;
+    void settle() override;
+    Seconds now() override;
+    Seconds linger() override;
+    void accept(const std::string& protocol) override;
+    void sendText(const std::string& text) override;
+    void sendData(const std::string& bytes) override;
+    void sendClose(int code, const std::string& reason) override;
+    void lose() override;
+    platform::WebSocketMessage nextMessage() override;
+
+    /// Takes the connection in and speaks TLS; false when the client does not want to.
+    bool acceptTls();
+    Listener& listener() { return listener_; }
+    SSL_CTX* serverContext() { return serverContext_.get(); }
+    Peer& peer() { return *peer_; }
+    /// The request of the last connection that was accepted.
+    const std::string& head() const { return head_; }
+    std::vector<std::string> logLines() const;
+
+    /// Makes the service anew, as when the process starts.
+    void restartService();
+    void endService() { service_.reset(); }
+
+  private:
+    class MemoryLog final : public platform::Log {
+      public:
+        void write(std::string_view line) override;
+        std::vector<std::string> lines() const;
+
+      private:
+        mutable std::mutex mutex_;
+        std::vector<std::string> lines_;
+    };
+
+    SslContext serverContext_;
+    Listener listener_{"127.0.0.1"};
+    std::optional<Peer> peer_;
+    std::string head_;
+    MemoryLog log_;
+    std::unique_ptr<linuxdesktop::BeastWebSocketService> service_;
+};
+
+}  // namespace tarvik::tests

@@ -1,0 +1,11 @@
+#pragma once
+
+#include <memory>
+
+#include "tests/conformance/websocket/WebSocketWorld.h"
+
+namespace tarvik::tests {
+
+std::unique_ptr<WebSocketWorld> makeWebSocketSimulatedWorld();
+
+}  // namespace tarvik::tests

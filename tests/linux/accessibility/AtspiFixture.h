@@ -1,0 +1,70 @@
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <chrono>
+#include <memory>
+#include <optional>
+#include <string>
+
+#include "platform/Accessibility.h"
+#include "platform/linux/accessibility/AtspiAccessibility.h"
+#include "tests/linux/accessibility/TargetProcess.h"
+#include "tests/support/Journal.h"
+#include "tests/support/SimulatedLog.h"
+
+namespace tarvik::tests {
+
+/// A service on the session bus of the environment, and what tests ask of it.
+class AtspiFixture : public testing::Test {
+  protected:
+    static constexpr Seconds patience{10};
+
+    void startService() {
+        service = std::make_unique<linuxdesktop::AtspiAccessibility>(
+            log, [this] { return processInFront; }, [this] { return canType; });
+    }
+
+    /// The program in front from now on, with the focus in its field.
+    std::unique_ptr<TargetProcess> openFake(std::vector<std::string> options) {
+        auto target = std::make_unique<TargetProcess>("fake_target.py", std::move(options));
+        processInFront = target->process();
+        return target;
+    }
+
+    platform::AXError copyFocus(platform::AXUIElementRef* element) {
+        return service->copyAttributeValue(service->createSystemWide(),
+                                           platform::axFocusedUIElementAttribute, element);
+    }
+
+    platform::AXUIElementRef focusedElement() {
+        platform::AXUIElementRef element;
+        copyFocus(&element);
+        return element;
+    }
+
+    platform::AXUIElementRef awaitFocus() {
+        platform::AXUIElementRef element;
+        EXPECT_TRUE(
+            becomesTrue([&] { return copyFocus(&element) == platform::axErrorSuccess; }, patience));
+        return element;
+    }
+
+    platform::AXError write(const platform::AXUIElementRef& element, const std::string& text) {
+        const auto start = std::chrono::steady_clock::now();
+        const platform::AXError status =
+            service->setAttributeValue(element, platform::axSelectedTextAttribute, text);
+        lastDuration = std::chrono::steady_clock::now() - start;
+        return status;
+    }
+
+    simulated::Journal journal;
+    simulated::SimulatedLog log{journal};
+    std::optional<platform::ProcessIdentifier> processInFront;
+    bool canType = true;
+    /// How long the last write took.
+    Seconds lastDuration{0};
+    std::unique_ptr<linuxdesktop::AtspiAccessibility> service;
+};
+
+}  // namespace tarvik::tests

@@ -1,0 +1,273 @@
+#include <gtest/gtest.h>
+
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "tests/conformance/accessibility/AtspiWorld.h"
+#include "tests/linux/accessibility/AtspiFixture.h"
+
+namespace tarvik::tests {
+
+namespace {
+
+using platform::AXUIElementRef;
+
+/// What tells a refusal at once from one that waited.
+constexpr Seconds atOnce{0.05};
+/// All that a write may take, and what it takes a busy machine to wake the thread that waits.
+constexpr Seconds half = Seconds(0.5) + Seconds(0.05);
+
+class AtspiAccessibility : public AtspiFixture {
+  protected:
+    void SetUp() override { startService(); }
+
+    /// A program of this behaviour; its field holds the text and has its caret at the end, or the
+    /// selection.
+    void open(const std::string& behaviour, const std::string& text,
+              const std::vector<std::string>& more = {}) {
+        std::vector<std::string> options{"--behaviour", behaviour, "--text", text};
+        options.insert(options.end(), more.begin(), more.end());
+        target = openFake(options);
+        element = awaitFocus();
+    }
+
+    std::string insertions() { return target->command("insertions"); }
+
+    /// Ends the silence of the program; what its field holds when all that follows is done.
+    std::string textAfterWaking() {
+        EXPECT_EQ(target->command("wake"), "done");
+        // The service has heard it when it has served somebody else since.
+        const auto other = openFake({});
+        EXPECT_EQ(write(awaitFocus(), "text"), platform::axErrorSuccess);
+        EXPECT_EQ(target->command("settle"), "done");
+        return target->text();
+    }
+
+    std::unique_ptr<TargetProcess> target;
+    AXUIElementRef element;
+};
+
+TEST_F(AtspiAccessibility, AnHonestProgramTakesTheText) {
+    open("honest", "one two", {"--select", "4:7"});
+    EXPECT_EQ(write(element, "2"), platform::axErrorSuccess);
+    EXPECT_EQ(write(element, " 3"), platform::axErrorSuccess);
+    EXPECT_EQ(target->text(), "one 2 3");
+    EXPECT_TRUE(log.lines().empty());
+}
+
+TEST_F(AtspiAccessibility, AProgramThatClaimsWhatItDidNotDoIsBelievedOnlyOnce) {
+    open("liar", "as it was");
+    EXPECT_NE(write(element, "text"), platform::axErrorSuccess);
+    EXPECT_LT(lastDuration, half);
+    EXPECT_NE(write(element, "text"), platform::axErrorSuccess);
+    EXPECT_LT(lastDuration, atOnce);
+    EXPECT_EQ(insertions(), "1");
+    EXPECT_EQ(target->text(), "as it was");
+    EXPECT_EQ(log.linesWith("does not insert what it says it inserts").size(), 1U);
+}
+
+TEST_F(AtspiAccessibility, AnotherProcessOfTheSameProgramIsBelievedAgain) {
+    open("liar", "");
+    EXPECT_NE(write(element, "text"), platform::axErrorSuccess);
+    open("honest", "");
+    EXPECT_EQ(write(element, "text"), platform::axErrorSuccess);
+    EXPECT_EQ(target->text(), "text");
+}
+
+TEST_F(AtspiAccessibility, ATextThatIsTakenOverALittleLaterIsWaitedFor) {
+    open("late", "late ");
+    EXPECT_EQ(write(element, "text"), platform::axErrorSuccess);
+    EXPECT_EQ(target->text(), "late text");
+}
+
+TEST_F(AtspiAccessibility, AProgramThatSaysNoIsAskedAgainForTheNextPiece) {
+    open("refusing", "as it was");
+    EXPECT_NE(write(element, "text"), platform::axErrorSuccess);
+    EXPECT_NE(write(element, "text"), platform::axErrorSuccess);
+    EXPECT_EQ(insertions(), "2");
+    EXPECT_EQ(target->text(), "as it was");
+}
+
+TEST_F(AtspiAccessibility, AProgramThatFallsSilentOverATextKeepsNothingOfItWhenItWakesUp) {
+    open("silent-on-insertion", "as it was");
+    EXPECT_NE(write(element, " text"), platform::axErrorSuccess);
+    EXPECT_LT(lastDuration, half);
+    EXPECT_NE(write(element, " text"), platform::axErrorSuccess);
+    EXPECT_LT(lastDuration, atOnce);
+    EXPECT_EQ(textAfterWaking(), "as it was");
+    EXPECT_EQ(insertions(), "1");
+}
+
+class AtspiProgramThatFellSilent : public AtspiAccessibility,
+                                   public testing::WithParamInterface<const char*> {};
+
+TEST_P(AtspiProgramThatFellSilent, HasOnlyWhatItHadWhenItWakesUp) {
+    open(GetParam(), "begin end", {"--select", "6:6"});
+    EXPECT_NE(write(element, "middle "), platform::axErrorSuccess);
+    EXPECT_EQ(textAfterWaking(), "begin end");
+}
+
+TEST_P(AtspiProgramThatFellSilent, HasWhatWasTypedMeanwhileOnce) {
+    open(GetParam(), "begin end", {"--select", "6:6"});
+    EXPECT_NE(write(element, "middle "), platform::axErrorSuccess);
+    EXPECT_EQ(target->command("type middle "), "done");
+    EXPECT_EQ(textAfterWaking(), "begin middle end");
+}
+
+INSTANTIATE_TEST_SUITE_P(AndThen, AtspiProgramThatFellSilent,
+                         testing::Values("silent-on-insertion", "silent-and-refusing",
+                                         "silent-and-short"));
+
+TEST_F(AtspiAccessibility, AProgramThatFallsSilentOverASelectionHasItReplacedByWhatIsTypedLater) {
+    open("silent-on-deletion", "one two three", {"--select", "4:7"});
+    EXPECT_NE(write(element, "2"), platform::axErrorSuccess);
+    EXPECT_LT(lastDuration, half);
+    EXPECT_EQ(textAfterWaking(), "one  three");
+    EXPECT_EQ(target->command("type 2"), "done");
+    EXPECT_EQ(target->text(), "one 2 three");
+    EXPECT_EQ(insertions(), "0");
+}
+
+TEST_F(AtspiAccessibility, AProgramThatFallsSilentOverASelectionKeepsWhatWasTypedInItsPlace) {
+    open("silent-on-deletion", "one two three", {"--select", "4:7"});
+    EXPECT_NE(write(element, "2"), platform::axErrorSuccess);
+    EXPECT_EQ(target->command("type 2"), "done");
+    EXPECT_EQ(textAfterWaking(), "one 2 three");
+    EXPECT_EQ(target->command("type , 2 1/2"), "done");
+    EXPECT_EQ(target->text(), "one 2, 2 1/2 three");
+}
+
+TEST_F(AtspiAccessibility, AProgramThatDiesOverATextRefusesItAndTheNextProgramTakesIt) {
+    open("dying-on-insertion", "");
+    EXPECT_NE(write(element, "text"), platform::axErrorSuccess);
+    EXPECT_LT(lastDuration, half);
+    EXPECT_NE(write(element, "text"), platform::axErrorSuccess);
+    EXPECT_LT(lastDuration, atOnce);
+    open("honest", "");
+    EXPECT_EQ(write(element, "text"), platform::axErrorSuccess);
+}
+
+TEST_F(AtspiAccessibility, AProgramThatIsTooSlowIsNotSentTheText) {
+    open("slow", "as it was");
+    EXPECT_NE(write(element, "text"), platform::axErrorSuccess);
+    EXPECT_LT(lastDuration, half);
+    EXPECT_EQ(insertions(), "0");
+    EXPECT_EQ(target->text(), "as it was");
+}
+
+TEST_F(AtspiAccessibility, AFieldThatTakesOnlyAPartIsLeftWithoutIt) {
+    open("short", "begin end", {"--select", "6:6"});
+    EXPECT_NE(write(element, "middle"), platform::axErrorSuccess);
+    EXPECT_TRUE(becomesTrue([this] { return target->text() == "begin end"; }, patience))
+        << target->text();
+}
+
+TEST_F(AtspiAccessibility, AFieldThatMakesRoomAtItsEndGetsItsEndBack) {
+    open("cutting", "begin end", {"--select", "6:6"});
+    EXPECT_NE(write(element, "middle"), platform::axErrorSuccess);
+    EXPECT_TRUE(becomesTrue([this] { return target->text() == "begin end"; }, patience))
+        << target->text();
+    EXPECT_EQ(insertions(), "2");
+}
+
+TEST_F(AtspiAccessibility, AFieldThatMakesALittleRoomAtItsEndGetsItsEndBack) {
+    open("cutting", "begin end", {"--select", "2:5"});
+    EXPECT_NE(write(element, "middle"), platform::axErrorSuccess);
+    EXPECT_TRUE(becomesTrue([this] { return target->text() == "be end"; }, patience))
+        << target->text();
+}
+
+TEST_F(AtspiAccessibility, ASelectionThatStaysKeepsTheTextOut) {
+    open("undeletable", "one two", {"--select", "4:7"});
+    EXPECT_NE(write(element, "text"), platform::axErrorSuccess);
+    EXPECT_EQ(insertions(), "0");
+    EXPECT_EQ(target->text(), "one two");
+}
+
+TEST_F(AtspiAccessibility, NonsensicalNumbersAreARefusal) {
+    open("nonsense", "as it was");
+    EXPECT_NE(write(element, "text"), platform::axErrorSuccess);
+    EXPECT_EQ(target->text(), "as it was");
+}
+
+TEST_F(AtspiAccessibility, AProgramOfAnUnknownToolkitIsNotGuessedAt) {
+    open("honest", "as it was", {"--toolkit", ""});
+    EXPECT_NE(write(element, "text"), platform::axErrorSuccess);
+    EXPECT_EQ(insertions(), "0");
+}
+
+TEST_F(AtspiAccessibility, ATextThatNoMessageCanCarryChangesNothing) {
+    open("honest", "one two", {"--select", "4:7"});
+    EXPECT_NE(write(element, "\xC3("), platform::axErrorSuccess);
+    EXPECT_NE(write(element, std::string("a\0b", 3)), platform::axErrorSuccess);
+    EXPECT_EQ(target->text(), "one two");
+}
+
+TEST_F(AtspiAccessibility, AFocusThatIsLostToNothingIsRemembered) {
+    open("honest", "");
+    EXPECT_EQ(target->command("blur"), "done");
+    // The program has answered since it said so, and what it says arrives in order.
+    EXPECT_EQ(write(element, "text"), platform::axErrorSuccess);
+    EXPECT_EQ(focusedElement(), element);
+}
+
+TEST_F(AtspiAccessibility, AProgramInTheBackgroundDoesNotGetTheFocusByClaimingIt) {
+    TargetProcess background("fake_target.py", {});
+    open("honest", "");
+    EXPECT_EQ(background.command("focus"), "done");
+    EXPECT_EQ(focusedElement(), element);
+    EXPECT_EQ(write(element, "text"), platform::axErrorSuccess);
+    EXPECT_EQ(focusedElement(), element);
+    EXPECT_EQ(background.text(), "");
+}
+
+TEST_F(AtspiAccessibility, AProgramInFrontThatSaysNothingHasNoFocus) {
+    open("honest", "");
+    processInFront = 1;
+    AXUIElementRef found;
+    EXPECT_EQ(copyFocus(&found), platform::axErrorNoValue);
+    EXPECT_EQ(found, nullptr);
+}
+
+struct Toolkit {
+    std::string program;
+    std::string name;
+};
+
+class AtspiAccessibilityOfToolkits : public testing::TestWithParam<Toolkit> {
+  protected:
+    AXUIElementRef focus() {
+        AXUIElementRef element;
+        world.service().copyAttributeValue(world.service().createSystemWide(),
+                                           platform::axFocusedUIElementAttribute, &element);
+        return element;
+    }
+
+    AtspiWorld world{GetParam().program, "text"};
+};
+
+TEST_P(AtspiAccessibilityOfToolkits, TheFocusThatWasThereBeforeTheServiceIsFound) {
+    const auto target = world.open({"before ", 7, 7});
+    world.restartService();
+    ASSERT_TRUE(becomesTrue([this] { return focus() != nullptr; }, Seconds(10)));
+    EXPECT_EQ(world.service().setAttributeValue(focus(), platform::axSelectedTextAttribute, "text"),
+              platform::axErrorSuccess);
+    EXPECT_TRUE(becomesTrue([&] { return target->text() == "before text"; }, Seconds(10)));
+}
+
+TEST_P(AtspiAccessibilityOfToolkits, TheActiveWindowTellsWhatIsInFrontWhereTheDisplayDoesNot) {
+    const auto target = world.open({"", 0, 0});
+    world.processInFront.reset();
+    EXPECT_TRUE(becomesTrue([this] { return focus() != nullptr; }, Seconds(10)));
+}
+
+INSTANTIATE_TEST_SUITE_P(Atspi, AtspiAccessibilityOfToolkits,
+                         testing::Values(Toolkit{"gtk3_target.py", "Gtk3"},
+                                         Toolkit{"gtk4_target.py", "Gtk4"},
+                                         Toolkit{"qt6_target.py", "Qt6"}),
+                         [](const auto& toolkit) { return toolkit.param.name; });
+
+}  // namespace
+
+}  // namespace tarvik::tests

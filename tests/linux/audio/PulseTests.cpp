@@ -1,0 +1,312 @@
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <array>
+#include <csignal>
+#include <future>
+
+#include "tests/conformance/audio/AudioRecorder.h"
+#include "tests/conformance/audio/PulseWorld.h"
+#include "tests/linux/audio/AudioSpeech.h"
+
+namespace tarvik::tests {
+
+namespace {
+
+constexpr Seconds patienceWithSound{20};
+
+class AudioPulse : public testing::Test {
+  protected:
+    bool within(const std::function<bool()>& condition) {
+        return world.runUntil(condition, patienceWithSound);
+    }
+
+    void plugFirst(std::uint32_t sampleRate) {
+        world.plug(sampleRate, 1);
+        ASSERT_TRUE(within([this] { return recorder.changes() == 1; }));
+    }
+
+    void record() {
+        ASSERT_FALSE(recorder.start());
+        ASSERT_TRUE(within([this] { return recorder.buffers() > 0; }));
+    }
+
+    bool streamsBecome(std::size_t count) {
+        return within([this, count] { return world.openStreams() == count; });
+    }
+
+    /// The server's number for the only stream that records.
+    std::string streamIndex() {
+        const std::string list = world.server().control({"list", "short", "source-outputs"});
+        return list.substr(0, list.find('\t'));
+    }
+
+    PulseWorld world;
+    AudioRecorder recorder{world.service()};
+};
+
+/// Listens to the silent loudspeaker's monitor until it carries something loud.
+bool monitorIsLoud() {
+    std::array<int, 2> ends{};
+    EXPECT_EQ(pipe2(ends.data(), O_CLOEXEC), 0);
+    const pid_t monitor = startProgram({"parec", "--raw", "--device=auto_null.monitor"}, ends[1]);
+    close(ends[1]);
+    bool loud = false;
+    std::array<char, 4096> heard{};
+    while (!loud && read(ends[0], heard.data(), heard.size()) > 0) {
+        loud = std::any_of(heard.begin(), heard.end(), [](char byte) { return byte != 0; });
+    }
+    kill(monitor, SIGTERM);
+    waitForProgram(monitor);
+    close(ends[0]);
+    return loud;
+}
+
+void playLoudly(PulseWorld& world) {
+    world.server().control({"load-module", "module-sine", "sink=auto_null", "frequency=440"});
+    EXPECT_TRUE(monitorIsLoud());
+}
+
+TEST_F(AudioPulse, UnpluggingNeverRecordsTheLoudspeakers) {
+    plugFirst(44100);
+    playLoudly(world);
+    record();
+    recorder.ignoreChanges();
+    world.unplug();
+    ASSERT_TRUE(within([this] { return recorder.changes() == 2; }));
+    EXPECT_TRUE(monitorIsLoud());
+    world.settle();
+    EXPECT_NE(world.server().control({"get-default-source"}).find(".monitor"), std::string::npos);
+    EXPECT_EQ(world.openStreams(), 0U);
+    EXPECT_EQ(loudSamples(recorder.heard(0)), 0);
+    EXPECT_TRUE(recorder.start());
+}
+
+TEST_F(AudioPulse, AStreamThatIsReadyWhenTheMicrophoneGoesDoesNotRecordTheLoudspeakersEither) {
+    plugFirst(44100);
+    playLoudly(world);
+    ASSERT_EQ(recorder.format().sampleRate, 44100);
+    ASSERT_TRUE(streamsBecome(1));
+    world.unplug();
+    // Without giving the main queue a turn, so that the engine starts knowing nothing of it, or
+    // little.
+    recorder.start();
+    recorder.ignoreChanges();
+    ASSERT_TRUE(within([this] { return recorder.changes() >= 2; }));
+    EXPECT_TRUE(monitorIsLoud());
+    world.settle();
+    EXPECT_TRUE(streamsBecome(0));
+    EXPECT_EQ(loudSamples(recorder.heard(0)), 0);
+}
+
+TEST_F(AudioPulse, AMonitorMadeTheDefaultSourceIsNoMicrophone) {
+    plugFirst(16000);
+    playLoudly(world);
+    record();
+    world.server().control({"set-default-source", "auto_null.monitor"});
+    ASSERT_TRUE(within([this] { return recorder.changes() == 2; }));
+    EXPECT_EQ(recorder.format().sampleRate, 0);
+    world.settle();
+    EXPECT_EQ(loudSamples(recorder.heard(0)), 0);
+    EXPECT_EQ(world.authorization().authorizationStatusForAudio(), 3);
+}
+
+TEST_F(AudioPulse, TheServerCannotMoveTheStreamToTheMonitor) {
+    plugFirst(16000);
+    playLoudly(world);
+    record();
+    const pid_t move = startProgram(
+        {"pactl", "move-source-output", streamIndex(), "auto_null.monitor"}, STDERR_FILENO);
+    EXPECT_NE(waitForProgram(move), 0);
+    recorder.forget();
+    ASSERT_TRUE(within([this] { return recorder.buffers() > 2; }));
+    EXPECT_EQ(loudSamples(recorder.heard(0)), 0);
+}
+
+/// What a service says as soon as it knows anything.
+int firstStatus(platform::MainQueue& mainQueue, platform::Log& log) {
+    linuxdesktop::PulseAudioService service(mainQueue, log);
+    const auto isKnown = std::make_shared<std::promise<void>>();
+    service.whenFirstKnown([isKnown] { isKnown->set_value(); });
+    EXPECT_EQ(isKnown->get_future().wait_for(patienceWithSound), std::future_status::ready);
+    return service.authorizationStatusForAudio();
+}
+
+TEST_F(AudioPulse, WhatIsKnownFirstIsWhatTheServerSaysOrThatThereIsNone) {
+    AudioMainQueue mainQueue;
+    simulated::Journal journal;
+    simulated::SimulatedLog log(journal);
+    EXPECT_EQ(firstStatus(mainQueue, log), 2);
+    plugFirst(16000);
+    EXPECT_EQ(firstStatus(mainQueue, log), 3);
+    world.killServer();
+    EXPECT_EQ(firstStatus(mainQueue, log), 0);
+}
+
+TEST_F(AudioPulse, ThePermissionFollowsTheHardwareWithinASecond) {
+    const auto becomes = [this](int status) {
+        return world.runUntil(
+            [&] { return world.authorization().authorizationStatusForAudio() == status; },
+            Seconds(1));
+    };
+    EXPECT_TRUE(becomes(2));
+    world.plug(16000, 1);
+    EXPECT_TRUE(becomes(3));
+    world.killServer();
+    EXPECT_TRUE(becomes(0));
+    world.restartServer(16000);
+    EXPECT_TRUE(becomes(3));
+    world.unplug();
+    EXPECT_TRUE(becomes(2));
+}
+
+TEST_F(AudioPulse, NoCallWaitsForAServerThatHangs) {
+    plugFirst(16000);
+    world.server().freeze(true);
+    const auto begin = std::chrono::steady_clock::now();
+    EXPECT_EQ(recorder.format().sampleRate, 16000);
+    EXPECT_FALSE(recorder.start());
+    EXPECT_EQ(world.authorization().authorizationStatusForAudio(), 3);
+    recorder.stop();
+    EXPECT_FALSE(recorder.start());
+    // A server that answers nothing leaves no other measure than time; the first to wait would
+    // hang.
+    EXPECT_LT(std::chrono::steady_clock::now() - begin, std::chrono::seconds(1));
+    world.server().freeze(false);
+    EXPECT_TRUE(within([this] { return recorder.buffers() > 0; }));
+    EXPECT_TRUE(streamsBecome(1));
+}
+
+TEST_F(AudioPulse, ReadingTheFormatOpensOneStreamThatDoesNotRecord) {
+    plugFirst(16000);
+    EXPECT_EQ(world.openStreams(), 0U);
+    EXPECT_EQ(recorder.format().sampleRate, 16000);
+    EXPECT_EQ(recorder.format().sampleRate, 16000);
+    ASSERT_TRUE(streamsBecome(1));
+    EXPECT_NE(world.server().control({"list", "source-outputs"}).find("Corked: yes"),
+              std::string::npos);
+    record();
+    EXPECT_EQ(world.openStreams(), 1U);
+}
+
+TEST_F(AudioPulse, AStreamThatIsNotStartedIsClosedAgain) {
+    plugFirst(16000);
+    recorder.format();
+    ASSERT_TRUE(streamsBecome(1));
+    EXPECT_TRUE(streamsBecome(0));
+    record();
+    EXPECT_EQ(recorder.changes(), 1);
+}
+
+TEST_F(AudioPulse, AStreamThatWasMadeReadyStaysOpenOnceItIsStarted) {
+    plugFirst(16000);
+    recorder.format();
+    record();
+    // Longer than an unused stream lives.
+    world.runUntil([] { return false; }, Seconds(10.5));
+    EXPECT_EQ(world.openStreams(), 1U);
+    recorder.forget();
+    EXPECT_TRUE(within([this] { return recorder.buffers() > 0; }));
+    EXPECT_EQ(recorder.changes(), 1);
+}
+
+TEST_F(AudioPulse, NothingOfTheMicrophoneIsOpenAfterStop) {
+    plugFirst(16000);
+    record();
+    recorder.stop();
+    EXPECT_TRUE(streamsBecome(0));
+    // Also when the server had no time to open it.
+    ASSERT_FALSE(recorder.start());
+    recorder.stop();
+    world.settle();
+    EXPECT_TRUE(streamsBecome(0));
+}
+
+TEST_F(AudioPulse, AMicrophoneThatFallsAsleepForWantOfListenersAndIsWokenIsNoChange) {
+    const auto sleeps = [this] {
+        const std::string sources = world.server().control({"list", "short", "sources"});
+        const std::size_t line = sources.find("mic1\t");
+        return sources.substr(line, sources.find('\n', line) - line).find("SUSPENDED") !=
+               std::string::npos;
+    };
+    plugFirst(16000);
+    ASSERT_TRUE(within(sleeps));
+    record();
+    recorder.stop();
+    // A stream that is ready but does not record keeps nothing awake either.
+    recorder.format();
+    ASSERT_TRUE(streamsBecome(1));
+    ASSERT_TRUE(within(sleeps));
+    recorder.forget();
+    record();
+    world.settle();
+    EXPECT_EQ(recorder.changes(), 1);
+}
+
+TEST_F(AudioPulse, AStreamThatTheServerEndsIsOneChangeAndIsOpenedAgain) {
+    plugFirst(16000);
+    record();
+    world.server().killStream(streamIndex());
+    ASSERT_TRUE(within([this] { return recorder.changes() == 2; }));
+    recorder.forget();
+    EXPECT_TRUE(within([this] { return recorder.buffers() > 0; }));
+    world.settle();
+    EXPECT_EQ(recorder.changes(), 2);
+}
+
+TEST_F(AudioPulse, AVolumeThatChangesIsNoConfigurationChange) {
+    plugFirst(16000);
+    record();
+    for (const char* volume : {"20%", "40%", "60%", "100%"}) {
+        world.server().control({"set-source-volume", "mic1", volume});
+    }
+    world.server().control({"load-module", "module-null-sink", "sink_name=another"});
+    world.settle();
+    EXPECT_EQ(recorder.changes(), 1);
+}
+
+TEST_F(AudioPulse, StartingOnASuspendedMicrophoneRecordsAsSoonAsItIsResumed) {
+    plugFirst(16000);
+    world.suspend(true);
+    ASSERT_FALSE(recorder.start());
+    world.settle();
+    EXPECT_EQ(recorder.buffers(), 0U);
+    EXPECT_EQ(recorder.changes(), 1);
+    world.suspend(false);
+    EXPECT_TRUE(within([this] { return recorder.buffers() > 0; }));
+    world.settle();
+    EXPECT_EQ(recorder.changes(), 2);
+}
+
+TEST_F(AudioPulse, AServerThatStaysAwayForLongIsFoundAsSoonAsItIsBack) {
+    plugFirst(16000);
+    record();
+    world.killServer();
+    ASSERT_TRUE(within([this] { return recorder.changes() == 2; }));
+    // Long enough for the pauses between attempts to exceed the patience below.
+    world.runUntil([] { return false; }, Seconds(7));
+    world.restartServer(16000);
+    EXPECT_TRUE(world.runUntil([this] { return recorder.changes() == 3; }, Seconds(2)));
+    recorder.forget();
+    EXPECT_TRUE(within([this] { return recorder.buffers() > 0; }));
+}
+
+TEST_F(AudioPulse, EnginesMayEndInTheMiddleOfEverything) {
+    plugFirst(16000);
+    for (int round = 0; round < 20; ++round) {
+        const auto engine = world.service().makeEngine();
+        engine->inputNode().inputFormatForBus(0);
+        engine->inputNode().installTapOnBus(0, 64, {}, [](const platform::AudioPcmBuffer&) {});
+        EXPECT_FALSE(engine->start());
+        if (round % 2 == 0) {
+            world.runUntil([] { return false; }, Seconds(0.02 * round));
+        }
+    }
+    EXPECT_TRUE(streamsBecome(0));
+}
+
+}  // namespace
+
+}  // namespace tarvik::tests

@@ -1,0 +1,68 @@
+#pragma once
+
+#include <systemd/sd-bus.h>
+
+#include <chrono>
+#include <cstdlib>
+#include <functional>
+#include <future>
+#include <memory>
+#include <optional>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "platform/linux/bus/BusHandles.h"
+#include "tests/linux/system/LinuxTest.h"
+#include "tests/linux/system/SystemProcess.h"
+
+namespace tarvik::tests {
+
+/// A running application on a session bus of the test's own.
+class BusTest : public LinuxTest {
+  protected:
+    BusTest() { startBus(); }
+    ~BusTest() override { unsetenv("DBUS_SESSION_BUS_ADDRESS"); }
+
+    void startBus() {
+        bus.emplace(std::vector<std::string>{"/usr/bin/dbus-daemon", "--session", "--nofork",
+                                             "--nopidfile", "--print-address=1"});
+        setenv("DBUS_SESSION_BUS_ADDRESS", bus->readLine().c_str(), 1);
+    }
+
+    /// Does what waits for an answer of this process, while this process's loop runs.
+    template <typename Work>
+    auto meanwhile(Work work) {
+        auto result = std::async(std::launch::async, std::move(work));
+        EXPECT_TRUE(runUntil(
+            [&] { return result.wait_for(std::chrono::seconds(0)) == std::future_status::ready; }));
+        return result.get();
+    }
+
+    /// A call from another program; `fill` adds its arguments. The name of the error that comes
+    /// back, empty for none.
+    std::string callFromOutside(const char* service, const char* path, const char* interface,
+                                const char* member, std::function<void(sd_bus_message*)> fill) {
+        return meanwhile([=] {
+            sd_bus* opened = nullptr;
+            sd_bus_open_user(&opened);
+            const linuxdesktop::BusHandle caller(opened);
+            sd_bus_message* message = nullptr;
+            sd_bus_message_new_method_call(caller.get(), &message, service, path, interface,
+                                           member);
+            const linuxdesktop::BusMessage call(message);
+            fill(call.get());
+            sd_bus_error error = SD_BUS_ERROR_NULL;
+            sd_bus_message* answer = nullptr;
+            sd_bus_call(caller.get(), call.get(), 5'000'000, &error, &answer);
+            sd_bus_message_unref(answer);
+            const std::string name = error.name != nullptr ? error.name : "";
+            sd_bus_error_free(&error);
+            return name;
+        });
+    }
+
+    std::optional<SystemProcess> bus;
+};
+
+}  // namespace tarvik::tests

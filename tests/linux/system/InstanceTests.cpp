@@ -1,0 +1,160 @@
+#include <poll.h>
+
+#include <utility>
+#include <vector>
+
+#include "platform/linux/system/ApplicationObject.h"
+#include "platform/linux/system/InstanceClaim.h"
+#include "tests/linux/system/BusTest.h"
+
+namespace tarvik::tests {
+
+namespace {
+
+using linuxdesktop::claimInstance;
+using linuxdesktop::InstanceClaim;
+using platform::ApplicationAction;
+using Role = InstanceClaim::Role;
+
+constexpr Seconds patience(5);
+constexpr Seconds shortPatience(0.3);
+
+class InstanceTest : public BusTest {
+  protected:
+    linuxdesktop::ApplicationObject& startFirst() {
+        InstanceClaim claim = claimInstance({}, patience);
+        EXPECT_EQ(claim.role, Role::first);
+        first.emplace(std::move(claim.bus), clock, log,
+                      linuxdesktop::ApplicationObject::Handlers{
+                          [this](const std::string& id) { reopenings.push_back(id); },
+                          [this](ApplicationAction action, const std::string& id) {
+                              actions.emplace_back(action, id);
+                          }});
+        return *first;
+    }
+
+    std::string call(const char* member, std::function<void(sd_bus_message*)> fill) {
+        return callFromOutside(linuxdesktop::instanceName, linuxdesktop::instancePath,
+                               linuxdesktop::instanceInterface, member, std::move(fill));
+    }
+
+    std::string callAction(const char* name) {
+        return call("ActivateAction", [name](sd_bus_message* message) {
+            sd_bus_message_append(message, "sava{sv}", name, 1, "s", "ignored", 1,
+                                  "desktop-startup-id", "s", "id");
+        });
+    }
+
+    std::vector<std::string> reopenings;
+    std::vector<std::pair<ApplicationAction, std::string>> actions;
+    std::optional<linuxdesktop::ApplicationObject> first;
+};
+
+TEST_F(InstanceTest, TheFirstOneGetsTheNameInMilliseconds) {
+    const TimePoint start = clock.now();
+    EXPECT_EQ(claimInstance({}, patience).role, Role::first);
+    EXPECT_LT((clock.now() - start).count(), 0.25);
+}
+
+TEST_F(InstanceTest, ASecondStartBringsTheFirstForwardAndHandsOverItsIds) {
+    startFirst();
+    const auto claimed = [&](linuxdesktop::StartupIds ids) {
+        return meanwhile([ids] { return claimInstance(ids, patience).role; });
+    };
+    EXPECT_EQ(claimed({"launcher_TIME12", "token"}), Role::second);
+    EXPECT_EQ(claimed({"", "token"}), Role::second);
+    EXPECT_EQ(claimed({"", ""}), Role::second);
+    EXPECT_EQ(claimed({"\xff", ""}), Role::second);
+    EXPECT_EQ(reopenings, (std::vector<std::string>{"launcher_TIME12", "token", "", ""}));
+}
+
+TEST_F(InstanceTest, OpeningBringsItForwardToo) {
+    startFirst();
+    EXPECT_EQ(call("Open",
+                   [](sd_bus_message* message) {
+                       sd_bus_message_append(message, "asa{sv}", 1, "file:///etc/passwd", 2,
+                                             "other", "u", 1, "activation-token", "s", "token");
+                   }),
+              "");
+    EXPECT_EQ(reopenings, std::vector<std::string>{"token"});
+}
+
+TEST_F(InstanceTest, ActionsAreCarriedOutByNameAndUnknownOnesRefused) {
+    startFirst();
+    EXPECT_EQ(callAction("toggle"), "");
+    EXPECT_EQ(callAction("setup"), "");
+    EXPECT_TRUE(log.lines().empty());
+    EXPECT_EQ(callAction("quit"), SD_BUS_ERROR_INVALID_ARGS);
+    EXPECT_EQ(actions, (std::vector<std::pair<ApplicationAction, std::string>>{
+                           {ApplicationAction::toggle, "id"}, {ApplicationAction::setup, "id"}}));
+    EXPECT_EQ(log.linesWith("no action called quit").size(), 1U);
+    EXPECT_EQ(log.lines().size(), 1U);
+}
+
+TEST_F(InstanceTest, WithoutASessionBusThereIsNothingToClaim) {
+    setenv("DBUS_SESSION_BUS_ADDRESS", "unix:path=/nowhere/bus", 1);
+    const InstanceClaim claim = claimInstance({}, patience);
+    EXPECT_EQ(claim.role, Role::unknown);
+    EXPECT_FALSE(claim.trouble.empty());
+}
+
+TEST_F(InstanceTest, ABusThatNeverAnswersIsWaitedForNoLongerThanAllowed) {
+    SystemProcess silent({"python3", "-c",
+                          "import socket,sys,time\n"
+                          "s=socket.socket(socket.AF_UNIX)\n"
+                          "s.bind(sys.argv[1])\ns.listen(8)\nprint('ready',flush=True)\n"
+                          "time.sleep(600)\n",
+                          folder / "bus"});
+    EXPECT_EQ(silent.readLine(), "ready");
+    setenv("DBUS_SESSION_BUS_ADDRESS", ("unix:path=" + (folder / "bus").string()).c_str(), 1);
+    const TimePoint start = clock.now();
+    EXPECT_EQ(claimInstance({}, shortPatience).role, Role::unknown);
+    EXPECT_LT((clock.now() - start).count(), 2.0);
+}
+
+TEST_F(InstanceTest, AnOwnerThatHangsIsReportedAfterAWhile) {
+    // Nobody looks at what comes in here.
+    const InstanceClaim owner = claimInstance({}, patience);
+    const TimePoint start = clock.now();
+    const InstanceClaim claim = claimInstance({}, shortPatience);
+    EXPECT_EQ(claim.role, Role::refused);
+    EXPECT_FALSE(claim.trouble.empty());
+    EXPECT_GE((clock.now() - start).count(), shortPatience.count());
+    EXPECT_LT((clock.now() - start).count(), 2.0);
+}
+
+TEST_F(InstanceTest, AnOwnerThatIsSomethingElseIsReportedAtOnce) {
+    linuxdesktop::BusHandle owner = claimInstance({}, patience).bus;
+    // A connection that answers what it does not know with an error.
+    linuxdesktop::BusConnection other(std::move(owner), clock, [](const Error&) {});
+    EXPECT_EQ(meanwhile([] { return claimInstance({}, patience).role; }), Role::refused);
+}
+
+TEST_F(InstanceTest, AnOwnerThatEndsInsteadOfAnsweringIsReplaced) {
+    linuxdesktop::BusHandle owner = claimInstance({}, patience).bus;
+    // What the bus itself told the owner is out of the way first.
+    while (sd_bus_process(owner.get(), nullptr) > 0) {
+    }
+    auto claim = std::async(std::launch::async, [] { return claimInstance({}, patience); });
+    pollfd waited{sd_bus_get_fd(owner.get()), POLLIN, 0};
+    ASSERT_EQ(poll(&waited, 1, 10000), 1);
+    owner.reset();
+    EXPECT_EQ(claim.get().role, Role::first);
+}
+
+TEST_F(InstanceTest, WhoeverResignsIsReplacedThoughItStillRuns) {
+    startFirst().resign();
+    EXPECT_EQ(meanwhile([] { return claimInstance({}, patience).role; }), Role::first);
+    EXPECT_TRUE(reopenings.empty());
+}
+
+TEST_F(InstanceTest, ABusThatGoesAwayCostsOneLine) {
+    startFirst();
+    bus.reset();
+    EXPECT_TRUE(runUntil([&] { return !log.lines().empty(); }));
+    EXPECT_EQ(log.linesWith("a second start goes unnoticed").size(), 1U);
+}
+
+}  // namespace
+
+}  // namespace tarvik::tests

@@ -1,0 +1,117 @@
+#include <cstdlib>
+#include <ctime>
+#include <optional>
+#include <string>
+
+#include "platform/linux/system/LinuxWorkspace.h"
+#include "platform/linux/system/ProcessTaskLauncher.h"
+#include "tests/linux/system/LinuxTest.h"
+#include "tests/linux/system/LoginManager.h"
+#include "tests/linux/system/SystemProcess.h"
+
+namespace tarvik::tests {
+
+namespace {
+
+class WakeTest : public LinuxTest {
+  protected:
+    /// Announces wakings until the first one is heard, for those before the subscription has
+    /// reached the bus are not; how many it took.
+    int announceUntil(const std::function<bool()>& isHeard) {
+        int announced = 0;
+        EXPECT_TRUE(runUntil([&] {
+            const TimePoint start = clock.now();
+            loginManager.announceSleep(false);
+            ++announced;
+            runUntil([&] { return isHeard() || clock.now() - start > Seconds(0.2); });
+            return isHeard();
+        }));
+        return announced;
+    }
+
+    LoginManager loginManager{folder / "bus"};
+    linuxdesktop::ProcessTaskLauncher taskLauncher;
+    std::optional<linuxdesktop::LinuxWorkspace> workspace{
+        std::in_place, [] { return std::optional<platform::ProcessIdentifier>(); }, taskLauncher,
+        clock, log};
+};
+
+double processorSeconds() {
+    return static_cast<double>(std::clock()) / CLOCKS_PER_SEC;
+}
+
+TEST_F(WakeTest, EveryObserverHearsOfEachWakingAndOfNoFallingAsleep) {
+    int first = 0;
+    int second = 0;
+    workspace->observeDidWake([&] { ++first; });
+    workspace->observeDidWake([&] { ++second; });
+    const int unheard = announceUntil([&] { return first > 0; });
+    constexpr int sleeps = 20;
+    for (int number = 0; number < sleeps; ++number) {
+        loginManager.announceSleep(true);
+        loginManager.announceSleep(false);
+    }
+    EXPECT_TRUE(runUntil([&] { return first > sleeps; }));
+    EXPECT_LE(first, unheard + sleeps);
+    EXPECT_EQ(second, first);
+    EXPECT_TRUE(log.lines().empty());
+}
+
+TEST_F(WakeTest, WithoutASystemBusTheLogGetsOneLine) {
+    setenv("DBUS_SYSTEM_BUS_ADDRESS", "unix:path=/nowhere/bus", 1);
+    workspace->observeDidWake([] { FAIL(); });
+    workspace->observeDidWake([] { FAIL(); });
+    EXPECT_TRUE(runUntil([&] { return !log.lines().empty(); }));
+    EXPECT_EQ(log.linesWith("waking from sleep goes unnoticed").size(), 1U);
+}
+
+TEST_F(WakeTest, ABusThatGoesAwayCostsOneLineAndNoProcessorTime) {
+    bool hasWoken = false;
+    workspace->observeDidWake([&] { hasWoken = true; });
+    announceUntil([&] { return hasWoken; });
+    loginManager.stop();
+    EXPECT_TRUE(runUntil([&] { return !log.lines().empty(); }));
+    const double before = processorSeconds();
+    EXPECT_TRUE(runUntil([&, start = clock.now()] { return clock.now() - start > Seconds(0.3); }));
+    EXPECT_LT(processorSeconds() - before, 0.1);
+    EXPECT_EQ(log.lines().size(), 1U);
+}
+
+TEST_F(WakeTest, ABusThatComesBackIsJoinedAgain) {
+    int wakings = 0;
+    workspace->observeDidWake([&] { ++wakings; });
+    announceUntil([&] { return wakings > 0; });
+    std::size_t losses = 0;
+    // The first absence is longer than the attempts that need no sign of the bus.
+    for (const Seconds absence : {Seconds(4), Seconds(0)}) {
+        loginManager.stop();
+        ++losses;
+        EXPECT_TRUE(runUntil([&] { return log.lines().size() == losses; }));
+        EXPECT_TRUE(runUntil([&, start = clock.now()] { return clock.now() - start >= absence; }));
+        loginManager.start();
+        const int before = wakings;
+        announceUntil([&] { return wakings > before; });
+        EXPECT_EQ(log.lines().size(), losses);
+    }
+}
+
+TEST_F(WakeTest, ABusThatNeverAnswersDoesNotHoldUpTheCaller) {
+    // The kernel takes the connection; the server never looks at it.
+    SystemProcess silent({"python3", "-c",
+                          "import socket,sys,time\n"
+                          "s=socket.socket(socket.AF_UNIX)\n"
+                          "s.bind(sys.argv[1])\ns.listen(8)\nprint('ready',flush=True)\n"
+                          "time.sleep(600)\n",
+                          folder / "silent"});
+    EXPECT_EQ(silent.readLine(), "ready");
+    setenv("DBUS_SYSTEM_BUS_ADDRESS", ("unix:path=" + (folder / "silent").string()).c_str(), 1);
+    const TimePoint start = clock.now();
+    workspace->observeDidWake([] {});
+    QApplication::processEvents();
+    workspace.reset();
+    EXPECT_LT((clock.now() - start).count(), 1.0);
+}
+
+}  // namespace
+
+}  // namespace tarvik::tests

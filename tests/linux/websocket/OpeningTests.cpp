@@ -1,0 +1,214 @@
+#include "tests/linux/websocket/BeastTest.h"
+
+namespace tarvik::tests {
+
+namespace {
+
+std::size_t occurrences(const std::string& text, const std::string& part) {
+    std::size_t count = 0;
+    for (auto at = text.find(part); at != std::string::npos; at = text.find(part, at + 1)) {
+        ++count;
+    }
+    return count;
+}
+
+TEST_F(BeastTest, SendsTheHandshakeByteForByte) {
+    platform::UrlRequest request = world.request();
+    request.headerFields = {{"Sec-WebSocket-Protocol", "token,  a key with blanks \t "},
+                            {"X-Other", " one "}};
+    start(request);
+    world.accept("token");
+    ASSERT_TRUE(comes("open token"));
+    const std::string& head = world.head();
+    EXPECT_TRUE(head.starts_with("GET /v1/listen?a=b%20c HTTP/1.1\r\n")) << head;
+    EXPECT_EQ(occurrences(head, "\r\nSec-WebSocket-Protocol: token,  a key with blanks \t \r\n"),
+              1U)
+        << head;
+    EXPECT_EQ(occurrences(head, "Sec-WebSocket-Protocol"), 1U);
+    EXPECT_EQ(occurrences(head, "\r\nX-Other:  one \r\n"), 1U) << head;
+    EXPECT_EQ(occurrences(head, "\r\nUser-Agent: TarvikDictate/"), 1U) << head;
+    const std::string port = std::to_string(world.listener().port());
+    EXPECT_EQ(occurrences(head, "\r\nHost: 127.0.0.1:" + port + "\r\n"), 1U) << head;
+}
+
+TEST_F(BeastTest, AsksForTheServerByName) {
+    platform::UrlRequest request = world.request();
+    request.url = "WSS://localhost:" + std::to_string(world.listener().port());
+    start(request);
+    world.accept("token");
+    ASSERT_TRUE(comes("open token"));
+    EXPECT_EQ(world.peer().serverName(), "localhost");
+    EXPECT_TRUE(world.head().starts_with("GET / HTTP/1.1\r\n"));
+}
+
+TEST_F(BeastTest, ReadsAMessageThatComesWithTheAcceptance) {
+    start();
+    ASSERT_TRUE(world.acceptTls());
+    const std::string head = world.peer().readHead();
+    world.peer().write(Peer::acceptance(head, "token") + Peer::frame(Peer::text, "at once"));
+    ASSERT_TRUE(comes("text at once"));
+    EXPECT_EQ(recorder->events().front(), "open token");
+}
+
+TEST_F(BeastTest, ARefusedUpgradeTellsStatusAndBody) {
+    start();
+    ASSERT_TRUE(world.acceptTls());
+    world.peer().readHead();
+    const std::string body = "{\"err_code\":\"INVALID_AUTH\",\r\n  \"err_msg\":\"\x01no\"}";
+    world.peer().write("HTTP/1.1 401 Unauthorized\r\nContent-Length: " +
+                       std::to_string(body.size()) + "\r\n\r\n" + body);
+    ASSERT_TRUE(
+        failed("The service refused the web socket: HTTP 401 Unauthorized: "
+               "{\"err_code\":\"INVALID_AUTH\", \"err_msg\":\" no\"}"));
+    EXPECT_EQ(recorder->lastError().code, 401);
+    world.settle();
+    EXPECT_EQ(recorder->events().size(), 1U);
+}
+
+TEST_F(BeastTest, ARefusalMayEndWithTheConnectionAndIsCutShort) {
+    start();
+    ASSERT_TRUE(world.acceptTls());
+    world.peer().readHead();
+    world.peer().write("HTTP/1.1 503 Busy\r\n\r\n" + std::string(100'000, 'A'));
+    world.peer().end();
+    ASSERT_TRUE(failed("HTTP 503 Busy: AAAA"));
+    EXPECT_LT(recorder->lastError().localizedDescription.size(), 600U);
+}
+
+TEST_F(BeastTest, AnAnswerThatIsNoWebSocketFailsTheOpening) {
+    start();
+    ASSERT_TRUE(world.acceptTls());
+    const std::string head = world.peer().readHead();
+    std::string answer = Peer::acceptance(head, "token");
+    answer.replace(answer.find("Accept: ") + 8, 4, "AAAA");
+    world.peer().write(answer);
+    ASSERT_TRUE(failed("The service broke the opening of the web socket off"));
+}
+
+TEST_F(BeastTest, AnAnswerThatIsNotHttpFailsTheOpening) {
+    start();
+    ASSERT_TRUE(world.acceptTls());
+    world.peer().readHead();
+    world.peer().write("220 mail.example ESMTP\r\n\r\n");
+    ASSERT_TRUE(failed("The service broke the opening of the web socket off"));
+}
+
+TEST_F(BeastTest, AServerWithoutTlsFailsTheOpening) {
+    start();
+    Peer peer = world.listener().accept();
+    peer.write("HTTP/1.1 400 Bad Request\r\n\r\n");
+    ASSERT_TRUE(failed("No secure connection to 127.0.0.1"));
+}
+
+TEST_F(BeastTest, TheLimitOfTimeCoversASilentServer) {
+    platform::UrlRequest request = world.request();
+    request.timeoutInterval = 0.2;
+    start(request);
+    ASSERT_TRUE(world.acceptTls());
+    world.peer().readHead();
+    ASSERT_TRUE(failed("did not open within 0.2 s"));
+    EXPECT_EQ(recorder->lastError().code, ETIMEDOUT);
+    EXPECT_TRUE(world.peer().readEnd());
+}
+
+TEST_F(BeastTest, NothingListening) {
+    platform::UrlRequest request = world.request();
+    {
+        const Listener gone("127.0.0.1");
+        request.url = "wss://127.0.0.1:" + std::to_string(gone.port()) + "/";
+    }
+    start(request);
+    ASSERT_TRUE(failed("Connection refused"));
+    EXPECT_EQ(recorder->lastError().code, ECONNREFUSED);
+}
+
+TEST_F(BeastTest, OnlyWholeWssUrlsAreOpened) {
+    for (const char* url : {"https://127.0.0.1/", "wss://", "wss://127.0.0.1:0/", "wss://a:b/",
+                            "wss://user@127.0.0.1/", "wss://127.0.0.1/#part", "wss://[::1/",
+                            "wss://127.0.0.1/a b", "wss://127.0.0.1/\r\nEvil: yes"}) {
+        recorder = std::make_shared<WebSocketRecorder>();
+        platform::UrlRequest request = world.request();
+        request.url = url;
+        start(request);
+        EXPECT_TRUE(failed("The address is not a wss URL")) << url;
+    }
+}
+
+TEST_F(BeastTest, AControlCharacterInAHeaderNeverReachesTheWire) {
+    for (const std::string& key :
+         {std::string("a\nb"), std::string("a\rb"), std::string("a\0b", 3), std::string("a\x7F")}) {
+        recorder = std::make_shared<WebSocketRecorder>();
+        platform::UrlRequest request = world.request();
+        request.headerFields = {{"Sec-WebSocket-Protocol", "token, " + key}};
+        start(request);
+        EXPECT_TRUE(failed("The header field Sec-WebSocket-Protocol has a line break"));
+    }
+    world.settle();
+    EXPECT_FALSE(world.listener().hasConnection());
+}
+
+TEST_F(BeastTest, ReachesAServerThatHasOnlyIpv6) {
+    Listener listener("::1");
+    platform::UrlRequest request = world.request();
+    request.url = "wss://[::1]:" + std::to_string(listener.port()) + "/v1/listen";
+    start(request);
+    Peer peer = listener.accept();
+    ASSERT_TRUE(peer.startTls(world.serverContext()));
+    const std::string head = peer.readHead();
+    EXPECT_EQ(occurrences(head, "\r\nHost: [::1]:" + std::to_string(listener.port()) + "\r\n"), 1U);
+    peer.write(Peer::acceptance(head, "token"));
+    ASSERT_TRUE(comes("open token"));
+}
+
+class WebSocketCertificates : public testing::Test {
+  protected:
+    /// The text with which a connection to a server with this certificate fails; it has asked for
+    /// nothing by then.
+    static std::string objectionTo(const TestCertificate& certificate) {
+        BeastWorld world(certificate);
+        const auto recorder = std::make_shared<WebSocketRecorder>();
+        const auto task = world.service().makeSession(recorder)->webSocketTask(world.request());
+        task->resume();
+        recorder->receive(*task);
+        // With TLS 1.3 the server has finished before the client objects.
+        if (world.acceptTls() && !world.peer().readHead().empty()) {
+            return "the client went on";
+        }
+        world.runUntil([&] { return recorder->has("failed receive"); });
+        return recorder->lastError().localizedDescription;
+    }
+};
+
+TEST_F(WebSocketCertificates, OfAStrangeAuthority) {
+    EXPECT_EQ(
+        objectionTo({.names = "IP:127.0.0.1", .isTrusted = false}),
+        "The certificate of 127.0.0.1 does not verify: unable to get local issuer certificate");
+}
+
+TEST_F(WebSocketCertificates, OfAnotherHost) {
+    EXPECT_EQ(objectionTo({.names = "DNS:localhost,IP:127.0.0.2"}),
+              "The certificate of 127.0.0.1 does not verify: IP address mismatch");
+}
+
+TEST_F(WebSocketCertificates, ThatHasExpired) {
+    EXPECT_EQ(objectionTo({.names = "IP:127.0.0.1", .isExpired = true}),
+              "The certificate of 127.0.0.1 does not verify: certificate has expired");
+}
+
+TEST_F(WebSocketCertificates, OfAnotherName) {
+    BeastWorld world({.names = "DNS:other.example,DNS:*.localhost"});
+    const auto recorder = std::make_shared<WebSocketRecorder>();
+    platform::UrlRequest request = world.request();
+    request.url = "wss://localhost:" + std::to_string(world.listener().port());
+    const auto task = world.service().makeSession(recorder)->webSocketTask(request);
+    task->resume();
+    recorder->receive(*task);
+    world.acceptTls();
+    ASSERT_TRUE(world.runUntil([&] { return recorder->has("failed receive"); }));
+    EXPECT_EQ(recorder->lastError().localizedDescription,
+              "The certificate of localhost does not verify: hostname mismatch");
+}
+
+}  // namespace
+
+}  // namespace tarvik::tests

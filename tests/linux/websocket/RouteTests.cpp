@@ -1,0 +1,181 @@
+#include <boost/asio/io_context.hpp>
+#include <boost/asio/ip/tcp.hpp>
+#include <cstdlib>
+
+#include "platform/linux/websocket/AddressRace.h"
+#include "platform/linux/websocket/ProxySettings.h"
+#include "tests/linux/websocket/BeastTest.h"
+
+namespace tarvik::tests {
+
+namespace {
+
+using boost::asio::ip::tcp;
+using linuxdesktop::Proxy;
+using linuxdesktop::ProxySettings;
+
+class WebSocketProxy : public BeastTest {
+  protected:
+    ~WebSocketProxy() override {
+        unsetenv("https_proxy");
+        unsetenv("no_proxy");
+    }
+
+    void useProxy(const std::string& userInformation, const char* exceptions) {
+        const std::string url =
+            "http://" + userInformation + "127.0.0.1:" + std::to_string(proxy.port()) + "/";
+        world.endService();
+        setenv("https_proxy", url.c_str(), 1);
+        setenv("no_proxy", exceptions, 1);
+        world.restartService();
+    }
+
+    Listener proxy{"127.0.0.1"};
+};
+
+TEST_F(WebSocketProxy, TunnelsThroughIt) {
+    useProxy("", "");
+    start();
+    Peer peer = proxy.accept();
+    const std::string authority = "127.0.0.1:" + std::to_string(world.listener().port());
+    EXPECT_EQ(peer.readHead(),
+              "CONNECT " + authority + " HTTP/1.1\r\nHost: " + authority + "\r\n\r\n");
+    peer.write("HTTP/1.1 200 Connection established\r\nVia: 1.1 test\r\n\r\n");
+    ASSERT_TRUE(peer.startTls(world.serverContext()));
+    peer.write(Peer::acceptance(peer.readHead(), "token"));
+    ASSERT_TRUE(comes("open token"));
+    EXPECT_FALSE(world.listener().hasConnection());
+}
+
+TEST_F(WebSocketProxy, ShowsItThePasswordOfItsUrl) {
+    useProxy("user:p%40ss@", "");
+    start();
+    // base64 of "user:p@ss"
+    EXPECT_NE(proxy.accept().readHead().find("\r\nProxy-Authorization: Basic dXNlcjpwQHNz\r\n"),
+              std::string::npos);
+}
+
+TEST_F(WebSocketProxy, TellsTheStatusOfItsRefusal) {
+    useProxy("", "");
+    start();
+    Peer peer = proxy.accept();
+    peer.readHead();
+    peer.write("HTTP/1.1 407 Proxy Authentication Required\r\nContent-Length: 2\r\n\r\nno");
+    ASSERT_TRUE(failed("refused to connect: HTTP 407 Proxy Authentication Required"));
+    EXPECT_EQ(recorder->lastError().code, 407);
+}
+
+TEST_F(WebSocketProxy, TellsThatItHungUp) {
+    useProxy("", "");
+    start();
+    proxy.accept().readHead();
+    ASSERT_TRUE(failed("did not answer"));
+}
+
+TEST_F(WebSocketProxy, IsPassedByForTheExceptions) {
+    useProxy("", "example.com, 127.0.0.1");
+    open();
+    EXPECT_FALSE(proxy.hasConnection());
+}
+
+TEST(WebSocketProxySettings, Exceptions) {
+    struct Case {
+        const char* exceptions;
+        const char* host;
+        bool isDirect;
+    };
+    for (const Case& test :
+         {Case{"", "example.com", false}, Case{"*", "example.com", true},
+          Case{"example.com", "example.com", true}, Case{"example.com", "EXAMPLE.com", true},
+          Case{"example.com", "api.example.com", true},
+          Case{".example.com", "api.example.com", true}, Case{".example.com", "example.com", true},
+          Case{"example.com", "notexample.com", false},
+          Case{"a.org example.com", "example.com", true},
+          Case{"example.com:443", "example.com", true},
+          Case{"example.com:8443", "example.com", false}, Case{"10.0.0.0/8", "10.1.2.3", true},
+          Case{"10.0.0.0/8", "11.1.2.3", false}, Case{"::1", "::1", true},
+          Case{"[::1]:443", "::1", true}, Case{"fd00::/8", "fd12::1", true},
+          Case{"0.0.1", "127.0.0.1", false}}) {
+        const auto proxy = ProxySettings("proxy:3128", test.exceptions).proxyFor(test.host, 443);
+        ASSERT_TRUE(proxy);
+        EXPECT_EQ(!proxy.value(), test.isDirect) << test.exceptions << " " << test.host;
+    }
+}
+
+TEST(WebSocketProxySettings, Addresses) {
+    const auto proxyOf = [](const char* text) {
+        return ProxySettings(text, "").proxyFor("example.com", 443);
+    };
+    const Proxy plain = *proxyOf("proxy:3128").value();
+    EXPECT_EQ(plain.host, "proxy");
+    EXPECT_EQ(plain.port, 3128);
+    EXPECT_EQ(plain.authorization, "");
+    const Proxy full = *proxyOf("http://a:b@[::1]:3128/").value();
+    EXPECT_EQ(full.host, "::1");
+    EXPECT_EQ(full.authorization, "Basic YTpi");
+    EXPECT_EQ(proxyOf("http://proxy").value()->port, 80);
+    EXPECT_FALSE(proxyOf("").value());
+    EXPECT_FALSE(proxyOf("socks5://proxy:1080"));
+    EXPECT_FALSE(proxyOf("http://proxy:port"));
+}
+
+struct RaceResult {
+    boost::system::error_code failure;
+    std::optional<tcp::endpoint> winner;
+    Seconds duration{0};
+};
+
+RaceResult race(const std::vector<tcp::endpoint>& endpoints) {
+    boost::asio::io_context context;
+    RaceResult result;
+    const auto start = std::chrono::steady_clock::now();
+    const auto race = std::make_shared<linuxdesktop::AddressRace>(context, endpoints);
+    race->start([&](const boost::system::error_code& failure, const tcp::socket& socket) {
+        result.failure = failure;
+        if (!failure) {
+            result.winner = socket.remote_endpoint();
+        }
+        result.duration = std::chrono::steady_clock::now() - start;
+    });
+    context.run();
+    return result;
+}
+
+tcp::endpoint endpointAt(const char* address, std::uint16_t port) {
+    return {boost::asio::ip::make_address(address), port};
+}
+
+TEST(WebSocketAddressRace, ARefusalStartsTheNextAttemptAtOnce) {
+    const Listener good("127.0.0.1");
+    const auto target = endpointAt("127.0.0.1", good.port());
+    const RaceResult result = race({endpointAt("::1", good.port()), target});
+    EXPECT_EQ(result.winner, target);
+    EXPECT_LT(result.duration, Seconds(0.25));
+}
+
+TEST(WebSocketAddressRace, ASilentAddressCostsAQuarterOfASecond) {
+    const Listener deaf("127.0.0.1", 0, true);
+    const Listener good("::1");
+    const auto silent = endpointAt("127.0.0.1", deaf.port());
+    const auto target = endpointAt("::1", good.port());
+    // The families take turns, so the second silent one is tried after the good one.
+    const RaceResult result = race({silent, silent, target});
+    EXPECT_EQ(result.winner, target);
+    EXPECT_GE(result.duration, Seconds(0.25));
+    EXPECT_LT(result.duration, Seconds(0.5));
+}
+
+TEST(WebSocketAddressRace, TheLastRefusalIsTheFailure) {
+    std::uint16_t port = 0;
+    {
+        const Listener gone("127.0.0.1");
+        port = gone.port();
+    }
+    EXPECT_EQ(race({endpointAt("::1", port), endpointAt("127.0.0.1", port)}).failure,
+              boost::asio::error::connection_refused);
+    EXPECT_TRUE(race({}).failure);
+}
+
+}  // namespace
+
+}  // namespace tarvik::tests

@@ -1,0 +1,212 @@
+#include <chrono>
+
+#include "tests/linux/websocket/BeastTest.h"
+
+namespace tarvik::tests {
+
+namespace {
+
+constexpr std::size_t mebibyte = std::size_t{1} << 20;
+
+TEST_F(BeastTest, ReceivesSixteenMebibytesAndGoesOn) {
+    open();
+    std::string large(16 * mebibyte, 'a');
+    large.back() = 'z';
+    world.sendText(large);
+    world.sendText("next");
+    ASSERT_TRUE(comes("text next"));
+    EXPECT_TRUE(recorder->has("text 16777216 bytes"));
+}
+
+TEST_F(BeastTest, AMessageBeyondTheLimitEndsTheConnection) {
+    open();
+    // The header alone is enough.
+    world.peer().write(std::string("\x82\x7F\0\0\0\0\x02\0\0\x01", 10));
+    const auto farewell = world.peer().readFrame();
+    ASSERT_TRUE(farewell);
+    EXPECT_EQ(farewell->opcode, Peer::close);
+    EXPECT_EQ(farewell->closeCode(), 1009);
+    ASSERT_TRUE(comes("failed receive"));
+    EXPECT_EQ(recorder->events(), (std::vector<std::string>{"open token", "failed receive"}));
+}
+
+TEST_F(BeastTest, DropsTextThatIsNotUtf8AndGoesOn) {
+    open();
+    world.sendText("before");
+    world.sendText("\xC3(");
+    world.sendText("cut off \xF0\x9F\x98");
+    world.sendData("\xFF\xFE");
+    world.sendText("after");
+    ASSERT_TRUE(comes("text after"));
+    EXPECT_EQ(recorder->events(), (std::vector<std::string>{"open token", "text before",
+                                                            "data \xFF\xFE", "text after"}));
+    ASSERT_EQ(world.logLines().size(), 2U);
+    EXPECT_EQ(world.logLines().front(),
+              "TarvikDictate: dropped a text message of 2 bytes that is not UTF-8");
+}
+
+TEST_F(BeastTest, ReadsFramesInAnyPieces) {
+    open();
+    const std::string smiley = "😀";
+    // A character split between two frames with a ping between them, and every byte on its own.
+    const std::string bytes =
+        Peer::frame(Peer::text, "a" + smiley.substr(0, 2), 0) + Peer::frame(Peer::ping, "p") +
+        Peer::frame(0, smiley.substr(2), Peer::final) +
+        Peer::frame(Peer::data, std::string(130, 'b')) + Peer::frame(Peer::text, "c");
+    for (const char byte : bytes) {
+        world.peer().write({&byte, 1});
+    }
+    ASSERT_TRUE(comes("text c"));
+    EXPECT_EQ(recorder->events(), (std::vector<std::string>{"open token", "text a" + smiley,
+                                                            "data 130 bytes", "text c"}));
+    const auto pong = world.peer().readFrame();
+    ASSERT_TRUE(pong);
+    EXPECT_EQ(pong->opcode, Peer::pong);
+    EXPECT_EQ(pong->payload, "p");
+}
+
+TEST_F(BeastTest, AFrameThatBreaksTheProtocolIsOneErrorAndNoClose) {
+    open();
+    world.sendText("before");
+    world.peer().write(Peer::frame(Peer::text, "x", 0xC0));
+    const auto farewell = world.peer().readFrame();
+    ASSERT_TRUE(farewell);
+    EXPECT_EQ(farewell->closeCode(), 1002);
+    ASSERT_TRUE(comes("failed receive"));
+    world.settle();
+    EXPECT_EQ(recorder->events(),
+              (std::vector<std::string>{"open token", "text before", "failed receive"}));
+}
+
+TEST_F(BeastTest, AResetInTheMiddleOfAMessageLosesTheConnection) {
+    open();
+    const std::string frame = Peer::frame(Peer::data, std::string(100'000, 'a'));
+    world.peer().write(frame.substr(0, 50'000));
+    world.peer().reset();
+    ASSERT_TRUE(comes("failed receive"));
+    world.settle();
+    EXPECT_EQ(recorder->events().size(), 2U);
+}
+
+TEST_F(BeastTest, AnEndWithoutACloseFrameIsALostConnection) {
+    open();
+    world.peer().end();
+    ASSERT_TRUE(comes("failed receive"));
+    world.settle();
+    EXPECT_EQ(recorder->events(), (std::vector<std::string>{"open token", "failed receive"}));
+}
+
+TEST_F(BeastTest, SendsThatWaitFailWhenTheConnectionIsLost) {
+    open();
+    // More than the kernel's buffers take, to somebody who reads nothing.
+    task->send({platform::WebSocketMessage::Kind::data, std::string(32 * mebibyte, 'a')},
+               [](const auto&) {});
+    recorder->sendText(*task, "behind");
+    world.settle();
+    EXPECT_FALSE(recorder->has("sent behind"));
+    world.peer().reset();
+    ASSERT_TRUE(comes("failed behind"));
+    ASSERT_TRUE(comes("failed receive"));
+    const std::string reason = recorder->lastError().localizedDescription;
+    recorder->sendText(*task, "later");
+    ASSERT_TRUE(comes("failed later"));
+    EXPECT_EQ(recorder->lastError().localizedDescription, "A message could not be sent: " + reason);
+}
+
+TEST_F(BeastTest, AnswersACloseFrameWithTheSameCode) {
+    open();
+    world.sendClose(1000, "done");
+    const auto answer = world.peer().readFrame();
+    ASSERT_TRUE(answer);
+    EXPECT_EQ(answer->opcode, Peer::close);
+    EXPECT_EQ(answer->closeCode(), 1000);
+    ASSERT_TRUE(comes("failed receive"));
+    EXPECT_EQ(recorder->lastError().localizedDescription,
+              "The service closed the connection (1000: done)");
+    EXPECT_EQ(recorder->lastError().code, 1000);
+}
+
+TEST_F(BeastTest, ACloseFrameWithoutACodeIsToldAs1005) {
+    open();
+    world.peer().write(Peer::frame(Peer::close, ""));
+    ASSERT_TRUE(comes("close 1005 "));
+}
+
+TEST_F(BeastTest, DoesNotWaitForTheServerToEndAClosedConnection) {
+    open();
+    const Seconds start = world.now();
+    world.sendClose(1000, "");
+    ASSERT_TRUE(comes("failed receive"));
+    EXPECT_LT(world.now() - start, BeastWorld::timing.farewell);
+    // The server keeps its end open; the client cuts it.
+    ASSERT_TRUE(world.peer().readFrame());
+    EXPECT_TRUE(world.peer().readEnd());
+}
+
+TEST_F(BeastTest, CancelSendsACloseFrame) {
+    open();
+    task->cancel(platform::closeCodeGoingAway);
+    ASSERT_TRUE(comes("failed receive"));
+    const auto farewell = world.peer().readFrame();
+    ASSERT_TRUE(farewell);
+    EXPECT_EQ(farewell->opcode, Peer::close);
+    EXPECT_EQ(farewell->closeCode(), 1001);
+    world.sendClose(1001, "");
+    EXPECT_TRUE(world.peer().readEnd());
+    EXPECT_EQ(recorder->events(), (std::vector<std::string>{"open token", "failed receive"}));
+}
+
+TEST_F(BeastTest, CutsAServerThatNeverAnswersTheClose) {
+    open();
+    const Seconds start = world.now();
+    task->cancel(platform::closeCodeGoingAway);
+    ASSERT_TRUE(world.peer().readFrame());
+    EXPECT_TRUE(world.peer().readEnd());
+    EXPECT_GE(world.now() - start, BeastWorld::timing.farewell);
+}
+
+TEST_F(BeastTest, CancelDoesNotWaitForAServerThatTakesNothing) {
+    open();
+    task->send({platform::WebSocketMessage::Kind::data, std::string(32 * mebibyte, 'a')},
+               [](const auto&) {});
+    recorder->sendText(*task, "behind");
+    world.settle();
+    const Seconds start = world.now();
+    task->cancel(platform::closeCodeGoingAway);
+    ASSERT_TRUE(comes("failed receive"));
+    ASSERT_TRUE(comes("failed behind"));
+    EXPECT_LT(world.now() - start, BeastWorld::timing.farewell);
+    while (world.peer().readFrame()) {
+    }
+}
+
+TEST_F(BeastTest, CancelDuringTheTlsHandshakeEndsTheConnection) {
+    start();
+    Peer silent = world.listener().accept();
+    task->cancel(platform::closeCodeGoingAway);
+    ASSERT_TRUE(comes("failed receive"));
+    std::string hello = silent.readHead();
+    EXPECT_TRUE(hello.empty());
+}
+
+TEST_F(BeastTest, HoldsTheServerBackWhileNobodyAsks) {
+    session = world.service().makeSession(recorder);
+    task = session->webSocketTask(world.request());
+    task->resume();
+    world.accept("token");
+    ASSERT_TRUE(comes("open token"));
+    const std::string frame = Peer::frame(Peer::data, std::string(4 * mebibyte, 'a'));
+    constexpr int most = 100;
+    int taken = 0;
+    while (taken < most && world.peer().tryWrite(frame)) {
+        ++taken;
+    }
+    ASSERT_LT(taken, most);
+    recorder->receiveAll(task);
+    world.peer().write(frame);
+    ASSERT_TRUE(comes("data 4194304 bytes", static_cast<std::size_t>(taken) + 1));
+}
+
+}  // namespace
+
+}  // namespace tarvik::tests

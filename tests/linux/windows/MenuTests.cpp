@@ -1,0 +1,127 @@
+#include <xcb/xcb.h>
+
+#include <QApplication>
+#include <QCursor>
+#include <QScreen>
+#include <QWidget>
+#include <array>
+#include <cstdint>
+#include <cstdlib>
+
+#include "platform/linux/windows/QtUserInterface.h"
+#include "platform/linux/windows/X11Server.h"
+#include "tests/linux/system/LinuxTest.h"
+#include "tests/linux/system/SystemProcess.h"
+#include "tests/linux/windows/NotifierHost.h"
+
+namespace tarvik::tests {
+
+namespace {
+
+/// A desktop whose menus may cover its panels.
+struct PlasmaSession {
+    PlasmaSession() {
+        setenv("XDG_CURRENT_DESKTOP", "KDE", 1);
+        setenv("KDE_SESSION_VERSION", "5", 1);
+    }
+    ~PlasmaSession() {
+        unsetenv("XDG_CURRENT_DESKTOP");
+        unsetenv("KDE_SESSION_VERSION");
+    }
+};
+
+/// Another program's panel along an edge of the screen.
+class Panel {
+  public:
+    Panel(const QRect& place, const QRect& screen) : connection_(xcb_connect(nullptr, nullptr)) {
+        const xcb_window_t window = xcb_generate_id(connection_);
+        const xcb_window_t root = xcb_setup_roots_iterator(xcb_get_setup(connection_)).data->root;
+        xcb_create_window(
+            connection_, XCB_COPY_FROM_PARENT, window, root, static_cast<std::int16_t>(place.x()),
+            static_cast<std::int16_t>(place.y()), static_cast<std::uint16_t>(place.width()),
+            static_cast<std::uint16_t>(place.height()), 0, XCB_WINDOW_CLASS_INPUT_OUTPUT,
+            XCB_COPY_FROM_PARENT, 0, nullptr);
+        const auto set = [&](const char* name, xcb_atom_t type, const auto& values) {
+            xcb_change_property(connection_, XCB_PROP_MODE_REPLACE, window,
+                                linuxdesktop::x11Atom(connection_, name), type, 32,
+                                static_cast<std::uint32_t>(values.size()), values.data());
+        };
+        set("_NET_WM_WINDOW_TYPE", XCB_ATOM_ATOM,
+            std::array{linuxdesktop::x11Atom(connection_, "_NET_WM_WINDOW_TYPE_DOCK")});
+        const bool isUpright = place.height() > place.width();
+        const auto reserved = [](bool isThere, int thickness) {
+            return static_cast<std::uint32_t>(isThere ? thickness : 0);
+        };
+        set("_NET_WM_STRUT", XCB_ATOM_CARDINAL,
+            std::array{reserved(isUpright && place.left() == screen.left(), place.width()),
+                       reserved(isUpright && place.right() == screen.right(), place.width()),
+                       reserved(!isUpright && place.top() == screen.top(), place.height()),
+                       reserved(!isUpright && place.bottom() == screen.bottom(), place.height())});
+        xcb_map_window(connection_, window);
+        xcb_flush(connection_);
+    }
+    ~Panel() { xcb_disconnect(connection_); }
+    Panel(const Panel&) = delete;
+    Panel& operator=(const Panel&) = delete;
+
+  private:
+    xcb_connection_t* connection_;
+};
+
+/// Qt learns of the desktop when its application is made.
+class X11MenuTest : private PlasmaSession, public LinuxTest {
+  protected:
+    static QRect screen() { return QGuiApplication::primaryScreen()->geometry(); }
+    static QRect room() { return QGuiApplication::primaryScreen()->availableGeometry(); }
+
+    void movePointer(QPoint place) {
+        QCursor::setPos(place);
+        EXPECT_TRUE(runUntil([&] { return QCursor::pos() == place; }));
+    }
+
+    /// What the panel asks for when its user clicks the icon; the place of the menu.
+    QRect clickIcon(const std::string& item) {
+        const SystemProcess click({"gdbus", "call", "--session", "--dest", item, "--object-path",
+                                   "/StatusNotifierItem", "--method",
+                                   "org.kde.StatusNotifierItem.Activate", "0", "0"});
+        EXPECT_TRUE(runUntil([] { return QApplication::activePopupWidget() != nullptr; }));
+        QWidget* menu = QApplication::activePopupWidget();
+        return menu != nullptr ? menu->geometry() : QRect();
+    }
+
+    linuxdesktop::QtUserInterface userInterface{clock, log};
+};
+
+TEST_F(X11MenuTest, TheMenuOpensBesideThePanelThatItsIconIsIn) {
+    const NotifierHost host;
+    const auto item = userInterface.makeStatusItem();
+    const auto menu = userInterface.makeMenu();
+    platform::MenuItem quit;
+    quit.title = "Quit Tarvik Dictate";
+    menu->setItems({quit});
+    item->setMenu(menu);
+    ASSERT_TRUE(runUntil([&] { return !host.item().empty(); }));
+
+    constexpr int thickness = 40;
+    const auto [left, top, width, height] =
+        std::array{screen().left(), screen().top(), screen().width(), screen().height()};
+    const QRect edges[] = {{left, top, width, thickness},
+                           {left, top + height - thickness, width, thickness},
+                           {left, top, thickness, height},
+                           {left + width - thickness, top, thickness, height}};
+    for (const QRect& edge : edges) {
+        const Panel panel(edge, screen());
+        EXPECT_TRUE(runUntil([&] { return !room().intersects(edge); }));
+        movePointer(edge.center());
+        const QRect place = clickIcon(host.item());
+        EXPECT_TRUE(room().contains(place));
+        // It touches the panel.
+        EXPECT_TRUE(place.adjusted(-1, -1, 1, 1).intersects(edge));
+        QApplication::activePopupWidget()->close();
+        EXPECT_TRUE(runUntil([] { return QApplication::activePopupWidget() == nullptr; }));
+    }
+}
+
+}  // namespace
+
+}  // namespace tarvik::tests

@@ -1,0 +1,38 @@
+#pragma once
+
+#include <systemd/sd-bus.h>
+
+#include <atomic>
+#include <string>
+#include <thread>
+
+#include "base/AtomicReference.h"
+
+namespace tarvik::tests {
+
+/// A panel on the session bus that shows status notifier items; it works on a thread of its own.
+class NotifierHost {
+  public:
+    NotifierHost();
+    ~NotifierHost();
+    NotifierHost(const NotifierHost&) = delete;
+    NotifierHost& operator=(const NotifierHost&) = delete;
+
+    /// Whom on the bus the last item belongs to; empty when there is none yet.
+    std::string item() const;
+
+  private:
+    static int onRegister(sd_bus_message* message, void* self, sd_bus_error* error);
+    static int readTrue(sd_bus* bus, const char* path, const char* interface, const char* property,
+                        sd_bus_message* reply, void* self, sd_bus_error* error);
+    void run();
+
+    AtomicReference<const std::string> item_;
+    std::atomic<bool> isEnding_ = false;
+    std::atomic<bool> isRunning_ = false;
+    std::thread thread_;
+
+    friend struct NotifierInterface;
+};
+
+}  // namespace tarvik::tests

@@ -1,0 +1,59 @@
+#pragma once
+
+#include <QApplication>
+#include <QCheckBox>
+#include <QLabel>
+#include <QLineEdit>
+#include <QPushButton>
+#include <QScrollArea>
+#include <memory>
+#include <optional>
+#include <string>
+
+#include "platform/linux/windows/QtUserInterface.h"
+#include "platform/linux/windows/QtWindow.h"
+
+namespace tarvik::tests {
+
+/// A shown window with one of everything, more than fits at its smallest.
+class SampleWindow {
+  public:
+    explicit SampleWindow(platform::UserInterface& userInterface);
+
+    linuxdesktop::QtWindow& window() { return dynamic_cast<linuxdesktop::QtWindow&>(*window_); }
+    QWidget& widget() { return window().widget(); }
+    QWidget& content() { return *widget().findChild<QScrollArea*>()->widget(); }
+    QLineEdit* field() { return content().findChild<QLineEdit*>(); }
+    QWidget* separator() { return dynamic_cast<QWidget*>(separator_.get()); }
+    /// The control or label with this text.
+    template <typename Widget>
+    Widget* find(const char* text) {
+        for (Widget* candidate : content().findChildren<Widget*>()) {
+            if (candidate->text() == QString::fromUtf8(text)) {
+                return candidate;
+            }
+        }
+        return nullptr;
+    }
+    /// The views that contain no others.
+    QList<QWidget*> leaves();
+    /// Where in the content a view is.
+    QRect placeOf(const QWidget& widget) {
+        return {widget.mapTo(&content(), QPoint()), widget.size()};
+    }
+
+    int saves = 0;
+    int closings = 0;
+
+  private:
+    std::shared_ptr<platform::View> instructions();
+    std::shared_ptr<platform::View> keyRow();
+    std::shared_ptr<platform::View> statusRow(const std::string& name, const std::string& status,
+                                              const std::string& button);
+
+    platform::UserInterface& userInterface_;
+    std::shared_ptr<platform::View> separator_;
+    std::shared_ptr<platform::Window> window_;
+};
+
+}  // namespace tarvik::tests

@@ -1,0 +1,165 @@
+#include <algorithm>
+#include <functional>
+#include <memory>
+#include <optional>
+#include <string>
+#include <utility>
+
+#include "platform/linux/windows/QtUserInterface.h"
+#include "platform/linux/windows/QtWindow.h"
+#include "platform/linux/windows/StartupNotification.h"
+#include "platform/linux/windows/X11Server.h"
+#include "tests/linux/system/LinuxTest.h"
+
+namespace tarvik::tests {
+
+namespace {
+
+/// What the desktop hears of an application that is brought forward.
+class X11StartupTest : public LinuxTest {
+  protected:
+    using Event = linuxdesktop::X11Reply<xcb_generic_event_t>;
+
+    X11StartupTest() : desktop_(xcb_connect(nullptr, nullptr)) {
+        const xcb_window_t root = xcb_setup_roots_iterator(xcb_get_setup(desktop_)).data->root;
+        const std::uint32_t events =
+            XCB_EVENT_MASK_PROPERTY_CHANGE | XCB_EVENT_MASK_SUBSTRUCTURE_NOTIFY;
+        xcb_change_window_attributes(desktop_, root, XCB_CW_EVENT_MASK, &events);
+        // The server has taken it once it answers something else.
+        linuxdesktop::x11Atom(desktop_, "MANAGER");
+    }
+    ~X11StartupTest() override { xcb_disconnect(desktop_); }
+
+    xcb_atom_t atom(const char* name) { return linuxdesktop::x11Atom(desktop_, name); }
+
+    /// The next message of one of these types; waits for it.
+    std::optional<xcb_client_message_event_t> nextMessage(const std::vector<xcb_atom_t>& types) {
+        std::optional<xcb_client_message_event_t> found;
+        EXPECT_TRUE(runUntil([&] {
+            while (!found) {
+                const Event event(xcb_poll_for_event(desktop_));
+                if (!event) {
+                    break;
+                }
+                const auto& message = reinterpret_cast<xcb_client_message_event_t&>(*event);
+                if ((event->response_type & 0x7f) == XCB_CLIENT_MESSAGE &&
+                    std::find(types.begin(), types.end(), message.type) != types.end()) {
+                    found = message;
+                }
+            }
+            return found.has_value();
+        }));
+        return found;
+    }
+
+    /// The next whole message about a start, put together from its pieces.
+    std::string nextStartupMessage() {
+        const std::vector<xcb_atom_t> types = {atom("_NET_STARTUP_INFO_BEGIN"),
+                                               atom("_NET_STARTUP_INFO")};
+        std::string text;
+        while (text.find('\0') == std::string::npos) {
+            const auto piece = nextMessage(types);
+            if (!piece) {
+                return text;
+            }
+            EXPECT_EQ(piece->type, types[text.empty() ? 0 : 1]);
+            text.append(reinterpret_cast<const char*>(piece->data.data8), 20);
+        }
+        return text.substr(0, text.find('\0'));
+    }
+
+    /// The next request for the keyboard that says that the user wants it.
+    std::optional<xcb_client_message_event_t> nextRequestOfTheUser() {
+        std::optional<xcb_client_message_event_t> request;
+        // Qt asks on its own account too, as an application may without being asked.
+        do {
+            request = nextMessage({atom("_NET_ACTIVE_WINDOW")});
+        } while (request && request->data.data32[0] != 2);
+        return request;
+    }
+
+    /// Runs the application, which does this when the user starts it again; the request for the
+    /// keyboard that this leads to.
+    std::optional<xcb_client_message_event_t> requestOnReopening(std::function<void()> whatItDoes) {
+        application.setDelegate(std::make_shared<Delegate>(std::move(whatItDoes)));
+        application.reopen("panel_TIME98765");
+        std::optional<xcb_client_message_event_t> request;
+        mainQueue.async([&] {
+            request = nextRequestOfTheUser();
+            EXPECT_EQ(nextStartupMessage(), "remove: ID=\"panel_TIME98765\"");
+            application.terminate();
+        });
+        EXPECT_EQ(application.run(), 0);
+        return request;
+    }
+
+    std::shared_ptr<platform::Window> makeWindow() {
+        return userInterface.makeWindow({.contentSize = {300, 200}});
+    }
+    static xcb_window_t numberOf(platform::Window& window) {
+        return static_cast<xcb_window_t>(
+            dynamic_cast<linuxdesktop::QtWindow&>(window).widget().winId());
+    }
+
+    linuxdesktop::QtUserInterface userInterface{clock, log};
+
+  private:
+    class Delegate final : public platform::ApplicationDelegate {
+      public:
+        explicit Delegate(std::function<void()> onReopening)
+            : onReopening_(std::move(onReopening)) {}
+        void applicationDidFinishLaunching(const platform::LaunchNotification&) override {}
+        bool applicationShouldHandleReopen(bool) override {
+            onReopening_();
+            return true;
+        }
+        void applicationShouldPerform(platform::ApplicationAction) override {}
+
+      private:
+        std::function<void()> onReopening_;
+    };
+
+    xcb_connection_t* desktop_;
+};
+
+TEST_F(X11StartupTest, TheDesktopHearsThatTheStartIsOver) {
+    linuxdesktop::endStartupNotification("a \"panel\" \\ with a long name-1234-host_TIME98765");
+    EXPECT_EQ(nextStartupMessage(),
+              "remove: ID=\"a \\\"panel\\\" \\\\ with a long name-1234-host_TIME98765\"");
+    // Exactly one piece and its end, which takes a piece of its own.
+    linuxdesktop::endStartupNotification("1234567");
+    EXPECT_EQ(nextStartupMessage(), "remove: ID=\"1234567\"");
+    linuxdesktop::endStartupNotification("");
+    linuxdesktop::endStartupNotification("next");
+    EXPECT_EQ(nextStartupMessage(), "remove: ID=\"next\"");
+}
+
+TEST_F(X11StartupTest, AReopenedApplicationAsksForTheKeyboardAtTheTimeOfTheUsersAction) {
+    const auto window = makeWindow();
+    window->show();
+    const auto request = requestOnReopening([&] { application.activate(); });
+    ASSERT_TRUE(request);
+    EXPECT_EQ(request->window, numberOf(*window));
+    EXPECT_EQ(request->data.data32[1], 98765U);
+}
+
+TEST_F(X11StartupTest, SoDoesAWindowThatComesUpOnlyThen) {
+    const auto window = makeWindow();
+    const auto request = requestOnReopening([&] {
+        application.activate();
+        window->show();
+        window->orderFrontRegardless();
+    });
+    ASSERT_TRUE(request);
+    EXPECT_EQ(request->window, numberOf(*window));
+    EXPECT_EQ(request->data.data32[1], 98765U);
+    // What comes to the front of its own accord later is no part of that.
+    window->orderFrontRegardless();
+    const auto later = nextRequestOfTheUser();
+    ASSERT_TRUE(later);
+    EXPECT_EQ(later->data.data32[1], 0U);
+}
+
+}  // namespace
+
+}  // namespace tarvik::tests

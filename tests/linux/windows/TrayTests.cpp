@@ -1,0 +1,133 @@
+#include <systemd/sd-bus.h>
+
+#include <QSystemTrayIcon>
+#include <atomic>
+#include <cstdlib>
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <thread>
+#include <utility>
+
+#include "platform/linux/windows/QtUserInterface.h"
+#include "tests/linux/system/LinuxTest.h"
+#include "tests/linux/windows/NotifierHost.h"
+#include "tests/linux/windows/OtherProgram.h"
+
+namespace tarvik::tests {
+
+namespace {
+
+class TrayTest : public LinuxTest {
+  protected:
+    std::shared_ptr<platform::StatusItem> makeItem() {
+        auto item = userInterface.makeStatusItem();
+        item->button()->setImage(userInterface.systemSymbol("mic", "Tarvik Dictate"));
+        return item;
+    }
+
+    /// Waits until the item has looked for a tray in vain.
+    void waitUntilItIsMissed() {
+        EXPECT_TRUE(runUntil([&] { return log.count(noTray) == 1; }));
+    }
+
+    /// Waits until the tray is gone for Qt too, which shows the icon.
+    void waitUntilItIsGone() {
+        EXPECT_TRUE(runUntil([] { return !QSystemTrayIcon::isSystemTrayAvailable(); }));
+    }
+
+    static constexpr std::string_view noTray =
+        "TarvikDictate: no tray here — the setup window is the way in";
+
+    linuxdesktop::QtUserInterface userInterface{clock, log};
+};
+
+using X11TrayTest = TrayTest;
+
+TEST_F(X11TrayTest, TheItemReturnsToATrayThatWasStartedAnew) {
+    const auto item = makeItem();
+    OtherProgram tray;
+    tray.becomeTray();
+    EXPECT_TRUE(runUntil([&] { return tray.hasGuest(); }));
+    tray.leaveTray();
+    waitUntilItIsGone();
+    EXPECT_FALSE(tray.hasGuest());
+    tray.becomeTray();
+    EXPECT_TRUE(runUntil([&] { return tray.hasGuest(); }));
+    EXPECT_EQ(log.count(noTray), 0);
+}
+
+TEST_F(X11TrayTest, WithoutASessionBusTheItemIsInTheTrayOfTheScreen) {
+    setenv("DBUS_SESSION_BUS_ADDRESS", "unix:path=/nowhere/bus", 1);
+    OtherProgram tray;
+    tray.becomeTray();
+    const auto item = makeItem();
+    EXPECT_TRUE(runUntil([&] { return tray.hasGuest(); }));
+}
+
+TEST_F(X11TrayTest, AMissingTrayIsLoggedOnceAndTheItemAppearsInOneThatComesLater) {
+    const auto item = makeItem();
+    waitUntilItIsMissed();
+    OtherProgram tray;
+    tray.becomeTray();
+    EXPECT_TRUE(runUntil([&] { return tray.hasGuest(); }));
+    EXPECT_EQ(log.count(noTray), 1);
+}
+
+using NotifierTrayTest = TrayTest;
+
+std::string toolTipTitle(const std::string& owner) {
+    sd_bus* bus = nullptr;
+    sd_bus_message* reply = nullptr;
+    std::string title;
+    if (sd_bus_open_user(&bus) >= 0 &&
+        sd_bus_get_property(bus, owner.c_str(), "/StatusNotifierItem", "org.kde.StatusNotifierItem",
+                            "ToolTip", nullptr, &reply, "(sa(iiay)ss)") >= 0) {
+        const char* name = nullptr;
+        const char* text = nullptr;
+        sd_bus_message_enter_container(reply, 'r', "sa(iiay)ss");
+        sd_bus_message_read(reply, "s", &name);
+        sd_bus_message_skip(reply, "a(iiay)");
+        sd_bus_message_read(reply, "s", &text);
+        title = text != nullptr ? text : "";
+    }
+    sd_bus_message_unref(reply);
+    sd_bus_flush_close_unref(bus);
+    return title;
+}
+
+TEST_F(NotifierTrayTest, TheItemAppearsInAPanelThatComesLaterAndTellsItsState) {
+    const auto item = makeItem();
+    waitUntilItIsMissed();
+    const NotifierHost panel;
+    EXPECT_TRUE(runUntil([&] { return !panel.item().empty(); }));
+    item->button()->setContentTintColor(platform::SystemColor::red);
+    std::string title;
+    std::thread asking;
+    EXPECT_TRUE(runUntil([&] {
+        std::atomic<bool> isAnswered = false;
+        asking = std::thread([&] {
+            title = toolTipTitle(panel.item());
+            isAnswered = true;
+        });
+        EXPECT_TRUE(runUntil([&] { return isAnswered.load(); }));
+        asking.join();
+        return title == "Tarvik Dictate – recording";
+    }));
+}
+
+TEST_F(NotifierTrayTest, TheItemReturnsToAPanelThatWasStartedAnew) {
+    const auto item = makeItem();
+    std::optional<NotifierHost> panel(std::in_place);
+    EXPECT_TRUE(runUntil([&] { return !panel->item().empty(); }));
+    panel.reset();
+    waitUntilItIsGone();
+    panel.emplace();
+    EXPECT_TRUE(runUntil([&] { return !panel->item().empty(); }));
+    EXPECT_EQ(log.count(noTray), 0);
+}
+
+}  // namespace
+
+}  // namespace tarvik::tests

@@ -1,0 +1,208 @@
+#include <QScreen>
+#include <QScrollArea>
+#include <QScrollBar>
+#include <algorithm>
+
+#include "tests/linux/system/LinuxTest.h"
+#include "tests/linux/system/SystemProcess.h"
+#include "tests/linux/windows/OtherProgram.h"
+#include "tests/linux/windows/SampleWindow.h"
+
+namespace tarvik::tests {
+
+namespace {
+
+/// On a display with a window manager, whose frames are about a window only after it has appeared.
+class X11WindowTest : public LinuxTest {
+  protected:
+    platform::Rect screen() { return userInterface.mainScreenVisibleFrame().value(); }
+
+    bool isSettled(SampleWindow& sample) {
+        return runUntil([&] {
+            return program.activeWindow() == sample.widget().winId() &&
+                   sample.widget().isActiveWindow() &&
+                   !program.property(frameWindow(sample), "_NET_FRAME_EXTENTS").empty();
+        });
+    }
+    static xcb_window_t frameWindow(SampleWindow& sample) {
+        return static_cast<xcb_window_t>(sample.widget().winId());
+    }
+    static double distanceToRight(const platform::Rect& frame, const platform::Rect& area) {
+        return area.origin.x + area.size.width - frame.origin.x - frame.size.width;
+    }
+    static double distanceToTop(const platform::Rect& frame, const platform::Rect& area) {
+        return area.origin.y + area.size.height - frame.origin.y - frame.size.height;
+    }
+    void putTopRight(SampleWindow& sample) {
+        const platform::Size size = sample.window().frame().size;
+        sample.window().setFrameOrigin(
+            {screen().origin.x + screen().size.width - size.width - 20,
+             screen().origin.y + screen().size.height - size.height - 20});
+    }
+
+    OtherProgram program;
+    linuxdesktop::QtUserInterface userInterface{clock, log};
+};
+
+TEST_F(X11WindowTest, AWindowStandsWhereItWasPutOnceTheFrameIsKnown) {
+    SampleWindow sample(userInterface);
+    sample.window().close();
+    // Whether the frame is known by now or not must not matter.
+    putTopRight(sample);
+    sample.window().show();
+    sample.window().orderFrontRegardless();
+    ASSERT_TRUE(isSettled(sample));
+    EXPECT_GT(sample.window().frame().size.height, sample.widget().height());
+    EXPECT_TRUE(runUntil([&] {
+        const platform::Rect frame = sample.window().frame();
+        return distanceToRight(frame, screen()) == 20 && distanceToTop(frame, screen()) == 20;
+    }));
+}
+
+TEST_F(X11WindowTest, TheFirstPlaceIsRightAlthoughNothingIsKnownOfTheFrame) {
+    const auto window = userInterface.makeWindow(
+        {.contentSize = {500, 300}, .styleMask = platform::titledWindow, .title = "First"});
+    const platform::Size size = window->frame().size;
+    window->setFrameOrigin({screen().size.width - size.width - 20, 20});
+    window->show();
+    window->orderFrontRegardless();
+    EXPECT_TRUE(runUntil([&] { return window->frame().size.height > 300; }));
+    EXPECT_TRUE(runUntil([&] {
+        const platform::Rect frame = window->frame();
+        return distanceToRight(frame, screen()) == 20 && frame.origin.y == 20;
+    })) << window->frame().origin.x
+        << " " << window->frame().origin.y;
+}
+
+TEST_F(X11WindowTest, AUserCanMoveTheWindowAndItStaysThere) {
+    SampleWindow sample(userInterface);
+    sample.window().orderFrontRegardless();
+    ASSERT_TRUE(isSettled(sample));
+    const SystemProcess moving(
+        {"xdotool", "windowmove", std::to_string(sample.widget().winId()), "33", "44"});
+    EXPECT_TRUE(runUntil([&] { return sample.widget().geometry().topLeft() == QPoint(33, 44); }));
+    SampleWindow other(userInterface);
+    other.window().orderFrontRegardless();
+    ASSERT_TRUE(isSettled(other));
+    sample.window().orderFrontRegardless();
+    ASSERT_TRUE(isSettled(sample));
+    EXPECT_EQ(sample.widget().geometry().topLeft(), QPoint(33, 44));
+}
+
+TEST_F(X11WindowTest, ItCanBeMadeAsSmallAsWasAskedForAndNoSmaller) {
+    SampleWindow sample(userInterface);
+    sample.window().orderFrontRegardless();
+    ASSERT_TRUE(isSettled(sample));
+    const SystemProcess resizing(
+        {"xdotool", "windowsize", std::to_string(sample.widget().winId()), "10", "10"});
+    EXPECT_TRUE(runUntil([&] { return sample.widget().size() == QSize(830, 555); }));
+    EXPECT_GT(sample.widget().findChild<QScrollArea*>()->verticalScrollBar()->maximum(), 0);
+}
+
+TEST_F(X11WindowTest, AFloatingWindowIsAboveAndOnEveryDesktopEachTimeItIsShown) {
+    SampleWindow sample(userInterface);
+    for (int times = 0; times < 2; ++times) {
+        sample.window().show();
+        EXPECT_TRUE(runUntil([&] {
+            return program.property(frameWindow(sample), "_NET_WM_DESKTOP") ==
+                   std::vector<std::uint32_t>{0xFFFFFFFF};
+        }));
+        EXPECT_TRUE(runUntil([&] {
+            const auto states = program.property(frameWindow(sample), "_NET_WM_STATE");
+            return std::count(states.begin(), states.end(), program.atom("_NET_WM_STATE_ABOVE")) ==
+                   1;
+        }));
+        sample.window().close();
+        EXPECT_TRUE(runUntil(
+            [&] { return program.property(frameWindow(sample), "_NET_WM_DESKTOP").empty(); }));
+    }
+}
+
+TEST_F(X11WindowTest, AWindowThatCannotBeResizedSaysSo) {
+    const auto window = userInterface.makeWindow({.contentSize = {520, 360}, .styleMask = 7});
+    auto& widget = dynamic_cast<linuxdesktop::QtWindow&>(*window).widget();
+    window->show();
+    const auto allowed = [&] {
+        return program.property(static_cast<xcb_window_t>(widget.winId()),
+                                "_NET_WM_ALLOWED_ACTIONS");
+    };
+    const auto has = [&](const char* action) {
+        const auto actions = allowed();
+        return std::count(actions.begin(), actions.end(), program.atom(action)) == 1;
+    };
+    EXPECT_TRUE(runUntil([&] { return !allowed().empty(); }));
+    EXPECT_TRUE(has("_NET_WM_ACTION_CLOSE"));
+    EXPECT_TRUE(has("_NET_WM_ACTION_MINIMIZE"));
+    EXPECT_FALSE(has("_NET_WM_ACTION_RESIZE"));
+    EXPECT_FALSE(has("_NET_WM_ACTION_MAXIMIZE_HORZ"));
+    EXPECT_EQ(widget.size(), QSize(520, 360));
+}
+
+TEST_F(X11WindowTest, ADarkWindowAsksForADarkTitleBar) {
+    for (const platform::RgbColor& background : {platform::black, platform::white}) {
+        const auto window = userInterface.makeWindow({.contentSize = {520, 360},
+                                                      .styleMask = platform::titledWindow,
+                                                      .titlebarAppearsTransparent = true,
+                                                      .isTitleHidden = true,
+                                                      .backgroundColor = background});
+        auto& widget = dynamic_cast<linuxdesktop::QtWindow&>(*window).widget();
+        window->show();
+        const bool isBlack = background == platform::black;
+        EXPECT_TRUE(runUntil([&] {
+            return program.text(static_cast<xcb_window_t>(widget.winId()), "_GTK_THEME_VARIANT") ==
+                   (isBlack ? "dark" : "");
+        }));
+        EXPECT_EQ(widget.palette().color(QPalette::Window),
+                  QColor(isBlack ? Qt::black : Qt::white));
+    }
+}
+
+TEST_F(X11WindowTest, AWindowIsNeverLargerThanTheScreenAndScrolls) {
+    const auto window = userInterface.makeWindow({.contentSize = {990, 635}, .styleMask = 15});
+    std::string text;
+    for (int line = 0; line < 200; ++line) {
+        text += "line\n";
+    }
+    window->setContent(
+        userInterface.makeLabel({.text = text, .wrapping = platform::LabelWrapping::always}),
+        std::nullopt);
+    // As if it were smaller.
+    window->setFrameOrigin({20, -20});
+    window->show();
+    window->orderFrontRegardless();
+    auto& widget = dynamic_cast<linuxdesktop::QtWindow&>(*window).widget();
+    EXPECT_TRUE(runUntil([&] { return window->frame().size.height > widget.height(); }));
+    EXPECT_TRUE(runUntil([&] {
+        const platform::Rect frame = window->frame();
+        return frame.size.height <= screen().size.height && distanceToTop(frame, screen()) >= 0 &&
+               frame.origin.y >= 0;
+    }));
+    EXPECT_GT(widget.findChild<QScrollArea*>()->verticalScrollBar()->maximum(), 0);
+}
+
+TEST_F(X11WindowTest, ControlWClosesAndEscapeDoesNot) {
+    SampleWindow sample(userInterface);
+    sample.window().orderFrontRegardless();
+    ASSERT_TRUE(isSettled(sample));
+    SystemProcess keys({"xdotool", "key", "Escape", "x", "ctrl+w"});
+    EXPECT_TRUE(runUntil([&] { return sample.closings == 1; }));
+    keys.waitForEnd();
+    EXPECT_FALSE(sample.window().isVisible());
+    EXPECT_EQ(sample.field()->text(), "x");
+}
+
+TEST_F(X11WindowTest, TheWindowComesInFrontOfAnotherProgramWithTheKeyboard) {
+    const std::string title = folder.path();
+    program.movePointerAway();
+    const SystemProcess other(
+        {"xterm", "-geometry", "80x10+100+100", "-title", title, "-e", "sleep", "600"});
+    EXPECT_TRUE(runUntil([&] { return program.activeTitle() == title; }));
+    SampleWindow sample(userInterface);
+    sample.window().orderFrontRegardless();
+    EXPECT_TRUE(isSettled(sample));
+    EXPECT_TRUE(runUntil([&] { return sample.field()->hasFocus(); }));
+}
+
+}  // namespace
+
+}  // namespace tarvik::tests

@@ -1,0 +1,251 @@
+#include <signal.h>
+#include <stdlib.h>
+
+#include "tests/linux/x11/InputFixture.h"
+
+namespace tarvik::tests {
+
+namespace {
+
+using namespace std::chrono_literals;
+using Clock = std::chrono::steady_clock;
+
+constexpr std::string_view manyCharacters =
+    "ĀāĂăĄąĆćĈĉĊċČčĎďĐđĒēĔĕĖėĘęĚěĜĝĞğĠġĢģĤĥĦħĨĩĪīĬĭĮįİıĲĳĴĵĶķĸĹĺĻļĽľĿŀŁłŃńŅņŇňŉŊŋŌōŎŏŐőŒœ";
+
+class X11Delivery : public InputFixture, public testing::Test {};
+
+TEST_F(X11Delivery, SurvivesLayoutsThatChangeInTheMiddle) {
+    const X11Target target(X11Target::Kind::gtk3Text, mainQueue);
+    std::string expected;
+    for (const std::string layout : {"us", "ru", "de", "us,ru", "pl"}) {
+        setLayout({layout});
+        const std::string piece = "Text в " + layout + " ąß漢. ";
+        type(piece, target.process());
+        expected += piece;
+    }
+    EXPECT_TRUE(becomes(target, expected));
+}
+
+TEST_F(X11Delivery, WritesMoreDifferentCharactersThanThereAreSpareKeys) {
+    const X11Target target(X11Target::Kind::gtk3Text, mainQueue);
+    type(manyCharacters, target.process());
+    EXPECT_TRUE(becomes(target, manyCharacters));
+}
+
+// The keys of the first text may be lent again only after they were read, whatever came between.
+TEST_F(X11Delivery, GoesOnAfterATextWasLeftBetweenTwoBursts) {
+    const X11Target target(X11Target::Kind::gtk3Text, mainQueue);
+    const std::string burst = std::string(39, 'a') + "q";
+    X11User menu;
+    menu.haltKeyboardAt(X11User::qKey);
+    type(burst + "lost", target.process());
+    EXPECT_TRUE(mainQueue.runUntil(
+        [&] { return log.hasLineWith("another program has taken the keyboard (4 characters)"); }));
+    menu.letKeyboardGoOn(X11User::qKey);
+    EXPECT_TRUE(becomes(target, burst));
+    type(manyCharacters, target.process());
+    EXPECT_TRUE(becomes(target, burst + std::string(manyCharacters)));
+}
+
+TEST_F(X11Delivery, LetsASlowProgramReadBeforeItsKeysAreLentForAnother) {
+    const X11Target fast(X11Target::Kind::gtk3Text, mainQueue);
+    const X11Target slow(X11Target::Kind::gtk3Text, mainQueue);
+    ASSERT_TRUE(comesToFront(slow));
+    slow.hang();
+    type("ĀāĂăĄąĆć", slow.process());
+    type("ĎďĐđĒēĔĕ", fast.process());
+    mainQueue.runFor(500ms);
+    type("ĜĝĞğĠġĢģĤĥĦħĨĩĪī", fast.process());
+    mainQueue.runFor(500ms);
+    slow.goOn();
+    EXPECT_TRUE(becomes(slow, "ĀāĂăĄąĆć"));
+    EXPECT_TRUE(becomes(fast, "ĎďĐđĒēĔĕĜĝĞğĠġĢģĤĥĦħĨĩĪī"));
+}
+
+TEST_F(X11Delivery, PutsTheKeyboardMapBack) {
+    const X11Target target(X11Target::Kind::gtk3Text, mainQueue);
+    const int spare = user->keysWithoutSymbol();
+    ASSERT_GT(spare, 10);
+    type("ĄĆĘ", target.process());
+    EXPECT_TRUE(becomes(target, "ĄĆĘ"));
+    EXPECT_LT(user->keysWithoutSymbol(), spare);
+    EXPECT_TRUE(mainQueue.runUntil([&] { return user->keysWithoutSymbol() == spare; }));
+    type("ŃŚŹ", target.process());
+    EXPECT_TRUE(becomes(target, "ĄĆĘŃŚŹ"));
+    input.reset();
+    EXPECT_EQ(user->keysWithoutSymbol(), spare);
+}
+
+TEST_F(X11Delivery, TypesWhatWasPostedBeforeTheEnd) {
+    const X11Target target(X11Target::Kind::gtk3Text, mainQueue);
+    type("Last words: ż", target.process());
+    input.reset();
+    EXPECT_TRUE(becomes(target, "Last words: ż"));
+}
+
+TEST_F(X11Delivery, EndsInTimeAndInOrderWhileAProgramReadsNothing) {
+    const X11Target target(X11Target::Kind::gtk3Text, mainQueue);
+    ASSERT_TRUE(comesToFront(target));
+    const int spare = user->keysWithoutSymbol();
+    target.hang();
+    type(manyCharacters, target.process());
+    const auto start = Clock::now();
+    input.reset();
+    EXPECT_LT(Clock::now() - start, 1500ms);
+    EXPECT_EQ(user->keysWithoutSymbol(), spare);
+    EXPECT_TRUE(log.hasLineWith("typed text not delivered: "));
+}
+
+TEST_F(X11Delivery, TypesNothingForAnEndedProcessAndSaysSo) {
+    X11Target gone(X11Target::Kind::gtk3Text, mainQueue);
+    const X11Target front(X11Target::Kind::gtk3Text, mainQueue);
+    const auto process = gone.process();
+    gone.end();
+    type("nobody", process);
+    EXPECT_TRUE(mainQueue.runUntil([&] {
+        return log.hasLineWith("TarvikDictate: typed text not delivered: process " +
+                               std::to_string(process) + " has ended (6 characters)");
+    }));
+    type("x", front.process());
+    EXPECT_TRUE(becomes(front, "x"));
+}
+
+TEST_F(X11Delivery, TypesNothingForAProcessWithoutAWindow) {
+    const X11Target front(X11Target::Kind::gtk3Text, mainQueue);
+    type("nobody", getpid());
+    EXPECT_TRUE(
+        mainQueue.runUntil([&] { return log.hasLineWith("has no window (6 characters)"); }));
+    EXPECT_TRUE(becomes(front, ""));
+}
+
+TEST_F(X11Delivery, TypesNothingWhileAnotherProgramHasTheKeyboard) {
+    const X11Target target(X11Target::Kind::gtk3Text, mainQueue);
+    X11User locker;
+    locker.grabWholeKeyboard();
+    type("secret", target.process());
+    EXPECT_TRUE(mainQueue.runUntil(
+        [&] { return log.hasLineWith("another program has taken the keyboard (6 characters)"); }));
+    EXPECT_EQ(locker.grabbedPresses(), 0);
+    locker.releaseWholeKeyboard();
+    type("free", target.process());
+    EXPECT_TRUE(becomes(target, "free"));
+}
+
+TEST_F(X11Delivery, WaitsForAProgramThatHasTheKeyboardForAMoment) {
+    const X11Target target(X11Target::Kind::gtk3Text, mainQueue);
+    X11User menu;
+    menu.grabWholeKeyboard();
+    type("after all", target.process());
+    mainQueue.runFor(80ms);
+    EXPECT_EQ(target.text(), "");
+    menu.releaseWholeKeyboard();
+    EXPECT_TRUE(becomes(target, "after all"));
+}
+
+TEST_F(X11Delivery, NeverReachesAWindowThatCameToTheFrontMeanwhile) {
+    const X11Target first(X11Target::Kind::gtk3Text, mainQueue);
+    type("All of this belongs to the first, whatever comes", first.process());
+    const X11Target second(X11Target::Kind::gtk3Text, mainQueue);
+    type(" and so does this ąćę.", first.process());
+    EXPECT_TRUE(
+        becomes(first, "All of this belongs to the first, whatever comes and so does this ąćę."));
+    EXPECT_TRUE(becomes(second, ""));
+}
+
+TEST_F(X11Delivery, MakesOneSpaceOfALineBreakAndDropsOtherControls) {
+    const X11Target target(X11Target::Kind::gtk3Text, mainQueue);
+    type("a\nb\r\nc\td\x1B\x08", target.process());
+    type("|", target.process());
+    EXPECT_TRUE(becomes(target, "a b c d|"));
+}
+
+// What the user types meanwhile would go to the wrong window.
+TEST_F(X11Delivery, GivesTheFocusBackSoonAlthoughTheProgramReadsNothing) {
+    const X11Target target(X11Target::Kind::gtk3Text, mainQueue);
+    const X11Target front(X11Target::Kind::gtk3Text, mainQueue);
+    ASSERT_TRUE(comesToFront(front));
+    target.hang();
+    type("x", target.process());
+    ASSERT_TRUE(comesToFront(target));
+    const auto start = Clock::now();
+    EXPECT_TRUE(comesToFront(front));
+    EXPECT_LT(Clock::now() - start, 700ms);
+    target.goOn();
+    EXPECT_TRUE(becomes(target, "x"));
+    EXPECT_TRUE(becomes(front, ""));
+}
+
+TEST_F(X11Delivery, FollowsTheFrontWindow) {
+    const X11Target first(X11Target::Kind::gtk3Text, mainQueue);
+    EXPECT_TRUE(comesToFront(first));
+    {
+        const X11Target second(X11Target::Kind::terminal, mainQueue);
+        EXPECT_TRUE(mainQueue.runUntil([&] {
+            const auto process = input->frontmostProcess();
+            return process && *process != first.process();
+        }));
+    }
+    EXPECT_TRUE(comesToFront(first));
+}
+
+// Its release will never be heard of, and the space bar would be taken for the hotkey for ever.
+TEST_F(X11Delivery, ForgetsThatAltIsHeldOnAKeyboardThatGoes) {
+    const X11Target target(X11Target::Kind::gtk3Text, mainQueue);
+    HotKeyRecorder recorder(input->eventManager());
+    ASSERT_EQ(recorder.add(hold, 1), platform::noErr);
+    pressHold();
+    ASSERT_TRUE(becomes(recorder, "P1"));
+    type("x", target.process());
+    ASSERT_TRUE(becomes(target, "x"));
+    user->release(X11User::spaceKey);
+    ASSERT_TRUE(becomes(recorder, "P1R1"));
+    user->unplug();
+    user->plugIn();
+    user->tap(X11User::spaceKey);
+    EXPECT_TRUE(becomes(target, "x "));
+    EXPECT_EQ(recorder.events, "P1R1");
+}
+
+TEST_F(X11Delivery, RefusesEverythingWithoutAServer) {
+    const std::string display = getenv("DISPLAY");
+    setenv("DISPLAY", ":4711", 1);
+    const auto without = linuxdesktop::X11Input::open(mainQueue, log);
+    setenv("DISPLAY", display.c_str(), 1);
+    EXPECT_TRUE(log.hasLineWith("TarvikDictate: no X server at :4711"));
+    EXPECT_FALSE(without->canType());
+    EXPECT_FALSE(without->frontmostProcess());
+    EXPECT_EQ(without->keyboardEvents().createSource(0), nullptr);
+    EXPECT_EQ(without->keyboardEvents().createKeyboardEvent(nullptr, 0, true), nullptr);
+    HotKeyRecorder recorder(without->eventManager());
+    EXPECT_EQ(recorder.add(hold, 1), platform::eventInternalErr);
+}
+
+TEST_F(X11Delivery, EndsAHoldWhenTheServerDies) {
+    TestProcess server({"Xvfb", "-displayfd", "1", "-screen", "0", "640x480x24"});
+    std::string number;
+    ASSERT_TRUE(mainQueue.runUntil([&] {
+        server.readOutput(number);
+        return number.ends_with("\n");
+    }));
+    number.pop_back();
+    const std::string display = getenv("DISPLAY");
+    setenv("DISPLAY", (":" + number).c_str(), 1);
+    const auto doomed = linuxdesktop::X11Input::open(mainQueue, log);
+    X11User doomedUser;
+    setenv("DISPLAY", display.c_str(), 1);
+    HotKeyRecorder recorder(doomed->eventManager());
+    ASSERT_EQ(recorder.add(hold, 1), platform::noErr);
+    doomedUser.press(X11User::altKey);
+    doomedUser.press(X11User::spaceKey);
+    EXPECT_TRUE(becomes(recorder, "P1"));
+    server.kill();
+    EXPECT_TRUE(becomes(recorder, "P1R1"));
+    EXPECT_TRUE(mainQueue.runUntil([&] { return !doomed->canType(); }));
+    EXPECT_TRUE(log.hasLineWith("TarvikDictate: the X server is gone"));
+    EXPECT_EQ(recorder.add(toggle, 2), platform::eventInternalErr);
+}
+
+}  // namespace
+
+}  // namespace tarvik::tests

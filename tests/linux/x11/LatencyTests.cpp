@@ -1,0 +1,122 @@
+#include <algorithm>
+#include <chrono>
+#include <cstdio>
+#include <vector>
+
+#include "tests/linux/x11/InputFixture.h"
+
+namespace tarvik::tests {
+
+namespace {
+
+using namespace std::chrono_literals;
+using Clock = std::chrono::steady_clock;
+
+class X11Latency : public InputFixture, public testing::Test {
+  protected:
+    void record(const std::string& name, std::vector<double> milliseconds) {
+        ASSERT_FALSE(milliseconds.empty());
+        std::ranges::sort(milliseconds);
+        RecordProperty(name + "MedianMs", std::to_string(milliseconds[milliseconds.size() / 2]));
+        std::printf("%s: median %.2f ms, worst %.2f ms\n", name.c_str(),
+                    milliseconds[milliseconds.size() / 2], milliseconds.back());
+    }
+    static double since(Clock::time_point start) {
+        return std::chrono::duration<double, std::milli>(Clock::now() - start).count();
+    }
+};
+
+TEST_F(X11Latency, OfAPress) {
+    HotKeyRecorder recorder(input->eventManager());
+    ASSERT_EQ(recorder.add(hold, 1), platform::noErr);
+    user->tap(X11User::shiftKey);
+    mainQueue.runFor(250ms);
+    std::vector<double> times;
+    Clock::time_point start;
+    recorder.onEvent = [&] {
+        if (recorder.events.ends_with("P1")) {
+            times.push_back(since(start));
+        }
+    };
+    for (int i = 0; i < 30; ++i) {
+        recorder.events.clear();
+        user->press(X11User::altKey);
+        start = Clock::now();
+        user->press(X11User::spaceKey);
+        ASSERT_TRUE(becomes(recorder, "P1"));
+        releaseHold();
+        ASSERT_TRUE(becomes(recorder, "P1R1"));
+    }
+    record("pressToHandler", times);
+}
+
+// The window manager takes Alt+Space back when the layout changes, and the hotkey follows it.
+TEST_F(X11Latency, OfAHotKeyAfterASwitchOfTheLayout) {
+    constexpr int tries = 8;
+    HotKeyRecorder recorder(input->eventManager());
+    ASSERT_EQ(recorder.add(hold, 1), platform::noErr);
+    for (const auto pause : {0ms, 5ms, 20ms, 80ms}) {
+        int heard = 0;
+        for (int i = 0; i < tries; ++i) {
+            recorder.events.clear();
+            setLayout({i % 2 == 0 ? "de" : "us"});
+            mainQueue.runFor(pause);
+            pressHold();
+            releaseHold();
+            const bool isHeard =
+                mainQueue.runUntil([&] { return recorder.events == "P1R1"; }, 300ms);
+            heard += isHeard ? 1 : 0;
+            // Instead of that the window manager has shown its menu.
+            if (!isHeard) {
+                user->tap(X11User::escapeKey);
+            }
+        }
+        RecordProperty("heardAfterMs" + std::to_string(pause.count()), heard);
+        // By then an idle window manager has followed, and so has the hotkey.
+        if (pause == 80ms) {
+            EXPECT_GE(heard, tries / 2);
+        }
+        std::printf("%d ms after a switch: heard %d of %d\n", static_cast<int>(pause.count()),
+                    heard, tries);
+    }
+    EXPECT_TRUE(waitForWindowManager(mainQueue));
+    mainQueue.runFor(650ms);
+    recorder.events.clear();
+    pressHold();
+    releaseHold();
+    EXPECT_TRUE(becomes(recorder, "P1R1"));
+}
+
+TEST_F(X11Latency, OfSixtyCharacters) {
+    const X11Target target(X11Target::Kind::gtk3Entry, mainQueue);
+    std::string expected;
+    std::vector<double> times;
+    for (int i = 0; i < 15; ++i) {
+        const std::string piece = " The quick brown fox jumps over it, and then ąćę — 日本 😀 end.";
+        expected += piece;
+        const auto start = Clock::now();
+        type(piece, target.process());
+        ASSERT_TRUE(becomes(target, expected));
+        times.push_back(since(start));
+        mainQueue.runFor(900ms);
+    }
+    record("sixtyCharactersToVisible", times);
+}
+
+TEST_F(X11Latency, OfOpeningAndRegistering) {
+    std::vector<double> times;
+    for (int i = 0; i < 15; ++i) {
+        input.reset();
+        const auto start = Clock::now();
+        input = linuxdesktop::X11Input::open(mainQueue, log);
+        HotKeyRecorder recorder(input->eventManager());
+        ASSERT_EQ(recorder.add(hold, 1), platform::noErr);
+        ASSERT_EQ(recorder.add(toggle, 2), platform::noErr);
+        times.push_back(since(start));
+    }
+    record("openAndRegister", times);
+}
+
+}  // namespace
+
+}  // namespace tarvik::tests

@@ -1,0 +1,137 @@
+#include <signal.h>
+
+#include "tests/linux/x11/InputFixture.h"
+
+namespace tarvik::tests {
+
+namespace {
+
+using namespace std::chrono_literals;
+
+constexpr std::string_view manyScripts =
+    "Hold: Zażółć gęślą jaźń 日本語 Привет 😀 «Ünïcödé» – “quotes” €£¥!";
+
+class X11Typing : public InputFixture, public testing::TestWithParam<X11Target::Kind> {};
+
+TEST_P(X11Typing, WritesManyScripts) {
+    const X11Target target(GetParam(), mainQueue);
+    ASSERT_TRUE(comesToFront(target));
+    type(manyScripts, target.process());
+    EXPECT_TRUE(becomes(target, manyScripts));
+}
+
+TEST_P(X11Typing, WritesManyPiecesOneAfterTheOther) {
+    const X11Target target(GetParam(), mainQueue);
+    ASSERT_TRUE(comesToFront(target));
+    std::string expected;
+    for (const std::string piece :
+         {"One", " two; drei — vier.", " ÀÉÎÕÜ", " пять", " 六七八", " 9!"}) {
+        type(piece, target.process());
+        expected += piece;
+        mainQueue.runFor(5ms);
+    }
+    EXPECT_TRUE(becomes(target, expected));
+}
+
+TEST_P(X11Typing, WritesUnderALayoutThatLacksTheCharacters) {
+    const X11Target target(GetParam(), mainQueue);
+    ASSERT_TRUE(comesToFront(target));
+    setLayout({"ru"});
+    type("The quick brown fox, да?", target.process());
+    EXPECT_TRUE(becomes(target, "The quick brown fox, да?"));
+}
+
+TEST_P(X11Typing, WritesAfterASwitchOfTheLayout) {
+    const X11Target target(GetParam(), mainQueue);
+    ASSERT_TRUE(comesToFront(target));
+    type("Now ąę", target.process());
+    EXPECT_TRUE(becomes(target, "Now ąę"));
+    setLayout({"fr"});
+    type(" and azerty (1,2)", target.process());
+    EXPECT_TRUE(becomes(target, "Now ąę and azerty (1,2)"));
+}
+
+TEST_P(X11Typing, WritesDuringAHoldAtOnceAndNeverAsAShortcut) {
+    const X11Target target(GetParam(), mainQueue);
+    ASSERT_TRUE(comesToFront(target));
+    HotKeyRecorder recorder(input->eventManager());
+    ASSERT_EQ(recorder.add(hold, 1), platform::noErr);
+    const int spare = user->keysWithoutSymbol();
+    pressHold();
+    ASSERT_TRUE(becomes(recorder, "P1"));
+    type("Hold: file quit Żó 日本 😀!", target.process());
+    EXPECT_TRUE(becomes(target, "Hold: file quit Żó 日本 😀!"));
+    EXPECT_EQ(recorder.events, "P1");
+    mainQueue.runFor(900ms);
+    type(" More.", target.process());
+    EXPECT_TRUE(becomes(target, "Hold: file quit Żó 日本 😀! More."));
+    EXPECT_EQ(recorder.events, "P1");
+    releaseHold();
+    EXPECT_TRUE(becomes(recorder, "P1R1"));
+    EXPECT_TRUE(target.isRunning());
+    EXPECT_TRUE(mainQueue.runUntil([&] { return user->keysWithoutSymbol() == spare; }));
+    // A busy window manager is overtaken by then at the latest.
+    mainQueue.runFor(650ms);
+    pressHold();
+    releaseHold();
+    EXPECT_TRUE(becomes(recorder, "P1R1P1R1"));
+    EXPECT_TRUE(becomes(target, "Hold: file quit Żó 日本 😀! More."));
+}
+
+TEST_P(X11Typing, WritesWhileTheHeldKeyRepeats) {
+    const X11Target target(GetParam(), mainQueue);
+    ASSERT_TRUE(comesToFront(target));
+    HotKeyRecorder recorder(input->eventManager());
+    ASSERT_EQ(recorder.add(hold, 1), platform::noErr);
+    pressHold();
+    mainQueue.runFor(900ms);
+    type("a b C", target.process());
+    EXPECT_TRUE(becomes(target, "a b C"));
+    EXPECT_EQ(recorder.events, "P1");
+    user->release(X11User::altKey);
+    EXPECT_TRUE(becomes(recorder, "P1R1"));
+    user->release(X11User::spaceKey);
+    mainQueue.runFor(100ms);
+    EXPECT_TRUE(becomes(target, "a b C"));
+}
+
+TEST_P(X11Typing, IsNotChangedByLockKeysAndLeavesThemOn) {
+    const X11Target target(GetParam(), mainQueue);
+    ASSERT_TRUE(comesToFront(target));
+    user->lock(XCB_MOD_MASK_LOCK | XCB_MOD_MASK_2);
+    type("Caps ął 12", target.process());
+    EXPECT_TRUE(becomes(target, "Caps ął 12"));
+    EXPECT_TRUE(user->isLocked(XCB_MOD_MASK_LOCK));
+    EXPECT_TRUE(user->isLocked(XCB_MOD_MASK_2));
+}
+
+TEST_P(X11Typing, ComesToTheFrontForTheMomentAndGoesBack) {
+    const X11Target target(GetParam(), mainQueue);
+    ASSERT_TRUE(comesToFront(target));
+    const X11Target front(X11Target::Kind::gtk3Entry, mainQueue);
+    ASSERT_TRUE(comesToFront(front));
+    type("Behind: Ω", target.process());
+    EXPECT_TRUE(becomes(target, "Behind: Ω"));
+    EXPECT_TRUE(comesToFront(front));
+    type("In front", front.process());
+    EXPECT_TRUE(becomes(front, "In front"));
+    EXPECT_TRUE(becomes(target, "Behind: Ω"));
+}
+
+INSTANTIATE_TEST_SUITE_P(, X11Typing,
+                         testing::Values(X11Target::Kind::gtk3Entry, X11Target::Kind::qt6Entry,
+                                         X11Target::Kind::terminal),
+                         [](const auto& kind) {
+                             switch (kind.param) {
+                                 case X11Target::Kind::qt6Entry:
+                                     return "Qt6";
+                                 case X11Target::Kind::terminal:
+                                     return "Terminal";
+                                 default:
+                                     return "Gtk3";
+                             }
+                         });
+
+}  // namespace
+
+}  // namespace tarvik::tests

@@ -1,0 +1,90 @@
+#include "tests/linux/x11/X11Target.h"
+
+#include <signal.h>
+#include <stdlib.h>
+
+#include <chrono>
+#include <fstream>
+#include <iterator>
+#include <stdexcept>
+
+namespace tarvik::tests {
+
+namespace {
+
+using namespace std::chrono_literals;
+
+std::vector<std::string> commandFor(X11Target::Kind kind, const std::string& file) {
+    const std::string folder = TARVIK_TARGETS;
+    switch (kind) {
+        case X11Target::Kind::gtk3Entry:
+            return {"/usr/bin/python3",
+                    folder + "/gtk3_target.py",
+                    "--widget",
+                    "entry",
+                    "--menu-bar",
+                    "--out",
+                    file};
+        case X11Target::Kind::gtk3Text:
+            return {"/usr/bin/python3", folder + "/gtk3_target.py", "--menu-bar", "--out", file};
+        case X11Target::Kind::qt6Entry:
+            return {"/usr/bin/python3",
+                    folder + "/qt6_target.py",
+                    "--widget",
+                    "entry",
+                    "--menu-bar",
+                    "--out",
+                    file};
+        case X11Target::Kind::terminal:
+            // The terminal's output is not ours, so the shell inside tells when it is ready.
+            return {"xterm", "-u8", "-e",
+                    "stty raw -echo; : > '" + file + "'; exec cat >> '" + file + "'"};
+    }
+    return {};
+}
+
+}  // namespace
+
+X11Target::X11Target(Kind kind, RealTimeQueue& mainQueue) {
+    std::string name = (std::filesystem::temp_directory_path() / "x11-target-XXXXXX").string();
+    if (mkdtemp(name.data()) == nullptr) {
+        throw std::runtime_error("no folder for the text");
+    }
+    folder_ = name;
+    process_ = std::make_unique<TestProcess>(commandFor(kind, (folder_ / "text").string()));
+    std::string output;
+    const bool isReady = mainQueue.runUntil([&] {
+        while (process_->readOutput(output)) {
+        }
+        return kind == Kind::terminal ? std::filesystem::exists(folder_ / "text")
+                                      : output.find("ready") != std::string::npos;
+    });
+    if (!isReady) {
+        throw std::runtime_error("the target did not get the focus");
+    }
+}
+
+X11Target::~X11Target() {
+    process_.reset();
+    std::error_code ignored;
+    std::filesystem::remove_all(folder_, ignored);
+}
+
+std::string X11Target::text() const {
+    std::ifstream file(folder_ / "text", std::ios::binary);
+    return {std::istreambuf_iterator<char>(file), {}};
+}
+
+void X11Target::hang() const {
+    kill(process_->identifier(), SIGSTOP);
+}
+
+void X11Target::goOn() const {
+    kill(process_->identifier(), SIGCONT);
+}
+
+bool X11Target::isRunning() const {
+    return process_->identifier() != 0 && kill(process_->identifier(), 0) == 0;
+}
+
+}  // namespace tarvik::tests

@@ -1,0 +1,39 @@
+#pragma once
+
+#include <filesystem>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "platform/Workspace.h"
+#include "tests/support/RealTimeQueue.h"
+#include "tests/support/TestProcess.h"
+
+namespace tarvik::tests {
+
+/// A program with a window that text is typed into. It is in front when it has been made.
+class X11Target {
+  public:
+    enum class Kind { gtk3Entry, gtk3Text, qt6Entry, terminal };
+
+    X11Target(Kind kind, RealTimeQueue& mainQueue);
+    ~X11Target();
+    X11Target(const X11Target&) = delete;
+    X11Target& operator=(const X11Target&) = delete;
+
+    platform::ProcessIdentifier process() const { return process_->identifier(); }
+    /// The whole text in it, UTF-8.
+    std::string text() const;
+    /// It reads nothing from here until it goes on.
+    void hang() const;
+    void goOn() const;
+    /// Kills the program.
+    void end() { process_->kill(); }
+    bool isRunning() const;
+
+  private:
+    std::filesystem::path folder_;
+    std::unique_ptr<TestProcess> process_;
+};
+
+}  // namespace tarvik::tests

@@ -1,0 +1,52 @@
+#include "tests/support/RealTimeQueue.h"
+
+#include <algorithm>
+
+namespace tarvik::tests {
+
+using namespace std::chrono_literals;
+
+void RealTimeQueue::async(std::function<void()> block) {
+    asyncAfter(Seconds(0), std::move(block));
+}
+
+void RealTimeQueue::asyncAfter(Seconds delay, std::function<void()> block) {
+    const auto moment = std::chrono::steady_clock::now() +
+                        std::chrono::ceil<std::chrono::steady_clock::duration>(delay);
+    const std::lock_guard lock(mutex_);
+    blocks_.emplace(moment, std::move(block));
+    changed_.notify_one();
+}
+
+// Runs what is due now, or waits for the next block, but not past `lookAgain`.
+void RealTimeQueue::runDue(Moment lookAgain) {
+    std::unique_lock lock(mutex_);
+    const Moment next = blocks_.empty() ? lookAgain : std::min(blocks_.begin()->first, lookAgain);
+    if (next > std::chrono::steady_clock::now()) {
+        changed_.wait_until(lock, next);
+    }
+    while (!blocks_.empty() && blocks_.begin()->first <= std::chrono::steady_clock::now()) {
+        const auto block = std::move(blocks_.extract(blocks_.begin()).mapped());
+        lock.unlock();
+        block();
+        lock.lock();
+    }
+}
+
+bool RealTimeQueue::runUntil(const std::function<bool()>& condition,
+                             std::chrono::milliseconds deadline) {
+    const Moment end = std::chrono::steady_clock::now() + deadline;
+    while (!condition()) {
+        if (std::chrono::steady_clock::now() > end) {
+            return false;
+        }
+        runDue(std::chrono::steady_clock::now() + 2ms);
+    }
+    return true;
+}
+
+void RealTimeQueue::runFor(std::chrono::milliseconds interval) {
+    runUntil([] { return false; }, interval);
+}
+
+}  // namespace tarvik::tests
