@@ -13,13 +13,12 @@ LinuxPlatform::LinuxPlatform(int& argumentCount, char** arguments, InstanceClaim
       timers_(clock_),
       userDefaults_(FileUserDefaults::standardPath(), log_),
       loginItem_(bundle_.bundlePath()),
-      x11Input_(X11Input::open(mainQueue_, log_)),
+      input_(mainQueue_, log_),
       accessibility_(
-          log_, [this] { return x11Input_->frontmostProcess(); },
-          [this] { return x11Input_->canType(); }),
+          log_, [this] { return input_.frontmostProcess(); }, [this] { return input_.canType(); }),
       audio_(mainQueue_, log_),
       webSockets_(log_),
-      workspace_([this] { return x11Input_->frontmostProcess(); }, taskLauncher_, clock_, log_),
+      workspace_([this] { return input_.frontmostProcess(); }, taskLauncher_, clock_, log_),
       userInterface_(clock_, log_) {
     // Whoever asks during the launch is told what is the case, not that nothing is known yet.
     application_.holdLaunchUntil(

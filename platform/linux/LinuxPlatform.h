@@ -4,6 +4,7 @@
 #include <optional>
 
 #include "platform/Platform.h"
+#include "platform/linux/DesktopInput.h"
 #include "platform/linux/accessibility/AtspiAccessibility.h"
 #include "platform/linux/audio/PulseAudioService.h"
 #include "platform/linux/loop/MonotonicClock.h"
@@ -20,7 +21,6 @@
 #include "platform/linux/system/XdgLoginItem.h"
 #include "platform/linux/websocket/BeastWebSocketService.h"
 #include "platform/linux/windows/QtUserInterface.h"
-#include "platform/linux/x11/X11Input.h"
 
 namespace tarvik::linuxdesktop {
 
@@ -42,12 +42,12 @@ class LinuxPlatform final : public platform::Platform {
     platform::Bundle& bundle() override { return bundle_; }
     platform::TaskLauncher& taskLauncher() override { return taskLauncher_; }
     platform::Workspace& workspace() override { return workspace_; }
-    platform::EventManager& eventManager() override { return x11Input_->eventManager(); }
+    platform::EventManager& eventManager() override { return input_.eventManager(); }
     platform::AudioService& audio() override { return audio_; }
     platform::CaptureAuthorization& captureAuthorization() override { return audio_; }
     platform::WebSocketService& webSockets() override { return webSockets_; }
     platform::Accessibility& accessibility() override { return accessibility_; }
-    platform::KeyboardEvents& keyboardEvents() override { return x11Input_->keyboardEvents(); }
+    platform::KeyboardEvents& keyboardEvents() override { return input_.keyboardEvents(); }
     platform::LoginItemService& loginItem() override { return loginItem_; }
     platform::UserInterface& userInterface() override { return userInterface_; }
 
@@ -65,7 +65,7 @@ class LinuxPlatform final : public platform::Platform {
     LinuxBundle bundle_;
     ProcessTaskLauncher taskLauncher_;
     XdgLoginItem loginItem_;
-    std::unique_ptr<X11Input> x11Input_;
+    DesktopInput input_;
     AtspiAccessibility accessibility_;
     PulseAudioService audio_;
     BeastWebSocketService webSockets_;

@@ -3,8 +3,6 @@
 #include <algorithm>
 #include <ranges>
 
-#include "platform/linux/x11/InputThread.h"
-
 namespace tarvik::linuxdesktop {
 
 namespace {
@@ -30,7 +28,8 @@ platform::OSStatus LinuxEventManager::installEventHandler(
     platform::EventTarget* target, platform::EventHandlerProc handler,
     std::span<const platform::EventTypeSpec> types, void* userData,
     platform::EventHandlerRef* outRef) {
-    if (target != applicationEventTarget() || handler == nullptr || !thread_.isConnected()) {
+    if (target != applicationEventTarget() || handler == nullptr || means_ == nullptr ||
+        !means_->isAvailable()) {
         return platform::eventInternalErr;
     }
     handlers_[++lastHandle_] = {handler, {types.begin(), types.end()}, userData};
@@ -47,11 +46,11 @@ platform::OSStatus LinuxEventManager::removeEventHandler(platform::EventHandlerR
 platform::OSStatus LinuxEventManager::registerEventHotKey(
     std::uint32_t keyCode, std::uint32_t modifiers, platform::EventHotKeyID id,
     platform::EventTarget* target, std::uint32_t /*options*/, platform::EventHotKeyRef* outRef) {
-    if (target != applicationEventTarget()) {
+    if (target != applicationEventTarget() || means_ == nullptr) {
         return platform::eventInternalErr;
     }
     const HotKeyNumber number = ++lastHandle_;
-    const platform::OSStatus status = thread_.addHotKey(number, keyCode, modifiers);
+    const platform::OSStatus status = means_->registerHotKey(number, keyCode, modifiers);
     if (status == platform::noErr) {
         hotKeys_[number] = id;
         *outRef = reinterpret_cast<platform::EventHotKeyRef>(number);
@@ -64,7 +63,7 @@ platform::OSStatus LinuxEventManager::unregisterEventHotKey(platform::EventHotKe
     if (hotKeys_.erase(number) == 0) {
         return platform::eventHotKeyInvalidErr;
     }
-    thread_.removeHotKey(number);
+    means_->unregisterHotKey(number);
     return platform::noErr;
 }
 
@@ -80,6 +79,20 @@ platform::OSStatus LinuxEventManager::eventParameter(platform::Event* event, std
     }
     *outId = static_cast<HotKeyEvent*>(event)->id();
     return platform::noErr;
+}
+
+void LinuxEventManager::onPressed(HotKeyNumber number) {
+    deliver(number, platform::eventHotKeyPressed);
+}
+
+void LinuxEventManager::onReleased(HotKeyNumber number) {
+    deliver(number, platform::eventHotKeyReleased);
+}
+
+void LinuxEventManager::onLost(HotKeyNumber number, const std::string& reason) {
+    if (hotKeys_.contains(number)) {
+        log_.write("TarvikDictate: a hotkey is lost: " + reason);
+    }
 }
 
 void LinuxEventManager::deliver(HotKeyNumber number, std::uint32_t kind) {

@@ -2,23 +2,26 @@
 
 #include <cstdint>
 #include <map>
-#include <memory>
 #include <span>
+#include <string>
 #include <vector>
 
 #include "platform/EventManager.h"
-#include "platform/linux/x11/HotKeys.h"
+#include "platform/Log.h"
+#include "platform/linux/input/HotKeyMeans.h"
 
 namespace tarvik::linuxdesktop {
 
-class InputThread;
-
-/// Hotkeys as grabs on the X server. Knows the space bar with Alt, Shift or both. Registering and
-/// unregistering wait for the X server, 1 s at the most each. Main thread only.
-class LinuxEventManager final : public platform::EventManager {
+/// The event manager's hotkeys, whichever means hears them. Main thread only. Registering and
+/// unregistering wait for the means, 1 s at the most each.
+class LinuxEventManager final : public platform::EventManager, public HotKeyListener {
   public:
-    /// The thread outlives the object.
-    explicit LinuxEventManager(InputThread& thread) : thread_(thread) {}
+    /// `log` outlives the object.
+    explicit LinuxEventManager(platform::Log& log) : log_(log) {}
+
+    /// Has `means` hear the hotkeys from now on. The means outlives every call. Without one no
+    /// handler can be installed and no hotkey be registered.
+    void setMeans(HotKeyMeans* means) { means_ = means; }
 
     platform::EventTarget* applicationEventTarget() override;
     platform::OSStatus installEventHandler(platform::EventTarget* target,
@@ -36,9 +39,10 @@ class LinuxEventManager final : public platform::EventManager {
     platform::OSStatus eventParameter(platform::Event* event, std::uint32_t name,
                                       std::uint32_t type, platform::EventHotKeyID* outId) override;
 
-    /// Calls the handlers for an event of a hotkey, the newest first until one has handled it.
-    /// Nothing happens when the hotkey is not registered any more.
-    void deliver(HotKeyNumber number, std::uint32_t kind);
+    /// The events of a hotkey that is not registered any more are dropped.
+    void onPressed(HotKeyNumber number) override;
+    void onReleased(HotKeyNumber number) override;
+    void onLost(HotKeyNumber number, const std::string& reason) override;
 
   private:
     struct Handler {
@@ -47,7 +51,11 @@ class LinuxEventManager final : public platform::EventManager {
         void* userData = nullptr;
     };
 
-    InputThread& thread_;
+    /// Calls the handlers, the newest first until one has handled the event.
+    void deliver(HotKeyNumber number, std::uint32_t kind);
+
+    platform::Log& log_;
+    HotKeyMeans* means_ = nullptr;
     // Handles are numbers, never 0, that are not used twice.
     std::uintptr_t lastHandle_ = 0;
     std::map<std::uintptr_t, Handler> handlers_;

@@ -2,20 +2,18 @@
 
 #include <string>
 #include <utility>
-#include <vector>
 
 #include "base/Weakly.h"
-#include "platform/linux/x11/InputThread.h"
 
 namespace tarvik::linuxdesktop {
 
 namespace {
 
-class XtestSource final : public platform::EventSource {};
+class TypedEventSource final : public platform::EventSource {};
 
-class XtestEvent final : public platform::KeyboardEvent {
+class TypedEvent final : public platform::KeyboardEvent {
   public:
-    explicit XtestEvent(bool isDown) : isDown_(isDown) {}
+    explicit TypedEvent(bool isDown) : isDown_(isDown) {}
     bool isDown() const { return isDown_; }
     const std::u16string& units() const { return units_; }
     void setUnits(std::u16string_view units) { units_ = units; }
@@ -28,22 +26,24 @@ class XtestEvent final : public platform::KeyboardEvent {
 }  // namespace
 
 LinuxKeyboardEvents::~LinuxKeyboardEvents() {
-    handOver(runs_.takeEverything());
+    for (TypedText& text : runs_.takeEverything()) {
+        means_->type(std::move(text), {});
+    }
 }
 
 std::shared_ptr<platform::EventSource> LinuxKeyboardEvents::createSource(int /*sourceState*/) {
-    return thread_.isConnected() ? std::make_shared<XtestSource>() : nullptr;
+    return isAvailable() ? std::make_shared<TypedEventSource>() : nullptr;
 }
 
 std::shared_ptr<platform::KeyboardEvent> LinuxKeyboardEvents::createKeyboardEvent(
     const std::shared_ptr<platform::EventSource>& /*source*/, std::uint16_t /*virtualKey*/,
     bool keyDown) {
-    return thread_.isConnected() ? std::make_shared<XtestEvent>(keyDown) : nullptr;
+    return isAvailable() ? std::make_shared<TypedEvent>(keyDown) : nullptr;
 }
 
 void LinuxKeyboardEvents::setUnicodeString(platform::KeyboardEvent& event,
                                            std::u16string_view units) {
-    static_cast<XtestEvent&>(event).setUnits(units);
+    static_cast<TypedEvent&>(event).setUnits(units);
 }
 
 void LinuxKeyboardEvents::postToPid(platform::ProcessIdentifier processIdentifier,
@@ -55,9 +55,9 @@ void LinuxKeyboardEvents::post(int /*tap*/, const std::shared_ptr<platform::Keyb
     add(std::nullopt, event);
 }
 
-void LinuxKeyboardEvents::add(std::optional<platform::ProcessIdentifier> process,
+void LinuxKeyboardEvents::add(Target process,
                               const std::shared_ptr<platform::KeyboardEvent>& event) {
-    const auto* key = static_cast<const XtestEvent*>(event.get());
+    const auto* key = static_cast<const TypedEvent*>(event.get());
     if (key == nullptr || !key->isDown() || key->units().empty()) {
         return;
     }
@@ -72,8 +72,18 @@ void LinuxKeyboardEvents::add(std::optional<platform::ProcessIdentifier> process
 
 void LinuxKeyboardEvents::handOver(std::vector<TypedText> texts) {
     for (TypedText& text : texts) {
-        thread_.type(std::move(text));
+        const Target process = text.process;
+        ++onTheirWay_[process];
+        means_->type(std::move(text), weakly(*this, [process](LinuxKeyboardEvents& self) {
+                         if (--self.onTheirWay_[process] == 0) {
+                             self.onTheirWay_.erase(process);
+                         }
+                     }));
     }
+}
+
+bool LinuxKeyboardEvents::isTypingInto(platform::ProcessIdentifier process) const {
+    return onTheirWay_.contains(process) || runs_.contains(process);
 }
 
 }  // namespace tarvik::linuxdesktop

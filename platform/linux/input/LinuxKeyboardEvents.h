@@ -1,27 +1,33 @@
 #pragma once
 
 #include <cstdint>
+#include <map>
 #include <memory>
 #include <optional>
 #include <string_view>
+#include <vector>
 
 #include "platform/KeyboardEvents.h"
 #include "platform/MainQueue.h"
 #include "platform/linux/input/TypedRuns.h"
+#include "platform/linux/input/TypingMeans.h"
 
 namespace tarvik::linuxdesktop {
 
-class InputThread;
-
-/// Typing through the XTEST extension. What one block of the main queue posts is typed together,
-/// since every change of the keyboard map costs all programs time. Main thread only.
+/// Keyboard events that become typed text, whichever means types. The runs that one block of the
+/// main queue posts are typed as one text: a means may have a high cost per text.
+///
+/// The object also knows which processes have text on its way. Text for such a process must not
+/// take a faster road, or pieces would arrive in another order than the service sent them. Main
+/// thread only.
 class LinuxKeyboardEvents final : public platform::KeyboardEvents,
                                   public std::enable_shared_from_this<LinuxKeyboardEvents> {
   public:
-    /// The references outlive the object, which a shared_ptr holds.
-    LinuxKeyboardEvents(InputThread& thread, platform::MainQueue& mainQueue)
-        : thread_(thread), mainQueue_(mainQueue) {}
-    /// Hands over what was posted last.
+    /// Without a means every event is refused. The references outlive the object, which a
+    /// shared_ptr holds.
+    LinuxKeyboardEvents(TypingMeans* means, platform::MainQueue& mainQueue)
+        : means_(means), mainQueue_(mainQueue) {}
+    /// Hands the last runs over to the means.
     ~LinuxKeyboardEvents() override;
 
     std::shared_ptr<platform::EventSource> createSource(int sourceState) override;
@@ -33,15 +39,22 @@ class LinuxKeyboardEvents final : public platform::KeyboardEvents,
                    const std::shared_ptr<platform::KeyboardEvent>& event) override;
     void post(int tap, const std::shared_ptr<platform::KeyboardEvent>& event) override;
 
+    /// Whether `process` has not yet read, and not lost, all text that was posted for it.
+    bool isTypingInto(platform::ProcessIdentifier process) const;
+
   private:
-    void add(std::optional<platform::ProcessIdentifier> process,
-             const std::shared_ptr<platform::KeyboardEvent>& event);
+    using Target = std::optional<platform::ProcessIdentifier>;
+
+    bool isAvailable() const { return means_ != nullptr && means_->isAvailable(); }
+    void add(Target process, const std::shared_ptr<platform::KeyboardEvent>& event);
     void handOver(std::vector<TypedText> texts);
 
-    InputThread& thread_;
+    TypingMeans* const means_;
     platform::MainQueue& mainQueue_;
     TypedRuns runs_;
     bool isHandingOver_ = false;
+    // How many texts each process has on their way; never 0.
+    std::map<Target, int> onTheirWay_;
 };
 
 }  // namespace tarvik::linuxdesktop

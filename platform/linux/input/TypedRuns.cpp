@@ -1,5 +1,6 @@
 #include "platform/linux/input/TypedRuns.h"
 
+#include <algorithm>
 #include <utility>
 
 namespace tarvik::linuxdesktop {
@@ -61,6 +62,10 @@ void TypedRuns::add(std::optional<platform::ProcessIdentifier> process, std::u16
         runs_.push_back({process, {}});
     }
     runs_.back().units += units;
+}
+
+bool TypedRuns::contains(std::optional<platform::ProcessIdentifier> process) const {
+    return std::ranges::any_of(runs_, [&](const Run& run) { return run.process == process; });
 }
 
 std::vector<TypedText> TypedRuns::takeTexts() {

@@ -6,23 +6,29 @@
 #include <vector>
 
 #include "platform/Workspace.h"
-#include "platform/linux/x11/Typist.h"
+#include "platform/linux/input/TypingMeans.h"
 
 namespace tarvik::linuxdesktop {
 
-/// Collects runs of UTF-16 units into texts, whole characters each.
+/// Collects runs of UTF-16 units and shapes them into texts of whole characters that can be typed.
+/// One thread.
 class TypedRuns {
   public:
     /// Adds a run for a process, or for whatever has the keyboard.
     void add(std::optional<platform::ProcessIdentifier> process, std::u16string_view units);
 
-    /// The texts so far, in order, runs for the same process joined. The first half of a surrogate
-    /// pair stays behind while its other half may still come next. A half that stands alone becomes
-    /// U+FFFD. Line breaks and tabs become spaces and other control characters nothing: as keys
-    /// they would send a message or move the focus, and so act instead of typing.
+    /// The texts so far, in order; runs for the same process are joined. No text is empty.
+    ///
+    /// The first half of a surrogate pair stays behind at the end, since its second half may come
+    /// next. A half that stands alone becomes U+FFFD. A line break (CR LF counts as one) or a tab
+    /// becomes a space, because Return sends messages and Tab leaves the field. Other control
+    /// characters are dropped.
     std::vector<TypedText> takeTexts();
-    /// The same, and nothing stays behind.
+    /// The same, but nothing stays behind.
     std::vector<TypedText> takeEverything();
+
+    /// Whether a run for `process` is still here.
+    bool contains(std::optional<platform::ProcessIdentifier> process) const;
 
   private:
     struct Run {

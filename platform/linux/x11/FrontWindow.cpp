@@ -10,7 +10,7 @@ namespace tarvik::linuxdesktop {
 
 namespace {
 
-constexpr std::size_t mostRemembered = 64;
+constexpr std::size_t maxHistory = 64;
 
 }  // namespace
 
@@ -45,7 +45,7 @@ void FrontWindow::remember(xcb_window_t window) {
     }
     std::erase_if(history_, [&](const Known& known) { return known.window == window; });
     history_.push_front({window, *process});
-    if (history_.size() > mostRemembered) {
+    if (history_.size() > maxHistory) {
         history_.pop_back();
     }
 }
@@ -94,8 +94,8 @@ std::optional<platform::ProcessIdentifier> FrontWindow::processOf(xcb_window_t w
     return connection_.processOfClient(window);
 }
 
-// The focus is often on a window inside the one that names the process, made by the same client;
-// an embedded one may have a process of its own, which is then the one that would get the keys.
+// The focus is often on a window inside the one that names the process, made by the same client. An
+// embedded window may belong to another process, which would then get the keys.
 bool FrontWindow::isInFront(platform::ProcessIdentifier process) {
     const xcb_window_t front = window();
     const xcb_window_t focused = focus();
@@ -143,7 +143,7 @@ void FrontWindow::activate(xcb_window_t window) {
         xcb_set_input_focus(connection_.get(), XCB_INPUT_FOCUS_PARENT, window, XCB_CURRENT_TIME);
         return;
     }
-    // A request as a pager makes it, on the user's behalf; others are refused to keep the focus.
+    // Pagers act for the user. Window managers refuse requests of others, to keep the focus.
     constexpr std::uint32_t fromPager = 2;
     xcb_client_message_event_t message{};
     message.response_type = XCB_CLIENT_MESSAGE;

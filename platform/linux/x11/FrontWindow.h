@@ -12,13 +12,13 @@
 
 namespace tarvik::linuxdesktop {
 
-/// Which window, and whose, has the keyboard. The window manager's word counts; without a window
-/// manager the input focus does. Input thread only.
+/// Which window has the keyboard, and of which process. The window manager decides; without a
+/// window manager the input focus does. Input thread only.
 class FrontWindow {
   public:
-    /// `process` is told the process in front; 0 stands for none.
+    /// `process` gets the process in front; 0 stands for none.
     FrontWindow(XcbConnection& connection, std::atomic<platform::ProcessIdentifier>& process);
-    /// Tells that none is in front any more.
+    /// No process is in front any more.
     ~FrontWindow() { process_ = 0; }
     FrontWindow(const FrontWindow&) = delete;
     FrontWindow& operator=(const FrontWindow&) = delete;
@@ -26,9 +26,9 @@ class FrontWindow {
     /// What a changed property of the root window means.
     enum class Notice { nothing, otherWindow, otherManager };
     Notice noticeProperty(const xcb_property_notify_event_t& event);
-    /// Looks again.
+    /// Asks the server again.
     void refresh() { remember(window()); }
-    /// Looks again where nobody announces changes, that is without a window manager.
+    /// Asks the server again where no window manager announces changes.
     void refreshUnannounced();
 
     /// The top-level window in front right now; XCB_NONE when there is none.
@@ -38,9 +38,11 @@ class FrontWindow {
     /// Whether `process` has the keyboard right now: its window is in front and has the focus.
     bool isInFront(platform::ProcessIdentifier process);
 
-    /// The window of `process` that was in front last, or its topmost one; XCB_NONE if it has none.
+    /// The window of `process` that was in front last, or else its topmost window. XCB_NONE if the
+    /// process has none.
     xcb_window_t windowOf(platform::ProcessIdentifier process);
-    /// Asks for a window to be brought to the front with the keyboard; it may take a while.
+    /// Asks for a window to be brought to the front with the keyboard. The window manager may take
+    /// a while.
     void activate(xcb_window_t window);
 
   private:
@@ -61,7 +63,7 @@ class FrontWindow {
     xcb_atom_t managerCheck_;
     xcb_atom_t windowProcess_;
     std::atomic<platform::ProcessIdentifier>& process_;
-    // The windows that were in front, the last one first.
+    // The windows that were in front, the latest first.
     std::deque<Known> history_;
 };
 

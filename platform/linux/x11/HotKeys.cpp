@@ -17,22 +17,20 @@ using namespace std::chrono_literals;
 // Where the space bar is on practically every keyboard.
 constexpr xcb_keycode_t usualSpaceKey = 65;
 
-// Of two grabs the newest is served. Window managers grab again within a few milliseconds after a
-// change of the map when they are idle; a busy one may take longer, and not every one tells when it
-// has. The change may come with the very Alt that the user presses for the hotkey, so each of these
-// moments after it counts.
-constexpr std::array renewals{5ms, 20ms, 60ms, 200ms, 600ms};
+// Of two grabs the newest is served. An idle window manager grabs again within a few milliseconds
+// after a change of the map. A busy one may take longer, and some do not tell when they have. The
+// change may come with the very Alt that the user presses for the hotkey, so the grabs are renewed
+// after each of these delays.
+constexpr std::array renewalDelays{5ms, 20ms, 60ms, 200ms, 600ms};
 
 }  // namespace
 
-HotKeys::HotKeys(XcbConnection& connection, Keyboard& keyboard, PollLoop& loop, platform::Log& log,
-                 Listener listener)
+HotKeys::HotKeys(XcbConnection& connection, Keyboard& keyboard, PollLoop& loop, Events events)
     : connection_(connection),
       keyboard_(keyboard),
-      log_(log),
-      listener_(std::move(listener)),
+      events_(std::move(events)),
       lifted_(connection, keyboard),
-      managerEcho_(connection),
+      windowManagerFence_(connection),
       renewal_(loop) {}
 
 HotKeys::~HotKeys() {
@@ -60,7 +58,7 @@ platform::OSStatus HotKeys::add(HotKeyNumber number, std::uint32_t keyCode,
         return connection_.isBroken() ? platform::eventInternalErr : platform::eventHotKeyExistsErr;
     }
     hotKeys_[number] = {modifiers, wanted};
-    // A window manager may still be about to follow a change that came before.
+    // A window manager may still have to handle an earlier change.
     noticeLaterGrabs();
     return platform::noErr;
 }
@@ -106,9 +104,9 @@ void HotKeys::handlePress(const xcb_input_key_press_event_t& event) {
         keyboardInUse_ = event.sourceid;
     }
     if ((event.flags & XCB_INPUT_KEY_EVENT_FLAGS_KEY_REPEAT) != 0) {
-        // A key that is still down after its combination has ended repeats as well. A held key is
-        // no new press: it would switch a long dictation on and off, and ask for a missing key
-        // anew.
+        // The repeat of a held key is no press: it would switch a long dictation on and off, and
+        // ask for a missing key anew. A key that stays down after its combination has ended repeats
+        // too.
         const bool isHeld = hold_ && hold_->key == event.detail;
         answerPress(connection_, isHeld ? PressAnswer::ours : PressAnswer::notOurs);
         return;
@@ -122,7 +120,7 @@ void HotKeys::handlePress(const xcb_input_key_press_event_t& event) {
                 answerPress(connection_, PressAnswer::ours);
                 endHold();
                 hold_ = Hold{number, grab->key, keyboard_.modifierKeys(grab->modifiers)};
-                listener_(number, platform::eventHotKeyPressed);
+                events_.onPressed(number);
                 return;
             }
         }
@@ -149,28 +147,28 @@ void HotKeys::endHold() {
         const HotKeyNumber number = hold_->number;
         hold_.reset();
         selectRawReleases();
-        listener_(number, platform::eventHotKeyReleased);
+        events_.onReleased(number);
     }
 }
 
 void HotKeys::noticeLaterGrabs() {
     renewalsDone_ = 0;
-    awaitRenewal(0ms);
-    managerEcho_.ask();
+    scheduleRenewal(0ms);
+    windowManagerFence_.request();
 }
 
 void HotKeys::noticeProperty(const xcb_property_notify_event_t& event) {
-    if (managerEcho_.isAnswer(event)) {
+    if (windowManagerFence_.isAnswer(event)) {
         renew();
     }
 }
 
-void HotKeys::awaitRenewal(std::chrono::milliseconds passed) {
-    if (renewalsDone_ < renewals.size() && !hotKeys_.empty()) {
-        const auto moment = renewals[renewalsDone_++];
-        renewal_.set(moment - passed, [this, moment] {
+void HotKeys::scheduleRenewal(std::chrono::milliseconds passed) {
+    if (renewalsDone_ < renewalDelays.size() && !hotKeys_.empty()) {
+        const auto delay = renewalDelays[renewalsDone_++];
+        renewal_.set(delay - passed, [this, delay] {
             renew();
-            awaitRenewal(moment);
+            scheduleRenewal(delay);
         });
     }
 }
@@ -187,9 +185,8 @@ void HotKeys::renew() {
             wanted->drop(connection_);
         }
         if (hotKey.grab && !isGrabbed && !connection_.isBroken()) {
-            log_.write("TarvikDictate: a hotkey is lost: " +
-                       std::string(wanted ? "another program has taken it"
-                                          : "the keyboard has no such key"));
+            events_.onLost(
+                number, wanted ? "another program has taken it" : "the keyboard has no such key");
         }
         hotKey.grab = isGrabbed ? wanted : std::nullopt;
     }
@@ -212,9 +209,9 @@ void HotKeys::endTyping() {
     followLifted();
 }
 
-void HotKeys::loseKeyboard() {
+void HotKeys::noticeLostGrab() {
     if (hold_) {
-        hold_->hasLostKeyboard = true;
+        hold_->hasLostGrab = true;
     }
 }
 
@@ -234,10 +231,10 @@ void HotKeys::followLifted() {
     selectRawReleases();
 }
 
-// Raw events tell of every key that anybody presses anywhere, so they are wanted only as long as a
-// key may go up of which nothing else tells.
+// Raw events tell of every key that the user presses anywhere. They are selected only while a key
+// may go up whose release no other event tells.
 void HotKeys::selectRawReleases() {
-    const bool wanted = isTyping_ || !lifted_.isEmpty() || (hold_ && hold_->hasLostKeyboard);
+    const bool wanted = isTyping_ || !lifted_.isEmpty() || (hold_ && hold_->hasLostGrab);
     if (wanted == std::exchange(hearsRawReleases_, wanted)) {
         return;
     }

@@ -3,6 +3,7 @@
 #include <xcb/xinput.h>
 #include <xcb/xtest.h>
 
+#include <utility>
 #include <vector>
 
 #include "platform/linux/x11/ServerGrab.h"
@@ -15,6 +16,14 @@ namespace {
 constexpr std::uint8_t everyModifier = 0xFF;
 
 }  // namespace
+
+KeyBurst::KeyBurst(XcbConnection& connection, Keyboard& keyboard, FrontWindow& front,
+                   HotKeys& hotKeys, OnLift onLift)
+    : connection_(connection),
+      keyboard_(keyboard),
+      front_(front),
+      hotKeys_(hotKeys),
+      onLift_(std::move(onLift)) {}
 
 KeyboardState KeyboardState::read(XcbConnection& connection) {
     const auto stateCookie = xcb_xkb_get_state(connection.get(), XCB_XKB_ID_USE_CORE_KBD);
@@ -35,8 +44,8 @@ KeyboardState KeyboardState::read(XcbConnection& connection) {
     return state;
 }
 
-// While the server listens to us alone, no window manager moves the focus and nobody changes the
-// map or grabs the keyboard between the check and the last key.
+// While the server listens to this client alone, no window manager moves the focus. Nobody changes
+// the map or grabs the keyboard between the check and the last key either.
 KeyBurst::Outcome KeyBurst::type(std::u32string_view characters,
                                  std::optional<platform::ProcessIdentifier> process) {
     const ServerGrab grab(connection_);
@@ -68,9 +77,9 @@ KeyBurst::Outcome KeyBurst::typeUndisturbed(std::u32string_view characters,
     return Outcome::done;
 }
 
-// Keys go to a program that has grabbed the keyboard (a menu, a locked screen), wherever the focus
-// is; having it ourselves for a moment proves that nobody else has. It also takes over the grab
-// that a held hotkey has made, which only a grab of the same kind can.
+// Keys go to the program that has grabbed the keyboard (a menu, a locked screen), wherever the
+// focus is. A grab of this client proves that no other program has one. The grab also replaces that
+// of a held hotkey, which only a grab of the same kind can.
 bool KeyBurst::takeKeyboard() {
     constexpr std::uint32_t events = XCB_INPUT_XI_EVENT_MASK_RAW_KEY_RELEASE;
     const XcbReply<xcb_input_xi_grab_device_reply_t> reply(xcb_input_xi_grab_device_reply(
@@ -83,17 +92,28 @@ bool KeyBurst::takeKeyboard() {
     return reply && reply->status == XCB_GRAB_STATUS_SUCCESS;
 }
 
-// Modifiers are lifted while the keyboard is still ours: the hotkey cannot fire again after that,
-// and no program takes a lifted Alt for the user's wish to see its menu. They are never pressed
+// Modifiers are lifted while this client has the grab: the hotkey cannot fire again after that, and
+// no program takes a lifted Alt for the user's wish to see its menu. Modifiers are never pressed
 // again, since the user may have let go by then.
-void KeyBurst::press(std::span<const xcb_keycode_t> keys, const KeyboardState& state) {
-    hotKeys_.loseKeyboard();
-    chooseDevice();
+void KeyBurst::liftModifiers(const KeyboardState& state) {
+    std::vector<xcb_keycode_t> held;
     for (const xcb_keycode_t key : keyboard_.modifierKeys(everyModifier)) {
         if (state.down[key]) {
-            hotKeys_.noticeLift(key, fake(false, key));
+            held.push_back(key);
         }
     }
+    if (onLift_ && !held.empty()) {
+        onLift_(keyboard_.eventManagerMask(held));
+    }
+    for (const xcb_keycode_t key : held) {
+        hotKeys_.noticeLift(key, fake(false, key));
+    }
+}
+
+void KeyBurst::press(std::span<const xcb_keycode_t> keys, const KeyboardState& state) {
+    hotKeys_.noticeLostGrab();
+    chooseDevice();
+    liftModifiers(state);
     const auto affected = static_cast<std::uint8_t>(everyModifier & ~keyboard_.numLockMask());
     const bool isLocked = (state.lockedModifiers & affected) != 0 || state.latchedModifiers != 0;
     const auto lock = [&](int modifiers) {
@@ -113,9 +133,9 @@ void KeyBurst::press(std::span<const xcb_keycode_t> keys, const KeyboardState& s
     }
 }
 
-// Keys from another keyboard than the one before make the server announce a new map to everybody,
-// and the user's next key would do so again: window managers grab their keys anew each time. So the
-// keys come from the keyboard that the user has under their hands.
+// Keys from another keyboard than the one before make the server announce a new map to everybody.
+// The user's next key would do so again, and window managers grab their keys anew each time. So the
+// keys come from the keyboard that the user uses.
 void KeyBurst::chooseDevice() {
     constexpr std::uint16_t highest = 0x7F;
     const std::uint16_t wanted = hotKeys_.keyboardInUse();

@@ -9,6 +9,7 @@
 #include <string_view>
 
 #include "platform/Workspace.h"
+#include "platform/linux/input/TypingMeans.h"
 #include "platform/linux/x11/FrontWindow.h"
 #include "platform/linux/x11/HotKeys.h"
 #include "platform/linux/x11/Keyboard.h"
@@ -26,24 +27,26 @@ struct KeyboardState {
     static KeyboardState read(XcbConnection& connection);
 };
 
-/// Presses keys for characters in one go, in which nobody else can move the focus. Input thread
-/// only.
+/// Presses the keys of characters under one grab of the server, during which nobody else can move
+/// the focus. Input thread only.
 class KeyBurst {
   public:
     enum class Outcome { done, notInFront, keyboardTaken, keysChanged };
 
-    KeyBurst(XcbConnection& connection, Keyboard& keyboard, FrontWindow& front, HotKeys& hotKeys)
-        : connection_(connection), keyboard_(keyboard), front_(front), hotKeys_(hotKeys) {}
+    /// The references outlive the object. `onLift` may be empty.
+    KeyBurst(XcbConnection& connection, Keyboard& keyboard, FrontWindow& front, HotKeys& hotKeys,
+             OnLift onLift);
 
-    /// Types all of `characters` into `process`, or into whatever has the keyboard, or nothing:
-    /// when another process is in front, when some program has grabbed the keyboard, or when a
-    /// character has no key now.
+    /// Types all of `characters` into `process`, or into whatever has the keyboard. Types nothing
+    /// when another process is in front, when a program has grabbed the keyboard, or when a
+    /// character has no key any more.
     Outcome type(std::u32string_view characters,
                  std::optional<platform::ProcessIdentifier> process);
 
   private:
     Outcome typeUndisturbed(std::u32string_view characters,
                             std::optional<platform::ProcessIdentifier> process);
+    void liftModifiers(const KeyboardState& state);
     bool takeKeyboard();
     void chooseDevice();
     void press(std::span<const xcb_keycode_t> keys, const KeyboardState& state);
@@ -53,6 +56,7 @@ class KeyBurst {
     Keyboard& keyboard_;
     FrontWindow& front_;
     HotKeys& hotKeys_;
+    OnLift onLift_;
     // The XInput device that presses the keys; 0 stands for the server's synthetic one.
     std::uint8_t device_ = 0;
 };

@@ -7,6 +7,7 @@
 #include <iterator>
 #include <span>
 
+#include "platform/EventManager.h"
 #include "platform/linux/x11/ServerGrab.h"
 
 namespace tarvik::linuxdesktop {
@@ -14,8 +15,8 @@ namespace tarvik::linuxdesktop {
 namespace {
 
 constexpr std::size_t modifierCount = 8;
-// The events of a change come right after it.
-constexpr std::size_t changesRemembered = 8;
+// The events of a change come right after the change.
+constexpr std::size_t maxOwnChanges = 8;
 
 // The keypad's symbols depend on Num Lock, and editing keys act instead of typing.
 bool typesItself(std::uint32_t symbol) {
@@ -49,8 +50,8 @@ void Keyboard::reread() {
     readModifiers();
 }
 
-// Another program may have loaded a whole new map, which takes the lent keys' symbols away. A
-// layout with several groups only has the server write them in another form: a key that were
+// Another program may have loaded a whole new map, and the lent keys have no symbols any more. In a
+// layout with several groups the server only stores the symbols in another form. A key that was
 // forgotten for that would be lost for good.
 void Keyboard::readMap() {
     map_ = KeyboardMap::read(connection_);
@@ -128,6 +129,17 @@ std::vector<xcb_keycode_t> Keyboard::modifierKeys(std::uint8_t mask) const {
         }
     }
     return keys;
+}
+
+std::uint32_t Keyboard::eventManagerMask(const std::vector<xcb_keycode_t>& keys) const {
+    const auto holdsAny = [&](std::uint8_t modifiers) {
+        const auto bound = modifierKeys(modifiers);
+        return std::ranges::find_first_of(keys, bound) != keys.end();
+    };
+    std::uint32_t mask = 0;
+    mask |= holdsAny(modifierMask({XKB_KEY_Alt_L, XKB_KEY_Alt_R})) ? platform::optionKeyMask : 0U;
+    mask |= holdsAny(XCB_MOD_MASK_SHIFT) ? platform::shiftKeyMask : 0U;
+    return mask;
 }
 
 std::optional<xcb_keycode_t> Keyboard::keyFor(char32_t character, std::uint8_t group,
@@ -222,8 +234,8 @@ LentSymbols Keyboard::ownSymbols() const {
     return symbols;
 }
 
-// The keys in between are written back as they are: one change costs every client one reading of
-// the map, many of them can freeze a window manager.
+// The keys in between are written back as they are. Each change makes every client read the map,
+// and many changes can freeze a window manager.
 void Keyboard::change(const std::map<xcb_keycode_t, KeyboardMap::Key>& keys) {
     if (keys.empty()) {
         return;
@@ -232,7 +244,7 @@ void Keyboard::change(const std::map<xcb_keycode_t, KeyboardMap::Key>& keys) {
         map_.set(code, key);
     }
     ownChanges_.insert(map_.write(connection_, keys.begin()->first, keys.rbegin()->first));
-    if (ownChanges_.size() > changesRemembered) {
+    if (ownChanges_.size() > maxOwnChanges) {
         ownChanges_.erase(ownChanges_.begin());
     }
 }

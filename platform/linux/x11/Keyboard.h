@@ -19,21 +19,22 @@ namespace tarvik::linuxdesktop {
 /// The keys that are down, by key code.
 using KeysDown = std::bitset<256>;
 
-/// Which key yields what, as far as hotkeys and typing need it. Characters that the layout lacks
-/// get a key that has no symbol otherwise, for a while. Input thread only.
+/// Which key yields which symbol, as far as hotkeys and typing need to know. A character that the
+/// layout lacks gets a spare key, one without a symbol, for a while. Input thread only.
 class Keyboard {
   public:
     explicit Keyboard(XcbConnection& connection) : connection_(connection), lentKeys_(connection) {}
 
-    /// Hears that request `sequence`, or somebody else after it, has changed the map. Answers
-    /// whether it was somebody else.
+    /// The map has changed, and `sequence` is that of the last request processed by then. Answers
+    /// whether another client has changed the map.
     bool noticeChange(std::uint32_t sequence);
     /// Reads the map and the modifiers again if they may have changed.
     void refresh();
-    /// Reads them in any case.
+    /// Reads the map and the modifiers again in any case.
     void reread();
 
-    /// The key that yields `symbol` without modifiers in the first layout; `preferred` if it does.
+    /// The key that yields `symbol` without modifiers in the first layout; of several keys
+    /// `preferred`.
     std::optional<xcb_keycode_t> keyOfSymbol(std::uint32_t symbol, xcb_keycode_t preferred) const;
     /// The modifier bits of the keys that yield one of `symbols`; 0 when there are none.
     std::uint8_t modifierMask(std::initializer_list<std::uint32_t> symbols) const;
@@ -41,20 +42,24 @@ class Keyboard {
     /// The keys that are bound to one of the modifiers in `mask`.
     std::vector<xcb_keycode_t> modifierKeys(std::uint8_t mask) const;
 
+    /// The event manager's modifiers that any of these keys stands for.
+    std::uint32_t eventManagerMask(const std::vector<xcb_keycode_t>& keys) const;
+
     /// The key that types `character` while layout `group` is active, no modifier counts and the
     /// keys in `down` cannot be pressed.
     std::optional<xcb_keycode_t> keyFor(char32_t character, std::uint8_t group,
                                         const KeysDown& down) const;
     /// How many more characters can get a key.
     std::size_t freeKeys() const;
-    /// Gives each of `characters` a key in one change of the map. Some get none when there are more
-    /// than freeKeys(), or when somebody else has taken keys since the last reading.
+    /// Gives each of `characters` a key in one change of the map. Some characters get no key when
+    /// there are more than freeKeys(), or when another client has taken keys since the last
+    /// reading.
     void lendKeys(const std::set<char32_t>& characters);
     /// Lets the keys of all characters but `needed` be lent again; the map stays until then.
     void reclaimKeys(const std::set<char32_t>& needed);
     /// Whether keys are lent.
     bool lendsKeys() const { return !lent_.empty() || !reclaimed_.empty(); }
-    /// Takes every lent key's symbol away again, and those that killed instances have left behind.
+    /// Takes the symbol of every lent key away again, and of keys that killed instances have lent.
     void restore();
 
   private:
@@ -70,7 +75,7 @@ class Keyboard {
     std::vector<std::vector<xcb_keycode_t>> modifiers_;
     std::map<char32_t, xcb_keycode_t> lent_;
     std::map<xcb_keycode_t, char32_t> reclaimed_;
-    // What other instances have lent: they take those keys away again at any moment.
+    // What other instances have lent, and may give back at any time.
     LentSymbols others_;
     std::set<std::uint32_t> ownChanges_;
     bool isStale_ = true;

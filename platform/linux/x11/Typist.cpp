@@ -13,58 +13,59 @@ namespace {
 
 using namespace std::chrono_literals;
 
-// How long a program may take to come to the front or to read what was typed there, or another one
-// to let go of the keyboard.
-constexpr auto patience = 300ms;
-// A program needs this long to look at a changed keyboard map if it cannot tell that it has.
-constexpr auto settling = 20ms;
-// A program that does not tell has looked up its keys by then; one that tells may be busy.
-constexpr auto consumption = 200ms;
-constexpr auto longestConsumption = 1s;
-// Whoever waits for the end waits no longer than a second in all.
-constexpr auto lastConsumption = 700ms;
+// For a program to come to the front or to read what was typed there, and for another program to
+// let go of the keyboard.
+constexpr auto targetTimeout = 300ms;
+// A program that answers no pings needs this long to read a changed keyboard map.
+constexpr auto mapDelay = 20ms;
+// A program that answers no pings has looked up its keys after the delay. One that answers may be
+// busy until the timeout.
+constexpr auto lookUpDelay = 200ms;
+constexpr auto lookUpTimeout = 1s;
+// The end of the program waits no longer than a second in all.
+constexpr auto lookUpTimeoutAtEnd = 700ms;
 // Keys may be needed again for the next piece of a dictation.
-constexpr auto lending = 700ms;
-constexpr int mostFailures = 12;
-// The server listens to us alone for the length of a burst, so it is kept short.
-constexpr std::size_t burstLength = 40;
+constexpr auto restoreDelay = 700ms;
+constexpr int maxFailures = 12;
+// The server listens to this client alone during a burst, so bursts are short.
+constexpr std::size_t maxBurstLength = 40;
 
 }  // namespace
 
 Typist::Typist(XcbConnection& connection, Keyboard& keyboard, FrontWindow& front, HotKeys& hotKeys,
-               PollLoop& loop, platform::Log& log)
+               PollLoop& loop, platform::Log& log, OnLift onLift)
     : connection_(connection),
       keyboard_(keyboard),
       front_(front),
       log_(log),
-      burst_(connection, keyboard, front, hotKeys),
+      burst_(connection, keyboard, front, hotKeys, std::move(onLift)),
       ping_(connection),
       waitingDeadline_(loop),
       consumedDeadline_(loop),
       restoreDeadline_(loop) {}
 
 Typist::~Typist() {
-    for (const TypedText& text : texts_) {
-        const std::size_t typed = &text == &texts_.front() ? position_ : 0;
-        reportLoss("the connection to the X server ends", text.characters.size() - typed);
+    for (const Item& item : items_) {
+        const std::size_t typed = &item == &items_.front() ? position_ : 0;
+        reportLoss("the connection to the X server ends", item.text.characters.size() - typed);
+        unread_.insert(unread_.end(), item.onTyped.begin(), item.onTyped.end());
     }
+    callTyped();
     keyboard_.restore();
-    // A socket that is closed with unread events in it may take unread requests along.
+    // A socket that is closed while it holds unread events may lose the requests in it.
     connection_.synchronise();
     if (const auto action = std::exchange(whenIdle_, nullptr)) {
         action();
     }
 }
 
-void Typist::type(TypedText text) {
-    if (text.characters.empty()) {
-        return;
-    }
+void Typist::type(TypedText text, std::function<void()> onTyped) {
     const std::size_t started = isBusy_ ? 1 : 0;
-    if (texts_.size() > started && texts_.back().process == text.process) {
-        texts_.back().characters += text.characters;
+    if (items_.size() > started && items_.back().text.process == text.process) {
+        items_.back().text.characters += text.characters;
+        items_.back().onTyped.push_back(std::move(onTyped));
     } else {
-        texts_.push_back(std::move(text));
+        items_.push_back({std::move(text), {std::move(onTyped)}});
     }
     if (!isBusy_) {
         isBusy_ = true;
@@ -83,7 +84,7 @@ void Typist::whenIdle(std::function<void()> action) {
 }
 
 void Typist::beginNext() {
-    if (texts_.empty()) {
+    if (items_.empty()) {
         endTyping();
     } else {
         position_ = 0;
@@ -92,11 +93,11 @@ void Typist::beginNext() {
     }
 }
 
-// The keys that are lent yield nothing any more after the end.
+// Lent keys yield nothing any more after the end, so their readers get time to look them up.
 void Typist::endTyping() {
     if (whenIdle_ && keyboard_.lendsKeys() && !isConsumed_) {
         wait(
-            lastConsumption, [this] { return isConsumed_; },
+            lookUpTimeoutAtEnd, [this] { return isConsumed_; },
             [this](bool) {
                 setConsumed();
                 beginNext();
@@ -106,7 +107,7 @@ void Typist::endTyping() {
     isBusy_ = false;
     listen();
     if (keyboard_.lendsKeys()) {
-        restoreDeadline_.set(lending, [this] { keyboard_.restore(); });
+        restoreDeadline_.set(restoreDelay, [this] { keyboard_.restore(); });
     }
     if (const auto action = std::exchange(whenIdle_, nullptr)) {
         action();
@@ -114,7 +115,7 @@ void Typist::endTyping() {
 }
 
 void Typist::reachTarget() {
-    const auto process = texts_.front().process;
+    const auto process = current().process;
     if (!process || front_.isInFront(*process)) {
         planRound();
         return;
@@ -139,7 +140,7 @@ void Typist::bringToFront(xcb_window_t window) {
     connection_.selectEvents(window, XCB_EVENT_MASK_FOCUS_CHANGE);
     front_.activate(window);
     wait(
-        patience, [this] { return front_.isInFront(*texts_.front().process); },
+        targetTimeout, [this] { return front_.isInFront(*current().process); },
         [this](bool isInFront) {
             if (isInFront) {
                 planRound();
@@ -149,20 +150,21 @@ void Typist::bringToFront(xcb_window_t window) {
         });
 }
 
-// As many characters as there are keys for. A key that was lent for another character is taken only
-// after its reader has looked it up: programs look keys up in the map of that moment.
+// A round is as many characters as there are keys for. A key that was lent for another character is
+// reused only after its reader has looked it up, because programs look keys up in the map that is
+// valid then.
 void Typist::planRound() {
     const xcb_window_t front = front_.window();
     if (front != target_ && !isConsumed_ && keyboard_.lendsKeys()) {
-        // The answer of this window would say nothing of what the one before has read.
+        // The answer of this window would not tell what the window before has read.
         wait(
-            longestConsumption, [this] { return isConsumed_; }, [this](bool) { planRound(); });
+            lookUpTimeout, [this] { return isConsumed_; }, [this](bool) { planRound(); });
         return;
     }
     target_ = front;
     keyboard_.refresh();
     const KeyboardState state = KeyboardState::read(connection_);
-    const std::u32string& characters = texts_.front().characters;
+    const std::u32string& characters = current().characters;
     std::set<char32_t> lacking;
     const auto fits = [&](std::size_t i) {
         if (!keyboard_.keyFor(characters[i], state.group, state.down)) {
@@ -177,7 +179,7 @@ void Typist::planRound() {
     if (roundEnd_ < characters.size()) {
         if (!isConsumed_) {
             wait(
-                longestConsumption, [this] { return isConsumed_; }, [this](bool) { planRound(); });
+                lookUpTimeout, [this] { return isConsumed_; }, [this](bool) { planRound(); });
             return;
         }
         keyboard_.reclaimKeys({});
@@ -200,23 +202,23 @@ void Typist::planRound() {
     }
 }
 
-// A program may look at a changed map late, and would then read the keys with the old one. One that
-// does not answer in time gets them all the same, and perhaps wrong: a program that hangs must not
-// hold up every other text.
+// A program may read a changed map late, and would look the keys up in the old map. A program that
+// does not answer in time gets the keys all the same, and perhaps reads them wrongly: a program
+// that hangs must not hold up every other text.
 void Typist::waitUntilRead() {
     if (ping_.ask(target_)) {
         wait(
-            patience, [this] { return ping_.isAnswered(); }, [this](bool) { typeRound(); });
+            targetTimeout, [this] { return ping_.isAnswered(); }, [this](bool) { typeRound(); });
     } else {
         wait(
-            settling, [] { return false; }, [this](bool) { typeRound(); });
+            mapDelay, [] { return false; }, [this](bool) { typeRound(); });
     }
 }
 
 void Typist::typeRound() {
-    const TypedText& text = texts_.front();
+    const TypedText& text = current();
     while (position_ < roundEnd_) {
-        const std::size_t length = std::min(burstLength, roundEnd_ - position_);
+        const std::size_t length = std::min(maxBurstLength, roundEnd_ - position_);
         switch (burst_.type(std::u32string_view(text.characters).substr(position_, length),
                             text.process)) {
             case KeyBurst::Outcome::done:
@@ -228,7 +230,7 @@ void Typist::typeRound() {
                 tryAgain(0ms, "its process does not stay in front", [this] { reachTarget(); });
                 return;
             case KeyBurst::Outcome::keyboardTaken:
-                tryAgain(patience / mostFailures, "another program has taken the keyboard",
+                tryAgain(targetTimeout / maxFailures, "another program has taken the keyboard",
                          [this] { typeRound(); });
                 return;
             case KeyBurst::Outcome::keysChanged:
@@ -240,18 +242,18 @@ void Typist::typeRound() {
 }
 
 void Typist::endRound() {
-    if (position_ < texts_.front().characters.size()) {
+    if (position_ < current().characters.size()) {
         planRound();
     } else if (broughtToFront_ != XCB_NONE) {
-        // What the user types meanwhile goes to the wrong window.
+        // Until then the user's own keys go to the wrong window.
         wait(
-            patience, [this] { return isConsumed_; }, [this](bool) { giveFocusBack(); });
+            targetTimeout, [this] { return isConsumed_; }, [this](bool) { giveFocusBack(); });
     } else {
         endText();
     }
 }
 
-// Unless the user has gone somewhere else meanwhile.
+// The focus stays where it is when the user has moved it meanwhile.
 void Typist::giveFocusBack() {
     connection_.selectEvents(broughtToFront_, XCB_EVENT_MASK_NO_EVENT);
     const xcb_window_t front = front_.window();
@@ -263,12 +265,17 @@ void Typist::giveFocusBack() {
 }
 
 void Typist::endText() {
-    texts_.pop_front();
+    auto& typed = items_.front().onTyped;
+    unread_.insert(unread_.end(), typed.begin(), typed.end());
+    items_.pop_front();
+    if (isConsumed_) {
+        callTyped();
+    }
     beginNext();
 }
 
 void Typist::fail(const std::string& reason) {
-    reportLoss(reason, texts_.front().characters.size() - position_);
+    reportLoss(reason, current().characters.size() - position_);
     if (broughtToFront_ != XCB_NONE) {
         giveFocusBack();
     } else {
@@ -282,12 +289,12 @@ void Typist::reportLoss(const std::string& reason, std::size_t characters) {
 }
 
 void Typist::failForProcess(const std::string& reason) {
-    fail("process " + std::to_string(*texts_.front().process) + " " + reason);
+    fail("process " + std::to_string(*current().process) + " " + reason);
 }
 
 void Typist::tryAgain(std::chrono::milliseconds delay, const std::string& reason,
                       const std::function<void()>& step) {
-    if (++failures_ > mostFailures || connection_.isBroken()) {
+    if (++failures_ > maxFailures || connection_.isBroken()) {
         fail(reason);
     } else {
         wait(
@@ -321,18 +328,24 @@ void Typist::noticeMessage(const xcb_client_message_event_t& message) {
     }
 }
 
-// After every burst: whatever comes next, a round may end here.
 void Typist::awaitConsumption() {
     isConsumed_ = false;
-    const bool tells = ping_.ask(target_);
-    consumedDeadline_.set(tells ? longestConsumption : consumption, [this] { setConsumed(); });
+    const bool answers = ping_.ask(target_);
+    consumedDeadline_.set(answers ? lookUpTimeout : lookUpDelay, [this] { setConsumed(); });
 }
 
 void Typist::setConsumed() {
     consumedDeadline_.clear();
     isConsumed_ = true;
+    callTyped();
     listen();
     noticeChange();
+}
+
+void Typist::callTyped() {
+    for (const auto& onTyped : std::exchange(unread_, {})) {
+        onTyped();
+    }
 }
 
 // Answers to a ping come as messages on the root window.

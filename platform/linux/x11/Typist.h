@@ -8,9 +8,11 @@
 #include <functional>
 #include <optional>
 #include <string>
+#include <vector>
 
 #include "platform/Log.h"
 #include "platform/Workspace.h"
+#include "platform/linux/input/TypingMeans.h"
 #include "platform/linux/loop/PollLoop.h"
 #include "platform/linux/x11/FrontWindow.h"
 #include "platform/linux/x11/HotKeys.h"
@@ -21,35 +23,35 @@
 
 namespace tarvik::linuxdesktop {
 
-/// Text to be typed, and for whom.
-struct TypedText {
-    /// The process that gets it; without one it goes to whatever has the keyboard.
-    std::optional<platform::ProcessIdentifier> process;
-    std::u32string characters;
-};
-
-/// Types texts one after the other, each into the process it is meant for or nowhere. A process
-/// that is not in front is brought there for the moment. Input thread only.
+/// Types texts one after the other, each into its process or nowhere. A process that is not in
+/// front is brought to the front while its text is typed. Input thread only.
 class Typist {
   public:
     Typist(XcbConnection& connection, Keyboard& keyboard, FrontWindow& front, HotKeys& hotKeys,
-           PollLoop& loop, platform::Log& log);
-    /// Reports what is left, and takes the symbols of lent keys away again.
+           PollLoop& loop, platform::Log& log, OnLift onLift);
+    /// Reports the texts that are left as lost, and takes the symbols of lent keys away again.
     ~Typist();
     Typist(const Typist&) = delete;
     Typist& operator=(const Typist&) = delete;
 
-    void type(TypedText text);
-    /// Calls `action` as soon as everything has been typed and its readers have looked the keys up,
-    /// or have had the time to; at once if they have, and at the latest when the typist ends.
+    /// `onTyped` is called once the target has looked the text's keys up, has had the time to, or
+    /// will not get the text.
+    void type(TypedText text, std::function<void()> onTyped);
+    /// Calls `action` as soon as every text has been typed, and the targets have looked the keys up
+    /// or have had the time to. That may be at once; at the latest it is when the typist ends.
     void whenIdle(std::function<void()> action);
 
-    /// Hears that something has changed that typing may be waiting for.
+    /// Something has changed that typing may be waiting for.
     void noticeChange();
-    /// Hears a message on the root window.
+    /// A message has come on the root window.
     void noticeMessage(const xcb_client_message_event_t& message);
 
   private:
+    struct Item {
+        TypedText text;
+        // More than one where texts for the same process were joined.
+        std::vector<std::function<void()>> onTyped;
+    };
     struct Waiting {
         std::function<bool()> condition;
         std::function<void(bool)> next;
@@ -85,7 +87,12 @@ class Typist {
     KeyBurst burst_;
     WindowPing ping_;
 
-    std::deque<TypedText> texts_;
+    const TypedText& current() const { return items_.front().text; }
+    void callTyped();
+
+    std::deque<Item> items_;
+    // Of texts that were typed and whose keys are not known to be looked up.
+    std::vector<std::function<void()>> unread_;
     bool isBusy_ = false;
     std::function<void()> whenIdle_;
 
@@ -97,7 +104,7 @@ class Typist {
     xcb_window_t broughtToFront_ = XCB_NONE;
     xcb_window_t earlierFront_ = XCB_NONE;
 
-    // Whether every key pressed so far was looked up by its reader.
+    // Whether the targets have looked up every key pressed so far.
     bool isConsumed_ = true;
     std::optional<Waiting> waiting_;
     Deadline waitingDeadline_;

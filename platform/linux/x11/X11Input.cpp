@@ -1,54 +1,174 @@
 #include "platform/linux/x11/X11Input.h"
 
+#include <pthread.h>
+#include <signal.h>
+
+#include <chrono>
 #include <utility>
 
-#include "platform/linux/input/LinuxEventManager.h"
-#include "platform/linux/input/LinuxKeyboardEvents.h"
-#include "platform/linux/x11/InputThread.h"
+#include "platform/linux/x11/X11Session.h"
 
 namespace tarvik::linuxdesktop {
 
-/// Where the input thread finds the event manager, which is made after it.
-struct X11Input::Delivery {
-    std::weak_ptr<LinuxEventManager> eventManager;
-};
+namespace {
 
-std::unique_ptr<X11Input> X11Input::open(platform::MainQueue& mainQueue, platform::Log& log) {
-    return std::unique_ptr<X11Input>(new X11Input(mainQueue, log));
+using namespace std::chrono_literals;
+
+constexpr auto serverTimeout = 1s;
+// Leaves the time to put the keyboard back.
+constexpr auto typingTimeoutAtEnd = 800ms;
+
+}  // namespace
+
+X11Input::X11Input(platform::MainQueue& mainQueue, platform::Log& log,
+                   std::weak_ptr<HotKeyListener> listener, OnLift onLift)
+    : mainQueue_(mainQueue),
+      log_(log),
+      listener_(std::make_shared<std::weak_ptr<HotKeyListener>>(std::move(listener))),
+      onLift_(std::move(onLift)) {
+    std::promise<void> connected;
+    const std::future<void> isReady = connected.get_future();
+    // The signals of the process are the main thread's business.
+    sigset_t everySignal;
+    sigset_t before;
+    sigfillset(&everySignal);
+    pthread_sigmask(SIG_SETMASK, &everySignal, &before);
+    thread_ = std::thread(&X11Input::run, this, std::move(connected));
+    pthread_sigmask(SIG_SETMASK, &before, nullptr);
+    if (isReady.wait_for(serverTimeout) != std::future_status::ready) {
+        log.write("TarvikDictate: the X server does not answer");
+    }
 }
 
-X11Input::X11Input(platform::MainQueue& mainQueue, platform::Log& log)
-    : delivery_(std::make_shared<Delivery>()),
-      thread_(std::make_unique<InputThread>(
-          log,
-          [&mainQueue, delivery = delivery_](HotKeyNumber number, std::uint32_t kind) {
-              mainQueue.async([delivery, number, kind] {
-                  if (const auto eventManager = delivery->eventManager.lock()) {
-                      eventManager->deliver(number, kind);
-                  }
-              });
-          })),
-      eventManager_(std::make_shared<LinuxEventManager>(*thread_)),
-      keyboardEvents_(std::make_shared<LinuxKeyboardEvents>(*thread_, mainQueue)) {
-    delivery_->eventManager = eventManager_;
+X11Input::~X11Input() {
+    loop_.post([this] { finish(); });
+    if (ended_.get_future().wait_for(serverTimeout) != std::future_status::ready) {
+        connector_.cancel();
+        if (XcbConnection* connection = waitedFor_) {
+            connection->shutDown();
+        }
+    }
+    thread_.join();
 }
 
-X11Input::~X11Input() = default;
-
-platform::EventManager& X11Input::eventManager() {
-    return *eventManager_;
+std::optional<std::string> X11Input::refusal() const {
+    return hasAnswered_ && !refusal_.empty() ? std::optional(refusal_) : std::nullopt;
 }
 
-platform::KeyboardEvents& X11Input::keyboardEvents() {
-    return *keyboardEvents_;
+void X11Input::run(std::promise<void> connected) {
+    XcbConnector::Connected opened = connector_.connect();
+    if (!opened) {
+        refusal_ = opened.error().localizedDescription;
+    } else if (opened.value()->isXwayland()) {
+        refusal_ = "the X server belongs to a Wayland session, whose other programs it cannot see";
+    } else {
+        connection_ = std::move(opened).value();
+        waitedFor_ = connection_.get();
+        session_ = std::make_unique<X11Session>(
+            *connection_, loop_, log_,
+            HotKeys::Events{
+                [this](HotKeyNumber number) {
+                    tellListener([number](HotKeyListener& to) { to.onPressed(number); });
+                },
+                [this](HotKeyNumber number) {
+                    tellListener([number](HotKeyListener& to) { to.onReleased(number); });
+                },
+                [this](HotKeyNumber number, const std::string& reason) {
+                    tellListener(
+                        [number, reason](HotKeyListener& to) { to.onLost(number, reason); });
+                }},
+            onLift_, frontProcess_);
+        isConnected_ = true;
+    }
+    hasAnswered_ = true;
+    connected.set_value();
+    loop_.run([this] { return drain(); });
+    session_.reset();
+    ended_.set_value();
+}
+
+void X11Input::tellListener(std::function<void(HotKeyListener&)> event) {
+    mainQueue_.async([weakListener = std::weak_ptr(listener_), event = std::move(event)] {
+        if (const auto listener = weakListener.lock()) {
+            if (const auto listening = listener->lock()) {
+                event(*listening);
+            }
+        }
+    });
+}
+
+int X11Input::drain() {
+    if (session_ && !session_->drain()) {
+        log_.write("TarvikDictate: the X server is gone");
+        isConnected_ = false;
+        session_.reset();
+    }
+    return session_ ? connection_->descriptor() : -1;
+}
+
+void X11Input::finish() {
+    if (session_) {
+        session_->typist().whenIdle([this] { loop_.quit(); });
+        endDeadline_.set(typingTimeoutAtEnd, [this] { loop_.quit(); });
+    } else {
+        loop_.quit();
+    }
+}
+
+platform::OSStatus X11Input::registerHotKey(HotKeyNumber number, std::uint32_t keyCode,
+                                            std::uint32_t modifiers) {
+    const auto answer = std::make_shared<std::promise<platform::OSStatus>>();
+    std::future<platform::OSStatus> status = answer->get_future();
+    loop_.post([this, answer, number, keyCode, modifiers] {
+        answer->set_value(session_ ? session_->hotKeys().add(number, keyCode, modifiers)
+                                   : platform::eventInternalErr);
+    });
+    if (isConnected_ && status.wait_for(serverTimeout) == std::future_status::ready) {
+        return status.get();
+    }
+    // The server may still register the hotkey, after everybody has forgotten it.
+    loop_.post([this, number] { dropHotKey(number); });
+    return platform::eventInternalErr;
+}
+
+void X11Input::unregisterHotKey(HotKeyNumber number) {
+    const auto answer = std::make_shared<std::promise<void>>();
+    const std::future<void> isDone = answer->get_future();
+    loop_.post([this, answer, number] {
+        dropHotKey(number);
+        answer->set_value();
+    });
+    if (isConnected_) {
+        isDone.wait_for(serverTimeout);
+    }
+}
+
+void X11Input::dropHotKey(HotKeyNumber number) {
+    if (session_) {
+        session_->hotKeys().remove(number);
+    }
+}
+
+void X11Input::type(TypedText text, std::function<void()> onDone) {
+    auto onTyped = [this, onDone = std::move(onDone)] {
+        if (onDone) {
+            mainQueue_.async(onDone);
+        }
+    };
+    loop_.post([this, text = std::move(text), onTyped = std::move(onTyped)]() mutable {
+        if (session_) {
+            session_->typist().type(std::move(text), std::move(onTyped));
+        } else {
+            log_.write("TarvikDictate: typed text not delivered: no X server (" +
+                       std::to_string(text.characters.size()) + " characters)");
+            onTyped();
+        }
+    });
 }
 
 std::optional<platform::ProcessIdentifier> X11Input::frontmostProcess() const {
-    return thread_->frontmostProcess();
-}
-
-bool X11Input::canType() const {
-    return thread_->isConnected();
+    const platform::ProcessIdentifier process = frontProcess_;
+    return process > 0 ? std::optional(process) : std::nullopt;
 }
 
 }  // namespace tarvik::linuxdesktop

@@ -1,60 +1,89 @@
 #pragma once
 
+#include <atomic>
+#include <cstdint>
+#include <functional>
+#include <future>
 #include <memory>
 #include <optional>
+#include <string>
+#include <thread>
 
-#include "platform/EventManager.h"
-#include "platform/KeyboardEvents.h"
 #include "platform/Log.h"
 #include "platform/MainQueue.h"
-#include "platform/Workspace.h"
+#include "platform/linux/input/FrontMeans.h"
+#include "platform/linux/input/HotKeyMeans.h"
+#include "platform/linux/input/TypingMeans.h"
+#include "platform/linux/loop/PollLoop.h"
+#include "platform/linux/x11/XcbConnection.h"
+#include "platform/linux/x11/XcbConnector.h"
 
 namespace tarvik::linuxdesktop {
 
-class InputThread;
-class LinuxEventManager;
-class LinuxKeyboardEvents;
+class X11Session;
 
-/// Keyboard and focus of an X11 desktop: hotkeys, typing, and which process is in front.
+/// Hotkeys as grabs of XInput 2, typing through XTEST, and the window in front, of one X server.
 ///
-/// It has a connection to the X server and a thread of its own, which sleeps until the server or
-/// the main thread wants something. Main thread only, unless a line says otherwise.
-class X11Input {
+/// The three share one connection and one thread, which sleeps until the server or the main thread
+/// wants something. Main thread only, unless a line says otherwise.
+class X11Input final : public HotKeyMeans, public TypingMeans, public FrontMeans {
   public:
-    /// Connects to the server that DISPLAY names, for which it waits 1 s at the most. Never empty:
-    /// without a usable server there is an object whose event manager answers eventInternalErr,
-    /// whose keyboard refuses, and the log says why. A server that answers only later is used from
-    /// then on; hotkeys are to be registered anew. The references outlive the object.
-    static std::unique_ptr<X11Input> open(platform::MainQueue& mainQueue, platform::Log& log);
-
-    /// Ends the thread, puts the keyboard map back and drops the hotkeys; text that was posted
-    /// before is typed first, as far as its readers take it within 0.8 s. No handler is called any
-    /// more. Takes 1 s at the most.
-    ~X11Input();
+    /// Connects to the server that DISPLAY names, for which it waits 1 s at the most. A server that
+    /// answers later is used from then on. The references outlive the object. `onLift` may be
+    /// empty.
+    X11Input(platform::MainQueue& mainQueue, platform::Log& log,
+             std::weak_ptr<HotKeyListener> listener, OnLift onLift);
+    /// Ends the thread, puts the keyboard map back and drops the hotkeys. Text that was taken
+    /// before is typed first, as far as its readers take it within 0.8 s. Takes 1 s at the most.
+    ~X11Input() override;
     X11Input(const X11Input&) = delete;
     X11Input& operator=(const X11Input&) = delete;
 
-    platform::EventManager& eventManager();
-    platform::KeyboardEvents& keyboardEvents();
+    /// Why the server does not serve: there is none, an extension is missing, or it belongs to a
+    /// Wayland session. Empty while it serves, and while it has not answered yet.
+    std::optional<std::string> refusal() const;
 
-    /// The process whose window has the keyboard, this one included; empty when there is none or
-    /// it is not known. Answered from what the thread has noticed last, without asking anybody. Any
-    /// thread.
-    std::optional<platform::ProcessIdentifier> frontmostProcess() const;
-
-    /// Whether text can be typed: the server has the extensions it takes, and it is still there.
     /// Any thread.
-    bool canType() const;
+    bool isAvailable() const override { return isConnected_; }
+
+    platform::OSStatus registerHotKey(HotKeyNumber number, std::uint32_t keyCode,
+                                      std::uint32_t modifiers) override;
+    void unregisterHotKey(HotKeyNumber number) override;
+    /// Nothing is left to do: typing of the same session names the request that lifts each key,
+    /// and no other means types in the session of an X server.
+    void expectLift(std::uint32_t /*modifiers*/) override {}
+
+    void type(TypedText text, std::function<void()> onDone) override;
+
+    std::optional<platform::ProcessIdentifier> frontmostProcess() const override;
 
   private:
-    struct Delivery;
+    void run(std::promise<void> connected);
+    int drain();
+    void finish();
+    void dropHotKey(HotKeyNumber number);
+    void tellListener(std::function<void(HotKeyListener&)> event);
 
-    X11Input(platform::MainQueue& mainQueue, platform::Log& log);
-
-    std::shared_ptr<Delivery> delivery_;
-    std::unique_ptr<InputThread> thread_;
-    std::shared_ptr<LinuxEventManager> eventManager_;
-    std::shared_ptr<LinuxKeyboardEvents> keyboardEvents_;
+    platform::MainQueue& mainQueue_;
+    platform::Log& log_;
+    // Blocks of the main queue hold the pointer weakly, so that none calls after the end.
+    const std::shared_ptr<const std::weak_ptr<HotKeyListener>> listener_;
+    const OnLift onLift_;
+    PollLoop loop_;
+    Deadline endDeadline_{loop_};
+    XcbConnector connector_;
+    std::atomic<bool> isConnected_ = false;
+    std::atomic<platform::ProcessIdentifier> frontProcess_ = 0;
+    // Written before `hasAnswered_` is set, and never again.
+    std::string refusal_;
+    std::atomic<bool> hasAnswered_ = false;
+    // What the main thread shuts down when the input thread waits for a server that does not
+    // answer. It outlives the input thread.
+    std::atomic<XcbConnection*> waitedFor_ = nullptr;
+    std::unique_ptr<XcbConnection> connection_;
+    std::unique_ptr<X11Session> session_;
+    std::promise<void> ended_;
+    std::thread thread_;
 };
 
 }  // namespace tarvik::linuxdesktop

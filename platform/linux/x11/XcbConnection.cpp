@@ -1,10 +1,12 @@
 #include "platform/linux/x11/XcbConnection.h"
 
 #include <sys/socket.h>
+#include <xcb/randr.h>
 #include <xcb/res.h>
 #include <xcb/xinput.h>
 #include <xcb/xtest.h>
 
+#include <algorithm>
 #include <cstdlib>
 #include <span>
 #include <string>
@@ -66,7 +68,7 @@ const char* XcbConnection::useExtensions() {
         xcb_input_xi_query_version_reply(connection_, xinputVersion, nullptr));
     const XcbReply<xcb_xkb_use_extension_reply_t> use(
         xcb_xkb_use_extension_reply(connection_, xkbUse, nullptr));
-    // A request of an extension that is missing would break the connection.
+    // A request of a missing extension would break the connection.
     knowsProcesses_ = present(xcb_res_id) != nullptr && namesProcesses();
     // Older servers hide raw events from a client while another one has grabbed the keyboard.
     if (!version || version->major_version < 2 || version->minor_version < 1) {
@@ -74,6 +76,40 @@ const char* XcbConnection::useExtensions() {
     }
     keyboard_ = findKeyboard();
     return use && use->supported != 0 ? nullptr : "XKB";
+}
+
+// The extension of this name says nothing else. Servers before 23.1 lack the extension, and name
+// their outputs instead.
+bool XcbConnection::isXwayland() {
+    constexpr std::string_view name = "XWAYLAND";
+    const auto length = static_cast<std::uint16_t>(name.size());
+    const XcbReply<xcb_query_extension_reply_t> extension(xcb_query_extension_reply(
+        connection_, xcb_query_extension(connection_, length, name.data()), nullptr));
+    if (extension && extension->present != 0) {
+        return true;
+    }
+    const auto* randr = xcb_get_extension_data(connection_, &xcb_randr_id);
+    if (randr == nullptr || randr->present == 0) {
+        return false;
+    }
+    xcb_discard_reply(connection_, xcb_randr_query_version(connection_, 1, 3).sequence);
+    const XcbReply<xcb_randr_get_screen_resources_current_reply_t> resources(
+        xcb_randr_get_screen_resources_current_reply(
+            connection_, xcb_randr_get_screen_resources_current(connection_, root_), nullptr));
+    if (!resources) {
+        return false;
+    }
+    const std::span outputs(xcb_randr_get_screen_resources_current_outputs(resources.get()),
+                            resources->num_outputs);
+    return std::ranges::any_of(outputs, [&](xcb_randr_output_t output) {
+        const XcbReply<xcb_randr_get_output_info_reply_t> info(xcb_randr_get_output_info_reply(
+            connection_,
+            xcb_randr_get_output_info(connection_, output, resources->config_timestamp), nullptr));
+        return info && std::string_view(reinterpret_cast<const char*>(
+                                            xcb_randr_get_output_info_name(info.get())),
+                                        info->name_len)
+                           .starts_with(name);
+    });
 }
 
 bool XcbConnection::namesProcesses() {
@@ -124,9 +160,9 @@ xcb_atom_t XcbConnection::atom(std::string_view name) {
 
 std::vector<std::uint32_t> XcbConnection::property(xcb_window_t window, xcb_atom_t name,
                                                    xcb_atom_t type) {
-    constexpr std::uint32_t mostItems = 4096;
+    constexpr std::uint32_t maxItems = 4096;
     const XcbReply<xcb_get_property_reply_t> reply(xcb_get_property_reply(
-        connection_, xcb_get_property(connection_, 0, window, name, type, 0, mostItems), nullptr));
+        connection_, xcb_get_property(connection_, 0, window, name, type, 0, maxItems), nullptr));
     if (!reply || reply->type != type || reply->format != 32) {
         return {};
     }

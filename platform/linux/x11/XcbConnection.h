@@ -17,7 +17,7 @@ namespace tarvik::linuxdesktop {
 class XcbConnection {
   public:
     /// Connects to the server that DISPLAY names. An error when there is none or it lacks XInput
-    /// 2.1, XTEST or XKB. Waits for the server without end; any thread.
+    /// 2.1, XTEST or XKB. Waits for the server without a timeout. Any thread.
     static Result<std::unique_ptr<XcbConnection>> open();
 
     ~XcbConnection();
@@ -27,20 +27,22 @@ class XcbConnection {
     xcb_connection_t* get() const { return connection_; }
     int descriptor() const { return xcb_get_file_descriptor(connection_); }
     xcb_window_t root() const { return root_; }
-    /// The client that owns this bit pattern of a resource is the one that made it.
+    /// Whether one client has made both windows.
     bool sameClient(xcb_window_t one, xcb_window_t other) const;
+    /// Whether the server serves the X programs of a Wayland session.
+    bool isXwayland();
     /// The XInput device that all keyboards act through.
     std::uint16_t keyboard() const { return keyboard_; }
     std::uint8_t xinputOpcode() const { return xinputOpcode_; }
     std::uint8_t xinputFirstEvent() const { return xinputFirstEvent_; }
     std::uint8_t xkbFirstEvent() const { return xkbFirstEvent_; }
 
-    /// True once the server is gone; every request is ignored from then on. Any thread.
+    /// True once the server is gone. Every request is ignored from then on. Any thread.
     bool isBroken() const { return xcb_connection_has_error(connection_) != 0; }
-    /// Breaks the connection, so that a thread which waits for the server goes on. Any thread.
+    /// Shuts the connection down, so that a thread that waits for the server goes on. Any thread.
     void shutDown();
 
-    /// Waits until the server has carried out everything before.
+    /// Waits until the server has processed every request before.
     void synchronise();
 
     /// Chooses which core events of a window come here.
@@ -49,7 +51,7 @@ class XcbConnection {
 
     /// The server's number for a name; 0 when the server is gone.
     xcb_atom_t atom(std::string_view name);
-    /// The 32-bit items of a property, empty when there is none of this type.
+    /// The 32-bit items of a property; empty when there is no property of this type.
     std::vector<std::uint32_t> property(xcb_window_t window, xcb_atom_t name, xcb_atom_t type);
     /// The first item of such a property.
     std::optional<std::uint32_t> firstOfProperty(xcb_window_t window, xcb_atom_t name,

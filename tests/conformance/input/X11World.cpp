@@ -1,6 +1,6 @@
 #include <optional>
 
-#include "platform/linux/x11/X11Input.h"
+#include "platform/linux/DesktopInput.h"
 #include "tests/conformance/input/InputWorld.h"
 #include "tests/linux/x11/WindowManager.h"
 #include "tests/linux/x11/X11Target.h"
@@ -23,8 +23,8 @@ class X11InputWorld final : public InputWorld {
         waitForWindowManager(mainQueue_);
     }
 
-    platform::EventManager& eventManager() override { return input_->eventManager(); }
-    platform::KeyboardEvents& keyboardEvents() override { return input_->keyboardEvents(); }
+    platform::EventManager& eventManager() override { return input_.eventManager(); }
+    platform::KeyboardEvents& keyboardEvents() override { return input_.keyboardEvents(); }
 
     bool runUntil(const std::function<bool()>& condition) override {
         return mainQueue_.runUntil(condition);
@@ -77,7 +77,7 @@ class X11InputWorld final : public InputWorld {
     RealTimeQueue mainQueue_;
     RecordingLog log_;
     X11User user_;
-    std::unique_ptr<linuxdesktop::X11Input> input_ = linuxdesktop::X11Input::open(mainQueue_, log_);
+    linuxdesktop::DesktopInput input_{mainQueue_, log_};
     std::optional<X11Target> first_;
     std::optional<X11Target> second_;
 };

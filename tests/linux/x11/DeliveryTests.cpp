@@ -210,14 +210,22 @@ TEST_F(X11Delivery, ForgetsThatAltIsHeldOnAKeyboardThatGoes) {
 TEST_F(X11Delivery, RefusesEverythingWithoutAServer) {
     const std::string display = getenv("DISPLAY");
     setenv("DISPLAY", ":4711", 1);
-    const auto without = linuxdesktop::X11Input::open(mainQueue, log);
+    linuxdesktop::DesktopInput without(mainQueue, log);
     setenv("DISPLAY", display.c_str(), 1);
-    EXPECT_TRUE(log.hasLineWith("TarvikDictate: no X server at :4711"));
-    EXPECT_FALSE(without->canType());
-    EXPECT_FALSE(without->frontmostProcess());
-    EXPECT_EQ(without->keyboardEvents().createSource(0), nullptr);
-    EXPECT_EQ(without->keyboardEvents().createKeyboardEvent(nullptr, 0, true), nullptr);
-    HotKeyRecorder recorder(without->eventManager());
+    const std::vector<std::string> lines{
+        "TarvikDictate: hotkeys not by XInput 2: no X server at :4711",
+        "TarvikDictate: hotkeys by no means of this session",
+        "TarvikDictate: typing not by XTEST: no X server at :4711",
+        "TarvikDictate: typing by no means of this session",
+        "TarvikDictate: front window not by the X server: no X server at :4711",
+        "TarvikDictate: front window by no means of this session"};
+    const auto all = log.lines();
+    EXPECT_EQ(std::vector(all.end() - std::ssize(lines), all.end()), lines);
+    EXPECT_FALSE(without.canType());
+    EXPECT_FALSE(without.frontmostProcess());
+    EXPECT_EQ(without.keyboardEvents().createSource(0), nullptr);
+    EXPECT_EQ(without.keyboardEvents().createKeyboardEvent(nullptr, 0, true), nullptr);
+    HotKeyRecorder recorder(without.eventManager());
     EXPECT_EQ(recorder.add(hold, 1), platform::eventInternalErr);
 }
 
@@ -231,17 +239,17 @@ TEST_F(X11Delivery, EndsAHoldWhenTheServerDies) {
     number.pop_back();
     const std::string display = getenv("DISPLAY");
     setenv("DISPLAY", (":" + number).c_str(), 1);
-    const auto doomed = linuxdesktop::X11Input::open(mainQueue, log);
+    linuxdesktop::DesktopInput doomed(mainQueue, log);
     X11User doomedUser;
     setenv("DISPLAY", display.c_str(), 1);
-    HotKeyRecorder recorder(doomed->eventManager());
+    HotKeyRecorder recorder(doomed.eventManager());
     ASSERT_EQ(recorder.add(hold, 1), platform::noErr);
     doomedUser.press(X11User::altKey);
     doomedUser.press(X11User::spaceKey);
     EXPECT_TRUE(becomes(recorder, "P1"));
     server.kill();
     EXPECT_TRUE(becomes(recorder, "P1R1"));
-    EXPECT_TRUE(mainQueue.runUntil([&] { return !doomed->canType(); }));
+    EXPECT_TRUE(mainQueue.runUntil([&] { return !doomed.canType(); }));
     EXPECT_TRUE(log.hasLineWith("TarvikDictate: the X server is gone"));
     EXPECT_EQ(recorder.add(toggle, 2), platform::eventInternalErr);
 }

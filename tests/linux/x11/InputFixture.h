@@ -8,7 +8,7 @@
 #include <string_view>
 
 #include "base/Text.h"
-#include "platform/linux/x11/X11Input.h"
+#include "platform/linux/DesktopInput.h"
 #include "tests/conformance/input/HotKeyRecorder.h"
 #include "tests/linux/x11/WindowManager.h"
 #include "tests/linux/x11/X11Target.h"
@@ -89,7 +89,7 @@ class InputFixture {
     RealTimeQueue mainQueue;
     RecordingLog log;
     std::optional<X11User> user{std::in_place};
-    std::unique_ptr<linuxdesktop::X11Input> input = linuxdesktop::X11Input::open(mainQueue, log);
+    std::optional<linuxdesktop::DesktopInput> input{std::in_place, mainQueue, log};
 };
 
 }  // namespace tarvik::tests

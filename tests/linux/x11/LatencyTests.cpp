@@ -108,7 +108,7 @@ TEST_F(X11Latency, OfOpeningAndRegistering) {
     for (int i = 0; i < 15; ++i) {
         input.reset();
         const auto start = Clock::now();
-        input = linuxdesktop::X11Input::open(mainQueue, log);
+        input.emplace(mainQueue, log);
         HotKeyRecorder recorder(input->eventManager());
         ASSERT_EQ(recorder.add(hold, 1), platform::noErr);
         ASSERT_EQ(recorder.add(toggle, 2), platform::noErr);

@@ -66,7 +66,7 @@ class X11LentKeys : public testing::Test {
 TEST_F(X11LentKeys, AreGivenBackByTheNextInstanceAfterAKill) {
     lendAndGetKilled();
     EXPECT_EQ(user.keysWithoutSymbol(), spare - 3);
-    const auto next = linuxdesktop::X11Input::open(mainQueue, log);
+    const linuxdesktop::DesktopInput next(mainQueue, log);
     EXPECT_EQ(user.keysWithoutSymbol(), spare);
 }
 

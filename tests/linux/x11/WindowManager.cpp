@@ -2,7 +2,7 @@
 
 #include <chrono>
 
-#include "platform/linux/x11/ManagerEcho.h"
+#include "platform/linux/x11/WindowManagerFence.h"
 
 namespace tarvik::tests {
 
@@ -10,11 +10,11 @@ using linuxdesktop::XcbReply;
 
 bool waitForWindowManager(RealTimeQueue& mainQueue) {
     const auto connection = linuxdesktop::XcbConnection::open().value();
-    linuxdesktop::ManagerEcho echo(*connection);
+    linuxdesktop::WindowManagerFence fence(*connection);
     const auto isAnswered = [&] {
         while (const XcbReply<xcb_generic_event_t> event{xcb_poll_for_event(connection->get())}) {
             if (event->response_type == XCB_PROPERTY_NOTIFY &&
-                echo.isAnswer(reinterpret_cast<const xcb_property_notify_event_t&>(*event))) {
+                fence.isAnswer(reinterpret_cast<const xcb_property_notify_event_t&>(*event))) {
                 return true;
             }
         }
@@ -22,7 +22,7 @@ bool waitForWindowManager(RealTimeQueue& mainQueue) {
     };
     // One that has only just started may miss a question.
     for (int question = 0; question < 20; ++question) {
-        echo.ask();
+        fence.request();
         xcb_flush(connection->get());
         if (mainQueue.runUntil(isAnswered, std::chrono::milliseconds(500))) {
             return true;

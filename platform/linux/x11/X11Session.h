@@ -16,18 +16,21 @@
 
 namespace tarvik::linuxdesktop {
 
-/// Everything that lives as long as the server does, and what its events mean. Input thread only.
-class InputSession {
+/// Everything that lives as long as the connection to the X server, and the meaning of the server's
+/// events. Input thread only.
+class X11Session {
   public:
-    /// `frontProcess` always holds the process in front, 0 when there is none.
-    InputSession(XcbConnection& connection, PollLoop& loop, platform::Log& log,
-                 HotKeys::Listener listener,
-                 std::atomic<platform::ProcessIdentifier>& frontProcess);
+    /// `frontProcess` always holds the process in front, 0 when there is none. `onLift` may be
+    /// empty. The references outlive the object.
+    X11Session(XcbConnection& connection, PollLoop& loop, platform::Log& log,
+               HotKeys::Events hotKeyEvents, OnLift onLift,
+               std::atomic<platform::ProcessIdentifier>& frontProcess);
 
     HotKeys& hotKeys() { return hotKeys_; }
     Typist& typist() { return typist_; }
 
-    /// Handles what the server has sent and sends what is ready; false once the server is gone.
+    /// Handles the events that have come and sends the requests that are ready. False once the
+    /// server is gone.
     bool drain();
 
   private:

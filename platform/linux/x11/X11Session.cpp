@@ -1,4 +1,4 @@
-#include "platform/linux/x11/InputSession.h"
+#include "platform/linux/x11/X11Session.h"
 
 #include <string>
 #include <utility>
@@ -10,7 +10,7 @@ namespace tarvik::linuxdesktop {
 
 namespace {
 
-constexpr std::uint8_t sentByProgram = 0x80;
+constexpr std::uint8_t sentByClient = 0x80;
 
 void watchKeyboardMap(XcbConnection& connection) {
     constexpr std::uint16_t events =
@@ -31,15 +31,15 @@ void watchKeyboards(XcbConnection& connection) {
 
 }  // namespace
 
-InputSession::InputSession(XcbConnection& connection, PollLoop& loop, platform::Log& log,
-                           HotKeys::Listener listener,
-                           std::atomic<platform::ProcessIdentifier>& frontProcess)
+X11Session::X11Session(XcbConnection& connection, PollLoop& loop, platform::Log& log,
+                       HotKeys::Events hotKeyEvents, OnLift onLift,
+                       std::atomic<platform::ProcessIdentifier>& frontProcess)
     : connection_(connection),
       log_(log),
       keyboard_(connection),
       front_(connection, frontProcess),
-      hotKeys_(connection, keyboard_, loop, log, std::move(listener)),
-      typist_(connection, keyboard_, front_, hotKeys_, loop, log) {
+      hotKeys_(connection, keyboard_, loop, std::move(hotKeyEvents)),
+      typist_(connection, keyboard_, front_, hotKeys_, loop, log, std::move(onLift)) {
     connection.selectRootEvents(XCB_EVENT_MASK_PROPERTY_CHANGE);
     watchKeyboardMap(connection);
     watchKeyboards(connection);
@@ -49,9 +49,9 @@ InputSession::InputSession(XcbConnection& connection, PollLoop& loop, platform::
     front_.refresh();
 }
 
-// While the library sends it also takes in what has come, and the descriptor tells nothing of that.
-// So the last thing before a sleep is a look at the events with nothing left to send.
-bool InputSession::drain() {
+// Sending makes the library read events too, and the descriptor does not tell of them any more. So
+// the last look at the events comes when nothing is left to send.
+bool X11Session::drain() {
     bool hasHandled = true;
     while (std::exchange(hasHandled, false)) {
         xcb_flush(connection_.get());
@@ -63,8 +63,8 @@ bool InputSession::drain() {
     return !connection_.isBroken();
 }
 
-void InputSession::handle(const xcb_generic_event_t& event) {
-    const auto type = static_cast<std::uint8_t>(event.response_type & ~sentByProgram);
+void X11Session::handle(const xcb_generic_event_t& event) {
+    const auto type = static_cast<std::uint8_t>(event.response_type & ~sentByClient);
     if (event.response_type == 0) {
         report(reinterpret_cast<const xcb_generic_error_t&>(event));
     } else if (type == XCB_GE_GENERIC) {
@@ -83,7 +83,7 @@ void InputSession::handle(const xcb_generic_event_t& event) {
     }
 }
 
-void InputSession::handleProperty(const xcb_property_notify_event_t& event) {
+void X11Session::handleProperty(const xcb_property_notify_event_t& event) {
     hotKeys_.noticeProperty(event);
     switch (front_.noticeProperty(event)) {
         case FrontWindow::Notice::otherManager:
@@ -98,13 +98,13 @@ void InputSession::handleProperty(const xcb_property_notify_event_t& event) {
     }
 }
 
-void InputSession::handleXinput(const xcb_ge_generic_event_t& event) {
+void X11Session::handleXinput(const xcb_ge_generic_event_t& event) {
     if (event.extension != connection_.xinputOpcode()) {
         return;
     }
     switch (event.event_type) {
         case XCB_INPUT_KEY_PRESS:
-            // Who is in front must be known before the press is.
+            // The listener of the press asks which process is in front.
             front_.refreshUnannounced();
             hotKeys_.handlePress(reinterpret_cast<const xcb_input_key_press_event_t&>(event));
             break;
@@ -133,9 +133,9 @@ void InputSession::handleXinput(const xcb_ge_generic_event_t& event) {
     }
 }
 
-// A window may vanish at any moment, also between two requests about it, or be unmapped just before
-// it gets the focus.
-void InputSession::report(const xcb_generic_error_t& error) {
+// A window may vanish at any time, also between two requests about it. It may be unmapped just
+// before it gets the focus.
+void X11Session::report(const xcb_generic_error_t& error) {
     constexpr std::uint8_t badWindow = 3;
     constexpr std::uint8_t badMatch = 8;
     const bool isUnmapped = error.error_code == badMatch && error.major_code == XCB_SET_INPUT_FOCUS;

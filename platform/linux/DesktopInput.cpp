@@ -1,0 +1,138 @@
+#include "platform/linux/DesktopInput.h"
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include "platform/linux/input/FrontMeans.h"
+#include "platform/linux/input/HotKeyMeans.h"
+#include "platform/linux/input/LinuxEventManager.h"
+#include "platform/linux/input/LinuxKeyboardEvents.h"
+#include "platform/linux/input/TypingMeans.h"
+#ifdef TARVIK_HAS_X11
+#include "platform/linux/x11/X11Input.h"
+#endif
+
+namespace tarvik::linuxdesktop {
+
+namespace {
+
+/// What the means are opened with, and what those of one technology share.
+struct Session {
+    platform::MainQueue& mainQueue;
+    platform::Log& log;
+    std::weak_ptr<HotKeyListener> listener;
+    OnLift onLift;
+#ifdef TARVIK_HAS_X11
+    std::shared_ptr<X11Input> x11 = {};
+#endif
+};
+
+/// A means that serves the session, or none, and the reason for either.
+template <typename Means>
+struct Opened {
+    std::shared_ptr<Means> means;
+    std::string reason;
+};
+
+template <typename Means>
+struct Choice {
+    const char* name;
+    Opened<Means> (*open)(Session&);
+};
+
+#ifdef TARVIK_HAS_X11
+template <typename Means>
+Opened<Means> openX11(Session& session) {
+    if (!session.x11) {
+        session.x11 = std::make_shared<X11Input>(session.mainQueue, session.log, session.listener,
+                                                 session.onLift);
+    }
+    if (const auto refusal = session.x11->refusal()) {
+        return {nullptr, *refusal};
+    }
+    return {session.x11, session.x11->isAvailable()
+                             ? "the X server offers it"
+                             : "the X server has not answered yet, and is used once it does"};
+}
+#endif
+
+// Tried in this order. A technology that was left out of the build is in no table.
+
+const std::vector<Choice<HotKeyMeans>> hotKeyChoices{
+#ifdef TARVIK_HAS_X11
+    {"XInput 2", &openX11<HotKeyMeans>},
+#endif
+};
+
+const std::vector<Choice<TypingMeans>> typingChoices{
+#ifdef TARVIK_HAS_X11
+    {"XTEST", &openX11<TypingMeans>},
+#endif
+};
+
+const std::vector<Choice<FrontMeans>> frontChoices{
+#ifdef TARVIK_HAS_X11
+    {"the X server", &openX11<FrontMeans>},
+#endif
+};
+
+/// The first means that serves the session; empty when none does.
+template <typename Means>
+std::shared_ptr<Means> choose(const char* service, const std::vector<Choice<Means>>& choices,
+                              Session& session) {
+    for (const Choice<Means>& choice : choices) {
+        const Opened<Means> opened = choice.open(session);
+        session.log.write(std::string("TarvikDictate: ") + service +
+                          (opened.means ? " by " : " not by ") + choice.name + ": " +
+                          opened.reason);
+        if (opened.means) {
+            return opened.means;
+        }
+    }
+    session.log.write(std::string("TarvikDictate: ") + service + " by no means of this session");
+    return nullptr;
+}
+
+}  // namespace
+
+DesktopInput::DesktopInput(platform::MainQueue& mainQueue, platform::Log& log)
+    : eventManager_(std::make_shared<LinuxEventManager>(log)) {
+    // Set below, before anything is typed. A means that types ends before the hotkeys do.
+    const auto lifted = std::make_shared<HotKeyMeans*>(nullptr);
+    Session session{mainQueue, log, eventManager_, [lifted](std::uint32_t modifiers) {
+                        if (*lifted != nullptr) {
+                            (*lifted)->expectLift(modifiers);
+                        }
+                    }};
+    hotKeys_ = choose("hotkeys", hotKeyChoices, session);
+    *lifted = hotKeys_.get();
+    typing_ = choose("typing", typingChoices, session);
+    front_ = choose("front window", frontChoices, session);
+    eventManager_->setMeans(hotKeys_.get());
+    keyboardEvents_ = std::make_shared<LinuxKeyboardEvents>(typing_.get(), mainQueue);
+}
+
+DesktopInput::~DesktopInput() = default;
+
+platform::EventManager& DesktopInput::eventManager() {
+    return *eventManager_;
+}
+
+platform::KeyboardEvents& DesktopInput::keyboardEvents() {
+    return *keyboardEvents_;
+}
+
+std::optional<platform::ProcessIdentifier> DesktopInput::frontmostProcess() const {
+    return front_ ? front_->frontmostProcess() : std::nullopt;
+}
+
+bool DesktopInput::canType() const {
+    return typing_ && typing_->isAvailable();
+}
+
+bool DesktopInput::isTypingInto(platform::ProcessIdentifier process) const {
+    return keyboardEvents_->isTypingInto(process);
+}
+
+}  // namespace tarvik::linuxdesktop
