@@ -1,5 +1,6 @@
+# Warnings of every compiler. The presets make them errors, by CMAKE_COMPILE_WARNING_AS_ERROR.
 add_compile_options(
-    -Wall -Wextra -Wpedantic -Werror
+    -Wall -Wextra -Wpedantic
     -Wshadow -Wconversion -Wsign-conversion -Wold-style-cast -Wnon-virtual-dtor
     -Woverloaded-virtual -Wcast-align -Wnull-dereference -Wformat=2)
 if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU")

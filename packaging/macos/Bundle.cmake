@@ -2,13 +2,13 @@
 find_program(RSVG_CONVERT rsvg-convert REQUIRED)
 find_program(ICONUTIL iconutil REQUIRED)
 
-set(TARVIK_ASSETS ${CMAKE_SOURCE_DIR}/assets)
-set(TARVIK_BUNDLE "${CMAKE_BINARY_DIR}/Tarvik Dictate.app")
+set(TARVIK_ASSETS ${PROJECT_SOURCE_DIR}/assets)
+set(TARVIK_BUNDLE "${PROJECT_BINARY_DIR}/Tarvik Dictate.app")
 set(TARVIK_CONTENTS "${TARVIK_BUNDLE}/Contents")
-set(TARVIK_ICONSET ${CMAKE_BINARY_DIR}/AppIcon.iconset)
+set(TARVIK_ICONSET ${PROJECT_BINARY_DIR}/AppIcon.iconset)
 set(TARVIK_RESOURCES)
 
-configure_file(${CMAKE_SOURCE_DIR}/packaging/macos/Info.plist.in ${TARVIK_CONTENTS}/Info.plist @ONLY)
+configure_file(${PROJECT_SOURCE_DIR}/packaging/macos/Info.plist.in ${TARVIK_CONTENTS}/Info.plist @ONLY)
 
 # Draws a picture of the assets in this width, in pixels.
 function(tarvik_draw asset width file)

@@ -2,7 +2,7 @@
 # are shown. Those are the sizes of icons and, for each place in a window, its points and twice those.
 find_program(RSVG_CONVERT rsvg-convert REQUIRED)
 
-set(TARVIK_ASSETS ${CMAKE_SOURCE_DIR}/assets)
+set(TARVIK_ASSETS ${PROJECT_SOURCE_DIR}/assets)
 set(TARVIK_PICTURES ${CMAKE_CURRENT_BINARY_DIR}/pictures)
 set(TARVIK_PICTURE_FILES)
 set(TARVIK_PICTURE_ENTRIES)
