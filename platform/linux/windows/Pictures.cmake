@@ -4,6 +4,7 @@ find_program(RSVG_CONVERT rsvg-convert REQUIRED)
 
 set(TARVIK_ASSETS ${PROJECT_SOURCE_DIR}/assets)
 set(TARVIK_PICTURES ${CMAKE_CURRENT_BINARY_DIR}/pictures)
+set_target_properties(tarvik_linux_windows PROPERTIES TARVIK_PICTURES ${TARVIK_PICTURES})
 set(TARVIK_PICTURE_FILES)
 set(TARVIK_PICTURE_ENTRIES)
 
