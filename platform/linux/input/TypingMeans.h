@@ -29,7 +29,7 @@ using OnLift = std::function<void(std::uint32_t modifiers)>;
 /// never pressed again, since the user may have let go by then.
 class TypingMeans {
   public:
-    /// Text that was taken before is typed first, as far as its readers take it within 0.8 s.
+    /// Text that was taken before is typed first, as far as its targets take it within 0.8 s.
     virtual ~TypingMeans() = default;
 
     /// Whether text can be typed at present. Any thread.

@@ -23,12 +23,12 @@ FrontWindow::FrontWindow(XcbConnection& connection,
       windowProcess_(connection.atom("_NET_WM_PID")),
       process_(process) {}
 
-FrontWindow::Notice FrontWindow::noticeProperty(const xcb_property_notify_event_t& event) {
+FrontWindow::Change FrontWindow::handleProperty(const xcb_property_notify_event_t& event) {
     if (event.atom != activeWindow_ && event.atom != managerCheck_) {
-        return Notice::nothing;
+        return Change::none;
     }
     refresh();
-    return event.atom == managerCheck_ ? Notice::otherManager : Notice::otherWindow;
+    return event.atom == managerCheck_ ? Change::windowManager : Change::window;
 }
 
 void FrontWindow::refreshUnannounced() {

@@ -24,8 +24,8 @@ class FrontWindow {
     FrontWindow& operator=(const FrontWindow&) = delete;
 
     /// What a changed property of the root window means.
-    enum class Notice { nothing, otherWindow, otherManager };
-    Notice noticeProperty(const xcb_property_notify_event_t& event);
+    enum class Change { none, window, windowManager };
+    Change handleProperty(const xcb_property_notify_event_t& event);
     /// Asks the server again.
     void refresh() { remember(window()); }
     /// Asks the server again where no window manager announces changes.

@@ -59,7 +59,7 @@ platform::OSStatus HotKeys::add(HotKeyNumber number, std::uint32_t keyCode,
     }
     hotKeys_[number] = {modifiers, wanted};
     // A window manager may still have to handle an earlier change.
-    noticeLaterGrabs();
+    renewGrabs();
     return platform::noErr;
 }
 
@@ -151,13 +151,13 @@ void HotKeys::endHold() {
     }
 }
 
-void HotKeys::noticeLaterGrabs() {
+void HotKeys::renewGrabs() {
     renewalsDone_ = 0;
     scheduleRenewal(0ms);
     windowManagerFence_.request();
 }
 
-void HotKeys::noticeProperty(const xcb_property_notify_event_t& event) {
+void HotKeys::handleProperty(const xcb_property_notify_event_t& event) {
     if (windowManagerFence_.isAnswer(event)) {
         renew();
     }
@@ -194,7 +194,7 @@ void HotKeys::renew() {
     endIfReleased();
 }
 
-void HotKeys::noticeLostKeyboard() {
+void HotKeys::handleKeyboardRemoved() {
     lifted_.clear();
     followLifted();
 }
@@ -209,13 +209,13 @@ void HotKeys::endTyping() {
     followLifted();
 }
 
-void HotKeys::noticeLostGrab() {
+void HotKeys::handleGrabLost() {
     if (hold_) {
         hold_->hasLostGrab = true;
     }
 }
 
-void HotKeys::noticeLift(xcb_keycode_t key, std::uint32_t sequence) {
+void HotKeys::expectRelease(xcb_keycode_t key, std::uint32_t sequence) {
     ownReleases_.insert({key, sequence});
     lifted_.add(key);
 }

@@ -55,20 +55,20 @@ class HotKeys {
     void handleRelease(std::uint32_t keyCode, std::uint32_t sequence);
     /// The keyboard map or the window manager has changed. The keys may be others now, and a window
     /// manager that grabs its keys after this client would be served first.
-    void noticeLaterGrabs();
+    void renewGrabs();
     /// A property has changed: perhaps the answer that the window manager has grabbed its keys.
-    void noticeProperty(const xcb_property_notify_event_t& event);
+    void handleProperty(const xcb_property_notify_event_t& event);
     /// A keyboard is gone, and with it the releases of its keys.
-    void noticeLostKeyboard();
+    void handleKeyboardRemoved();
 
     /// To be called before typing reads which keys are down. From here to endTyping() every release
     /// is heard, and no typed key counts as a hotkey.
     void beginTyping();
     void endTyping();
     /// Typing has ended the grab: the end of a hold will come as a raw event.
-    void noticeLostGrab();
+    void handleGrabLost();
     /// Request `sequence` has lifted a modifier key that the user holds.
-    void noticeLift(xcb_keycode_t key, std::uint32_t sequence);
+    void expectRelease(xcb_keycode_t key, std::uint32_t sequence);
     /// Ends a hold whose key is up.
     void endIfReleased();
     /// The keyboard on which a hotkey was pressed last, as an XInput device; 0 when there is none.

@@ -106,12 +106,12 @@ void KeyBurst::liftModifiers(const KeyboardState& state) {
         onLift_(keyboard_.eventManagerMask(held));
     }
     for (const xcb_keycode_t key : held) {
-        hotKeys_.noticeLift(key, fake(false, key));
+        hotKeys_.expectRelease(key, fake(false, key));
     }
 }
 
 void KeyBurst::press(std::span<const xcb_keycode_t> keys, const KeyboardState& state) {
-    hotKeys_.noticeLostGrab();
+    hotKeys_.handleGrabLost();
     chooseDevice();
     liftModifiers(state);
     const auto affected = static_cast<std::uint8_t>(everyModifier & ~keyboard_.numLockMask());

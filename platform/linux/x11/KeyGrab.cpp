@@ -18,10 +18,10 @@ std::vector<std::uint32_t> variantsOf(const KeyGrab& grab) {
     }
 }
 
-// Of a grab on all keyboards and pointers at once the pointers would stand still.
+// A synchronous grab on all devices would freeze the pointers too.
 std::uint16_t deviceOf(const KeyGrab& grab, const XcbConnection& connection) {
-    return grab.mode == KeyGrab::Mode::asks ? connection.keyboard()
-                                            : std::uint16_t{XCB_INPUT_DEVICE_ALL_MASTER};
+    return grab.mode == KeyGrab::Mode::synchronous ? connection.keyboard()
+                                                   : std::uint16_t{XCB_INPUT_DEVICE_ALL_MASTER};
 }
 
 }  // namespace
@@ -39,7 +39,8 @@ bool KeyGrab::make(XcbConnection& connection) const {
                 connection.get(), XCB_CURRENT_TIME, connection.root(), XCB_NONE, key,
                 deviceOf(*this, connection), static_cast<std::uint16_t>(variants.size()), 1,
                 XCB_INPUT_GRAB_TYPE_KEYCODE,
-                mode == Mode::asks ? XCB_INPUT_GRAB_MODE_22_SYNC : XCB_INPUT_GRAB_MODE_22_ASYNC,
+                mode == Mode::synchronous ? XCB_INPUT_GRAB_MODE_22_SYNC
+                                          : XCB_INPUT_GRAB_MODE_22_ASYNC,
                 XCB_INPUT_GRAB_MODE_22_ASYNC, XCB_INPUT_GRAB_OWNER_NO_OWNER, &events,
                 variants.data()),
             nullptr));
@@ -48,7 +49,7 @@ bool KeyGrab::make(XcbConnection& connection) const {
 
 void KeyGrab::drop(XcbConnection& connection) const {
     const auto variants = variantsOf(*this);
-    // A grab that the server has not does no harm.
+    // Dropping a grab that does not exist is harmless.
     const XcbReply<xcb_generic_error_t> ignored(xcb_request_check(
         connection.get(), xcb_input_xi_passive_ungrab_device_checked(
                               connection.get(), connection.root(), key, deviceOf(*this, connection),

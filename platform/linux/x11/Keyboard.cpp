@@ -30,7 +30,7 @@ std::uint32_t symbolOf(char32_t character) {
     return xkb_utf32_to_keysym(character);
 }
 
-bool Keyboard::noticeChange(std::uint32_t sequence) {
+bool Keyboard::handleMapChange(std::uint32_t sequence) {
     if (ownChanges_.contains(sequence)) {
         return false;
     }
@@ -50,19 +50,19 @@ void Keyboard::reread() {
     readModifiers();
 }
 
-// Another program may have loaded a whole new map, and the lent keys have no symbols any more. In a
-// layout with several groups the server only stores the symbols in another form. A key that was
-// forgotten for that would be lost for good.
+// Another program may have loaded a whole new map, and the remapped keys have no symbols any more.
+// In a layout with several groups the server only stores the symbols in another form. A key that
+// was forgotten for that would be lost for good.
 void Keyboard::readMap() {
     map_ = KeyboardMap::read(connection_);
     const auto yields = [this](xcb_keycode_t code, std::uint32_t symbol) {
         return map_.contains(code) && map_[code].yieldsOnly(symbol);
     };
-    std::erase_if(lent_,
-                  [&](const auto& lent) { return !yields(lent.second, symbolOf(lent.first)); });
-    std::erase_if(reclaimed_,
+    std::erase_if(remapped_,
+                  [&](const auto& key) { return !yields(key.second, symbolOf(key.first)); });
+    std::erase_if(reusable_,
                   [&](const auto& old) { return !yields(old.first, symbolOf(old.second)); });
-    others_ = lentKeys_.ofOthers();
+    others_ = remappedKeys_.ofOthers();
     std::erase_if(others_, [&](const auto& other) { return !yields(other.first, other.second); });
 }
 
@@ -82,15 +82,15 @@ void Keyboard::readModifiers() {
     }
 }
 
-bool Keyboard::isLent(xcb_keycode_t code) const {
-    return reclaimed_.contains(code) || others_.contains(code) ||
-           std::ranges::any_of(lent_, [&](const auto& lent) { return lent.second == code; });
+bool Keyboard::isRemapped(xcb_keycode_t code) const {
+    return reusable_.contains(code) || others_.contains(code) ||
+           std::ranges::any_of(remapped_, [&](const auto& key) { return key.second == code; });
 }
 
 std::optional<xcb_keycode_t> Keyboard::keyOfSymbol(std::uint32_t symbol,
                                                    xcb_keycode_t preferred) const {
     const auto yields = [&](xcb_keycode_t code) {
-        return map_.contains(code) && map_[code].symbol(0) == symbol && !isLent(code);
+        return map_.contains(code) && map_[code].symbol(0) == symbol && !isRemapped(code);
     };
     if (yields(preferred)) {
         return preferred;
@@ -144,8 +144,8 @@ std::uint32_t Keyboard::eventManagerMask(const std::vector<xcb_keycode_t>& keys)
 
 std::optional<xcb_keycode_t> Keyboard::keyFor(char32_t character, std::uint8_t group,
                                               const KeysDown& down) const {
-    if (const auto lent = lent_.find(character); lent != lent_.end()) {
-        return lent->second;
+    if (const auto found = remapped_.find(character); found != remapped_.end()) {
+        return found->second;
     }
     const std::uint32_t symbol = symbolOf(character);
     if (!typesItself(symbol)) {
@@ -153,7 +153,7 @@ std::optional<xcb_keycode_t> Keyboard::keyFor(char32_t character, std::uint8_t g
     }
     for (std::size_t i = 0; i < map_.size(); ++i) {
         const auto code = static_cast<xcb_keycode_t>(map_.firstCode() + i);
-        if (!down[code] && map_[code].symbol(group) == symbol && !isLent(code)) {
+        if (!down[code] && map_[code].symbol(group) == symbol && !isRemapped(code)) {
             return code;
         }
     }
@@ -161,7 +161,7 @@ std::optional<xcb_keycode_t> Keyboard::keyFor(char32_t character, std::uint8_t g
 }
 
 std::size_t Keyboard::freeKeys() const {
-    std::size_t count = reclaimed_.size();
+    std::size_t count = reusable_.size();
     for (std::size_t i = 0; i < map_.size(); ++i) {
         count += map_[static_cast<xcb_keycode_t>(map_.firstCode() + i)].isSpare() ? 1U : 0U;
     }
@@ -169,37 +169,37 @@ std::size_t Keyboard::freeKeys() const {
 }
 
 // Nobody else may change the map between the reading and the writing.
-void Keyboard::lendKeys(const std::set<char32_t>& characters) {
+void Keyboard::remapKeys(const std::set<char32_t>& characters) {
     const ServerGrab grab(connection_);
     readMap();
     std::map<xcb_keycode_t, KeyboardMap::Key> keys;
     auto next = characters.begin();
-    const auto lend = [&](xcb_keycode_t code) {
+    const auto remap = [&](xcb_keycode_t code) {
         keys[code] = KeyboardMap::Key::yielding(symbolOf(*next));
-        lent_[*next] = code;
-        reclaimed_.erase(code);
+        remapped_[*next] = code;
+        reusable_.erase(code);
         ++next;
     };
     for (std::size_t i = map_.size(); i > 0 && next != characters.end(); --i) {
         const auto code = static_cast<xcb_keycode_t>(map_.firstCode() + i - 1);
         if (map_[code].isSpare()) {
-            lend(code);
+            remap(code);
         }
     }
-    while (next != characters.end() && !reclaimed_.empty()) {
-        lend(reclaimed_.begin()->first);
+    while (next != characters.end() && !reusable_.empty()) {
+        remap(reusable_.begin()->first);
     }
-    lentKeys_.lend(ownSymbols());
+    remappedKeys_.record(ownSymbols());
     change(keys);
 }
 
-void Keyboard::reclaimKeys(const std::set<char32_t>& needed) {
-    for (auto lent = lent_.begin(); lent != lent_.end();) {
-        if (needed.contains(lent->first)) {
-            ++lent;
+void Keyboard::allowReuse(const std::set<char32_t>& needed) {
+    for (auto key = remapped_.begin(); key != remapped_.end();) {
+        if (needed.contains(key->first)) {
+            ++key;
         } else {
-            reclaimed_[lent->second] = lent->first;
-            lent = lent_.erase(lent);
+            reusable_[key->second] = key->first;
+            key = remapped_.erase(key);
         }
     }
 }
@@ -207,7 +207,7 @@ void Keyboard::reclaimKeys(const std::set<char32_t>& needed) {
 void Keyboard::restore() {
     const ServerGrab grab(connection_);
     readMap();
-    LentSymbols symbols = lentKeys_.toGiveBack();
+    RemappedSymbols symbols = remappedKeys_.toRestore();
     symbols.merge(ownSymbols());
     std::map<xcb_keycode_t, KeyboardMap::Key> keys;
     for (const auto& [code, symbol] : symbols) {
@@ -215,20 +215,20 @@ void Keyboard::restore() {
             keys[code] = {};
         }
     }
-    lent_.clear();
-    reclaimed_.clear();
+    remapped_.clear();
+    reusable_.clear();
     change(keys);
     if (!symbols.empty()) {
-        lentKeys_.setGivenBack();
+        remappedKeys_.setRestored();
     }
 }
 
-LentSymbols Keyboard::ownSymbols() const {
-    LentSymbols symbols;
-    for (const auto& [character, code] : lent_) {
+RemappedSymbols Keyboard::ownSymbols() const {
+    RemappedSymbols symbols;
+    for (const auto& [character, code] : remapped_) {
         symbols[code] = symbolOf(character);
     }
-    for (const auto& [code, character] : reclaimed_) {
+    for (const auto& [code, character] : reusable_) {
         symbols[code] = symbolOf(character);
     }
     return symbols;

@@ -11,7 +11,7 @@
 #include <vector>
 
 #include "platform/linux/x11/KeyboardMap.h"
-#include "platform/linux/x11/LentKeys.h"
+#include "platform/linux/x11/RemappedKeys.h"
 #include "platform/linux/x11/XcbConnection.h"
 
 namespace tarvik::linuxdesktop {
@@ -23,11 +23,12 @@ using KeysDown = std::bitset<256>;
 /// layout lacks gets a spare key, one without a symbol, for a while. Input thread only.
 class Keyboard {
   public:
-    explicit Keyboard(XcbConnection& connection) : connection_(connection), lentKeys_(connection) {}
+    explicit Keyboard(XcbConnection& connection)
+        : connection_(connection), remappedKeys_(connection) {}
 
     /// The map has changed, and `sequence` is that of the last request processed by then. Answers
     /// whether another client has changed the map.
-    bool noticeChange(std::uint32_t sequence);
+    bool handleMapChange(std::uint32_t sequence);
     /// Reads the map and the modifiers again if they may have changed.
     void refresh();
     /// Reads the map and the modifiers again in any case.
@@ -54,29 +55,29 @@ class Keyboard {
     /// Gives each of `characters` a key in one change of the map. Some characters get no key when
     /// there are more than freeKeys(), or when another client has taken keys since the last
     /// reading.
-    void lendKeys(const std::set<char32_t>& characters);
-    /// Lets the keys of all characters but `needed` be lent again; the map stays until then.
-    void reclaimKeys(const std::set<char32_t>& needed);
-    /// Whether keys are lent.
-    bool lendsKeys() const { return !lent_.empty() || !reclaimed_.empty(); }
-    /// Takes the symbol of every lent key away again, and of keys that killed instances have lent.
+    void remapKeys(const std::set<char32_t>& characters);
+    /// Lets the keys of all characters but `needed` be remapped again. The map stays until then.
+    void allowReuse(const std::set<char32_t>& needed);
+    /// Whether keys are remapped.
+    bool hasRemappedKeys() const { return !remapped_.empty() || !reusable_.empty(); }
+    /// Restores every remapped key, and the keys of killed instances.
     void restore();
 
   private:
     void readMap();
     void readModifiers();
-    bool isLent(xcb_keycode_t code) const;
+    bool isRemapped(xcb_keycode_t code) const;
     void change(const std::map<xcb_keycode_t, KeyboardMap::Key>& keys);
-    LentSymbols ownSymbols() const;
+    RemappedSymbols ownSymbols() const;
 
     XcbConnection& connection_;
-    LentKeys lentKeys_;
+    RemappedKeys remappedKeys_;
     KeyboardMap map_;
     std::vector<std::vector<xcb_keycode_t>> modifiers_;
-    std::map<char32_t, xcb_keycode_t> lent_;
-    std::map<xcb_keycode_t, char32_t> reclaimed_;
-    // What other instances have lent, and may give back at any time.
-    LentSymbols others_;
+    std::map<char32_t, xcb_keycode_t> remapped_;
+    std::map<xcb_keycode_t, char32_t> reusable_;
+    // The keys of other instances, which may restore them at any time.
+    RemappedSymbols others_;
     std::set<std::uint32_t> ownChanges_;
     bool isStale_ = true;
 };

@@ -17,14 +17,14 @@ std::uint8_t LiftedModifiers::mask() const {
     return static_cast<std::uint8_t>(mask);
 }
 
-// The user may have let go and pressed the space bar for its own sake before the grabs are dropped,
-// so they ask. A combination that another program has stays that program's.
+// Before the grabs are dropped, the user may have let go and pressed the space bar for a blank. So
+// the grabs are synchronous. A combination that another program has stays with that program.
 void LiftedModifiers::grabFor(const std::vector<KeyGrab>& hotKeys) {
     const std::uint8_t lifted = mask();
     std::set<KeyGrab> wanted;
     for (KeyGrab grab : hotKeys) {
         if ((grab.modifiers & lifted) != 0) {
-            grab.mode = KeyGrab::Mode::asks;
+            grab.mode = KeyGrab::Mode::synchronous;
             grab.modifiers = static_cast<std::uint8_t>(grab.modifiers & ~lifted);
             wanted.insert(grab);
         }

@@ -12,9 +12,9 @@
 
 namespace tarvik::linuxdesktop {
 
-/// The modifier keys that typing has lifted while the user went on holding them. To the server they
-/// are up: a hotkey pressed now comes without them, so it is grabbed like that as well. Nothing is
-/// pressed again for the user, who may let go at any moment. Input thread only.
+/// The modifier keys that typing has lifted while the user went on holding them. For the server the
+/// keys are up. A hotkey that is pressed now comes without these modifiers, so the combination is
+/// grabbed without them too. Input thread only.
 class LiftedModifiers {
   public:
     LiftedModifiers(XcbConnection& connection, const Keyboard& keyboard)
@@ -22,13 +22,13 @@ class LiftedModifiers {
 
     bool isEmpty() const { return keys_.empty(); }
     void add(xcb_keycode_t key) { keys_.insert(key); }
-    /// The user has let go of `key`; false when it is not one of these.
+    /// The user has let go of `key`. False when `key` is not a lifted one.
     bool remove(xcb_keycode_t key) { return keys_.erase(key) != 0; }
     void clear() { keys_.clear(); }
     /// The modifiers that the keys stand for.
     std::uint8_t mask() const;
 
-    /// Grabs each of `hotKeys` as it comes now, and no other ones.
+    /// Grabs each of `hotKeys` without the lifted modifiers, and no other combinations.
     void grabFor(const std::vector<KeyGrab>& hotKeys);
 
   private:

@@ -93,9 +93,9 @@ void Typist::beginNext() {
     }
 }
 
-// Lent keys yield nothing any more after the end, so their readers get time to look them up.
+// Remapped keys yield nothing any more after the end, so the targets get time to look them up.
 void Typist::endTyping() {
-    if (whenIdle_ && keyboard_.lendsKeys() && !isConsumed_) {
+    if (whenIdle_ && keyboard_.hasRemappedKeys() && !isConsumed_) {
         wait(
             lookUpTimeoutAtEnd, [this] { return isConsumed_; },
             [this](bool) {
@@ -106,7 +106,7 @@ void Typist::endTyping() {
     }
     isBusy_ = false;
     listen();
-    if (keyboard_.lendsKeys()) {
+    if (keyboard_.hasRemappedKeys()) {
         restoreDeadline_.set(restoreDelay, [this] { keyboard_.restore(); });
     }
     if (const auto action = std::exchange(whenIdle_, nullptr)) {
@@ -150,12 +150,12 @@ void Typist::bringToFront(xcb_window_t window) {
         });
 }
 
-// A round is as many characters as there are keys for. A key that was lent for another character is
-// reused only after its reader has looked it up, because programs look keys up in the map that is
+// A round is as many characters as there are keys for. A key that yields another character is
+// reused only after its target has looked it up, because programs look keys up in the map that is
 // valid then.
 void Typist::planRound() {
     const xcb_window_t front = front_.window();
-    if (front != target_ && !isConsumed_ && keyboard_.lendsKeys()) {
+    if (front != target_ && !isConsumed_ && keyboard_.hasRemappedKeys()) {
         // The answer of this window would not tell what the window before has read.
         wait(
             lookUpTimeout, [this] { return isConsumed_; }, [this](bool) { planRound(); });
@@ -182,7 +182,7 @@ void Typist::planRound() {
                 lookUpTimeout, [this] { return isConsumed_; }, [this](bool) { planRound(); });
             return;
         }
-        keyboard_.reclaimKeys({});
+        keyboard_.allowReuse({});
         lacking.clear();
         roundEnd_ = position_;
         while (roundEnd_ < characters.size() && fits(roundEnd_)) {
@@ -197,7 +197,7 @@ void Typist::planRound() {
     } else if (lacking.empty()) {
         typeRound();
     } else {
-        keyboard_.lendKeys(lacking);
+        keyboard_.remapKeys(lacking);
         waitUntilRead();
     }
 }
@@ -206,7 +206,7 @@ void Typist::planRound() {
 // does not answer in time gets the keys all the same, and perhaps reads them wrongly: a program
 // that hangs must not hold up every other text.
 void Typist::waitUntilRead() {
-    if (ping_.ask(target_)) {
+    if (ping_.send(target_)) {
         wait(
             targetTimeout, [this] { return ping_.isAnswered(); }, [this](bool) { typeRound(); });
     } else {
@@ -306,10 +306,10 @@ void Typist::wait(std::chrono::milliseconds timeout, std::function<bool()> condi
                   std::function<void(bool)> next) {
     waiting_ = {std::move(condition), std::move(next)};
     waitingDeadline_.set(timeout, [this] { endWaiting(waiting_->condition()); });
-    noticeChange();
+    handleChange();
 }
 
-void Typist::noticeChange() {
+void Typist::handleChange() {
     if (waiting_ && waiting_->condition()) {
         endWaiting(true);
     }
@@ -322,15 +322,15 @@ void Typist::endWaiting(bool holds) {
     next(holds);
 }
 
-void Typist::noticeMessage(const xcb_client_message_event_t& message) {
-    if (ping_.noticeMessage(message)) {
+void Typist::handleMessage(const xcb_client_message_event_t& message) {
+    if (ping_.handleMessage(message)) {
         setConsumed();
     }
 }
 
 void Typist::awaitConsumption() {
     isConsumed_ = false;
-    const bool answers = ping_.ask(target_);
+    const bool answers = ping_.send(target_);
     consumedDeadline_.set(answers ? lookUpTimeout : lookUpDelay, [this] { setConsumed(); });
 }
 
@@ -339,7 +339,7 @@ void Typist::setConsumed() {
     isConsumed_ = true;
     callTyped();
     listen();
-    noticeChange();
+    handleChange();
 }
 
 void Typist::callTyped() {

@@ -29,7 +29,7 @@ class Typist {
   public:
     Typist(XcbConnection& connection, Keyboard& keyboard, FrontWindow& front, HotKeys& hotKeys,
            PollLoop& loop, platform::Log& log, OnLift onLift);
-    /// Reports the texts that are left as lost, and takes the symbols of lent keys away again.
+    /// Reports the texts that are left as lost, and restores remapped keys.
     ~Typist();
     Typist(const Typist&) = delete;
     Typist& operator=(const Typist&) = delete;
@@ -42,9 +42,9 @@ class Typist {
     void whenIdle(std::function<void()> action);
 
     /// Something has changed that typing may be waiting for.
-    void noticeChange();
+    void handleChange();
     /// A message has come on the root window.
-    void noticeMessage(const xcb_client_message_event_t& message);
+    void handleMessage(const xcb_client_message_event_t& message);
 
   private:
     struct Item {

@@ -8,25 +8,26 @@
 
 namespace tarvik::linuxdesktop {
 
-/// Asks a window to say that it has read everything that was sent to it before. Input thread only.
+/// The ping of window managers (_NET_WM_PING), whose answer shows that a window's program has read
+/// every event before the ping. Input thread only.
 class WindowPing {
   public:
     explicit WindowPing(XcbConnection& connection);
 
-    /// Asks; false when the window's program does not answer such questions. An earlier question
-    /// is forgotten.
-    bool ask(xcb_window_t window);
-    /// True from the answer to the next question.
+    /// Pings a window, and forgets an earlier ping. False when the window's program answers no
+    /// pings.
+    bool send(xcb_window_t window);
+    /// True from the answer to the next ping.
     bool isAnswered() const { return isAnswered_; }
 
-    /// Hears a message on the root window; true when it is the answer.
-    bool noticeMessage(const xcb_client_message_event_t& message);
+    /// A message has come on the root window. True when the message is the answer.
+    bool handleMessage(const xcb_client_message_event_t& message);
 
   private:
     XcbConnection& connection_;
     xcb_atom_t protocols_;
     xcb_atom_t ping_;
-    std::uint32_t question_ = 0;
+    std::uint32_t serial_ = 0;
     bool isAnswered_ = false;
 };
 

@@ -34,7 +34,7 @@ class X11Input final : public HotKeyMeans, public TypingMeans, public FrontMeans
     X11Input(platform::MainQueue& mainQueue, platform::Log& log,
              std::weak_ptr<HotKeyListener> listener, OnLift onLift);
     /// Ends the thread, puts the keyboard map back and drops the hotkeys. Text that was taken
-    /// before is typed first, as far as its readers take it within 0.8 s. Takes 1 s at the most.
+    /// before is typed first, as far as its targets take it within 0.8 s. Takes 1 s at the most.
     ~X11Input() override;
     X11Input(const X11Input&) = delete;
     X11Input& operator=(const X11Input&) = delete;

@@ -70,30 +70,30 @@ void X11Session::handle(const xcb_generic_event_t& event) {
     } else if (type == XCB_GE_GENERIC) {
         handleXinput(reinterpret_cast<const xcb_ge_generic_event_t&>(event));
     } else if (type == connection_.xkbFirstEvent()) {
-        if (keyboard_.noticeChange(event.full_sequence)) {
-            typist_.noticeChange();
+        if (keyboard_.handleMapChange(event.full_sequence)) {
+            typist_.handleChange();
         }
-        hotKeys_.noticeLaterGrabs();
+        hotKeys_.renewGrabs();
     } else if (type == XCB_PROPERTY_NOTIFY) {
         handleProperty(reinterpret_cast<const xcb_property_notify_event_t&>(event));
     } else if (type == XCB_FOCUS_IN || type == XCB_FOCUS_OUT) {
-        typist_.noticeChange();
+        typist_.handleChange();
     } else if (type == XCB_CLIENT_MESSAGE) {
-        typist_.noticeMessage(reinterpret_cast<const xcb_client_message_event_t&>(event));
+        typist_.handleMessage(reinterpret_cast<const xcb_client_message_event_t&>(event));
     }
 }
 
 void X11Session::handleProperty(const xcb_property_notify_event_t& event) {
-    hotKeys_.noticeProperty(event);
-    switch (front_.noticeProperty(event)) {
-        case FrontWindow::Notice::otherManager:
-            hotKeys_.noticeLaterGrabs();
-            typist_.noticeChange();
+    hotKeys_.handleProperty(event);
+    switch (front_.handleProperty(event)) {
+        case FrontWindow::Change::windowManager:
+            hotKeys_.renewGrabs();
+            typist_.handleChange();
             break;
-        case FrontWindow::Notice::otherWindow:
-            typist_.noticeChange();
+        case FrontWindow::Change::window:
+            typist_.handleChange();
             break;
-        case FrontWindow::Notice::nothing:
+        case FrontWindow::Change::none:
             break;
     }
 }
@@ -124,7 +124,7 @@ void X11Session::handleXinput(const xcb_ge_generic_event_t& event) {
                                            XCB_INPUT_HIERARCHY_MASK_DEVICE_DISABLED;
             const auto& change = reinterpret_cast<const xcb_input_hierarchy_event_t&>(event);
             if ((change.flags & gone) != 0) {
-                hotKeys_.noticeLostKeyboard();
+                hotKeys_.handleKeyboardRemoved();
             }
             break;
         }

@@ -2,6 +2,7 @@
 
 #include <functional>
 #include <memory>
+#include <optional>
 #include <string>
 
 #include "platform/EventManager.h"
@@ -20,6 +21,9 @@ class InputWorld {
     virtual platform::EventManager& eventManager() = 0;
     virtual platform::KeyboardEvents& keyboardEvents() = 0;
 
+    /// The process that has the keyboard, as the means of the front window has it. Any thread.
+    virtual std::optional<platform::ProcessIdentifier> frontmostProcess() = 0;
+
     /// Runs the main loop until `condition` holds; false when that takes more than ten seconds.
     virtual bool runUntil(const std::function<bool()>& condition) = 0;
     /// Runs the main loop until everything that was on its way has arrived.
@@ -34,6 +38,8 @@ class InputWorld {
     /// The programs exist from here on, the second one is in front.
     virtual void startPrograms() = 0;
     virtual platform::ProcessIdentifier processOf(Program program) = 0;
+    /// Ends the program in front, so that the other program comes to the front.
+    virtual void endSecondProgram() = 0;
     /// A process that has ended.
     virtual platform::ProcessIdentifier endedProcess() = 0;
     /// What was typed into a program, UTF-8.

@@ -1,6 +1,7 @@
 #include "tests/conformance/input/InputWorld.h"
 #include "tests/support/SimulatedEventManager.h"
 #include "tests/support/SimulatedKeyboard.h"
+#include "tests/support/SimulatedWorkspace.h"
 
 namespace tarvik::tests {
 
@@ -35,6 +36,11 @@ class SimulatedInputWorld final : public InputWorld {
     platform::EventManager& eventManager() override { return eventManager_; }
     platform::KeyboardEvents& keyboardEvents() override { return keyboard_; }
 
+    std::optional<platform::ProcessIdentifier> frontmostProcess() override {
+        const auto front = workspace_.frontmostApplication();
+        return front ? std::optional(front->processIdentifier()) : std::nullopt;
+    }
+
     // The simulated services act at once.
     bool runUntil(const std::function<bool()>& condition) override { return condition(); }
     void settle() override {}
@@ -49,10 +55,11 @@ class SimulatedInputWorld final : public InputWorld {
         eventManager_.take(platform::spaceKeyCode, modifiers);
     }
 
-    void startPrograms() override {}
+    void startPrograms() override { workspace_.setFrontmostProcess(secondProcess); }
     platform::ProcessIdentifier processOf(Program program) override {
         return program == Program::first ? firstProcess : secondProcess;
     }
+    void endSecondProgram() override { workspace_.setFrontmostProcess(firstProcess); }
     platform::ProcessIdentifier endedProcess() override { return 103; }
     std::string textOf(Program program) override {
         std::u16string units;
@@ -70,6 +77,7 @@ class SimulatedInputWorld final : public InputWorld {
     simulated::Journal journal_;
     simulated::SimulatedEventManager eventManager_{journal_};
     simulated::SimulatedKeyboard keyboard_{journal_};
+    simulated::SimulatedWorkspace workspace_{journal_};
 };
 
 }  // namespace

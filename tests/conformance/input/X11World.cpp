@@ -26,6 +26,10 @@ class X11InputWorld final : public InputWorld {
     platform::EventManager& eventManager() override { return input_.eventManager(); }
     platform::KeyboardEvents& keyboardEvents() override { return input_.keyboardEvents(); }
 
+    std::optional<platform::ProcessIdentifier> frontmostProcess() override {
+        return input_.frontmostProcess();
+    }
+
     bool runUntil(const std::function<bool()>& condition) override {
         return mainQueue_.runUntil(condition);
     }
@@ -63,6 +67,7 @@ class X11InputWorld final : public InputWorld {
     platform::ProcessIdentifier processOf(Program program) override {
         return program == Program::first ? first_->process() : second_->process();
     }
+    void endSecondProgram() override { second_->end(); }
     platform::ProcessIdentifier endedProcess() override {
         TestProcess process({"true"});
         const auto identifier = process.identifier();

@@ -33,7 +33,7 @@ TEST_F(X11Delivery, WritesMoreDifferentCharactersThanThereAreSpareKeys) {
     EXPECT_TRUE(becomes(target, manyCharacters));
 }
 
-// The keys of the first text may be lent again only after they were read, whatever came between.
+// The keys of the first text may be remapped only after they were read, whatever came between.
 TEST_F(X11Delivery, GoesOnAfterATextWasLeftBetweenTwoBursts) {
     const X11Target target(X11Target::Kind::gtk3Text, mainQueue);
     const std::string burst = std::string(39, 'a') + "q";

@@ -141,7 +141,7 @@ TEST_P(X11HotKeys, WorkAfterTyping) {
         type("Ż日", target.process());
         text += "Ż日";
         EXPECT_TRUE(becomes(target, text));
-        // The map changes once more when the lent keys are taken back.
+        // The map changes once more when the remapped keys are restored.
         EXPECT_TRUE(mainQueue.runUntil([&] { return user->keysWithoutSymbol() == spare; }));
         mainQueue.runFor(650ms);
     }

@@ -34,7 +34,7 @@ TEST_P(X11Keyboard, GivesBackTheKeysLentUnderThisLayout) {
     const std::size_t free = keyboard.freeKeys();
     ASSERT_GT(free, 10U);
     for (int i = 0; i < 2; ++i) {
-        keyboard.lendKeys(someCharacters);
+        keyboard.remapKeys(someCharacters);
         keyboard.reread();
         for (const char32_t character : someCharacters) {
             EXPECT_TRUE(keyboard.keyFor(character, 0, {})) << "in round " << i;
@@ -52,7 +52,7 @@ TEST_P(X11Keyboard, GivesBackTheKeysLentBeforeASwitchToThisLayout) {
     const int spare = user.keysWithoutSymbol();
     InputFixture::setLayout({"us"});
     keyboard.reread();
-    keyboard.lendKeys(someCharacters);
+    keyboard.remapKeys(someCharacters);
     InputFixture::setLayout(GetParam());
     keyboard.reread();
     keyboard.restore();
@@ -60,13 +60,13 @@ TEST_P(X11Keyboard, GivesBackTheKeysLentBeforeASwitchToThisLayout) {
     EXPECT_EQ(user.keysWithoutSymbol(), spare);
 }
 
-// The server then keeps a lent letter as one of a key with capitals, and not as it was written.
+// The server then keeps a remapped letter as one of a key with capitals, and not as it was written.
 TEST_P(X11Keyboard, KnowsTheKeysLentAfterAnotherProgramHasWrittenTheMapBack) {
     InputFixture::setLayout(GetParam());
     keyboard.reread();
     const int spare = user.keysWithoutSymbol();
     const std::size_t free = keyboard.freeKeys();
-    keyboard.lendKeys(someCharacters);
+    keyboard.remapKeys(someCharacters);
     connection->synchronise();
     user.writeMapBack();
     keyboard.reread();

@@ -18,7 +18,7 @@ namespace {
 using linuxdesktop::Keyboard;
 using linuxdesktop::XcbConnection;
 
-const std::set<char32_t> lentCharacters{U'ą', U'日', U'😀'};
+const std::set<char32_t> remappedCharacters{U'ą', U'日', U'😀'};
 
 /// One instance of the program, as far as the keyboard map sees it.
 struct Instance {
@@ -32,7 +32,7 @@ struct Instance {
 };
 
 // On a server without a window manager, which needs a while to follow so many changes.
-class X11LentKeys : public testing::Test {
+class X11RemappedKeys : public testing::Test {
   protected:
     RealTimeQueue mainQueue;
     X11Server server{mainQueue};
@@ -40,14 +40,14 @@ class X11LentKeys : public testing::Test {
     X11User user;
     const int spare = user.keysWithoutSymbol();
 
-    // A process that lends keys and is killed before it can give them back.
-    void lendAndGetKilled() {
+    // A process that remaps keys and is killed before it can restore them.
+    void remapAndGetKilled() {
         std::array<int, 2> pipe{};
         ASSERT_EQ(pipe2(pipe.data(), O_CLOEXEC), 0);
         const pid_t child = fork();
         if (child == 0) {
             Instance instance;
-            instance.keyboard.lendKeys(lentCharacters);
+            instance.keyboard.remapKeys(remappedCharacters);
             instance.connection->synchronise();
             [[maybe_unused]] const auto written = write(pipe[1], "", 1);
             for (;;) {
@@ -55,50 +55,50 @@ class X11LentKeys : public testing::Test {
             }
         }
         close(pipe[1]);
-        char lent = 1;
-        EXPECT_EQ(read(pipe[0], &lent, 1), 1);
+        char isRemapped = 1;
+        EXPECT_EQ(read(pipe[0], &isRemapped, 1), 1);
         close(pipe[0]);
         kill(child, SIGKILL);
         waitpid(child, nullptr, 0);
     }
 };
 
-TEST_F(X11LentKeys, AreGivenBackByTheNextInstanceAfterAKill) {
-    lendAndGetKilled();
+TEST_F(X11RemappedKeys, AreGivenBackByTheNextInstanceAfterAKill) {
+    remapAndGetKilled();
     EXPECT_EQ(user.keysWithoutSymbol(), spare - 3);
     const linuxdesktop::DesktopInput next(mainQueue, log);
     EXPECT_EQ(user.keysWithoutSymbol(), spare);
 }
 
 // The server gives the number of a client that has ended, and so those of its windows, to the next.
-TEST_F(X11LentKeys, AreGivenBackByALaterClientWhileAnotherHasTheNumberOfTheKilledOne) {
-    lendAndGetKilled();
+TEST_F(X11RemappedKeys, AreGivenBackByALaterClientWhileAnotherHasTheNumberOfTheKilledOne) {
+    remapAndGetKilled();
     const X11User heir;
     Instance next;
     EXPECT_EQ(user.keysWithoutSymbol(), spare);
     EXPECT_EQ(next.keyboard.freeKeys(), static_cast<std::size_t>(spare));
 }
 
-TEST_F(X11LentKeys, AreGivenBackAfterManyKillsUnderAnyLayout) {
+TEST_F(X11RemappedKeys, AreGivenBackAfterManyKillsUnderAnyLayout) {
     InputFixture::setLayout({"us,ru"});
     const int spareHere = user.keysWithoutSymbol();
     for (int i = 0; i < 5; ++i) {
-        lendAndGetKilled();
+        remapAndGetKilled();
     }
     EXPECT_EQ(user.keysWithoutSymbol(), spareHere - 3);
     const Instance next;
     EXPECT_EQ(user.keysWithoutSymbol(), spareHere);
 }
 
-TEST_F(X11LentKeys, AreLeftToAnInstanceThatLives) {
+TEST_F(X11RemappedKeys, AreLeftToAnInstanceThatLives) {
     Instance first;
-    first.keyboard.lendKeys(lentCharacters);
+    first.keyboard.remapKeys(remappedCharacters);
     {
         Instance second;
-        for (const char32_t character : lentCharacters) {
+        for (const char32_t character : remappedCharacters) {
             EXPECT_FALSE(second.keyboard.keyFor(character, 0, {}));
         }
-        second.keyboard.lendKeys({U'ą', U'ж'});
+        second.keyboard.remapKeys({U'ą', U'ж'});
         for (const char32_t character : {U'ą', U'ж'}) {
             EXPECT_TRUE(second.keyboard.keyFor(character, 0, {}));
         }
@@ -109,19 +109,19 @@ TEST_F(X11LentKeys, AreLeftToAnInstanceThatLives) {
     }
     EXPECT_EQ(user.keysWithoutSymbol(), spare - 3);
     first.keyboard.reread();
-    for (const char32_t character : lentCharacters) {
+    for (const char32_t character : remappedCharacters) {
         EXPECT_TRUE(first.keyboard.keyFor(character, 0, {}));
     }
     first.keyboard.restore();
     EXPECT_EQ(user.keysWithoutSymbol(), spare);
 }
 
-TEST_F(X11LentKeys, AreNotTakenByTwoAtOnce) {
+TEST_F(X11RemappedKeys, AreNotTakenByTwoAtOnce) {
     Instance first;
     Instance second;
-    first.keyboard.lendKeys({U'ą'});
+    first.keyboard.remapKeys({U'ą'});
     // The second has not heard of that yet.
-    second.keyboard.lendKeys({U'ж'});
+    second.keyboard.remapKeys({U'ж'});
     first.keyboard.reread();
     EXPECT_TRUE(first.keyboard.keyFor(U'ą', 0, {}));
     EXPECT_TRUE(second.keyboard.keyFor(U'ж', 0, {}));
@@ -130,8 +130,8 @@ TEST_F(X11LentKeys, AreNotTakenByTwoAtOnce) {
     EXPECT_EQ(user.keysWithoutSymbol(), spare);
 }
 
-TEST_F(X11LentKeys, AreLeftAloneOnceAnotherProgramHasGivenThemAnotherSymbol) {
-    lendAndGetKilled();
+TEST_F(X11RemappedKeys, AreLeftAloneOnceAnotherProgramHasGivenThemAnotherSymbol) {
+    remapAndGetKilled();
     InputFixture::setLayout({"de"});
     const int spareHere = user.keysWithoutSymbol();
     const Instance next;

@@ -1,4 +1,4 @@
-#include "platform/linux/x11/LentKeys.h"
+#include "platform/linux/x11/RemappedKeys.h"
 
 namespace tarvik::linuxdesktop {
 
@@ -7,8 +7,8 @@ namespace {
 constexpr std::size_t itemsPerEntry = 3;
 
 template <typename Entries>
-LentSymbols symbolsOf(const Entries& entries) {
-    LentSymbols symbols;
+RemappedSymbols symbolsOf(const Entries& entries) {
+    RemappedSymbols symbols;
     for (const auto& entry : entries) {
         symbols[entry.key] = entry.symbol;
     }
@@ -17,9 +17,9 @@ LentSymbols symbolsOf(const Entries& entries) {
 
 }  // namespace
 
-// A window ends with its client, however that ends. Its number may then become that of another
-// program's window, so an owner's window bears the name of the list and its own number.
-LentKeys::LentKeys(XcbConnection& connection)
+// A window ends with its client, however the client ends. Its number may become that of another
+// program's window, so an owner's window bears the list's name and its own number as a property.
+RemappedKeys::RemappedKeys(XcbConnection& connection)
     : connection_(connection),
       list_(connection.atom("_TARVIK_DICTATE_LENT_KEYS")),
       self_(xcb_generate_id(connection.get())) {
@@ -29,11 +29,11 @@ LentKeys::LentKeys(XcbConnection& connection)
                         1, &self_);
 }
 
-bool LentKeys::isOther(xcb_window_t owner) {
+bool RemappedKeys::isOther(xcb_window_t owner) {
     return owner != self_ && connection_.firstOfProperty(owner, list_, XCB_ATOM_WINDOW) == owner;
 }
 
-std::vector<LentKeys::Entry> LentKeys::read(
+std::vector<RemappedKeys::Entry> RemappedKeys::read(
     const std::function<bool(xcb_window_t owner)>& isWanted) {
     const auto items = connection_.property(connection_.root(), list_, XCB_ATOM_CARDINAL);
     std::vector<Entry> entries;
@@ -45,7 +45,7 @@ std::vector<LentKeys::Entry> LentKeys::read(
     return entries;
 }
 
-void LentKeys::write(const std::vector<Entry>& entries) {
+void RemappedKeys::write(const std::vector<Entry>& entries) {
     std::vector<std::uint32_t> items;
     for (const Entry& entry : entries) {
         items.insert(items.end(), {entry.owner, entry.key, entry.symbol});
@@ -59,16 +59,16 @@ void LentKeys::write(const std::vector<Entry>& entries) {
     }
 }
 
-LentSymbols LentKeys::ofOthers() {
+RemappedSymbols RemappedKeys::ofOthers() {
     return symbolsOf(read([this](xcb_window_t owner) { return isOther(owner); }));
 }
 
 // An instance that was killed may have had a window with the number that is now this one's.
-LentSymbols LentKeys::toGiveBack() {
+RemappedSymbols RemappedKeys::toRestore() {
     return symbolsOf(read([this](xcb_window_t owner) { return !isOther(owner); }));
 }
 
-void LentKeys::lend(const LentSymbols& symbols) {
+void RemappedKeys::record(const RemappedSymbols& symbols) {
     std::vector<Entry> entries = read([this](xcb_window_t owner) { return owner != self_; });
     for (const auto& [key, symbol] : symbols) {
         entries.push_back({self_, key, symbol});
@@ -76,7 +76,7 @@ void LentKeys::lend(const LentSymbols& symbols) {
     write(entries);
 }
 
-void LentKeys::setGivenBack() {
+void RemappedKeys::setRestored() {
     write(read([this](xcb_window_t owner) { return isOther(owner); }));
 }
 
