@@ -8,18 +8,18 @@
 #include "tests/conformance/audio/AudioWorld.h"
 #include "tests/conformance/audio/PulseWorld.h"
 #include "tests/conformance/audio/SimulatedWorld.h"
-#include "tests/linux/audio/AudioSpeech.h"
+#include "tests/linux/audio/TestTone.h"
 
 namespace tarvik::tests {
 
 namespace {
 
-constexpr Seconds patience{10};
+constexpr std::chrono::seconds timeout{10};
 
 class AudioConformance : public testing::TestWithParam<AudioWorldMaker> {
   protected:
     bool within(const std::function<bool()>& condition) {
-        return world->runUntil(condition, patience);
+        return world->runUntil(condition, timeout);
     }
 
     /// The count of changes has become `count` and stays there.

@@ -2,21 +2,21 @@
 
 #include <gtest/gtest.h>
 
+#include <chrono>
 #include <cstdint>
 #include <functional>
 #include <memory>
 #include <string>
 #include <vector>
 
-#include "base/Time.h"
 #include "platform/AudioEngine.h"
 #include "platform/CaptureAuthorization.h"
 
 namespace tarvik::tests {
 
-/// The outside of an audio service: the hardware, the sound server, and the main thread's time.
+/// The environment of an audio service: the hardware, the sound server and the main thread's time.
 ///
-/// It begins with a server and no microphone.
+/// A new environment has a server and no microphone.
 class AudioWorld {
   public:
     virtual ~AudioWorld() = default;
@@ -24,23 +24,26 @@ class AudioWorld {
     virtual platform::AudioService& service() = 0;
     virtual platform::CaptureAuthorization& authorization() = 0;
 
-    /// Runs the main queue until `condition` holds, or `limit` has passed; returns whether it
-    /// holds.
-    virtual bool runUntil(const std::function<bool()>& condition, Seconds limit) = 0;
-    /// Runs the main queue for as long as a wrong event would need to show.
-    void settle() {
-        runUntil([] { return false; }, Seconds(0.4));
+    /// Runs the main queue until `condition` holds; false when `timeout` passes first.
+    virtual bool runUntil(const std::function<bool()>& condition,
+                          std::chrono::milliseconds timeout) = 0;
+    /// Runs the main queue for the whole `interval`.
+    void runFor(std::chrono::milliseconds interval) {
+        runUntil([] { return false; }, interval);
     }
+    /// Runs the main queue for as long as an unwanted event would need to arrive.
+    void settle() { runFor(std::chrono::milliseconds(400)); }
 
-    /// Makes a microphone the default one, besides those that are there; it delivers silence.
+    /// Adds a microphone, which delivers silence, and makes it the default source.
     virtual void plug(std::uint32_t sampleRate, std::uint32_t channelCount) = 0;
-    /// Takes every microphone away.
+    /// Removes every microphone.
     virtual void unplug() = 0;
-    /// The default microphone hears `samples`, interleaved, full scale at ±32768, and then silence.
+    /// Plays `samples` (interleaved, full scale at ±32768) into the default microphone, then
+    /// silence.
     virtual void speak(const std::vector<std::int16_t>& samples) = 0;
     virtual void suspend(bool isSuspended) = 0;
     virtual void killServer() = 0;
-    /// Starts the server anew, with a default microphone of this rate, mono.
+    /// Starts the server again, with a mono default microphone of `sampleRate` hertz.
     virtual void restartServer(std::uint32_t sampleRate) = 0;
 };
 

@@ -5,15 +5,14 @@
 
 #include "platform/linux/audio/PulseAudioService.h"
 #include "tests/conformance/audio/AudioWorld.h"
-#include "tests/linux/audio/AudioMainQueue.h"
 #include "tests/linux/audio/PipeMicrophone.h"
 #include "tests/linux/audio/SoundServer.h"
-#include "tests/support/Journal.h"
-#include "tests/support/SimulatedLog.h"
+#include "tests/support/RealTimeQueue.h"
+#include "tests/support/RecordingLog.h"
 
 namespace tarvik::tests {
 
-/// A PulseAudio of its own whose microphones are pipes.
+/// A PulseAudio server of its own, whose microphones are pipes.
 class PulseWorld : public AudioWorld {
   public:
     PulseWorld();
@@ -21,7 +20,8 @@ class PulseWorld : public AudioWorld {
 
     platform::AudioService& service() override { return *service_; }
     platform::CaptureAuthorization& authorization() override { return *service_; }
-    bool runUntil(const std::function<bool()>& condition, Seconds limit) override;
+    bool runUntil(const std::function<bool()>& condition,
+                  std::chrono::milliseconds timeout) override;
     void plug(std::uint32_t sampleRate, std::uint32_t channelCount) override;
     void unplug() override;
     void speak(const std::vector<std::int16_t>& samples) override;
@@ -30,22 +30,21 @@ class PulseWorld : public AudioWorld {
     void restartServer(std::uint32_t sampleRate) override;
 
     SoundServer& server() { return server_; }
-    /// How many streams record on the server, corked ones too.
+    /// The number of the server's recording streams, corked ones included.
     std::size_t openStreams() const;
 
   private:
     std::string nextMicrophone();
     std::string pipeSource(std::uint32_t sampleRate, std::uint32_t channelCount) const;
-    void turnOn(std::uint32_t sampleRate, std::uint32_t channelCount);
+    void startMicrophone(std::uint32_t sampleRate, std::uint32_t channelCount);
 
     SoundServer server_;
-    AudioMainQueue mainQueue_;
-    simulated::Journal journal_;
-    simulated::SimulatedLog log_{journal_};
+    RealTimeQueue mainQueue_;
+    RecordingLog log_;
     std::unique_ptr<linuxdesktop::PulseAudioService> service_;
-    std::string microphone_;
-    int microphones_ = 0;
-    std::unique_ptr<PipeMicrophone> hardware_;
+    std::string microphoneName_;
+    int microphoneCount_ = 0;
+    std::unique_ptr<PipeMicrophone> microphone_;
 };
 
 }  // namespace tarvik::tests

@@ -9,10 +9,11 @@ SimulatedAudioWorld::SimulatedAudioWorld() {
     time_.runUntilIdle();
 }
 
-bool SimulatedAudioWorld::runUntil(const std::function<bool()>& condition, Seconds limit) {
-    const TimePoint end = time_.now() + limit;
+bool SimulatedAudioWorld::runUntil(const std::function<bool()>& condition,
+                                   std::chrono::milliseconds timeout) {
+    const TimePoint deadline = time_.now() + timeout;
     while (!condition()) {
-        if (time_.now() >= end) {
+        if (time_.now() >= deadline) {
             return false;
         }
         time_.advance(Seconds(0.05));

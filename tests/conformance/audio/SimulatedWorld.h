@@ -16,7 +16,8 @@ class SimulatedAudioWorld : public AudioWorld {
 
     platform::AudioService& service() override { return audio_; }
     platform::CaptureAuthorization& authorization() override { return authorization_; }
-    bool runUntil(const std::function<bool()>& condition, Seconds limit) override;
+    bool runUntil(const std::function<bool()>& condition,
+                  std::chrono::milliseconds timeout) override;
     void plug(std::uint32_t sampleRate, std::uint32_t channelCount) override;
     void unplug() override;
     void speak(const std::vector<std::int16_t>& samples) override;

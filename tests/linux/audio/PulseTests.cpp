@@ -1,26 +1,23 @@
-#include <fcntl.h>
 #include <gtest/gtest.h>
-#include <unistd.h>
 
 #include <algorithm>
-#include <array>
 #include <csignal>
 #include <future>
 
 #include "tests/conformance/audio/AudioRecorder.h"
 #include "tests/conformance/audio/PulseWorld.h"
-#include "tests/linux/audio/AudioSpeech.h"
+#include "tests/linux/audio/TestTone.h"
 
 namespace tarvik::tests {
 
 namespace {
 
-constexpr Seconds patienceWithSound{20};
+constexpr std::chrono::seconds timeout{20};
 
 class AudioPulse : public testing::Test {
   protected:
     bool within(const std::function<bool()>& condition) {
-        return world.runUntil(condition, patienceWithSound);
+        return world.runUntil(condition, timeout);
     }
 
     void plugFirst(std::uint32_t sampleRate) {
@@ -37,7 +34,7 @@ class AudioPulse : public testing::Test {
         return within([this, count] { return world.openStreams() == count; });
     }
 
-    /// The server's number for the only stream that records.
+    /// The server's index of the only recording stream.
     std::string streamIndex() {
         const std::string list = world.server().control({"list", "short", "source-outputs"});
         return list.substr(0, list.find('\t'));
@@ -47,26 +44,25 @@ class AudioPulse : public testing::Test {
     AudioRecorder recorder{world.service()};
 };
 
-/// Listens to the silent loudspeaker's monitor until it carries something loud.
-bool monitorIsLoud() {
-    std::array<int, 2> ends{};
-    EXPECT_EQ(pipe2(ends.data(), O_CLOEXEC), 0);
-    const pid_t monitor = startProgram({"parec", "--raw", "--device=auto_null.monitor"}, ends[1]);
-    close(ends[1]);
-    bool loud = false;
-    std::array<char, 4096> heard{};
-    while (!loud && read(ends[0], heard.data(), heard.size()) > 0) {
-        loud = std::any_of(heard.begin(), heard.end(), [](char byte) { return byte != 0; });
-    }
-    kill(monitor, SIGTERM);
-    waitForProgram(monitor);
-    close(ends[0]);
-    return loud;
+/// Listens to the silent sink's monitor until something loud is heard there.
+bool monitorIsLoud(PulseWorld& world) {
+    TestProcess monitor({"parec", "--raw", "--device=auto_null.monitor"},
+                        {.isErrorOutputDropped = true});
+    std::string heard;
+    const bool isLoud = world.runUntil(
+        [&] {
+            monitor.readOutput(heard);
+            return std::any_of(heard.begin(), heard.end(), [](char byte) { return byte != 0; });
+        },
+        timeout);
+    monitor.send(SIGTERM);
+    monitor.waitForEnd();
+    return isLoud;
 }
 
 void playLoudly(PulseWorld& world) {
     world.server().control({"load-module", "module-sine", "sink=auto_null", "frequency=440"});
-    EXPECT_TRUE(monitorIsLoud());
+    EXPECT_TRUE(monitorIsLoud(world));
 }
 
 TEST_F(AudioPulse, UnpluggingNeverRecordsTheLoudspeakers) {
@@ -76,7 +72,7 @@ TEST_F(AudioPulse, UnpluggingNeverRecordsTheLoudspeakers) {
     recorder.ignoreChanges();
     world.unplug();
     ASSERT_TRUE(within([this] { return recorder.changes() == 2; }));
-    EXPECT_TRUE(monitorIsLoud());
+    EXPECT_TRUE(monitorIsLoud(world));
     world.settle();
     EXPECT_NE(world.server().control({"get-default-source"}).find(".monitor"), std::string::npos);
     EXPECT_EQ(world.openStreams(), 0U);
@@ -90,12 +86,11 @@ TEST_F(AudioPulse, AStreamThatIsReadyWhenTheMicrophoneGoesDoesNotRecordTheLoudsp
     ASSERT_EQ(recorder.format().sampleRate, 44100);
     ASSERT_TRUE(streamsBecome(1));
     world.unplug();
-    // Without giving the main queue a turn, so that the engine starts knowing nothing of it, or
-    // little.
+    // The main queue gets no turn in between, so that the engine starts with old knowledge.
     recorder.start();
     recorder.ignoreChanges();
     ASSERT_TRUE(within([this] { return recorder.changes() >= 2; }));
-    EXPECT_TRUE(monitorIsLoud());
+    EXPECT_TRUE(monitorIsLoud(world));
     world.settle();
     EXPECT_TRUE(streamsBecome(0));
     EXPECT_EQ(loudSamples(recorder.heard(0)), 0);
@@ -117,27 +112,25 @@ TEST_F(AudioPulse, TheServerCannotMoveTheStreamToTheMonitor) {
     plugFirst(16000);
     playLoudly(world);
     record();
-    const pid_t move = startProgram(
-        {"pactl", "move-source-output", streamIndex(), "auto_null.monitor"}, STDERR_FILENO);
-    EXPECT_NE(waitForProgram(move), 0);
+    EXPECT_NE(
+        runQuietly({"pactl", "move-source-output", streamIndex(), "auto_null.monitor"}).status, 0);
     recorder.forget();
     ASSERT_TRUE(within([this] { return recorder.buffers() > 2; }));
     EXPECT_EQ(loudSamples(recorder.heard(0)), 0);
 }
 
-/// What a service says as soon as it knows anything.
+/// The authorization status that a new service reports first.
 int firstStatus(platform::MainQueue& mainQueue, platform::Log& log) {
     linuxdesktop::PulseAudioService service(mainQueue, log);
     const auto isKnown = std::make_shared<std::promise<void>>();
     service.whenFirstKnown([isKnown] { isKnown->set_value(); });
-    EXPECT_EQ(isKnown->get_future().wait_for(patienceWithSound), std::future_status::ready);
+    EXPECT_EQ(isKnown->get_future().wait_for(timeout), std::future_status::ready);
     return service.authorizationStatusForAudio();
 }
 
 TEST_F(AudioPulse, WhatIsKnownFirstIsWhatTheServerSaysOrThatThereIsNone) {
-    AudioMainQueue mainQueue;
-    simulated::Journal journal;
-    simulated::SimulatedLog log(journal);
+    RealTimeQueue mainQueue;
+    RecordingLog log;
     EXPECT_EQ(firstStatus(mainQueue, log), 2);
     plugFirst(16000);
     EXPECT_EQ(firstStatus(mainQueue, log), 3);
@@ -149,7 +142,7 @@ TEST_F(AudioPulse, ThePermissionFollowsTheHardwareWithinASecond) {
     const auto becomes = [this](int status) {
         return world.runUntil(
             [&] { return world.authorization().authorizationStatusForAudio() == status; },
-            Seconds(1));
+            std::chrono::seconds(1));
     };
     EXPECT_TRUE(becomes(2));
     world.plug(16000, 1);
@@ -171,8 +164,7 @@ TEST_F(AudioPulse, NoCallWaitsForAServerThatHangs) {
     EXPECT_EQ(world.authorization().authorizationStatusForAudio(), 3);
     recorder.stop();
     EXPECT_FALSE(recorder.start());
-    // A server that answers nothing leaves no other measure than time; the first to wait would
-    // hang.
+    // Only time can show this: a call that waits for the frozen server would hang.
     EXPECT_LT(std::chrono::steady_clock::now() - begin, std::chrono::seconds(1));
     world.server().freeze(false);
     EXPECT_TRUE(within([this] { return recorder.buffers() > 0; }));
@@ -204,8 +196,8 @@ TEST_F(AudioPulse, AStreamThatWasMadeReadyStaysOpenOnceItIsStarted) {
     plugFirst(16000);
     recorder.format();
     record();
-    // Longer than an unused stream lives.
-    world.runUntil([] { return false; }, Seconds(10.5));
+    // Longer than an unused stream stays open.
+    world.runFor(std::chrono::milliseconds(10500));
     EXPECT_EQ(world.openStreams(), 1U);
     recorder.forget();
     EXPECT_TRUE(within([this] { return recorder.buffers() > 0; }));
@@ -217,7 +209,7 @@ TEST_F(AudioPulse, NothingOfTheMicrophoneIsOpenAfterStop) {
     record();
     recorder.stop();
     EXPECT_TRUE(streamsBecome(0));
-    // Also when the server had no time to open it.
+    // Also when the server had no time to open the stream.
     ASSERT_FALSE(recorder.start());
     recorder.stop();
     world.settle();
@@ -235,7 +227,7 @@ TEST_F(AudioPulse, AMicrophoneThatFallsAsleepForWantOfListenersAndIsWokenIsNoCha
     ASSERT_TRUE(within(sleeps));
     record();
     recorder.stop();
-    // A stream that is ready but does not record keeps nothing awake either.
+    // A stream that is open but corked keeps the microphone asleep too.
     recorder.format();
     ASSERT_TRUE(streamsBecome(1));
     ASSERT_TRUE(within(sleeps));
@@ -285,10 +277,11 @@ TEST_F(AudioPulse, AServerThatStaysAwayForLongIsFoundAsSoonAsItIsBack) {
     record();
     world.killServer();
     ASSERT_TRUE(within([this] { return recorder.changes() == 2; }));
-    // Long enough for the pauses between attempts to exceed the patience below.
-    world.runUntil([] { return false; }, Seconds(7));
+    // Until the interval between attempts exceeds the timeout below.
+    world.runFor(std::chrono::seconds(7));
     world.restartServer(16000);
-    EXPECT_TRUE(world.runUntil([this] { return recorder.changes() == 3; }, Seconds(2)));
+    EXPECT_TRUE(
+        world.runUntil([this] { return recorder.changes() == 3; }, std::chrono::seconds(2)));
     recorder.forget();
     EXPECT_TRUE(within([this] { return recorder.buffers() > 0; }));
 }
@@ -301,7 +294,7 @@ TEST_F(AudioPulse, EnginesMayEndInTheMiddleOfEverything) {
         engine->inputNode().installTapOnBus(0, 64, {}, [](const platform::AudioPcmBuffer&) {});
         EXPECT_FALSE(engine->start());
         if (round % 2 == 0) {
-            world.runUntil([] { return false; }, Seconds(0.02 * round));
+            world.runFor(std::chrono::milliseconds(20 * round));
         }
     }
     EXPECT_TRUE(streamsBecome(0));

@@ -1,12 +1,9 @@
 #include "tests/linux/audio/SoundServer.h"
 
-#include <fcntl.h>
 #include <gtest/gtest.h>
 #include <signal.h>
-#include <spawn.h>
 #include <sys/socket.h>
 #include <sys/un.h>
-#include <sys/wait.h>
 #include <unistd.h>
 
 #include <array>
@@ -16,72 +13,27 @@
 
 namespace tarvik::tests {
 
-pid_t startProgram(const std::vector<std::string>& command, int output) {
-    std::vector<char*> arguments;
-    for (const std::string& argument : command) {
-        arguments.push_back(const_cast<char*>(argument.c_str()));
-    }
-    arguments.push_back(nullptr);
-    posix_spawn_file_actions_t actions;
-    posix_spawn_file_actions_init(&actions);
-    posix_spawn_file_actions_adddup2(&actions, output, STDOUT_FILENO);
-    posix_spawn_file_actions_addopen(&actions, STDERR_FILENO, "/dev/null", O_WRONLY, 0);
-    pid_t process = -1;
-    const int error =
-        posix_spawnp(&process, arguments[0], &actions, nullptr, arguments.data(), environ);
-    posix_spawn_file_actions_destroy(&actions);
-    EXPECT_EQ(error, 0) << command[0];
-    return process;
-}
-
-int waitForProgram(pid_t process) {
-    int status = 0;
-    const bool ended = waitpid(process, &status, 0) == process;
-    return ended && WIFEXITED(status) ? WEXITSTATUS(status) : -1;
-}
-
 namespace {
 
-struct Outcome {
-    int status;
-    std::string output;
-};
-
-Outcome run(const std::vector<std::string>& command) {
-    std::array<int, 2> ends{};
-    EXPECT_EQ(pipe2(ends.data(), O_CLOEXEC), 0);
-    const pid_t process = startProgram(command, ends[1]);
-    close(ends[1]);
-    std::string output;
-    std::array<char, 4096> buffer{};
-    for (ssize_t length = 0; (length = read(ends[0], buffer.data(), buffer.size())) > 0;) {
-        output.append(buffer.data(), static_cast<std::size_t>(length));
-    }
-    close(ends[0]);
-    return {waitForProgram(process), output};
-}
+const TestProcess::Options withoutErrorOutput{.isErrorOutputDropped = true};
 
 }  // namespace
 
+TestProcess::Result runQuietly(const std::vector<std::string>& command) {
+    return TestProcess::run(command, withoutErrorOutput);
+}
+
 SoundServer::SoundServer() {
-    std::string folder = (std::filesystem::temp_directory_path() / "tarvik-audio-XXXXXX").string();
-    EXPECT_NE(mkdtemp(folder.data()), nullptr);
-    folder_ = folder;
-    setenv("XDG_RUNTIME_DIR", folder.c_str(), 1);
-    setenv("HOME", folder.c_str(), 1);
+    setenv("XDG_RUNTIME_DIR", folder().c_str(), 1);
+    setenv("HOME", folder().c_str(), 1);
     for (const char* name : {"PULSE_SERVER", "PULSE_RUNTIME_PATH", "XDG_CONFIG_HOME",
                              "XDG_STATE_HOME", "DISPLAY", "DBUS_SESSION_BUS_ADDRESS"}) {
         unsetenv(name);
     }
 }
 
-SoundServer::~SoundServer() {
-    kill();
-    std::filesystem::remove_all(folder_);
-}
-
 void SoundServer::start(const std::vector<std::string>& modules) {
-    // A test that is killed takes its server along.
+    // The server must not survive a test that is killed.
     std::vector<std::string> command{"setpriv",
                                      "--pdeathsig",
                                      "KILL",
@@ -101,30 +53,20 @@ void SoundServer::start(const std::vector<std::string>& modules) {
     for (const std::string& module : modules) {
         command.insert(command.end(), {"-L", module});
     }
-    const int nowhere = open("/dev/null", O_WRONLY | O_CLOEXEC);
-    process_ = startProgram(command, nowhere);
-    close(nowhere);
-    const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(20);
-    while (run({"pactl", "info"}).status != 0) {
-        ASSERT_LT(std::chrono::steady_clock::now(), end) << "the sound server does not answer";
+    process_.emplace(command, withoutErrorOutput);
+    const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(20);
+    while (runQuietly({"pactl", "info"}).status != 0) {
+        ASSERT_LT(std::chrono::steady_clock::now(), deadline) << "the sound server does not answer";
         std::this_thread::sleep_for(std::chrono::milliseconds(20));
     }
 }
 
-void SoundServer::kill() {
-    if (process_ > 0) {
-        ::kill(process_, SIGKILL);
-        waitForProgram(process_);
-        process_ = -1;
-    }
-}
-
 void SoundServer::freeze(bool isFrozen) const {
-    ::kill(process_, isFrozen ? SIGSTOP : SIGCONT);
+    process_->send(isFrozen ? SIGSTOP : SIGCONT);
 }
 
 std::string SoundServer::commandSocket() const {
-    return (folder_ / "commands").string();
+    return (folder() / "commands").string();
 }
 
 void SoundServer::killStream(const std::string& index) const {
@@ -136,7 +78,7 @@ void SoundServer::killStream(const std::string& index) const {
     const std::string command = "kill-source-output " + index + "\n";
     EXPECT_EQ(write(connection, command.data(), command.size()),
               static_cast<ssize_t>(command.size()));
-    // The server hangs up once it has carried out what it was sent.
+    // The server hangs up once it has carried out the command.
     shutdown(connection, SHUT_WR);
     std::array<char, 256> answer{};
     while (read(connection, answer.data(), answer.size()) > 0) {
@@ -147,9 +89,9 @@ void SoundServer::killStream(const std::string& index) const {
 std::string SoundServer::control(const std::vector<std::string>& arguments) const {
     std::vector<std::string> command{"pactl"};
     command.insert(command.end(), arguments.begin(), arguments.end());
-    const Outcome outcome = run(command);
-    EXPECT_EQ(outcome.status, 0) << arguments[0];
-    return outcome.output;
+    const TestProcess::Result result = runQuietly(command);
+    EXPECT_EQ(result.status, 0) << arguments[0];
+    return result.output;
 }
 
 }  // namespace tarvik::tests

@@ -1,48 +1,44 @@
 #pragma once
 
-#include <sys/types.h>
-
 #include <filesystem>
+#include <optional>
 #include <string>
 #include <vector>
 
+#include "tests/support/TemporaryFolder.h"
+#include "tests/support/TestProcess.h"
+
 namespace tarvik::tests {
 
-/// A PulseAudio of the test's own, with a runtime folder and a home of its own, for which it also
-/// sets this process's environment. It has a silent loudspeaker, "auto_null", and what it is told
-/// to load.
+/// A PulseAudio server of the test's own, with a runtime folder and a home of its own.
+///
+/// The constructor points this process's environment at that folder. Besides the modules that
+/// start() names, the server has a silent sink, "auto_null".
 class SoundServer {
   public:
     SoundServer();
-    /// Ends the server and removes the folder.
-    ~SoundServer();
-    SoundServer(const SoundServer&) = delete;
-    SoundServer& operator=(const SoundServer&) = delete;
 
-    /// Starts the server with `modules` besides its own, and waits until it answers.
+    /// Starts the server with `modules` besides its own, and waits until the server answers.
     void start(const std::vector<std::string>& modules = {});
-    /// Kills the server, so that it cleans nothing up.
-    void kill();
-    /// Stops the server where it stands, so that it answers nothing, or lets it go on.
+    /// Kills the server without a chance to clean up.
+    void kill() { process_.reset(); }
+    /// Stops the server's process, so that the server answers nothing, or resumes it.
     void freeze(bool isFrozen) const;
 
-    /// Runs `pactl` and returns what it printed; fails the test when it failed.
+    /// Runs `pactl` and returns its output; fails the test when `pactl` fails.
     std::string control(const std::vector<std::string>& arguments) const;
-    /// Makes the server end a stream that records.
+    /// Makes the server end a recording stream.
     void killStream(const std::string& index) const;
-    const std::filesystem::path& folder() const { return folder_; }
+    const std::filesystem::path& folder() const { return folder_.path(); }
 
   private:
     std::string commandSocket() const;
 
-    std::filesystem::path folder_;
-    pid_t process_ = -1;
+    TemporaryFolder folder_;
+    std::optional<TestProcess> process_;
 };
 
-/// Starts a program found in PATH with its standard output going to `output` and returns its
-/// number.
-pid_t startProgram(const std::vector<std::string>& command, int output);
-/// Waits for a program's end; its exit status, or −1 when it did not exit by itself.
-int waitForProgram(pid_t process);
+/// Runs a program of the sound server to its end, without its error output.
+TestProcess::Result runQuietly(const std::vector<std::string>& command);
 
 }  // namespace tarvik::tests

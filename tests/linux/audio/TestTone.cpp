@@ -1,4 +1,4 @@
-#include "tests/linux/audio/AudioSpeech.h"
+#include "tests/linux/audio/TestTone.h"
 
 #include <algorithm>
 #include <cmath>
