@@ -2,24 +2,26 @@
 
 #include <utility>
 
+#include "base/Weakly.h"
+
 namespace tarvik::linuxdesktop {
 
 namespace {
 
-constexpr Seconds burst{0.1};
+constexpr Seconds coalescingInterval{0.1};
 
 }  // namespace
 
 void ConfigurationChanges::report() {
-    if (pending_.exchange(true)) {
-        return;
+    if (!isPending_.exchange(true)) {
+        mainQueue_.asyncAfter(coalescingInterval,
+                              weakly(*this, &ConfigurationChanges::callObservers));
     }
-    mainQueue_.asyncAfter(burst, [weakSelf = weak_from_this()] {
-        if (const auto self = weakSelf.lock()) {
-            self->pending_ = false;
-            self->observers_.call();
-        }
-    });
+}
+
+void ConfigurationChanges::callObservers() {
+    isPending_ = false;
+    observers_.call();
 }
 
 std::unique_ptr<platform::AudioObservation> ConfigurationChanges::observe(

@@ -10,22 +10,26 @@
 
 namespace tarvik::linuxdesktop {
 
-/// Joins what happens within a tenth of a second into one call of every observer on the main
-/// thread.
+/// Coalesces the configuration changes of a tenth of a second into one call of every observer, on
+/// the main thread.
 class ConfigurationChanges : public std::enable_shared_from_this<ConfigurationChanges> {
   public:
+    /// `mainQueue` outlives this object.
     explicit ConfigurationChanges(platform::MainQueue& mainQueue) : mainQueue_(mainQueue) {}
 
-    /// Says that the configuration has changed. Any thread; never blocks.
+    /// Reports that the configuration has changed. Any thread; never blocks.
     void report();
 
-    /// Calls `handler` for every burst of reports until the observation is dropped. Main thread.
+    /// Calls `handler` on the main thread, a tenth of a second after the first of a series of
+    /// reports, until the observation is dropped. Main thread.
     [[nodiscard]] std::unique_ptr<platform::AudioObservation> observe(
         std::function<void()> handler);
 
   private:
+    void callObservers();
+
     platform::MainQueue& mainQueue_;
-    std::atomic<bool> pending_ = false;
+    std::atomic<bool> isPending_ = false;
     Observers<platform::AudioObservation> observers_;
 };
 

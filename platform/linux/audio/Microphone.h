@@ -7,9 +7,9 @@
 
 namespace tarvik::linuxdesktop {
 
-/// A source of the sound server that is not a loudspeaker's monitor.
+/// A source of the sound server that is not the monitor of a sink.
 struct Microphone {
-    /// The server's number for it, never reused while the server runs.
+    /// The server's index of the source, never reused while the server runs.
     std::uint32_t index = PA_INVALID_INDEX;
     std::string name;
     /// Hertz.

@@ -7,53 +7,45 @@
 #include <string>
 #include <vector>
 
+#include "platform/linux/audio/AvailableMicrophones.h"
 #include "platform/linux/audio/Microphone.h"
 #include "platform/linux/audio/PulseHandles.h"
 
 namespace tarvik::linuxdesktop {
 
-/// What a sound server offers to record from.
-struct MicrophoneOffer {
-    /// The default source; empty when there is none or when it is a loudspeaker's monitor.
-    std::optional<Microphone> standard;
-    /// True while there is any microphone, the default one or not.
-    bool any = false;
-
-    bool operator==(const MicrophoneOffer&) const = default;
-};
-
-/// Follows a server's sources by its notifications. Loop locked, or its thread, for every
-/// operation.
+/// Follows the microphones of a sound server by the server's notifications. Every operation needs
+/// the loop's lock.
 class MicrophoneTracker {
   public:
-    /// `changed` is called on the loop's thread with every offer that differs from the one before,
-    /// beginning with the first after follow().
-    explicit MicrophoneTracker(std::function<void(const MicrophoneOffer&)> changed);
+    /// `onChange` is called on the loop's thread with the first answer after follow(), and then
+    /// with every answer that differs from the one before.
+    explicit MicrophoneTracker(std::function<void(const AvailableMicrophones&)> onChange);
 
-    /// Follows the server of `context`, which is ready, in place of any other.
+    /// Follows the server of `context`, which is ready, instead of any other server.
     void follow(pa_context* context);
-    /// Forgets the server; nothing is called until follow().
+    /// Forgets the server; `onChange` is not called until follow().
     void forget();
 
   private:
-    static void notified(pa_context* context, pa_subscription_event_type_t type,
-                         std::uint32_t index, void* self);
-    static void serverAnswered(pa_context* context, const pa_server_info* info, void* self);
-    static void sourceAnswered(pa_context* context, const pa_source_info* info, int last,
-                               void* self);
-    void ask();
-    void answered();
+    static void sourcesChanged(pa_context* context, pa_subscription_event_type_t type,
+                               std::uint32_t index, void* self);
+    static void serverInfoReceived(pa_context* context, const pa_server_info* info, void* self);
+    static void sourceInfoReceived(pa_context* context, const pa_source_info* info, int last,
+                                   void* self);
+    void query();
+    void completeQuery();
 
-    std::function<void(const MicrophoneOffer&)> changed_;
+    std::function<void(const AvailableMicrophones&)> onChange_;
     pa_context* context_ = nullptr;
     PulseOperation subscription_;
-    PulseOperation serverQuestion_;
-    PulseOperation sourceQuestion_;
-    bool asking_ = false;
-    bool askAgain_ = false;
-    std::string standardName_;
+    PulseOperation serverQuery_;
+    PulseOperation sourceQuery_;
+    bool isQuerying_ = false;
+    bool isQueryStale_ = false;
+    std::string defaultSourceName_;
     std::vector<Microphone> microphones_;
-    std::optional<MicrophoneOffer> offer_;
+    /// The last answer; empty until the first one after follow().
+    std::optional<AvailableMicrophones> available_;
 };
 
 }  // namespace tarvik::linuxdesktop

@@ -6,10 +6,9 @@ namespace tarvik::linuxdesktop {
 
 namespace {
 
-/// What the server is asked to deliver at once; the tap's own size is not known when a stream is
-/// made ready.
+/// The tap's own size is not known yet when a stream is opened.
 constexpr std::size_t fragmentFrames = 2048;
-constexpr Seconds unusedStreamLife{10};
+constexpr Seconds unusedStreamTimeout{10};
 
 platform::AudioFormat formatOf(const Microphone& microphone) {
     return {static_cast<double>(microphone.sampleRate), microphone.channels.channels};
@@ -18,7 +17,7 @@ platform::AudioFormat formatOf(const Microphone& microphone) {
 }  // namespace
 
 PulseAudioEngine::PulseAudioEngine(std::shared_ptr<PulseServer> server)
-    : server_(std::move(server)), release_(server_->api()), rest_(server_->api()) {}
+    : server_(std::move(server)), closeTimer_(server_->api()), failureTimer_(server_->api()) {}
 
 PulseAudioEngine::~PulseAudioEngine() {
     stop();
@@ -29,7 +28,7 @@ platform::AudioFormat PulseAudioEngine::inputFormatForBus(std::uint32_t bus) {
     if (bus != 0 || !server_->microphone()) {
         return {};
     }
-    if (!running_) {
+    if (!isRunning_) {
         prepareStream();
     }
     return formatOf(*server_->microphone());
@@ -37,59 +36,58 @@ platform::AudioFormat PulseAudioEngine::inputFormatForBus(std::uint32_t bus) {
 
 void PulseAudioEngine::prepare() {
     const auto lock = server_->lock();
-    if (server_->microphone() && !running_) {
+    if (server_->microphone() && !isRunning_) {
         prepareStream();
     }
 }
 
 void PulseAudioEngine::prepareStream() {
     if (openStream()) {
-        release_.start(server_->context(), unusedStreamLife, [this] { stream_.reset(); });
+        closeTimer_.start(server_->context(), unusedStreamTimeout, [this] { stream_.reset(); });
     }
 }
 
-/// Opens the default microphone's stream unless it is open; false when that is impossible.
+// Opens the default microphone's stream unless that stream is open; false on failure.
 bool PulseAudioEngine::openStream() {
     const Microphone& microphone = *server_->microphone();
     if (!stream_ || !stream_->isGood() || !(stream_->microphone() == microphone)) {
-        RecordStreamListener& listener = *this;
         stream_ = std::make_unique<RecordStream>(server_->context(), microphone, fragmentFrames,
-                                                 listener);
+                                                 streamEvents());
     }
     return stream_->isGood();
 }
 
 std::optional<Error> PulseAudioEngine::start() {
     const auto lock = server_->lock();
-    if (running_ && stream_->isGood()) {
+    if (isRunning_ && stream_->isGood()) {
         return std::nullopt;
     }
-    running_ = false;
+    isRunning_ = false;
     if (!server_->isReady()) {
         return Error{PA_ERR_CONNECTIONREFUSED, "no sound server answers"};
     }
     if (!server_->microphone()) {
         return Error{PA_ERR_NOENTITY, "the sound server has no microphone as its default source"};
     }
-    running_ = openStream();
-    if (!running_) {
+    isRunning_ = openStream();
+    if (!isRunning_) {
         const int code = pa_context_errno(server_->context());
         stream_.reset();
         return Error{code, std::string("the microphone cannot be opened: ") + pa_strerror(code)};
     }
-    release_.cancel();
-    rest_.cancel();
+    closeTimer_.cancel();
+    failureTimer_.cancel();
     stream_->uncork();
     return std::nullopt;
 }
 
 void PulseAudioEngine::stop() {
     const auto lock = server_->lock();
-    running_ = false;
-    release_.cancel();
-    rest_.cancel();
+    isRunning_ = false;
+    closeTimer_.cancel();
+    failureTimer_.cancel();
     stream_.reset();
-    collector_.reset();
+    buffer_.reset();
 }
 
 void PulseAudioEngine::installTapOnBus(std::uint32_t bus, std::uint32_t bufferSize,
@@ -99,8 +97,7 @@ void PulseAudioEngine::installTapOnBus(std::uint32_t bus, std::uint32_t bufferSi
         return;
     }
     const auto lock = server_->lock();
-    // The buffers carry the format of the stream that delivers them, which is the default
-    // microphone's, as the given one is.
+    // The given format is the default microphone's, and every stream delivers in that format.
     tap_ = Tap{bufferSize, std::move(block)};
 }
 
@@ -108,41 +105,46 @@ void PulseAudioEngine::removeTapOnBus(std::uint32_t bus) {
     if (bus != 0) {
         return;
     }
-    // Released after the lock: what the block holds is not ours.
+    // Destroyed after the lock is released: the block may hold objects of any kind.
     std::optional<Tap> removed;
     {
         const auto lock = server_->lock();
-        collector_.reset();
+        buffer_.reset();
         removed = std::exchange(tap_, std::nullopt);
     }
 }
 
-void PulseAudioEngine::recorded(const float* samples, std::size_t frameCount) {
-    server_->streamDelivered();
+RecordStream::Events PulseAudioEngine::streamEvents() {
+    return {[this](const float* samples, std::size_t frameCount) { deliver(samples, frameCount); },
+            [this](bool isSuspended) {
+                server_->configurationChanged(isSuspended ? "microphone suspended"
+                                                          : "microphone resumed");
+            },
+            [this](const std::string& reason) { handleFailure(reason); }};
+}
+
+void PulseAudioEngine::deliver(const float* samples, std::size_t frameCount) {
+    server_->resetStreamFailures();
     if (!tap_) {
         return;
     }
-    if (!collector_) {
-        collector_.emplace(tap_->bufferSize, formatOf(stream_->microphone()), tap_->block);
+    if (!buffer_) {
+        buffer_.emplace(tap_->bufferSize, formatOf(stream_->microphone()), tap_->block);
     }
-    collector_->append(samples, frameCount);
+    buffer_->append(samples, frameCount);
 }
 
-void PulseAudioEngine::suspended(bool isSuspended) {
-    server_->configurationChanged(isSuspended ? "microphone suspended" : "microphone resumed");
-}
-
-void PulseAudioEngine::failed(const std::string& reason) {
-    if (!running_) {
+void PulseAudioEngine::handleFailure(const std::string& reason) {
+    if (!isRunning_) {
         server_->log(reason);
         return;
     }
-    const Seconds rest = server_->restAfterFailure();
-    if (rest == Seconds(0)) {
+    const Seconds delay = server_->countStreamFailure();
+    if (delay == Seconds(0)) {
         server_->configurationChanged(reason);
     } else {
-        rest_.start(server_->context(), rest,
-                    [this, reason] { server_->configurationChanged(reason); });
+        failureTimer_.start(server_->context(), delay,
+                            [this, reason] { server_->configurationChanged(reason); });
     }
 }
 

@@ -6,22 +6,20 @@
 #include <string>
 
 #include "platform/AudioEngine.h"
-#include "platform/linux/audio/FrameCollector.h"
-#include "platform/linux/audio/LoopTimer.h"
+#include "platform/linux/audio/DeinterleavingBuffer.h"
 #include "platform/linux/audio/PulseServer.h"
+#include "platform/linux/audio/PulseTimer.h"
 #include "platform/linux/audio/RecordStream.h"
 
 namespace tarvik::linuxdesktop {
 
 /// Captures the default microphone of the sound server.
 ///
-/// Asking for the format opens the microphone's stream without recording, so that start() has only
-/// to let it flow; a stream that is not started within ten seconds is closed again. After stop()
-/// nothing of the microphone is open. Every field is guarded by the server's lock, which the
-/// delivery thread holds while it delivers.
-class PulseAudioEngine final : public platform::AudioEngine,
-                               private platform::AudioInputNode,
-                               private RecordStreamListener {
+/// inputFormatForBus() opens the microphone's stream corked, so that start() only has to uncork the
+/// stream. A stream that is not started within ten seconds is closed again. After stop() no stream
+/// is open. The server's lock guards every field; the loop's thread holds that lock while it
+/// delivers.
+class PulseAudioEngine final : public platform::AudioEngine, private platform::AudioInputNode {
   public:
     explicit PulseAudioEngine(std::shared_ptr<PulseServer> server);
     ~PulseAudioEngine() override;
@@ -38,25 +36,26 @@ class PulseAudioEngine final : public platform::AudioEngine,
                          platform::AudioTapBlock block) override;
     void removeTapOnBus(std::uint32_t bus) override;
 
-    void recorded(const float* samples, std::size_t frameCount) override;
-    void suspended(bool isSuspended) override;
-    void failed(const std::string& reason) override;
-
     struct Tap {
         std::uint32_t bufferSize;
         platform::AudioTapBlock block;
     };
 
-    bool openStream();
     void prepareStream();
+    bool openStream();
+    RecordStream::Events streamEvents();
+    void deliver(const float* samples, std::size_t frameCount);
+    void handleFailure(const std::string& reason);
 
     std::shared_ptr<PulseServer> server_;
     std::optional<Tap> tap_;
-    std::optional<FrameCollector> collector_;
+    std::optional<DeinterleavingBuffer> buffer_;
     std::unique_ptr<RecordStream> stream_;
-    LoopTimer release_;
-    LoopTimer rest_;
-    bool running_ = false;
+    /// Closes a stream that is not started.
+    PulseTimer closeTimer_;
+    /// Reports a failure after the delay of PulseServer::countStreamFailure().
+    PulseTimer failureTimer_;
+    bool isRunning_ = false;
 };
 
 }  // namespace tarvik::linuxdesktop

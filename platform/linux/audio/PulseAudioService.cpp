@@ -11,7 +11,7 @@ namespace tarvik::linuxdesktop {
 
 namespace {
 
-constexpr Seconds longestRequest{2};
+constexpr Seconds requestTimeout{2};
 
 }  // namespace
 
@@ -43,13 +43,13 @@ int PulseAudioService::authorizationStatusForAudio() {
 void PulseAudioService::requestAccessForAudio(std::function<void(bool granted)> handler) {
     const auto answer = std::make_shared<OneShot<bool>>();
     answer->store(std::move(handler));
-    mainQueue_.asyncAfter(longestRequest, [answer] {
+    mainQueue_.asyncAfter(requestTimeout, [answer] {
         if (const auto callback = answer->take()) {
             callback(false);
         }
     });
     const auto lock = server_->lock();
-    server_->whenKnown(answer);
+    server_->requestAuthorization(answer);
 }
 
 }  // namespace tarvik::linuxdesktop

@@ -13,12 +13,13 @@ namespace tarvik::linuxdesktop {
 class ConfigurationChanges;
 class PulseServer;
 
-/// The microphone as the session's sound server (PulseAudio, or PipeWire's stand-in for it) offers
-/// it.
+/// Captures audio by the session's sound server: PulseAudio, or PipeWire with its PulseAudio
+/// interface.
 ///
-/// One connection lives as long as the service and follows the server's default source; a server
-/// that goes away is joined again when it comes back. Nothing wakes the process while nothing
-/// changes. Main thread only; no operation waits for the server. Engines may outlive the service.
+/// One connection lives as long as the service and its engines, and follows the server's default
+/// source. A lost connection is made again when the server is back. The service wakes the process
+/// only on changes, and without a server to look for one. Main thread only; no operation waits for
+/// the server. Engines may outlive the service.
 class PulseAudioService : public platform::AudioService, public platform::CaptureAuthorization {
   public:
     /// Starts to connect. `mainQueue` and `log` outlive the service and its engines.
@@ -29,15 +30,16 @@ class PulseAudioService : public platform::AudioService, public platform::Captur
     [[nodiscard]] std::unique_ptr<platform::AudioObservation> observeConfigurationChange(
         std::function<void()> handler) override;
 
-    /// Calls `handler` as soon as it is known what there is to record from, be it nothing: at once,
-    /// or on a thread of the service's own, where it does not wait.
+    /// Calls `handler` once, as soon as the microphones are known, or that there is no server:
+    /// inside this call, or on the service's own thread. `handler` must not block.
     void whenFirstKnown(std::function<void()> handler);
 
-    /// authorized while the server offers a source that is not a loudspeaker's monitor, denied
-    /// while it offers none, notDetermined while no server answers.
+    /// authorized while the server has a source that is not a monitor, denied while it has none,
+    /// notDetermined while there is no server.
     int authorizationStatusForAudio() override;
-    /// Answers as soon as a server has answered, and with false when none has within two seconds.
-    /// A handler that still waits when the service is destroyed hears false at that time.
+    /// Calls `handler` as soon as a server has listed its microphones, on the service's own thread.
+    /// Without an answer within two seconds, `handler` is called with false on the main thread,
+    /// even when the service is gone by then.
     void requestAccessForAudio(std::function<void(bool granted)> handler) override;
 
   private:

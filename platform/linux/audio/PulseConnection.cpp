@@ -7,8 +7,8 @@ namespace tarvik::linuxdesktop {
 
 namespace {
 
-constexpr Seconds firstPause{0.1};
-constexpr Seconds longestPause{60};
+constexpr Seconds minRetryInterval{0.1};
+constexpr Seconds maxRetryInterval{60};
 
 PulseProperties applicationProperties() {
     PulseProperties properties(pa_proplist_new());
@@ -21,22 +21,18 @@ PulseProperties applicationProperties() {
 }  // namespace
 
 PulseConnection::PulseConnection(pa_mainloop_api* api, Events events)
-    : api_(api), events_(std::move(events)), retry_(api), pause_(firstPause) {}
+    : api_(api), events_(std::move(events)), retryTimer_(api), retryInterval_(minRetryInterval) {}
 
 void PulseConnection::connect() {
-    attempt();
-}
-
-void PulseConnection::attempt() {
-    retry_.cancel();
+    retryTimer_.cancel();
     const PulseProperties properties = applicationProperties();
     context_.reset(pa_context_new_with_proplist(api_, nullptr, properties.get()));
     pa_context_set_state_callback(context_.get(), &PulseConnection::stateChanged, this);
-    // A failure is reported through the state as well, save one that keeps it from leaving the
-    // first.
+    // Most failures are reported by the state callback, too. One that leaves the context
+    // unconnected is not.
     if (pa_context_connect(context_.get(), nullptr, PA_CONTEXT_NOAUTOSPAWN, nullptr) < 0 &&
         pa_context_get_state(context_.get()) == PA_CONTEXT_UNCONNECTED) {
-        failed();
+        handleFailure();
     }
 }
 
@@ -44,40 +40,40 @@ void PulseConnection::stateChanged(pa_context* context, void* self) {
     auto& connection = *static_cast<PulseConnection*>(self);
     switch (pa_context_get_state(context)) {
         case PA_CONTEXT_READY:
-            connection.becameReady();
+            connection.handleReady();
             break;
         case PA_CONTEXT_FAILED:
         case PA_CONTEXT_TERMINATED:
-            connection.failed();
+            connection.handleFailure();
             break;
         default:
             break;
     }
 }
 
-void PulseConnection::becameReady() {
-    ready_ = true;
-    knownLost_ = false;
-    pause_ = firstPause;
+void PulseConnection::handleReady() {
+    isReady_ = true;
+    isLossReported_ = false;
+    retryInterval_ = minRetryInterval;
     watch_.reset();
-    events_.ready();
+    events_.onReady();
 }
 
-void PulseConnection::failed() {
-    ready_ = false;
+void PulseConnection::handleFailure() {
+    isReady_ = false;
     const std::string reason = pa_strerror(pa_context_errno(context_.get()));
     if (!watch_) {
         if (const auto socket = ServerSocketWatch::pathFromEnvironment()) {
             watch_ = std::make_unique<ServerSocketWatch>(api_, *socket, [this] {
-                pause_ = firstPause;
-                attempt();
+                retryInterval_ = minRetryInterval;
+                connect();
             });
         }
     }
-    retry_.start(context_.get(), pause_, [this] { attempt(); });
-    pause_ = std::min(pause_ * 2, longestPause);
-    if (!std::exchange(knownLost_, true)) {
-        events_.lost(reason);
+    retryTimer_.start(context_.get(), retryInterval_, [this] { connect(); });
+    retryInterval_ = std::min(retryInterval_ * 2, maxRetryInterval);
+    if (!std::exchange(isLossReported_, true)) {
+        events_.onLost(reason);
     }
 }
 

@@ -7,52 +7,55 @@
 #include <string>
 
 #include "base/Time.h"
-#include "platform/linux/audio/LoopTimer.h"
 #include "platform/linux/audio/PulseHandles.h"
+#include "platform/linux/audio/PulseTimer.h"
 #include "platform/linux/audio/ServerSocketWatch.h"
 
 namespace tarvik::linuxdesktop {
 
-/// The connection to the session's sound server, joined again whenever a server comes back.
+/// The connection to the session's sound server. A lost connection is made again when a server is
+/// back.
 ///
-/// While a server is there nothing wakes up. While none is there, the socket's appearance makes it
-/// try at once; besides, it tries after pauses that double from 0.1 to 60 s, because a server may
-/// listen elsewhere (another machine, the system-wide socket) or not yet when its socket appears.
-/// It never starts a server: that is the session's business. Loop locked, or its thread, for every
-/// operation.
+/// An idle connection does not wake the process. While disconnected, connecting is tried again at
+/// once when the server's socket appears. It is also tried at intervals that double from 0.1 to
+/// 60 s: a server may listen elsewhere (another machine, the system-wide socket), or may not listen
+/// yet when its socket appears. Starting a server is left to the session. Every operation needs the
+/// loop's lock.
 class PulseConnection {
   public:
     struct Events {
-        /// The server answers; context() can be used.
-        std::function<void()> ready;
-        /// No server answers, at the beginning, or the one that did is gone. Not repeated.
-        std::function<void(const std::string& reason)> lost;
+        /// A server has accepted the connection, and context() can be used.
+        std::function<void()> onReady;
+        /// The first attempt has failed, or the connection is lost. Failed retries are not
+        /// reported.
+        std::function<void(const std::string& reason)> onLost;
     };
 
+    /// `api` is the loop's; the loop outlives the connection. `events` are called on the loop's
+    /// thread.
     PulseConnection(pa_mainloop_api* api, Events events);
 
-    /// Begins to connect. Once, on the loop's thread or before it runs.
+    /// Starts to connect, in place of any earlier attempt. On the loop's thread.
     void connect();
 
-    /// True while a server answers.
-    bool isReady() const { return ready_; }
-    /// The connection, in whatever state; null before connect().
+    /// Whether a server has accepted the connection.
+    bool isReady() const { return isReady_; }
+    /// The connection in any state; null before connect().
     pa_context* context() const { return context_.get(); }
 
   private:
     static void stateChanged(pa_context* context, void* self);
-    void attempt();
-    void becameReady();
-    void failed();
+    void handleReady();
+    void handleFailure();
 
     pa_mainloop_api* api_;
     Events events_;
     PulseContext context_;
     std::unique_ptr<ServerSocketWatch> watch_;
-    LoopTimer retry_;
-    Seconds pause_;
-    bool ready_ = false;
-    bool knownLost_ = false;
+    PulseTimer retryTimer_;
+    Seconds retryInterval_;
+    bool isReady_ = false;
+    bool isLossReported_ = false;
 };
 
 }  // namespace tarvik::linuxdesktop

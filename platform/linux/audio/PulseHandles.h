@@ -26,9 +26,11 @@ struct PulsePropertiesDeleter {
     void operator()(pa_proplist* properties) const { pa_proplist_free(properties); }
 };
 
-/// A connection that is closed, and calls nothing more, when it is dropped. Main loop locked.
+/// A connection. Dropping the handle closes the connection and ends its callbacks; needs the loop's
+/// lock.
 using PulseContext = std::unique_ptr<pa_context, PulseContextDeleter>;
-/// A request whose answer is no longer delivered once it is dropped. Main loop locked.
+/// A request to the server. Dropping the handle ends the request's callbacks; needs the loop's
+/// lock.
 using PulseOperation = std::unique_ptr<pa_operation, PulseOperationDeleter>;
 using PulseProperties = std::unique_ptr<pa_proplist, PulsePropertiesDeleter>;
 

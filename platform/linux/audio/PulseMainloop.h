@@ -6,29 +6,29 @@
 
 namespace tarvik::linuxdesktop {
 
-/// The thread on which libpulse calls back, and the lock that guards everything it touches.
+/// The thread on which libpulse calls back, and the lock that guards the state of all callbacks.
 ///
-/// The thread holds the lock while it calls back and gives it up while it waits, so whoever holds a
-/// Lock knows that no callback is running.
+/// The thread holds the lock during every callback and releases the lock while it waits. So no
+/// callback runs while another thread holds a Lock.
 class PulseMainloop {
   public:
-    /// Creates the loop; nothing runs before start().
+    /// Creates the loop. No callback runs before start().
     PulseMainloop();
-    /// Stops the thread. Not on the loop's thread, and without a Lock.
+    /// Stops the thread, as stop() does.
     ~PulseMainloop();
     PulseMainloop(const PulseMainloop&) = delete;
     PulseMainloop& operator=(const PulseMainloop&) = delete;
 
     /// Starts the thread; false when the system refuses one.
     bool start();
-    /// Ends the thread once the running callback has returned. Without a Lock; harmless when
-    /// repeated.
+    /// Waits for a running callback and ends the thread. Not on the loop's thread and not while a
+    /// Lock is held. Harmless when repeated.
     void stop();
 
     pa_mainloop_api* api() const;
 
-    /// Keeps the loop's thread out while it lives. Never on the loop's thread, which is inside
-    /// already.
+    /// Holds the lock while it lives; waits only for a running callback. Not on the loop's thread,
+    /// which holds the lock in every callback.
     class Lock {
       public:
         explicit Lock(PulseMainloop& mainloop);

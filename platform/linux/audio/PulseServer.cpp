@@ -8,13 +8,13 @@ namespace tarvik::linuxdesktop {
 
 namespace {
 
-std::string describe(const MicrophoneOffer& offer) {
-    if (!offer.standard) {
+std::string describe(const AvailableMicrophones& available) {
+    if (!available.defaultMicrophone) {
         return "no microphone";
     }
-    return "microphone " + offer.standard->name + ", " +
-           std::to_string(offer.standard->sampleRate) +
-           " Hz, channels: " + std::to_string(offer.standard->channels.channels);
+    const Microphone& microphone = *available.defaultMicrophone;
+    return "microphone " + microphone.name + ", " + std::to_string(microphone.sampleRate) +
+           " Hz, channels: " + std::to_string(microphone.channels.channels);
 }
 
 }  // namespace
@@ -22,11 +22,11 @@ std::string describe(const MicrophoneOffer& offer) {
 PulseServer::PulseServer(std::shared_ptr<ConfigurationChanges> changes, platform::Log& log)
     : changes_(std::move(changes)),
       log_(log),
-      tracker_([this](const MicrophoneOffer& offer) { offerChanged(offer); }),
+      tracker_([this](const AvailableMicrophones& available) { microphonesChanged(available); }),
       connection_(mainloop_.api(),
                   {[this] { connectionReady(); },
                    [this](const std::string& reason) { connectionLost(reason); }}) {
-    // Connecting reads files and may ask the display for the server's name: on the loop's thread.
+    // On the loop's thread, because connecting reads files and may ask the display server.
     pa_mainloop_api_once(
         mainloop_.api(),
         [](pa_mainloop_api*, void* self) {
@@ -42,30 +42,32 @@ PulseServer::~PulseServer() {
     mainloop_.stop();
 }
 
-void PulseServer::whenKnown(std::shared_ptr<OneShot<bool>> answer) {
-    waiting_.push_back(std::move(answer));
+void PulseServer::requestAuthorization(std::shared_ptr<OneShot<bool>> answer) {
+    authorizationRequests_.push_back(std::move(answer));
     if (authorizationStatus_ != static_cast<int>(platform::AuthorizationStatus::notDetermined)) {
         pa_mainloop_api_once(
             mainloop_.api(),
-            [](pa_mainloop_api*, void* self) { static_cast<PulseServer*>(self)->answerWaiting(); },
+            [](pa_mainloop_api*, void* self) {
+                static_cast<PulseServer*>(self)->answerAuthorizationRequests();
+            },
             this);
     }
 }
 
 void PulseServer::whenFirstKnown(std::function<void()> handler) {
-    if (known_) {
+    if (isKnown_) {
         handler();
     } else {
-        awaitingFirst_.push_back(std::move(handler));
+        firstKnownHandlers_.push_back(std::move(handler));
     }
 }
 
-// Whether it was known before.
-bool PulseServer::becomeKnown() {
-    for (const auto& handler : std::exchange(awaitingFirst_, {})) {
+// Returns whether the state was known before.
+bool PulseServer::markKnown() {
+    for (const auto& handler : std::exchange(firstKnownHandlers_, {})) {
         handler();
     }
-    return std::exchange(known_, true);
+    return std::exchange(isKnown_, true);
 }
 
 void PulseServer::configurationChanged(const std::string& reason) {
@@ -77,12 +79,13 @@ void PulseServer::log(const std::string& line) {
     log_.write("TarvikDictate: sound — " + line);
 }
 
-Seconds PulseServer::restAfterFailure() {
-    constexpr Seconds step{0.1};
-    constexpr Seconds longest{5};
-    const unsigned failures = failuresInARow_++;
-    return failures == 0 ? Seconds(0)
-                         : std::min(step * std::exp2(std::min(failures, 10U)), longest);
+Seconds PulseServer::countStreamFailure() {
+    constexpr Seconds baseDelay{0.1};
+    constexpr Seconds maxDelay{5};
+    const unsigned earlierFailures = streamFailures_++;
+    return earlierFailures == 0
+               ? Seconds(0)
+               : std::min(baseDelay * std::exp2(std::min(earlierFailures, 10U)), maxDelay);
 }
 
 void PulseServer::connectionReady() {
@@ -91,39 +94,39 @@ void PulseServer::connectionReady() {
 
 void PulseServer::connectionLost(const std::string& reason) {
     tracker_.forget();
-    offer_ = {};
+    available_ = {};
     setAuthorizationStatus(platform::AuthorizationStatus::notDetermined);
-    if (becomeKnown()) {
+    if (markKnown()) {
         configurationChanged("server lost: " + reason);
     } else {
         log("no server: " + reason);
     }
 }
 
-void PulseServer::offerChanged(const MicrophoneOffer& offer) {
-    // A microphone that is not the default one concerns the permission only.
-    const bool sameMicrophone = offer.standard == offer_.standard;
-    offer_ = offer;
-    setAuthorizationStatus(offer.any ? platform::AuthorizationStatus::authorized
-                                     : platform::AuthorizationStatus::denied);
-    if (!becomeKnown()) {
-        log(describe(offer));
-    } else if (!sameMicrophone) {
-        configurationChanged("now " + describe(offer));
+void PulseServer::microphonesChanged(const AvailableMicrophones& available) {
+    // Microphones besides the default one only matter for the authorization status.
+    const bool isSameDefault = available.defaultMicrophone == available_.defaultMicrophone;
+    available_ = available;
+    setAuthorizationStatus(available.hasAny ? platform::AuthorizationStatus::authorized
+                                            : platform::AuthorizationStatus::denied);
+    if (!markKnown()) {
+        log(describe(available));
+    } else if (!isSameDefault) {
+        configurationChanged("now " + describe(available));
     }
 }
 
 void PulseServer::setAuthorizationStatus(platform::AuthorizationStatus status) {
     authorizationStatus_ = static_cast<int>(status);
     if (status != platform::AuthorizationStatus::notDetermined) {
-        answerWaiting();
+        answerAuthorizationRequests();
     }
 }
 
-void PulseServer::answerWaiting() {
+void PulseServer::answerAuthorizationRequests() {
     const bool granted =
         authorizationStatus_ == static_cast<int>(platform::AuthorizationStatus::authorized);
-    for (const auto& answer : std::exchange(waiting_, {})) {
+    for (const auto& answer : std::exchange(authorizationRequests_, {})) {
         if (const auto callback = answer->take()) {
             callback(granted);
         }

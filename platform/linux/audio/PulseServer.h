@@ -10,6 +10,7 @@
 #include "base/OneShot.h"
 #include "platform/CaptureAuthorization.h"
 #include "platform/Log.h"
+#include "platform/linux/audio/AvailableMicrophones.h"
 #include "platform/linux/audio/ConfigurationChanges.h"
 #include "platform/linux/audio/Microphone.h"
 #include "platform/linux/audio/MicrophoneTracker.h"
@@ -18,68 +19,73 @@
 
 namespace tarvik::linuxdesktop {
 
-/// What is known of the session's sound server at this moment; shared by the service and its
-/// engines.
+/// The connection to the session's sound server and the known state of that server. The service and
+/// its engines share one.
 ///
-/// Operations marked "inside" are for the loop's thread, or for others while they hold a lock().
+/// "Locked" marks an operation that needs the loop's lock: call it on the loop's thread, or while
+/// holding a lock().
 class PulseServer {
   public:
+    /// Starts to connect, on a thread of its own. `log` outlives the object.
     PulseServer(std::shared_ptr<ConfigurationChanges> changes, platform::Log& log);
-    /// Not on the loop's thread.
+    /// Ends the connection and its thread. Not on the loop's thread.
     ~PulseServer();
     PulseServer(const PulseServer&) = delete;
     PulseServer& operator=(const PulseServer&) = delete;
 
-    /// Keeps the loop's thread out. Waits only for a callback that is running.
+    /// Holds the loop's lock; waits only for a running callback. Not on the loop's thread.
     [[nodiscard]] PulseMainloop::Lock lock() { return PulseMainloop::Lock(mainloop_); }
 
-    /// The default microphone; empty when there is none, or no server. Inside.
-    const std::optional<Microphone>& microphone() const { return offer_.standard; }
-    /// True while a server answers. Inside.
+    /// The default microphone; empty when there is none, or no server. Locked.
+    const std::optional<Microphone>& microphone() const { return available_.defaultMicrophone; }
+    /// Whether a server has accepted the connection. Locked.
     bool isReady() const { return connection_.isReady(); }
-    /// The connection, in whatever state. Inside.
+    /// The connection in any state. Locked.
     pa_context* context() const { return connection_.context(); }
+    /// The loop that calls every callback. Any thread.
     pa_mainloop_api* api() const { return mainloop_.api(); }
 
-    /// An AuthorizationStatus. Any thread.
+    /// A platform::AuthorizationStatus. Any thread.
     int authorizationStatus() const { return authorizationStatus_; }
-    /// Calls `answer` on the loop's thread once a server has answered, at once if one has. Inside.
-    void whenKnown(std::shared_ptr<OneShot<bool>> answer);
-    /// Calls `handler` once it is known what is there, be it nothing: on the loop's thread, or at
-    /// once when it is known already. Inside.
+    /// Calls `answer` on the loop's thread with whether a microphone may be recorded, as soon as a
+    /// server has listed its microphones. Locked.
+    void requestAuthorization(std::shared_ptr<OneShot<bool>> answer);
+    /// Calls `handler` once, as soon as the microphones are known, or that there is no server: on
+    /// the loop's thread, or inside this call when that is known already. Locked.
     void whenFirstKnown(std::function<void()> handler);
 
-    /// Tells the observers, and the log why. Inside.
+    /// Reports a configuration change to the observers and writes `reason` to the log. Locked.
     void configurationChanged(const std::string& reason);
     /// Writes one line to the log. Any thread.
     void log(const std::string& line);
 
-    /// Notes that a microphone delivers. Inside.
-    void streamDelivered() { failuresInARow_ = 0; }
-    /// Notes that a microphone failed; returns for how long to let it rest before it is opened
-    /// again: not at all the first time, then longer and longer, up to 5 s. Inside.
-    Seconds restAfterFailure();
+    /// Counts the failure of a stream. Returns the delay before the microphone is opened again: 0
+    /// for the first failure, then 0.2 s, doubled with each further failure up to 5 s. Locked.
+    Seconds countStreamFailure();
+    /// Starts the count of failures again, because a stream delivers. Locked.
+    void resetStreamFailures() { streamFailures_ = 0; }
 
   private:
     void connectionReady();
     void connectionLost(const std::string& reason);
-    void offerChanged(const MicrophoneOffer& offer);
+    void microphonesChanged(const AvailableMicrophones& available);
     void setAuthorizationStatus(platform::AuthorizationStatus status);
-    void answerWaiting();
-    bool becomeKnown();
+    void answerAuthorizationRequests();
+    bool markKnown();
 
     std::shared_ptr<ConfigurationChanges> changes_;
     platform::Log& log_;
     PulseMainloop mainloop_;
     MicrophoneTracker tracker_;
     PulseConnection connection_;
-    MicrophoneOffer offer_;
-    /// True once it is known what is there, be it nothing: what follows is a change.
-    bool known_ = false;
-    unsigned failuresInARow_ = 0;
+    AvailableMicrophones available_;
+    /// Whether the microphones, or the absence of a server, have been known once. Only what differs
+    /// after that is a configuration change.
+    bool isKnown_ = false;
+    unsigned streamFailures_ = 0;
     std::atomic<int> authorizationStatus_ = 0;
-    std::vector<std::shared_ptr<OneShot<bool>>> waiting_;
-    std::vector<std::function<void()>> awaitingFirst_;
+    std::vector<std::shared_ptr<OneShot<bool>>> authorizationRequests_;
+    std::vector<std::function<void()>> firstKnownHandlers_;
 };
 
 }  // namespace tarvik::linuxdesktop

@@ -4,16 +4,16 @@
 
 namespace tarvik::linuxdesktop {
 
-RecordStream::RecordStream(pa_context* context, const Microphone& microphone,
-                           std::size_t fragmentFrames, RecordStreamListener& listener)
-    : context_(context), microphone_(microphone), listener_(listener) {
+RecordStream::RecordStream(pa_context* context, Microphone microphone, std::size_t fragmentFrames,
+                           Events events)
+    : context_(context), microphone_(std::move(microphone)), events_(std::move(events)) {
     const pa_sample_spec format{PA_SAMPLE_FLOAT32NE, microphone_.sampleRate,
                                 microphone_.channels.channels};
     stream_.reset(pa_stream_new(context, "Dictation", &format, &microphone_.channels));
     if (stream_) {
         connect(fragmentFrames);
     } else {
-        failed_ = true;
+        hasFailed_ = true;
     }
 }
 
@@ -24,12 +24,12 @@ RecordStream::~RecordStream() {
     pa_stream_set_read_callback(stream_.get(), nullptr, nullptr);
     pa_stream_set_moved_callback(stream_.get(), nullptr, nullptr);
     pa_stream_set_suspended_callback(stream_.get(), nullptr, nullptr);
-    // A stream that the server is still opening cannot be closed yet; the connection keeps it alive
-    // until the server has answered.
-    const bool opening = pa_stream_get_state(stream_.get()) == PA_STREAM_CREATING;
-    pa_stream_set_state_callback(stream_.get(), opening ? &RecordStream::closeOnceOpen : nullptr,
+    // libpulse cannot close a stream that the server is still opening. The context keeps such a
+    // stream alive until the server has answered.
+    const bool isOpening = pa_stream_get_state(stream_.get()) == PA_STREAM_CREATING;
+    pa_stream_set_state_callback(stream_.get(), isOpening ? &RecordStream::closeOnceOpen : nullptr,
                                  nullptr);
-    if (!opening) {
+    if (!isOpening) {
         pa_stream_disconnect(stream_.get());
     }
 }
@@ -49,19 +49,19 @@ void RecordStream::connect(std::size_t fragmentFrames) {
     attributes.maxlength = static_cast<std::uint32_t>(-1);
     attributes.fragsize = static_cast<std::uint32_t>(
         fragmentFrames * pa_frame_size(pa_stream_get_sample_spec(stream_.get())));
-    // A stream whose microphone goes away would be moved to what remains, and that is the
-    // loudspeakers' monitor: it must end instead.
+    // Without DONT_MOVE, the server would move a stream whose microphone goes away to a remaining
+    // source: the loudspeakers' monitor.
     constexpr auto flags = static_cast<pa_stream_flags_t>(
         PA_STREAM_START_CORKED | PA_STREAM_ADJUST_LATENCY | PA_STREAM_DONT_MOVE);
     if (pa_stream_connect_record(stream_.get(), microphone_.name.c_str(), &attributes, flags) < 0) {
-        failed_ = true;
+        hasFailed_ = true;
     }
 }
 
 void RecordStream::uncork() {
-    wantsToRecord_ = true;
-    if (pa_stream_get_state(stream_.get()) == PA_STREAM_READY && !uncorking_) {
-        uncorking_.reset(pa_stream_cork(stream_.get(), 0, &RecordStream::uncorked, this));
+    isUncorkRequested_ = true;
+    if (pa_stream_get_state(stream_.get()) == PA_STREAM_READY && !uncorkOperation_) {
+        uncorkOperation_.reset(pa_stream_cork(stream_.get(), 0, &RecordStream::uncorked, this));
     }
 }
 
@@ -71,17 +71,18 @@ void RecordStream::uncorked(pa_stream* stream, int success, void* self) {
         recording.fail("microphone not started: " + recording.lastError());
         return;
     }
-    // Opening wakes a microphone that slept for want of listeners before the server confirms it;
-    // one that is still suspended now was suspended by somebody.
-    recording.records_ = true;
-    recording.suspended_ = pa_stream_is_suspended(stream) == 1;
+    // The server resumes an idle microphone before it confirms the uncorking. A microphone that is
+    // still suspended now was suspended by another program.
+    recording.isUncorked_ = true;
+    recording.isSuspended_ = pa_stream_is_suspended(stream) == 1;
 }
 
 void RecordStream::suspendedChanged(pa_stream* stream, void* self) {
     auto& recording = *static_cast<RecordStream*>(self);
     const bool isSuspended = pa_stream_is_suspended(stream) == 1;
-    if (recording.records_ && std::exchange(recording.suspended_, isSuspended) != isSuspended) {
-        recording.listener_.suspended(isSuspended);
+    if (recording.isUncorked_ &&
+        std::exchange(recording.isSuspended_, isSuspended) != isSuspended) {
+        recording.events_.onSuspended(isSuspended);
     }
 }
 
@@ -89,7 +90,7 @@ void RecordStream::stateChanged(pa_stream* stream, void* self) {
     auto& recording = *static_cast<RecordStream*>(self);
     switch (pa_stream_get_state(stream)) {
         case PA_STREAM_READY:
-            recording.opened();
+            recording.handleOpened();
             break;
         case PA_STREAM_FAILED:
         case PA_STREAM_TERMINATED:
@@ -100,17 +101,16 @@ void RecordStream::stateChanged(pa_stream* stream, void* self) {
     }
 }
 
-void RecordStream::opened() {
+void RecordStream::handleOpened() {
     if (pa_stream_get_device_index(stream_.get()) != microphone_.index) {
         fail("the server opened another source than " + microphone_.name);
-    } else if (wantsToRecord_) {
+    } else if (isUncorkRequested_) {
         uncork();
     }
 }
 
 void RecordStream::moved(pa_stream*, void* self) {
-    // What the server does in spite of the flag counts for nothing: not one frame of another
-    // source.
+    // In spite of DONT_MOVE. Not one frame of another source may be recorded.
     static_cast<RecordStream*>(self)->fail("the server moved the stream to another source");
 }
 
@@ -121,21 +121,21 @@ void RecordStream::readable(pa_stream* stream, std::size_t, void* self) {
     std::size_t byteCount = 0;
     while (pa_stream_readable_size(stream) > 0 && pa_stream_peek(stream, &data, &byteCount) == 0 &&
            byteCount > 0) {
-        if (recording.wantsToRecord_ && !recording.failed_) {
-            recording.listener_.recorded(static_cast<const float*>(data), byteCount / frameSize);
+        if (recording.isUncorkRequested_ && !recording.hasFailed_) {
+            recording.events_.onFrames(static_cast<const float*>(data), byteCount / frameSize);
         }
         pa_stream_drop(stream);
     }
 }
 
 void RecordStream::fail(const std::string& reason) {
-    if (std::exchange(failed_, true)) {
+    if (std::exchange(hasFailed_, true)) {
         return;
     }
     if (pa_stream_get_state(stream_.get()) == PA_STREAM_READY) {
         pa_stream_disconnect(stream_.get());
     }
-    listener_.failed(reason);
+    events_.onFailure(reason);
 }
 
 std::string RecordStream::lastError() const {

@@ -3,6 +3,7 @@
 #include <pulse/pulseaudio.h>
 
 #include <cstddef>
+#include <functional>
 #include <memory>
 #include <string>
 
@@ -11,39 +12,40 @@
 
 namespace tarvik::linuxdesktop {
 
-/// Hears from a RecordStream, on the loop's thread. It must not destroy the stream in the call.
-class RecordStreamListener {
-  public:
-    virtual ~RecordStreamListener() = default;
-
-    /// `frameCount` frames have been recorded: `samples` holds them interleaved, or is null for a
-    /// hole in the recording. Not before uncork().
-    virtual void recorded(const float* samples, std::size_t frameCount) = 0;
-    /// Somebody else has suspended the microphone of a running stream, or resumed it.
-    virtual void suspended(bool isSuspended) = 0;
-    /// The stream could not be opened or has ended; nothing follows.
-    virtual void failed(const std::string& reason) = 0;
-};
-
-/// One stream from one microphone in the microphone's own rate and channels, as 32-bit floats. It
-/// is opened at once but records nothing before uncork(), and never from anything but that
-/// microphone. Loop locked, or its thread, for every operation. Destruction closes it.
+/// One recording stream from one microphone, in that microphone's rate and channels, as 32-bit
+/// floats.
+///
+/// The constructor opens the stream corked; nothing is recorded before uncork(). The stream never
+/// records from another source: it fails when its microphone goes away. Every operation needs the
+/// loop's lock. Destruction closes the stream.
 class RecordStream {
   public:
-    /// Asks for deliveries of about `fragmentFrames` frames. `context` is ready; `listener`
+    /// Called on the loop's thread. None of them may destroy the stream.
+    struct Events {
+        /// `frameCount` frames have been recorded: `samples` holds them interleaved, or is null for
+        /// a hole in the recording. Not before uncork().
+        std::function<void(const float* samples, std::size_t frameCount)> onFrames;
+        /// The microphone of an uncorked stream has been suspended or resumed by another program.
+        std::function<void(bool isSuspended)> onSuspended;
+        /// The stream could not be opened or has ended. No event follows. After a failure inside
+        /// the constructor, isGood() is false instead.
+        std::function<void(const std::string& reason)> onFailure;
+    };
+
+    /// Asks the server for fragments of about `fragmentFrames` frames. `context` is ready and
     /// outlives the stream.
-    RecordStream(pa_context* context, const Microphone& microphone, std::size_t fragmentFrames,
-                 RecordStreamListener& listener);
+    RecordStream(pa_context* context, Microphone microphone, std::size_t fragmentFrames,
+                 Events events);
     ~RecordStream();
     RecordStream(const RecordStream&) = delete;
     RecordStream& operator=(const RecordStream&) = delete;
 
-    /// Begins to record, now or as soon as the stream is open. Never waits.
+    /// Starts to record, now or as soon as the stream is open. Never waits.
     void uncork();
 
     const Microphone& microphone() const { return microphone_; }
     /// False once the stream has failed.
-    bool isGood() const { return !failed_; }
+    bool isGood() const { return !hasFailed_; }
 
   private:
     struct Unreference {
@@ -57,19 +59,19 @@ class RecordStream {
     static void uncorked(pa_stream* stream, int success, void* self);
     static void closeOnceOpen(pa_stream* stream, void*);
     void connect(std::size_t fragmentFrames);
-    void opened();
+    void handleOpened();
     void fail(const std::string& reason);
     std::string lastError() const;
 
     pa_context* context_;
     Microphone microphone_;
-    RecordStreamListener& listener_;
+    Events events_;
     std::unique_ptr<pa_stream, Unreference> stream_;
-    PulseOperation uncorking_;
-    bool wantsToRecord_ = false;
-    bool records_ = false;
-    bool suspended_ = false;
-    bool failed_ = false;
+    PulseOperation uncorkOperation_;
+    bool isUncorkRequested_ = false;
+    bool isUncorked_ = false;
+    bool isSuspended_ = false;
+    bool hasFailed_ = false;
 };
 
 }  // namespace tarvik::linuxdesktop

@@ -19,8 +19,8 @@ std::string environment(const char* name) {
     return value != nullptr ? value : "";
 }
 
-/// The path of one entry of PULSE_SERVER: an optional "{machine}", then "unix:" or nothing, then
-/// it.
+/// The path of one entry of PULSE_SERVER. An entry is an optional "{machine}", an optional "unix:"
+/// and the path; an entry of another form has no path.
 std::optional<std::filesystem::path> pathOfServer(std::string server) {
     if (server.starts_with('{')) {
         const auto end = server.find('}');
@@ -57,15 +57,15 @@ std::optional<std::filesystem::path> ServerSocketWatch::pathFromEnvironment() {
 }
 
 ServerSocketWatch::ServerSocketWatch(pa_mainloop_api* api, std::filesystem::path socket,
-                                     std::function<void()> appeared)
+                                     std::function<void()> onAppear)
     : api_(api),
       socket_(std::move(socket)),
-      appeared_(std::move(appeared)),
-      descriptor_(inotify_init1(IN_NONBLOCK | IN_CLOEXEC)) {
-    if (descriptor_ >= 0) {
+      onAppear_(std::move(onAppear)),
+      inotify_(inotify_init1(IN_NONBLOCK | IN_CLOEXEC)) {
+    if (inotify_) {
         watchDirectories();
-        event_ =
-            api_->io_new(api_, descriptor_, PA_IO_EVENT_INPUT, &ServerSocketWatch::readable, this);
+        event_ = api_->io_new(api_, inotify_.number(), PA_IO_EVENT_INPUT,
+                              &ServerSocketWatch::readable, this);
     }
 }
 
@@ -73,34 +73,32 @@ ServerSocketWatch::~ServerSocketWatch() {
     if (event_ != nullptr) {
         api_->io_free(event_);
     }
-    if (descriptor_ >= 0) {
-        close(descriptor_);
-    }
 }
 
 void ServerSocketWatch::watchDirectories() {
-    // A server that ends removes the directory of its socket, too, and the next one makes it anew.
-    // A directory that does not exist is watched once the one above it says that it does.
+    // A server that ends removes its socket's directory, and the next server makes the directory
+    // again. The parent's watch reports the new directory, which is then watched in its turn.
     for (const auto& directory : {socket_.parent_path(), socket_.parent_path().parent_path()}) {
-        inotify_add_watch(descriptor_, directory.c_str(), IN_CREATE | IN_MOVED_TO | IN_ONLYDIR);
+        inotify_add_watch(inotify_.number(), directory.c_str(),
+                          IN_CREATE | IN_MOVED_TO | IN_ONLYDIR);
     }
 }
 
 bool ServerSocketWatch::readEvents() {
-    bool appeared = false;
+    bool hasAppeared = false;
     alignas(inotify_event) std::array<char, 4096> buffer{};
     for (;;) {
-        const ssize_t length = read(descriptor_, buffer.data(), buffer.size());
+        const ssize_t length = read(inotify_.number(), buffer.data(), buffer.size());
         if (length <= 0) {
-            return appeared;
+            return hasAppeared;
         }
         for (std::size_t offset = 0; offset < static_cast<std::size_t>(length);) {
             inotify_event event{};
             std::memcpy(&event, buffer.data() + offset, sizeof event);
             const char* name = buffer.data() + offset + sizeof event;
             if (event.len > 0) {
-                appeared = appeared || name == socket_.filename() ||
-                           name == socket_.parent_path().filename();
+                hasAppeared = hasAppeared || name == socket_.filename() ||
+                              name == socket_.parent_path().filename();
             }
             offset += sizeof event + event.len;
         }
@@ -112,7 +110,7 @@ void ServerSocketWatch::readable(pa_mainloop_api*, pa_io_event*, int, pa_io_even
     auto& watch = *static_cast<ServerSocketWatch*>(self);
     if (watch.readEvents()) {
         watch.watchDirectories();
-        watch.appeared_();
+        watch.onAppear_();
     }
 }
 

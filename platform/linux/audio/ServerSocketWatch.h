@@ -6,23 +6,26 @@
 #include <functional>
 #include <optional>
 
+#include "platform/linux/loop/FileDescriptor.h"
+
 namespace tarvik::linuxdesktop {
 
-/// Notices that a sound server makes its socket, so that nobody has to ask again and again.
+/// Reports that a sound server has made its socket, so that no polling is needed.
 ///
-/// libpulse itself can only wait for a server through D-Bus, and only for its first connection.
-/// Loop locked, or its thread, for every operation; it costs nothing while nothing is made in the
-/// two directories that lead to the socket.
+/// libpulse itself can only wait for a server through D-Bus, and only for its first connection. The
+/// watch wakes the process only when a file is made in one of the two directories above the socket.
+/// Every operation needs the loop's lock.
 class ServerSocketWatch {
   public:
-    /// Where this session's server listens, as the environment says; empty when it is not a local
-    /// socket.
+    /// The socket of this session's server according to the environment; empty when the server does
+    /// not listen on a local socket.
     static std::optional<std::filesystem::path> pathFromEnvironment();
 
-    /// Calls `appeared` on the loop's thread whenever `socket`, or the directory it lives in, is
-    /// made. `api` outlives the watch.
+    /// Calls `onAppear` on the loop's thread whenever `socket` or its directory is made. `onAppear`
+    /// must not destroy the watch. `api` is the loop's; the loop outlives the watch. When the
+    /// system refuses a watch, `onAppear` is never called.
     ServerSocketWatch(pa_mainloop_api* api, std::filesystem::path socket,
-                      std::function<void()> appeared);
+                      std::function<void()> onAppear);
     ~ServerSocketWatch();
     ServerSocketWatch(const ServerSocketWatch&) = delete;
     ServerSocketWatch& operator=(const ServerSocketWatch&) = delete;
@@ -35,8 +38,8 @@ class ServerSocketWatch {
 
     pa_mainloop_api* api_;
     std::filesystem::path socket_;
-    std::function<void()> appeared_;
-    int descriptor_;
+    std::function<void()> onAppear_;
+    FileDescriptor inotify_;
     pa_io_event* event_ = nullptr;
 };
 
