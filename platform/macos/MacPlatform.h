@@ -2,12 +2,12 @@
 
 #include "platform/Platform.h"
 #import "platform/macos/accessibility/AxAccessibility.h"
+#import "platform/macos/audio/AvAudioService.h"
 #import "platform/macos/audio/CaptureDeviceAuthorization.h"
-#import "platform/macos/audio/EngineAudioService.h"
 #import "platform/macos/input/CarbonEventManager.h"
 #import "platform/macos/input/QuartzKeyboardEvents.h"
+#import "platform/macos/settings/StandardUserDefaults.h"
 #import "platform/macos/system/CocoaApplication.h"
-#import "platform/macos/system/CocoaUserInterface.h"
 #import "platform/macos/system/DispatchMainQueue.h"
 #import "platform/macos/system/MacWorkspace.h"
 #import "platform/macos/system/MainAppLoginItem.h"
@@ -15,9 +15,9 @@
 #include "platform/macos/system/MonotonicClock.h"
 #import "platform/macos/system/ProcessTaskLauncher.h"
 #import "platform/macos/system/RunLoopTimerService.h"
-#import "platform/macos/system/StandardUserDefaults.h"
 #import "platform/macos/system/SystemLog.h"
 #import "platform/macos/websocket/UrlWebSocketService.h"
+#import "platform/macos/windows/CocoaUserInterface.h"
 
 namespace tarvik::macdesktop {
 
@@ -63,7 +63,7 @@ class MacPlatform final : public platform::Platform {
     CarbonEventManager eventManager_;
     QuartzKeyboardEvents keyboardEvents_;
     AxAccessibility accessibility_;
-    EngineAudioService audio_;
+    AvAudioService audio_;
     CaptureDeviceAuthorization captureAuthorization_;
     UrlWebSocketService webSockets_;
     MacWorkspace workspace_;

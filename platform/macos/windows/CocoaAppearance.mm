@@ -1,4 +1,4 @@
-#import "platform/macos/system/CocoaAppearance.h"
+#import "platform/macos/windows/CocoaAppearance.h"
 
 namespace tarvik::macdesktop {
 

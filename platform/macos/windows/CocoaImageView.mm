@@ -1,6 +1,6 @@
-#import "platform/macos/system/CocoaImageView.h"
+#import "platform/macos/windows/CocoaImageView.h"
 
-#import "platform/macos/system/CocoaImage.h"
+#import "platform/macos/windows/CocoaImage.h"
 
 namespace tarvik::macdesktop {
 
@@ -13,20 +13,9 @@ NSImageView* makeImageView(const platform::ImageViewDescription& description) {
     return view;
 }
 
-NSBox* makeSeparatorBox() {
-    NSBox* box = [[NSBox alloc] initWithFrame:NSZeroRect];
-    [box setBoxType:NSBoxSeparator];
-    return box;
-}
-
 }  // namespace
 
 CocoaImageView::CocoaImageView(const platform::ImageViewDescription& description)
     : CocoaView(makeImageView(description), description.layout) {}
-
-CocoaSeparator::CocoaSeparator() : CocoaView(makeSeparatorBox(), true) {}
-
-CocoaSpacer::CocoaSpacer(const platform::ViewLayout& layout)
-    : CocoaView([[NSView alloc] initWithFrame:NSZeroRect], layout) {}
 
 }  // namespace tarvik::macdesktop

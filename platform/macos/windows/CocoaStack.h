@@ -3,7 +3,7 @@
 #include <memory>
 #include <vector>
 
-#import "platform/macos/system/CocoaView.h"
+#import "platform/macos/windows/CocoaView.h"
 
 namespace tarvik::macdesktop {
 

@@ -1,4 +1,4 @@
-#import "platform/macos/system/CocoaStack.h"
+#import "platform/macos/windows/CocoaStack.h"
 
 #include <algorithm>
 

@@ -1,4 +1,4 @@
-#import "platform/macos/system/CocoaImage.h"
+#import "platform/macos/windows/CocoaImage.h"
 
 namespace tarvik::macdesktop {
 

@@ -1,7 +1,7 @@
-#import "platform/macos/system/CocoaCheckbox.h"
+#import "platform/macos/windows/CocoaCheckbox.h"
 
 #import "platform/macos/Strings.h"
-#import "platform/macos/system/ActionTarget.h"
+#import "platform/macos/windows/ActionTarget.h"
 
 namespace tarvik::macdesktop {
 

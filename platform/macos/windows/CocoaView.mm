@@ -1,4 +1,4 @@
-#import "platform/macos/system/CocoaView.h"
+#import "platform/macos/windows/CocoaView.h"
 
 #include "platform/macos/Conversions.h"
 

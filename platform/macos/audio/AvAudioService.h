@@ -9,13 +9,13 @@
 namespace tarvik::macdesktop {
 
 /// Audio by AVAudioEngine. Main thread only.
-class EngineAudioService final : public platform::AudioService {
+class AvAudioService final : public platform::AudioService {
   public:
     /// `mainQueue` outlives the service, its engines and its observations.
-    explicit EngineAudioService(platform::MainQueue& mainQueue);
-    ~EngineAudioService() override;
-    EngineAudioService(const EngineAudioService&) = delete;
-    EngineAudioService& operator=(const EngineAudioService&) = delete;
+    explicit AvAudioService(platform::MainQueue& mainQueue);
+    ~AvAudioService() override;
+    AvAudioService(const AvAudioService&) = delete;
+    AvAudioService& operator=(const AvAudioService&) = delete;
 
     std::unique_ptr<platform::AudioEngine> makeEngine() override;
     [[nodiscard]] std::unique_ptr<platform::AudioObservation> observeConfigurationChange(

@@ -1,11 +1,11 @@
-#import "platform/macos/system/CocoaStatusItem.h"
+#import "platform/macos/windows/CocoaStatusItem.h"
 
 #include <utility>
 
 #import "platform/macos/Strings.h"
-#import "platform/macos/system/CocoaAppearance.h"
-#import "platform/macos/system/CocoaImage.h"
-#import "platform/macos/system/CocoaMenu.h"
+#import "platform/macos/windows/CocoaAppearance.h"
+#import "platform/macos/windows/CocoaImage.h"
+#import "platform/macos/windows/CocoaMenu.h"
 
 namespace tarvik::macdesktop {
 

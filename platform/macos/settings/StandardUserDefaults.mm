@@ -1,4 +1,4 @@
-#import "platform/macos/system/StandardUserDefaults.h"
+#import "platform/macos/settings/StandardUserDefaults.h"
 
 #import "platform/macos/Strings.h"
 

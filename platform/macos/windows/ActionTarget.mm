@@ -1,4 +1,4 @@
-#import "platform/macos/system/ActionTarget.h"
+#import "platform/macos/windows/ActionTarget.h"
 
 #include <utility>
 

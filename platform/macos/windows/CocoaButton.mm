@@ -1,8 +1,8 @@
-#import "platform/macos/system/CocoaButton.h"
+#import "platform/macos/windows/CocoaButton.h"
 
 #import "platform/macos/Strings.h"
-#import "platform/macos/system/ActionTarget.h"
-#import "platform/macos/system/CocoaAppearance.h"
+#import "platform/macos/windows/ActionTarget.h"
+#import "platform/macos/windows/CocoaAppearance.h"
 
 namespace tarvik::macdesktop {
 

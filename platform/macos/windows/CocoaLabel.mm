@@ -1,7 +1,7 @@
-#import "platform/macos/system/CocoaLabel.h"
+#import "platform/macos/windows/CocoaLabel.h"
 
 #import "platform/macos/Strings.h"
-#import "platform/macos/system/CocoaAppearance.h"
+#import "platform/macos/windows/CocoaAppearance.h"
 
 namespace tarvik::macdesktop {
 

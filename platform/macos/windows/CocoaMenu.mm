@@ -1,9 +1,9 @@
-#import "platform/macos/system/CocoaMenu.h"
+#import "platform/macos/windows/CocoaMenu.h"
 
 #include <utility>
 
 #import "platform/macos/Strings.h"
-#import "platform/macos/system/ActionTarget.h"
+#import "platform/macos/windows/ActionTarget.h"
 
 @interface TarvikMenuDelegate : NSObject <NSMenuDelegate>
 - (void)setHandler:(std::function<void()>)handler;

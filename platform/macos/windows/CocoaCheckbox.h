@@ -1,6 +1,6 @@
 #pragma once
 
-#import "platform/macos/system/CocoaView.h"
+#import "platform/macos/windows/CocoaView.h"
 
 namespace tarvik::macdesktop {
 

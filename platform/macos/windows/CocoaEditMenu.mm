@@ -1,7 +1,8 @@
+#import "platform/macos/windows/CocoaEditMenu.h"
+
 #import <AppKit/AppKit.h>
 
 #import "platform/macos/Strings.h"
-#import "platform/macos/system/CocoaMenu.h"
 
 // What the field editor understands beside the actions that AppKit declares.
 @protocol TarvikUndoActions

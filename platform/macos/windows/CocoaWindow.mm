@@ -1,4 +1,4 @@
-#import "platform/macos/system/CocoaWindow.h"
+#import "platform/macos/windows/CocoaWindow.h"
 
 #import <QuartzCore/QuartzCore.h>
 #import <dispatch/dispatch.h>
@@ -6,8 +6,8 @@
 #include <utility>
 
 #import "platform/macos/Strings.h"
-#import "platform/macos/system/CocoaAppearance.h"
-#import "platform/macos/system/CocoaView.h"
+#import "platform/macos/windows/CocoaAppearance.h"
+#import "platform/macos/windows/CocoaView.h"
 
 @interface TarvikWindowDelegate : NSObject <NSWindowDelegate>
 - (instancetype)initWithHandler:(std::function<void()>)handler;

@@ -1,4 +1,4 @@
-#import "platform/macos/system/CocoaAlert.h"
+#import "platform/macos/windows/CocoaAlert.h"
 
 #import <AppKit/AppKit.h>
 #import <dispatch/dispatch.h>

@@ -1,4 +1,4 @@
-#import "platform/macos/audio/EngineAudioService.h"
+#import "platform/macos/audio/AvAudioService.h"
 
 #import <AVFAudio/AVFAudio.h>
 
@@ -33,7 +33,7 @@ using tarvik::macdesktop::ConfigurationChanges;
 
 namespace tarvik::macdesktop {
 
-EngineAudioService::EngineAudioService(platform::MainQueue& mainQueue)
+AvAudioService::AvAudioService(platform::MainQueue& mainQueue)
     : changes_(std::make_shared<ConfigurationChanges>(mainQueue)),
       observer_([[TarvikConfigurationObserver alloc] initWithChanges:changes_]) {
     [NSNotificationCenter.defaultCenter addObserver:observer_
@@ -42,15 +42,15 @@ EngineAudioService::EngineAudioService(platform::MainQueue& mainQueue)
                                              object:nil];
 }
 
-EngineAudioService::~EngineAudioService() {
+AvAudioService::~AvAudioService() {
     [NSNotificationCenter.defaultCenter removeObserver:observer_];
 }
 
-std::unique_ptr<platform::AudioEngine> EngineAudioService::makeEngine() {
+std::unique_ptr<platform::AudioEngine> AvAudioService::makeEngine() {
     return std::make_unique<AvAudioEngine>(changes_);
 }
 
-std::unique_ptr<platform::AudioObservation> EngineAudioService::observeConfigurationChange(
+std::unique_ptr<platform::AudioObservation> AvAudioService::observeConfigurationChange(
     std::function<void()> handler) {
     return changes_->observe(std::move(handler));
 }

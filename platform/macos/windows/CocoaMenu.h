@@ -25,7 +25,4 @@ class CocoaMenu final : public platform::Menu {
     NSMutableArray<NSObject*>* targets_;
 };
 
-/// Puts an Edit menu into the main menu, for its key equivalents.
-void installEditMenu(const std::string& title, const std::vector<platform::EditMenuItem>& items);
-
 }  // namespace tarvik::macdesktop

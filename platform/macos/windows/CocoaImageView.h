@@ -1,0 +1,13 @@
+#pragma once
+
+#import "platform/macos/windows/CocoaView.h"
+
+namespace tarvik::macdesktop {
+
+/// A picture as an NSImageView. Main thread only.
+class CocoaImageView final : public CocoaView, public platform::View {
+  public:
+    explicit CocoaImageView(const platform::ImageViewDescription& description);
+};
+
+}  // namespace tarvik::macdesktop
