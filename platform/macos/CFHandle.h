@@ -11,8 +11,8 @@ struct CFReleaser {
     void operator()(CFTypeRef reference) const { CFRelease(reference); }
 };
 
-/// One owned reference to a Core Foundation object, released with the handle. It is made from what
-/// a function with "Create" or "Copy" in its name has answered, and from nothing else.
+/// An owned reference to a Core Foundation object, released with the handle. Make a handle only
+/// from the result of a function with "Create" or "Copy" in its name.
 template <typename Reference>
 using CFHandle = std::unique_ptr<std::remove_pointer_t<Reference>, CFReleaser>;
 

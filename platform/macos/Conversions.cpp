@@ -10,8 +10,8 @@ namespace tarvik::macdesktop {
 namespace {
 
 constexpr double nanosecondsInSecond = 1e9;
-// A view that hugs its content as weakly as this takes the room that is left.
-constexpr platform::LayoutPriority weak = 250;
+// A view with this content hugging or less takes the spare width.
+constexpr platform::LayoutPriority lowHugging = 250;
 
 bool isControl(char character) {
     const auto byte = static_cast<unsigned char>(character);
@@ -25,13 +25,13 @@ bool isLineBreak(char character) {
 }  // namespace
 
 std::int64_t nanoseconds(Seconds delay) {
-    constexpr std::int64_t longest = std::numeric_limits<std::int64_t>::max();
+    constexpr std::int64_t maxCount = std::numeric_limits<std::int64_t>::max();
     const double count = delay.count() * nanosecondsInSecond;
     if (!(count > 0)) {
         return 0;
     }
-    // The nearest double to the longest delay is one more than that.
-    return count < static_cast<double>(longest) ? static_cast<std::int64_t>(count) : longest;
+    // As a double, maxCount is rounded up by one, and that value does not fit into an integer.
+    return count < static_cast<double>(maxCount) ? static_cast<std::int64_t>(count) : maxCount;
 }
 
 platform::WebSocketMessage::Kind messageKind(std::int64_t messageType) {
@@ -71,7 +71,7 @@ int alertCode(std::int64_t response, std::size_t buttons) {
 }
 
 bool takesSpareWidth(const platform::ViewLayout& layout) {
-    return layout.horizontalContentHugging && *layout.horizontalContentHugging <= weak &&
+    return layout.horizontalContentHugging && *layout.horizontalContentHugging <= lowHugging &&
            !layout.width;
 }
 

@@ -12,30 +12,30 @@
 #include "platform/Views.h"
 #include "platform/WebSocket.h"
 
-// What lies between the values of the system and those of the contracts. Any thread.
+// Conversions between the values of the system and those of the contracts. Any thread.
 namespace tarvik::macdesktop {
 
-/// A delay in the nanoseconds of Dispatch. One that is no number or has passed is 0; one that is
-/// longer than can be counted is the longest there is.
+/// `delay` in the nanoseconds of Dispatch: 0 for a negative delay and for NaN, the largest count
+/// for a longer delay.
 std::int64_t nanoseconds(Seconds delay);
 
-/// The kinds of messages as NSURLSession counts them.
+/// NSURLSession's numbers for the kinds of messages.
 inline constexpr std::int64_t dataMessageType = 0;
 inline constexpr std::int64_t stringMessageType = 1;
 
 platform::WebSocketMessage::Kind messageKind(std::int64_t messageType);
 
-/// Whether every value can stand in a header of a request: it has no control character beside tab.
+/// Whether every value can stand in a request header: no control characters other than tab.
 bool canStandInHeader(const std::vector<std::pair<std::string, std::string>>& headerFields);
 
-/// A failure in the words of the system, which may be several lines, as the one line of a log.
+/// An error of the system. The lines of its description become the one line of a log.
 Error errorInOneLine(std::int64_t code, std::string_view localizedDescription);
 
-/// What a modal alert with `buttons` buttons answers for `response`: the button's code, or 0 when
-/// it was closed otherwise.
+/// The answer code of a modal alert with `buttons` buttons: the code of the pressed button, or 0
+/// for a `response` that is no button's.
 int alertCode(std::int64_t response, std::size_t buttons);
 
-/// Whether a view with this layout takes the width that is left over in its row.
+/// Whether a view with this layout takes the spare width of its row.
 bool takesSpareWidth(const platform::ViewLayout& layout);
 
 }  // namespace tarvik::macdesktop

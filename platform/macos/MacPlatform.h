@@ -25,7 +25,7 @@ namespace tarvik::macdesktop {
 class MacPlatform final : public platform::Platform {
   public:
     MacPlatform();
-    /// Releases the application's delegate and the blocks that wait, while the services still live.
+    /// Releases the application's delegate and the waiting blocks while every service still exists.
     ~MacPlatform() override;
 
     platform::MainQueue& mainQueue() override { return mainQueue_; }
@@ -49,8 +49,8 @@ class MacPlatform final : public platform::Platform {
     platform::UserInterface& userInterface() override { return userInterface_; }
 
   private:
-    // In the order in which they need each other; the main queue stands before everything that
-    // posts to it.
+    // In the order of their dependencies: the main queue comes before every service that posts to
+    // it.
     SystemLog log_;
     MonotonicClock clock_;
     CocoaApplication application_;

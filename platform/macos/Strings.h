@@ -8,20 +8,20 @@
 
 #include "base/Error.h"
 
-// Texts and failures across the border: each side gets a copy of its own.
+// Copies of texts, data and errors across the border of the languages. Any thread.
 namespace tarvik::macdesktop {
 
-/// The same text; each byte that is part of no character becomes U+FFFD.
+/// The same text; each byte that is not part of a UTF-8 character becomes U+FFFD.
 NSString* nsString(std::string_view utf8);
 NSArray<NSString*>* nsStrings(const std::vector<std::string>& texts);
 
-/// The same text in UTF-8; nil is the empty text.
+/// The same text in UTF-8; empty for nil.
 std::string utf8(NSString* text);
 
 NSData* nsData(std::string_view bytes);
 std::string bytes(NSData* data);
 
-/// The failure that a call has reported; one that it has not described has code 0.
+/// The error that a call has reported, in one line; code 0 and no description for nil.
 Error errorFrom(NSError* error);
 
 }  // namespace tarvik::macdesktop

@@ -19,7 +19,7 @@ NSArray<NSString*>* nsStrings(const std::vector<std::string>& texts) {
     return strings;
 }
 
-// By way of data: a text may hold a null character, and half a surrogate pair.
+// Through NSData, because a text may hold a null character or half a surrogate pair.
 std::string utf8(NSString* text) {
     return bytes([text dataUsingEncoding:NSUTF8StringEncoding allowLossyConversion:YES]);
 }

@@ -10,6 +10,7 @@ namespace tarvik::macdesktop {
 
 namespace {
 
+/// Keeps its blocks until run().
 class CollectingQueue final : public platform::MainQueue {
   public:
     void async(std::function<void()> block) override { blocks_.push_back(std::move(block)); }
@@ -45,7 +46,7 @@ class ConfigurationChangesTest : public testing::Test {
     Engine engine_;
 };
 
-TEST_F(ConfigurationChangesTest, ABurstIsOneCallOnTheMainThread) {
+TEST_F(ConfigurationChangesTest, SeveralReportsAreOneCallOnTheMainThread) {
     add(engine_);
     changes_->report(&engine_);
     changes_->report(&engine_);
@@ -57,7 +58,7 @@ TEST_F(ConfigurationChangesTest, ABurstIsOneCallOnTheMainThread) {
     EXPECT_EQ(calls_, 2);
 }
 
-TEST_F(ConfigurationChangesTest, AnEngineThatRunsOnIsNoReasonForACall) {
+TEST_F(ConfigurationChangesTest, AReportOfARunningEngineDoesNotCount) {
     add(engine_);
     engine_.isRunning = true;
     changes_->report(&engine_);
@@ -69,7 +70,7 @@ TEST_F(ConfigurationChangesTest, AnEngineThatRunsOnIsNoReasonForACall) {
     EXPECT_EQ(calls_, 1);
 }
 
-TEST_F(ConfigurationChangesTest, NorIsOneThatIsReportedWhileItIsBeingStarted) {
+TEST_F(ConfigurationChangesTest, AReportOfAnEngineThatIsBeingStartedDoesNotCount) {
     add(engine_);
     changes_->report(&engine_);
     engine_.isRunning = true;
@@ -77,7 +78,7 @@ TEST_F(ConfigurationChangesTest, NorIsOneThatIsReportedWhileItIsBeingStarted) {
     EXPECT_EQ(calls_, 0);
 }
 
-TEST_F(ConfigurationChangesTest, NorIsOneThatHasBeenReplaced) {
+TEST_F(ConfigurationChangesTest, AReportOfAReplacedEngineDoesNotCount) {
     add(engine_);
     changes_->report(&engine_);
     changes_->remove(&engine_);
@@ -90,7 +91,7 @@ TEST_F(ConfigurationChangesTest, NorIsOneThatHasBeenReplaced) {
     EXPECT_EQ(calls_, 0);
 }
 
-TEST_F(ConfigurationChangesTest, OneThatHasStoppedCountsAmongThoseThatRun) {
+TEST_F(ConfigurationChangesTest, AReportOfAStoppedEngineCountsAmongRunningEngines) {
     Engine running{true};
     add(running);
     add(engine_);

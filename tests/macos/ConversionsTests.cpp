@@ -15,16 +15,16 @@ TEST(ConversionsTest, ADelayIsCountedInNanoseconds) {
     EXPECT_EQ(nanoseconds(Seconds(10)), 10'000'000'000);
 }
 
-TEST(ConversionsTest, ADelayThatHasPassedOrIsNoNumberIsNone) {
+TEST(ConversionsTest, ANegativeDelayAndNaNAreZero) {
     EXPECT_EQ(nanoseconds(Seconds(0)), 0);
     EXPECT_EQ(nanoseconds(Seconds(-1)), 0);
     EXPECT_EQ(nanoseconds(Seconds(std::numeric_limits<double>::quiet_NaN())), 0);
 }
 
-TEST(ConversionsTest, ADelayTooLongToCountIsTheLongest) {
-    constexpr std::int64_t longest = std::numeric_limits<std::int64_t>::max();
-    EXPECT_EQ(nanoseconds(Seconds(1e12)), longest);
-    EXPECT_EQ(nanoseconds(Seconds(std::numeric_limits<double>::infinity())), longest);
+TEST(ConversionsTest, ADelayTooLongToCountIsTheLargestCount) {
+    constexpr std::int64_t maxCount = std::numeric_limits<std::int64_t>::max();
+    EXPECT_EQ(nanoseconds(Seconds(1e12)), maxCount);
+    EXPECT_EQ(nanoseconds(Seconds(std::numeric_limits<double>::infinity())), maxCount);
 }
 
 TEST(ConversionsTest, MessagesAreDataTextOrSomethingElse) {

@@ -6,7 +6,7 @@ namespace tarvik::macdesktop {
 
 namespace {
 
-TEST(MonotonicClockTest, ItMovesOnAndNeverBack) {
+TEST(MonotonicClockTest, TheClockMovesOnAndNeverBack) {
     const MonotonicClock clock;
     const TimePoint start = clock.now();
     TimePoint last = start;

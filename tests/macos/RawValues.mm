@@ -1,5 +1,5 @@
-// The values that the contracts, and the core through them, take for the system's own are the
-// system's own. Compiling this file is the test.
+// The contracts repeat values of the system. Each of them equals the system's own value. Compiling
+// this file is the test.
 //
 // Two values are missing: NSVariableStatusItemLength (-1) and NSLayoutPriorityDefaultLow (250) are
 // floating variables in the system's headers, which no static_assert can read.

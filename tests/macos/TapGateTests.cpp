@@ -11,7 +11,7 @@ namespace tarvik::macdesktop {
 
 namespace {
 
-TEST(TapGateTest, BuffersPassAsTheyAreUntilItCloses) {
+TEST(TapGateTest, BuffersPassUnchangedUntilTheGateCloses) {
     const float samples[] = {0.25F, -0.25F};
     const float* const channels[] = {samples};
     const platform::AudioPcmBuffer* seen = nullptr;
@@ -26,7 +26,7 @@ TEST(TapGateTest, BuffersPassAsTheyAreUntilItCloses) {
     gate.close();
 }
 
-TEST(TapGateTest, WhatTheBlockHoldsIsReleasedWhenItCloses) {
+TEST(TapGateTest, ClosingDestroysTheBlock) {
     auto held = std::make_shared<int>(1);
     const std::weak_ptr<int> alive = held;
     TapGate gate([held](const platform::AudioPcmBuffer&) {});

@@ -9,9 +9,9 @@
 
 namespace tarvik::macdesktop {
 
-/// The system's accessibility interface. Each call to another program waits for it, 0.5 s at the
-/// most. Whether a text has arrived is what the other program says; one that does not answer in
-/// time may still take it later. Main thread only.
+/// Accessibility by AXUIElement. A call to another program waits for that program, 0.5 s at most. A
+/// write succeeds when the other program says so. A program that does not answer in time may still
+/// carry out the write later. Main thread only.
 class AxAccessibility final : public platform::Accessibility {
   public:
     platform::AXUIElementRef createSystemWide() override;
@@ -25,11 +25,11 @@ class AxAccessibility final : public platform::Accessibility {
     bool isProcessTrustedWithOptions(bool prompt) override;
 
   private:
-    bool hasFailedToAnswer(platform::ProcessIdentifier process);
+    bool isUnresponsive(platform::ProcessIdentifier process);
 
-    /// Programs that did not answer a write. Nil is one that the system does not count among the
-    /// applications, and of which nobody learns when it ends.
-    std::map<platform::ProcessIdentifier, NSRunningApplication*> silent_;
+    /// Programs that did not answer a write in time, with their applications. Nil is a program that
+    /// is not an application; the system does not report the end of such a program.
+    std::map<platform::ProcessIdentifier, NSRunningApplication*> unresponsive_;
 };
 
 }  // namespace tarvik::macdesktop

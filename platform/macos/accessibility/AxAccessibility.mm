@@ -11,8 +11,8 @@ namespace tarvik::macdesktop {
 
 namespace {
 
-// Of the element that stands for all, it is the limit for every other.
-constexpr float longestWait = 0.5F;
+// In seconds. Set on the system-wide element, the timeout holds for every element.
+constexpr float messagingTimeout = 0.5F;
 
 struct AxElement final : platform::AXUIElement {
     explicit AxElement(CFHandle<AXUIElementRef> owned) : reference(std::move(owned)) {}
@@ -24,7 +24,7 @@ AXUIElementRef axElement(const platform::AXUIElementRef& element) {
     return static_cast<const AxElement&>(*element).reference.get();
 }
 
-// 0, which is no program's, when the element does not say.
+// 0, which no program has, when the element has no process.
 platform::ProcessIdentifier processOf(AXUIElementRef element) {
     pid_t process = 0;
     return AXUIElementGetPid(element, &process) == kAXErrorSuccess ? process : 0;
@@ -34,7 +34,7 @@ platform::ProcessIdentifier processOf(AXUIElementRef element) {
 
 platform::AXUIElementRef AxAccessibility::createSystemWide() {
     CFHandle<AXUIElementRef> element(AXUIElementCreateSystemWide());
-    AXUIElementSetMessagingTimeout(element.get(), longestWait);
+    AXUIElementSetMessagingTimeout(element.get(), messagingTimeout);
     return std::make_shared<AxElement>(std::move(element));
 }
 
@@ -44,7 +44,7 @@ platform::AXError AxAccessibility::copyAttributeValue(const platform::AXUIElemen
     CFTypeRef copied = nullptr;
     const AXError status = AXUIElementCopyAttributeValue(
         axElement(element), (__bridge CFStringRef)nsString(attribute), &copied);
-    // Taken over whatever the status, so that it is released whatever it is.
+    // Owned with any status and of any type, so that the value is always released.
     CFHandle<CFTypeRef> value(copied);
     if (status == kAXErrorSuccess && value && CFGetTypeID(value.get()) == AXUIElementGetTypeID()) {
         *outValue = std::make_shared<AxElement>(
@@ -57,26 +57,27 @@ platform::AXError AxAccessibility::setAttributeValue(const platform::AXUIElement
                                                      std::string_view attribute,
                                                      const std::string& text) {
     const platform::ProcessIdentifier process = processOf(axElement(element));
-    if (hasFailedToAnswer(process)) {
+    if (isUnresponsive(process)) {
         return platform::axErrorCannotComplete;
     }
     const AXError status =
         AXUIElementSetAttributeValue(axElement(element), (__bridge CFStringRef)nsString(attribute),
                                      (__bridge CFStringRef)nsString(text));
     if (status == kAXErrorCannotComplete) {
-        silent_[process] = [NSRunningApplication runningApplicationWithProcessIdentifier:process];
+        unresponsive_[process] =
+            [NSRunningApplication runningApplicationWithProcessIdentifier:process];
     }
     return status;
 }
 
-// Its identifier may be another program's by now.
-bool AxAccessibility::hasFailedToAnswer(platform::ProcessIdentifier process) {
-    const auto found = silent_.find(process);
-    if (found != silent_.end() && found->second.terminated) {
-        silent_.erase(found);
+// The system may have given the identifier of a terminated program to another program.
+bool AxAccessibility::isUnresponsive(platform::ProcessIdentifier process) {
+    const auto found = unresponsive_.find(process);
+    if (found != unresponsive_.end() && found->second.terminated) {
+        unresponsive_.erase(found);
         return false;
     }
-    return found != silent_.end();
+    return found != unresponsive_.end();
 }
 
 bool AxAccessibility::isProcessTrusted() {

@@ -8,15 +8,15 @@
 
 namespace tarvik::macdesktop {
 
-/// An AVAudioEngine and its input node. What the engine has collected but not delivered when the
-/// tap is removed is lost: the engine keeps it. Calls may wait for the system's audio server. Main
-/// thread only.
+/// An AVAudioEngine and its input node. Audio that the engine has not delivered when the tap is
+/// removed is lost, because the engine keeps that audio. Calls may wait for the system's audio
+/// server. Main thread only.
 ///
-/// From start() to stop() the system knows that the process works for its user and does not slow it
-/// down, as it otherwise does with one that has no window and plays nothing.
+/// From start() to stop() an activity keeps the system from slowing the process down. Without the
+/// activity, the system slows down a process that has no window and plays nothing.
 class AvAudioEngine final : public platform::AudioEngine, public platform::AudioInputNode {
   public:
-    /// `changes` hears of this engine for as long as it lives.
+    /// Registers the engine with `changes` until destruction.
     explicit AvAudioEngine(std::shared_ptr<ConfigurationChanges> changes);
     ~AvAudioEngine() override;
     AvAudioEngine(const AvAudioEngine&) = delete;
@@ -39,16 +39,16 @@ class AvAudioEngine final : public platform::AudioEngine, public platform::Audio
 
     std::shared_ptr<ConfigurationChanges> changes_;
     AVAudioEngine* engine_;
-    /// The one that was answered last, for the tap that is installed with it.
+    /// The last answer of inputFormatForBus(), for the tap.
     AVAudioFormat* inputFormat_ = nil;
-    /// The node that has the tap.
+    /// The node that has the tap; nil without a tap.
     AVAudioInputNode* tappedNode_ = nil;
-    /// The engine's tap block holds it as well. Empty while there is no tap.
+    /// Shared with the engine's tap block. Empty without a tap.
     std::shared_ptr<TapGate> gate_;
-    /// Why the last tap that was asked for is not there or the engine is not ready; the start
-    /// reports it.
-    std::optional<Error> failure_;
-    /// Nil while nothing is captured.
+    /// Why the last tap was not installed or the engine was not prepared; start() returns this
+    /// error.
+    std::optional<Error> pendingError_;
+    /// Nil while the engine is stopped.
     id<NSObject> activity_ = nil;
 };
 

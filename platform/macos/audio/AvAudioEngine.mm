@@ -15,15 +15,16 @@ platform::AudioFormat shape(AVAudioFormat* format) {
     return {format.sampleRate, format.channelCount};
 }
 
-// On the engine's delivery thread, which may never empty a pool of its own.
+// On the engine's delivery thread, which may never drain an autorelease pool of its own.
 void deliver(TapGate& gate, AVAudioPCMBuffer* buffer) {
     @autoreleasepool {
         gate.deliver({buffer.floatChannelData, buffer.frameLength, shape(buffer.format)});
     }
 }
 
-// Sends messages to the engine, any of which may throw where a failure would be expected: there is
-// no microphone, or it has changed since the message before, as it does while headphones connect.
+// Sends messages to the engine. The engine throws instead of reporting an error when there is no
+// microphone, or when the microphone has changed since the message before, as while headphones
+// connect.
 template <typename Messages>
 std::optional<Error> guarded(Messages messages) {
     @try {
@@ -50,14 +51,14 @@ AvAudioEngine::~AvAudioEngine() {
 }
 
 void AvAudioEngine::prepare() {
-    if (!failure_) {
-        failure_ = guarded([this] { [engine_ prepare]; });
+    if (!pendingError_) {
+        pendingError_ = guarded([this] { [engine_ prepare]; });
     }
 }
 
 std::optional<Error> AvAudioEngine::start() {
-    if (failure_) {
-        return failure_;
+    if (pendingError_) {
+        return pendingError_;
     }
     std::optional<Error> reported;
     const std::optional<Error> thrown = guarded([&] {
@@ -73,14 +74,14 @@ std::optional<Error> AvAudioEngine::start() {
 }
 
 void AvAudioEngine::stop() {
-    // What an engine throws that is to stop says that it cannot run any more.
+    // An engine that throws here does not run any more, so it has stopped.
     static_cast<void>(guarded([this] { [engine_ stop]; }));
     endActivity();
 }
 
 platform::AudioFormat AvAudioEngine::inputFormatForBus(std::uint32_t bus) {
     inputFormat_ = nil;
-    // What is thrown says that there is no microphone, and so does a format of 0 Hz.
+    // An exception means that there is no microphone, as a format of 0 Hz does.
     static_cast<void>(guarded([&] { inputFormat_ = [engine_.inputNode inputFormatForBus:bus]; }));
     return shape(inputFormat_);
 }
@@ -89,7 +90,7 @@ void AvAudioEngine::installTapOnBus(std::uint32_t bus, std::uint32_t bufferSize,
                                     const platform::AudioFormat& /*format*/,
                                     platform::AudioTapBlock block) {
     const auto gate = std::make_shared<TapGate>(std::move(block));
-    failure_ = guarded([&] {
+    pendingError_ = guarded([&] {
         AVAudioInputNode* node = engine_.inputNode;
         [node installTapOnBus:bus
                    bufferSize:bufferSize
@@ -104,7 +105,7 @@ void AvAudioEngine::installTapOnBus(std::uint32_t bus, std::uint32_t bufferSize,
 
 void AvAudioEngine::removeTapOnBus(std::uint32_t bus) {
     if (const std::shared_ptr<TapGate> gate = std::exchange(gate_, nullptr)) {
-        // A tap that cannot be removed delivers to a gate that is closed.
+        // A tap that cannot be removed delivers to a closed gate.
         static_cast<void>(guarded([&] { [tappedNode_ removeTapOnBus:bus]; }));
         tappedNode_ = nil;
         gate->close();

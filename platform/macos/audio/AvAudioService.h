@@ -23,7 +23,7 @@ class AvAudioService final : public platform::AudioService {
 
   private:
     std::shared_ptr<ConfigurationChanges> changes_;
-    /// The notification centre holds it weakly.
+    /// The notification centre holds its observers weakly.
     TarvikConfigurationObserver* observer_;
 };
 

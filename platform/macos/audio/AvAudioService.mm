@@ -24,7 +24,7 @@ using tarvik::macdesktop::ConfigurationChanges;
     return self;
 }
 
-// On a thread of the engine's choosing.
+// Called on any thread.
 - (void)handleConfigurationChange:(NSNotification*)notification {
     _changes->report((__bridge const void*)notification.object);
 }

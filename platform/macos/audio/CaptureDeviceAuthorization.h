@@ -4,7 +4,7 @@
 
 namespace tarvik::macdesktop {
 
-/// The permission to capture audio as AVCaptureDevice knows it.
+/// The permission to capture audio, by AVCaptureDevice.
 class CaptureDeviceAuthorization final : public platform::CaptureAuthorization {
   public:
     int authorizationStatusForAudio() override;

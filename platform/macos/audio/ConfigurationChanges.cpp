@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <utility>
 
+#include "base/Weakly.h"
+
 namespace tarvik::macdesktop {
 
 void ConfigurationChanges::add(Engine engine, std::function<bool()> isRunning) {
@@ -15,14 +17,10 @@ void ConfigurationChanges::remove(Engine engine) {
 
 void ConfigurationChanges::report(Engine engine) {
     const std::lock_guard lock(mutex_);
-    const bool isAnnounced = !reported_.empty();
+    const bool isEvaluationPending = !reported_.empty();
     reported_.insert(engine);
-    if (!isAnnounced) {
-        mainQueue_.async([weakSelf = weak_from_this()] {
-            if (const auto self = weakSelf.lock()) {
-                self->judgeReports();
-            }
-        });
+    if (!isEvaluationPending) {
+        mainQueue_.async(weakly(*this, &ConfigurationChanges::evaluateReports));
     }
 }
 
@@ -31,8 +29,8 @@ std::unique_ptr<platform::AudioObservation> ConfigurationChanges::observe(
     return observers_.add(std::move(handler));
 }
 
-// On the main thread, and so after a start that was under way when its engine was reported.
-void ConfigurationChanges::judgeReports() {
+// On the main thread, so a start that was under way at the time of the report has ended.
+void ConfigurationChanges::evaluateReports() {
     std::set<Engine> reported;
     {
         const std::lock_guard lock(mutex_);

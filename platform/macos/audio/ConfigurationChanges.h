@@ -12,42 +12,43 @@
 
 namespace tarvik::macdesktop {
 
-/// Joins what the system says of the engines into one call of every observer on the main thread.
+/// Coalesces the system's reports of configuration changes into one call of every observer, on the
+/// main thread.
 ///
-/// Only what it says of an engine that lives and does not run counts. It speaks of running ones
-/// too, above all right after their start, and of those that were replaced a moment ago; a new
-/// engine in answer to that would bring the next such word.
+/// A report counts only when its engine is registered and does not run. The system also reports
+/// running engines, above all right after their start, and engines that were just replaced. A new
+/// engine in answer to such a report would cause the next report.
 class ConfigurationChanges : public std::enable_shared_from_this<ConfigurationChanges> {
   public:
-    /// Tells an engine from every other that lives; it is never followed.
+    /// Identifies a registered engine; never dereferenced.
     using Engine = const void*;
 
     /// `mainQueue` outlives the object and the reports.
     explicit ConfigurationChanges(platform::MainQueue& mainQueue) : mainQueue_(mainQueue) {}
 
-    /// From now on `engine` lives, and `isRunning` says whether it runs. Main thread.
+    /// Registers `engine`; `isRunning` tells whether the engine runs. Main thread.
     void add(Engine engine, std::function<bool()> isRunning);
-    /// From now on nothing that is said of `engine` counts, and nobody is asked about it. Main
-    /// thread.
+    /// Forgets `engine`: pending and later reports about the engine do not count, and its
+    /// `isRunning` is not called again. Main thread.
     void remove(Engine engine);
 
-    /// Says that the configuration around `engine` has changed. Any thread; never waits for the
-    /// main thread.
+    /// Reports that the configuration of `engine` has changed. Any thread; never waits for the main
+    /// thread.
     void report(Engine engine);
 
-    /// Calls `handler` once for all reports that come before the main thread gets to them, until
+    /// Calls `handler` on the main thread, once for all reports since the last evaluation, until
     /// the observation is dropped. Main thread.
     [[nodiscard]] std::unique_ptr<platform::AudioObservation> observe(
         std::function<void()> handler);
 
   private:
-    void judgeReports();
+    void evaluateReports();
 
     platform::MainQueue& mainQueue_;
     std::map<Engine, std::function<bool()>> engines_;
     Observers<platform::AudioObservation> observers_;
     std::mutex mutex_;
-    /// Those that the main thread has not got to.
+    /// The reported engines that the main thread has not evaluated yet. Guarded by the mutex.
     std::set<Engine> reported_;
 };
 

@@ -14,7 +14,7 @@ void TapGate::deliver(const platform::AudioPcmBuffer& buffer) {
 }
 
 void TapGate::close() {
-    // Destroyed outside the lock, and here rather than on the delivery thread.
+    // Destroyed after the lock is released, and on this thread instead of the delivery thread.
     platform::AudioTapBlock closed;
     const std::lock_guard lock(mutex_);
     closed.swap(block_);

@@ -6,15 +6,16 @@
 
 namespace tarvik::macdesktop {
 
-/// Stands between the engine's tap and the block that receives it, so that nothing passes any more
-/// once the tap has been removed, whatever the engine still has under way. Allocates nothing.
+/// Passes the buffers of the engine's tap on to a block until the gate is closed. A buffer that the
+/// engine still has under way when the tap is removed is dropped. Allocates nothing.
 class TapGate {
   public:
     explicit TapGate(platform::AudioTapBlock block);
 
-    /// Passes the buffer on while the gate is open. The engine's delivery thread.
+    /// Passes the buffer on while the gate is open. On the engine's delivery thread.
     void deliver(const platform::AudioPcmBuffer& buffer);
-    /// Main thread. Waits for a delivery under way, which is one conversion long.
+    /// Closes the gate and destroys the block. Waits for a delivery under way, which takes one
+    /// conversion. Main thread; harmless when repeated.
     void close();
 
   private:

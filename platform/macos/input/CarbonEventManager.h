@@ -4,8 +4,9 @@
 
 namespace tarvik::macdesktop {
 
-/// Carbon's event manager. The handles are Carbon's own but for that of a handler, which also keeps
-/// the handler and its user data until it is removed.
+/// Hotkeys by Carbon's event manager. The handles of targets and hotkeys are Carbon's own. The
+/// handle of an event handler is an object of this class, freed by removeEventHandler(). Main
+/// thread only.
 class CarbonEventManager final : public platform::EventManager {
   public:
     platform::EventTarget* applicationEventTarget() override;

@@ -5,7 +5,7 @@
 #include <memory>
 #include <vector>
 
-// What Carbon calls back with; it lives from the installation to the removal.
+// The user data of a Carbon handler, from the handler's installation to its removal.
 struct tarvik::platform::EventHandler {
     EventHandlerProc handler = nullptr;
     void* userData = nullptr;
@@ -22,7 +22,7 @@ class CarbonEvent final : public platform::Event {
     EventRef get() const { return event_; }
 
   private:
-    /// Carbon's, during the call.
+    /// Owned by Carbon; valid during the handler's call.
     EventRef event_;
 };
 
@@ -34,7 +34,7 @@ EventTargetRef carbonTarget(platform::EventTarget* target) {
     return reinterpret_cast<EventTargetRef>(target);
 }
 
-OSStatus pass(EventHandlerCallRef next, EventRef event, void* installation) {
+OSStatus callHandler(EventHandlerCallRef next, EventRef event, void* installation) {
     const auto* installed = static_cast<platform::EventHandler*>(installation);
     CarbonEvent wrapped(event);
     return installed->handler(reinterpret_cast<platform::EventHandlerCall*>(next),
@@ -59,8 +59,8 @@ platform::OSStatus CarbonEventManager::installEventHandler(
     installed->handler = handler;
     installed->userData = userData;
     const OSStatus status =
-        InstallEventHandler(carbonTarget(target), pass, carbonTypes.size(), carbonTypes.data(),
-                            installed.get(), &installed->reference);
+        InstallEventHandler(carbonTarget(target), callHandler, carbonTypes.size(),
+                            carbonTypes.data(), installed.get(), &installed->reference);
     if (status == platform::noErr) {
         *outRef = installed.release();
     }

@@ -4,8 +4,7 @@
 
 namespace tarvik::macdesktop {
 
-/// Keyboard input as CGEvents. The system does not say whether an event that was posted has
-/// arrived.
+/// Keyboard input as CGEvents. The system does not report whether a posted event has arrived.
 class QuartzKeyboardEvents final : public platform::KeyboardEvents {
   public:
     std::shared_ptr<platform::EventSource> createSource(int sourceState) override;

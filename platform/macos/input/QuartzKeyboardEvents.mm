@@ -42,7 +42,8 @@ std::shared_ptr<platform::KeyboardEvent> QuartzKeyboardEvents::createKeyboardEve
     if (!event) {
         return nullptr;
     }
-    // The user may still hold the hotkey: with its Option key, text would be a shortcut to some.
+    // The user may still hold the Option key of the hotkey. Some programs would take text with that
+    // flag for a shortcut.
     CGEventSetFlags(event.get(), 0);
     return std::make_shared<QuartzKeyboardEvent>(std::move(event));
 }

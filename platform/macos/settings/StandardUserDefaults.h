@@ -6,8 +6,8 @@
 
 namespace tarvik::macdesktop {
 
-/// The application's standard domain of NSUserDefaults, which reads a number that was stored as
-/// text as the number it looks like.
+/// The application's standard domain of NSUserDefaults. Text that looks like a number also reads as
+/// that number.
 class StandardUserDefaults final : public platform::UserDefaults {
   public:
     StandardUserDefaults();

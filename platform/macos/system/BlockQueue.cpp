@@ -9,21 +9,21 @@ void BlockQueue::append(std::function<void()> block) {
     }
 }
 
-BlockQueue::Ticket BlockQueue::hold(TimePoint moment, std::function<void()> block) {
+BlockQueue::Ticket BlockQueue::schedule(TimePoint deadline, std::function<void()> block) {
     const std::lock_guard lock(mutex_);
-    const Ticket ticket(moment, submissions_++);
+    const Ticket ticket(deadline, scheduleCount_++);
     if (block) {
-        held_.emplace(ticket, std::move(block));
+        scheduled_.emplace(ticket, std::move(block));
     }
     return ticket;
 }
 
-// The system's own timers may fire late, each by an amount of its own, and so out of order.
-void BlockQueue::redeem(const Ticket& ticket) {
+// The system's timers may fire late, each with another delay, and so out of order.
+void BlockQueue::release(const Ticket& ticket) {
     const std::lock_guard lock(mutex_);
-    const auto end = held_.upper_bound(ticket);
-    for (auto held = held_.begin(); held != end; held = held_.erase(held)) {
-        ready_.push_back(std::move(held->second));
+    const auto end = scheduled_.upper_bound(ticket);
+    for (auto next = scheduled_.begin(); next != end; next = scheduled_.erase(next)) {
+        ready_.push_back(std::move(next->second));
     }
 }
 
@@ -37,18 +37,18 @@ std::function<void()> BlockQueue::takeNext() {
     return block;
 }
 
-bool BlockQueue::isAnyReady() const {
+bool BlockQueue::hasReadyBlock() const {
     const std::lock_guard lock(mutex_);
     return !ready_.empty();
 }
 
 void BlockQueue::discard() {
-    // Destroyed outside the lock: what a block holds may submit another one when it goes.
+    // Destroyed after the lock is released, because the destruction of a block may add another one.
     std::deque<std::function<void()>> ready;
-    std::map<Ticket, std::function<void()>> held;
+    std::map<Ticket, std::function<void()>> scheduled;
     const std::lock_guard lock(mutex_);
     ready.swap(ready_);
-    held.swap(held_);
+    scheduled.swap(scheduled_);
 }
 
 }  // namespace tarvik::macdesktop

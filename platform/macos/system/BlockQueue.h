@@ -11,31 +11,32 @@
 
 namespace tarvik::macdesktop {
 
-/// Blocks that wait for the main thread: those that are ready, in the order in which they became
-/// so, and those held back until a moment. Any thread.
+/// The blocks of a main queue: the ready blocks, in the order in which they became ready, and the
+/// scheduled blocks, which wait for their deadline. Any thread.
 class BlockQueue {
   public:
-    /// Tells a block that is held back from every other, in the order of their moments.
+    /// Identifies a scheduled block. Tickets are in the order of the deadlines.
     using Ticket = std::pair<TimePoint, std::uint64_t>;
 
-    /// The block is ready at once. An empty one is ignored.
+    /// Adds a block that is ready at once. An empty block is ignored.
     void append(std::function<void()> block);
-    /// The block is ready once its ticket, or one of a later moment, is redeemed.
-    Ticket hold(TimePoint moment, std::function<void()> block);
-    /// Makes every block ready that was held back until this ticket's moment or an earlier one.
-    void redeem(const Ticket& ticket);
+    /// Adds a block that becomes ready when its ticket or a later one is released. An empty block
+    /// is ignored.
+    Ticket schedule(TimePoint deadline, std::function<void()> block);
+    /// Makes the block of this ticket and those of all earlier tickets ready.
+    void release(const Ticket& ticket);
 
-    /// Takes the block that has been ready for longest; empty when none is.
+    /// Takes the first ready block; empty when none is ready.
     std::function<void()> takeNext();
-    bool isAnyReady() const;
-    /// Destroys the blocks that wait, ready or not, without running them.
+    bool hasReadyBlock() const;
+    /// Destroys all blocks without running them.
     void discard();
 
   private:
     mutable std::mutex mutex_;
     std::deque<std::function<void()>> ready_;
-    std::map<Ticket, std::function<void()>> held_;
-    std::uint64_t submissions_ = 0;
+    std::map<Ticket, std::function<void()>> scheduled_;
+    std::uint64_t scheduleCount_ = 0;
 };
 
 }  // namespace tarvik::macdesktop

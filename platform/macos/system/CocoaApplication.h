@@ -10,7 +10,7 @@ namespace tarvik::macdesktop {
 
 /// The process's NSApplication. Main thread only.
 ///
-/// The system ends the process inside terminate(): neither it nor run() comes back.
+/// terminate() and run() do not return, because the system ends the process inside terminate().
 class CocoaApplication final : public platform::Application {
   public:
     CocoaApplication();
@@ -25,7 +25,7 @@ class CocoaApplication final : public platform::Application {
 
   private:
     NSApplication* application_;
-    /// NSApplication holds its delegate weakly. This one holds ours strongly.
+    /// NSApplication holds its delegate weakly. This delegate holds the core's strongly.
     TarvikApplicationDelegate* delegate_;
 };
 

@@ -14,7 +14,7 @@ using tarvik::platform::LaunchNotification;
     std::shared_ptr<ApplicationDelegate> _delegate;
 }
 
-// The old delegate goes last: it may ask for the present one while it is destroyed.
+// Swapped before the old delegate is destroyed: its destruction may ask for the new delegate.
 - (void)replace:(std::shared_ptr<ApplicationDelegate>)delegate {
     _delegate.swap(delegate);
 }
@@ -36,7 +36,7 @@ using tarvik::platform::LaunchNotification;
     return !delegate || delegate->applicationShouldHandleReopen(hasVisibleWindows);
 }
 
-// The system complains at each start about an application that does not say.
+// Without this answer the system logs a complaint at each start.
 - (BOOL)applicationSupportsSecureRestorableState:(NSApplication*)application {
     return YES;
 }

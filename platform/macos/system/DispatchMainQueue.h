@@ -8,8 +8,8 @@
 
 namespace tarvik::macdesktop {
 
-/// The main queue on Dispatch and the main run loop; it also runs in the loop of a modal alert or
-/// of a menu. Made and destroyed on the main thread.
+/// The main queue on Dispatch and the main run loop. Blocks also run in the loop of a modal alert
+/// or of a menu. Made and destroyed on the main thread.
 class DispatchMainQueue final : public platform::MainQueue {
   public:
     /// `clock` outlives the queue.
@@ -19,12 +19,12 @@ class DispatchMainQueue final : public platform::MainQueue {
     void async(std::function<void()> block) override;
     void asyncAfter(Seconds delay, std::function<void()> block) override;
 
-    /// Destroys the blocks that wait, without running them. Main thread.
+    /// Destroys the waiting blocks without running them. Main thread.
     void discardBlocks();
 
   private:
     const platform::Clock& clock_;
-    /// Dispatch holds it as well, until the last moment that was asked for.
+    /// Shared with Dispatch until the last deadline has passed.
     std::shared_ptr<BlockQueue> blocks_;
 };
 

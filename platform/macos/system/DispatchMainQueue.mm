@@ -13,17 +13,17 @@ namespace {
 
 using Blocks = std::shared_ptr<BlockQueue>;
 
-// Dispatch serves nobody while a block that it called on the main thread has not come back, and a
-// block may run the loop of an alert. So Dispatch only hands over, and the run loop calls.
+// A block may run the loop of an alert. Dispatch runs no other block on the main thread until that
+// block has returned. So Dispatch only requests a turn, and the run loop runs the block.
 void requestTurn(Blocks blocks);
 
-// The pool is our own: that of the application is emptied by its next event, which may be hours
+// A pool for each turn: the application's pool is drained by the next event, which may be hours
 // away.
 void takeTurn(const Blocks& blocks) {
     @autoreleasepool {
         const std::function<void()> block = blocks->takeNext();
-        // Before the block runs, for the loop of its alert to go on with.
-        if (blocks->isAnyReady()) {
+        // Requested before the block runs, so that the loop of an alert inside the block can go on.
+        if (blocks->hasReadyBlock()) {
             requestTurn(blocks);
         }
         if (block) {
@@ -58,11 +58,11 @@ void DispatchMainQueue::async(std::function<void()> block) {
 
 void DispatchMainQueue::asyncAfter(Seconds delay, std::function<void()> block) {
     const Blocks blocks = blocks_;
-    const std::int64_t wait = nanoseconds(delay);
+    const std::int64_t delayCount = nanoseconds(delay);
     const BlockQueue::Ticket ticket =
-        blocks->hold(clock_.now() + std::chrono::nanoseconds(wait), std::move(block));
-    dispatch_after(dispatch_time(DISPATCH_TIME_NOW, wait), dispatch_get_main_queue(), ^{
-      blocks->redeem(ticket);
+        blocks->schedule(clock_.now() + std::chrono::nanoseconds(delayCount), std::move(block));
+    dispatch_after(dispatch_time(DISPATCH_TIME_NOW, delayCount), dispatch_get_main_queue(), ^{
+      blocks->release(ticket);
       requestTurn(blocks);
     });
 }

@@ -7,7 +7,7 @@
 
 namespace tarvik::macdesktop {
 
-/// The desktop as NSWorkspace knows it. Main thread only.
+/// The desktop, by NSWorkspace. Main thread only.
 class MacWorkspace final : public platform::Workspace {
   public:
     /// `log` outlives the workspace.
@@ -20,7 +20,7 @@ class MacWorkspace final : public platform::Workspace {
 
   private:
     platform::Log& log_;
-    /// Dropping one removes it from the notification centre.
+    /// Each removes its observer from the notification centre when dropped.
     std::vector<std::shared_ptr<void>> wakeObservers_;
 };
 

@@ -38,7 +38,7 @@ std::shared_ptr<platform::RunningApplication> MacWorkspace::frontmostApplication
     return std::make_shared<platform::RunningApplication>(application.processIdentifier);
 }
 
-// The notification centre holds its observers weakly, the handle holds this one.
+// The notification centre holds its observers weakly. The deleter of the handle holds this one.
 void MacWorkspace::observeDidWake(std::function<void()> handler) {
     TarvikWakeObserver* observer = [[TarvikWakeObserver alloc] initWithHandler:std::move(handler)];
     NSNotificationCenter* center = NSWorkspace.sharedWorkspace.notificationCenter;

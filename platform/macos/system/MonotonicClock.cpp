@@ -6,10 +6,9 @@
 namespace tarvik::macdesktop {
 
 TimePoint MonotonicClock::now() const {
-    timespec moment{};
-    clock_gettime(CLOCK_MONOTONIC_RAW, &moment);
-    return TimePoint(std::chrono::seconds(moment.tv_sec) +
-                     std::chrono::nanoseconds(moment.tv_nsec));
+    timespec time{};
+    clock_gettime(CLOCK_MONOTONIC_RAW, &time);
+    return TimePoint(std::chrono::seconds(time.tv_sec) + std::chrono::nanoseconds(time.tv_nsec));
 }
 
 }  // namespace tarvik::macdesktop

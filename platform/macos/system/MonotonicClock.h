@@ -4,8 +4,8 @@
 
 namespace tarvik::macdesktop {
 
-/// The system's monotonic clock, which also counts while the machine sleeps, as the system's manual
-/// says of it.
+/// The system's monotonic clock. According to the system's manual, the clock also counts while the
+/// machine sleeps.
 class MonotonicClock final : public platform::Clock {
   public:
     TimePoint now() const override;

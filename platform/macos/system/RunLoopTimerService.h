@@ -4,8 +4,8 @@
 
 namespace tarvik::macdesktop {
 
-/// Timers as NSTimers of the main run loop, in its default mode: none ticks while a menu is open or
-/// an alert waits.
+/// Timers as NSTimers of the main run loop, in its default mode: no timer ticks while a menu is
+/// open or an alert waits.
 class RunLoopTimerService final : public platform::TimerService {
   public:
     [[nodiscard]] std::unique_ptr<platform::Timer> scheduledRepeatingTimer(

@@ -8,7 +8,7 @@ namespace tarvik::macdesktop {
 
 namespace {
 
-// The run loop holds the NSTimer, and the NSTimer its block, until it is invalidated.
+// The run loop holds the NSTimer, and the NSTimer its block, until the NSTimer is invalidated.
 class RunLoopTimer final : public platform::Timer {
   public:
     explicit RunLoopTimer(NSTimer* timer) : timer_(timer) {}
@@ -20,8 +20,8 @@ class RunLoopTimer final : public platform::Timer {
     NSTimer* timer_;
 };
 
-// A copy of what the timer's block holds: the call may drop the timer, and with it that block. The
-// pool is our own: that of the application is emptied by its next event, which may be hours away.
+// By value, because the block may drop the timer and so the timer's own reference. A pool for each
+// call: the application's pool is drained by the next event, which may be hours away.
 void call(std::shared_ptr<const std::function<void()>> block) {
     @autoreleasepool {
         (*block)();

@@ -4,8 +4,8 @@
 
 namespace tarvik::macdesktop {
 
-/// Web sockets by NSURLSession, one of its own for each session. Certificates, proxies and name
-/// lookup are the system's.
+/// Web sockets by NSURLSession, with one NSURLSession for each session. Certificates, proxies and
+/// name lookup are the system's.
 class UrlWebSocketService final : public platform::WebSocketService {
   public:
     std::shared_ptr<platform::WebSocketSession> makeSession(

@@ -10,8 +10,9 @@ namespace tarvik::macdesktop {
 
 /// A session as an NSURLSession with a serial delegate queue of its own.
 ///
-/// NSURLSession holds its delegate until it is made invalid: here 10 s after the connection has
-/// ended, or with this object when none was made. That delegate holds ours, as the contract says.
+/// NSURLSession holds its delegate until the NSURLSession is invalidated: 10 s after the connection
+/// has ended, or with this object when no connection was made. Until then that delegate holds the
+/// core's delegate, as the contract demands.
 class UrlWebSocketSession final : public platform::WebSocketSession {
   public:
     explicit UrlWebSocketSession(std::shared_ptr<platform::WebSocketSessionDelegate> delegate);

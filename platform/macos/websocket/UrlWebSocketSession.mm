@@ -11,7 +11,7 @@ using tarvik::platform::WebSocketSessionDelegate;
 
 namespace {
 
-constexpr tarvik::Seconds holdAfterEnd(10);
+constexpr tarvik::Seconds holdTime(10);
 
 }  // namespace
 
@@ -20,7 +20,8 @@ constexpr tarvik::Seconds holdAfterEnd(10);
 - (void)holdForTask:(std::shared_ptr<UrlWebSocketTask>)task;
 @end
 
-// Written before the connection is resumed, from then on used on the delegate queue alone.
+// The fields are written before the connection is resumed. From then on only the delegate queue
+// uses them.
 @implementation TarvikSocketDelegate {
     std::weak_ptr<WebSocketSessionDelegate> _weakDelegate;
     std::shared_ptr<WebSocketSessionDelegate> _delegate;
@@ -59,12 +60,12 @@ constexpr tarvik::Seconds holdAfterEnd(10);
 - (void)URLSession:(NSURLSession*)session
                     task:(NSURLSessionTask*)task
     didCompleteWithError:(NSError*)error {
-    // Behind what the system itself may have to say to a receive that waits.
+    // Queued, so that the system's own answer to a waiting receive comes first.
     [session.delegateQueue addOperationWithBlock:^{
       self->_task->didEnd(error);
     }];
     const dispatch_time_t end =
-        dispatch_time(DISPATCH_TIME_NOW, tarvik::macdesktop::nanoseconds(holdAfterEnd));
+        dispatch_time(DISPATCH_TIME_NOW, tarvik::macdesktop::nanoseconds(holdTime));
     dispatch_after(end, dispatch_get_main_queue(), ^{
       [session.delegateQueue addOperationWithBlock:^{
         self->_delegate = nullptr;

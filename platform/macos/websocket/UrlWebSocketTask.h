@@ -7,12 +7,11 @@
 
 namespace tarvik::macdesktop {
 
-/// A connection as a task of NSURLSession, which calls what it is given on the session's delegate
-/// queue. The task is owned together with NSURLSession, which holds it until its connection has
-/// ended.
+/// A connection as an NSURLSessionWebSocketTask. Every handler is called on the session's delegate
+/// queue. NSURLSession shares the ownership of this object until the connection has ended.
 class UrlWebSocketTask final : public platform::WebSocketTask {
   public:
-    /// One that cannot open ends when it is resumed, without a byte on the network.
+    /// A task that cannot open ends in resume(), without a byte on the network.
     UrlWebSocketTask(NSURLSessionWebSocketTask* task, bool canOpen)
         : task_(task), canOpen_(canOpen) {}
 
@@ -21,8 +20,8 @@ class UrlWebSocketTask final : public platform::WebSocketTask {
     void receive(ReceiveHandler handler) override;
     void cancel(int closeCode) override;
 
-    /// Says that the connection has ended; `error` says why, where the system knows. A receive that
-    /// still waits gets it. The session's delegate queue.
+    /// Reports the end of the connection to a waiting receive. `error` is the system's reason, or
+    /// nil. On the session's delegate queue.
     void didEnd(NSError* error);
 
   private:
@@ -30,8 +29,8 @@ class UrlWebSocketTask final : public platform::WebSocketTask {
 
     NSURLSessionWebSocketTask* task_;
     bool canOpen_;
-    /// NSURLSession holds it as well. It does not answer a receive in every case in which the
-    /// connection ends.
+    /// Shared with the completion handler of the receive: NSURLSession does not answer a receive in
+    /// every case in which the connection ends.
     std::shared_ptr<WaitingReceive> waiting_ = std::make_shared<WaitingReceive>();
 };
 

@@ -6,8 +6,8 @@
 
 namespace tarvik::macdesktop {
 
-/// An object that calls `action` when it is sent actionSelector(). Controls and menu items hold
-/// their target weakly, so whoever owns the control holds it as well. The action may drop both.
+/// An object that calls `action` when it receives actionSelector(). Controls and menu items hold
+/// their target weakly, so the owner of a control also holds the target. `action` may drop both.
 NSObject* makeActionTarget(std::function<void()> action);
 
 SEL actionSelector();

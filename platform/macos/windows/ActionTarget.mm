@@ -19,7 +19,7 @@
 }
 
 - (void)performAction:(id)sender {
-    // A copy: the action may drop this object.
+    // A copy, because the action may drop this object.
     if (const std::function<void()> action = _action) {
         action();
     }

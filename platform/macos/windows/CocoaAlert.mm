@@ -38,9 +38,9 @@ platform::AlertAnswer runAlert(const platform::Alert& alert) {
         [dialog addButtonWithTitle:nsString(button)];
     }
     [dialog.window setInitialFirstResponder:field];
-    // The menu's "Quit" and "Restart" work meanwhile.
+    // For "Quit" and "Restart" of the menu while the alert is open.
     [dialog.window setPreventsApplicationTerminationWhenModal:NO];
-    // The alert's loop runs this, once the field is in a window that has the keyboard.
+    // Run by the alert's loop, when the field is in a window that has the keyboard.
     dispatch_async(dispatch_get_main_queue(), ^{
       [dialog.window makeFirstResponder:field];
       [field.currentEditor selectAll:nil];

@@ -5,13 +5,13 @@
 #include "platform/Appearance.h"
 #include "platform/Window.h"
 
-// Colours, fonts and places as AppKit has them. Main thread only.
+// Conversions of colours, fonts and rectangles to and from AppKit. Main thread only.
 namespace tarvik::macdesktop {
 
 NSColor* nsColor(const platform::Color& color);
 NSFont* nsFont(const platform::Font& font);
 
-/// AppKit's y grows upwards as well.
+/// The same rectangle; AppKit's y axis grows upwards, too.
 platform::Rect rectFrom(NSRect rect);
 
 }  // namespace tarvik::macdesktop

@@ -4,7 +4,7 @@ namespace tarvik::macdesktop {
 
 namespace {
 
-NSColor* themeColor(platform::SystemColor color) {
+NSColor* nsSystemColor(platform::SystemColor color) {
     switch (color) {
         case platform::SystemColor::label:
             break;
@@ -23,8 +23,8 @@ NSColor* themeColor(platform::SystemColor color) {
 }  // namespace
 
 NSColor* nsColor(const platform::Color& color) {
-    if (const auto* theme = std::get_if<platform::SystemColor>(&color)) {
-        return themeColor(*theme);
+    if (const auto* system = std::get_if<platform::SystemColor>(&color)) {
+        return nsSystemColor(*system);
     }
     const auto& fixed = std::get<platform::RgbColor>(color);
     return [NSColor colorWithSRGBRed:fixed.red green:fixed.green blue:fixed.blue alpha:fixed.alpha];

@@ -4,7 +4,7 @@
 
 #import "platform/macos/Strings.h"
 
-// What the field editor understands beside the actions that AppKit declares.
+// Actions of the field editor that AppKit does not declare.
 @protocol TarvikUndoActions
 - (void)undo:(id)sender;
 - (void)redo:(id)sender;
@@ -34,7 +34,7 @@ SEL selectorFor(platform::EditAction action) {
 
 }  // namespace
 
-// The items have no target: they go to the first responder, which is the field with the keyboard.
+// Items without a target act on the first responder, which is the field with the keyboard.
 void installEditMenu(const std::string& title, const std::vector<platform::EditMenuItem>& items) {
     NSMenu* editMenu = [[NSMenu alloc] initWithTitle:nsString(title)];
     for (const platform::EditMenuItem& item : items) {

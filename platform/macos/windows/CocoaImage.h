@@ -8,7 +8,7 @@
 
 namespace tarvik::macdesktop {
 
-/// A picture as an NSImage, shared with whatever shows it. Main thread only.
+/// An image as an NSImage, shared with the views that show it. Main thread only.
 class CocoaImage final : public platform::Image {
   public:
     explicit CocoaImage(NSImage* image) : image_(image) {}
@@ -21,9 +21,9 @@ class CocoaImage final : public platform::Image {
     NSImage* image_;
 };
 
-/// The picture, or empty when the system had none to give.
+/// `image`; empty for nil.
 std::shared_ptr<platform::Image> imageOrNone(NSImage* image);
-/// nil for an empty one.
+/// The NSImage of `image`; nil for an empty `image`.
 NSImage* nsImageOf(const std::shared_ptr<platform::Image>& image);
 
 }  // namespace tarvik::macdesktop

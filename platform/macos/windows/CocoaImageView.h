@@ -4,7 +4,7 @@
 
 namespace tarvik::macdesktop {
 
-/// A picture as an NSImageView. Main thread only.
+/// An image as an NSImageView. Main thread only.
 class CocoaImageView final : public CocoaView, public platform::View {
   public:
     explicit CocoaImageView(const platform::ImageViewDescription& description);

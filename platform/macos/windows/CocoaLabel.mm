@@ -7,8 +7,8 @@ namespace tarvik::macdesktop {
 
 namespace {
 
-// NSTextAlignmentCenter, another number on each processor, which the declarations of the type check
-// therefore leave out.
+// NSTextAlignmentCenter has another number on each processor, so the declarations of the type check
+// leave it out.
 #if defined(__arm64__)
 constexpr auto centered = static_cast<NSTextAlignment>(1);
 #else

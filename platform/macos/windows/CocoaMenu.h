@@ -20,7 +20,7 @@ class CocoaMenu final : public platform::Menu {
 
   private:
     NSMenu* menu_;
-    /// NSMenu holds its delegate weakly, and its items their targets.
+    /// NSMenu holds its delegate weakly, as its items hold their targets.
     TarvikMenuDelegate* delegate_;
     NSMutableArray<NSObject*>* targets_;
 };

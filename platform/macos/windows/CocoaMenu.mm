@@ -18,7 +18,7 @@
 }
 
 - (void)menuNeedsUpdate:(NSMenu*)menu {
-    // A copy: the handler may set another one.
+    // A copy, because the handler may set another one.
     if (const std::function<void()> handler = _handler) {
         handler();
     }
@@ -36,7 +36,7 @@ CocoaMenu::CocoaMenu()
     [menu_ setDelegate:delegate_];
 }
 
-// A target that is being called lives until its call has come back.
+// May be called by an action of the old items: a target lives until its call returns.
 void CocoaMenu::setItems(std::vector<platform::MenuItem> items) {
     [menu_ removeAllItems];
     [targets_ removeAllObjects];

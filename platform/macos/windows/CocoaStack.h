@@ -7,9 +7,9 @@
 
 namespace tarvik::macdesktop {
 
-/// A row or column as an NSStackView. A column gives the whole width to a view that stretches; what
-/// is left of its height stays empty: below the views, or around them where they stand in the
-/// middle. Main thread only.
+/// A row or column as an NSStackView. A view that stretches has the whole width of its column. The
+/// spare height of a column stays empty: below the views, or around centred views. Main thread
+/// only.
 class CocoaStack final : public CocoaView, public platform::View {
   public:
     explicit CocoaStack(const platform::StackDescription& description);

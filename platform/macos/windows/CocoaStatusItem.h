@@ -23,7 +23,7 @@ class CocoaStatusItem final : public platform::StatusItem, public platform::Stat
 
   private:
     NSStatusItem* item_;
-    /// Holds what the NSMenu itself does not: its delegate and its targets.
+    /// Held because the NSMenu holds neither its delegate nor its items' targets.
     std::shared_ptr<platform::Menu> menu_;
 };
 

@@ -21,7 +21,7 @@ CocoaTextField::CocoaTextField(NSTextField* field,
     [field setUsesSingleLineMode:YES];
     [field setTarget:target_];
     [field setAction:actionSelector()];
-    // Return alone: leaving the field does nothing.
+    // Only Return sends the action; leaving the field does not.
     [field.cell setSendsActionOnEndEditing:NO];
 }
 

@@ -6,8 +6,8 @@
 
 namespace tarvik::macdesktop {
 
-/// What every view of this user interface is beside its kind: an NSView, which its superview holds
-/// too while it is shown. Main thread only.
+/// The base of every view of this user interface: an NSView. A superview also holds the NSView.
+/// Main thread only.
 class CocoaView {
   public:
     virtual ~CocoaView() = default;
@@ -15,11 +15,11 @@ class CocoaView {
     CocoaView& operator=(const CocoaView&) = delete;
 
     NSView* nsView() const { return view_; }
-    /// Whether it takes the width that is left over in its row, or the whole of a column.
+    /// Whether the view takes the spare width of its row, or the whole width of its column.
     bool stretches() const { return stretches_; }
 
   protected:
-    /// Gives the view what `layout` asks for.
+    /// Applies `layout` to `view`.
     CocoaView(NSView* view, const platform::ViewLayout& layout);
     CocoaView(NSView* view, bool stretches);
 
@@ -28,6 +28,7 @@ class CocoaView {
     bool stretches_;
 };
 
+/// `view`, which this user interface has made, as a CocoaView.
 CocoaView& cocoaViewOf(platform::View& view);
 
 }  // namespace tarvik::macdesktop

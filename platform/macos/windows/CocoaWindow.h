@@ -8,7 +8,7 @@
 
 namespace tarvik::macdesktop {
 
-/// A window as an NSWindow, which is not released when it closes, and its controller. Main thread
+/// A window as an NSWindow with its controller. Closing does not release the NSWindow. Main thread
 /// only.
 class CocoaWindow final : public platform::Window {
   public:

@@ -43,7 +43,7 @@ NSWindow* makeNSWindow(const platform::WindowDescription& description) {
                                     styleMask:static_cast<NSWindowStyleMask>(description.styleMask)
                                       backing:NSBackingStoreBuffered
                                         defer:NO];
-    // ARC owns it.
+    // ARC owns the window.
     [window setReleasedWhenClosed:NO];
     if (description.minimumSize) {
         [window
@@ -63,7 +63,7 @@ NSWindow* makeNSWindow(const platform::WindowDescription& description) {
     return window;
 }
 
-// Fills the window and grows with it; the root is pinned to its four sides.
+// A view that fills the window and grows with the window. The root is pinned to its four sides.
 NSView* makeContentView(NSWindow* window, NSView* root,
                         std::optional<platform::RgbColor> background) {
     NSView* content = [[NSView alloc] initWithFrame:window.contentLayoutRect];
@@ -93,7 +93,7 @@ CocoaWindow::CocoaWindow(const platform::WindowDescription& description)
 }
 
 CocoaWindow::~CocoaWindow() {
-    // Whoever wanted to hear of its closing is gone by now.
+    // The owner of the close handler is gone by now.
     [window_ setDelegate:nil];
     [window_ close];
 }
@@ -101,7 +101,7 @@ CocoaWindow::~CocoaWindow() {
 void CocoaWindow::setContent(std::shared_ptr<platform::View> root,
                              std::optional<platform::RgbColor> background) {
     [window_ setContentView:makeContentView(window_, cocoaViewOf(*root).nsView(), background)];
-    // A control of the old content may be what calls.
+    // Destroyed later, because an action of the old content may be the caller.
     const std::shared_ptr<platform::View> retired = std::exchange(root_, std::move(root));
     dispatch_async(dispatch_get_main_queue(), ^{
       static_cast<void>(retired);
