@@ -10,7 +10,7 @@ set(TARVIK_RESOURCES)
 
 configure_file(${PROJECT_SOURCE_DIR}/packaging/macos/Info.plist.in ${TARVIK_CONTENTS}/Info.plist @ONLY)
 
-# Draws a picture of the assets in this width, in pixels.
+# Renders a drawing of the assets. The width is in pixels.
 function(tarvik_draw asset width file)
     get_filename_component(folder ${file} DIRECTORY)
     add_custom_command(OUTPUT ${file}
@@ -41,7 +41,7 @@ foreach(resource IN ITEMS AppIcon.icns TarvikWordmark.png TarvikWordmark@2x.png)
     list(APPEND TARVIK_RESOURCES ${TARVIK_CONTENTS}/Resources/${resource})
 endforeach()
 
-# An identity of its own, though an anonymous one, so that the system can keep what the user permits.
+# An ad-hoc signature gives the bundle an identity, to which the system ties the user's permissions.
 add_custom_command(OUTPUT ${TARVIK_CONTENTS}/_CodeSignature/CodeResources
     COMMAND ${CMAKE_COMMAND} -E make_directory ${TARVIK_CONTENTS}/MacOS
     COMMAND ${CMAKE_COMMAND} -E copy $<TARGET_FILE:tarvik-dictate> ${TARVIK_CONTENTS}/MacOS/

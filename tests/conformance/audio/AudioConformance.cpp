@@ -22,7 +22,7 @@ class AudioConformance : public testing::TestWithParam<AudioWorldMaker> {
         return world->runUntil(condition, timeout);
     }
 
-    /// The count of changes has become `count` and stays there.
+    /// Whether the number of changes becomes `count` and stays the same.
     testing::AssertionResult changed(int count) {
         within([&] { return recorder.changes() >= count; });
         world->settle();
@@ -47,7 +47,7 @@ class AudioConformance : public testing::TestWithParam<AudioWorldMaker> {
         return within([&] { return recorder.buffers() > before; });
     }
 
-    /// Nothing is delivered while the microphone hears something.
+    /// Whether nothing is delivered while the microphone hears a tone.
     bool isSilentFor(std::uint32_t channelCount) {
         const std::size_t before = recorder.buffers();
         world->speak(tone(4000, channelCount));
@@ -55,7 +55,8 @@ class AudioConformance : public testing::TestWithParam<AudioWorldMaker> {
         return recorder.buffers() == before;
     }
 
-    /// What the microphone hears arrives whole and alone, in buffers of the asked length.
+    /// The microphone's sound arrives complete and with nothing added, in buffers of the tap's
+    /// size.
     void hearsExactly(std::size_t frameCount, std::uint32_t sampleRate,
                       std::uint32_t channelCount) {
         recorder.forget();
@@ -111,7 +112,7 @@ TEST_P(AudioConformance, RemovingTheTapDeliversNothingItself) {
         record();
         recorder.stop();
     }
-    EXPECT_EQ(recorder.buffersOfRemovals(), 0);
+    EXPECT_EQ(recorder.buffersDuringRemoval(), 0);
 }
 
 TEST_P(AudioConformance, NothingArrivesOnceTheEngineIsStopped) {
@@ -119,12 +120,12 @@ TEST_P(AudioConformance, NothingArrivesOnceTheEngineIsStopped) {
     record();
     recorder.engine().stop();
     EXPECT_TRUE(isSilentFor(1));
-    // The tap has stayed.
+    // The tap is still installed.
     ASSERT_FALSE(recorder.engine().start());
     EXPECT_TRUE(flows());
 }
 
-TEST_P(AudioConformance, StoppingWhatHasNotStartedAndRemovingNoTapChangesNothing) {
+TEST_P(AudioConformance, StoppingAStoppedEngineAndRemovingNoTapChangesNothing) {
     plugFirst(16000, 1);
     recorder.removeTap();
     recorder.engine().stop();
@@ -164,7 +165,7 @@ TEST_P(AudioConformance, UnpluggingIsOneChangeAndPluggingInAnother) {
     EXPECT_EQ(recorder.format().sampleRate, 0);
     world->plug(48000, 1);
     EXPECT_TRUE(changed(3));
-    // The recorder began anew at the change, with nobody asking it to.
+    // The recorder has restarted by itself at the change.
     ASSERT_TRUE(flows());
     hearsExactly(5000, 48000, 1);
 }

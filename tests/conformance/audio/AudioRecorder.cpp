@@ -12,7 +12,7 @@ AudioRecorder::AudioRecorder(platform::AudioService& service)
 std::optional<Error> AudioRecorder::start() {
     platform::AudioInputNode& input = engine_->inputNode();
     const platform::AudioFormat microphone = input.inputFormatForBus(0);
-    wantsToRun_ = true;
+    isRecordingWanted_ = true;
     if (!(microphone.sampleRate > 0)) {
         return Error{0, "no microphone"};
     }
@@ -23,20 +23,20 @@ std::optional<Error> AudioRecorder::start() {
 }
 
 void AudioRecorder::removeTap() {
-    remover_ = std::this_thread::get_id();
+    removingThread_ = std::this_thread::get_id();
     engine_->inputNode().removeTapOnBus(0);
-    remover_ = std::thread::id();
+    removingThread_ = std::thread::id();
 }
 
 void AudioRecorder::stop() {
-    wantsToRun_ = false;
+    isRecordingWanted_ = false;
     removeTap();
     engine_->stop();
 }
 
 void AudioRecorder::configurationChanged() {
     ++changes_;
-    if (wantsToRun_) {
+    if (isRecordingWanted_) {
         stop();
         engine_ = service_.makeEngine();
         start();
@@ -44,8 +44,8 @@ void AudioRecorder::configurationChanged() {
 }
 
 void AudioRecorder::tapped(const platform::AudioPcmBuffer& buffer) {
-    if (std::this_thread::get_id() == remover_.load()) {
-        ++buffersOfRemovals_;
+    if (std::this_thread::get_id() == removingThread_.load()) {
+        ++buffersDuringRemoval_;
     }
     Buffer copy{buffer.format, {}};
     for (std::uint32_t channel = 0; channel < buffer.format.channelCount; ++channel) {

@@ -14,37 +14,39 @@
 
 namespace tarvik::tests {
 
-/// Uses an audio service as the application does: reads the format, installs a tap of 2048 frames,
-/// starts, and on a configuration change does the same again with a new engine. Main thread, save
-/// where it says otherwise.
+/// Uses an audio service as the application does: reads the format, installs a tap of 2048 frames
+/// and starts. After a configuration change the recorder does the same with a new engine. Main
+/// thread, unless an operation says otherwise.
 class AudioRecorder {
   public:
     static constexpr std::uint32_t bufferSize = 2048;
 
     explicit AudioRecorder(platform::AudioService& service);
 
-    /// An error when there is no microphone or the engine says so.
+    /// Installs the tap and starts the engine. An error when there is no microphone, or the error
+    /// of the engine.
     std::optional<Error> start();
-    /// Keeps the engine that it has, whatever changes.
-    void ignoreChanges() { wantsToRun_ = false; }
+    /// Keeps the present engine after configuration changes.
+    void ignoreChanges() { isRecordingWanted_ = false; }
     void removeTap();
     void stop();
-    /// What the engine answers now.
+    /// The engine's present input format.
     platform::AudioFormat format() { return engine_->inputNode().inputFormatForBus(0); }
     platform::AudioEngine& engine() { return *engine_; }
 
-    /// Configuration changes so far.
+    /// The number of configuration changes so far.
     int changes() const { return changes_; }
-    /// Buffers delivered so far. Any thread.
+    /// The number of buffers delivered since forget(). Any thread.
     std::size_t buffers() const;
-    /// Buffers that came inside a call of removeTap(), on its thread.
-    int buffersOfRemovals() const { return buffersOfRemovals_; }
-    /// Lengths of the buffers delivered so far.
+    /// The number of buffers delivered inside removeTap(), on its thread.
+    int buffersDuringRemoval() const { return buffersDuringRemoval_; }
+    /// The lengths of these buffers.
     std::vector<std::uint32_t> lengths() const;
-    /// The format of the newest buffer.
+    /// The format of the last buffer.
     platform::AudioFormat lastFormat() const;
-    /// Every sample delivered so far on `channel`, to full scale ±32768.
+    /// The samples of these buffers on `channel`, with full scale at ±32768.
     std::vector<std::int16_t> heard(std::size_t channel) const;
+    /// Drops the delivered buffers.
     void forget();
 
   private:
@@ -57,15 +59,15 @@ class AudioRecorder {
     void configurationChanged();
 
     platform::AudioService& service_;
-    // Before the engine, whose thread fills them until it is gone.
+    // Declared before the engine, whose thread adds buffers until the engine's destruction.
     mutable std::mutex mutex_;
     std::vector<Buffer> buffers_;
-    /// The thread that is inside removeTap().
-    std::atomic<std::thread::id> remover_;
-    std::atomic<int> buffersOfRemovals_ = 0;
+    /// The thread inside removeTap(), if there is one.
+    std::atomic<std::thread::id> removingThread_;
+    std::atomic<int> buffersDuringRemoval_ = 0;
     std::unique_ptr<platform::AudioEngine> engine_;
     std::unique_ptr<platform::AudioObservation> observation_;
-    bool wantsToRun_ = false;
+    bool isRecordingWanted_ = false;
     int changes_ = 0;
 };
 

@@ -17,13 +17,13 @@ bool SimulatedAudioWorld::runUntil(const std::function<bool()>& condition,
             return false;
         }
         time_.advance(Seconds(0.05));
-        hear();
+        deliverBuffer();
     }
     return true;
 }
 
-void SimulatedAudioWorld::hear() {
-    if (suspended_ || !(format_.sampleRate > 0)) {
+void SimulatedAudioWorld::deliverBuffer() {
+    if (isSuspended_ || !(format_.sampleRate > 0)) {
         return;
     }
     std::vector<std::vector<float>> channels(format_.channelCount,
@@ -46,7 +46,7 @@ void SimulatedAudioWorld::change(const platform::AudioFormat& format,
 }
 
 void SimulatedAudioWorld::plug(std::uint32_t sampleRate, std::uint32_t channelCount) {
-    suspended_ = false;
+    isSuspended_ = false;
     change({static_cast<double>(sampleRate), channelCount},
            platform::AuthorizationStatus::authorized);
 }
@@ -62,7 +62,7 @@ void SimulatedAudioWorld::speak(const std::vector<std::int16_t>& samples) {
 }
 
 void SimulatedAudioWorld::suspend(bool isSuspended) {
-    suspended_ = isSuspended;
+    isSuspended_ = isSuspended;
     audio_.changeConfiguration();
 }
 

@@ -10,6 +10,7 @@
 
 namespace tarvik::tests {
 
+/// The simulated audio service, in virtual time.
 class SimulatedAudioWorld : public AudioWorld {
   public:
     SimulatedAudioWorld();
@@ -27,14 +28,14 @@ class SimulatedAudioWorld : public AudioWorld {
 
   private:
     void change(const platform::AudioFormat& format, platform::AuthorizationStatus status);
-    void hear();
+    void deliverBuffer();
 
     simulated::Journal journal_;
     simulated::SimulatedTime time_;
     simulated::SimulatedAudio audio_{time_, journal_};
     simulated::SimulatedCaptureAuthorization authorization_{journal_};
     platform::AudioFormat format_;
-    bool suspended_ = false;
+    bool isSuspended_ = false;
     std::deque<float> spoken_;
 };
 

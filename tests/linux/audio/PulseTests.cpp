@@ -80,7 +80,7 @@ TEST_F(AudioPulse, UnpluggingNeverRecordsTheLoudspeakers) {
     EXPECT_TRUE(recorder.start());
 }
 
-TEST_F(AudioPulse, AStreamThatIsReadyWhenTheMicrophoneGoesDoesNotRecordTheLoudspeakersEither) {
+TEST_F(AudioPulse, AnOpenStreamDoesNotRecordTheLoudspeakersWhenTheMicrophoneIsUnplugged) {
     plugFirst(44100);
     playLoudly(world);
     ASSERT_EQ(recorder.format().sampleRate, 44100);
@@ -128,7 +128,7 @@ int firstStatus(platform::MainQueue& mainQueue, platform::Log& log) {
     return service.authorizationStatusForAudio();
 }
 
-TEST_F(AudioPulse, WhatIsKnownFirstIsWhatTheServerSaysOrThatThereIsNone) {
+TEST_F(AudioPulse, TheFirstStatusIsThatOfTheServerOrThatThereIsNoServer) {
     RealTimeQueue mainQueue;
     RecordingLog log;
     EXPECT_EQ(firstStatus(mainQueue, log), 2);
@@ -192,7 +192,7 @@ TEST_F(AudioPulse, AStreamThatIsNotStartedIsClosedAgain) {
     EXPECT_EQ(recorder.changes(), 1);
 }
 
-TEST_F(AudioPulse, AStreamThatWasMadeReadyStaysOpenOnceItIsStarted) {
+TEST_F(AudioPulse, AnOpenStreamThatIsStartedStaysOpen) {
     plugFirst(16000);
     recorder.format();
     record();
@@ -216,21 +216,21 @@ TEST_F(AudioPulse, NothingOfTheMicrophoneIsOpenAfterStop) {
     EXPECT_TRUE(streamsBecome(0));
 }
 
-TEST_F(AudioPulse, AMicrophoneThatFallsAsleepForWantOfListenersAndIsWokenIsNoChange) {
-    const auto sleeps = [this] {
+TEST_F(AudioPulse, AnIdleMicrophoneThatIsSuspendedAndResumedIsNoChange) {
+    const auto isSuspended = [this] {
         const std::string sources = world.server().control({"list", "short", "sources"});
         const std::size_t line = sources.find("mic1\t");
         return sources.substr(line, sources.find('\n', line) - line).find("SUSPENDED") !=
                std::string::npos;
     };
     plugFirst(16000);
-    ASSERT_TRUE(within(sleeps));
+    ASSERT_TRUE(within(isSuspended));
     record();
     recorder.stop();
     // A stream that is open but corked keeps the microphone asleep too.
     recorder.format();
     ASSERT_TRUE(streamsBecome(1));
-    ASSERT_TRUE(within(sleeps));
+    ASSERT_TRUE(within(isSuspended));
     recorder.forget();
     record();
     world.settle();
@@ -272,7 +272,7 @@ TEST_F(AudioPulse, StartingOnASuspendedMicrophoneRecordsAsSoonAsItIsResumed) {
     EXPECT_EQ(recorder.changes(), 2);
 }
 
-TEST_F(AudioPulse, AServerThatStaysAwayForLongIsFoundAsSoonAsItIsBack) {
+TEST_F(AudioPulse, AServerThatIsAwayForLongIsFoundAsSoonAsItIsBack) {
     plugFirst(16000);
     record();
     world.killServer();
@@ -286,7 +286,7 @@ TEST_F(AudioPulse, AServerThatStaysAwayForLongIsFoundAsSoonAsItIsBack) {
     EXPECT_TRUE(within([this] { return recorder.buffers() > 0; }));
 }
 
-TEST_F(AudioPulse, EnginesMayEndInTheMiddleOfEverything) {
+TEST_F(AudioPulse, EnginesMayBeDestroyedAtAnyTime) {
     plugFirst(16000);
     for (int round = 0; round < 20; ++round) {
         const auto engine = world.service().makeEngine();
