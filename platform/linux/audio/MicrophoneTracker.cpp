@@ -32,8 +32,8 @@ void MicrophoneTracker::sourcesChanged(pa_context*, pa_subscription_event_type_t
                                        void* self) {
     auto& tracker = *static_cast<MicrophoneTracker*>(self);
     if (tracker.isQuerying_) {
-        // The pending answers may be older than this notification. A dragged volume slider
-        // notifies often, so one query after them serves all notifications until then.
+        // The pending answers may be older than this notification. One query after them serves all
+        // notifications until then, of which a dragged volume slider causes many.
         tracker.isQueryStale_ = true;
     } else {
         tracker.query();
@@ -61,8 +61,8 @@ void MicrophoneTracker::sourceInfoReceived(pa_context*, const pa_source_info* in
                                            void* self) {
     auto& tracker = *static_cast<MicrophoneTracker*>(self);
     if (last != 0) {
-        // An error (a negative number) leaves the list short. It comes from a server that fails,
-        // and the connection reports that server as lost.
+        // An error (a negative number) leaves the list short. Only a failing server answers with an
+        // error, and the connection reports that server as lost.
         tracker.completeQuery();
     } else if (info->monitor_of_sink == PA_INVALID_INDEX) {
         tracker.microphones_.push_back(

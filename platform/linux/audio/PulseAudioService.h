@@ -18,8 +18,8 @@ class PulseServer;
 ///
 /// One connection lives as long as the service and its engines, and follows the server's default
 /// source. A lost connection is made again when the server is back. The service wakes the process
-/// only on changes, and without a server to look for one. Main thread only; no operation waits for
-/// the server. Engines may outlive the service.
+/// for changes, and to look for a server while there is none. Main thread only; no operation waits
+/// for the server. Engines may outlive the service.
 class PulseAudioService : public platform::AudioService, public platform::CaptureAuthorization {
   public:
     /// Starts to connect. `mainQueue` and `log` outlive the service and its engines.
@@ -30,8 +30,9 @@ class PulseAudioService : public platform::AudioService, public platform::Captur
     [[nodiscard]] std::unique_ptr<platform::AudioObservation> observeConfigurationChange(
         std::function<void()> handler) override;
 
-    /// Calls `handler` once, as soon as the microphones are known, or that there is no server:
-    /// inside this call, or on the service's own thread. `handler` must not block.
+    /// Calls `handler` once, as soon as a server has listed its microphones or the first attempt to
+    /// connect has failed: inside this call, or on the service's own thread. `handler` must not
+    /// block.
     void whenFirstKnown(std::function<void()> handler);
 
     /// authorized while the server has a source that is not a monitor, denied while it has none,

@@ -28,8 +28,8 @@ void PulseConnection::connect() {
     const PulseProperties properties = applicationProperties();
     context_.reset(pa_context_new_with_proplist(api_, nullptr, properties.get()));
     pa_context_set_state_callback(context_.get(), &PulseConnection::stateChanged, this);
-    // Most failures are reported by the state callback, too. One that leaves the context
-    // unconnected is not.
+    // The state callback also reports failures, but not a failure that leaves the context
+    // unconnected.
     if (pa_context_connect(context_.get(), nullptr, PA_CONTEXT_NOAUTOSPAWN, nullptr) < 0 &&
         pa_context_get_state(context_.get()) == PA_CONTEXT_UNCONNECTED) {
         handleFailure();

@@ -50,8 +50,9 @@ class PulseServer {
     /// Calls `answer` on the loop's thread with whether a microphone may be recorded, as soon as a
     /// server has listed its microphones. Locked.
     void requestAuthorization(std::shared_ptr<OneShot<bool>> answer);
-    /// Calls `handler` once, as soon as the microphones are known, or that there is no server: on
-    /// the loop's thread, or inside this call when that is known already. Locked.
+    /// Calls `handler` once, as soon as a server has listed its microphones or the first attempt to
+    /// connect has failed: on the loop's thread, or inside this call when that has happened
+    /// already. Locked.
     void whenFirstKnown(std::function<void()> handler);
 
     /// Reports a configuration change to the observers and writes `reason` to the log. Locked.
@@ -79,8 +80,8 @@ class PulseServer {
     MicrophoneTracker tracker_;
     PulseConnection connection_;
     AvailableMicrophones available_;
-    /// Whether the microphones, or the absence of a server, have been known once. Only what differs
-    /// after that is a configuration change.
+    /// Whether a server has listed its microphones or the first attempt to connect has failed. Only
+    /// later differences are configuration changes.
     bool isKnown_ = false;
     unsigned streamFailures_ = 0;
     std::atomic<int> authorizationStatus_ = 0;

@@ -32,8 +32,8 @@ class RecordStream {
         std::function<void(const std::string& reason)> onFailure;
     };
 
-    /// Asks the server for fragments of about `fragmentFrames` frames. `context` is ready and
-    /// outlives the stream.
+    /// Asks the server for fragments of about `fragmentFrames` frames. `context` is ready; when the
+    /// context ends before the stream, the stream fails.
     RecordStream(pa_context* context, Microphone microphone, std::size_t fragmentFrames,
                  Events events);
     ~RecordStream();

@@ -11,7 +11,7 @@ using tarvik::platform::WebSocketSessionDelegate;
 
 namespace {
 
-constexpr tarvik::Seconds holdTime(10);
+constexpr tarvik::Seconds invalidationDelay(10);
 
 }  // namespace
 
@@ -65,7 +65,7 @@ constexpr tarvik::Seconds holdTime(10);
       self->_task->didEnd(error);
     }];
     const dispatch_time_t end =
-        dispatch_time(DISPATCH_TIME_NOW, tarvik::macdesktop::nanoseconds(holdTime));
+        dispatch_time(DISPATCH_TIME_NOW, tarvik::macdesktop::nanoseconds(invalidationDelay));
     dispatch_after(end, dispatch_get_main_queue(), ^{
       [session.delegateQueue addOperationWithBlock:^{
         self->_delegate = nullptr;

@@ -8,7 +8,7 @@
 namespace tarvik::macdesktop {
 
 /// A connection as an NSURLSessionWebSocketTask. Every handler is called on the session's delegate
-/// queue. NSURLSession shares the ownership of this object until the connection has ended.
+/// queue. The session's delegate shares the ownership until the NSURLSession is invalidated.
 class UrlWebSocketTask final : public platform::WebSocketTask {
   public:
     /// A task that cannot open ends in resume(), without a byte on the network.

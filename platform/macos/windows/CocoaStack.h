@@ -7,7 +7,7 @@
 
 namespace tarvik::macdesktop {
 
-/// A row or column as an NSStackView. A view that stretches has the whole width of its column. The
+/// A row or column as an NSStackView. A stretchable view has the whole width of its column. The
 /// spare height of a column stays empty: below the views, or around centred views. Main thread
 /// only.
 class CocoaStack final : public CocoaView, public platform::View {

@@ -6,9 +6,9 @@ namespace tarvik::macdesktop {
 
 namespace {
 
-bool anyStretches(const platform::StackDescription& description) {
+bool hasStretchableView(const platform::StackDescription& description) {
     return std::any_of(description.views.begin(), description.views.end(),
-                       [](const auto& view) { return cocoaViewOf(*view).stretches(); });
+                       [](const auto& view) { return cocoaViewOf(*view).isStretchable(); });
 }
 
 void fillRow(NSStackView* stack, const platform::StackDescription& description) {
@@ -26,7 +26,7 @@ void fillColumn(NSStackView* stack, const platform::StackDescription& descriptio
     for (const std::shared_ptr<platform::View>& view : description.views) {
         const CocoaView& shown = cocoaViewOf(*view);
         [stack addView:shown.nsView() inGravity:gravity];
-        if (shown.stretches()) {
+        if (shown.isStretchable()) {
             NSLayoutConstraint* wide =
                 [shown.nsView().widthAnchor constraintEqualToAnchor:stack.widthAnchor
                                                          multiplier:1
@@ -54,6 +54,7 @@ NSStackView* makeStackView(const platform::StackDescription& description) {
 }  // namespace
 
 CocoaStack::CocoaStack(const platform::StackDescription& description)
-    : CocoaView(makeStackView(description), anyStretches(description)), views_(description.views) {}
+    : CocoaView(makeStackView(description), hasStretchableView(description)),
+      views_(description.views) {}
 
 }  // namespace tarvik::macdesktop

@@ -16,16 +16,16 @@ class CocoaView {
 
     NSView* nsView() const { return view_; }
     /// Whether the view takes the spare width of its row, or the whole width of its column.
-    bool stretches() const { return stretches_; }
+    bool isStretchable() const { return isStretchable_; }
 
   protected:
     /// Applies `layout` to `view`.
     CocoaView(NSView* view, const platform::ViewLayout& layout);
-    CocoaView(NSView* view, bool stretches);
+    CocoaView(NSView* view, bool isStretchable);
 
   private:
     NSView* view_;
-    bool stretches_;
+    bool isStretchable_;
 };
 
 /// `view`, which this user interface has made, as a CocoaView.

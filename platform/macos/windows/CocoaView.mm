@@ -36,7 +36,8 @@ CocoaView::CocoaView(NSView* view, const platform::ViewLayout& layout)
     applyLayout(view, layout);
 }
 
-CocoaView::CocoaView(NSView* view, bool stretches) : view_(view), stretches_(stretches) {
+CocoaView::CocoaView(NSView* view, bool isStretchable)
+    : view_(view), isStretchable_(isStretchable) {
     [view setTranslatesAutoresizingMaskIntoConstraints:NO];
 }
 
