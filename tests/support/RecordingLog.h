@@ -1,6 +1,5 @@
 #pragma once
 
-#include <algorithm>
 #include <mutex>
 #include <string>
 #include <string_view>
@@ -23,10 +22,19 @@ class RecordingLog final : public platform::Log {
         return lines_;
     }
 
-    bool hasLineWith(std::string_view part) const {
-        const auto all = lines();
-        return std::ranges::any_of(
-            all, [&](const std::string& line) { return line.find(part) != std::string::npos; });
+    /// The lines that hold `part` anywhere.
+    std::vector<std::string> linesWith(std::string_view part) const {
+        std::vector<std::string> found = lines();
+        std::erase_if(
+            found, [&](const std::string& line) { return line.find(part) == std::string::npos; });
+        return found;
+    }
+
+    bool hasLineWith(std::string_view part) const { return !linesWith(part).empty(); }
+
+    void clear() {
+        const std::lock_guard lock(mutex_);
+        lines_.clear();
     }
 
   private:

@@ -42,4 +42,10 @@ inline void putFile(const std::filesystem::path& path, const std::string& conten
     std::ofstream(path, std::ios::binary) << content;
 }
 
+/// Makes a shell script with its folder, and lets its owner run it.
+inline void putProgram(const std::filesystem::path& path, const std::string& script) {
+    putFile(path, "#!/bin/sh\n" + script);
+    std::filesystem::permissions(path, std::filesystem::perms::owner_all);
+}
+
 }  // namespace tarvik::tests

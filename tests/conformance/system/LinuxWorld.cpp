@@ -33,7 +33,7 @@
 #include "platform/linux/windows/QtUserInterface.h"
 #include "platform/linux/windows/QtWindow.h"
 #include "tests/conformance/system/SystemWorld.h"
-#include "tests/linux/system/LoginManager.h"
+#include "tests/linux/system/MockLogind.h"
 #include "tests/support/CapturedErrors.h"
 #include "tests/support/TemporaryFolder.h"
 
@@ -45,8 +45,8 @@ class LinuxSystemWorld final : public SystemWorld {
   public:
     LinuxSystemWorld() {
         setenv("XDG_CONFIG_HOME", (folder_ / "config").c_str(), 1);
-        putProgram(program_, arguments_);
-        putProgram(programs_ / "xdg-open", urls_);
+        putRecorder(program_, arguments_);
+        putRecorder(programs_ / "xdg-open", urls_);
         setenv("PATH", (programs_.string() + ":" + path_).c_str(), 1);
         userDefaults_.emplace(linuxdesktop::FileUserDefaults::standardPath(), log_);
         loginItem_.emplace(program_.string());
@@ -113,14 +113,14 @@ class LinuxSystemWorld final : public SystemWorld {
     }
 
     void provideSleep() override {
-        loginManager_.emplace(folder_ / "system-bus");
+        logind_.emplace(folder_ / "system-bus");
         workspace_.observeDidWake([] {});
         // The bus has to know what this process wants to hear before it announces anything.
         auto isHeard = std::async(std::launch::async, [this] {
             const TimePoint deadline = clock_.now() + Seconds(10);
             bool answer = false;
             while (!answer && clock_.now() < deadline) {
-                answer = loginManager_->isHeardBy(getpid());
+                answer = logind_->isHeardBy(getpid());
             }
             return answer;
         });
@@ -130,8 +130,8 @@ class LinuxSystemWorld final : public SystemWorld {
         EXPECT_TRUE(isHeard.get());
     }
     void sleepAndWake() override {
-        loginManager_->announceSleep(true);
-        loginManager_->announceSleep(false);
+        logind_->announceSleep(true);
+        logind_->announceSleep(false);
     }
 
     std::vector<std::string> openedUrls() override {
@@ -214,10 +214,9 @@ class LinuxSystemWorld final : public SystemWorld {
 
   private:
     /// Makes a program that writes its arguments to the file, one a line.
-    static void putProgram(const std::filesystem::path& program, const std::string& file) {
-        putFile(program, "#!/bin/sh\nprintf '%s\\n' \"$@\" > '" + file + ".part'\n/bin/mv '" +
-                             file + ".part' '" + file + "'\n");
-        std::filesystem::permissions(program, std::filesystem::perms::owner_all);
+    static void putRecorder(const std::filesystem::path& program, const std::string& file) {
+        putProgram(program, "printf '%s\\n' \"$@\" > '" + file + ".part'\n/bin/mv '" + file +
+                                ".part' '" + file + "'\n");
     }
 
     TemporaryFolder folder_;
@@ -229,7 +228,7 @@ class LinuxSystemWorld final : public SystemWorld {
     std::optional<platform::ProcessIdentifier> front_;
     // Standard error outlives what still writes to it, and the bus whoever listens to it.
     std::optional<CapturedErrors> errors_;
-    std::optional<LoginManager> loginManager_;
+    std::optional<MockLogind> logind_;
     int argumentCount_ = 1;
     std::string name_ = "system-conformance";
     std::array<char*, 2> argumentValues_ = {name_.data(), nullptr};

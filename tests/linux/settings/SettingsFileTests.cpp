@@ -11,7 +11,7 @@
 #include <thread>
 
 #include "platform/linux/settings/FileUserDefaults.h"
-#include "tests/support/SimulatedLog.h"
+#include "tests/support/RecordingLog.h"
 #include "tests/support/TemporaryFolder.h"
 
 namespace tarvik::tests {
@@ -38,8 +38,7 @@ class SettingsFileTest : public testing::Test {
 
     TemporaryFolder folder;
     const std::string path = folder / "config/Tarvik/Tarvik Dictate.conf";
-    simulated::Journal journal;
-    simulated::SimulatedLog log{journal};
+    RecordingLog log;
     std::optional<linuxdesktop::FileUserDefaults> defaults;
 };
 

@@ -5,7 +5,8 @@
 
 #include "platform/linux/system/ApplicationObject.h"
 #include "platform/linux/system/InstanceClaim.h"
-#include "tests/linux/system/BusTest.h"
+#include "tests/linux/system/SessionBusTest.h"
+#include "tests/linux/system/SilentBus.h"
 
 namespace tarvik::tests {
 
@@ -19,7 +20,7 @@ using Role = InstanceClaim::Role;
 constexpr Seconds patience(5);
 constexpr Seconds shortPatience(0.3);
 
-class InstanceTest : public BusTest {
+class InstanceTest : public SessionBusTest {
   protected:
     linuxdesktop::ApplicationObject& startFirst() {
         InstanceClaim claim = claimInstance({}, patience);
@@ -99,14 +100,8 @@ TEST_F(InstanceTest, WithoutASessionBusThereIsNothingToClaim) {
 }
 
 TEST_F(InstanceTest, ABusThatNeverAnswersIsWaitedForNoLongerThanAllowed) {
-    SystemProcess silent({"python3", "-c",
-                          "import socket,sys,time\n"
-                          "s=socket.socket(socket.AF_UNIX)\n"
-                          "s.bind(sys.argv[1])\ns.listen(8)\nprint('ready',flush=True)\n"
-                          "time.sleep(600)\n",
-                          folder / "bus"});
-    EXPECT_EQ(silent.readLine(), "ready");
-    setenv("DBUS_SESSION_BUS_ADDRESS", ("unix:path=" + (folder / "bus").string()).c_str(), 1);
+    const SilentBus silent(folder / "silent");
+    setenv("DBUS_SESSION_BUS_ADDRESS", silent.address().c_str(), 1);
     const TimePoint start = clock.now();
     EXPECT_EQ(claimInstance({}, shortPatience).role, Role::unknown);
     EXPECT_LT((clock.now() - start).count(), 2.0);

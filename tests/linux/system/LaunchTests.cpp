@@ -4,7 +4,7 @@
 #include <vector>
 
 #include "platform/linux/windows/StartupNotification.h"
-#include "tests/linux/system/LinuxTest.h"
+#include "tests/linux/system/ApplicationTest.h"
 
 namespace tarvik::tests {
 
@@ -28,7 +28,7 @@ class LaunchRecorder final : public platform::ApplicationDelegate {
     std::function<void()> onLaunch = [] {};
 };
 
-class LaunchTest : public LinuxTest {
+class LaunchTest : public ApplicationTest {
   protected:
     LaunchTest() {
         application.setDelegate(delegate);

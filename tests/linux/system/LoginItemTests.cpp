@@ -3,8 +3,8 @@
 #include <optional>
 
 #include "platform/linux/system/XdgLoginItem.h"
-#include "tests/linux/system/SystemProcess.h"
 #include "tests/support/TemporaryFolder.h"
+#include "tests/support/TestProcess.h"
 
 namespace tarvik::tests {
 
@@ -20,20 +20,12 @@ class AutostartTest : public testing::Test {
 
     void useProgram(const std::string& name) {
         const std::filesystem::path program = folder / name;
-        putFile(program, "#!/bin/sh\n");
-        std::filesystem::permissions(program, std::filesystem::perms::owner_all);
+        putProgram(program, "");
         item.emplace(program);
     }
 
     /// What the desktop's own check says about the entry; empty when it has nothing to say.
-    std::string complaints() {
-        SystemProcess check({"desktop-file-validate", entry});
-        std::string all;
-        for (std::string line = check.readLine(); !line.empty(); line = check.readLine()) {
-            all += line + "\n";
-        }
-        return all;
-    }
+    std::string complaints() { return TestProcess::run({"desktop-file-validate", entry}).output; }
 
     TemporaryFolder folder;
     const std::filesystem::path entry = folder / "config/autostart/com.tarvik.dictate.desktop";

@@ -19,20 +19,14 @@
 #include "platform/linux/windows/QtMenu.h"
 #include "platform/linux/windows/QtStatusItem.h"
 #include "platform/linux/windows/QtUserInterface.h"
-#include "tests/linux/system/LinuxTest.h"
+#include "tests/linux/system/ApplicationTest.h"
 #include "tests/linux/windows/Contrast.h"
 
 namespace tarvik::tests {
 
 namespace {
 
-std::string makeProgram(const std::filesystem::path& path, const std::string& script) {
-    putFile(path, "#!/bin/sh\n" + script);
-    std::filesystem::permissions(path, std::filesystem::perms::owner_all);
-    return path;
-}
-
-class TerminationTest : public LinuxTest, public testing::WithParamInterface<int> {};
+class TerminationTest : public ApplicationTest, public testing::WithParamInterface<int> {};
 
 TEST_P(TerminationTest, ASignalEndsTheRunCleanly) {
     mainQueue.async([] { std::raise(GetParam()); });
@@ -41,7 +35,7 @@ TEST_P(TerminationTest, ASignalEndsTheRunCleanly) {
 
 INSTANTIATE_TEST_SUITE_P(Signals, TerminationTest, testing::Values(SIGTERM, SIGINT, SIGHUP));
 
-TEST_F(LinuxTest, ASignalEndsTheRunAlsoWhileAnAlertIsUp) {
+TEST_F(ApplicationTest, ASignalEndsTheRunAlsoWhileAnAlertIsUp) {
     linuxdesktop::QtUserInterface userInterface(clock, log);
     int answer = -1;
     mainQueue.async([&] {
@@ -55,7 +49,7 @@ TEST_F(LinuxTest, ASignalEndsTheRunAlsoWhileAnAlertIsUp) {
     EXPECT_EQ(answer, 0);
 }
 
-TEST_F(LinuxTest, AWaylandTokenIsThereForTheWindowThatItsUserAskedForAndNoLonger) {
+TEST_F(ApplicationTest, AWaylandTokenIsThereForTheWindowThatItsUserAskedForAndNoLonger) {
     class Delegate final : public platform::ApplicationDelegate {
       public:
         explicit Delegate(platform::Application& application) : application_(application) {}
@@ -80,7 +74,7 @@ TEST_F(LinuxTest, AWaylandTokenIsThereForTheWindowThatItsUserAskedForAndNoLonger
     EXPECT_FALSE(qEnvironmentVariableIsSet("XDG_ACTIVATION_TOKEN"));
 }
 
-TEST_F(LinuxTest, TheBundleKnowsItsVersionAndItsExecutable) {
+TEST_F(ApplicationTest, TheBundleKnowsItsVersionAndItsExecutable) {
     const linuxdesktop::LinuxBundle bundle;
     const std::optional<std::string> version =
         bundle.objectForInfoDictionaryKey("CFBundleShortVersionString");
@@ -90,9 +84,9 @@ TEST_F(LinuxTest, TheBundleKnowsItsVersionAndItsExecutable) {
     EXPECT_EQ(bundle.bundlePath(), std::filesystem::read_symlink("/proc/self/exe").string());
 }
 
-TEST_F(LinuxTest, TheOpenCommandStartsTheExecutableThatFollowsInQuotes) {
-    const std::string program =
-        makeProgram(folder / "my program", "touch '" + (folder / "ran").string() + "'\n");
+TEST_F(ApplicationTest, TheOpenCommandStartsTheExecutableThatFollowsInQuotes) {
+    const std::string program = folder / "my program";
+    putProgram(program, "touch '" + (folder / "ran").string() + "'\n");
     linuxdesktop::ProcessTaskLauncher launcher;
     EXPECT_FALSE(launcher.launch(
         "/bin/sh",
@@ -100,7 +94,7 @@ TEST_F(LinuxTest, TheOpenCommandStartsTheExecutableThatFollowsInQuotes) {
     EXPECT_TRUE(runUntil([&] { return std::filesystem::exists(folder / "ran"); }));
 }
 
-TEST_F(LinuxTest, ALaunchedProgramHasASessionOfItsOwnAndLeavesNoTrace) {
+TEST_F(ApplicationTest, ALaunchedProgramHasASessionOfItsOwnAndLeavesNoTrace) {
     std::signal(SIGUSR1, SIG_IGN);
     linuxdesktop::ProcessTaskLauncher launcher;
     const std::string result = folder / "result";
@@ -122,7 +116,7 @@ TEST_F(LinuxTest, ALaunchedProgramHasASessionOfItsOwnAndLeavesNoTrace) {
     std::signal(SIGUSR1, SIG_DFL);
 }
 
-class LinkTest : public LinuxTest {
+class LinkTest : public ApplicationTest {
   protected:
     LinkTest() {
         const char* path = std::getenv("PATH");
@@ -141,8 +135,8 @@ class LinkTest : public LinuxTest {
 
 TEST_F(LinkTest, ALinkIsHandedToTheDesktop) {
     const std::string seen = folder / "seen";
-    makeProgram(folder / "xdg-open",
-                "echo \"$1\" > '" + seen + ".part'\n/bin/mv '" + seen + ".part' '" + seen + "'\n");
+    putProgram(folder / "xdg-open",
+               "echo \"$1\" > '" + seen + ".part'\n/bin/mv '" + seen + ".part' '" + seen + "'\n");
     EXPECT_TRUE(workspace.openUrl("https://tarvik.example/a?b=c%20d&e"));
     EXPECT_TRUE(runUntil([&] { return std::filesystem::exists(seen); }));
     EXPECT_EQ(contentOf(seen), "https://tarvik.example/a?b=c%20d&e\n");
@@ -151,7 +145,7 @@ TEST_F(LinkTest, ALinkIsHandedToTheDesktop) {
 TEST_F(LinkTest, WhatIsNoLinkOrCannotBeOpenedIsFalseWithALine) {
     EXPECT_FALSE(workspace.openUrl("https://tarvik.example"));
     EXPECT_EQ(log.linesWith("xdg-open is not installed").size(), 1U);
-    makeProgram(folder / "xdg-open", "exit 0\n");
+    putProgram(folder / "xdg-open", "exit 0\n");
     EXPECT_FALSE(workspace.openUrl("--help"));
     EXPECT_EQ(log.linesWith("it is no link").size(), 1U);
 }
@@ -160,11 +154,12 @@ TEST_F(LinkTest, TheFrontmostProcessBecomesAnApplication) {
     EXPECT_EQ(workspace.frontmostApplication()->processIdentifier(), 4711);
 }
 
-class LoginItemTest : public LinuxTest {
+class LoginItemTest : public ApplicationTest {
   protected:
     LoginItemTest() {
         setenv("XDG_CONFIG_HOME", (folder / "config").c_str(), 1);
-        program = makeProgram(folder / "my \"100%\" $program`\\", "exit 0\n");
+        program = folder / "my \"100%\" $program`\\";
+        putProgram(program, "exit 0\n");
         item.emplace(program);
     }
 
@@ -248,7 +243,7 @@ int solidPixels(const QImage& image, const QColor& color) {
 const QColor recordingRed(255, 59, 48);
 const QColor darkPanel(0x35, 0x35, 0x35);
 
-TEST_F(LinuxTest, TheIdleIconIsAnOutlineThatIsReadableOnEveryPanel) {
+TEST_F(ApplicationTest, TheIdleIconIsAnOutlineThatIsReadableOnEveryPanel) {
     linuxdesktop::QtUserInterface userInterface(clock, log);
     linuxdesktop::QtStatusItem item(clock, log);
     item.setImage(userInterface.systemSymbol("mic", "Tarvik Dictate"));
@@ -272,7 +267,7 @@ TEST_F(LinuxTest, TheIdleIconIsAnOutlineThatIsReadableOnEveryPanel) {
     }
 }
 
-TEST_F(LinuxTest, WhileRecordingTheIconIsFilledInRed) {
+TEST_F(ApplicationTest, WhileRecordingTheIconIsFilledInRed) {
     linuxdesktop::QtUserInterface userInterface(clock, log);
     linuxdesktop::QtStatusItem item(clock, log);
     item.setImage(userInterface.systemSymbol("mic.fill", "Tarvik Dictate"));
@@ -290,13 +285,13 @@ TEST_F(LinuxTest, WhileRecordingTheIconIsFilledInRed) {
     }
 }
 
-TEST_F(LinuxTest, AnUnknownSymbolIsNothing) {
+TEST_F(ApplicationTest, AnUnknownSymbolIsNothing) {
     linuxdesktop::QtUserInterface userInterface(clock, log);
     EXPECT_EQ(userInterface.systemSymbol("waveform", "Tarvik Dictate"), nullptr);
     EXPECT_EQ(userInterface.systemSymbol("", ""), nullptr);
 }
 
-TEST_F(LinuxTest, ATitleStandsInForAMissingPicture) {
+TEST_F(ApplicationTest, ATitleStandsInForAMissingPicture) {
     linuxdesktop::QtStatusItem item(clock, log);
     for (const QColor& panel : {QColor(Qt::white), darkPanel}) {
         item.setContentTintColor(std::nullopt);
@@ -308,7 +303,7 @@ TEST_F(LinuxTest, ATitleStandsInForAMissingPicture) {
     }
 }
 
-TEST_F(LinuxTest, KeyEquivalentsAreShownWithControlForCommand) {
+TEST_F(ApplicationTest, KeyEquivalentsAreShownWithControlForCommand) {
     linuxdesktop::QtMenu menu;
     const auto entry = [](const char* title, const char* key, std::uint32_t modifiers) {
         platform::MenuItem item;

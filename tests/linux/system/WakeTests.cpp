@@ -5,15 +5,15 @@
 
 #include "platform/linux/system/LinuxWorkspace.h"
 #include "platform/linux/system/ProcessTaskLauncher.h"
-#include "tests/linux/system/LinuxTest.h"
-#include "tests/linux/system/LoginManager.h"
-#include "tests/linux/system/SystemProcess.h"
+#include "tests/linux/system/ApplicationTest.h"
+#include "tests/linux/system/MockLogind.h"
+#include "tests/linux/system/SilentBus.h"
 
 namespace tarvik::tests {
 
 namespace {
 
-class WakeTest : public LinuxTest {
+class WakeTest : public ApplicationTest {
   protected:
     /// Announces wakings until the first one is heard, for those before the subscription has
     /// reached the bus are not; how many it took.
@@ -21,7 +21,7 @@ class WakeTest : public LinuxTest {
         int announced = 0;
         EXPECT_TRUE(runUntil([&] {
             const TimePoint start = clock.now();
-            loginManager.announceSleep(false);
+            logind.announceSleep(false);
             ++announced;
             runUntil([&] { return isHeard() || clock.now() - start > Seconds(0.2); });
             return isHeard();
@@ -29,7 +29,7 @@ class WakeTest : public LinuxTest {
         return announced;
     }
 
-    LoginManager loginManager{folder / "bus"};
+    MockLogind logind{folder / "bus"};
     linuxdesktop::ProcessTaskLauncher taskLauncher;
     std::optional<linuxdesktop::LinuxWorkspace> workspace{
         std::in_place, [] { return std::optional<platform::ProcessIdentifier>(); }, taskLauncher,
@@ -48,8 +48,8 @@ TEST_F(WakeTest, EveryObserverHearsOfEachWakingAndOfNoFallingAsleep) {
     const int unheard = announceUntil([&] { return first > 0; });
     constexpr int sleeps = 20;
     for (int number = 0; number < sleeps; ++number) {
-        loginManager.announceSleep(true);
-        loginManager.announceSleep(false);
+        logind.announceSleep(true);
+        logind.announceSleep(false);
     }
     EXPECT_TRUE(runUntil([&] { return first > sleeps; }));
     EXPECT_LE(first, unheard + sleeps);
@@ -69,7 +69,7 @@ TEST_F(WakeTest, ABusThatGoesAwayCostsOneLineAndNoProcessorTime) {
     bool hasWoken = false;
     workspace->observeDidWake([&] { hasWoken = true; });
     announceUntil([&] { return hasWoken; });
-    loginManager.stop();
+    logind.stop();
     EXPECT_TRUE(runUntil([&] { return !log.lines().empty(); }));
     const double before = processorSeconds();
     EXPECT_TRUE(runUntil([&, start = clock.now()] { return clock.now() - start > Seconds(0.3); }));
@@ -84,11 +84,11 @@ TEST_F(WakeTest, ABusThatComesBackIsJoinedAgain) {
     std::size_t losses = 0;
     // The first absence is longer than the attempts that need no sign of the bus.
     for (const Seconds absence : {Seconds(4), Seconds(0)}) {
-        loginManager.stop();
+        logind.stop();
         ++losses;
         EXPECT_TRUE(runUntil([&] { return log.lines().size() == losses; }));
         EXPECT_TRUE(runUntil([&, start = clock.now()] { return clock.now() - start >= absence; }));
-        loginManager.start();
+        logind.start();
         const int before = wakings;
         announceUntil([&] { return wakings > before; });
         EXPECT_EQ(log.lines().size(), losses);
@@ -96,15 +96,8 @@ TEST_F(WakeTest, ABusThatComesBackIsJoinedAgain) {
 }
 
 TEST_F(WakeTest, ABusThatNeverAnswersDoesNotHoldUpTheCaller) {
-    // The kernel takes the connection; the server never looks at it.
-    SystemProcess silent({"python3", "-c",
-                          "import socket,sys,time\n"
-                          "s=socket.socket(socket.AF_UNIX)\n"
-                          "s.bind(sys.argv[1])\ns.listen(8)\nprint('ready',flush=True)\n"
-                          "time.sleep(600)\n",
-                          folder / "silent"});
-    EXPECT_EQ(silent.readLine(), "ready");
-    setenv("DBUS_SYSTEM_BUS_ADDRESS", ("unix:path=" + (folder / "silent").string()).c_str(), 1);
+    const SilentBus silent(folder / "silent");
+    setenv("DBUS_SYSTEM_BUS_ADDRESS", silent.address().c_str(), 1);
     const TimePoint start = clock.now();
     workspace->observeDidWake([] {});
     QApplication::processEvents();

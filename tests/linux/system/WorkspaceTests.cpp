@@ -3,7 +3,7 @@
 
 #include "platform/linux/system/LinuxWorkspace.h"
 #include "platform/linux/system/ProcessTaskLauncher.h"
-#include "tests/linux/system/BusTest.h"
+#include "tests/linux/system/SessionBusTest.h"
 
 namespace tarvik::tests {
 
@@ -15,7 +15,7 @@ constexpr const char* accessibilityLink =
     "x-apple.systempreferences:com.apple.preference.security?Privacy_Accessibility";
 
 /// A desktop on which nothing is installed but what the test puts there.
-class WorkspaceTest : public BusTest {
+class WorkspaceTest : public SessionBusTest {
   protected:
     WorkspaceTest() {
         // The helper of a test is found while the usual path still stands.
@@ -30,9 +30,8 @@ class WorkspaceTest : public BusTest {
     /// Programs that note how they were called.
     void install(const std::vector<std::string>& programs) {
         for (const std::string& program : programs) {
-            putFile(folder / program, "#!/bin/sh\necho \"${0##*/} $*\" > '" + seen_ +
-                                          ".part'\n/bin/mv '" + seen_ + ".part' '" + seen_ + "'\n");
-            std::filesystem::permissions(folder / program, std::filesystem::perms::owner_all);
+            putProgram(folder / program, "echo \"${0##*/} $*\" > '" + seen_ + ".part'\n/bin/mv '" +
+                                             seen_ + ".part' '" + seen_ + "'\n");
         }
     }
 
@@ -69,11 +68,11 @@ class WorkspaceTest : public BusTest {
     /// What the file manager was asked to show; waits for it.
     std::string shown() {
         return meanwhile([this] {
-            std::string line;
+            std::optional<std::string> line;
             do {
                 line = manager_->readLine();
-            } while (!line.empty() && line.find("ShowItems") == std::string::npos);
-            return line;
+            } while (line && line->find("ShowItems") == std::string::npos);
+            return line.value_or("");
         });
     }
 
@@ -82,7 +81,7 @@ class WorkspaceTest : public BusTest {
         [] { return std::optional<platform::ProcessIdentifier>(); }, taskLauncher, clock, log};
 
   private:
-    std::optional<SystemProcess> manager_;
+    std::optional<TestProcess> manager_;
     std::string savedPath_;
     std::string seen_ = folder / "seen";
 };

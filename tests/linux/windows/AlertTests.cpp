@@ -7,16 +7,16 @@
 #include <utility>
 
 #include "platform/linux/windows/QtUserInterface.h"
-#include "tests/linux/system/LinuxTest.h"
-#include "tests/linux/system/SystemProcess.h"
+#include "tests/linux/system/ApplicationTest.h"
 #include "tests/linux/windows/OtherProgram.h"
 #include "tests/linux/windows/SampleWindow.h"
+#include "tests/support/TestProcess.h"
 
 namespace tarvik::tests {
 
 namespace {
 
-class AlertTest : public LinuxTest {
+class AlertTest : public ApplicationTest {
   protected:
     /// Waits until the window is there that the user works in.
     void openOtherWindow() {
@@ -75,8 +75,8 @@ class AlertTest : public LinuxTest {
     }
 
     OtherProgram program;
-    std::optional<SystemProcess> other;
-    std::optional<SystemProcess> keys;
+    std::optional<TestProcess> other;
+    std::optional<TestProcess> keys;
     std::string selected;
     linuxdesktop::QtUserInterface userInterface{clock, log};
 };

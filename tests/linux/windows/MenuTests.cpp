@@ -10,9 +10,9 @@
 
 #include "platform/linux/windows/QtUserInterface.h"
 #include "platform/linux/windows/X11Server.h"
-#include "tests/linux/system/LinuxTest.h"
-#include "tests/linux/system/SystemProcess.h"
+#include "tests/linux/system/ApplicationTest.h"
 #include "tests/linux/windows/NotifierHost.h"
+#include "tests/support/TestProcess.h"
 
 namespace tarvik::tests {
 
@@ -69,7 +69,7 @@ class Panel {
 };
 
 /// Qt learns of the desktop when its application is made.
-class X11MenuTest : private PlasmaSession, public LinuxTest {
+class X11MenuTest : private PlasmaSession, public ApplicationTest {
   protected:
     static QRect screen() { return QGuiApplication::primaryScreen()->geometry(); }
     static QRect room() { return QGuiApplication::primaryScreen()->availableGeometry(); }
@@ -81,9 +81,9 @@ class X11MenuTest : private PlasmaSession, public LinuxTest {
 
     /// What the panel asks for when its user clicks the icon; the place of the menu.
     QRect clickIcon(const std::string& item) {
-        const SystemProcess click({"gdbus", "call", "--session", "--dest", item, "--object-path",
-                                   "/StatusNotifierItem", "--method",
-                                   "org.kde.StatusNotifierItem.Activate", "0", "0"});
+        const TestProcess click({"gdbus", "call", "--session", "--dest", item, "--object-path",
+                                 "/StatusNotifierItem", "--method",
+                                 "org.kde.StatusNotifierItem.Activate", "0", "0"});
         EXPECT_TRUE(runUntil([] { return QApplication::activePopupWidget() != nullptr; }));
         QWidget* menu = QApplication::activePopupWidget();
         return menu != nullptr ? menu->geometry() : QRect();

@@ -6,13 +6,13 @@
 
 #include "platform/linux/windows/QtImage.h"
 #include "platform/linux/windows/QtUserInterface.h"
-#include "tests/linux/system/LinuxTest.h"
+#include "tests/linux/system/ApplicationTest.h"
 
 namespace tarvik::tests {
 
 namespace {
 
-class PicturesTest : public LinuxTest {
+class PicturesTest : public ApplicationTest {
   protected:
     /// What an image view of this size shows.
     QImage shown(std::shared_ptr<platform::Image> image, platform::ImageScaling scaling,

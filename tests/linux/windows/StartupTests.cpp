@@ -9,14 +9,14 @@
 #include "platform/linux/windows/QtWindow.h"
 #include "platform/linux/windows/StartupNotification.h"
 #include "platform/linux/windows/X11Server.h"
-#include "tests/linux/system/LinuxTest.h"
+#include "tests/linux/system/ApplicationTest.h"
 
 namespace tarvik::tests {
 
 namespace {
 
 /// What the desktop hears of an application that is brought forward.
-class X11StartupTest : public LinuxTest {
+class X11StartupTest : public ApplicationTest {
   protected:
     using Event = linuxdesktop::X11Reply<xcb_generic_event_t>;
 

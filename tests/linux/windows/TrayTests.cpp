@@ -11,7 +11,7 @@
 #include <utility>
 
 #include "platform/linux/windows/QtUserInterface.h"
-#include "tests/linux/system/LinuxTest.h"
+#include "tests/linux/system/ApplicationTest.h"
 #include "tests/linux/windows/NotifierHost.h"
 #include "tests/linux/windows/OtherProgram.h"
 
@@ -19,7 +19,7 @@ namespace tarvik::tests {
 
 namespace {
 
-class TrayTest : public LinuxTest {
+class TrayTest : public ApplicationTest {
   protected:
     std::shared_ptr<platform::StatusItem> makeItem() {
         auto item = userInterface.makeStatusItem();
@@ -29,7 +29,7 @@ class TrayTest : public LinuxTest {
 
     /// Waits until the item has looked for a tray in vain.
     void waitUntilItIsMissed() {
-        EXPECT_TRUE(runUntil([&] { return log.count(noTray) == 1; }));
+        EXPECT_TRUE(runUntil([&] { return log.linesWith(noTray).size() == 1; }));
     }
 
     /// Waits until the tray is gone for Qt too, which shows the icon.
@@ -55,7 +55,7 @@ TEST_F(X11TrayTest, TheItemReturnsToATrayThatWasStartedAnew) {
     EXPECT_FALSE(tray.hasGuest());
     tray.becomeTray();
     EXPECT_TRUE(runUntil([&] { return tray.hasGuest(); }));
-    EXPECT_EQ(log.count(noTray), 0);
+    EXPECT_EQ(log.linesWith(noTray).size(), 0U);
 }
 
 TEST_F(X11TrayTest, WithoutASessionBusTheItemIsInTheTrayOfTheScreen) {
@@ -72,7 +72,7 @@ TEST_F(X11TrayTest, AMissingTrayIsLoggedOnceAndTheItemAppearsInOneThatComesLater
     OtherProgram tray;
     tray.becomeTray();
     EXPECT_TRUE(runUntil([&] { return tray.hasGuest(); }));
-    EXPECT_EQ(log.count(noTray), 1);
+    EXPECT_EQ(log.linesWith(noTray).size(), 1U);
 }
 
 using NotifierTrayTest = TrayTest;
@@ -125,7 +125,7 @@ TEST_F(NotifierTrayTest, TheItemReturnsToAPanelThatWasStartedAnew) {
     waitUntilItIsGone();
     panel.emplace();
     EXPECT_TRUE(runUntil([&] { return !panel->item().empty(); }));
-    EXPECT_EQ(log.count(noTray), 0);
+    EXPECT_EQ(log.linesWith(noTray).size(), 0U);
 }
 
 }  // namespace

@@ -19,7 +19,7 @@
 #include "platform/linux/windows/QtUserInterface.h"
 #include "platform/linux/windows/QtWindow.h"
 #include "platform/linux/windows/ScreenGeometry.h"
-#include "tests/linux/system/LinuxTest.h"
+#include "tests/linux/system/ApplicationTest.h"
 #include "tests/linux/windows/Contrast.h"
 #include "tests/linux/windows/SampleWindow.h"
 
@@ -35,7 +35,7 @@ QPalette themed(const QColor& window) {
     return QPalette(window, window);
 }
 
-class ViewsTest : public LinuxTest {
+class ViewsTest : public ApplicationTest {
   protected:
     ~ViewsTest() override { QApplication::setPalette(QPalette()); }
 
@@ -174,7 +174,7 @@ struct FineScreen {
 /// By its own factor, which Qt applies, or by the size of text alone.
 class FineScreenTest : public testing::WithParamInterface<int>,
                        private FineScreen,
-                       public LinuxTest {
+                       public ApplicationTest {
   protected:
     FineScreenTest() : FineScreen(GetParam()) {}
 

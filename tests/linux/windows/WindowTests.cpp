@@ -3,17 +3,17 @@
 #include <QScrollBar>
 #include <algorithm>
 
-#include "tests/linux/system/LinuxTest.h"
-#include "tests/linux/system/SystemProcess.h"
+#include "tests/linux/system/ApplicationTest.h"
 #include "tests/linux/windows/OtherProgram.h"
 #include "tests/linux/windows/SampleWindow.h"
+#include "tests/support/TestProcess.h"
 
 namespace tarvik::tests {
 
 namespace {
 
 /// On a display with a window manager, whose frames are about a window only after it has appeared.
-class X11WindowTest : public LinuxTest {
+class X11WindowTest : public ApplicationTest {
   protected:
     platform::Rect screen() { return userInterface.mainScreenVisibleFrame().value(); }
 
@@ -78,7 +78,7 @@ TEST_F(X11WindowTest, AUserCanMoveTheWindowAndItStaysThere) {
     SampleWindow sample(userInterface);
     sample.window().orderFrontRegardless();
     ASSERT_TRUE(isSettled(sample));
-    const SystemProcess moving(
+    const TestProcess moving(
         {"xdotool", "windowmove", std::to_string(sample.widget().winId()), "33", "44"});
     EXPECT_TRUE(runUntil([&] { return sample.widget().geometry().topLeft() == QPoint(33, 44); }));
     SampleWindow other(userInterface);
@@ -93,7 +93,7 @@ TEST_F(X11WindowTest, ItCanBeMadeAsSmallAsWasAskedForAndNoSmaller) {
     SampleWindow sample(userInterface);
     sample.window().orderFrontRegardless();
     ASSERT_TRUE(isSettled(sample));
-    const SystemProcess resizing(
+    const TestProcess resizing(
         {"xdotool", "windowsize", std::to_string(sample.widget().winId()), "10", "10"});
     EXPECT_TRUE(runUntil([&] { return sample.widget().size() == QSize(830, 555); }));
     EXPECT_GT(sample.widget().findChild<QScrollArea*>()->verticalScrollBar()->maximum(), 0);
@@ -184,7 +184,7 @@ TEST_F(X11WindowTest, ControlWClosesAndEscapeDoesNot) {
     SampleWindow sample(userInterface);
     sample.window().orderFrontRegardless();
     ASSERT_TRUE(isSettled(sample));
-    SystemProcess keys({"xdotool", "key", "Escape", "x", "ctrl+w"});
+    TestProcess keys({"xdotool", "key", "Escape", "x", "ctrl+w"});
     EXPECT_TRUE(runUntil([&] { return sample.closings == 1; }));
     keys.waitForEnd();
     EXPECT_FALSE(sample.window().isVisible());
@@ -194,7 +194,7 @@ TEST_F(X11WindowTest, ControlWClosesAndEscapeDoesNot) {
 TEST_F(X11WindowTest, TheWindowComesInFrontOfAnotherProgramWithTheKeyboard) {
     const std::string title = folder.path();
     program.movePointerAway();
-    const SystemProcess other(
+    const TestProcess other(
         {"xterm", "-geometry", "80x10+100+100", "-title", title, "-e", "sleep", "600"});
     EXPECT_TRUE(runUntil([&] { return program.activeTitle() == title; }));
     SampleWindow sample(userInterface);

@@ -1,4 +1,4 @@
-#include "tests/linux/system/LoginManager.h"
+#include "tests/linux/system/MockLogind.h"
 
 #include <gtest/gtest.h>
 #include <systemd/sd-bus.h>
@@ -48,33 +48,34 @@ std::vector<std::string> namesOn(sd_bus* bus) {
 
 }  // namespace
 
-LoginManager::LoginManager(const std::filesystem::path& folder)
+MockLogind::MockLogind(const std::filesystem::path& folder)
     : socket_(folder / "system_bus_socket") {
     std::filesystem::create_directory(folder);
     start();
 }
 
-LoginManager::~LoginManager() {
+MockLogind::~MockLogind() {
     unsetenv("DBUS_SYSTEM_BUS_ADDRESS");
 }
 
-void LoginManager::start() {
+void MockLogind::start() {
     const std::string address = "unix:path=" + socket_.string();
     bus_.emplace(std::vector<std::string>{"dbus-daemon", "--session", "--nofork", "--nopidfile",
                                           "--print-address=1", "--address=" + address});
+    // The address is printed once the bus listens.
     bus_->readLine();
     setenv("DBUS_SYSTEM_BUS_ADDRESS", address.c_str(), 1);
-    manager_.emplace(std::vector<std::string>{"/usr/bin/python3", "-m", "dbusmock", "--system",
-                                              "--template", "logind"});
+    logind_.emplace(std::vector<std::string>{"/usr/bin/python3", "-m", "dbusmock", "--system",
+                                             "--template", "logind"});
 }
 
-void LoginManager::stop() {
-    manager_.reset();
+void MockLogind::stop() {
+    logind_.reset();
     bus_.reset();
     std::filesystem::remove(socket_);
 }
 
-void LoginManager::announceSleep(bool isGoingToSleep) {
+void MockLogind::announceSleep(bool isGoingToSleep) {
     const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(10);
     const linuxdesktop::BusHandle bus = openBus();
     ASSERT_TRUE(bus);
@@ -88,7 +89,7 @@ void LoginManager::announceSleep(bool isGoingToSleep) {
     ASSERT_GE(result, 0);
 }
 
-bool LoginManager::isHeardBy(pid_t process) const {
+bool MockLogind::isHeardBy(pid_t process) const {
     const linuxdesktop::BusHandle bus = openBus();
     const char* own = nullptr;
     if (!bus || sd_bus_get_unique_name(bus.get(), &own) < 0) {

@@ -10,13 +10,13 @@
 #include "platform/linux/loop/MonotonicClock.h"
 #include "platform/linux/system/QtApplication.h"
 #include "platform/linux/system/QtMainQueue.h"
-#include "tests/support/SimulatedLog.h"
+#include "tests/support/RecordingLog.h"
 #include "tests/support/TemporaryFolder.h"
 
 namespace tarvik::tests {
 
-/// A running Qt application for what only the Linux services promise.
-class LinuxTest : public testing::Test {
+/// A test inside an application. The thread of the test is the main thread.
+class ApplicationTest : public testing::Test {
   protected:
     /// Runs the main loop until `condition` holds; false when that takes more than ten seconds.
     bool runUntil(const std::function<bool()>& condition) {
@@ -34,13 +34,12 @@ class LinuxTest : public testing::Test {
 
   private:
     int argumentCount_ = 1;
-    std::string name_ = "system-conformance";
+    std::string name_ = "application-test";
     std::array<char*, 2> argumentValues_ = {name_.data(), nullptr};
 
   protected:
     TemporaryFolder folder;
-    simulated::Journal journal;
-    simulated::SimulatedLog log{journal};
+    RecordingLog log;
     linuxdesktop::MonotonicClock clock;
     linuxdesktop::QtApplication application{argumentCount_, argumentValues_.data(), clock};
     linuxdesktop::QtMainQueue mainQueue{clock};

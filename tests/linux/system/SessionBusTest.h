@@ -13,24 +13,26 @@
 #include <vector>
 
 #include "platform/linux/bus/BusHandles.h"
-#include "tests/linux/system/LinuxTest.h"
-#include "tests/linux/system/SystemProcess.h"
+#include "tests/linux/system/ApplicationTest.h"
+#include "tests/support/TestProcess.h"
 
 namespace tarvik::tests {
 
-/// A running application on a session bus of the test's own.
-class BusTest : public LinuxTest {
+/// A test inside an application that has a session bus of its own.
+class SessionBusTest : public ApplicationTest {
   protected:
-    BusTest() { startBus(); }
-    ~BusTest() override { unsetenv("DBUS_SESSION_BUS_ADDRESS"); }
+    SessionBusTest() { startBus(); }
+    ~SessionBusTest() override { unsetenv("DBUS_SESSION_BUS_ADDRESS"); }
 
     void startBus() {
         bus.emplace(std::vector<std::string>{"/usr/bin/dbus-daemon", "--session", "--nofork",
-                                             "--nopidfile", "--print-address=1"});
-        setenv("DBUS_SESSION_BUS_ADDRESS", bus->readLine().c_str(), 1);
+                                             "--nopidfile", "--print-address=1",
+                                             "--address=unix:dir=" + folder.path().string()});
+        setenv("DBUS_SESSION_BUS_ADDRESS", bus->readLine().value_or("").c_str(), 1);
     }
 
-    /// Does what waits for an answer of this process, while this process's loop runs.
+    /// Runs `work` on another thread, and the main loop until `work` is done. For calls that wait
+    /// for an answer of this process.
     template <typename Work>
     auto meanwhile(Work work) {
         auto result = std::async(std::launch::async, std::move(work));
@@ -39,8 +41,8 @@ class BusTest : public LinuxTest {
         return result.get();
     }
 
-    /// A call from another program; `fill` adds its arguments. The name of the error that comes
-    /// back, empty for none.
+    /// Calls a method as another program does; `fill` adds the arguments. Returns the name of the
+    /// error reply, empty for success.
     std::string callFromOutside(const char* service, const char* path, const char* interface,
                                 const char* member, std::function<void(sd_bus_message*)> fill) {
         return meanwhile([=] {
@@ -62,7 +64,7 @@ class BusTest : public LinuxTest {
         });
     }
 
-    std::optional<SystemProcess> bus;
+    std::optional<TestProcess> bus;
 };
 
 }  // namespace tarvik::tests
