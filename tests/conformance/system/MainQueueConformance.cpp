@@ -1,36 +1,16 @@
-#include <gtest/gtest.h>
-
 #include <algorithm>
 #include <array>
 #include <atomic>
-#include <string>
+#include <functional>
+#include <memory>
 #include <thread>
 #include <vector>
 
-#include "tests/conformance/system/LoopWorld.h"
+#include "tests/conformance/system/LoopConformance.h"
 
 namespace tarvik::tests {
 
 namespace {
-
-struct NamedLoopWorld {
-    std::string name;
-    LoopWorldMaker make;
-};
-
-class LoopConformance : public testing::TestWithParam<NamedLoopWorld> {
-  protected:
-    std::unique_ptr<LoopWorld> world = GetParam().make();
-};
-
-auto everyLoopWorld() {
-    return testing::Values(NamedLoopWorld{"Simulated", makeSimulatedLoopWorld},
-                           NamedLoopWorld{"Real", makeRealLoopWorld});
-}
-
-std::string loopWorldName(const testing::TestParamInfo<NamedLoopWorld>& info) {
-    return info.param.name;
-}
 
 using MainQueueConformance = LoopConformance;
 
@@ -177,79 +157,6 @@ TEST_P(MainQueueConformance, BlocksThatStillWaitAreDestroyedWithoutBeingRun) {
 }
 
 INSTANTIATE_TEST_SUITE_P(Worlds, MainQueueConformance, everyLoopWorld(), loopWorldName);
-
-using TimerServiceConformance = LoopConformance;
-
-TEST_P(TimerServiceConformance, TicksComeEveryIntervalAndNeverEarly) {
-    constexpr Seconds interval(0.0103);
-    const TimePoint start = world->clock().now();
-    int ticks = 0;
-    const auto timer = world->timers().scheduledRepeatingTimer(interval, [&] {
-        ++ticks;
-        EXPECT_GE((world->clock().now() - start).count(), (interval * ticks).count());
-    });
-    EXPECT_TRUE(world->runUntil([&] { return ticks == 10; }));
-}
-
-TEST_P(TimerServiceConformance, ATimerThatInvalidatesItselfTicksOnce) {
-    int ticks = 0;
-    std::unique_ptr<platform::Timer> timer;
-    timer = world->timers().scheduledRepeatingTimer(Seconds(0.005), [&] {
-        ++ticks;
-        timer->invalidate();
-        timer->invalidate();
-    });
-    bool isLater = false;
-    world->mainQueue().asyncAfter(Seconds(0.05), [&] { isLater = true; });
-    EXPECT_TRUE(world->runUntil([&] { return isLater; }));
-    EXPECT_EQ(ticks, 1);
-}
-
-TEST_P(TimerServiceConformance, ATimerDroppedInsideItsBlockTicksOnce) {
-    int ticks = 0;
-    const auto held = std::make_shared<int>(7);
-    int seenAfterDrop = 0;
-    std::unique_ptr<platform::Timer> timer;
-    timer = world->timers().scheduledRepeatingTimer(Seconds(0.005), [&, held] {
-        ++ticks;
-        timer.reset();
-        seenAfterDrop = *held;
-    });
-    bool isLater = false;
-    world->mainQueue().asyncAfter(Seconds(0.05), [&] { isLater = true; });
-    EXPECT_TRUE(world->runUntil([&] { return isLater; }));
-    EXPECT_EQ(ticks, 1);
-    EXPECT_EQ(seenAfterDrop, 7);
-}
-
-TEST_P(TimerServiceConformance, DroppingATimerStopsIt) {
-    int ticks = 0;
-    std::unique_ptr<platform::Timer> timer =
-        world->timers().scheduledRepeatingTimer(Seconds(0.005), [&] { ++ticks; });
-    EXPECT_TRUE(world->runUntil([&] { return ticks == 2; }));
-    timer.reset();
-    bool isLater = false;
-    world->mainQueue().asyncAfter(Seconds(0.05), [&] { isLater = true; });
-    EXPECT_TRUE(world->runUntil([&] { return isLater; }));
-    EXPECT_EQ(ticks, 2);
-}
-
-TEST_P(TimerServiceConformance, MissedTicksAreSkipped) {
-    const TimePoint start = world->clock().now();
-    std::vector<double> moments;
-    const auto timer = world->timers().scheduledRepeatingTimer(Seconds(0.02), [&] {
-        moments.push_back((world->clock().now() - start).count());
-        if (moments.size() == 1) {
-            world->stall(Seconds(0.1));
-        }
-    });
-    EXPECT_TRUE(world->runUntil([&] { return moments.size() == 4; }));
-    // After the stall at most one tick is made up for at once; the others keep their distance.
-    EXPECT_GE(moments[1] - moments[0], 0.1);
-    EXPECT_GE(moments[3] - moments[1], 0.02);
-}
-
-INSTANTIATE_TEST_SUITE_P(Worlds, TimerServiceConformance, everyLoopWorld(), loopWorldName);
 
 }  // namespace
 

@@ -3,7 +3,6 @@
 #include <thread>
 #include <vector>
 
-#include "platform/linux/windows/StartupNotification.h"
 #include "tests/linux/system/ApplicationTest.h"
 
 namespace tarvik::tests {
@@ -134,14 +133,6 @@ TEST_F(LaunchTest, AReopeningKnowsOfVisibleWindows) {
     };
     launch();
     EXPECT_EQ(delegate->events, (std::vector<std::string>{"launch", "reopen, visible"}));
-}
-
-TEST(StartupIdTest, TheTimeIsWhatFollowsTheLastMark) {
-    EXPECT_EQ(linuxdesktop::timeOfStartup("panel-1234-host_TIME98765"), 98765U);
-    EXPECT_EQ(linuxdesktop::timeOfStartup("a_TIME1_TIME4294967295"), 4294967295U);
-    for (const char* id : {"", "panel", "panel_TIME", "panel_TIME12x", "panel_TIME4294967296"}) {
-        EXPECT_EQ(linuxdesktop::timeOfStartup(id), 0U) << id;
-    }
 }
 
 }  // namespace

@@ -78,13 +78,31 @@ class WorkspaceTest : public SessionBusTest {
 
     linuxdesktop::ProcessTaskLauncher taskLauncher;
     linuxdesktop::LinuxWorkspace workspace{
-        [] { return std::optional<platform::ProcessIdentifier>(); }, taskLauncher, clock, log};
+        [] { return std::optional<platform::ProcessIdentifier>(4711); }, taskLauncher, clock, log};
 
   private:
     std::optional<TestProcess> manager_;
     std::string savedPath_;
     std::string seen_ = folder / "seen";
 };
+
+TEST_F(WorkspaceTest, TheFrontmostProcessBecomesAnApplication) {
+    EXPECT_EQ(workspace.frontmostApplication()->processIdentifier(), 4711);
+}
+
+TEST_F(WorkspaceTest, ALinkIsHandedToTheDesktop) {
+    install({"xdg-open"});
+    EXPECT_TRUE(workspace.openUrl("https://tarvik.example/a?b=c%20d&e"));
+    EXPECT_EQ(called(), "xdg-open https://tarvik.example/a?b=c%20d&e\n");
+}
+
+TEST_F(WorkspaceTest, WhatIsNoLinkOrCannotBeOpenedIsFalseWithALine) {
+    EXPECT_FALSE(workspace.openUrl("https://tarvik.example"));
+    EXPECT_EQ(log.linesWith("xdg-open is not installed").size(), 1U);
+    install({"xdg-open"});
+    EXPECT_FALSE(workspace.openUrl("--help"));
+    EXPECT_EQ(log.linesWith("it is no link").size(), 1U);
+}
 
 TEST_F(WorkspaceTest, EachDesktopOpensItsOwnPanels) {
     install({"gnome-control-center", "systemsettings", "pavucontrol",

@@ -6,17 +6,16 @@
 #include <string>
 #include <utility>
 
-#include "platform/linux/windows/QtUserInterface.h"
-#include "tests/linux/system/ApplicationTest.h"
-#include "tests/linux/windows/OtherProgram.h"
 #include "tests/linux/windows/SampleWindow.h"
+#include "tests/linux/windows/UserInterfaceTest.h"
+#include "tests/linux/windows/X11Client.h"
 #include "tests/support/TestProcess.h"
 
 namespace tarvik::tests {
 
 namespace {
 
-class AlertTest : public ApplicationTest {
+class AlertTest : public UserInterfaceTest {
   protected:
     /// Waits until the window is there that the user works in.
     void openOtherWindow() {
@@ -74,11 +73,10 @@ class AlertTest : public ApplicationTest {
         });
     }
 
-    OtherProgram program;
+    X11Client program;
     std::optional<TestProcess> other;
     std::optional<TestProcess> keys;
     std::string selected;
-    linuxdesktop::QtUserInterface userInterface{clock, log};
 };
 
 TEST_F(AlertTest, TheAlertTakesTheKeyboardFromAnotherProgramWithItsTextSelected) {

@@ -8,15 +8,72 @@
 #include <cstdint>
 #include <cstdlib>
 
-#include "platform/linux/windows/QtUserInterface.h"
+#include "platform/linux/windows/QtMenu.h"
+#include "platform/linux/windows/ScreenGeometry.h"
 #include "platform/linux/windows/X11Server.h"
-#include "tests/linux/system/ApplicationTest.h"
-#include "tests/linux/windows/NotifierHost.h"
+#include "tests/linux/windows/Contrast.h"
+#include "tests/linux/windows/StatusNotifierHost.h"
+#include "tests/linux/windows/UserInterfaceTest.h"
 #include "tests/support/TestProcess.h"
 
 namespace tarvik::tests {
 
 namespace {
+
+using MenuTest = UserInterfaceTest;
+
+TEST_F(MenuTest, KeyEquivalentsAreShownWithControlForCommand) {
+    linuxdesktop::QtMenu menu;
+    const auto entry = [](const char* title, const char* key, std::uint32_t modifiers) {
+        platform::MenuItem item;
+        item.title = title;
+        item.keyEquivalent = key;
+        item.modifierMask = modifiers;
+        return item;
+    };
+    menu.setItems({entry("Setup…", ",", platform::commandKeyFlag),
+                   entry("Restart", "r", platform::commandKeyFlag | platform::shiftKeyFlag),
+                   entry("Redo", "Z", platform::commandKeyFlag),
+                   entry("Nothing", "", platform::commandKeyFlag)});
+    std::vector<std::string> shown;
+    for (const QAction* action : menu.menu().actions()) {
+        EXPECT_TRUE(action->isShortcutVisibleInContextMenu());
+        shown.push_back(action->shortcut().toString(QKeySequence::PortableText).toStdString());
+    }
+    EXPECT_EQ(shown, (std::vector<std::string>{"Ctrl+,", "Ctrl+Shift+R", "Ctrl+Shift+Z", ""}));
+}
+
+TEST_F(MenuTest, DisabledEntriesOfAMenuAreLegibleAndWeakerThanOthersUnderEveryTheme) {
+    linuxdesktop::QtMenu menu;
+    for (const QColor& window : {QColor(Qt::white), QColor(0xef, 0xef, 0xef), darkWindow}) {
+        QApplication::setPalette(themed(window));
+        menu.menu().popup(QPoint(10, 10));
+        const QPalette palette = menu.menu().palette();
+        menu.menu().hide();
+        // Styles fill a menu with one or the other.
+        for (const auto ground : {QPalette::Base, QPalette::Window}) {
+            const QColor filled = palette.color(ground);
+            const double disabled =
+                contrast(palette.color(QPalette::Disabled, QPalette::Text), filled);
+            EXPECT_GE(disabled, 4.5) << filled.name().toStdString();
+            EXPECT_LT(disabled, 0.8 * contrast(palette.color(QPalette::Text), filled));
+        }
+    }
+}
+
+TEST_F(MenuTest, AMenuLiesBesideItsAnchorAndInItsAreaAsAWhole) {
+    const QRect area(0, 40, 1000, 700);
+    const QSize size(200, 300);
+    const auto place = [&](const QRect& anchor) {
+        return linuxdesktop::menuPlace(anchor, size, area);
+    };
+    EXPECT_EQ(place({500, 100, 20, 20}), QPoint(500, 120));
+    EXPECT_EQ(place({500, 600, 20, 20}), QPoint(500, 300));
+    EXPECT_EQ(place({500, 10, 20, 20}), QPoint(500, 40));
+    EXPECT_EQ(place({500, 750, 20, 20}), QPoint(500, 440));
+    EXPECT_EQ(place({990, 10, 20, 20}), QPoint(800, 40));
+    EXPECT_EQ(place({-30, 100, 20, 20}), QPoint(0, 120));
+}
 
 /// A desktop whose menus may cover its panels.
 struct PlasmaSession {
@@ -69,7 +126,7 @@ class Panel {
 };
 
 /// Qt learns of the desktop when its application is made.
-class X11MenuTest : private PlasmaSession, public ApplicationTest {
+class X11MenuTest : private PlasmaSession, public UserInterfaceTest {
   protected:
     static QRect screen() { return QGuiApplication::primaryScreen()->geometry(); }
     static QRect room() { return QGuiApplication::primaryScreen()->availableGeometry(); }
@@ -88,12 +145,10 @@ class X11MenuTest : private PlasmaSession, public ApplicationTest {
         QWidget* menu = QApplication::activePopupWidget();
         return menu != nullptr ? menu->geometry() : QRect();
     }
-
-    linuxdesktop::QtUserInterface userInterface{clock, log};
 };
 
 TEST_F(X11MenuTest, TheMenuOpensBesideThePanelThatItsIconIsIn) {
-    const NotifierHost host;
+    const StatusNotifierHost host;
     const auto item = userInterface.makeStatusItem();
     const auto menu = userInterface.makeMenu();
     platform::MenuItem quit;

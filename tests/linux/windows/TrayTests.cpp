@@ -10,16 +10,15 @@
 #include <thread>
 #include <utility>
 
-#include "platform/linux/windows/QtUserInterface.h"
-#include "tests/linux/system/ApplicationTest.h"
-#include "tests/linux/windows/NotifierHost.h"
-#include "tests/linux/windows/OtherProgram.h"
+#include "tests/linux/windows/StatusNotifierHost.h"
+#include "tests/linux/windows/UserInterfaceTest.h"
+#include "tests/linux/windows/X11Tray.h"
 
 namespace tarvik::tests {
 
 namespace {
 
-class TrayTest : public ApplicationTest {
+class TrayTest : public UserInterfaceTest {
   protected:
     std::shared_ptr<platform::StatusItem> makeItem() {
         auto item = userInterface.makeStatusItem();
@@ -39,29 +38,27 @@ class TrayTest : public ApplicationTest {
 
     static constexpr std::string_view noTray =
         "TarvikDictate: no tray here — the setup window is the way in";
-
-    linuxdesktop::QtUserInterface userInterface{clock, log};
 };
 
 using X11TrayTest = TrayTest;
 
 TEST_F(X11TrayTest, TheItemReturnsToATrayThatWasStartedAnew) {
     const auto item = makeItem();
-    OtherProgram tray;
-    tray.becomeTray();
+    X11Tray tray;
+    tray.start();
     EXPECT_TRUE(runUntil([&] { return tray.hasGuest(); }));
-    tray.leaveTray();
+    tray.stop();
     waitUntilItIsGone();
     EXPECT_FALSE(tray.hasGuest());
-    tray.becomeTray();
+    tray.start();
     EXPECT_TRUE(runUntil([&] { return tray.hasGuest(); }));
     EXPECT_EQ(log.linesWith(noTray).size(), 0U);
 }
 
 TEST_F(X11TrayTest, WithoutASessionBusTheItemIsInTheTrayOfTheScreen) {
     setenv("DBUS_SESSION_BUS_ADDRESS", "unix:path=/nowhere/bus", 1);
-    OtherProgram tray;
-    tray.becomeTray();
+    X11Tray tray;
+    tray.start();
     const auto item = makeItem();
     EXPECT_TRUE(runUntil([&] { return tray.hasGuest(); }));
 }
@@ -69,8 +66,8 @@ TEST_F(X11TrayTest, WithoutASessionBusTheItemIsInTheTrayOfTheScreen) {
 TEST_F(X11TrayTest, AMissingTrayIsLoggedOnceAndTheItemAppearsInOneThatComesLater) {
     const auto item = makeItem();
     waitUntilItIsMissed();
-    OtherProgram tray;
-    tray.becomeTray();
+    X11Tray tray;
+    tray.start();
     EXPECT_TRUE(runUntil([&] { return tray.hasGuest(); }));
     EXPECT_EQ(log.linesWith(noTray).size(), 1U);
 }
@@ -100,7 +97,7 @@ std::string toolTipTitle(const std::string& owner) {
 TEST_F(NotifierTrayTest, TheItemAppearsInAPanelThatComesLaterAndTellsItsState) {
     const auto item = makeItem();
     waitUntilItIsMissed();
-    const NotifierHost panel;
+    const StatusNotifierHost panel;
     EXPECT_TRUE(runUntil([&] { return !panel.item().empty(); }));
     item->button()->setContentTintColor(platform::SystemColor::red);
     std::string title;
@@ -119,7 +116,7 @@ TEST_F(NotifierTrayTest, TheItemAppearsInAPanelThatComesLaterAndTellsItsState) {
 
 TEST_F(NotifierTrayTest, TheItemReturnsToAPanelThatWasStartedAnew) {
     const auto item = makeItem();
-    std::optional<NotifierHost> panel(std::in_place);
+    std::optional<StatusNotifierHost> panel(std::in_place);
     EXPECT_TRUE(runUntil([&] { return !panel->item().empty(); }));
     panel.reset();
     waitUntilItIsGone();

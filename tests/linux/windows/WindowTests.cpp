@@ -3,9 +3,9 @@
 #include <QScrollBar>
 #include <algorithm>
 
-#include "tests/linux/system/ApplicationTest.h"
-#include "tests/linux/windows/OtherProgram.h"
 #include "tests/linux/windows/SampleWindow.h"
+#include "tests/linux/windows/UserInterfaceTest.h"
+#include "tests/linux/windows/X11Client.h"
 #include "tests/support/TestProcess.h"
 
 namespace tarvik::tests {
@@ -13,7 +13,7 @@ namespace tarvik::tests {
 namespace {
 
 /// On a display with a window manager, whose frames are about a window only after it has appeared.
-class X11WindowTest : public ApplicationTest {
+class X11WindowTest : public UserInterfaceTest {
   protected:
     platform::Rect screen() { return userInterface.mainScreenVisibleFrame().value(); }
 
@@ -40,8 +40,7 @@ class X11WindowTest : public ApplicationTest {
              screen().origin.y + screen().size.height - size.height - 20});
     }
 
-    OtherProgram program;
-    linuxdesktop::QtUserInterface userInterface{clock, log};
+    X11Client program;
 };
 
 TEST_F(X11WindowTest, AWindowStandsWhereItWasPutOnceTheFrameIsKnown) {

@@ -5,14 +5,13 @@
 #include <utility>
 
 #include "platform/linux/windows/QtImage.h"
-#include "platform/linux/windows/QtUserInterface.h"
-#include "tests/linux/system/ApplicationTest.h"
+#include "tests/linux/windows/UserInterfaceTest.h"
 
 namespace tarvik::tests {
 
 namespace {
 
-class PicturesTest : public ApplicationTest {
+class ImageTest : public UserInterfaceTest {
   protected:
     /// What an image view of this size shows.
     QImage shown(std::shared_ptr<platform::Image> image, platform::ImageScaling scaling,
@@ -44,11 +43,10 @@ class PicturesTest : public ApplicationTest {
         return found;
     }
 
-    linuxdesktop::QtUserInterface userInterface{clock, log};
     std::shared_ptr<platform::View> view;
 };
 
-TEST_F(PicturesTest, PicturesAreThereInEveryPixelOfAFineScreen) {
+TEST_F(ImageTest, PicturesAreThereInEveryPixelOfAFineScreen) {
     const auto picture = [&](const char* name) {
         return std::dynamic_pointer_cast<linuxdesktop::QtImage>(userInterface.imageNamed(name))
             ->icon({});
@@ -62,12 +60,17 @@ TEST_F(PicturesTest, PicturesAreThereInEveryPixelOfAFineScreen) {
     }
 }
 
-TEST_F(PicturesTest, AnUnknownPictureIsNothing) {
+TEST_F(ImageTest, AnUnknownPictureIsNothing) {
     EXPECT_EQ(userInterface.imageNamed("NoSuchPicture"), nullptr);
     EXPECT_EQ(userInterface.imageNamed(""), nullptr);
 }
 
-TEST_F(PicturesTest, EveryIconThatCanStandForTheApplicationShowsSomething) {
+TEST_F(ImageTest, AnUnknownSymbolIsNothing) {
+    EXPECT_EQ(userInterface.systemSymbol("waveform", "Tarvik Dictate"), nullptr);
+    EXPECT_EQ(userInterface.systemSymbol("", ""), nullptr);
+}
+
+TEST_F(ImageTest, EveryIconThatCanStandForTheApplicationShowsSomething) {
     for (const auto& icon :
          {userInterface.imageNamed("AppIcon"), userInterface.applicationIconImage(),
           userInterface.genericApplicationIcon()}) {
@@ -78,7 +81,7 @@ TEST_F(PicturesTest, EveryIconThatCanStandForTheApplicationShowsSomething) {
     }
 }
 
-TEST_F(PicturesTest, AnIconFillsItsPlaceAndKeepsItsShape) {
+TEST_F(ImageTest, AnIconFillsItsPlaceAndKeepsItsShape) {
     const auto upOrDown = platform::ImageScaling::proportionallyUpOrDown;
     for (const QSize size : {QSize(72, 72), QSize(300, 200)}) {
         const QRect icon = extent(shown(userInterface.applicationIconImage(), upOrDown, size));
@@ -90,7 +93,7 @@ TEST_F(PicturesTest, AnIconFillsItsPlaceAndKeepsItsShape) {
     }
 }
 
-TEST_F(PicturesTest, AWordmarkBecomesSmallerThanItIsButNeverLarger) {
+TEST_F(ImageTest, AWordmarkBecomesSmallerThanItIsButNeverLarger) {
     const auto down = platform::ImageScaling::proportionallyDown;
     const auto wordmark = userInterface.imageNamed("TarvikWordmark");
     const QRect natural = extent(shown(wordmark, down, {160, 32}));
@@ -99,7 +102,7 @@ TEST_F(PicturesTest, AWordmarkBecomesSmallerThanItIsButNeverLarger) {
     EXPECT_NEAR(extent(shown(wordmark, down, {80, 32})).width(), natural.width() / 2, 2);
 }
 
-TEST_F(PicturesTest, AViewWithoutAPictureKeepsItsPlace) {
+TEST_F(ImageTest, AViewWithoutAPictureKeepsItsPlace) {
     EXPECT_TRUE(
         extent(shown(nullptr, platform::ImageScaling::proportionallyDown, {160, 32})).isEmpty());
 }

@@ -11,12 +11,12 @@
 namespace tarvik::tests {
 
 /// A panel on the session bus that shows status notifier items; it works on a thread of its own.
-class NotifierHost {
+class StatusNotifierHost {
   public:
-    NotifierHost();
-    ~NotifierHost();
-    NotifierHost(const NotifierHost&) = delete;
-    NotifierHost& operator=(const NotifierHost&) = delete;
+    StatusNotifierHost();
+    ~StatusNotifierHost();
+    StatusNotifierHost(const StatusNotifierHost&) = delete;
+    StatusNotifierHost& operator=(const StatusNotifierHost&) = delete;
 
     /// Whom on the bus the last item belongs to; empty when there is none yet.
     std::string item() const;

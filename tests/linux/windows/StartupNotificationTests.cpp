@@ -5,18 +5,17 @@
 #include <string>
 #include <utility>
 
-#include "platform/linux/windows/QtUserInterface.h"
 #include "platform/linux/windows/QtWindow.h"
 #include "platform/linux/windows/StartupNotification.h"
 #include "platform/linux/windows/X11Server.h"
-#include "tests/linux/system/ApplicationTest.h"
+#include "tests/linux/windows/UserInterfaceTest.h"
 
 namespace tarvik::tests {
 
 namespace {
 
 /// What the desktop hears of an application that is brought forward.
-class X11StartupTest : public ApplicationTest {
+class X11StartupTest : public UserInterfaceTest {
   protected:
     using Event = linuxdesktop::X11Reply<xcb_generic_event_t>;
 
@@ -101,8 +100,6 @@ class X11StartupTest : public ApplicationTest {
             dynamic_cast<linuxdesktop::QtWindow&>(window).widget().winId());
     }
 
-    linuxdesktop::QtUserInterface userInterface{clock, log};
-
   private:
     class Delegate final : public platform::ApplicationDelegate {
       public:
@@ -158,6 +155,41 @@ TEST_F(X11StartupTest, SoDoesAWindowThatComesUpOnlyThen) {
     const auto later = nextRequestOfTheUser();
     ASSERT_TRUE(later);
     EXPECT_EQ(later->data.data32[1], 0U);
+}
+
+using StartupNotificationTest = UserInterfaceTest;
+
+TEST_F(StartupNotificationTest, AWaylandTokenIsThereForTheWindowThatItsUserAskedForAndNoLonger) {
+    class Delegate final : public platform::ApplicationDelegate {
+      public:
+        explicit Delegate(platform::Application& application) : application_(application) {}
+        void applicationDidFinishLaunching(const platform::LaunchNotification&) override {}
+        bool applicationShouldHandleReopen(bool) override {
+            token = qgetenv("XDG_ACTIVATION_TOKEN").toStdString();
+            application_.terminate();
+            return true;
+        }
+        void applicationShouldPerform(platform::ApplicationAction) override {}
+
+        std::string token;
+
+      private:
+        platform::Application& application_;
+    };
+    const auto delegate = std::make_shared<Delegate>(application);
+    application.setDelegate(delegate);
+    application.reopen("token");
+    EXPECT_EQ(application.run(), 0);
+    EXPECT_EQ(delegate->token, "token");
+    EXPECT_FALSE(qEnvironmentVariableIsSet("XDG_ACTIVATION_TOKEN"));
+}
+
+TEST_F(StartupNotificationTest, TheTimeIsWhatFollowsTheLastMark) {
+    EXPECT_EQ(linuxdesktop::timeOfStartup("panel-1234-host_TIME98765"), 98765U);
+    EXPECT_EQ(linuxdesktop::timeOfStartup("a_TIME1_TIME4294967295"), 4294967295U);
+    for (const char* id : {"", "panel", "panel_TIME", "panel_TIME12x", "panel_TIME4294967296"}) {
+        EXPECT_EQ(linuxdesktop::timeOfStartup(id), 0U) << id;
+    }
 }
 
 }  // namespace

@@ -1,4 +1,4 @@
-#include "tests/linux/windows/NotifierHost.h"
+#include "tests/linux/windows/StatusNotifierHost.h"
 
 #include <systemd/sd-bus.h>
 
@@ -12,41 +12,42 @@ struct NotifierInterface {
     static const std::array<sd_bus_vtable, 6>& table() {
         static const std::array<sd_bus_vtable, 6> entries = {
             {SD_BUS_VTABLE_START(0),
-             SD_BUS_METHOD("RegisterStatusNotifierItem", "s", "", NotifierHost::onRegister,
+             SD_BUS_METHOD("RegisterStatusNotifierItem", "s", "", StatusNotifierHost::onRegister,
                            SD_BUS_VTABLE_UNPRIVILEGED),
-             SD_BUS_PROPERTY("IsStatusNotifierHostRegistered", "b", NotifierHost::readTrue, 0, 0),
+             SD_BUS_PROPERTY("IsStatusNotifierHostRegistered", "b", StatusNotifierHost::readTrue, 0,
+                             0),
              SD_BUS_SIGNAL("StatusNotifierHostRegistered", "", 0),
              SD_BUS_SIGNAL("StatusNotifierItemRegistered", "s", 0), SD_BUS_VTABLE_END}};
         return entries;
     }
 };
 
-NotifierHost::NotifierHost() : thread_([this] { run(); }) {
+StatusNotifierHost::StatusNotifierHost() : thread_([this] { run(); }) {
     isRunning_.wait(false);
 }
 
-NotifierHost::~NotifierHost() {
+StatusNotifierHost::~StatusNotifierHost() {
     isEnding_ = true;
     thread_.join();
 }
 
-std::string NotifierHost::item() const {
+std::string StatusNotifierHost::item() const {
     const std::shared_ptr<const std::string> item = item_.load();
     return item ? *item : "";
 }
 
-int NotifierHost::onRegister(sd_bus_message* message, void* self, sd_bus_error*) {
-    static_cast<NotifierHost*>(self)->item_.store(
+int StatusNotifierHost::onRegister(sd_bus_message* message, void* self, sd_bus_error*) {
+    static_cast<StatusNotifierHost*>(self)->item_.store(
         std::make_shared<const std::string>(sd_bus_message_get_sender(message)));
     return sd_bus_reply_method_return(message, "");
 }
 
-int NotifierHost::readTrue(sd_bus*, const char*, const char*, const char*, sd_bus_message* reply,
-                           void*, sd_bus_error*) {
+int StatusNotifierHost::readTrue(sd_bus*, const char*, const char*, const char*,
+                                 sd_bus_message* reply, void*, sd_bus_error*) {
     return sd_bus_message_append(reply, "b", 1);
 }
 
-void NotifierHost::run() {
+void StatusNotifierHost::run() {
     constexpr const char* name = "org.kde.StatusNotifierWatcher";
     sd_bus* bus = nullptr;
     if (sd_bus_open_user(&bus) < 0 ||

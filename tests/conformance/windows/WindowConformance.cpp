@@ -1,5 +1,8 @@
+#include <functional>
 #include <memory>
 #include <string>
+#include <utility>
+#include <vector>
 
 #include "tests/conformance/system/SystemConformance.h"
 
@@ -7,7 +10,7 @@ namespace tarvik::tests {
 
 namespace {
 
-class ViewsConformance : public SystemConformance {
+class WindowConformance : public SystemConformance {
   protected:
     std::shared_ptr<platform::Button> button(const std::string& title,
                                              std::function<void()> action) {
@@ -37,83 +40,7 @@ class ViewsConformance : public SystemConformance {
     int closings = 0;
 };
 
-TEST_P(ViewsConformance, AFieldHoldsExactlyWhatWasTyped) {
-    for (const bool isSecure : {false, true}) {
-        platform::TextFieldDescription description;
-        description.text = " stored ";
-        description.isSecure = isSecure;
-        const auto field = userInterface.makeTextField(description);
-        EXPECT_EQ(field->text(), " stored ");
-        world->type(*field, "  Schlüssel & \"Co\" 😀 ");
-        EXPECT_EQ(field->text(), "  Schlüssel & \"Co\" 😀 ");
-        const std::string tenThousand(10000, 'k');
-        world->type(*field, tenThousand);
-        EXPECT_EQ(field->text(), tenThousand);
-        world->type(*field, "");
-        EXPECT_EQ(field->text(), "");
-    }
-}
-
-TEST_P(ViewsConformance, ReturnInAFieldDoesItsActionOnce) {
-    int saved = 0;
-    platform::TextFieldDescription description;
-    description.action = [&] { ++saved; };
-    const auto field = userInterface.makeTextField(description);
-    world->type(*field, "key");
-    EXPECT_EQ(saved, 0);
-    world->pressReturn(*field);
-    EXPECT_EQ(saved, 1);
-}
-
-TEST_P(ViewsConformance, AButtonKeepsItsTitleAndDoesItsAction) {
-    int pressed = 0;
-    const auto made = button("Fish & Chips", [&] { ++pressed; });
-    EXPECT_EQ(made->title(), "Fish & Chips");
-    made->setBezelColor(platform::RgbColor{0.1, 0.8, 0.9});
-    made->setAttributedTitle({"Salt & Vinegar", platform::black, {13}});
-    EXPECT_EQ(made->title(), "Salt & Vinegar");
-    world->press(*made);
-    world->press(*made);
-    EXPECT_EQ(pressed, 2);
-}
-
-TEST_P(ViewsConformance, OnlyTheUserMakesACheckboxCall) {
-    std::vector<bool> calls;
-    platform::CheckboxDescription description;
-    description.title = "Launch at login";
-    description.isOn = true;
-    description.action = [&](platform::Checkbox& checkbox) { calls.push_back(checkbox.isOn()); };
-    const auto checkbox = userInterface.makeCheckbox(description);
-    EXPECT_TRUE(checkbox->isOn());
-    checkbox->setOn(false);
-    EXPECT_FALSE(checkbox->isOn());
-    EXPECT_TRUE(calls.empty());
-    world->click(*checkbox);
-    EXPECT_EQ(calls, std::vector<bool>{true});
-    EXPECT_TRUE(checkbox->isOn());
-}
-
-TEST_P(ViewsConformance, ACheckboxCanBeTakenBackByItsOwnAction) {
-    platform::CheckboxDescription description;
-    int calls = 0;
-    description.action = [&](platform::Checkbox& checkbox) {
-        ++calls;
-        checkbox.setOn(false);
-    };
-    const auto checkbox = userInterface.makeCheckbox(description);
-    world->click(*checkbox);
-    EXPECT_EQ(calls, 1);
-    EXPECT_FALSE(checkbox->isOn());
-}
-
-TEST_P(ViewsConformance, EveryPictureThatTheWindowsShowIsThere) {
-    EXPECT_TRUE(userInterface.imageNamed("AppIcon"));
-    EXPECT_TRUE(userInterface.imageNamed("TarvikWordmark"));
-    EXPECT_TRUE(userInterface.applicationIconImage());
-    EXPECT_TRUE(userInterface.genericApplicationIcon());
-}
-
-TEST_P(ViewsConformance, AWindowIsHiddenUntilItIsShown) {
+TEST_P(WindowConformance, AWindowIsHiddenUntilItIsShown) {
     const auto made = window();
     EXPECT_FALSE(made->isVisible());
     made->setContent(column({}), std::nullopt);
@@ -128,7 +55,7 @@ TEST_P(ViewsConformance, AWindowIsHiddenUntilItIsShown) {
     EXPECT_TRUE(made->isVisible());
 }
 
-TEST_P(ViewsConformance, EachClosingIsToldOnceAndTheWindowCanBeShownAgain) {
+TEST_P(WindowConformance, EachClosingIsToldOnceAndTheWindowCanBeShownAgain) {
     const auto made = window();
     made->setContent(column({button("Close", [] {})}), std::nullopt);
     made->show();
@@ -142,7 +69,7 @@ TEST_P(ViewsConformance, EachClosingIsToldOnceAndTheWindowCanBeShownAgain) {
     EXPECT_EQ(closings, 2);
 }
 
-TEST_P(ViewsConformance, AButtonMayCloseItsWindow) {
+TEST_P(WindowConformance, AButtonMayCloseItsWindow) {
     const auto made = window();
     const auto later = button("Maybe later", [&] { made->close(); });
     made->setContent(column({later}), std::nullopt);
@@ -152,7 +79,7 @@ TEST_P(ViewsConformance, AButtonMayCloseItsWindow) {
     EXPECT_EQ(closings, 1);
 }
 
-TEST_P(ViewsConformance, AControlMayReplaceTheContentItIsIn) {
+TEST_P(WindowConformance, AControlMayReplaceTheContentItIsIn) {
     const auto made = window();
     const auto watched = std::make_shared<int>();
     std::weak_ptr<int> alive = watched;
@@ -172,7 +99,7 @@ TEST_P(ViewsConformance, AControlMayReplaceTheContentItIsIn) {
     EXPECT_TRUE(world->runUntil([&] { return old.expired(); }));
 }
 
-TEST_P(ViewsConformance, AViewOutlivesTheStackAndTheWindowThatShowedIt) {
+TEST_P(WindowConformance, AViewOutlivesTheStackAndTheWindowThatShowedIt) {
     platform::TextFieldDescription description;
     description.text = "kept";
     const auto field = userInterface.makeTextField(description);
@@ -188,7 +115,7 @@ TEST_P(ViewsConformance, AViewOutlivesTheStackAndTheWindowThatShowedIt) {
     EXPECT_EQ(field->text(), "used again");
 }
 
-TEST_P(ViewsConformance, TheFrameIsWhereItWasPutAndHoldsTheContent) {
+TEST_P(WindowConformance, TheFrameIsWhereItWasPutAndHoldsTheContent) {
     const auto made = window();
     made->setContent(column({}), std::nullopt);
     EXPECT_GE(made->frame().size.width, 400);
@@ -198,7 +125,7 @@ TEST_P(ViewsConformance, TheFrameIsWhereItWasPutAndHoldsTheContent) {
     EXPECT_NEAR(made->frame().origin.y, 70, 0.5);
 }
 
-TEST_P(ViewsConformance, AWindowIsCentredOnTheMainScreen) {
+TEST_P(WindowConformance, AWindowIsCentredOnTheMainScreen) {
     const auto screen = userInterface.mainScreenVisibleFrame();
     ASSERT_TRUE(screen);
     const auto made = window();
@@ -215,7 +142,7 @@ TEST_P(ViewsConformance, AWindowIsCentredOnTheMainScreen) {
     expectCentred();
 }
 
-INSTANTIATE_TEST_SUITE_P(Worlds, ViewsConformance, everySystemWorld(), systemWorldName);
+INSTANTIATE_TEST_SUITE_P(Worlds, WindowConformance, everySystemWorld(), systemWorldName);
 
 }  // namespace
 
