@@ -4,8 +4,8 @@
 #include <charconv>
 #include <system_error>
 
-#include "platform/linux/settings/Directories.h"
-#include "platform/linux/settings/IniText.h"
+#include "platform/linux/settings/ConfigDirectory.h"
+#include "platform/linux/settings/IniEncoding.h"
 #include "platform/linux/settings/SettingsFile.h"
 
 namespace tarvik::linuxdesktop {
@@ -26,7 +26,7 @@ std::string FileUserDefaults::standardPath() {
 
 std::optional<std::string> FileUserDefaults::stringForKey(std::string_view key) const {
     const std::optional<std::string> value = file_->value(key);
-    return value ? textFromIniValue(*value) : std::nullopt;
+    return value ? decodeIniValue(*value) : std::nullopt;
 }
 
 std::int64_t FileUserDefaults::integerForKey(std::string_view key) const {
@@ -43,7 +43,7 @@ bool FileUserDefaults::boolForKey(std::string_view key) const {
 void FileUserDefaults::setString(std::string_view value, std::string_view key) {
     // A byte that is part of no character would make the whole file unreadable.
     const QString text = QString::fromUtf8(value.data(), static_cast<qsizetype>(value.size()));
-    set(key, iniValueFromText(text.toStdString()));
+    set(key, encodeIniValue(text.toStdString()));
 }
 
 void FileUserDefaults::setInteger(std::int64_t value, std::string_view key) {

@@ -5,7 +5,7 @@
 #include <algorithm>
 
 #include "base/Text.h"
-#include "platform/linux/settings/IniText.h"
+#include "platform/linux/settings/IniEncoding.h"
 
 namespace tarvik::linuxdesktop {
 
@@ -83,7 +83,7 @@ bool IniDocument::addLine(std::string_view line, bool& isGeneral) {
             return false;
         }
         if (isGeneral) {
-            added.key = textFromIniKey(trimmed(std::string_view(bare).substr(0, equals)));
+            added.key = decodeIniKey(trimmed(std::string_view(bare).substr(0, equals)));
             added.value = trimmed(std::string_view(bare).substr(equals + 1));
         }
     }
@@ -107,7 +107,7 @@ void IniDocument::set(std::string_view key, const std::optional<std::string>& va
     std::erase_if(lines_, isEntry(key));
     if (value) {
         place = isNew ? endOfGeneral() : place;
-        lines_.insert(lines_.begin() + place, Line{iniKeyFromText(key) + "=" + *value + "\n", true,
+        lines_.insert(lines_.begin() + place, Line{encodeIniKey(key) + "=" + *value + "\n", true,
                                                    std::string(key), *value});
     }
 }

@@ -4,8 +4,8 @@
 #include <cstdlib>
 #include <utility>
 
-#include "platform/linux/windows/UserAction.h"
-#include "platform/linux/windows/WindowActivation.h"
+#include "platform/linux/windows/StartupNotification.h"
+#include "platform/linux/windows/WindowManagerRequests.h"
 
 namespace tarvik::linuxdesktop {
 
@@ -110,7 +110,7 @@ void QtApplication::ask(const std::string& startupId, Request request) {
         if (!delegate || isTerminated_) {
             return;
         }
-        const UserAction action(startupId);
+        const StartupNotification notification(startupId);
         request(*delegate);
     };
     if (hasLaunched_) {

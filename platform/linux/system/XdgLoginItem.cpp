@@ -9,7 +9,7 @@
 
 #include "base/Text.h"
 #include "platform/linux/settings/AtomicFile.h"
-#include "platform/linux/settings/Directories.h"
+#include "platform/linux/settings/ConfigDirectory.h"
 
 namespace tarvik::linuxdesktop {
 

@@ -8,10 +8,10 @@
 #include <QShowEvent>
 #include <algorithm>
 
-#include "platform/linux/windows/LegibleField.h"
-#include "platform/linux/windows/Pictures.h"
-#include "platform/linux/windows/Points.h"
-#include "platform/linux/windows/WindowActivation.h"
+#include "platform/linux/windows/Assets.h"
+#include "platform/linux/windows/LegibleLineEdit.h"
+#include "platform/linux/windows/Scaling.h"
+#include "platform/linux/windows/WindowManagerRequests.h"
 
 namespace tarvik::linuxdesktop {
 
@@ -58,7 +58,7 @@ void AlertDialog::addText(const platform::Alert& alert) {
     QLabel* informative = label(alert.informativeText, this);
     grid->addWidget(informative, 1, 1);
 
-    field_ = new LegibleField(this);
+    field_ = new LegibleLineEdit(this);
     field_->setText(QString::fromStdString(alert.fieldText));
     field_->setPlaceholderText(QString::fromStdString(alert.fieldPlaceholder));
     field_->setAccessibleName(message->text());

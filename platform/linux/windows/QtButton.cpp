@@ -3,9 +3,10 @@
 #include <QStyleOptionButton>
 #include <QStylePainter>
 
-#include "platform/linux/windows/Points.h"
+#include "platform/linux/windows/Mnemonics.h"
 #include "platform/linux/windows/QtAppearance.h"
-#include "platform/linux/windows/ViewGeometry.h"
+#include "platform/linux/windows/Scaling.h"
+#include "platform/linux/windows/WidgetLayout.h"
 
 namespace tarvik::linuxdesktop {
 

@@ -4,8 +4,8 @@
 #include <QStyle>
 #include <QStyleOptionButton>
 
+#include "platform/linux/windows/Mnemonics.h"
 #include "platform/linux/windows/QtAppearance.h"
-#include "platform/linux/windows/ViewGeometry.h"
 
 namespace tarvik::linuxdesktop {
 

@@ -2,7 +2,7 @@
 
 #include <utility>
 
-#include "platform/linux/windows/Points.h"
+#include "platform/linux/windows/Scaling.h"
 
 namespace tarvik::linuxdesktop {
 

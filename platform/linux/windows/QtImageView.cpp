@@ -2,7 +2,7 @@
 
 #include <QPainter>
 
-#include "platform/linux/windows/ViewGeometry.h"
+#include "platform/linux/windows/WidgetLayout.h"
 
 namespace tarvik::linuxdesktop {
 

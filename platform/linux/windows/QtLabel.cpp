@@ -4,9 +4,9 @@
 #include <QPainter>
 #include <algorithm>
 
-#include "platform/linux/windows/Points.h"
 #include "platform/linux/windows/QtAppearance.h"
-#include "platform/linux/windows/ViewGeometry.h"
+#include "platform/linux/windows/Scaling.h"
+#include "platform/linux/windows/WidgetLayout.h"
 
 namespace tarvik::linuxdesktop {
 

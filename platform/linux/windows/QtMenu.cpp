@@ -7,6 +7,7 @@
 #include <cstddef>
 #include <utility>
 
+#include "platform/linux/windows/Mnemonics.h"
 #include "platform/linux/windows/QtAppearance.h"
 
 namespace tarvik::linuxdesktop {
@@ -26,11 +27,6 @@ QKeySequence shortcut(const platform::MenuItem& item) {
         text += QStringLiteral("Shift+");
     }
     return QKeySequence(text + key.toUpper(), QKeySequence::PortableText);
-}
-
-// In a QAction an ampersand marks the letter that follows it.
-QString literalText(const std::string& title) {
-    return QString::fromStdString(title).replace(u'&', QStringLiteral("&&"));
 }
 
 }  // namespace
@@ -63,7 +59,7 @@ void QtMenu::setItems(std::vector<platform::MenuItem> items) {
         const platform::MenuItem& item = items_[index];
         if (!item.isSeparator) {
             QAction& action = *actions[static_cast<qsizetype>(index)];
-            action.setText(literalText(item.title));
+            action.setText(withoutMnemonics(item.title));
             action.setEnabled(item.isEnabled);
             action.setShortcut(shortcut(item));
         }

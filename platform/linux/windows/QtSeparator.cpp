@@ -3,7 +3,7 @@
 #include <QPainter>
 #include <algorithm>
 
-#include "platform/linux/windows/Points.h"
+#include "platform/linux/windows/Scaling.h"
 
 namespace tarvik::linuxdesktop {
 

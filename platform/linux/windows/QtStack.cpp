@@ -2,8 +2,8 @@
 
 #include <QBoxLayout>
 
-#include "platform/linux/windows/Points.h"
-#include "platform/linux/windows/ViewGeometry.h"
+#include "platform/linux/windows/Scaling.h"
+#include "platform/linux/windows/WidgetLayout.h"
 
 namespace tarvik::linuxdesktop {
 

@@ -1,7 +1,7 @@
 #include "platform/linux/windows/QtTextField.h"
 
 #include "platform/linux/windows/QtAppearance.h"
-#include "platform/linux/windows/ViewGeometry.h"
+#include "platform/linux/windows/WidgetLayout.h"
 
 namespace tarvik::linuxdesktop {
 

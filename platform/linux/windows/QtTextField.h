@@ -3,12 +3,12 @@
 #include <string>
 
 #include "platform/Views.h"
-#include "platform/linux/windows/LegibleField.h"
+#include "platform/linux/windows/LegibleLineEdit.h"
 
 namespace tarvik::linuxdesktop {
 
 /// A text field as a QLineEdit, which knows the editing shortcuts. Main thread only.
-class QtTextField final : public LegibleField, public platform::TextField {
+class QtTextField final : public LegibleLineEdit, public platform::TextField {
   public:
     explicit QtTextField(const platform::TextFieldDescription& description);
 

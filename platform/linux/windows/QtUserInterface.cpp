@@ -3,7 +3,7 @@
 #include <QApplication>
 
 #include "platform/linux/windows/AlertDialog.h"
-#include "platform/linux/windows/Pictures.h"
+#include "platform/linux/windows/Assets.h"
 #include "platform/linux/windows/QtButton.h"
 #include "platform/linux/windows/QtCheckbox.h"
 #include "platform/linux/windows/QtImage.h"
@@ -11,12 +11,12 @@
 #include "platform/linux/windows/QtLabel.h"
 #include "platform/linux/windows/QtMenu.h"
 #include "platform/linux/windows/QtSeparator.h"
-#include "platform/linux/windows/QtSpacer.h"
 #include "platform/linux/windows/QtStack.h"
 #include "platform/linux/windows/QtStatusItem.h"
 #include "platform/linux/windows/QtTextField.h"
 #include "platform/linux/windows/QtWindow.h"
 #include "platform/linux/windows/ScreenGeometry.h"
+#include "platform/linux/windows/WidgetLayout.h"
 
 namespace tarvik::linuxdesktop {
 
@@ -25,6 +25,8 @@ namespace {
 // In points, where nothing else decides.
 constexpr QSize iconSize(128, 128);
 constexpr QSize wordmarkSize(160, 32);
+
+class Spacer final : public QWidget, public platform::View {};
 
 // Empty when there is nothing to show.
 std::shared_ptr<platform::Image> imageOf(const QIcon& picture, QSize naturalSize) {
@@ -105,7 +107,10 @@ std::shared_ptr<platform::View> QtUserInterface::makeSeparator() {
 }
 
 std::shared_ptr<platform::View> QtUserInterface::makeSpacer(const platform::ViewLayout& layout) {
-    return std::make_shared<QtSpacer>(layout);
+    const auto spacer = std::make_shared<Spacer>();
+    spacer->setSizePolicy(QSizePolicy::Fixed, QSizePolicy::Fixed);
+    applyLayout(*spacer, layout);
+    return spacer;
 }
 
 std::shared_ptr<platform::View> QtUserInterface::makeStack(

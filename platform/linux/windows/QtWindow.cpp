@@ -4,12 +4,11 @@
 #include <QPalette>
 #include <utility>
 
-#include "platform/linux/windows/Points.h"
 #include "platform/linux/windows/QtAppearance.h"
+#include "platform/linux/windows/Scaling.h"
 #include "platform/linux/windows/ScreenGeometry.h"
-#include "platform/linux/windows/ViewGeometry.h"
-#include "platform/linux/windows/WindowActivation.h"
-#include "platform/linux/windows/WindowHints.h"
+#include "platform/linux/windows/WidgetLayout.h"
+#include "platform/linux/windows/WindowManagerRequests.h"
 
 namespace tarvik::linuxdesktop {
 

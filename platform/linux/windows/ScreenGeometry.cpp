@@ -5,7 +5,7 @@
 #include <algorithm>
 #include <cstdlib>
 
-#include "platform/linux/windows/Points.h"
+#include "platform/linux/windows/Scaling.h"
 
 namespace tarvik::linuxdesktop {
 

@@ -6,7 +6,7 @@
 #include <QStyle>
 #include <QWindow>
 
-#include "platform/linux/windows/Pictures.h"
+#include "platform/linux/windows/Assets.h"
 
 namespace tarvik::linuxdesktop {
 

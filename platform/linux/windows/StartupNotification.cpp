@@ -2,9 +2,10 @@
 
 #include <xcb/xcb.h>
 
+#include <QByteArray>
 #include <algorithm>
 #include <charconv>
-#include <string>
+#include <utility>
 
 #include "platform/linux/windows/X11Server.h"
 
@@ -12,7 +13,11 @@ namespace tarvik::linuxdesktop {
 
 namespace {
 
-constexpr std::string_view timeMark = "_TIME";
+// One for the process, as the connection to the display server is.
+std::uint32_t timeOfAction = 0;
+
+// Where Qt looks for the token when it activates a window on Wayland.
+constexpr const char* tokenVariable = "XDG_ACTIVATION_TOKEN";
 
 // A value of the message: in quotes, with the quote and the escape character escaped.
 std::string quoted(std::string_view value) {
@@ -26,31 +31,13 @@ std::string quoted(std::string_view value) {
     return text + '"';
 }
 
-}  // namespace
-
-std::uint32_t timeOfStartup(std::string_view startupId) {
-    const std::size_t mark = startupId.rfind(timeMark);
-    if (mark == std::string_view::npos) {
-        return 0;
-    }
-    const std::string_view digits = startupId.substr(mark + timeMark.size());
-    const char* const end = digits.data() + digits.size();
-    std::uint32_t time = 0;
-    const auto [stop, failure] = std::from_chars(digits.data(), end, time);
-    return failure == std::errc() && stop == end ? time : 0;
-}
-
-void endStartupNotification(std::string_view startupId) {
-    xcb_connection_t* connection = x11Connection();
-    if (startupId.empty() || connection == nullptr) {
-        return;
-    }
+void sendCompletion(xcb_connection_t* connection, std::string_view id) {
     const xcb_screen_t* screen = xcb_setup_roots_iterator(xcb_get_setup(connection)).data;
-    // The pieces of one message are told from those of others by the window they come from.
+    // The sender tells the pieces of this message from those of other messages.
     const xcb_window_t sender = xcb_generate_id(connection);
     xcb_create_window(connection, XCB_COPY_FROM_PARENT, sender, screen->root, -1, -1, 1, 1, 0,
                       XCB_WINDOW_CLASS_INPUT_ONLY, screen->root_visual, 0, nullptr);
-    std::string message = "remove: ID=" + quoted(startupId);
+    std::string message = "remove: ID=" + quoted(id);
     message += '\0';
     xcb_client_message_event_t piece{};
     piece.response_type = XCB_CLIENT_MESSAGE;
@@ -69,6 +56,43 @@ void endStartupNotification(std::string_view startupId) {
     }
     xcb_destroy_window(connection, sender);
     xcb_flush(connection);
+}
+
+}  // namespace
+
+StartupNotification::StartupNotification(std::string id)
+    : id_(std::move(id)), outerTime_(std::exchange(timeOfAction, timeIn(id_))) {
+    if (!id_.empty() && x11Connection() == nullptr) {
+        qputenv(tokenVariable, QByteArray::fromStdString(id_));
+    }
+}
+
+StartupNotification::~StartupNotification() {
+    timeOfAction = outerTime_;
+    xcb_connection_t* connection = x11Connection();
+    if (connection == nullptr) {
+        // The token is good for one use, and no program that is started later may find it.
+        qunsetenv(tokenVariable);
+    } else if (!id_.empty()) {
+        sendCompletion(connection, id_);
+    }
+}
+
+std::uint32_t StartupNotification::currentTime() {
+    return timeOfAction;
+}
+
+std::uint32_t StartupNotification::timeIn(std::string_view id) {
+    constexpr std::string_view timeMark = "_TIME";
+    const std::size_t mark = id.rfind(timeMark);
+    if (mark == std::string_view::npos) {
+        return 0;
+    }
+    const std::string_view digits = id.substr(mark + timeMark.size());
+    const char* const end = digits.data() + digits.size();
+    std::uint32_t time = 0;
+    const auto [stop, failure] = std::from_chars(digits.data(), end, time);
+    return failure == std::errc() && stop == end ? time : 0;
 }
 
 }  // namespace tarvik::linuxdesktop

@@ -11,7 +11,7 @@
 #include <functional>
 #include <utility>
 
-#include "platform/linux/windows/Pictures.h"
+#include "platform/linux/windows/Assets.h"
 
 namespace tarvik::linuxdesktop {
 

@@ -14,6 +14,12 @@ namespace tarvik::tests {
 
 namespace {
 
+using linuxdesktop::StartupNotification;
+
+void endStartup(const char* id) {
+    const StartupNotification notification(id);
+}
+
 /// What the desktop hears of an application that is brought forward.
 class X11StartupTest : public UserInterfaceTest {
   protected:
@@ -120,14 +126,14 @@ class X11StartupTest : public UserInterfaceTest {
 };
 
 TEST_F(X11StartupTest, TheDesktopHearsThatTheStartIsOver) {
-    linuxdesktop::endStartupNotification("a \"panel\" \\ with a long name-1234-host_TIME98765");
+    endStartup("a \"panel\" \\ with a long name-1234-host_TIME98765");
     EXPECT_EQ(nextStartupMessage(),
               "remove: ID=\"a \\\"panel\\\" \\\\ with a long name-1234-host_TIME98765\"");
     // Exactly one piece and its end, which takes a piece of its own.
-    linuxdesktop::endStartupNotification("1234567");
+    endStartup("1234567");
     EXPECT_EQ(nextStartupMessage(), "remove: ID=\"1234567\"");
-    linuxdesktop::endStartupNotification("");
-    linuxdesktop::endStartupNotification("next");
+    endStartup("");
+    endStartup("next");
     EXPECT_EQ(nextStartupMessage(), "remove: ID=\"next\"");
 }
 
@@ -185,10 +191,10 @@ TEST_F(StartupNotificationTest, AWaylandTokenIsThereForTheWindowThatItsUserAsked
 }
 
 TEST_F(StartupNotificationTest, TheTimeIsWhatFollowsTheLastMark) {
-    EXPECT_EQ(linuxdesktop::timeOfStartup("panel-1234-host_TIME98765"), 98765U);
-    EXPECT_EQ(linuxdesktop::timeOfStartup("a_TIME1_TIME4294967295"), 4294967295U);
+    EXPECT_EQ(StartupNotification::timeIn("panel-1234-host_TIME98765"), 98765U);
+    EXPECT_EQ(StartupNotification::timeIn("a_TIME1_TIME4294967295"), 4294967295U);
     for (const char* id : {"", "panel", "panel_TIME", "panel_TIME12x", "panel_TIME4294967296"}) {
-        EXPECT_EQ(linuxdesktop::timeOfStartup(id), 0U) << id;
+        EXPECT_EQ(StartupNotification::timeIn(id), 0U) << id;
     }
 }
 

@@ -10,16 +10,16 @@ namespace tarvik::linuxdesktop {
 /// is UTF-8 without a zero character.
 
 /// A text as it stands in the file; quoted whenever it could be taken for anything but a text.
-std::string iniValueFromText(std::string_view text);
+std::string encodeIniValue(std::string_view text);
 
 /// The text that `value` stands for; nothing when it stands for a list or for one of the types that
 /// QSettings writes with an @.
-std::optional<std::string> textFromIniValue(std::string_view value);
+std::optional<std::string> decodeIniValue(std::string_view value);
 
 /// A key as it stands in the file.
-std::string iniKeyFromText(std::string_view text);
+std::string encodeIniKey(std::string_view text);
 
 /// The key that `key` stands for.
-std::string textFromIniKey(std::string_view key);
+std::string decodeIniKey(std::string_view key);
 
 }  // namespace tarvik::linuxdesktop

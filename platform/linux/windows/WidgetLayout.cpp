@@ -1,8 +1,8 @@
-#include "platform/linux/windows/ViewGeometry.h"
+#include "platform/linux/windows/WidgetLayout.h"
 
 #include <algorithm>
 
-#include "platform/linux/windows/Points.h"
+#include "platform/linux/windows/Scaling.h"
 
 namespace tarvik::linuxdesktop {
 
@@ -49,10 +49,6 @@ void applyLayout(QWidget& widget, const platform::ViewLayout& layout, int needed
 
 QWidget& widgetOf(platform::View& view) {
     return dynamic_cast<QWidget&>(view);
-}
-
-QString withoutMnemonics(const std::string& text) {
-    return QString::fromStdString(text).replace(u'&', QStringLiteral("&&"));
 }
 
 }  // namespace tarvik::linuxdesktop

@@ -1,4 +1,4 @@
-#include "platform/linux/windows/LegibleField.h"
+#include "platform/linux/windows/LegibleLineEdit.h"
 
 #include <QEvent>
 #include <limits>
@@ -12,19 +12,19 @@ constexpr float placeholderAlpha = 0.6F;
 
 }  // namespace
 
-LegibleField::LegibleField(QWidget* parent) : QLineEdit(parent) {
+LegibleLineEdit::LegibleLineEdit(QWidget* parent) : QLineEdit(parent) {
     setMaxLength(std::numeric_limits<int>::max());
     colorPlaceholder();
 }
 
-void LegibleField::changeEvent(QEvent* event) {
+void LegibleLineEdit::changeEvent(QEvent* event) {
     QLineEdit::changeEvent(event);
     if (event->type() == QEvent::PaletteChange) {
         colorPlaceholder();
     }
 }
 
-void LegibleField::colorPlaceholder() {
+void LegibleLineEdit::colorPlaceholder() {
     QColor color = palette().color(QPalette::Text);
     color.setAlphaF(placeholderAlpha);
     // Setting it is a change of the palette in its turn.

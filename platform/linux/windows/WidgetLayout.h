@@ -14,7 +14,4 @@ void applyLayout(QWidget& widget, const platform::ViewLayout& layout, int needed
 /// whoever holds the view.
 QWidget& widgetOf(platform::View& view);
 
-/// The text for a control that takes an ampersand as the mark of the letter that follows it.
-QString withoutMnemonics(const std::string& text);
-
 }  // namespace tarvik::linuxdesktop

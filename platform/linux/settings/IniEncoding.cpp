@@ -1,4 +1,4 @@
-#include "platform/linux/settings/IniText.h"
+#include "platform/linux/settings/IniEncoding.h"
 
 #include <QString>
 #include <array>
@@ -137,7 +137,7 @@ class ValueReader {
 
 }  // namespace
 
-std::string iniValueFromText(std::string_view text) {
+std::string encodeIniValue(std::string_view text) {
     std::string value;
     bool mustEscapeDigit = false;
     for (const char c : text) {
@@ -163,7 +163,7 @@ std::string iniValueFromText(std::string_view text) {
     return needsQuotes(text) ? '"' + value + '"' : value;
 }
 
-std::optional<std::string> textFromIniValue(std::string_view value) {
+std::optional<std::string> decodeIniValue(std::string_view value) {
     std::optional<std::string> text = ValueReader(value).read();
     if (!text || !text->starts_with('@')) {
         return text;
@@ -177,7 +177,7 @@ std::optional<std::string> textFromIniValue(std::string_view value) {
     return text->ends_with(')') ? std::nullopt : text;
 }
 
-std::string iniKeyFromText(std::string_view text) {
+std::string encodeIniKey(std::string_view text) {
     std::string key;
     for (const QChar unit : QString::fromUtf8(text.data(), static_cast<qsizetype>(text.size()))) {
         const char16_t code = unit.unicode();
@@ -196,7 +196,7 @@ std::string iniKeyFromText(std::string_view text) {
     return key;
 }
 
-std::string textFromIniKey(std::string_view key) {
+std::string decodeIniKey(std::string_view key) {
     QString text;
     const QString written = QString::fromUtf8(key.data(), static_cast<qsizetype>(key.size()));
     for (qsizetype i = 0; i < written.size(); ++i) {

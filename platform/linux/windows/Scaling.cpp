@@ -1,4 +1,4 @@
-#include "platform/linux/windows/Points.h"
+#include "platform/linux/windows/Scaling.h"
 
 #include <QGuiApplication>
 #include <QScreen>

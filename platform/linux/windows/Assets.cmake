@@ -32,13 +32,13 @@ foreach(symbol IN ITEMS mic mic.fill)
         "<file alias=\"symbols/${symbol}.svg\">${TARVIK_ASSETS}/${symbol}.svg</file>\n")
 endforeach()
 
-file(CONFIGURE OUTPUT ${CMAKE_CURRENT_BINARY_DIR}/pictures.qrc
+file(CONFIGURE OUTPUT ${CMAKE_CURRENT_BINARY_DIR}/assets.qrc
     CONTENT "<RCC><qresource prefix=\"/\">\n@TARVIK_PICTURE_ENTRIES@</qresource></RCC>\n" @ONLY)
-add_custom_command(OUTPUT ${CMAKE_CURRENT_BINARY_DIR}/qrc_pictures.cpp
-    COMMAND Qt6::rcc --name pictures --output ${CMAKE_CURRENT_BINARY_DIR}/qrc_pictures.cpp
-            ${CMAKE_CURRENT_BINARY_DIR}/pictures.qrc
-    DEPENDS ${TARVIK_PICTURE_FILES} ${CMAKE_CURRENT_BINARY_DIR}/pictures.qrc
+add_custom_command(OUTPUT ${CMAKE_CURRENT_BINARY_DIR}/qrc_assets.cpp
+    COMMAND Qt6::rcc --name assets --output ${CMAKE_CURRENT_BINARY_DIR}/qrc_assets.cpp
+            ${CMAKE_CURRENT_BINARY_DIR}/assets.qrc
+    DEPENDS ${TARVIK_PICTURE_FILES} ${CMAKE_CURRENT_BINARY_DIR}/assets.qrc
     VERBATIM)
-target_sources(tarvik_linux_windows PRIVATE ${CMAKE_CURRENT_BINARY_DIR}/qrc_pictures.cpp)
-set_source_files_properties(${CMAKE_CURRENT_BINARY_DIR}/qrc_pictures.cpp PROPERTIES
+target_sources(tarvik_linux_windows PRIVATE ${CMAKE_CURRENT_BINARY_DIR}/qrc_assets.cpp)
+set_source_files_properties(${CMAKE_CURRENT_BINARY_DIR}/qrc_assets.cpp PROPERTIES
     SKIP_PRECOMPILE_HEADERS ON COMPILE_OPTIONS -w)

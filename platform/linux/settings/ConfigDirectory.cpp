@@ -1,4 +1,4 @@
-#include "platform/linux/settings/Directories.h"
+#include "platform/linux/settings/ConfigDirectory.h"
 
 #include <pwd.h>
 #include <unistd.h>

@@ -7,9 +7,9 @@ namespace tarvik::linuxdesktop {
 /// A field that takes a text of any length, and whose placeholder is legible whatever colours the
 /// desktop has: some describe all colours but that one, which Qt then draws black. Main thread
 /// only.
-class LegibleField : public QLineEdit {
+class LegibleLineEdit : public QLineEdit {
   public:
-    explicit LegibleField(QWidget* parent = nullptr);
+    explicit LegibleLineEdit(QWidget* parent = nullptr);
 
   protected:
     void changeEvent(QEvent* event) override;

@@ -1,17 +1,17 @@
-#include "platform/linux/windows/Pictures.h"
+#include "platform/linux/windows/Assets.h"
 
 #include <QDir>
 #include <QFile>
 
 // The macro inside works outside of any namespace alone.
-static void loadPictures() {
-    Q_INIT_RESOURCE(pictures);
+static void loadAssets() {
+    Q_INIT_RESOURCE(assets);
 }
 
 namespace tarvik::linuxdesktop {
 
 QIcon picture(const std::string& name) {
-    loadPictures();
+    loadAssets();
     // The files are called by their width.
     const QDir sizes(QStringLiteral(":/pictures/") + QString::fromStdString(name));
     QIcon made;
@@ -22,7 +22,7 @@ QIcon picture(const std::string& name) {
 }
 
 QByteArray symbolDrawing(const QString& name) {
-    loadPictures();
+    loadAssets();
     QFile file(QStringLiteral(":/symbols/") + name + QStringLiteral(".svg"));
     // What was built in can be read.
     if (!file.open(QIODevice::ReadOnly)) {

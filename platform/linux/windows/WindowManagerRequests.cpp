@@ -1,0 +1,72 @@
+#include "platform/linux/windows/WindowManagerRequests.h"
+
+#include <xcb/xcb.h>
+
+#include <QWidget>
+#include <cstdint>
+#include <string_view>
+
+#include "platform/linux/windows/StartupNotification.h"
+#include "platform/linux/windows/X11Server.h"
+
+namespace tarvik::linuxdesktop {
+
+namespace {
+
+// Window managers let an application take the keyboard only right after input to its own windows,
+// and a hotkey is none. A request that names a pager as its source is always granted.
+void requestActivation(xcb_connection_t* connection, xcb_window_t window, xcb_timestamp_t time) {
+    const xcb_window_t root = xcb_setup_roots_iterator(xcb_get_setup(connection)).data->root;
+    constexpr std::uint32_t fromPager = 2;
+    xcb_client_message_event_t event{};
+    event.response_type = XCB_CLIENT_MESSAGE;
+    event.format = 32;
+    event.window = window;
+    event.type = x11Atom(connection, "_NET_ACTIVE_WINDOW");
+    event.data.data32[0] = fromPager;
+    event.data.data32[1] = time;
+    xcb_send_event(connection, 0, root,
+                   XCB_EVENT_MASK_SUBSTRUCTURE_REDIRECT | XCB_EVENT_MASK_SUBSTRUCTURE_NOTIFY,
+                   reinterpret_cast<const char*>(&event));
+    xcb_flush(connection);
+}
+
+}  // namespace
+
+// A window manager reads the property when the window appears, and removes it when the window is
+// hidden.
+void showOnAllDesktops(QWidget& window) {
+    xcb_connection_t* connection = x11Connection();
+    if (connection == nullptr || window.isVisible()) {
+        return;
+    }
+    constexpr std::uint32_t everyDesktop = 0xFFFFFFFF;
+    constexpr std::uint8_t bits = 32;
+    xcb_change_property(
+        connection, XCB_PROP_MODE_REPLACE, static_cast<xcb_window_t>(window.winId()),
+        x11Atom(connection, "_NET_WM_DESKTOP"), XCB_ATOM_CARDINAL, bits, 1, &everyDesktop);
+}
+
+void preferDarkFrame(QWidget& window) {
+    xcb_connection_t* connection = x11Connection();
+    if (connection == nullptr) {
+        return;
+    }
+    constexpr std::string_view variant = "dark";
+    constexpr std::uint8_t bits = 8;
+    xcb_change_property(
+        connection, XCB_PROP_MODE_REPLACE, static_cast<xcb_window_t>(window.winId()),
+        x11Atom(connection, "_GTK_THEME_VARIANT"), x11Atom(connection, "UTF8_STRING"), bits,
+        static_cast<std::uint32_t>(variant.size()), variant.data());
+}
+
+void bringToFront(QWidget& window) {
+    window.raise();
+    window.activateWindow();
+    if (xcb_connection_t* connection = x11Connection()) {
+        requestActivation(connection, static_cast<xcb_window_t>(window.winId()),
+                          StartupNotification::currentTime());
+    }
+}
+
+}  // namespace tarvik::linuxdesktop

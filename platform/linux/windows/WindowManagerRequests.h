@@ -1,0 +1,22 @@
+#pragma once
+
+class QWidget;
+
+namespace tarvik::linuxdesktop {
+
+// What a window asks of the window manager. Main thread; nothing waits. Only bringToFront has an
+// effect without an X server.
+
+/// Shows `window` on every virtual desktop, from the next time that it is shown until it is hidden.
+/// Has no effect on a window that is shown.
+void showOnAllDesktops(QWidget& window);
+
+/// Asks for a dark title bar, whatever the desktop's theme is.
+void preferDarkFrame(QWidget& window);
+
+/// Raises `window`, which is shown, above the windows of other applications, and asks for the
+/// keyboard as if the user had chosen the window in a task list. The time of the request is
+/// StartupNotification::currentTime().
+void bringToFront(QWidget& window);
+
+}  // namespace tarvik::linuxdesktop
