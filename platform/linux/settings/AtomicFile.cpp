@@ -14,8 +14,8 @@ namespace tarvik::linuxdesktop {
 
 namespace {
 
-// Nothing that this application keeps comes near it; a device or a log put here by mistake does.
-constexpr off_t largestFile = 1 << 20;
+// Far beyond any file of this application. A log or a device that stands here by mistake is larger.
+constexpr off_t maxFileSize = 1 << 20;
 
 Error systemError(const std::string& what, int number) {
     return Error{number, what + ": " + std::strerror(number)};
@@ -25,7 +25,7 @@ std::string folderOf(const std::string& path) {
     return path.substr(0, path.rfind('/'));
 }
 
-// Where a link leads; the path itself when nothing is there yet.
+// The target of a link; the path itself when nothing is there yet.
 std::string resolved(const std::string& path) {
     char* found = realpath(path.c_str(), nullptr);
     if (found == nullptr) {
@@ -71,9 +71,9 @@ int fill(int file, std::string_view content, mode_t mode, Durability durability)
     return durability == Durability::disk && fsync(file) != 0 ? errno : 0;
 }
 
-// The rename itself lives in the folder. It has been done when this fails, so there is nothing to
-// undo and nothing to report: the new file is only a little less safe.
-void settleFolder(const std::string& folder) {
+// The folder holds the rename. The rename has succeeded when this fails, so there is nothing to
+// undo or to report: only a loss of power could still bring the old file back.
+void syncFolder(const std::string& folder) {
     const FileDescriptor opened(open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
     if (opened) {
         fsync(opened.number());
@@ -83,7 +83,7 @@ void settleFolder(const std::string& folder) {
 }  // namespace
 
 Result<std::optional<std::string>> readWholeFile(const std::string& path) {
-    // Not blocking: a pipe in the place of the file must not stop the program.
+    // Without O_NONBLOCK a pipe in the place of the file would block the program.
     const FileDescriptor file(open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK));
     if (!file) {
         return errno == ENOENT ? Result<std::optional<std::string>>(std::nullopt)
@@ -96,7 +96,7 @@ Result<std::optional<std::string>> readWholeFile(const std::string& path) {
     if (!S_ISREG(facts.st_mode)) {
         return systemError(path + " is no file", S_ISDIR(facts.st_mode) ? EISDIR : EINVAL);
     }
-    if (facts.st_size > largestFile) {
+    if (facts.st_size > maxFileSize) {
         return systemError("cannot read " + path, EFBIG);
     }
     std::string content(static_cast<std::size_t>(facts.st_size), '\0');
@@ -136,7 +136,7 @@ std::optional<Error> replaceFile(const std::string& path, std::string_view conte
         return systemError("cannot write " + target, failure);
     }
     if (durability == Durability::disk) {
-        settleFolder(folder);
+        syncFolder(folder);
     }
     return std::nullopt;
 }

@@ -11,17 +11,17 @@
 
 namespace tarvik::linuxdesktop {
 
-/// Whether a file is safe on the disk, or only with the kernel, when a write comes back.
+/// What has the new content when a write returns: the kernel, or the disk as well.
 enum class Durability { kernel, disk };
 
-/// The whole content of the regular file at `path`; empty when nothing is there. Waits for the
-/// disk.
+/// The whole content of the regular file at `path`; empty when nothing is there. An error for
+/// anything but a regular file, and for a file beyond 1 MiB. Waits for the disk.
 Result<std::optional<std::string>> readWholeFile(const std::string& path);
 
-/// Puts `content` in the place of the file at `path`, so that everybody sees either all of the old
-/// file or all of the new one. A missing folder is made with `directoryMode`; a symbolic link stays
-/// and what it leads to is replaced. After an error the old file is untouched. Only with
-/// Durability::disk does it wait for the disk.
+/// Replaces the file at `path` by one with `content` and `mode`. A reader sees either all of the
+/// old file or all of the new one; after an error the old file is untouched. A missing folder is
+/// made with `directoryMode`. A symbolic link stays, and its target is replaced. Waits for the disk
+/// only with Durability::disk.
 std::optional<Error> replaceFile(const std::string& path, std::string_view content, mode_t mode,
                                  mode_t directoryMode, Durability durability);
 

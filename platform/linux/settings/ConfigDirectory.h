@@ -4,8 +4,8 @@
 
 namespace tarvik::linuxdesktop {
 
-/// The folder for the user's settings, without a trailing slash: $XDG_CONFIG_HOME when that is an
-/// absolute path, otherwise ~/.config. It need not exist.
+/// The folder for the user's settings: $XDG_CONFIG_HOME when the variable is an absolute path,
+/// otherwise ~/.config. Without a trailing slash; the folder need not exist.
 std::string configDirectory();
 
 }  // namespace tarvik::linuxdesktop

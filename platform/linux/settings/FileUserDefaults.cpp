@@ -10,8 +10,15 @@
 
 namespace tarvik::linuxdesktop {
 
+namespace {
+
+constexpr Seconds shutdownTimeout(2);
+
+}  // namespace
+
 FileUserDefaults::FileUserDefaults(const std::string& path, platform::Log& log)
-    : file_(std::make_shared<SettingsFile>(path, log)), worker_("tarvik-settings", Seconds(2)) {
+    : file_(std::make_shared<SettingsFile>(path, log)),
+      worker_("tarvik-settings", shutdownTimeout) {
     file_->load();
 }
 
@@ -41,7 +48,7 @@ bool FileUserDefaults::boolForKey(std::string_view key) const {
 }
 
 void FileUserDefaults::setString(std::string_view value, std::string_view key) {
-    // A byte that is part of no character would make the whole file unreadable.
+    // QString replaces invalid UTF-8, which would make the whole file unreadable.
     const QString text = QString::fromUtf8(value.data(), static_cast<qsizetype>(value.size()));
     set(key, encodeIniValue(text.toStdString()));
 }

@@ -11,25 +11,25 @@ namespace tarvik::linuxdesktop {
 
 class SettingsFile;
 
-/// The settings in one file of the user's, which QSettings and a text editor can read and change.
+/// The settings in one file, which QSettings and a text editor can read and change. Any thread.
 ///
-/// Numbers and truth values stand in the file as decimal numbers and the words true and false; a
-/// text that looks like one is quoted and does not read as one. Any single value reads as text,
-/// because nobody who edits the file by hand writes the quotes. Lists and QSettings' own types read
-/// as absent.
+/// A number stands in the file as a decimal number, a truth value as the word true or false. A text
+/// that looks like a number or a truth value is quoted, and does not read as one. Any single value
+/// reads as text, because nobody who edits the file by hand writes the quotes. Lists and QSettings'
+/// own types read as absent.
 ///
-/// Saving happens on a thread of its own, at once, with mode 0600. It changes only the entries that
-/// this process has set: what somebody else has changed in the file meanwhile is kept and taken
-/// over. A file that cannot be understood is set aside under another name, and the settings start
-/// empty.
+/// A worker saves each change at once, with mode 0600. Saving writes only the entries that this
+/// process has set; changes that another program has made to the file are kept and read. A file
+/// that cannot be parsed is set aside under another name, and the settings start empty.
 class FileUserDefaults final : public platform::UserDefaults {
   public:
-    /// Reads the file at `path` (absolute), which need not exist. `log` outlives the object.
+    /// Reads the file at `path` (absolute), which need not exist. Waits for the disk. `log`
+    /// outlives the object.
     FileUserDefaults(const std::string& path, platform::Log& log);
-    /// Waits up to two seconds until what has been set is saved.
+    /// Waits up to two seconds until every change is saved.
     ~FileUserDefaults() override;
 
-    /// Where the application keeps its settings.
+    /// The path of the application's settings file.
     static std::string standardPath();
 
     std::optional<std::string> stringForKey(std::string_view key) const override;

@@ -19,8 +19,8 @@ bool isUtf8(std::string_view content) {
 }
 
 // A line ends at a break that is not escaped, or before a comment at its end. A break inside quotes
-// ends it too: QSettings never writes one, and a forgotten quote must not swallow the entries that
-// follow.
+// ends the line too: QSettings never writes such a break, and a forgotten quote must not swallow
+// the entries that follow.
 std::size_t lengthOfFirstLine(std::string_view content) {
     const bool isComment = content.starts_with(';') || content.starts_with('#');
     bool isQuoted = false;
@@ -70,7 +70,7 @@ Result<IniDocument> IniDocument::parse(std::string_view content) {
     return document;
 }
 
-// False when the line is nothing that such a file may have.
+// False for a line that is neither entry nor group nor comment nor blank.
 bool IniDocument::addLine(std::string_view line, bool& isGeneral) {
     const std::string bare = trimmed(line);
     Line added{std::string(line), isGeneral, {}, {}};
@@ -112,7 +112,8 @@ void IniDocument::set(std::string_view key, const std::optional<std::string>& va
     }
 }
 
-// Behind the last entry of the group, so that the blank lines before the next group stay there.
+// The place for a new entry is behind the last one, so that blank lines before the next group stay
+// where they are.
 std::ptrdiff_t IniDocument::endOfGeneral() {
     const auto last = std::find_if(lines_.rbegin(), lines_.rend(), [](const Line& line) {
         return line.isGeneral && !trimmed(line.text).empty();

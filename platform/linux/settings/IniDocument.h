@@ -10,20 +10,20 @@
 
 namespace tarvik::linuxdesktop {
 
-/// A settings file in the format of QSettings, of which the entries of the group "General" can be
-/// read and changed. Everything else stays as it is: comments, other groups, values of other
+/// The text of a settings file in the format of QSettings. The entries of the group "General" can
+/// be read and changed. Everything else stays as it is: comments, other groups, values of other
 /// types.
 class IniDocument {
   public:
     IniDocument() = default;
-    /// Reads a whole file. The error says why it is no such file: bytes that are not UTF-8 or are
-    /// zero, or a line that is neither entry nor group nor comment nor blank.
+    /// Parses a whole file. An error for text that is not UTF-8 or has a zero byte, and for a line
+    /// that is neither entry nor group nor comment nor blank.
     static Result<IniDocument> parse(std::string_view content);
 
-    /// The right-hand side of the last entry for `key`, without the blanks around it.
+    /// The encoded value of the last entry for `key`, without the blanks around it.
     std::optional<std::string> value(std::string_view key) const;
-    /// Puts `value` in the place of every entry for `key`, which is not empty; nothing removes
-    /// them.
+    /// Replaces every entry for `key` by one with the encoded `value`; without a value the entries
+    /// are removed. `key` is not empty.
     void set(std::string_view key, const std::optional<std::string>& value);
 
     /// The whole file.
@@ -33,7 +33,7 @@ class IniDocument {
     struct Line {
         std::string text;
         bool isGeneral = false;
-        /// Empty where the line is no entry of the group.
+        /// Empty where the line is no entry of the group "General".
         std::string key;
         std::string value;
     };

@@ -28,7 +28,7 @@ std::string hexadecimal(unsigned number) {
     return QString::number(number, 16).toStdString();
 }
 
-// Words that stand for a number or a truth value when they are not quoted.
+// Unquoted, such a text would read as a number or a truth value.
 bool looksLikeAnotherType(std::string_view text) {
     return text == "true" || text == "false" ||
            text.find_first_not_of("+-0123456789") == std::string_view::npos;
@@ -76,7 +76,7 @@ class ValueReader {
         }
     }
 
-    // Blanks at the end belong to the text only when they were quoted or escaped.
+    // Blanks at the end belong to the text only where they are quoted or escaped.
     void dropTrailingBlanks() {
         while (text_.size() > settled_ && isBlank(text_.back())) {
             text_.pop_back();
@@ -102,7 +102,7 @@ class ValueReader {
         }
     }
 
-    // Escaped code units are UTF-16: two that follow each other can be one character.
+    // Escaped code units are UTF-16: two in a row can be one character.
     void readCodeUnits() {
         QString units;
         units += readCodeUnit();

@@ -6,20 +6,20 @@
 
 namespace tarvik::linuxdesktop {
 
-/// The right-hand side of an entry of a settings file, as QSettings writes and reads it. All text
-/// is UTF-8 without a zero character.
+// Keys and values of a settings file, encoded as QSettings writes and reads them. All text is UTF-8
+// without a zero character.
 
-/// A text as it stands in the file; quoted whenever it could be taken for anything but a text.
+/// The value that stands for `text`; quoted where it could be taken for anything but a text.
 std::string encodeIniValue(std::string_view text);
 
-/// The text that `value` stands for; nothing when it stands for a list or for one of the types that
-/// QSettings writes with an @.
+/// The text that `value` stands for; empty for a list and for the types that QSettings writes with
+/// an @.
 std::optional<std::string> decodeIniValue(std::string_view value);
 
-/// A key as it stands in the file.
+/// The key in the file that stands for `text`.
 std::string encodeIniKey(std::string_view text);
 
-/// The key that `key` stands for.
+/// The text that the key in the file stands for.
 std::string decodeIniKey(std::string_view key);
 
 }  // namespace tarvik::linuxdesktop

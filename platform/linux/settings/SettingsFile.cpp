@@ -13,7 +13,7 @@ namespace tarvik::linuxdesktop {
 
 namespace {
 
-constexpr int mostSetAside = 100;
+constexpr int maxSetAside = 100;
 
 }  // namespace
 
@@ -52,7 +52,7 @@ std::optional<IniDocument> SettingsFile::read(bool& isUsable) {
 }
 
 void SettingsFile::setAside(const std::string& reason) {
-    for (int number = 1; number <= mostSetAside; ++number) {
+    for (int number = 1; number <= maxSetAside; ++number) {
         const std::string name =
             path_ + ".corrupt" + (number > 1 ? "-" + std::to_string(number) : "");
         if (renameat2(AT_FDCWD, path_.c_str(), AT_FDCWD, name.c_str(), RENAME_NOREPLACE) == 0) {
@@ -70,7 +70,7 @@ void SettingsFile::setAside(const std::string& reason) {
 
 void SettingsFile::save() {
     std::unique_lock lock(mutex_);
-    isSaveAwaited_ = false;
+    isSaveArranged_ = false;
     const Changes changes = unsaved_;
     IniDocument saved = document_;
     lock.unlock();
@@ -94,7 +94,8 @@ void SettingsFile::save() {
     finishSave(std::move(saved), changes);
 }
 
-// What was set while the file was written stays unsaved; the call that it asked for comes next.
+// Changes that were made while the file was written stay unsaved: they have arranged for a save()
+// of their own.
 void SettingsFile::finishSave(IniDocument saved, const Changes& changes) {
     const std::lock_guard lock(mutex_);
     for (const auto& [key, value] : changes) {
@@ -121,7 +122,7 @@ void SettingsFile::report(const std::string& line) {
     }
 }
 
-// A disk that stays full is worth one line, not one a setting.
+// A disk that stays full costs one line, and not one for every change.
 void SettingsFile::reportFailure(const std::string& failure) {
     if (failure != lastFailure_) {
         lastFailure_ = failure;
@@ -138,7 +139,7 @@ bool SettingsFile::set(std::string_view key, const std::optional<std::string>& v
     const std::lock_guard lock(mutex_);
     document_.set(key, value);
     unsaved_.insert_or_assign(std::string(key), value);
-    return !std::exchange(isSaveAwaited_, true);
+    return !std::exchange(isSaveArranged_, true);
 }
 
 }  // namespace tarvik::linuxdesktop

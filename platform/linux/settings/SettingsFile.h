@@ -11,30 +11,30 @@
 
 namespace tarvik::linuxdesktop {
 
-/// The entries of one settings file in memory, and what of them is not saved yet. Any thread.
+/// The entries of one settings file in memory, with the changes that are not saved yet. Any thread.
 class SettingsFile {
   public:
-    /// `log` outlives the object, or closeLog() is called before.
+    /// `log` lives until closeLog() has returned.
     SettingsFile(std::string path, platform::Log& log);
 
-    /// Reads the file. Waits for the disk; once, before anything else.
+    /// Reads the file. Waits for the disk. Called once, before everything else.
     void load();
-    /// Saves what is not saved yet. Waits for the disk; one thread at a time.
+    /// Saves the changes that are not saved yet. Waits for the disk; one thread at a time.
     void save();
-    /// From here on nothing is reported any more.
+    /// Ends the use of the log: later failures are not reported.
     void closeLog();
 
-    /// The entry as it stands in a file.
+    /// The encoded value of an entry.
     std::optional<std::string> value(std::string_view key) const;
-    /// Sets or removes an entry. True when save() has to be called for it: false means that a call
-    /// that has not begun yet will take care of it.
+    /// Sets or removes an entry. True when the caller has to arrange for save(); false when a
+    /// save() is arranged for already and has not begun.
     bool set(std::string_view key, const std::optional<std::string>& value);
 
   private:
     using Changes = std::map<std::string, std::optional<std::string>>;
 
-    /// What is in the file, or nothing when there is none or it had to be set aside. `isUsable`
-    /// becomes false when something stands in its place that cannot be replaced.
+    /// The entries in the file; empty when there is no file, or when it had to be set aside.
+    /// `isUsable` becomes false when something stands in its place that cannot be replaced.
     std::optional<IniDocument> read(bool& isUsable);
     void setAside(const std::string& reason);
     void reportFailure(const std::string& failure);
@@ -46,9 +46,9 @@ class SettingsFile {
     mutable std::mutex mutex_;
     IniDocument document_;
     Changes unsaved_;
-    bool isSaveAwaited_ = false;
+    bool isSaveArranged_ = false;
 
-    /// Of the saving thread alone.
+    /// Used by the saving thread only.
     std::string lastFailure_;
 
     std::mutex logMutex_;

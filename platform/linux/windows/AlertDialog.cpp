@@ -62,7 +62,7 @@ void AlertDialog::addText(const platform::Alert& alert) {
     field_->setText(QString::fromStdString(alert.fieldText));
     field_->setPlaceholderText(QString::fromStdString(alert.fieldPlaceholder));
     field_->setAccessibleName(message->text());
-    // Large fonts need more than was asked for.
+    // Large fonts need more than the height asked for.
     field_->setFixedSize(pixels(alert.fieldWidth),
                          std::max(pixels(alert.fieldHeight), field_->sizeHint().height()));
     grid->addWidget(field_, 2, 1);
@@ -89,7 +89,7 @@ void AlertDialog::addButtons(const std::vector<std::string>& titles) {
     grid->addWidget(box, 4, 0, 1, 2);
 }
 
-// Escape and the window's own close button both end here.
+// Escape and the window's close button both end here.
 void AlertDialog::reject() {
     done(code_ = escapeCode_);
 }
@@ -98,7 +98,7 @@ void AlertDialog::showEvent(QShowEvent* event) {
     QDialog::showEvent(event);
     field_->setFocus();
     field_->selectAll();
-    // The window is mapped only after this event, and nobody can activate it before.
+    // The window is mapped only after this event, and cannot be activated before.
     QMetaObject::invokeMethod(
         this, [this] { bringToFront(*this); }, Qt::QueuedConnection);
 }

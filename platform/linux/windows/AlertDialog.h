@@ -7,13 +7,14 @@
 
 namespace tarvik::linuxdesktop {
 
-/// The window of an alert. Main thread only.
+/// A modal alert with a text field. Main thread only.
 class AlertDialog final : public QDialog {
   public:
     explicit AlertDialog(const platform::Alert& alert);
 
-    /// Shows the window in front of all others and runs a nested loop until it is answered. Escape
-    /// is the button "Cancel" where there is one.
+    /// Shows the window in front of all others and runs a nested loop until the user answers.
+    /// Escape and the window's close button answer like the button "Cancel"; without that button
+    /// the answer's code is 0.
     platform::AlertAnswer run();
 
   private:

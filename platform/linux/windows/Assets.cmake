@@ -1,5 +1,5 @@
-# The artwork as Qt resources: symbols as they are, pictures rendered at the widths in pixels that
-# are shown. Those are the sizes of icons and, for each place in a window, its points and twice those.
+# The artwork as Qt resources. Symbols are built in as they are; pictures are rendered at the widths
+# in pixels that are shown: the sizes of icons and, for a place in a window, its points once and twice.
 find_program(RSVG_CONVERT rsvg-convert REQUIRED)
 
 set(TARVIK_ASSETS ${PROJECT_SOURCE_DIR}/assets)

@@ -3,7 +3,7 @@
 #include <QDir>
 #include <QFile>
 
-// The macro inside works outside of any namespace alone.
+// The macro works only outside of namespaces.
 static void loadAssets() {
     Q_INIT_RESOURCE(assets);
 }
@@ -12,7 +12,7 @@ namespace tarvik::linuxdesktop {
 
 QIcon picture(const std::string& name) {
     loadAssets();
-    // The files are called by their width.
+    // Each file is one size of the picture.
     const QDir sizes(QStringLiteral(":/pictures/") + QString::fromStdString(name));
     QIcon made;
     for (const QString& file : sizes.entryList(QDir::Files)) {
@@ -24,7 +24,7 @@ QIcon picture(const std::string& name) {
 QByteArray symbolDrawing(const QString& name) {
     loadAssets();
     QFile file(QStringLiteral(":/symbols/") + name + QStringLiteral(".svg"));
-    // What was built in can be read.
+    // A drawing that is built in can always be read.
     if (!file.open(QIODevice::ReadOnly)) {
         qFatal("a symbol is missing");
     }

@@ -7,16 +7,16 @@
 
 namespace tarvik::linuxdesktop {
 
-// The artwork that is part of the program. Main thread only.
+// The artwork of the folder assets, as it is built into the program. Main thread only.
 
-/// A picture at every size it was made in; a null icon when there is none of this name.
+/// The picture of this name at every size that was rendered; a null icon for an unknown name.
 QIcon picture(const std::string& name);
-/// The drawing of a symbol as SVG.
+/// The drawing of a symbol as SVG. `name` is that of a file in assets, without its extension.
 QByteArray symbolDrawing(const QString& name);
 
-/// The application's own icon, the desktop's version of it where its theme has one.
+/// The application's own icon; the version of the desktop's theme where the theme has one.
 QIcon applicationIcon();
-/// What stands for an application without an icon.
+/// The icon for an application without one of its own.
 QIcon genericApplicationIcon();
 
 }  // namespace tarvik::linuxdesktop

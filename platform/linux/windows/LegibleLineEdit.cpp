@@ -7,7 +7,7 @@ namespace tarvik::linuxdesktop {
 
 namespace {
 
-// Weaker than text that was entered, and still of a contrast of 4.5 on the usual fields.
+// Weaker than entered text, and still a contrast of 4.5 on the usual fields.
 constexpr float placeholderAlpha = 0.6F;
 
 }  // namespace
@@ -27,7 +27,7 @@ void LegibleLineEdit::changeEvent(QEvent* event) {
 void LegibleLineEdit::colorPlaceholder() {
     QColor color = palette().color(QPalette::Text);
     color.setAlphaF(placeholderAlpha);
-    // Setting it is a change of the palette in its turn.
+    // Setting the palette leads here again.
     if (palette().color(QPalette::PlaceholderText) != color) {
         QPalette changed;
         changed.setColor(QPalette::PlaceholderText, color);

@@ -4,9 +4,9 @@
 
 namespace tarvik::linuxdesktop {
 
-/// A field that takes a text of any length, and whose placeholder is legible whatever colours the
-/// desktop has: some describe all colours but that one, which Qt then draws black. Main thread
-/// only.
+/// A line edit that takes a text of any length and has a legible placeholder. Some desktops
+/// describe every colour but the placeholder's, and Qt then draws the placeholder black. Main
+/// thread only.
 class LegibleLineEdit : public QLineEdit {
   public:
     explicit LegibleLineEdit(QWidget* parent = nullptr);

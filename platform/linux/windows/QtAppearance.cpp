@@ -37,7 +37,7 @@ QColor mixed(const QColor& color, const QColor& other, float share) {
                             mix(color.blueF(), other.blueF()));
 }
 
-// The weakest text that is still legible: a ratio of contrast of 4.5 on the usual windows.
+// Text of this opacity still has a contrast of 4.5 on the usual windows.
 constexpr float secondaryAlpha = 0.78F;
 constexpr float tertiaryAlpha = 0.66F;
 
@@ -94,7 +94,7 @@ QPalette paletteOn(const QColor& background, const QPalette& base) {
     const QColor text = isDark(background) ? Qt::white : Qt::black;
     constexpr float buttonShare = 0.16F;
     QPalette made(mixed(background, text, buttonShare), background);
-    // What is selected or focused keeps the desktop's accent.
+    // Selection and focus keep the desktop's accent.
     for (const auto role : {QPalette::Highlight, QPalette::HighlightedText}) {
         made.setColor(role, base.color(role));
     }

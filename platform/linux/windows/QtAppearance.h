@@ -8,19 +8,22 @@
 
 namespace tarvik::linuxdesktop {
 
-/// The desktop's font at the size and weight.
+// Fonts and colours of the user interface in Qt's types. Main thread only.
+
+/// The desktop's font at the size and weight of `font`.
 QFont qtFont(const platform::Font& font);
 
 QColor qtColor(const platform::RgbColor& color);
 
-/// The colour for text on the window that `palette` describes. A system colour depends on whether
-/// that window is light or dark and has to be asked for again when the palette changes.
+/// The colour for text on a window with `palette`. A system colour depends on whether the window is
+/// light or dark: ask again when the palette changes.
 QColor qtColor(const platform::Color& color, const QPalette& palette);
 
-/// `base` with disabled text that is legible, and weaker than other text.
+/// `base` with disabled text that is legible and weaker than other text.
 QPalette withLegibleDisabledText(QPalette base);
 
-/// `base` for a window with a background of its own: text and controls that are legible on it.
+/// The palette of a window with its own `background`: text and controls are legible on the
+/// background, and the accent is that of `base`.
 QPalette paletteOn(const QColor& background, const QPalette& base);
 
 }  // namespace tarvik::linuxdesktop

@@ -69,7 +69,7 @@ void QtButton::paintFocusRing(QPainter& painter) const {
     painter.drawRoundedRect(QRectF(rect()).adjusted(half, half, -half, -half), radius(), radius());
 }
 
-// Styles shade a coloured button in ways of their own; this is the very colour.
+// Drawn here because styles shade a coloured button, and the bezel has to have exactly this colour.
 void QtButton::paintBezel(QPainter& painter, const QColor& color) const {
     constexpr int hoverShade = 108;
     constexpr int pressShade = 118;
@@ -82,7 +82,7 @@ void QtButton::paintBezel(QPainter& painter, const QColor& color) const {
         painter.drawRoundedRect(rect(), radius(), radius());
         return;
     }
-    // A gap to the ring, so that it is seen whatever the two colours are.
+    // The gap makes the ring visible whatever the two colours are.
     const double inset = ringWidth() + 1;
     painter.drawRoundedRect(QRectF(rect()).adjusted(inset, inset, -inset, -inset),
                             radius() - ringWidth(), radius() - ringWidth());
@@ -108,7 +108,7 @@ void QtButton::paintEvent(QPaintEvent*) {
         painter.setFont(underlined);
     }
     painter.drawControl(QStyle::CE_PushButton, option);
-    // Where styles make theirs out of a darkened accent.
+    // On dark windows styles draw the focus in a darkened accent, which can hardly be seen.
     if (!isFlat() && hasFocus() && palette().color(QPalette::Window).lightnessF() < 0.5F) {
         paintFocusRing(painter);
     }

@@ -8,8 +8,8 @@
 
 namespace tarvik::linuxdesktop {
 
-/// A button as the desktop's style draws it, in colours of its own where it has been given some.
-/// One without a frame looks like a link. Space and Return press it. Main thread only.
+/// A button in the desktop's style, with its own colours where some are set. A button without a
+/// border looks like a link. Space and Return press the focused button. Main thread only.
 class QtButton final : public QPushButton, public platform::Button {
   public:
     explicit QtButton(const platform::ButtonDescription& description);

@@ -11,7 +11,7 @@ namespace tarvik::linuxdesktop {
 
 namespace {
 
-// Of the text's colour; a contrast of 3 on the usual windows.
+// The share of the text's colour in the edge: a contrast of 3 on the usual windows.
 constexpr float edgeAlpha = 0.5F;
 
 }  // namespace
@@ -21,14 +21,14 @@ QtCheckbox::QtCheckbox(const platform::CheckboxDescription& description) {
     setText(withoutMnemonics(description.title));
     setChecked(description.isOn);
     if (description.action) {
-        // Emitted for what the user does alone.
+        // Unlike toggled, clicked is emitted for the user's actions only.
         connect(this, &QCheckBox::clicked, this,
                 [this, action = description.action] { action(*this); });
     }
 }
 
-// Qt's own style, which most desktops get, draws the box's edge hardly darker than the window. The
-// others see to it themselves.
+// Fusion, Qt's default style on most desktops, draws the box's edge hardly darker than the window.
+// Other styles draw an edge that can be seen.
 void QtCheckbox::paintEvent(QPaintEvent* event) {
     QCheckBox::paintEvent(event);
     if (style()->name() != QLatin1String("fusion")) {

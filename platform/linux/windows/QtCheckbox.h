@@ -6,7 +6,7 @@
 
 namespace tarvik::linuxdesktop {
 
-/// A checkbox as a QCheckBox, whose empty box can be seen on every window. Main thread only.
+/// A checkbox whose empty box can be seen on every window. Main thread only.
 class QtCheckbox final : public QCheckBox, public platform::Checkbox {
   public:
     explicit QtCheckbox(const platform::CheckboxDescription& description);

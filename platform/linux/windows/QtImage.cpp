@@ -8,7 +8,7 @@ namespace tarvik::linuxdesktop {
 
 namespace {
 
-// Of a symbol in a panel.
+// The usual size of an icon in a panel.
 constexpr QSize symbolSize(22, 22);
 
 }  // namespace

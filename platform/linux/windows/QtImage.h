@@ -10,17 +10,18 @@
 
 namespace tarvik::linuxdesktop {
 
-/// One of the symbols, or a picture with colours of its own. Main thread only.
+/// An image: a symbol in one colour, or a picture with colours of its own. Main thread only.
 class QtImage final : public platform::Image {
   public:
     QtImage(Symbol symbol, std::string accessibilityDescription);
     /// `naturalSize` is in points.
     QtImage(QIcon picture, QSize naturalSize);
 
-    /// A symbol without a tint shows on a panel of any colour in any case.
+    /// Has no effect: a symbol without a tint is visible on a panel of any colour.
     void setTemplate(bool) override {}
 
-    /// A symbol is drawn in `color` or, without one, so that it shows on any ground.
+    /// The image as an icon. A symbol is drawn in `color` or, without a colour, so that it is
+    /// visible on any background.
     QIcon icon(const std::optional<QColor>& color) const;
     /// In device-independent pixels.
     QSize naturalSize() const;

@@ -8,7 +8,7 @@
 
 namespace tarvik::linuxdesktop {
 
-/// A picture at the resolution of the screen it is on. Main thread only.
+/// A view of an image at the resolution of its screen. Main thread only.
 class QtImageView final : public QWidget, public platform::View {
   public:
     explicit QtImageView(const platform::ImageViewDescription& description);

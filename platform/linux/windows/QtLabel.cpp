@@ -44,7 +44,7 @@ int QtLabel::flags() const {
 QSize QtLabel::textSize(int width) const {
     const QFontMetrics metrics = fontMetrics();
     const QRect bounds = metrics.boundingRect(QRect(0, 0, width, QWIDGETSIZE_MAX), flags(), text());
-    // An empty label keeps the place of its line.
+    // An empty label is one line high.
     return {bounds.width(), std::max(bounds.height(), metrics.height())};
 }
 
@@ -53,7 +53,7 @@ QSize QtLabel::sizeHint() const {
 }
 
 QSize QtLabel::minimumSizeHint() const {
-    // The longest word is what no line can be narrower than.
+    // No line can be narrower than the longest word.
     return wraps()
                ? QSize(std::min(textSize(1).width(), sizeHint().width()), fontMetrics().height())
                : sizeHint();

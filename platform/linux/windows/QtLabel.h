@@ -8,8 +8,8 @@
 
 namespace tarvik::linuxdesktop {
 
-/// A label that is measured and drawn as plain text, so that a wrapped one is exactly as high as
-/// its lines, and whose colour follows the desktop's theme. Main thread only.
+/// A label that is measured and drawn as plain text: a wrapped label is exactly as high as its
+/// lines. Its colour follows the desktop's theme. Main thread only.
 class QtLabel final : public QLabel, public platform::Label {
   public:
     explicit QtLabel(const platform::LabelDescription& description);
@@ -21,7 +21,7 @@ class QtLabel final : public QLabel, public platform::Label {
     QSize minimumSizeHint() const override;
     int heightForWidth(int width) const override;
 
-    /// What it is drawn in now.
+    /// The colour in the present theme.
     QColor drawnColor() const;
 
   private:

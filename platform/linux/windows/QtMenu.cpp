@@ -33,17 +33,18 @@ QKeySequence shortcut(const platform::MenuItem& item) {
 
 QtMenu::QtMenu() {
     QObject::connect(&menu_, &QMenu::aboutToShow, &menu_, [this] {
-        // Disabled entries are there to be read; the theme may be another one than last time.
+        // Disabled entries have to be legible, also after the theme has changed.
         menu_.setPalette(withLegibleDisabledText(QApplication::palette(&menu_)));
-        // A copy: the handler may set another one.
+        // A copy, because the handler may set another handler.
         if (const std::function<void()> handler = needsUpdate_) {
             handler();
         }
     });
 }
 
-// Entries are changed in place where the order of entries and separators stays the same: a panel
-// that shows the menu over the bus loses it when the entries are made anew right before it opens.
+// Entries are changed in place where the order of entries and separators stays the same. A panel
+// that shows the menu over the bus loses the menu when its entries are replaced right before it
+// opens.
 void QtMenu::setItems(std::vector<platform::MenuItem> items) {
     const bool hasSameShape =
         std::equal(items.begin(), items.end(), items_.begin(), items_.end(),
@@ -76,7 +77,7 @@ void QtMenu::addActions() {
         QAction* action = menu_.addAction(QString());
         action->setShortcutVisibleInContextMenu(true);
         QObject::connect(action, &QAction::triggered, action, [this, index] {
-            // A copy: the menu may be filled anew meanwhile.
+            // A copy, because the action may replace the items.
             if (const std::function<void()> perform = items_[index].action) {
                 perform();
             }

@@ -8,8 +8,8 @@
 
 namespace tarvik::linuxdesktop {
 
-/// A menu as a QMenu; ⌘ in its key equivalents is Ctrl. Disabled entries are legible where the menu
-/// is drawn here. Main thread only.
+/// A menu as a QMenu; ⌘ in key equivalents becomes Ctrl. Disabled entries are legible where this
+/// process draws the menu, and not a panel. Main thread only.
 class QtMenu final : public platform::Menu {
   public:
     QtMenu();

@@ -6,7 +6,7 @@
 
 namespace tarvik::linuxdesktop {
 
-/// A line across its place. Main thread only.
+/// A horizontal line as wide as its layout allows. Main thread only.
 class QtSeparator final : public QWidget, public platform::View {
   public:
     QtSeparator();

@@ -13,7 +13,7 @@ bool stretches(const QWidget& widget) {
     return (widget.sizePolicy().horizontalPolicy() & QSizePolicy::ExpandFlag) != 0;
 }
 
-// Where a view stands across a stack of this kind.
+// The alignment of a view across the direction of its stack.
 Qt::Alignment across(const platform::StackDescription& stack, const QWidget& widget) {
     if (stack.orientation == platform::Orientation::horizontal) {
         return Qt::AlignVCenter;
@@ -50,7 +50,7 @@ QtStack::QtStack(const platform::StackDescription& description) : views_(descrip
 }
 
 QtStack::~QtStack() {
-    // The views may be held elsewhere as well.
+    // The views may have other owners, so Qt must not destroy them with this widget.
     for (const std::shared_ptr<platform::View>& view : views_) {
         widgetOf(*view).setParent(nullptr);
     }

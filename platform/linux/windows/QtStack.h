@@ -8,9 +8,11 @@
 
 namespace tarvik::linuxdesktop {
 
-/// A row or column. A column gives each view its natural width, but the whole width to one that
-/// stretches or contains one that does. What is left of its height stays empty: below the views, or
-/// around them where they stand in the middle. Main thread only.
+/// A row or column of views. Main thread only.
+///
+/// A column gives each view its natural width, and the whole width to a view that stretches or
+/// contains a view that does. The rest of a column's height stays empty: below the views, or around
+/// them where they are centred.
 class QtStack final : public QWidget, public platform::View {
   public:
     explicit QtStack(const platform::StackDescription& description);

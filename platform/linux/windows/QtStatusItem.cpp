@@ -14,22 +14,22 @@ namespace {
 // Bright enough for dark panels, dark enough for light ones.
 const QColor systemRed(255, 59, 48);
 
-// A panel that starts at login with the application is there by then.
-constexpr Seconds patienceForTray(5);
+// Long enough for a panel that starts at login together with the application.
+constexpr Seconds trayTimeout(5);
 
 }  // namespace
 
 QtStatusItem::QtStatusItem(const platform::Clock& clock, platform::Log& log)
     : log_(log),
       trayHost_(std::make_unique<TrayHost>(clock, [this] { appear(); })),
-      patienceEnd_([this] { reportMissingTray(); }) {
-    patienceEnd_.set(clock.now() + patienceForTray);
+      trayDeadline_([this] { reportMissingTray(); }) {
+    trayDeadline_.set(clock.now() + trayTimeout);
 }
 
 QtStatusItem::~QtStatusItem() = default;
 
 void QtStatusItem::appear() {
-    patienceEnd_.clear();
+    trayDeadline_.clear();
     trayIcon_ = std::make_unique<QSystemTrayIcon>();
     QObject::connect(trayIcon_.get(), &QSystemTrayIcon::activated, this,
                      [this](QSystemTrayIcon::ActivationReason reason) {
@@ -42,13 +42,13 @@ void QtStatusItem::appear() {
     }
     update();
     trayIcon_->show();
-    // Its work is done, but it is what called.
+    // The tray host is the caller, so it can be destroyed only in a later turn.
     QMetaObject::invokeMethod(
         this, [this] { trayHost_.reset(); }, Qt::QueuedConnection);
 }
 
 void QtStatusItem::reportMissingTray() {
-    patienceEnd_.clear();
+    trayDeadline_.clear();
     log_.write("TarvikDictate: no tray here — the setup window is the way in");
 }
 
@@ -96,18 +96,19 @@ void QtStatusItem::update() {
 }
 
 // A click of the main button opens the menu, as it does in a menu bar. Only X11 lets a menu appear
-// without a window of its own. Some desktops let a menu cover panels; this one is to leave its icon
-// visible.
+// without a window of its own. Some desktops let menus cover panels, so the menu's position is
+// chosen here: the icon has to stay visible.
 void QtStatusItem::openMenu() {
     if (!menu_ || x11Connection() == nullptr) {
         return;
     }
     QMenu& menu = menu_->menu();
     menu.ensurePolished();
-    // A panel on the bus does not say where the icon is; it is what the user has just clicked.
+    // A panel on the bus does not tell the position of the icon. The pointer has just clicked the
+    // icon, so the pointer's position stands for it.
     const QRect icon = trayIcon_->geometry();
     const QRect anchor = icon.isValid() ? icon : QRect(QCursor::pos(), QSize(1, 1));
-    menu.popup(menuPlace(anchor, menu.sizeHint(), screenAreaAt(anchor.center())));
+    menu.popup(menuPosition(anchor, menu.sizeHint(), screenAreaAt(anchor.center())));
 }
 
 }  // namespace tarvik::linuxdesktop

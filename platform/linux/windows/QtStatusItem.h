@@ -16,9 +16,11 @@
 
 namespace tarvik::linuxdesktop {
 
-/// The status item as a tray icon. It keeps what it is told while the desktop has no tray, appears
-/// as soon as there is one, and again when the tray has been started anew. The log hears of a
-/// desktop that still has none after a while. Main thread only.
+/// The status item as a tray icon. Main thread only.
+///
+/// The item keeps its image and menu while the desktop has no tray. It appears as soon as there is
+/// a tray, and again in a tray that was restarted. A tray that is still missing after five seconds
+/// costs one line in the log.
 class QtStatusItem final : public QObject,
                            public platform::StatusItem,
                            public platform::StatusButton {
@@ -34,9 +36,9 @@ class QtStatusItem final : public QObject,
     void setContentTintColor(std::optional<platform::SystemColor> color) override;
     void setTitle(const std::string& title) override;
 
-    /// What is or will be shown.
+    /// The icon that the tray shows or will show.
     QIcon icon() const;
-    /// What the icon says in words, for a pointer that rests on it and for a screen reader.
+    /// The icon in words: the tool tip, which is also what a screen reader hears.
     QString description() const;
 
   private:
@@ -52,7 +54,7 @@ class QtStatusItem final : public QObject,
     std::shared_ptr<QtMenu> menu_;
     std::unique_ptr<QSystemTrayIcon> trayIcon_;
     std::unique_ptr<TrayHost> trayHost_;
-    Alarm patienceEnd_;
+    Alarm trayDeadline_;
 };
 
 }  // namespace tarvik::linuxdesktop

@@ -7,7 +7,7 @@
 
 namespace tarvik::linuxdesktop {
 
-/// A text field as a QLineEdit, which knows the editing shortcuts. Main thread only.
+/// A text field with the editing shortcuts of a QLineEdit. Main thread only.
 class QtTextField final : public LegibleLineEdit, public platform::TextField {
   public:
     explicit QtTextField(const platform::TextFieldDescription& description);

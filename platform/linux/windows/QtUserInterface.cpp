@@ -22,13 +22,13 @@ namespace tarvik::linuxdesktop {
 
 namespace {
 
-// In points, where nothing else decides.
+// In points, for a view without a size of its own.
 constexpr QSize iconSize(128, 128);
 constexpr QSize wordmarkSize(160, 32);
 
 class Spacer final : public QWidget, public platform::View {};
 
-// Empty when there is nothing to show.
+// Null for a picture without a size to show.
 std::shared_ptr<platform::Image> imageOf(const QIcon& picture, QSize naturalSize) {
     return picture.availableSizes().isEmpty() ? nullptr
                                               : std::make_shared<QtImage>(picture, naturalSize);

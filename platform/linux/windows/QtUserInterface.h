@@ -9,12 +9,12 @@ namespace tarvik::linuxdesktop {
 /// The user interface in Qt Widgets. Needs the main thread's QApplication.
 class QtUserInterface final : public platform::UserInterface {
   public:
-    /// `clock` and `log` outlive the object and what it makes.
+    /// `clock` and `log` outlive the object and everything that it makes.
     QtUserInterface(const platform::Clock& clock, platform::Log& log) : clock_(clock), log_(log) {}
 
     std::shared_ptr<platform::StatusItem> makeStatusItem() override;
     std::shared_ptr<platform::Menu> makeMenu() override;
-    /// Qt's fields know the shortcuts.
+    /// Does nothing: Qt's fields know the editing shortcuts, and these desktops have no main menu.
     void installMainMenu(const std::string& title,
                          const std::vector<platform::EditMenuItem>& items) override;
     std::shared_ptr<platform::Image> systemSymbol(

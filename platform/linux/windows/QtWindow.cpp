@@ -31,7 +31,7 @@ QSize pixelSize(const platform::Size& size) {
     return {pixels(size.width), pixels(size.height)};
 }
 
-// Keeps what a control of the window works with until the control has come back from its call.
+// Keeps replaced content alive until the control that replaced it has returned from its callback.
 class Retired final : public QObject {
   public:
     Retired(std::shared_ptr<platform::View> view, QObject& window)
@@ -49,10 +49,10 @@ QtWindow::QtWindow(platform::WindowDescription description) : description_(std::
     window_.setWindowFlags(windowFlags(description_));
     window_.setWindowTitle(QString::fromStdString(description_.title));
     window_.onClose = [this] { onClose(); };
-    window_.onPlaced = [this] { correctPlace(); };
+    window_.onFrameChanged = [this] { correctPosition(); };
     window_.onContentChanged = [this] { fitUnlessResized(); };
     applyBackground(std::nullopt);
-    // The nearest thing to a title bar through which the background shows.
+    // A dark title bar comes nearest to one through which a dark background shows.
     if (description_.titlebarAppearsTransparent && description_.backgroundColor &&
         qtColor(*description_.backgroundColor).lightnessF() < 0.5F) {
         preferDarkFrame(window_);
@@ -63,7 +63,7 @@ QtWindow::QtWindow(platform::WindowDescription description) : description_(std::
 
 QtWindow::~QtWindow() {
     window_.onClose = nullptr;
-    window_.onPlaced = nullptr;
+    window_.onFrameChanged = nullptr;
     window_.onContentChanged = nullptr;
     window_.setContent(nullptr);
 }
@@ -87,8 +87,7 @@ void QtWindow::applyBackground(std::optional<platform::RgbColor> background) {
 }
 
 void QtWindow::fit() {
-    const QSize asked = pixelSize(description_.contentSize);
-    QSize size = window_.neededSize(asked);
+    QSize size = window_.neededSize(pixelSize(description_.contentSize));
     QSize minimum = pixelSize(description_.minimumSize.value_or(platform::Size{}))
                         .expandedTo(QSize(window_.neededWidth(), 0));
     if (const std::optional<QRect> area = mainScreenArea()) {
@@ -105,7 +104,7 @@ void QtWindow::fit() {
     fitted_ = window_.size();
 }
 
-// A size that the user has chosen stays.
+// Keeps a size that the user has chosen.
 void QtWindow::fitUnlessResized() {
     if (window_.size() == fitted_) {
         fit();
@@ -136,23 +135,24 @@ QSize QtWindow::margins() const {
 
 void QtWindow::place(const QRect& frame) {
     const std::optional<QRect> area = mainScreenArea();
-    window_.moveFrame(area ? within(*area, frame).topLeft() : frame.topLeft());
+    window_.moveFrame(area ? movedInto(*area, frame).topLeft() : frame.topLeft());
     placement_ = Placement{frame, margins()};
 }
 
-// Only a window manager knows its frames, and tells once the window is shown.
-void QtWindow::correctPlace() {
+// The window manager tells the size of the frame only once the window is shown.
+void QtWindow::correctPosition() {
     const std::optional<QRect> area = mainScreenArea();
     if (!placement_ || !area || !window_.isVisible()) {
         return;
     }
     if (margins() != placement_->margins) {
-        const QRect meant = std::exchange(placement_, std::nullopt)->frame;
-        // There may be less room for it than it seemed.
+        const QRect intended = std::exchange(placement_, std::nullopt)->frame;
+        // The frame leaves less room for the window than was assumed.
         fitUnlessResized();
-        window_.moveFrame(within(*area, replaced(meant, window_.frame().size(), *area)).topLeft());
+        window_.moveFrame(
+            movedInto(*area, resized(intended, window_.frame().size(), *area)).topLeft());
     } else if (window_.isActiveWindow()) {
-        // From now on it is the user who moves it.
+        // From now on only the user moves the window.
         placement_.reset();
     }
 }

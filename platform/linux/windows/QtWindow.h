@@ -11,11 +11,12 @@ namespace tarvik::linuxdesktop {
 
 /// A window as a top-level widget. Main thread only.
 ///
-/// Its content has all the room it needs as long as the screen has it, and scrolls where a user
-/// makes the window smaller. It is put on the main screen as a whole, wherever its origin would be.
-/// Windows here stay when another application becomes active, whatever the description says: hiding
-/// has no counterpart on these desktops. The frame is the window manager's: a transparent title bar
-/// is at best as dark as the background, and a hidden title is the application's name.
+/// The content has all the room that it needs, up to the size of the screen, and scrolls where the
+/// user makes the window smaller. The whole window is put on the main screen, wherever its origin
+/// would be. Windows stay when another application becomes active, whatever the description says:
+/// hiding them has no counterpart on these desktops. The frame is the window manager's: a
+/// transparent title bar is at best as dark as the background, and in place of a hidden title
+/// stands the application's name.
 class QtWindow final : public platform::Window {
   public:
     explicit QtWindow(platform::WindowDescription description);
@@ -39,20 +40,20 @@ class QtWindow final : public platform::Window {
     void fitUnlessResized();
     QSize margins() const;
     void place(const QRect& frame);
-    void correctPlace();
+    void correctPosition();
     void onClose();
 
     platform::WindowDescription description_;
     std::shared_ptr<platform::View> root_;
     ScrolledWindow window_;
-    /// Where the frame is meant to be, until the window manager has shown what its frame is like.
+    /// The intended position, until the window manager has told the size of its frame.
     struct Placement {
         QRect frame;
-        /// By how much the frame was taken to be larger than the window.
+        /// The assumed difference between the size of the frame and that of the window.
         QSize margins;
     };
     std::optional<Placement> placement_;
-    /// The size that the content made it have.
+    /// The size that fit() chose.
     QSize fitted_;
     bool isOpen_ = false;
 };

@@ -2,11 +2,13 @@
 
 namespace tarvik::linuxdesktop {
 
-/// Device-independent pixels to a point of the user interface, which grows with the size at which
-/// the desktop wants its text. Main thread only.
+// The user interface is described in points. A point grows with the size at which the desktop wants
+// its text. Main thread only.
+
+/// The length of a point in device-independent pixels.
 double pixelsPerPoint();
 
-/// A length in whole device-independent pixels.
+/// `points` in whole device-independent pixels.
 int pixels(double points);
 
 }  // namespace tarvik::linuxdesktop

@@ -11,14 +11,14 @@ namespace tarvik::linuxdesktop {
 
 namespace {
 
-// The main screen; an empty one where there is none.
+// The main screen with panels; an empty rectangle without a screen.
 QRect mainScreen() {
     const QScreen* screen = QGuiApplication::primaryScreen();
     return screen != nullptr ? screen->geometry() : QRect();
 }
 
-// Along one axis: `start` of a length, for the length that it turned out to be.
-int replacedStart(int start, int length, int newLength, int areaStart, int areaLength) {
+// The new start along one axis when `length` becomes `newLength`.
+int resizedStart(int start, int length, int newLength, int areaStart, int areaLength) {
     const int before = start - areaStart;
     const int after = areaStart + areaLength - (start + length);
     // A window in the middle may be off by half a pixel.
@@ -49,29 +49,29 @@ std::optional<QRect> mainScreenArea() {
     return screen != nullptr ? std::optional(screen->availableGeometry()) : std::nullopt;
 }
 
-QRect screenAreaAt(QPoint place) {
-    const QScreen* screen = QGuiApplication::screenAt(place);
+QRect screenAreaAt(QPoint position) {
+    const QScreen* screen = QGuiApplication::screenAt(position);
     return screen != nullptr ? screen->availableGeometry() : mainScreenArea().value_or(QRect());
 }
 
-QPoint menuPlace(const QRect& anchor, QSize size, const QRect& area) {
+QPoint menuPosition(const QRect& anchor, QSize size, const QRect& area) {
     const bool fitsBelow = anchor.bottom() + size.height() <= area.bottom();
     const int top = fitsBelow ? anchor.bottom() + 1 : anchor.top() - size.height();
-    return within(area, {{anchor.left(), top}, size}).topLeft();
+    return movedInto(area, {{anchor.left(), top}, size}).topLeft();
 }
 
-QRect within(const QRect& area, QRect frame) {
+QRect movedInto(const QRect& area, QRect frame) {
     const QPoint last =
         area.topLeft() + QPoint(area.width() - frame.width(), area.height() - frame.height());
-    // One that is too large keeps its upper left corner visible.
+    // A frame that is too large keeps its upper left corner visible.
     frame.moveTopLeft({std::max(area.x(), std::min(frame.x(), last.x())),
                        std::max(area.y(), std::min(frame.y(), last.y()))});
     return frame;
 }
 
-QRect replaced(const QRect& placed, QSize size, const QRect& area) {
-    return {{replacedStart(placed.x(), placed.width(), size.width(), area.x(), area.width()),
-             replacedStart(placed.y(), placed.height(), size.height(), area.y(), area.height())},
+QRect resized(const QRect& frame, QSize size, const QRect& area) {
+    return {{resizedStart(frame.x(), frame.width(), size.width(), area.x(), area.width()),
+             resizedStart(frame.y(), frame.height(), size.height(), area.y(), area.height())},
             size};
 }
 

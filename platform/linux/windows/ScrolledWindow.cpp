@@ -15,10 +15,10 @@ ScrolledWindow::ScrolledWindow() : area_(new QScrollArea(this)) {
     setWindowIcon(applicationIcon());
     area_->setFrameShape(QFrame::NoFrame);
     area_->setWidgetResizable(true);
-    // It would be a stop on the way from control to control where nothing can be done.
+    // Tab would stop at the scroll area, where nothing can be done.
     area_->setFocusPolicy(Qt::NoFocus);
     setCentralWidget(area_);
-    // How small it can be is for the description to say.
+    // The minimum size comes from the window's description.
     layout()->setSizeConstraint(QLayout::SetNoConstraint);
     auto* shortcut = new QShortcut(QKeySequence(Qt::CTRL | Qt::Key_W), this);
     connect(shortcut, &QShortcut::activated, this, [this] { close(); });
@@ -40,15 +40,15 @@ void ScrolledWindow::setContent(QWidget* content) {
     }
 }
 
-QSize ScrolledWindow::neededSize(QSize asked) const {
+QSize ScrolledWindow::neededSize(QSize minimum) const {
     const QWidget* content = area_->widget();
     if (content == nullptr) {
-        return asked;
+        return minimum;
     }
-    const QSize natural = asked.expandedTo(content->sizeHint());
+    const QSize natural = minimum.expandedTo(content->sizeHint());
     const int height = content->hasHeightForWidth() ? content->heightForWidth(natural.width())
                                                     : content->sizeHint().height();
-    return {natural.width(), std::max(asked.height(), height)};
+    return {natural.width(), std::max(minimum.height(), height)};
 }
 
 int ScrolledWindow::neededWidth() const {
@@ -60,18 +60,19 @@ int ScrolledWindow::neededWidth() const {
 
 QRect ScrolledWindow::frame() const {
     const QWindow* handle = windowHandle();
-    // Qt forgets the frame of a window that is hidden, and it will be the same again.
+    // Qt forgets the frame of a hidden window. The frame is the same again when the window is
+    // shown.
     if (handle != nullptr && !handle->frameMargins().isNull()) {
         frameMargins_ = handle->frameMargins();
     }
     return geometry().marginsAdded(frameMargins_);
 }
 
-void ScrolledWindow::moveFrame(QPoint place) {
+void ScrolledWindow::moveFrame(QPoint position) {
     if (frameMargins_.isNull()) {
-        move(place);
+        move(position);
     } else {
-        setGeometry({place + QPoint(frameMargins_.left(), frameMargins_.top()), size()});
+        setGeometry({position + QPoint(frameMargins_.left(), frameMargins_.top()), size()});
     }
 }
 
@@ -91,15 +92,15 @@ void ScrolledWindow::closeEvent(QCloseEvent* event) {
 
 void ScrolledWindow::moveEvent(QMoveEvent* event) {
     QMainWindow::moveEvent(event);
-    if (onPlaced) {
-        onPlaced();
+    if (onFrameChanged) {
+        onFrameChanged();
     }
 }
 
 void ScrolledWindow::changeEvent(QEvent* event) {
     QMainWindow::changeEvent(event);
-    if (event->type() == QEvent::ActivationChange && onPlaced) {
-        onPlaced();
+    if (event->type() == QEvent::ActivationChange && onFrameChanged) {
+        onFrameChanged();
     }
 }
 

@@ -8,32 +8,32 @@
 
 namespace tarvik::linuxdesktop {
 
-/// A top-level window that scrolls where its content needs more room than it has. Ctrl+W closes it.
+/// A top-level window that scrolls where its content needs more room. Ctrl+W closes the window.
 /// Main thread only.
 ///
-/// Only a main window is a window to a screen reader.
+/// It is a QMainWindow because a screen reader takes no other widget for a window.
 class ScrolledWindow final : public QMainWindow {
   public:
     ScrolledWindow();
     ~ScrolledWindow() override;
 
-    /// Shows `content` instead of what it showed, which gets no parent and is not destroyed; null
-    /// for nothing.
+    /// Shows `content` in place of the present content; null shows nothing. The old content loses
+    /// its parent and is not destroyed.
     void setContent(QWidget* content);
-    /// The size at which the whole content is visible, at least `asked`.
-    QSize neededSize(QSize asked) const;
-    /// What it cannot be narrower than without cutting its content off.
+    /// The size at which the whole content is visible; at least `minimum`.
+    QSize neededSize(QSize minimum) const;
+    /// The width below which content is cut off.
     int neededWidth() const;
-    /// With the window manager's frame as far as it is known.
+    /// The window with the window manager's frame, as far as the frame is known.
     QRect frame() const;
-    /// Moves the window so that its frame, when it has one, begins there.
-    void moveFrame(QPoint place);
+    /// Moves the upper left corner of the frame to `position`.
+    void moveFrame(QPoint position);
 
-    /// Called before it is hidden by its close button or by close().
+    /// Called before the close button or close() hides the window.
     std::function<void()> onClose;
-    /// Called when its place or frame may have become known.
-    std::function<void()> onPlaced;
-    /// Called when its content may need another size.
+    /// Called when the position or the frame may have become known.
+    std::function<void()> onFrameChanged;
+    /// Called when the content may need another size.
     std::function<void()> onContentChanged;
 
   private:

@@ -7,7 +7,7 @@
 namespace tarvik::linuxdesktop {
 
 /// The startup notification of one user action, from the request that it led to until the request
-/// has been carried out. Main thread only; does not wait.
+/// has been carried out. Main thread only; nothing waits for the desktop.
 ///
 /// Windows that come to the front while the object lives ask for the keyboard with the time of the
 /// action. At its end the desktop is told that the startup is complete, and ends its busy cursor.

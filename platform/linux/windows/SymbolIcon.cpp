@@ -17,9 +17,9 @@ namespace tarvik::linuxdesktop {
 
 namespace {
 
-// Draws into a square of this side.
-constexpr qreal side = 24;
+// Draws into a square with this side.
 using Drawing = std::function<void(QPainter&)>;
+constexpr qreal side = 24;
 
 class DrawnIconEngine final : public QIconEngine {
   public:
@@ -44,7 +44,7 @@ class DrawnIconEngine final : public QIconEngine {
         return picture;
     }
 
-    // What panels use; the bus carries one picture for each.
+    // The sizes that panels use. The bus carries one picture for each size.
     QList<QSize> availableSizes(QIcon::Mode, QIcon::State) override {
         return {QSize(16, 16), QSize(22, 22), QSize(24, 24), QSize(32, 32), QSize(48, 48)};
     }
@@ -55,7 +55,7 @@ class DrawnIconEngine final : public QIconEngine {
     Drawing drawing_;
 };
 
-// White is what a drawing has where its colour is to be.
+// The drawings are white where they take a colour.
 QByteArray inColor(QByteArray drawing, const QColor& color) {
     return drawing.replace("#ffffff", color.name().toLatin1());
 }

@@ -7,14 +7,14 @@
 
 namespace tarvik::linuxdesktop {
 
-/// The pictures that the status item can show.
+/// The symbols of the status item.
 enum class Symbol { microphone, filledMicrophone };
 
-/// The symbol as an icon that is drawn anew at every size, in `color` or, without one, in a light
-/// line along a dark one, of which a panel of any colour shows at least one.
+/// The symbol as an icon that is drawn for each size. Without a `color` the symbol is a light line
+/// along a dark one: on a panel of any colour at least one of the two is visible.
 QIcon symbolIcon(Symbol symbol, const std::optional<QColor>& color);
 
-/// A short text as such an icon.
+/// A short text as an icon, drawn in the same way.
 QIcon textIcon(const std::string& text, const std::optional<QColor>& color);
 
 }  // namespace tarvik::linuxdesktop

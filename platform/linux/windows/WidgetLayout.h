@@ -6,12 +6,12 @@
 
 namespace tarvik::linuxdesktop {
 
-/// Gives `widget` what `layout` asks for. A place for text never becomes narrower than its text,
-/// whatever the width that was asked for: `neededWidth`, in pixels.
+/// Gives `widget` the sizes and priorities of `layout`. `neededWidth`, in pixels, is the width that
+/// the widget's text needs: a smaller `layout.width` becomes `neededWidth`.
 void applyLayout(QWidget& widget, const platform::ViewLayout& layout, int neededWidth = 0);
 
-/// The widget that a view of this user interface is. Its layout and window show it; it belongs to
-/// whoever holds the view.
+/// The widget that `view` is; every view of this user interface is one. Layouts and windows show
+/// the widget, and the holder of the view owns it.
 QWidget& widgetOf(platform::View& view);
 
 }  // namespace tarvik::linuxdesktop

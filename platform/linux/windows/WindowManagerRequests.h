@@ -4,8 +4,8 @@ class QWidget;
 
 namespace tarvik::linuxdesktop {
 
-// What a window asks of the window manager. Main thread; nothing waits. Only bringToFront has an
-// effect without an X server.
+// What a window asks of the window manager. Main thread only; nothing waits for the window manager.
+// Without an X server only bringToFront has an effect.
 
 /// Shows `window` on every virtual desktop, from the next time that it is shown until it is hidden.
 /// Has no effect on a window that is shown.

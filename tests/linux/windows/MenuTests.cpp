@@ -64,15 +64,15 @@ TEST_F(MenuTest, DisabledEntriesOfAMenuAreLegibleAndWeakerThanOthersUnderEveryTh
 TEST_F(MenuTest, AMenuLiesBesideItsAnchorAndInItsAreaAsAWhole) {
     const QRect area(0, 40, 1000, 700);
     const QSize size(200, 300);
-    const auto place = [&](const QRect& anchor) {
-        return linuxdesktop::menuPlace(anchor, size, area);
+    const auto position = [&](const QRect& anchor) {
+        return linuxdesktop::menuPosition(anchor, size, area);
     };
-    EXPECT_EQ(place({500, 100, 20, 20}), QPoint(500, 120));
-    EXPECT_EQ(place({500, 600, 20, 20}), QPoint(500, 300));
-    EXPECT_EQ(place({500, 10, 20, 20}), QPoint(500, 40));
-    EXPECT_EQ(place({500, 750, 20, 20}), QPoint(500, 440));
-    EXPECT_EQ(place({990, 10, 20, 20}), QPoint(800, 40));
-    EXPECT_EQ(place({-30, 100, 20, 20}), QPoint(0, 120));
+    EXPECT_EQ(position({500, 100, 20, 20}), QPoint(500, 120));
+    EXPECT_EQ(position({500, 600, 20, 20}), QPoint(500, 300));
+    EXPECT_EQ(position({500, 10, 20, 20}), QPoint(500, 40));
+    EXPECT_EQ(position({500, 750, 20, 20}), QPoint(500, 440));
+    EXPECT_EQ(position({990, 10, 20, 20}), QPoint(800, 40));
+    EXPECT_EQ(position({-30, 100, 20, 20}), QPoint(0, 120));
 }
 
 /// A desktop whose menus may cover its panels.
