@@ -10,8 +10,8 @@ class LinuxBundle final : public platform::Bundle {
     LinuxBundle();
 
     std::optional<std::string> objectForInfoDictionaryKey(std::string_view key) const override;
-    /// The executable as it was called when the process started, also after an update has replaced
-    /// it.
+    /// The path of the executable when the process started, also after an update has replaced the
+    /// file.
     std::string bundlePath() const override;
     std::string openCommand() const override;
 

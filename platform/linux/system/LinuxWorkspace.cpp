@@ -9,7 +9,7 @@ namespace tarvik::linuxdesktop {
 
 namespace {
 
-// Where the program is; empty when it is not installed.
+// The path of the program; empty when it is not installed.
 std::string executable(const std::string& program) {
     return QStandardPaths::findExecutable(QString::fromStdString(program)).toStdString();
 }
@@ -38,7 +38,7 @@ void LinuxWorkspace::observeDidWake(std::function<void()> handler) {
 }
 
 void LinuxWorkspace::announceWake() {
-    // A copy: a handler may add another one.
+    // A copy, because a handler may add another one.
     for (const std::function<void()>& handler : std::vector(wakeHandlers_)) {
         handler();
     }

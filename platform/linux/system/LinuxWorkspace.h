@@ -16,11 +16,13 @@
 
 namespace tarvik::linuxdesktop {
 
-/// The desktop around the application; waking is what logind announces, links are handed to
-/// xdg-open, and those to a page of the settings open the desktop's own.
+/// The desktop around the application. Main thread only.
+///
+/// logind announces waking. Links are handed to xdg-open; links to a page of the system settings
+/// open that page of the desktop's own settings.
 class LinuxWorkspace final : public platform::Workspace {
   public:
-    /// Finds the process whose window has the keyboard, without waiting.
+    /// The process whose window has the keyboard; empty where unknown. Does not wait.
     using FrontmostProcess = std::function<std::optional<platform::ProcessIdentifier>()>;
 
     /// The references outlive the workspace.
@@ -29,9 +31,9 @@ class LinuxWorkspace final : public platform::Workspace {
 
     std::shared_ptr<platform::RunningApplication> frontmostApplication() override;
     void observeDidWake(std::function<void()> handler) override;
-    /// The log says why when it answers false.
+    /// False costs a line in the log with the reason.
     bool openUrl(const std::string& url) override;
-    /// Where no file manager answers, the folder is opened without a selection.
+    /// Without a file manager that answers, the folder is opened without a selection.
     void activateFileViewerSelecting(const std::string& path) override;
 
   private:

@@ -21,7 +21,7 @@ class SpawnAttributes {
   public:
     SpawnAttributes() {
         posix_spawnattr_init(&attributes_);
-        // What this process ignores or blocks is its own affair.
+        // A child must not inherit the signals that this process ignores or blocks.
         sigset_t none;
         sigset_t all;
         sigemptyset(&none);
@@ -41,9 +41,9 @@ class SpawnAttributes {
     posix_spawnattr_t attributes_{};
 };
 
-// A child that has ended keeps its entry in the process table until somebody asks for its status.
-// Where the kernel cannot tell of the end, the entry stays as long as this process.
-void collectWhenEnded(pid_t child) {
+// A child that has ended keeps its entry in the process table until its parent reaps it. Without a
+// pidfd the child is not reaped, and the entry stays as long as this process.
+void reapWhenEnded(pid_t child) {
     auto process =
         std::make_shared<FileDescriptor>(static_cast<int>(syscall(SYS_pidfd_open, child, 0)));
     if (!*process) {
@@ -73,7 +73,7 @@ std::optional<Error> ProcessTaskLauncher::launch(const std::string& launchPath,
     if (failure != 0) {
         return Error{failure, "cannot start " + launchPath + ": " + std::strerror(failure)};
     }
-    collectWhenEnded(child);
+    reapWhenEnded(child);
     return std::nullopt;
 }
 

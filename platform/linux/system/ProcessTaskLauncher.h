@@ -4,8 +4,8 @@
 
 namespace tarvik::linuxdesktop {
 
-/// Starts processes in sessions of their own, with the usual signal dispositions and the standard
-/// streams of this process. Needs the main thread's QCoreApplication.
+/// Starts processes, each in a session of its own, with default signal dispositions and the
+/// standard streams of this process. Main thread only; needs its QCoreApplication.
 class ProcessTaskLauncher final : public platform::TaskLauncher {
   public:
     std::optional<Error> launch(const std::string& launchPath,

@@ -11,9 +11,10 @@ namespace tarvik::linuxdesktop {
 
 namespace {
 
-constexpr Seconds longestHold(0.5);
+constexpr Seconds maxLaunchDelay(0.5);
 
-// What has to be said before Qt starts; `argumentCount` is only passed on.
+// Settings that Qt reads when it starts. Returns `argumentCount`, so that the call can stand in the
+// initialiser of the QApplication.
 int& prepareQt(int& argumentCount) {
     // Nothing here draws with OpenGL, and loading a driver costs tens of megabytes.
     qputenv("QT_XCB_GL_INTEGRATION", "none");
@@ -28,7 +29,7 @@ int& prepareQt(int& argumentCount) {
 std::vector<QWidget*> visibleWindows() {
     std::vector<QWidget*> windows;
     for (QWidget* window : QApplication::topLevelWidgets()) {
-        // A menu is none, nor is a tray's icon, which is a window to X alone.
+        // Neither a menu nor a tray icon counts; a tray icon is a window to the X server only.
         if (window->isVisible() && window->windowType() != Qt::Popup &&
             !window->windowFlags().testFlag(Qt::BypassWindowManagerHint)) {
             windows.push_back(window);
@@ -48,27 +49,28 @@ QtApplication::QtApplication(int& argumentCount, char** arguments, const platfor
     QApplication::setQuitOnLastWindowClosed(false);
 }
 
-void QtApplication::holdLaunchUntil(std::vector<Knowledge> awaited) {
-    awaited_ = std::move(awaited);
+void QtApplication::holdLaunchUntil(std::vector<LaunchCondition> conditions) {
+    launchConditions_ = std::move(conditions);
 }
 
 void QtApplication::setDelegate(std::shared_ptr<platform::ApplicationDelegate> delegate) {
-    // The old delegate goes last: it may ask for the present one while it is destroyed.
+    // The old delegate is destroyed last, because its destructor may use the application's
+    // delegate.
     delegate_.swap(delegate);
 }
 
-// Every window here belongs to an accessory; the task list shows those that are open.
+// These desktops know no such policy: the application is always an accessory.
 void QtApplication::setActivationPolicy(platform::ActivationPolicy) {}
 
 int QtApplication::run() {
     if (isTerminated_) {
         return EXIT_SUCCESS;
     }
-    unknown_ = awaited_.size();
-    launch_.set(awaited_.empty() ? TimePoint() : clock_.now() + longestHold);
-    for (const Knowledge& knowledge : std::exchange(awaited_, {})) {
-        knowledge([this] {
-            if (--unknown_ == 0) {
+    unmetConditions_ = launchConditions_.size();
+    launch_.set(launchConditions_.empty() ? TimePoint() : clock_.now() + maxLaunchDelay);
+    for (const LaunchCondition& condition : std::exchange(launchConditions_, {})) {
+        condition([this] {
+            if (--unmetConditions_ == 0) {
                 launch_.set({});
             }
         });
@@ -77,34 +79,34 @@ int QtApplication::run() {
 }
 
 void QtApplication::finishLaunching() {
-    // Also what became known too late comes here.
+    // A condition that is met too late leads here again.
     launch_.clear();
     if (isTerminated_ || std::exchange(hasLaunched_, true)) {
         return;
     }
     if (const std::shared_ptr<platform::ApplicationDelegate> delegate = delegate_) {
-        // How it was launched is nowhere to be read.
+        // These desktops do not tell how an application was launched.
         delegate->applicationDidFinishLaunching({});
     }
-    for (std::function<void()>& block : std::exchange(early_, {})) {
+    for (std::function<void()>& block : std::exchange(requestsBeforeLaunch_, {})) {
         post(std::move(block));
     }
 }
 
 void QtApplication::reopen(const std::string& startupId) {
-    ask(startupId, [](platform::ApplicationDelegate& delegate) {
-        // There is nothing that the desktop would usually do besides.
+    deliver(startupId, [](platform::ApplicationDelegate& delegate) {
+        // The answer is of no use: these desktops do nothing by themselves on a reopening.
         delegate.applicationShouldHandleReopen(!visibleWindows().empty());
     });
 }
 
 void QtApplication::perform(platform::ApplicationAction action, const std::string& startupId) {
-    ask(startupId, [action](platform::ApplicationDelegate& delegate) {
+    deliver(startupId, [action](platform::ApplicationDelegate& delegate) {
         delegate.applicationShouldPerform(action);
     });
 }
 
-void QtApplication::ask(const std::string& startupId, Request request) {
+void QtApplication::deliver(const std::string& startupId, Request request) {
     std::function<void()> block = [this, startupId, request = std::move(request)] {
         const std::shared_ptr<platform::ApplicationDelegate> delegate = delegate_;
         if (!delegate || isTerminated_) {
@@ -116,12 +118,12 @@ void QtApplication::ask(const std::string& startupId, Request request) {
     if (hasLaunched_) {
         post(std::move(block));
     } else {
-        early_.push_back(std::move(block));
+        requestsBeforeLaunch_.push_back(std::move(block));
     }
 }
 
-// In a turn of its own: what is asked may open a modal window, which is no place to wait in for
-// whoever brought the request.
+// A block gets a turn of its own, because a request may open a modal window: the caller must not
+// wait for the end of its nested loop.
 void QtApplication::post(std::function<void()> block) {
     QMetaObject::invokeMethod(&application_, std::move(block), Qt::QueuedConnection);
 }
@@ -134,8 +136,7 @@ void QtApplication::terminate() {
     QCoreApplication::exit(EXIT_SUCCESS);
 }
 
-// The desktop has one way only to hand the keyboard to an application that the user asked for by a
-// key or an icon.
+// These desktops have a single way to give the keyboard to an application that the user asked for.
 void QtApplication::activate() {
     activateIgnoringOtherApps();
 }

@@ -17,26 +17,27 @@ namespace tarvik::linuxdesktop {
 
 /// The process's QApplication. Main thread only.
 ///
-/// SIGTERM, SIGINT and SIGHUP terminate it. It is an accessory whatever the policy says: it has no
-/// window of its own, closing the last one does not end it, and only its windows appear in a task
-/// list.
+/// SIGTERM, SIGINT and SIGHUP terminate the application. It is an accessory whatever the policy
+/// says: closing the last window does not end it, and a task list shows its open windows only.
 class QtApplication final : public platform::Application {
   public:
-    /// The arguments are those of main; they and `clock` outlive the object.
+    /// The arguments are those of main. The arguments and `clock` outlive the object.
     QtApplication(int& argumentCount, char** arguments, const platform::Clock& clock);
 
-    /// Arranges that the function it gets is called once something is known, at once if it is
-    /// already; on any thread, and not after the application is gone.
-    using Knowledge = std::function<void(std::function<void()> whenKnown)>;
-    /// Has the delegate hear of the launch only when all of this is known, but no later than 0.5 s
-    /// after run(). Before run().
-    void holdLaunchUntil(std::vector<Knowledge> awaited);
-    /// Calls `handler` inside terminate(), the first time.
-    void observeTermination(std::function<void()> handler) { onTerminate_ = std::move(handler); }
+    /// Arranges one call of `onMet` when the condition is met, at once if it is met already. The
+    /// call may come on any thread, and comes before the application is destroyed or not at all.
+    using LaunchCondition = std::function<void(std::function<void()> onMet)>;
+    /// Delays the launch until all conditions are met, but no longer than 0.5 s after run(). Called
+    /// before run().
+    void holdLaunchUntil(std::vector<LaunchCondition> conditions);
+    /// Calls `onTerminate` inside the first terminate().
+    void observeTermination(std::function<void()> onTerminate) {
+        onTerminate_ = std::move(onTerminate);
+    }
 
-    /// The user started the application again, or the desktop asks for something: the delegate
-    /// hears of it in a later turn, after the launch, and not at all once it is terminated.
-    /// `startupId` names the user's action to the display server; it may be empty.
+    /// Requests of the user or the desktop. The delegate hears of a request in a later turn of the
+    /// loop and after the launch; after terminate() not at all. `startupId` names the user's action
+    /// to the display server; it may be empty.
     void reopen(const std::string& startupId);
     void perform(platform::ApplicationAction action, const std::string& startupId);
 
@@ -51,7 +52,7 @@ class QtApplication final : public platform::Application {
     using Request = std::function<void(platform::ApplicationDelegate&)>;
 
     void finishLaunching();
-    void ask(const std::string& startupId, Request request);
+    void deliver(const std::string& startupId, Request request);
     void post(std::function<void()> block);
 
     const platform::Clock& clock_;
@@ -59,13 +60,12 @@ class QtApplication final : public platform::Application {
     TerminationSignals signals_;
     std::shared_ptr<platform::ApplicationDelegate> delegate_;
     std::function<void()> onTerminate_;
-    std::vector<Knowledge> awaited_;
-    std::atomic<std::size_t> unknown_ = 0;
+    std::vector<LaunchCondition> launchConditions_;
+    std::atomic<std::size_t> unmetConditions_ = 0;
     Alarm launch_;
     bool hasLaunched_ = false;
     bool isTerminated_ = false;
-    /// What was asked before the launch had finished.
-    std::vector<std::function<void()>> early_;
+    std::vector<std::function<void()>> requestsBeforeLaunch_;
 };
 
 }  // namespace tarvik::linuxdesktop

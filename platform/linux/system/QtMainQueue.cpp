@@ -19,10 +19,10 @@ void QtMainQueue::asyncAfter(Seconds delay, std::function<void()> block) {
     if (!block) {
         return;
     }
-    // Written so that a delay that is no number counts as none.
+    // The comparison makes a NaN no delay.
     const Seconds wait = delay > Seconds(0) ? delay : Seconds(0);
     const std::lock_guard lock(mutex_);
-    // The clock is read under the lock, or blocks of two threads could be put in the wrong order.
+    // The clock is read under the lock; otherwise blocks of two threads could get the wrong order.
     const Key key(clock_.now() + wait, submissions_++);
     blocks_.emplace(key, std::move(block));
     if (blocks_.begin()->first == key) {
@@ -31,7 +31,8 @@ void QtMainQueue::asyncAfter(Seconds delay, std::function<void()> block) {
 }
 
 void QtMainQueue::discardBlocks() {
-    // Destroyed outside the lock: what a block holds may submit another one when it goes.
+    // Declared before the lock and so destroyed after it: the destructor of something that a block
+    // holds may submit another block.
     std::map<Key, std::function<void()>> discarded;
     const std::lock_guard lock(mutex_);
     discarded.swap(blocks_);
@@ -40,18 +41,19 @@ void QtMainQueue::discardBlocks() {
 
 void QtMainQueue::runTurn() {
     std::unique_lock lock(mutex_);
-    const Key limit(clock_.now(), submissions_);
+    const Key end(clock_.now(), submissions_);
     lock.unlock();
-    while (const std::function<void()> block = takeNext(limit)) {
+    while (const std::function<void()> block = takeNext(end)) {
         block();
     }
 }
 
-// The alarm is set for the next block before this one runs, so that a nested loop goes on with it.
-std::function<void()> QtMainQueue::takeNext(const Key& limit) {
+// The alarm is set for the next block before the taken block runs: a nested loop of the taken block
+// then runs the next one.
+std::function<void()> QtMainQueue::takeNext(const Key& end) {
     const std::lock_guard lock(mutex_);
     const auto next = blocks_.begin();
-    if (next == blocks_.end() || next->first >= limit) {
+    if (next == blocks_.end() || next->first >= end) {
         return {};
     }
     std::function<void()> block = std::move(next->second);

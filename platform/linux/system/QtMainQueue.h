@@ -12,12 +12,13 @@
 
 namespace tarvik::linuxdesktop {
 
-/// The main queue on Qt's event loop. Made and destroyed on the main thread, which has its
-/// QCoreApplication by then; the loop need not run yet.
+/// The main queue on Qt's event loop. Made and destroyed on the main thread, after its
+/// QCoreApplication was made; the loop need not run yet. Blocks are submitted on any thread.
 ///
-/// Blocks run in the order of the moments for which they were submitted, those of one moment in the
-/// order of submission; also in the nested loop of a modal alert or a menu. One turn of the loop
-/// runs what was due when it began, so blocks that submit blocks do not starve other events.
+/// Blocks run in the order of their due times, and with the same due time in the order of
+/// submission. They also run in the nested loop of a modal alert or a menu. One turn of the loop
+/// runs the blocks that were due at its begin, so blocks that submit blocks do not starve other
+/// events.
 class QtMainQueue final : public platform::MainQueue {
   public:
     /// `clock` outlives the queue.
@@ -27,14 +28,15 @@ class QtMainQueue final : public platform::MainQueue {
     void async(std::function<void()> block) override;
     void asyncAfter(Seconds delay, std::function<void()> block) override;
 
-    /// Destroys the blocks that wait, without running them. Main thread.
+    /// Destroys the waiting blocks without running them. Main thread.
     void discardBlocks();
 
   private:
+    /// The due time, and the number of the submission.
     using Key = std::pair<TimePoint, std::uint64_t>;
 
     void runTurn();
-    std::function<void()> takeNext(const Key& limit);
+    std::function<void()> takeNext(const Key& end);
     void setAlarm();
 
     const platform::Clock& clock_;

@@ -11,15 +11,15 @@ namespace tarvik::linuxdesktop {
 
 namespace {
 
-// An interval of nothing would keep the loop busy for good.
-constexpr Seconds shortestInterval(0.001);
+// An interval of zero would keep the loop busy for good.
+constexpr Seconds minInterval(0.001);
 
-// Lives on while its block runs, also when that block drops the timer.
+// Stays alive while its block runs, also when the block drops the timer.
 class Ticker : public std::enable_shared_from_this<Ticker> {
   public:
     Ticker(const platform::Clock& clock, Seconds interval, std::function<void()> block)
         : clock_(clock),
-          interval_(std::max(interval, shortestInterval)),
+          interval_(std::max(interval, minInterval)),
           block_(std::move(block)),
           next_(clock.now() + interval_),
           alarm_([this] { tick(); }) {

@@ -5,10 +5,10 @@
 
 namespace tarvik::linuxdesktop {
 
-/// Timers on Qt's event loop. The thread that uses it has its QCoreApplication by then.
+/// Timers on Qt's event loop. Main thread only; needs its QCoreApplication.
 ///
-/// Ticks stay on the grid that begins when the timer is made. A timer does not tick again while its
-/// block still runs, not even in a nested loop that the block has started.
+/// Ticks are due at multiples of the interval after the timer was made. A timer does not tick while
+/// its block runs, not even in a nested loop of the block.
 class QtTimerService final : public platform::TimerService {
   public:
     /// `clock` outlives the service and its timers.

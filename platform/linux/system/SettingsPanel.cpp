@@ -13,7 +13,7 @@ struct Entry {
     std::vector<std::string> arguments;
 };
 
-// Plasma 5 calls the program of its settings differently in different releases.
+// The program of the settings has different names in different releases of Plasma 5.
 const std::vector<Entry>& entries() {
     using enum SettingsPanel;
     static const std::vector<Entry> all = {
@@ -59,11 +59,11 @@ std::vector<PanelCommand> commandsFor(SettingsPanel panel, std::string_view curr
         }
         currentDesktop.remove_prefix(std::min(end + 1, currentDesktop.size()));
     }
-    // Works with every sound server; the fourth page has the microphones.
-    const bool hasIt = std::any_of(commands.begin(), commands.end(), [](const auto& command) {
+    // pavucontrol works with every sound server. Its fourth tab has the microphones.
+    const bool hasMixer = std::any_of(commands.begin(), commands.end(), [](const auto& command) {
         return command.program == "pavucontrol";
     });
-    if (panel == SettingsPanel::microphone && !hasIt) {
+    if (panel == SettingsPanel::microphone && !hasMixer) {
         commands.push_back({"pavucontrol", {"--tab=4"}});
     }
     return commands;

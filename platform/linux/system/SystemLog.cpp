@@ -13,7 +13,8 @@ namespace tarvik::linuxdesktop {
 
 namespace {
 
-constexpr int longestBacklog = 10000;
+constexpr int maxBacklog = 10000;
+constexpr Seconds shutdownTimeout(1);
 
 std::string harmless(std::string_view line) {
     std::string clean(line);
@@ -23,14 +24,14 @@ std::string harmless(std::string_view line) {
     return clean;
 }
 
-// One call for the whole line, so that other writers to the same terminal do not come between.
+// The whole line goes out in one call, so that no other writer to the same terminal comes between.
 void writeToStandardError(std::string line) {
     line += '\n';
     std::string_view rest = line;
     while (!rest.empty()) {
         const ssize_t written = ::write(STDERR_FILENO, rest.data(), rest.size());
         if (written < 0 && errno != EINTR) {
-            // Standard error is closed or its reader is gone; the system log still gets the line.
+            // Standard error is closed or its reader is gone. The system log still gets the line.
             return;
         }
         rest.remove_prefix(static_cast<std::size_t>(std::max<ssize_t>(written, 0)));
@@ -42,20 +43,20 @@ void deliver(const std::string& line) {
     syslog(LOG_INFO, "%s", line.c_str());
 }
 
-// How many lines are still to be written, for whoever ends the process meanwhile.
+// The number of lines that are still to be written; a signal handler reaches static data only.
 std::atomic<const std::atomic<int>*> unwritten = nullptr;
 
-// An abort that nobody explains is worth nothing, and its reason is in the last line. Only what a
-// signal handler may do is done here.
+// The last line often holds the reason of an abort. Calls only functions that are safe in a signal
+// handler.
 void waitForLines(int) {
-    constexpr timespec pause{0, 5'000'000};
-    constexpr int mostPauses = 200;
-    for (int pauses = 0; pauses < mostPauses; ++pauses) {
+    constexpr timespec interval{0, 5'000'000};
+    constexpr int maxIntervals = 200;
+    for (int count = 0; count < maxIntervals; ++count) {
         const std::atomic<int>* lines = unwritten;
         if (lines == nullptr || *lines == 0) {
             return;
         }
-        nanosleep(&pause, nullptr);
+        nanosleep(&interval, nullptr);
     }
 }
 
@@ -66,7 +67,8 @@ struct SystemLog::Backlog {
     std::atomic<int> dropped = 0;
 };
 
-SystemLog::SystemLog() : backlog_(std::make_shared<Backlog>()), worker_("tarvik-log", Seconds(1)) {
+SystemLog::SystemLog()
+    : backlog_(std::make_shared<Backlog>()), worker_("tarvik-log", shutdownTimeout) {
     openlog("tarvik-dictate", LOG_PID, LOG_USER);
     unwritten = &backlog_->lines;
     std::signal(SIGABRT, waitForLines);
@@ -77,7 +79,7 @@ SystemLog::~SystemLog() {
 }
 
 void SystemLog::write(std::string_view line) {
-    if (backlog_->lines.fetch_add(1) >= longestBacklog) {
+    if (backlog_->lines.fetch_add(1) >= maxBacklog) {
         backlog_->lines.fetch_sub(1);
         backlog_->dropped.fetch_add(1);
         return;

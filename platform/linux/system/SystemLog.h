@@ -10,10 +10,10 @@ namespace tarvik::linuxdesktop {
 
 /// Writes to standard error and to syslog(3), which the journal collects, as "tarvik-dictate".
 ///
-/// A thread of its own does it: standard error may be a pipe that nobody reads, and the journal may
-/// be busy. Line breaks and other control characters inside a line become blanks. Should nobody
-/// take the lines, the newest are dropped beyond 10000, and one line says how many. An abort waits
-/// for the lines as the destructor does; a process has one such log.
+/// Any thread; nothing waits. A worker writes the lines, because standard error may be a pipe that
+/// nobody reads, and the journal may be busy. Control characters inside a line, line breaks too,
+/// become blanks. Beyond 10000 unwritten lines new ones are dropped, and a later line says how
+/// many. An abort waits up to a second for the lines that are left. A process has one such log.
 class SystemLog final : public platform::Log {
   public:
     SystemLog();

@@ -15,32 +15,32 @@ namespace {
 
 constexpr std::array handledSignals = {SIGTERM, SIGINT, SIGHUP};
 
-// A signal handler can reach nothing but static data.
+// A signal handler reaches static data only.
 std::atomic<int> arrivalsNumber = -1;
 
 extern "C" void noteSignal(int) {
     const int savedError = errno;
     const std::uint64_t one = 1;
-    // It can only fail when the counter is full, and then the loop is told already.
+    // The write fails only when the counter is full, and then the loop is woken already.
     [[maybe_unused]] const ssize_t written = write(arrivalsNumber.load(), &one, sizeof one);
     errno = savedError;
 }
 
 }  // namespace
 
-TerminationSignals::TerminationSignals(std::function<void()> handler)
+TerminationSignals::TerminationSignals(std::function<void()> onSignal)
     : arrivals_(eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK)) {
     std::signal(SIGPIPE, SIG_IGN);
     if (!arrivals_) {
-        // The signals then keep their usual effect, which is to end the process.
+        // The signals keep their default action and end the process.
         return;
     }
     notifier_ = std::make_unique<QSocketNotifier>(arrivals_.number(), QSocketNotifier::Read);
     QObject::connect(notifier_.get(), &QSocketNotifier::activated, notifier_.get(),
-                     [number = arrivals_.number(), handler = std::move(handler)] {
+                     [number = arrivals_.number(), onSignal = std::move(onSignal)] {
                          eventfd_t count = 0;
                          eventfd_read(number, &count);
-                         handler();
+                         onSignal();
                      });
     arrivalsNumber.store(arrivals_.number());
     for (const int signal : handledSignals) {

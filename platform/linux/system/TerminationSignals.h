@@ -8,14 +8,15 @@
 
 namespace tarvik::linuxdesktop {
 
-/// Turns SIGTERM, SIGINT and SIGHUP into a call on the main thread's loop, and has SIGPIPE ignored.
-/// At most one object at a time; main thread.
+/// Turns SIGTERM, SIGINT and SIGHUP into a call on the main thread's loop, and ignores SIGPIPE.
+/// Main thread only; at most one object at a time.
 ///
-/// Each signal is taken once: the same signal again ends a process that hangs. One that was ignored
-/// when the process started, as nohup arranges it, stays ignored.
+/// Each signal is caught once: the same signal again ends a process that hangs. A signal that was
+/// ignored when the process started, as under nohup, stays ignored.
 class TerminationSignals {
   public:
-    explicit TerminationSignals(std::function<void()> handler);
+    /// Calls `onSignal` in a turn of the main thread's loop.
+    explicit TerminationSignals(std::function<void()> onSignal);
     ~TerminationSignals();
     TerminationSignals(const TerminationSignals&) = delete;
     TerminationSignals& operator=(const TerminationSignals&) = delete;

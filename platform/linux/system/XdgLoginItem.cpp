@@ -15,7 +15,7 @@ namespace tarvik::linuxdesktop {
 
 namespace {
 
-// A value of the file format: the backslash is its escape character.
+// A value of a desktop entry, in which the backslash is the escape character.
 std::string escapedValue(std::string_view text) {
     std::string value;
     for (const char c : text) {
@@ -56,7 +56,7 @@ std::string unescapedValue(std::string_view value) {
     return text;
 }
 
-// One word of a command line: quoted as a shell would, and with the field codes' sign doubled.
+// One word of the Exec value: quoted as for a shell, with the sign of field codes doubled.
 std::string quotedWord(std::string_view word) {
     std::string quoted = "\"";
     for (const char c : word) {
@@ -87,7 +87,7 @@ std::optional<std::string> valueOf(std::string_view entry, std::string_view key)
     return std::nullopt;
 }
 
-// A path, or the name of a program that is looked for where programs are.
+// `program` is a path, or a name that is looked up in the PATH.
 bool canBeRun(const std::string& program) {
     return !QStandardPaths::findExecutable(QString::fromStdString(program)).isEmpty();
 }

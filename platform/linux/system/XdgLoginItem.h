@@ -7,15 +7,15 @@
 namespace tarvik::linuxdesktop {
 
 /// The login item as an autostart entry of the user's desktop. An entry that the user has hidden or
-/// deleted, or whose program is gone, counts as not registered.
+/// deleted, or whose program is gone, counts as not registered. Every operation waits for the disk.
 class XdgLoginItem final : public platform::LoginItemService {
   public:
-    /// `executable` (absolute) is what the entry starts.
+    /// The entry starts `executable` (absolute).
     explicit XdgLoginItem(std::string executable);
 
     platform::LoginItemStatus status() override;
     std::optional<Error> registerItem() override;
-    /// Also succeeds when there is nothing to unregister.
+    /// Succeeds also when the item is not registered.
     std::optional<Error> unregisterItem() override;
 
   private:

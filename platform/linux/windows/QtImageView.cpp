@@ -25,11 +25,11 @@ void QtImageView::paintEvent(QPaintEvent*) {
         size.height() > height()) {
         size.scale(this->size(), Qt::KeepAspectRatio);
     }
-    QRect place(QPoint(), size);
-    place.moveCenter(rect().center());
+    QRect target(QPoint(), size);
+    target.moveCenter(rect().center());
     QPainter painter(this);
     painter.setRenderHint(QPainter::SmoothPixmapTransform);
-    painter.drawPixmap(place, image_->icon({}).pixmap(size, devicePixelRatioF()));
+    painter.drawPixmap(target, image_->icon({}).pixmap(size, devicePixelRatioF()));
 }
 
 }  // namespace tarvik::linuxdesktop

@@ -71,8 +71,8 @@ void QtLabel::paintEvent(QPaintEvent*) {
     QPainter painter(this);
     painter.setPen(drawnColor());
     const int height = heightForWidth(width());
-    const QRect place(0, (this->height() - height) / 2, width(), height);
-    painter.drawText(place, flags() | Qt::TextDontClip, text());
+    const QRect target(0, (this->height() - height) / 2, width(), height);
+    painter.drawText(target, flags() | Qt::TextDontClip, text());
 }
 
 }  // namespace tarvik::linuxdesktop

@@ -33,7 +33,7 @@ std::string quoted(std::string_view value) {
 
 void sendCompletion(xcb_connection_t* connection, std::string_view id) {
     const xcb_screen_t* screen = xcb_setup_roots_iterator(xcb_get_setup(connection)).data;
-    // The sender tells the pieces of this message from those of other messages.
+    // The desktop puts the pieces of one message together by their sender.
     const xcb_window_t sender = xcb_generate_id(connection);
     xcb_create_window(connection, XCB_COPY_FROM_PARENT, sender, screen->root, -1, -1, 1, 1, 0,
                       XCB_WINDOW_CLASS_INPUT_ONLY, screen->root_visual, 0, nullptr);

@@ -67,7 +67,7 @@ class LinuxSystemWorld final : public SystemWorld {
 
     bool runUntil(const std::function<bool()>& condition) override {
         const TimePoint deadline = clock_.now() + Seconds(10);
-        // Only a loop that runs, as the application's does, destroys what is to go later.
+        // Qt carries out deleteLater() only inside a running loop.
         QEventLoop loop;
         QTimer pulse;
         bool holds = false;
@@ -115,7 +115,7 @@ class LinuxSystemWorld final : public SystemWorld {
     void provideSleep() override {
         logind_.emplace(folder_ / "system-bus");
         workspace_.observeDidWake([] {});
-        // The bus has to know what this process wants to hear before it announces anything.
+        // The subscriptions of this process have to be in force before anything is announced.
         auto isHeard = std::async(std::launch::async, [this] {
             const TimePoint deadline = clock_.now() + Seconds(10);
             bool answer = false;
@@ -171,7 +171,7 @@ class LinuxSystemWorld final : public SystemWorld {
         return false;
     }
 
-    // Waits for the window as the user does, then types and clicks.
+    // Waits for the window of the alert, as a user does.
     void answerNextAlert(int button, const std::string& text) override {
         auto* timer = new QTimer(&answers_);
         QObject::connect(timer, &QTimer::timeout, timer, [timer, button, text] {
@@ -205,7 +205,7 @@ class LinuxSystemWorld final : public SystemWorld {
     void click(platform::Checkbox& checkbox) override {
         dynamic_cast<QCheckBox&>(checkbox).click();
     }
-    // What Qt does with a window manager's request.
+    // Does what Qt does on a window manager's request.
     void closeByHand(platform::Window& window) override {
         QWindow* handle = dynamic_cast<linuxdesktop::QtWindow&>(window).widget().windowHandle();
         QCloseEvent event;
@@ -213,7 +213,7 @@ class LinuxSystemWorld final : public SystemWorld {
     }
 
   private:
-    /// Makes a program that writes its arguments to the file, one a line.
+    /// Makes a program that writes its arguments to `file`, one a line.
     static void putRecorder(const std::filesystem::path& program, const std::string& file) {
         putProgram(program, "printf '%s\\n' \"$@\" > '" + file + ".part'\n/bin/mv '" + file +
                                 ".part' '" + file + "'\n");
@@ -226,7 +226,7 @@ class LinuxSystemWorld final : public SystemWorld {
     std::string urls_ = folder_ / "urls";
     std::string path_ = std::getenv("PATH");
     std::optional<platform::ProcessIdentifier> front_;
-    // Standard error outlives what still writes to it, and the bus whoever listens to it.
+    // Both outlive their users: the log writes to standard error, the workspace listens to logind.
     std::optional<CapturedErrors> errors_;
     std::optional<MockLogind> logind_;
     int argumentCount_ = 1;

@@ -28,7 +28,7 @@ class LoopWorld {
 using LoopWorldMaker = std::unique_ptr<LoopWorld> (*)();
 
 std::unique_ptr<LoopWorld> makeSimulatedLoopWorld();
-/// That of the backend which this program is built for.
+/// The main loop of the backend for which the program is built.
 std::unique_ptr<LoopWorld> makeRealLoopWorld();
 
 }  // namespace tarvik::tests

@@ -94,7 +94,7 @@ TEST_P(MainQueueConformance, ADelayedBlockIsNeverEarly) {
     EXPECT_TRUE(world->runUntil([&] { return arrived == 50; }));
 }
 
-TEST_P(MainQueueConformance, DelayedBlocksRunInTheOrderOfTheirMoments) {
+TEST_P(MainQueueConformance, DelayedBlocksRunInTheOrderOfTheirDueTimes) {
     std::vector<int> order;
     const auto note = [&order](int number) {
         return [&order, number] { order.push_back(number); };

@@ -21,7 +21,7 @@ class SimulatedSystemWorld final : public SystemWorld {
 
     bool runUntil(const std::function<bool()>& condition) override {
         while (!condition()) {
-            // With nothing to do yet, another thread is to submit it.
+            // An empty queue waits for a block of another thread.
             if (!platform_->time().runNext() && !platform_->time().runUntil([&] {
                     return condition() || platform_->time().waitingBlocks() > 0;
                 })) {

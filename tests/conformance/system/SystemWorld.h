@@ -17,8 +17,8 @@
 
 namespace tarvik::tests {
 
-/// The system services of one platform and the outside that drives them. The thread of the test is
-/// the main thread.
+/// The system services of one platform, with the user and the desktop that act on them. The thread
+/// of the test is the main thread.
 class SystemWorld : public LoopWorld {
   public:
     virtual platform::Log& log() = 0;
@@ -30,37 +30,37 @@ class SystemWorld : public LoopWorld {
     virtual platform::LoginItemService& loginItem() = 0;
     virtual platform::UserInterface& userInterface() = 0;
 
-    /// Reads the system log from now on, and the lines that have come since.
+    /// Starts to collect the lines of the system log, and returns those since the start.
     virtual void watchLog() = 0;
     virtual std::vector<std::string> logLines() = 0;
     /// Ends the settings and reads them again, as the next run of the application does.
     virtual void reopenUserDefaults() = 0;
-    /// A program that a launch can start, and one that it cannot.
+    /// A program that can be launched, and one that cannot.
     virtual std::string goodProgram() = 0;
     virtual std::string missingProgram() = 0;
-    /// Arranges that programs cannot be started, where the world decides it by itself.
+    /// Makes launches fail, where a simulation decides that.
     virtual void refuseLaunch() = 0;
-    /// Whether the good program has been started with these arguments.
+    /// Whether the good program has been started with `arguments`.
     virtual bool wasLaunched(const std::vector<std::string>& arguments) = 0;
-    /// Puts a window of the process in front, or no window.
+    /// Puts a window of `process` in front, or no window.
     virtual void bringToFront(std::optional<platform::ProcessIdentifier> process) = 0;
-    /// Makes the machine one that can sleep; before anybody observes that it wakes.
+    /// Enables sleep on the machine. Called before the first observer of waking is added.
     virtual void provideSleep() = 0;
     /// The machine goes to sleep and wakes.
     virtual void sleepAndWake() = 0;
-    /// The links that the desktop was given to open.
+    /// The links that the desktop was asked to open.
     virtual std::vector<std::string> openedUrls() = 0;
-    /// Takes away from the desktop what opens links.
+    /// Makes opening links impossible.
     virtual void refuseUrls() = 0;
     /// Makes registering and unregistering as a login item impossible.
     virtual void refuseLoginItem() = 0;
-    /// The user opens `menu`; the titles that it shows.
+    /// The user opens `menu`. Returns the titles in the menu.
     virtual std::vector<std::string> openMenu(platform::Menu& menu) = 0;
-    /// The user chooses the entry of `menu`; false when it cannot be chosen.
+    /// The user chooses the entry of `menu`; false when the entry cannot be chosen.
     virtual bool chooseFromMenu(platform::Menu& menu, const std::string& title) = 0;
-    /// The next alert gets this text and is answered with this button, counted from 0.
+    /// The user types `text` into the next alert and presses `button`, counted from 0.
     virtual void answerNextAlert(int button, const std::string& text) = 0;
-    /// The user replaces what is in the field, and presses Return in it.
+    /// The user replaces the text of the field, or presses Return in the field.
     virtual void type(platform::TextField& field, const std::string& text) = 0;
     virtual void pressReturn(platform::TextField& field) = 0;
     virtual void press(platform::Button& button) = 0;

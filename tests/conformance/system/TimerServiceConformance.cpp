@@ -65,17 +65,17 @@ TEST_P(TimerServiceConformance, DroppingATimerStopsIt) {
 
 TEST_P(TimerServiceConformance, MissedTicksAreSkipped) {
     const TimePoint start = world->clock().now();
-    std::vector<double> moments;
+    std::vector<double> tickTimes;
     const auto timer = world->timers().scheduledRepeatingTimer(Seconds(0.02), [&] {
-        moments.push_back((world->clock().now() - start).count());
-        if (moments.size() == 1) {
+        tickTimes.push_back((world->clock().now() - start).count());
+        if (tickTimes.size() == 1) {
             world->stall(Seconds(0.1));
         }
     });
-    EXPECT_TRUE(world->runUntil([&] { return moments.size() == 4; }));
-    // After the stall at most one tick is made up for at once; the others keep their distance.
-    EXPECT_GE(moments[1] - moments[0], 0.1);
-    EXPECT_GE(moments[3] - moments[1], 0.02);
+    EXPECT_TRUE(world->runUntil([&] { return tickTimes.size() == 4; }));
+    // After the stall at most one missed tick comes at once; the others keep their distance.
+    EXPECT_GE(tickTimes[1] - tickTimes[0], 0.1);
+    EXPECT_GE(tickTimes[3] - tickTimes[1], 0.02);
 }
 
 INSTANTIATE_TEST_SUITE_P(Worlds, TimerServiceConformance, everyLoopWorld(), loopWorldName);

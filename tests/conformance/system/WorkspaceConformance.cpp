@@ -11,7 +11,7 @@ namespace {
 
 using WorkspaceConformance = SystemConformance;
 
-TEST_P(WorkspaceConformance, TheFrontmostApplicationIsTheOneOfTheMoment) {
+TEST_P(WorkspaceConformance, TheFrontmostApplicationFollowsTheWindowInFront) {
     platform::Workspace& workspace = world->workspace();
     EXPECT_EQ(workspace.frontmostApplication(), nullptr);
     world->bringToFront(4711);

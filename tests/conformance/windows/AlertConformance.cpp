@@ -35,7 +35,7 @@ TEST_P(AlertConformance, BlocksOfTheMainQueueRunWhileAnAlertIsUp) {
     bool isUp = false;
     bool hasRunMeanwhile = false;
     world->mainQueue().async([&] { hasRunMeanwhile = isUp; });
-    // Before the answer is on its way nothing but the block can run.
+    // The answer takes at least one turn of the loop, so the block runs first.
     world->answerNextAlert(1, "");
     isUp = true;
     world->userInterface().runModal(keyAlert());

@@ -87,7 +87,7 @@ TEST_P(WindowConformance, AControlMayReplaceTheContentItIsIn) {
     {
         const auto replacing = button("Replace", [&, watched] {
             made->setContent(column({button("New", [] {})}), platform::black);
-            // Nobody else holds what is running here.
+            // The window is the only owner of the running callback.
             EXPECT_FALSE(alive.expired());
         });
         old = replacing;

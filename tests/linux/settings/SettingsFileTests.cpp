@@ -216,8 +216,7 @@ TEST_F(SettingsFileTest, WhatCannotBeSavedIsReportedOnceAndTriedAgain) {
               "loginItemAutoConfigured=true\n");
 }
 
-/// While it lives, no file of this process grows past a size: writing fails half-way, as on a disk
-/// that is full.
+/// Limits the size of files of this process, so that a write fails half-way as on a full disk.
 class SizeLimit {
   public:
     explicit SizeLimit(rlim_t bytes) : signalBefore_(std::signal(SIGXFSZ, SIG_IGN)) {
@@ -250,7 +249,7 @@ TEST_F(SettingsFileTest, AWriteThatFailsHalfWayLeavesTheOldFileWhole) {
     defaults->setString("new", "deepgramApiKey");
     close();
     EXPECT_EQ(contentOf(path), "[General]\ndeepgramApiKey=new\n");
-    // Nothing half-written is left lying about.
+    // No half-written file is left.
     const auto folderOfFile = std::filesystem::path(path).parent_path();
     EXPECT_EQ(std::distance(std::filesystem::directory_iterator(folderOfFile), {}), 1);
     EXPECT_EQ(log.linesWith("settings cannot be saved").size(), 1U);

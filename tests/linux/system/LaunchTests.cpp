@@ -55,7 +55,7 @@ TEST_F(LaunchTest, TheLaunchWaitsUntilEverythingIsKnown) {
     Handler second;
     application.holdLaunchUntil({[&](Handler known) { first = std::move(known); },
                                  [&](Handler known) { second = std::move(known); }});
-    // Each step is queued by the one before, so that the launch has its chance in between.
+    // Each step queues the next one, so that a launch could come between two steps.
     mainQueue.asyncAfter(Seconds(0.02), [&] {
         first();
         mainQueue.asyncAfter(Seconds(0.02), [&] {

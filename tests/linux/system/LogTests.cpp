@@ -55,7 +55,8 @@ TEST(LogTest, AReaderThatStopsReadingHoldsNobodyUpAndLearnsWhatItMissed) {
         log->write("a line that is long enough to fill the pipe before half of them are written");
     }
     EXPECT_LT((clock.now() - start).count(), 1.0);
-    // Only now somebody reads: what was not dropped arrives, and how many were.
+    // Reading begins only now: the lines that were not dropped arrive, and the number of the
+    // others.
     EXPECT_TRUE(errors.readLines(10000));
     log.reset();
     const std::vector<std::string> lines = errors.lines();
@@ -74,7 +75,7 @@ TEST(LogTest, AReaderThatNeverReadsDelaysTheEndByASecondAtMost) {
     const TimePoint start = clock.now();
     log.reset();
     EXPECT_LT((clock.now() - start).count(), 2.0);
-    // The thread that was left behind ends with its last line.
+    // The worker that was left behind ends after its last line.
     EXPECT_TRUE(errors.readLines(5000));
 }
 

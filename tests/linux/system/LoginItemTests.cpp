@@ -24,7 +24,7 @@ class LoginItemTest : public testing::Test {
         item.emplace(program);
     }
 
-    /// What the desktop's own check says about the entry; empty when it has nothing to say.
+    /// The complaints of the desktop's own check about the entry; empty for a valid entry.
     std::string complaints() { return TestProcess::run({"desktop-file-validate", entry}).output; }
 
     TemporaryFolder folder;

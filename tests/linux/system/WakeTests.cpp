@@ -15,8 +15,8 @@ namespace {
 
 class WakeTest : public ApplicationTest {
   protected:
-    /// Announces wakings until the first one is heard, for those before the subscription has
-    /// reached the bus are not; how many it took.
+    /// Announces wakings until the first one is heard. Announcements before the subscription has
+    /// reached the bus are lost. Returns the number of announcements.
     int announceUntil(const std::function<bool()>& isHeard) {
         int announced = 0;
         EXPECT_TRUE(runUntil([&] {
@@ -82,7 +82,7 @@ TEST_F(WakeTest, ABusThatComesBackIsJoinedAgain) {
     workspace->observeDidWake([&] { ++wakings; });
     announceUntil([&] { return wakings > 0; });
     std::size_t losses = 0;
-    // The first absence is longer than the attempts that need no sign of the bus.
+    // The first absence is longer than all attempts that follow the loss itself.
     for (const Seconds absence : {Seconds(4), Seconds(0)}) {
         logind.stop();
         ++losses;

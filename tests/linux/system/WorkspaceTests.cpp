@@ -14,11 +14,11 @@ constexpr const char* microphoneLink =
 constexpr const char* accessibilityLink =
     "x-apple.systempreferences:com.apple.preference.security?Privacy_Accessibility";
 
-/// A desktop on which nothing is installed but what the test puts there.
+/// A desktop with no programs but those that the test installs.
 class WorkspaceTest : public SessionBusTest {
   protected:
     WorkspaceTest() {
-        // The helper of a test is found while the usual path still stands.
+        // The bus daemon runs already and needs no PATH.
         savedPath_ = std::getenv("PATH");
         setenv("PATH", folder.path().c_str(), 1);
     }
@@ -27,7 +27,7 @@ class WorkspaceTest : public SessionBusTest {
         unsetenv("XDG_CURRENT_DESKTOP");
     }
 
-    /// Programs that note how they were called.
+    /// Installs programs that record their command lines.
     void install(const std::vector<std::string>& programs) {
         for (const std::string& program : programs) {
             putProgram(folder / program, "echo \"${0##*/} $*\" > '" + seen_ + ".part'\n/bin/mv '" +
@@ -35,7 +35,7 @@ class WorkspaceTest : public SessionBusTest {
         }
     }
 
-    /// How a program has been called; waits for it.
+    /// The command line that a program has recorded; waits for the record.
     std::string called() {
         EXPECT_TRUE(runUntil([&] { return std::filesystem::exists(seen_); }));
         const std::string line = contentOf(seen_);
@@ -65,7 +65,7 @@ class WorkspaceTest : public SessionBusTest {
         }));
     }
 
-    /// What the file manager was asked to show; waits for it.
+    /// The next request to show a file that reaches the file manager; waits for the request.
     std::string shown() {
         return meanwhile([this] {
             std::optional<std::string> line;
@@ -174,7 +174,7 @@ TEST_F(WorkspaceTest, ABusThatCameBackIsUsedAgain) {
     workspace.activateFileViewerSelecting("/opt/tarvik-dictate");
     EXPECT_EQ(called(), "xdg-open file:///opt\n");
     bus.reset();
-    // The loss shows in a later turn.
+    // The connection notices the loss only in a later turn.
     workspace.activateFileViewerSelecting("/opt/tarvik-dictate");
     EXPECT_EQ(called(), "xdg-open file:///opt\n");
     startBus();

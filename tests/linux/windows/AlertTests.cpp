@@ -17,7 +17,7 @@ namespace {
 
 class AlertTest : public UserInterfaceTest {
   protected:
-    /// Waits until the window is there that the user works in.
+    /// Opens the window of another program, and waits until it has the keyboard.
     void openOtherWindow() {
         const std::string title = folder.path();
         program.movePointerAway();
@@ -33,7 +33,7 @@ class AlertTest : public UserInterfaceTest {
         alert.fieldWidth = 360;
         alert.fieldHeight = 24;
         alert.buttons = {"Save", "Cancel"};
-        // Keys that went astray must not keep the test up for good.
+        // The alert must not stay up for good when keys reach another window.
         mainQueue.asyncAfter(Seconds(10), [] {
             if (QWidget* window = QApplication::activeModalWidget()) {
                 window->close();
@@ -41,13 +41,13 @@ class AlertTest : public UserInterfaceTest {
         });
         const platform::AlertAnswer answer = userInterface.runModal(alert);
         if (keys) {
-            // Ended in the middle of a stroke, it would leave a key down.
+            // A program that is killed in the middle of a stroke leaves a key down.
             keys->waitForEnd();
         }
         return answer;
     }
 
-    /// Has the keys pressed, by somebody who sees nothing but the keyboard, once the alert has it.
+    /// Runs `command`, which presses keys, once the alert has the keyboard.
     void pressWhenActive(const std::string& command) {
         mainQueue.asyncAfter(Seconds(0.01), [this, command] {
             const QWidget* alert = QApplication::activeModalWidget();
@@ -61,7 +61,7 @@ class AlertTest : public UserInterfaceTest {
         });
     }
 
-    /// Calls `then` as soon as the field of the alert holds this.
+    /// Calls `then` as soon as the field of the alert holds `text`.
     void whenTextIs(const std::string& text, std::function<void(const QWidget& alert)> then) {
         mainQueue.asyncAfter(Seconds(0.01), [this, text, then = std::move(then)]() mutable {
             const QWidget* alert = QApplication::activeModalWidget();
@@ -92,7 +92,7 @@ TEST_F(AlertTest, TheAlertStaysAboveAFloatingWindowThatIsClicked) {
     SampleWindow sample(userInterface);
     sample.window().center();
     sample.window().orderFrontRegardless();
-    // Left of the alert, which is in the middle as well.
+    // The click is on the window and left of the alert; both are centred.
     pressWhenActive("xdotool mousemove 200 400 click 1 && xdotool type n && xdotool key Return");
     const platform::AlertAnswer answer = ask();
     EXPECT_EQ(answer.code, platform::alertFirstButtonReturn);
@@ -128,7 +128,7 @@ TEST_F(AlertTest, AVeryLongKeyIsTakenWholeAndLeavesTheAlertAsItWas) {
         pressWhenActive("xdotool key Return");
     });
     pressWhenActive("xdotool key ctrl+v");
-    // Not compared by a macro that would print it.
+    // EXPECT_EQ would print the whole text.
     EXPECT_TRUE(ask().fieldText == longKey);
     EXPECT_TRUE(before.isValid());
     EXPECT_EQ(after, before);

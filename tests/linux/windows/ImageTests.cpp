@@ -13,7 +13,7 @@ namespace {
 
 class ImageTest : public UserInterfaceTest {
   protected:
-    /// What an image view of this size shows.
+    /// The rendering of an image view of `size`.
     QImage shown(std::shared_ptr<platform::Image> image, platform::ImageScaling scaling,
                  QSize size) {
         platform::ImageViewDescription description{.image = std::move(image), .scaling = scaling};
@@ -30,7 +30,7 @@ class ImageTest : public UserInterfaceTest {
         return picture;
     }
 
-    /// The smallest rectangle that holds everything that is visible.
+    /// The smallest rectangle around all visible pixels.
     static QRect extent(const QImage& image) {
         QRect found;
         for (int y = 0; y < image.height(); ++y) {

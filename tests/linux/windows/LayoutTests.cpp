@@ -17,13 +17,13 @@ TEST_F(LayoutTest, RowsEndFlushAtTheRightAndTheNamesLineUp) {
     const QList<QWidget*> ends = {sample.find<QPushButton>("Save"),
                                   sample.find<QPushButton>("Grant"), sample.separator()};
     for (const QWidget* end : ends) {
-        EXPECT_EQ(sample.placeOf(*end).right(), sample.content().width() - 28 - 1);
+        EXPECT_EQ(sample.rectOf(*end).right(), sample.content().width() - 28 - 1);
     }
-    const int field = sample.placeOf(*sample.field()).left();
+    const int field = sample.rectOf(*sample.field()).left();
     EXPECT_EQ(field, 28 + 160 + 12);
-    EXPECT_EQ(sample.placeOf(*sample.find<QLabel>("✗ Not set")).left(), field);
-    EXPECT_EQ(sample.placeOf(*sample.find<QLabel>("✗ Not granted")).left(), field);
-    EXPECT_EQ(sample.placeOf(*sample.find<QPushButton>("Restart Tarvik Dictate")).left(), 28);
+    EXPECT_EQ(sample.rectOf(*sample.find<QLabel>("✗ Not set")).left(), field);
+    EXPECT_EQ(sample.rectOf(*sample.find<QLabel>("✗ Not granted")).left(), field);
+    EXPECT_EQ(sample.rectOf(*sample.find<QPushButton>("Restart Tarvik Dictate")).left(), 28);
     EXPECT_LT(sample.find<QPushButton>("Restart Tarvik Dictate")->width(), 300);
     EXPECT_GE(sample.find<QPushButton>("Grant")->width(), 110);
 }
@@ -36,7 +36,7 @@ TEST_F(LayoutTest, NothingOverlapsAndNoTextIsCutOffAtAnySize) {
         const QList<QWidget*> leaves = sample.leaves();
         ASSERT_GT(leaves.size(), 10);
         for (QWidget* leaf : leaves) {
-            EXPECT_TRUE(sample.content().rect().contains(sample.placeOf(*leaf)));
+            EXPECT_TRUE(sample.content().rect().contains(sample.rectOf(*leaf)));
             EXPECT_GE(leaf->width(), leaf->minimumSizeHint().width());
             if (const auto* text = qobject_cast<QLabel*>(leaf)) {
                 EXPECT_GE(text->height(), text->heightForWidth(text->width()))
@@ -44,7 +44,7 @@ TEST_F(LayoutTest, NothingOverlapsAndNoTextIsCutOffAtAnySize) {
             }
             for (QWidget* other : leaves) {
                 EXPECT_TRUE(other == leaf ||
-                            !sample.placeOf(*leaf).intersects(sample.placeOf(*other)));
+                            !sample.rectOf(*leaf).intersects(sample.rectOf(*other)));
             }
         }
     }
@@ -77,12 +77,12 @@ TEST_F(LayoutTest, ALongKeyLeavesTheLayoutAsItWas) {
     SampleWindow sample(userInterface);
     std::map<QWidget*, QRect> before;
     for (QWidget* leaf : sample.leaves()) {
-        before[leaf] = sample.placeOf(*leaf);
+        before[leaf] = sample.rectOf(*leaf);
     }
     sample.field()->insert(QString(10000, u'W'));
     QApplication::processEvents();
     for (QWidget* leaf : sample.leaves()) {
-        EXPECT_EQ(sample.placeOf(*leaf), before[leaf]);
+        EXPECT_EQ(sample.rectOf(*leaf), before[leaf]);
     }
 }
 

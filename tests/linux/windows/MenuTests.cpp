@@ -50,7 +50,7 @@ TEST_F(MenuTest, DisabledEntriesOfAMenuAreLegibleAndWeakerThanOthersUnderEveryTh
         menu.menu().popup(QPoint(10, 10));
         const QPalette palette = menu.menu().palette();
         menu.menu().hide();
-        // Styles fill a menu with one or the other.
+        // Some styles fill a menu with the one colour, some with the other.
         for (const auto ground : {QPalette::Base, QPalette::Window}) {
             const QColor filled = palette.color(ground);
             const double disabled =
@@ -125,18 +125,19 @@ class Panel {
     xcb_connection_t* connection_;
 };
 
-/// Qt learns of the desktop when its application is made.
+/// The desktop is set before the application is made, because Qt reads it only then.
 class X11MenuTest : private PlasmaSession, public UserInterfaceTest {
   protected:
     static QRect screen() { return QGuiApplication::primaryScreen()->geometry(); }
     static QRect room() { return QGuiApplication::primaryScreen()->availableGeometry(); }
 
-    void movePointer(QPoint place) {
-        QCursor::setPos(place);
-        EXPECT_TRUE(runUntil([&] { return QCursor::pos() == place; }));
+    void movePointer(QPoint position) {
+        QCursor::setPos(position);
+        EXPECT_TRUE(runUntil([&] { return QCursor::pos() == position; }));
     }
 
-    /// What the panel asks for when its user clicks the icon; the place of the menu.
+    /// Asks for the menu as the panel does when the user clicks the icon. Returns the menu's
+    /// rectangle.
     QRect clickIcon(const std::string& item) {
         const TestProcess click({"gdbus", "call", "--session", "--dest", item, "--object-path",
                                  "/StatusNotifierItem", "--method",
@@ -168,10 +169,10 @@ TEST_F(X11MenuTest, TheMenuOpensBesideThePanelThatItsIconIsIn) {
         const Panel panel(edge, screen());
         EXPECT_TRUE(runUntil([&] { return !room().intersects(edge); }));
         movePointer(edge.center());
-        const QRect place = clickIcon(host.item());
-        EXPECT_TRUE(room().contains(place));
-        // It touches the panel.
-        EXPECT_TRUE(place.adjusted(-1, -1, 1, 1).intersects(edge));
+        const QRect opened = clickIcon(host.item());
+        EXPECT_TRUE(room().contains(opened));
+        // The menu touches the panel.
+        EXPECT_TRUE(opened.adjusted(-1, -1, 1, 1).intersects(edge));
         QApplication::activePopupWidget()->close();
         EXPECT_TRUE(runUntil([] { return QApplication::activePopupWidget() == nullptr; }));
     }

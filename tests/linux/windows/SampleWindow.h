@@ -15,7 +15,7 @@
 
 namespace tarvik::tests {
 
-/// A shown window with one of everything, more than fits at its smallest.
+/// A shown window with every kind of view. Its content does not fit at the minimum size.
 class SampleWindow {
   public:
     explicit SampleWindow(platform::UserInterface& userInterface);
@@ -25,7 +25,7 @@ class SampleWindow {
     QWidget& content() { return *widget().findChild<QScrollArea*>()->widget(); }
     QLineEdit* field() { return content().findChild<QLineEdit*>(); }
     QWidget* separator() { return dynamic_cast<QWidget*>(separator_.get()); }
-    /// The control or label with this text.
+    /// The control or label with `text`.
     template <typename Widget>
     Widget* find(const char* text) {
         for (Widget* candidate : content().findChildren<Widget*>()) {
@@ -35,10 +35,10 @@ class SampleWindow {
         }
         return nullptr;
     }
-    /// The views that contain no others.
+    /// The views that contain no other views.
     QList<QWidget*> leaves();
-    /// Where in the content a view is.
-    QRect placeOf(const QWidget& widget) {
+    /// The rectangle of a view in the content.
+    QRect rectOf(const QWidget& widget) {
         return {widget.mapTo(&content(), QPoint()), widget.size()};
     }
 

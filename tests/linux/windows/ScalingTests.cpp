@@ -32,14 +32,15 @@ TEST_F(ScalingTest, TextHasTheSizeAndWeightAskedForInTheDesktopsOwnFont) {
     }
 }
 
-/// A screen on which the desktop wants twice the usual size, in one of the two ways in which a
-/// desktop can say so.
+/// A screen of 192 dots per inch on a desktop that wants twice the usual size. With a base of 96
+/// dots per inch Qt scales everything by a factor of its own; with a base of 192 only text is
+/// larger.
 struct FineScreen {
-    explicit FineScreen(int usualDotsPerInch) {
+    explicit FineScreen(int baseDotsPerInch) {
         putFile(folder / "screen.json",
                 R"({"screens": [{"name": "fine", "x": 0, "y": 0, "width": 2560, "height": 1600, )"
                 R"("logicalDpi": 192, "dpr": 1, "logicalBaseDpi": )" +
-                    std::to_string(usualDotsPerInch) + "}]}");
+                    std::to_string(baseDotsPerInch) + "}]}");
         setenv("QT_QPA_PLATFORM",
                ("offscreen:configfile=" + (folder / "screen.json").string()).c_str(), 1);
     }

@@ -20,7 +20,7 @@ void endStartup(const char* id) {
     const StartupNotification notification(id);
 }
 
-/// What the desktop hears of an application that is brought forward.
+/// Sees the messages that the desktop gets from an application that is brought forward.
 class X11StartupTest : public UserInterfaceTest {
   protected:
     using Event = linuxdesktop::X11Reply<xcb_generic_event_t>;
@@ -30,14 +30,14 @@ class X11StartupTest : public UserInterfaceTest {
         const std::uint32_t events =
             XCB_EVENT_MASK_PROPERTY_CHANGE | XCB_EVENT_MASK_SUBSTRUCTURE_NOTIFY;
         xcb_change_window_attributes(desktop_, root, XCB_CW_EVENT_MASK, &events);
-        // The server has taken it once it answers something else.
+        // The reply to a later request shows that the server has taken the mask.
         linuxdesktop::x11Atom(desktop_, "MANAGER");
     }
     ~X11StartupTest() override { xcb_disconnect(desktop_); }
 
     xcb_atom_t atom(const char* name) { return linuxdesktop::x11Atom(desktop_, name); }
 
-    /// The next message of one of these types; waits for it.
+    /// The next message of one of `types`; waits for the message.
     std::optional<xcb_client_message_event_t> nextMessage(const std::vector<xcb_atom_t>& types) {
         std::optional<xcb_client_message_event_t> found;
         EXPECT_TRUE(runUntil([&] {
@@ -57,7 +57,7 @@ class X11StartupTest : public UserInterfaceTest {
         return found;
     }
 
-    /// The next whole message about a start, put together from its pieces.
+    /// The next whole startup message, put together from its pieces.
     std::string nextStartupMessage() {
         const std::vector<xcb_atom_t> types = {atom("_NET_STARTUP_INFO_BEGIN"),
                                                atom("_NET_STARTUP_INFO")};
@@ -73,20 +73,21 @@ class X11StartupTest : public UserInterfaceTest {
         return text.substr(0, text.find('\0'));
     }
 
-    /// The next request for the keyboard that says that the user wants it.
+    /// The next request for the keyboard that comes in the name of the user.
     std::optional<xcb_client_message_event_t> nextRequestOfTheUser() {
         std::optional<xcb_client_message_event_t> request;
-        // Qt asks on its own account too, as an application may without being asked.
+        // Qt sends requests in the name of the application as well.
         do {
             request = nextMessage({atom("_NET_ACTIVE_WINDOW")});
         } while (request && request->data.data32[0] != 2);
         return request;
     }
 
-    /// Runs the application, which does this when the user starts it again; the request for the
-    /// keyboard that this leads to.
-    std::optional<xcb_client_message_event_t> requestOnReopening(std::function<void()> whatItDoes) {
-        application.setDelegate(std::make_shared<Delegate>(std::move(whatItDoes)));
+    /// Runs the application with a delegate that calls `onReopening` when the user starts it again.
+    /// Returns the request for the keyboard to which the call leads.
+    std::optional<xcb_client_message_event_t> requestOnReopening(
+        std::function<void()> onReopening) {
+        application.setDelegate(std::make_shared<Delegate>(std::move(onReopening)));
         application.reopen("panel_TIME98765");
         std::optional<xcb_client_message_event_t> request;
         mainQueue.async([&] {
@@ -129,7 +130,7 @@ TEST_F(X11StartupTest, TheDesktopHearsThatTheStartIsOver) {
     endStartup("a \"panel\" \\ with a long name-1234-host_TIME98765");
     EXPECT_EQ(nextStartupMessage(),
               "remove: ID=\"a \\\"panel\\\" \\\\ with a long name-1234-host_TIME98765\"");
-    // Exactly one piece and its end, which takes a piece of its own.
+    // The text fills one piece exactly, and its zero byte takes a second piece.
     endStartup("1234567");
     EXPECT_EQ(nextStartupMessage(), "remove: ID=\"1234567\"");
     endStartup("");
@@ -156,7 +157,7 @@ TEST_F(X11StartupTest, SoDoesAWindowThatComesUpOnlyThen) {
     ASSERT_TRUE(request);
     EXPECT_EQ(request->window, numberOf(*window));
     EXPECT_EQ(request->data.data32[1], 98765U);
-    // What comes to the front of its own accord later is no part of that.
+    // A window that comes to the front later has no time of a user action.
     window->orderFrontRegardless();
     const auto later = nextRequestOfTheUser();
     ASSERT_TRUE(later);

@@ -12,7 +12,7 @@ namespace {
 
 using StatusItemTest = UserInterfaceTest;
 
-/// What is seen of an icon on a panel.
+/// The visible part of an icon on a panel.
 struct Impression {
     /// The smallest rectangle around all pixels that stand out from the panel.
     QRect extent;
@@ -66,9 +66,9 @@ TEST_F(StatusItemTest, TheIdleIconIsAnOutlineThatIsReadableOnEveryPanel) {
             EXPECT_GE(extent.height(), side * 8 / 10) << which;
             EXPECT_GE(extent.width(), side / 2) << which;
             EXPECT_GE(pixels, extent.width() * extent.height() / 5) << which;
-            // The microphone itself is hollow.
+            // The microphone is an outline, so its middle is empty.
             EXPECT_LT(contrast(image.pixelColor(side / 2, side / 3), panel), 2) << which;
-            // Windows may have other colours than the panel.
+            // The icon does not depend on the colours of windows.
             QApplication::setPalette(QPalette(Qt::black, Qt::black));
             EXPECT_EQ(drawn(item.icon(), side, panel), image) << which;
             QApplication::setPalette(QPalette());

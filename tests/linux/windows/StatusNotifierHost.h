@@ -10,7 +10,7 @@
 
 namespace tarvik::tests {
 
-/// A panel on the session bus that shows status notifier items; it works on a thread of its own.
+/// A panel on the session bus that shows status notifier items. It runs on a thread of its own.
 class StatusNotifierHost {
   public:
     StatusNotifierHost();
@@ -18,7 +18,7 @@ class StatusNotifierHost {
     StatusNotifierHost(const StatusNotifierHost&) = delete;
     StatusNotifierHost& operator=(const StatusNotifierHost&) = delete;
 
-    /// Whom on the bus the last item belongs to; empty when there is none yet.
+    /// The bus name of the owner of the last item; empty before the first item.
     std::string item() const;
 
   private:

@@ -15,7 +15,7 @@ namespace tarvik::tests {
 
 namespace {
 
-/// Whether everything can be seen under light and dark themes.
+/// Text and controls under light and dark themes.
 using ThemeTest = UserInterfaceTest;
 
 TEST_F(ThemeTest, EverySystemColourIsLegibleOnLightAndDarkWindows) {
@@ -51,7 +51,7 @@ TEST_F(ThemeTest, APlaceholderIsLegibleUnderEveryThemeAndWeakerThanTheText) {
     };
     for (const QColor& window : {QColor(Qt::white), darkWindow, QColor(0xef, 0xef, 0xef)}) {
         QPalette palette = themed(window);
-        // As of a desktop that forgets this one.
+        // Some desktops describe every colour but this one.
         palette.setColor(QPalette::PlaceholderText, Qt::black);
         QApplication::setPalette(palette);
         EXPECT_TRUE(runUntil([&] { return placeholder() >= 4.5; })) << window.name().toStdString();

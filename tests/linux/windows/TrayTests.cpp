@@ -26,13 +26,13 @@ class TrayTest : public UserInterfaceTest {
         return item;
     }
 
-    /// Waits until the item has looked for a tray in vain.
-    void waitUntilItIsMissed() {
+    /// Waits until the log says that there is no tray.
+    void waitUntilTrayIsMissed() {
         EXPECT_TRUE(runUntil([&] { return log.linesWith(noTray).size() == 1; }));
     }
 
-    /// Waits until the tray is gone for Qt too, which shows the icon.
-    void waitUntilItIsGone() {
+    /// Waits until Qt, which shows the icon, has noticed that the tray is gone.
+    void waitUntilTrayIsGone() {
         EXPECT_TRUE(runUntil([] { return !QSystemTrayIcon::isSystemTrayAvailable(); }));
     }
 
@@ -46,12 +46,12 @@ TEST_F(X11TrayTest, TheItemReturnsToATrayThatWasStartedAnew) {
     const auto item = makeItem();
     X11Tray tray;
     tray.start();
-    EXPECT_TRUE(runUntil([&] { return tray.hasGuest(); }));
+    EXPECT_TRUE(runUntil([&] { return tray.hasIcon(); }));
     tray.stop();
-    waitUntilItIsGone();
-    EXPECT_FALSE(tray.hasGuest());
+    waitUntilTrayIsGone();
+    EXPECT_FALSE(tray.hasIcon());
     tray.start();
-    EXPECT_TRUE(runUntil([&] { return tray.hasGuest(); }));
+    EXPECT_TRUE(runUntil([&] { return tray.hasIcon(); }));
     EXPECT_EQ(log.linesWith(noTray).size(), 0U);
 }
 
@@ -60,15 +60,15 @@ TEST_F(X11TrayTest, WithoutASessionBusTheItemIsInTheTrayOfTheScreen) {
     X11Tray tray;
     tray.start();
     const auto item = makeItem();
-    EXPECT_TRUE(runUntil([&] { return tray.hasGuest(); }));
+    EXPECT_TRUE(runUntil([&] { return tray.hasIcon(); }));
 }
 
 TEST_F(X11TrayTest, AMissingTrayIsLoggedOnceAndTheItemAppearsInOneThatComesLater) {
     const auto item = makeItem();
-    waitUntilItIsMissed();
+    waitUntilTrayIsMissed();
     X11Tray tray;
     tray.start();
-    EXPECT_TRUE(runUntil([&] { return tray.hasGuest(); }));
+    EXPECT_TRUE(runUntil([&] { return tray.hasIcon(); }));
     EXPECT_EQ(log.linesWith(noTray).size(), 1U);
 }
 
@@ -96,7 +96,7 @@ std::string toolTipTitle(const std::string& owner) {
 
 TEST_F(NotifierTrayTest, TheItemAppearsInAPanelThatComesLaterAndTellsItsState) {
     const auto item = makeItem();
-    waitUntilItIsMissed();
+    waitUntilTrayIsMissed();
     const StatusNotifierHost panel;
     EXPECT_TRUE(runUntil([&] { return !panel.item().empty(); }));
     item->button()->setContentTintColor(platform::SystemColor::red);
@@ -119,7 +119,7 @@ TEST_F(NotifierTrayTest, TheItemReturnsToAPanelThatWasStartedAnew) {
     std::optional<StatusNotifierHost> panel(std::in_place);
     EXPECT_TRUE(runUntil([&] { return !panel->item().empty(); }));
     panel.reset();
-    waitUntilItIsGone();
+    waitUntilTrayIsGone();
     panel.emplace();
     EXPECT_TRUE(runUntil([&] { return !panel->item().empty(); }));
     EXPECT_EQ(log.linesWith(noTray).size(), 0U);

@@ -12,7 +12,8 @@ namespace tarvik::tests {
 
 namespace {
 
-/// On a display with a window manager, whose frames are about a window only after it has appeared.
+/// Windows on a display with a window manager, which puts its frame around a window only after the
+/// window has appeared.
 class X11WindowTest : public UserInterfaceTest {
   protected:
     platform::Rect screen() { return userInterface.mainScreenVisibleFrame().value(); }
@@ -46,7 +47,7 @@ class X11WindowTest : public UserInterfaceTest {
 TEST_F(X11WindowTest, AWindowStandsWhereItWasPutOnceTheFrameIsKnown) {
     SampleWindow sample(userInterface);
     sample.window().close();
-    // Whether the frame is known by now or not must not matter.
+    // The position must not depend on whether the frame is known by now.
     putTopRight(sample);
     sample.window().show();
     sample.window().orderFrontRegardless();
@@ -165,7 +166,7 @@ TEST_F(X11WindowTest, AWindowIsNeverLargerThanTheScreenAndScrolls) {
     window->setContent(
         userInterface.makeLabel({.text = text, .wrapping = platform::LabelWrapping::always}),
         std::nullopt);
-    // As if it were smaller.
+    // The position of a smaller window; this one reaches beyond the screen.
     window->setFrameOrigin({20, -20});
     window->show();
     window->orderFrontRegardless();

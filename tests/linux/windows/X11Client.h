@@ -11,8 +11,8 @@
 
 namespace tarvik::tests {
 
-/// Another program on the X server: sees which window has the keyboard and what windows say of
-/// themselves.
+/// Another program on the X server. It sees which window has the keyboard, and the properties of
+/// windows.
 class X11Client {
   public:
     X11Client() : connection_(xcb_connect(nullptr, nullptr)) {
@@ -22,8 +22,8 @@ class X11Client {
     X11Client(const X11Client&) = delete;
     X11Client& operator=(const X11Client&) = delete;
 
-    /// Puts the pointer where no window is: a window manager may give the keyboard to what is under
-    /// it.
+    /// Puts the pointer where no window is, because a window manager may give the keyboard to the
+    /// window under the pointer.
     void movePointerAway() {
         xcb_warp_pointer(connection_, XCB_WINDOW_NONE, root_, 0, 0, 0, 0, 0, 0);
         const linuxdesktop::X11Reply<xcb_query_pointer_reply_t> arrived(
@@ -40,7 +40,7 @@ class X11Client {
 
     std::string activeTitle() const { return text(activeWindow(), "WM_NAME"); }
 
-    /// A window's property as text; empty when it has no such property.
+    /// A window's property as text; empty without the property.
     std::string text(xcb_window_t window, const char* name) const {
         const auto reply = ask(window, name);
         if (!reply) {
@@ -50,7 +50,7 @@ class X11Client {
                 static_cast<std::size_t>(xcb_get_property_value_length(reply.get()))};
     }
 
-    /// The 32-bit values of a window's property; none when it has no such property.
+    /// The 32-bit values of a window's property; none without the property.
     std::vector<std::uint32_t> property(xcb_window_t window, const char* name) const {
         const auto reply = ask(window, name);
         if (!reply || reply->format != 32) {

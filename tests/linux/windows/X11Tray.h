@@ -19,7 +19,7 @@ class X11Tray {
     X11Tray(const X11Tray&) = delete;
     X11Tray& operator=(const X11Tray&) = delete;
 
-    /// Becomes the tray of the screen, and says so.
+    /// Becomes the tray of the screen and announces itself.
     void start() {
         window_ = xcb_generate_id(connection_);
         xcb_create_window(connection_, XCB_COPY_FROM_PARENT, window_, root_, 0, 0, 32, 32, 0,
@@ -38,15 +38,15 @@ class X11Tray {
         xcb_flush(connection_);
     }
 
-    /// Gives the place of the tray up.
+    /// Ends the tray.
     void stop() {
         xcb_destroy_window(connection_, window_);
         xcb_flush(connection_);
-        hasGuest_ = false;
+        hasIcon_ = false;
     }
 
-    /// Whether somebody has asked the tray for a place.
-    bool hasGuest() {
+    /// Whether a program has put its icon into the tray.
+    bool hasIcon() {
         constexpr std::uint32_t requestDock = 0;
         const xcb_atom_t opcode = linuxdesktop::x11Atom(connection_, "_NET_SYSTEM_TRAY_OPCODE");
         while (const linuxdesktop::X11Reply<xcb_generic_event_t> event{
@@ -54,18 +54,18 @@ class X11Tray {
             if ((event->response_type & 0x7f) == XCB_CLIENT_MESSAGE) {
                 xcb_client_message_event_t message{};
                 std::memcpy(&message, event.get(), sizeof message);
-                hasGuest_ =
-                    hasGuest_ || (message.type == opcode && message.data.data32[1] == requestDock);
+                hasIcon_ =
+                    hasIcon_ || (message.type == opcode && message.data.data32[1] == requestDock);
             }
         }
-        return hasGuest_;
+        return hasIcon_;
     }
 
   private:
     xcb_connection_t* connection_;
     xcb_window_t root_ = XCB_WINDOW_NONE;
     xcb_window_t window_ = XCB_WINDOW_NONE;
-    bool hasGuest_ = false;
+    bool hasIcon_ = false;
 };
 
 }  // namespace tarvik::tests
