@@ -1,18 +1,27 @@
 #pragma once
 
+#include <algorithm>
+#include <cstddef>
 #include <mutex>
 #include <string>
 #include <string_view>
 #include <vector>
 
 #include "platform/Log.h"
+#include "tests/support/Journal.h"
 
 namespace tarvik::tests {
 
-/// A log that a test reads.
+/// A log that keeps its lines for a test. Any thread.
 class RecordingLog final : public platform::Log {
   public:
+    /// With a journal, which outlives the log, every line is added there as well ("log …").
+    explicit RecordingLog(simulated::Journal* journal = nullptr) : journal_(journal) {}
+
     void write(std::string_view line) override {
+        if (journal_ != nullptr) {
+            journal_->add("log " + std::string(line));
+        }
         const std::lock_guard lock(mutex_);
         lines_.emplace_back(line);
     }
@@ -22,7 +31,13 @@ class RecordingLog final : public platform::Log {
         return lines_;
     }
 
-    /// The lines that hold `part` anywhere.
+    /// How often exactly this line was written.
+    std::size_t count(std::string_view line) const {
+        const std::lock_guard lock(mutex_);
+        return static_cast<std::size_t>(std::count(lines_.begin(), lines_.end(), line));
+    }
+
+    /// The lines that contain `part`.
     std::vector<std::string> linesWith(std::string_view part) const {
         std::vector<std::string> found = lines();
         std::erase_if(
@@ -38,6 +53,7 @@ class RecordingLog final : public platform::Log {
     }
 
   private:
+    simulated::Journal* journal_;
     mutable std::mutex mutex_;
     std::vector<std::string> lines_;
 };

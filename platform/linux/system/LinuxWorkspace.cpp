@@ -31,7 +31,7 @@ std::shared_ptr<platform::RunningApplication> LinuxWorkspace::frontmostApplicati
 }
 
 void LinuxWorkspace::observeDidWake(std::function<void()> handler) {
-    wakeHandlers_.push_back(std::move(handler));
+    wakeObservers_.push_back(std::move(handler));
     if (!sleepMonitor_) {
         sleepMonitor_ = std::make_unique<SleepMonitor>(clock_, log_, [this] { announceWake(); });
     }
@@ -39,7 +39,7 @@ void LinuxWorkspace::observeDidWake(std::function<void()> handler) {
 
 void LinuxWorkspace::announceWake() {
     // A copy, because a handler may add another one.
-    for (const std::function<void()>& handler : std::vector(wakeHandlers_)) {
+    for (const std::function<void()>& handler : std::vector(wakeObservers_)) {
         handler();
     }
 }

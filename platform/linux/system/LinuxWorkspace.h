@@ -31,7 +31,7 @@ class LinuxWorkspace final : public platform::Workspace {
 
     std::shared_ptr<platform::RunningApplication> frontmostApplication() override;
     void observeDidWake(std::function<void()> handler) override;
-    /// False costs a line in the log with the reason.
+    /// On failure the log gets a line with the reason.
     bool openUrl(const std::string& url) override;
     /// Without a file manager that answers, the folder is opened without a selection.
     void activateFileViewerSelecting(const std::string& path) override;
@@ -45,7 +45,7 @@ class LinuxWorkspace final : public platform::Workspace {
     platform::TaskLauncher& taskLauncher_;
     const platform::Clock& clock_;
     platform::Log& log_;
-    std::vector<std::function<void()>> wakeHandlers_;
+    std::vector<std::function<void()>> wakeObservers_;
     std::unique_ptr<SleepMonitor> sleepMonitor_;
     FileManager fileManager_;
 };

@@ -17,7 +17,7 @@ namespace tarvik::linuxdesktop {
 ///
 /// Blocks run in the order of their due times, and with the same due time in the order of
 /// submission. They also run in the nested loop of a modal alert or a menu. One turn of the loop
-/// runs the blocks that were due at its begin, so blocks that submit blocks do not starve other
+/// runs the blocks that were due at its start, so blocks that submit blocks do not starve other
 /// events.
 class QtMainQueue final : public platform::MainQueue {
   public:

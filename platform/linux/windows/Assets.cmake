@@ -6,8 +6,8 @@ find_program(RSVG_CONVERT rsvg-convert REQUIRED)
 set(TARVIK_ASSETS ${PROJECT_SOURCE_DIR}/assets)
 set(TARVIK_PICTURES ${CMAKE_CURRENT_BINARY_DIR}/pictures)
 set_target_properties(tarvik_linux_windows PROPERTIES TARVIK_PICTURES ${TARVIK_PICTURES})
-set(TARVIK_ASSET_FILES)
-set(TARVIK_ASSET_ENTRIES)
+set(TARVIK_PICTURE_FILES)
+set(TARVIK_PICTURE_ENTRIES)
 
 foreach(picture IN ITEMS AppIcon:16,24,32,48,64,72,128,144,256 GenericApplication:72,144
                          TarvikWordmark:160,320)
@@ -22,23 +22,23 @@ foreach(picture IN ITEMS AppIcon:16,24,32,48,64,72,128,144,256 GenericApplicatio
                     --output ${file} ${TARVIK_ASSETS}/${name}.svg
             DEPENDS ${TARVIK_ASSETS}/${name}.svg
             VERBATIM)
-        list(APPEND TARVIK_ASSET_FILES ${file})
-        string(APPEND TARVIK_ASSET_ENTRIES
+        list(APPEND TARVIK_PICTURE_FILES ${file})
+        string(APPEND TARVIK_PICTURE_ENTRIES
             "<file alias=\"pictures/${name}/${width}.png\">${file}</file>\n")
     endforeach()
 endforeach()
 foreach(symbol IN ITEMS mic mic.fill)
-    list(APPEND TARVIK_ASSET_FILES ${TARVIK_ASSETS}/${symbol}.svg)
-    string(APPEND TARVIK_ASSET_ENTRIES
+    list(APPEND TARVIK_PICTURE_FILES ${TARVIK_ASSETS}/${symbol}.svg)
+    string(APPEND TARVIK_PICTURE_ENTRIES
         "<file alias=\"symbols/${symbol}.svg\">${TARVIK_ASSETS}/${symbol}.svg</file>\n")
 endforeach()
 
 file(CONFIGURE OUTPUT ${CMAKE_CURRENT_BINARY_DIR}/assets.qrc
-    CONTENT "<RCC><qresource prefix=\"/\">\n@TARVIK_ASSET_ENTRIES@</qresource></RCC>\n" @ONLY)
+    CONTENT "<RCC><qresource prefix=\"/\">\n@TARVIK_PICTURE_ENTRIES@</qresource></RCC>\n" @ONLY)
 add_custom_command(OUTPUT ${CMAKE_CURRENT_BINARY_DIR}/qrc_assets.cpp
     COMMAND Qt6::rcc --name assets --output ${CMAKE_CURRENT_BINARY_DIR}/qrc_assets.cpp
             ${CMAKE_CURRENT_BINARY_DIR}/assets.qrc
-    DEPENDS ${TARVIK_ASSET_FILES} ${CMAKE_CURRENT_BINARY_DIR}/assets.qrc
+    DEPENDS ${TARVIK_PICTURE_FILES} ${CMAKE_CURRENT_BINARY_DIR}/assets.qrc
     VERBATIM)
 target_sources(tarvik_linux_windows PRIVATE ${CMAKE_CURRENT_BINARY_DIR}/qrc_assets.cpp)
 set_source_files_properties(${CMAKE_CURRENT_BINARY_DIR}/qrc_assets.cpp PROPERTIES

@@ -36,7 +36,7 @@ QtMenu::QtMenu() {
         // Disabled entries have to be legible, also after the theme has changed.
         menu_.setPalette(withLegibleDisabledText(QApplication::palette(&menu_)));
         // A copy, because the handler may set another handler.
-        if (const std::function<void()> handler = needsUpdate_) {
+        if (const std::function<void()> handler = onNeedsUpdate_) {
             handler();
         }
     });
@@ -86,7 +86,7 @@ void QtMenu::addActions() {
 }
 
 void QtMenu::setNeedsUpdateHandler(std::function<void()> handler) {
-    needsUpdate_ = std::move(handler);
+    onNeedsUpdate_ = std::move(handler);
 }
 
 }  // namespace tarvik::linuxdesktop

@@ -23,7 +23,7 @@ class QtMenu final : public platform::Menu {
     void addActions();
 
     std::vector<platform::MenuItem> items_;
-    std::function<void()> needsUpdate_;
+    std::function<void()> onNeedsUpdate_;
     QMenu menu_;
 };
 

@@ -51,8 +51,8 @@ TEST_F(MenuTest, DisabledEntriesOfAMenuAreLegibleAndWeakerThanOthersUnderEveryTh
         const QPalette palette = menu.menu().palette();
         menu.menu().hide();
         // Some styles fill a menu with the one colour, some with the other.
-        for (const auto ground : {QPalette::Base, QPalette::Window}) {
-            const QColor filled = palette.color(ground);
+        for (const auto background : {QPalette::Base, QPalette::Window}) {
+            const QColor filled = palette.color(background);
             const double disabled =
                 contrast(palette.color(QPalette::Disabled, QPalette::Text), filled);
             EXPECT_GE(disabled, 4.5) << filled.name().toStdString();

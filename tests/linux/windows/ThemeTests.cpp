@@ -31,10 +31,10 @@ TEST_F(ThemeTest, EverySystemColourIsLegibleOnLightAndDarkWindows) {
 
 TEST_F(ThemeTest, TextOnABackgroundOfItsOwnIsLegibleUnderEveryTheme) {
     for (const QColor& window : {QColor(Qt::white), darkWindow}) {
-        for (const QColor& ground : {QColor(10, 10, 10), QColor(250, 250, 250)}) {
-            const QPalette palette = linuxdesktop::paletteOn(ground, themed(window));
-            EXPECT_EQ(palette.color(QPalette::Window), ground);
-            EXPECT_GE(contrast(palette.color(QPalette::WindowText), ground), 4.5);
+        for (const QColor& background : {QColor(10, 10, 10), QColor(250, 250, 250)}) {
+            const QPalette palette = linuxdesktop::paletteOn(background, themed(window));
+            EXPECT_EQ(palette.color(QPalette::Window), background);
+            EXPECT_GE(contrast(palette.color(QPalette::WindowText), background), 4.5);
             EXPECT_GE(
                 contrast(palette.color(QPalette::ButtonText), palette.color(QPalette::Button)),
                 4.5);
@@ -91,7 +91,7 @@ TEST_F(ThemeTest, AColourFollowsTheThemeWhileItIsShown) {
     EXPECT_GE(contrast(status->drawnColor(), Qt::white), 4.5);
 }
 
-TEST_F(ThemeTest, EveryKindOfButtonShowsThatItHasTheFocusOnADarkGround) {
+TEST_F(ThemeTest, EveryKindOfButtonShowsThatItHasTheFocusOnADarkBackground) {
     platform::ButtonDescription plain{.title = "Maybe later"};
     platform::ButtonDescription link{.title = "Don't show again", .isBordered = false};
     const auto primary = userInterface.makeButton({.title = "Visit"});
