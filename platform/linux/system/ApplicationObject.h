@@ -10,15 +10,15 @@
 
 namespace tarvik::linuxdesktop {
 
-/// The running application on the session bus, with the interface org.freedesktop.Application. A
-/// second start, a launcher or a desktop's own shortcut calls it. Main thread only.
+/// The running application as others see it on the session bus: org.freedesktop.Application, by
+/// which a second start, a launcher or a desktop's own shortcut reaches it. Main thread only.
 ///
-/// Activate and Open bring the application forward. ActivateAction knows "toggle" and "setup"; any
-/// other name is answered with an error and costs a line in the log.
+/// Activate and Open bring it forward; ActivateAction knows "toggle" and "setup" and answers any
+/// other name with an error and a line in the log.
 class ApplicationObject {
   public:
-    /// The requests. `startupId` names the user's action; it is empty where the action is unknown.
-    /// A handler runs no nested loop.
+    /// What is asked for; each gets the id of the user's action, empty where it is unknown. They
+    /// run no loop of their own.
     struct Handlers {
         std::function<void(const std::string& startupId)> reopen;
         std::function<void(platform::ApplicationAction, const std::string& startupId)> perform;
@@ -30,8 +30,7 @@ class ApplicationObject {
     ApplicationObject(const ApplicationObject&) = delete;
     ApplicationObject& operator=(const ApplicationObject&) = delete;
 
-    /// Gives the application's name up to the next instance. Calls that still reach this instance
-    /// are answered.
+    /// Leaves the name to the next instance; what reaches this one all the same is still answered.
     void resign();
 
   private:

@@ -9,20 +9,19 @@
 
 namespace tarvik::linuxdesktop {
 
-/// The desktop's file manager, org.freedesktop.FileManager1 on the session bus. Main thread only;
-/// nothing waits.
+/// The desktop's file manager, by its name on the session bus. Main thread only; nothing waits.
 class FileManager {
   public:
     /// `clock` outlives the object.
     explicit FileManager(const platform::Clock& clock) : clock_(clock) {}
 
-    /// Shows the file at `path` (absolute) in its folder, selected. The bus starts the file manager
-    /// if necessary. Calls `onFailure` when no file manager has done so within ten seconds.
+    /// Has the file at `path` (absolute) shown in its folder, selected; starts the file manager
+    /// where that is needed. `onFailure` is called when none does it within ten seconds.
     void show(const std::string& path, std::function<void()> onFailure);
 
   private:
     const platform::Clock& clock_;
-    /// Opened by the first request, and again by the next request after a loss.
+    /// Joined when it is needed, and again when it was lost.
     std::unique_ptr<BusConnection> sessionBus_;
     bool isLost_ = false;
 };

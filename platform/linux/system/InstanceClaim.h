@@ -12,16 +12,16 @@ constexpr const char* instanceName = "com.tarvik.dictate";
 constexpr const char* instancePath = "/com/tarvik/dictate";
 constexpr const char* instanceInterface = "org.freedesktop.Application";
 
-/// The result of the claim to be the one instance of the application in this session.
+/// What came of asking to be the one instance of the application in this session.
 struct InstanceClaim {
     enum class Role {
-        /// This process is the one instance; `bus` owns the name.
+        /// This process is the one; `bus` owns the name.
         first,
-        /// No session bus has decided; `trouble` is the reason.
+        /// No session bus can tell; `trouble` says why.
         unknown,
-        /// Another process is the one instance, and has been told of this start.
+        /// Another process is, and has been told of this start.
         second,
-        /// Another process is the one instance, and could not be told; `trouble` is the reason.
+        /// Another process is, and could not be told; `trouble` says why.
         refused
     };
 
@@ -30,18 +30,17 @@ struct InstanceClaim {
     std::string trouble;
 };
 
-/// The names of the user's action that started this process; empty where unknown. X11 uses the
-/// startup id, Wayland the activation token.
+/// How the display server knows the user's action that started this process; empty where unknown.
 struct StartupIds {
     std::string startupId;
     std::string activationToken;
 };
 
-/// Claims the name on the session bus. An owner of the name is asked to come forward; an owner that
-/// ends instead of answering is replaced by this process.
+/// Asks the session bus for the name and, where another process owns it, asks that process to come
+/// forward; where that one ends instead of answering, this process takes its place.
 ///
-/// Waits for the bus and then for the owner, up to `patience` each. Called before the application
-/// has anything that could be kept waiting.
+/// Waits for the bus and then for the owner, `patience` each: it is for the time before there is
+/// anything that could be kept waiting.
 InstanceClaim claimInstance(const StartupIds& ids, Seconds patience);
 
 }  // namespace tarvik::linuxdesktop

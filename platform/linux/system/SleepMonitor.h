@@ -12,16 +12,15 @@
 
 namespace tarvik::linuxdesktop {
 
-/// Reports when the machine has woken from sleep, as logind announces it. Main thread only.
+/// Tells when the machine has woken from sleep, as logind announces it. Main thread only.
 ///
-/// The loss of the system bus costs one line in the log. The connection is opened again when the
-/// socket of the bus is back. Each change in the folder of the socket starts a few attempts,
-/// because the socket appears before the bus listens at it. While nothing changes, nothing wakes
-/// up.
+/// A system bus that goes away costs one line in the log and is joined again when its socket is
+/// back; a few attempts follow each change around the socket, because it appears before anybody
+/// listens at it. While nothing changes, nothing wakes up.
 class SleepMonitor {
   public:
-    /// Calls `onWake` on the main thread after each sleep. Without a system bus there is no call,
-    /// and one line in the log. `clock` and `log` outlive the object.
+    /// Calls `onWake` on the main thread after each sleep. Without a system bus it never does, and
+    /// the log gets one line. `clock` and `log` outlive the object.
     SleepMonitor(const platform::Clock& clock, platform::Log& log, std::function<void()> onWake);
 
   private:

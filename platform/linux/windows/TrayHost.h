@@ -9,13 +9,13 @@
 
 namespace tarvik::linuxdesktop {
 
-/// Watches for a place for a tray icon: a StatusNotifierItem host or, without such a host, a tray
-/// of the X server. Qt chooses between the two once a process, so its icon must not be made before
-/// there is a place. Main thread only; nothing waits for the panel.
+/// Waits until the desktop has a place for a tray icon: a host of StatusNotifierItem or, where
+/// there is none, a tray of the X server. Qt decides between the two once and for good, so its icon
+/// must not be made earlier. Main thread only; does not wait for the panel.
 class TrayHost final : private QAbstractNativeEventFilter {
   public:
-    /// Calls `onReady` once, in a later turn of the loop. `onReady` must not destroy the object.
-    /// `clock` outlives the object.
+    /// Calls `onReady` once, in a later turn of the loop; it must not destroy the object. `clock`
+    /// outlives the object.
     TrayHost(const platform::Clock& clock, std::function<void()> onReady);
     ~TrayHost() override;
 
