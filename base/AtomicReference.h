@@ -5,10 +5,11 @@
 
 namespace tarvik {
 
-/// A shared reference that one thread replaces and others read, without a lock of ours.
+/// A shared reference that any thread may read and replace, without a mutex of its own.
 ///
-/// It stands in for std::atomic<std::shared_ptr<T>>, which libc++ does not have and whose libstdc++
-/// 12 form the thread sanitizer cannot follow; both libraries offer the free functions used here.
+/// It replaces std::atomic<std::shared_ptr<T>>. libc++ does not have that type, and the thread
+/// sanitizer cannot follow the one of libstdc++ 12. Both libraries have the free functions used
+/// here.
 template <typename T>
 class AtomicReference {
   public:
@@ -16,15 +17,16 @@ class AtomicReference {
     AtomicReference(const AtomicReference&) = delete;
     AtomicReference& operator=(const AtomicReference&) = delete;
 
-    /// The reference as it is now; may be empty. Any thread.
+    /// The current reference, which may be empty. Any thread.
     std::shared_ptr<T> load() const { return std::atomic_load(&reference_); }
 
-    /// Replaces the reference; the old one is released on the calling thread. Any thread.
+    /// Replaces the reference. The old reference is released on the calling thread. Any thread.
     void store(std::shared_ptr<T> reference) {
         std::atomic_exchange(&reference_, std::move(reference));
     }
 
-    /// Takes the reference out and leaves the field empty. Any thread; at most one caller gets it.
+    /// Takes the reference out and leaves this object empty. Any thread; only one caller gets a
+    /// stored reference.
     std::shared_ptr<T> take() { return std::atomic_exchange(&reference_, std::shared_ptr<T>()); }
 
   private:

@@ -6,10 +6,10 @@ namespace tarvik {
 
 /// A failure reported by a platform service.
 struct Error {
-    /// The platform's own number for it (an errno value, a close code, an HTTP status); 0 when it
-    /// has none.
+    /// The platform's number for the failure (an errno value, a close code, an HTTP status); 0 when
+    /// there is none.
     int code = 0;
-    /// One line for a log; without a trailing full stop where the words are the backend's own.
+    /// One line for the log. Texts of our own backends end without a full stop.
     std::string localizedDescription;
 };
 

@@ -10,25 +10,29 @@
 
 namespace tarvik {
 
-/// Handlers, each of which is called until its observation is dropped. `Interface` is what an
-/// observation is handed out as: a class with a virtual destructor and nothing else to implement.
+/// A list of handlers. Each handler is called until its observation, the handle that add() returns,
+/// is dropped. `Interface` is the public type of an observation: a class with a virtual destructor
+/// and nothing else to implement.
 ///
-/// One thread. An observation may outlive the object.
+/// All use is on one thread. An observation may outlive this object.
 template <typename Interface>
 class Observers {
   public:
-    /// `handler` (not empty) is called from now on.
+    /// Adds `handler` (not empty), which call() calls from now on.
     [[nodiscard]] std::unique_ptr<Interface> add(std::function<void()> handler) {
         const std::uint64_t number = next_++;
         handlers_->emplace(number, std::move(handler));
         return std::make_unique<Observation>(handlers_, number);
     }
 
+    /// The number of handlers.
     std::size_t count() const { return handlers_->size(); }
 
-    /// Calls every handler there is, in the order in which they came. A handler may drop any
-    /// observation, its own included, and one that was dropped is not called any more; one that is
-    /// added meanwhile has to wait for the next call. This object may end meanwhile.
+    /// Calls all handlers, in the order of their addition.
+    ///
+    /// A handler may drop any observation, including its own; a dropped handler is not called any
+    /// more. A handler that is added during the call is first called at the next call. A handler
+    /// may destroy this object.
     void call() const {
         const std::shared_ptr<Handlers> handlers = handlers_;
         std::vector<std::uint64_t> present;

@@ -4,7 +4,8 @@
 
 namespace tarvik {
 
-/// What a pointer refers to; an empty one is a programming error and stops the process.
+/// The object that `pointer` refers to. An empty pointer is a programming error and aborts the
+/// process.
 template <typename Pointer>
 auto& required(const Pointer& pointer) {
     if (!pointer) {

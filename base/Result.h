@@ -7,20 +7,21 @@
 
 namespace tarvik {
 
-/// Either a value or the error that took its place.
+/// Either a value, or the error that says why there is none.
 template <typename Value>
 class Result {
   public:
     Result(Value value) : content_(std::move(value)) {}  // NOLINT: implicit on purpose
     Result(Error error) : content_(std::move(error)) {}  // NOLINT: implicit on purpose
 
+    /// Whether the result holds a value.
     explicit operator bool() const { return std::holds_alternative<Value>(content_); }
 
-    /// Only while the result holds a value.
+    /// The value. Only when the result holds one.
     const Value& value() const& { return std::get<Value>(content_); }
     Value&& value() && { return std::get<Value>(std::move(content_)); }
 
-    /// Only while the result holds an error.
+    /// The error. Only when the result holds one.
     const Error& error() const { return std::get<Error>(content_); }
 
   private:

@@ -19,7 +19,7 @@ std::uint8_t byteAt(std::string_view text, std::size_t index) {
     return static_cast<std::uint8_t>(text[index]);
 }
 
-// Table 3-7 of the Unicode Standard, as ranges: overlong forms, surrogates and values past U+10FFFF
+// As in table 3-7 of the Unicode Standard: overlong forms, surrogates and values beyond U+10FFFF
 // are no characters.
 Decoded decodeFirst(std::string_view text) {
     const std::uint8_t lead = byteAt(text, 0);
@@ -47,8 +47,8 @@ Decoded decodeFirst(std::string_view text) {
     return {character, length};
 }
 
-// The characters with the Unicode property White_Space: what is copied from a web page may end in
-// more than blanks.
+// The characters with the Unicode property White_Space: text copied from a web page may end with
+// more than ASCII blanks.
 bool isWhiteSpace(char32_t character) {
     return (character >= 0x09 && character <= 0x0D) || character == 0x20 || character == 0x85 ||
            character == 0xA0 || character == 0x1680 ||

@@ -5,15 +5,16 @@
 
 namespace tarvik {
 
-/// A truth value as log lines show it.
+/// The text of a truth value in log lines.
 constexpr std::string_view trueOrFalse(bool value) {
     return value ? "true" : "false";
 }
 
-/// The UTF-16 code units of a UTF-8 text; each byte that is part of no character becomes U+FFFD.
+/// Converts UTF-8 to UTF-16 code units. Each byte that is part of no character becomes U+FFFD.
 std::u16string utf16FromUtf8(std::string_view text);
 
-/// `text` (UTF-8) without the white space and line breaks of any script at its ends.
+/// `text` (UTF-8) without leading and trailing white space. White space is every character with the
+/// Unicode property White_Space, line breaks included.
 std::string trimmed(std::string_view text);
 
 }  // namespace tarvik

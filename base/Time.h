@@ -4,10 +4,10 @@
 
 namespace tarvik {
 
-/// An interval in seconds, fractions included.
+/// A duration in seconds, fractions included.
 using Seconds = std::chrono::duration<double>;
 
-/// The clock that points in time belong to; it is read through platform::Clock only.
+/// The clock of all time points. Only platform::Clock reads the clock, so this type has no now().
 struct PlatformClock {
     using duration = Seconds;
     using rep = duration::rep;

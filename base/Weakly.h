@@ -6,11 +6,12 @@
 
 namespace tarvik {
 
-/// A callable that holds `owner` weakly and does nothing once the owner is gone.
+/// Makes a callable that holds `owner` weakly and does nothing once the owner is gone.
 ///
-/// `action` is a member function of the owner, or any callable whose first argument is a reference
-/// to the owner; the callable's own arguments follow. The owner stays alive while the action runs.
-/// The owner's type derives from std::enable_shared_from_this and is held by a shared_ptr.
+/// `action` is a member function of the owner, or a callable that takes a reference to the owner as
+/// its first argument. The arguments of the call follow. The owner stays alive while the action
+/// runs. The owner's type derives from std::enable_shared_from_this and a shared_ptr holds the
+/// owner.
 template <typename Owner, typename Action>
 auto weakly(Owner& owner, Action action) {
     return [weakOwner =

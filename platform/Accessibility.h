@@ -7,14 +7,14 @@
 
 namespace tarvik::platform {
 
-/// A status of the accessibility interface; 0 is success. The values are the platform's own.
+/// A status of the accessibility interface; 0 is success. The values are those of macOS.
 using AXError = std::int32_t;
 
 inline constexpr AXError axErrorSuccess = 0;
 inline constexpr AXError axErrorFailure = -25200;
 inline constexpr AXError axErrorIllegalArgument = -25201;
 inline constexpr AXError axErrorInvalidUIElement = -25202;
-/// The other program did not answer in time, or is gone.
+/// The other program has ended, or did not answer before the deadline.
 inline constexpr AXError axErrorCannotComplete = -25204;
 inline constexpr AXError axErrorAttributeUnsupported = -25205;
 inline constexpr AXError axErrorNotImplemented = -25208;
@@ -24,7 +24,7 @@ inline constexpr AXError axErrorNoValue = -25212;
 inline constexpr std::string_view axFocusedUIElementAttribute = "AXFocusedUIElement";
 inline constexpr std::string_view axSelectedTextAttribute = "AXSelectedText";
 
-/// A handle of something on the screen, in any program; it may outlive what it stands for.
+/// The handle of a user interface element of any program. A handle may outlive its element.
 class AXUIElement {
   public:
     virtual ~AXUIElement() = default;
@@ -37,28 +37,34 @@ class Accessibility {
   public:
     virtual ~Accessibility() = default;
 
-    /// The element that stands for the whole desktop.
+    /// The element that stands for the whole desktop. Its attribute "AXFocusedUIElement" is the
+    /// element with the keyboard focus.
     virtual AXUIElementRef createSystemWide() = 0;
 
-    /// Reads an attribute whose value is an element. The focused element is answered at once from
-    /// what has been followed so far: it is the one that had the focus before a hotkey was pressed.
-    /// Where the system does not let it be followed (macOS), the program in front is asked, 0.5 s
-    /// at the most.
+    /// Reads an attribute whose value is an element.
+    ///
+    /// The backend follows the focus, so the focused element is known without waiting: it is the
+    /// element that had the focus before a hotkey was pressed. On macOS the focus cannot be
+    /// followed. There the call asks the frontmost program and waits up to 0.5 s.
     virtual AXError copyAttributeValue(const AXUIElementRef& element, std::string_view attribute,
                                        AXUIElementRef* outValue) = 0;
 
-    /// Writes a text attribute; "AXSelectedText" replaces the selection (or inserts at the caret).
-    /// It answers success only when the text is known to have arrived, and no success only when it
-    /// is known, as far as the other program tells the truth, that it has not and will not. Waits
-    /// for the other program, 0.5 s in all at the most; a program that did not answer or did not
-    /// tell the truth once is refused at once from then on, while it lives.
+    /// Writes a text attribute. "AXSelectedText" replaces the selection, or inserts at the caret
+    /// when nothing is selected.
+    ///
+    /// Success means that the text is known to have arrived. An error means that the text has not
+    /// arrived and will not arrive, as far as the other program reports truthfully. The call waits
+    /// for the other program up to 0.5 s in all. A program that once failed to answer, or reported
+    /// a false result, is not asked again: until the program ends, every call fails at once.
     virtual AXError setAttributeValue(const AXUIElementRef& element, std::string_view attribute,
                                       const std::string& text) = 0;
 
-    /// Whether this application may do all that. Answered from what is known, without waiting.
+    /// Whether this application may read and change the user interface of other programs. Returns
+    /// the state known so far, without waiting.
     virtual bool isProcessTrusted() = 0;
-    /// The same; with `prompt`, makes the desktop ask for the permission, or switches it on where
-    /// it is a switch, when it is not there.
+    /// Returns the same as isProcessTrusted(). With `prompt`, a missing permission is asked for:
+    /// the desktop asks the user, or the backend switches the permission on where the desktop has a
+    /// switch for it.
     virtual bool isProcessTrustedWithOptions(bool prompt) = 0;
 };
 

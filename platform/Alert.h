@@ -5,27 +5,29 @@
 
 namespace tarvik::platform {
 
-/// The first button of an alert answers this, the second one more.
+/// The code of an alert's first button. Each further button has the next number.
 inline constexpr int alertFirstButtonReturn = 1000;
 
 /// A modal question with one line of text to edit.
 struct Alert {
     std::string messageText;
     std::string informativeText;
-    /// What the field holds at first; it is selected as a whole.
+    /// The initial text of the field, selected as a whole.
     std::string fieldText;
     std::string fieldPlaceholder;
-    /// In points.
+    /// The size of the field in points.
     int fieldWidth = 0;
     int fieldHeight = 0;
-    /// From first (the default) to last.
+    /// The titles, from first (the default button) to last.
     std::vector<std::string> buttons;
 };
 
+/// What the user answered to an alert.
 struct AlertAnswer {
-    /// alertFirstButtonReturn plus the number of the button; 0 when the alert was closed otherwise.
+    /// alertFirstButtonReturn plus the button's index; 0 when the alert was closed without a
+    /// button.
     int code = 0;
-    /// What the field held when the alert was answered.
+    /// The text of the field when the alert was answered.
     std::string fieldText;
 };
 

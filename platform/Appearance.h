@@ -4,7 +4,7 @@
 
 namespace tarvik::platform {
 
-/// Colours that the desktop's theme decides, each legible on its light and its dark windows.
+/// Colours of the desktop's theme. Each is legible on light and on dark windows.
 enum class SystemColor { label, secondaryLabel, tertiaryLabel, green, red };
 
 /// A fixed colour in sRGB; each component from 0 to 1.
@@ -24,7 +24,7 @@ using Color = std::variant<SystemColor, RgbColor>;
 
 enum class FontWeight { regular, medium, semibold, bold };
 
-/// The desktop's own font at this size.
+/// The desktop's default font in one size and weight.
 struct Font {
     /// In points.
     double size = 13;
@@ -33,12 +33,12 @@ struct Font {
     bool operator==(const Font&) const = default;
 };
 
-/// A picture that can stand in the status item or in an image view. Main thread only.
+/// A picture for the status item or for an image view. Main thread only.
 class Image {
   public:
     virtual ~Image() = default;
 
-    /// A template image takes the colour of the panel it stands in; another keeps its own.
+    /// A template image takes the colour of the panel around it. Any other image keeps its colours.
     virtual void setTemplate(bool isTemplate) = 0;
 };
 

@@ -5,36 +5,36 @@
 
 namespace tarvik::platform {
 
-/// How the application shows itself to the desktop; the values are AppKit's.
+/// How the desktop presents the application. The values are AppKit's.
 enum class ActivationPolicy { regular = 0, accessory = 1, prohibited = 2 };
 
-/// What the system says about a launch that has finished.
+/// What the system reports about a finished launch.
 struct LaunchNotification {
-    /// Whether the user simply started the application; absent when the system does not say, or
-    /// does not say it as a truth value.
+    /// Whether the user started the application in the ordinary way, without a document or a
+    /// task. Absent when the system gives no truth value for this.
     std::optional<bool> isDefaultLaunch;
 };
 
-/// What a desktop may ask the running application to do, by a shortcut of its own for example.
+/// What a desktop may ask of the running application, for example through one of its shortcuts.
 enum class ApplicationAction {
-    /// What the hotkey of long-form dictation does.
+    /// Starts or ends a recording, like the hotkey of long-form dictation.
     toggle,
     /// Brings up the setup window.
     setup
 };
 
-/// What the application tells its delegate. All on the main thread.
+/// Receives the events of the application. Every call comes on the main thread.
 class ApplicationDelegate {
   public:
     virtual ~ApplicationDelegate() = default;
 
-    /// Once, in an early turn of the loop; the services that learn what they know from another
-    /// program (permissions, focus) know it by then, or it takes too long to wait for them.
+    /// Called once, in an early turn of the event loop. Services that get their state from another
+    /// program (permissions, focus) have it by then, unless that program takes too long to answer.
     virtual void applicationDidFinishLaunching(const LaunchNotification& notification) = 0;
-    /// The user opened the running application again. The answer is whether the system should do
-    /// what it usually does.
+    /// The user opened the running application again. Returns whether the system should do its
+    /// default action as well.
     virtual bool applicationShouldHandleReopen(bool hasVisibleWindows) = 0;
-    /// The user asked the desktop for `action`.
+    /// The user requested `action` through the desktop.
     virtual void applicationShouldPerform(ApplicationAction action) = 0;
 };
 
@@ -43,21 +43,20 @@ class Application {
   public:
     virtual ~Application() = default;
 
-    /// The application holds the delegate until it is destroyed.
+    /// Sets the delegate. The application holds the delegate until the application is destroyed.
     virtual void setDelegate(std::shared_ptr<ApplicationDelegate> delegate) = 0;
-    /// Decides whether the desktop lists the application among those that the user switches
-    /// between. Nothing happens where windows alone decide that.
+    /// Sets whether the desktop lists the application in its application switcher. Does nothing on
+    /// desktops that list every program with a window.
     virtual void setActivationPolicy(ActivationPolicy policy) = 0;
-    /// Runs the event loop; comes back, with the process's exit status, only after terminate().
+    /// Runs the event loop. Returns only after terminate(), with the exit status of the process.
     virtual int run() = 0;
-    /// Ends the event loop after the present turn, or the whole process within the call where the
-    /// desktop's toolkit does that; whoever calls it does so last. Allowed before run(), which then
-    /// ends at once.
+    /// Ends the event loop after the current turn. Some toolkits end the whole process inside the
+    /// call, so a caller calls it last. Allowed before run(): run() then returns at once.
     virtual void terminate() = 0;
-    /// Asks to become the active application, the way the desktop prefers to be asked today.
+    /// Asks to become the active application, in the way that the desktop recommends today.
     virtual void activate() = 0;
-    /// Brings the application's windows in front of those of other applications, as far as the
-    /// desktop allows it.
+    /// Brings the application's windows in front of all other applications, as far as the desktop
+    /// allows this.
     virtual void activateIgnoringOtherApps() = 0;
 };
 

@@ -11,13 +11,13 @@ class Bundle {
   public:
     virtual ~Bundle() = default;
 
-    /// An entry of the information dictionary, "CFBundleShortVersionString" for example; nothing
-    /// when it is missing or not text.
+    /// A text entry of the information dictionary, for example "CFBundleShortVersionString".
+    /// Nothing when the entry is missing or not text.
     virtual std::optional<std::string> objectForInfoDictionaryKey(std::string_view key) const = 0;
-    /// What is started to start the application: the bundle's folder, or the executable where an
-    /// application is a single file. Absolute.
+    /// The absolute path that a user opens to start the application: the bundle's folder, or the
+    /// executable where an application is a single file.
     virtual std::string bundlePath() const = 0;
-    /// The shell command that starts a new instance when it is followed by the quoted bundle path.
+    /// A shell command that starts a new instance. The caller appends the quoted bundle path.
     virtual std::string openCommand() const = 0;
 };
 

@@ -4,8 +4,8 @@
 
 namespace tarvik::platform {
 
-/// Whether the application may use a microphone; the values are AVFoundation's. A system may report
-/// others as well, which is why the service answers plain numbers.
+/// Whether the application may use a microphone. The values are AVFoundation's. A system may report
+/// further values, so the service returns plain numbers.
 enum class AuthorizationStatus { notDetermined = 0, restricted = 1, denied = 2, authorized = 3 };
 
 /// The permission to capture audio.
@@ -13,12 +13,12 @@ class CaptureAuthorization {
   public:
     virtual ~CaptureAuthorization() = default;
 
-    /// An AuthorizationStatus, as a number. Main thread; answered from what is known, without
-    /// waiting.
+    /// The current AuthorizationStatus, as a number. Returns the state known so far, without
+    /// waiting. Main thread.
     virtual int authorizationStatusForAudio() = 0;
 
-    /// Asks the user where that is needed, and calls `handler`, on any thread, once, with whether
-    /// the permission is there. Main thread; does not wait.
+    /// Asks the user where the system needs an answer. Calls `handler` once, on any thread, with
+    /// whether the permission is granted. Main thread; returns without waiting.
     virtual void requestAccessForAudio(std::function<void(bool granted)> handler) = 0;
 };
 

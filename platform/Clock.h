@@ -4,12 +4,12 @@
 
 namespace tarvik::platform {
 
-/// Tells points in time. They never go backwards while the process lives.
+/// The source of all time points. Time never goes backwards while the process lives.
 class Clock {
   public:
     virtual ~Clock() = default;
 
-    /// The present moment. Any thread.
+    /// The current time. Any thread.
     virtual TimePoint now() const = 0;
 };
 

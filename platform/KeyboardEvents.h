@@ -8,7 +8,7 @@
 
 namespace tarvik::platform {
 
-/// The state of keys and modifiers that events start from.
+/// The state of keys and modifiers that synthesised events start from.
 class EventSource {
   public:
     virtual ~EventSource() = default;
@@ -20,37 +20,38 @@ class KeyboardEvent {
     virtual ~KeyboardEvent() = default;
 };
 
-/// Source state: the combined state of the session.
+/// The source state that combines all input of the session.
 inline constexpr int eventSourceStateCombinedSession = 0;
-/// Event tap: the point where hardware events enter the system.
+/// The event tap at the point where hardware events enter the system.
 inline constexpr int hidEventTap = 0;
 
-/// Synthesised keyboard input. Main thread only; posting never waits, and events are carried out in
-/// the order in which they were posted.
+/// Synthesised keyboard input. Main thread only. Posting never waits. Events take effect in the
+/// order in which they were posted.
 ///
-/// A key-down event types the Unicode text attached to it instead of its key's own character, the
-/// key-up event that follows types nothing. What is typed does not depend on the keyboard layout,
-/// on Caps Lock or on modifiers that the user holds, and never acts as a shortcut. Two halves of a
-/// surrogate pair in events that follow each other arrive as one character.
+/// A key-down event types the Unicode text attached to the event, not the character of its key. The
+/// key-up event after it types nothing. The typed text does not depend on the keyboard layout, on
+/// Caps Lock or on modifiers that the user holds, and never acts as a shortcut. The two halves of a
+/// surrogate pair may be in successive events; they arrive as one character.
 class KeyboardEvents {
   public:
     virtual ~KeyboardEvents() = default;
 
-    /// Empty when the system refuses.
+    /// Makes an event source; empty when the system refuses.
     virtual std::shared_ptr<EventSource> createSource(int sourceState) = 0;
 
-    /// A key-down or key-up event of a virtual key; empty when the system refuses.
+    /// Makes a key-down or key-up event of a virtual key; empty when the system refuses.
     virtual std::shared_ptr<KeyboardEvent> createKeyboardEvent(
         const std::shared_ptr<EventSource>& source, std::uint16_t virtualKey, bool keyDown) = 0;
 
-    /// Attaches text (UTF-16 units, 20 at the most) to an event.
+    /// Attaches text (20 UTF-16 units at most) to an event.
     virtual void setUnicodeString(KeyboardEvent& event, std::u16string_view units) = 0;
 
-    /// Delivers the event to one process, whichever has the keyboard, or to nobody: never to
-    /// another process. What could not be delivered is reported in the log.
+    /// Delivers the event to the given process, even when another process has the keyboard focus.
+    /// An event that cannot be delivered is dropped and reported in the log; it never reaches
+    /// another process.
     virtual void postToPid(ProcessIdentifier processIdentifier,
                            const std::shared_ptr<KeyboardEvent>& event) = 0;
-    /// Delivers the event to whatever has the keyboard.
+    /// Delivers the event to the process that has the keyboard focus.
     virtual void post(int tap, const std::shared_ptr<KeyboardEvent>& event) = 0;
 };
 

@@ -9,8 +9,8 @@ class Log {
   public:
     virtual ~Log() = default;
 
-    /// Writes one event as one line (UTF-8, without a line break). Any thread; lines of one thread
-    /// keep their order.
+    /// Writes one line (UTF-8, without a line break). Any thread. Lines of one thread keep their
+    /// order.
     virtual void write(std::string_view line) = 0;
 };
 

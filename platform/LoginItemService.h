@@ -6,7 +6,7 @@
 
 namespace tarvik::platform {
 
-/// Whether the application starts at login; the values are ServiceManagement's.
+/// Whether the application starts at login. The values are ServiceManagement's.
 enum class LoginItemStatus { notRegistered = 0, enabled = 1, requiresApproval = 2, notFound = 3 };
 
 /// The registration of the application itself as a login item. Main thread only.
@@ -15,8 +15,9 @@ class LoginItemService {
     virtual ~LoginItemService() = default;
 
     virtual LoginItemStatus status() = 0;
-    /// The error, if any, says in one line why it did not succeed.
+    /// Makes the application start at login. The error says in one line why that failed.
     virtual std::optional<Error> registerItem() = 0;
+    /// Ends the start at login. The error says in one line why that failed.
     virtual std::optional<Error> unregisterItem() = 0;
 };
 

@@ -8,9 +8,9 @@ namespace tarvik::platform {
 
 /// The queue of blocks that the main thread runs, one at a time, from its event loop.
 ///
-/// Blocks run in the order in which they were submitted, never inside the submitting call, also
-/// when that call is made on the main thread. Blocks that are still queued when the application
-/// ends are destroyed without being run.
+/// Blocks run in the order of their submission. A block never runs inside the call that submits it,
+/// not even on the main thread. Blocks that are still queued when the application ends are
+/// destroyed without being run.
 class MainQueue {
   public:
     virtual ~MainQueue() = default;
@@ -18,8 +18,8 @@ class MainQueue {
     /// Runs `block` on the main thread in a later turn of its loop. Any thread; never blocks.
     virtual void async(std::function<void()> block) = 0;
 
-    /// Runs `block` on the main thread once `delay` has passed, never earlier. Blocks that are due
-    /// at different moments run in the order of those moments. Any thread; never blocks.
+    /// Runs `block` on the main thread after `delay`, never earlier. Blocks with different due
+    /// times run in the order of their due times. Any thread; never blocks.
     virtual void asyncAfter(Seconds delay, std::function<void()> block) = 0;
 };
 

@@ -37,8 +37,8 @@ Platform& Platform::current() {
     return *platform;
 }
 
-// Slots are only ever added at the front, so a walk needs no lock. A type that two threads add at
-// the same moment is looked for again before the later one is put in.
+// Slots are only added at the front, and never removed before the end, so a search needs no lock.
+// When two threads add the same type, the second exchange fails and the search finds the first.
 Platform::SharedSlot& Platform::sharedSlot(const void* type) {
     std::unique_ptr<SharedSlot> fresh;
     SharedSlot* head = sharedSlots_.load(std::memory_order_acquire);

@@ -24,10 +24,10 @@
 
 namespace tarvik::platform {
 
-/// The services of one desktop, gathered. It outlives every object that uses one of them.
+/// All services of one desktop. The platform outlives every object that uses a service.
 ///
-/// While it lives it is the current platform; there is at most one at a time. Objects take the
-/// services they use by constructor; only the `shared` instances look the current platform up.
+/// At most one platform exists at a time. While it exists, it is the current platform. Objects get
+/// their services through their constructors. Only the `shared` instances use current().
 class Platform {
   public:
     Platform();
@@ -53,11 +53,11 @@ class Platform {
     virtual LoginItemService& loginItem() = 0;
     virtual UserInterface& userInterface() = 0;
 
-    /// The platform that lives now; without one the process stops. Any thread.
+    /// The platform that exists now. Aborts the process when there is none. Any thread.
     static Platform& current();
 
-    /// The instance of `T` that exists once per platform, made from the platform on first use and
-    /// destroyed with it. Any thread.
+    /// The one instance of `T` of this platform. The first call makes the instance from the
+    /// platform; the platform's destruction destroys it. Any thread.
     template <typename T>
     T& shared() {
         SharedSlot& slot = sharedSlot(&typeTag<T>);
@@ -66,8 +66,8 @@ class Platform {
     }
 
   protected:
-    /// Destroys the shared instances. A derived platform does this first of all in its destructor,
-    /// while its services still live.
+    /// Destroys the shared instances. A derived platform calls this first in its destructor, while
+    /// its services still exist.
     void releaseSharedInstances();
 
   private:
@@ -78,7 +78,7 @@ class Platform {
         std::shared_ptr<void> instance;
     };
 
-    /// Its address tells one type from another.
+    /// The address of the tag identifies the type.
     template <typename T>
     static constexpr char typeTag = 0;
 
@@ -87,9 +87,11 @@ class Platform {
     std::atomic<SharedSlot*> sharedSlots_ = nullptr;
 };
 
-/// The platform that this program was built for. `argumentCount` and `arguments` are those of main
-/// and outlive it. Main thread, once. Where the application runs already and the system leaves it
-/// to the application to notice, this tells the running instance and ends the process.
+/// Makes the platform that this program was built for. `argumentCount` and `arguments` are those of
+/// main and outlive the platform. Main thread, once.
+///
+/// Some systems leave it to the application to detect an instance that runs already. There this
+/// call notifies the running instance and ends the process.
 std::unique_ptr<Platform> makePlatform(int& argumentCount, char** arguments);
 
 }  // namespace tarvik::platform

@@ -11,7 +11,7 @@
 
 namespace tarvik::platform {
 
-/// Modifier flags of a menu item's key equivalent; the values are AppKit's.
+/// Modifier flags of a menu item's key equivalent. The values are AppKit's.
 inline constexpr std::uint32_t shiftKeyFlag = 0x20000;
 inline constexpr std::uint32_t commandKeyFlag = 0x100000;
 
@@ -21,33 +21,33 @@ struct MenuItem {
     std::string title;
     bool isSeparator = false;
     bool isEnabled = true;
-    /// The character of the shortcut, or empty; an upper-case letter includes Shift.
+    /// The character of the shortcut, or empty. An upper-case letter implies Shift.
     std::string keyEquivalent;
     std::uint32_t modifierMask = commandKeyFlag;
-    /// What choosing it does, on the main thread; empty for an entry that does nothing.
+    /// Called on the main thread when the user chooses the entry. May be empty.
     std::function<void()> action;
 };
 
-/// A menu whose entries are replaced as a whole. Main thread only.
+/// A menu whose entries can only be replaced all together. Main thread only.
 class Menu {
   public:
     virtual ~Menu() = default;
 
-    /// Replaces all entries, from the top. Allowed while an entry's action runs.
+    /// Replaces all entries, listed from the top. Allowed while an entry's action runs.
     virtual void setItems(std::vector<MenuItem> items) = 0;
-    /// `handler` is called each time right before the menu opens.
+    /// Sets the handler that is called each time before the menu opens.
     virtual void setNeedsUpdateHandler(std::function<void()> handler) = 0;
 };
 
-/// What an entry of the Edit menu does to the field that has the keyboard.
+/// What an entry of the Edit menu does to the field that has the keyboard focus.
 enum class EditAction { undo, redo, cut, copy, paste, selectAll };
 
 /// One entry of the Edit menu.
 struct EditMenuItem {
-    /// Empty for a separator, which has no action either.
+    /// Empty for a separator. A separator has no action either.
     std::string title;
     std::optional<EditAction> action;
-    /// As in MenuItem, always with the command modifier.
+    /// As in MenuItem. The modifier is always the command key.
     std::string keyEquivalent;
 };
 
@@ -57,21 +57,21 @@ class StatusButton {
     virtual ~StatusButton() = default;
 
     virtual void setImage(std::shared_ptr<Image> image) = 0;
-    /// The colour the image is drawn in; none is the default.
+    /// Sets the colour in which the image is drawn; none means the default.
     virtual void setContentTintColor(std::optional<SystemColor> color) = 0;
-    /// A short text for where there is no image.
+    /// Sets a short text that replaces a missing image.
     virtual void setTitle(const std::string& title) = 0;
 };
 
-/// The application's place in the menu bar or tray; it is there while the object lives. Main thread
+/// The application's item in the menu bar or tray, present while the object lives. Main thread
 /// only.
 class StatusItem {
   public:
     virtual ~StatusItem() = default;
 
-    /// Null when the desktop has no place for it.
+    /// The button; null when the desktop has no place for the item.
     virtual StatusButton* button() = 0;
-    /// The menu that a click on the item opens, instead of any earlier one. The item holds it.
+    /// Sets the menu that a click on the item opens. The item holds the menu.
     virtual void setMenu(std::shared_ptr<Menu> menu) = 0;
 };
 

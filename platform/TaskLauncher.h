@@ -13,9 +13,9 @@ class TaskLauncher {
   public:
     virtual ~TaskLauncher() = default;
 
-    /// Starts the program at `launchPath` (absolute) with `arguments` and does not wait for it. It
-    /// goes on when this process ends. Main thread. The error, if any, says why it could not be
-    /// started.
+    /// Starts the program at `launchPath` (absolute) with `arguments`, without waiting for its end.
+    /// The program outlives this process. The error says why the program did not start. Main
+    /// thread.
     virtual std::optional<Error> launch(const std::string& launchPath,
                                         const std::vector<std::string>& arguments) = 0;
 };

@@ -7,13 +7,13 @@
 
 namespace tarvik::platform {
 
-/// A timer that is running. Dropping it invalidates it. Main thread only.
+/// The handle of a running timer. Dropping the handle stops the timer. Main thread only.
 class Timer {
   public:
     virtual ~Timer() = default;
 
-    /// Stops the timer for good; its block is not called again. Allowed inside the block, and any
-    /// number of times; so is dropping the timer.
+    /// Stops the timer for good: the block is not called again. Allowed any number of times. Both
+    /// this call and dropping the handle are allowed inside the block.
     virtual void invalidate() = 0;
 };
 
@@ -22,8 +22,8 @@ class TimerService {
   public:
     virtual ~TimerService() = default;
 
-    /// Calls `block` on the main thread every `interval`, first after one interval. A tick never
-    /// comes early; ticks that a busy main thread missed are skipped, not made up for.
+    /// Calls `block` on the main thread every `interval`, for the first time after one interval. A
+    /// tick never comes early. Ticks that a busy main thread misses are skipped.
     [[nodiscard]] virtual std::unique_ptr<Timer> scheduledRepeatingTimer(
         Seconds interval, std::function<void()> block) = 0;
 };

@@ -8,35 +8,38 @@
 
 #include "platform/Appearance.h"
 
-// The views that a window is made of. Each is made from a description by the user interface, and
-// only what changes later is an operation. Lengths are points: 1/96 of the inch that the desktop
-// assumes where it scales its text, and AppKit's points there. Main thread only.
+// The views that make up a window. The user interface makes each view from a description. Only
+// properties that change later have an operation. Main thread only.
 //
-// Members have an initializer even where it says nothing: a compiler warns of a designated
-// initializer that leaves out one without.
+// Lengths are in points. A point is 1/96 of the inch that the desktop assumes when it scales text;
+// on macOS a point is AppKit's.
 //
-// A view lives as long as anybody holds it, the stack or window that shows it included. What a
-// control does runs on the main thread; it may close the window and replace its content.
+// Every member of a description has an initializer, because compilers warn of a designated
+// initializer that omits a member without one.
+//
+// The stack or window that shows a view holds the view. Actions run on the main thread. An action
+// may close its window and replace the window's content.
 namespace tarvik::platform {
 
-/// How strongly a view keeps to its own size, from 1 to 1000; 250 gives way first.
+/// How strongly a view keeps its size, from 1 to 1000. Of two views the lower priority gives way.
 using LayoutPriority = float;
 
-/// What the layout owes a single view beside its natural size.
+/// The layout constraints of a single view. Without them a view has its natural size.
 struct ViewLayout {
-    /// Exactly.
+    /// The exact width.
     std::optional<double> width = {};
     std::optional<double> minimumWidth = {};
-    /// Exactly.
+    /// The exact height.
     std::optional<double> height = {};
-    /// How strongly the view resists to become wider than its content.
+    /// How strongly the view resists growing wider than its content.
     std::optional<LayoutPriority> horizontalContentHugging = {};
-    /// How strongly it resists to become narrower.
+    /// How strongly the view resists becoming narrower than its content.
     std::optional<LayoutPriority> horizontalCompressionResistance = {};
 
     bool operator==(const ViewLayout&) const = default;
 };
 
+/// Anything that a window can show.
 class View {
   public:
     virtual ~View() = default;
@@ -44,13 +47,13 @@ class View {
 
 enum class TextAlignment { natural, center };
 
-/// How a label deals with text that is wider than its place.
+/// How a label shows text that is wider than the label.
 enum class LabelWrapping {
     /// One line.
     none,
-    /// One line where there is room for it, several elsewhere.
+    /// One line where the width suffices, several lines otherwise.
     whenNarrow,
-    /// As many lines as the preferred width makes of it.
+    /// As many lines as the preferred width requires.
     always
 };
 
@@ -60,12 +63,12 @@ struct LabelDescription {
     Color color = SystemColor::label;
     TextAlignment alignment = TextAlignment::natural;
     LabelWrapping wrapping = LabelWrapping::none;
-    /// In points; where the text of a label that always wraps is broken.
+    /// The width in points at which LabelWrapping::always breaks lines.
     std::optional<double> preferredMaxLayoutWidth = {};
     ViewLayout layout = {};
 };
 
-/// Text that cannot be edited.
+/// A text that the user cannot edit.
 class Label : public View {
   public:
     virtual void setText(const std::string& text) = 0;
@@ -75,19 +78,19 @@ class Label : public View {
 struct TextFieldDescription {
     std::string text = {};
     std::string placeholder = {};
-    /// Whether its text is hidden from onlookers.
+    /// Whether the field hides its text from onlookers.
     bool isSecure = false;
     ViewLayout layout = {};
-    /// What a screen reader calls it.
+    /// The name of the field for screen readers.
     std::string accessibilityLabel = {};
-    /// What Return does in it.
+    /// Called when the user presses Return in the field.
     std::function<void()> action = {};
 };
 
 /// One line of text to edit.
 class TextField : public View {
   public:
-    /// What it holds now, exactly.
+    /// The current text, unchanged.
     virtual std::string text() const = 0;
 };
 
@@ -99,17 +102,17 @@ struct ButtonDescription {
     std::string title = {};
     BezelStyle bezelStyle = BezelStyle::rounded;
     ControlSize controlSize = ControlSize::regular;
-    /// Whether it has a frame; one without looks like a link.
+    /// Whether the button has a frame. A button without a frame looks like a link.
     bool isBordered = true;
     std::optional<Color> contentTintColor = {};
     std::optional<Font> font = {};
     ViewLayout layout = {};
-    /// What a screen reader calls it; its title where this is empty.
+    /// The name of the button for screen readers. When empty, the title is the name.
     std::string accessibilityLabel = {};
     std::function<void()> action = {};
 };
 
-/// A title with a look of its own.
+/// A title with its own colour and font.
 struct AttributedTitle {
     std::string text = {};
     Color foregroundColor = SystemColor::label;
@@ -129,14 +132,15 @@ class Checkbox;
 struct CheckboxDescription {
     std::string title = {};
     bool isOn = false;
-    /// Called after the user has changed it.
+    /// Called after the user has changed the state.
     std::function<void(Checkbox&)> action = {};
 };
 
+/// A check box with a title.
 class Checkbox : public View {
   public:
     virtual bool isOn() const = 0;
-    /// Does not call the action.
+    /// Sets the state without calling the action.
     virtual void setOn(bool isOn) = 0;
 };
 
@@ -144,7 +148,7 @@ class Checkbox : public View {
 enum class ImageScaling { proportionallyDown = 0, proportionallyUpOrDown = 3 };
 
 struct ImageViewDescription {
-    /// May be null: the view then keeps its place and is empty.
+    /// May be null. The view is then empty and still takes up its space.
     std::shared_ptr<Image> image = {};
     ImageScaling scaling = ImageScaling::proportionallyDown;
     ViewLayout layout = {};
@@ -152,9 +156,10 @@ struct ImageViewDescription {
 
 /// The values are AppKit's.
 enum class Orientation { horizontal = 0, vertical = 1 };
-/// Where the views of a stack stand across its orientation; the values are AppKit's.
+/// How a stack aligns its views across its orientation. The values are AppKit's.
 enum class StackAlignment { leading = 5, centerX = 9, centerY = 10 };
 
+/// The empty margins inside a stack, in points.
 struct EdgeInsets {
     double top = 0;
     double left = 0;
@@ -164,13 +169,14 @@ struct EdgeInsets {
     bool operator==(const EdgeInsets&) const = default;
 };
 
-/// Views in a row or column, each at its natural size but for the one that hugs its content least.
+/// Views in a row or column. Each has its natural size, except that the view with the lowest
+/// content hugging takes up the remaining space.
 struct StackDescription {
     Orientation orientation = Orientation::horizontal;
     StackAlignment alignment = StackAlignment::centerY;
     double spacing = 0;
     EdgeInsets edgeInsets = {};
-    /// From the left or the top.
+    /// The views, from the left or from the top.
     std::vector<std::shared_ptr<View>> views = {};
 };
 

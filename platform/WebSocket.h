@@ -12,20 +12,19 @@
 
 namespace tarvik::platform {
 
-/// The close code of an end that goes away by its own decision (RFC 6455, 7.4.1).
+/// The close code of an endpoint that is going away (RFC 6455, 7.4.1).
 inline constexpr int closeCodeGoingAway = 1001;
 
 /// A request that opens a web socket.
 struct UrlRequest {
     /// An absolute wss URL, percent-encoded.
     std::string url;
-    /// 0: the protocol's own policy; no other is used.
+    /// Always 0: the caching policy of the protocol.
     int cachePolicy = 0;
-    /// How long, in seconds, the opening may take before it fails.
+    /// The timeout of the opening handshake, in seconds.
     double timeoutInterval = 60.0;
-    /// Header fields beside those of the handshake itself, with their values as they are. A value
-    /// that cannot stand in a header (it has a line break or another control character) fails the
-    /// opening.
+    /// Header fields to add to those of the handshake, with their values unchanged. A value with a
+    /// line break or another control character makes the opening fail.
     std::vector<std::pair<std::string, std::string>> headerFields;
 };
 
@@ -33,14 +32,14 @@ struct UrlRequest {
 struct WebSocketMessage {
     enum class Kind { data, string, other };
     Kind kind = Kind::data;
-    /// The payload; UTF-8 when the kind is string.
+    /// The payload. It is UTF-8 when the kind is `string`.
     std::string bytes;
 };
 
 /// One connection. Its operations may be called on any thread and never block.
 ///
-/// Handlers run on the session's serial queue, never inside the call that was given them, each at
-/// most once; those still waiting when the connection ends get an error.
+/// Each handler is called at most once, on the session's serial queue, never inside the call that
+/// takes the handler. A handler that still waits when the connection ends gets an error.
 class WebSocketTask {
   public:
     using SendHandler = std::function<void(std::optional<Error>)>;
@@ -48,47 +47,46 @@ class WebSocketTask {
 
     virtual ~WebSocketTask() = default;
 
-    /// Starts the opening. Once.
+    /// Starts the opening handshake. Called once.
     virtual void resume() = 0;
-    /// Sends one message after those given before; the handler comes once the bytes have left for
-    /// the network or cannot any more. Messages given before the opening wait for it.
+    /// Sends one message after all earlier ones. The handler is called when the bytes were handed
+    /// to the network, or with an error. Messages wait until the connection is open.
     virtual void send(WebSocketMessage message, SendHandler handler) = 0;
-    /// Yields the next message, or the error that ended the connection. Messages are kept until
-    /// they are asked for. At most one receive waits at a time.
+    /// Passes the next message, or the error that ended the connection, to the handler. Messages
+    /// are kept until a receive takes them. At most one receive waits at a time.
     virtual void receive(ReceiveHandler handler) = 0;
-    /// Sends a close frame where the connection is open and gives the connection up; a receive that
-    /// waits gets an error. Any number of times, in any state.
+    /// Ends the connection, with a close frame when the connection is open. A waiting receive gets
+    /// an error. Allowed in any state, any number of times.
     virtual void cancel(int closeCode) = 0;
 };
 
-/// What a session tells its delegate, on the session's serial queue.
+/// Receives the events of a session, on the session's serial queue.
 class WebSocketSessionDelegate {
   public:
     virtual ~WebSocketSessionDelegate() = default;
 
-    /// The handshake succeeded; `protocol` is the subprotocol that the service chose, or empty.
+    /// The handshake succeeded. `protocol` is the subprotocol that the service chose, or empty.
     virtual void didOpen(WebSocketTask& task, const std::string& protocol) = 0;
-    /// The service sent a close frame (at most once, after every message that came before it was
-    /// handed to a receive that waited for it). A connection that is lost, refused or cancelled
-    /// brings no such notification.
+    /// The service sent a close frame. Called at most once, after every earlier message was passed
+    /// to a waiting receive. Not called for a connection that was lost, refused or cancelled.
     virtual void didClose(WebSocketTask& task, int closeCode, const std::string& reason) = 0;
 };
 
-/// Makes one connection and calls its delegate and its handlers on a serial queue of its own, which
-/// is not the main thread.
+/// Makes one connection. Calls the delegate and all handlers on its own serial queue, which is not
+/// the main thread.
 ///
-/// The session holds its delegate weakly until a connection is made, and strongly from then until
-/// 10 s after the connection has ended, which is longer than any deadline that a delegate sets
-/// itself.
+/// The session holds its delegate weakly until a connection is made. From then until 10 s after the
+/// end of the connection the session holds its delegate strongly. That is longer than any deadline
+/// that a delegate sets.
 class WebSocketSession {
   public:
     virtual ~WebSocketSession() = default;
 
-    /// A connection for `request`; nothing is sent before it is resumed. Main thread.
+    /// Makes a connection for `request`. Nothing is sent before resume(). Main thread.
     virtual std::shared_ptr<WebSocketTask> webSocketTask(const UrlRequest& request) = 0;
 };
 
-/// Makes sessions. Main thread only; returns at once.
+/// Makes sessions. Main thread only; never blocks.
 class WebSocketService {
   public:
     virtual ~WebSocketService() = default;

@@ -11,7 +11,7 @@
 
 namespace tarvik::platform {
 
-/// In points.
+/// A size in points.
 struct Size {
     double width = 0;
     double height = 0;
@@ -19,7 +19,7 @@ struct Size {
     bool operator==(const Size&) const = default;
 };
 
-/// In points, on a screen whose y grows upwards.
+/// A position in points, on a screen whose y axis points up.
 struct Point {
     double x = 0;
     double y = 0;
@@ -27,7 +27,7 @@ struct Point {
     bool operator==(const Point&) const = default;
 };
 
-/// `origin` is the lower left corner.
+/// A rectangle. `origin` is its lower left corner.
 struct Rect {
     Point origin = {};
     Size size = {};
@@ -35,13 +35,13 @@ struct Rect {
     bool operator==(const Rect&) const = default;
 };
 
-/// Parts of a window's frame, to be combined; the values are AppKit's.
+/// Flags for the parts of a window's frame. The values are AppKit's.
 inline constexpr std::uint32_t titledWindow = 1;
 inline constexpr std::uint32_t closableWindow = 2;
 inline constexpr std::uint32_t miniaturizableWindow = 4;
 inline constexpr std::uint32_t resizableWindow = 8;
 
-/// What a window does among spaces, to be combined; the values are AppKit's.
+/// Flags for the behaviour of a window on several spaces. The values are AppKit's.
 inline constexpr std::uint32_t canJoinAllSpaces = 1;
 inline constexpr std::uint32_t fullScreenAuxiliary = 256;
 
@@ -49,7 +49,8 @@ inline constexpr std::uint32_t fullScreenAuxiliary = 256;
 enum class WindowLevel { normal = 0, floating = 3 };
 
 struct WindowDescription {
-    /// Of the content, without the frame. A desktop whose fonts need more room gives more.
+    /// The size of the content, without the frame. A desktop whose fonts need more room makes the
+    /// window larger.
     Size contentSize = {};
     std::optional<Size> minimumSize = {};
     std::uint32_t styleMask = 0;
@@ -60,33 +61,35 @@ struct WindowDescription {
     WindowLevel level = WindowLevel::normal;
     bool hidesOnDeactivate = false;
     std::uint32_t collectionBehavior = 0;
-    /// Called each time the window closes, by its own button or by close().
+    /// Called each time the window closes, through its close button or close().
     std::function<void()> willClose = {};
 };
 
-/// A window that is reused: closing hides it. Main thread only.
+/// A window. Closing only hides the window, for its next use. Main thread only.
 class Window {
   public:
     virtual ~Window() = default;
 
-    /// Replaces what the window shows by `root`, which fills it and grows with it, on `background`
-    /// where one is given. Allowed while a control of the old content calls.
+    /// Replaces the content by `root`, which fills the window at every size. `background` is the
+    /// colour behind it; none means the default. Allowed inside an action of the old content.
     virtual void setContent(std::shared_ptr<View> root, std::optional<RgbColor> background) = 0;
 
-    /// The window with its frame, shown or not.
+    /// The position and size of the window including its frame, also while it is hidden.
     virtual Rect frame() const = 0;
     virtual void setFrameOrigin(Point origin) = 0;
-    /// In the middle of the main screen.
+    /// Moves the window to the middle of the main screen.
     virtual void center() = 0;
 
-    /// Shows the window where it was put; out of the task list or dock when the user had put it
-    /// away there. Whether it gets the keyboard is the desktop's decision.
+    /// Shows the window at its position. Restores a window that the user has minimised. The desktop
+    /// decides whether the window gets the keyboard focus.
     virtual void show() = 0;
-    /// In front of the windows of all applications, whichever is active; shows a hidden window.
+    /// Puts the window in front of the windows of all applications, whichever application is
+    /// active. Shows a hidden window.
     virtual void orderFrontRegardless() = 0;
-    /// Whether it is shown. Of a window that the user has put away either may be said.
+    /// Whether the window is shown. The result for a minimised window depends on the desktop.
     virtual bool isVisible() const = 0;
-    /// Hides a window that is shown, after willClose. Allowed while one of its controls calls.
+    /// Calls `willClose` and hides the window. Does nothing when the window is hidden. Allowed
+    /// inside an action of the window's content.
     virtual void close() = 0;
 };
 

@@ -10,7 +10,7 @@ namespace tarvik::platform {
 /// A process identifier as accessibility and keyboard events know it.
 using ProcessIdentifier = std::int32_t;
 
-/// An application that was running when the object was made. Immutable; any thread.
+/// An application that was running when this object was made. Immutable. Any thread.
 class RunningApplication {
   public:
     explicit RunningApplication(ProcessIdentifier processIdentifier)
@@ -27,19 +27,19 @@ class Workspace {
   public:
     virtual ~Workspace() = default;
 
-    /// The application whose window has the keyboard; empty when there is none or its process is
-    /// not known.
+    /// The application whose window has the keyboard focus. Empty when there is none, or when its
+    /// process is unknown.
     virtual std::shared_ptr<RunningApplication> frontmostApplication() = 0;
 
-    /// Calls `handler` on the main thread each time the machine has woken from sleep, for as long
-    /// as the workspace exists.
+    /// Calls `handler` on the main thread each time the machine has woken from sleep, as long as
+    /// the workspace exists.
     virtual void observeDidWake(std::function<void()> handler) = 0;
 
-    /// Opens a link with whatever the desktop uses for it, in the background. False, and the reason
-    /// in the log, when the link cannot be opened at all.
+    /// Opens a link in the program that the desktop uses for it, without waiting. Returns false and
+    /// logs the reason when the link cannot be opened at all.
     virtual bool openUrl(const std::string& url) = 0;
 
-    /// Shows the file at `path` (absolute) in the file manager, selected, in the background.
+    /// Shows and selects the file at `path` (absolute) in the file manager, without waiting.
     virtual void activateFileViewerSelecting(const std::string& path) = 0;
 };
 
