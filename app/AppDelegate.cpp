@@ -15,10 +15,10 @@ namespace tarvik {
 namespace {
 
 constexpr std::string_view welcomeVersionKey = "lastWelcomeShownForVersion";
-/// Long enough for the permission prompts of a first launch to have come up before the window does.
+/// Long enough for the permission prompts of a first launch to appear before the window.
 constexpr Seconds welcomeDelay{4.0};
 constexpr Seconds ordinaryLaunchDelay{0.4};
-/// In seconds, as the shell's sleep takes them.
+/// In seconds, in the format of the shell's sleep command.
 constexpr auto restartDelay = "0.5";
 
 }  // namespace
@@ -48,7 +48,8 @@ bool AppDelegate::isSetupNeeded() const {
            !platform_.accessibility().isProcessTrusted();
 }
 
-// An ordinary launch brings the window up as well: it is how a user sees that the application runs.
+// An ordinary launch shows the window too, because the window tells the user that the application
+// runs.
 void AppDelegate::decideWelcome(const platform::LaunchNotification& notification) {
     const bool needsSetup = isSetupNeeded();
     const std::string version = versionText(platform_.bundle());
@@ -85,7 +86,7 @@ void AppDelegate::applicationWillTerminate() {
     if (audio_) {
         audio_->stop();
     }
-    // One that could not start has kept its callback.
+    // A capture that failed to start still holds its callback, and the callback holds the delegate.
     audio_.reset();
 }
 
@@ -95,8 +96,9 @@ void AppDelegate::handleSystemWake() {
         isRecording_ = false;
         updateStatusIcon(false);
         required(audio_).stop();
-        // The client stays until it has finished: what it still delivers belongs to the user. The
-        // field is emptied then whatever it holds.
+        // The client stays in the field until it has finished, because late transcripts still
+        // belong to the user. The completion then empties the field, whichever client the field
+        // holds.
         if (const std::shared_ptr<DeepgramClient> client = deepgram_.load()) {
             client->finish(weakly(*this, [](AppDelegate& self) { self.deepgram_.store(nullptr); }));
         }

@@ -16,9 +16,9 @@ namespace tarvik {
 /// The hub of the application: its lifecycle, the one recording that can run at a time, the status
 /// item with its menu, and the API key prompt.
 ///
-/// Made once at process start with std::make_shared and alive until the process ends. Main thread
-/// only; what it hands to others holds it weakly, but for the chunk callback of a recording and a
-/// transcript on its way.
+/// Made once at process start with std::make_shared, and alive until the process ends. Main thread
+/// only. Callbacks hold the delegate weakly, with two exceptions: the chunk callback of a
+/// recording, and a transcript that waits on the main queue.
 class AppDelegate : public platform::ApplicationDelegate,
                     public std::enable_shared_from_this<AppDelegate> {
   public:
@@ -28,26 +28,28 @@ class AppDelegate : public platform::ApplicationDelegate,
     bool applicationShouldHandleReopen(bool hasVisibleWindows) override;
     void applicationShouldPerform(platform::ApplicationAction action) override;
 
-    /// Ends the capture and lets it go, so that nothing holds the delegate when the process ends.
-    /// No recording can be started or stopped after that.
+    /// Ends and releases the capture, so that nothing holds the delegate when the process ends. No
+    /// recording can be started or stopped after this call.
     void applicationWillTerminate();
 
-    /// The machine has woken: a recording is abandoned, and the hotkeys are registered anew.
+    /// Called when the machine has woken from sleep. Ends a running recording and registers the
+    /// hotkeys again.
     void handleSystemWake();
 
-    /// Fills the menu; called each time before it opens.
+    /// Fills the menu. Called each time before the menu opens.
     void menuNeedsUpdate();
     void openSetupWindow();
-    /// Asks the user for the API key and stores it; comes back once the user has answered.
+    /// Asks the user for the API key and stores the key. Returns when the user has answered.
     void promptForApiKey();
-    /// Ends this process; another one starts half a second later.
+    /// Ends this process. A new process of the application starts half a second later.
     void restartApp();
 
-    /// Starts a recording; nothing happens while one runs. Without a stored key the key prompt
-    /// follows instead.
+    /// Starts a recording. Does nothing while a recording runs. Without a stored API key the key
+    /// prompt appears instead.
     void startRecording();
-    /// Ends the recording; nothing happens when none runs. The capture goes on for 0.3 seconds,
-    /// unheard, for a recording that follows at once; transcripts that still arrive are inserted.
+    /// Ends the recording. Does nothing when no recording runs. Transcripts that arrive later are
+    /// still inserted. The capture runs on for 0.3 s without sending audio, so that a recording
+    /// that follows at once finds the engine running.
     void stopRecording();
 
   private:
@@ -61,7 +63,7 @@ class AppDelegate : public platform::ApplicationDelegate,
     void updateStatusIcon(bool recording);
     void rebuildMenu();
 
-    /// What a press of the long-form hotkey does.
+    /// Starts a recording, or ends the running one. Called when the long-form hotkey goes down.
     void toggleRecording();
     std::int64_t inputSampleRate();
     void handleConnected(bool isOpen);
@@ -78,18 +80,19 @@ class AppDelegate : public platform::ApplicationDelegate,
     std::shared_ptr<platform::Menu> menu_;
     std::shared_ptr<ToggleHotkey> toggle_;
     std::shared_ptr<AudioCapture> audio_;
-    /// The only field that another thread reads: the audio delivery thread, once per chunk.
+    /// The client that gets the audio. The only field that another thread reads: the audio delivery
+    /// thread loads it once per chunk.
     AtomicReference<DeepgramClient> deepgram_;
     bool isRecording_ = false;
-    /// All final pieces of the newest recording.
+    /// All final pieces of the newest recording, joined.
     std::string lastFinalTranscript_;
     std::optional<TimePoint> recordingStartTime_;
     std::shared_ptr<platform::RunningApplication> originatingApp_;
     platform::AXUIElementRef originatingElement_;
     std::optional<TimePoint> lastFinalReceived_;
     std::unique_ptr<platform::Timer> autoStopTimer_;
-    /// The number of recordings so far, the only guard against the late half of a stop reaching
-    /// into a newer one.
+    /// The number of recordings so far. The deferred part of a stop compares this number, so that
+    /// the stop of an old recording never ends the capture of a newer one.
     std::int64_t sessionGeneration_ = 0;
 
     platform::Platform& platform_;

@@ -14,10 +14,10 @@ namespace tarvik {
 
 namespace {
 
-/// A recording that begins within this time keeps the engine running.
+/// A recording that begins within this time after a stop finds the engine running.
 constexpr Seconds deferredStopDelay{0.3};
 constexpr Seconds callToActionDelay{1.0};
-/// In hertz; announced when the microphone reports no rate that makes sense.
+/// In hertz. Announced to the service when the microphone reports no valid rate.
 constexpr std::int64_t fallbackSampleRate = 48000;
 
 }  // namespace
@@ -45,7 +45,7 @@ void AppDelegate::startRecording() {
     }
     const std::optional<std::string> apiKey = KeychainStore::shared().apiKey();
     if (!apiKey) {
-        // Not from within a hotkey's callback, which must not wait for the user.
+        // Posted, because a hotkey's callback must not wait for the user.
         platform_.mainQueue().async(weakly(*this, &AppDelegate::promptForApiKey));
         return;
     }
@@ -78,14 +78,15 @@ std::int64_t AppDelegate::inputSampleRate() {
     return rate > 0 && std::isfinite(rate) ? static_cast<std::int64_t>(rate) : fallbackSampleRate;
 }
 
-// Neither isRecording_ nor the session number is looked at: a connection that opens late starts the
-// capture too, and its chunks go to whichever client is current.
+// Checks neither isRecording_ nor the session number on purpose: a connection that opens late
+// starts the capture as well, and the chunks go to whichever client is current.
 void AppDelegate::handleConnected(bool isOpen) {
     if (!isOpen) {
         return;
     }
-    // Holds the delegate strongly: the delivery thread reads its client without asking whether it
-    // lives. The capture forgets the callback when it stops or, if it could not start, at its end.
+    // Holds the delegate strongly: the delivery thread reads the delegate's client without a check
+    // whether the delegate lives. The capture releases the callback when it stops. A capture that
+    // could not start releases the callback in its destructor.
     required(audio_).start([self = shared_from_this()](PcmChunk chunk) {
         if (const std::shared_ptr<DeepgramClient> client = self->deepgram_.load()) {
             client->send(std::move(chunk));
@@ -100,7 +101,7 @@ void AppDelegate::handleTranscript(const std::string& text, bool isFinal) {
     const std::string piece = lastFinalTranscript_.empty() ? text : " " + text;
     lastFinalTranscript_ += piece;
     lastFinalReceived_ = platform_.clock().now();
-    // Held strongly: a piece that has arrived is inserted.
+    // Holds the delegate strongly, so that every piece that has arrived is inserted.
     platform_.mainQueue().async(
         [self = shared_from_this(), piece] { self->insertTranscript(piece); });
 }

@@ -4,8 +4,8 @@
 
 namespace tarvik {
 
-/// Runs the application on `platform` until it is told to terminate, and answers the process's exit
-/// status. Main thread, once.
+/// Runs the application on `platform` until Application::terminate(). Returns the exit status of
+/// the process. Main thread, once.
 int runApplication(platform::Platform& platform);
 
 }  // namespace tarvik

@@ -69,8 +69,8 @@ void AudioCapture::handleConfigurationChange() {
     }
     detach();
     engine_ = service_.makeEngine();
-    // A restart that fails leaves isRunning_ set: the recording goes on without sound until the
-    // next change of the configuration or stop().
+    // A failed restart leaves isRunning_ set. The recording goes on without audio until stop() or
+    // until the next configuration change starts the engine again.
     attachAndStart();
 }
 

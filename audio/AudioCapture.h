@@ -11,33 +11,33 @@
 
 namespace tarvik {
 
-/// Turns the default microphone into PCM chunks, one for every buffer that the audio engine
-/// delivers, and rebuilds its engine when the audio configuration changes during a recording.
+/// Captures the default microphone as PCM chunks, one per buffer of the audio engine. Replaces the
+/// engine when the audio configuration changes during a recording.
 ///
-/// Main thread only, but for the chunk callback, which runs on the engine's delivery thread, one
-/// chunk at a time. stop() comes before destruction, which neither removes the tap nor stops the
-/// engine by itself.
+/// Main thread only. The chunk callback alone runs on the engine's delivery thread, one chunk at a
+/// time. The owner calls stop() before destruction, because destruction neither removes the tap nor
+/// calls the engine's stop().
 class AudioCapture {
   public:
     using ChunkCallback = std::function<void(PcmChunk)>;
 
-    /// The bus of the engine's input node that is captured.
+    /// The captured bus of the engine's input node.
     static constexpr std::uint32_t inputBus = 0;
 
     AudioCapture(platform::AudioService& service, platform::Log& log);
     AudioCapture(const AudioCapture&) = delete;
     AudioCapture& operator=(const AudioCapture&) = delete;
 
-    /// The engine of the moment; its input format is what chunks will have.
+    /// The current engine. Chunks have the sample rate of its input format.
     platform::AudioEngine& engine() { return *engine_; }
 
-    /// Begins to deliver chunks to `onPcm`, which may be empty. While capture is running the
-    /// callback stays as it is. A failure is only logged, and no chunk comes; the callback is kept
-    /// then until the next start() or destruction.
+    /// Begins to deliver chunks to `onPcm`, which may be empty. Does nothing while the capture
+    /// runs. A failure is only logged: no chunk comes, and the callback is kept until the next
+    /// start() or destruction.
     void start(ChunkCallback onPcm);
 
-    /// Ends the capture and forgets the callback; no chunk comes after that. Nothing happens while
-    /// no capture runs.
+    /// Ends the capture and releases the callback. No chunk comes after this call. Does nothing
+    /// when the capture does not run.
     void stop();
 
   private:
@@ -50,8 +50,8 @@ class AudioCapture {
 
     std::unique_ptr<platform::AudioEngine> engine_;
     bool isRunning_ = false;
-    /// Read by the delivery thread for every buffer. The tap holds the cell, not the capture, so
-    /// that the capture is never destroyed on the delivery thread.
+    /// The delivery thread reads this cell for every buffer. The tap holds the cell and not the
+    /// capture, so that the delivery thread never destroys the capture.
     std::shared_ptr<AtomicReference<const ChunkCallback>> currentOnPCM_;
 
     platform::AudioService& service_;

@@ -3,11 +3,11 @@
 #include <bit>
 #include <cstring>
 
-// This file is compiled once for every vector unit; the macros are how Highway does that.
+// Highway's macros below compile this file once for every vector unit.
 #undef HWY_TARGET_INCLUDE
 #define HWY_TARGET_INCLUDE "audio/SampleKernel.cpp"
 #include <hwy/foreach_target.h>
-// After the header above, which decides what this one declares.
+// Must follow foreach_target.h, which selects the target that this header declares.
 #include <hwy/highway.h>
 
 HWY_BEFORE_NAMESPACE();
@@ -15,13 +15,13 @@ namespace tarvik::HWY_NAMESPACE {
 
 namespace hn = hwy::HWY_NAMESPACE;
 
-// What the sum over the channels still needs to become their mean.
+// How the sum over the channels becomes the mean.
 enum class Averaging {
-    // One channel: nothing.
+    // One channel: the sum is the mean.
     none,
-    // A power of two: its reciprocal is exact, and so is the product.
+    // A power of two: the reciprocal is exact, so the product is exact too.
     multiply,
-    // Any other count; for 0 channels it gives 0 / 0, which is not a number.
+    // Any other count. With 0 channels, 0 / 0 is not a number.
     divide
 };
 
@@ -43,24 +43,23 @@ void convertVector(Tag tag, const float* const* channels, std::uint32_t channelC
     } else if constexpr (averaging == Averaging::divide) {
         mean = hn::Div(mean, hn::Set(tag, static_cast<float>(channelCount)));
     }
-    // What is not a number counts as full scale: on x86 the lesser of it and another is the second.
+    // Not-a-number becomes full scale. On x86, Min() with not-a-number returns its second argument.
 #if HWY_ARCH_X86
     const auto upperClamped = hn::Min(mean, one);
 #else
     const auto upperClamped = hn::IfThenElse(hn::Lt(mean, one), mean, one);
 #endif
     const auto scaled = hn::Mul(hn::Max(upperClamped, minusOne), hn::Set(tag, 32767.0F));
-    // A whole number up to 2^22 stands in the low bits of its sum with this. Highway's own
-    // conversion guards against numbers out of range, which there are none here, and takes twice as
-    // long.
+    // The sum of this constant and an integer up to 2^22 has that integer in its low bits.
+    // Highway's own conversion also handles numbers out of range, which cannot occur here, and
+    // takes twice as long.
     const auto shift = hn::Set(tag, 0x1.8p23F);
     const hn::RebindToSigned<Tag> whole;
     const auto integers =
         hn::Sub(hn::BitCast(whole, hn::Add(hn::Trunc(scaled), shift)), hn::BitCast(whole, shift));
     const hn::Rebind<std::int16_t, Tag> narrow;
     const auto samples = hn::DemoteTo(narrow, integers);
-    // Through memory of the right type, so that the chunk may be plain bytes; no copy is left of
-    // it.
+    // An array of the right type lets the chunk be plain bytes. The compiler removes the copy.
     HWY_ALIGN std::int16_t lanes[hn::MaxLanes(narrow)];
     hn::Store(samples, narrow, lanes);
     std::memcpy(bytes + first * sizeof(std::int16_t), lanes,
@@ -75,7 +74,7 @@ void convertFrames(const float* const* channels, std::uint32_t channelCount, std
     const std::size_t lanes = hn::Lanes(wide);
     std::size_t first = 0;
     if constexpr (averaging == Averaging::none) {
-        // So little is done for one vector that the loop itself counts.
+        // Unrolled: one vector is so little work that the loop overhead is noticeable.
         for (; first + 2 * lanes <= frames; first += 2 * lanes) {
             convertVector<averaging>(wide, channels, channelCount, first, bytes);
             convertVector<averaging>(wide, channels, channelCount, first + lanes, bytes);

@@ -47,7 +47,8 @@ void ToggleHotkey::registerHotKey(std::uint32_t modifiers, std::uint32_t id,
     log_.write(successLine);
 }
 
-// Nothing is decided here: the callbacks may take their time, and the event manager is waiting.
+// Only posts to the main queue: the callbacks may take long, and the event manager waits for this
+// handler.
 OSStatus ToggleHotkey::handleEvent(platform::EventHandlerCall* /*next*/, platform::Event* event,
                                    void* userData) {
     if (userData == nullptr || event == nullptr) {
@@ -81,7 +82,7 @@ void ToggleHotkey::dispatch(std::uint32_t id, std::uint32_t kind) const {
 }
 
 void ToggleHotkey::stop() {
-    // A status here could only tell that there is nothing left to undo.
+    // The statuses are ignored: an error only means that there is nothing left to undo.
     if (holdRef_ != nullptr) {
         eventManager_.unregisterEventHotKey(holdRef_);
         holdRef_ = nullptr;

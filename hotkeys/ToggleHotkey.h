@@ -11,29 +11,31 @@
 
 namespace tarvik {
 
-/// The two system-wide hotkeys: ⌥ Space, held to talk, and ⌥ ⇧ Space, tapped to toggle.
+/// The two system-wide hotkeys: ⌥ Space, held while talking, and ⌥ ⇧ Space, tapped to toggle.
 ///
 /// Main thread only. The callbacks run on the main thread, one at a time, in the order of the key
-/// events and after the event manager's handler has returned; one that is not set is skipped.
-/// Every press that the event manager reports is passed on; nothing is filtered here.
+/// events, after the event manager's handler has returned. An empty callback is skipped. Every
+/// press that the event manager reports is passed on; nothing is filtered here.
 ///
-/// The event manager holds only the bare address of a started object: the owner keeps it alive
-/// until stop(), for destruction unregisters nothing. It is made with std::make_shared.
+/// Made with std::make_shared. The event manager holds only the address of a started object, and
+/// destruction unregisters nothing. The owner therefore keeps the object alive until stop().
 class ToggleHotkey : public std::enable_shared_from_this<ToggleHotkey> {
   public:
     ToggleHotkey(platform::EventManager& eventManager, platform::MainQueue& mainQueue,
                  platform::Log& log);
 
-    /// The hold hotkey went down; it went up; the toggle hotkey went down. Set before start().
+    /// The hold hotkey went down. Set before start(), like the other callbacks.
     std::function<void()> onPress;
+    /// The hold hotkey went up.
     std::function<void()> onRelease;
+    /// The toggle hotkey went down.
     std::function<void()> onToggle;
 
-    /// Installs the event handler and registers both hotkeys; what succeeded is in the log. Only
-    /// after construction or stop().
+    /// Installs the event handler and registers both hotkeys. Logs each success and each failure.
+    /// Called only after construction or stop().
     void start();
 
-    /// Unregisters both hotkeys and removes the handler. Any number of times.
+    /// Unregisters both hotkeys and removes the event handler. Allowed any number of times.
     void stop();
 
   private:

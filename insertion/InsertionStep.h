@@ -8,14 +8,15 @@
 
 namespace tarvik {
 
-/// Where the text of a recording goes: what had the keyboard when the recording began.
+/// Where the text of a recording goes: the element and the process that had the keyboard focus when
+/// the recording began. Both may be absent.
 struct InsertionTarget {
     platform::AXUIElementRef element;
     std::optional<platform::ProcessIdentifier> processIdentifier;
 };
 
-/// Puts one piece of text into the target: replaces the selection of its element, and where there
-/// is no element or it refuses, types the text. An empty piece does nothing. Main thread.
+/// Inserts `text` into `target`: replaces the selection of the target's element. Types the text
+/// when there is no element or when the write fails. Does nothing for an empty text. Main thread.
 void insertPiece(const std::string& text, const InsertionTarget& target,
                  platform::Accessibility& accessibility, platform::KeyboardEvents& keyboard);
 

@@ -7,15 +7,16 @@
 
 namespace tarvik {
 
-/// Types text into other programs. It never touches the clipboard, its name notwithstanding.
+/// Types text into other programs. Despite its name this class never touches the clipboard.
 class Pasteboard {
   public:
     Pasteboard() = delete;
 
-    /// Types `text` (UTF-8) into the process `toPid`, or into whatever has the keyboard when there
-    /// is none, as key presses that carry at most 20 UTF-16 units each; a surrogate pair may be
-    /// divided between two presses. A press that the system refuses to make is skipped. Main
-    /// thread.
+    /// Types `text` (UTF-8) into the process `toPid`, or without one into the process that has the
+    /// keyboard focus.
+    ///
+    /// Each key press carries up to 20 UTF-16 units. The two halves of a surrogate pair may be in
+    /// different presses. A press whose events the system refuses to make is skipped. Main thread.
     static void typeString(std::string_view text, std::optional<platform::ProcessIdentifier> toPid,
                            platform::KeyboardEvents& keyboard);
 };

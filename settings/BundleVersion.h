@@ -6,7 +6,7 @@
 
 namespace tarvik {
 
-/// The application's version; "?" when the bundle does not say it.
+/// The application's version; "?" when the bundle has none.
 inline std::string versionText(const platform::Bundle& bundle) {
     return bundle.objectForInfoDictionaryKey("CFBundleShortVersionString").value_or("?");
 }

@@ -9,21 +9,21 @@
 
 namespace tarvik {
 
-/// One line of the setup window: the name of a permission, whether it is granted, and the button
-/// that starts to grant it. It only displays. Main thread only.
+/// One row of the setup window: the name of a permission, its status, and the button for granting
+/// the permission. The row only displays. Main thread only.
 class ConfigRow {
   public:
-    /// Points. Every line's name is this wide, so that what follows lines up.
+    /// The width of the name in points. All rows have the same, so that their other parts line up.
     static constexpr double nameWidth = 160;
-    /// What grows, shrinks or is cut off before the lines around it do.
+    /// The priority of views that grow, shrink or are cut off before other views.
     static constexpr platform::LayoutPriority yielding = 250;
 
-    /// The status reads "—" until the first apply(). `action` is what the button does, which is
-    /// named after both texts to a screen reader: the rows' buttons look alike.
+    /// The status is "—" until the first apply(). The button calls `action`. Its name for screen
+    /// readers consists of both texts, because the buttons of all rows have the same title.
     ConfigRow(platform::UserInterface& userInterface, const std::string& label,
               const std::string& buttonTitle, std::function<void()> action);
 
-    /// Shows `status` in the words given; every status but `granted` looks the same.
+    /// Shows `grantedLabel` when `status` is granted, and `deniedLabel` for every other status.
     void apply(PermissionStatus status, const std::string& grantedLabel,
                const std::string& deniedLabel);
 

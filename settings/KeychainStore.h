@@ -7,21 +7,21 @@
 
 namespace tarvik {
 
-/// Keeps the user's API key, in the user defaults and, its name notwithstanding, in no keychain.
+/// Stores the user's API key in the user defaults. Despite its name this class uses no keychain.
 ///
-/// Nothing is cached: each read asks the user defaults. Main thread.
+/// Nothing is cached: each read reads the user defaults. Main thread.
 class KeychainStore {
   public:
     static constexpr std::string_view defaultsKey = "deepgramApiKey";
 
     explicit KeychainStore(platform::Platform& platform);
 
-    /// The one store of the current platform. Any thread.
+    /// The store of the current platform. Any thread.
     static KeychainStore& shared();
 
-    /// The key exactly as it was stored; nothing when there is none or it is empty.
+    /// The stored key, unchanged. Nothing when the key is absent or empty.
     std::optional<std::string> apiKey() const;
-    /// Stores the key as it is, untrimmed; an absent or empty one removes the entry.
+    /// Stores the key unchanged. An absent or empty key removes the entry.
     void setApiKey(const std::optional<std::string>& apiKey);
 
   private:

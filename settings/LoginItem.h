@@ -11,12 +11,12 @@ class LoginItem {
   public:
     LoginItem() = delete;
 
-    /// Registers or unregisters the application, without asking what it is now. False when the
-    /// system refused, which is then in the log.
+    /// Registers or unregisters the application, whatever its current status. Returns false and
+    /// logs the error when the system refuses.
     static bool setEnabled(bool enabled, platform::LoginItemService& service, platform::Log& log);
 
-    /// Registers the application once in its life, so that a user who switches it off later is not
-    /// overruled; tried again at each launch until it has succeeded.
+    /// Registers the application unless an earlier launch has already succeeded in that. A user who
+    /// switches the login item off later is therefore not overruled.
     static void enableOnFirstRun(platform::LoginItemService& service,
                                  platform::UserDefaults& defaults, platform::Log& log);
 };

@@ -14,14 +14,14 @@ class PermissionChecker {
   public:
     PermissionChecker() = delete;
 
-    /// Asks for the microphone, also when the answer is known already, and calls `completion` later
-    /// on the main thread with whether it may be used.
+    /// Requests the microphone, even when the answer is known already. Calls `completion` on the
+    /// main thread, never inside this call, with whether the permission is granted.
     static void requestMicrophone(platform::CaptureAuthorization& authorization,
                                   platform::MainQueue& mainQueue, platform::Log& log,
                                   std::function<void(bool granted)> completion);
 
-    /// Whether other programs' text fields may be read and written; the desktop is made to ask for
-    /// it when not.
+    /// Returns whether the text fields of other programs may be read and written. Makes the desktop
+    /// ask for the permission when it is missing.
     static bool requestAccessibility(platform::Accessibility& accessibility, platform::Log& log);
 };
 

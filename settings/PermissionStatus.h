@@ -2,12 +2,12 @@
 
 namespace tarvik {
 
-/// Where a permission stands, as the setup window shows it.
+/// The status of a permission for the setup window.
 enum class PermissionStatus {
     granted,
     /// Refused or restricted.
     denied,
-    /// Never asked for, or in a state that only the system knows.
+    /// Never requested, or a status that this application does not know.
     notDetermined
 };
 

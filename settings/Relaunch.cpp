@@ -2,10 +2,10 @@
 
 namespace tarvik {
 
-// The path is only wrapped in quotes: it is the application's own, not a user's text.
+// Quotes are enough for the path: it is the application's own path and not a user's text.
 void relaunch(platform::Platform& platform, const std::string& delay) {
     const platform::Bundle& bundle = platform.bundle();
-    // A failure leaves nothing to do: the application ends either way, and is then started by hand.
+    // There is no remedy for a failure: the application ends, and the user starts it by hand.
     static_cast<void>(platform.taskLauncher().launch(
         "/bin/sh", {"-c", "sleep " + delay + " && " + bundle.openCommand() + " \"" +
                               bundle.bundlePath() + "\""}));

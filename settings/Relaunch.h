@@ -6,8 +6,8 @@
 
 namespace tarvik {
 
-/// Ends the application and has a new instance started once `delay` (seconds, as the shell's sleep
-/// takes them) have passed, by when this one is gone. Main thread.
+/// Ends the application and starts a new instance after `delay`, so that this instance has ended by
+/// then. `delay` is in seconds, in the format of the shell's sleep command. Main thread.
 void relaunch(platform::Platform& platform, const std::string& delay);
 
 }  // namespace tarvik

@@ -4,8 +4,8 @@
 
 namespace tarvik {
 
-/// Links to the panes of the system's settings in which the permissions are given; for the
-/// workspace to open, which knows what each means on its desktop.
+/// Links to the panes of the system settings in which the user grants the permissions. The
+/// workspace opens each link in the way of its desktop.
 class SettingsURLs {
   public:
     SettingsURLs() = delete;

@@ -3,7 +3,7 @@
 #include "settings/KeychainStore.h"
 #include "settings/SetupWindowController.h"
 
-// What the setup window shows, from top to bottom.
+// The content of the setup window, from top to bottom.
 namespace tarvik {
 
 namespace {

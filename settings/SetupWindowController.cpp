@@ -17,7 +17,7 @@ namespace tarvik {
 namespace {
 
 constexpr Seconds refreshInterval{1.0};
-/// Between the window and the edges of the screen, in points.
+/// The distance between the window and the edges of the screen, in points.
 constexpr double screenMargin = 20;
 
 PermissionStatus permissionStatus(int authorizationStatus) {
@@ -104,16 +104,16 @@ void SetupWindowController::grantMic() {
             platform_.captureAuthorization(), platform_.mainQueue(), platform_.log(),
             weakly(*this, [](SetupWindowController& self, bool) { self.refresh(); }));
     } else {
-        // The workspace logs it when it cannot, and there is no other way to go.
+        // The workspace logs a failure, and there is nothing else to try.
         static_cast<void>(platform_.workspace().openUrl(std::string(SettingsURLs::microphone)));
     }
 }
 
-// The file manager shows the application so that it can be dragged into a list that misses it.
+// The file manager shows the application, so that a user can drag it into a list without it.
 void SetupWindowController::grantAccess() {
     PermissionChecker::requestAccessibility(platform_.accessibility(), platform_.log());
     platform_.workspace().activateFileViewerSelecting(platform_.bundle().bundlePath());
-    // As above: a failure is in the log.
+    // As above: the workspace logs a failure.
     static_cast<void>(platform_.workspace().openUrl(std::string(SettingsURLs::accessibility)));
 }
 

@@ -7,17 +7,17 @@
 
 namespace tarvik {
 
-/// The window in which a user gets the application ready. It shows the live state of everything it
-/// names and re-reads it once a second while it is open. Main thread only.
+/// The window in which a user sets the application up. While the window is open, it reads the state
+/// of the key, the permissions and the login item once a second. Main thread only.
 class SetupWindowController : public std::enable_shared_from_this<SetupWindowController> {
   public:
-    /// Builds the window, which stays hidden.
+    /// Builds the window without showing it.
     explicit SetupWindowController(platform::Platform& platform);
 
-    /// The one controller of the current platform.
+    /// The controller of the current platform.
     static SetupWindowController& shared();
 
-    /// Brings the window up, in the top right corner of the main screen. Any number of times.
+    /// Shows the window in the top right corner of the main screen. Allowed any number of times.
     void show();
 
   private:
@@ -46,7 +46,7 @@ class SetupWindowController : public std::enable_shared_from_this<SetupWindowCon
     std::unique_ptr<ConfigRow> accessRow_;
     std::shared_ptr<platform::Checkbox> loginItemCheckbox_;
     std::unique_ptr<platform::Timer> refreshTimer_;
-    // Its controls call this object, and go with it.
+    // Declared last, so that the controls end before the members that their actions use.
     std::shared_ptr<platform::Window> window_;
 };
 

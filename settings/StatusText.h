@@ -6,7 +6,7 @@
 
 namespace tarvik {
 
-/// Makes `label` say that something is as it should be ("✓ …" in green) or not ("✗ …" in red).
+/// Shows a status in `label`: "✓ …" in green when it is good, "✗ …" in red when it is not.
 inline void showStatus(platform::Label& label, bool isGood, const std::string& text) {
     label.setText((isGood ? "✓ " : "✗ ") + text);
     label.setTextColor(isGood ? platform::SystemColor::green : platform::SystemColor::red);

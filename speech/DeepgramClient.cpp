@@ -53,7 +53,7 @@ void DeepgramClient::connect(std::function<void(bool isOpen)> completion) {
     mainQueue_.asyncAfter(openTimeout, weakly(*this, &DeepgramClient::openDeadline));
 }
 
-// The socket is left alone: one that opens late still carries the recording.
+// The socket stays open on purpose: a socket that opens late still carries the recording.
 void DeepgramClient::openDeadline() {
     if (const auto completion = pendingConnect_.take()) {
         log_.write("TarvikDictate: Deepgram WS open timeout (5s) — connect failed");
@@ -102,7 +102,7 @@ void DeepgramClient::finish(std::function<void()> completion) {
         completion();
         return;
     }
-    // Whether it leaves or not, the close deadline ends the stream.
+    // A send error needs no handling, because the close deadline ends the stream in any case.
     task->send({platform::WebSocketMessage::Kind::string, closeStreamMessage},
                [](const std::optional<Error>&) {});
     pendingFinish_.store(std::move(completion));
@@ -138,14 +138,15 @@ void DeepgramClient::handleReceived(const Result<platform::WebSocketMessage>& re
     }
 }
 
-// A message that says nothing is dropped without a word: the service sends several kinds, and new
-// ones may come at any time.
+// A message without a transcript is dropped without a log line: the service sends several kinds of
+// messages, and may add new kinds at any time.
 void DeepgramClient::handle(std::string_view jsonData) {
     std::optional<TranscriptMessage> message = parseTranscriptMessage(jsonData);
     if (!message) {
         return;
     }
-    // Held strongly: what was spoken is delivered even if the recording's owner has moved on.
+    // Holds the client strongly, so that the transcript is delivered even when the owner has
+    // released the client.
     mainQueue_.async([self = shared_from_this(), message = std::move(*message)] {
         if (self->onTranscript) {
             self->onTranscript(message.text, message.isFinal);

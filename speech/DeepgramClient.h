@@ -17,40 +17,40 @@ namespace tarvik {
 /// The stream of one recording to the live speech service: audio up, transcripts down, over one web
 /// socket.
 ///
-/// Order of use: make, assign the callbacks, connect() once, send() any number of times, finish().
-/// The main thread calls it, send() excepted, which belongs to the audio delivery thread. The
-/// session's serial queue brings the notifications of the socket. What these threads share is
-/// atomic, and a completion is taken out of its field in one exchange, so that it is delivered at
-/// most once.
+/// Order of use: make(), assign the callbacks, connect() once, send() any number of times,
+/// finish(). The main thread calls all operations except send(), which the audio delivery thread
+/// calls. The session's serial queue delivers the socket's notifications. Fields that several
+/// threads use are atomic. A completion is taken with one exchange, so it is called at most once.
 ///
-/// It has no teardown: once connected, its session keeps it alive until the connection has ended.
+/// The client needs no teardown: from connect() on, its session holds the client until the
+/// connection has ended.
 class DeepgramClient : public platform::WebSocketSessionDelegate,
                        public std::enable_shared_from_this<DeepgramClient> {
   public:
-    /// What a client uses; all outlive it.
+    /// The services that a client uses. They outlive the client.
     struct Services {
         platform::WebSocketService& webSockets;
         platform::MainQueue& mainQueue;
         platform::Log& log;
     };
 
-    /// `host` is a host name with an optional ":port", `apiKey` is sent as it is, `sampleRate` is
-    /// that of the audio, in hertz.
+    /// Makes a client. `host` is a host name with an optional ":port". `apiKey` is sent unchanged.
+    /// `sampleRate` is the sample rate of the audio in hertz.
     static std::shared_ptr<DeepgramClient> make(Services services, std::string host,
                                                 std::string apiKey, std::int64_t sampleRate);
 
-    /// Opens the stream. The completion (not empty) comes on the main thread: true once it is open,
-    /// false when it closed before that or is not open after 5 seconds. A host that gives no
-    /// address is logged, and the completion then never comes.
+    /// Opens the stream. Calls `completion` (not empty) on the main thread: with true when the
+    /// stream is open, with false when it closed or is not open after 5 s. A `host` that cannot be
+    /// part of an address is logged, and the completion is never called.
     void connect(std::function<void(bool isOpen)> completion);
 
-    /// Sends one chunk of audio as one message; dropped while the stream is not open. Any thread;
-    /// never blocks.
+    /// Sends one chunk of audio as one message. Drops the chunk while the stream is not open. Any
+    /// thread; never blocks.
     void send(std::string pcm);
 
-    /// Says that no more audio comes and calls `completion` (not empty) on the main thread once the
-    /// service has closed the stream, after 2 seconds at the latest; at once, inside the call, when
-    /// the stream is not open.
+    /// Announces the end of the audio. Calls `completion` (not empty) on the main thread when the
+    /// service has closed the stream, at the latest after 2 s. When the stream is not open, the
+    /// completion is called inside this call.
     void finish(std::function<void()> completion);
 
     void didOpen(platform::WebSocketTask& task, const std::string& protocol) override;
@@ -77,11 +77,10 @@ class DeepgramClient : public platform::WebSocketSessionDelegate,
     OneShot<bool> pendingConnect_;
 
   public:
-    /// A transcript (never empty) and whether it is final. Main thread.
+    /// Called on the main thread with each transcript (never empty) and whether it is final.
     std::function<void(const std::string& text, bool isFinal)> onTranscript;
-    /// A message could not be sent, or no more can be received: once for each message of audio that
-    /// was given to a lost connection, and once for the end of receiving. The session's serial
-    /// queue.
+    /// Called on the session's serial queue: once for each audio message that could not be sent,
+    /// and once with the error that ended receiving.
     std::function<void(const Error&)> onError;
 
   private:

@@ -26,7 +26,7 @@ constexpr bool isPort(std::string_view text) {
     return port > 0 && port <= greatest;
 }
 
-// An IPv6 address stands in brackets, because of its colons.
+// An IPv6 address is in brackets, because it contains colons.
 constexpr bool isBracketedAddress(std::string_view name) {
     return name.size() > 2 && name.front() == '[' && name.back() == ']' &&
            std::all_of(name.begin() + 1, name.end() - 1, [](char c) {

@@ -8,12 +8,12 @@
 
 namespace tarvik {
 
-/// The host, with an optional ":port", to stream to: the one that the user has stored under
-/// "deepgramHost", as it is, or the built-in one.
+/// The host to stream to, with an optional ":port": the unchanged value of the user default
+/// "deepgramHost", or the built-in host when there is none.
 std::string streamingHost(const platform::UserDefaults& defaults);
 
-/// The address of a stream of mono 16-bit audio at `sampleRate` hertz. Nothing when `host` cannot
-/// be the host and port of an address.
+/// The URL of a stream of mono 16-bit audio at `sampleRate` hertz. Nothing when `host` is not a
+/// valid host with an optional port.
 std::optional<std::string> listenUrl(const std::string& host, std::int64_t sampleRate);
 
 }  // namespace tarvik

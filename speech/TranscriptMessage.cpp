@@ -19,7 +19,7 @@ std::optional<simdjson::dom::object> firstAlternative(const simdjson::dom::objec
     std::optional<simdjson::dom::object> first;
     for (const simdjson::dom::element element : alternatives) {
         simdjson::dom::object alternative;
-        // One element of another kind makes the array something other than alternatives.
+        // An element that is no object means that the array is not a list of alternatives.
         if (element.get(alternative) != simdjson::SUCCESS) {
             return std::nullopt;
         }

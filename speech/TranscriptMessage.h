@@ -6,20 +6,20 @@
 
 namespace tarvik {
 
-/// What a message of the speech service says that was spoken.
+/// The transcript in a message of the speech service.
 struct TranscriptMessage {
     /// Never empty; not trimmed.
     std::string text;
-    /// The text will not be revised any more.
+    /// Whether the service will not revise the text any more.
     bool isFinal = false;
 };
 
-/// Reads a message (JSON, UTF-8) by its shape alone: the transcript of its channel's first
-/// alternative.
+/// Reads the transcript of the first alternative of a message's channel. `json` is UTF-8; only the
+/// shape of the message counts, not its type. Any thread.
 ///
-/// Nothing for a message of any other shape, without text, or malformed. Nothing either for what no
-/// real message comes near, in whichever member it is: more than 512 levels or 1 MiB, an integer
-/// beyond 64 bits, a real number beyond a double, a byte order mark in front. Any thread.
+/// Nothing for malformed JSON, for any other shape and for an empty transcript. Nothing either for
+/// JSON far beyond real messages, in any member: more than 512 levels or 1 MiB, an integer beyond
+/// 64 bits, a number beyond a double, a leading byte order mark.
 std::optional<TranscriptMessage> parseTranscriptMessage(std::string_view json);
 
 }  // namespace tarvik

@@ -2,7 +2,7 @@
 
 namespace tarvik {
 
-/// The call to action that is due after so much dictation.
+/// The two calls to action, named after the total dictation time at which they are due.
 enum class CTATier { tenMinute, sixtyMinute };
 
 }  // namespace tarvik

@@ -54,7 +54,8 @@ CTAWindowController& CTAWindowController::shared() {
     return platform::Platform::current().shared<CTAWindowController>();
 }
 
-// Unlike the setup window it comes while the user works elsewhere, and asks more firmly.
+// Unlike the setup window this window appears while the user works in another program. Only the
+// firmer request brings it to the front then.
 void CTAWindowController::show(CTATier tier) {
     tier_ = tier;
     buildContent();
@@ -123,7 +124,7 @@ void CTAWindowController::styleButton(platform::Button& button, bool primary) {
 }
 
 void CTAWindowController::visitTapped() {
-    // A link that cannot be opened is in the log; the user has decided either way.
+    // The workspace logs a failure. The window closes anyway, because the user has decided.
     static_cast<void>(platform_.workspace().openUrl(std::string("https://") + websiteDomain));
     window_->close();
 }

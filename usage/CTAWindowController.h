@@ -7,17 +7,17 @@
 
 namespace tarvik {
 
-/// The window that points to the product's website once the user has dictated for a while. It never
-/// blocks dictation. Main thread only.
+/// The window that points to the product website after the user has dictated for a while. The
+/// window never blocks dictation. Main thread only.
 class CTAWindowController {
   public:
-    /// Makes the window, hidden and empty.
+    /// Makes a hidden, empty window.
     explicit CTAWindowController(platform::Platform& platform);
 
-    /// The one controller of the current platform.
+    /// The controller of the current platform.
     static CTAWindowController& shared();
 
-    /// Brings the window up with the texts of `tier`.
+    /// Shows the window with the texts of `tier`.
     void show(CTATier tier);
 
   private:
@@ -31,7 +31,7 @@ class CTAWindowController {
 
     platform::Platform& platform_;
     CTATier tier_ = CTATier::tenMinute;
-    // Its controls call this object, and go with it.
+    // Declared last, so that the controls end before the members that their actions use.
     std::shared_ptr<platform::Window> window_;
 };
 

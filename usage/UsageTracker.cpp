@@ -20,8 +20,8 @@ std::optional<CTATier> UsageTracker::recordSession(std::int64_t seconds) {
     if (defaults_.boolForKey(kPermDismissed)) {
         return std::nullopt;
     }
-    // Sixty before ten: one long session may pass both, and the ten-minute one then follows the
-    // next.
+    // Sixty minutes first: one long session may pass both limits. The ten-minute call then follows
+    // after the next session.
     if (total >= sixtyMinutes && takeFirstTime(kCTA60Shown)) {
         return CTATier::sixtyMinute;
     }

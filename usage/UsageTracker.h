@@ -8,22 +8,25 @@
 
 namespace tarvik {
 
-/// Adds up how long the user has dictated in all and decides which call to action is due.
+/// Adds up the total dictation time and decides which call to action is due.
 ///
-/// All state is in the user defaults, and only ever moves forward. Main thread.
+/// All state is in the user defaults. The total only grows, and a flag once set stays set. Main
+/// thread.
 class UsageTracker {
   public:
     explicit UsageTracker(platform::Platform& platform);
 
-    /// The one tracker of the current platform. Any thread.
+    /// The tracker of the current platform. Any thread.
     static UsageTracker& shared();
 
-    /// Adds a finished session of so many whole seconds (below 1: nothing happens) and answers the
-    /// call to action that is due now, each one once in the life of the installation. A total past
-    /// the range of 64 bits is said in the log and stops the process; nothing is stored then.
+    /// Adds a finished session of `seconds` to the total and returns the call to action that is due
+    /// now. Each call to action is returned once per installation.
+    ///
+    /// Does nothing when `seconds` is below 1. A total beyond 64 bits is logged and aborts the
+    /// process; nothing is stored then.
     std::optional<CTATier> recordSession(std::int64_t seconds);
 
-    /// No call to action comes any more; the total keeps growing.
+    /// Ends all calls to action. The total keeps growing.
     void dismissPermanently();
 
   private:
