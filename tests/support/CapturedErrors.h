@@ -17,7 +17,8 @@
 
 namespace tarvik::tests {
 
-/// Standard error as a pipe, as long as the object lives.
+/// Redirects standard error into a pipe while the object lives. One thread. Every read blocks until
+/// there is more output, unless the comment says otherwise.
 class CapturedErrors {
   public:
     CapturedErrors() : saved_(dup(STDERR_FILENO)) {
@@ -33,6 +34,7 @@ class CapturedErrors {
     CapturedErrors(const CapturedErrors&) = delete;
     CapturedErrors& operator=(const CapturedErrors&) = delete;
 
+    /// Ends the redirection. Allowed any number of times.
     void restore() {
         if (saved_) {
             dup2(saved_.number(), STDERR_FILENO);
@@ -40,24 +42,24 @@ class CapturedErrors {
         }
     }
 
-    /// Reads on until `text` has come; false at the end.
+    /// Reads until `text` has been written; false when the output ends before that.
     bool readUntil(const std::string& text) {
         return readWhile([&] { return text_.find(text) == std::string::npos; });
     }
 
-    /// Reads on until so many lines have come; false at the end.
+    /// Reads until `count` lines have been written; false when the output ends before that.
     bool readLines(std::ptrdiff_t count) {
         return readWhile([&] { return std::count(text_.begin(), text_.end(), '\n') < count; });
     }
 
-    /// Everything that was written, up to the end.
+    /// Ends the redirection and returns every line that was written.
     std::vector<std::string> lines() {
         restore();
         readUntil("never written");
         return split();
     }
 
-    /// The whole lines that have come so far, without waiting.
+    /// The complete lines that have been written so far, without waiting.
     std::vector<std::string> linesSoFar() {
         readWhile([this] {
             pollfd readable{output_.number(), POLLIN, 0};

@@ -5,8 +5,8 @@
 
 namespace tarvik::simulated {
 
-/// A thread that is waited for when it goes. (Not every standard library that builds the core has
-/// std::jthread.)
+/// A thread that the destructor joins. It replaces std::jthread, which not every supported standard
+/// library has.
 class JoiningThread {
   public:
     template <typename Work>

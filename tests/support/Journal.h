@@ -9,9 +9,8 @@
 
 namespace tarvik::simulated {
 
-/// What all simulated services were asked to do, one line an event, in the order in which it
-/// happened across the services ("log …", "registerEventHotKey …", "setContentTintColor red"). Any
-/// thread.
+/// The calls of all simulated services in one order, one line per call, for example "log …",
+/// "registerEventHotKey …" or "setContentTintColor red". Any thread.
 class Journal {
   public:
     void add(std::string line) {
@@ -35,6 +34,7 @@ class Journal {
         return found;
     }
 
+    /// How often exactly this line was added.
     std::size_t count(std::string_view line) const {
         const std::lock_guard lock(mutex_);
         return static_cast<std::size_t>(std::count(lines_.begin(), lines_.end(), line));

@@ -11,17 +11,18 @@ void RealTimeQueue::async(std::function<void()> block) {
 }
 
 void RealTimeQueue::asyncAfter(Seconds delay, std::function<void()> block) {
-    const auto moment = std::chrono::steady_clock::now() +
-                        std::chrono::ceil<std::chrono::steady_clock::duration>(delay);
+    const auto due = std::chrono::steady_clock::now() +
+                     std::chrono::ceil<std::chrono::steady_clock::duration>(delay);
     const std::lock_guard lock(mutex_);
-    blocks_.emplace(moment, std::move(block));
+    blocks_.emplace(due, std::move(block));
     changed_.notify_one();
 }
 
-// Runs what is due now, or waits for the next block, but not past `lookAgain`.
-void RealTimeQueue::runDue(Moment lookAgain) {
+// Waits for the next due block, at most until `deadline`, and runs all due blocks.
+void RealTimeQueue::runDue(SteadyTimePoint deadline) {
     std::unique_lock lock(mutex_);
-    const Moment next = blocks_.empty() ? lookAgain : std::min(blocks_.begin()->first, lookAgain);
+    const SteadyTimePoint next =
+        blocks_.empty() ? deadline : std::min(blocks_.begin()->first, deadline);
     if (next > std::chrono::steady_clock::now()) {
         changed_.wait_until(lock, next);
     }
@@ -34,10 +35,10 @@ void RealTimeQueue::runDue(Moment lookAgain) {
 }
 
 bool RealTimeQueue::runUntil(const std::function<bool()>& condition,
-                             std::chrono::milliseconds deadline) {
-    const Moment end = std::chrono::steady_clock::now() + deadline;
+                             std::chrono::milliseconds timeout) {
+    const SteadyTimePoint deadline = std::chrono::steady_clock::now() + timeout;
     while (!condition()) {
-        if (std::chrono::steady_clock::now() > end) {
+        if (std::chrono::steady_clock::now() > deadline) {
             return false;
         }
         runDue(std::chrono::steady_clock::now() + 2ms);

@@ -11,27 +11,27 @@
 
 namespace tarvik::tests {
 
-/// A main queue that the thread of a test runs while it waits for something.
+/// A main queue in real time. The test's thread runs the blocks while it waits for a condition.
 class RealTimeQueue final : public platform::MainQueue {
   public:
     void async(std::function<void()> block) override;
     void asyncAfter(Seconds delay, std::function<void()> block) override;
 
-    /// Runs blocks until `condition`, looked at every few milliseconds, holds; false when that
-    /// takes longer than `deadline`.
+    /// Runs blocks until `condition` holds, checked every few milliseconds; false when `timeout`
+    /// has passed before that.
     bool runUntil(const std::function<bool()>& condition,
-                  std::chrono::milliseconds deadline = std::chrono::seconds(10));
-    /// Runs blocks for that long, to see that nothing comes.
+                  std::chrono::milliseconds timeout = std::chrono::seconds(10));
+    /// Runs blocks for `interval`, for a test that nothing happens.
     void runFor(std::chrono::milliseconds interval);
 
   private:
-    using Moment = std::chrono::steady_clock::time_point;
+    using SteadyTimePoint = std::chrono::steady_clock::time_point;
 
-    void runDue(Moment lookAgain);
+    void runDue(SteadyTimePoint deadline);
 
     std::mutex mutex_;
     std::condition_variable changed_;
-    std::multimap<Moment, std::function<void()>> blocks_;
+    std::multimap<SteadyTimePoint, std::function<void()>> blocks_;
 };
 
 }  // namespace tarvik::tests

@@ -7,21 +7,23 @@
 
 namespace tarvik::simulated {
 
-/// A queue whose blocks run one at a time on whichever thread the test runs them. Any thread.
+/// A queue that runs its blocks one at a time, on the thread on which a test calls runOne() or
+/// runAll(). Any thread.
 class SerialQueue {
   public:
+    /// Adds `block` at the end.
     void submit(std::function<void()> block);
-    /// Puts `block` before those that wait.
+    /// Adds `block` before all waiting blocks.
     void submitFirst(std::function<void()> block);
-    /// Runs one block; false when none waits or one is running already.
+    /// Runs one block; false when no block waits or another block is running.
     bool runOne();
     /// Runs blocks until none waits.
     void runAll();
 
     bool isEmpty() const;
-    /// True while a block of this queue runs on the calling thread.
+    /// Whether a block of this queue is running on the calling thread.
     bool isCurrent() const;
-    /// Destroys what waits without running it.
+    /// Destroys the waiting blocks without running them.
     void clear();
 
   private:

@@ -11,20 +11,21 @@
 
 namespace tarvik::simulated {
 
-/// A text element of another program. A write replaces the selection and leaves the caret after it.
+/// A text element of another program. A write replaces the selection and puts the caret behind the
+/// new text.
 class SimulatedElement final : public platform::AXUIElement {
   public:
-    /// What a write answers; anything but success leaves the text alone.
+    /// The result of every write. A write with an error does not change the text.
     platform::AXError writeStatus = platform::axErrorSuccess;
     std::string text;
-    /// In bytes.
+    /// The selection, in bytes.
     std::size_t selectionStart = 0;
     std::size_t selectionLength = 0;
-    /// Every text that was written, refused ones too.
+    /// The texts of all writes, including failed ones.
     std::vector<std::string> attempts;
 };
 
-/// A desktop whose focus a test sets.
+/// Accessibility of a desktop whose focus a test sets.
 class SimulatedAccessibility final : public platform::Accessibility {
   public:
     explicit SimulatedAccessibility(Journal& journal) : journal_(journal) {}
@@ -39,17 +40,17 @@ class SimulatedAccessibility final : public platform::Accessibility {
     bool isProcessTrusted() override;
     bool isProcessTrustedWithOptions(bool prompt) override;
 
-    /// Makes a text element that has the focus from now on.
+    /// Makes a text element and gives it the focus.
     std::shared_ptr<SimulatedElement> focusNewElement();
 
-    /// The element that has the focus; none is a success without a value, as focusStatus allows.
+    /// The element with the focus. Without one, reading the focus yields focusStatus and no value.
     std::shared_ptr<SimulatedElement> focusedElement;
-    /// What asking for the focused element answers; the value is handed out all the same.
+    /// The result of reading the focused element. Even an error comes with the value.
     platform::AXError focusStatus = platform::axErrorSuccess;
     bool isTrusted = true;
-    /// How often permission was asked for with the prompt.
+    /// How often the permission was requested with the prompt.
     int prompts = 0;
-    /// Every write to any element, refused ones too.
+    /// The writes to all elements, including failed ones.
     std::vector<std::pair<platform::AXUIElementRef, std::string>> writes;
 
   private:

@@ -15,16 +15,16 @@ class SimulatedApplication final : public platform::Application {
 
     void setDelegate(std::shared_ptr<platform::ApplicationDelegate> delegate) override;
     void setActivationPolicy(platform::ActivationPolicy policy) override;
-    /// Tells the delegate of the launch in the first turn, then lets virtual time run until
-    /// terminate(). Fails (status 1) when nothing is left that could ever call it.
+    /// Notifies the delegate of the launch in the first turn. Then advances virtual time until
+    /// terminate(). Returns status 1 when nothing is left to run that could call terminate().
     int run() override;
     void terminate() override;
     void activate() override { journal_.add("activate"); }
     void activateIgnoringOtherApps() override { journal_.add("activateIgnoringOtherApps"); }
 
-    /// The user opens the running application again; the delegate's answer.
+    /// The user opens the running application again. Returns the delegate's result.
     bool reopen(bool hasVisibleWindows);
-    /// A shortcut of the desktop asks for `action`.
+    /// A shortcut of the desktop requests `action`.
     void perform(platform::ApplicationAction action) {
         delegate_->applicationShouldPerform(action);
     }

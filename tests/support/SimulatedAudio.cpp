@@ -11,17 +11,17 @@ std::unique_ptr<platform::AudioEngine> SimulatedAudio::makeEngine() {
         const std::lock_guard lock(mutex_);
         engines_.push_back(record);
     }
-    SimulatedAudioEngine::Surroundings surroundings;
-    surroundings.inputFormat = [this] { return inputFormat(); };
-    surroundings.startFailure = [this]() -> std::optional<Error> {
+    SimulatedAudioEngine::Context context;
+    context.inputFormat = [this] { return inputFormat(); };
+    context.startFailure = [this]() -> std::optional<Error> {
         const std::lock_guard lock(mutex_);
         if (!startFailure_ && !(inputFormat_.sampleRate > 0)) {
             return Error{0, "there is no microphone"};
         }
         return startFailure_;
     };
-    surroundings.note = [this](const std::string& call) { journal_.add("audio " + call); };
-    return std::make_unique<SimulatedAudioEngine>(std::move(surroundings), std::move(record));
+    context.onCall = [this](const std::string& call) { journal_.add("audio " + call); };
+    return std::make_unique<SimulatedAudioEngine>(std::move(context), std::move(record));
 }
 
 std::unique_ptr<platform::AudioObservation> SimulatedAudio::observeConfigurationChange(
@@ -52,8 +52,8 @@ void SimulatedAudio::setStartFailure(std::optional<Error> failure) {
 
 void SimulatedAudio::changeConfiguration() {
     const std::lock_guard lock(mutex_);
-    if (!changeIsPending_) {
-        changeIsPending_ = true;
+    if (!isChangePending_) {
+        isChangePending_ = true;
         time_.async([this] { notifyObservers(); });
     }
 }
@@ -61,7 +61,7 @@ void SimulatedAudio::changeConfiguration() {
 void SimulatedAudio::notifyObservers() {
     {
         const std::lock_guard lock(mutex_);
-        changeIsPending_ = false;
+        isChangePending_ = false;
     }
     observers_.call();
 }

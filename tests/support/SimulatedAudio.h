@@ -15,7 +15,7 @@
 
 namespace tarvik::simulated {
 
-/// A sound system whose microphone a test plugs, unplugs and speaks into.
+/// An audio service whose microphone a test plugs in, unplugs and speaks into.
 class SimulatedAudio final : public platform::AudioService {
   public:
     SimulatedAudio(SimulatedTime& time, Journal& journal) : time_(time), journal_(journal) {}
@@ -24,27 +24,27 @@ class SimulatedAudio final : public platform::AudioService {
     [[nodiscard]] std::unique_ptr<platform::AudioObservation> observeConfigurationChange(
         std::function<void()> handler) override;
 
-    /// The default microphone is this one from now on; nobody is told. Any thread.
+    /// Sets the format of the default microphone, without notifying the observers. Any thread.
     void setInputFormat(const platform::AudioFormat& format);
-    /// There is no microphone any more; nobody is told. Any thread.
+    /// Removes the microphone, without notifying the observers. Any thread.
     void removeInput() { setInputFormat({0, 0}); }
-    /// Tells the observers, through the main queue; several calls in one turn are one burst.
+    /// Notifies the observers through the main queue. Several calls in one turn are one burst.
     void changeConfiguration();
 
-    /// What starting an engine answers; an engine without a microphone fails anyway.
+    /// Sets the result of starting an engine. Without a microphone the start fails in any case.
     void setStartFailure(std::optional<Error> failure);
 
-    /// The engines made so far, gone ones too, from first to last. Any thread.
+    /// The records of all engines so far, from first to last, including destroyed ones. Any thread.
     std::vector<std::shared_ptr<SimulatedAudioEngineRecord>> engines() const;
     std::shared_ptr<SimulatedAudioEngineRecord> lastEngine() const { return engines().back(); }
     std::size_t observers() const { return observers_.count(); }
 
-    /// Hands one buffer to every running engine with a tap, on the calling thread: one array of
-    /// samples for each channel, all of one length. False when no engine took it.
+    /// Delivers one buffer to every running engine with a tap, on the calling thread. `channels`
+    /// has one array of samples per channel, all of the same length. False when no engine took it.
     bool deliver(const std::vector<std::vector<float>>& channels);
-    /// The same, with a buffer whose format claims another number of channels.
+    /// As above, with a buffer whose format claims `channelCount` channels.
     bool deliver(const std::vector<std::vector<float>>& channels, std::uint32_t channelCount);
-    /// The same, with a buffer that does not hold float samples.
+    /// As above, with a buffer that holds no float samples.
     bool deliverWithoutFloatSamples(std::uint32_t frames);
 
   private:
@@ -59,7 +59,7 @@ class SimulatedAudio final : public platform::AudioService {
     std::optional<Error> startFailure_;
     std::vector<std::shared_ptr<SimulatedAudioEngineRecord>> engines_;
     Observers<platform::AudioObservation> observers_;
-    bool changeIsPending_ = false;
+    bool isChangePending_ = false;
 };
 
 }  // namespace tarvik::simulated

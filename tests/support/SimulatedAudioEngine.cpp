@@ -16,7 +16,7 @@ platform::AudioTapBlock SimulatedAudioEngineRecord::tap() const {
 
 bool SimulatedAudioEngineRecord::deliver(const platform::AudioPcmBuffer& buffer) {
     const std::lock_guard lock(tapMutex_);
-    if (!running_ || !tap_) {
+    if (!isRunning_ || !tap_) {
         return false;
     }
     tap_(buffer);
@@ -33,52 +33,52 @@ void SimulatedAudioEngineRecord::setTap(platform::AudioTapBlock block) {
     tap_ = std::move(block);
 }
 
-SimulatedAudioEngine::SimulatedAudioEngine(Surroundings surroundings,
+SimulatedAudioEngine::SimulatedAudioEngine(Context context,
                                            std::shared_ptr<SimulatedAudioEngineRecord> record)
-    : surroundings_(std::move(surroundings)), record_(std::move(record)) {}
+    : context_(std::move(context)), record_(std::move(record)) {}
 
 SimulatedAudioEngine::~SimulatedAudioEngine() {
-    record_->running_ = false;
+    record_->isRunning_ = false;
     record_->setTap(nullptr);
-    record_->alive_ = false;
+    record_->isAlive_ = false;
 }
 
-void SimulatedAudioEngine::note(const std::string& call) {
+void SimulatedAudioEngine::recordCall(const std::string& call) {
     record_->addCall(call);
-    surroundings_.note(call);
+    context_.onCall(call);
 }
 
 void SimulatedAudioEngine::prepare() {
-    note("prepare");
+    recordCall("prepare");
 }
 
 std::optional<Error> SimulatedAudioEngine::start() {
-    note("start");
-    std::optional<Error> failure = surroundings_.startFailure();
-    record_->running_ = !failure.has_value();
+    recordCall("start");
+    std::optional<Error> failure = context_.startFailure();
+    record_->isRunning_ = !failure.has_value();
     return failure;
 }
 
 void SimulatedAudioEngine::stop() {
-    note("stop");
-    record_->running_ = false;
+    recordCall("stop");
+    record_->isRunning_ = false;
 }
 
 platform::AudioFormat SimulatedAudioEngine::inputFormatForBus(std::uint32_t bus) {
-    note("inputFormat " + std::to_string(bus));
-    return surroundings_.inputFormat();
+    recordCall("inputFormat " + std::to_string(bus));
+    return context_.inputFormat();
 }
 
 void SimulatedAudioEngine::installTapOnBus(std::uint32_t bus, std::uint32_t bufferSize,
                                            const platform::AudioFormat& format,
                                            platform::AudioTapBlock block) {
-    note("installTap " + std::to_string(bus) + " " + std::to_string(bufferSize) + " " +
-         std::to_string(static_cast<long>(format.sampleRate)));
+    recordCall("installTap " + std::to_string(bus) + " " + std::to_string(bufferSize) + " " +
+               std::to_string(static_cast<long>(format.sampleRate)));
     record_->setTap(std::move(block));
 }
 
 void SimulatedAudioEngine::removeTapOnBus(std::uint32_t bus) {
-    note("removeTap " + std::to_string(bus));
+    recordCall("removeTap " + std::to_string(bus));
     record_->setTap(nullptr);
 }
 

@@ -11,22 +11,22 @@
 
 namespace tarvik::simulated {
 
-/// What an engine is doing and what it was asked to do; it outlives the engine, so that a test can
-/// look at one that is gone. Any thread.
+/// The state and the calls of one engine. The record outlives the engine, so that a test can
+/// inspect a destroyed engine. Any thread.
 class SimulatedAudioEngineRecord {
   public:
-    /// "inputFormat 0", "installTap 0 2048 48000", "prepare", "start", "removeTap 0", "stop", in
-    /// order; the first number is the bus.
+    /// The calls in order: "inputFormat 0", "installTap 0 2048 48000", "prepare", "start",
+    /// "removeTap 0", "stop". The first number is the bus.
     std::vector<std::string> calls() const;
-    bool isRunning() const { return running_; }
-    /// The block of the tap, empty when there is none: what a delivery under way still calls when
-    /// the engine goes.
+    bool isRunning() const { return isRunning_; }
+    /// The block of the tap, empty without a tap. A test keeps the block to call it after the end
+    /// of the engine, like a delivery that is already under way.
     platform::AudioTapBlock tap() const;
-    /// False once the engine has been destroyed.
-    bool isAlive() const { return alive_; }
+    /// Whether the engine still exists.
+    bool isAlive() const { return isAlive_; }
 
-    /// Hands a buffer to the tap, on the calling thread; false when the engine does not run or has
-    /// no tap.
+    /// Delivers a buffer to the tap, on the calling thread; false when the engine does not run or
+    /// has no tap.
     bool deliver(const platform::AudioPcmBuffer& buffer);
 
   private:
@@ -37,25 +37,25 @@ class SimulatedAudioEngineRecord {
 
     mutable std::mutex mutex_;
     std::vector<std::string> calls_;
-    // Held while the tap's block runs, so that a removed tap is not running any more.
+    // Held while the tap's block runs, so that the block does not run any more once the tap is
+    // removed.
     mutable std::mutex tapMutex_;
     platform::AudioTapBlock tap_;
-    std::atomic<bool> running_ = false;
-    std::atomic<bool> alive_ = true;
+    std::atomic<bool> isRunning_ = false;
+    std::atomic<bool> isAlive_ = true;
 };
 
-/// An engine that captures what a test delivers.
+/// An engine that captures the buffers of a test.
 class SimulatedAudioEngine final : public platform::AudioEngine, public platform::AudioInputNode {
   public:
-    /// What the engine asks of its surroundings.
-    struct Surroundings {
+    /// What the engine needs from the simulated audio service.
+    struct Context {
         std::function<platform::AudioFormat()> inputFormat;
         std::function<std::optional<Error>()> startFailure;
-        std::function<void(const std::string&)> note;
+        std::function<void(const std::string&)> onCall;
     };
 
-    SimulatedAudioEngine(Surroundings surroundings,
-                         std::shared_ptr<SimulatedAudioEngineRecord> record);
+    SimulatedAudioEngine(Context context, std::shared_ptr<SimulatedAudioEngineRecord> record);
     ~SimulatedAudioEngine() override;
 
     platform::AudioInputNode& inputNode() override { return *this; }
@@ -70,9 +70,9 @@ class SimulatedAudioEngine final : public platform::AudioEngine, public platform
     void removeTapOnBus(std::uint32_t bus) override;
 
   private:
-    void note(const std::string& call);
+    void recordCall(const std::string& call);
 
-    Surroundings surroundings_;
+    Context context_;
     std::shared_ptr<SimulatedAudioEngineRecord> record_;
 };
 

@@ -11,7 +11,7 @@
 
 namespace tarvik::simulated {
 
-/// An installed application whose information dictionary a test writes.
+/// A bundle whose information dictionary a test sets.
 class SimulatedBundle final : public platform::Bundle {
   public:
     std::optional<std::string> objectForInfoDictionaryKey(std::string_view key) const override {
@@ -28,7 +28,7 @@ class SimulatedBundle final : public platform::Bundle {
         info.insert_or_assign("CFBundleShortVersionString", version);
     }
     void removeVersion() { info.erase("CFBundleShortVersionString"); }
-    /// Makes the version a number, which is not text.
+    /// Makes the version a number instead of text.
     void setVersionThatIsNotText() {
         info.insert_or_assign("CFBundleShortVersionString", std::int64_t{7});
     }

@@ -10,7 +10,7 @@
 
 namespace tarvik::simulated {
 
-/// A microphone permission that the test gives or refuses, when and on the thread it likes.
+/// A microphone permission that a test grants or denies, at any time and on any thread.
 class SimulatedCaptureAuthorization final : public platform::CaptureAuthorization {
   public:
     explicit SimulatedCaptureAuthorization(Journal& journal) : journal_(journal) {}
@@ -30,7 +30,7 @@ class SimulatedCaptureAuthorization final : public platform::CaptureAuthorizatio
         }
     }
 
-    /// Answers the oldest request that was held, on the calling thread.
+    /// Answers the oldest waiting request, on the calling thread.
     void answer(bool granted) {
         std::function<void(bool)> handler = std::move(handlers_.front());
         handlers_.erase(handlers_.begin());
@@ -38,7 +38,7 @@ class SimulatedCaptureAuthorization final : public platform::CaptureAuthorizatio
     }
 
     int status = static_cast<int>(platform::AuthorizationStatus::authorized);
-    /// Whether a request waits for answer(); otherwise it is answered at once, inside the request,
+    /// Whether a request waits for answer(). Otherwise the handler is called inside the request,
     /// with whether the status is authorised.
     bool holdsAnswers = false;
     int requests = 0;

@@ -15,7 +15,7 @@
 
 namespace tarvik::simulated {
 
-/// Hotkeys that a test presses.
+/// An event manager whose hotkeys a test presses.
 class SimulatedEventManager final : public platform::EventManager {
   public:
     explicit SimulatedEventManager(Journal& journal) : journal_(journal) {}
@@ -36,38 +36,38 @@ class SimulatedEventManager final : public platform::EventManager {
     platform::OSStatus eventParameter(platform::Event* event, std::uint32_t name,
                                       std::uint32_t type, platform::EventHotKeyID* outId) override;
 
-    /// The user presses or releases the combination that is registered under `id`; the handler's
-    /// last answer, or eventNotHandledErr when nothing is registered under it.
+    /// The user presses or releases the combination registered under `id`. Returns the handler's
+    /// status, or eventNotHandledErr when no combination has this `id`.
     platform::OSStatus press(std::uint32_t id);
     platform::OSStatus release(std::uint32_t id);
-    /// The same for a combination.
+    /// As above, for a combination.
     platform::OSStatus press(std::uint32_t keyCode, std::uint32_t modifiers);
     platform::OSStatus release(std::uint32_t keyCode, std::uint32_t modifiers);
 
-    /// An event of any kind and identifier, whether registered or not; without an identifier its
-    /// parameter cannot be read.
+    /// Sends an event of any kind and identifier, registered or not. The parameter of an event
+    /// without an identifier cannot be read.
     platform::OSStatus sendEvent(std::uint32_t kind, std::optional<platform::EventHotKeyID> id);
-    /// Calls the handler that was installed last without an event, or without user data.
+    /// Calls the last installed handler, without an event or without user data.
     platform::OSStatus callHandlerWithoutEvent();
     platform::OSStatus callHandlerWithoutUserData();
 
-    /// Another program holds this combination.
+    /// Has another program hold this combination.
     void take(std::uint32_t keyCode, std::uint32_t modifiers);
 
     std::size_t handlers() const { return handlers_.size(); }
     std::size_t hotKeys() const { return hotKeys_.size(); }
-    /// The user data of the handler that was installed last.
+    /// The user data of the last installed handler.
     void* lastUserData() const { return lastHandler_.userData; }
-    /// The kinds of events that it was installed for.
+    /// The kinds of events of the last installed handler.
     const std::vector<platform::EventTypeSpec>& lastTypes() const { return lastHandler_.types; }
-    /// How often the application's event target was asked for.
+    /// How often the application's event target was requested.
     int targetRequests = 0;
 
-    /// What installing a handler answers.
+    /// The result of installing a handler.
     platform::OSStatus installStatus = platform::noErr;
-    /// What registering under an identifier answers; a failure comes with a handle all the same.
+    /// The result of registering under an identifier. Even a failure comes with a handle.
     std::map<std::uint32_t, platform::OSStatus> registerStatus;
-    /// Identifiers whose registration succeeds without a handle.
+    /// The identifiers whose registration succeeds without a handle.
     std::set<std::uint32_t> withoutHandle;
 
   private:
@@ -88,7 +88,7 @@ class SimulatedEventManager final : public platform::EventManager {
     platform::OSStatus sendTo(std::optional<platform::EventHotKeyID> id, std::uint32_t kind);
 
     Journal& journal_;
-    // A handle is the address of one of these, so that none is used twice.
+    // The addresses of these elements are the handles, so that no handle is used twice.
     std::deque<char> handles_;
     std::map<platform::EventHandlerRef, Handler> handlers_;
     std::map<platform::EventHotKeyRef, HotKey> hotKeys_;

@@ -8,7 +8,7 @@
 
 namespace tarvik::simulated {
 
-/// A picture that only has a name.
+/// A picture that consists of its name.
 class SimulatedImage final : public platform::Image {
   public:
     explicit SimulatedImage(std::string imageName, std::string text = {})

@@ -12,12 +12,12 @@
 
 namespace tarvik::simulated {
 
-/// Keeps what was typed.
+/// Records the posted events.
 class SimulatedKeyboard final : public platform::KeyboardEvents {
   public:
-    /// One event that was posted.
+    /// One posted event.
     struct Post {
-        /// The process it went to; nothing when it went to `tap`.
+        /// The receiving process; nothing for an event that was posted to `tap`.
         std::optional<platform::ProcessIdentifier> process;
         std::optional<int> tap;
         std::uint16_t virtualKey = 0;
@@ -36,13 +36,13 @@ class SimulatedKeyboard final : public platform::KeyboardEvents {
                    const std::shared_ptr<platform::KeyboardEvent>& event) override;
     void post(int tap, const std::shared_ptr<platform::KeyboardEvent>& event) override;
 
-    /// The text that key-down events typed into one process, or into the tap when there is none.
+    /// The text of all key-down events for `process`, or without one of those for the tap.
     std::u16string typed(std::optional<platform::ProcessIdentifier> process) const;
 
     std::vector<Post> posts;
-    /// The states of the sources that were made.
+    /// The states of all sources made so far.
     std::vector<int> sourceStates;
-    /// Which events cannot be made, counted from 1 over the life of the platform.
+    /// The numbers of the events that the system refuses to make, counted from 1.
     std::set<int> failingEvents;
     bool sourceFails = false;
     int createdEvents = 0;

@@ -7,7 +7,7 @@
 
 namespace tarvik::simulated {
 
-/// A login item that can refuse.
+/// A login item whose registration a test can make fail.
 class SimulatedLoginItem final : public platform::LoginItemService {
   public:
     explicit SimulatedLoginItem(Journal& journal) : journal_(journal) {}

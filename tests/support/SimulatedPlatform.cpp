@@ -7,7 +7,7 @@ namespace tarvik::simulated {
 SimulatedPlatform::SimulatedPlatform(UserDefaultsContents defaults)
     : userDefaults_(std::move(defaults)) {}
 
-// Whatever holds objects of the core lets them go while every service still lives.
+// Releases everything that holds objects of the core, while all services still exist.
 SimulatedPlatform::~SimulatedPlatform() {
     releaseSharedInstances();
     application_.releaseDelegate();

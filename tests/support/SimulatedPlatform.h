@@ -5,6 +5,7 @@
 
 #include "platform/Platform.h"
 #include "tests/support/Journal.h"
+#include "tests/support/RecordingLog.h"
 #include "tests/support/SimulatedAccessibility.h"
 #include "tests/support/SimulatedApplication.h"
 #include "tests/support/SimulatedAudio.h"
@@ -12,7 +13,6 @@
 #include "tests/support/SimulatedCaptureAuthorization.h"
 #include "tests/support/SimulatedEventManager.h"
 #include "tests/support/SimulatedKeyboard.h"
-#include "tests/support/SimulatedLog.h"
 #include "tests/support/SimulatedLoginItem.h"
 #include "tests/support/SimulatedTaskLauncher.h"
 #include "tests/support/SimulatedTime.h"
@@ -23,19 +23,20 @@
 
 namespace tarvik::simulated {
 
-/// A whole desktop in memory, in virtual time. At first everything is granted: a microphone at 48
-/// kHz, accessibility trusted, a login item that can be registered; nothing is in front or focused,
-/// and no key is stored.
+/// A whole desktop in memory, in virtual time.
+///
+/// Initially everything is granted: a microphone at 48 kHz, trusted accessibility, a login item
+/// that can be registered. No process is in front, no element has the focus, and no key is stored.
 class SimulatedPlatform final : public platform::Platform {
   public:
-    /// `defaults` is what an earlier run left behind.
+    /// `defaults` are the settings that an earlier run has stored.
     explicit SimulatedPlatform(UserDefaultsContents defaults = {});
     ~SimulatedPlatform() override;
 
     SimulatedTime& mainQueue() override { return time_; }
     SimulatedTime& timers() override { return time_; }
     SimulatedTime& clock() override { return time_; }
-    SimulatedLog& log() override { return log_; }
+    tests::RecordingLog& log() override { return log_; }
     SimulatedUserDefaults& userDefaults() override { return userDefaults_; }
     SimulatedApplication& application() override { return application_; }
     SimulatedBundle& bundle() override { return bundle_; }
@@ -51,7 +52,7 @@ class SimulatedPlatform final : public platform::Platform {
     SimulatedUserInterface& userInterface() override { return userInterface_; }
 
     SimulatedTime& time() { return time_; }
-    /// What happened on all services, in order.
+    /// The calls of all services, in order.
     Journal& journal() { return journal_; }
 
     TimePoint now() const { return time_.now(); }
@@ -61,7 +62,7 @@ class SimulatedPlatform final : public platform::Platform {
   private:
     Journal journal_;
     SimulatedTime time_;
-    SimulatedLog log_{journal_};
+    tests::RecordingLog log_{&journal_};
     SimulatedUserDefaults userDefaults_;
     SimulatedApplication application_{time_, journal_};
     SimulatedBundle bundle_;

@@ -9,7 +9,7 @@
 
 namespace tarvik::simulated {
 
-/// Keeps what was to be started, and starts nothing.
+/// Records the launches without starting anything.
 class SimulatedTaskLauncher final : public platform::TaskLauncher {
   public:
     struct Launch {
@@ -26,9 +26,9 @@ class SimulatedTaskLauncher final : public platform::TaskLauncher {
         return failure;
     }
 
-    /// What every launch answers.
+    /// The result of every launch.
     std::optional<Error> failure;
-    /// Every attempt, failed ones too.
+    /// All launches, including failed ones.
     std::vector<Launch> launches;
 
   private:

@@ -8,9 +8,9 @@
 namespace tarvik::simulated {
 
 namespace {
-// Neither 0, so that an unset point in time shows, nor a fraction, so that whole intervals are
+// Not 0, so that an unset time point shows. Whole seconds, so that sums with whole intervals are
 // exact.
-constexpr std::int64_t firstMoment = 1'000'000'000'000;
+constexpr std::int64_t startTime = 1'000'000'000'000;
 constexpr double nanosecondsPerSecond = 1e9;
 }  // namespace
 
@@ -27,7 +27,7 @@ class SimulatedTime::RunningTimer final : public platform::Timer {
     std::shared_ptr<TimerState> state_;
 };
 
-SimulatedTime::SimulatedTime() : now_(firstMoment), lateness_(toNanoseconds(usualLateness)) {}
+SimulatedTime::SimulatedTime() : now_(startTime), lateness_(toNanoseconds(defaultLateness)) {}
 
 SimulatedTime::~SimulatedTime() {
     clear();
@@ -52,9 +52,9 @@ void SimulatedTime::asyncAfter(Seconds delay, std::function<void()> block) {
     submit(now_ + wait, wait > 0 ? lateness_ : 0, Entry{0, std::move(block), nullptr});
 }
 
-void SimulatedTime::submit(Nanoseconds asked, Nanoseconds lateness, Entry entry) {
-    entry.asked = asked;
-    entries_.emplace(Key(asked + lateness, submissions_++), std::move(entry));
+void SimulatedTime::submit(Nanoseconds due, Nanoseconds lateness, Entry entry) {
+    entry.due = due;
+    entries_.emplace(Key(due + lateness, submissions_++), std::move(entry));
     submitted_.notify_all();
 }
 
@@ -71,7 +71,7 @@ std::unique_ptr<platform::Timer> SimulatedTime::scheduledRepeatingTimer(
     return std::make_unique<RunningTimer>(*this, std::move(state));
 }
 
-// Ticks stand on the grid of the timer's start; those that lie in the past by now are left out.
+// Ticks are whole intervals after the timer's start. Ticks in the past are skipped.
 void SimulatedTime::scheduleTick(const std::shared_ptr<TimerState>& timer) {
     const Nanoseconds ticks = (now_ - timer->start) / timer->interval + 1;
     submit(timer->start + ticks * timer->interval, lateness_, Entry{0, nullptr, timer});
@@ -79,7 +79,7 @@ void SimulatedTime::scheduleTick(const std::shared_ptr<TimerState>& timer) {
 
 void SimulatedTime::invalidate(TimerState& timer) {
     const std::lock_guard lock(mutex_);
-    timer.valid = false;
+    timer.isValid = false;
     std::erase_if(entries_, [&](const auto& entry) { return entry.second.timer.get() == &timer; });
 }
 
@@ -88,12 +88,12 @@ void SimulatedTime::runUntilIdle() {
 }
 
 bool SimulatedTime::runOne() {
-    Nanoseconds present = 0;
+    Nanoseconds now = 0;
     {
         const std::lock_guard lock(mutex_);
-        present = now_;
+        now = now_;
     }
-    return runCompanion() || runFirstAskedUpTo(present);
+    return runOtherQueues() || runFirstDueUpTo(now);
 }
 
 void SimulatedTime::advance(Seconds interval) {
@@ -102,14 +102,14 @@ void SimulatedTime::advance(Seconds interval) {
         const std::lock_guard lock(mutex_);
         end = now_ + toNanoseconds(interval);
     }
-    while (runCompanion() || runFirstAskedUpTo(end)) {
+    while (runOtherQueues() || runFirstDueUpTo(end)) {
     }
     const std::lock_guard lock(mutex_);
     now_ = std::max(now_, end);
 }
 
 bool SimulatedTime::runNext() {
-    return runCompanion() || runFirstAskedUpTo(std::numeric_limits<Nanoseconds>::max());
+    return runOtherQueues() || runFirstDueUpTo(std::numeric_limits<Nanoseconds>::max());
 }
 
 bool SimulatedTime::runUntil(const std::function<bool()>& condition) {
@@ -119,7 +119,7 @@ bool SimulatedTime::runUntil(const std::function<bool()>& condition) {
             continue;
         }
         std::unique_lock lock(mutex_);
-        // The condition may come true without a submission, so it is looked at every so often.
+        // The condition may become true without a submission, so the wait is short.
         submitted_.wait_for(lock, std::chrono::milliseconds(1));
         if (std::chrono::steady_clock::now() > deadline) {
             return false;
@@ -138,29 +138,29 @@ void SimulatedTime::setLateness(Seconds lateness) {
     lateness_ = toNanoseconds(lateness);
 }
 
-bool SimulatedTime::runCompanion() {
-    return std::any_of(companions_.begin(), companions_.end(),
+bool SimulatedTime::runOtherQueues() {
+    return std::any_of(queues_.begin(), queues_.end(),
                        [](const std::function<bool()>& runOne) { return runOne(); });
 }
 
-bool SimulatedTime::runFirstAskedUpTo(Nanoseconds moment) {
+bool SimulatedTime::runFirstDueUpTo(Nanoseconds limit) {
     Entry entry;
     {
         const std::lock_guard lock(mutex_);
         const auto first = entries_.begin();
-        if (first == entries_.end() || first->second.asked > moment) {
+        if (first == entries_.end() || first->second.due > limit) {
             return false;
         }
         now_ = std::max(now_, first->first.first);
         entry = std::move(first->second);
         entries_.erase(first);
         runner_ = std::this_thread::get_id();
-        ++depth_;
+        ++nestingDepth_;
     }
     perform(entry);
     entry = {};
     const std::lock_guard lock(mutex_);
-    --depth_;
+    --nestingDepth_;
     return true;
 }
 
@@ -171,14 +171,14 @@ void SimulatedTime::perform(const Entry& entry) {
     }
     entry.timer->block();
     const std::lock_guard lock(mutex_);
-    if (entry.timer->valid) {
+    if (entry.timer->isValid) {
         scheduleTick(entry.timer);
     }
 }
 
 bool SimulatedTime::isRunningBlock() const {
     const std::lock_guard lock(mutex_);
-    return depth_ > 0 && runner_ == std::this_thread::get_id();
+    return nestingDepth_ > 0 && runner_ == std::this_thread::get_id();
 }
 
 std::size_t SimulatedTime::waitingBlocks() const {
@@ -193,12 +193,12 @@ std::size_t SimulatedTime::runningTimers() const {
         entries_.begin(), entries_.end(), [](const auto& entry) { return entry.second.timer; }));
 }
 
-void SimulatedTime::addCompanion(std::function<bool()> runOne) {
-    companions_.push_back(std::move(runOne));
+void SimulatedTime::addQueue(std::function<bool()> runOne) {
+    queues_.push_back(std::move(runOne));
 }
 
 void SimulatedTime::clear() {
-    // Destroying a block may submit or invalidate, so the blocks go without the lock.
+    // Destroying a block may submit or invalidate, so the blocks are destroyed without the lock.
     std::map<Key, Entry> waiting;
     {
         const std::lock_guard lock(mutex_);

@@ -16,18 +16,18 @@
 
 namespace tarvik::simulated {
 
-/// One virtual clock with the main queue and the timers that follow it. The thread that calls
-/// runUntilIdle(), advance() or runUntil() is the main thread; blocks may be submitted on any
+/// A virtual clock, with the main queue and the timers on this clock. The thread that calls
+/// runUntilIdle(), advance() or runUntil() is the main thread. Blocks may be submitted on any
 /// thread.
 ///
-/// Delayed blocks and timer ticks never come early, and like real ones they come a hair late (see
-/// setLateness). Everything runs in the order of its moment, then of its submission. What a block
-/// submits while it runs is run too, when it is due.
+/// Delayed blocks and timer ticks never come early. Like real ones they come slightly late (see
+/// setLateness()). Blocks and ticks run in the order of their times, then of their submission. A
+/// block that another block submits runs in the same call, if it is due by then.
 class SimulatedTime final : public platform::Clock,
                             public platform::MainQueue,
                             public platform::TimerService {
   public:
-    static constexpr Seconds usualLateness{50e-6};
+    static constexpr Seconds defaultLateness{50e-6};
 
     SimulatedTime();
     ~SimulatedTime() override;
@@ -38,37 +38,37 @@ class SimulatedTime final : public platform::Clock,
     [[nodiscard]] std::unique_ptr<platform::Timer> scheduledRepeatingTimer(
         Seconds interval, std::function<void()> block) override;
 
-    /// Runs what is due at the present moment until nothing is; the clock stands still.
+    /// Runs everything that is due now, without moving the clock.
     void runUntilIdle();
-    /// Runs the first thing that is due at the present moment; false when nothing is.
+    /// Runs the first block or tick that is due now; false when there is none.
     bool runOne();
-    /// Lets `interval` pass. Whatever was asked for up to and including its end is run, even if its
-    /// lateness carries the clock a hair past that end.
+    /// Moves the clock on by `interval` and runs everything that is due by then, including the end.
+    /// The lateness of the last block may move the clock slightly beyond the end.
     void advance(Seconds interval);
-    /// Moves on to the next moment for which something was asked and runs one thing; false when
-    /// nothing was asked for.
+    /// Moves the clock on to the next due block or tick and runs it; false when there is none.
     bool runNext();
-    /// Runs what is due, and what other threads submit, until `condition` holds; false when that
-    /// takes more than ten seconds of real time. The virtual clock stands still.
+    /// Runs what is due, and what other threads submit, until `condition` holds, without moving the
+    /// clock. False when 10 s of real time have passed before that.
     bool runUntil(const std::function<bool()>& condition);
-    /// Lets time pass in which the main thread is busy: nothing runs, ticks are missed.
+    /// Moves the clock on without running anything, as if the main thread were busy. Ticks are
+    /// missed.
     void stall(Seconds interval);
 
-    /// How late delayed blocks and ticks that are scheduled from now on come. With 0 they come
-    /// exactly when asked for.
+    /// Sets how late blocks and ticks come that are scheduled from now on. With 0 they come exactly
+    /// when due.
     void setLateness(Seconds lateness);
 
-    /// True while a block of the main queue or a timer tick runs on the calling thread.
+    /// Whether a block of the main queue or a timer tick is running on the calling thread.
     bool isRunningBlock() const;
-    /// Blocks that wait, timers not counted.
+    /// The number of waiting blocks, without timers.
     std::size_t waitingBlocks() const;
-    /// Timers that run.
+    /// The number of running timers.
     std::size_t runningTimers() const;
 
-    /// Adds another queue that runs along, before every block of the main queue: `runOne` runs one
-    /// thing and says whether there was one.
-    void addCompanion(std::function<bool()> runOne);
-    /// Destroys what waits without running it.
+    /// Adds another queue, whose blocks run before every block of the main queue. `runOne` runs one
+    /// block of that queue and returns false when there is none.
+    void addQueue(std::function<bool()> runOne);
+    /// Destroys all waiting blocks and timers without running them.
     void clear();
 
   private:
@@ -78,24 +78,24 @@ class SimulatedTime final : public platform::Clock,
         std::function<void()> block;
         Nanoseconds start = 0;
         Nanoseconds interval = 0;
-        bool valid = true;
+        bool isValid = true;
     };
     class RunningTimer;
 
     struct Entry {
-        /// When it was asked for; it runs at its key's moment, which is later by the lateness.
-        Nanoseconds asked = 0;
+        /// The requested time. The time in the key is later by the lateness.
+        Nanoseconds due = 0;
         std::function<void()> block;
         std::shared_ptr<TimerState> timer;
     };
     using Key = std::pair<Nanoseconds, std::uint64_t>;
 
     static Nanoseconds toNanoseconds(Seconds interval);
-    void submit(Nanoseconds asked, Nanoseconds lateness, Entry entry);
+    void submit(Nanoseconds due, Nanoseconds lateness, Entry entry);
     void scheduleTick(const std::shared_ptr<TimerState>& timer);
     void invalidate(TimerState& timer);
-    bool runFirstAskedUpTo(Nanoseconds moment);
-    bool runCompanion();
+    bool runFirstDueUpTo(Nanoseconds limit);
+    bool runOtherQueues();
     void perform(const Entry& entry);
 
     mutable std::mutex mutex_;
@@ -104,9 +104,9 @@ class SimulatedTime final : public platform::Clock,
     Nanoseconds now_;
     Nanoseconds lateness_;
     std::uint64_t submissions_ = 0;
-    std::vector<std::function<bool()>> companions_;
+    std::vector<std::function<bool()>> queues_;
     std::thread::id runner_;
-    int depth_ = 0;
+    int nestingDepth_ = 0;
 };
 
 }  // namespace tarvik::simulated

@@ -44,13 +44,13 @@ TEST_F(Time, BlockNeverRunsInsideItsSubmission) {
 }
 
 TEST_F(Time, DelayedBlockComesAHairLateAndNeverEarly) {
-    double moment = 0;
-    time.asyncAfter(Seconds(30), [&] { moment = elapsed(); });
+    double calledAt = 0;
+    time.asyncAfter(Seconds(30), [&] { calledAt = elapsed(); });
     time.advance(Seconds(29.9999));
-    EXPECT_EQ(moment, 0);
+    EXPECT_EQ(calledAt, 0);
     time.advance(Seconds(0.0001));
-    EXPECT_GT(moment, 30.0);
-    EXPECT_LT(moment, 30.001);
+    EXPECT_GT(calledAt, 30.0);
+    EXPECT_LT(calledAt, 30.001);
 }
 
 TEST_F(Time, WithoutLatenessBlocksAndTicksComeExactlyInTime) {

@@ -13,11 +13,13 @@
 
 namespace tarvik::simulated {
 
-/// A value that the application never stores; only another program can have put it there.
+/// A list of texts. The application never stores one, so that it stands for a value of a foreign
+/// type.
 using UserDefaultsList = std::vector<std::string>;
 using UserDefaultsValue = std::variant<std::string, std::int64_t, bool, UserDefaultsList>;
 
-/// What a settings domain holds; it can be handed to another platform, as the next run finds it.
+/// The contents of a settings domain. A test passes them to another platform to simulate the next
+/// run.
 using UserDefaultsContents = std::map<std::string, UserDefaultsValue, std::less<>>;
 
 /// A settings domain in memory.
@@ -64,7 +66,7 @@ class SimulatedUserDefaults final : public platform::UserDefaults {
         const std::lock_guard lock(mutex_);
         return contents_.contains(key);
     }
-    /// How often something was set or removed.
+    /// The number of calls that set or removed a value.
     int writes() const {
         const std::lock_guard lock(mutex_);
         return writes_;

@@ -154,9 +154,9 @@ std::shared_ptr<SimulatedWindow> SimulatedUserInterface::window(const std::strin
     return nullptr;
 }
 
-std::vector<TimePoint> SimulatedUserInterface::fronts(const std::string& title) const {
+std::vector<TimePoint> SimulatedUserInterface::frontTimes(const std::string& title) const {
     const std::shared_ptr<SimulatedWindow> found = window(title);
-    return found ? found->fronts : std::vector<TimePoint>();
+    return found ? found->frontTimes : std::vector<TimePoint>();
 }
 
 }  // namespace tarvik::simulated

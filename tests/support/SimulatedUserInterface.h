@@ -16,6 +16,7 @@
 
 namespace tarvik::simulated {
 
+/// A menu that a test opens.
 class SimulatedMenu final : public platform::Menu {
   public:
     void setItems(std::vector<platform::MenuItem> newItems) override {
@@ -25,15 +26,17 @@ class SimulatedMenu final : public platform::Menu {
         needsUpdate = std::move(handler);
     }
 
-    /// The user opens the menu; what it shows then.
+    /// The user opens the menu. Returns its entries.
     const std::vector<platform::MenuItem>& open();
-    /// The user chooses the entry with this title; false when there is none that can be chosen.
+    /// The user opens the menu and chooses the entry with this title; false when no such entry can
+    /// be chosen.
     bool choose(const std::string& title);
 
     std::vector<platform::MenuItem> items;
     std::function<void()> needsUpdate;
 };
 
+/// A status button that records what it shows.
 class SimulatedStatusButton final : public platform::StatusButton {
   public:
     explicit SimulatedStatusButton(Journal& journal) : journal_(journal) {}
@@ -50,22 +53,23 @@ class SimulatedStatusButton final : public platform::StatusButton {
     Journal& journal_;
 };
 
+/// A status item with or without a button.
 class SimulatedStatusItem final : public platform::StatusItem {
   public:
     SimulatedStatusItem(Journal& journal, bool withButton)
-        : theButton(journal), hasButton(withButton) {}
+        : statusButton(journal), hasButton(withButton) {}
 
-    platform::StatusButton* button() override { return hasButton ? &theButton : nullptr; }
+    platform::StatusButton* button() override { return hasButton ? &statusButton : nullptr; }
     void setMenu(std::shared_ptr<platform::Menu> newMenu) override {
         menu = std::dynamic_pointer_cast<SimulatedMenu>(newMenu);
     }
 
-    SimulatedStatusButton theButton;
+    SimulatedStatusButton statusButton;
     const bool hasButton;
     std::shared_ptr<SimulatedMenu> menu;
 };
 
-/// Keeps what the user would see, and answers alerts as scripted.
+/// Records what the user would see, and answers alerts as a test has scripted them.
 class SimulatedUserInterface final : public platform::UserInterface {
   public:
     struct MainMenu {
@@ -103,30 +107,30 @@ class SimulatedUserInterface final : public platform::UserInterface {
         const platform::WindowDescription& description) override;
     std::optional<platform::Rect> mainScreenVisibleFrame() override { return screen; }
 
-    /// The next alert is answered with this button (counted from 0) and this text in its field.
+    /// Answers the next alert with this button (counted from 0) and this text in its field.
     void answerNextAlert(int button, std::string fieldText);
-    /// Runs while an alert is up, after the blocks of the main queue that were due.
+    /// Called while an alert is open, after the due blocks of the main queue have run.
     std::function<void(const platform::Alert&)> whileModal;
 
-    /// The status item, while it is there.
+    /// The status item; empty when there is none.
     std::shared_ptr<SimulatedStatusItem> statusItem() const { return statusItem_.lock(); }
-    /// Its button; it must be there.
-    SimulatedStatusButton& statusButton() const { return statusItem()->theButton; }
+    /// The button of the status item, which must exist.
+    SimulatedStatusButton& statusButton() const { return statusItem()->statusButton; }
 
     std::vector<MainMenu> mainMenus;
-    /// Alerts that were shown. One without a scripted answer is closed (code 0) with its text as it
-    /// was.
+    /// The alerts shown so far. An alert without a scripted answer is closed (code 0) with its text
+    /// unchanged.
     std::vector<platform::Alert> alerts;
     bool isModal = false;
     int statusItemsMade = 0;
-    /// Every window that was made.
+    /// All windows made so far.
     std::vector<std::shared_ptr<SimulatedWindow>> windows;
-    /// The window with this title, shown or not; empty while it has not been made.
+    /// The window with this title, shown or hidden; empty when it does not exist.
     std::shared_ptr<SimulatedWindow> window(const std::string& title) const;
-    /// When the window with this title was brought to the front.
-    std::vector<TimePoint> fronts(const std::string& title) const;
+    /// The times at which the window with this title was brought to the front.
+    std::vector<TimePoint> frontTimes(const std::string& title) const;
 
-    /// Symbols that the system does not know, and pictures that did not come with the application.
+    /// The symbols that the system does not have, and the pictures missing from the application.
     std::set<std::string> unknownSymbols;
     std::set<std::string> missingImages;
     bool hasApplicationIcon = true;

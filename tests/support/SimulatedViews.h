@@ -12,16 +12,16 @@
 
 namespace tarvik::simulated {
 
-/// A view that can say what it is, with everything in it.
+/// A view that can describe itself and its subviews as text.
 class SimulatedView {
   public:
     virtual ~SimulatedView() = default;
 
-    /// One line without its end, with every value that a user would see.
+    /// One line, without a line break, with every value that a user would see.
     virtual std::string description() const = 0;
     virtual std::vector<std::shared_ptr<SimulatedView>> children() const { return {}; }
 
-    /// The description of this view and, indented by two more spaces a level, of those in it.
+    /// The description of this view and of its subviews, indented by two spaces per level.
     std::string tree(std::size_t level = 0) const;
 };
 
@@ -65,7 +65,7 @@ class SimulatedButton final : public platform::Button, public SimulatedView {
     void setBezelColor(platform::Color color) override { bezelColor = color; }
     std::string description() const override;
 
-    /// The user clicks it. What it does may end the view.
+    /// The user clicks the button. The action may destroy the view, so a copy of it runs.
     void press() {
         const std::function<void()> action = look.action;
         action();

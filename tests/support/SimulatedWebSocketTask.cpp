@@ -19,9 +19,9 @@ bool canStandInHeader(const std::string& value) {
 
 }  // namespace
 
-SimulatedWebSocketTask::SimulatedWebSocketTask(SimulatedTime& time, Surroundings surroundings,
+SimulatedWebSocketTask::SimulatedWebSocketTask(SimulatedTime& time, Context context,
                                                platform::UrlRequest request)
-    : time_(time), surroundings_(std::move(surroundings)), request_(std::move(request)) {}
+    : time_(time), context_(std::move(context)), request_(std::move(request)) {}
 
 void SimulatedWebSocketTask::resume() {
     {
@@ -59,7 +59,7 @@ void SimulatedWebSocketTask::send(WebSocketMessage message, SendHandler handler)
             queueTransmission(std::move(message), std::move(handler));
             break;
         case State::ended:
-            surroundings_.queue->submit(
+            context_.queue->submit(
                 [handler = std::move(handler), error = endError_] { handler(error); });
             break;
     }
@@ -71,7 +71,7 @@ void SimulatedWebSocketTask::queueTransmission(WebSocketMessage message, SendHan
     if (!failure) {
         sent_.push_back(std::move(message));
     }
-    surroundings_.queue->submit(
+    context_.queue->submit(
         [handler = std::move(handler), failure = std::move(failure)] { handler(failure); });
 }
 
@@ -80,22 +80,19 @@ void SimulatedWebSocketTask::receive(ReceiveHandler handler) {
     ++receives_;
     operations_.emplace_back("receive");
     if (!inbox_.empty()) {
-        // Before anything that was scripted after the message, the close above all.
-        surroundings_.queue->submitFirst(
-            [handler = std::move(handler), message = std::move(inbox_.front())] {
-                handler(message);
-            });
+        // First in the queue, before the events that followed the message, such as the close.
+        context_.queue->submitFirst([handler = std::move(handler),
+                                     message = std::move(inbox_.front())] { handler(message); });
         inbox_.pop_front();
         return;
     }
     if (state_ == State::ended) {
-        surroundings_.queue->submit(
+        context_.queue->submit(
             [handler = std::move(handler), error = endError_] { handler(error); });
         return;
     }
     waitingReceives_.push_back(std::move(handler));
-    mostWaitingReceives_ =
-        std::max(mostWaitingReceives_, static_cast<int>(waitingReceives_.size()));
+    maxWaitingReceives_ = std::max(maxWaitingReceives_, static_cast<int>(waitingReceives_.size()));
 }
 
 void SimulatedWebSocketTask::cancel(int closeCode) {
@@ -109,7 +106,7 @@ void SimulatedWebSocketTask::cancel(int closeCode) {
 }
 
 void SimulatedWebSocketTask::open(const std::string& protocol) {
-    surroundings_.queue->submit([self = shared_from_this(), protocol] {
+    context_.queue->submit([self = shared_from_this(), protocol] {
         {
             const std::lock_guard lock(self->mutex_);
             if (self->state_ != State::connecting) {
@@ -120,7 +117,7 @@ void SimulatedWebSocketTask::open(const std::string& protocol) {
                 self->queueTransmission(std::move(waiting.message), std::move(waiting.handler));
             }
         }
-        if (const auto delegate = self->surroundings_.delegate()) {
+        if (const auto delegate = self->context_.delegate()) {
             delegate->didOpen(*self, protocol);
         }
     });
@@ -128,17 +125,17 @@ void SimulatedWebSocketTask::open(const std::string& protocol) {
 
 void SimulatedWebSocketTask::close(int code, const std::string& reason) {
     notifyClose(code, reason);
-    surroundings_.queue->submit([self = shared_from_this()] {
+    context_.queue->submit([self = shared_from_this()] {
         self->endNow({ENOTCONN, "The socket is not connected"});
     });
 }
 
 void SimulatedWebSocketTask::notifyClose(int code, const std::string& reason) {
-    surroundings_.queue->submit([self = shared_from_this(), code, reason] {
+    context_.queue->submit([self = shared_from_this(), code, reason] {
         if (self->state() == State::ended) {
             return;
         }
-        if (const auto delegate = self->surroundings_.delegate()) {
+        if (const auto delegate = self->context_.delegate()) {
             delegate->didClose(*self, code, reason);
         }
     });
@@ -157,32 +154,31 @@ void SimulatedWebSocketTask::deliverOther() {
 }
 
 void SimulatedWebSocketTask::deliver(WebSocketMessage message) {
-    surroundings_.queue->submit(
-        [self = shared_from_this(), message = std::move(message)]() mutable {
-            ReceiveHandler handler;
-            {
-                const std::lock_guard lock(self->mutex_);
-                if (self->state_ == State::ended) {
-                    return;
-                }
-                if (self->waitingReceives_.empty()) {
-                    self->inbox_.push_back(std::move(message));
-                    return;
-                }
-                handler = std::move(self->waitingReceives_.front());
-                self->waitingReceives_.erase(self->waitingReceives_.begin());
+    context_.queue->submit([self = shared_from_this(), message = std::move(message)]() mutable {
+        ReceiveHandler handler;
+        {
+            const std::lock_guard lock(self->mutex_);
+            if (self->state_ == State::ended) {
+                return;
             }
-            handler(std::move(message));
-        });
+            if (self->waitingReceives_.empty()) {
+                self->inbox_.push_back(std::move(message));
+                return;
+            }
+            handler = std::move(self->waitingReceives_.front());
+            self->waitingReceives_.erase(self->waitingReceives_.begin());
+        }
+        handler(std::move(message));
+    });
 }
 
 void SimulatedWebSocketTask::fail(Error error) {
     queueEnd(std::move(error));
 }
 
-// The connection is over at once; what waits is told on the delegate queue.
+// Queues the end of the connection on the delegate queue.
 void SimulatedWebSocketTask::queueEnd(Error error) {
-    surroundings_.queue->submit(
+    context_.queue->submit(
         [self = shared_from_this(), error = std::move(error)] { self->endNow(error); });
 }
 
@@ -206,7 +202,7 @@ void SimulatedWebSocketTask::endNow(const Error& error) {
     for (const ReceiveHandler& handler : receives) {
         handler(error);
     }
-    surroundings_.ended();
+    context_.onEnd();
 }
 
 void SimulatedWebSocketTask::failNextSend(Error error) {
@@ -280,9 +276,9 @@ int SimulatedWebSocketTask::receives() const {
     return receives_;
 }
 
-int SimulatedWebSocketTask::mostWaitingReceives() const {
+int SimulatedWebSocketTask::maxWaitingReceives() const {
     const std::lock_guard lock(mutex_);
-    return mostWaitingReceives_;
+    return maxWaitingReceives_;
 }
 
 int SimulatedWebSocketTask::resumes() const {

@@ -14,23 +14,22 @@
 
 namespace tarvik::simulated {
 
-/// A connection whose other end is the test. The script operations (open, close, deliver, …) only
-/// queue what happens; it happens when the session's delegate queue runs, in the order of the
-/// script. Any thread.
+/// A connection whose other end is the test. The operations of the service (open, close, deliver,
+/// …) only queue their event. The events happen in order when the session's delegate queue runs.
+/// Any thread.
 class SimulatedWebSocketTask final : public platform::WebSocketTask,
                                      public std::enable_shared_from_this<SimulatedWebSocketTask> {
   public:
     enum class State { created, connecting, open, ended };
 
-    /// What the task asks of its session.
-    struct Surroundings {
+    /// What the task needs from its session.
+    struct Context {
         std::shared_ptr<SerialQueue> queue;
         std::function<std::shared_ptr<platform::WebSocketSessionDelegate>()> delegate;
-        std::function<void()> ended;
+        std::function<void()> onEnd;
     };
 
-    SimulatedWebSocketTask(SimulatedTime& time, Surroundings surroundings,
-                           platform::UrlRequest request);
+    SimulatedWebSocketTask(SimulatedTime& time, Context context, platform::UrlRequest request);
 
     void resume() override;
     void send(platform::WebSocketMessage message, SendHandler handler) override;
@@ -39,41 +38,43 @@ class SimulatedWebSocketTask final : public platform::WebSocketTask,
 
     /// The service accepts the connection.
     void open(const std::string& protocol = "token");
-    /// The service sends a close frame: the delegate is told, then whatever waits gets an error.
+    /// The service sends a close frame: the delegate is notified, then all waiting handlers get an
+    /// error.
     void close(int code = 1000, const std::string& reason = {});
-    /// Only the notification of a close; the connection goes on delivering what is still scripted.
+    /// Only notifies the delegate of a close. The connection goes on with its queued events.
     void notifyClose(int code = 1000, const std::string& reason = {});
+    /// The service sends a message.
     void deliverText(std::string text);
     void deliverData(std::string bytes);
     void deliverOther();
-    /// The connection is lost or refused: whatever waits gets `error`, the delegate is told
-    /// nothing.
+    /// The connection is lost or refused: all waiting handlers get `error`, and the delegate is not
+    /// notified.
     void fail(Error error);
-    /// The next message that is sent fails; the connection goes on.
+    /// Makes the next send fail. The connection goes on.
     void failNextSend(Error error);
 
     State state() const;
     const platform::UrlRequest& request() const { return request_; }
-    /// The value of a header field of the request; nothing when it is not there.
+    /// The value of a header field of the request; nothing when the field is absent.
     std::optional<std::string> header(const std::string& name) const;
-    /// The messages that left, from first to last.
+    /// The sent messages, from first to last.
     std::vector<platform::WebSocketMessage> sent() const;
     std::size_t sentMessages() const;
-    /// The payloads of those of one kind.
+    /// The payloads of the sent messages of one kind.
     std::vector<std::string> sentTexts() const;
     std::vector<std::string> sentData() const;
-    /// The codes of all cancels, in any state.
+    /// The close codes of all cancels, in any state.
     std::vector<int> cancels() const;
     bool hasWaitingReceive() const;
     /// How often receive() was called.
     int receives() const;
-    /// The most receives that ever waited at once.
-    int mostWaitingReceives() const;
+    /// The maximum number of receives that waited at the same time.
+    int maxWaitingReceives() const;
     int resumes() const;
-    /// What was asked of the task, in order: "resume", "send", "receive", "cancel".
+    /// The calls in order: "resume", "send", "receive", "cancel".
     std::vector<std::string> operations() const;
 
-    /// Ends the task without a word.
+    /// Ends the task without calling any handler or the delegate.
     void abandon();
 
   private:
@@ -89,7 +90,7 @@ class SimulatedWebSocketTask final : public platform::WebSocketTask,
     void queueTransmission(platform::WebSocketMessage message, SendHandler handler);
 
     SimulatedTime& time_;
-    const Surroundings surroundings_;
+    const Context context_;
     const platform::UrlRequest request_;
 
     mutable std::mutex mutex_;
@@ -102,7 +103,7 @@ class SimulatedWebSocketTask final : public platform::WebSocketTask,
     std::vector<platform::WebSocketMessage> sent_;
     std::vector<int> cancels_;
     int receives_ = 0;
-    int mostWaitingReceives_ = 0;
+    int maxWaitingReceives_ = 0;
     int resumes_ = 0;
     std::vector<std::string> operations_;
 };

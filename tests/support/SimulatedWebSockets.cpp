@@ -6,8 +6,8 @@
 namespace tarvik::simulated {
 
 namespace {
-// What a session promises its delegate after the end of the connection.
-constexpr Seconds delegateGrace{10.0};
+// How long a session holds its delegate after the end of the connection.
+constexpr Seconds delegateHoldTime{10.0};
 }  // namespace
 
 SimulatedWebSocketSession::SimulatedWebSocketSession(
@@ -18,18 +18,18 @@ SimulatedWebSocketSession::SimulatedWebSocketSession(
 std::shared_ptr<platform::WebSocketTask> SimulatedWebSocketSession::webSocketTask(
     const platform::UrlRequest& request) {
     journal_.add("webSocketTask " + request.url);
-    SimulatedWebSocketTask::Surroundings surroundings;
-    surroundings.queue = queue_;
-    surroundings.delegate = [weakSelf = weak_from_this()] {
+    SimulatedWebSocketTask::Context context;
+    context.queue = queue_;
+    context.delegate = [weakSelf = weak_from_this()] {
         const auto self = weakSelf.lock();
         return self ? self->delegate() : nullptr;
     };
-    surroundings.ended = [weakSelf = weak_from_this()] {
+    context.onEnd = [weakSelf = weak_from_this()] {
         if (const auto self = weakSelf.lock()) {
             self->connectionEnded();
         }
     };
-    auto task = std::make_shared<SimulatedWebSocketTask>(time_, std::move(surroundings), request);
+    auto task = std::make_shared<SimulatedWebSocketTask>(time_, std::move(context), request);
     const std::lock_guard lock(mutex_);
     heldDelegate_ = weakDelegate_.lock();
     tasks_.push_back(task);
@@ -46,15 +46,15 @@ std::shared_ptr<platform::WebSocketSessionDelegate> SimulatedWebSocketSession::d
 }
 
 void SimulatedWebSocketSession::connectionEnded() {
-    time_.asyncAfter(delegateGrace, [weakSelf = weak_from_this()] {
+    time_.asyncAfter(delegateHoldTime, [weakSelf = weak_from_this()] {
         if (const auto self = weakSelf.lock()) {
-            self->letDelegateGo();
+            self->releaseDelegate();
         }
     });
 }
 
-void SimulatedWebSocketSession::letDelegateGo() {
-    // The delegate may own this session, so it goes without the lock.
+void SimulatedWebSocketSession::releaseDelegate() {
+    // The delegate may own this session, so the delegate is released without the lock.
     std::shared_ptr<platform::WebSocketSessionDelegate> held;
     const std::lock_guard lock(mutex_);
     held.swap(heldDelegate_);
@@ -65,12 +65,12 @@ void SimulatedWebSocketSession::abandon() {
     for (const auto& task : tasks()) {
         task->abandon();
     }
-    letDelegateGo();
+    releaseDelegate();
 }
 
 SimulatedWebSockets::SimulatedWebSockets(SimulatedTime& time, Journal& journal)
     : time_(time), journal_(journal) {
-    time_.addCompanion([this] { return isAutomatic_ && runOne(); });
+    time_.addQueue([this] { return isAutomatic_ && runOne(); });
 }
 
 SimulatedWebSockets::~SimulatedWebSockets() {
@@ -114,9 +114,9 @@ SimulatedWebSocketTask& SimulatedWebSockets::lastTask() const {
     return *tasks().back();
 }
 
-void SimulatedWebSockets::letDelegatesGo() {
+void SimulatedWebSockets::releaseDelegates() {
     for (const auto& session : sessions_) {
-        session->letDelegateGo();
+        session->releaseDelegate();
     }
 }
 

@@ -13,7 +13,7 @@
 
 namespace tarvik::simulated {
 
-/// A session whose delegate queue a test runs.
+/// A session. A test can run its delegate queue.
 class SimulatedWebSocketSession final
     : public platform::WebSocketSession,
       public std::enable_shared_from_this<SimulatedWebSocketSession> {
@@ -24,14 +24,14 @@ class SimulatedWebSocketSession final
     std::shared_ptr<platform::WebSocketTask> webSocketTask(
         const platform::UrlRequest& request) override;
 
-    /// Runs the delegate queue, on the calling thread, until nothing waits on it.
+    /// Runs the delegate queue, on the calling thread, until it is empty.
     void runDelegateQueue() { queue_->runAll(); }
     SerialQueue& delegateQueue() { return *queue_; }
-    /// The connections made, from first to last.
+    /// The connections made so far, from first to last.
     std::vector<std::shared_ptr<SimulatedWebSocketTask>> tasks() const;
-    /// Lets the delegate go; its connections go on.
-    void letDelegateGo();
-    /// Lets the delegate and everything that waits go.
+    /// Releases the delegate. The connections go on.
+    void releaseDelegate();
+    /// Releases the delegate and everything that waits.
     void abandon();
 
   private:
@@ -47,10 +47,10 @@ class SimulatedWebSocketSession final
     std::vector<std::shared_ptr<SimulatedWebSocketTask>> tasks_;
 };
 
-/// Sessions whose other end is the test.
+/// A web-socket service whose connections end at the test.
 ///
-/// At first the delegate queues run along with SimulatedTime, whenever it runs; after
-/// setAutomatic(false) they run only when the test runs them.
+/// The delegate queues run whenever SimulatedTime runs. After setAutomatic(false) they run only
+/// when the test runs them.
 class SimulatedWebSockets final : public platform::WebSocketService {
   public:
     SimulatedWebSockets(SimulatedTime& time, Journal& journal);
@@ -60,9 +60,9 @@ class SimulatedWebSockets final : public platform::WebSocketService {
         std::shared_ptr<platform::WebSocketSessionDelegate> delegate) override;
 
     void setAutomatic(bool automatic) { isAutomatic_ = automatic; }
-    /// Runs all delegate queues, on the calling thread, until nothing waits on any.
+    /// Runs all delegate queues, on the calling thread, until they are empty.
     void runDelegateQueues();
-    /// True while something runs on a delegate queue on the calling thread.
+    /// Whether a block of a delegate queue is running on the calling thread.
     bool isOnDelegateQueue() const;
 
     const std::vector<std::shared_ptr<SimulatedWebSocketSession>>& sessions() const {
@@ -70,12 +70,12 @@ class SimulatedWebSockets final : public platform::WebSocketService {
     }
     /// The connections of all sessions, from first to last.
     std::vector<std::shared_ptr<SimulatedWebSocketTask>> tasks() const;
-    /// The connection that was made last; there must be one.
+    /// The latest connection, which must exist.
     SimulatedWebSocketTask& lastTask() const;
 
-    /// Lets every delegate go; what waits on the delegate queues still runs.
-    void letDelegatesGo();
-    /// Lets every delegate go, and everything that waits; the sessions are of no use from then on.
+    /// Releases all delegates. Blocks that wait on the delegate queues still run.
+    void releaseDelegates();
+    /// Releases all delegates and everything that waits. The sessions are unusable after this.
     void abandon();
 
   private:

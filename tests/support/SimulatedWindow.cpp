@@ -62,7 +62,7 @@ void SimulatedWindow::show() {
 
 void SimulatedWindow::orderFrontRegardless() {
     isVisible_ = true;
-    fronts.push_back(time_.now());
+    frontTimes.push_back(time_.now());
     journal_.add("orderFrontRegardless");
 }
 

@@ -13,7 +13,7 @@
 
 namespace tarvik::simulated {
 
-/// A window on a screen that only exists as numbers. Its frame is as large as its content.
+/// A window on a virtual screen. The frame has the size of the content.
 class SimulatedWindow final : public platform::Window {
   public:
     SimulatedWindow(platform::WindowDescription description, std::optional<platform::Rect> screen,
@@ -27,16 +27,16 @@ class SimulatedWindow final : public platform::Window {
     void show() override;
     void orderFrontRegardless() override;
     bool isVisible() const override { return isVisible_; }
-    /// As its own button does.
+    /// Acts like the window's close button.
     void close() override;
 
-    /// The control or label with this title or text (of a field: its accessibility label); the test
-    /// fails when there is not exactly one.
+    /// The control with this title, or the text field with this accessibility label. Throws when
+    /// there is not exactly one.
     std::shared_ptr<SimulatedButton> button(const std::string& title) const;
     std::vector<std::shared_ptr<SimulatedButton>> buttons(const std::string& title) const;
     std::shared_ptr<SimulatedTextField> field(const std::string& accessibilityLabel) const;
     std::shared_ptr<SimulatedCheckbox> checkbox() const;
-    /// The texts of all labels, from the top.
+    /// The texts of all labels, from top to bottom.
     std::vector<std::string> texts() const;
     /// The label with this text; empty when there is none.
     std::shared_ptr<SimulatedLabel> label(const std::string& text) const;
@@ -44,8 +44,8 @@ class SimulatedWindow final : public platform::Window {
     const platform::WindowDescription look;
     std::shared_ptr<SimulatedView> content;
     std::optional<platform::RgbColor> background;
-    /// When it was brought to the front.
-    std::vector<TimePoint> fronts;
+    /// The times at which the window was brought to the front.
+    std::vector<TimePoint> frontTimes;
 
   private:
     template <typename View>

@@ -11,7 +11,7 @@
 
 namespace tarvik::simulated {
 
-/// A desktop whose frontmost application a test chooses.
+/// A workspace whose frontmost application a test chooses.
 class SimulatedWorkspace final : public platform::Workspace {
   public:
     explicit SimulatedWorkspace(Journal& journal) : journal_(journal) {}
@@ -34,11 +34,11 @@ class SimulatedWorkspace final : public platform::Workspace {
         journal_.add("activateFileViewerSelecting " + path);
     }
 
-    /// No process: nothing known is in front.
+    /// Sets the frontmost process. Without one, no known application is in front.
     void setFrontmostProcess(std::optional<platform::ProcessIdentifier> process) {
         frontmost_ = process ? std::make_shared<platform::RunningApplication>(*process) : nullptr;
     }
-    /// The machine has woken from sleep; the observers are called before this returns.
+    /// The machine wakes from sleep. The observers are called inside this call.
     void wake() {
         const std::vector<std::function<void()>> handlers = wakeHandlers_;
         for (const std::function<void()>& handler : handlers) {

@@ -8,7 +8,7 @@
 
 namespace tarvik::tests {
 
-/// An empty folder that exists as long as the object.
+/// An initially empty folder that exists as long as the object.
 class TemporaryFolder {
   public:
     TemporaryFolder() {
@@ -29,14 +29,14 @@ class TemporaryFolder {
     std::filesystem::path path_;
 };
 
-/// The whole file; empty when there is none.
+/// The content of a file; empty when the file does not exist.
 inline std::string contentOf(const std::filesystem::path& path) {
     std::ostringstream content;
     content << std::ifstream(path, std::ios::binary).rdbuf();
     return content.str();
 }
 
-/// Makes a file with its folder.
+/// Writes a file, and makes its folder.
 inline void putFile(const std::filesystem::path& path, const std::string& content) {
     std::filesystem::create_directories(path.parent_path());
     std::ofstream(path, std::ios::binary) << content;

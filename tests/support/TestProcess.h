@@ -10,45 +10,48 @@
 
 namespace tarvik::tests {
 
-/// A program that runs as long as the object, with pipes as its standard input and output. One
-/// thread at a time. Every operation fails the test when the system refuses what it needs.
+/// A program that runs at most as long as the object, with pipes as its standard input and output.
+/// One thread at a time. An operation that the system refuses fails the test.
 class TestProcess {
   public:
     struct Options {
-        /// Variables as "NAME=value", besides those of the test or in place of them.
+        /// Variables as "NAME=value", which add to or replace those of the test.
         std::vector<std::string> environment = {};
-        /// Whether its standard error goes nowhere, instead of where the test's own goes.
+        /// Whether standard error is discarded. Otherwise the program writes to the test's.
         bool isErrorOutputDropped = false;
     };
 
-    /// The first word of `command` is the program, which is looked for in the PATH.
+    /// Starts a program. The first word of `command` is the program's name, searched in PATH.
     explicit TestProcess(const std::vector<std::string>& command);
     TestProcess(const std::vector<std::string>& command, const Options& options);
-    /// Kills it.
+    /// Kills the program.
     ~TestProcess();
     TestProcess(const TestProcess&) = delete;
     TestProcess& operator=(const TestProcess&) = delete;
 
-    /// 0 once it has ended here.
+    /// The process identifier; 0 after waitForEnd() or kill().
     pid_t identifier() const { return identifier_; }
 
-    /// Writes to its standard input.
+    /// Writes to the program's standard input.
     void write(std::string_view text) const;
-    /// The next line of its output, without the line break. Empty at the end of the output, or when
-    /// no line comes within `timeout`.
+    /// The next line of the output, without the line break. Nothing at the end of the output, or
+    /// when no line comes within `timeout`.
     std::optional<std::string> readLine(
         std::chrono::milliseconds timeout = std::chrono::seconds(30));
-    /// Appends what it has printed since, without waiting; false when there is nothing new.
+    /// Appends all new output to `output`, without waiting; false when there is none.
     bool readOutput(std::string& output);
 
+    /// Sends a signal to the program.
     void send(int signal) const;
-    /// Waits until it ends by itself. Its exit status, or −1 when a signal has ended it.
+    /// Waits until the program ends by itself. Returns its exit status, or −1 when a signal has
+    /// ended the program.
     int waitForEnd();
-    /// Kills it, so that it cleans nothing up, and waits for its end. Harmless when repeated.
+    /// Kills the program, which has no chance to clean up, and waits for its end. Allowed any
+    /// number of times.
     void kill();
 
     struct Result {
-        /// As of waitForEnd().
+        /// The result of waitForEnd().
         int status = -1;
         std::string output;
     };

@@ -4,7 +4,7 @@
 
 namespace tarvik::simulated {
 
-/// A message of the speech service that carries this transcript, which needs no escapes.
+/// A message of the speech service with this transcript. `text` must not need JSON escapes.
 inline std::string transcriptJson(const std::string& text, bool isFinal) {
     return R"({"type":"Results","channel":{"alternatives":[{"transcript":")" + text +
            R"(","confidence":0.98}]},"is_final":)" + (isFinal ? "true" : "false") + "}";

@@ -7,8 +7,7 @@
 #include "platform/Workspace.h"
 #include "platform/linux/accessibility/AtspiAccessibility.h"
 #include "tests/conformance/accessibility/AccessibilityWorld.h"
-#include "tests/support/Journal.h"
-#include "tests/support/SimulatedLog.h"
+#include "tests/support/RecordingLog.h"
 
 namespace tarvik::tests {
 
@@ -30,8 +29,7 @@ class AtspiWorld final : public AccessibilityWorld {
   private:
     std::string program_;
     std::string widget_;
-    simulated::Journal journal_;
-    simulated::SimulatedLog log_{journal_};
+    RecordingLog log_;
     std::unique_ptr<linuxdesktop::AtspiAccessibility> service_;
 };
 

@@ -85,7 +85,7 @@ class ApplicationUnderTest {
 
     /// When the setup window came up.
     std::vector<TimePoint> setupWindows() {
-        return platform.userInterface().fronts("Tarvik Dictate");
+        return platform.userInterface().frontTimes("Tarvik Dictate");
     }
     /// The call-to-action window, which has no title; empty while none was ever due.
     std::shared_ptr<simulated::SimulatedWindow> callToAction() {

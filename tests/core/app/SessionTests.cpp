@@ -280,9 +280,9 @@ TEST_F(Session, CallToActionThatIsDueComesOneSecondAfterTheStop) {
         app.platform.advance(Seconds(6));
         app.releaseHold();
         app.platform.advance(Seconds(0.99));
-        EXPECT_EQ(app.platform.userInterface().fronts("").size(), shown);
+        EXPECT_EQ(app.platform.userInterface().frontTimes("").size(), shown);
         app.platform.advance(Seconds(0.01));
-        ASSERT_EQ(app.platform.userInterface().fronts("").size(), ++shown);
+        ASSERT_EQ(app.platform.userInterface().frontTimes("").size(), ++shown);
         EXPECT_TRUE(app.callToAction()->label(headline)) << headline;
     }
 }

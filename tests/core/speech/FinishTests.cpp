@@ -295,7 +295,7 @@ TEST(Client, HandlersThatWaitForTheSocketDoNotHoldIt) {
     test.client->send("ab");
     test.task().deliverText(simulated::transcriptJson("hello", true));
     const std::weak_ptr<DeepgramClient> watched = test.client;
-    test.platform.webSockets().letDelegatesGo();
+    test.platform.webSockets().releaseDelegates();
     test.client.reset();
     EXPECT_TRUE(watched.expired());
     test.platform.webSockets().runDelegateQueues();

@@ -38,7 +38,7 @@ TEST_F(ReceiveLoop, OneReceiveWaitsAtATime) {
         EXPECT_TRUE(test.task().hasWaitingReceive());
     }
     EXPECT_EQ(test.task().receives(), 11);
-    EXPECT_EQ(test.task().mostWaitingReceives(), 1);
+    EXPECT_EQ(test.task().maxWaitingReceives(), 1);
 }
 
 TEST_F(ReceiveLoop, MessagesWithoutATranscriptAreDroppedAndTheNextOneIsReceived) {

@@ -10,8 +10,7 @@
 #include "platform/Accessibility.h"
 #include "platform/linux/accessibility/AtspiAccessibility.h"
 #include "tests/linux/accessibility/TargetProcess.h"
-#include "tests/support/Journal.h"
-#include "tests/support/SimulatedLog.h"
+#include "tests/support/RecordingLog.h"
 
 namespace tarvik::tests {
 
@@ -58,8 +57,7 @@ class AtspiFixture : public testing::Test {
         return status;
     }
 
-    simulated::Journal journal;
-    simulated::SimulatedLog log{journal};
+    RecordingLog log;
     std::optional<platform::ProcessIdentifier> processInFront;
     bool canType = true;
     /// How long the last write took.
