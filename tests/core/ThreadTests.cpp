@@ -9,7 +9,7 @@
 #include "tests/core/speech/ClientUnderTest.h"
 #include "tests/support/JoiningThread.h"
 
-// What several threads share, with real threads; most telling under the thread sanitizer.
+// State that several threads share, tested with real threads. The thread sanitizer finds most here.
 
 namespace tarvik {
 namespace {
@@ -17,11 +17,11 @@ namespace {
 using simulated::JoiningThread;
 
 constexpr int rounds = 200;
-// Fewer where each round waits for another thread several times, which takes long on a busy
-// machine.
+// Fewer rounds where each round waits for another thread several times: such rounds are slow on a
+// busy machine.
 constexpr int waitingRounds = 30;
 
-/// A thread that speaks all the time.
+/// A thread that delivers buffers all the time.
 class Speaker {
   public:
     explicit Speaker(simulated::SimulatedAudio& audio)
@@ -29,7 +29,8 @@ class Speaker {
               while (!isSilenced_) {
                   audio.deliver({{0.5F, 0.5F}});
                   ++deliveries_;
-                  // A microphone has pauses too; without them nobody else gets at the tap.
+                  // Like a microphone, with pauses. Without them no other thread could lock the
+                  // tap.
                   std::this_thread::sleep_for(std::chrono::microseconds(200));
               }
           }) {}
@@ -44,7 +45,7 @@ class Speaker {
     JoiningThread thread_;
 };
 
-TEST(Threads, ChunksAlwaysGoToTheClientOfTheMomentWhileClientsAreReplaced) {
+TEST(Threads, ChunksGoToTheCurrentClientWhileClientsAreReplaced) {
     ApplicationUnderTest app;
     app.launchAndSettle();
     Speaker speaker(app.platform.audio());
@@ -57,7 +58,7 @@ TEST(Threads, ChunksAlwaysGoToTheClientOfTheMomentWhileClientsAreReplaced) {
         const int before = speaker.deliveries();
         ASSERT_TRUE(
             app.platform.time().runUntil([&] { return speaker.deliveries() > before + 2; }));
-        // The chunk that was under way at the stop may still arrive, no other.
+        // Only the chunk that was being delivered at the stop may still arrive.
         EXPECT_LE(socket.sentMessages(), sentAtStop + 1);
         app.platform.advance(Seconds(round % 2 == 0 ? 0.1 : 0.4));
     }
@@ -68,7 +69,7 @@ TEST(Threads, ChunksAlwaysGoToTheClientOfTheMomentWhileClientsAreReplaced) {
     }
 }
 
-TEST(Threads, EngineIsRebuiltUnderALivelyMicrophone) {
+TEST(Threads, EngineIsRebuiltWhileBuffersAreDelivered) {
     ApplicationUnderTest app;
     app.launchAndSettle();
     app.startStreaming();
@@ -84,7 +85,7 @@ TEST(Threads, EngineIsRebuiltUnderALivelyMicrophone) {
     EXPECT_EQ(app.platform.audio().engines().size(), static_cast<std::size_t>(waitingRounds) + 1);
 }
 
-TEST(Threads, CaptureIsStartedAndStoppedUnderALivelyMicrophone) {
+TEST(Threads, CaptureIsStartedAndStoppedWhileBuffersAreDelivered) {
     ApplicationUnderTest app;
     app.launchAndSettle();
     Speaker speaker(app.platform.audio());
@@ -96,7 +97,7 @@ TEST(Threads, CaptureIsStartedAndStoppedUnderALivelyMicrophone) {
     }
 }
 
-TEST(Threads, FinishCompletesOnceWhenTheCloseMeetsTheCloseDeadline) {
+TEST(Threads, FinishCompletesOnceWhenTheCloseRacesTheCloseDeadline) {
     for (int round = 0; round < rounds; ++round) {
         ClientUnderTest test;
         test.connectAndOpen();
@@ -118,7 +119,7 @@ TEST(Threads, FinishCompletesOnceWhenTheCloseMeetsTheCloseDeadline) {
     }
 }
 
-TEST(Threads, ConnectCompletesOnceWhenTheCloseMeetsTheOpenDeadline) {
+TEST(Threads, ConnectCompletesOnceWhenTheCloseRacesTheOpenDeadline) {
     for (int round = 0; round < rounds; ++round) {
         ClientUnderTest test;
         test.platform.webSockets().setAutomatic(false);
@@ -167,7 +168,7 @@ TEST(Threads, AudioIsSentWhileTheServiceCloses) {
     }
 }
 
-TEST(Threads, TranscriptsOfTheDelegateQueueReachTheMainThreadInOrder) {
+TEST(Threads, TranscriptsReachTheMainThreadInOrder) {
     ClientUnderTest test;
     test.connectAndOpen();
     test.platform.webSockets().setAutomatic(false);
@@ -186,7 +187,7 @@ TEST(Threads, TranscriptsOfTheDelegateQueueReachTheMainThreadInOrder) {
     EXPECT_EQ(test.deliveriesOffMain, 0);
 }
 
-TEST(Threads, AnswerAboutTheMicrophoneComesFromAnyThread) {
+TEST(Threads, MicrophonePermissionMayBeAnsweredOnAnyThread) {
     ApplicationUnderTest app;
     app.platform.captureAuthorization().holdsAnswers = true;
     app.launch();

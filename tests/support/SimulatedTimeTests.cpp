@@ -24,7 +24,7 @@ class Time : public testing::Test {
     const TimePoint start = time.now();
 };
 
-TEST_F(Time, BlocksRunInTheOrderOfTheirMomentsThenOfTheirSubmission) {
+TEST_F(Time, BlocksRunInTheOrderOfTheirTimesThenOfTheirSubmission) {
     time.asyncAfter(Seconds(2), note("two"));
     time.asyncAfter(Seconds(1), note("one"));
     time.asyncAfter(Seconds(1), note("one again"));
@@ -43,7 +43,7 @@ TEST_F(Time, BlockNeverRunsInsideItsSubmission) {
     EXPECT_EQ(order, Order({"outer", "inner"}));
 }
 
-TEST_F(Time, DelayedBlockComesAHairLateAndNeverEarly) {
+TEST_F(Time, DelayedBlockComesSlightlyLateAndNeverEarly) {
     double calledAt = 0;
     time.asyncAfter(Seconds(30), [&] { calledAt = elapsed(); });
     time.advance(Seconds(29.9999));
@@ -53,7 +53,7 @@ TEST_F(Time, DelayedBlockComesAHairLateAndNeverEarly) {
     EXPECT_LT(calledAt, 30.001);
 }
 
-TEST_F(Time, WithoutLatenessBlocksAndTicksComeExactlyInTime) {
+TEST_F(Time, WithoutLatenessBlocksAndTicksAreExact) {
     time.setLateness(Seconds(0));
     std::vector<double> ticks;
     const auto timer =
@@ -110,7 +110,7 @@ TEST_F(Time, BlocksOfOtherThreadsAreWaitedFor) {
     EXPECT_TRUE(time.runUntil([&] { return ran; }));
 }
 
-TEST_F(Time, BlockMayRunOthersAsAModalLoopDoes) {
+TEST_F(Time, BlockMayRunOthersLikeAModalLoop) {
     time.async([&] {
         time.async(note("inner"));
         time.runUntilIdle();

@@ -12,7 +12,7 @@
 
 namespace tarvik {
 
-/// What a user has stored who only ever entered a key.
+/// The settings of a user who has only entered an API key.
 inline simulated::UserDefaultsContents storedKey() {
     return {{"deepgramApiKey", std::string("secret")}};
 }
@@ -21,8 +21,8 @@ inline simulated::UserDefaultsContents nothingStored() {
     return {};
 }
 
-/// The application on a simulated desktop, with the hands of a user and of the speech service. Its
-/// operations run what is due before they return.
+/// The application on a simulated desktop, with the actions of a user and of the speech service.
+/// Each action runs everything that is due before it returns.
 class ApplicationUnderTest {
   public:
     static constexpr std::uint32_t holdHotkey = 1;
@@ -42,8 +42,8 @@ class ApplicationUnderTest {
         platform.runUntilIdle();
     }
 
-    /// Launches, closes the setup window once it has come up, and forgets what was recorded so far.
-    /// The clock stands at a whole second then.
+    /// Launches, closes the setup window that appears, and clears log and journal. Afterwards the
+    /// clock shows a whole second.
     void launchAndSettle() {
         launch();
         platform.advance(Seconds(10));
@@ -52,8 +52,8 @@ class ApplicationUnderTest {
         platform.journal().clear();
     }
 
-    /// The process's own reference goes; nobody else may have one.
-    void giveUpDelegate() {
+    /// Releases the process's reference, which must be the last one.
+    void releaseDelegate() {
         const std::weak_ptr<AppDelegate> watched = delegate;
         delegate.reset();
         EXPECT_TRUE(watched.expired());
@@ -66,7 +66,7 @@ class ApplicationUnderTest {
         key(toggleHotkey, false);
     }
 
-    /// The connection that was requested last.
+    /// The latest connection.
     simulated::SimulatedWebSocketTask& socket() { return platform.webSockets().lastTask(); }
     void acceptConnection() {
         socket().open();
@@ -75,31 +75,31 @@ class ApplicationUnderTest {
     void sayFinal(const std::string& text) { say(text, true); }
     void sayInterim(const std::string& text) { say(text, false); }
 
-    /// Presses the hold hotkey and has the connection accepted.
+    /// Presses the hold hotkey and accepts the connection.
     void startStreaming() {
         pressHold();
         acceptConnection();
     }
-    /// Speaks one buffer of one sample; false when nobody captures.
+    /// Delivers a buffer of one sample; false when no engine captures.
     bool speak(float sample = 0.5F) { return platform.audio().deliver({{sample}}); }
 
-    /// When the setup window came up.
+    /// The times at which the setup window was shown.
     std::vector<TimePoint> setupWindows() {
         return platform.userInterface().frontTimes("Tarvik Dictate");
     }
-    /// The call-to-action window, which has no title; empty while none was ever due.
+    /// The call-to-action window, which has no title; empty before the first call to action.
     std::shared_ptr<simulated::SimulatedWindow> callToAction() {
         return platform.userInterface().window("");
     }
 
     bool isCapturing() { return platform.audio().lastEngine()->isRunning(); }
-    /// As the icon shows it.
+    /// Whether the icon shows a recording.
     bool isRecording() {
         const auto& button = platform.userInterface().statusButton();
         return button.image && button.image->name == "mic.fill" &&
                button.tint == platform::SystemColor::red;
     }
-    /// The recordings that the log says have begun.
+    /// The number of started recordings, by the log.
     std::size_t sessions() {
         return platform.log().linesWith("TarvikDictate: startRecording (session=").size();
     }

@@ -11,7 +11,7 @@ class AutoStop : public testing::Test {
   protected:
     AutoStop() { app.launchAndSettle(); }
 
-    /// Has a final piece arrive every `interval` for as long as `length`.
+    /// Delivers a final piece every `interval` until `length` has passed.
     void talk(Seconds length, Seconds interval) {
         for (Seconds spoken{0}; spoken < length; spoken += interval) {
             app.platform.advance(interval);
@@ -23,7 +23,7 @@ class AutoStop : public testing::Test {
     ApplicationUnderTest app;
 };
 
-TEST_F(AutoStop, SessionWithoutSpeechIsStoppedAtTheSixthTick) {
+TEST_F(AutoStop, SilentSessionIsStoppedAtTheSixthTick) {
     app.startStreaming();
     app.platform.advance(Seconds(29.9));
     EXPECT_TRUE(app.isRecording());
@@ -52,7 +52,7 @@ TEST_F(AutoStop, ConnectionThatNeverOpenedIsEndedBySilence) {
     EXPECT_EQ(autoStops().size(), 1U);
 }
 
-TEST_F(AutoStop, ThirtySecondsExactlyAreNotEnough) {
+TEST_F(AutoStop, ExactlyThirtySecondsOfSilenceDoNotStop) {
     app.platform.time().setLateness(Seconds(0));
     app.startStreaming();
     app.platform.advance(Seconds(30));
@@ -62,7 +62,7 @@ TEST_F(AutoStop, ThirtySecondsExactlyAreNotEnough) {
     EXPECT_EQ(autoStops(), Lines({"TarvikDictate: auto-stop (silence 35s > threshold 30s)"}));
 }
 
-TEST_F(AutoStop, TenMinutesExactlyAreNotEnough) {
+TEST_F(AutoStop, ExactlyTenMinutesDoNotStop) {
     app.platform.time().setLateness(Seconds(0));
     app.startStreaming();
     talk(Seconds(600), Seconds(20));
@@ -73,7 +73,7 @@ TEST_F(AutoStop, TenMinutesExactlyAreNotEnough) {
                                   "elapsed=605s)"}));
 }
 
-TEST_F(AutoStop, TalkingSessionIsStoppedAfterTenMinutes) {
+TEST_F(AutoStop, SessionWithSpeechIsStoppedAfterTenMinutes) {
     app.startStreaming();
     const TimePoint start = app.platform.now();
     talk(Seconds(580), Seconds(20));
@@ -87,7 +87,7 @@ TEST_F(AutoStop, TalkingSessionIsStoppedAfterTenMinutes) {
     EXPECT_EQ(app.recordedSeconds(), 600);
 }
 
-TEST_F(AutoStop, FinalPieceStartsTheSilenceAnewAndInterimOnesDoNot) {
+TEST_F(AutoStop, OnlyFinalPiecesRestartTheSilence) {
     app.startStreaming();
     app.platform.advance(Seconds(3));
     app.sayFinal("hello");
@@ -98,7 +98,7 @@ TEST_F(AutoStop, FinalPieceStartsTheSilenceAnewAndInterimOnesDoNot) {
     EXPECT_EQ(autoStops(), Lines({"TarvikDictate: auto-stop (silence 32s > threshold 30s)"}));
 }
 
-TEST_F(AutoStop, SessionThatPassesBothLimitsIsLoggedAsTheHardCap) {
+TEST_F(AutoStop, HardCapIsLoggedWhenBothLimitsArePassed) {
     app.startStreaming();
     talk(Seconds(560), Seconds(20));
     app.platform.advance(Seconds(9));
@@ -108,7 +108,7 @@ TEST_F(AutoStop, SessionThatPassesBothLimitsIsLoggedAsTheHardCap) {
                                   "elapsed=600s)"}));
 }
 
-TEST_F(AutoStop, AppliesToAToggleSessionAlike) {
+TEST_F(AutoStop, AppliesToAToggleSessionToo) {
     app.tapToggle();
     app.acceptConnection();
     app.platform.advance(Seconds(30));
@@ -131,13 +131,13 @@ TEST_F(AutoStop, ThereIsNeverMoreThanOneTimer) {
     app.platform.advance(Seconds(3));
     app.pressHold();
     EXPECT_EQ(app.platform.time().runningTimers(), 1U);
-    // The timer of the new session counts from its own start; the old one's seventh tick would see
-    // 32 s.
+    // The timer of the new session ticks from its own start. The seventh tick of the old timer
+    // would measure 32 s.
     app.platform.advance(Seconds(60));
     EXPECT_EQ(autoStops(), Lines({"TarvikDictate: auto-stop (silence 30s > threshold 30s)"}));
 }
 
-TEST_F(AutoStop, BusyMainThreadMissesTicksAndMeasuresTheRealSilence) {
+TEST_F(AutoStop, SilenceIsMeasuredCorrectlyAfterMissedTicks) {
     app.startStreaming();
     app.platform.advance(Seconds(1));
     app.platform.time().stall(Seconds(41));

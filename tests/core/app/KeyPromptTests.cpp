@@ -21,7 +21,7 @@ class KeyPrompt : public testing::Test {
     ApplicationUnderTest app;
 };
 
-TEST_F(KeyPrompt, AsksWithItsTextsAndButtons) {
+TEST_F(KeyPrompt, HasItsTextsAndButtons) {
     app.delegate->promptForApiKey();
     ASSERT_EQ(userInterface().alerts.size(), 1U);
     const platform::Alert& alert = userInterface().alerts[0];
@@ -35,20 +35,20 @@ TEST_F(KeyPrompt, AsksWithItsTextsAndButtons) {
     EXPECT_EQ(alert.buttons, std::vector<std::string>({"Save", "Cancel"}));
 }
 
-TEST_F(KeyPrompt, BringsTheApplicationToTheFrontBeforeItAsks) {
+TEST_F(KeyPrompt, ActivatesTheApplicationFirst) {
     app.delegate->promptForApiKey();
     EXPECT_EQ(app.platform.journal().lines(),
               std::vector<std::string>({"activateIgnoringOtherApps", "runModal"}));
 }
 
-TEST_F(KeyPrompt, HoldHotkeyWithoutAKeyBringsItUpAndTheIconStaysIdle) {
+TEST_F(KeyPrompt, HoldHotkeyWithoutAKeyShowsItAndTheIconStaysIdle) {
     app.pressHold();
     ASSERT_EQ(userInterface().alerts.size(), 1U);
     EXPECT_FALSE(app.isRecording());
     EXPECT_EQ(userInterface().alerts[0].fieldText, "");
 }
 
-TEST_F(KeyPrompt, ToggleHotkeyWithoutAKeyBringsItUpToo) {
+TEST_F(KeyPrompt, ToggleHotkeyWithoutAKeyShowsItToo) {
     app.tapToggle();
     EXPECT_EQ(userInterface().alerts.size(), 1U);
 }
@@ -71,7 +71,7 @@ TEST_F(KeyPrompt, SaveTrimsTabsAndLineBreaks) {
     EXPECT_EQ(stored(), "secret");
 }
 
-TEST_F(KeyPrompt, PressThatLedToItIsNotReplayedButTheNextOneStarts) {
+TEST_F(KeyPrompt, OnlyTheNextPressStartsARecording) {
     userInterface().answerNextAlert(save, "secret");
     app.pressHold();
     EXPECT_FALSE(app.isRecording());
@@ -110,14 +110,14 @@ TEST_F(KeyPrompt, ClosingItOtherwiseLeavesTheKeyUntouched) {
     EXPECT_EQ(stored(), "secret");
 }
 
-TEST_F(KeyPrompt, BlocksOfTheMainQueueRunWhileItIsUp) {
+TEST_F(KeyPrompt, BlocksOfTheMainQueueRunWhileItIsOpen) {
     bool ranWhileModal = false;
     app.platform.mainQueue().async([&] { ranWhileModal = userInterface().isModal; });
     app.delegate->promptForApiKey();
     EXPECT_TRUE(ranWhileModal);
 }
 
-TEST_F(KeyPrompt, HotkeyWhileItIsUpChangesNothing) {
+TEST_F(KeyPrompt, HotkeyWhileItIsOpenDoesNothing) {
     int presses = 0;
     userInterface().whileModal = [&](const platform::Alert&) {
         if (++presses == 1) {

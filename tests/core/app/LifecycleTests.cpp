@@ -11,7 +11,7 @@ using Lines = std::vector<std::string>;
 constexpr auto welcomeKey = "lastWelcomeShownForVersion";
 constexpr int authorized = 3;
 
-/// What a user has stored for whom this version has been welcomed and the login item registered.
+/// The settings after an earlier launch of this version, with the login item registered.
 simulated::UserDefaultsContents settled() {
     simulated::UserDefaultsContents defaults = storedKey();
     defaults[welcomeKey] = std::string("0.1.0");
@@ -19,24 +19,25 @@ simulated::UserDefaultsContents settled() {
     return defaults;
 }
 
-/// The moments, in seconds after `launch`, at which the setup window came up.
+/// The times at which the setup window was shown, in seconds after `launch`.
 std::vector<double> setupWindowsAfter(ApplicationUnderTest& app, TimePoint launch) {
-    std::vector<double> moments;
-    for (const TimePoint moment : app.setupWindows()) {
-        moments.push_back(Seconds(moment - launch).count());
+    std::vector<double> times;
+    for (const TimePoint time : app.setupWindows()) {
+        times.push_back(Seconds(time - launch).count());
     }
-    return moments;
+    return times;
 }
 
-/// Launches, lets a minute pass, and answers when the setup window came up; −1 when it did not.
+/// Launches and lets a minute pass. Returns the seconds until the setup window was shown; −1 when
+/// it was not shown.
 double setupWindowDelay(ApplicationUnderTest& app,
                         const platform::LaunchNotification& notification = {}) {
     const TimePoint launch = app.platform.now();
     app.launch(notification);
     app.platform.advance(Seconds(60));
-    const std::vector<double> moments = setupWindowsAfter(app, launch);
-    EXPECT_LE(moments.size(), 1U);
-    return moments.empty() ? -1 : moments.front();
+    const std::vector<double> times = setupWindowsAfter(app, launch);
+    EXPECT_LE(times.size(), 1U);
+    return times.empty() ? -1 : times.front();
 }
 
 constexpr double justAfter = 0.001;
@@ -46,7 +47,7 @@ TEST(Construction, DoesNothingYet) {
     EXPECT_EQ(app.platform.journal().lines(), Lines());
 }
 
-TEST(Process, RunsAsAnAccessoryFromTheLaunchToQuitAndLetsTheCaptureGo) {
+TEST(Process, RunsAsAnAccessoryUntilQuitAndReleasesTheCapture) {
     simulated::SimulatedPlatform platform(settled());
     platform.time().asyncAfter(Seconds(10), [&] {
         EXPECT_TRUE(platform.audio().lastEngine()->isAlive());
@@ -93,13 +94,13 @@ TEST(Launch, TakesItsStepsInOrder) {
                      "observeDidWake"}));
 }
 
-TEST(Launch, LogsTheAnswerAboutTheMicrophoneWhenItComes) {
+TEST(Launch, LogsTheMicrophonePermissionWhenItIsAnswered) {
     ApplicationUnderTest app;
     app.launch();
     EXPECT_EQ(app.platform.log().count("TarvikDictate: launch-time mic request → true"), 1U);
 }
 
-TEST(Launch, DoesNotWaitForTheAnswerAboutTheMicrophone) {
+TEST(Launch, DoesNotWaitForTheMicrophonePermission) {
     ApplicationUnderTest app;
     app.platform.captureAuthorization().holdsAnswers = true;
     app.launch();
@@ -134,17 +135,17 @@ TEST(Welcome, LaterLaunchByTheUserShowsTheSetupWindowAfterFourTenthsOfASecond) {
     EXPECT_NEAR(setupWindowDelay(app, {true}), 0.4, justAfter);
 }
 
-TEST(Welcome, LaunchThatDoesNotSayWhetherItIsADefaultOneCountsAsOne) {
+TEST(Welcome, LaunchWithoutTheFlagCountsAsADefaultLaunch) {
     ApplicationUnderTest app(settled());
     EXPECT_NEAR(setupWindowDelay(app, {std::nullopt}), 0.4, justAfter);
 }
 
-TEST(Welcome, LaunchThatIsNotADefaultOneShowsNothing) {
+TEST(Welcome, NonDefaultLaunchShowsNothing) {
     ApplicationUnderTest app(settled());
     EXPECT_EQ(setupWindowDelay(app, {false}), -1);
 }
 
-TEST(Welcome, SetupThatIsNeededIsShownOnANonDefaultLaunchToo) {
+TEST(Welcome, NeededSetupIsShownAtANonDefaultLaunchToo) {
     simulated::UserDefaultsContents defaults = settled();
     defaults.erase("deepgramApiKey");
     ApplicationUnderTest app(defaults);
@@ -247,7 +248,7 @@ TEST(Reopening, ShowsTheSetupWindowWhateverWindowsAreVisible) {
     }
 }
 
-TEST(Shortcuts, OfTheDesktopToggleARecordingAndOpenTheSetupWindow) {
+TEST(Shortcuts, ToggleARecordingAndOpenTheSetupWindow) {
     ApplicationUnderTest app(settled());
     app.launch({false});
     app.platform.application().setDelegate(app.delegate);
@@ -261,7 +262,7 @@ TEST(Shortcuts, OfTheDesktopToggleARecordingAndOpenTheSetupWindow) {
     EXPECT_FALSE(app.isRecording());
 }
 
-TEST(Restart, EndsAtOnceAndHasTheNextInstanceStartedHalfASecondLater) {
+TEST(Restart, EndsAtOnceAndStartsTheNextInstanceHalfASecondLater) {
     ApplicationUnderTest app;
     app.launchAndSettle();
     EXPECT_TRUE(app.platform.userInterface().statusItem()->menu->choose("Restart Tarvik Dictate"));
@@ -281,7 +282,7 @@ TEST(Restart, EndsTheApplicationSilentlyWhenTheNextInstanceCannotBeLaunched) {
     EXPECT_EQ(app.logLines(), Lines());
 }
 
-TEST(Delegate, WhenItIsGoneNothingThatWaitedDoesAnything) {
+TEST(Delegate, AfterItsEndWaitingBlocksDoNothing) {
     ApplicationUnderTest app;
     app.launch();
     app.pressHold();
@@ -297,31 +298,31 @@ TEST(Delegate, WhenItIsGoneNothingThatWaitedDoesAnything) {
     EXPECT_FALSE(app.isCapturing());
 }
 
-TEST(Delegate, WhenItIsGoneTheDeferredHalfOfAStopDoesNothing) {
+TEST(Delegate, AfterItsEndTheDeferredStopDoesNothing) {
     ApplicationUnderTest app;
     app.launchAndSettle();
     app.pressHold();
     app.releaseHold();
-    app.giveUpDelegate();
+    app.releaseDelegate();
     app.platform.advance(Seconds(10));
     EXPECT_TRUE(app.platform.log().linesWith("audio.stop").empty());
 }
 
-TEST(Delegate, WhenItIsGoneTheKeyPromptThatWaitsDoesNotCome) {
+TEST(Delegate, AfterItsEndAWaitingKeyPromptDoesNotAppear) {
     ApplicationUnderTest app(nothingStored());
     app.launchAndSettle();
     app.delegate->startRecording();
-    app.giveUpDelegate();
+    app.releaseDelegate();
     app.platform.advance(Seconds(10));
     EXPECT_TRUE(app.platform.userInterface().alerts.empty());
 }
 
-TEST(Delegate, WhenItIsGoneTheFinishOfAnAbandonedRecordingDoesNothing) {
+TEST(Delegate, AfterItsEndTheFinishOfAnAbandonedRecordingDoesNothing) {
     ApplicationUnderTest app;
     app.launchAndSettle();
     app.startStreaming();
     app.platform.workspace().wake();
-    app.giveUpDelegate();
+    app.releaseDelegate();
     EXPECT_TRUE(app.socket().cancels().empty());
     app.platform.advance(Seconds(2));
     EXPECT_EQ(app.socket().cancels().size(), 1U);
@@ -334,7 +335,7 @@ TEST_P(DelegateAtTheEnd, IsHeldByNothing) {
     app.launchAndSettle();
     GetParam()(app);
     app.delegate->applicationWillTerminate();
-    app.giveUpDelegate();
+    app.releaseDelegate();
 }
 
 INSTANTIATE_TEST_SUITE_P(

@@ -7,7 +7,7 @@ namespace {
 
 using Lines = std::vector<std::string>;
 
-/// What becomes of the transcripts of a session.
+/// The insertion of a session's transcripts.
 class SessionText : public testing::Test {
   protected:
     SessionText() {
@@ -15,15 +15,15 @@ class SessionText : public testing::Test {
         app.launchAndSettle();
     }
 
-    /// Leaves a session between the turn that receives its first piece, "hello", and the one that
-    /// inserts it.
+    /// Starts a session and stops after the turn that receives the first piece, "hello". The next
+    /// turn inserts the piece.
     void receiveWithoutInserting() {
         app.platform.webSockets().setAutomatic(false);
         app.pressHold();
         app.socket().open();
         app.socket().deliverText(simulated::transcriptJson("hello", true));
         app.platform.webSockets().runDelegateQueues();
-        // The connection opens in a turn of its own before.
+        // The connection opens in an earlier turn.
         ASSERT_TRUE(app.platform.time().runOne());
         ASSERT_TRUE(app.platform.time().runOne());
     }
@@ -47,7 +47,7 @@ TEST_F(SessionText, InterimResultsAreIgnored) {
     EXPECT_TRUE(app.platform.keyboardEvents().posts.empty());
 }
 
-TEST_F(SessionText, NothingIsInsertedAtTheEnd) {
+TEST_F(SessionText, StopInsertsNothing) {
     const auto element = app.platform.accessibility().focusNewElement();
     app.startStreaming();
     app.sayFinal("hello");
@@ -79,7 +79,7 @@ TEST_F(SessionText, PieceThatArrivesASecondAfterTheStopIsInsertedIntoTheOldTarge
     EXPECT_EQ(element->text, "hello world");
 }
 
-TEST_F(SessionText, LatePieceGoesToTheTargetOfARecordingThatHasStartedMeanwhile) {
+TEST_F(SessionText, LatePieceGoesToTheTargetOfTheNewRecording) {
     const auto oldElement = app.platform.accessibility().focusNewElement();
     app.startStreaming();
     auto& oldSocket = app.socket();
@@ -97,14 +97,14 @@ TEST_F(SessionText, LatePieceGoesToTheTargetOfARecordingThatHasStartedMeanwhile)
     EXPECT_EQ(newElement->attempts, Lines({"two", " three", " four"}));
 }
 
-TEST_F(SessionText, WithoutFrontmostApplicationAndElementTheTextIsTypedForEverybody) {
+TEST_F(SessionText, WithoutApplicationAndElementTheTextGoesToTheKeyboardFocus) {
     app.platform.workspace().setFrontmostProcess(std::nullopt);
     app.startStreaming();
     app.sayFinal("hello");
     EXPECT_EQ(app.platform.keyboardEvents().typed(std::nullopt), u"hello");
 }
 
-TEST_F(SessionText, WithoutAnElementTheTextIsTypedIntoTheProcessThatWasInFront) {
+TEST_F(SessionText, WithoutAnElementTheTextIsTypedIntoTheFrontmostProcess) {
     app.startStreaming();
     app.platform.workspace().setFrontmostProcess(ApplicationUnderTest::editor + 1);
     app.sayFinal("hello");
@@ -113,7 +113,7 @@ TEST_F(SessionText, WithoutAnElementTheTextIsTypedIntoTheProcessThatWasInFront) 
     EXPECT_EQ(app.platform.keyboardEvents().typed(ApplicationUnderTest::editor + 1), u"");
 }
 
-TEST_F(SessionText, ElementThatIsHandedOutWithAnErrorIsNotUsed) {
+TEST_F(SessionText, ElementThatComesWithAnErrorIsNotUsed) {
     const auto element = app.platform.accessibility().focusNewElement();
     app.platform.accessibility().focusStatus = platform::axErrorNoValue;
     app.startStreaming();
@@ -122,7 +122,7 @@ TEST_F(SessionText, ElementThatIsHandedOutWithAnErrorIsNotUsed) {
     EXPECT_EQ(app.platform.keyboardEvents().typed(ApplicationUnderTest::editor), u"hello");
 }
 
-TEST_F(SessionText, ElementOfTheStartIsUsedThoughTheFocusHasMoved) {
+TEST_F(SessionText, ElementOfTheStartIsUsedAfterTheFocusHasMoved) {
     const auto element = app.platform.accessibility().focusNewElement();
     app.startStreaming();
     const auto other = app.platform.accessibility().focusNewElement();
@@ -131,7 +131,7 @@ TEST_F(SessionText, ElementOfTheStartIsUsedThoughTheFocusHasMoved) {
     EXPECT_TRUE(other->attempts.empty());
 }
 
-TEST_F(SessionText, PieceIsInsertedInALaterTurnThanTheOneThatReceivesIt) {
+TEST_F(SessionText, PieceIsInsertedInALaterTurn) {
     const auto element = app.platform.accessibility().focusNewElement();
     receiveWithoutInserting();
     EXPECT_TRUE(element->attempts.empty());
@@ -139,7 +139,7 @@ TEST_F(SessionText, PieceIsInsertedInALaterTurnThanTheOneThatReceivesIt) {
     EXPECT_EQ(element->attempts, Lines({"hello"}));
 }
 
-TEST_F(SessionText, PieceThatWaitsForItsInsertionUsesTheTargetOfTheMoment) {
+TEST_F(SessionText, WaitingPieceUsesTheTargetAtItsInsertion) {
     const auto oldElement = app.platform.accessibility().focusNewElement();
     receiveWithoutInserting();
     const auto newElement = app.platform.accessibility().focusNewElement();
@@ -150,7 +150,7 @@ TEST_F(SessionText, PieceThatWaitsForItsInsertionUsesTheTargetOfTheMoment) {
     EXPECT_EQ(newElement->text, "hello");
 }
 
-TEST_F(SessionText, PieceThatHasArrivedIsInsertedThoughTheDelegateWasGivenUp) {
+TEST_F(SessionText, WaitingPieceIsInsertedAfterTheDelegateWasReleased) {
     const auto element = app.platform.accessibility().focusNewElement();
     receiveWithoutInserting();
     app.delegate->applicationWillTerminate();

@@ -39,7 +39,7 @@ TEST_F(StatusItem, MenuHasItsEightEntriesInOrder) {
     }
 }
 
-TEST_F(StatusItem, MenuIsThereBeforeItIsOpenedForTheFirstTime) {
+TEST_F(StatusItem, MenuIsFilledBeforeItsFirstOpening) {
     app.launch();
     EXPECT_EQ(menu().items.size(), 8U);
 }
@@ -64,7 +64,7 @@ TEST_F(StatusItem, OpeningTheMenuTwiceShowsEightEntriesEachTime) {
     EXPECT_EQ(menu().open().size(), 8U);
 }
 
-TEST_F(StatusItem, MenuReadsTheVersionAfreshEachTimeItOpens) {
+TEST_F(StatusItem, MenuReadsTheVersionEachTimeItOpens) {
     app.launch();
     app.platform.bundle().setVersion("0.2.0");
     EXPECT_EQ(menu().open()[0].title, "Tarvik Dictate  v0.2.0");
@@ -115,7 +115,7 @@ TEST_F(StatusItem, IdleIconIsATemplateWithoutATint) {
     EXPECT_EQ(button().title, std::nullopt);
 }
 
-TEST_F(StatusItem, IconIsAFilledRedMicrophoneWhileRecordingAndIdleAgainAfterwards) {
+TEST_F(StatusItem, IconIsAFilledRedMicrophoneOnlyWhileRecording) {
     app.launch();
     app.pressHold();
     EXPECT_EQ(button().image->name, "mic.fill");
@@ -138,7 +138,7 @@ TEST_F(StatusItem, UnknownSymbolsAreReplacedByText) {
     EXPECT_EQ(app.platform.journal().linesWithPrefix("setContentTintColor").size(), 0U);
 }
 
-TEST_F(StatusItem, UnknownRecordingSymbolLeavesImageAndTintAsTheyWere) {
+TEST_F(StatusItem, UnknownRecordingSymbolKeepsImageAndTint) {
     app.platform.userInterface().unknownSymbols = {"mic.fill"};
     app.launch();
     app.pressHold();
@@ -157,7 +157,7 @@ TEST_F(StatusItem, WithoutAButtonTheIconIsSkippedAndEverythingElseWorks) {
     EXPECT_EQ(menu().open().size(), 8U);
 }
 
-TEST_F(StatusItem, OneStatusItemIsMadeForTheLifeOfTheProcess) {
+TEST_F(StatusItem, OnlyOneStatusItemIsMade) {
     app.launch();
     app.pressHold();
     app.releaseHold();
@@ -166,12 +166,12 @@ TEST_F(StatusItem, OneStatusItemIsMadeForTheLifeOfTheProcess) {
     EXPECT_TRUE(app.platform.userInterface().statusItem());
 }
 
-TEST_F(StatusItem, MenuThatDoesNotExistYetIsNotRebuilt) {
+TEST_F(StatusItem, MenuUpdateBeforeTheLaunchDoesNothing) {
     app.delegate->menuNeedsUpdate();
     EXPECT_TRUE(app.platform.journal().lines().empty());
 }
 
-TEST_F(StatusItem, MainMenuBringsTheEditingShortcuts) {
+TEST_F(StatusItem, MainMenuHasTheEditingShortcuts) {
     app.launch();
     ASSERT_EQ(app.platform.userInterface().mainMenus.size(), 1U);
     const auto& [title, items] = app.platform.userInterface().mainMenus[0];

@@ -19,7 +19,7 @@ Lines reRegistration() {
             "log TarvikDictate: tap-to-toggle registered (⌥ ⇧ Space)"};
 }
 
-TEST(Wake, WhileIdleOnlyRegistersTheHotkeysAnew) {
+TEST(Wake, WhileIdleOnlyRegistersTheHotkeysAgain) {
     ApplicationUnderTest app;
     app.launchAndSettle();
     app.platform.workspace().wake();
@@ -31,7 +31,7 @@ TEST(Wake, WhileIdleOnlyRegistersTheHotkeysAnew) {
     EXPECT_TRUE(app.isRecording());
 }
 
-TEST(Wake, AbandonsARecordingBeforeItRegistersTheHotkeysAnew) {
+TEST(Wake, AbandonsARecordingBeforeItRegistersTheHotkeysAgain) {
     ApplicationUnderTest app;
     app.launchAndSettle();
     app.startStreaming();
@@ -69,7 +69,7 @@ TEST(Wake, SendsTheCloseMessageAndNoAudioAfterIt) {
     EXPECT_TRUE(app.socket().sentData().empty());
 }
 
-TEST(Wake, KeepsTheTextOfTheAbandonedRecordingAndInsertsWhatStillArrives) {
+TEST(Wake, InsertsLatePiecesOfTheAbandonedRecording) {
     ApplicationUnderTest app;
     const auto element = app.platform.accessibility().focusNewElement();
     app.launchAndSettle();
@@ -80,13 +80,13 @@ TEST(Wake, KeepsTheTextOfTheAbandonedRecordingAndInsertsWhatStillArrives) {
     EXPECT_EQ(element->text, "hello world");
 }
 
-TEST(Wake, WhileConnectingGivesTheClientUpAtOnce) {
+TEST(Wake, WhileConnectingReleasesTheClientAtOnce) {
     ApplicationUnderTest app;
     app.launchAndSettle();
     app.pressHold();
     app.platform.workspace().wake();
     EXPECT_FALSE(app.isRecording());
-    // The connection opens late all the same and starts the capture, whose chunks have no client.
+    // The late connection still starts the capture, but there is no client for the chunks.
     app.acceptConnection();
     EXPECT_TRUE(app.isCapturing());
     EXPECT_TRUE(app.speak());
@@ -94,7 +94,7 @@ TEST(Wake, WhileConnectingGivesTheClientUpAtOnce) {
     EXPECT_TRUE(app.socket().sentTexts().empty());
 }
 
-TEST(Wake, LeavesTheTimerToItsNextTickWhichStopsNothingTwice) {
+TEST(Wake, TimerEndsAtItsNextTickWithoutASecondStop) {
     ApplicationUnderTest app;
     app.launchAndSettle();
     app.startStreaming();
@@ -108,7 +108,7 @@ TEST(Wake, LeavesTheTimerToItsNextTickWhichStopsNothingTwice) {
     EXPECT_TRUE(app.platform.log().linesWith("stopRecording").empty());
 }
 
-TEST(Wake, OldFinishTakesTheClientOfARecordingThatStartedMeanwhile) {
+TEST(Wake, OldFinishReleasesTheClientOfANewRecording) {
     ApplicationUnderTest app;
     app.launchAndSettle();
     app.startStreaming();
@@ -117,7 +117,7 @@ TEST(Wake, OldFinishTakesTheClientOfARecordingThatStartedMeanwhile) {
     app.startStreaming();
     EXPECT_TRUE(app.speak());
     EXPECT_EQ(app.socket().sentData().size(), 1U);
-    // Two seconds after the wake the old client's finish completes.
+    // The old client's finish completes two seconds after the wake.
     app.platform.advance(Seconds(1));
     EXPECT_TRUE(app.isRecording());
     EXPECT_TRUE(app.speak());
@@ -142,7 +142,7 @@ TEST(Wake, FinishIsOverAsSoonAsTheServiceCloses) {
     EXPECT_EQ(app.socket().sentData().size(), 1U);
 }
 
-TEST(Wake, WhileStoppingLeavesTheDeferredStopAlone) {
+TEST(Wake, WhileStoppingKeepsTheDeferredStop) {
     ApplicationUnderTest app;
     app.launchAndSettle();
     app.startStreaming();

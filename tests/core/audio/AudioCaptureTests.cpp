@@ -72,7 +72,7 @@ TEST_F(Capture, BufferWithoutFloatSamplesIsDropped) {
     EXPECT_TRUE(chunks.empty());
 }
 
-TEST_F(Capture, FormatWithoutChannelsIsNotRefused) {
+TEST_F(Capture, FormatWithoutChannelsIsAccepted) {
     platform.audio().setInputFormat({48000, 0});
     start();
     EXPECT_TRUE(platform.audio().deliver({{0.25F}}, 0));
@@ -111,7 +111,7 @@ TEST_P(CaptureWithoutRate, IsLoggedAndCapturesNothing) {
     capture.start([](PcmChunk) {});
     EXPECT_EQ(platform.log().lines(), Lines({noFormat}));
     EXPECT_EQ(platform.audio().lastEngine()->calls(), Lines({"inputFormat 0"}));
-    // It is still idle, so a microphone that is there by the next start is captured.
+    // The capture is still idle, so the next start captures a microphone that exists by then.
     platform.audio().setInputFormat({48000, 1});
     capture.start([](PcmChunk) {});
     EXPECT_TRUE(platform.audio().lastEngine()->isRunning());
@@ -121,14 +121,15 @@ TEST_P(CaptureWithoutRate, IsLoggedAndCapturesNothing) {
 INSTANTIATE_TEST_SUITE_P(Rates, CaptureWithoutRate,
                          testing::Values(0.0, -48000.0, std::numeric_limits<double>::quiet_NaN()));
 
-TEST_F(Capture, EngineThatDoesNotStartIsLoggedAndItsTapRemoved) {
+TEST_F(Capture, FailedEngineStartIsLoggedAndTheTapRemoved) {
     platform.audio().setStartFailure(Error{16, "device busy"});
     start();
     EXPECT_EQ(platform.log().lines(), Lines({"AudioCapture: engine.start failed — device busy"}));
     EXPECT_EQ(
         platform.audio().lastEngine()->calls(),
         Lines({"inputFormat 0", "installTap 0 2048 48000", "prepare", "start", "removeTap 0"}));
-    // Idle: a configuration change rebuilds nothing, a stop does nothing, a start tries again.
+    // The capture is idle: a configuration change rebuilds nothing, a stop does nothing, and a
+    // start tries again.
     changeConfiguration();
     capture->stop();
     EXPECT_EQ(platform.audio().engines().size(), 1U);
@@ -149,7 +150,7 @@ TEST_F(Capture, FailedStartKeepsTheCallbackUntilTheNextStart) {
     EXPECT_TRUE(watched.expired());
 }
 
-TEST_F(Capture, StartWithoutACallbackCapturesForNobodyAndIsNotRebuilt) {
+TEST_F(Capture, CaptureWithoutACallbackIsNotRebuilt) {
     capture->start({});
     EXPECT_TRUE(platform.audio().lastEngine()->isRunning());
     EXPECT_TRUE(platform.audio().deliver({{0.5F}}));
@@ -181,7 +182,7 @@ TEST_F(Capture, StopWhenIdleDoesNothing) {
     EXPECT_EQ(platform.audio().lastEngine()->calls(), calls);
 }
 
-TEST_F(Capture, StopForgetsTheCallback) {
+TEST_F(Capture, StopReleasesTheCallback) {
     auto held = std::make_shared<int>();
     const std::weak_ptr<int> watched = held;
     capture->start([held = std::move(held)](PcmChunk) {});
@@ -231,21 +232,21 @@ TEST_F(Capture, ConfigurationChangeWhileCapturingRebuildsTheEngineWithTheSameCal
     EXPECT_EQ(chunks, Lines({std::string("\xFF\x3F", 2)}));
 }
 
-TEST_F(Capture, NewEngineIsTheOneWhoseFormatIsAnnounced) {
+TEST_F(Capture, CurrentEngineHasTheNewFormatAfterARebuild) {
     start();
     platform.audio().setInputFormat({16000, 1});
     changeConfiguration();
     EXPECT_EQ(capture->engine().inputNode().inputFormatForBus(0).sampleRate, 16000);
 }
 
-TEST_F(Capture, ChangeWhoseRestartFailsLeavesItStaleUntilTheStop) {
+TEST_F(Capture, FailedRestartLeavesTheCaptureSilentUntilTheStop) {
     start();
     platform.audio().setStartFailure(Error{16, "device busy"});
     changeConfiguration();
     EXPECT_EQ(platform.log().lines(),
               Lines({changed, "AudioCapture: engine.start failed — device busy"}));
     EXPECT_FALSE(platform.audio().deliver({{0.5F}}));
-    // It still counts as running, so a start does nothing.
+    // The capture still counts as running, so a start does nothing.
     platform.audio().setStartFailure(std::nullopt);
     bool second = false;
     capture->start([&](PcmChunk) { second = true; });
@@ -256,7 +257,7 @@ TEST_F(Capture, ChangeWhoseRestartFailsLeavesItStaleUntilTheStop) {
     EXPECT_TRUE(second);
 }
 
-TEST_F(Capture, StaleCaptureResumesWithTheNextConfigurationChange) {
+TEST_F(Capture, SilentCaptureResumesAtTheNextConfigurationChange) {
     start();
     platform.audio().removeInput();
     changeConfiguration();
@@ -268,7 +269,7 @@ TEST_F(Capture, StaleCaptureResumesWithTheNextConfigurationChange) {
     EXPECT_EQ(chunks.size(), 1U);
 }
 
-TEST_F(Capture, DestructionStopsObservingAndLetsTheEngineGoWithoutCalls) {
+TEST_F(Capture, DestructionEndsTheObservationAndMakesNoEngineCalls) {
     start();
     const auto engine = platform.audio().lastEngine();
     const Lines calls = engine->calls();
@@ -278,7 +279,7 @@ TEST_F(Capture, DestructionStopsObservingAndLetsTheEngineGoWithoutCalls) {
     EXPECT_EQ(engine->calls(), calls);
 }
 
-TEST_F(Capture, TapOfACaptureThatIsGoneDeliversNothing) {
+TEST_F(Capture, TapOfADestroyedCaptureDeliversNothing) {
     start();
     const platform::AudioTapBlock tap = platform.audio().lastEngine()->tap();
     capture.reset();

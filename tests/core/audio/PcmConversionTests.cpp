@@ -43,7 +43,7 @@ std::int16_t convertedSample(float sample) {
     return converted({{sample}}).front();
 }
 
-/// One frame, step by step.
+/// The expected sample of one frame, computed step by step.
 std::int16_t expectedSample(const Channels& channels, std::size_t frame) {
     float sum = 0;
     for (const std::vector<float>& channel : channels) {
@@ -57,13 +57,13 @@ std::int16_t expectedSample(const Channels& channels, std::size_t frame) {
 constexpr float infinity = std::numeric_limits<float>::infinity();
 constexpr float notANumber = std::numeric_limits<float>::quiet_NaN();
 
-TEST(PcmConversion, FullScaleAndAboveGivesTheGreatestSample) {
+TEST(PcmConversion, FullScaleAndAboveGiveTheMaxSample) {
     EXPECT_EQ(convertedSample(1.0F), 32767);
     EXPECT_EQ(convertedSample(1.5F), 32767);
     EXPECT_EQ(convertedSample(infinity), 32767);
 }
 
-TEST(PcmConversion, FullNegativeScaleAndBelowStaysAboveTheLeastNumber) {
+TEST(PcmConversion, NegativeFullScaleAndBelowGiveTheNegatedMaxSample) {
     EXPECT_EQ(convertedSample(-1.0F), -32767);
     EXPECT_EQ(convertedSample(-1.5F), -32767);
     EXPECT_EQ(convertedSample(-infinity), -32767);
@@ -80,14 +80,14 @@ TEST(PcmConversion, TruncatesTowardZero) {
     EXPECT_EQ(convertedSample(-0.0F), 0);
 }
 
-TEST(PcmConversion, NotANumberGivesTheGreatestSample) {
+TEST(PcmConversion, NotANumberGivesTheMaxSample) {
     EXPECT_EQ(convertedSample(notANumber), 32767);
     EXPECT_EQ(convertedSample(-notANumber), 32767);
     EXPECT_EQ(converted({{0.0F}, {notANumber}}).front(), 32767);
     EXPECT_EQ(converted({{infinity}, {-infinity}}).front(), 32767);
 }
 
-TEST(PcmConversion, ZeroChannelsGiveTheGreatestSampleForEveryFrame) {
+TEST(PcmConversion, ZeroChannelsGiveTheMaxSampleForEveryFrame) {
     const auto chunk = convert({std::vector<float>(37, 0.25F)}, 0);
     ASSERT_TRUE(chunk);
     EXPECT_EQ(samplesOf(*chunk), std::vector<std::int16_t>(37, 32767));
@@ -110,7 +110,7 @@ TEST(PcmConversion, BufferOfZeroFramesGivesAnEmptyChunk) {
     EXPECT_TRUE(chunk->empty());
 }
 
-TEST(PcmConversion, BufferWithoutFloatSamplesGivesNone) {
+TEST(PcmConversion, BufferWithoutFloatSamplesGivesNoChunk) {
     platform::AudioPcmBuffer buffer;
     buffer.frameLength = 16;
     buffer.format = {48000, 1};
@@ -127,7 +127,7 @@ TEST_P(PcmConversionOfChannels, IsExactForEveryLengthAndValue) {
         for (std::vector<float>& channel : channels) {
             std::generate(channel.begin(), channel.end(), [&] { return value(random); });
         }
-        // Special values at both ends, where vector and single frames meet.
+        // Special values at both ends and thus in vectors as well as in single frames.
         channels.front().front() = notANumber;
         channels.front().back() = infinity;
         std::vector<std::int16_t> expected;

@@ -45,7 +45,7 @@ TEST(Weakly, KeepsTheOwnerAliveDuringTheCall) {
     EXPECT_EQ(owner, nullptr);
 }
 
-TEST(OneShot, IsThereUntilItIsTaken) {
+TEST(OneShot, KeepsTheCallbackUntilItIsTaken) {
     OneShot<int> completion;
     EXPECT_FALSE(completion.take());
     int answer = 0;
@@ -56,7 +56,7 @@ TEST(OneShot, IsThereUntilItIsTaken) {
     EXPECT_EQ(answer, 7);
 }
 
-TEST(OneShot, NewOneReleasesTheOldOneUncalled) {
+TEST(OneShot, NewCallbackReleasesTheOldOneUncalled) {
     OneShot<> completion;
     int first = 0;
     int second = 0;
@@ -67,7 +67,7 @@ TEST(OneShot, NewOneReleasesTheOldOneUncalled) {
     EXPECT_EQ(second, 1);
 }
 
-TEST(OneShot, IsTakenByExactlyOneOfTwoThreads) {
+TEST(OneShot, ExactlyOneOfTwoThreadsTakesTheCallback) {
     for (int round = 0; round < 500; ++round) {
         OneShot<> completion;
         std::atomic<int> calls = 0;
@@ -86,7 +86,7 @@ TEST(OneShot, IsTakenByExactlyOneOfTwoThreads) {
     }
 }
 
-TEST(AtomicReference, IsReadByOneThreadWhileAnotherReplacesIt) {
+TEST(AtomicReference, MayBeReadWhileAnotherThreadReplacesIt) {
     AtomicReference<const int> reference;
     simulated::JoiningThread writer([&] {
         for (int number = 1; number <= 2000; ++number) {

@@ -22,7 +22,7 @@ class ObserversTest : public testing::Test {
     std::string called;
 };
 
-TEST_F(ObserversTest, AreCalledInTheOrderInWhichTheyCame) {
+TEST_F(ObserversTest, AreCalledInTheOrderOfTheirAddition) {
     const auto first = add("a");
     const auto second = add("b");
     observers.call();
@@ -30,7 +30,7 @@ TEST_F(ObserversTest, AreCalledInTheOrderInWhichTheyCame) {
     EXPECT_EQ(called, "abab");
 }
 
-TEST_F(ObserversTest, OneWhoseObservationIsDroppedIsNotCalled) {
+TEST_F(ObserversTest, DroppedHandlerIsNotCalled) {
     auto first = add("a");
     const auto second = add("b");
     first.reset();
@@ -39,7 +39,7 @@ TEST_F(ObserversTest, OneWhoseObservationIsDroppedIsNotCalled) {
     EXPECT_EQ(observers.count(), 1U);
 }
 
-TEST_F(ObserversTest, AHandlerMayDropItselfAndThoseAfterIt) {
+TEST_F(ObserversTest, HandlerMayDropItselfAndLaterOnes) {
     std::unique_ptr<Observation> second;
     std::unique_ptr<Observation> first;
     const auto held = std::make_shared<std::string>("a");
@@ -54,7 +54,7 @@ TEST_F(ObserversTest, AHandlerMayDropItselfAndThoseAfterIt) {
     EXPECT_EQ(called, "ac");
 }
 
-TEST_F(ObserversTest, OneThatIsAddedMeanwhileWaitsForTheNextCall) {
+TEST_F(ObserversTest, HandlerAddedDuringACallWaitsForTheNextCall) {
     std::unique_ptr<Observation> second;
     const auto first = observers.add([&] { second = second ? std::move(second) : add("b"); });
     observers.call();

@@ -5,7 +5,7 @@
 namespace tarvik {
 namespace {
 
-TEST(Utf16, OfPlainTextHasOneUnitACharacter) {
+TEST(Utf16, OfPlainTextHasOneUnitPerCharacter) {
     EXPECT_EQ(utf16FromUtf8(""), u"");
     EXPECT_EQ(utf16FromUtf8("hello"), u"hello");
     EXPECT_EQ(utf16FromUtf8("Жñ漢"), u"Жñ漢");
@@ -18,13 +18,13 @@ TEST(Utf16, OfACharacterOutsideTheFirstPlaneIsASurrogatePair) {
     EXPECT_EQ(utf16FromUtf8("\xF4\x8F\xBF\xBF"), (std::u16string{0xDBFF, 0xDFFF}));
 }
 
-TEST(Utf16, OfTheEndsOfEachLengthIsExact) {
+TEST(Utf16, IsExactAtTheLimitsOfEachLength) {
     EXPECT_EQ(utf16FromUtf8("\x7F\xC2\x80\xDF\xBF"), (std::u16string{0x7F, 0x80, 0x7FF}));
     EXPECT_EQ(utf16FromUtf8("\xE0\xA0\x80\xEF\xBF\xBF"), (std::u16string{0x800, 0xFFFF}));
     EXPECT_EQ(utf16FromUtf8("\xED\x9F\xBF\xEE\x80\x80"), (std::u16string{0xD7FF, 0xE000}));
 }
 
-TEST(Utf16, OfBytesThatAreNoCharacterIsTheReplacementCharacterForEachByte) {
+TEST(Utf16, HasOneReplacementCharacterPerInvalidByte) {
     const char16_t none = 0xFFFD;
     EXPECT_EQ(utf16FromUtf8("\xFF"), std::u16string(1, none));
     EXPECT_EQ(utf16FromUtf8("a\x80z"), (std::u16string{u'a', none, u'z'}));
@@ -36,7 +36,7 @@ TEST(Utf16, OfBytesThatAreNoCharacterIsTheReplacementCharacterForEachByte) {
     EXPECT_EQ(utf16FromUtf8("\xC3("), (std::u16string{none, u'('}));
 }
 
-TEST(Trimming, TakesWhiteSpaceAndLineBreaksFromTheEndsOnly) {
+TEST(Trimming, RemovesWhiteSpaceFromTheEndsOnly) {
     EXPECT_EQ(trimmed("  a b\r\n"), "a b");
     EXPECT_EQ(trimmed("\t\n\v\f\r a\t"), "a");
     EXPECT_EQ(trimmed("a"), "a");
@@ -44,13 +44,13 @@ TEST(Trimming, TakesWhiteSpaceAndLineBreaksFromTheEndsOnly) {
     EXPECT_EQ(trimmed(""), "");
 }
 
-TEST(Trimming, KnowsTheWhiteSpaceOfEveryScript) {
+TEST(Trimming, RemovesAllUnicodeWhiteSpace) {
     // A no-break space, an em space and the ideographic space; a line and a paragraph separator.
     EXPECT_EQ(trimmed("\u00A0\u2003ключ é\u3000\u2028\u2029"), "ключ é");
     EXPECT_EQ(trimmed("\u00A0\u1680\u2000\u200A\u202F\u205F\u0085"), "");
 }
 
-TEST(Trimming, KeepsWhatIsNoCharacterAndWhatHasNoWidth) {
+TEST(Trimming, KeepsInvalidBytesAndZeroWidthCharacters) {
     EXPECT_EQ(trimmed(" \xA0 "), "\xA0");
     EXPECT_EQ(trimmed(" \u200B "), "\u200B");
 }

@@ -89,7 +89,7 @@ TEST_F(Hotkeys, CallbacksComeInOrderOnTheMainThreadAfterTheHandlerHasReturned) {
     EXPECT_EQ(calls, Lines({"press", "release", "toggle"}));
 }
 
-TEST_F(Hotkeys, EventOfAnotherNumberCallsNothingAndIsHandledAllTheSame) {
+TEST_F(Hotkeys, EventWithAnotherNumberCallsNothingButIsHandled) {
     hotkeys->start();
     for (const std::uint32_t kind : {pressed, released}) {
         for (const std::uint32_t id : {0U, 3U, 4711U}) {
@@ -100,14 +100,14 @@ TEST_F(Hotkeys, EventOfAnotherNumberCallsNothingAndIsHandledAllTheSame) {
     EXPECT_TRUE(calls.empty());
 }
 
-TEST_F(Hotkeys, OnlyTheNumberOfTheIdentifierDecides) {
+TEST_F(Hotkeys, SignatureOfTheIdentifierIsIgnored) {
     hotkeys->start();
     events().sendEvent(pressed, platform::EventHotKeyID{0x12345678, hold});
     platform.runUntilIdle();
     EXPECT_EQ(calls, Lines({"press"}));
 }
 
-TEST_F(Hotkeys, HandlerThatCannotBeInstalledIsLoggedOnceAndNothingIsRegistered) {
+TEST_F(Hotkeys, FailedInstallationIsLoggedAndNothingIsRegistered) {
     events().installStatus = -9868;
     hotkeys->start();
     EXPECT_EQ(platform.log().lines(), Lines({"TarvikDictate: InstallEventHandler failed: -9868"}));
@@ -116,7 +116,7 @@ TEST_F(Hotkeys, HandlerThatCannotBeInstalledIsLoggedOnceAndNothingIsRegistered) 
     EXPECT_EQ(platform.journal().count("removeEventHandler"), 0U);
 }
 
-TEST_F(Hotkeys, HoldCombinationThatIsTakenIsLoggedAndTheToggleHotkeyStillWorks) {
+TEST_F(Hotkeys, TakenHoldCombinationIsLoggedAndTheToggleHotkeyWorks) {
     events().take(space, option);
     hotkeys->start();
     EXPECT_EQ(platform.log().lines(),
@@ -127,7 +127,7 @@ TEST_F(Hotkeys, HoldCombinationThatIsTakenIsLoggedAndTheToggleHotkeyStillWorks) 
     EXPECT_EQ(calls, Lines({"toggle"}));
 }
 
-TEST_F(Hotkeys, ToggleCombinationThatIsTakenIsLoggedAndTheHoldHotkeyStillWorks) {
+TEST_F(Hotkeys, TakenToggleCombinationIsLoggedAndTheHoldHotkeyWorks) {
     events().take(space, optionShift);
     hotkeys->start();
     EXPECT_EQ(platform.log().lines(), Lines({"TarvikDictate: hold-to-talk registered (⌥ Space)",
@@ -146,7 +146,7 @@ TEST_F(Hotkeys, SuccessWithoutAHandleIsAFailureWithStatusZero) {
     EXPECT_TRUE(platform.journal().linesWithPrefix("unregisterEventHotKey").empty());
 }
 
-TEST_F(Hotkeys, HandleThatComesWithAFailureIsNotKept) {
+TEST_F(Hotkeys, HandleOfAFailedRegistrationIsNotKept) {
     events().registerStatus = {{hold, -9879}, {toggle, -50}};
     hotkeys->start();
     EXPECT_EQ(platform.log().lines(), Lines({"TarvikDictate: hold register failed: -9879",
@@ -165,7 +165,7 @@ TEST_F(Hotkeys, StopUndoesEverythingInOrderAndLogsNothing) {
     EXPECT_EQ(events().handlers(), 0U);
 }
 
-TEST_F(Hotkeys, StopOfOneNeverStartedOrStoppedAlreadyDoesNothing) {
+TEST_F(Hotkeys, StopWithoutAStartDoesNothing) {
     hotkeys->stop();
     EXPECT_TRUE(platform.journal().lines().empty());
     hotkeys->start();
@@ -185,7 +185,7 @@ TEST_F(Hotkeys, StartAfterStopRegistersAgain) {
     EXPECT_EQ(calls, Lines({"press"}));
 }
 
-TEST_F(Hotkeys, CallbackLeftUnsetIsSkippedWithoutAMessage) {
+TEST_F(Hotkeys, EmptyCallbackIsSkippedWithoutALogLine) {
     hotkeys->onPress = nullptr;
     hotkeys->onRelease = nullptr;
     hotkeys->onToggle = nullptr;
@@ -213,7 +213,7 @@ TEST_F(Hotkeys, MissingEventOrUserDataIsPassedOn) {
     EXPECT_TRUE(calls.empty());
 }
 
-TEST_F(Hotkeys, EventThatWaitsKeepsTheObjectAlive) {
+TEST_F(Hotkeys, WaitingEventHoldsTheObject) {
     hotkeys->start();
     events().press(hold);
     hotkeys.reset();

@@ -47,7 +47,7 @@ TEST_F(Insertion, EmptyPieceWritesAndTypesNothing) {
     EXPECT_TRUE(platform.journal().lines().empty());
 }
 
-TEST_F(Insertion, ElementThatAcceptsTheTextGetsItAndNothingIsTyped) {
+TEST_F(Insertion, SuccessfulWriteTypesNothing) {
     element->text = "Dear John";
     element->selectionStart = 5;
     element->selectionLength = 4;
@@ -57,7 +57,7 @@ TEST_F(Insertion, ElementThatAcceptsTheTextGetsItAndNothingIsTyped) {
     EXPECT_TRUE(platform.keyboardEvents().sourceStates.empty());
 }
 
-TEST_F(Insertion, ElementThatRefusesHasTheSameTextTypedIntoTheProcess) {
+TEST_F(Insertion, FailedWriteTypesTheTextIntoTheProcess) {
     for (const platform::AXError status :
          {platform::axErrorFailure, platform::axErrorCannotComplete,
           platform::axErrorAttributeUnsupported, platform::AXError{1}}) {
@@ -76,7 +76,7 @@ TEST_F(Insertion, WithoutAnElementTheTextIsTypedIntoTheProcess) {
     EXPECT_TRUE(platform.accessibility().writes.empty());
 }
 
-TEST_F(Insertion, WithoutElementAndProcessTheTextGoesThroughTheHidTap) {
+TEST_F(Insertion, WithoutElementAndProcessTheTextIsTypedThroughTheHidTap) {
     insert("hello", {nullptr, std::nullopt});
     ASSERT_EQ(posts().size(), 2U);
     for (const auto& post : posts()) {
@@ -86,7 +86,7 @@ TEST_F(Insertion, WithoutElementAndProcessTheTextGoesThroughTheHidTap) {
     EXPECT_EQ(platform.keyboardEvents().typed(std::nullopt), u"hello");
 }
 
-TEST_F(Insertion, RefusingElementWithoutAProcessHasTheTextGoThroughTheHidTap) {
+TEST_F(Insertion, FailedWriteWithoutAProcessTypesThroughTheHidTap) {
     element->writeStatus = platform::axErrorFailure;
     insert("hello", {element, std::nullopt});
     EXPECT_EQ(platform.keyboardEvents().typed(std::nullopt), u"hello");
@@ -111,7 +111,7 @@ TEST_F(Insertion, AKeyGoesDownAndUpWithTheSameTextOnVirtualKeyZero) {
     }
 }
 
-TEST_F(Insertion, OneEventSourceOfTheCombinedSessionServesAllPresses) {
+TEST_F(Insertion, AllPressesShareOneSourceOfTheCombinedSession) {
     type(std::string(45, 'x'));
     EXPECT_EQ(platform.keyboardEvents().sourceStates, std::vector<int>({0}));
 }
@@ -156,9 +156,9 @@ TEST_F(Insertion, UnitsAreCountedNotBytes) {
     EXPECT_EQ(presses(), std::vector<std::u16string>({std::u16string(20, u'ж')}));
 }
 
-TEST_F(Insertion, PressThatCannotBeMadeIsSkippedAndTheNextOnesAreTyped) {
-    // Each event that fails costs its own press only: the key-up of the first one, the key-down of
-    // the third one.
+TEST_F(Insertion, RefusedPressIsSkippedAndTheNextOnesAreTyped) {
+    // A refused event skips only its own press: here the key-up of the first press and the key-down
+    // of the third.
     platform.keyboardEvents().failingEvents = {2, 5};
     type("aaaaaaaaaaaaaaaaaaaabbbbbbbbbbbbbbbbbbbbccccccccccccccccccccd");
     EXPECT_EQ(presses(),
@@ -173,7 +173,7 @@ TEST_F(Insertion, KeyUpIsNotMadeForAKeyDownThatFailed) {
     EXPECT_TRUE(posts().empty());
 }
 
-TEST_F(Insertion, SystemThatRefusesTheSourceIsLeftToDecideAboutTheEvents) {
+TEST_F(Insertion, EventsAreRequestedEvenWithoutASource) {
     platform.keyboardEvents().sourceFails = true;
     type("hello");
     EXPECT_EQ(platform.keyboardEvents().typed(editor), u"hello");

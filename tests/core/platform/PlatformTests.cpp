@@ -9,7 +9,7 @@
 namespace tarvik {
 namespace {
 
-/// A shared instance that tells of its life.
+/// A shared instance that reports its construction and destruction.
 struct Instance {
     explicit Instance(platform::Platform& owner) : platform(owner) { platform.log().write("made"); }
     ~Instance() { platform.log().write("gone"); }
@@ -37,7 +37,7 @@ TEST(Platform, MakesASharedInstanceOnFirstUseAndOnce) {
     EXPECT_NE(static_cast<void*>(&platform.shared<OtherInstance>()), &first);
 }
 
-TEST(Platform, StartsAfreshWithEachPlatform) {
+TEST(Platform, SharedInstancesAreNewWithEachPlatform) {
     for (int run = 0; run < 2; ++run) {
         simulated::SimulatedPlatform platform;
         platform.shared<Instance>();
@@ -51,7 +51,7 @@ TEST(PlatformDeathTest, ThereIsAtMostOneAtATime) {
     EXPECT_EXIT(const simulated::SimulatedPlatform second, testing::KilledBySignal(SIGABRT), "");
 }
 
-TEST(PlatformDeathTest, WithoutOneTheProcessStops) {
+TEST(PlatformDeathTest, CurrentWithoutAPlatformAborts) {
     GTEST_FLAG_SET(death_test_style, "threadsafe");
     EXPECT_EXIT(static_cast<void>(platform::Platform::current()), testing::KilledBySignal(SIGABRT),
                 "");

@@ -11,7 +11,7 @@ class Row : public testing::Test {
     std::string tree() {
         return std::dynamic_pointer_cast<simulated::SimulatedView>(row.view())->tree();
     }
-    /// The row with this status text and colour.
+    /// The description of a row with this status text and colour.
     static std::string treeWith(const std::string& status) {
         return "stack horizontal, alignment 10, spacing 12\n"
                "  label \"Microphone\", 13 medium, label, width 160, hugging 250\n"
@@ -27,7 +27,7 @@ class Row : public testing::Test {
     ConfigRow row{platform.userInterface(), "Microphone", "Grant", [this] { ++presses; }};
 };
 
-TEST_F(Row, FreshlyBuiltShowsADashInTheDefaultColour) {
+TEST_F(Row, InitiallyShowsADashInTheDefaultColour) {
     EXPECT_EQ(tree(), treeWith("\"—\", 12 regular, label"));
 }
 
@@ -45,7 +45,7 @@ TEST_F(Row, DeniedAndNeverAskedLookTheSame) {
     }
 }
 
-TEST_F(Row, EmptyLabelLeavesTheMarkWithItsSpace) {
+TEST_F(Row, EmptyLabelLeavesTheMarkAndASpace) {
     row.apply(PermissionStatus::granted, "", "");
     EXPECT_EQ(tree(), treeWith("\"✓ \", 12 regular, green"));
     row.apply(PermissionStatus::denied, "", "");

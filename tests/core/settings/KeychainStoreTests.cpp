@@ -86,7 +86,7 @@ TEST(KeychainStore, AKeyWrittenInOneRunIsReadInTheNext) {
     EXPECT_EQ(KeychainStore::shared().apiKey(), "secret");
 }
 
-TEST(KeychainStore, IsOneAndTheSameForEveryThreadThatAsksFirst) {
+TEST(KeychainStore, SharedInstanceIsTheSameForSimultaneousFirstCalls) {
     simulated::SimulatedPlatform platform;
     std::vector<KeychainStore*> seen(8);
     {

@@ -10,7 +10,7 @@ using Lines = std::vector<std::string>;
 
 constexpr auto flag = "loginItemAutoConfigured";
 
-/// What a launch does about the login item.
+/// The part of a launch that concerns the login item.
 void enableOnFirstRun(simulated::SimulatedPlatform& platform) {
     LoginItem::enableOnFirstRun(platform.loginItem(), platform.userDefaults(), platform.log());
 }
@@ -28,7 +28,7 @@ TEST(LoginItem, FirstLaunchRegistersOnceAndRemembersIt) {
               Lines({"TarvikDictate: registered as login item (first run)"}));
 }
 
-TEST(LoginItem, RegistrationThatFailsIsTriedAgainAtTheNextLaunch) {
+TEST(LoginItem, FailedRegistrationIsRetriedAtTheNextLaunch) {
     simulated::UserDefaultsContents leftBehind;
     {
         simulated::SimulatedPlatform first;
@@ -66,7 +66,7 @@ TEST(LoginItem, FlagOfAnotherTypeCountsAsNotSet) {
     EXPECT_EQ(platform.loginItem().registrations, 1);
 }
 
-TEST(LoginItem, SwitchingSucceedsWithoutALine) {
+TEST(LoginItem, SwitchingSucceedsWithoutALogLine) {
     simulated::SimulatedPlatform platform;
     EXPECT_TRUE(setEnabled(platform, true));
     EXPECT_TRUE(setEnabled(platform, false));
@@ -74,7 +74,7 @@ TEST(LoginItem, SwitchingSucceedsWithoutALine) {
     EXPECT_FALSE(platform.userDefaults().has(flag));
 }
 
-TEST(LoginItem, SwitchingDoesNotAskForTheStatusFirst) {
+TEST(LoginItem, SwitchingDoesNotReadTheStatusFirst) {
     simulated::SimulatedPlatform platform;
     platform.loginItem().currentStatus = platform::LoginItemStatus::enabled;
     EXPECT_TRUE(setEnabled(platform, true));
@@ -84,7 +84,7 @@ TEST(LoginItem, SwitchingDoesNotAskForTheStatusFirst) {
     EXPECT_EQ(platform.loginItem().unregistrations, 1);
 }
 
-TEST(LoginItem, SwitchingOffThatThePlatformRefusesIsLogged) {
+TEST(LoginItem, FailureToSwitchOffIsLogged) {
     simulated::SimulatedPlatform platform;
     platform.loginItem().unregisterFailure = Error{22, "Invalid argument"};
     EXPECT_FALSE(setEnabled(platform, false));

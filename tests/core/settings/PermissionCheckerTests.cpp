@@ -25,7 +25,7 @@ class Permissions : public testing::Test {
     std::optional<bool> answer;
 };
 
-TEST_F(Permissions, MicrophoneThatIsAuthorizedIsAskedForAllTheSame) {
+TEST_F(Permissions, AuthorizedMicrophoneIsRequestedToo) {
     requestMicrophone();
     EXPECT_EQ(platform.captureAuthorization().requests, 1);
     EXPECT_EQ(answer, std::nullopt);
@@ -36,7 +36,7 @@ TEST_F(Permissions, MicrophoneThatIsAuthorizedIsAskedForAllTheSame) {
                      "TarvikDictate: mic requestAccess → true"}));
 }
 
-TEST_F(Permissions, MicrophoneThatIsDeniedAnswersFalse) {
+TEST_F(Permissions, DeniedMicrophoneGivesFalse) {
     platform.captureAuthorization().status = 2;
     requestMicrophone();
     platform.runUntilIdle();
@@ -46,7 +46,7 @@ TEST_F(Permissions, MicrophoneThatIsDeniedAnswersFalse) {
                      "TarvikDictate: mic requestAccess → false"}));
 }
 
-TEST_F(Permissions, StatusThatIsNotKnownIsLoggedAsItsNumber) {
+TEST_F(Permissions, UnknownStatusIsLoggedAsItsNumber) {
     for (const int status : {-1, 4, 4711}) {
         platform.log().clear();
         platform.captureAuthorization().status = status;
@@ -56,7 +56,7 @@ TEST_F(Permissions, StatusThatIsNotKnownIsLoggedAsItsNumber) {
     }
 }
 
-TEST_F(Permissions, AnswerOfAnotherThreadIsLoggedThereAndDeliveredOnTheMainThread) {
+TEST_F(Permissions, AnswerOnAnotherThreadIsDeliveredOnTheMainThread) {
     platform.captureAuthorization().status = 0;
     platform.captureAuthorization().holdsAnswers = true;
     requestMicrophone();
@@ -68,12 +68,12 @@ TEST_F(Permissions, AnswerOfAnotherThreadIsLoggedThereAndDeliveredOnTheMainThrea
     EXPECT_EQ(answer, true);
 }
 
-TEST_F(Permissions, AccessibilityThatIsTrustedAnswersTrue) {
+TEST_F(Permissions, TrustedAccessibilityGivesTrue) {
     EXPECT_TRUE(PermissionChecker::requestAccessibility(platform.accessibility(), platform.log()));
     EXPECT_EQ(platform.log().lines(), Lines({"TarvikDictate: accessibility trusted → true"}));
 }
 
-TEST_F(Permissions, AccessibilityThatIsNotTrustedAnswersFalseAndPromptsEachTime) {
+TEST_F(Permissions, UntrustedAccessibilityGivesFalseAndPromptsEachTime) {
     platform.accessibility().isTrusted = false;
     EXPECT_FALSE(PermissionChecker::requestAccessibility(platform.accessibility(), platform.log()));
     EXPECT_FALSE(PermissionChecker::requestAccessibility(platform.accessibility(), platform.log()));

@@ -14,14 +14,14 @@ class SetupWindow : public testing::Test {
     simulated::SimulatedWindow& window() {
         return *platform.userInterface().window("Tarvik Dictate");
     }
-    /// Brings the window up and forgets what that did.
+    /// Shows the window and discards what the services have recorded so far.
     void show() {
         SetupWindowController::shared().show();
         platform.runUntilIdle();
         platform.journal().clear();
         platform.log().clear();
     }
-    /// The button in the row of this permission.
+    /// The button in the row of a permission.
     std::shared_ptr<simulated::SimulatedButton> grantButton(const std::string& permission) {
         return window().buttons("Grant").at(permission == "Microphone" ? 0 : 1);
     }
@@ -29,7 +29,7 @@ class SetupWindow : public testing::Test {
         const auto label = window().label(text);
         return label && label->look.color == platform::Color(color);
     }
-    /// The text of a status line, by the text of the name before it.
+    /// The status text after the label with this name.
     std::string statusAfter(const std::string& name) {
         const Lines texts = window().texts();
         const auto found = std::find(texts.begin(), texts.end(), name);
@@ -87,7 +87,7 @@ constexpr auto expectedContent =
     "launch.\", 11 regular, secondaryLabel, wraps, at most 460\n"
     "  button \"Restart Tarvik Dictate\", bezel 1, control size 0\n";
 
-TEST_F(SetupWindow, IsBuiltOnFirstUseHiddenAndCentredWithEveryRowInOrder) {
+TEST_F(SetupWindow, IsBuiltHiddenAndCentredWithAllContentOnFirstUse) {
     EXPECT_TRUE(platform.userInterface().windows.empty());
     SetupWindowController::shared();
     ASSERT_EQ(platform.userInterface().windows.size(), 1U);
@@ -119,7 +119,7 @@ TEST_F(SetupWindow, ShowsTheStoredKeyInItsFieldFromTheStart) {
     EXPECT_TRUE(shows("✓ Saved", platform::SystemColor::green));
 }
 
-TEST_F(SetupWindow, CheckboxStartsAsTheSystemSays) {
+TEST_F(SetupWindow, CheckboxStartsWithTheStateOfTheSystem) {
     platform.loginItem().currentStatus = platform::LoginItemStatus::enabled;
     SetupWindowController::shared();
     EXPECT_TRUE(window().checkbox()->isOn());
@@ -131,13 +131,13 @@ TEST_F(SetupWindow, WithoutAVersionShowsAQuestionMark) {
     EXPECT_TRUE(window().label("Version ?"));
 }
 
-TEST_F(SetupWindow, TakesTheNextBestIcon) {
+TEST_F(SetupWindow, UsesTheBundledIconWithoutAnApplicationIcon) {
     platform.userInterface().hasApplicationIcon = false;
     SetupWindowController::shared();
     EXPECT_NE(window().content->tree().find("image \"AppIcon\""), std::string::npos);
 }
 
-TEST_F(SetupWindow, TakesTheGenericIconWhenThereIsNoOther) {
+TEST_F(SetupWindow, UsesTheGenericIconWithoutAnyOther) {
     platform.userInterface().hasApplicationIcon = false;
     platform.userInterface().missingImages = {"AppIcon"};
     SetupWindowController::shared();
@@ -145,7 +145,7 @@ TEST_F(SetupWindow, TakesTheGenericIconWhenThereIsNoOther) {
               std::string::npos);
 }
 
-TEST_F(SetupWindow, ComesUpInTheTopRightCornerInThisOrder) {
+TEST_F(SetupWindow, ShowTakesItsStepsInOrder) {
     SetupWindowController::shared();
     platform.journal().clear();
     SetupWindowController::shared().show();
@@ -156,14 +156,14 @@ TEST_F(SetupWindow, ComesUpInTheTopRightCornerInThisOrder) {
     EXPECT_EQ(window().frame().origin, (platform::Point{430, 245}));
 }
 
-TEST_F(SetupWindow, ComesUpWhereItIsWhenThereIsNoScreen) {
+TEST_F(SetupWindow, ShowWithoutAScreenKeepsThePosition) {
     platform.userInterface().screen.reset();
     show();
     EXPECT_TRUE(window().isVisible());
     EXPECT_EQ(platform.journal().count("setFrameOrigin"), 0U);
 }
 
-TEST_F(SetupWindow, ShownAgainGoesBackToItsCorner) {
+TEST_F(SetupWindow, ShownAgainReturnsToItsCorner) {
     show();
     window().setFrameOrigin({1, 2});
     SetupWindowController::shared().show();
@@ -181,7 +181,7 @@ TEST_F(SetupWindow, ShownTwiceHasOneTimerAndClosedHasNone) {
     EXPECT_EQ(platform.timers().runningTimers(), 1U);
 }
 
-TEST_F(SetupWindow, ReReadsEverythingOnceASecondWhileItIsOpen) {
+TEST_F(SetupWindow, ReadsEverythingOnceASecondWhileItIsOpen) {
     setMicrophone(2);
     platform.accessibility().isTrusted = false;
     show();
@@ -246,7 +246,7 @@ TEST_F(SetupWindow, ReturnInTheFieldSavesToo) {
     EXPECT_EQ(platform.userDefaults().stringForKey("deepgramApiKey"), "typed");
 }
 
-TEST_F(SetupWindow, KeyOfWhiteSpaceOnlyRemovesTheStoredOne) {
+TEST_F(SetupWindow, KeyOfWhiteSpaceRemovesTheStoredKey) {
     platform.userDefaults().setString("secret", "deepgramApiKey");
     show();
     window().field("Deepgram API key")->type(" \r\n\t ");
@@ -255,7 +255,7 @@ TEST_F(SetupWindow, KeyOfWhiteSpaceOnlyRemovesTheStoredOne) {
     EXPECT_TRUE(shows("✗ Not set", platform::SystemColor::red));
 }
 
-TEST_F(SetupWindow, GrantAsksForAMicrophoneThatWasNeverAskedForAndRefreshesOnTheAnswer) {
+TEST_F(SetupWindow, GrantRequestsAnUndeterminedMicrophoneAndRefreshesAfterwards) {
     for (const int status : {0, 7}) {
         setMicrophone(status);
         platform.captureAuthorization().holdsAnswers = true;
@@ -270,7 +270,7 @@ TEST_F(SetupWindow, GrantAsksForAMicrophoneThatWasNeverAskedForAndRefreshesOnThe
     EXPECT_EQ(platform.captureAuthorization().requests, 2);
 }
 
-TEST_F(SetupWindow, GrantOpensTheMicrophoneSettingsOnceTheAnswerIsKnown) {
+TEST_F(SetupWindow, GrantOpensTheMicrophoneSettingsOtherwise) {
     for (const int status : {1, 2, 3}) {
         setMicrophone(status);
         platform.workspace().openedUrls.clear();
@@ -282,7 +282,7 @@ TEST_F(SetupWindow, GrantOpensTheMicrophoneSettingsOnceTheAnswerIsKnown) {
     EXPECT_EQ(platform.captureAuthorization().requests, 0);
 }
 
-TEST_F(SetupWindow, GrantOfAccessibilityAsksThenRevealsTheApplicationThenOpensTheSettings) {
+TEST_F(SetupWindow, GrantOfAccessibilityTakesItsStepsInOrder) {
     platform.accessibility().isTrusted = false;
     show();
     grantButton("Accessibility")->press();
@@ -325,7 +325,7 @@ TEST_F(SetupWindow, RestartEndsAtOnceAndStartsTheNextInstanceALittleLater) {
     EXPECT_EQ(platform.journal().lines(), Lines({"launch /bin/sh", "terminate"}));
 }
 
-TEST_F(SetupWindow, RestartEndsTheApplicationAlsoWhenNothingCanBeLaunched) {
+TEST_F(SetupWindow, RestartEndsTheApplicationEvenWhenTheLaunchFails) {
     show();
     platform.taskLauncher().failure = Error{2, "No such file or directory"};
     window().button("Restart Tarvik Dictate")->press();

@@ -14,7 +14,7 @@
 
 namespace tarvik {
 
-/// A client on a simulated network, with what it reported.
+/// A client on a simulated network, and a record of its callbacks.
 class ClientUnderTest {
   public:
     struct Transcript {
@@ -75,13 +75,13 @@ class ClientUnderTest {
     std::vector<bool> connects;
     std::vector<Transcript> transcripts;
     std::vector<std::string> errors;
-    /// Everything that was reported, in order.
+    /// All callbacks, in order.
     std::vector<std::string> events;
     int deliveriesOffMain = 0;
     int errorsOffDelegateQueue = 0;
 
   private:
-    // Errors come on the delegate queue, which may be another thread.
+    // onError is called on the delegate queue, which may run on another thread.
     void note(const std::string& event) {
         const std::lock_guard lock(mutex_);
         events.push_back(event);

@@ -30,7 +30,7 @@ TEST(Client, RequestCarriesTheAddressTheKeyAndTheTimeout) {
     EXPECT_EQ(test.task().resumes(), 1);
 }
 
-TEST(Client, KeyIsSentAsItIs) {
+TEST(Client, KeyIsSentUnchanged) {
     for (const char* key : {"  blanks  ", "a b", "a,b", "ключ", "a%20b", ""}) {
         ClientUnderTest test(key);
         test.connect();
@@ -48,7 +48,7 @@ TEST(Client, KeyWithALineBreakIsPassedOnUnchangedAndFailsTheOpening) {
     EXPECT_EQ(test.connects, Flags({false}));
 }
 
-TEST(Client, HostThatGivesNoAddressIsLoggedAndNothingElseHappens) {
+TEST(Client, InvalidHostIsOnlyLogged) {
     ClientUnderTest test("secret", 48000, "not a host");
     test.connect();
     test.platform.advance(Seconds(60));
@@ -100,7 +100,7 @@ TEST(Client, BecomesOpenOnTheMainThreadOnly) {
     EXPECT_EQ(test.task().sentData(), Lines({"cd"}));
 }
 
-TEST(Client, OpenDeadlineCompletesWithFalseAfterFiveSecondsAndSaysSo) {
+TEST(Client, OpenDeadlineCompletesWithFalseAfterFiveSecondsAndIsLogged) {
     ClientUnderTest test;
     test.connect();
     test.platform.advance(Seconds(4.99));
@@ -112,7 +112,7 @@ TEST(Client, OpenDeadlineCompletesWithFalseAfterFiveSecondsAndSaysSo) {
     EXPECT_TRUE(test.task().cancels().empty());
 }
 
-TEST(Client, SocketThatOpensAfterSixSecondsCarriesAudioWithoutASecondCompletion) {
+TEST(Client, SocketThatOpensLateCarriesAudioWithoutASecondCompletion) {
     ClientUnderTest test;
     test.connect();
     test.platform.advance(Seconds(6));
@@ -123,7 +123,7 @@ TEST(Client, SocketThatOpensAfterSixSecondsCarriesAudioWithoutASecondCompletion)
     EXPECT_EQ(test.task().sentData(), Lines({"ab"}));
 }
 
-TEST(Client, SocketThatClosesBeforeItOpensCompletesWithFalseAndWithoutALine) {
+TEST(Client, CloseBeforeTheOpeningCompletesWithFalseWithoutALogLine) {
     ClientUnderTest test;
     test.connect();
     test.close();
@@ -179,7 +179,7 @@ TEST(Client, AudioBeforeTheOpeningIsDroppedAndNotKept) {
     EXPECT_EQ(test.task().sentData(), Lines({"ab"}));
 }
 
-TEST(Client, EachChunkIsOneBinaryMessageAnEmptyOneToo) {
+TEST(Client, EachChunkIsOneBinaryMessage) {
     ClientUnderTest test;
     test.connectAndOpen();
     test.client->send(std::string("\0\x01\xFF", 3));
@@ -188,7 +188,7 @@ TEST(Client, EachChunkIsOneBinaryMessageAnEmptyOneToo) {
     EXPECT_TRUE(test.task().sentTexts().empty());
 }
 
-TEST(Client, SendThatFailsIsReportedOnTheDelegateQueueAndTheNextOneGoesOut) {
+TEST(Client, FailedSendIsReportedOnTheDelegateQueueAndTheNextOneIsSent) {
     ClientUnderTest test;
     test.connectAndOpen();
     test.task().failNextSend({32, "Broken pipe"});
@@ -200,7 +200,7 @@ TEST(Client, SendThatFailsIsReportedOnTheDelegateQueueAndTheNextOneGoesOut) {
     EXPECT_EQ(test.task().sentData(), Lines({"cd"}));
 }
 
-TEST(Client, EachSendOverALostConnectionIsAnErrorOfItsOwn) {
+TEST(Client, EachSendOverALostConnectionIsOneError) {
     ClientUnderTest test;
     test.connectAndOpen();
     test.task().fail({54, "Connection reset by peer"});
@@ -208,13 +208,13 @@ TEST(Client, EachSendOverALostConnectionIsAnErrorOfItsOwn) {
     test.client->send("ab");
     test.client->send("cd");
     test.platform.runUntilIdle();
-    // The first one is the receive that waited.
+    // The first error is that of the waiting receive.
     EXPECT_EQ(test.errors, Lines(3, "Connection reset by peer"));
     EXPECT_EQ(test.errorsOffDelegateQueue, 0);
     EXPECT_TRUE(test.platform.log().lines().empty());
 }
 
-TEST(Client, ErrorsAreDiscardedWhenNobodyWantsThem) {
+TEST(Client, ErrorsWithoutACallbackAreDropped) {
     ClientUnderTest test;
     test.client->onError = nullptr;
     test.connectAndOpen();

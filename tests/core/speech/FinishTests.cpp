@@ -23,7 +23,7 @@ TEST(Client, FinishBeforeTheOpeningCompletesAtOnceAndLeavesTheConnectPending) {
     EXPECT_EQ(test.events, Lines({"finished", "connected"}));
 }
 
-TEST(Client, FinishBeforeAnOpeningThatNeverComesLeavesTheConnectToItsDeadline) {
+TEST(Client, FinishBeforeTheOpeningLeavesTheConnectToItsDeadline) {
     ClientUnderTest test;
     test.connect();
     test.finish();
@@ -31,7 +31,7 @@ TEST(Client, FinishBeforeAnOpeningThatNeverComesLeavesTheConnectToItsDeadline) {
     EXPECT_EQ(test.events, Lines({"finished", "not connected"}));
 }
 
-TEST(Client, FinishOfOneNeverConnectedCompletesAtOnce) {
+TEST(Client, FinishWithoutAConnectCompletesAtOnce) {
     ClientUnderTest test;
     test.finish();
     EXPECT_EQ(test.events, Lines({"finished"}));
@@ -76,7 +76,7 @@ TEST(Client, ServiceThatNeverClosesIsCancelledAfterTwoSeconds) {
     EXPECT_EQ(test.count("finished"), 1);
     test.client->send("ab");
     EXPECT_TRUE(test.task().sentData().empty());
-    // Closed: another finish completes at once.
+    // The stream is closed, so another finish completes at once.
     test.finish("again");
     EXPECT_EQ(test.count("again"), 1);
 }
@@ -100,7 +100,7 @@ TEST(Client, FinishAfterTheServiceHasClosedCompletesAtOnce) {
     EXPECT_TRUE(test.task().cancels().empty());
 }
 
-TEST(Client, FinishWhileLateCompletesAtOnce) {
+TEST(Client, FinishAfterTheOpenDeadlineCompletesAtOnce) {
     ClientUnderTest test;
     test.connect();
     test.platform.advance(Seconds(5));
@@ -116,7 +116,7 @@ TEST(Client, FinishingTwiceSendsTwoCloseMessagesAndCompletesOnlyTheSecond) {
     test.platform.advance(Seconds(1));
     test.finish("second");
     EXPECT_EQ(test.task().sentTexts(), Lines({closeStream, closeStream}));
-    // The first deadline is what the second completion gets.
+    // The second completion is called at the deadline of the first finish.
     test.platform.advance(Seconds(1));
     EXPECT_EQ(test.count("second"), 1);
     EXPECT_EQ(test.task().cancels(), std::vector<int>({1001}));
@@ -137,7 +137,7 @@ TEST(Client, FinishingTwiceCompletesTheSecondOnceWhenTheServiceCloses) {
     EXPECT_EQ(test.count("second"), 1);
 }
 
-TEST(Client, CloseMessageThatCannotBeSentIsNotReportedAndTheDeadlineEndsTheStream) {
+TEST(Client, UnsentCloseMessageIsNotReportedAndTheDeadlineEndsTheStream) {
     ClientUnderTest test;
     test.connectAndOpen();
     test.task().failNextSend({32, "Broken pipe"});
@@ -177,7 +177,7 @@ TEST(Client, CloseBringsTheConnectCompletionBeforeTheFinishCompletion) {
     test.task().open();
     test.platform.webSockets().runDelegateQueues();
     test.platform.runUntilIdle();
-    // A second connect leaves its completion pending on a client that is open.
+    // The completion of a second connect is pending while the client is open.
     test.client->connect([&](bool isOpen) {
         test.events.push_back(isOpen ? "connected again" : "not connected again");
     });
@@ -199,7 +199,7 @@ TEST(Client, SecondConnectDropsTheFirstCompletionUncalledAndCancelsNothing) {
     EXPECT_TRUE(firstTask.cancels().empty());
 }
 
-TEST(Client, LostConnectionLeavesItOpenAndTheFinishToItsDeadline) {
+TEST(Client, LostConnectionLeavesTheFinishToItsDeadline) {
     ClientUnderTest test;
     test.connectAndOpen();
     test.task().fail({54, "Connection reset by peer"});
@@ -214,7 +214,7 @@ TEST(Client, LostConnectionLeavesItOpenAndTheFinishToItsDeadline) {
     EXPECT_EQ(test.errors, Lines({"Connection reset by peer"}));
 }
 
-TEST(Client, BeginsClosedWhenItIsConnectedAnewAfterTheCloseDeadline) {
+TEST(Client, ReconnectAfterTheCloseDeadlineStartsClosed) {
     ClientUnderTest test;
     test.connectAndOpen();
     test.finish();
@@ -227,7 +227,7 @@ TEST(Client, BeginsClosedWhenItIsConnectedAnewAfterTheCloseDeadline) {
     EXPECT_TRUE(test.task().sent().empty());
 }
 
-TEST(Client, GivenUpByItsOwnerItStillMeetsItsDeadlinesWithItsSession) {
+TEST(Client, KeepsItsDeadlinesAfterItsOwnerHasReleasedIt) {
     ClientUnderTest test;
     test.connectAndOpen();
     test.finish();
@@ -237,7 +237,7 @@ TEST(Client, GivenUpByItsOwnerItStillMeetsItsDeadlinesWithItsSession) {
     EXPECT_EQ(test.count("finished"), 1);
 }
 
-TEST(Client, GivenUpByItsOwnerItLivesUntilItsSessionLetsItGo) {
+TEST(Client, LivesUntilItsSessionReleasesIt) {
     ClientUnderTest test;
     test.connectAndOpen();
     const std::weak_ptr<DeepgramClient> watched = test.client;
@@ -250,7 +250,7 @@ TEST(Client, GivenUpByItsOwnerItLivesUntilItsSessionLetsItGo) {
     EXPECT_TRUE(watched.expired());
 }
 
-TEST(Client, NeitherDeadlineHoldsIt) {
+TEST(Client, DeadlinesDoNotHoldIt) {
     for (const bool isFinishing : {false, true}) {
         ClientUnderTest test;
         test.connect();
@@ -270,7 +270,7 @@ TEST(Client, NeitherDeadlineHoldsIt) {
     }
 }
 
-TEST(Client, OpeningOnItsWayToTheMainThreadDoesNotHoldIt) {
+TEST(Client, WaitingOpeningDoesNotHoldIt) {
     ClientUnderTest test;
     test.platform.webSockets().setAutomatic(false);
     test.connect();
@@ -284,7 +284,7 @@ TEST(Client, OpeningOnItsWayToTheMainThreadDoesNotHoldIt) {
     EXPECT_TRUE(test.connects.empty());
 }
 
-TEST(Client, HandlersThatWaitForTheSocketDoNotHoldIt) {
+TEST(Client, WaitingHandlersDoNotHoldIt) {
     ClientUnderTest test;
     test.platform.webSockets().setAutomatic(false);
     test.connect();
@@ -303,7 +303,7 @@ TEST(Client, HandlersThatWaitForTheSocketDoNotHoldIt) {
     EXPECT_EQ(test.events, Lines({"connected"}));
 }
 
-TEST(Client, NeverConnectedItGoesWithItsOwner) {
+TEST(Client, WithoutAConnectItEndsWithItsOwner) {
     ClientUnderTest test;
     const std::weak_ptr<DeepgramClient> watched = test.client;
     test.client.reset();

@@ -26,7 +26,7 @@ TEST(ListenUrl, OnlyTheRateChanges) {
 
 class HostOfAnAddress : public testing::TestWithParam<const char*> {};
 
-TEST_P(HostOfAnAddress, StandsInTheAddressAsItIs) {
+TEST_P(HostOfAnAddress, IsInTheUrlUnchanged) {
     const std::optional<std::string> url = listenUrl(GetParam(), 48000);
     ASSERT_TRUE(url);
     EXPECT_TRUE(url->starts_with("wss://" + std::string(GetParam()) + "/v1/listen?"));

@@ -17,7 +17,7 @@ class ReceiveLoop : public testing::Test {
     ClientUnderTest test;
 };
 
-TEST_F(ReceiveLoop, TextAndBinaryMessagesAreDeliveredAlike) {
+TEST_F(ReceiveLoop, TextAndBinaryMessagesAreDelivered) {
     test.task().deliverText(transcriptJson("hello", true));
     test.task().deliverData(transcriptJson("hello", true));
     test.platform.runUntilIdle();
@@ -54,7 +54,7 @@ TEST_F(ReceiveLoop, MessagesWithoutATranscriptAreDroppedAndTheNextOneIsReceived)
     EXPECT_TRUE(test.platform.log().lines().empty());
 }
 
-TEST_F(ReceiveLoop, MessagesThatAreTooDeepTooLongOrNotUtf8AreDroppedAndTheNextOneIsReceived) {
+TEST_F(ReceiveLoop, MalformedMessagesAreDroppedAndTheNextOneIsReceived) {
     test.receive(std::string(1000, '[') + std::string(1000, ']'));
     test.receive(std::string(std::size_t{16} << 20, '{'));
     test.receive(transcriptJson(std::string(std::size_t{16} << 20, 'x'), true));
@@ -79,7 +79,7 @@ TEST_F(ReceiveLoop, FailureIsReportedOnceOnTheDelegateQueueAndEndsTheLoop) {
     EXPECT_EQ(test.task().receives(), 1);
 }
 
-TEST_F(ReceiveLoop, CancelOfTheCloseDeadlineFailsTheReceiveWhichIsReportedOnce) {
+TEST_F(ReceiveLoop, CancelAtTheCloseDeadlineIsReportedOnce) {
     test.finish();
     test.platform.advance(Seconds(2));
     test.receive(transcriptJson("too late", true));
@@ -105,7 +105,7 @@ TEST_F(ReceiveLoop, ResultsAfterTheCloseMessageAreDeliveredBeforeTheFinish) {
     EXPECT_EQ(test.events, Lines({"connected", "transcript last", "transcript words", "finished"}));
 }
 
-TEST_F(ReceiveLoop, MessageAfterTheCloseNotificationIsDeliveredAndNoFurtherReceiveArmed) {
+TEST_F(ReceiveLoop, MessageAfterTheCloseIsDeliveredWithoutAFurtherReceive) {
     test.task().notifyClose();
     test.receive(transcriptJson("one more", true));
     EXPECT_EQ(test.transcripts, Transcripts({{"one more", true}}));
@@ -113,7 +113,7 @@ TEST_F(ReceiveLoop, MessageAfterTheCloseNotificationIsDeliveredAndNoFurtherRecei
     EXPECT_EQ(test.task().receives(), 1);
 }
 
-TEST_F(ReceiveLoop, DeliveryThatWaitsHoldsTheClient) {
+TEST_F(ReceiveLoop, WaitingDeliveryHoldsTheClient) {
     test.platform.webSockets().setAutomatic(false);
     test.task().deliverText(transcriptJson("hello", true));
     test.platform.webSockets().runDelegateQueues();
@@ -123,7 +123,7 @@ TEST_F(ReceiveLoop, DeliveryThatWaitsHoldsTheClient) {
     EXPECT_EQ(test.transcripts, Transcripts({{"hello", true}}));
 }
 
-TEST_F(ReceiveLoop, CallbackIsReadAtTheMomentOfTheDelivery) {
+TEST_F(ReceiveLoop, CallbackIsReadAtTheDelivery) {
     test.platform.webSockets().setAutomatic(false);
     test.task().deliverText(transcriptJson("hello", true));
     test.platform.webSockets().runDelegateQueues();

@@ -19,12 +19,12 @@ Heard heard(const std::string& json) {
     return std::pair(message->text, message->isFinal);
 }
 
-/// A message whose channel is `channel`.
+/// A message with this channel.
 std::string withChannel(const std::string& channel) {
     return R"({"channel":)" + channel + R"(,"is_final":true})";
 }
 
-/// A message whose alternatives are `alternatives`.
+/// A message with these alternatives.
 std::string withAlternatives(const std::string& alternatives) {
     return withChannel(R"({"alternatives":)" + alternatives + "}");
 }
@@ -51,12 +51,12 @@ TEST(TranscriptMessage, FlagOfAnotherKindCountsAsFalse) {
     }
 }
 
-TEST(TranscriptMessage, FlagInsideTheChannelIsNotSeen) {
+TEST(TranscriptMessage, FlagInsideTheChannelIsIgnored) {
     EXPECT_EQ(heard(R"({"channel":{"is_final":true,"alternatives":[{"transcript":"hello"}]}})"),
               Heard({"hello", false}));
 }
 
-TEST(TranscriptMessage, TypeIsNotLookedAt) {
+TEST(TranscriptMessage, TypeIsIgnored) {
     EXPECT_EQ(heard(R"({"type":"Metadata","is_final":true,)"
                     R"("channel":{"alternatives":[{"transcript":"hello"}]}})"),
               Heard({"hello", true}));
@@ -69,7 +69,7 @@ TEST(TranscriptMessage, OnlyTheFirstAlternativeCounts) {
     EXPECT_EQ(heard(withAlternatives(R"([{"transcript":""},{"transcript":"two"}])")), std::nullopt);
 }
 
-TEST(TranscriptMessage, TextOfBlanksOnlyIsDeliveredAsItIs) {
+TEST(TranscriptMessage, TextOfSpacesIsDeliveredUnchanged) {
     EXPECT_EQ(heard(simulated::transcriptJson("  ", true)), Heard({"  ", true}));
     EXPECT_EQ(heard(simulated::transcriptJson(" hello ", true)), Heard({" hello ", true}));
 }
@@ -142,7 +142,7 @@ TEST(BadMessage, OfSixteenMebibytesIsNothing) {
     EXPECT_EQ(heard(std::string(std::size_t{16} << 20, ' ')), std::nullopt);
 }
 
-TEST(BadMessage, WithANumberThatNothingCanHoldIsNothing) {
+TEST(BadMessage, WithANumberOutOfRangeIsNothing) {
     const std::string channel = R"("channel":{"alternatives":[{"transcript":"hello"}]})";
     const auto withNumber = [&](const std::string& number) {
         return heard("{" + channel + R"(,"x":)" + number + "}");
@@ -166,7 +166,7 @@ TEST(BadMessage, OfMoreThanOneMebibyteIsNothing) {
     EXPECT_EQ(heard(message + padding + " "), std::nullopt);
 }
 
-TEST(BadMessage, LeavesTheNextOneAlone) {
+TEST(BadMessage, DoesNotAffectTheNextOne) {
     EXPECT_EQ(heard("{"), std::nullopt);
     EXPECT_EQ(heard(simulated::transcriptJson("hello", true)), Heard({"hello", true}));
 }

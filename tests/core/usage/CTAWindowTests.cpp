@@ -75,7 +75,7 @@ TEST_F(CallToAction, ShowsTheTextsOfItsTierOnNearBlack) {
     EXPECT_EQ(window().background, (platform::RgbColor{0.039, 0.039, 0.039, 1}));
 }
 
-TEST_F(CallToAction, ALaterTierReplacesTheTextsInTheSameWindow) {
+TEST_F(CallToAction, NextTierReplacesTheTextsInTheSameWindow) {
     show(CTATier::tenMinute);
     window().close();
     show(CTATier::sixtyMinute);
@@ -83,7 +83,7 @@ TEST_F(CallToAction, ALaterTierReplacesTheTextsInTheSameWindow) {
     EXPECT_EQ(platform.userInterface().windows.size(), 1U);
 }
 
-TEST_F(CallToAction, ComesUpCentredInFrontOfEverything) {
+TEST_F(CallToAction, IsShownCentredInFrontOfEverything) {
     CTAWindowController::shared();
     platform.journal().clear();
     CTAWindowController::shared().show(CTATier::tenMinute);
@@ -92,7 +92,7 @@ TEST_F(CallToAction, ComesUpCentredInFrontOfEverything) {
     EXPECT_EQ(window().frame().origin, (platform::Point{460, 282.5}));
 }
 
-TEST_F(CallToAction, WithoutAWordmarkKeepsItsPlace) {
+TEST_F(CallToAction, MissingWordmarkLeavesItsSpaceEmpty) {
     platform.userInterface().missingImages = {"TarvikWordmark"};
     show(CTATier::tenMinute);
     EXPECT_NE(window().content->tree().find("image none, scaling 0, width 160, height 32"),
@@ -106,7 +106,7 @@ TEST_F(CallToAction, VisitOpensTheWebsiteAndClosesTheWindow) {
     EXPECT_FALSE(platform.userDefaults().has(dismissedKey));
 }
 
-TEST_F(CallToAction, VisitClosesTheWindowAlsoWhenTheLinkCannotBeOpened) {
+TEST_F(CallToAction, VisitClosesTheWindowEvenWhenTheLinkCannotBeOpened) {
     platform.workspace().canOpenUrls = false;
     show(CTATier::tenMinute);
     window().button("Visit tarvik.example")->press();
@@ -120,7 +120,7 @@ TEST_F(CallToAction, MaybeLaterOnlyCloses) {
     EXPECT_EQ(platform.userDefaults().writes(), 0);
 }
 
-TEST_F(CallToAction, DontShowAgainEndsAllFurtherOnes) {
+TEST_F(CallToAction, DontShowAgainEndsAllCallsToAction) {
     show(CTATier::tenMinute);
     window().button("Don't show again")->press();
     EXPECT_FALSE(window().isVisible());

@@ -42,7 +42,7 @@ TEST_F(Usage, TenMinutesAreDueAtExactlySixHundredSeconds) {
     EXPECT_TRUE(defaults().boolForKey(tenShownKey));
 }
 
-TEST_F(Usage, LongFirstSessionOffersSixtyMinutesFirstAndTenMinutesNext) {
+TEST_F(Usage, LongFirstSessionGivesSixtyMinutesFirstAndTenMinutesNext) {
     EXPECT_EQ(record(3600), CTATier::sixtyMinute);
     EXPECT_FALSE(defaults().boolForKey(tenShownKey));
     EXPECT_TRUE(defaults().boolForKey(sixtyShownKey));
@@ -60,12 +60,12 @@ TEST_F(Usage, SixtyMinutesAreDueAfterTenMinutesWereShown) {
     EXPECT_TRUE(defaults().boolForKey(sixtyShownKey));
 }
 
-TEST_F(Usage, TotalBetweenTheLimitsOffersTenMinutes) {
+TEST_F(Usage, TotalBetweenTheLimitsGivesTenMinutes) {
     EXPECT_EQ(record(3599), CTATier::tenMinute);
     EXPECT_FALSE(defaults().boolForKey(sixtyShownKey));
 }
 
-TEST_F(Usage, BothShownLeavesOnlyTheTotalToGrow) {
+TEST_F(Usage, AfterBothTiersOnlyTheTotalGrows) {
     defaults().setInteger(5000, totalKey);
     defaults().setBool(true, tenShownKey);
     defaults().setBool(true, sixtyShownKey);
@@ -73,7 +73,7 @@ TEST_F(Usage, BothShownLeavesOnlyTheTotalToGrow) {
     EXPECT_EQ(total(), 5100);
 }
 
-TEST_F(Usage, DismissedForGoodTheTotalStillGrowsAndNothingIsOffered) {
+TEST_F(Usage, AfterADismissalOnlyTheTotalGrows) {
     UsageTracker::shared().dismissPermanently();
     EXPECT_TRUE(defaults().boolForKey(dismissalKey));
     EXPECT_EQ(record(599), std::nullopt);
@@ -84,7 +84,7 @@ TEST_F(Usage, DismissedForGoodTheTotalStillGrowsAndNothingIsOffered) {
     EXPECT_FALSE(defaults().has(sixtyShownKey));
 }
 
-TEST_F(Usage, DismissingTouchesNothingElse) {
+TEST_F(Usage, DismissalChangesNothingElse) {
     defaults().setInteger(700, totalKey);
     defaults().setBool(true, tenShownKey);
     const int writes = defaults().writes();
@@ -102,7 +102,7 @@ TEST_F(Usage, ValuesOfAnotherTypeReadAsAbsent) {
     EXPECT_EQ(total(), 600);
 }
 
-TEST(UsageOfTheNextRun, ContinuesWhereTheLastOneEnded) {
+TEST(UsageOfTheNextRun, ContinuesWithTheStoredTotal) {
     simulated::UserDefaultsContents leftBehind;
     {
         simulated::SimulatedPlatform first;
@@ -115,28 +115,27 @@ TEST(UsageOfTheNextRun, ContinuesWhereTheLastOneEnded) {
 
 using UsageDeathTest = Usage;
 
-/// The process that ends tells what it leaves behind; in a signal handler, so nothing here takes
-/// memory.
-void tellWhatIsStored(int /*signal*/) {
+/// Prints the stored total of the aborting process. A signal handler, so it allocates no memory.
+void printStoredTotal(int /*signal*/) {
     auto& ending = static_cast<simulated::SimulatedPlatform&>(platform::Platform::current());
     std::cerr << "said "
               << ending.log().count("TarvikDictate: total dictation time out of range — stopping")
               << " time, stored " << ending.userDefaults().integerForKey(totalKey) << std::endl;
 }
 
-TEST_F(UsageDeathTest, TotalThatWouldOverflowSaysSoAndStopsTheProcessWithTheOldTotal) {
+TEST_F(UsageDeathTest, OverflowIsLoggedAndAbortsWithTheOldTotal) {
     GTEST_FLAG_SET(death_test_style, "threadsafe");
     defaults().setInteger(std::numeric_limits<std::int64_t>::max() - 10, totalKey);
     UsageTracker::shared();
     EXPECT_EXIT(
         {
-            std::signal(SIGABRT, tellWhatIsStored);
+            std::signal(SIGABRT, printStoredTotal);
             record(11);
         },
         testing::KilledBySignal(SIGABRT), "said 1 time, stored 9223372036854775797");
 }
 
-TEST_F(Usage, GreatestTotalIsStillReached) {
+TEST_F(Usage, MaxTotalIsReached) {
     defaults().setInteger(std::numeric_limits<std::int64_t>::max() - 10, totalKey);
     record(10);
     EXPECT_EQ(total(), std::numeric_limits<std::int64_t>::max());
