@@ -1,6 +1,6 @@
-"""What a screen reader is told of the application's windows."""
+"""The application's windows as a screen reader sees them."""
 
-from bus import Bus, NoAnswer, asked
+from bus import Bus, NoReply, checked_call
 from desktop import wait_for
 
 REGISTRY = "org.a11y.atspi.Registry"
@@ -14,7 +14,7 @@ PASSWORD_TEXT = 40
 
 
 class Accessible:
-    """One element; whatever is asked of it after its end is a NoAnswer."""
+    """One element. A call to an element that has ended raises NoReply."""
 
     def __init__(self, bus, name, path):
         self._bus, self._service, self._path = bus, name, path
@@ -23,11 +23,12 @@ class Accessible:
         return (self._service, self._path) == (other._service, other._path)
 
     def _call(self, interface, method, *arguments):
-        return asked(lambda: self._bus.call(self._service, self._path, INTERFACE + interface, method,
-                                            *arguments))
+        return checked_call(lambda: self._bus.call(
+            self._service, self._path, INTERFACE + interface, method, *arguments))
 
     def _get(self, interface, key):
-        return asked(lambda: self._bus.get(self._service, self._path, INTERFACE + interface, key))
+        return checked_call(lambda: self._bus.get(
+            self._service, self._path, INTERFACE + interface, key))
 
     @property
     def name(self):
@@ -35,7 +36,7 @@ class Accessible:
 
     @property
     def role(self):
-        # The toolkit numbers a field for secrets rightly and names it like any other.
+        # For a password field the toolkit reports the right role number, but the name of a text.
         if self._call("Accessible", "GetRole")[0] == PASSWORD_TEXT:
             return "password text"
         return self._call("Accessible", "GetRoleName")[0]
@@ -74,21 +75,23 @@ class Accessible:
 
     @property
     def texts(self):
-        """The names of everything in here that has one."""
+        """The names of all descendants that have one."""
         return [name for element in self.descendants if (name := element.name)]
 
     @property
     def controls(self):
-        """What a user can do something with."""
+        """The descendants that a user can operate."""
         return [element for element in self.descendants if element.role in CONTROLS]
 
     def find(self, name, role=None):
-        """The first element with the name in here, or None."""
+        """The first descendant with this name (and role, if given), or None."""
         return next((element for element in self.descendants
                      if element.name == name and role in (None, element.role)), None)
 
 
 class ScreenReader:
+    """Finds the application's windows on the accessibility bus."""
+
     def __init__(self, desktop):
         session = Bus(desktop.environment["DBUS_SESSION_BUS_ADDRESS"])
         (address,) = session.call("org.a11y.Bus", "/org/a11y/bus", "org.a11y.Bus", "GetAddress")
@@ -98,17 +101,17 @@ class ScreenReader:
     def close(self):
         self._bus.close()
 
-    def window_with(self, text, deadline=10.0):
-        """The window of the application that contains an element of that name."""
-        return wait_for(lambda: self._window_with(text), f"a window with “{text}”", deadline)
+    def window_with(self, text, timeout=10.0):
+        """Waits for the window of the application that contains an element named `text`."""
+        return wait_for(lambda: self._window_with(text), f"a window with “{text}”", timeout)
 
     def _window_with(self, text):
         for window in self._windows():
             try:
                 if window.find(text):
                     return window
-            except NoAnswer:
-                pass  # A window that is being closed is none that is looked for.
+            except NoReply:
+                pass  # A window that is being closed does not count.
         return None
 
     def _windows(self):
@@ -116,5 +119,5 @@ class ScreenReader:
             try:
                 if application.name == "Tarvik Dictate":
                     yield from (child for child in application.children if child.has("showing"))
-            except NoAnswer:
+            except NoReply:
                 pass  # As above.

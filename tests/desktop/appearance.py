@@ -1,10 +1,10 @@
-"""Desktops as people have them: light and dark, of usual and of twofold resolution."""
+"""The appearance of a desktop: panel, light or dark colours, single or double resolution."""
 
 import dataclasses
 import pathlib
 import string
 
-from demonstrate import LOOK, furnish
+from demonstrate import LOOK_FILES, decorate
 from desktop import wait_for
 
 FRAME = "Plain"
@@ -23,7 +23,9 @@ LXQT_THEMES = {False: "Clearlooks", True: "silver"}
 
 
 @dataclasses.dataclass(frozen=True)
-class Surroundings:
+class Appearance:
+    """One combination of panel, colours and scale."""
+
     panel: str = "xfce4-panel"
     is_dark: bool = False
     scale: int = 1
@@ -38,33 +40,33 @@ class Surroundings:
 
     @property
     def is_scaled_by_text(self):
-        """Whether the application learns of the scale by the size of text, as on Xfce, or by the
-        variable of its toolkit, as on LXQt."""
+        """Whether the application gets the scale from the text size, as on Xfce. Otherwise it gets
+        the scale from a variable of its toolkit, as on LXQt."""
         return self.scale != 1 and self.panel == "xfce4-panel"
 
     @property
     def environment(self):
-        """What the application gets from the session."""
+        """The variables that the session passes to the application."""
         variables = {}
         if self.is_dark:
-            # Qt reads the colours of this desktop by itself; for others it needs further packages.
+            # Qt reads the colours of this desktop without further packages.
             variables |= {"XDG_CURRENT_DESKTOP": "KDE", "KDE_FULL_SESSION": "true",
                           "KDE_SESSION_VERSION": "5"}
         if self.scale != 1 and not self.is_scaled_by_text:
             variables["QT_SCALE_FACTOR"] = str(self.scale)
         return variables
 
-    def furnish(self, desktop):
-        """Puts the background, the panel, the window frames and the colours there."""
+    def decorate(self, desktop):
+        """Sets up the background, the panel, the window frames and the colours."""
         config = pathlib.Path(desktop.environment["XDG_CONFIG_HOME"])
         if self.is_dark:
-            (config / "kdeglobals").write_text((LOOK / "kdeglobals-dark").read_text())
+            (config / "kdeglobals").write_text((LOOK_FILES / "kdeglobals-dark").read_text())
         (config / "lxqt").mkdir()
         (config / "lxqt/lxqt.conf").write_text(f"[General]\ntheme={LXQT_THEMES[self.is_dark]}\n")
         desktop.environment["GTK_THEME"] = "Adwaita:dark" if self.is_dark else "Adwaita"
         panel = {"GDK_SCALE": str(self.scale), "QT_SCALE_FACTOR": str(self.scale)}
         desktop.environment.update(panel)
-        furnish(desktop, self.panel)
+        decorate(desktop, self.panel)
         for name in panel:
             del desktop.environment[name]
         if self.is_scaled_by_text:
@@ -73,14 +75,14 @@ class Surroundings:
         self.rest_pointer(desktop)
 
     def rest_pointer(self, desktop):
-        """Puts the pointer where nothing lies under it."""
+        """Moves the pointer to a place where nothing reacts to it."""
         desktop.run(["xdotool", "mousemove", "0", self.size.partition("x")[2]])
 
     def _frame_windows(self, desktop):
         theme = pathlib.Path(desktop.environment["XDG_DATA_HOME"]) / "themes" / FRAME / "openbox-3"
         theme.mkdir(parents=True)
         (theme / "themerc").write_text(
-            string.Template((LOOK / "openbox-themerc").read_text()).substitute(
+            string.Template((LOOK_FILES / "openbox-themerc").read_text()).substitute(
                 FRAME_COLORS[self.is_dark], border_width=self.scale, padding=4 * self.scale))
         write_bitmap(theme / "close.xbm", cross(9 * self.scale, thickness=self.scale))
         options = desktop.folder / "openbox.xml"
@@ -91,19 +93,19 @@ class Surroundings:
 
 
 def set_text_scale(desktop, scale):
-    """Has the programs that start from now on show everything so many times as large."""
+    """Sets the text scale of all programs that start from now on."""
     desktop.run(["xprop", "-root", "-f", "RESOURCE_MANAGER", "8s", "-set", "RESOURCE_MANAGER",
                  f"Xft.dpi:\t{96 * scale}\n"])
 
 
 def cross(side, thickness):
-    """The picture of a button that closes, as rows of true and false."""
+    """The picture of a close button, as rows of truth values."""
     return [[min(abs(x - y), abs(x + y - side + 1)) <= thickness // 2 for x in range(side)]
             for y in range(side)]
 
 
 def write_bitmap(path, rows):
-    """Writes black and white pixels in the form in which window managers read them."""
+    """Writes black and white pixels as an XBM file, the format of window managers."""
     octets = [sum(bit << i for i, bit in enumerate(row[start:start + 8]))
               for row in rows for start in range(0, len(row), 8)]
     path.write_text(f"#define picture_width {len(rows[0])}\n#define picture_height {len(rows)}\n"

@@ -1,4 +1,4 @@
-"""The application, unmodified, and what it writes to its log."""
+"""Starts the unmodified application and reads its log."""
 
 import pathlib
 import re
@@ -7,8 +7,8 @@ import threading
 
 from desktop import wait_for
 
-# Written after the hotkeys were registered. A private desktop has a microphone and accessibility, and
-# a launch that did not wait for their answers would deny one of them.
+# The log lines of a finished launch. A private desktop has a microphone and accessibility. A launch
+# that did not wait for their state would report one of them as denied.
 READY = ("TarvikDictate: mic status 3 ", "TarvikDictate: accessibility trusted → true")
 
 VERSION = re.search(
@@ -17,7 +17,7 @@ VERSION = re.search(
 
 
 class Log:
-    """Every line so far; lines can be waited for."""
+    """The lines of a stream so far. A test can wait for a line."""
 
     def __init__(self, stream):
         self.lines = []
@@ -30,14 +30,15 @@ class Log:
                 self.lines.append(line.rstrip("\n"))
 
     def read_to_end(self):
-        """Returns when the writer has ended and all of its lines are here."""
+        """Waits until the writer has ended and all of its lines have been read."""
         self._thread.join()
 
-    def wait_for(self, part, deadline=10.0, since=0):
-        """The first line that contains `part`, from line number `since` on."""
+    def wait_for(self, part, timeout=10.0, since=0):
+        """Waits for a line that contains `part`, from index `since` on; returns the line."""
         try:
-            return wait_for(lambda: next((line for line in self.lines[since:] if part in line), None),
-                            f"the log line “{part}”", deadline)
+            return wait_for(
+                lambda: next((line for line in self.lines[since:] if part in line), None),
+                f"the log line “{part}”", timeout)
         except TimeoutError as error:
             raise AssertionError(f"{error}; the log:\n" + "\n".join(self.lines)) from None
 
@@ -49,7 +50,7 @@ class Log:
 
 
 def write_settings(environment, values):
-    """Writes the settings file as the application keeps it; its path."""
+    """Writes the application's settings file; returns its path."""
     path = pathlib.Path(environment["XDG_CONFIG_HOME"]) / "Tarvik" / "Tarvik Dictate.conf"
     path.parent.mkdir(mode=0o700, exist_ok=True)
     path.write_text("[General]\n" + "".join(f"{key}={value}\n" for key, value in values.items()))
@@ -58,7 +59,7 @@ def write_settings(environment, values):
 
 
 class Application:
-    """Returns from its construction when its log has all the lines of `ready`."""
+    """The running application. The constructor waits for all log lines of `ready`."""
 
     def __init__(self, desktop, binaries, environment, ready=READY):
         self._desktop = desktop
@@ -79,7 +80,7 @@ class Application:
         return self.process.pid
 
     def close(self):
-        """Asks it to end; its exit status, which is negative for a signal."""
-        status = self._desktop.end(self.process, deadline=10.0)
+        """Terminates the application; returns its exit status, which is negative for a signal."""
+        status = self._desktop.end(self.process, timeout=10.0)
         self.log.read_to_end()
         return status

@@ -1,4 +1,4 @@
-"""Calls over the buses of a private desktop."""
+"""Calls over the D-Bus buses of a private desktop."""
 
 import gi
 
@@ -6,20 +6,22 @@ gi.require_version("Gio", "2.0")
 from gi.repository import Gio, GLib  # noqa: E402
 
 PROPERTIES = "org.freedesktop.DBus.Properties"
-ANSWER_DEADLINE = 5000
+REPLY_TIMEOUT_MS = 5000
 
 
 class Bus:
+    """A connection to one bus."""
+
     def __init__(self, address):
         self._connection = Gio.DBusConnection.new_for_address_sync(
             address, Gio.DBusConnectionFlags.AUTHENTICATION_CLIENT
             | Gio.DBusConnectionFlags.MESSAGE_BUS_CONNECTION, None, None)
 
     def call(self, name, path, interface, method, signature="()", *arguments):
-        """The values of the answer; an error when there is none."""
+        """Calls a method; returns the values of its reply. Raises GLib.Error without a reply."""
         return self._connection.call_sync(
             name, path, interface, method, GLib.Variant(signature, arguments), None,
-            Gio.DBusCallFlags.NONE, ANSWER_DEADLINE, None).unpack()
+            Gio.DBusCallFlags.NONE, REPLY_TIMEOUT_MS, None).unpack()
 
     def get(self, name, path, interface, key):
         return self.call(name, path, PROPERTIES, "Get", "(ss)", interface, key)[0]
@@ -32,18 +34,18 @@ class Bus:
         self._connection.close_sync(None)
 
 
-class NoAnswer(Exception):
-    """Whoever was asked has gone away."""
+class NoReply(Exception):
+    """The receiver of a call has ended."""
 
 
-def asked(question):
-    """The answer to `question`, a call; NoAnswer when its receiver is not there any more."""
+def checked_call(call):
+    """The result of `call`, a function that makes a D-Bus call. An error becomes NoReply."""
     try:
-        return question()
+        return call()
     except GLib.Error as error:
-        raise NoAnswer(error.message) from None
+        raise NoReply(error.message) from None
 
 
 def boolean(value):
-    """A truth value for a list of values of any type."""
+    """A truth value as an element of a list of variants."""
     return GLib.Variant("b", value)

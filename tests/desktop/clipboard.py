@@ -1,4 +1,4 @@
-"""Another program that owns the clipboard."""
+"""A program that owns the clipboard."""
 
 import subprocess
 
@@ -6,7 +6,7 @@ from desktop import wait_for
 
 
 class Clipboard:
-    """Holds the text until it is closed or somebody else takes the clipboard."""
+    """Offers a text until it is closed, or until another program takes the clipboard."""
 
     def __init__(self, desktop, text):
         self._desktop = desktop
@@ -14,7 +14,7 @@ class Clipboard:
             ["xclip", "-quiet", "-selection", "clipboard", "-in"], stdin=subprocess.PIPE)
         self._process.stdin.write(text.encode())
         self._process.stdin.close()
-        wait_for(lambda: self.content == text, "the text in the clipboard", needs=self._process)
+        wait_for(lambda: self.content == text, "the text in the clipboard", process=self._process)
 
     @property
     def content(self):
@@ -22,7 +22,7 @@ class Clipboard:
 
     @property
     def is_owner(self):
-        """Whether nobody else has taken the clipboard; the program ends when that happens."""
+        """Whether this program still owns the clipboard. It ends when another program takes it."""
         return self._process.poll() is None
 
     def close(self):

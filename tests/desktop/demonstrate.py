@@ -3,7 +3,7 @@
 
 usage: demonstrate.py BINARIES FOLDER
 
-Leaves screenshots and the transcript in FOLDER. Exit status 1 when other words arrive than were spoken.
+Leaves screenshots and the transcript in FOLDER. The exit status is 1 when the wrong words arrive.
 """
 
 import pathlib
@@ -13,12 +13,12 @@ import sys
 from application import VERSION, Application, write_settings
 from desktop import Desktop, wait_for
 from keyboard import Keyboard
-from likeness import SIMILARITY, similarity
 from local_service import LocalService
 from microphone import Microphone
+from similarity import MIN_SIMILARITY, similarity
 from windows import wait_for_window
 
-LOOK = pathlib.Path(__file__).parent / "demonstration"
+LOOK_FILES = pathlib.Path(__file__).parent / "look"
 SIZE = (1040, 760)
 WINDOW = (740, 320)
 PANEL_HEIGHT = 34
@@ -26,8 +26,8 @@ PANELS = {
     "xfce4-panel": ["xfce4-panel", "--disable-wm-check"],
     "lxqt-panel": ["lxqt-panel"],
 }
-# More than there are before the application's icon is drawn.
-MANY_COLORS = 200
+# The setup window has fewer colours than this until the application's icon is drawn.
+MIN_ICON_COLORS = 200
 PAPER = {"#FCFCFC", "#FDFDFD", "#FEFEFE", "#FFFFFF"}
 SENTENCES = (
     "it is a beautiful day to write a letter",
@@ -38,10 +38,10 @@ PAUSE = 1.0
 ESTABLISHED = "01"
 
 
-def furnish(desktop, panel="xfce4-panel"):
-    """Gives the desktop a background, a panel and the look of the toolkits."""
+def decorate(desktop, panel="xfce4-panel"):
+    """Sets up the background, the panel and the style of the toolkits."""
     config = pathlib.Path(desktop.environment["XDG_CONFIG_HOME"])
-    # The editor's settings are read from a file here.
+    # The editor reads its settings from a file then.
     desktop.environment["GSETTINGS_BACKEND"] = "keyfile"
     for source, destination in (
         ("gtk-settings.ini", "gtk-3.0/settings.ini"),
@@ -51,7 +51,7 @@ def furnish(desktop, panel="xfce4-panel"):
         ("lxqt-panel.conf", "lxqt/panel.conf"),
     ):
         (config / destination).parent.mkdir(parents=True, exist_ok=True)
-        shutil.copy(LOOK / source, config / destination)
+        shutil.copy(LOOK_FILES / source, config / destination)
     desktop.run(["hsetroot", "-add", "#d9a58a", "-add", "#5b7fa6", "-add", "#24395c",
                  "-gradient", "160"])
     desktop.spawn(PANELS[panel])
@@ -70,7 +70,7 @@ class Editor:
         self._window = wait_for(
             lambda: self._desktop.run(
                 ["xdotool", "search", "--onlyvisible", "--name", "Notes.txt"], check=False).strip(),
-            "the editor", needs=process)
+            "the editor", process=process)
         width, height = WINDOW
         left, top = (SIZE[0] - width) // 2, (SIZE[1] - height) // 2
         desktop.run(["xdotool", "windowactivate", "--sync", self._window,
@@ -81,7 +81,7 @@ class Editor:
         self._desktop.run(["xdotool", "windowactivate", "--sync", self._window])
 
     def saved_text(self):
-        """Has the editor save its document; the text of it."""
+        """Has the editor save its document; returns the text."""
         self._desktop.run(["xdotool", "key", "ctrl+s"])
         return self._file.read_text().strip()
 
@@ -92,13 +92,13 @@ def picture(desktop, path):
 
 
 def colors(desktop, area):
-    """The colours in a part of the screen, given as WxH+X+Y."""
+    """The colours in an area of the screen, given as WxH+X+Y."""
     pixels = desktop.run(["import", "-window", "root", "-crop", area, "-depth", "8", "txt:-"])
     return {line.split()[2] for line in pixels.splitlines()[1:]}
 
 
 def wait_for_page(desktop):
-    """Returns when the editor's page is there to see."""
+    """Waits until the editor's page is visible."""
     middle = f"8x8+{SIZE[0] // 2}+{SIZE[1] // 2}"
     wait_for(lambda: colors(desktop, middle) <= PAPER, "the editor's page")
 
@@ -109,7 +109,7 @@ def wait_for_status_icon(desktop):
 
 
 def is_streaming(service):
-    """Whether anybody is connected to the service."""
+    """Whether the service has a connection."""
     port = f":{int(service.host.rpartition(':')[2]):04X}"
     for table in ("/proc/net/tcp", "/proc/net/tcp6"):
         for line in pathlib.Path(table).read_text().splitlines()[1:]:
@@ -122,7 +122,7 @@ def is_streaming(service):
 def demonstrate(binaries, folder):
     with Desktop(wm=True, a11y=True, audio=True, size="{}x{}".format(*SIZE)) as desktop:
         print("A private desktop is running; nobody sees it.", flush=True)
-        furnish(desktop)
+        decorate(desktop)
         service = LocalService(desktop, binaries)
         write_settings(desktop.environment,
                        {"deepgramApiKey": "local", "deepgramHost": service.host,
@@ -133,7 +133,7 @@ def demonstrate(binaries, folder):
         keyboard = Keyboard(desktop)
         setup = wait_for_window(desktop)
         left, top, _, _ = setup.frame
-        wait_for(lambda: len(colors(desktop, f"80x80+{left + 30}+{top + 45}")) > MANY_COLORS,
+        wait_for(lambda: len(colors(desktop, f"80x80+{left + 30}+{top + 45}")) > MIN_ICON_COLORS,
                  "the drawn setup window")
         wait_for_status_icon(desktop)
         picture(desktop, folder / "1-setup.png")
@@ -144,7 +144,7 @@ def demonstrate(binaries, folder):
 
         print("Holding Alt+Space and speaking …", flush=True)
         keyboard.hold()
-        wait_for(desktop.is_recorded, "an open microphone")
+        wait_for(desktop.is_microphone_open, "an open microphone")
         for sentence in SENTENCES[:-1]:
             microphone.speak(sentence)
             microphone.pause(PAUSE)
@@ -156,7 +156,8 @@ def demonstrate(binaries, folder):
         print("Let go.", flush=True)
         application.log.wait_for("audio.stop")
         wait_for(lambda: not is_streaming(service), "the end of the stream")
-        # The last words may still be on their way into the page: picture and text have to agree.
+        # The last words may arrive between the picture and the text, so both are repeated until the
+        # text stays the same.
         text = ""
         while text != (text := wait_for(editor.saved_text, "text in the editor")):
             picture(desktop, folder / "4-after.png")
@@ -174,7 +175,7 @@ def main():
         print("  " + sentence)
     print(f"Arrived in the text editor:\n  {text}")
     print(f"Screenshots and the transcript are in {folder}/.")
-    if similarity(" ".join(SENTENCES), text) < SIMILARITY:
+    if similarity(" ".join(SENTENCES), text) < MIN_SIMILARITY:
         sys.exit("That is not what was spoken.")
 
 

@@ -1,7 +1,7 @@
 """A private desktop: X server, window manager, session bus, accessibility bus, sound server.
 
-Everything runs in a folder of its own and ends with it; nothing of the user's session is seen or
-touched.
+Everything runs in its own folder and ends with it. Nothing of the user's session is visible to it or
+changed by it.
 """
 
 import contextlib
@@ -13,9 +13,9 @@ import sys
 import tempfile
 import time
 
-import guardian
+import reaper
 
-START_DEADLINE = 15.0
+START_TIMEOUT = 15.0
 
 OPENBOX_CONFIG = """<?xml version="1.0"?>
 <openbox_config xmlns="http://openbox.org/3.4/rc">
@@ -45,23 +45,24 @@ BUS_CONFIG = """<!DOCTYPE busconfig PUBLIC "-//freedesktop//DTD D-Bus Bus Config
 """
 
 
-def wait_for(condition, what, deadline=START_DEADLINE, needs=None):
-    """The first true value of `condition`, asked again every few milliseconds; an error after
-    `deadline` seconds, or as soon as the process `needs` has ended."""
-    end = time.monotonic() + deadline
+def wait_for(condition, what, timeout=START_TIMEOUT, process=None):
+    """Calls `condition` every few milliseconds until it returns a true value; returns this value.
+    Raises an error after `timeout` seconds, or as soon as `process` has ended."""
+    deadline = time.monotonic() + timeout
     while True:
         value = condition()
         if value:
             return value
-        if needs is not None and needs.poll() is not None:
-            raise RuntimeError(f"{needs.args[0]} ended with {needs.returncode}; waited for {what}")
-        if time.monotonic() > end:
-            raise TimeoutError(f"waited {deadline} s for {what}")
+        if process is not None and process.poll() is not None:
+            raise RuntimeError(
+                f"{process.args[0]} ended with {process.returncode}; waited for {what}")
+        if time.monotonic() > deadline:
+            raise TimeoutError(f"waited {timeout} s for {what}")
         time.sleep(0.01)
 
 
 class Desktop:
-    """Starts the parts that are asked for; a context manager."""
+    """A context manager that starts the requested parts of a desktop and ends them."""
 
     def __init__(self, x11=True, wm=False, a11y=False, audio=False, size="1280x800"):
         self.wants = {"x11": x11 or wm, "wm": wm, "a11y": a11y, "audio": audio}
@@ -73,7 +74,7 @@ class Desktop:
 
     def __enter__(self):
         self.folder = pathlib.Path(tempfile.mkdtemp(prefix="tarvik-desktop-"))
-        self._start_guardian()
+        self._start_reaper()
         try:
             self._make_environment()
             if self.wants["x11"]:
@@ -95,20 +96,20 @@ class Desktop:
         self.close()
 
     def close(self):
-        """Ends every process of this desktop and removes its folder."""
-        self._guardian.stdin.close()
-        self._guardian.wait()
-        self._guardian.stdout.close()
+        """Ends all processes of this desktop and removes its folder."""
+        self._reaper.stdin.close()
+        self._reaper.wait()
+        self._reaper.stdout.close()
         for process in self._processes:
             process.wait()
 
     def services_log(self):
-        """What the parts of the desktop have complained about."""
+        """The error output of the desktop's parts."""
         log = self.folder / "services.log"
         return log.read_text(errors="replace") if log.exists() else ""
 
     def spawn(self, arguments, **options):
-        """Starts a program on this desktop, which ends with the desktop at the latest."""
+        """Starts a program on this desktop; it ends with the desktop at the latest."""
         options.setdefault("env", self.environment)
         options.setdefault("stdin", subprocess.DEVNULL)
         options.setdefault("stdout", subprocess.DEVNULL)
@@ -118,13 +119,14 @@ class Desktop:
         self._processes.append(process)
         return process
 
-    def end(self, process, deadline=3.0):
-        """Ends a program and whatever it started; its exit status."""
+    def end(self, process, timeout=3.0):
+        """Terminates a program and its children; returns the program's exit status. Whatever is left
+        after `timeout` seconds is killed."""
         with contextlib.suppress(ProcessLookupError):
             os.killpg(process.pid, signal.SIGTERM)
             os.killpg(process.pid, signal.SIGCONT)
         with contextlib.suppress(subprocess.TimeoutExpired):
-            process.wait(deadline)
+            process.wait(timeout)
         with contextlib.suppress(ProcessLookupError):
             os.killpg(process.pid, signal.SIGKILL)
         if process.stdin:
@@ -132,7 +134,7 @@ class Desktop:
         return process.wait()
 
     def run(self, arguments, **options):
-        """Runs a program to its end; what it printed."""
+        """Runs a program to its end; returns its output."""
         options.setdefault("timeout", 30)
         options.setdefault("check", True)
         return subprocess.run(
@@ -145,17 +147,17 @@ class Desktop:
             arguments, env=self.environment, capture_output=True, timeout=30
         ).returncode == 0
 
-    def _start_guardian(self):
-        self._guardian = subprocess.Popen(
-            [sys.executable, guardian.__file__, str(self.folder)],
+    def _start_reaper(self):
+        self._reaper = subprocess.Popen(
+            [sys.executable, reaper.__file__, str(self.folder)],
             stdin=subprocess.PIPE, stdout=subprocess.PIPE, start_new_session=True,
         )
-        self._guardian.stdout.readline()
+        self._reaper.stdout.readline()
 
     def _make_environment(self):
         sanitizers = ("ASAN_OPTIONS", "TSAN_OPTIONS", "UBSAN_OPTIONS", "LSAN_OPTIONS")
         self.environment = {name: os.environ[name] for name in sanitizers if name in os.environ}
-        # Only the distribution's own programs: its Python is the one with the desktop's bindings.
+        # Only the distribution's programs: its Python has the bindings of the desktop libraries.
         self.environment["PATH"] = "/usr/local/sbin:/usr/sbin:/sbin:/usr/bin:/bin"
         self.environment["LANG"] = "C.UTF-8"
         for name, folder in (
@@ -170,8 +172,8 @@ class Desktop:
             path = self.folder / folder
             path.mkdir(mode=0o700)
             self.environment[name] = str(path)
-        self.environment[guardian.MARK] = str(self.folder)
-        # Settings of GTK and dconf stay in memory, and portals that nobody needs are not waited for.
+        self.environment[reaper.MARK] = str(self.folder)
+        # GTK and dconf keep their settings in memory, and GTK does not wait for portals.
         self.environment["GSETTINGS_BACKEND"] = "memory"
         self.environment["GTK_USE_PORTAL"] = "0"
 
@@ -183,8 +185,8 @@ class Desktop:
             pass_fds=(writer,),
         )
         os.close(writer)
-        # The number comes in one write and its line break, the sign that it is whole, in another.
-        # A server that fails closes the pipe.
+        # The server writes the number and the line break separately. Only the line break shows that the
+        # number is complete. A server that fails closes the pipe.
         with open(reader, encoding="ascii") as pipe:
             line = pipe.readline()
         if not line.endswith("\n"):
@@ -198,7 +200,7 @@ class Desktop:
         self.environment["DBUS_SESSION_BUS_ADDRESS"] = f"unix:path={socket}"
         self.session_bus = self.spawn(
             ["dbus-daemon", f"--config-file={config}", "--nofork", "--nopidfile"])
-        wait_for(socket.exists, "the session bus", needs=self.session_bus)
+        wait_for(socket.exists, "the session bus", process=self.session_bus)
 
     def _start_window_manager(self):
         config = self.folder / "openbox.xml"
@@ -208,7 +210,7 @@ class Desktop:
             lambda: "window id" in self.run(
                 ["xprop", "-root", "_NET_SUPPORTING_WM_CHECK"], check=False
             ),
-            "the window manager", needs=manager,
+            "the window manager", process=manager,
         )
 
     def _start_accessibility_bus(self):
@@ -216,7 +218,7 @@ class Desktop:
         reply = self.run(call + ["org.a11y.Bus.GetAddress"])
         self.run(call + ["org.freedesktop.DBus.Properties.Set", "string:org.a11y.Status",
                          "string:IsEnabled", "variant:boolean:true"])
-        # Asking the registry anything starts it, and its answer is the sign that it is up.
+        # Any call starts the registry. The reply shows that the registry is ready.
         self.run(["dbus-send", "--bus=" + reply.split('"')[1], "--print-reply",
                   "--dest=org.a11y.atspi.Registry", "/org/a11y/atspi/accessible/root",
                   "org.freedesktop.DBus.Peer.Ping"])
@@ -229,14 +231,14 @@ class Desktop:
              "-L", "module-native-protocol-unix", "-L", "module-always-sink"],
         )
         wait_for(lambda: self.succeeds(["pactl", "info"]), "the sound server",
-                 needs=self.sound_server)
+                 process=self.sound_server)
         if plugs_microphone:
             self.plug_microphone()
 
     def plug_microphone(self, name="vmic", rate=16000, channels=1):
-        """Plugs a microphone in that plays what is written to `fifo(name)`, and makes it the
-        default one; the number of its module."""
-        # A sound server that was killed leaves its pipe behind, and the next one refuses it.
+        """Plugs a microphone in and makes it the default; returns the number of its module. The
+        microphone plays the samples that are written to `fifo(name)`."""
+        # A killed sound server leaves its pipe behind, and the next one would refuse the pipe.
         self.fifo(name).unlink(missing_ok=True)
         module = self.run(
             ["pactl", "load-module", "module-pipe-source", f"source_name={name}",
@@ -245,10 +247,10 @@ class Desktop:
         self.run(["pactl", "set-default-source", name])
         return module
 
-    def is_recorded(self):
-        """Whether somebody listens to a microphone, and not only holds it ready."""
+    def is_microphone_open(self):
+        """Whether a program records from a microphone. A corked stream does not count."""
         return "Corked: no" in self.run(["pactl", "list", "source-outputs"])
 
     def fifo(self, name="vmic"):
-        """Where the samples of a microphone are written to."""
+        """The pipe that takes the samples of a microphone."""
         return self.folder / (name + ".fifo")

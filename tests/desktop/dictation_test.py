@@ -1,4 +1,4 @@
-"""The base of the end-to-end tests: one private desktop a class, the real application on it."""
+"""The base class of the end-to-end tests, each with a private desktop and the real application."""
 
 import os
 import pathlib
@@ -19,6 +19,8 @@ BINARIES = pathlib.Path(os.environ.get(
 
 
 class DictationTest(unittest.TestCase):
+    """One desktop per class, with keyboard, microphone and tray. Tests start everything else."""
+
     @classmethod
     def setUpClass(cls):
         cls.desktop = cls.enterClassContext(Desktop(wm=True, a11y=True, audio=True))
@@ -29,7 +31,8 @@ class DictationTest(unittest.TestCase):
         cls.addClassCleanup(cls.tray.close)
 
     def start_scripted_service(self, name="localhost"):
-        """A service whose words the test gives; its certificate is the one that is trusted."""
+        """Starts a service that sends what the test tells it to. The application trusts its
+        certificate, which is for `name`."""
         key, certificate = make_certificate(self.desktop.folder / "certificates", name)
         service = ScriptedService(key, certificate)
         service.authority = certificate
@@ -37,15 +40,15 @@ class DictationTest(unittest.TestCase):
         return service
 
     def start_local_service(self):
-        """The project's own service, which recognises real speech."""
+        """Starts the project's own service, which recognises real speech."""
         service = LocalService(self.desktop, BINARIES)
         self.addCleanup(lambda: self.assertEqual(service.close(), 0))
         return service
 
     def start_application(self, service=None, settings=None, environment=None,
                           closes_setup=True):
-        """The application with a key, dictating to `service`; it must end cleanly. The setup window
-        that comes up by itself is closed unless the test wants it."""
+        """Starts the application with an API key and `service`. Closes the setup window that appears
+        by itself, unless `closes_setup` is false. The application must exit cleanly in the end."""
         values = {"deepgramApiKey": "a-key", "lastWelcomeShownForVersion": VERSION}
         variables = {}
         if service is not None:
@@ -62,8 +65,8 @@ class DictationTest(unittest.TestCase):
         status = application.close()
         if status != 0 or self.has_failed():
             print(f"The application's log in {self.id()}:", *application.log.lines, sep="\n  ")
-            # Without the application the hotkey opens the window manager's menu, which takes all
-            # keys away from the next test.
+            # Without the application the hotkey opens the window manager's menu. The open menu would
+            # take all keys of the next test.
             self.keyboard.press("Escape")
         self.assertEqual(status, 0, "exit status of the application")
 
@@ -85,12 +88,12 @@ class DictationTest(unittest.TestCase):
         return target
 
     def hold(self):
-        """Presses the hotkey; it goes up again at the end of the test at the latest."""
+        """Presses the hotkey; releases it at the end of the test at the latest."""
         self.addCleanup(self.keyboard.release)
         self.keyboard.hold()
 
     def dictate(self, service, *pieces):
-        """Presses the hotkey and has the service say the pieces; the connection."""
+        """Presses the hotkey and has the service send the pieces; returns the connection."""
         number = len(service.streams) + 1
         self.hold()
         stream = service.stream(number)
@@ -99,5 +102,5 @@ class DictationTest(unittest.TestCase):
         return stream
 
     def wait_until_listening(self):
-        """Returns when the microphone is open: what is said earlier is not heard."""
-        wait_for(self.desktop.is_recorded, "an open microphone")
+        """Waits until the microphone is open: earlier speech is not recorded."""
+        wait_for(self.desktop.is_microphone_open, "an open microphone")

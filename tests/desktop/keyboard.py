@@ -1,8 +1,8 @@
-"""The keys of the private desktop, pressed through XTest like those of a real keyboard."""
+"""The keyboard of the private desktop. Keys are pressed through XTest, like those of a real one."""
 
 
-# Nobody presses two keys within the same millisecond. A window manager that is told of a new
-# keyboard takes its combinations back; whoever else wants them needs this long to follow.
+# A human does not press two keys within a millisecond. When a new keyboard appears, the window
+# manager grabs its combinations again. The application needs this interval to follow with its own.
 BETWEEN_KEYS = ("sleep", "0.1")
 
 
@@ -18,16 +18,16 @@ class Keyboard:
         self._xdotool("keydown", "Alt_L", *BETWEEN_KEYS, "keydown", "space")
 
     def release(self, first="space"):
-        """Lets Alt+Space go, `first` first."""
+        """Releases Alt+Space, the key `first` before the other."""
         second = "Alt_L" if first == "space" else "space"
         self._xdotool("keyup", first, "keyup", second)
 
     def hold_again(self):
-        """Lets Space go and presses it again, Alt being held."""
+        """Releases Space and presses it again while Alt is held."""
         self._xdotool("keyup", "space", *BETWEEN_KEYS, "keydown", "space")
 
     def toggle(self, seconds=0):
-        """Presses Alt+Shift+Space and lets it go after the seconds."""
+        """Presses Alt+Shift+Space and releases it after `seconds`."""
         self._xdotool("keydown", "Alt_L", "keydown", "Shift_L", *BETWEEN_KEYS, "keydown", "space",
                       "sleep", str(seconds), "keyup", "space", "keyup", "Shift_L", "keyup", "Alt_L")
 

@@ -1,4 +1,4 @@
-"""The project's own speech service, as its users run it."""
+"""Runs the project's own speech service, as a user would."""
 
 import subprocess
 
@@ -20,6 +20,6 @@ class LocalService:
         self.authority = state / "ca.pem"
 
     def close(self):
-        """Ends it and answers its exit status."""
+        """Terminates the service; returns its exit status."""
         self._process.stdout.close()
         return self._desktop.end(self._process)

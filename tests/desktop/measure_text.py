@@ -1,9 +1,9 @@
 #!/usr/bin/python3
-"""Tells how much place texts need on this desktop, by the toolkit's own measure.
+"""Measures texts with the toolkit's own font metrics.
 
-Reads a JSON list of texts, each [text, points or null for the desktop's size, weight, width], from
-standard input; writes a list of [width, height] in device-independent pixels: the text broken into
-lines of that width.
+Reads a JSON list of [text, points, weight, width] from standard input. `points` is null for the
+desktop's default size. Writes a JSON list of [width, height] in device-independent pixels: the size
+of each text when it is broken into lines of the given width.
 """
 
 import json
@@ -13,9 +13,9 @@ from PyQt6.QtCore import QRect, Qt
 from PyQt6.QtGui import QFont, QFontMetrics
 from PyQt6.QtWidgets import QApplication
 
-# Of a point of the user interface, 96 to the inch, in those of the toolkit, 72 to the inch.
+# Points of the user interface are 1/96 inch, points of the toolkit 1/72 inch.
 TOOLKIT_POINTS = 72 / 96
-ENDLESS = 100000
+UNLIMITED_HEIGHT = 100000
 
 application = QApplication(sys.argv[:1])
 
@@ -26,7 +26,7 @@ def measured(text, points, weight, width):
         font.setPointSizeF(points * TOOLKIT_POINTS)
     font.setWeight(QFont.Weight[weight])
     size = QFontMetrics(font).boundingRect(
-        QRect(0, 0, int(width), ENDLESS), Qt.TextFlag.TextWordWrap, text).size()
+        QRect(0, 0, int(width), UNLIMITED_HEIGHT), Qt.TextFlag.TextWordWrap, text).size()
     return size.width(), size.height()
 
 

@@ -1,6 +1,7 @@
-"""The status icon's menu, read and clicked as a panel does it."""
+"""The status icon's menu, read and clicked over D-Bus as a panel does."""
 
 import dataclasses
+import re
 import time
 
 from bus import Bus, GLib
@@ -28,7 +29,7 @@ class Menu:
         return self._bus.call(self._name, self._path, INTERFACE, method, *arguments)
 
     def open(self):
-        """Opens it; what it shows."""
+        """Opens the menu; returns its entries."""
         self._call("AboutToShow", "(i)", ROOT)
         _, (_, _, children) = self._call("GetLayout", "(iias)", ROOT, WHOLE_DEPTH, [])
         return [self._entry(*child) for child in children]
@@ -37,15 +38,15 @@ class Menu:
     def _entry(number, properties, _children):
         return Entry(
             number=number,
-            # An underscore marks the key of an entry; two of them stand for one.
-            title=properties.get("label", "").replace("__", "\0").replace("_", "").replace("\0", "_"),
+            # A single underscore marks an entry's access key; a double underscore is an underscore.
+            title=re.sub("_(_?)", r"\1", properties.get("label", "")),
             is_enabled=properties.get("enabled", True),
             is_separator=properties.get("type") == "separator",
             shortcut=tuple(map(tuple, properties.get("shortcut", ()))),
         )
 
     def click(self, title):
-        """Opens it and clicks the entry."""
+        """Opens the menu and clicks the entry with this title."""
         number = next(entry.number for entry in self.open() if entry.title == title)
         self._bus.call(self._name, self._path, INTERFACE, "Event", "(isvu)", number, "clicked",
                        GLib.Variant("i", 0), int(time.monotonic() * 1000) & 0xFFFFFFFF)

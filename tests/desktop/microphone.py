@@ -1,4 +1,4 @@
-"""Somebody who sits at the microphone: silent, and speaking when told to."""
+"""Feeds a virtual microphone: noise, and speech when a test asks for it."""
 
 import array
 import os
@@ -14,13 +14,14 @@ from desktop import wait_for
 
 INTERVAL = 0.02
 SAMPLE_BYTES = 2
-# A pipe takes this much whole or not at all; the sound server dies of half a frame.
+# A pipe takes a block of this size completely or not at all. The sound server crashes on half a
+# frame.
 BLOCK_BYTES = select.PIPE_BUF
 VOICE = "slt"
 
 
 def spoken(text, rate=16000):
-    """The samples of a sentence, mono, signed 16-bit little-endian."""
+    """A synthesised sentence: mono samples, signed 16-bit little-endian."""
     with tempfile.TemporaryDirectory() as folder:
         wave = pathlib.Path(folder) / "speech.wav"
         subprocess.run(["flite", "-voice", VOICE, "-t", text, "-o", wave], check=True)
@@ -31,12 +32,12 @@ def spoken(text, rate=16000):
 
 
 def quiet_noise(rate, seconds=1.0):
-    """What a good microphone delivers in a quiet room."""
+    """The noise of a good microphone in a quiet room."""
     generator = random.Random(1)
     return array.array("h", (generator.randint(-6, 6) for _ in range(int(rate * seconds)))).tobytes()
 
 
-def loudest(samples):
+def peak(samples):
     """The largest amplitude in signed 16-bit samples, 0 to 32768."""
     values = array.array("h", samples[: len(samples) // SAMPLE_BYTES * SAMPLE_BYTES])
     return max((abs(value) for value in values), default=0)
@@ -55,36 +56,36 @@ class Microphone:
         self.plug_in()
 
     def plug_in(self):
-        """Begins to feed the sound server's pipe, which has to be there."""
+        """Begins to feed the sound server's pipe, which must exist."""
         self._ended = threading.Event()
         self._thread = threading.Thread(target=self._feed, daemon=True)
         self._thread.start()
 
     def pull_out(self):
-        """Feeds the pipe no longer."""
+        """Stops feeding the pipe."""
         self._ended.set()
         self._thread.join()
 
     def speak(self, text):
-        """Says a sentence, after what is still being said; does not wait."""
+        """Queues a sentence after everything that is still to be played; does not wait."""
         self.play(spoken(text, self.rate))
 
     def play(self, samples):
-        """Plays samples at this microphone's rate, mono, after what is still being said."""
+        """Queues mono samples at this microphone's rate."""
         with self._lock:
             self._speech += self._on_all_channels(samples)
 
     def pause(self, seconds):
-        """Puts a pause after what is still being said."""
+        """Queues a pause."""
         self.play(quiet_noise(self.rate, seconds))
 
     @property
     def is_silent(self):
-        """Whether everything was said."""
+        """Whether everything queued has been played."""
         return not self._speech
 
-    def wait_until_silent(self, deadline=60.0):
-        wait_for(lambda: self.is_silent, "the end of the speech", deadline)
+    def wait_until_silent(self, timeout=60.0):
+        wait_for(lambda: self.is_silent, "the end of the speech", timeout)
 
     def _on_all_channels(self, samples):
         return b"".join(samples[i:i + SAMPLE_BYTES] * self._channels
@@ -102,7 +103,7 @@ class Microphone:
                 for first in range(0, len(sound), BLOCK_BYTES):
                     os.write(pipe, sound[first:first + BLOCK_BYTES])
             except BlockingIOError:
-                pass  # The microphone is asleep: sound that nobody takes is lost.
+                pass  # The source is suspended: sound that nobody reads is lost.
         os.close(pipe)
 
     def _next(self, size):

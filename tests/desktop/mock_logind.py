@@ -1,4 +1,4 @@
-"""A system bus of its own with the service that tells of sleep."""
+"""A private system bus with a mock of logind, which announces sleep and wake."""
 
 from bus import Bus, boolean
 from desktop import wait_for
@@ -20,15 +20,15 @@ CONFIG = """<!DOCTYPE busconfig PUBLIC "-//freedesktop//DTD D-Bus Bus Configurat
 """
 
 
-class Logind:
-    """Runs until the desktop ends; for whoever has `environment`."""
+class MockLogind:
+    """Runs until the desktop ends. Processes with `environment` use its bus."""
 
     def __init__(self, desktop):
         socket = desktop.folder / "runtime" / "system-bus"
         config = desktop.folder / "system-bus.conf"
         config.write_text(CONFIG.format(socket=socket))
         bus = desktop.spawn(["dbus-daemon", f"--config-file={config}", "--nofork", "--nopidfile"])
-        wait_for(socket.exists, "the system bus", needs=bus)
+        wait_for(socket.exists, "the system bus", process=bus)
         self.environment = {"DBUS_SYSTEM_BUS_ADDRESS": f"unix:path={socket}"}
         desktop.spawn(["/usr/bin/python3", "-m", "dbusmock", "--system", "--template", "logind"],
                       env=desktop.environment | self.environment)
@@ -37,14 +37,14 @@ class Logind:
                                         "org.freedesktop.DBus", "NameHasOwner", "(s)", NAME)[0],
                  "the sleep service")
 
-    def _tell(self, is_going_to_sleep):
+    def _announce(self, is_going_to_sleep):
         self._bus.call(NAME, PATH, "org.freedesktop.DBus.Mock", "EmitSignal", "(sssav)", INTERFACE,
                        "PrepareForSleep", "b", [boolean(is_going_to_sleep)])
 
     def sleep_and_wake(self):
-        """Tells that the machine goes to sleep, and that it has woken."""
-        self._tell(True)
-        self._tell(False)
+        """Announces that the machine goes to sleep, and then that it has woken."""
+        self._announce(True)
+        self._announce(False)
 
     def close(self):
         self._bus.close()

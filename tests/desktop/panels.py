@@ -1,4 +1,4 @@
-"""Where the application's icon and its menu are on a real panel."""
+"""Finds the application's icon and its menu on a real panel."""
 
 import re
 import subprocess
@@ -8,27 +8,27 @@ from desktop import wait_for
 from tray import is_red
 from windows import CLASS, visible_windows
 
-# The contrast from which on a graphical object is told from what lies behind it.
+# The minimum contrast at which a graphical object is visible on its background.
 VISIBLE = 3.0
-# An icon is at least so many pixels across, and a red spot of another program is less.
-SMALLEST_ICON = 8
+# In pixels. Red spots of other programs are smaller.
+MIN_ICON_SIZE = 8
 
 
 def luminance(color):
-    """How bright a colour is to the eye, 0 to 1."""
+    """The relative luminance of a colour, 0 to 1."""
     linear = [part / 12.92 if part <= 0.04045 else ((part + 0.055) / 1.055) ** 2.4
               for part in (channel / 255 for channel in color)]
     return 0.2126 * linear[0] + 0.7152 * linear[1] + 0.0722 * linear[2]
 
 
 def contrast(first, second):
-    """Between two colours, 1 to 21."""
+    """The contrast ratio of two colours, 1 to 21."""
     dark, bright = sorted((luminance(first), luminance(second)))
     return (bright + 0.05) / (dark + 0.05)
 
 
 class Pixels:
-    """A part of the screen, given as left, top, width and height, as it is now."""
+    """The current pixels of an area of the screen, given as left, top, width and height."""
 
     def __init__(self, desktop, area):
         self.area = area
@@ -40,7 +40,7 @@ class Pixels:
         self.colors = list(zip(data[0::3], data[1::3], data[2::3]))
 
     def box(self, condition):
-        """The smallest part around the pixels whose colours meet the condition, or None."""
+        """The bounding box of the pixels whose colours meet the condition, or None."""
         found = [divmod(i, self._width) for i, color in enumerate(self.colors) if condition(*color)]
         if not found:
             return None
@@ -50,8 +50,8 @@ class Pixels:
 
 
 class PanelIcon:
-    """The application's icon on the panel at the top of the screen. Its place is learnt when it is
-    red: nothing else on the panel is."""
+    """The application's icon on the panel at the top of the screen. The red icon shows its place,
+    because nothing else on the panel is red."""
 
     def __init__(self, desktop, scale=1):
         self._desktop = desktop
@@ -61,7 +61,7 @@ class PanelIcon:
 
     def _red_place(self):
         box = Pixels(self._desktop, self._panel).box(is_red)
-        return box if box and min(box[2:]) >= SMALLEST_ICON else None
+        return box if box and min(box[2:]) >= MIN_ICON_SIZE else None
 
     def wait_until_red(self):
         self.place = wait_for(self._red_place, "a red icon on the panel")
@@ -71,7 +71,7 @@ class PanelIcon:
 
     @property
     def is_visible(self):
-        """Whether what is in the icon's place stands out from the panel."""
+        """Whether enough pixels in the icon's place have contrast to the panel."""
         colors = Pixels(self._desktop, self.place).colors
         background = Pixels(self._desktop, self._beside).colors[0]
         return sum(contrast(color, background) > VISIBLE for color in colors) > len(colors) // 10
@@ -80,7 +80,7 @@ class PanelIcon:
     def _beside(self):
         """A pixel of the panel next to the icon."""
         left, top, _, height = self.place
-        return left - SMALLEST_ICON, top + height // 2, 1, 1
+        return left - MIN_ICON_SIZE, top + height // 2, 1, 1
 
     def click(self):
         left, top, width, height = self.place
@@ -88,7 +88,7 @@ class PanelIcon:
                            "click", "1"])
 
     def open_menu(self):
-        """Clicks the icon; left, top, width and height of the menu that comes up."""
+        """Clicks the icon; returns left, top, width and height of the menu."""
         self.click()
         return wait_for(self.menu, "the menu")
 

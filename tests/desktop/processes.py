@@ -1,34 +1,34 @@
-"""The application's processes on a private desktop, whoever started them."""
+"""The processes on a private desktop, whichever process has started them."""
 
 import contextlib
 import os
 import pathlib
 import signal
 
-from guardian import MARK, marked_processes
+from reaper import MARK, processes_with_mark
 
 
-def marked(desktop):
-    """Every process of the desktop, as a set of numbers."""
-    return set(marked_processes(f"{MARK}={desktop.folder}".encode()))
+def desktop_processes(desktop):
+    """The identifiers of all processes of the desktop, as a set."""
+    return set(processes_with_mark(f"{MARK}={desktop.folder}".encode()))
 
 
-def instances(desktop, binaries):
+def application_processes(desktop, binaries):
     """The processes that run the application."""
     program = (binaries / "tarvik-dictate").resolve()
     found = []
-    for process in marked(desktop):
-        # It may have ended meanwhile.
+    for process in desktop_processes(desktop):
+        # The process may have ended in the meantime.
         with contextlib.suppress(OSError):
             if pathlib.Path(f"/proc/{process}/exe").resolve() == program:
                 found.append(process)
     return found
 
 
-def kill_part(desktop, word):
-    """Kills the processes of the desktop that have the word in their command; how many those are."""
+def kill_processes(desktop, word):
+    """Kills the processes of the desktop that have `word` in their command; returns their number."""
     killed = 0
-    for process in marked(desktop):
+    for process in desktop_processes(desktop):
         with contextlib.suppress(OSError):
             if word.encode() in pathlib.Path(f"/proc/{process}/cmdline").read_bytes():
                 os.kill(process, signal.SIGKILL)
@@ -36,7 +36,7 @@ def kill_part(desktop, word):
     return killed
 
 
-def end_instances(desktop, binaries):
-    for process in instances(desktop, binaries):
+def end_applications(desktop, binaries):
+    for process in application_processes(desktop, binaries):
         with contextlib.suppress(ProcessLookupError):
             os.kill(process, signal.SIGTERM)

@@ -1,9 +1,9 @@
-"""Cleans up after a private desktop, even when whoever made it was killed.
+"""Cleans up after a private desktop, even when the process that made it was killed.
 
-usage: guardian.py FOLDER
+usage: reaper.py FOLDER
 
-Waits for the end of standard input, which comes when the maker closes it or dies. Then ends every
-process that carries the folder in its environment, and removes the folder.
+Waits for the end of standard input: the maker closes it or dies. Then ends every process that has
+the folder in its environment, and removes the folder.
 """
 
 import contextlib
@@ -15,38 +15,39 @@ import sys
 import time
 
 MARK = "TARVIK_DESKTOP_FOLDER"
-GRACE = 2.0
+# Seconds after which a process that ignores SIGTERM is killed.
+TERMINATION_TIMEOUT = 2.0
 
 
-def marked_processes(mark):
-    """Those that began on this desktop, also the ones that a bus started for itself."""
+def processes_with_mark(mark):
+    """The processes of a desktop, including those that a bus has activated."""
     for entry in pathlib.Path("/proc").iterdir():
         if entry.name.isdigit():
-            # A process that ended meanwhile, or that belongs to somebody else, is none of ours.
+            # A process that has just ended, or that belongs to another user, is not ours.
             with contextlib.suppress(OSError):
                 if mark in (entry / "environ").read_bytes().split(b"\0"):
                     yield int(entry.name)
 
 
 def end_all(mark):
-    force_from = time.monotonic() + GRACE
-    asked = set()
-    while processes := list(marked_processes(mark)):
-        force = time.monotonic() > force_from
+    deadline = time.monotonic() + TERMINATION_TIMEOUT
+    terminated = set()
+    while processes := list(processes_with_mark(mark)):
+        is_late = time.monotonic() > deadline
         for process in processes:
             with contextlib.suppress(ProcessLookupError):
-                if force:
+                if is_late:
                     os.kill(process, signal.SIGKILL)
-                elif process not in asked:
+                elif process not in terminated:
                     os.kill(process, signal.SIGTERM)
                     os.kill(process, signal.SIGCONT)
-        asked.update(processes)
+        terminated.update(processes)
         time.sleep(0.01)
 
 
 def main():
     folder = sys.argv[1]
-    # Whoever interrupts the maker ends the desktop through it.
+    # A signal to the whole process group ends the maker, and the end of the maker is enough.
     for number in (signal.SIGINT, signal.SIGTERM, signal.SIGHUP):
         signal.signal(number, signal.SIG_IGN)
     print("ready", flush=True)

@@ -1,19 +1,39 @@
-"""What a process uses."""
+"""The processor time and the wake-ups of a process."""
 
 import os
 import pathlib
+import time
+
+from desktop import wait_for
+
+# In seconds.
+QUIET_INTERVAL = 1.0
 
 
 def processor_time(pid):
-    """Seconds of processor time that the process has used."""
+    """The processor time that the process has used so far, in seconds."""
     fields = pathlib.Path(f"/proc/{pid}/stat").read_text().rpartition(")")[2].split()
     return (int(fields[11]) + int(fields[12])) / os.sysconf("SC_CLK_TCK")
 
 
 def wakeups(pid):
-    """How often the threads of the process have gone to sleep by themselves."""
+    """The number of voluntary context switches of all threads of the process so far."""
     return sum(
         int(line.split()[1])
         for status in pathlib.Path(f"/proc/{pid}/task").glob("*/status")
         for line in status.read_text().splitlines() if line.startswith("voluntary_ctxt_switches")
     )
+
+
+def wait_until_idle(pid):
+    """Waits until the process has not woken up for a second."""
+    last_count, since = wakeups(pid), time.monotonic()
+
+    def is_idle():
+        nonlocal last_count, since
+        count = wakeups(pid)
+        if count != last_count:
+            last_count, since = count, time.monotonic()
+        return time.monotonic() - since > QUIET_INTERVAL
+
+    wait_for(is_idle, "an idle process")

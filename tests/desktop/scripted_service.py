@@ -1,4 +1,4 @@
-"""A speech service that says what a test tells it to, over real TLS."""
+"""A speech service that sends what a test tells it to, over real TLS."""
 
 import asyncio
 import http
@@ -16,7 +16,7 @@ from desktop import wait_for
 
 
 def make_certificate(folder, name="localhost"):
-    """Makes a key and a certificate for `name` that vouches for itself; its two files."""
+    """Makes a key and a self-signed certificate for `name`; returns their files."""
     folder.mkdir(exist_ok=True)
     key, certificate = folder / f"{name}.key", folder / f"{name}.pem"
     subprocess.run(
@@ -29,7 +29,7 @@ def make_certificate(folder, name="localhost"):
 
 
 def transcript(text, final=True):
-    """The message that carries a piece of transcript."""
+    """The message that carries a transcript."""
     return json.dumps({
         "type": "Results", "channel_index": [0, 1], "duration": 1.0, "start": 0.0,
         "is_final": final, "speech_final": final,
@@ -50,30 +50,30 @@ class Stream:
         self.is_closed = False
 
     def say(self, text, final=True):
-        """Says a piece; not before there is sound, as no service can: the application does not
-        listen yet while its connection is only just open."""
+        """Sends a transcript once the application has sent audio. A real service sends none earlier,
+        and the application does not record yet when its connection has only just opened."""
         wait_for(lambda: self.audio, "sound from the application")
         self.send(transcript(text, final))
 
     def send(self, message):
-        """Sends a message, text or binary, as it is."""
+        """Sends a text or binary message unchanged."""
         self._service.call(self._connection.send(message))
 
     def wait_until_read(self):
-        """Returns when the application has read everything that was sent."""
+        """Waits until the application has read everything sent so far."""
         async def answered():
             await (await self._connection.ping())
         self._service.call(answered())
 
     def send_bytes(self, data):
-        """Writes bytes past the framing."""
+        """Writes bytes to the connection without a web-socket frame."""
         self._service.post(lambda: self._connection.transport.write(data))
 
     def close(self, code=1000, reason=""):
         self._service.call(self._connection.close(code, reason))
 
     def reset(self):
-        """Breaks the connection off without a farewell."""
+        """Resets the connection, without a close frame."""
         def reset():
             transport = self._connection.transport
             transport.get_extra_info("socket").setsockopt(
@@ -82,7 +82,7 @@ class Stream:
         self._service.post(reset)
 
     @property
-    def was_ended(self):
+    def is_audio_ended(self):
         """Whether the application has announced the end of its audio."""
         return '{"type":"CloseStream"}' in self.texts
 
@@ -93,16 +93,16 @@ class Stream:
                     self.audio += message
                 else:
                     self.texts.append(message)
-                    if self.was_ended and self._service.closes_at_end:
+                    if self.is_audio_ended and self._service.closes_at_end:
                         await self._connection.close()
         except websockets.ConnectionClosedError:
-            pass  # A test breaks connections on purpose; that it is closed is what counts.
+            pass  # A test breaks connections on purpose and checks is_closed.
         finally:
             self.is_closed = True
 
 
 class ScriptedService:
-    """Serves until it is closed. `refusal`, a status and a body, refuses every connection."""
+    """Serves until it is closed. With `refusal`, a status and a body, it refuses all connections."""
 
     def __init__(self, key, certificate):
         self.streams = []
@@ -120,9 +120,9 @@ class ScriptedService:
     def host(self):
         return f"localhost:{self.port}"
 
-    def stream(self, number=1, deadline=10.0):
-        """The connection with that number, counted from 1, as soon as it is there."""
-        wait_for(lambda: len(self.streams) >= number, f"connection {number}", deadline)
+    def stream(self, number=1, timeout=10.0):
+        """Waits for the connection with this number, counted from 1; returns the connection."""
+        wait_for(lambda: len(self.streams) >= number, f"connection {number}", timeout)
         return self.streams[number - 1]
 
     def call(self, coroutine):

@@ -1,4 +1,4 @@
-"""The setup window, as somebody who looks at it and works with it has it."""
+"""The setup window, as a user sees and operates it."""
 
 import subprocess
 
@@ -12,12 +12,12 @@ SAVED, NOT_SET = "✓ Saved", "✗ Not set"
 
 
 class SetupWindow:
-    """Returns from its construction when the window is there, in front."""
+    """The constructor waits until the window is in front."""
 
-    def __init__(self, desktop, keyboard, deadline=15.0):
+    def __init__(self, desktop, keyboard, timeout=15.0):
         self._desktop = desktop
         self._keyboard = keyboard
-        self.window = wait_for_window(desktop, deadline)
+        self.window = wait_for_window(desktop, timeout)
         self._reader = ScreenReader(desktop)
         self.content = self._reader.window_with(RESTART)
 
@@ -34,7 +34,7 @@ class SetupWindow:
 
     @property
     def key_status(self):
-        """What stands below the field of the key."""
+        """The status below the key field."""
         return next(text for text in self.labels if text in (SAVED, NOT_SET))
 
     @property
@@ -42,13 +42,13 @@ class SetupWindow:
         return next(part for part in self.content.controls if part.role == "check box")
 
     def row(self, name):
-        """The parts of the row with that name: the name, its status, and its button."""
+        """The parts of the row with this name: name, status and button."""
         parts = list(self.content.descendants)
         index = next(i for i, part in enumerate(parts) if part.name == name and part.role == "label")
         return parts[index:index + 3]
 
-    def wait_for_row(self, name, status, deadline=3.0):
-        wait_for(lambda: self.row(name)[1].name == status, f"“{status}” at {name}", deadline)
+    def wait_for_row(self, name, status, timeout=3.0):
+        wait_for(lambda: self.row(name)[1].name == status, f"“{status}” at {name}", timeout)
 
     def wait_for_key_status(self, status):
         wait_for(lambda: self.key_status == status, f"“{status}” below the key", 3.0)
@@ -57,11 +57,11 @@ class SetupWindow:
         return self.content.find(title, "push button")
 
     def click(self, part):
-        """Clicks in the middle of a part with the mouse."""
+        """Clicks the middle of a part with the mouse."""
         click_at(self._desktop, part.extents)
 
     def enter_key(self, text):
-        """Types over what is in the field of the key."""
+        """Replaces the text in the key field by typing."""
         self.click(self.key_field)
         wait_for(lambda: self.key_field.has("focused"), "the focus in the field")
         self._keyboard.press("ctrl+a")
@@ -72,22 +72,22 @@ class SetupWindow:
 
 
 def click_at(desktop, extents):
-    """Clicks in the middle of a place on the screen."""
+    """Clicks the middle of an area of the screen."""
     left, top, width, height = extents
     desktop.run(["xdotool", "mousemove", str(left + width // 2), str(top + height // 2),
                  "click", "1"])
 
 
 def pixels_per_unit(desktop, window, content):
-    """How many pixels the screen has to one of a screen reader's: toolkits differ in whether they
-    tell places in points."""
+    """The number of screen pixels per unit of the accessibility interface. Some toolkits report
+    extents in points."""
     shape = desktop.run(["xdotool", "getwindowgeometry", "--shell", window.number])
     width = int(next(line for line in shape.splitlines() if line.startswith("WIDTH="))[6:])
     return width / content.extents[2]
 
 
-def shows(desktop, extents, status):
-    """Whether a place on the screen has the colour of the status; for when nobody can read it."""
+def has_status_color(desktop, extents, status):
+    """Whether an area of the screen has the colour of `status`. Works without accessibility."""
     def is_drawn(color):
         red, green, blue = color
         strong, weak = (green, red) if status in (GRANTED, SAVED) else (red, green)
@@ -96,7 +96,7 @@ def shows(desktop, extents, status):
 
 
 def colors_in(desktop, extents):
-    """The colours of a place on the screen, as triples."""
+    """The colours of an area of the screen, as triples."""
     left, top, width, height = extents
     pixels = subprocess.run(
         ["import", "-window", "root", "-crop", f"{width}x{height}+{left}+{top}", "-depth", "8",

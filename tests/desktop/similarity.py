@@ -1,9 +1,9 @@
-"""How much of what was spoken has arrived."""
+"""Compares a recognised text with the spoken text."""
 
 import difflib
 
-# Recognition is not perfect: this part of the words has to be right, in order.
-SIMILARITY = 0.75
+# Recognition is not perfect. This share of the words has to be right and in order.
+MIN_SIMILARITY = 0.75
 
 
 def words(text):
@@ -11,5 +11,5 @@ def words(text):
 
 
 def similarity(spoken, text):
-    """The part of the words that is the same, 0 to 1."""
+    """The share of words that are the same in both texts, 0 to 1."""
     return difflib.SequenceMatcher(None, words(spoken), words(text)).ratio()

@@ -1,4 +1,4 @@
-"""Programs to dictate into, whose text a test can read."""
+"""Programs to dictate into. A test can read their text."""
 
 import os
 import pathlib
@@ -8,12 +8,12 @@ import threading
 from desktop import wait_for
 
 FOLDER = pathlib.Path(__file__).parent / "targets"
-# Shows that the terminal runs, then keeps every byte as it comes.
+# Reports that the terminal runs, then writes every byte unchanged to the file.
 TERMINAL_SCRIPT = 'stty raw -echo; echo ready > "$0.ready"; exec cat > "$0"'
 
 
 class Target:
-    """What the kinds of targets have in common: a window and a file with the text."""
+    """The common part of all targets: a window, and a file with the text."""
 
     count = 0
 
@@ -27,9 +27,9 @@ class Target:
     def text(self):
         return self.out.read_text(encoding="utf-8", errors="replace") if self.out.exists() else ""
 
-    def wait_for_text(self, expected, deadline=5.0):
+    def wait_for_text(self, expected, timeout=5.0):
         try:
-            wait_for(lambda: self.text == expected, f"the text {expected!r}", deadline)
+            wait_for(lambda: self.text == expected, f"the text {expected!r}", timeout)
         except TimeoutError as error:
             raise AssertionError(f"{error}; there is {self.text!r}") from None
 
@@ -39,7 +39,7 @@ class Target:
         return active == self.window
 
     def activate(self):
-        """Puts the window in front, as a click on it does."""
+        """Activates the window, as a click on it does."""
         self._desktop.run(["xdotool", "windowactivate", "--sync", self.window])
 
     def close(self):
@@ -50,9 +50,9 @@ class Target:
             lambda: self._desktop.run(
                 ["xdotool", "search", "--onlyvisible", "--name", f"^{self.title}$"], check=False
             ).strip(),
-            f"the window “{self.title}”", needs=self.process,
+            f"the window “{self.title}”", process=self.process,
         )
-        wait_for(lambda: self.is_active, f"“{self.title}” in front", needs=self.process)
+        wait_for(lambda: self.is_active, f"“{self.title}” in front", process=self.process)
 
 
 class WidgetTarget(Target):
@@ -71,7 +71,7 @@ class WidgetTarget(Target):
         self._answers = []
         threading.Thread(target=self._read, daemon=True).start()
         wait_for(lambda: "ready" in self._answers, "the focus of " + self.title,
-                 needs=self.process)
+                 process=self.process)
         self._find_window()
 
     def _read(self):
@@ -80,7 +80,7 @@ class WidgetTarget(Target):
                 self._answers.append(line.strip())
 
     def tell(self, command):
-        """Has the target carry out a command of its standard input."""
+        """Sends a command to the target's standard input and waits until it is done."""
         before = self._answers.count("done")
         self.process.stdin.write(command + "\n")
         self.process.stdin.flush()
@@ -88,13 +88,13 @@ class WidgetTarget(Target):
 
     @property
     def typed_keys(self):
-        """How many keys that write something have reached the window."""
+        """The number of pressed keys with a text that have reached the window."""
         self.tell("keys")
         return int([line for line in self._answers if line.startswith("keys ")][-1].split()[1])
 
 
 class TerminalTarget(Target):
-    """A terminal, whose text no accessibility interface can change."""
+    """A terminal. The accessibility interface cannot change its text."""
 
     def __init__(self, desktop, title=None):
         super().__init__(desktop, title)
@@ -102,5 +102,5 @@ class TerminalTarget(Target):
             ["xterm", "-u8", "-title", self.title, "-e", "sh", "-c", TERMINAL_SCRIPT,
              str(self.out)],
         )
-        wait_for(lambda: os.path.exists(f"{self.out}.ready"), "the terminal", needs=self.process)
+        wait_for(lambda: os.path.exists(f"{self.out}.ready"), "the terminal", process=self.process)
         self._find_window()

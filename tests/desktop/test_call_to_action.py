@@ -1,5 +1,5 @@
 #!/usr/bin/python3
-"""Counted seconds of dictation, and the window that they bring up."""
+"""The counted seconds of dictation, and the call-to-action window."""
 
 import signal
 import time
@@ -51,8 +51,8 @@ class CallToAction(DictationTest):
         self.application.log.wait_for(f"stopRecording (session={number})")
         self.stopped = time.monotonic()
 
-    def call(self, total, texts):
-        """Has a recording bring the window up; checks it, and gives its parts."""
+    def show_window(self, total, texts):
+        """Makes a recording bring the window up and checks it; returns its controls by name."""
         self.start(total)
         self.record_for_more_than_a_second()
         return self.check_the_window(texts)
@@ -79,21 +79,21 @@ class CallToAction(DictationTest):
         return {line for line in self.settings_file.read_text().splitlines()
                 if line.startswith("cta")}
 
-    def test_ten_minutes_bring_it_up_once_and_maybe_later_leaves_the_next_one(self):
-        controls = self.call(599, TEN_MINUTES)
+    def test_ten_minutes_show_it_once_and_maybe_later_closes_it(self):
+        controls = self.show_window(599, TEN_MINUTES)
         self.click(controls[LATER])
         self.assertEqual(self.flags(), {"ctaTenMinuteShown=true"})
         self.assertEqual(self.browser.calls, [])
         wait_for(lambda: self.target.is_active, "the window that was in front")
 
     def test_a_visit_opens_the_website(self):
-        controls = self.call(599, TEN_MINUTES)
+        controls = self.show_window(599, TEN_MINUTES)
         self.click(controls[VISIT])
         wait_for(lambda: self.browser.calls == ["https://tarvik.example"], "the website")
         self.assertEqual(self.flags(), {"ctaTenMinuteShown=true"})
 
-    def test_an_hour_comes_before_ten_minutes_and_never_ends_it_all(self):
-        controls = self.call(3599, AN_HOUR)
+    def test_an_hour_comes_before_ten_minutes_and_never_ends_all_calls(self):
+        controls = self.show_window(3599, AN_HOUR)
         self.assertEqual(self.flags(), {"ctaSixtyMinuteShown=true"})
         self.click(controls[LATER])
         self.target.activate()
@@ -102,8 +102,8 @@ class CallToAction(DictationTest):
         self.click(controls[NEVER])
         wait_for(lambda: "ctaPermanentlyDismissed=true" in self.flags(), "the stored wish")
 
-    def test_every_way_out_is_reached_by_keys(self):
-        controls = self.call(599, TEN_MINUTES)
+    def test_every_control_is_reached_by_keys(self):
+        controls = self.show_window(599, TEN_MINUTES)
         for name in (VISIT, LATER, NEVER):
             wait_for(lambda: controls[name].has("focused"), "the focus on " + name)
             self.keyboard.press("Tab")
@@ -112,13 +112,13 @@ class CallToAction(DictationTest):
         self.window.wait_until_gone()
         self.assertEqual(self.flags(), {"ctaTenMinuteShown=true"})
 
-    def test_dictation_goes_on_beside_it(self):
-        self.call(599, TEN_MINUTES)
+    def test_dictation_works_while_it_is_open(self):
+        self.show_window(599, TEN_MINUTES)
         self.target.activate()
         self.dictate(self.service, "Still works")
         self.target.wait_for_text("Still works")
 
-    def test_a_count_that_overflows_stops_it_with_a_reason(self):
+    def test_an_overflow_of_the_total_aborts_with_a_log_line(self):
         write_settings(self.desktop.environment, {
             "deepgramApiKey": "a-key", "deepgramHost": self.service.host,
             "lastWelcomeShownForVersion": VERSION, TOTAL: 2**63 - 1})

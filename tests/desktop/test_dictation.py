@@ -1,17 +1,17 @@
 #!/usr/bin/python3
-"""Real speech, recognised by the local service, into a text editor."""
+"""Real speech, recognised by the local service and inserted into a text editor."""
 
 import unittest
 
-from dictation_test import DictationTest
 from desktop import wait_for
-from likeness import SIMILARITY, similarity, words
+from dictation_test import DictationTest
+from similarity import MIN_SIMILARITY, similarity, words
 
 FIRST = "the quick brown fox jumps over the lazy dog"
 SECOND = "thank you for the letter"
-# Longer than the pause that ends an utterance.
+# In seconds. Longer than the pause that ends an utterance.
 PAUSE = 1.2
-DEADLINE = 20.0
+RECOGNITION_TIMEOUT = 20.0
 
 
 class Dictation(DictationTest):
@@ -20,12 +20,12 @@ class Dictation(DictationTest):
         self.application = self.start_application(self.service)
 
     def wait_until_heard(self, target, *sentences):
-        """Returns when the sentences stand in the target, nearly word for word and to the end."""
+        """Waits until the target has the sentences to their end, nearly word for word."""
         spoken = " ".join(sentences)
         try:
             wait_for(lambda: words(target.text)[-1:] == words(spoken)[-1:]
-                     and similarity(spoken, target.text) >= SIMILARITY,
-                     f"the words “{spoken}”", DEADLINE)
+                     and similarity(spoken, target.text) >= MIN_SIMILARITY,
+                     f"the words “{spoken}”", RECOGNITION_TIMEOUT)
         except TimeoutError as error:
             raise AssertionError(f"{error}; there is {target.text!r}") from None
 
@@ -44,7 +44,7 @@ class Dictation(DictationTest):
         self.microphone.pause(PAUSE)
         self.microphone.speak(SECOND)
         self.microphone.wait_until_silent()
-        # The second sentence is still on its way when the keys go up.
+        # The keys go up before the second sentence has arrived.
         self.keyboard.release()
         self.tray.wait_for_icon(recording=False)
         self.wait_until_heard(target, FIRST, SECOND)
@@ -64,8 +64,8 @@ class Dictation(DictationTest):
         self.application.log.wait_for("audio.stop (session=1)")
         self.wait_until_heard(target, FIRST)
 
-    def test_long_form_keys_that_are_held_switch_it_once(self):
-        # The display repeats a key that is held for longer than 0.66 s.
+    def test_holding_the_long_form_keys_toggles_once(self):
+        # The X server repeats a key that is held for more than 0.66 s.
         self.keyboard.toggle(seconds=1.5)
         self.keyboard.toggle()
         self.application.log.wait_for("stopRecording (session=1)")

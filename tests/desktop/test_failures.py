@@ -1,5 +1,5 @@
 #!/usr/bin/python3
-"""What the application does when something is missing, refused, broken or nonsense."""
+"""The application with missing, refused, broken or nonsensical input."""
 
 import json
 import os
@@ -10,8 +10,8 @@ import time
 import unittest
 
 from application import VERSION
-from dictation_test import DictationTest
 from desktop import wait_for
+from dictation_test import DictationTest
 from scripted_service import make_certificate, transcript
 from windows import wait_for_window
 
@@ -19,13 +19,13 @@ DEFERRED = "audio.stop (session=1)"
 ERROR = "Deepgram error: "
 SEND_ERROR = ERROR + "A message could not be sent: "
 SILENT = "does not answer; its text will be typed"
-# All that a piece for a target that hangs or dies may cost, and what a busy machine adds to that.
-LONGEST_WRITE = 0.5
-BUSY = 0.1
+# In seconds: how long a write to a hanging or dying target may take, and what a busy machine adds.
+MAX_WRITE_TIME = 0.5
+TOLERANCE = 0.1
 
 
 class Unreachable:
-    """A port on which nobody listens, as a service."""
+    """A service whose port nobody listens on."""
 
     def __init__(self, authority):
         with socket.socket() as probe:
@@ -51,15 +51,15 @@ class MissingParts(DictationTest):
         self.hold()
         self.assertEqual(service.stream().protocols.replace(" ", ""), "token,typed-key")
 
-    def test_a_service_that_is_down_is_logged_and_the_silence_limit_stops(self):
+    def test_an_unreachable_service_is_logged_and_silence_ends_the_recording(self):
         _, certificate = make_certificate(self.desktop.folder / "certificates")
         application = self.start_application(Unreachable(certificate))
         self.keyboard.toggle()
         application.log.wait_for(ERROR)
         self.tray.wait_for_icon(recording=True)
-        application.log.wait_for("Deepgram WS open timeout (5s) — connect failed", deadline=8)
+        application.log.wait_for("Deepgram WS open timeout (5s) — connect failed", timeout=8)
         self.assertTrue(self.tray.shows_recording)
-        application.log.wait_for("auto-stop (silence 3", deadline=45)
+        application.log.wait_for("auto-stop (silence 3", timeout=45)
         application.log.wait_for("stopRecording (session=1)")
         self.tray.wait_for_icon(recording=False)
         application.log.wait_for(DEFERRED)
@@ -82,7 +82,7 @@ class MissingParts(DictationTest):
             service, closes_setup=False,
             settings={"totalDictationSeconds": "many",
                       "lastWelcomeShownForVersion": "@Variant(xyz)"})
-        # A version that is known would not be stored anew.
+        # The application does not store a version that it has read.
         wait_for(lambda: f"lastWelcomeShownForVersion={VERSION}" in self.settings_file.read_text(),
                  "the stored version")
         wait_for_window(self.desktop).close()
@@ -101,7 +101,7 @@ class MissingParts(DictationTest):
         wait_for(lambda: "loginItemAutoConfigured=true" in self.settings_file.read_text(),
                  "the first settings")
         before = self.settings_file.read_bytes()
-        # Root may write anywhere, but not below a file.
+        # Even root cannot write below a file.
         folder = self.settings_file.parent
         aside = folder.with_name("aside")
         folder.rename(aside)
@@ -139,8 +139,8 @@ class BadService(DictationTest):
         self.assertEqual(self.application.log.count(ERROR), 1)
 
     def check_a_lost_connection(self, service):
-        """An open connection was lost: that is one error, each chunk of sound that cannot leave any
-        more is one of its own, and nothing more is opened until the next recording."""
+        """Checks the log after the loss of an open connection: one error for the loss, and one for
+        each chunk that could not be sent. No new connection before the next recording."""
         self.application.log.wait_for(SEND_ERROR)
         self.check_an_error_and_a_clean_stop("")
         log = self.application.log
@@ -169,7 +169,7 @@ class BadService(DictationTest):
         ):
             stream.send(message)
         stream.say("two")
-        self.target.wait_for_text("One two", deadline=15)
+        self.target.wait_for_text("One two", timeout=15)
         self.assertEqual(self.application.log.count(ERROR), 0)
 
     def test_a_certificate_that_does_not_verify_ends_the_connection(self):
@@ -213,8 +213,8 @@ class BadTargets(DictationTest):
         self.application = self.start_application(self.service)
 
     def time_for_a_piece(self, stream, meanwhile=lambda: None):
-        """Says a piece and lets the key go; the seconds until the main thread, which works off both
-        in this order, has answered the key."""
+        """Has the service send a piece and releases the key; returns the seconds until the release
+        has been handled. The main thread handles the piece first, then the release."""
         wait_for(lambda: stream.audio, "sound from the application")
         stopped = f"stopRecording (session={len(self.service.streams)})"
         begin = time.monotonic()
@@ -246,13 +246,13 @@ class BadTargets(DictationTest):
         stream = self.service.stream(2)
         os.kill(hanging.process.pid, signal.SIGSTOP)
         self.addCleanup(os.kill, hanging.process.pid, signal.SIGCONT)
-        self.assertLess(self.time_for_a_piece(stream), usual + LONGEST_WRITE + BUSY)
+        self.assertLess(self.time_for_a_piece(stream), usual + MAX_WRITE_TIME + TOLERANCE)
         self.application.log.wait_for(SILENT)
 
-        # It is in front still, and gets what is typed once it goes on.
+        # The hanging target is still in front. Typed text reaches it once it continues.
         self.hold()
         again = self.time_for_a_piece(self.service.stream(3))
-        self.assertLess(again, usual + BUSY)
+        self.assertLess(again, usual + TOLERANCE)
         self.assertEqual(self.application.log.count(SILENT), 1)
         self.check_another_target()
 
@@ -263,7 +263,7 @@ class BadTargets(DictationTest):
         stream = self.service.stream(2)
         os.kill(dying.process.pid, signal.SIGKILL)
         dying.process.wait()
-        self.assertLess(self.time_for_a_piece(stream), usual + LONGEST_WRITE + BUSY)
+        self.assertLess(self.time_for_a_piece(stream), usual + MAX_WRITE_TIME + TOLERANCE)
         self.check_another_target()
 
     def test_a_target_that_dies_over_a_piece_holds_nothing_up(self):
@@ -271,11 +271,11 @@ class BadTargets(DictationTest):
         dying = self.start_target("gtk3", title="dying")
         self.hold()
         stream = self.service.stream(2)
-        # The piece waits for it until it is gone.
+        # The insertion waits for the target until the target is killed.
         os.kill(dying.process.pid, signal.SIGSTOP)
         duration = self.time_for_a_piece(
             stream, meanwhile=lambda: os.kill(dying.process.pid, signal.SIGKILL))
-        self.assertLess(duration, usual + LONGEST_WRITE + BUSY)
+        self.assertLess(duration, usual + MAX_WRITE_TIME + TOLERANCE)
         self.check_another_target()
 
 

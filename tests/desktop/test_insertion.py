@@ -1,22 +1,22 @@
 #!/usr/bin/python3
-"""Where dictated text lands in programs whose text fields are accessible."""
+"""Text dictated into programs with accessible text fields."""
 
 import contextlib
 import subprocess
 import threading
 import unittest
 
-from dictation_test import DictationTest
 from desktop import wait_for
+from dictation_test import DictationTest
 
 MIXED = "Zażółć, мир, 日本語, 😀!"
-# A property of the screen that nothing else changes.
+# A property of the root window that nothing else changes.
 MARK = "_TARVIK_MARK"
 
 
 @contextlib.contextmanager
 def active_windows(desktop):
-    """Yields a set that holds, at the end, the number of every window that was in front meanwhile."""
+    """Yields a set. On exit the set is filled with every window that was active in the meantime."""
     numbers, lines = set(), []
 
     def mark(word):
@@ -26,7 +26,7 @@ def active_windows(desktop):
         mark(word)
         return any(word in line for line in lines)
 
-    # A property whose name nobody has ever used is not watched.
+    # xprop does not watch a property whose name does not exist yet.
     mark("name")
     spy = desktop.spawn(["xprop", "-spy", "-root", "_NET_ACTIVE_WINDOW", MARK],
                         stdout=subprocess.PIPE, text=True)
@@ -37,10 +37,10 @@ def active_windows(desktop):
                 lines.append(line)
 
     threading.Thread(target=read, daemon=True).start()
-    wait_for(lambda: has_seen("begin"), "the watch of the window in front", needs=spy)
+    wait_for(lambda: has_seen("begin"), "the watch of the window in front", process=spy)
     yield numbers
-    # What has changed before the mark is told before it.
-    wait_for(lambda: has_seen("end"), "the end of the watch", needs=spy)
+    # All changes before the mark are reported before the mark.
+    wait_for(lambda: has_seen("end"), "the end of the watch", process=spy)
     desktop.end(spy)
     numbers.update(str(int(line.split("#")[1].split(",")[0], 16))
                    for line in lines if line.startswith("_NET_ACTIVE_WINDOW"))
@@ -52,7 +52,7 @@ class Insertion(DictationTest):
         self.application = self.start_application(self.service)
 
     def check_written(self, target, text):
-        """The text comes, and not as keys, which would replace a selection and follow the caret too."""
+        """Checks that the text arrives, and not as typed keys: those would lead to the same text."""
         target.wait_for_text(text)
         self.assertEqual(target.typed_keys, 0)
 
@@ -88,15 +88,15 @@ class Insertion(DictationTest):
         self.check_written(target, f"before 😀 {MIXED} and more after")
         self.keyboard.release()
         self.application.log.wait_for("stopRecording (session=1)")
-        # No key is one of a count that works.
+        # Proves that the target counts keys at all.
         self.keyboard.type("x")
         wait_for(lambda: target.typed_keys == 1, "a key typed by hand to be counted")
 
-    def test_a_bounded_qt_entry_keeps_what_stands_behind_the_caret(self):
+    def test_a_full_qt_entry_keeps_the_text_behind_the_caret(self):
         target = self.start_target("qt6", widget="entry", text="begin end", select="6:6",
                                    max_length="9")
         self.dictate(self.service, "middle")
-        # It is typed in the end, into a line that is full.
+        # The text is typed after the failed write, into a full line.
         wait_for(lambda: target.typed_keys == len("middle"), "the text as keys")
         target.wait_for_text("begin end")
 
@@ -116,7 +116,7 @@ class Insertion(DictationTest):
         stream.say("and after.")
         self.check_written(target, "Before and after.")
 
-    def test_text_lands_where_the_recording_began_when_the_focus_moves(self):
+    def test_text_goes_to_the_window_of_the_start_when_the_focus_moves(self):
         first = self.start_target("gtk3", title="first")
         second = self.start_target("gtk3", title="second")
         first.activate()
@@ -127,7 +127,7 @@ class Insertion(DictationTest):
             stream.say("and still here")
             self.check_written(first, "Here and still here")
         self.assertEqual(second.text, "")
-        # Typed text would have come by way of the first window in front.
+        # Typed text would have made the first window active.
         self.assertEqual(active, {second.window})
 
 

@@ -1,5 +1,5 @@
 #!/usr/bin/python3
-"""One instance a session: what a second start does, and what a shortcut of the desktop can ask for."""
+"""One instance per session: a second start, and requests from shortcuts of the desktop."""
 
 import os
 import signal
@@ -17,8 +17,8 @@ RUNNING = "TarvikDictate: it runs already"
 
 class Instance(DictationTest):
     def second_start(self, **variables):
-        """Starts the application once more; its exit status, its lines on standard error, and how
-        long it ran."""
+        """Starts the application a second time; returns the exit status, the lines on standard error
+        and the run time in seconds."""
         begin = time.monotonic()
         second = subprocess.run(
             [BINARIES / "tarvik-dictate"], env=self.desktop.environment | variables, timeout=20,
@@ -26,7 +26,7 @@ class Instance(DictationTest):
         )
         return second.returncode, second.stderr.splitlines(), time.monotonic() - begin
 
-    def ask(self, member, *arguments, check=True):
+    def call_application(self, member, *arguments, check=True):
         return self.desktop.run(
             ["gdbus", "call", "--session", "--timeout", "5", "--dest", "com.tarvik.dictate",
              "--object-path", "/com/tarvik/dictate", "--method",
@@ -54,7 +54,7 @@ class Instance(DictationTest):
         self.assertLess(seconds, 1)
         self.assertEqual(self.settings_file.read_bytes(), before)
         self.assertIsNone(application.process.poll())
-        # The hotkeys are still those of the first.
+        # The hotkeys still belong to the first instance.
         self.hold()
         service.stream()
         self.keyboard.release()
@@ -75,15 +75,15 @@ class Instance(DictationTest):
     def test_a_shortcut_of_the_desktop_toggles_a_dictation(self):
         service = self.start_scripted_service()
         application = self.start_application(service)
-        self.ask("ActivateAction", "toggle", "[]", "{}")
+        self.call_application("ActivateAction", "toggle", "[]", "{}")
         application.log.wait_for("startRecording")
         service.stream()
-        self.ask("ActivateAction", "toggle", "[]", "{}")
+        self.call_application("ActivateAction", "toggle", "[]", "{}")
         application.log.wait_for("stopRecording")
-        self.ask("ActivateAction", "explode", "[]", "{}", check=False)
+        self.call_application("ActivateAction", "explode", "[]", "{}", check=False)
         application.log.wait_for("there is no action called explode")
 
-    def test_without_a_session_bus_it_runs_all_the_same(self):
+    def test_it_runs_without_a_session_bus(self):
         service = self.start_scripted_service()
         write_settings(self.desktop.environment, {"deepgramApiKey": "a-key"})
         process = self.desktop.spawn(

@@ -1,5 +1,5 @@
 #!/usr/bin/python3
-"""Every window has its parts side by side, and every text has the place that it needs."""
+"""The layout of all windows: no part overlaps another, and every text fits its part."""
 
 import itertools
 import json
@@ -8,21 +8,21 @@ import sys
 import unittest
 
 from accessible import ScreenReader
+from appearance import set_text_scale
 from desktop import Desktop, wait_for
 from dictation_test import BINARIES
 from setup_window import RESTART, pixels_per_unit
-from surroundings import set_text_scale
-from tour import AN_HOUR, TEN_MINUTES, Tour
+from window_scenarios import AN_HOUR, TEN_MINUTES, WindowScenarios
 
-RULER = pathlib.Path(__file__).parent / "text_ruler.py"
-# The sizes in points and the weights of the texts, from top to bottom. Without a size of its own a
-# text has that of the desktop.
+MEASURE_TEXT = pathlib.Path(__file__).parent / "measure_text.py"
+# The font sizes in points and the weights of the texts, from top to bottom. None is the desktop's
+# default size.
 SETUP_LABELS = [(24, "Bold"), (11, "Normal"), (13, "Normal"), (12, "Normal"),
                 (13, "Medium"), (12, "Normal"), (13, "Medium"), (12, "Normal"), (13, "Medium"),
                 (12, "Normal"), (11, "Normal")]
 PROMPT_LABELS = [(None, "Bold"), (None, "Normal")]
 CALL_LABELS = [(22, "Bold"), (13, "Normal")]
-# A button may be called otherwise to a screen reader.
+# The visible titles. A button's name for screen readers may differ.
 SETUP_BUTTONS = [
     ("Save", 13, "Normal"), ("Grant", 13, "Normal"), ("Grant", 13, "Normal"),
     ("Launch at login (recommended — keeps the menu-bar icon always available)", 13, "Normal"),
@@ -30,7 +30,7 @@ SETUP_BUTTONS = [
 PROMPT_BUTTONS = [("Save", None, "Normal"), ("Cancel", None, "Normal")]
 CALL_BUTTONS = [("Visit tarvik.example", 13, "DemiBold"), ("Maybe later", 13, "Normal"),
                 ("Don't show again", 11, "Normal")]
-# Where points are not whole pixels, half a pixel is lost on either side.
+# In pixels: positions are rounded where points are not whole pixels.
 TOLERANCE = 1
 
 
@@ -50,7 +50,8 @@ class Layout:
         size = f"{1280 * cls.scale}x{800 * cls.scale}"
         cls.desktop = cls.enterClassContext(Desktop(wm=True, a11y=True, audio=True, size=size))
         set_text_scale(cls.desktop, cls.scale)
-        cls.tour = cls.enterClassContext(Tour(cls.desktop, BINARIES, scale=cls.scale))
+        cls.scenarios = cls.enterClassContext(
+            WindowScenarios(cls.desktop, BINARIES, scale=cls.scale))
 
     def content_with(self, text):
         reader = ScreenReader(self.desktop)
@@ -58,7 +59,7 @@ class Layout:
         return reader.window_with(text)
 
     def hidden_parts(self, content):
-        """Checks that no part lies upon another; the names of those that are out of sight."""
+        """Checks that no part overlaps another; returns the names of the parts out of sight."""
         parts = [part for part in content.descendants
                  if min(part.extents[2:]) > 0 and not part.children]
         self.assertGreater(len(parts), 5)
@@ -69,52 +70,52 @@ class Layout:
                 if part.name and not is_inside(part.extents, content.extents)}
 
     def check_texts(self, window, content, label_fonts, buttons):
-        """Checks that each text, measured in its font, fits the place that it has."""
+        """Checks that each text, measured in its font, fits its part."""
         parts = [part for part in content.descendants if part.role == "label"]
         texts = [(part.name, *font) for part, font in zip(parts, label_fonts, strict=True)] + buttons
         parts += [part for part in content.controls if part.role in ("push button", "check box")]
         factor = pixels_per_unit(self.desktop, window, content) / self.scale
         places = [[side * factor for side in part.extents[2:]] for part in parts]
-        needs = json.loads(self.desktop.run([sys.executable, RULER], input=json.dumps(
+        sizes = json.loads(self.desktop.run([sys.executable, MEASURE_TEXT], input=json.dumps(
             [(*text, width) for text, (width, _) in zip(texts, places, strict=True)])))
-        for text, place, need in zip(texts, places, needs, strict=True):
-            self.assertLessEqual(need[0], place[0] + TOLERANCE, text)
-            self.assertLessEqual(need[1], place[1] + TOLERANCE, text)
+        for text, place, size in zip(texts, places, sizes, strict=True):
+            self.assertLessEqual(size[0], place[0] + TOLERANCE, text)
+            self.assertLessEqual(size[1], place[1] + TOLERANCE, text)
 
     def test_the_setup_window(self):
-        with self.tour.setup() as setup:
+        with self.scenarios.setup() as setup:
             self.assertEqual(self.hidden_parts(setup.content), set())
             self.check_texts(setup.window, setup.content, SETUP_LABELS, SETUP_BUTTONS)
 
     def test_the_setup_window_at_its_smallest(self):
-        with self.tour.setup() as setup:
-            self.tour.shrink(setup)
+        with self.scenarios.setup() as setup:
+            self.scenarios.shrink(setup)
             below = self.hidden_parts(setup.content)
             self.check_texts(setup.window, setup.content, SETUP_LABELS, SETUP_BUTTONS)
-            # Back from the first control is the last one, which comes into sight then.
-            self.tour.keyboard.press("shift+Tab")
+            # Shift+Tab leads from the first control to the last, which scrolls into sight.
+            self.scenarios.keyboard.press("shift+Tab")
             wait_for(lambda: setup.button(RESTART).has("focused"), "the focus on the last control")
             wait_for(lambda: not below & self.hidden_parts(setup.content), "all of the lower part")
 
     def test_the_question_for_the_key(self):
-        with self.tour.prompt() as prompt:
+        with self.scenarios.prompt() as prompt:
             content = self.content_with("Cancel")
             self.assertEqual(self.hidden_parts(content), set())
             self.check_texts(prompt, content, PROMPT_LABELS, PROMPT_BUTTONS)
 
     def test_both_calls_to_action(self):
         for total in (TEN_MINUTES, AN_HOUR):
-            with self.subTest(total=total), self.tour.call_to_action(total) as call:
+            with self.subTest(total=total), self.scenarios.call_to_action(total) as call:
                 content = self.content_with("Maybe later")
                 self.assertEqual(self.hidden_parts(content), set())
                 self.check_texts(call, content, CALL_LABELS, CALL_BUTTONS)
 
 
-class UsualText(Layout, unittest.TestCase):
+class NormalText(Layout, unittest.TestCase):
     scale = 1
 
 
-class TextTwiceAsLarge(Layout, unittest.TestCase):
+class DoubleSizeText(Layout, unittest.TestCase):
     scale = 2
 
 

@@ -1,5 +1,5 @@
 #!/usr/bin/python3
-"""The status icon's menu, as a panel reads and clicks it, and the icon with panels that come and go."""
+"""The status icon's menu, as a panel uses it, and the icon when panels start and end."""
 
 import unittest
 
@@ -7,8 +7,8 @@ from application import VERSION
 from desktop import wait_for
 from dictation_test import BINARIES, DictationTest
 from menu import Menu
-from restart import Restart
-from running import end_instances, marked
+from processes import end_applications, desktop_processes
+from restart import RestartCheck
 from tray import Tray
 from windows import visible_windows, wait_for_window
 
@@ -16,7 +16,7 @@ CONTROL_COMMA = (("Control", ","),)
 CONTROL_SHIFT_R = (("Control", "Shift", "R"),)
 CONTROL_Q = (("Control", "Q"),)
 
-# Title, whether it can be clicked, shortcut; None is a line.
+# Title, whether the entry is enabled, shortcut. None is a separator.
 EXPECTED = [
     (f"Tarvik Dictate  v{VERSION}", False, ()),
     ("Hold ⌥ Space — quick dictation", False, ()),
@@ -36,7 +36,7 @@ class MenuTest(DictationTest):
         return menu
 
     def check(self, menu):
-        """Opens the menu and looks at every entry."""
+        """Opens the menu and compares every entry."""
         self.assertEqual(
             [None if entry.is_separator else (entry.title, entry.is_enabled, entry.shortcut)
              for entry in menu.open()], EXPECTED)
@@ -44,7 +44,7 @@ class MenuTest(DictationTest):
 
 class StatusMenu(MenuTest):
     def setUp(self):
-        self.before = marked(self.desktop)
+        self.before = desktop_processes(self.desktop)
         self.service = self.start_scripted_service()
         self.application = self.start_application(self.service)
         self.menu = self.open_menu(self.tray)
@@ -62,7 +62,7 @@ class StatusMenu(MenuTest):
         self.tray.wait_for_icon(recording=True)
         self.check(self.menu)
 
-    def test_a_line_that_only_tells_something_does_nothing(self):
+    def test_an_information_line_does_nothing(self):
         self.menu.click(EXPECTED[0][0])
         self.menu.click("Setup…")
         wait_for_window(self.desktop)
@@ -78,14 +78,14 @@ class StatusMenu(MenuTest):
         wait_for(lambda: window.is_active, "the setup window in front again")
         self.assertEqual(visible_windows(self.desktop), [window.number])
 
-    def test_quit_ends_it_and_leaves_nothing(self):
+    def test_quit_ends_all_processes(self):
         self.menu.click("Quit")
         self.wait_for_the_end()
-        wait_for(lambda: marked(self.desktop) <= self.before, "the end of every process")
+        wait_for(lambda: desktop_processes(self.desktop) <= self.before, "the end of every process")
 
-    def test_restart_ends_it_and_starts_it_half_a_second_later(self):
-        self.addCleanup(end_instances, self.desktop, BINARIES)
-        restart = Restart(self.desktop, BINARIES, self.application)
+    def test_restart_ends_it_and_starts_it_after_half_a_second(self):
+        self.addCleanup(end_applications, self.desktop, BINARIES)
+        restart = RestartCheck(self.desktop, BINARIES, self.application)
         self.menu.click("Restart Tarvik Dictate")
         restart.check(self, seconds="0.5")
         wait_for_window(self.desktop).close()
@@ -96,11 +96,11 @@ class StatusMenu(MenuTest):
         menu = self.open_menu(self.tray)
         self.check(menu)
         menu.click("Quit")
-        restart.wait_until_nothing_is_left()
+        restart.wait_until_all_ended()
 
 
 class Panels(MenuTest):
-    """The icon is there as soon as a panel is, whenever that is."""
+    """Panels that start, end and restart while the application runs."""
 
     @classmethod
     def setUpClass(cls):

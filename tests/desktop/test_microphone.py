@@ -1,25 +1,25 @@
 #!/usr/bin/python3
-"""Microphones that come and go during a recording. Nobody may ever hear the loudspeakers."""
+"""Microphones that change during a recording. The loudspeakers must never be recorded."""
 
 import array
 import contextlib
 import math
 import unittest
 
-from dictation_test import DictationTest
 from desktop import wait_for
-from microphone import SAMPLE_BYTES, Microphone, loudest
+from dictation_test import DictationTest
+from microphone import SAMPLE_BYTES, Microphone, peak
 
 REBUILT = "audio configuration changed — rebuilding engine"
 SPEAKER_LOUDNESS = 30000
 VOICE_LOUDNESS = 6000
-# Between the noise of the room and the voice.
-AUDIBLE = 2000
-# Between the voice and the loudspeakers.
-TOO_LOUD = 12000
+# A peak above this is the voice and not the noise of the room.
+VOICE_LEVEL = 2000
+# A peak above this is the loudspeakers and not the voice.
+LOUDSPEAKER_LEVEL = 12000
 RATE = 16000
-# Seconds in which a recording of the loudspeakers would show.
-LONG_ENOUGH = 0.5
+# Seconds of sound that make a recording of the loudspeakers certain.
+AUDIBLE_SECONDS = 0.5
 
 
 def tone(rate, seconds, loudness, frequency=440.0):
@@ -49,40 +49,40 @@ class Microphones(DictationTest):
             ["pacat", "--raw", "--format=s16le", f"--rate={RATE}", "--channels=1", self.music])
         self.addCleanup(self.desktop.end, player)
         wait_for(lambda: "pacat" in self.desktop.run(["pactl", "list", "sink-inputs"]),
-                 "the music", needs=player)
+                 "the music", process=player)
 
     def check_that_no_loudspeaker_was_heard(self):
         for stream in self.service.streams:
-            self.assertLess(loudest(stream.audio), TOO_LOUD, "the loudspeakers were recorded")
+            self.assertLess(peak(stream.audio), LOUDSPEAKER_LEVEL, "the loudspeakers were recorded")
 
     def check_the_voice_is_heard(self, microphone):
-        """Speaks until the service hears it: what is said while the microphone is opened is lost."""
+        """Plays the voice until the service gets it: sound before the microphone opens is lost."""
         heard_before = len(self.stream.audio)
         voice = tone(microphone.rate, 0.2, VOICE_LOUDNESS)
 
         def heard():
             if microphone.is_silent:
                 microphone.play(voice)
-            return loudest(self.stream.audio[heard_before:]) > AUDIBLE
-        wait_for(heard, "the voice", deadline=10)
+            return peak(self.stream.audio[heard_before:]) > VOICE_LEVEL
+        wait_for(heard, "the voice", timeout=10)
 
     @contextlib.contextmanager
-    def a_change(self):
-        """Returns when the application has noticed what was done to its microphone."""
+    def expect_change(self):
+        """Waits on exit until the application has noticed the change of its microphone."""
         changes = self.application.log.count(REBUILT)
         yield
         wait_for(lambda: self.application.log.count(REBUILT) > changes, "the change")
 
     def let_the_music_be_heard(self):
-        """Returns when whoever listens to the loudspeakers has heard them for long enough."""
+        """Waits until a recorder of the loudspeakers has received enough of the music."""
         record = self.desktop.folder / "loudspeakers.raw"
         with open(record, "wb") as output:
             recorder = self.desktop.spawn(
                 ["parec", "--device=@DEFAULT_MONITOR@", "--raw", "--format=s16le", f"--rate={RATE}",
                  "--channels=1", "--latency-msec=50"], stdout=output)
-        last = int(LONG_ENOUGH * RATE) * SAMPLE_BYTES
-        wait_for(lambda: loudest(record.read_bytes()[:-last]) > TOO_LOUD, "the loudspeakers",
-                 needs=recorder)
+        last = int(AUDIBLE_SECONDS * RATE) * SAMPLE_BYTES
+        wait_for(lambda: peak(record.read_bytes()[:-last]) > LOUDSPEAKER_LEVEL, "the loudspeakers",
+                 process=recorder)
         self.desktop.end(recorder)
 
     def unplug(self, name="vmic"):
@@ -99,7 +99,7 @@ class Microphones(DictationTest):
         self.microphone.plug_in()
 
     def test_unplugged_and_plugged_in_again(self):
-        with self.a_change():
+        with self.expect_change():
             self.unplug_the_only_one()
         self.let_the_music_be_heard()
         self.plug_back()
@@ -109,7 +109,7 @@ class Microphones(DictationTest):
 
     def test_suspended_and_resumed(self):
         for is_suspended in ("1", "0"):
-            with self.a_change():
+            with self.expect_change():
                 self.desktop.run(["pactl", "suspend-source", "vmic", is_suspended])
         self.check_the_voice_is_heard(self.microphone)
 

@@ -1,5 +1,5 @@
 #!/usr/bin/python3
-"""Desktops on which a part is missing, or ends: the application runs and tells what is not there."""
+"""Desktops on which a part is missing or ends: the application runs and reports the missing part."""
 
 import unittest
 
@@ -7,11 +7,11 @@ from application import VERSION, Application, write_settings
 from desktop import Desktop, wait_for
 from dictation_test import BINARIES
 from keyboard import Keyboard
-from running import kill_part
-from setup_window import GRANTED, NOT_GRANTED, SetupWindow, shows
+from processes import kill_processes
+from setup_window import GRANTED, NOT_GRANTED, SetupWindow, has_status_color
 from windows import wait_for_window
 
-# Written by every launch, whatever is missing.
+# Logged at every launch, whatever is missing.
 LAUNCHED = ("TarvikDictate: accessibility trusted → ",)
 NOWHERE = "unix:path=/nowhere/bus"
 
@@ -25,14 +25,14 @@ class MissingParts(unittest.TestCase):
                        {"deepgramApiKey": "a-key", "deepgramHost": "localhost:1",
                         "lastWelcomeShownForVersion": VERSION})
         application = Application(desktop, BINARIES, environment, ready)
-        self.addCleanup(self.check_the_end, application)
+        self.addCleanup(self.close_cleanly, application)
         return application
 
-    def check_the_end(self, application):
+    def close_cleanly(self, application):
         self.assertEqual(application.close(), 0, "\n".join(application.log.lines))
 
     def check_that_it_lives(self, application, desktop):
-        """Has it show its window and close it."""
+        """Checks that the application shows its window and survives the closing of it."""
         wait_for_window(desktop).close()
         self.assertIsNone(application.process.poll())
 
@@ -52,7 +52,7 @@ class MissingParts(unittest.TestCase):
         self.addCleanup(setup.close)
         setup.wait_for_row("Microphone", NOT_GRANTED)
         desktop.start_sound_server()
-        setup.wait_for_row("Microphone", GRANTED, deadline=10)
+        setup.wait_for_row("Microphone", GRANTED, timeout=10)
 
     def test_no_accessibility(self):
         desktop = self.make_desktop(a11y=False)
@@ -65,9 +65,9 @@ class MissingParts(unittest.TestCase):
         self.start(desktop)
         setup = SetupWindow(desktop, Keyboard(desktop))
         place = setup.row("Accessibility")[1].extents
-        self.assertTrue(shows(desktop, place, GRANTED))
-        self.assertGreater(kill_part(desktop, "accessibility.conf"), 0)
-        wait_for(lambda: shows(desktop, place, NOT_GRANTED), "a red status", 3.0)
+        self.assertTrue(has_status_color(desktop, place, GRANTED))
+        self.assertGreater(kill_processes(desktop, "accessibility.conf"), 0)
+        wait_for(lambda: has_status_color(desktop, place, NOT_GRANTED), "a red status", 3.0)
         setup.window.close()
 
     def test_no_session_bus(self):

@@ -1,11 +1,11 @@
 #!/usr/bin/python3
-"""The icon and its menu on the panels that people use."""
+"""The icon and its menu on real panels."""
 
 import unittest
 
+from appearance import Appearance
 from dictation_test import DictationTest
 from panels import PanelIcon
-from surroundings import Surroundings
 from windows import visible_windows, wait_for_window
 
 SCREEN = (1280, 800)
@@ -16,7 +16,7 @@ class OnAPanel:
     def setUpClass(cls):
         super().setUpClass()
         cls.tray.close()
-        cls.surroundings.furnish(cls.desktop)
+        cls.appearance.decorate(cls.desktop)
 
     def setUp(self):
         self.service = self.start_scripted_service()
@@ -43,7 +43,7 @@ class OnAPanel:
         self.assertGreaterEqual(left, 0)
         self.assertLessEqual(left + width, SCREEN[0])
         self.assertLessEqual(top + height, SCREEN[1])
-        # The first lines only tell something: the keyboard leaves them out.
+        # The keyboard skips the information lines at the top.
         self.keyboard.press("Down")
         self.keyboard.press("Return")
         window = wait_for_window(self.desktop)
@@ -52,17 +52,17 @@ class OnAPanel:
 
 
 class LightXfce(OnAPanel, DictationTest):
-    surroundings = Surroundings("xfce4-panel")
-    environment = surroundings.environment
+    appearance = Appearance("xfce4-panel")
+    environment = appearance.environment
 
 
 class DarkLxqt(OnAPanel, DictationTest):
-    surroundings = Surroundings("lxqt-panel", is_dark=True)
-    environment = surroundings.environment
+    appearance = Appearance("lxqt-panel", is_dark=True)
+    environment = appearance.environment
 
 
 class DarkPanelOnALightDesktop(OnAPanel, DictationTest):
-    surroundings = Surroundings("xfce4-panel", is_dark=True)
+    appearance = Appearance("xfce4-panel", is_dark=True)
     environment = {}
 
 

@@ -1,5 +1,5 @@
 #!/usr/bin/python3
-"""The private desktop itself: what it passes on, what it hides, and that it leaves nothing."""
+"""The private desktop itself: its exit status, its isolation, and its clean-up."""
 
 import os
 import pathlib
@@ -8,7 +8,7 @@ import subprocess
 import unittest
 
 from desktop import wait_for
-from guardian import MARK, marked_processes
+from reaper import MARK, processes_with_mark
 
 WRAPPER = pathlib.Path(__file__).parent / "private-desktop"
 EVERYTHING = ("--x11", "--wm", "--a11y", "--audio")
@@ -51,15 +51,15 @@ class PrivateDesktop(unittest.TestCase):
             stdout=subprocess.PIPE, text=True)
         with process.stdout:
             folder = process.stdout.readline().strip()
-        self.assertGreater(len(list(self.left_over(folder))), 5)
+        self.assertGreater(len(list(self.remaining_processes(folder))), 5)
         process.send_signal(interrupt)
         process.wait()
         wait_for(lambda: not os.path.exists(folder), "the end of the desktop")
-        self.assertEqual(list(self.left_over(folder)), [])
+        self.assertEqual(list(self.remaining_processes(folder)), [])
         return process.returncode
 
-    def left_over(self, folder):
-        return marked_processes(f"{MARK}={folder}".encode())
+    def remaining_processes(self, folder):
+        return processes_with_mark(f"{MARK}={folder}".encode())
 
     def test_nothing_is_left_when_it_is_ended(self):
         self.assertEqual(self.start_and_interrupt(signal.SIGTERM), 128 + signal.SIGTERM)

@@ -1,5 +1,5 @@
 #!/usr/bin/python3
-"""The question for the key that a hotkey without one brings up."""
+"""The prompt for the API key, which the hotkey opens when no key is stored."""
 
 import time
 import unittest
@@ -13,8 +13,8 @@ from windows import visible_windows, wait_for_window
 QUESTION = "Deepgram API Key"
 EXPLANATION = "Paste your Deepgram API key. It will be stored in the macOS Keychain."
 KEY = "deepgramApiKey"
-# The display repeats a key that is held for longer than 0.66 s.
-REPEATING = 1.5
+# In seconds. The X server repeats a key that is held for more than 0.66 s.
+REPEATING_HOLD = 1.5
 
 
 class Prompt(DictationTest):
@@ -24,10 +24,10 @@ class Prompt(DictationTest):
         self.service = self.start_scripted_service()
         self.application = self.start_application(self.service, settings={KEY: ""})
         self.other = self.start_target("gtk3")
-        self.ask()
+        self.open_prompt()
 
-    def ask(self):
-        """Presses the hotkey, which there is no key for."""
+    def open_prompt(self):
+        """Presses the hotkey and waits for the prompt."""
         self.hold()
         self.window = wait_for_window(self.desktop)
         self.keyboard.release()
@@ -37,7 +37,7 @@ class Prompt(DictationTest):
 
     @property
     def stored_key(self):
-        """What stands in the settings; None when nothing does."""
+        """The API key in the settings file; None when there is none."""
         for line in self.settings_file.read_text().splitlines():
             if line.startswith(KEY + "="):
                 return line.removeprefix(KEY + "=")
@@ -68,7 +68,7 @@ class Prompt(DictationTest):
         self.hold()
         wait_for_window(self.desktop)
         begin = time.monotonic()
-        wait_for(lambda: time.monotonic() - begin > REPEATING, "the repeats of the key")
+        wait_for(lambda: time.monotonic() - begin > REPEATING_HOLD, "the repeats of the key")
         self.keyboard.release()
         self.assertEqual(len(visible_windows(self.desktop)), 1)
         self.keyboard.press("Escape")
@@ -87,7 +87,7 @@ class Prompt(DictationTest):
         self.keyboard.press("Return")
         self.window.wait_until_gone()
         self.wait_until_stored("typed-key")
-        # Nobody presses the hotkey again for the user.
+        # The press that opened the prompt does not start a recording afterwards.
         self.assertEqual(self.application.log.count("startRecording"), 0)
         self.check_that_it_dictates_with("typed-key")
 
@@ -117,7 +117,7 @@ class Prompt(DictationTest):
         self.keyboard.press("Return")
         self.window.wait_until_gone()
         self.wait_until_stored(None)
-        self.ask()
+        self.open_prompt()
         self.assertEqual(self.field.text, "")
 
     def test_escape_changes_nothing(self):
@@ -139,7 +139,7 @@ class Prompt(DictationTest):
     def check_that_nothing_has_changed(self, before):
         self.window.wait_until_gone()
         self.assertEqual(self.settings_file.read_bytes(), before)
-        self.ask()
+        self.open_prompt()
         self.assertEqual(self.field.text, "")
 
 

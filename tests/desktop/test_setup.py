@@ -1,5 +1,5 @@
 #!/usr/bin/python3
-"""The setup window: what it tells, and that it follows what happens around it."""
+"""The setup window: its content, its controls, and its live status."""
 
 import pathlib
 import unittest
@@ -11,18 +11,18 @@ from desktop import wait_for
 from dictation_test import BINARIES, DictationTest
 from fake_program import FakeProgram
 from menu import Menu
-from restart import Restart
-from running import end_instances
+from processes import end_applications
+from restart import RestartCheck
 from setup_window import (GRANTED, NOT_GRANTED, NOT_SET, RESTART, SAVED, SetupWindow, click_at,
-                          shows)
+                          has_status_color)
 from windows import visible_windows
 
 KEY = "deepgramApiKey"
 MARGIN = 20
 SCREEN = (1280, 800)
-SMALLEST = (830, 555)
-# It looks once a second, and then it has to draw.
-UPDATE = 1.5
+MIN_SIZE = (830, 555)
+# In seconds. The window reads the state once a second and then needs time to draw.
+UPDATE_TIMEOUT = 1.5
 CHECKBOX = "Launch at login (recommended — keeps the menu-bar icon always available)"
 LABELS = [
     "Tarvik Dictate",
@@ -66,7 +66,7 @@ class SetupTest(DictationTest):
     def wait_for_stored(self, line):
         wait_for(lambda: line in self.settings_file.read_text().splitlines(), f"the setting {line}")
 
-    def ask(self, *arguments):
+    def call_application(self, *arguments):
         self.desktop.run(
             ["gdbus", "call", "--session", "--timeout", "5", "--dest", "com.tarvik.dictate",
              "--object-path", "/com/tarvik/dictate", "--method",
@@ -102,12 +102,12 @@ class Content(SetupTest):
         self.assertIn("_NET_WM_STATE_ABOVE", self.setup.window.property("_NET_WM_STATE"))
         self.assertEqual(self.setup.window.property("_NET_WM_DESKTOP"), "4294967295")
 
-    def test_it_never_gets_smaller_than_it_can_be_read(self):
+    def test_it_has_a_minimum_size(self):
         self.open_setup()
         self.desktop.run(["xdotool", "windowsize", self.setup.window.number, "300", "200"])
-        wait_for(lambda: tuple(self.setup.content.extents[2:]) == SMALLEST, "the smallest window")
+        wait_for(lambda: tuple(self.setup.content.extents[2:]) == MIN_SIZE, "the smallest window")
 
-    def test_tab_reaches_every_control_in_the_order_of_the_eye(self):
+    def test_tab_reaches_every_control_from_top_to_bottom(self):
         self.open_setup()
         controls = self.setup.content.controls
         for control in controls:
@@ -121,7 +121,7 @@ class Content(SetupTest):
         self.assertEqual(len(set(middles)), len(controls))
 
     def next_focus(self, controls):
-        """The control that Tab leads to."""
+        """Presses Tab; returns the control that gets the focus."""
         before = next(control for control in controls if control.has("focused"))
         self.keyboard.press("Tab")
         return wait_for(lambda: next((control for control in controls
@@ -149,19 +149,19 @@ class Content(SetupTest):
         for request in (["Activate", "{}"], ["ActivateAction", "setup", "[]", "{}"]):
             self.start_target("gtk3")
             self.assertFalse(self.setup.window.is_active)
-            self.ask(*request)
+            self.call_application(*request)
             wait_for(lambda: self.setup.window.is_active, "the window in front again")
             self.assertEqual(visible_windows(self.desktop), [self.setup.window.number])
 
     def test_restart_starts_it_anew(self):
         self.open_setup()
-        self.addCleanup(end_instances, self.desktop, BINARIES)
-        restart = Restart(self.desktop, BINARIES, self.application)
+        self.addCleanup(end_applications, self.desktop, BINARIES)
+        restart = RestartCheck(self.desktop, BINARIES, self.application)
         self.setup.click(self.setup.button(RESTART))
         restart.check(self, seconds="0.6")
         self.assertEqual(self.new_setup().labels, LABELS)
-        end_instances(self.desktop, BINARIES)
-        restart.wait_until_nothing_is_left()
+        end_applications(self.desktop, BINARIES)
+        restart.wait_until_all_ended()
 
 
 class Key(SetupTest):
@@ -187,7 +187,7 @@ class Key(SetupTest):
         self.hold()
         self.assertEqual(self.service.stream().protocols.replace(" ", ""), "token,pasted-key")
 
-    def test_an_empty_key_is_taken_away(self):
+    def test_an_empty_key_is_removed(self):
         self.open_setup()
         self.setup.enter_key("   ")
         self.setup.click(self.setup.button("Save"))
@@ -198,7 +198,7 @@ class Key(SetupTest):
         self.open_setup()
         self.assertNotIn("a-key", self.setup.key_field.text)
 
-    def test_a_key_saved_elsewhere_is_told(self):
+    def test_a_key_saved_in_the_prompt_is_shown(self):
         self.open_setup(settings={KEY: ""})
         self.setup.wait_for_key_status(NOT_SET)
         self.hold()
@@ -227,42 +227,44 @@ class Permissions(SetupTest):
         finally:
             bus.close()
 
-    def test_a_microphone_that_goes_and_comes_is_told(self):
+    def test_a_microphone_that_is_unplugged_and_plugged_in_is_shown(self):
         self.open_setup()
         self.desktop.run(["pactl", "unload-module", "module-pipe-source"])
         self.setup.wait_for_row("Microphone", NOT_GRANTED)
-        # It has just looked, and does so again only a whole interval later.
+        # The window has just read the state and reads it again only one interval later.
         self.desktop.plug_microphone()
-        self.setup.wait_for_row("Microphone", GRANTED, deadline=UPDATE)
+        self.setup.wait_for_row("Microphone", GRANTED, timeout=UPDATE_TIMEOUT)
 
-    def test_a_sound_server_that_goes_and_comes_is_told(self):
+    def test_a_sound_server_that_ends_and_restarts_is_shown(self):
         self.open_setup()
         self.microphone.pull_out()
         self.desktop.end(self.desktop.sound_server)
         self.setup.wait_for_row("Microphone", NOT_GRANTED)
         self.desktop.start_sound_server()
         self.microphone.plug_in()
-        self.setup.wait_for_row("Microphone", GRANTED, deadline=10)
+        self.setup.wait_for_row("Microphone", GRANTED, timeout=10)
 
-    def test_grant_opens_the_settings_of_the_sound(self):
+    def test_grant_opens_the_sound_settings(self):
         mixer = FakeProgram(self.desktop, "pavucontrol")
         self.open_setup(environment=mixer.environment)
         self.setup.click(self.setup.row("Microphone")[2])
         wait_for(lambda: mixer.calls == ["--tab=4"], "the settings of the sound")
 
-    def test_accessibility_that_is_switched_off_is_told_and_grant_switches_it_on(self):
+    def test_switched_off_accessibility_is_shown_and_grant_switches_it_on(self):
         opener = FakeProgram(self.desktop, "xdg-open")
         self.open_setup(environment=opener.environment)
         _, status, grant = self.setup.row("Accessibility")
-        # Nobody reads windows once it is off: the rest is what is seen on the screen.
+        # Without accessibility only the pixels show the state of the window.
         status_place, grant_place = status.extents, grant.extents
-        self.assertTrue(shows(self.desktop, status_place, GRANTED))
+        self.assertTrue(has_status_color(self.desktop, status_place, GRANTED))
         self.set_accessibility(False)
-        wait_for(lambda: shows(self.desktop, status_place, NOT_GRANTED), "a red status", 3.0)
+        wait_for(lambda: has_status_color(self.desktop, status_place, NOT_GRANTED),
+                 "a red status", 3.0)
         click_at(self.desktop, grant_place)
         wait_for(self.is_accessibility_on, "accessibility switched on")
-        wait_for(lambda: shows(self.desktop, status_place, GRANTED), "a green status", 3.0)
-        # The file manager shows where the application is.
+        wait_for(lambda: has_status_color(self.desktop, status_place, GRANTED),
+                 "a green status", 3.0)
+        # The file manager shows the application's folder.
         wait_for(lambda: opener.calls == [BINARIES.resolve().as_uri()], "the application's folder")
 
 
@@ -290,14 +292,14 @@ class LoginItem(SetupTest):
         wait_for(self.autostart.exists, "the entry")
         self.wait_for_checkbox(True)
 
-    def test_an_entry_that_somebody_else_removes_is_told(self):
+    def test_an_entry_that_another_program_removes_is_shown(self):
         self.autostart.unlink()
         self.wait_for_checkbox(False)
 
     def test_it_snaps_back_where_nothing_can_be_written(self):
         self.autostart.unlink()
         self.wait_for_checkbox(False)
-        # Root may write anywhere, but not below a file.
+        # Even root cannot write below a file.
         folder = self.autostart.parent
         folder.rmdir()
         folder.write_text("in the way")

@@ -1,10 +1,10 @@
 #!/usr/bin/python3
-"""Text typed into programs whose text fields are not accessible."""
+"""Text typed into programs without accessible text fields."""
 
 import unittest
 
-from dictation_test import DictationTest
 from desktop import wait_for
+from dictation_test import DictationTest
 
 MIXED = "Hold: Zażółć, мир, 日本語 😀 ok!"
 
@@ -21,7 +21,7 @@ class Typing(DictationTest):
         self.assertNotIn("stopRecording", "\n".join(self.application.log.lines))
         self.keyboard.release()
         self.application.log.wait_for("stopRecording (session=1)")
-        # The window manager's own menu, also on Alt+Space, would swallow this.
+        # The window manager's menu is also on Alt+Space. An open menu would take these keys.
         self.keyboard.type("typed by hand")
         target.wait_for_text(MIXED + " second piecetyped by hand")
 
@@ -45,7 +45,7 @@ class Typing(DictationTest):
         target = self.start_terminal()
         text = " ".join(f"Wörd{number}" for number in range(60))
         self.dictate(self.service, text)
-        target.wait_for_text(text, deadline=15)
+        target.wait_for_text(text, timeout=15)
 
     def test_caps_lock_and_num_lock_change_nothing(self):
         for key in ("Caps_Lock", "Num_Lock"):
@@ -62,7 +62,8 @@ class Typing(DictationTest):
         self.addCleanup(self.desktop.run, ["setxkbmap", "us"])
         for number, layout in enumerate(("de", "ru", "us"), start=1):
             self.desktop.run(["setxkbmap", layout])
-            # The window manager takes the combination back when the layout changes; ours follows.
+            # At a change of the layout the window manager grabs the combination again. The
+            # application follows with its own grab.
             self.start_recording_after_a_switch(number)
             stream = self.service.stream(number)
             text = f"{layout}: yz {MIXED}"
@@ -73,13 +74,13 @@ class Typing(DictationTest):
             self.application.log.wait_for(f"audio.stop (session={number})")
 
     def start_recording_after_a_switch(self, number):
-        """One press may open the window manager's menu while ours still follows; the next may not,
-        as the hotkey is grabbed anew for the last time 0.6 s after the switch."""
+        """Presses the hotkey, a second time if needed. The first press may come before the
+        application's new grab, which is complete 0.6 s after the switch."""
         started = f"startRecording (session={number})"
         self.addCleanup(self.keyboard.release)
         self.keyboard.hold()
         try:
-            self.application.log.wait_for(started, deadline=1)
+            self.application.log.wait_for(started, timeout=1)
         except AssertionError:
             self.keyboard.release()
             self.keyboard.press("Escape")

@@ -1,11 +1,11 @@
 #!/usr/bin/python3
-"""The machine sleeps and wakes."""
+"""Sleep and wake of the machine."""
 
 import unittest
 
 from desktop import wait_for
 from dictation_test import DictationTest
-from logind import Logind
+from mock_logind import MockLogind
 
 WOKE = "system woke — resetting subsystems"
 
@@ -14,7 +14,7 @@ class Wake(DictationTest):
     @classmethod
     def setUpClass(cls):
         super().setUpClass()
-        cls.logind = Logind(cls.desktop)
+        cls.logind = MockLogind(cls.desktop)
         cls.addClassCleanup(cls.logind.close)
 
     def setUp(self):
@@ -40,22 +40,22 @@ class Wake(DictationTest):
         self.check_the_next_recording()
         self.assertEqual(self.application.log.count(WOKE), 1)
 
-    def test_a_recording_is_given_up(self):
+    def test_a_recording_is_abandoned(self):
         self.keyboard.toggle()
         stream = self.service.stream()
         self.tray.wait_for_icon(recording=True)
         wait_for(lambda: len(stream.audio) > 2 * 16000 * 1.2, "more than a second of sound")
         self.sleep_and_wake()
         self.tray.wait_for_icon(recording=False)
-        wait_for(lambda: not self.desktop.is_recorded(), "a closed microphone")
-        wait_for(lambda: stream.was_ended, "the end of the stream")
+        wait_for(lambda: not self.desktop.is_microphone_open(), "a closed microphone")
+        wait_for(lambda: stream.is_audio_ended, "the end of the stream")
         self.assertEqual(self.application.log.count("stopRecording"), 0)
         self.check_the_next_recording()
-        # The one after it has lasted for less than a second.
+        # The recording after the wake was shorter than a second, so it added nothing either.
         self.application.close()
         self.assertIn("totalDictationSeconds=7", self.settings_file.read_text())
 
-    def test_it_may_happen_again_and_again(self):
+    def test_it_works_repeatedly(self):
         for count in range(1, 6):
             self.logind.sleep_and_wake()
             wait_for(lambda: self.application.log.count(WOKE) == count, f"awakening {count}")

@@ -1,5 +1,5 @@
 #!/usr/bin/python3
-"""When the setup window comes up by itself."""
+"""The launches at which the setup window appears by itself."""
 
 import time
 import unittest
@@ -14,13 +14,13 @@ KEY = "deepgramApiKey"
 SHOWN = "lastWelcomeShownForVersion"
 WELCOME_DELAY = 4.0
 ORDINARY_DELAY = 0.4
-# Starting and drawing take their time on a busy machine.
+# In seconds, for start and drawing on a busy machine.
 TOLERANCE = 2.5
 
 
 class Welcome(DictationTest):
     def start(self, **settings):
-        """Starts it and waits for its window; the seconds from the end of the launch to that."""
+        """Starts the application; returns the seconds from the end of the launch to its window."""
         self.application = self.start_application(
             self.start_scripted_service(), settings=settings, closes_setup=False)
         launched = time.monotonic()
@@ -28,7 +28,7 @@ class Welcome(DictationTest):
         return time.monotonic() - launched
 
     def check_delay(self, seconds, delay):
-        # The launch has ended a little before its last line was read.
+        # The launch ended slightly before its last log line was read.
         self.assertGreater(seconds, delay - 0.2)
         self.assertLess(seconds, delay + TOLERANCE)
 

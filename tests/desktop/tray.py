@@ -1,4 +1,4 @@
-"""A panel without a picture: takes the status icon and tells what it shows."""
+"""A system tray without a window: registers the status icon and reads what it shows."""
 
 import threading
 
@@ -29,6 +29,8 @@ def is_red(red, green, blue):
 
 
 class Tray:
+    """Serves org.kde.StatusNotifierWatcher on the desktop's session bus."""
+
     def __init__(self, desktop):
         self._items = []
         self._loop = GLib.MainLoop()
@@ -38,21 +40,21 @@ class Tray:
             | Gio.DBusConnectionFlags.MESSAGE_BUS_CONNECTION, None, None)
         self._bus.register_object(
             "/StatusNotifierWatcher", Gio.DBusNodeInfo.new_for_xml(INTERFACE).interfaces[0],
-            self._called, self._asked, None)
+            self._on_call, self._on_get, None)
         threading.Thread(target=self._loop.run, daemon=True).start()
         self._bus.call_sync(
             "org.freedesktop.DBus", "/org/freedesktop/DBus", "org.freedesktop.DBus", "RequestName",
             GLib.Variant("(su)", (WATCHER, 4)), None, Gio.DBusCallFlags.NONE, -1, None)
 
-    def _called(self, _bus, sender, _path, _interface, method, parameters, invocation):
+    def _on_call(self, _bus, sender, _path, _interface, method, parameters, invocation):
         if method == "RegisterStatusNotifierItem":
-            # An item gives its bus name, or only a path on the connection that it calls from.
+            # The argument is a bus name, or an object path on the sender's connection.
             (service,) = parameters.unpack()
             self._items.append((sender, service if service.startswith("/")
                                 else "/StatusNotifierItem"))
         invocation.return_value(None)
 
-    def _asked(self, _bus, _sender, _path, _interface, name):
+    def _on_get(self, _bus, _sender, _path, _interface, name):
         return {
             "RegisteredStatusNotifierItems":
                 GLib.Variant("as", [bus + path for bus, path in self._items]),
@@ -62,7 +64,7 @@ class Tray:
 
     @property
     def item(self):
-        """The bus name and the path of the icon that came last, as soon as there is one."""
+        """Waits for an icon; returns the bus name and the path of the latest one."""
         return wait_for(
             lambda: [item for item in self._items if self._is_there(item[0])], "the status icon")[-1]
 
@@ -88,18 +90,18 @@ class Tray:
     def shows_recording(self):
         """Whether the icon is red."""
         _, _, pixels = max(self._property("IconPixmap"))
-        # Four bytes a pixel: opacity, red, green, blue.
+        # Four bytes per pixel: opacity, red, green, blue.
         drawn = [pixels[i + 1:i + 4] for i in range(0, len(pixels), 4) if pixels[i] > 200]
         if not drawn:
             raise AssertionError("the status icon is empty")
         return sum(is_red(*pixel) for pixel in drawn) > len(drawn) // 2
 
-    def wait_for_icon(self, recording, deadline=5.0):
+    def wait_for_icon(self, recording, timeout=5.0):
         wait_for(lambda: self.shows_recording == recording,
-                 "the red icon" if recording else "the idle icon", deadline)
+                 "the red icon" if recording else "the idle icon", timeout)
 
     def close(self):
-        """Takes the panel away; does nothing when it is gone already."""
+        """Removes the tray. Allowed any number of times."""
         if not self._bus.is_closed():
             self._bus.close_sync(None)
             self._loop.quit()

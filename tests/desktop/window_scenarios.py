@@ -1,4 +1,4 @@
-"""Brings up every window of the real application, as it comes up for a user."""
+"""Brings up every window of the real application in the way that a user gets it."""
 
 import contextlib
 import pathlib
@@ -10,17 +10,17 @@ from desktop import wait_for
 from keyboard import Keyboard
 from microphone import Microphone
 from scripted_service import ScriptedService, make_certificate
-from setup_window import NOT_GRANTED, SetupWindow, pixels_per_unit, shows
+from setup_window import NOT_GRANTED, SetupWindow, has_status_color, pixels_per_unit
 from windows import wait_for_window
 
-SMALLEST = (830, 555)
-# Seconds of dictation in all from which on a call to action comes up.
+MIN_SIZE = (830, 555)
+# The total dictation times, in seconds, at which a call to action appears.
 TEN_MINUTES, AN_HOUR = 600, 3600
 MICROPHONE_DENIED = "TarvikDictate: mic status 2 "
 
 
-class Tour:
-    """Needs a desktop with a window manager, accessibility and sound; a context manager."""
+class WindowScenarios:
+    """A context manager. Needs a desktop with a window manager, accessibility and sound."""
 
     def __init__(self, desktop, binaries, environment=None, scale=1):
         self._desktop, self._binaries = desktop, binaries
@@ -62,18 +62,18 @@ class Tour:
             yield setup
 
     def shrink(self, setup):
-        """Makes the setup window as small as it gets."""
+        """Gives the setup window its minimum size."""
         self._desktop.run(["xdotool", "windowsize", setup.window.number, "300", "200"])
-        width, height = (side * self._scale for side in SMALLEST)
+        width, height = (side * self._scale for side in MIN_SIZE)
         wait_for(lambda: f"Geometry: {width}x{height}\n" in self._desktop.run(
             ["xdotool", "getwindowgeometry", setup.window.number]), "the smallest window")
 
     @contextlib.contextmanager
     def setup_with_nothing_granted(self):
-        """The setup window where there is no key, no microphone and no accessibility."""
+        """The setup window without a key, a microphone and accessibility."""
         self._microphone.pull_out()
         self._desktop.run(["pactl", "unload-module", "module-pipe-source"])
-        # It was there once, and the user has switched it off.
+        # As if the user had switched the login item off after an earlier launch.
         entry = (pathlib.Path(self._desktop.environment["XDG_CONFIG_HOME"])
                  / "autostart/com.tarvik.dictate.desktop")
         entry.unlink(missing_ok=True)
@@ -82,8 +82,8 @@ class Tour:
             factor = pixels_per_unit(self._desktop, setup.window, setup.content)
             place = [round(side * factor) for side in setup.row("Accessibility")[1].extents]
             self._set_accessibility(False)
-            # Nobody reads windows any more; the rest is what is seen on the screen.
-            wait_for(lambda: shows(self._desktop, place, NOT_GRANTED), "a red status")
+            # Without accessibility only the pixels show the state of the window.
+            wait_for(lambda: has_status_color(self._desktop, place, NOT_GRANTED), "a red status")
             yield setup
         self._set_accessibility(True)
         self._desktop.plug_microphone()
@@ -96,7 +96,7 @@ class Tour:
 
     @contextlib.contextmanager
     def prompt(self):
-        """The question for the key."""
+        """The prompt for the API key."""
         with self._application():
             wait_for_window(self._desktop).close()
             self.keyboard.hold()
@@ -108,7 +108,7 @@ class Tour:
 
     @contextlib.contextmanager
     def call_to_action(self, total):
-        """The call to action that comes at so many seconds of dictation."""
+        """The call to action at `total` seconds of dictation."""
         with self._application(deepgramApiKey="a-key", totalDictationSeconds=total - 1):
             wait_for_window(self._desktop).close()
             with self._recording():
@@ -118,8 +118,8 @@ class Tour:
 
     @contextlib.contextmanager
     def dictation(self):
-        """No window, but an icon on the panel; what is yielded has it listen for as long as a with
-        statement takes."""
+        """The application without a window. Yields a context manager that records while it is
+        entered."""
         with self._application(deepgramApiKey="a-key"):
             wait_for_window(self._desktop).close()
             yield self._recording

@@ -1,4 +1,4 @@
-"""The application's windows as the window manager and the user have them."""
+"""The application's windows as the window manager and the user see them."""
 
 import re
 
@@ -22,7 +22,7 @@ class Window:
 
     @property
     def frame(self):
-        """Left, top, width and height on the screen, with what the window manager has put around."""
+        """Left, top, width and height on the screen, including the window manager's frame."""
         shape = self._desktop.run(["xwininfo", "-id", self.number])
         left, top, width, height = (
             int(re.search(rf"{key}: +(-?\d+)", shape).group(1))
@@ -35,26 +35,26 @@ class Window:
         return self._desktop.run(["xprop", "-id", self.number, name]).partition("=")[2].strip()
 
     def activate(self):
-        """Puts it in front, as a click on it does."""
+        """Activates the window, as a click on it does."""
         self._desktop.run(["xdotool", "windowactivate", "--sync", self.number])
 
     def close(self):
-        """Closes it as a user does, by a key, and returns when it is gone."""
+        """Closes the window by a key, as a user does, and waits until it is gone."""
         wait_for(lambda: self.is_active, "the window in front")
         self._desktop.run(["xdotool", "key", "ctrl+w"])
         self.wait_until_gone()
 
-    def wait_until_gone(self, deadline=10.0):
-        wait_for(lambda: not self.is_visible, "the end of the window", deadline)
+    def wait_until_gone(self, timeout=10.0):
+        wait_for(lambda: not self.is_visible, "the end of the window", timeout)
 
 
 def active_window(desktop):
-    """The number of the window in front; empty when there is none."""
+    """The number of the active window; empty when there is none."""
     return desktop.run(["xdotool", "getactivewindow"], check=False).strip()
 
 
 def visible_windows(desktop):
-    """The numbers of the application's windows; a menu or an icon is none."""
+    """The numbers of the application's visible windows, without menus and icons."""
     managed = desktop.run(["xprop", "-root", "_NET_CLIENT_LIST"]).partition("#")[2]
     numbers = {int(number, 16) for number in managed.replace(",", " ").split()}
     return [number for number in desktop.run(
@@ -62,12 +62,13 @@ def visible_windows(desktop):
         if int(number) in numbers]
 
 
-def wait_for_window(desktop, deadline=15.0, besides=()):
-    """A window of the application, one that is not among `besides`, as soon as it is in front."""
+def wait_for_window(desktop, timeout=15.0, besides=()):
+    """Waits until a window of the application, other than those in `besides`, is in front; returns
+    the window."""
     def found():
         new = [number for number in visible_windows(desktop) if number not in besides]
         return Window(desktop, new[0]) if new else None
 
-    window = wait_for(found, "a window of the application", deadline)
+    window = wait_for(found, "a window of the application", timeout)
     wait_for(lambda: window.is_active, "the application's window in front")
     return window

@@ -1,11 +1,11 @@
 #!/usr/bin/python3
-"""A program on the accessibility bus that has no window: one text field that says it has the focus,
-and that behaves in ways in which toolkits misbehave.
+"""A program without a window on the accessibility bus. It has one text field, which reports that it
+has the focus and misbehaves like a toolkit with a defect.
 
-Prints "ready" once it has announced itself. Commands on standard input: "focus" says again that the
-field has the focus and "blur" that it has lost it, "insertions" prints how often a text was to be
-inserted, "type TEXT" does what keys do, "wake" ends a silence, "settle" answers when everything that
-was sent to the program is done, and "quit" ends the program.
+Prints "ready" after the first focus event. Commands on standard input: "focus" reports the focus
+again, "blur" reports its loss, "insertions" prints the number of requested insertions, "type TEXT"
+acts like typed keys, "wake" ends a silence, "settle" prints "done" when all requests sent so far are
+handled, "quit" ends the program. The other commands print "done" at once.
 """
 
 import argparse
@@ -49,7 +49,7 @@ class Field:
             self.start, self.end = [int(part) for part in options.select.split(":")]
         self.insertions = 0
         self.is_silent = self.was_silent = False
-        # What was asked while it was silent, as a stopped program finds it when it goes on.
+        # The requests during a silence. Like a stopped program, the field handles them afterwards.
         self.waiting = []
 
     def replace(self, start, end, text):
@@ -89,7 +89,7 @@ class Root(dbus.service.Object):
 
 class Widget(dbus.service.Object):
     def answer(self, reply, work):
-        """Works through what is asked in its order, later when the program is silent."""
+        """Handles the requests in their order. During a silence they wait for its end."""
         if field.is_silent:
             field.waiting.append((reply, work))
         else:
@@ -116,7 +116,7 @@ class Widget(dbus.service.Object):
             self.answer(reply, lambda: (dbus.Int32(2147483647),))
         elif name == "CharacterCount":
             self.answer(reply, lambda: (dbus.Int32(len(field.text)),))
-            # The last of the questions that come before anything is changed.
+            # The last request before the writer changes anything.
             if options.behaviour == "silent-on-deletion" and not field.was_silent:
                 field.fall_silent()
         else:
@@ -213,7 +213,8 @@ def command(line):
         field.wake()
         bus.flush()
     elif line == "settle":
-        # What the bus held for the program is here now, and is worked off before an idle moment.
+        # This call returns after all messages that the bus held for the program. The idle handler
+        # runs after those messages.
         bus.get_name_owner("org.freedesktop.DBus")
         GLib.idle_add(lambda: target_options.announce("done"), priority=GLib.PRIORITY_LOW)
         return

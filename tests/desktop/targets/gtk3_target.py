@@ -2,8 +2,8 @@
 """A GTK 3 window with one text widget. Prints "ready" whenever the widget gets the focus.
 
 Commands on standard input: "caret N" places the caret, "select A:B" selects, "button" moves the
-focus to a button, "widget" moves it back, "keys" prints "keys N", how many keys were typed so far,
-"quit" ends the program.
+focus to a button, "widget" moves the focus back, "keys" prints "keys N" with the number of typed
+keys, "quit" ends the program. Every command except "quit" prints "done".
 """
 
 import gi

@@ -1,6 +1,6 @@
 #!/usr/bin/python3
-"""A GTK 4 window with one text widget. Prints "ready" whenever the widget gets the focus, the first
-time once the accessibility bus can reach it too: GTK 4 tells of its focus some time before that.
+"""A GTK 4 window with one text widget. Prints "ready" whenever the widget gets the focus. The first
+"ready" waits until the widget is on the accessibility bus, which GTK 4 reaches later than the focus.
 
 The commands on standard input are those of gtk3_target.py.
 """
@@ -9,8 +9,8 @@ import os
 import threading
 import time
 
-# Without a graphics processor the toolkit's usual way of drawing holds it up for half a second at the
-# first text of a new script.
+# Without a graphics processor the default renderer blocks for half a second at the first text of a
+# new script.
 os.environ.setdefault("GSK_RENDERER", "cairo")
 
 import gi  # noqa: E402
@@ -54,7 +54,7 @@ def focused_below(connection, owner, path):
 
 
 def is_reachable(connection):
-    """Whether the widget with the focus is found from the registry on."""
+    """Whether the focused widget can be found from the registry."""
     for owner, path in call(connection, "org.a11y.atspi.Registry", "/org/a11y/atspi/accessible/root",
                             "org.a11y.atspi.Accessible", "GetChildren")[0]:
         process = call(connection, "org.freedesktop.DBus", "/", "org.freedesktop.DBus",
@@ -65,7 +65,7 @@ def is_reachable(connection):
 
 
 def wait_until_reachable():
-    """In a thread of its own: the main loop has to answer meanwhile."""
+    """Runs in its own thread, because the main loop has to answer the calls."""
     try:
         session = Gio.bus_get_sync(Gio.BusType.SESSION, None)
         address = call(session, "org.a11y.Bus", "/org/a11y/bus", "org.a11y.Bus", "GetAddress")[0]
@@ -73,14 +73,14 @@ def wait_until_reachable():
             address, Gio.DBusConnectionFlags.AUTHENTICATION_CLIENT |
             Gio.DBusConnectionFlags.MESSAGE_BUS_CONNECTION, None, None)
     except GLib.Error:
-        return  # Without the bus nobody has to reach it.
-    limit = time.monotonic() + 10
-    while time.monotonic() < limit:
+        return  # Without the bus there is nothing to wait for.
+    deadline = time.monotonic() + 10
+    while time.monotonic() < deadline:
         try:
             if is_reachable(connection):
                 return
         except GLib.Error:
-            pass  # Parts of the window are not there yet.
+            pass  # Parts of the window do not exist yet.
         time.sleep(0.01)
 
 
@@ -99,7 +99,7 @@ def activate(_application):
     window = Gtk.ApplicationWindow(application=application, title=options.title)
     window.set_default_size(480, 160)
     typed_keys = target_options.TypedKeys()
-    # Seen on their way down: the text widget keeps them.
+    # In the capture phase, because the text widget does not pass keys on.
     keys = Gtk.EventControllerKey(propagation_phase=Gtk.PropagationPhase.CAPTURE)
     keys.connect("key-pressed",
                  lambda _, symbol, *_rest: typed_keys.press(Gdk.keyval_to_unicode(symbol)))

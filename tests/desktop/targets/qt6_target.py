@@ -66,7 +66,7 @@ class Button(QPushButton):
 
 
 def units(character_offset):
-    """The toolkit counts UTF-16 units where the options count characters."""
+    """Converts a character offset to UTF-16 units, in which Qt counts."""
     return len(text()[:character_offset].encode("utf-16-le")) // 2
 
 

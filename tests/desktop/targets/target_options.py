@@ -1,4 +1,4 @@
-"""What the targets have in common: their options and the file that tells their text."""
+"""The common parts of the targets: options, the file with the text, and commands."""
 
 import argparse
 import os
@@ -8,18 +8,18 @@ def parse(description):
     parser = argparse.ArgumentParser(description=description)
     parser.add_argument("--widget", choices=["entry", "text"], default="text",
                         help="a single line or a text area")
-    parser.add_argument("--text", default="", help="the text it begins with")
+    parser.add_argument("--text", default="", help="the initial text")
     parser.add_argument("--select", metavar="A:B",
                         help="select from character A to character B; A:A places the caret")
     parser.add_argument("--max-length", type=int, metavar="N",
-                        help="the most characters that a single line takes (Qt)")
+                        help="the maximum length of a single line, in characters (Qt)")
     parser.add_argument("--menu-bar", action="store_true", help="with a menu bar (Alt+F)")
     parser.add_argument("--readonly", action="store_true")
     parser.add_argument("--button", action="store_true",
                         help="a button that has the focus, instead of the text")
     parser.add_argument("--title", default="target")
     parser.add_argument("--out", metavar="FILE", required=True,
-                        help="a file that always holds the whole text")
+                        help="a file that always has the whole text")
     options = parser.parse_args()
     options.selection = None
     if options.select:
@@ -29,7 +29,7 @@ def parse(description):
 
 
 def publish(options, text):
-    """Replaces the file in one step, so that a reader never sees half a text."""
+    """Replaces the file in one step, so that a reader never sees a partial text."""
     partial = f"{options.out}.{os.getpid()}.partial"
     with open(partial, "w", encoding="utf-8", newline="") as file:
         file.write(text)
@@ -41,13 +41,13 @@ def announce(line):
 
 
 class TypedKeys:
-    """Counts the keys pressed that write something; a modifier writes nothing."""
+    """Counts the pressed keys that have a text. A modifier has none."""
 
     def __init__(self):
         self._count = 0
 
     def press(self, text):
-        """A key was pressed that writes `text`."""
+        """Called when a key with this text was pressed."""
         if text:
             self._count += 1
 
@@ -56,8 +56,8 @@ class TypedKeys:
 
 
 def read_commands(handle):
-    """Calls `handle` in this thread's loop of the toolkit with every line of standard input; the
-    toolkit is asked by file descriptor 0. Returns the function to call when it can be read."""
+    """Passes every line of standard input to `handle`. Returns a function that the toolkit's loop
+    calls whenever file descriptor 0 is readable; it returns false at the end of the input."""
     os.set_blocking(0, False)
     pending = bytearray()
 
