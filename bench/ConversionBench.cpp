@@ -12,7 +12,7 @@ namespace {
 
 constexpr std::uint32_t frames = 2048;
 
-// A tone that runs a little over full scale, so that both clamps are taken.
+// A tone slightly above full scale, so that both clamps take effect.
 std::vector<float> tone(float phase) {
     std::vector<float> samples(frames);
     for (std::uint32_t i = 0; i < frames; ++i) {
@@ -33,7 +33,7 @@ void convert(benchmark::State& state) {
     }
 }
 
-// The same samples, each channel copied as it is into memory of its own, as a chunk is.
+// The yardstick: a plain copy of the same samples, each channel into a new string like a chunk.
 void copy(benchmark::State& state) {
     const std::array channels = {tone(0.0F), tone(1.0F)};
     for (auto iteration : state) {

@@ -22,8 +22,8 @@ class SilentDelegate final : public tarvik::platform::WebSocketSessionDelegate {
     void didClose(tarvik::platform::WebSocketTask&, int, const std::string&) override {}
 };
 
-// From a buffer of the microphone in the hands of the delivery thread until the socket has taken
-// the encrypted bytes of its message, as the completion of the send tells.
+// Measures from a microphone buffer on the delivery thread until the completion of the send, when
+// the socket has taken the encrypted bytes of the message.
 void buffer_delivered_to_bytes_handed_to_the_socket(benchmark::State& state) {
     BeastWorld world;
     const auto session = world.service().makeSession(std::make_shared<SilentDelegate>());

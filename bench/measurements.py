@@ -10,10 +10,10 @@ import threading
 import time
 
 from application import VERSION, Application, write_settings
-from cost import processor_time, wakeups
 from desktop import Desktop, wait_for
 from microphone import Microphone
-from samples import until_settled
+from resource_usage import processor_time, wait_until_idle, wakeups
+from samples import sample_until_settled
 from scripted_service import ScriptedService, make_certificate
 from target import WidgetTarget
 from windows import wait_for_window
@@ -23,8 +23,7 @@ TEXTS = {
     "English": "The quick brown fox jumps over the lazy dog, twice a day, ok",
     "many scripts": "Zażółć gęślą jaźń — Привет, мир! 日本語のテスト 😀🎉 done, I hope.",
 }
-SETTLED = "TarvikDictate: audio.stop"
-SETTLING = 3.0
+STOPPED = "TarvikDictate: audio.stop"
 
 
 def milliseconds(since):
@@ -33,8 +32,8 @@ def milliseconds(since):
 
 @contextlib.contextmanager
 def running_application(binaries, host=None, authority=None, **parts):
-    """The application on a desktop of its own, its setup window closed; yields both and the service,
-    scripted unless a host is given."""
+    """Runs the application on its own desktop and closes its setup window. Yields desktop,
+    application and service. The service is a scripted one, or None when `host` is given."""
     with Desktop(wm=True, **parts) as desktop, contextlib.ExitStack() as stack:
         service = None
         if host is None:
@@ -51,7 +50,7 @@ def running_application(binaries, host=None, authority=None, **parts):
 
 
 def hotkey_to_connect(binaries):
-    """Milliseconds from the key going down to the connection's arrival at the service's address."""
+    """Milliseconds from the key press to the arrival of the connection at the service's port."""
     with socket.create_server(("127.0.0.1", 0), backlog=64) as listener:
         host = f"127.0.0.1:{listener.getsockname()[1]}"
         with running_application(binaries, host, a11y=True, audio=True) as (desktop, application, _):
@@ -67,31 +66,31 @@ def hotkey_to_connect(binaries):
                 taken = milliseconds(pressed)
                 keys.release("space")
                 keys.release("Alt_L")
-                application.log.wait_for(SETTLED, since=seen)
+                application.log.wait_for(STOPPED, since=seen)
                 connection.close()
                 return taken
 
-            samples = until_settled(press)
+            samples = sample_until_settled(press)
             target.close()
     return samples
 
 
-def time_until_visible(target, piece, action, deadline=10.0):
-    """Milliseconds from the beginning of `action` until the target's text has grown by the bytes of
-    `piece` (at the most until the deadline), and whether it has grown by that very text."""
+def time_until_visible(target, piece, action, timeout=10.0):
+    """Milliseconds from the start of `action` until the target's text has grown by the size of
+    `piece`, up to `timeout` seconds; and whether it has grown by exactly this text."""
     before = target.text
     wanted = len((before + piece).encode())
     begin = time.monotonic()
     action()
-    # Looked at without a pause: a pause would be part of the result.
-    while time.monotonic() < begin + deadline and os.stat(target.out).st_size < wanted:
+    # Polled without a pause, because a pause would be part of the result.
+    while time.monotonic() < begin + timeout and os.stat(target.out).st_size < wanted:
         pass
     return milliseconds(begin), target.text == before + piece
 
 
 def final_message_to_text(binaries, text):
-    """For each way of getting `text` into a GTK text area: its name, the milliseconds it took, and in
-    how many of them the text was right."""
+    """Yields for each way to enter `text` into a GTK text area: its name, the samples in
+    milliseconds, and the number of samples with the right text."""
     with running_application(binaries, a11y=True, audio=True) as (desktop, application, service):
         target = WidgetTarget(desktop, "gtk3")
         microphone = Microphone(desktop.fifo())
@@ -105,20 +104,20 @@ def final_message_to_text(binaries, text):
                 outcomes.append(is_right)
                 return taken
 
-            return until_settled(once, **limits), sum(outcomes)
+            return sample_until_settled(once, **limits), sum(outcomes)
 
         keys.press("Alt_L")
         keys.press("space")
         stream = service.stream()
         wait_for(lambda: len(stream.audio) > 0, "sound at the service")
-        # Pieces after the first one of a recording are preceded by a blank.
+        # Every piece after the first one of a recording begins with a space.
         stream.say("First.")
         target.wait_for_text("First.")
         dictated = measure(" " + text, lambda: stream.say(text))
         keys.release("space")
         keys.release("Alt_L")
-        application.log.wait_for(SETTLED)
-        typed = measure(text, lambda: desktop.spawn(["xdotool", "type", text]), fewest=3, most=8)
+        application.log.wait_for(STOPPED)
+        typed = measure(text, lambda: desktop.spawn(["xdotool", "type", text]), min_count=3, max_count=8)
         microphone.pull_out()
         target.close()
     yield "dictated", *dictated
@@ -126,7 +125,7 @@ def final_message_to_text(binaries, text):
 
 
 def memory(pid):
-    """Resident and private memory in KiB."""
+    """The resident and the private memory of a process in KiB."""
     sizes = {}
     for line in pathlib.Path(f"/proc/{pid}/smaps_rollup").read_text().splitlines()[1:]:
         name, value = line.split(":")
@@ -136,7 +135,7 @@ def memory(pid):
 
 @dataclasses.dataclass
 class RecordingFigures:
-    # Of each minute.
+    # One value per minute.
     processor_seconds: list
     idle_wakeups: int
     idle: dict
@@ -144,12 +143,12 @@ class RecordingFigures:
 
 
 def recording(binaries):
-    """What minutes of recording cost, and what idling does."""
+    """The resource usage of minutes of recording, and of idling."""
     with running_application(binaries, a11y=True, audio=True) as (desktop, application, service):
         target = WidgetTarget(desktop, "gtk3")
         microphone = Microphone(desktop.fifo())
-        # What the windows that came and went have set off is not idling.
-        time.sleep(SETTLING)
+        # Work that the closed windows have caused does not count as idling.
+        wait_until_idle(application.pid)
         before = wakeups(application.pid)
         time.sleep(30)
         idle_wakeups = wakeups(application.pid) - before
@@ -164,14 +163,14 @@ def recording(binaries):
 
         def minute():
             used = processor_time(application.pid)
-            # A sentence every five seconds also keeps the recording from ending.
+            # One sentence every five seconds, as a user speaks. Silence would end the recording.
             for number in range(12):
                 time.sleep(5)
                 stream.say(f"This is sentence number {number} of a minute.")
             return processor_time(application.pid) - used
 
-        # Ten minutes are the most that a recording lasts.
-        seconds = until_settled(minute, fewest=3, most=8)
+        # A recording lasts ten minutes at most.
+        seconds = sample_until_settled(minute, min_count=3, max_count=8)
         during = memory(application.pid)
         microphone.pull_out()
         target.close()
@@ -179,7 +178,7 @@ def recording(binaries):
 
 
 def start(binaries):
-    """Milliseconds from starting the process to its report that the hotkeys are registered."""
+    """Milliseconds from the start of the process to its log line on the registered hotkeys."""
     with Desktop(wm=True, a11y=True, audio=True) as desktop:
         write_settings(desktop.environment, {"deepgramApiKey": "a-key"})
 
@@ -192,4 +191,4 @@ def start(binaries):
             desktop.end(process)
             return taken
 
-        return until_settled(once)
+        return sample_until_settled(once)

@@ -1,15 +1,15 @@
-"""Samples that are taken until their median is known well enough."""
+"""Takes samples until their median is known with enough certainty."""
 
 import math
 import statistics
 
-# The median is settled when, with a certainty of 95 %, it lies within this part of itself.
+# The median is settled when its uncertainty is at most this share of the median.
 UNCERTAINTY = 0.1
 
 
 def uncertainty(samples):
-    """Half the range in which the median lies with a certainty of 95 %, as a part of the median. Of
-    fewer than six samples it is the whole range."""
+    """Half the 95 % confidence interval of the median, as a share of the median. Below six samples
+    the interval is the range of all samples."""
     ordered = sorted(samples)
     middle, reach = len(ordered) / 2, 0.98 * math.sqrt(len(ordered))
     low = ordered[max(0, math.floor(middle - reach))]
@@ -17,17 +17,17 @@ def uncertainty(samples):
     return (high - low) / 2 / statistics.median(ordered)
 
 
-def until_settled(measure, fewest=20, most=80):
-    """Calls `measure`, which answers a sample, until the median of the samples is settled, at most
-    `most` times; the samples."""
+def sample_until_settled(measure, min_count=20, max_count=80):
+    """Calls `measure`, which returns one sample, until the median is settled, at least `min_count`
+    and at most `max_count` times; returns the samples."""
     samples = []
-    while len(samples) < fewest or (len(samples) < most and uncertainty(samples) > UNCERTAINTY):
+    while len(samples) < min_count or (len(samples) < max_count and uncertainty(samples) > UNCERTAINTY):
         samples.append(measure())
     return samples
 
 
-def described(samples, unit, digits=2):
-    """The median of the samples, and how they are spread around it."""
+def describe(samples, unit, digits=2):
+    """Describes the samples: their median as text, and their spread as text."""
     lower, _, upper = statistics.quantiles(samples, n=4)
     settled = "" if uncertainty(samples) <= UNCERTAINTY else ", not settled"
     return (f"{statistics.median(samples):.{digits}f} {unit}",

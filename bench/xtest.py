@@ -1,4 +1,4 @@
-"""Single keys through XTest, without a program to be started for each."""
+"""Presses single keys through XTest, without the start of a program for each key."""
 
 import ctypes
 
