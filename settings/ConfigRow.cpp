@@ -8,7 +8,7 @@ namespace tarvik {
 
 namespace {
 
-constexpr double minimumButtonWidth = 110;
+constexpr double minButtonWidth = 110;
 constexpr double spacing = 12;
 
 }  // namespace
@@ -22,7 +22,7 @@ ConfigRow::ConfigRow(platform::UserInterface& userInterface, const std::string& 
       statusLabel_(userInterface.makeLabel(
           {.text = "—", .font = {12}, .layout = {.horizontalContentHugging = yielding}})),
       actionButton_(userInterface.makeButton({.title = buttonTitle,
-                                              .layout = {.minimumWidth = minimumButtonWidth},
+                                              .layout = {.minimumWidth = minButtonWidth},
                                               .accessibilityLabel = buttonTitle + " " + label,
                                               .action = std::move(action)})),
       view_(userInterface.makeStack({.orientation = platform::Orientation::horizontal,

@@ -17,8 +17,8 @@ using platform::SystemColor;
 constexpr double iconSide = 72;
 constexpr double textWidth = 640;
 constexpr double restartNoteWidth = 460;
-constexpr double minimumKeyFieldWidth = 380;
-constexpr double minimumSaveWidth = 80;
+constexpr double minKeyFieldWidth = 380;
+constexpr double minSaveButtonWidth = 80;
 constexpr double rowSpacing = 12;
 
 std::string instructions() {
@@ -123,7 +123,7 @@ std::shared_ptr<platform::View> SetupWindowController::buildKeyRow() {
         {.text = KeychainStore::shared().apiKey().value_or(""),
          .placeholder = "Paste your Deepgram API key",
          .isSecure = true,
-         .layout = {.minimumWidth = minimumKeyFieldWidth,
+         .layout = {.minimumWidth = minKeyFieldWidth,
                     .horizontalContentHugging = ConfigRow::yielding,
                     .horizontalCompressionResistance = ConfigRow::yielding},
          .accessibilityLabel = "Deepgram API key",
@@ -137,7 +137,7 @@ std::shared_ptr<platform::View> SetupWindowController::buildKeyRow() {
                                              .layout = {.width = ConfigRow::nameWidth}}),
                    keyField_,
                    userInterface_.makeButton({.title = "Save",
-                                              .layout = {.minimumWidth = minimumSaveWidth},
+                                              .layout = {.minimumWidth = minSaveButtonWidth},
                                               .action = [this] { saveApiKey(); }})}});
 }
 

@@ -18,12 +18,12 @@ constexpr bool isAlphanumeric(char c) {
 }
 
 constexpr bool isPort(std::string_view text) {
-    constexpr int greatest = 65535;
+    constexpr int maxPort = 65535;
     int port = 0;
     for (const char c : text) {
-        port = isDigit(c) && port <= greatest ? port * 10 + (c - '0') : greatest + 1;
+        port = isDigit(c) && port <= maxPort ? port * 10 + (c - '0') : maxPort + 1;
     }
-    return port > 0 && port <= greatest;
+    return port > 0 && port <= maxPort;
 }
 
 // An IPv6 address is in brackets, because it contains colons.

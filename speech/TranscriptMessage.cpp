@@ -6,8 +6,8 @@ namespace tarvik {
 
 namespace {
 
-constexpr std::size_t maximumBytes = std::size_t{1} << 20;
-constexpr std::size_t maximumDepth = 512;
+constexpr std::size_t maxBytes = std::size_t{1} << 20;
+constexpr std::size_t maxDepth = 512;
 
 std::optional<simdjson::dom::object> firstAlternative(const simdjson::dom::object& message) {
     simdjson::dom::object channel;
@@ -33,10 +33,9 @@ std::optional<simdjson::dom::object> firstAlternative(const simdjson::dom::objec
 }  // namespace
 
 std::optional<TranscriptMessage> parseTranscriptMessage(std::string_view json) {
-    simdjson::dom::parser parser(maximumBytes);
+    simdjson::dom::parser parser(maxBytes);
     simdjson::dom::object message;
-    if (json.size() > maximumBytes ||
-        parser.allocate(json.size(), maximumDepth) != simdjson::SUCCESS ||
+    if (json.size() > maxBytes || parser.allocate(json.size(), maxDepth) != simdjson::SUCCESS ||
         parser.parse(simdjson::padded_string(json)).get(message) != simdjson::SUCCESS) {
         return std::nullopt;
     }
