@@ -189,7 +189,7 @@ TEST(Threads, TranscriptsReachTheMainThreadInOrder) {
 
 TEST(Threads, MicrophonePermissionMayBeAnsweredOnAnyThread) {
     ApplicationUnderTest app;
-    app.platform.captureAuthorization().holdsAnswers = true;
+    app.platform.captureAuthorization().isAnswerHeld = true;
     app.launch();
     JoiningThread answering([&] { app.platform.captureAuthorization().answer(true); });
     EXPECT_TRUE(app.platform.time().runUntil([&] {

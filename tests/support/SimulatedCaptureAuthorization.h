@@ -23,7 +23,7 @@ class SimulatedCaptureAuthorization final : public platform::CaptureAuthorizatio
     void requestAccessForAudio(std::function<void(bool granted)> handler) override {
         journal_.add("requestAccessForAudio");
         ++requests;
-        if (holdsAnswers) {
+        if (isAnswerHeld) {
             handlers_.push_back(std::move(handler));
         } else {
             handler(status == static_cast<int>(platform::AuthorizationStatus::authorized));
@@ -40,7 +40,7 @@ class SimulatedCaptureAuthorization final : public platform::CaptureAuthorizatio
     int status = static_cast<int>(platform::AuthorizationStatus::authorized);
     /// Whether a request waits for answer(). Otherwise the handler is called inside the request,
     /// with whether the status is authorised.
-    bool holdsAnswers = false;
+    bool isAnswerHeld = false;
     int requests = 0;
 
   private:

@@ -72,7 +72,7 @@ platform::OSStatus SimulatedEventManager::registerEventHotKey(
     if (taken_.contains({keyCode, modifiers})) {
         return platform::eventHotKeyExistsErr;
     }
-    if (withoutHandle.contains(id.id)) {
+    if (idsWithoutHandle.contains(id.id)) {
         *outRef = nullptr;
         return platform::noErr;
     }

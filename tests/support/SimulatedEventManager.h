@@ -68,7 +68,7 @@ class SimulatedEventManager final : public platform::EventManager {
     /// The result of registering under an identifier. Even a failure comes with a handle.
     std::map<std::uint32_t, platform::OSStatus> registerStatus;
     /// The identifiers whose registration succeeds without a handle.
-    std::set<std::uint32_t> withoutHandle;
+    std::set<std::uint32_t> idsWithoutHandle;
 
   private:
     struct Handler {

@@ -21,13 +21,13 @@ class SimulatedKeyboardEvent final : public platform::KeyboardEvent {
 
 std::shared_ptr<platform::EventSource> SimulatedKeyboard::createSource(int sourceState) {
     sourceStates.push_back(sourceState);
-    return sourceFails ? nullptr : std::make_shared<SimulatedSource>();
+    return isSourceRefused ? nullptr : std::make_shared<SimulatedSource>();
 }
 
 std::shared_ptr<platform::KeyboardEvent> SimulatedKeyboard::createKeyboardEvent(
     const std::shared_ptr<platform::EventSource>& /*source*/, std::uint16_t virtualKey,
     bool keyDown) {
-    return failingEvents.contains(++createdEvents)
+    return refusedEvents.contains(++createdEvents)
                ? nullptr
                : std::make_shared<SimulatedKeyboardEvent>(virtualKey, keyDown);
 }

@@ -43,8 +43,8 @@ class SimulatedKeyboard final : public platform::KeyboardEvents {
     /// The states of all sources made so far.
     std::vector<int> sourceStates;
     /// The numbers of the events that the system refuses to make, counted from 1.
-    std::set<int> failingEvents;
-    bool sourceFails = false;
+    std::set<int> refusedEvents;
+    bool isSourceRefused = false;
     int createdEvents = 0;
 
   private:

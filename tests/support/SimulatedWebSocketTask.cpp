@@ -4,6 +4,8 @@
 #include <cerrno>
 #include <utility>
 
+#include "base/Weakly.h"
+
 namespace tarvik::simulated {
 
 namespace {
@@ -39,12 +41,11 @@ void SimulatedWebSocketTask::resume() {
             return;
         }
     }
-    time_.asyncAfter(Seconds(request_.timeoutInterval), [weakSelf = weak_from_this()] {
-        const auto self = weakSelf.lock();
-        if (self && self->state() == State::connecting) {
-            self->queueEnd({ETIMEDOUT, "The request timed out"});
-        }
-    });
+    time_.asyncAfter(Seconds(request_.timeoutInterval), weakly(*this, [](auto& self) {
+                         if (self.state() == State::connecting) {
+                             self.queueEnd({ETIMEDOUT, "The request timed out"});
+                         }
+                     }));
 }
 
 void SimulatedWebSocketTask::send(WebSocketMessage message, SendHandler handler) {

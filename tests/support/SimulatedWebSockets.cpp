@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <utility>
 
+#include "base/Weakly.h"
+
 namespace tarvik::simulated {
 
 namespace {
@@ -24,11 +26,7 @@ std::shared_ptr<platform::WebSocketTask> SimulatedWebSocketSession::webSocketTas
         const auto self = weakSelf.lock();
         return self ? self->delegate() : nullptr;
     };
-    context.onEnd = [weakSelf = weak_from_this()] {
-        if (const auto self = weakSelf.lock()) {
-            self->connectionEnded();
-        }
-    };
+    context.onEnd = weakly(*this, &SimulatedWebSocketSession::releaseDelegateLater);
     auto task = std::make_shared<SimulatedWebSocketTask>(time_, std::move(context), request);
     const std::lock_guard lock(mutex_);
     heldDelegate_ = weakDelegate_.lock();
@@ -45,12 +43,8 @@ std::shared_ptr<platform::WebSocketSessionDelegate> SimulatedWebSocketSession::d
     return weakDelegate_.lock();
 }
 
-void SimulatedWebSocketSession::connectionEnded() {
-    time_.asyncAfter(delegateHoldTime, [weakSelf = weak_from_this()] {
-        if (const auto self = weakSelf.lock()) {
-            self->releaseDelegate();
-        }
-    });
+void SimulatedWebSocketSession::releaseDelegateLater() {
+    time_.asyncAfter(delegateHoldTime, weakly(*this, &SimulatedWebSocketSession::releaseDelegate));
 }
 
 void SimulatedWebSocketSession::releaseDelegate() {

@@ -36,7 +36,7 @@ class SimulatedWebSocketSession final
 
   private:
     std::shared_ptr<platform::WebSocketSessionDelegate> delegate() const;
-    void connectionEnded();
+    void releaseDelegateLater();
 
     SimulatedTime& time_;
     Journal& journal_;

@@ -102,7 +102,7 @@ TEST(Launch, LogsTheMicrophonePermissionWhenItIsAnswered) {
 
 TEST(Launch, DoesNotWaitForTheMicrophonePermission) {
     ApplicationUnderTest app;
-    app.platform.captureAuthorization().holdsAnswers = true;
+    app.platform.captureAuthorization().isAnswerHeld = true;
     app.launch();
     EXPECT_EQ(app.platform.workspace().wakeObservers(), 1U);
     EXPECT_TRUE(app.platform.log().linesWith("launch-time mic request").empty());

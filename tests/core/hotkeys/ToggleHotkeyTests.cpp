@@ -138,7 +138,7 @@ TEST_F(Hotkeys, TakenToggleCombinationIsLoggedAndTheHoldHotkeyWorks) {
 }
 
 TEST_F(Hotkeys, SuccessWithoutAHandleIsAFailureWithStatusZero) {
-    events().withoutHandle = {hold, toggle};
+    events().idsWithoutHandle = {hold, toggle};
     hotkeys->start();
     EXPECT_EQ(platform.log().lines(), Lines({"TarvikDictate: hold register failed: 0",
                                              "TarvikDictate: toggle register failed: 0"}));

@@ -159,7 +159,7 @@ TEST_F(Insertion, UnitsAreCountedNotBytes) {
 TEST_F(Insertion, RefusedPressIsSkippedAndTheNextOnesAreTyped) {
     // A refused event skips only its own press: here the key-up of the first press and the key-down
     // of the third.
-    platform.keyboardEvents().failingEvents = {2, 5};
+    platform.keyboardEvents().refusedEvents = {2, 5};
     type("aaaaaaaaaaaaaaaaaaaabbbbbbbbbbbbbbbbbbbbccccccccccccccccccccd");
     EXPECT_EQ(presses(),
               std::vector<std::u16string>({std::u16string(20, u'b'), std::u16string(1, u'd')}));
@@ -167,14 +167,14 @@ TEST_F(Insertion, RefusedPressIsSkippedAndTheNextOnesAreTyped) {
 }
 
 TEST_F(Insertion, KeyUpIsNotMadeForAKeyDownThatFailed) {
-    platform.keyboardEvents().failingEvents = {1};
+    platform.keyboardEvents().refusedEvents = {1};
     type("hello");
     EXPECT_EQ(platform.keyboardEvents().createdEvents, 1);
     EXPECT_TRUE(posts().empty());
 }
 
 TEST_F(Insertion, EventsAreRequestedEvenWithoutASource) {
-    platform.keyboardEvents().sourceFails = true;
+    platform.keyboardEvents().isSourceRefused = true;
     type("hello");
     EXPECT_EQ(platform.keyboardEvents().typed(editor), u"hello");
 }

@@ -58,7 +58,7 @@ TEST_F(Permissions, UnknownStatusIsLoggedAsItsNumber) {
 
 TEST_F(Permissions, AnswerOnAnotherThreadIsDeliveredOnTheMainThread) {
     platform.captureAuthorization().status = 0;
-    platform.captureAuthorization().holdsAnswers = true;
+    platform.captureAuthorization().isAnswerHeld = true;
     requestMicrophone();
     std::thread answering([this] { platform.captureAuthorization().answer(true); });
     answering.join();

@@ -258,7 +258,7 @@ TEST_F(SetupWindow, KeyOfWhiteSpaceRemovesTheStoredKey) {
 TEST_F(SetupWindow, GrantRequestsAnUndeterminedMicrophoneAndRefreshesAfterwards) {
     for (const int status : {0, 7}) {
         setMicrophone(status);
-        platform.captureAuthorization().holdsAnswers = true;
+        platform.captureAuthorization().isAnswerHeld = true;
         show();
         grantButton("Microphone")->press();
         EXPECT_EQ(openedUrls(), Lines());
