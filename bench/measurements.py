@@ -117,7 +117,8 @@ def final_message_to_text(binaries, text):
         keys.release("space")
         keys.release("Alt_L")
         application.log.wait_for(STOPPED)
-        typed = measure(text, lambda: desktop.spawn(["xdotool", "type", text]), min_count=3, max_count=8)
+        typed = measure(text, lambda: desktop.spawn(["xdotool", "type", text]),
+                        min_count=3, max_count=8)
         microphone.pull_out()
         target.close()
     yield "dictated", *dictated

@@ -21,7 +21,8 @@ def sample_until_settled(measure, min_count=20, max_count=80):
     """Calls `measure`, which returns one sample, until the median is settled, at least `min_count`
     and at most `max_count` times; returns the samples."""
     samples = []
-    while len(samples) < min_count or (len(samples) < max_count and uncertainty(samples) > UNCERTAINTY):
+    while len(samples) < min_count or (
+            len(samples) < max_count and uncertainty(samples) > UNCERTAINTY):
         samples.append(measure())
     return samples
 
