@@ -15,7 +15,7 @@ namespace tarvik::linuxdesktop {
 namespace {
 
 // The kernel refuses what does not fit its counter; nothing waits for a century.
-constexpr double latestMoment = 3.0e9;
+constexpr double maxSeconds = 3.0e9;
 
 FileDescriptor makeTimer() {
     FileDescriptor timer(timerfd_create(MonotonicClock::identifier, TFD_CLOEXEC | TFD_NONBLOCK));
@@ -34,12 +34,12 @@ Alarm::Alarm(std::function<void()> handler)
                      [handler = std::move(handler)] { handler(); });
 }
 
-void Alarm::set(TimePoint moment) {
-    const double seconds = std::clamp(moment.time_since_epoch().count(), 0.0, latestMoment);
+void Alarm::set(TimePoint time) {
+    const double seconds = std::clamp(time.time_since_epoch().count(), 0.0, maxSeconds);
     const double whole = std::floor(seconds);
     itimerspec setting{};
     setting.it_value.tv_sec = static_cast<time_t>(whole);
-    // Rounded up, never to zero: an early alarm would spin until its moment, and zero means off.
+    // Rounded up, never to zero: an early alarm would spin until its time, and zero means off.
     setting.it_value.tv_nsec =
         std::clamp(static_cast<long>(std::ceil((seconds - whole) * 1e9)), 1L, 999'999'999L);
     timerfd_settime(timer_.number(), TFD_TIMER_ABSTIME, &setting, nullptr);

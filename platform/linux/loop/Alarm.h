@@ -8,9 +8,9 @@
 
 namespace tarvik::linuxdesktop {
 
-/// Calls a handler on the main thread's loop at a moment of MonotonicClock.
+/// Calls a handler on the main thread's loop at a time of MonotonicClock.
 ///
-/// It is a kernel timer, so any thread can set it, it is exact to microseconds, and it costs
+/// The alarm is a kernel timer: any thread can set it, it is exact to microseconds, and it costs
 /// nothing while it waits. Made and destroyed on the main thread.
 class Alarm {
   public:
@@ -19,10 +19,9 @@ class Alarm {
     Alarm(const Alarm&) = delete;
     Alarm& operator=(const Alarm&) = delete;
 
-    /// Calls the handler from `moment` on, again and again in every turn of the loop until the
-    /// alarm is set anew or cleared. A moment that has passed means the next turn. Any thread;
-    /// never blocks.
-    void set(TimePoint moment);
+    /// Calls the handler from `time` on, in every turn of the loop, until the alarm is set anew or
+    /// cleared. A time that has passed means the next turn. Any thread; never blocks.
+    void set(TimePoint time);
     /// Stops calling the handler. Any thread; never blocks.
     void clear();
 

@@ -1,12 +1,12 @@
 #include "platform/linux/loop/BackgroundWorker.h"
 
-#include <pthread.h>
-
 #include <condition_variable>
 #include <deque>
 #include <mutex>
 #include <thread>
 #include <utility>
+
+#include "platform/linux/loop/Thread.h"
 
 namespace tarvik::linuxdesktop {
 
@@ -29,7 +29,7 @@ struct BackgroundWorker::Jobs {
             waiting.pop_front();
             lock.unlock();
             job();
-            // What the job holds goes outside the lock too: it may submit another one.
+            // Outside the lock too: what the job holds may submit another job when it is destroyed.
             job = nullptr;
             lock.lock();
         }
@@ -38,10 +38,9 @@ struct BackgroundWorker::Jobs {
     }
 };
 
-BackgroundWorker::BackgroundWorker(const std::string& name, Seconds patience)
-    : jobs_(std::make_shared<Jobs>()), patience_(patience) {
-    jobs_->thread = std::thread([jobs = jobs_] { jobs->run(); });
-    pthread_setname_np(jobs_->thread.native_handle(), name.c_str());
+BackgroundWorker::BackgroundWorker(const std::string& name, Seconds timeout)
+    : jobs_(std::make_shared<Jobs>()), timeout_(timeout) {
+    jobs_->thread = startThread(name, [jobs = jobs_] { jobs->run(); });
 }
 
 BackgroundWorker::~BackgroundWorker() {
@@ -56,7 +55,7 @@ void BackgroundWorker::finish() {
     jobs_->isEnding = true;
     jobs_->changed.notify_all();
     const bool hasEnded =
-        jobs_->changed.wait_for(lock, patience_, [this] { return jobs_->hasEnded; });
+        jobs_->changed.wait_for(lock, timeout_, [this] { return jobs_->hasEnded; });
     lock.unlock();
     if (hasEnded) {
         jobs_->thread.join();

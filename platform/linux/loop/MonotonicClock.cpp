@@ -5,10 +5,9 @@
 namespace tarvik::linuxdesktop {
 
 TimePoint MonotonicClock::now() const {
-    timespec moment{};
-    clock_gettime(identifier, &moment);
-    return TimePoint(std::chrono::seconds(moment.tv_sec) +
-                     std::chrono::nanoseconds(moment.tv_nsec));
+    timespec time{};
+    clock_gettime(identifier, &time);
+    return TimePoint(std::chrono::seconds(time.tv_sec) + std::chrono::nanoseconds(time.tv_nsec));
 }
 
 }  // namespace tarvik::linuxdesktop

@@ -8,8 +8,8 @@ namespace tarvik::linuxdesktop {
 
 /// The time since the machine was started.
 ///
-/// It goes on while the machine sleeps, so that a recording that a suspend cut in two counts as the
-/// time that has really passed, also where nothing tells of the waking.
+/// The clock goes on while the machine sleeps. A recording that a suspend cuts in two counts with
+/// the time that has really passed, also where nothing announces the wake-up.
 class MonotonicClock final : public platform::Clock {
   public:
     static constexpr clockid_t identifier = CLOCK_BOOTTIME;

@@ -2,33 +2,67 @@
 
 #include <poll.h>
 #include <sys/eventfd.h>
-#include <unistd.h>
 
 #include <algorithm>
-#include <array>
+#include <chrono>
+#include <cstddef>
 #include <cstdint>
 #include <cstdlib>
+#include <limits>
 #include <utility>
 
 namespace tarvik::linuxdesktop {
 
 namespace {
 
-int makeWakeUp() {
-    const int descriptor = eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK);
-    if (descriptor < 0) {
-        // Nobody could ask the loop for anything, and whoever waited for it would wait in vain.
+FileDescriptor makeWakeUp() {
+    FileDescriptor wakeUp(eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK));
+    if (!wakeUp) {
         std::abort();
     }
-    return descriptor;
+    return wakeUp;
+}
+
+int millisecondsUntil(SteadyTime time) {
+    const auto left =
+        std::chrono::ceil<std::chrono::milliseconds>(time - std::chrono::steady_clock::now());
+    return static_cast<int>(
+        std::clamp<std::int64_t>(left.count(), 0, std::numeric_limits<int>::max()));
 }
 
 }  // namespace
 
+struct PollLoop::Watched {
+    int descriptor;
+    short events;
+    std::function<void()> onReady;
+    bool isDropped = false;
+};
+
+class PollLoop::PollWatch final : public EventLoop::Watch {
+  public:
+    PollWatch(PollLoop& loop, std::shared_ptr<Watched> watched)
+        : loop_(loop), watched_(std::move(watched)) {}
+    ~PollWatch() override {
+        watched_->isDropped = true;
+        std::erase(loop_.watched_, watched_);
+    }
+
+    void setEvents(short events) override { watched_->events = events; }
+
+  private:
+    PollLoop& loop_;
+    std::shared_ptr<Watched> watched_;
+};
+
 PollLoop::PollLoop() : wakeUp_(makeWakeUp()) {}
 
-PollLoop::~PollLoop() {
-    close(wakeUp_);
+PollLoop::~PollLoop() = default;
+
+std::unique_ptr<EventLoop::Watch> PollLoop::watch(int descriptor, short events,
+                                                  std::function<void()> onReady) {
+    watched_.push_back(std::make_shared<Watched>(Watched{descriptor, events, std::move(onReady)}));
+    return std::make_unique<PollWatch>(*this, watched_.back());
 }
 
 void PollLoop::post(std::function<void()> task) {
@@ -36,23 +70,20 @@ void PollLoop::post(std::function<void()> task) {
         const std::lock_guard lock(mutex_);
         tasks_.push_back(std::move(task));
     }
-    const std::uint64_t one = 1;
     // A full counter, the only way to fail, wakes the loop as well.
-    [[maybe_unused]] const auto written = write(wakeUp_, &one, sizeof one);
+    eventfd_write(wakeUp_.number(), 1);
 }
 
 void PollLoop::run(const std::function<int()>& drain) {
     while (!quits_) {
         runTasks();
         runDeadlines();
-        if (quits_) {
-            return;
-        }
-        const int descriptor = drain();
+        const int drained = drain && !quits_ ? drain() : -1;
         if (!quits_) {
-            sleep(descriptor);
+            sleep(drained);
         }
     }
+    quits_ = false;
 }
 
 void PollLoop::runTasks() {
@@ -66,42 +97,25 @@ void PollLoop::runTasks() {
     }
 }
 
-void PollLoop::runDeadlines() {
-    const auto now = std::chrono::steady_clock::now();
-    const auto isDue = [&](const Deadline* deadline) { return deadline->moment_ <= now; };
-    for (auto due = std::ranges::find_if(deadlines_, isDue); due != deadlines_.end();
-         due = std::ranges::find_if(deadlines_, isDue)) {
-        Deadline& deadline = **due;
-        deadlines_.erase(due);
-        std::exchange(deadline.action_, nullptr)();
+void PollLoop::sleep(int drained) {
+    // An own reference to each watch: a callback may end any of them.
+    const std::vector<std::shared_ptr<Watched>> watched = watched_;
+    std::vector<pollfd> awaited{{wakeUp_.number(), POLLIN, 0}, {drained, POLLIN, 0}};
+    const std::size_t firstWatched = awaited.size();
+    for (const auto& entry : watched) {
+        awaited.push_back({entry->descriptor, entry->events, 0});
     }
-}
-
-void PollLoop::sleep(int descriptor) {
-    int timeout = -1;
-    if (!deadlines_.empty()) {
-        const auto next = std::ranges::min(deadlines_, {}, &Deadline::moment_)->moment_;
-        const auto wait =
-            std::chrono::ceil<std::chrono::milliseconds>(next - std::chrono::steady_clock::now());
-        timeout = static_cast<int>(std::max<std::int64_t>(wait.count(), 0));
-    }
-    std::array<pollfd, 2> watched{{{wakeUp_, POLLIN, 0}, {descriptor, POLLIN, 0}}};
-    poll(watched.data(), watched.size(), timeout);
-    std::uint64_t count = 0;
+    const auto next = nextDeadline();
+    const int count = poll(awaited.data(), awaited.size(), next ? millisecondsUntil(*next) : -1);
+    eventfd_t posted = 0;
     // Nothing to read means that something else has woken the loop.
-    [[maybe_unused]] const auto taken = read(wakeUp_, &count, sizeof count);
-}
-
-void Deadline::set(std::chrono::milliseconds delay, std::function<void()> action) {
-    clear();
-    moment_ = std::chrono::steady_clock::now() + delay;
-    action_ = std::move(action);
-    loop_.deadlines_.push_back(this);
-}
-
-void Deadline::clear() {
-    std::erase(loop_.deadlines_, this);
-    action_ = nullptr;
+    eventfd_read(wakeUp_.number(), &posted);
+    // Without a count the events are not set.
+    for (std::size_t index = 0; count > 0 && !quits_ && index < watched.size(); ++index) {
+        if (awaited[firstWatched + index].revents != 0 && !watched[index]->isDropped) {
+            watched[index]->onReady();
+        }
+    }
 }
 
 }  // namespace tarvik::linuxdesktop

@@ -1,66 +1,51 @@
 #pragma once
 
-#include <chrono>
 #include <deque>
 #include <functional>
+#include <memory>
 #include <mutex>
 #include <vector>
 
+#include "platform/linux/loop/EventLoop.h"
+#include "platform/linux/loop/FileDescriptor.h"
+
 namespace tarvik::linuxdesktop {
 
-class Deadline;
-
-/// The loop of the input thread: it sleeps until a descriptor can be read, a task was posted or a
-/// deadline has come, and never wakes otherwise.
-class PollLoop {
+/// The loop of a worker thread, over poll(2). The loop thread is the thread that calls run().
+///
+/// The process is aborted when there is no descriptor left for the loop: posted tasks would be
+/// waited for in vain.
+class PollLoop final : public EventLoop {
   public:
     PollLoop();
-    ~PollLoop();
+    ~PollLoop() override;
     PollLoop(const PollLoop&) = delete;
     PollLoop& operator=(const PollLoop&) = delete;
 
-    /// Runs `task` in the loop, in the order of posting. Any thread; never blocks.
-    void post(std::function<void()> task);
+    [[nodiscard]] std::unique_ptr<Watch> watch(int descriptor, short events,
+                                               std::function<void()> onReady) override;
+    void post(std::function<void()> task) override;
 
-    /// Runs until `quit`. Before each sleep it calls `drain`, which answers the descriptor to
-    /// watch, or -1.
-    void run(const std::function<int()>& drain);
+    /// Runs until quit(), and can be called again after it. Before each sleep the loop calls
+    /// `drain`, if there is one. `drain` returns a descriptor whose input ends the sleep, or -1.
+    void run(const std::function<int()>& drain = {});
 
-    /// Ends `run` after the current task or `drain`. Loop thread.
+    /// Ends run() after the current task, action or `drain`. Loop thread.
     void quit() { quits_ = true; }
 
   private:
-    friend class Deadline;
+    class PollWatch;
+    struct Watched;
 
+    void onDeadlinesChanged() override {}
     void runTasks();
-    void runDeadlines();
-    void sleep(int descriptor);
+    void sleep(int drained);
 
     std::mutex mutex_;
     std::deque<std::function<void()>> tasks_;
-    std::vector<Deadline*> deadlines_;
-    int wakeUp_;
+    std::vector<std::shared_ptr<Watched>> watched_;
+    FileDescriptor wakeUp_;
     bool quits_ = false;
-};
-
-/// One moment at which the loop calls something. Loop thread; dropping it forgets the call.
-class Deadline {
-  public:
-    explicit Deadline(PollLoop& loop) : loop_(loop) {}
-    ~Deadline() { clear(); }
-    Deadline(const Deadline&) = delete;
-    Deadline& operator=(const Deadline&) = delete;
-
-    /// Calls `action` once, `delay` from now; replaces what was set before.
-    void set(std::chrono::milliseconds delay, std::function<void()> action);
-    void clear();
-
-  private:
-    friend class PollLoop;
-
-    PollLoop& loop_;
-    std::chrono::steady_clock::time_point moment_;
-    std::function<void()> action_;
 };
 
 }  // namespace tarvik::linuxdesktop

@@ -1,0 +1,48 @@
+#include "platform/linux/loop/EventLoop.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace tarvik::linuxdesktop {
+
+std::optional<SteadyTime> EventLoop::nextDeadline() const {
+    if (deadlines_.empty()) {
+        return std::nullopt;
+    }
+    return std::ranges::min(deadlines_, {}, &Deadline::time_)->time_;
+}
+
+void EventLoop::runDeadlines() {
+    const auto now = std::chrono::steady_clock::now();
+    const auto isDue = [&](const Deadline* deadline) { return deadline->time_ <= now; };
+    for (auto due = std::ranges::find_if(deadlines_, isDue); due != deadlines_.end();
+         due = std::ranges::find_if(deadlines_, isDue)) {
+        Deadline& deadline = **due;
+        deadlines_.erase(due);
+        // Before the action, which may run a nested loop.
+        onDeadlinesChanged();
+        std::exchange(deadline.action_, nullptr)();
+    }
+}
+
+void Deadline::set(SteadyTime time, std::function<void()> action) {
+    std::erase(loop_.deadlines_, this);
+    // A time that has passed counts as now, so that an action that sets it again ends its turn.
+    time_ = std::max(time, std::chrono::steady_clock::now());
+    action_ = std::move(action);
+    loop_.deadlines_.push_back(this);
+    loop_.onDeadlinesChanged();
+}
+
+void Deadline::set(std::chrono::milliseconds delay, std::function<void()> action) {
+    set(std::chrono::steady_clock::now() + delay, std::move(action));
+}
+
+void Deadline::clear() {
+    if (std::erase(loop_.deadlines_, this) > 0) {
+        action_ = nullptr;
+        loop_.onDeadlinesChanged();
+    }
+}
+
+}  // namespace tarvik::linuxdesktop
