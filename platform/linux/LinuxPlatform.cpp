@@ -32,7 +32,7 @@ LinuxPlatform::LinuxPlatform(int& argumentCount, char** arguments, InstanceClaim
 void LinuxPlatform::serve(InstanceClaim claim) {
     if (!claim.bus) {
         log_.write("TarvikDictate: a second start goes unnoticed, there is no session bus: " +
-                   claim.trouble);
+                   claim.reason);
         return;
     }
     applicationObject_.emplace(
@@ -77,7 +77,7 @@ std::unique_ptr<Platform> makePlatform(int& argumentCount, char** arguments) {
     }
     if (claim.role == InstanceClaim::Role::refused) {
         std::fprintf(stderr, "TarvikDictate: it runs already and does not come forward: %s\n",
-                     claim.trouble.c_str());
+                     claim.reason.c_str());
         std::exit(EXIT_FAILURE);
     }
     return std::make_unique<linuxdesktop::LinuxPlatform>(argumentCount, arguments,

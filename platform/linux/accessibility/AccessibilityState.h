@@ -7,12 +7,12 @@
 
 namespace tarvik::linuxdesktop {
 
-/// What is known of the desktop: the worker writes it, the main thread reads it. Any thread.
+/// The state of the desktop's accessibility. The worker writes, the main thread reads. Any thread.
 struct AccessibilityState {
     AtomicReference<const FocusSnapshot> focus;
-    /// Programs report their focus.
+    /// Whether programs report their focus.
     std::atomic<bool> isConnected = false;
-    /// The desktop's switch for accessibility.
+    /// Whether accessibility is switched on in the desktop.
     std::atomic<bool> isEnabled = false;
 };
 

@@ -2,10 +2,9 @@
 
 #include <functional>
 #include <memory>
-#include <mutex>
+#include <optional>
 #include <string>
 #include <thread>
-#include <vector>
 
 #include "platform/Accessibility.h"
 #include "platform/Log.h"
@@ -13,28 +12,29 @@
 #include "platform/linux/accessibility/AccessibilityState.h"
 #include "platform/linux/accessibility/AtspiDesktop.h"
 #include "platform/linux/accessibility/AtspiElement.h"
-#include "platform/linux/loop/FileDescriptor.h"
+#include "platform/linux/accessibility/WriteReply.h"
+#include "platform/linux/loop/PollLoop.h"
 
 namespace tarvik::linuxdesktop {
 
-/// The thread that speaks to the accessibility bus. It sleeps until a message or a request comes.
-/// All operations are for the main thread; only write() waits.
+/// The thread that speaks to the session bus and the accessibility bus. It sleeps until a message
+/// or a request comes. Operations are for the main thread; only write() blocks.
 class AccessibilityWorker {
   public:
     /// Starts the thread. `log` outlives the worker.
     explicit AccessibilityWorker(platform::Log& log);
-    /// Ends the thread.
+    /// Ends the thread after the requests before it; they are bounded by their timeouts.
     ~AccessibilityWorker();
     AccessibilityWorker(const AccessibilityWorker&) = delete;
     AccessibilityWorker& operator=(const AccessibilityWorker&) = delete;
 
     const AccessibilityState& state() const { return state_; }
 
-    /// Replaces the selection of an element; answers within 0.5 s.
+    /// Replaces the selection of an element. Blocks up to 0.5 s.
     platform::AXError write(const std::shared_ptr<AtspiElement>& element, const std::string& text);
-    /// Calls `handler` on the worker's thread once the first answers of the desktop are in.
+    /// Calls `handler` on the worker's thread once the first replies of the desktop are in.
     void whenFirstKnown(std::function<void()> handler);
-    /// Looks again for a bus that is missing.
+    /// Connects to a bus that is missing.
     void connect();
     /// Switches accessibility on for the whole desktop.
     void enable();
@@ -42,19 +42,15 @@ class AccessibilityWorker {
     void scan(platform::ProcessIdentifier process);
 
   private:
-    using Job = std::function<void(AtspiDesktop&)>;
-
-    void submit(Job job);
     void run();
-    void runJobs(AtspiDesktop& desktop);
-    void waitForMore(AtspiDesktop& desktop);
+    void runWrite(WriteReply& reply, AtspiElement& element, const std::string& text,
+                  SteadyTime deadline);
 
     platform::Log& log_;
     AccessibilityState state_;
-    FileDescriptor wakeUp_;
-    std::mutex mutex_;
-    std::vector<Job> jobs_;
-    bool isEnding_ = false;
+    PollLoop loop_;
+    /// Worker thread only. There while the loop runs.
+    std::optional<AtspiDesktop> desktop_;
     std::thread thread_;
 };
 

@@ -52,7 +52,7 @@ platform::AXError AtspiAccessibility::copyAttributeValue(const platform::AXUIEle
     if (!process) {
         process = focus->activeProcess;
     }
-    // Our own windows would have to answer while this thread waits for them.
+    // A write to an own window would wait for a reply that this very thread has to give.
     if (!process || *process == getpid()) {
         return platform::axErrorNoValue;
     }

@@ -14,28 +14,28 @@ namespace tarvik::linuxdesktop {
 
 class AccessibilityWorker;
 
-/// Accessibility over AT-SPI. A thread of its own speaks D-Bus and follows the focus all the time,
-/// because a pressed hotkey takes the focus away before anybody could ask who had it.
+/// Accessibility over AT-SPI. A thread of its own speaks D-Bus and tracks the focus all the time:
+/// once the hotkey is pressed it is too late to ask, because the key grab takes the focus away.
 ///
-/// Main thread only. The constructor returns at once; what the desktop answers is known a few
-/// milliseconds later, and until then nothing is focused and nobody is trusted. A missing or lost
-/// bus is one line in the log; it is joined again when it is back.
+/// Main thread only. The constructor does not block. The desktop's replies come a few milliseconds
+/// later; until then nothing is focused and no process is trusted. A missing or lost bus costs one
+/// line in the log and is joined again when it is back.
 class AtspiAccessibility final : public platform::Accessibility {
   public:
-    /// The process whose window has the keyboard, as the display tells it; empty when it is not
-    /// known. Called on the main thread; does not wait.
+    /// The process whose window has the keyboard, as the display knows it; empty when unknown.
+    /// Called on the main thread; does not block.
     using ProcessInFront = std::function<std::optional<platform::ProcessIdentifier>()>;
-    /// Whether keys can be typed into other programs. Called on the main thread; does not wait.
+    /// Whether keys can be typed into other programs. Called on the main thread; does not block.
     using CanType = std::function<bool()>;
 
-    /// `log` outlives this object. With an empty `processInFront` answer, the program that last
-    /// activated a window counts as the one in front.
+    /// `log` outlives this object. While `processInFront` returns nothing, the program that last
+    /// activated a window counts as the process in front.
     AtspiAccessibility(platform::Log& log, ProcessInFront processInFront, CanType canType);
-    /// Ends the thread; waits for what it does at the moment, never for another program.
+    /// Ends the thread. Blocks until its current request is done.
     ~AtspiAccessibility() override;
 
-    /// Calls `handler` once, on a thread of the service's own, where it does not wait: as soon as
-    /// it is known whether the process is trusted, be it because something is missing for it.
+    /// Calls `handler` once, on the service's thread, as soon as it is known whether the process is
+    /// trusted. A missing bus counts as known. `handler` does not block.
     void whenFirstKnown(std::function<void()> handler);
 
     platform::AXUIElementRef createSystemWide() override;
@@ -45,8 +45,8 @@ class AtspiAccessibility final : public platform::Accessibility {
     platform::AXError setAttributeValue(const platform::AXUIElementRef& element,
                                         std::string_view attribute,
                                         const std::string& text) override;
-    /// True while the desktop's accessibility is switched on, its bus answers, and keys can be
-    /// typed.
+    /// True while the desktop's accessibility is switched on, programs report to its bus, and keys
+    /// can be typed.
     bool isProcessTrusted() override;
     bool isProcessTrustedWithOptions(bool prompt) override;
 

@@ -4,121 +4,114 @@
 
 namespace tarvik::linuxdesktop {
 
-AtspiDesktop::AtspiDesktop(platform::Log& log, AccessibilityState& state)
-    : log_(log), state_(state) {
+AtspiDesktop::AtspiDesktop(EventLoop& loop, platform::Log& log, AccessibilityState& state)
+    : loop_(loop), log_(log), state_(state) {
     connect();
 }
 
 AtspiDesktop::~AtspiDesktop() {
-    leaveRegistry();
-}
-
-std::vector<MessageBus*> AtspiDesktop::buses() {
-    std::vector<MessageBus*> buses;
-    if (session_) {
-        buses.push_back(&session_->bus());
-    }
-    if (registry_) {
-        buses.push_back(&registry_->bus());
-    }
-    return buses;
-}
-
-void AtspiDesktop::dispatch() {
-    if (session_ && !session_->bus().dispatch()) {
-        session_.reset();
-        state_.isEnabled = false;
-        complain("the session bus is lost");
-    }
-    if (std::optional<std::string> address = std::exchange(newAddress_, std::nullopt)) {
-        joinRegistry(*address);
-    }
-    if (registry_ && !registry_->bus().dispatch()) {
-        const bool wasConnected = state_.isConnected;
-        leaveRegistry();
-        complain("the accessibility bus is lost");
-        // It may be another one by now. One that never worked would be asked for without end.
-        if (session_ && wasConnected) {
-            session_->askForAddress();
-        }
-    }
-    announceWhatIsKnown();
-}
-
-void AtspiDesktop::whenFirstKnown(std::function<void()> handler) {
-    awaitingFirst_.push_back(std::move(handler));
-}
-
-void AtspiDesktop::announceWhatIsKnown() {
-    if (isInTrouble_ || (knowsSwitch_ && state_.isConnected)) {
-        for (const auto& handler : std::exchange(awaitingFirst_, {})) {
-            handler();
-        }
-    }
+    disconnectRegistry();
 }
 
 void AtspiDesktop::connect() {
     if (!session_) {
-        session_ = AtspiSession::open(sessionHandlers());
+        session_ = AtspiSession::open(loop_, sessionHandlers());
         if (!session_) {
-            complain("there is no session bus");
+            reportError("there is no session bus");
         }
     } else if (!registry_) {
-        session_->askForAddress();
+        session_->queryAddress();
     }
 }
 
 AtspiSession::Handlers AtspiDesktop::sessionHandlers() {
     return {[this](bool isEnabled) {
                 state_.isEnabled = isEnabled;
-                knowsSwitch_ = true;
+                isEnabledKnown_ = true;
+                callFirstKnownHandlers();
             },
-            [this](std::string address) { newAddress_ = std::move(address); },
+            [this](const std::string& address) { connectRegistry(address); },
             [this] {
-                if (std::exchange(isWorthStarting_, false)) {
-                    session_->askForAddress();
+                if (std::exchange(canRestartLauncher_, false)) {
+                    session_->queryAddress();
                 }
             },
             [this](const std::string& reason) {
-                complain("there is no accessibility bus: " + reason);
-            }};
+                reportError("there is no accessibility bus: " + reason);
+            },
+            [this] { onSessionLost(); }};
 }
 
-void AtspiDesktop::joinRegistry(const std::string& address) {
+AtspiRegistry::Handlers AtspiDesktop::registryHandlers() {
+    return {[this](std::shared_ptr<const FocusSnapshot> focus) {
+                state_.focus.store(std::move(focus));
+            },
+            [this](bool isRegistered, const std::string& reason) {
+                state_.isConnected = isRegistered;
+                if (isRegistered) {
+                    canRestartLauncher_ = true;
+                    isErrorReported_ = false;
+                    callFirstKnownHandlers();
+                } else {
+                    reportError("programs do not report their focus: " + reason);
+                }
+            },
+            [this] { onRegistryLost(); }};
+}
+
+void AtspiDesktop::connectRegistry(const std::string& address) {
     if (registry_ && address == address_) {
         return;
     }
-    leaveRegistry();
+    disconnectRegistry();
     address_ = address;
     state_.focus.store(std::make_shared<const FocusSnapshot>());
-    registry_ = AtspiRegistry::open(
-        address, {[this](std::shared_ptr<const FocusSnapshot> focus) {
-                      state_.focus.store(std::move(focus));
-                  },
-                  [this](bool isRegistered, const std::string& reason) {
-                      state_.isConnected = isRegistered;
-                      if (isRegistered) {
-                          isWorthStarting_ = true;
-                          isInTrouble_ = false;
-                      } else {
-                          complain("programs do not report their focus: " + reason);
-                      }
-                  }});
+    registry_ = AtspiRegistry::open(loop_, address, registryHandlers());
     if (!registry_) {
-        complain("the accessibility bus cannot be joined at " + address);
+        reportError("the accessibility bus cannot be joined at " + address);
     }
 }
 
-void AtspiDesktop::leaveRegistry() {
+void AtspiDesktop::disconnectRegistry() {
     registry_.reset();
     state_.isConnected = false;
     state_.focus.store(nullptr);
 }
 
-void AtspiDesktop::complain(const std::string& trouble) {
-    // What follows from the first trouble, until all is well again, says nothing new.
-    if (!std::exchange(isInTrouble_, true)) {
-        log_.write("TarvikDictate: accessibility — " + trouble);
+void AtspiDesktop::onSessionLost() {
+    session_.reset();
+    state_.isEnabled = false;
+    reportError("the session bus is lost");
+}
+
+void AtspiDesktop::onRegistryLost() {
+    const bool wasConnected = state_.isConnected;
+    disconnectRegistry();
+    reportError("the accessibility bus is lost");
+    // The address may be another one by now. A bus that never worked would be queried for ever.
+    if (session_ && wasConnected) {
+        session_->queryAddress();
+    }
+}
+
+void AtspiDesktop::reportError(const std::string& reason) {
+    // Until all is well again, further errors follow from the first one.
+    if (!std::exchange(isErrorReported_, true)) {
+        log_.write("TarvikDictate: accessibility — " + reason);
+    }
+    callFirstKnownHandlers();
+}
+
+void AtspiDesktop::whenFirstKnown(std::function<void()> handler) {
+    firstKnownHandlers_.push_back(std::move(handler));
+    callFirstKnownHandlers();
+}
+
+void AtspiDesktop::callFirstKnownHandlers() {
+    if (isErrorReported_ || (isEnabledKnown_ && state_.isConnected)) {
+        for (const auto& handler : std::exchange(firstKnownHandlers_, {})) {
+            handler();
+        }
     }
 }
 

@@ -2,7 +2,6 @@
 
 #include <functional>
 #include <memory>
-#include <optional>
 #include <string>
 #include <vector>
 
@@ -12,61 +11,59 @@
 #include "platform/linux/accessibility/AtspiRegistry.h"
 #include "platform/linux/accessibility/AtspiSession.h"
 #include "platform/linux/bus/MessageBus.h"
+#include "platform/linux/loop/EventLoop.h"
 
 namespace tarvik::linuxdesktop {
 
-/// The connections to the session bus and the accessibility bus, kept up. It belongs to the
-/// worker's thread; nothing it does waits.
+/// The connections to the session bus and to the accessibility bus. Belongs to the worker's thread;
+/// nothing blocks.
 ///
-/// A bus that comes back says so, except for the session bus itself: that one is looked for when
-/// something is asked of it again.
+/// The session bus announces an accessibility bus that comes back. Nothing announces a session bus:
+/// a lost one is looked for at the next connect().
 class AtspiDesktop {
   public:
-    /// Both outlive the desktop, which writes the one and keeps the other true.
-    AtspiDesktop(platform::Log& log, AccessibilityState& state);
+    /// Connects. Keeps `state` up to date. All three outlive the desktop.
+    AtspiDesktop(EventLoop& loop, platform::Log& log, AccessibilityState& state);
     ~AtspiDesktop();
     AtspiDesktop(const AtspiDesktop&) = delete;
     AtspiDesktop& operator=(const AtspiDesktop&) = delete;
 
-    /// The connections that a loop waits for.
-    std::vector<MessageBus*> buses();
-    /// Handles everything that has come.
-    void dispatch();
-
-    /// Looks again for what is missing.
+    /// Connects to a bus that is missing.
     void connect();
-    /// Calls `handler`, inside dispatch(), once it is known whether accessibility is switched on
-    /// and its bus answers, or that something is missing for it.
+    /// Calls `handler` once it is known that accessibility is available, switched on or off, or
+    /// that a bus is missing; at once when that is known already.
     void whenFirstKnown(std::function<void()> handler);
     /// Switches accessibility on for the whole desktop.
     void enable();
     /// Asks the programs of a process what has the focus.
     void scan(platform::ProcessIdentifier process);
-    /// The accessibility bus, while programs report to it.
+    /// The accessibility bus while programs report to it, otherwise null.
     MessageBus* accessibilityBus();
 
   private:
     AtspiSession::Handlers sessionHandlers();
-    void joinRegistry(const std::string& address);
-    void leaveRegistry();
-    void complain(const std::string& trouble);
-    void announceWhatIsKnown();
+    AtspiRegistry::Handlers registryHandlers();
+    void connectRegistry(const std::string& address);
+    void disconnectRegistry();
+    void onSessionLost();
+    void onRegistryLost();
+    void reportError(const std::string& reason);
+    void callFirstKnownHandlers();
 
+    EventLoop& loop_;
     platform::Log& log_;
     AccessibilityState& state_;
     std::unique_ptr<AtspiSession> session_;
     std::unique_ptr<AtspiRegistry> registry_;
     std::string address_;
-    /// An address that came while the accessibility bus may have been at work.
-    std::optional<std::string> newAddress_;
-    /// It has worked since it was last started without being asked for: starting it again without
-    /// this could go on for ever.
-    bool isWorthStarting_ = false;
+    /// Programs have registered since the last restart of the launcher. Without this condition, a
+    /// launcher that always ends would be restarted for ever.
+    bool canRestartLauncher_ = false;
     /// The log says already that something is missing.
-    bool isInTrouble_ = false;
-    /// The desktop has told where its switch stands.
-    bool knowsSwitch_ = false;
-    std::vector<std::function<void()>> awaitingFirst_;
+    bool isErrorReported_ = false;
+    /// The desktop has told whether accessibility is switched on.
+    bool isEnabledKnown_ = false;
+    std::vector<std::function<void()>> firstKnownHandlers_;
 };
 
 }  // namespace tarvik::linuxdesktop

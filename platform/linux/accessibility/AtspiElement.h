@@ -8,6 +8,7 @@
 
 #include "platform/Accessibility.h"
 #include "platform/Workspace.h"
+#include "platform/linux/accessibility/AtspiProtocol.h"
 #include "platform/linux/bus/MessageBus.h"
 
 namespace tarvik::linuxdesktop {
@@ -17,18 +18,18 @@ class AtspiApplication {
   public:
     explicit AtspiApplication(std::string name) : busName(std::move(name)) {}
 
-    /// Where every program keeps the object that stands for all of it.
-    BusObject root() const { return {busName, "/org/a11y/atspi/accessible/root"}; }
+    BusObject root() const { return {busName, atspi::rootPath}; }
 
     const std::string busName;
-    /// It did not answer, or said that it had done what it had not. Set for good. Any thread.
+    /// The program did not reply, or confirmed a change that it had not made. Never reset. Any
+    /// thread.
     std::atomic<bool> isUnreliable = false;
-    /// It has left the bus. Any thread.
+    /// The program has left the bus. Any thread.
     std::atomic<bool> isGone = false;
 
-    /// The rest belongs to the bus's thread. Empty until the bus has told.
+    /// Empty until the bus has replied. The bus's thread only.
     std::optional<platform::ProcessIdentifier> process;
-    /// What its widgets are made with; empty until it has told.
+    /// The program's toolkit; empty until the program has replied. The bus's thread only.
     std::string toolkit;
 };
 
@@ -42,8 +43,8 @@ class AtspiElement final : public platform::AXUIElement {
 
     const std::shared_ptr<AtspiApplication> application;
     const std::string path;
-    /// Whether it offers to have its text changed; empty until it has told. It belongs to the
-    /// bus's thread.
+    /// Whether the widget's text can be changed; empty until the program has replied. The bus's
+    /// thread only.
     std::optional<bool> isEditableText;
 };
 

@@ -2,36 +2,36 @@
 
 #include <string_view>
 
-namespace tarvik::linuxdesktop::accessible {
+namespace tarvik::linuxdesktop::atspi {
 
-std::optional<States> statesIn(sd_bus_message* answer) {
+std::optional<StateSet> stateSetIn(sd_bus_message* reply) {
     std::uint32_t low = 0;
     std::uint32_t high = 0;
-    if (sd_bus_message_read(answer, "au", 2, &low, &high) <= 0) {
+    if (sd_bus_message_read(reply, "au", 2, &low, &high) <= 0) {
         return std::nullopt;
     }
-    return States(low | static_cast<std::uint64_t>(high) << 32U);
+    return StateSet(low | static_cast<std::uint64_t>(high) << 32U);
 }
 
-std::optional<std::vector<BusObject>> childrenIn(sd_bus_message* answer) {
+std::optional<std::vector<BusObject>> childrenIn(sd_bus_message* reply) {
     std::vector<BusObject> children;
-    if (sd_bus_message_enter_container(answer, SD_BUS_TYPE_ARRAY, "(so)") <= 0) {
+    if (sd_bus_message_enter_container(reply, SD_BUS_TYPE_ARRAY, "(so)") <= 0) {
         return std::nullopt;
     }
     const char* owner = nullptr;
     const char* path = nullptr;
-    while (sd_bus_message_read(answer, "(so)", &owner, &path) > 0) {
+    while (sd_bus_message_read(reply, "(so)", &owner, &path) > 0) {
         children.push_back({owner, path});
     }
     return children;
 }
 
-std::optional<bool> isEditableTextIn(sd_bus_message* answer) {
-    if (sd_bus_message_enter_container(answer, SD_BUS_TYPE_ARRAY, "s") <= 0) {
+std::optional<bool> hasEditableTextIn(sd_bus_message* reply) {
+    if (sd_bus_message_enter_container(reply, SD_BUS_TYPE_ARRAY, "s") <= 0) {
         return std::nullopt;
     }
     const char* name = nullptr;
-    while (sd_bus_message_read(answer, "s", &name) > 0) {
+    while (sd_bus_message_read(reply, "s", &name) > 0) {
         if (std::string_view(name) == editableTextInterface) {
             return true;
         }
@@ -39,4 +39,4 @@ std::optional<bool> isEditableTextIn(sd_bus_message* answer) {
     return false;
 }
 
-}  // namespace tarvik::linuxdesktop::accessible
+}  // namespace tarvik::linuxdesktop::atspi

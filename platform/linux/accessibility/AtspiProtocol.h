@@ -4,20 +4,22 @@
 
 #include <cstdint>
 #include <optional>
-#include <string>
 #include <vector>
 
 #include "platform/linux/bus/MessageBus.h"
 
-/// The names of the AT-SPI protocol, and its answers read.
-namespace tarvik::linuxdesktop::accessible {
+/// The AT-SPI protocol: its names, its numbers and the readers of its replies.
+namespace tarvik::linuxdesktop::atspi {
 
 inline constexpr const char* accessibleInterface = "org.a11y.atspi.Accessible";
 inline constexpr const char* applicationInterface = "org.a11y.atspi.Application";
 inline constexpr const char* textInterface = "org.a11y.atspi.Text";
 inline constexpr const char* editableTextInterface = "org.a11y.atspi.EditableText";
 
-/// The numbers of states.
+/// Where every program keeps its root object.
+inline constexpr const char* rootPath = "/org/a11y/atspi/accessible/root";
+
+/// The states of a widget that matter here, with their numbers in the protocol.
 enum class State : unsigned {
     active = 1,
     editable = 7,
@@ -28,20 +30,20 @@ enum class State : unsigned {
     readOnly = 43,
 };
 
-/// The states of a widget.
-class States {
+class StateSet {
   public:
-    explicit States(std::uint64_t bits) : bits_(bits) {}
+    explicit StateSet(std::uint64_t bits) : bits_(bits) {}
     bool contains(State state) const { return (bits_ >> static_cast<unsigned>(state) & 1U) != 0; }
 
   private:
     std::uint64_t bits_;
 };
 
-/// The answers of GetState and GetChildren; empty for an error or another type.
-std::optional<States> statesIn(sd_bus_message* answer);
-std::optional<std::vector<BusObject>> childrenIn(sd_bus_message* answer);
-/// Whether the answer of GetInterfaces names the changing of text; empty as above.
-std::optional<bool> isEditableTextIn(sd_bus_message* answer);
+/// The content of a reply to GetState; empty for an error or another type.
+std::optional<StateSet> stateSetIn(sd_bus_message* reply);
+/// The content of a reply to GetChildren; empty for an error or another type.
+std::optional<std::vector<BusObject>> childrenIn(sd_bus_message* reply);
+/// Whether a reply to GetInterfaces names EditableText; empty for an error or another type.
+std::optional<bool> hasEditableTextIn(sd_bus_message* reply);
 
-}  // namespace tarvik::linuxdesktop::accessible
+}  // namespace tarvik::linuxdesktop::atspi

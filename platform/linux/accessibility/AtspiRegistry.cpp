@@ -8,19 +8,23 @@ namespace tarvik::linuxdesktop {
 namespace {
 
 // Long enough for a registry that has to be started first.
-constexpr std::chrono::seconds patienceWithRegistry{20};
+constexpr std::chrono::seconds registryTimeout{20};
 
 const BusObject registry{"org.a11y.atspi.Registry", "/org/a11y/atspi/registry"};
 constexpr const char* registryInterface = "org.a11y.atspi.Registry";
 
 }  // namespace
 
-std::unique_ptr<AtspiRegistry> AtspiRegistry::open(const std::string& address, Handlers handlers) {
-    std::unique_ptr<MessageBus> bus = MessageBus::open(address);
+std::unique_ptr<AtspiRegistry> AtspiRegistry::open(EventLoop& loop, const std::string& address,
+                                                   Handlers handlers) {
+    auto bus = MessageBus::open(address);
     if (!bus) {
         return nullptr;
     }
-    std::unique_ptr<AtspiRegistry> opened(new AtspiRegistry(std::move(bus), std::move(handlers)));
+    std::unique_ptr<AtspiRegistry> opened(
+        new AtspiRegistry(std::move(bus).value(), std::move(handlers)));
+    opened->bus_->attach(loop,
+                         [onLost = opened->handlers_.onLost](const Error& /*error*/) { onLost(); });
     opened->registerEvents();
     return opened;
 }
@@ -32,7 +36,7 @@ AtspiRegistry::AtspiRegistry(std::unique_ptr<MessageBus> bus, Handlers handlers)
         "member='NameOwnerChanged',arg0='org.a11y.atspi.Registry',arg2=''",
         [this](sd_bus_message* /*signal*/) {
             handlers_.onRegistered(false, "the registry has ended");
-            // The call starts a new one, which knows nothing of what the old one was told.
+            // The call starts a new registry, which knows nothing of earlier registrations.
             registerEvents();
         });
 }
@@ -40,17 +44,17 @@ AtspiRegistry::AtspiRegistry(std::unique_ptr<MessageBus> bus, Handlers handlers)
 void AtspiRegistry::registerEvents() {
     for (const char* event : {"window:activate", "window:deactivate"}) {
         bus_->call(bus_->newCall(registry, registryInterface, "RegisterEvent", "s", event),
-                   patienceWithRegistry, [](sd_bus_message* /*answer*/) {
-                       // The last registration answers for all of them.
+                   registryTimeout, [](sd_bus_message* /*reply*/) {
+                       // The reply to the last registration stands for all of them.
                    });
     }
     bus_->call(bus_->newCall(registry, registryInterface, "RegisterEvent", "s",
                              "object:state-changed:focused"),
-               patienceWithRegistry, [this](sd_bus_message* answer) { onAnswer(answer); });
+               registryTimeout, [this](sd_bus_message* reply) { onRegisterReply(reply); });
 }
 
-void AtspiRegistry::onAnswer(sd_bus_message* answer) {
-    if (const sd_bus_error* error = sd_bus_message_get_error(answer)) {
+void AtspiRegistry::onRegisterReply(sd_bus_message* reply) {
+    if (const sd_bus_error* error = sd_bus_message_get_error(reply)) {
         handlers_.onRegistered(false, error->message ? error->message : error->name);
         return;
     }

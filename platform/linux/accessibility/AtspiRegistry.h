@@ -6,22 +6,27 @@
 
 #include "platform/linux/accessibility/FocusTracker.h"
 #include "platform/linux/bus/MessageBus.h"
+#include "platform/linux/loop/EventLoop.h"
 
 namespace tarvik::linuxdesktop {
 
-/// A connection to the accessibility bus on which programs report their focus. It belongs to one
-/// thread.
+/// A connection to the accessibility bus on which programs report their focus. It belongs to the
+/// thread of its loop; nothing blocks.
 class AtspiRegistry {
   public:
+    /// Called in turns of the loop or inside the bus's dispatchUntil().
     struct Handlers {
         FocusTracker::OnChange onFocus;
-        /// Whether programs have been asked to report; gets the reason when they could not be.
+        /// Whether programs have been asked to report; gets the reason when they have not.
         std::function<void(bool, std::string)> onRegistered;
+        /// The accessibility bus is lost. May destroy the object.
+        std::function<void()> onLost;
     };
 
-    /// Joins the bus at `address`; the handlers are called inside dispatch() of bus(). Empty when
-    /// there is no bus.
-    static std::unique_ptr<AtspiRegistry> open(const std::string& address, Handlers handlers);
+    /// Connects to the bus at `address` and registers for events. Empty when nobody listens there.
+    /// `loop` outlives the object.
+    static std::unique_ptr<AtspiRegistry> open(EventLoop& loop, const std::string& address,
+                                               Handlers handlers);
     AtspiRegistry(const AtspiRegistry&) = delete;
     AtspiRegistry& operator=(const AtspiRegistry&) = delete;
 
@@ -31,7 +36,7 @@ class AtspiRegistry {
   private:
     AtspiRegistry(std::unique_ptr<MessageBus> bus, Handlers handlers);
     void registerEvents();
-    void onAnswer(sd_bus_message* answer);
+    void onRegisterReply(sd_bus_message* reply);
 
     Handlers handlers_;
     std::unique_ptr<MessageBus> bus_;

@@ -4,36 +4,44 @@
 #include <string_view>
 #include <utility>
 
+#include "platform/linux/bus/BusReplies.h"
+
 namespace tarvik::linuxdesktop {
 
 namespace {
 
 // Long enough for a bus that has to be started first.
-constexpr std::chrono::seconds patienceWithBus{20};
+constexpr std::chrono::seconds launchTimeout{20};
 
-const BusObject accessibilityBus{"org.a11y.Bus", "/org/a11y/bus"};
+const BusObject launcher{"org.a11y.Bus", "/org/a11y/bus"};
 constexpr const char* statusInterface = "org.a11y.Status";
 
-std::string errorIn(sd_bus_message* answer) {
-    const sd_bus_error* error = sd_bus_message_get_error(answer);
+std::string errorIn(sd_bus_message* reply) {
+    const sd_bus_error* error = sd_bus_message_get_error(reply);
     return error && error->message ? error->message : "an answer of another kind";
 }
 
 }  // namespace
 
-std::unique_ptr<AtspiSession> AtspiSession::open(Handlers handlers) {
-    std::unique_ptr<MessageBus> bus = MessageBus::openSession();
+std::unique_ptr<AtspiSession> AtspiSession::open(EventLoop& loop, Handlers handlers) {
+    auto bus = MessageBus::openSession();
     if (!bus) {
         return nullptr;
     }
-    std::unique_ptr<AtspiSession> session(new AtspiSession(std::move(bus), std::move(handlers)));
-    session->askForAddress();
-    session->askWhetherEnabled();
+    std::unique_ptr<AtspiSession> session(
+        new AtspiSession(std::move(bus).value(), std::move(handlers)));
+    session->bus_->attach(
+        loop, [onLost = session->handlers_.onLost](const Error& /*error*/) { onLost(); });
+    session->observeLauncher();
+    session->queryAddress();
+    session->queryEnabled();
     return session;
 }
 
 AtspiSession::AtspiSession(std::unique_ptr<MessageBus> bus, Handlers handlers)
-    : handlers_(std::move(handlers)), bus_(std::move(bus)) {
+    : handlers_(std::move(handlers)), bus_(std::move(bus)) {}
+
+void AtspiSession::observeLauncher() {
     bus_->observe(
         "type='signal',sender='org.freedesktop.DBus',interface='org.freedesktop.DBus',"
         "member='NameOwnerChanged',arg0='org.a11y.Bus'",
@@ -45,11 +53,11 @@ AtspiSession::AtspiSession(std::unique_ptr<MessageBus> bus, Handlers handlers)
                 return;
             }
             if (*newOwner) {
-                askForAddress();
-                askWhetherEnabled();
+                queryAddress();
+                queryEnabled();
             } else {
                 handlers_.onEnabled(false);
-                handlers_.onEnded();
+                handlers_.onLauncherEnded();
             }
         });
     bus_->observe(
@@ -58,27 +66,26 @@ AtspiSession::AtspiSession(std::unique_ptr<MessageBus> bus, Handlers handlers)
         [this](sd_bus_message* signal) { onPropertiesChanged(signal); });
 }
 
-void AtspiSession::askForAddress() {
-    if (isAsking_) {
+void AtspiSession::queryAddress() {
+    if (isQueryPending_) {
         return;
     }
-    isAsking_ = bus_->call(bus_->newCall(accessibilityBus, "org.a11y.Bus", "GetAddress"),
-                           patienceWithBus, [this](sd_bus_message* answer) {
-                               isAsking_ = false;
-                               const char* address = nullptr;
-                               if (sd_bus_message_read(answer, "s", &address) > 0) {
-                                   handlers_.onAddress(address);
-                               } else {
-                                   handlers_.onMissing(errorIn(answer));
-                               }
-                           });
+    isQueryPending_ = bus_->call(bus_->newCall(launcher, "org.a11y.Bus", "GetAddress"),
+                                 launchTimeout, [this](sd_bus_message* reply) {
+                                     isQueryPending_ = false;
+                                     if (const auto address = textIn(reply)) {
+                                         handlers_.onAddress(*address);
+                                     } else {
+                                         handlers_.onMissing(errorIn(reply));
+                                     }
+                                 });
 }
 
-void AtspiSession::askWhetherEnabled() {
-    bus_->call(bus_->newPropertyCall(accessibilityBus, statusInterface, "IsEnabled"),
-               patienceWithBus, [this](sd_bus_message* answer) {
+void AtspiSession::queryEnabled() {
+    bus_->call(bus_->newPropertyCall(launcher, statusInterface, "IsEnabled"), launchTimeout,
+               [this](sd_bus_message* reply) {
                    // A desktop without the switch has nothing switched on.
-                   handlers_.onEnabled(truthIn(answer).value_or(false));
+                   handlers_.onEnabled(booleanPropertyIn(reply).value_or(false));
                });
 }
 
@@ -95,7 +102,7 @@ void AtspiSession::onPropertiesChanged(sd_bus_message* signal) {
         }
         if (std::string_view(name) != "IsEnabled") {
             sd_bus_message_skip(signal, "v");
-        } else if (const auto isEnabled = truthIn(signal)) {
+        } else if (const auto isEnabled = booleanPropertyIn(signal)) {
             handlers_.onEnabled(*isEnabled);
         }
         sd_bus_message_exit_container(signal);
@@ -103,7 +110,7 @@ void AtspiSession::onPropertiesChanged(sd_bus_message* signal) {
 }
 
 void AtspiSession::enable() {
-    bus_->send(bus_->newCall(accessibilityBus, "org.freedesktop.DBus.Properties", "Set", "ssv",
+    bus_->send(bus_->newCall(launcher, "org.freedesktop.DBus.Properties", "Set", "ssv",
                              statusInterface, "IsEnabled", "b", 1));
 }
 

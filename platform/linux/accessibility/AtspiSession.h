@@ -2,48 +2,50 @@
 
 #include <functional>
 #include <memory>
-#include <optional>
 #include <string>
 
 #include "platform/linux/bus/MessageBus.h"
+#include "platform/linux/loop/EventLoop.h"
 
 namespace tarvik::linuxdesktop {
 
-/// The session bus's view of accessibility: the switch of the desktop and where the accessibility
-/// bus is. It belongs to its bus's thread.
+/// What the session bus knows of accessibility: the desktop's switch, and the address of the
+/// accessibility bus. It belongs to the thread of its loop; nothing blocks.
 class AtspiSession {
   public:
+    /// Called in turns of the loop.
     struct Handlers {
         /// Whether accessibility is switched on, at first and at every change.
         std::function<void(bool)> onEnabled;
-        /// Where the accessibility bus is, each time it has been asked for or started anew.
+        /// The address of the accessibility bus, after each query and each start of that bus.
         std::function<void(std::string)> onAddress;
-        /// What started the accessibility bus has ended.
-        std::function<void()> onEnded;
+        /// The launcher of the accessibility bus has ended.
+        std::function<void()> onLauncherEnded;
         /// There is no accessibility bus; gets the reason.
         std::function<void(std::string)> onMissing;
+        /// The session bus is lost. May destroy the object.
+        std::function<void()> onLost;
     };
 
-    /// Joins the session bus and asks; the handlers are called inside dispatch() of bus(). Empty
-    /// when there is no session bus.
-    static std::unique_ptr<AtspiSession> open(Handlers handlers);
+    /// Connects to the session bus and sends the first queries. Empty when there is no session bus.
+    /// `loop` outlives the object.
+    static std::unique_ptr<AtspiSession> open(EventLoop& loop, Handlers handlers);
     AtspiSession(const AtspiSession&) = delete;
     AtspiSession& operator=(const AtspiSession&) = delete;
 
-    MessageBus& bus() { return *bus_; }
-
-    /// Asks where the accessibility bus is, which starts it where that is possible.
-    void askForAddress();
+    /// Asks for the address of the accessibility bus. The query starts that bus where possible.
+    void queryAddress();
     /// Switches accessibility on for the whole desktop.
     void enable();
 
   private:
     AtspiSession(std::unique_ptr<MessageBus> bus, Handlers handlers);
-    void askWhetherEnabled();
+    void observeLauncher();
+    void queryEnabled();
     void onPropertiesChanged(sd_bus_message* signal);
 
     Handlers handlers_;
-    bool isAsking_ = false;
+    bool isQueryPending_ = false;
     std::unique_ptr<MessageBus> bus_;
 };
 

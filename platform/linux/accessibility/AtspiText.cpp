@@ -7,8 +7,8 @@
 
 namespace tarvik::linuxdesktop {
 
-using accessible::editableTextInterface;
-using accessible::textInterface;
+using atspi::editableTextInterface;
+using atspi::textInterface;
 
 AtspiText::AtspiText(MessageBus& bus, const AtspiElement& element)
     : bus_(&bus), application_(element.application), object_(element.object()) {}
@@ -26,7 +26,8 @@ BusMessage AtspiText::newReading(std::int64_t start, std::int64_t end) const {
 }
 
 BusMessage AtspiText::newInsertion(std::int64_t offset, const std::string& text) const {
-    const auto length = isCountedInUnits() ? countOf(text) : static_cast<std::int64_t>(text.size());
+    const auto length =
+        countsUtf16Units() ? lengthOf(text) : static_cast<std::int64_t>(text.size());
     return bus_->newCall(object_, editableTextInterface, "InsertText", "isi",
                          static_cast<std::int32_t>(offset), text.c_str(),
                          static_cast<std::int32_t>(length));
@@ -41,8 +42,8 @@ BusMessage AtspiText::newCaretMove(std::int64_t offset) const {
                          static_cast<std::int32_t>(offset));
 }
 
-std::int64_t AtspiText::countOf(const std::string& text) const {
-    if (isCountedInUnits()) {
+std::int64_t AtspiText::lengthOf(const std::string& text) const {
+    if (countsUtf16Units()) {
         return static_cast<std::int64_t>(utf16FromUtf8(text).size());
     }
     return std::count_if(text.begin(), text.end(), [](char byte) { return (byte & 0xC0) != 0x80; });
@@ -58,7 +59,7 @@ BusMessage AtspiText::newRangeCall(const char* interface, const char* member, st
                          static_cast<std::int32_t>(end));
 }
 
-bool AtspiText::isCountedInUnits() const {
+bool AtspiText::countsUtf16Units() const {
     return application_->toolkit == "Qt";
 }
 

@@ -3,54 +3,54 @@
 #include <chrono>
 #include <utility>
 
+#include "platform/linux/bus/BusReplies.h"
+
 namespace tarvik::linuxdesktop {
 
-CallBatch::CallBatch(MessageBus& bus, MessageBus::Moment deadline)
-    : bus_(bus), deadline_(deadline) {}
+CallBatch::CallBatch(MessageBus& bus, SteadyTime deadline) : bus_(bus), deadline_(deadline) {}
 
 CallBatch::~CallBatch() {
     progress_->isOver = true;
 }
 
-void CallBatch::takeLateAnswers(std::function<void()> whenComplete) {
-    progress_->whenCompleteLate = std::move(whenComplete);
+void CallBatch::handleLateReplies(std::function<void()> onComplete) {
+    progress_->onLateCompletion = std::move(onComplete);
 }
 
-void CallBatch::add(BusMessage call, std::function<void(sd_bus_message*)> onAnswer) {
+void CallBatch::add(BusMessage call, MessageBus::OnReply onReply) {
     using namespace std::chrono;
-    const auto patience = progress_->whenCompleteLate
-                              ? MessageBus::noTimeout
-                              : duration_cast<microseconds>(deadline_ - steady_clock::now());
+    const auto timeout = progress_->onLateCompletion
+                             ? MessageBus::noTimeout
+                             : duration_cast<microseconds>(deadline_ - steady_clock::now());
     const bool isSent =
-        bus_.call(std::move(call), patience,
-                  [progress = progress_, onAnswer = std::move(onAnswer)](sd_bus_message* answer) {
-                      take(*progress, answer, onAnswer);
+        bus_.call(std::move(call), timeout,
+                  [progress = progress_, onReply = std::move(onReply)](sd_bus_message* reply) {
+                      handle(*progress, reply, onReply);
                   });
     if (isSent) {
-        ++progress_->outstanding;
+        ++progress_->pending;
     } else {
-        progress_->isSilent = true;
+        progress_->hasFailed = true;
     }
 }
 
-void CallBatch::take(Progress& progress, sd_bus_message* answer,
-                     const std::function<void(sd_bus_message*)>& onAnswer) {
-    --progress.outstanding;
-    progress.isSilent = progress.isSilent || isSilence(answer);
-    if (progress.isSilent || (progress.isOver && !progress.whenCompleteLate)) {
+void CallBatch::handle(Progress& progress, sd_bus_message* reply,
+                       const MessageBus::OnReply& onReply) {
+    --progress.pending;
+    progress.hasFailed = progress.hasFailed || isNoReply(reply);
+    if (progress.hasFailed || (progress.isOver && !progress.onLateCompletion)) {
         return;
     }
-    onAnswer(answer);
-    if (progress.isOver && progress.outstanding == 0) {
-        progress.whenCompleteLate();
+    onReply(reply);
+    if (progress.isOver && progress.pending == 0) {
+        progress.onLateCompletion();
     }
 }
 
 bool CallBatch::await() {
-    const auto isAnswered = [this] { return progress_->outstanding == 0; };
-    const auto isDecided = [&] { return progress_->isSilent || isAnswered(); };
+    const auto isDecided = [this] { return progress_->hasFailed || progress_->pending == 0; };
     bus_.dispatchUntil(isDecided, deadline_);
-    return isAnswered() && !progress_->isSilent;
+    return progress_->pending == 0 && !progress_->hasFailed;
 }
 
 }  // namespace tarvik::linuxdesktop

@@ -7,39 +7,41 @@
 
 namespace tarvik::linuxdesktop {
 
-/// Calls that are sent one right after the other and awaited together: one round trip for all. It
-/// belongs to the bus's thread; outside dispatch().
+/// Calls that are sent one right after the other and awaited together, in one round trip. Belongs
+/// to the bus's thread, outside handlers of the bus.
 class CallBatch {
   public:
-    /// `bus` outlives the batch. No call is waited for beyond `deadline`.
-    CallBatch(MessageBus& bus, MessageBus::Moment deadline);
-    /// Answers that come later are dropped, unless takeLateAnswers() was called.
+    /// `bus` outlives the batch. No call is awaited beyond `deadline`.
+    CallBatch(MessageBus& bus, SteadyTime deadline);
+    /// Later replies are dropped, unless handleLateReplies() was called.
     ~CallBatch();
     CallBatch(const CallBatch&) = delete;
     CallBatch& operator=(const CallBatch&) = delete;
 
-    /// Before the calls: has the answers taken however late they come. When await() fails, each
-    /// `onAnswer` is still called, in some later dispatch(), and `whenComplete` after the last of
-    /// them, so both own what they use. Neither is called once the program has left the bus.
-    void takeLateAnswers(std::function<void()> whenComplete);
-    /// Sends a call. `onAnswer` is called inside await(), with an answer or with an error of the
+    /// Gives the calls that follow no timeout, so that a reply is handled however late it comes.
+    /// When await() has failed, a later turn of the loop still calls each `onReply`, and
+    /// `onComplete` after the last one. Both own what they use. Neither is called once the program
+    /// has left the bus.
+    void handleLateReplies(std::function<void()> onComplete);
+    /// Sends a call. `onReply` is called inside await(), with the reply or with an error of the
     /// program's own.
-    void add(BusMessage call, std::function<void(sd_bus_message*)> onAnswer);
-    /// Waits for all answers; false when one did not come, at the deadline at the latest.
+    void add(BusMessage call, MessageBus::OnReply onReply);
+    /// Blocks until every reply is there. False when one is missing at the deadline, or will never
+    /// come.
     bool await();
 
   private:
     struct Progress {
-        int outstanding = 0;
-        bool isSilent = false;
+        int pending = 0;
+        bool hasFailed = false;
         bool isOver = false;
-        std::function<void()> whenCompleteLate;
+        std::function<void()> onLateCompletion;
     };
-    static void take(Progress& progress, sd_bus_message* answer,
-                     const std::function<void(sd_bus_message*)>& onAnswer);
+    static void handle(Progress& progress, sd_bus_message* reply,
+                       const MessageBus::OnReply& onReply);
 
     MessageBus& bus_;
-    MessageBus::Moment deadline_;
+    SteadyTime deadline_;
     std::shared_ptr<Progress> progress_ = std::make_shared<Progress>();
 };
 

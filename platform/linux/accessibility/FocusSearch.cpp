@@ -3,94 +3,97 @@
 #include <chrono>
 #include <utility>
 
+#include "platform/linux/bus/BusReplies.h"
+
 namespace tarvik::linuxdesktop {
 
-using accessible::State;
+using atspi::State;
 
 namespace {
 
-constexpr std::chrono::milliseconds patienceWithWidgets{500};
-constexpr std::size_t mostWidgets = 2000;
-constexpr std::size_t mostInFlight = 32;
+constexpr std::chrono::milliseconds widgetTimeout{500};
+constexpr std::size_t maxWidgets = 2000;
+constexpr std::size_t maxPending = 32;
 
 }  // namespace
 
 void FocusSearch::start(MessageBus& bus, const BusObject& window, OnDone onDone) {
     const auto search = std::make_shared<FocusSearch>(bus, std::move(onDone));
-    search->askForChildren(window);
+    search->queryChildren(window);
 }
 
-void FocusSearch::ask() {
-    while (onDone_ && !waiting_.empty() && inFlight_ < mostInFlight && asked_ < mostWidgets) {
+void FocusSearch::continueSearch() {
+    while (onDone_ && !waiting_.empty() && pending_ < maxPending && queried_ < maxWidgets) {
         const BusObject widget = std::move(waiting_.front());
         waiting_.pop_front();
-        ++asked_;
-        ask(widget);
+        ++queried_;
+        queryStates(widget);
     }
-    if (inFlight_ == 0) {
+    if (pending_ == 0) {
         finish({std::nullopt, waiting_.empty()});
     }
 }
 
-void FocusSearch::ask(const BusObject& widget) {
-    // The calls hold the search: it lives as long as an answer is outstanding.
-    if (bus_.call(bus_.newCall(widget, accessible::accessibleInterface, "GetState"),
-                  patienceWithWidgets, [self = shared_from_this(), widget](sd_bus_message* answer) {
-                      self->onStates(widget, answer);
+// The calls own the search, so the search lives as long as a reply is pending.
+
+void FocusSearch::queryStates(const BusObject& widget) {
+    if (bus_.call(bus_.newCall(widget, atspi::accessibleInterface, "GetState"), widgetTimeout,
+                  [self = shared_from_this(), widget](sd_bus_message* reply) {
+                      self->onStates(widget, reply);
                   })) {
-        ++inFlight_;
+        ++pending_;
     }
 }
 
-void FocusSearch::askForChildren(const BusObject& widget) {
-    if (bus_.call(bus_.newCall(widget, accessible::accessibleInterface, "GetChildren"),
-                  patienceWithWidgets, [self = shared_from_this(), widget](sd_bus_message* answer) {
-                      self->onChildren(widget, answer);
+void FocusSearch::queryChildren(const BusObject& widget) {
+    if (bus_.call(bus_.newCall(widget, atspi::accessibleInterface, "GetChildren"), widgetTimeout,
+                  [self = shared_from_this(), widget](sd_bus_message* reply) {
+                      self->onChildren(widget, reply);
                   })) {
-        ++inFlight_;
+        ++pending_;
     }
 }
 
-void FocusSearch::onStates(const BusObject& widget, sd_bus_message* answer) {
-    --inFlight_;
-    if (!onDone_ || isSilence(answer)) {
+void FocusSearch::onStates(const BusObject& widget, sd_bus_message* reply) {
+    --pending_;
+    if (!onDone_ || isNoReply(reply)) {
         finish({std::nullopt, false});
         return;
     }
-    // A widget that is gone by now answers an error; the others are asked all the same.
-    if (const auto states = accessible::statesIn(answer)) {
+    // A widget that is gone by now replies an error; the others are asked all the same.
+    if (const auto states = atspi::stateSetIn(reply)) {
         if (states->contains(State::focused)) {
             finish({widget.path});
             return;
         }
-        // Some toolkits set only one of the two for what is on the screen.
+        // Some toolkits set only one of the two states for a widget on the screen.
         const bool isSeen = states->contains(State::showing) || states->contains(State::visible);
         if (isSeen && !states->contains(State::managesDescendants)) {
-            askForChildren(widget);
+            queryChildren(widget);
         }
     }
-    ask();
+    continueSearch();
 }
 
-void FocusSearch::onChildren(const BusObject& widget, sd_bus_message* answer) {
-    --inFlight_;
-    if (!onDone_ || isSilence(answer)) {
+void FocusSearch::onChildren(const BusObject& widget, sd_bus_message* reply) {
+    --pending_;
+    if (!onDone_ || isNoReply(reply)) {
         finish({std::nullopt, false});
         return;
     }
-    const auto children = accessible::childrenIn(answer);
-    if (!children && asked_ == 0) {
-        // The window itself is gone, or is not there yet: some programs tell of their focus first.
+    const auto children = atspi::childrenIn(reply);
+    if (!children && queried_ == 0) {
+        // The window itself is gone, or not there yet: some programs report their focus first.
         finish({std::nullopt, false});
         return;
     }
     for (const BusObject& child : children.value_or(std::vector<BusObject>())) {
-        // What another program shows inside this window is that program's own.
+        // A widget of another program inside this window belongs to the other program's search.
         if (child.owner == widget.owner) {
             waiting_.push_back(child);
         }
     }
-    ask();
+    continueSearch();
 }
 
 void FocusSearch::finish(const Result& result) {

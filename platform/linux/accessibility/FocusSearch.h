@@ -12,37 +12,39 @@
 
 namespace tarvik::linuxdesktop {
 
-/// Looks through the widgets of one window for the one that has the focus. It asks a few at a time
-/// and gives up on a program that does not answer and on a window with very many widgets.
+/// A search through the widgets of one window for the widget that has the focus. A limited number
+/// of queries is pending at a time. The search ends early when the program does not reply, or when
+/// the window has very many widgets. Belongs to the bus's thread.
 class FocusSearch final : public std::enable_shared_from_this<FocusSearch> {
   public:
     struct Result {
-        /// Of the widget.
+        /// Of the focused widget.
         std::optional<std::string> path;
-        /// Without a path: nothing in the window has the focus. Otherwise it could not be told.
+        /// Without a path: true when nothing in the window has the focus, false when the search
+        /// ended early.
         bool isConclusive = true;
     };
     using OnDone = std::function<void(const Result&)>;
 
-    /// Starts a search below `window`; `onDone` is called once, inside a later dispatch() of `bus`,
-    /// unless that is destroyed first.
+    /// Starts a search below `window`. `onDone` is called once, in a handler of `bus`, unless `bus`
+    /// is destroyed first.
     static void start(MessageBus& bus, const BusObject& window, OnDone onDone);
 
     FocusSearch(MessageBus& bus, OnDone onDone) : bus_(bus), onDone_(std::move(onDone)) {}
 
   private:
-    void ask();
-    void ask(const BusObject& widget);
-    void askForChildren(const BusObject& widget);
-    void onStates(const BusObject& widget, sd_bus_message* answer);
-    void onChildren(const BusObject& widget, sd_bus_message* answer);
+    void continueSearch();
+    void queryStates(const BusObject& widget);
+    void queryChildren(const BusObject& widget);
+    void onStates(const BusObject& widget, sd_bus_message* reply);
+    void onChildren(const BusObject& widget, sd_bus_message* reply);
     void finish(const Result& result);
 
     MessageBus& bus_;
     OnDone onDone_;
     std::deque<BusObject> waiting_;
-    std::size_t asked_ = 0;
-    std::size_t inFlight_ = 0;
+    std::size_t queried_ = 0;
+    std::size_t pending_ = 0;
 };
 
 }  // namespace tarvik::linuxdesktop

@@ -9,11 +9,12 @@
 
 namespace tarvik::linuxdesktop {
 
-/// What has the focus in each program, as far as it is known. Immutable; any thread.
+/// The focused widget of each program, as far as known. Immutable; any thread.
 struct FocusSnapshot {
-    /// A program that hides its focus while a key is grabbed keeps the widget that had it before.
+    /// A program that hides its focus during a key grab keeps the widget that had the focus before.
     std::map<platform::ProcessIdentifier, std::shared_ptr<AtspiElement>> elements;
-    /// The program whose window is active, when its own word has to do.
+    /// The process that activated its window last. Used where the display does not know the process
+    /// in front.
     std::optional<platform::ProcessIdentifier> activeProcess;
 };
 

@@ -7,19 +7,20 @@
 
 #include "platform/linux/accessibility/AtspiProtocol.h"
 #include "platform/linux/accessibility/FocusSearch.h"
+#include "platform/linux/bus/BusReplies.h"
 
 namespace tarvik::linuxdesktop {
 
-using accessible::State;
+using atspi::State;
 
 namespace {
 
-constexpr std::chrono::milliseconds patience{500};
-// A program that is just starting answers only once it has started.
-constexpr std::chrono::seconds patienceWithNewcomers{10};
+constexpr std::chrono::milliseconds replyTimeout{500};
+// A program that is just starting replies only once it has started.
+constexpr std::chrono::seconds startupTimeout{10};
 
 const BusObject busItself{"org.freedesktop.DBus", "/org/freedesktop/DBus"};
-const BusObject allPrograms{"org.a11y.atspi.Registry", "/org/a11y/atspi/accessible/root"};
+const BusObject allPrograms{"org.a11y.atspi.Registry", atspi::rootPath};
 
 BusObject senderOf(sd_bus_message* signal) {
     const char* sender = sd_bus_message_get_sender(signal);
@@ -35,7 +36,7 @@ FocusTracker::FocusTracker(MessageBus& bus, OnChange onChange)
         "type='signal',interface='org.a11y.atspi.Event.Object',member='StateChanged',"
         "arg0='focused'",
         [this](sd_bus_message* signal) { onStateChanged(signal); });
-    // Toolkits do not agree on how the names are spelt.
+    // Toolkits do not agree on the spelling of the names.
     for (const char* member : {"Activate", "activate"}) {
         bus_.observe("type='signal',interface='org.a11y.atspi.Event.Window',member='" +
                          std::string(member) + "'",
@@ -49,14 +50,14 @@ FocusTracker::FocusTracker(MessageBus& bus, OnChange onChange)
     bus_.observe(
         "type='signal',interface='org.a11y.atspi.Event.Object',member='ChildrenChanged',"
         "path='/org/a11y/atspi/accessible/root',arg0='add'",
-        [this](sd_bus_message* signal) { onJoined(signal); });
+        [this](sd_bus_message* signal) { onProgramAdded(signal); });
     bus_.observe(
         "type='signal',sender='org.freedesktop.DBus',interface='org.freedesktop.DBus',"
         "member='NameOwnerChanged',arg2=''",
         [this](sd_bus_message* signal) {
             const char* name = nullptr;
             if (sd_bus_message_read(signal, "s", &name) > 0) {
-                onLeft(name);
+                onProgramGone(name);
             }
         });
 }
@@ -68,9 +69,9 @@ FocusTracker::~FocusTracker() {
 }
 
 void FocusTracker::scan() {
-    bus_.call(bus_.newCall(allPrograms, accessible::accessibleInterface, "GetChildren"), patience,
-              [this](sd_bus_message* answer) {
-                  const auto roots = accessible::childrenIn(answer);
+    bus_.call(bus_.newCall(allPrograms, atspi::accessibleInterface, "GetChildren"), replyTimeout,
+              [this](sd_bus_message* reply) {
+                  const auto roots = atspi::childrenIn(reply);
                   for (const BusObject& root : roots.value_or(std::vector<BusObject>())) {
                       scanProgram(root.owner);
                   }
@@ -88,8 +89,8 @@ void FocusTracker::scan(platform::ProcessIdentifier process) {
 void FocusTracker::onStateChanged(sd_bus_message* signal) {
     const char* state = nullptr;
     std::int32_t isSet = 0;
-    // A lost focus is no news: it comes with every key grab, and the widget that gets the focus
-    // next says so itself.
+    // A lost focus is ignored: every key grab causes one, and the widget that gets the focus next
+    // sends an event of its own.
     if (sd_bus_message_read(signal, "si", &state, &isSet) > 0 && isSet == 1) {
         const BusObject widget = senderOf(signal);
         setFocus(program(widget.owner), widget.path);
@@ -112,7 +113,7 @@ void FocusTracker::onDeactivated(const BusObject& window) {
     }
 }
 
-void FocusTracker::onJoined(sd_bus_message* signal) {
+void FocusTracker::onProgramAdded(sd_bus_message* signal) {
     const char* change = nullptr;
     std::int32_t position = 0;
     std::int32_t unused = 0;
@@ -122,14 +123,14 @@ void FocusTracker::onJoined(sd_bus_message* signal) {
         0) {
         return;
     }
-    // Only the registry's children are other programs; a program's own new window tells by itself
-    // when it is activated.
+    // Only the registry's children are programs. The child of a program is a window, which sends an
+    // event when it is activated.
     if (owner != senderOf(signal).owner) {
         scanProgram(owner);
     }
 }
 
-void FocusTracker::onLeft(const std::string& busName) {
+void FocusTracker::onProgramGone(const std::string& busName) {
     const auto left = programs_.find(busName);
     if (left == programs_.end()) {
         return;
@@ -151,29 +152,29 @@ FocusTracker::Program& FocusTracker::program(const std::string& busName) {
     found.application = std::make_shared<AtspiApplication>(busName);
     bus_.call(bus_.newCall(busItself, "org.freedesktop.DBus", "GetConnectionUnixProcessID", "s",
                            busName.c_str()),
-              patience, [this, application = found.application](sd_bus_message* answer) {
+              replyTimeout, [this, application = found.application](sd_bus_message* reply) {
                   std::uint32_t process = 0;
-                  if (sd_bus_message_read(answer, "u", &process) > 0) {
+                  if (sd_bus_message_read(reply, "u", &process) > 0) {
                       application->process = static_cast<platform::ProcessIdentifier>(process);
                       publish();
                   } else {
-                      // It left before the bus could be asked, so nobody tells that it leaves.
-                      onLeft(application->busName);
+                      // The program left before this query, so no signal tells of its end.
+                      onProgramGone(application->busName);
                   }
               });
-    bus_.call(bus_.newPropertyCall(found.application->root(), accessible::applicationInterface,
-                                   "ToolkitName"),
-              patienceWithNewcomers, [application = found.application](sd_bus_message* answer) {
-                  application->toolkit = textIn(answer).value_or("");
-              });
+    bus_.call(
+        bus_.newPropertyCall(found.application->root(), atspi::applicationInterface, "ToolkitName"),
+        startupTimeout, [application = found.application](sd_bus_message* reply) {
+            application->toolkit = textPropertyIn(reply).value_or("");
+        });
     return found;
 }
 
 void FocusTracker::scanProgram(const std::string& busName) {
     const BusObject root = program(busName).application->root();
-    bus_.call(bus_.newCall(root, accessible::accessibleInterface, "GetChildren"),
-              patienceWithNewcomers, [this](sd_bus_message* answer) {
-                  const auto windows = accessible::childrenIn(answer);
+    bus_.call(bus_.newCall(root, atspi::accessibleInterface, "GetChildren"), startupTimeout,
+              [this](sd_bus_message* reply) {
+                  const auto windows = atspi::childrenIn(reply);
                   for (const BusObject& window : windows.value_or(std::vector<BusObject>())) {
                       examineWindow(window);
                   }
@@ -181,9 +182,9 @@ void FocusTracker::scanProgram(const std::string& busName) {
 }
 
 void FocusTracker::examineWindow(const BusObject& window) {
-    bus_.call(bus_.newCall(window, accessible::accessibleInterface, "GetState"), patience,
-              [this, window](sd_bus_message* answer) {
-                  const auto states = accessible::statesIn(answer);
+    bus_.call(bus_.newCall(window, atspi::accessibleInterface, "GetState"), replyTimeout,
+              [this, window](sd_bus_message* reply) {
+                  const auto states = atspi::stateSetIn(reply);
                   const auto known = programs_.find(window.owner);
                   if (!states || !states->contains(State::active) || known == programs_.end()) {
                       return;
@@ -198,17 +199,16 @@ void FocusTracker::examineWindow(const BusObject& window) {
 }
 
 void FocusTracker::setFocus(Program& program, const std::string& path) {
-    program.news = ++news_;
+    program.sequence = ++sequence_;
     if (program.focus && program.focus->path == path) {
         return;
     }
     program.focus = std::make_shared<AtspiElement>(program.application, path);
-    // Asked now, it need not be asked while somebody waits for a text to arrive.
-    bus_.call(
-        bus_.newCall(program.focus->object(), accessible::accessibleInterface, "GetInterfaces"),
-        patience, [element = program.focus](sd_bus_message* answer) {
-            element->isEditableText = accessible::isEditableTextIn(answer);
-        });
+    // Queried now, so that no write has to wait for the reply.
+    bus_.call(bus_.newCall(program.focus->object(), atspi::accessibleInterface, "GetInterfaces"),
+              replyTimeout, [element = program.focus](sd_bus_message* reply) {
+                  element->isEditableText = atspi::hasEditableTextIn(reply);
+              });
 }
 
 void FocusTracker::checkFocus(const BusObject& window, bool isSameWindow) {
@@ -218,22 +218,22 @@ void FocusTracker::checkFocus(const BusObject& window, bool isSameWindow) {
         return;
     }
     bus_.call(
-        bus_.newCall(owner.focus->object(), accessible::accessibleInterface, "GetState"), patience,
-        [this, window, isSameWindow, asked = owner.news](sd_bus_message* answer) {
-            const auto states = accessible::statesIn(answer);
+        bus_.newCall(owner.focus->object(), atspi::accessibleInterface, "GetState"), replyTimeout,
+        [this, window, isSameWindow, sequence = owner.sequence](sd_bus_message* reply) {
+            const auto states = atspi::stateSetIn(reply);
             const auto known = programs_.find(window.owner);
-            const bool isNewer = known == programs_.end() || known->second.news != asked;
-            if (!isNewer && !isSilence(answer) && !(states && states->contains(State::focused))) {
+            const bool isNewer = known == programs_.end() || known->second.sequence != sequence;
+            if (!isNewer && !isNoReply(reply) && !(states && states->contains(State::focused))) {
                 searchFocus(window, isSameWindow);
             }
         });
 }
 
 void FocusTracker::searchFocus(const BusObject& window, bool isSameWindow) {
-    const auto onDone = [this, window, isSameWindow,
-                         asked = program(window.owner).news](const FocusSearch::Result& found) {
+    const auto onDone = [this, window, isSameWindow, sequence = program(window.owner).sequence](
+                            const FocusSearch::Result& found) {
         const auto known = programs_.find(window.owner);
-        if (known == programs_.end() || known->second.news != asked) {
+        if (known == programs_.end() || known->second.sequence != sequence) {
             return;
         }
         if (found.path) {
@@ -248,12 +248,12 @@ void FocusTracker::searchFocus(const BusObject& window, bool isSameWindow) {
 
 void FocusTracker::publish() {
     auto snapshot = std::make_shared<FocusSnapshot>();
-    // A process may be several programs on the bus; the one with the latest news counts.
+    // A process may be several programs on the bus. The one with the latest event counts.
     std::map<platform::ProcessIdentifier, std::uint64_t> latest;
     for (const auto& [busName, program] : programs_) {
         const auto process = program.application->process;
-        if (process && program.focus && program.news >= latest[*process]) {
-            latest[*process] = program.news;
+        if (process && program.focus && program.sequence >= latest[*process]) {
+            latest[*process] = program.sequence;
             snapshot->elements[*process] = program.focus;
         }
     }

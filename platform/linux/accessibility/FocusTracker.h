@@ -14,21 +14,22 @@
 
 namespace tarvik::linuxdesktop {
 
-/// Follows the focus in all programs of an accessibility bus. It belongs to the bus's thread.
+/// Tracks the focus in all programs of an accessibility bus. Belongs to the bus's thread; nothing
+/// blocks.
 class FocusTracker {
   public:
     using OnChange = std::function<void(std::shared_ptr<const FocusSnapshot>)>;
 
-    /// Listens from now on. `bus` outlives the tracker and is not dispatched after it is gone;
-    /// `onChange` is called inside dispatch() whenever something has changed.
+    /// Observes the programs from now on. `onChange` is called in handlers of `bus`, after every
+    /// change. `bus` outlives the tracker and runs no handler after the tracker is gone.
     FocusTracker(MessageBus& bus, OnChange onChange);
-    /// All programs have left.
+    /// Marks all programs as gone.
     ~FocusTracker();
     FocusTracker(const FocusTracker&) = delete;
     FocusTracker& operator=(const FocusTracker&) = delete;
 
-    /// Asks every program for its active window and the focus there: nobody tells what was so
-    /// before one listened.
+    /// Asks every program for its active window and the focus in that window. Events tell of
+    /// changes only.
     void scan();
     /// Asks the programs of one process.
     void scan(platform::ProcessIdentifier process);
@@ -37,17 +38,18 @@ class FocusTracker {
     struct Program {
         std::shared_ptr<AtspiApplication> application;
         std::shared_ptr<AtspiElement> focus;
-        /// Grows with each piece of news, so that answers to older questions are recognised.
-        std::uint64_t news = 0;
+        /// The tracker's sequence number at the program's latest focus event. A reply to an older
+        /// query is outdated.
+        std::uint64_t sequence = 0;
         std::string activeWindow;
     };
 
     void onStateChanged(sd_bus_message* signal);
     void onActivated(const BusObject& window);
     void onDeactivated(const BusObject& window);
-    void onJoined(sd_bus_message* signal);
-    void onLeft(const std::string& busName);
-    /// The program of that name, which is got to know if it is new.
+    void onProgramAdded(sd_bus_message* signal);
+    void onProgramGone(const std::string& busName);
+    /// The program of that name, which is added if it is new.
     Program& program(const std::string& busName);
     void scanProgram(const std::string& busName);
     void examineWindow(const BusObject& window);
@@ -60,7 +62,7 @@ class FocusTracker {
     OnChange onChange_;
     std::map<std::string, Program> programs_;
     std::optional<BusObject> activeWindow_;
-    std::uint64_t news_ = 0;
+    std::uint64_t sequence_ = 0;
 };
 
 }  // namespace tarvik::linuxdesktop

@@ -5,34 +5,35 @@
 #include <utility>
 
 #include "platform/linux/accessibility/CallBatch.h"
-#include "platform/linux/accessibility/TextOrders.h"
+#include "platform/linux/accessibility/TextEdits.h"
+#include "platform/linux/bus/BusReplies.h"
 
 namespace tarvik::linuxdesktop {
 
-using accessible::State;
+using atspi::State;
 using platform::AXError;
 using std::chrono::milliseconds;
 using std::chrono::steady_clock;
 
 namespace {
 
-// A program that takes longer for harmless questions would leave no time to see the text arrive.
-constexpr milliseconds patienceForQuestions{300};
-// Some programs take a text over a little after they have said so.
-constexpr milliseconds patienceForArrival{200};
-constexpr milliseconds pauseBetweenLooks{20};
+// A program that takes longer for the queries would leave no time to verify the insertion.
+constexpr milliseconds queryTimeout{300};
+// Some programs carry a change out shortly after they have confirmed it.
+constexpr milliseconds settleTimeout{200};
+constexpr milliseconds settlePollInterval{20};
 
 }  // namespace
 
 TextWrite::TextWrite(MessageBus& bus, AtspiElement& element, const std::string& text,
-                     std::function<void(const std::string&)> onTrouble)
+                     std::function<void(const std::string&)> onUnreliable)
     : bus_(bus),
       element_(element),
       widget_(bus, element),
       text_(text),
-      onTrouble_(std::move(onTrouble)) {}
+      onUnreliable_(std::move(onUnreliable)) {}
 
-AXError TextWrite::run(MessageBus::Moment deadline) {
+AXError TextWrite::run(SteadyTime deadline) {
     deadline_ = deadline;
     if (element_.application->isGone) {
         return platform::axErrorInvalidUIElement;
@@ -40,7 +41,7 @@ AXError TextWrite::run(MessageBus::Moment deadline) {
     if (element_.application->isUnreliable) {
         return platform::axErrorCannotComplete;
     }
-    // A text that no message can carry is found out before anything has been changed.
+    // Checked before anything is changed: whether a message can carry the text.
     if (text_.find('\0') != std::string::npos || !widget_.newInsertion(0, text_)) {
         return platform::axErrorIllegalArgument;
     }
@@ -52,10 +53,9 @@ AXError TextWrite::run(MessageBus::Moment deadline) {
 }
 
 AXError TextWrite::inspect() {
-    const MessageBus::Moment limit =
-        std::min(deadline_, steady_clock::now() + patienceForQuestions);
-    if (!askWhatItIs(limit)) {
-        return giveUpOnSilence();
+    const SteadyTime deadline = std::min(deadline_, steady_clock::now() + queryTimeout);
+    if (!queryCapabilities(deadline)) {
+        return failWithoutReply();
     }
     if (!element_.isEditableText) {
         return platform::axErrorInvalidUIElement;
@@ -64,11 +64,11 @@ AXError TextWrite::inspect() {
         return platform::axErrorAttributeUnsupported;
     }
     if (element_.application->toolkit.empty()) {
-        // Not known what it counts a text in; a wrong guess would put rubbish into the text.
+        // The toolkit decides the unit of offsets; a wrong guess would corrupt the text.
         return platform::axErrorCannotComplete;
     }
-    if (!askForText(limit)) {
-        return giveUpOnSilence();
+    if (!queryText(deadline)) {
+        return failWithoutReply();
     }
     if (!states_ || !count_) {
         return platform::axErrorInvalidUIElement;
@@ -78,49 +78,49 @@ AXError TextWrite::inspect() {
     }
     offset_ = selectionEnd_ > selectionStart_ ? selectionStart_ : caret_.value_or(-1);
     countBefore_ = *count_ - (selectionEnd_ - selectionStart_);
-    // A text that does not hold the caret has no place to insert.
+    // Without a caret there is no offset for the insertion.
     return offset_ >= 0 && countBefore_ >= 0 ? platform::axErrorSuccess : platform::axErrorNoValue;
 }
 
-bool TextWrite::askWhatItIs(MessageBus::Moment limit) {
-    CallBatch questions(bus_, limit);
+bool TextWrite::queryCapabilities(SteadyTime deadline) {
+    CallBatch queries(bus_, deadline);
     if (!element_.isEditableText) {
-        questions.add(newAccessibleCall("GetInterfaces"), [this](sd_bus_message* answer) {
-            element_.isEditableText = accessible::isEditableTextIn(answer);
+        queries.add(newAccessibleCall("GetInterfaces"), [this](sd_bus_message* reply) {
+            element_.isEditableText = atspi::hasEditableTextIn(reply);
         });
     }
     if (element_.application->toolkit.empty()) {
-        questions.add(bus_.newPropertyCall(element_.application->root(),
-                                           accessible::applicationInterface, "ToolkitName"),
-                      [this](sd_bus_message* answer) {
-                          element_.application->toolkit = textIn(answer).value_or("");
-                      });
+        queries.add(bus_.newPropertyCall(element_.application->root(), atspi::applicationInterface,
+                                         "ToolkitName"),
+                    [this](sd_bus_message* reply) {
+                        element_.application->toolkit = textPropertyIn(reply).value_or("");
+                    });
     }
-    return questions.await();
+    return queries.await();
 }
 
-bool TextWrite::askForText(MessageBus::Moment limit) {
-    CallBatch questions(bus_, limit);
-    questions.add(newAccessibleCall("GetState"),
-                  [this](sd_bus_message* answer) { states_ = accessible::statesIn(answer); });
-    askForSelection(questions);
-    questions.add(widget_.newCaretOffset(),
-                  [this](sd_bus_message* answer) { caret_ = integerIn(answer); });
-    questions.add(widget_.newCharacterCount(),
-                  [this](sd_bus_message* answer) { count_ = integerIn(answer); });
-    return questions.await();
+bool TextWrite::queryText(SteadyTime deadline) {
+    CallBatch queries(bus_, deadline);
+    queries.add(newAccessibleCall("GetState"),
+                [this](sd_bus_message* reply) { states_ = atspi::stateSetIn(reply); });
+    addSelectionQueries(queries);
+    queries.add(widget_.newCaretOffset(),
+                [this](sd_bus_message* reply) { caret_ = integerPropertyIn(reply); });
+    queries.add(widget_.newCharacterCount(),
+                [this](sd_bus_message* reply) { count_ = integerPropertyIn(reply); });
+    return queries.await();
 }
 
-void TextWrite::askForSelection(CallBatch& questions) {
-    // The program answers in the order of the calls. What it says about a selection counts only
-    // when it says that there is one; otherwise some answer an error, some a stale range.
-    questions.add(widget_.newSelectionCount(), [this](sd_bus_message* answer) {
-        hasSelection_ = plainIntegerIn(answer).value_or(0) > 0;
+void TextWrite::addSelectionQueries(CallBatch& queries) {
+    // The program replies in the order of the calls. The range counts only when there is a
+    // selection: without one, some programs reply with an error and some with an old range.
+    queries.add(widget_.newSelectionCount(), [this](sd_bus_message* reply) {
+        hasSelection_ = integerIn(reply).value_or(0) > 0;
     });
-    questions.add(widget_.newSelection(), [this](sd_bus_message* answer) {
+    queries.add(widget_.newSelection(), [this](sd_bus_message* reply) {
         std::int32_t start = 0;
         std::int32_t end = 0;
-        if (hasSelection_ && sd_bus_message_read(answer, "ii", &start, &end) > 0) {
+        if (hasSelection_ && sd_bus_message_read(reply, "ii", &start, &end) > 0) {
             selectionStart_ = std::min(start, end);
             selectionEnd_ = std::max(start, end);
         }
@@ -129,9 +129,9 @@ void TextWrite::askForSelection(CallBatch& questions) {
 
 AXError TextWrite::deleteSelection() {
     CallBatch calls(bus_, deadline_);
-    const auto deletion = orderDeletion(calls, bus_, widget_, selectionStart_, selectionEnd_);
+    const auto deletion = addDeletion(calls, bus_, widget_, selectionStart_, selectionEnd_);
     if (!calls.await()) {
-        return giveUpOnSilence();
+        return failWithoutReply();
     }
     count_ = deletion->count;
     const auto isDeleted = [this] { return count_ && *count_ <= countBefore_; };
@@ -141,124 +141,125 @@ AXError TextWrite::deleteSelection() {
     if (!deletion->isAccepted) {
         return platform::axErrorFailure;
     }
-    return hasSettled(isDeleted) ? platform::axErrorSuccess
-                                 : declareUnreliable("does not delete what it says it deletes");
+    return waitUntil(isDeleted) ? platform::axErrorSuccess
+                                : markUnreliable("does not delete what it says it deletes");
 }
 
 AXError TextWrite::insert() {
     CallBatch calls(bus_, deadline_);
-    insertion_ = orderInsertion(calls, bus_, widget_, offset_, countBefore_, text_);
+    insertion_ = addInsertion(calls, bus_, widget_, offset_, countBefore_, text_);
     if (!calls.await()) {
-        return giveUpOnSilence();
+        return failWithoutReply();
     }
     countBefore_ = insertion_->countBefore.value_or(countBefore_);
     count_ = insertion_->count;
     caret_ = insertion_->caret;
-    const AXError status = judge();
+    const AXError status = verifyInsertion();
     if (status == platform::axErrorSuccess) {
-        moveCaret(offset_ + std::max(*count_ - countBefore_, countOfText()));
+        moveCaret(offset_ + std::max(*count_ - countBefore_, lengthOfText()));
     } else {
-        // What is typed now belongs where the selection was.
+        // The text will be typed, and belongs where the selection was.
         moveCaret(offset_);
     }
     return status;
 }
 
-AXError TextWrite::judge() {
-    if (hasArrived() || (insertion_->isAccepted && hasSettled([this] { return hasArrived(); }))) {
+AXError TextWrite::verifyInsertion() {
+    if (isInserted() || (insertion_->isAccepted && waitUntil([this] { return isInserted(); }))) {
         return platform::axErrorSuccess;
     }
-    if (insertion_->isAccepted && isCutOff()) {
-        putBack();
+    if (insertion_->isAccepted && isTruncated()) {
+        restoreTail();
         return platform::axErrorFailure;
     }
-    const std::int64_t inserted = insertion_->inserted(countOfText());
+    const std::int64_t inserted = insertion_->insertedLength(lengthOfText());
     if (inserted == 0) {
-        return insertion_->isAccepted ? declareUnreliable("does not insert what it says it inserts")
+        return insertion_->isAccepted ? markUnreliable("does not insert what it says it inserts")
                                       : platform::axErrorFailure;
     }
-    // Part of it arrived: a field with a greatest length, for one.
-    deleteInserted(inserted);
+    // Part of the text was inserted, for example into a field with a length limit.
+    sendDeletion(inserted);
     return platform::axErrorFailure;
 }
 
-// Qt's line edit takes the whole text anew, and cuts its end off at its greatest length.
-bool TextWrite::isCutOff() {
-    if (!count_ || !insertion_->behind ||
-        widget_.countOf(*insertion_->behind) != countBefore_ - offset_) {
+// Qt's line edit sets its whole text anew, and truncates it at its length limit.
+bool TextWrite::isTruncated() {
+    if (!count_ || !insertion_->tail ||
+        widget_.lengthOf(*insertion_->tail) != countBefore_ - offset_) {
         return false;
     }
-    std::optional<std::string> there;
-    CallBatch look(bus_, deadline_);
-    look.add(widget_.newReading(offset_, *count_),
-             [&](sd_bus_message* answer) { there = plainTextIn(answer); });
-    return look.await() && there && !there->ends_with(*insertion_->behind);
+    std::optional<std::string> after;
+    CallBatch query(bus_, deadline_);
+    query.add(widget_.newReading(offset_, *count_),
+              [&](sd_bus_message* reply) { after = textIn(reply); });
+    return query.await() && after && !after->ends_with(*insertion_->tail);
 }
 
-void TextWrite::putBack() {
+void TextWrite::restoreTail() {
     bus_.send(widget_.newDeletion(offset_, *count_));
-    bus_.send(widget_.newInsertion(offset_, *insertion_->behind));
+    bus_.send(widget_.newInsertion(offset_, *insertion_->tail));
 }
 
-void TextWrite::takeBack() {
-    deleteInserted(countOfText());
+void TextWrite::undo() {
+    sendDeletion(lengthOfText());
     moveCaret(offset_);
 }
 
-AXError TextWrite::giveUpOnSilence() {
-    return bus_.isOpen() ? declareUnreliable("does not answer") : platform::axErrorAPIDisabled;
+AXError TextWrite::failWithoutReply() {
+    return bus_.isOpen() ? markUnreliable("does not answer") : platform::axErrorAPIDisabled;
 }
 
-AXError TextWrite::declareUnreliable(const char* what) {
+AXError TextWrite::markUnreliable(const char* reason) {
     element_.application->isUnreliable = true;
     const auto process = element_.application->process;
-    onTrouble_("process " + (process ? std::to_string(*process) : element_.application->busName) +
-               " " + what + "; its text will be typed");
+    onUnreliable_("process " +
+                  (process ? std::to_string(*process) : element_.application->busName) + " " +
+                  reason + "; its text will be typed");
     return platform::axErrorCannotComplete;
 }
 
-bool TextWrite::hasSettled(const std::function<bool()>& isRight) {
-    const auto limit = std::min(deadline_, steady_clock::now() + patienceForArrival);
-    while (steady_clock::now() < limit) {
+bool TextWrite::waitUntil(const std::function<bool()>& condition) {
+    const auto deadline = std::min(deadline_, steady_clock::now() + settleTimeout);
+    while (steady_clock::now() < deadline) {
         bus_.dispatchUntil([] { return false; },
-                           std::min(limit, steady_clock::now() + pauseBetweenLooks));
+                           std::min(deadline, steady_clock::now() + settlePollInterval));
         if (!readCount()) {
             return false;
         }
-        if (isRight()) {
+        if (condition()) {
             return true;
         }
     }
     return false;
 }
 
-bool TextWrite::hasArrived() {
+bool TextWrite::isInserted() {
     if (!count_) {
         return false;
     }
-    // More than expected is right too: the program has completed the text, or the user types.
-    if (*count_ - countBefore_ >= countOfText()) {
+    // More than expected is right too: the program completes the text, or the user types.
+    if (*count_ - countBefore_ >= lengthOfText()) {
         return true;
     }
     if (*count_ == countBefore_) {
         return false;
     }
-    // The user may be deleting at the same time; then only the text itself can tell.
-    bool isThere = false;
-    CallBatch look(bus_, deadline_);
-    look.add(widget_.newReading(offset_, offset_ + countOfText()),
-             [&](sd_bus_message* answer) { isThere = plainTextIn(answer) == text_; });
-    return look.await() && isThere && !isCutOff();
+    // The user may be deleting at the same time. Then only the text itself can tell.
+    bool isFound = false;
+    CallBatch query(bus_, deadline_);
+    query.add(widget_.newReading(offset_, offset_ + lengthOfText()),
+              [&](sd_bus_message* reply) { isFound = textIn(reply) == text_; });
+    return query.await() && isFound && !isTruncated();
 }
 
 bool TextWrite::readCount() {
-    CallBatch look(bus_, deadline_);
-    look.add(widget_.newCharacterCount(),
-             [this](sd_bus_message* answer) { count_ = integerIn(answer); });
-    return look.await();
+    CallBatch query(bus_, deadline_);
+    query.add(widget_.newCharacterCount(),
+              [this](sd_bus_message* reply) { count_ = integerPropertyIn(reply); });
+    return query.await();
 }
 
-void TextWrite::deleteInserted(std::int64_t length) {
+void TextWrite::sendDeletion(std::int64_t length) {
     bus_.send(widget_.newDeletion(offset_, offset_ + length));
 }
 
@@ -266,15 +267,15 @@ void TextWrite::moveCaret(std::int64_t offset) {
     if (caret_ == offset) {
         return;
     }
-    // Awaited, so that it does not come after what the user does next; but the text is right
-    // whatever the answer is.
+    // Awaited, so that the caret does not move after the user's next action. The text is right
+    // whatever the reply is.
     CallBatch move(bus_, deadline_);
-    move.add(widget_.newCaretMove(offset), [](sd_bus_message* /*answer*/) {});
+    move.add(widget_.newCaretMove(offset), [](sd_bus_message* /*reply*/) {});
     move.await();
 }
 
 BusMessage TextWrite::newAccessibleCall(const char* member) {
-    return bus_.newCall(element_.object(), accessible::accessibleInterface, member);
+    return bus_.newCall(element_.object(), atspi::accessibleInterface, member);
 }
 
 }  // namespace tarvik::linuxdesktop

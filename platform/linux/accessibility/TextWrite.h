@@ -15,71 +15,71 @@
 namespace tarvik::linuxdesktop {
 
 class CallBatch;
-struct InsertionAnswers;
+struct InsertionReplies;
 
-/// One replacement of the selection of one widget. It belongs to the bus's thread; outside
-/// dispatch().
+/// One replacement of the selection of one widget. Belongs to the bus's thread, outside handlers of
+/// the bus. The operations block until their deadline at the most.
 ///
-/// Nothing that changes the text is sent to a program that has not just answered harmless
-/// questions. A message that was sent cannot be called back. So when a program falls silent over an
-/// order, its answers are taken whenever they come, and set right what the order did after all:
-/// exactly what was inserted is deleted again, and what was deleted although the selection had been
-/// typed over by then is put back. The text can be typed meanwhile without arriving twice, and
-/// nothing of the user's is lost. A program that wakes up after this one has ended, or reads keys
-/// between two messages that it finds together, may do otherwise.
+/// A call that changes the text follows only when the program has just replied to queries, because
+/// a sent message cannot be called back. When the program does not reply to a change, late replies
+/// are still handled, and undo what the change did: an inserted text is deleted again, and text
+/// that was deleted although the user had typed over the selection is inserted again. So the same
+/// text can be typed meanwhile without arriving twice, and no text of the user is lost. Two cases
+/// may end otherwise: a program that goes on after this process has ended, and one that handles
+/// keys between two messages that it finds together.
 class TextWrite {
   public:
-    /// All outlives the write; `onTrouble` gets a line for the log, for what the user should hear
-    /// of.
+    /// All outlive the write. `onUnreliable` gets a line for the log when the program turns out to
+    /// be unreliable.
     TextWrite(MessageBus& bus, AtspiElement& element, const std::string& text,
-              std::function<void(const std::string&)> onTrouble);
+              std::function<void(const std::string&)> onUnreliable);
 
-    /// Writes, and answers as Accessibility::setAttributeValue does, by `deadline`.
-    platform::AXError run(MessageBus::Moment deadline);
-    /// Orders what has been inserted to be deleted again.
-    void takeBack();
+    /// Writes, and returns what Accessibility::setAttributeValue does, by `deadline`.
+    platform::AXError run(SteadyTime deadline);
+    /// Deletes the inserted text again; after a run() that succeeded.
+    void undo();
 
   private:
     platform::AXError inspect();
-    bool askWhatItIs(MessageBus::Moment limit);
-    bool askForText(MessageBus::Moment limit);
-    void askForSelection(CallBatch& questions);
+    bool queryCapabilities(SteadyTime deadline);
+    bool queryText(SteadyTime deadline);
+    void addSelectionQueries(CallBatch& queries);
     platform::AXError deleteSelection();
     platform::AXError insert();
-    platform::AXError judge();
-    bool isCutOff();
-    void putBack();
-    platform::AXError giveUpOnSilence();
-    platform::AXError declareUnreliable(const char* what);
-    bool hasSettled(const std::function<bool()>& isRight);
-    bool hasArrived();
+    platform::AXError verifyInsertion();
+    bool isInserted();
+    bool isTruncated();
+    void restoreTail();
+    platform::AXError failWithoutReply();
+    platform::AXError markUnreliable(const char* reason);
+    bool waitUntil(const std::function<bool()>& condition);
     bool readCount();
-    void deleteInserted(std::int64_t length);
+    void sendDeletion(std::int64_t length);
     void moveCaret(std::int64_t offset);
 
     BusMessage newAccessibleCall(const char* member);
-    std::int64_t countOfText() const { return widget_.countOf(text_); }
+    std::int64_t lengthOfText() const { return widget_.lengthOf(text_); }
 
     MessageBus& bus_;
     AtspiElement& element_;
     const AtspiText widget_;
     const std::string& text_;
-    std::function<void(const std::string&)> onTrouble_;
-    MessageBus::Moment deadline_;
+    std::function<void(const std::string&)> onUnreliable_;
+    SteadyTime deadline_;
 
-    std::optional<accessible::States> states_;
+    std::optional<atspi::StateSet> states_;
     bool hasSelection_ = false;
     std::int64_t selectionStart_ = 0;
     std::int64_t selectionEnd_ = 0;
-    /// Where the text goes.
+    /// Where the text is inserted.
     std::int64_t offset_ = -1;
-    /// As the program told them last.
+    /// As of the program's latest reply.
     std::optional<std::int64_t> caret_;
     std::optional<std::int64_t> count_;
-    /// Without the selection, before the insertion.
+    /// The count before the insertion, without the selection.
     std::int64_t countBefore_ = 0;
-    /// Once it has been ordered.
-    std::shared_ptr<const InsertionAnswers> insertion_;
+    /// Empty before the insertion is sent.
+    std::shared_ptr<const InsertionReplies> insertion_;
 };
 
 }  // namespace tarvik::linuxdesktop

@@ -9,13 +9,13 @@ namespace tarvik::linuxdesktop {
 struct BusClosed {
     void operator()(sd_bus* bus) const { sd_bus_close_unref(bus); }
 };
-/// A connection to a message bus that is closed with the handle.
+/// An open connection to a message bus, closed with the handle.
 using BusHandle = std::unique_ptr<sd_bus, BusClosed>;
 
 struct MessageUnreferenced {
     void operator()(sd_bus_message* message) const { sd_bus_message_unref(message); }
 };
-/// A message that is ours; empty when it could not be made.
+/// A reference to a message; empty when the message could not be made.
 using BusMessage = std::unique_ptr<sd_bus_message, MessageUnreferenced>;
 
 }  // namespace tarvik::linuxdesktop

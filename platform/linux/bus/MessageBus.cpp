@@ -3,8 +3,12 @@
 #include <poll.h>
 
 #include <algorithm>
+#include <cstdint>
+#include <cstring>
 #include <ctime>
 #include <utility>
+
+#include "platform/linux/bus/BusReplies.h"
 
 namespace tarvik::linuxdesktop {
 
@@ -12,56 +16,99 @@ namespace {
 
 using Handler = std::function<void(sd_bus_message*)>;
 
-int runHandler(sd_bus_message* message, void* data, sd_bus_error* /*error*/) {
-    (*static_cast<Handler*>(data))(message);
-    return 0;
-}
+struct SignalHandlers {
+    MessageBus::OnSignal onSignal;
+    std::function<void()> onObserving;
+};
 
 // The library's callbacks carry one pointer: the handler, which the slot destroys with itself.
-void handOver(sd_bus_slot* slot, std::unique_ptr<Handler> handler) {
-    sd_bus_slot_set_destroy_callback(slot, [](void* data) { delete static_cast<Handler*>(data); });
-    static_cast<void>(handler.release());
+template <typename Kept>
+void handOver(sd_bus_slot* slot, std::unique_ptr<Kept> kept) {
+    sd_bus_slot_set_destroy_callback(slot, [](void* data) { delete static_cast<Kept*>(data); });
+    static_cast<void>(kept.release());
     sd_bus_slot_set_floating(slot, 1);
     sd_bus_slot_unref(slot);
 }
 
-timespec untilMoment(MessageBus::Moment moment) {
+Error errorOf(int number) {
+    return {number, std::strerror(number)};
+}
+
+timespec timeUntil(SteadyTime time) {
     using namespace std::chrono;
-    const auto left = std::max(moment - steady_clock::now(), steady_clock::duration::zero());
+    const auto left = std::max(time - steady_clock::now(), steady_clock::duration::zero());
     const auto whole = duration_cast<seconds>(left);
     return {whole.count(), duration_cast<nanoseconds>(left - whole).count()};
 }
 
 }  // namespace
 
-std::unique_ptr<MessageBus> MessageBus::openSession() {
-    sd_bus* bus = nullptr;
-    if (sd_bus_open_user(&bus) < 0) {
-        return nullptr;
+Result<std::unique_ptr<MessageBus>> MessageBus::openSession() {
+    sd_bus* opened = nullptr;
+    if (const int result = sd_bus_open_user(&opened); result < 0) {
+        return errorOf(-result);
     }
-    return std::unique_ptr<MessageBus>(new MessageBus(bus));
+    return std::unique_ptr<MessageBus>(new MessageBus(BusHandle(opened)));
 }
 
-std::unique_ptr<MessageBus> MessageBus::open(const std::string& address) {
-    sd_bus* bus = nullptr;
-    if (sd_bus_new(&bus) < 0) {
-        return nullptr;
+Result<std::unique_ptr<MessageBus>> MessageBus::openSystem() {
+    sd_bus* opened = nullptr;
+    if (const int result = sd_bus_open_system(&opened); result < 0) {
+        return errorOf(-result);
     }
-    std::unique_ptr<MessageBus> opened(new MessageBus(bus));
-    if (sd_bus_set_address(bus, address.c_str()) < 0 || sd_bus_set_bus_client(bus, 1) < 0 ||
-        sd_bus_start(bus) < 0) {
-        return nullptr;
-    }
-    return opened;
+    return std::unique_ptr<MessageBus>(new MessageBus(BusHandle(opened)));
 }
 
-void MessageBus::observe(const std::string& rule, OnSignal handler) {
-    auto kept = std::make_unique<Handler>(std::move(handler));
+Result<std::unique_ptr<MessageBus>> MessageBus::open(const std::string& address) {
+    sd_bus* made = nullptr;
+    int result = sd_bus_new(&made);
+    BusHandle bus(made);
+    if (result >= 0) {
+        result = sd_bus_set_address(made, address.c_str());
+    }
+    if (result >= 0) {
+        result = sd_bus_set_bus_client(made, 1);
+    }
+    if (result >= 0) {
+        result = sd_bus_start(made);
+    }
+    if (result < 0) {
+        return errorOf(-result);
+    }
+    return std::unique_ptr<MessageBus>(new MessageBus(std::move(bus)));
+}
+
+void MessageBus::attach(EventLoop& loop, OnLost onLost) {
+    onLost_ = std::move(onLost);
+    watch_ = loop.watch(sd_bus_get_fd(bus_.get()), 0, [this] { dispatch(); });
+    timeout_ = std::make_unique<Deadline>(loop);
+    updateWatch();
+}
+
+void MessageBus::observe(const std::string& rule, OnSignal onSignal,
+                         std::function<void()> onObserving) {
+    auto handlers = std::make_unique<SignalHandlers>(
+        SignalHandlers{std::move(onSignal), std::move(onObserving)});
     sd_bus_slot* slot = nullptr;
-    // The bus refuses a rule only when the connection is lost, and then dispatch() says so.
-    if (sd_bus_add_match_async(bus_.get(), &slot, rule.c_str(), runHandler, nullptr, kept.get()) >=
-        0) {
-        handOver(slot, std::move(kept));
+    const int result = sd_bus_add_match_async(
+        bus_.get(), &slot, rule.c_str(),
+        [](sd_bus_message* signal, void* data, sd_bus_error*) {
+            static_cast<SignalHandlers*>(data)->onSignal(signal);
+            return 0;
+        },
+        // By default a refusal would end the connection.
+        [](sd_bus_message* reply, void* data, sd_bus_error*) {
+            const auto& onTaken = static_cast<SignalHandlers*>(data)->onObserving;
+            if (onTaken && !isError(reply)) {
+                onTaken();
+            }
+            return 0;
+        },
+        handlers.get());
+    // It fails only when the bus is lost, and onLost says so.
+    if (result >= 0) {
+        handOver(slot, std::move(handlers));
+        updateWatch();
     }
 }
 
@@ -72,19 +119,25 @@ BusMessage MessageBus::newCall(const BusObject& target, const char* interface, c
     return BusMessage(message);
 }
 
-bool MessageBus::call(BusMessage message, std::chrono::microseconds patience, OnAnswer onAnswer) {
-    auto handler = std::make_unique<Handler>(std::move(onAnswer));
+bool MessageBus::call(BusMessage message, std::chrono::microseconds timeout, OnReply onReply) {
+    auto handler = std::make_unique<Handler>(std::move(onReply));
     sd_bus_slot* slot = nullptr;
-    // Zero would mean the library's own patience.
-    const std::uint64_t limit =
-        patience == noTimeout
+    // Zero would mean the library's own timeout.
+    const std::uint64_t microseconds =
+        timeout == noTimeout
             ? UINT64_MAX
-            : static_cast<std::uint64_t>(std::max<std::int64_t>(patience.count(), 1));
-    if (!message ||
-        sd_bus_call_async(bus_.get(), &slot, message.get(), runHandler, handler.get(), limit) < 0) {
+            : static_cast<std::uint64_t>(std::max<std::int64_t>(timeout.count(), 1));
+    if (!message || sd_bus_call_async(
+                        bus_.get(), &slot, message.get(),
+                        [](sd_bus_message* reply, void* data, sd_bus_error*) {
+                            (*static_cast<Handler*>(data))(reply);
+                            return 0;
+                        },
+                        handler.get(), microseconds) < 0) {
         return false;
     }
     handOver(slot, std::move(handler));
+    updateWatch();
     return true;
 }
 
@@ -92,95 +145,87 @@ void MessageBus::send(BusMessage message) {
     if (message) {
         sd_bus_message_set_expect_reply(message.get(), 0);
         sd_bus_send(bus_.get(), message.get(), nullptr);
+        updateWatch();
     }
+}
+
+void MessageBus::addObject(const char* path, const char* interface, const sd_bus_vtable* methods,
+                           void* data) {
+    sd_bus_add_object_vtable(bus_.get(), nullptr, path, interface, methods, data);
+}
+
+void MessageBus::releaseName(const char* name) {
+    // The reply does not matter: the name goes with the connection at the latest.
+    sd_bus_release_name_async(
+        bus_.get(), nullptr, name, [](sd_bus_message*, void*, sd_bus_error*) { return 0; },
+        nullptr);
+    updateWatch();
 }
 
 bool MessageBus::isOpen() const {
     return sd_bus_is_open(bus_.get()) > 0;
 }
 
-bool MessageBus::dispatch() {
+bool MessageBus::dispatchUntil(const std::function<bool()>& condition, SteadyTime deadline) {
+    bool holds = condition();
+    while (!holds) {
+        const int result = sd_bus_process(bus_.get(), nullptr);
+        holds = condition();
+        if (holds || result < 0 || std::chrono::steady_clock::now() >= deadline) {
+            break;
+        }
+        if (result == 0) {
+            pollfd awaited{sd_bus_get_fd(bus_.get()),
+                           static_cast<short>(std::max(sd_bus_get_events(bus_.get()), 0)), 0};
+            const timespec left = timeUntil(std::min(nextTimeout().value_or(deadline), deadline));
+            ppoll(&awaited, 1, &left, nullptr);
+        }
+    }
+    updateWatch();
+    return holds;
+}
+
+void MessageBus::dispatch() {
     int result = 1;
     while (result > 0) {
         result = sd_bus_process(bus_.get(), nullptr);
     }
-    return result == 0;
-}
-
-bool MessageBus::dispatchUntil(const std::function<bool()>& condition, Moment deadline) {
-    while (!condition()) {
-        const int result = sd_bus_process(bus_.get(), nullptr);
-        if (result < 0 || std::chrono::steady_clock::now() >= deadline) {
-            return condition();
-        }
-        if (result == 0) {
-            pollfd waited{fileDescriptor(), events(), 0};
-            const timespec limit = untilMoment(std::min(moment().value_or(deadline), deadline));
-            ppoll(&waited, 1, &limit, nullptr);
-        }
+    if (result == 0) {
+        updateWatch();
+    } else {
+        lose(-result);
     }
-    return true;
 }
 
-int MessageBus::fileDescriptor() const {
-    return sd_bus_get_fd(bus_.get());
+void MessageBus::lose(int number) {
+    watch_.reset();
+    timeout_.reset();
+    if (const OnLost onLost = std::exchange(onLost_, nullptr)) {
+        onLost(errorOf(number));
+    }
 }
 
-short MessageBus::events() const {
-    // A lost connection wants no events; the descriptor's hang-up still wakes the loop.
-    return static_cast<short>(std::max(sd_bus_get_events(bus_.get()), 0));
+void MessageBus::updateWatch() {
+    if (!watch_) {
+        return;
+    }
+    const int events = sd_bus_get_events(bus_.get());
+    watch_->setEvents(static_cast<short>(std::max(events, 0)));
+    // A connection without events is lost, and its descriptor closed: the loop is to see it now.
+    const auto next = events < 0 ? std::optional(std::chrono::steady_clock::now()) : nextTimeout();
+    if (next) {
+        timeout_->set(*next, [this] { dispatch(); });
+    } else {
+        timeout_->clear();
+    }
 }
 
-std::optional<MessageBus::Moment> MessageBus::moment() const {
+std::optional<SteadyTime> MessageBus::nextTimeout() const {
     std::uint64_t microseconds = UINT64_MAX;
     if (sd_bus_get_timeout(bus_.get(), &microseconds) < 0 || microseconds == UINT64_MAX) {
         return std::nullopt;
     }
-    return Moment(std::chrono::microseconds(microseconds));
-}
-
-std::optional<std::string> plainTextIn(sd_bus_message* answer) {
-    const char* text = nullptr;
-    if (sd_bus_message_read(answer, "s", &text) <= 0) {
-        return std::nullopt;
-    }
-    return text;
-}
-
-std::optional<std::int32_t> plainIntegerIn(sd_bus_message* answer) {
-    std::int32_t value = 0;
-    if (sd_bus_message_read(answer, "i", &value) <= 0) {
-        return std::nullopt;
-    }
-    return value;
-}
-
-bool isSilence(sd_bus_message* answer) {
-    return sd_bus_message_is_method_error(answer, SD_BUS_ERROR_NO_REPLY) > 0;
-}
-
-std::optional<std::int32_t> integerIn(sd_bus_message* answer) {
-    std::int32_t value = 0;
-    if (sd_bus_message_read(answer, "v", "i", &value) <= 0) {
-        return std::nullopt;
-    }
-    return value;
-}
-
-std::optional<bool> truthIn(sd_bus_message* answer) {
-    int value = 0;
-    if (sd_bus_message_read(answer, "v", "b", &value) <= 0) {
-        return std::nullopt;
-    }
-    return value != 0;
-}
-
-std::optional<std::string> textIn(sd_bus_message* answer) {
-    const char* value = nullptr;
-    if (sd_bus_message_read(answer, "v", "s", &value) <= 0) {
-        return std::nullopt;
-    }
-    return value;
+    return SteadyTime(std::chrono::microseconds(microseconds));
 }
 
 }  // namespace tarvik::linuxdesktop

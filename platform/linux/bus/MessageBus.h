@@ -3,43 +3,59 @@
 #include <systemd/sd-bus.h>
 
 #include <chrono>
-#include <cstdint>
 #include <functional>
 #include <memory>
 #include <optional>
 #include <string>
+#include <utility>
 
+#include "base/Error.h"
+#include "base/Result.h"
 #include "platform/linux/bus/BusHandles.h"
+#include "platform/linux/loop/EventLoop.h"
 
 namespace tarvik::linuxdesktop {
 
-/// Something on a bus that answers calls.
+/// An object on a bus.
 struct BusObject {
-    /// Its connection's name on the bus.
+    /// The bus name of its owner.
     std::string owner;
     std::string path;
 
     friend bool operator==(const BusObject&, const BusObject&) = default;
 };
 
-/// A connection to a message bus. It belongs to one thread, on which its handlers run too, inside
-/// dispatch() only. Nothing but dispatchUntil() waits.
+/// A connection to a message bus. It belongs to one thread: that of the loop which drives it.
+///
+/// Handlers run on that thread, in a turn of the loop or inside dispatchUntil(). They neither
+/// destroy the connection nor run a loop of their own. No operation but dispatchUntil() blocks.
 class MessageBus {
   public:
-    using Moment = std::chrono::steady_clock::time_point;
-    /// Gets an answer, or an error message in its place; also one of the connection's own making
-    /// when nobody answers in time or the bus is lost.
-    using OnAnswer = std::function<void(sd_bus_message*)>;
+    /// Gets the reply, or an error message in its place. The error message is one of the
+    /// connection's own when the timeout passes or the bus is lost.
+    using OnReply = std::function<void(sd_bus_message*)>;
     using OnSignal = std::function<void(sd_bus_message*)>;
-    /// The patience of a call that waits until the other side answers or leaves the bus.
+    using OnLost = std::function<void(const Error&)>;
+    /// The timeout of a call that waits until its receiver replies or leaves the bus.
     static constexpr std::chrono::microseconds noTimeout = std::chrono::microseconds::max();
 
-    /// Joins the user's session bus, or the bus at `address`. Empty when there is none there.
-    static std::unique_ptr<MessageBus> openSession();
-    static std::unique_ptr<MessageBus> open(const std::string& address);
+    /// Connects to the user's session bus, to the system bus, or to the bus at `address`. An error
+    /// when nobody listens there.
+    static Result<std::unique_ptr<MessageBus>> openSession();
+    static Result<std::unique_ptr<MessageBus>> openSystem();
+    static Result<std::unique_ptr<MessageBus>> open(const std::string& address);
+    MessageBus(const MessageBus&) = delete;
+    MessageBus& operator=(const MessageBus&) = delete;
 
-    /// Calls `handler` for each signal that `rule`, a match rule of the bus, describes.
-    void observe(const std::string& rule, OnSignal handler);
+    /// Has `loop`, which outlives the connection, drive it. Until then nothing but dispatchUntil()
+    /// does. `onLost` is called once, in a turn of the loop and after the last handler, when the
+    /// bus is lost. `onLost` may destroy the connection. Once.
+    void attach(EventLoop& loop, OnLost onLost);
+
+    /// Calls `onSignal` for each signal that matches `rule`. `onObserving` is called when the bus
+    /// has taken the rule; a refused rule leaves its signals unseen.
+    void observe(const std::string& rule, OnSignal onSignal,
+                 std::function<void()> onObserving = {});
 
     BusMessage newCall(const BusObject& target, const char* interface, const char* member);
     /// As above, with arguments of these D-Bus types. Empty when a text among them is not UTF-8.
@@ -52,46 +68,44 @@ class MessageBus {
         }
         return call;
     }
+    /// A call for the value of a property, which the readers of BusReplies.h take from the reply.
     BusMessage newPropertyCall(const BusObject& target, const char* interface, const char* name) {
         return newCall(target, "org.freedesktop.DBus.Properties", "Get", "ss", interface, name);
     }
 
-    /// Sends a call; `onAnswer` is called exactly once, unless the connection is destroyed first.
-    /// False, and no call of it, when nothing can be sent.
-    bool call(BusMessage message, std::chrono::microseconds patience, OnAnswer onAnswer);
-    /// Sends a call whose answer does not matter.
+    /// Sends a call; `onReply` is called exactly once, unless the connection is destroyed first.
+    /// False, and no call of `onReply`, when nothing can be sent. An empty `message` cannot.
+    bool call(BusMessage message, std::chrono::microseconds timeout, OnReply onReply);
+    /// Sends a call without waiting for its reply.
     void send(BusMessage message);
+
+    /// Replies to calls to the object at `path` by `methods`, whose handlers get `data`. Both
+    /// outlive the connection.
+    void addObject(const char* path, const char* interface, const sd_bus_vtable* methods,
+                   void* data);
+    /// Gives up a name on the bus.
+    void releaseName(const char* name);
 
     /// False once the bus is lost, as far as is known.
     bool isOpen() const;
-    /// Handles everything that has come. False once the bus is lost.
-    bool dispatch();
-    /// Handles what comes until `condition` holds; false when `deadline` passes or the bus is lost
-    /// before that.
-    bool dispatchUntil(const std::function<bool()>& condition, Moment deadline);
-
-    /// What a loop waits for before it calls dispatch() again, besides moment().
-    int fileDescriptor() const;
-    short events() const;
-    /// When dispatch() is due at the latest; empty while nothing is.
-    std::optional<Moment> moment() const;
+    /// Blocks, and handles what comes, until `condition` holds; false when `deadline` passes or the
+    /// bus is lost before that. Outside handlers.
+    bool dispatchUntil(const std::function<bool()>& condition, SteadyTime deadline);
 
   private:
-    explicit MessageBus(sd_bus* bus) : bus_(bus) {}
+    explicit MessageBus(BusHandle bus) : bus_(std::move(bus)) {}
+
+    void dispatch();
+    void lose(int number);
+    void updateWatch();
+    /// When dispatch() is due at the latest; empty while nothing is.
+    std::optional<SteadyTime> nextTimeout() const;
 
     BusHandle bus_;
+    OnLost onLost_;
+    /// Both from attach() until the loss.
+    std::unique_ptr<EventLoop::Watch> watch_;
+    std::unique_ptr<Deadline> timeout_;
 };
-
-/// The text that an answer consists of; empty when it is an error or of another type.
-std::optional<std::string> plainTextIn(sd_bus_message* answer);
-/// The number that an answer consists of; empty when it is an error or of another type.
-std::optional<std::int32_t> plainIntegerIn(sd_bus_message* answer);
-/// Whether the message says that nobody answered: too late, or gone in between.
-bool isSilence(sd_bus_message* answer);
-/// The content of a property that was asked for; empty when the answer is an error or of another
-/// type.
-std::optional<std::int32_t> integerIn(sd_bus_message* answer);
-std::optional<bool> truthIn(sd_bus_message* answer);
-std::optional<std::string> textIn(sd_bus_message* answer);
 
 }  // namespace tarvik::linuxdesktop

@@ -10,8 +10,8 @@ namespace tarvik::linuxdesktop {
 
 namespace {
 
-// The id in the platform data that a call ends with. X11 and its desktops use the first name; the
-// second one is Wayland's, which launchers fill with the same id where both are meant.
+// The id in the platform data that a call ends with. X11 desktops send "desktop-startup-id" and
+// Wayland desktops "activation-token". A launcher that sends both gives them the same id.
 std::string startupIdIn(sd_bus_message* call) {
     std::string startupId;
     std::string token;
@@ -57,19 +57,18 @@ const sd_bus_vtable ApplicationObject::methods[] = {
                   SD_BUS_VTABLE_UNPRIVILEGED),
     SD_BUS_VTABLE_END};
 
-ApplicationObject::ApplicationObject(BusHandle bus, const platform::Clock& clock,
+ApplicationObject::ApplicationObject(std::unique_ptr<MessageBus> bus, const platform::Clock& clock,
                                      platform::Log& log, Handlers handlers)
-    : log_(log),
-      handlers_(std::move(handlers)),
-      bus_(std::move(bus), clock, [&log](const Error& error) {
-          log.write("TarvikDictate: a second start goes unnoticed, the session bus is lost: " +
-                    error.localizedDescription);
-      }) {
-    bus_.addObject(instancePath, instanceInterface, methods, this);
+    : log_(log), handlers_(std::move(handlers)), loop_(clock), bus_(std::move(bus)) {
+    bus_->attach(loop_, [&log](const Error& error) {
+        log.write("TarvikDictate: a second start goes unnoticed, the session bus is lost: " +
+                  error.localizedDescription);
+    });
+    bus_->addObject(instancePath, instanceInterface, methods, this);
 }
 
 void ApplicationObject::resign() {
-    bus_.releaseName(instanceName);
+    bus_->releaseName(instanceName);
 }
 
 int ApplicationObject::onActivate(sd_bus_message* call, void* self, sd_bus_error*) {

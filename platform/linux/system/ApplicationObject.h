@@ -1,36 +1,40 @@
 #pragma once
 
 #include <functional>
+#include <memory>
 #include <string>
 
 #include "platform/Application.h"
 #include "platform/Clock.h"
 #include "platform/Log.h"
-#include "platform/linux/bus/BusConnection.h"
+#include "platform/linux/bus/MessageBus.h"
+#include "platform/linux/loop/MainLoop.h"
 
 namespace tarvik::linuxdesktop {
 
-/// The running application as others see it on the session bus: org.freedesktop.Application, by
-/// which a second start, a launcher or a desktop's own shortcut reaches it. Main thread only.
+/// The running application on the session bus: org.freedesktop.Application, by which a second
+/// start, a launcher or a desktop's own shortcut reaches the application. Main thread only.
 ///
-/// Activate and Open bring it forward; ActivateAction knows "toggle" and "setup" and answers any
-/// other name with an error and a line in the log.
+/// Activate and Open bring the application forward; ActivateAction knows "toggle" and "setup" and
+/// answers any other name with an error and a line in the log.
 class ApplicationObject {
   public:
-    /// What is asked for; each gets the id of the user's action, empty where it is unknown. They
-    /// run no loop of their own.
+    /// Carry out a call. Each gets the id of the user's action, empty where unknown, and runs no
+    /// loop of its own.
     struct Handlers {
         std::function<void(const std::string& startupId)> reopen;
         std::function<void(platform::ApplicationAction, const std::string& startupId)> perform;
     };
 
-    /// `bus` owns the application's name. `clock` and `log` outlive the object.
-    ApplicationObject(BusHandle bus, const platform::Clock& clock, platform::Log& log,
-                      Handlers handlers);
+    /// `bus` owns the application's name and is driven by no loop yet. `clock` and `log` outlive
+    /// the object.
+    ApplicationObject(std::unique_ptr<MessageBus> bus, const platform::Clock& clock,
+                      platform::Log& log, Handlers handlers);
     ApplicationObject(const ApplicationObject&) = delete;
     ApplicationObject& operator=(const ApplicationObject&) = delete;
 
-    /// Leaves the name to the next instance; what reaches this one all the same is still answered.
+    /// Leaves the name to the next instance. Calls that reach this one all the same still get a
+    /// reply.
     void resign();
 
   private:
@@ -41,7 +45,8 @@ class ApplicationObject {
 
     platform::Log& log_;
     Handlers handlers_;
-    BusConnection bus_;
+    MainLoop loop_;
+    std::unique_ptr<MessageBus> bus_;
 };
 
 }  // namespace tarvik::linuxdesktop

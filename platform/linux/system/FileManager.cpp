@@ -1,32 +1,36 @@
 #include "platform/linux/system/FileManager.h"
 
 #include <QUrl>
+#include <chrono>
 #include <utility>
+
+#include "platform/linux/bus/BusReplies.h"
 
 namespace tarvik::linuxdesktop {
 
 namespace {
 
-constexpr Seconds patience(10);
+constexpr std::chrono::seconds showTimeout{10};
 
 }  // namespace
 
 void FileManager::show(const std::string& path, std::function<void()> onFailure) {
-    if (!sessionBus_ || isLost_) {
-        isLost_ = false;
-        sessionBus_ = std::make_unique<BusConnection>(BusConnection::Bus::session, clock_,
-                                                      [this](const Error&) { isLost_ = true; });
+    if (!sessionBus_) {
+        auto opened = MessageBus::openSession();
+        if (!opened) {
+            onFailure();
+            return;
+        }
+        sessionBus_ = std::move(opened).value();
+        sessionBus_->attach(loop_, [this](const Error&) { sessionBus_.reset(); });
     }
-    BusMessage request =
-        sessionBus_->newCall("org.freedesktop.FileManager1", "/org/freedesktop/FileManager1",
-                             "org.freedesktop.FileManager1", "ShowItems");
-    if (request) {
-        const QByteArray link = QUrl::fromLocalFile(QString::fromStdString(path)).toEncoded();
-        sd_bus_message_append(request.get(), "ass", 1, link.constData(), "");
-    }
+    const QByteArray link = QUrl::fromLocalFile(QString::fromStdString(path)).toEncoded();
+    BusMessage message = sessionBus_->newCall(
+        {"org.freedesktop.FileManager1", "/org/freedesktop/FileManager1"},
+        "org.freedesktop.FileManager1", "ShowItems", "ass", 1, link.constData(), "");
     const bool isSent =
-        sessionBus_->call(std::move(request), patience, [onFailure](sd_bus_message* answer) {
-            if (sd_bus_message_is_method_error(answer, nullptr)) {
+        sessionBus_->call(std::move(message), showTimeout, [onFailure](sd_bus_message* reply) {
+            if (isError(reply)) {
                 onFailure();
             }
         });

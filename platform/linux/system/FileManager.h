@@ -5,25 +5,25 @@
 #include <string>
 
 #include "platform/Clock.h"
-#include "platform/linux/bus/BusConnection.h"
+#include "platform/linux/bus/MessageBus.h"
+#include "platform/linux/loop/MainLoop.h"
 
 namespace tarvik::linuxdesktop {
 
-/// The desktop's file manager, by its name on the session bus. Main thread only; nothing waits.
+/// The desktop's file manager, by its name on the session bus. Main thread only; nothing blocks.
 class FileManager {
   public:
     /// `clock` outlives the object.
-    explicit FileManager(const platform::Clock& clock) : clock_(clock) {}
+    explicit FileManager(const platform::Clock& clock) : loop_(clock) {}
 
     /// Has the file at `path` (absolute) shown in its folder, selected; starts the file manager
-    /// where that is needed. `onFailure` is called when none does it within ten seconds.
+    /// where that is needed. `onFailure` is called when no file manager has done so within 10 s.
     void show(const std::string& path, std::function<void()> onFailure);
 
   private:
-    const platform::Clock& clock_;
-    /// Joined when it is needed, and again when it was lost.
-    std::unique_ptr<BusConnection> sessionBus_;
-    bool isLost_ = false;
+    MainLoop loop_;
+    /// Opened by show(); empty again when the bus is lost.
+    std::unique_ptr<MessageBus> sessionBus_;
 };
 
 }  // namespace tarvik::linuxdesktop

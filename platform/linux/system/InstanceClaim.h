@@ -1,9 +1,10 @@
 #pragma once
 
+#include <memory>
 #include <string>
 
 #include "base/Time.h"
-#include "platform/linux/bus/BusHandles.h"
+#include "platform/linux/bus/MessageBus.h"
 
 namespace tarvik::linuxdesktop {
 
@@ -12,22 +13,22 @@ constexpr const char* instanceName = "com.tarvik.dictate";
 constexpr const char* instancePath = "/com/tarvik/dictate";
 constexpr const char* instanceInterface = "org.freedesktop.Application";
 
-/// What came of asking to be the one instance of the application in this session.
+/// The outcome of asking to be the one instance of the application in this session.
 struct InstanceClaim {
     enum class Role {
-        /// This process is the one; `bus` owns the name.
+        /// This process is the instance; `bus` owns the name and is driven by no loop yet.
         first,
-        /// No session bus can tell; `trouble` says why.
+        /// No session bus can tell; `reason` says why.
         unknown,
-        /// Another process is, and has been told of this start.
+        /// Another process is the instance, and has been told of this start.
         second,
-        /// Another process is, and could not be told; `trouble` says why.
+        /// Another process is the instance, and could not be told; `reason` says why.
         refused
     };
 
     Role role = Role::unknown;
-    BusHandle bus;
-    std::string trouble;
+    std::unique_ptr<MessageBus> bus;
+    std::string reason;
 };
 
 /// How the display server knows the user's action that started this process; empty where unknown.
@@ -36,11 +37,11 @@ struct StartupIds {
     std::string activationToken;
 };
 
-/// Asks the session bus for the name and, where another process owns it, asks that process to come
-/// forward; where that one ends instead of answering, this process takes its place.
+/// Asks the session bus for the name. An owner of the name is asked to come forward; this process
+/// takes the place of an owner that ends instead of replying.
 ///
-/// Waits for the bus and then for the owner, `patience` each: it is for the time before there is
+/// Blocks, for the bus and then for the owner, up to `timeout` each. Called before there is
 /// anything that could be kept waiting.
-InstanceClaim claimInstance(const StartupIds& ids, Seconds patience);
+InstanceClaim claimInstance(const StartupIds& ids, Seconds timeout);
 
 }  // namespace tarvik::linuxdesktop

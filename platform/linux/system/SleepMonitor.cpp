@@ -1,30 +1,33 @@
 #include "platform/linux/system/SleepMonitor.h"
 
-#include <cmath>
+#include <chrono>
+#include <string>
 #include <utility>
 
 namespace tarvik::linuxdesktop {
 
 namespace {
 
-constexpr int mostAttempts = 6;
-constexpr Seconds firstPause(0.05);
+constexpr int maxAttempts = 6;
+constexpr std::chrono::milliseconds firstRetryInterval{50};
 
 }  // namespace
 
 SleepMonitor::SleepMonitor(const platform::Clock& clock, platform::Log& log,
                            std::function<void()> onWake)
-    : clock_(clock), log_(log), onWake_(std::move(onWake)), retry_([this] {
-          retry_.clear();
-          connect();
-      }) {
+    : log_(log), onWake_(std::move(onWake)), loop_(clock) {
     connect();
 }
 
 void SleepMonitor::connect() {
-    systemBus_ = std::make_unique<BusConnection>(BusConnection::Bus::system, clock_,
-                                                 [this](const Error& error) { lost(error); });
-    systemBus_->observeSignal(
+    auto opened = MessageBus::openSystem();
+    if (!opened) {
+        onLost(opened.error());
+        return;
+    }
+    systemBus_ = std::move(opened).value();
+    systemBus_->attach(loop_, [this](const Error& error) { onLost(error); });
+    systemBus_->observe(
         "type='signal',sender='org.freedesktop.login1',path='/org/freedesktop/login1',"
         "interface='org.freedesktop.login1.Manager',member='PrepareForSleep'",
         [this](sd_bus_message* message) {
@@ -33,16 +36,17 @@ void SleepMonitor::connect() {
                 onWake_();
             }
         },
-        [this] { joined(); });
+        [this] { onObserving(); });
 }
 
-void SleepMonitor::joined() {
+void SleepMonitor::onObserving() {
     isLossKnown_ = false;
     attempts_ = 0;
     socket_.reset();
 }
 
-void SleepMonitor::lost(const Error& error) {
+void SleepMonitor::onLost(const Error& error) {
+    systemBus_.reset();
     if (!std::exchange(isLossKnown_, true)) {
         log_.write("TarvikDictate: waking from sleep goes unnoticed, there is no system bus: " +
                    error.localizedDescription);
@@ -50,15 +54,15 @@ void SleepMonitor::lost(const Error& error) {
     if (const std::optional<std::string> path = systemBusSocket(); path && !socket_) {
         socket_.emplace(*path, [this] {
             attempts_ = 0;
-            awaitBus();
+            retry();
         });
     }
-    awaitBus();
+    retry();
 }
 
-void SleepMonitor::awaitBus() {
-    if (attempts_ < mostAttempts) {
-        retry_.set(clock_.now() + firstPause * std::exp2(attempts_++));
+void SleepMonitor::retry() {
+    if (attempts_ < maxAttempts) {
+        retryDeadline_.set(firstRetryInterval * (1 << attempts_++), [this] { connect(); });
     }
 }
 

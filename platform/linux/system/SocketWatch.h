@@ -7,11 +7,11 @@
 
 namespace tarvik::linuxdesktop {
 
-/// Where the system bus listens; empty when it is no socket in the file system.
+/// The path of the system bus's socket; empty when the bus does not listen in the file system.
 std::optional<std::string> systemBusSocket();
 
-/// Tells when something comes or goes in the folder of a socket, which may not be there yet. Costs
-/// nothing while nothing does. Main thread only; a folder that does not exist is not watched.
+/// Tells when something comes or goes in the folder of a socket; the socket itself need not exist.
+/// Costs nothing while nothing changes. Main thread only; a missing folder is not watched.
 class SocketWatch {
   public:
     SocketWatch(const std::string& path, std::function<void()> onChange);

@@ -3,17 +3,18 @@
 #include <xcb/xcb.h>
 
 #include <QGuiApplication>
+#include <chrono>
 #include <utility>
 
+#include "platform/linux/bus/BusReplies.h"
 #include "platform/linux/windows/X11Server.h"
 
 namespace tarvik::linuxdesktop {
 
 namespace {
 
-constexpr BusConnection::Property hostRegistered = {
-    "org.kde.StatusNotifierWatcher", "/StatusNotifierWatcher", "org.kde.StatusNotifierWatcher",
-    "IsStatusNotifierHostRegistered"};
+constexpr const char* watcherInterface = "org.kde.StatusNotifierWatcher";
+constexpr std::chrono::seconds propertyTimeout{25};
 
 bool isOwned(xcb_atom_t selection) {
     xcb_connection_t* connection = x11Connection();
@@ -25,21 +26,26 @@ bool isOwned(xcb_atom_t selection) {
 }  // namespace
 
 TrayHost::TrayHost(const platform::Clock& clock, std::function<void()> onReady)
-    : onReady_(std::move(onReady)),
-      ready_([this] { finish(); }),
-      sessionBus_(BusConnection::Bus::session, clock, [this](const Error&) { useX11Tray(); }) {
+    : onReady_(std::move(onReady)), loop_(clock) {
     if (xcb_connection_t* connection = x11Connection()) {
         managerMessage_ = x11Atom(connection, "MANAGER");
         traySelection_ = x11Atom(connection, "_NET_SYSTEM_TRAY_S0");
     }
     qGuiApp->installNativeEventFilter(this);
+    auto opened = MessageBus::openSession();
+    if (!opened) {
+        useX11Tray();
+        return;
+    }
+    sessionBus_ = std::move(opened).value();
+    sessionBus_->attach(loop_, [this](const Error&) { useX11Tray(); });
     // Some panels announce their host before anybody on the bus can hear it, so the watcher's own
     // appearance is a reason to ask as well.
     for (const char* rule : {"type='signal',interface='org.kde.StatusNotifierWatcher',"
                              "member='StatusNotifierHostRegistered'",
                              "type='signal',sender='org.freedesktop.DBus',"
                              "member='NameOwnerChanged',arg0='org.kde.StatusNotifierWatcher'"}) {
-        sessionBus_.observeSignal(rule, [this](sd_bus_message*) { askForNotifierHost(); });
+        sessionBus_->observe(rule, [this](sd_bus_message*) { askForNotifierHost(); });
     }
     askForNotifierHost();
 }
@@ -49,19 +55,22 @@ TrayHost::~TrayHost() {
 }
 
 void TrayHost::askForNotifierHost() {
-    sessionBus_.getBool(hostRegistered, [this](std::optional<bool> isRegistered) {
-        if (isRegistered.value_or(false)) {
-            ready_.set({});
-        } else {
-            useX11Tray();
-        }
-    });
+    sessionBus_->call(
+        sessionBus_->newPropertyCall({watcherInterface, "/StatusNotifierWatcher"}, watcherInterface,
+                                     "IsStatusNotifierHostRegistered"),
+        propertyTimeout, [this](sd_bus_message* reply) {
+            if (booleanPropertyIn(reply).value_or(false)) {
+                announce();
+            } else {
+                useX11Tray();
+            }
+        });
 }
 
 void TrayHost::useX11Tray() {
     isNotifierHostMissing_ = true;
     if (traySelection_ != 0 && isOwned(traySelection_)) {
-        ready_.set({});
+        announce();
     }
 }
 
@@ -73,16 +82,17 @@ bool TrayHost::nativeEventFilter(const QByteArray& eventType, void* message, qin
     const auto* event = static_cast<const xcb_client_message_event_t*>(message);
     if ((event->response_type & 0x7f) == XCB_CLIENT_MESSAGE && event->type == managerMessage_ &&
         event->data.data32[1] == traySelection_) {
-        ready_.set({});
+        announce();
     }
     return false;
 }
 
-void TrayHost::finish() {
-    ready_.clear();
-    if (const auto onReady = std::exchange(onReady_, nullptr)) {
-        onReady();
-    }
+void TrayHost::announce() {
+    announcement_.set(std::chrono::milliseconds(0), [this] {
+        if (const auto onReady = std::exchange(onReady_, nullptr)) {
+            onReady();
+        }
+    });
 }
 
 }  // namespace tarvik::linuxdesktop

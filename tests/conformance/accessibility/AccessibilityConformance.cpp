@@ -15,9 +15,9 @@ namespace {
 using platform::AXError;
 using platform::AXUIElementRef;
 
-constexpr Seconds patience{10};
-/// All that a write may take, and what it takes a busy machine to wake the thread that waits.
-constexpr Seconds longestWrite{0.5};
+constexpr Seconds timeout{10};
+constexpr Seconds maxWrite{0.5};
+/// What a busy machine may need to wake the waiting thread.
 constexpr Seconds tolerance{0.05};
 
 class AccessibilityConformance : public testing::TestWithParam<AccessibilityWorldMaker> {
@@ -37,7 +37,7 @@ class AccessibilityConformance : public testing::TestWithParam<AccessibilityWorl
                 element = focusedElement();
                 return element && element != before;
             },
-            patience));
+            timeout));
         return element;
     }
 
@@ -52,7 +52,7 @@ class AccessibilityConformance : public testing::TestWithParam<AccessibilityWorl
     }
 
     testing::AssertionResult becomes(AccessibilityTarget& target, const std::string& text) {
-        return world->waitUntil([&] { return target.text() == text; }, patience)
+        return world->waitUntil([&] { return target.text() == text; }, timeout)
                    ? testing::AssertionSuccess()
                    : testing::AssertionFailure() << "it holds \"" << target.text() << "\"";
     }
@@ -142,15 +142,15 @@ TEST_P(AccessibilityConformance, AProgramThatHasEndedRefusesText) {
     const auto target = world->open({"gone", 4, 4});
     const AXUIElementRef element = newFocus();
     target->die();
-    EXPECT_LT(durationOfRefusedWrite(element), longestWrite + tolerance);
-    EXPECT_LT(durationOfRefusedWrite(element), longestWrite + tolerance);
+    EXPECT_LT(durationOfRefusedWrite(element), maxWrite + tolerance);
+    EXPECT_LT(durationOfRefusedWrite(element), maxWrite + tolerance);
 }
 
 TEST_P(AccessibilityConformance, AHungProgramCostsHalfASecondOnceAndTheNextProgramNothing) {
     const auto hung = world->open({"hung", 4, 4});
     const AXUIElementRef element = newFocus();
     hung->hang();
-    EXPECT_LT(durationOfRefusedWrite(element), longestWrite + tolerance);
+    EXPECT_LT(durationOfRefusedWrite(element), maxWrite + tolerance);
     EXPECT_LT(durationOfRefusedWrite(element), Seconds(0.05));
 
     const auto healthy = world->open({"healthy", 7, 7});

@@ -44,8 +44,8 @@ class AccessibilityWorld {
     virtual platform::Accessibility& service() = 0;
     /// Starts a program that comes to the front and takes the focus.
     virtual std::unique_ptr<AccessibilityTarget> open(const TargetContent& content) = 0;
-    /// Waits until `condition` holds, or `limit` has passed; returns whether it holds.
-    virtual bool waitUntil(const std::function<bool()>& condition, Seconds limit) = 0;
+    /// Waits until `condition` holds; false when it does not hold within `timeout`.
+    virtual bool waitUntil(const std::function<bool()>& condition, Seconds timeout) = 0;
 };
 
 struct AccessibilityWorldMaker {

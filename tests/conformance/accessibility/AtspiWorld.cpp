@@ -20,7 +20,7 @@ class AtspiTarget final : public AccessibilityTarget {
     AtspiTarget(const std::string& program, const std::vector<std::string>& options)
         : process_(program, options) {}
 
-    pid_t process() const { return process_.process(); }
+    pid_t identifier() const { return process_.identifier(); }
     std::string text() override { return process_.text(); }
     void select(std::size_t start, std::size_t end) override {
         EXPECT_EQ(process_.command("select " + range(start, end)), "done");
@@ -60,12 +60,12 @@ std::unique_ptr<AccessibilityTarget> AtspiWorld::open(const TargetContent& conte
         options.emplace_back("--button");
     }
     auto target = std::make_unique<AtspiTarget>(program_, options);
-    processInFront = target->process();
+    processInFront = target->identifier();
     return target;
 }
 
-bool AtspiWorld::waitUntil(const std::function<bool()>& condition, Seconds limit) {
-    return becomesTrue(condition, limit);
+bool AtspiWorld::waitUntil(const std::function<bool()>& condition, Seconds timeout) {
+    return becomesTrue(condition, timeout);
 }
 
 }  // namespace tarvik::tests

@@ -19,11 +19,11 @@ class AtspiWorld final : public AccessibilityWorld {
 
     platform::Accessibility& service() override { return *service_; }
     std::unique_ptr<AccessibilityTarget> open(const TargetContent& content) override;
-    bool waitUntil(const std::function<bool()>& condition, Seconds limit) override;
+    bool waitUntil(const std::function<bool()>& condition, Seconds timeout) override;
 
     /// Ends the service and starts another one.
     void restartService();
-    /// What the display says is in front.
+    /// The process in front, as the display knows it.
     std::optional<platform::ProcessIdentifier> processInFront;
 
   private:

@@ -48,7 +48,7 @@ std::unique_ptr<AccessibilityTarget> SimulatedAccessibilityWorld::open(
 }
 
 bool SimulatedAccessibilityWorld::waitUntil(const std::function<bool()>& condition,
-                                            Seconds /*limit*/) {
+                                            Seconds /*timeout*/) {
     return condition();
 }
 

@@ -13,7 +13,7 @@ class SimulatedAccessibilityWorld final : public AccessibilityWorld {
   public:
     platform::Accessibility& service() override { return service_; }
     std::unique_ptr<AccessibilityTarget> open(const TargetContent& content) override;
-    bool waitUntil(const std::function<bool()>& condition, Seconds limit) override;
+    bool waitUntil(const std::function<bool()>& condition, Seconds timeout) override;
 
   private:
     simulated::Journal journal_;

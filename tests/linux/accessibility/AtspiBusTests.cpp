@@ -5,6 +5,7 @@
 #include <future>
 #include <memory>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "platform/linux/accessibility/TextWrite.h"
@@ -24,7 +25,7 @@ class AtspiBus : public AtspiFixture {
         session.startBus();
         startService();
         ASSERT_TRUE(
-            becomesTrue([this] { return service->isProcessTrustedWithOptions(true); }, patience));
+            becomesTrue([this] { return service->isProcessTrustedWithOptions(true); }, timeout));
     }
 
     bool takesText() {
@@ -32,10 +33,10 @@ class AtspiBus : public AtspiFixture {
         return write(awaitFocus(), "text") == platform::axErrorSuccess && target->text() == "text";
     }
 
-    void awaitFirstAnswer(Seconds limit = patience) {
+    void awaitFirstAnswer(Seconds wait = timeout) {
         const auto isKnown = std::make_shared<std::promise<void>>();
         service->whenFirstKnown([isKnown] { isKnown->set_value(); });
-        EXPECT_EQ(isKnown->get_future().wait_for(limit), std::future_status::ready);
+        EXPECT_EQ(isKnown->get_future().wait_for(wait), std::future_status::ready);
     }
 
     bool isWithoutAccessibility() {
@@ -48,13 +49,13 @@ class AtspiBus : public AtspiFixture {
 
 TEST_F(AtspiBus, WithoutASessionBusNothingIsKnownAndOneLineSaysSo) {
     startService();
-    EXPECT_TRUE(becomesTrue([this] { return !log.lines().empty(); }, patience));
+    EXPECT_TRUE(becomesTrue([this] { return !log.lines().empty(); }, timeout));
     for (int time = 0; time < 3; ++time) {
         EXPECT_TRUE(isWithoutAccessibility());
         EXPECT_FALSE(service->isProcessTrustedWithOptions(true));
     }
     session.startBus();
-    EXPECT_TRUE(becomesTrue([this] { return !isWithoutAccessibility(); }, patience));
+    EXPECT_TRUE(becomesTrue([this] { return !isWithoutAccessibility(); }, timeout));
     EXPECT_TRUE(takesText());
     EXPECT_EQ(log.lines().size(), 1U) << log.lines().back();
 }
@@ -63,17 +64,17 @@ TEST_F(AtspiBus, TrustFollowsTheSwitchOfTheDesktopAndTheKeyboard) {
     session.startBus();
     startService();
     EXPECT_FALSE(service->isProcessTrusted());
-    EXPECT_TRUE(becomesTrue([this] { return !isWithoutAccessibility(); }, patience));
+    EXPECT_TRUE(becomesTrue([this] { return !isWithoutAccessibility(); }, timeout));
     EXPECT_FALSE(service->isProcessTrusted());
     EXPECT_FALSE(service->isProcessTrustedWithOptions(false));
     EXPECT_FALSE(service->isProcessTrustedWithOptions(true));
-    EXPECT_TRUE(becomesTrue([this] { return service->isProcessTrusted(); }, patience));
+    EXPECT_TRUE(becomesTrue([this] { return service->isProcessTrusted(); }, timeout));
     canType = false;
     EXPECT_FALSE(service->isProcessTrusted());
     canType = true;
     EXPECT_TRUE(service->isProcessTrusted());
     session.setEnabled(false);
-    EXPECT_TRUE(becomesTrue([this] { return !service->isProcessTrusted(); }, patience));
+    EXPECT_TRUE(becomesTrue([this] { return !service->isProcessTrusted(); }, timeout));
 }
 
 TEST_F(AtspiBus, WhatIsKnownFirstIsWhatTheDesktopSays) {
@@ -107,8 +108,8 @@ TEST_F(AtspiBus, ARegistryThatEndsIsStartedAgain) {
     const pid_t registry = session.ownerOnAccessibilityBus("org.a11y.atspi.Registry");
     const std::size_t before = log.lines().size();
     kill(registry, SIGKILL);
-    EXPECT_TRUE(becomesTrue([&] { return log.lines().size() > before; }, patience));
-    EXPECT_TRUE(becomesTrue([this] { return !isWithoutAccessibility(); }, patience));
+    EXPECT_TRUE(becomesTrue([&] { return log.lines().size() > before; }, timeout));
+    EXPECT_TRUE(becomesTrue([this] { return !isWithoutAccessibility(); }, timeout));
     EXPECT_NE(session.ownerOnAccessibilityBus("org.a11y.atspi.Registry"), registry);
     EXPECT_TRUE(takesText());
     EXPECT_EQ(log.lines().size(), before + 1) << log.lines().front();
@@ -119,8 +120,8 @@ TEST_F(AtspiBus, AnAccessibilityBusThatEndsIsJoinedAgainOnceItIsBack) {
     const auto before = openFake({});
     const platform::AXUIElementRef element = awaitFocus();
     kill(session.ownerOnAccessibilityBus("org.freedesktop.DBus"), SIGKILL);
-    EXPECT_TRUE(becomesTrue([this] { return !log.lines().empty(); }, patience));
-    EXPECT_TRUE(becomesTrue([this] { return !isWithoutAccessibility(); }, patience));
+    EXPECT_TRUE(becomesTrue([this] { return !log.lines().empty(); }, timeout));
+    EXPECT_TRUE(becomesTrue([this] { return !isWithoutAccessibility(); }, timeout));
     EXPECT_EQ(write(element, "text"), platform::axErrorInvalidUIElement);
     EXPECT_TRUE(takesText());
     EXPECT_EQ(log.lines().size(), 1U) << log.lines().back();
@@ -128,23 +129,19 @@ TEST_F(AtspiBus, AnAccessibilityBusThatEndsIsJoinedAgainOnceItIsBack) {
 
 TEST_F(AtspiBus, AProgramIsNotBlamedForABusThatIsLost) {
     session.startBus();
-    std::unique_ptr<linuxdesktop::MessageBus> bus;
-    ASSERT_TRUE(becomesTrue(
-        [&] {
-            bus = linuxdesktop::MessageBus::openSession();
-            return bus != nullptr;
-        },
-        patience));
+    auto opened = linuxdesktop::MessageBus::openSession();
+    ASSERT_TRUE(opened) << opened.error().localizedDescription;
+    const auto bus = std::move(opened).value();
     const auto program = std::make_shared<linuxdesktop::AtspiApplication>(":1.1");
     linuxdesktop::AtspiElement widget(program, "/widget");
     session.killBus();
     const std::string text = "text";
-    std::vector<std::string> troubles;
-    linuxdesktop::TextWrite toWrite(
-        *bus, widget, text, [&](const std::string& trouble) { troubles.push_back(trouble); });
+    std::vector<std::string> reasons;
+    linuxdesktop::TextWrite toWrite(*bus, widget, text,
+                                    [&](const std::string& reason) { reasons.push_back(reason); });
     EXPECT_EQ(toWrite.run(std::chrono::steady_clock::now() + std::chrono::seconds(5)),
               platform::axErrorAPIDisabled);
-    EXPECT_EQ(troubles, std::vector<std::string>());
+    EXPECT_EQ(reasons, std::vector<std::string>());
     EXPECT_FALSE(program->isUnreliable);
 }
 
@@ -153,18 +150,18 @@ TEST_F(AtspiBus, WhatStartsTheAccessibilityBusMayEndToo) {
     kill(session.ownerOnSessionBus("org.a11y.Bus"), SIGKILL);
     EXPECT_TRUE(becomesTrue(
         [this] { return !isWithoutAccessibility() && service->isProcessTrustedWithOptions(true); },
-        patience));
+        timeout));
     EXPECT_TRUE(takesText());
 }
 
 TEST_F(AtspiBus, ASessionBusThatEndsIsJoinedAgainWhenItIsNeededAgain) {
     startEverything();
     session.killBus();
-    EXPECT_TRUE(becomesTrue([this] { return !log.lines().empty(); }, patience));
+    EXPECT_TRUE(becomesTrue([this] { return !log.lines().empty(); }, timeout));
     session.startBus();
     EXPECT_TRUE(becomesTrue(
         [this] { return !isWithoutAccessibility() && service->isProcessTrustedWithOptions(true); },
-        patience));
+        timeout));
     EXPECT_TRUE(takesText());
 }
 

@@ -17,7 +17,7 @@ namespace tarvik::tests {
 /// A service on the session bus of the environment, and what tests ask of it.
 class AtspiFixture : public testing::Test {
   protected:
-    static constexpr Seconds patience{10};
+    static constexpr Seconds timeout{10};
 
     void startService() {
         service = std::make_unique<linuxdesktop::AtspiAccessibility>(
@@ -27,7 +27,7 @@ class AtspiFixture : public testing::Test {
     /// The program in front from now on, with the focus in its field.
     std::unique_ptr<TargetProcess> openFake(std::vector<std::string> options) {
         auto target = std::make_unique<TargetProcess>("fake_target.py", std::move(options));
-        processInFront = target->process();
+        processInFront = target->identifier();
         return target;
     }
 
@@ -45,7 +45,7 @@ class AtspiFixture : public testing::Test {
     platform::AXUIElementRef awaitFocus() {
         platform::AXUIElementRef element;
         EXPECT_TRUE(
-            becomesTrue([&] { return copyFocus(&element) == platform::axErrorSuccess; }, patience));
+            becomesTrue([&] { return copyFocus(&element) == platform::axErrorSuccess; }, timeout));
         return element;
     }
 

@@ -64,7 +64,8 @@ TEST_F(AtspiAccessibility, AProgramThatClaimsWhatItDidNotDoIsBelievedOnlyOnce) {
     EXPECT_LT(lastDuration, atOnce);
     EXPECT_EQ(insertions(), "1");
     EXPECT_EQ(target->text(), "as it was");
-    EXPECT_EQ(log.linesWith("does not insert what it says it inserts").size(), 1U);
+    EXPECT_TRUE(log.hasLineWith("does not insert what it says it inserts"));
+    EXPECT_EQ(log.lines().size(), 1U);
 }
 
 TEST_F(AtspiAccessibility, AnotherProcessOfTheSameProgramIsBelievedAgain) {
@@ -159,14 +160,14 @@ TEST_F(AtspiAccessibility, AProgramThatIsTooSlowIsNotSentTheText) {
 TEST_F(AtspiAccessibility, AFieldThatTakesOnlyAPartIsLeftWithoutIt) {
     open("short", "begin end", {"--select", "6:6"});
     EXPECT_NE(write(element, "middle"), platform::axErrorSuccess);
-    EXPECT_TRUE(becomesTrue([this] { return target->text() == "begin end"; }, patience))
+    EXPECT_TRUE(becomesTrue([this] { return target->text() == "begin end"; }, timeout))
         << target->text();
 }
 
 TEST_F(AtspiAccessibility, AFieldThatMakesRoomAtItsEndGetsItsEndBack) {
     open("cutting", "begin end", {"--select", "6:6"});
     EXPECT_NE(write(element, "middle"), platform::axErrorSuccess);
-    EXPECT_TRUE(becomesTrue([this] { return target->text() == "begin end"; }, patience))
+    EXPECT_TRUE(becomesTrue([this] { return target->text() == "begin end"; }, timeout))
         << target->text();
     EXPECT_EQ(insertions(), "2");
 }
@@ -174,7 +175,7 @@ TEST_F(AtspiAccessibility, AFieldThatMakesRoomAtItsEndGetsItsEndBack) {
 TEST_F(AtspiAccessibility, AFieldThatMakesALittleRoomAtItsEndGetsItsEndBack) {
     open("cutting", "begin end", {"--select", "2:5"});
     EXPECT_NE(write(element, "middle"), platform::axErrorSuccess);
-    EXPECT_TRUE(becomesTrue([this] { return target->text() == "be end"; }, patience))
+    EXPECT_TRUE(becomesTrue([this] { return target->text() == "be end"; }, timeout))
         << target->text();
 }
 

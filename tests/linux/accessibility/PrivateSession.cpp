@@ -1,22 +1,18 @@
 #include "tests/linux/accessibility/PrivateSession.h"
 
 #include <gtest/gtest.h>
-#include <signal.h>
-#include <spawn.h>
-#include <sys/wait.h>
-#include <unistd.h>
 
-#include <array>
 #include <chrono>
 #include <cstdint>
 #include <cstdlib>
-#include <cstring>
 #include <filesystem>
+#include <functional>
 #include <memory>
+#include <utility>
 #include <vector>
 
+#include "platform/linux/bus/BusReplies.h"
 #include "platform/linux/bus/MessageBus.h"
-#include "tests/linux/accessibility/TargetProcess.h"
 
 namespace tarvik::tests {
 
@@ -26,25 +22,36 @@ using linuxdesktop::MessageBus;
 
 namespace {
 
-constexpr std::chrono::seconds patienceWithBus{20};
+// Long enough for a service that has to be started first.
+constexpr std::chrono::seconds startTimeout{20};
 
-/// Sends one call and reads the answer with `read`.
-void ask(MessageBus& bus, BusMessage call, const std::function<void(sd_bus_message*)>& read) {
-    bool isAnswered = false;
-    EXPECT_TRUE(bus.call(std::move(call), patienceWithBus, [&](sd_bus_message* answer) {
-        isAnswered = true;
-        read(answer);
+const BusObject launcher{"org.a11y.Bus", "/org/a11y/bus"};
+
+std::unique_ptr<MessageBus> openSession() {
+    auto opened = MessageBus::openSession();
+    EXPECT_TRUE(opened);
+    return std::move(opened).value();
+}
+
+/// Sends one call and waits for its reply, which `read` gets.
+void callAndWait(MessageBus& bus, BusMessage call,
+                 const std::function<void(sd_bus_message*)>& read) {
+    bool hasReplied = false;
+    EXPECT_TRUE(bus.call(std::move(call), startTimeout, [&](sd_bus_message* reply) {
+        hasReplied = true;
+        read(reply);
     }));
-    EXPECT_TRUE(bus.dispatchUntil([&] { return isAnswered; },
-                                  std::chrono::steady_clock::now() + patienceWithBus));
+    EXPECT_TRUE(bus.dispatchUntil([&] { return hasReplied; },
+                                  std::chrono::steady_clock::now() + startTimeout));
 }
 
 pid_t ownerOn(MessageBus& bus, const std::string& name) {
     std::uint32_t process = 0;
-    ask(bus,
+    callAndWait(
+        bus,
         bus.newCall({"org.freedesktop.DBus", "/org/freedesktop/DBus"}, "org.freedesktop.DBus",
                     "GetConnectionUnixProcessID", "s", name.c_str()),
-        [&](sd_bus_message* answer) { sd_bus_message_read(answer, "u", &process); });
+        [&](sd_bus_message* reply) { sd_bus_message_read(reply, "u", &process); });
     return static_cast<pid_t>(process);
 }
 
@@ -67,66 +74,41 @@ PrivateSession::~PrivateSession() {
 }
 
 void PrivateSession::startBus() {
-    std::vector<std::string> command{"dbus-daemon", "--session", "--nofork", "--nopidfile",
-                                     "--address=unix:path=" + folder_ + "/bus"};
-    std::vector<char*> arguments;
-    for (std::string& argument : command) {
-        arguments.push_back(argument.data());
-    }
-    arguments.push_back(nullptr);
-    std::vector<char*> environment;
-    for (char** variable = environ; *variable != nullptr; ++variable) {
-        if (std::strncmp(*variable, "DISPLAY=", 8) != 0) {
-            environment.push_back(*variable);
-        }
-    }
-    environment.push_back(nullptr);
-    EXPECT_EQ(
-        posix_spawnp(&bus_, arguments[0], nullptr, nullptr, arguments.data(), environment.data()),
-        0);
-    const std::string socket = folder_ + "/bus";
-    EXPECT_TRUE(becomesTrue([&] { return std::filesystem::exists(socket); }, Seconds(10)));
+    bus_.emplace(std::vector<std::string>{"env", "-u", "DISPLAY", "dbus-daemon", "--session",
+                                          "--nofork", "--nopidfile", "--print-address=1",
+                                          "--address=unix:path=" + folder_ + "/bus"});
+    EXPECT_TRUE(bus_->readLine());
 }
 
 void PrivateSession::killBus() {
-    if (bus_ > 0) {
-        kill(bus_, SIGKILL);
-        waitpid(bus_, nullptr, 0);
-        bus_ = -1;
-        std::filesystem::remove(folder_ + "/bus");
-    }
+    bus_.reset();
+    std::filesystem::remove(folder_ + "/bus");
 }
 
 pid_t PrivateSession::ownerOnSessionBus(const std::string& name) {
-    const auto bus = MessageBus::openSession();
-    return ownerOn(*bus, name);
+    return ownerOn(*openSession(), name);
 }
 
 pid_t PrivateSession::ownerOnAccessibilityBus(const std::string& name) {
-    const auto bus = MessageBus::open(accessibilityAddress());
-    return ownerOn(*bus, name);
+    auto bus = MessageBus::open(accessibilityAddress());
+    EXPECT_TRUE(bus);
+    return ownerOn(*std::move(bus).value(), name);
 }
 
 std::string PrivateSession::accessibilityAddress() {
-    const auto bus = MessageBus::openSession();
+    const auto bus = openSession();
     std::string address;
-    ask(*bus, bus->newCall({"org.a11y.Bus", "/org/a11y/bus"}, "org.a11y.Bus", "GetAddress"),
-        [&](sd_bus_message* answer) {
-            const char* found = "";
-            sd_bus_message_read(answer, "s", &found);
-            address = found;
-        });
+    callAndWait(*bus, bus->newCall(launcher, "org.a11y.Bus", "GetAddress"),
+                [&](sd_bus_message* reply) { address = linuxdesktop::textIn(reply).value_or(""); });
     return address;
 }
 
 void PrivateSession::setEnabled(bool isEnabled) {
-    const auto bus = MessageBus::openSession();
-    ask(*bus,
-        bus->newCall({"org.a11y.Bus", "/org/a11y/bus"}, "org.freedesktop.DBus.Properties", "Set",
-                     "ssv", "org.a11y.Status", "IsEnabled", "b", isEnabled ? 1 : 0),
-        [](sd_bus_message* answer) {
-            EXPECT_FALSE(sd_bus_message_is_method_error(answer, nullptr));
-        });
+    const auto bus = openSession();
+    callAndWait(*bus,
+                bus->newCall(launcher, "org.freedesktop.DBus.Properties", "Set", "ssv",
+                             "org.a11y.Status", "IsEnabled", "b", isEnabled ? 1 : 0),
+                [](sd_bus_message* reply) { EXPECT_FALSE(linuxdesktop::isError(reply)); });
 }
 
 void PrivateSession::setVariable(Variable& variable, const std::string& value) {

@@ -5,26 +5,29 @@
 #include <optional>
 #include <string>
 
+#include "tests/support/TestProcess.h"
+
 namespace tarvik::tests {
 
-/// A session bus, with the accessibility bus that it starts, for one test alone; the environment
-/// names it while it lives. Without a display, so that the programs of the session around the test
-/// do not come across it.
+/// A session bus for one test alone, with the accessibility bus that it starts. The environment
+/// names the session bus while the object lives. Without a display, so that the programs of the
+/// session around the test do not come across it.
 class PrivateSession {
   public:
-    /// Names the bus, but does not start it.
+    /// Puts the bus's address into the environment, but does not start the bus.
     PrivateSession();
     /// Ends everything and puts the environment back.
     ~PrivateSession();
     PrivateSession(const PrivateSession&) = delete;
     PrivateSession& operator=(const PrivateSession&) = delete;
 
+    /// Starts the bus and waits until it listens.
     void startBus();
     void killBus();
     /// The process that owns this name, on the session bus or on the accessibility bus.
     pid_t ownerOnSessionBus(const std::string& name);
     pid_t ownerOnAccessibilityBus(const std::string& name);
-    /// Moves the desktop's switch, as a settings program does.
+    /// Switches accessibility on or off, as a settings program does.
     void setEnabled(bool isEnabled);
 
   private:
@@ -39,7 +42,7 @@ class PrivateSession {
     std::string folder_;
     Variable address_{"DBUS_SESSION_BUS_ADDRESS", {}};
     Variable runtime_{"XDG_RUNTIME_DIR", {}};
-    pid_t bus_ = -1;
+    std::optional<TestProcess> bus_;
 };
 
 }  // namespace tarvik::tests

@@ -7,38 +7,32 @@
 #include <vector>
 
 #include "base/Time.h"
+#include "tests/support/TemporaryFolder.h"
+#include "tests/support/TestProcess.h"
 
 namespace tarvik::tests {
 
-/// A program of tests/desktop/targets. It ends with the object.
+/// A program of tests/desktop/targets, with one text field. The program ends with the object.
 class TargetProcess {
   public:
     /// Starts `program` and waits until it is ready.
     TargetProcess(const std::string& program, const std::vector<std::string>& options);
-    ~TargetProcess();
-    TargetProcess(const TargetProcess&) = delete;
-    TargetProcess& operator=(const TargetProcess&) = delete;
 
-    pid_t process() const { return process_; }
-    /// What its text field holds.
+    pid_t identifier() const { return process_.identifier(); }
+    /// The content of the text field.
     std::string text() const;
-    /// Has it do something and returns the line that it answers.
+    /// Has the program do something; the line that it prints in reply.
     std::string command(const std::string& line);
-    void send(int signal);
-    /// Ends it at once.
-    void kill();
+    void send(int signal) { process_.send(signal); }
+    void kill() { process_.kill(); }
 
   private:
-    std::string readLine();
-
-    std::string out_;
-    pid_t process_ = -1;
-    int input_ = -1;
-    int output_ = -1;
-    std::string pending_;
+    TemporaryFolder folder_;
+    TestProcess process_;
 };
 
-/// Polls until `condition` holds, or `limit` has passed; returns whether it holds.
-bool becomesTrue(const std::function<bool()>& condition, Seconds limit);
+/// Waits until `condition` holds, by reading it again and again; false when it does not hold within
+/// `timeout`.
+bool becomesTrue(const std::function<bool()>& condition, Seconds timeout);
 
 }  // namespace tarvik::tests

@@ -3,6 +3,7 @@
 #include <utility>
 #include <vector>
 
+#include "platform/linux/loop/MainLoop.h"
 #include "platform/linux/system/ApplicationObject.h"
 #include "platform/linux/system/InstanceClaim.h"
 #include "tests/linux/system/SessionBusTest.h"
@@ -96,7 +97,7 @@ TEST_F(InstanceTest, WithoutASessionBusThereIsNothingToClaim) {
     setenv("DBUS_SESSION_BUS_ADDRESS", "unix:path=/nowhere/bus", 1);
     const InstanceClaim claim = claimInstance({}, patience);
     EXPECT_EQ(claim.role, Role::unknown);
-    EXPECT_FALSE(claim.trouble.empty());
+    EXPECT_FALSE(claim.reason.empty());
 }
 
 TEST_F(InstanceTest, ABusThatNeverAnswersIsWaitedForNoLongerThanAllowed) {
@@ -113,20 +114,24 @@ TEST_F(InstanceTest, AnOwnerThatHangsIsReportedAfterAWhile) {
     const TimePoint start = clock.now();
     const InstanceClaim claim = claimInstance({}, shortPatience);
     EXPECT_EQ(claim.role, Role::refused);
-    EXPECT_FALSE(claim.trouble.empty());
+    EXPECT_FALSE(claim.reason.empty());
     EXPECT_GE((clock.now() - start).count(), shortPatience.count());
     EXPECT_LT((clock.now() - start).count(), 2.0);
 }
 
 TEST_F(InstanceTest, AnOwnerThatIsSomethingElseIsReportedAtOnce) {
-    linuxdesktop::BusHandle owner = claimInstance({}, patience).bus;
-    // A connection that answers what it does not know with an error.
-    linuxdesktop::BusConnection other(std::move(owner), clock, [](const Error&) {});
+    linuxdesktop::MainLoop loop(clock);
+    const auto owner = claimInstance({}, patience).bus;
+    // A connection that replies to what it does not know with an error.
+    owner->attach(loop, [](const Error&) {});
     EXPECT_EQ(meanwhile([] { return claimInstance({}, patience).role; }), Role::refused);
 }
 
 TEST_F(InstanceTest, AnOwnerThatEndsInsteadOfAnsweringIsReplaced) {
-    linuxdesktop::BusHandle owner = claimInstance({}, patience).bus;
+    sd_bus* opened = nullptr;
+    ASSERT_GE(sd_bus_open_user(&opened), 0);
+    linuxdesktop::BusHandle owner(opened);
+    ASSERT_GE(sd_bus_request_name(owner.get(), linuxdesktop::instanceName, 0), 0);
     // What the bus itself told the owner is out of the way first.
     while (sd_bus_process(owner.get(), nullptr) > 0) {
     }

@@ -1,0 +1,90 @@
+#include "platform/linux/accessibility/TextEdits.h"
+
+#include <algorithm>
+
+#include "platform/linux/bus/BusReplies.h"
+
+namespace tarvik::linuxdesktop {
+
+namespace {
+
+using OnReply = MessageBus::OnReply;
+
+OnReply keep(const std::shared_ptr<void>& owner, bool& value) {
+    return [owner, &value](sd_bus_message* reply) { value = booleanIn(reply).value_or(false); };
+}
+
+OnReply keep(const std::shared_ptr<void>& owner, std::optional<std::int64_t>& number) {
+    return [owner, &number](sd_bus_message* reply) { number = integerPropertyIn(reply); };
+}
+
+OnReply keep(const std::shared_ptr<void>& owner, std::optional<std::string>& text) {
+    return [owner, &text](sd_bus_message* reply) { text = textIn(reply); };
+}
+
+bool hitOtherText(const DeletionReplies& replies) {
+    return !replies.hadSelection && replies.deleted && replies.countBefore && replies.count &&
+           *replies.count < *replies.countBefore;
+}
+
+// As much of `text` as `found` begins with, in whole characters.
+std::string commonPrefix(const std::string& text, const std::string& found) {
+    auto end = std::mismatch(text.begin(), text.end(), found.begin(), found.end()).first;
+    while (end != text.begin() && end != text.end() && (*end & 0xC0) == 0x80) {
+        --end;
+    }
+    return {text.begin(), end};
+}
+
+}  // namespace
+
+std::int64_t InsertionReplies::insertedLength(std::int64_t max) const {
+    return isAccepted && countBefore && count
+               ? std::clamp<std::int64_t>(*count - *countBefore, 0, max)
+               : 0;
+}
+
+std::shared_ptr<const DeletionReplies> addDeletion(CallBatch& calls, MessageBus& bus,
+                                                   const AtspiText& widget, std::int64_t start,
+                                                   std::int64_t end) {
+    const auto replies = std::make_shared<DeletionReplies>();
+    calls.handleLateReplies([replies, bus = &bus, widget, start] {
+        if (hitOtherText(*replies)) {
+            bus->send(widget.newInsertion(start, *replies->deleted));
+            bus->send(widget.newCaretMove(replies->caret.value_or(start)));
+        }
+    });
+    calls.add(widget.newSelectionCount(), [replies](sd_bus_message* reply) {
+        replies->hadSelection = integerIn(reply).value_or(0) > 0;
+    });
+    calls.add(widget.newCaretOffset(), keep(replies, replies->caret));
+    calls.add(widget.newReading(start, end), keep(replies, replies->deleted));
+    calls.add(widget.newCharacterCount(), keep(replies, replies->countBefore));
+    calls.add(widget.newDeletion(start, end), keep(replies, replies->isAccepted));
+    calls.add(widget.newCharacterCount(), keep(replies, replies->count));
+    return replies;
+}
+
+std::shared_ptr<const InsertionReplies> addInsertion(CallBatch& calls, MessageBus& bus,
+                                                     const AtspiText& widget, std::int64_t offset,
+                                                     std::int64_t count, const std::string& text) {
+    const auto replies = std::make_shared<InsertionReplies>();
+    calls.handleLateReplies([replies, bus = &bus, widget, offset, text] {
+        // Typed characters may have made the count grow too, but other text than `text` is found.
+        const std::string inserted = commonPrefix(text, replies->found.value_or(""));
+        if (const auto length = replies->insertedLength(widget.lengthOf(inserted)); length > 0) {
+            bus->send(widget.newDeletion(offset, offset + length));
+        }
+    });
+    calls.add(widget.newCharacterCount(), keep(replies, replies->countBefore));
+    calls.add(widget.newReading(offset, std::min(offset + maxTailLength, count)),
+              keep(replies, replies->tail));
+    calls.add(widget.newInsertion(offset, text), keep(replies, replies->isAccepted));
+    calls.add(widget.newCharacterCount(), keep(replies, replies->count));
+    calls.add(widget.newReading(offset, offset + widget.lengthOf(text)),
+              keep(replies, replies->found));
+    calls.add(widget.newCaretOffset(), keep(replies, replies->caret));
+    return replies;
+}
+
+}  // namespace tarvik::linuxdesktop
