@@ -18,6 +18,7 @@ constexpr std::size_t maxPending = 32;
 }  // namespace
 
 void FocusSearch::start(MessageBus& bus, const BusObject& window, OnDone onDone) {
+    // The calls own the search, so the search lives as long as a reply is pending.
     const auto search = std::make_shared<FocusSearch>(bus, std::move(onDone));
     search->queryChildren(window);
 }
@@ -33,8 +34,6 @@ void FocusSearch::continueSearch() {
         finish({std::nullopt, waiting_.empty()});
     }
 }
-
-// The calls own the search, so the search lives as long as a reply is pending.
 
 void FocusSearch::queryStates(const BusObject& widget) {
     if (bus_.call(bus_.newCall(widget, atspi::accessibleInterface, "GetState"), widgetTimeout,
@@ -60,7 +59,7 @@ void FocusSearch::onStates(const BusObject& widget, sd_bus_message* reply) {
         finish({std::nullopt, false});
         return;
     }
-    // A widget that is gone by now replies an error; the others are asked all the same.
+    // A widget that is gone by now replies with an error; the search goes on without it.
     if (const auto states = atspi::stateSetIn(reply)) {
         if (states->contains(State::focused)) {
             finish({widget.path});
