@@ -1,22 +1,20 @@
 #include "platform/linux/websocket/BeastWebSocketService.h"
 
 #include "platform/linux/websocket/BeastWebSocketSession.h"
-#include "platform/linux/websocket/SessionState.h"
-#include "platform/linux/websocket/SessionSurroundings.h"
-#include "platform/linux/websocket/SessionThreads.h"
+#include "platform/linux/websocket/SessionContext.h"
+#include "platform/linux/websocket/ThreadRegistry.h"
 
 namespace tarvik::linuxdesktop {
 
-BeastWebSocketService::BeastWebSocketService(platform::Log& log)
-    : BeastWebSocketService(log, SessionTiming{}) {}
-
-BeastWebSocketService::BeastWebSocketService(platform::Log& log, SessionTiming timing)
-    : threads_(std::make_shared<SessionThreads>()),
-      surroundings_(
-          new SessionSurroundings{log, timing, ProxySettings::fromEnvironment(), TrustStore()}) {}
+BeastWebSocketService::BeastWebSocketService(platform::Log& log,
+                                             std::chrono::milliseconds closeTimeout,
+                                             std::chrono::milliseconds delegateHoldTime)
+    : threads_(std::make_shared<ThreadRegistry>()),
+      context_(new SessionContext{log, closeTimeout, delegateHoldTime,
+                                  ProxySettings::fromEnvironment(), TrustStore()}) {}
 
 BeastWebSocketService::~BeastWebSocketService() {
-    std::vector<std::shared_ptr<SessionState>> sessions;
+    std::vector<std::shared_ptr<BeastWebSocketSession>> sessions;
     for (const auto& weakSession : sessions_) {
         if (auto session = weakSession.lock()) {
             session->close();
@@ -32,9 +30,9 @@ BeastWebSocketService::~BeastWebSocketService() {
 std::shared_ptr<platform::WebSocketSession> BeastWebSocketService::makeSession(
     std::shared_ptr<platform::WebSocketSessionDelegate> delegate) {
     std::erase_if(sessions_, [](const auto& session) { return session.expired(); });
-    auto state = std::make_shared<SessionState>(threads_, surroundings_, delegate);
-    sessions_.push_back(state);
-    return std::make_shared<BeastWebSocketSession>(std::move(state));
+    auto session = std::make_shared<BeastWebSocketSession>(threads_, context_, delegate);
+    sessions_.push_back(session);
+    return session;
 }
 
 }  // namespace tarvik::linuxdesktop

@@ -1,42 +1,47 @@
 #pragma once
 
+#include <chrono>
 #include <memory>
 #include <vector>
 
 #include "platform/Log.h"
 #include "platform/WebSocket.h"
-#include "platform/linux/websocket/SessionTiming.h"
 
 namespace tarvik::linuxdesktop {
 
-class SessionState;
-class SessionThreads;
-struct SessionSurroundings;
+class BeastWebSocketSession;
+class ThreadRegistry;
+struct SessionContext;
 
 /// Web sockets over TLS by Boost.Beast and OpenSSL.
 ///
-/// The certificate of the other end and its host name are verified against the system's trust store
-/// (SSL_CERT_FILE and SSL_CERT_DIR replace it). A proxy is taken from https_proxy and no_proxy, in
-/// either case, as they are when the service is made.
+/// The server's certificate and host name are verified against the system's trust store.
+/// SSL_CERT_FILE and SSL_CERT_DIR replace the system's trust store. The proxy settings are
+/// https_proxy and no_proxy, in either case, as of the construction of the service.
 ///
-/// A session's serial queue is a thread that lives from its first need until the session lets its
-/// delegate go. Destruction drops the connections that are still there without a word and joins the
-/// threads; no handler and no notification comes after it. Sessions and tasks may outlive the
-/// service; they do nothing any more.
+/// The serial queue of a session is a thread. The thread starts with the first operation and ends
+/// when the session has nothing left to do.
+///
+/// Destruction aborts the open connections without a close handshake and joins the threads.
+/// Handlers and delegates are never called after the destruction. Sessions and tasks may outlive
+/// the service; their operations do nothing then.
 class BeastWebSocketService final : public platform::WebSocketService {
   public:
-    /// `log` takes lines on any thread until the service is gone.
-    explicit BeastWebSocketService(platform::Log& log);
-    BeastWebSocketService(platform::Log& log, SessionTiming timing);
+    /// `log` is written to on any thread until the destruction of the service. `closeTimeout`
+    /// bounds a close handshake. `delegateHoldTime` is the time from the end of a connection to the
+    /// release of its delegate.
+    explicit BeastWebSocketService(
+        platform::Log& log, std::chrono::milliseconds closeTimeout = std::chrono::seconds(1),
+        std::chrono::milliseconds delegateHoldTime = std::chrono::seconds(10));
     ~BeastWebSocketService() override;
 
     std::shared_ptr<platform::WebSocketSession> makeSession(
         std::shared_ptr<platform::WebSocketSessionDelegate> delegate) override;
 
   private:
-    const std::shared_ptr<SessionThreads> threads_;
-    const std::shared_ptr<const SessionSurroundings> surroundings_;
-    std::vector<std::weak_ptr<SessionState>> sessions_;
+    const std::shared_ptr<ThreadRegistry> threads_;
+    const std::shared_ptr<const SessionContext> context_;
+    std::vector<std::weak_ptr<BeastWebSocketSession>> sessions_;
 };
 
 }  // namespace tarvik::linuxdesktop

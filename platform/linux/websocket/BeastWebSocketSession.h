@@ -1,24 +1,64 @@
 #pragma once
 
+#include <boost/asio/steady_timer.hpp>
 #include <memory>
-#include <utility>
+#include <mutex>
+#include <vector>
 
 #include "platform/WebSocket.h"
-#include "platform/linux/websocket/SessionState.h"
+#include "platform/linux/websocket/SerialThread.h"
+#include "platform/linux/websocket/SessionContext.h"
 
 namespace tarvik::linuxdesktop {
 
-/// A session of BeastWebSocketService.
-class BeastWebSocketSession final : public platform::WebSocketSession {
+class BeastWebSocketTask;
+class Connection;
+
+/// A session of BeastWebSocketService: the serial queue and the delegate of its tasks.
+///
+/// The session holds its delegate from the first task until the hold time after the end of the
+/// last connection.
+class BeastWebSocketSession final : public platform::WebSocketSession,
+                                    public std::enable_shared_from_this<BeastWebSocketSession> {
   public:
-    explicit BeastWebSocketSession(std::shared_ptr<SessionState> state)
-        : state_(std::move(state)) {}
+    BeastWebSocketSession(std::shared_ptr<ThreadRegistry> threads,
+                          std::shared_ptr<const SessionContext> context,
+                          const std::shared_ptr<platform::WebSocketSessionDelegate>& delegate);
 
     std::shared_ptr<platform::WebSocketTask> webSocketTask(
         const platform::UrlRequest& request) override;
 
+    const std::shared_ptr<SerialThread>& thread() const { return thread_; }
+    const std::shared_ptr<const SessionContext>& context() const { return context_; }
+    /// Empty after the delegate's destruction. Any thread.
+    std::shared_ptr<platform::WebSocketSessionDelegate> delegate() const;
+
+    /// Registers `connection`, which close() aborts. On the session's thread.
+    void connectionOpened(const std::shared_ptr<Connection>& connection);
+    /// Starts the hold time when a task has ended. On the session's thread.
+    void connectionEnded();
+
+    /// Aborts the connections and lets the thread end; no handler runs after that. Main thread.
+    void close();
+    /// Releases the delegate. Any thread.
+    void releaseDelegate();
+
   private:
-    const std::shared_ptr<SessionState> state_;
+    void onHoldTimeOver();
+    void closeOnThread();
+
+    const std::shared_ptr<SerialThread> thread_;
+    const std::shared_ptr<const SessionContext> context_;
+    const std::weak_ptr<platform::WebSocketSessionDelegate> delegate_;
+    boost::asio::steady_timer holdTimer_;
+
+    std::mutex mutex_;
+    std::shared_ptr<platform::WebSocketSessionDelegate> heldDelegate_;
+    std::vector<std::weak_ptr<BeastWebSocketTask>> tasks_;
+    int connectionCount_ = 0;
+
+    /// Includes connections in a close handshake, whose task may be gone. On the session's thread.
+    std::vector<std::weak_ptr<Connection>> connections_;
 };
 
 }  // namespace tarvik::linuxdesktop

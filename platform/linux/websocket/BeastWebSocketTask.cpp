@@ -23,7 +23,7 @@ Error unsent(const Error& end) {
 
 }  // namespace
 
-BeastWebSocketTask::BeastWebSocketTask(std::shared_ptr<SessionState> session,
+BeastWebSocketTask::BeastWebSocketTask(std::shared_ptr<BeastWebSocketSession> session,
                                        platform::UrlRequest request)
     : session_(std::move(session)), request_(std::move(request)) {}
 
@@ -54,7 +54,7 @@ void BeastWebSocketTask::open() {
         return;
     }
     state_ = State::opening;
-    opening_ = std::make_shared<Opening>(session_->thread(), session_->surroundings(), request_);
+    opening_ = std::make_shared<Opening>(session_->thread(), session_->context(), request_);
     // The opening forgets its completion when it ends, so the two let go of each other.
     opening_->start([self = shared_from_this()](Result<Opening::Opened> result) {
         self->onOpening(std::move(result));
@@ -111,7 +111,7 @@ void BeastWebSocketTask::onWritten(const std::optional<Error>& error) {
     if (error) {
         // The read that has ended the connection knows why, and tells it soon.
         if (!(isReading_ && Connection::isAftermath(*error))) {
-            connection_->cut();
+            connection_->abort();
             end(*error);
         }
         return;
@@ -164,9 +164,9 @@ void BeastWebSocketTask::onRead(Result<WebSocketMessage> result) {
     }
     const WebSocketMessage& message = result.value();
     if (message.kind == WebSocketMessage::Kind::string && !isUtf8(message.bytes)) {
-        session_->surroundings()->log.write("TarvikDictate: dropped a text message of " +
-                                            std::to_string(message.bytes.size()) +
-                                            " bytes that is not UTF-8");
+        session_->context()->log.write("TarvikDictate: dropped a text message of " +
+                                       std::to_string(message.bytes.size()) +
+                                       " bytes that is not UTF-8");
     } else {
         keepOrDeliver(std::move(result).value());
     }

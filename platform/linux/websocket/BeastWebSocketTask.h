@@ -7,9 +7,9 @@
 #include <string>
 
 #include "platform/WebSocket.h"
+#include "platform/linux/websocket/BeastWebSocketSession.h"
 #include "platform/linux/websocket/Connection.h"
 #include "platform/linux/websocket/Opening.h"
-#include "platform/linux/websocket/SessionState.h"
 
 namespace tarvik::linuxdesktop {
 
@@ -21,7 +21,8 @@ namespace tarvik::linuxdesktop {
 class BeastWebSocketTask final : public platform::WebSocketTask,
                                  public std::enable_shared_from_this<BeastWebSocketTask> {
   public:
-    BeastWebSocketTask(std::shared_ptr<SessionState> session, platform::UrlRequest request);
+    BeastWebSocketTask(std::shared_ptr<BeastWebSocketSession> session,
+                       platform::UrlRequest request);
 
     void resume() override;
     void send(platform::WebSocketMessage message, SendHandler handler) override;
@@ -59,7 +60,7 @@ class BeastWebSocketTask final : public platform::WebSocketTask,
     void giveUp(int closeCode);
     void end(const Error& error);
 
-    const std::shared_ptr<SessionState> session_;
+    const std::shared_ptr<BeastWebSocketSession> session_;
     const platform::UrlRequest request_;
 
     State state_ = State::created;

@@ -29,10 +29,10 @@ Error lostConnection(const error_code& failure) {
 }  // namespace
 
 Connection::Connection(boost::asio::ip::tcp::socket socket, boost::asio::ssl::context& context,
-                       std::chrono::milliseconds farewell)
+                       std::chrono::milliseconds closeTimeout)
     : stream_(std::move(socket), context),
-      farewellLimit_(stream_.get_executor()),
-      farewell_(farewell) {
+      closeTimer_(stream_.get_executor()),
+      closeTimeout_(closeTimeout) {
     stream_.binary(true);
     stream_.auto_fragment(false);
     stream_.write_buffer_bytes(writePiece);
@@ -43,14 +43,14 @@ void Connection::open(CloseHandler onClose) {
     // The stream belongs to this object. Beast's own time limits stay off: they leave out the end
     // after a frame that breaks the protocol, and an idle connection costs no wake-ups without
     // them.
-    stream_.next_layer().setOnTeardown([this] { beginFarewell(); });
+    stream_.next_layer().setOnTeardown([this] { startCloseTimer(); });
     stream_.control_callback(
         [this, onClose = std::move(onClose)](websocket::frame_type kind, beast::string_view) {
             if (kind != websocket::frame_type::close) {
                 return;
             }
             hasCloseFrame_ = true;
-            beginFarewell();
+            startCloseTimer();
             const websocket::close_reason& reason = stream_.reason();
             onClose(reason.code == websocket::close_code::none ? noStatusReceived : reason.code,
                     std::string(reason.reason.data(), reason.reason.size()));
@@ -67,7 +67,7 @@ void Connection::read(ReadHandler handler) {
 
 void Connection::onRead(const error_code& failure, const ReadHandler& handler) {
     if (failure) {
-        cut();
+        abort();
         handler(lostConnection(failure));
         return;
     }
@@ -89,28 +89,28 @@ void Connection::close(int code) {
         return;
     }
     if (!stream_.is_open()) {
-        cut();
+        abort();
         return;
     }
-    beginFarewell();
+    startCloseTimer();
     stream_.async_close(static_cast<websocket::close_code>(code),
-                        [self = shared_from_this()](const error_code&) { self->cut(); });
+                        [self = shared_from_this()](const error_code&) { self->abort(); });
 }
 
-void Connection::beginFarewell() {
+void Connection::startCloseTimer() {
     if (!beast::get_lowest_layer(stream_).is_open()) {
         return;
     }
-    farewellLimit_.expires_after(farewell_);
-    farewellLimit_.async_wait([self = shared_from_this()](const error_code& failure) {
+    closeTimer_.expires_after(closeTimeout_);
+    closeTimer_.async_wait([self = shared_from_this()](const error_code& failure) {
         if (!failure) {
-            self->cut();
+            self->abort();
         }
     });
 }
 
-void Connection::cut() {
-    farewellLimit_.cancel();
+void Connection::abort() {
+    closeTimer_.cancel();
     error_code ignored;  // A socket that cannot be closed was closed already.
     beast::get_lowest_layer(stream_).close(ignored);
 }

@@ -29,7 +29,7 @@ class Connection final : public std::enable_shared_from_this<Connection> {
     static constexpr std::size_t longestMessage = std::size_t{32} << 20;
 
     Connection(boost::asio::ip::tcp::socket socket, boost::asio::ssl::context& context,
-               std::chrono::milliseconds farewell);
+               std::chrono::milliseconds closeTimeout);
 
     /// For the opening handshakes.
     Stream& stream() { return stream_; }
@@ -45,18 +45,18 @@ class Connection final : public std::enable_shared_from_this<Connection> {
     /// limit at the latest.
     void close(int code);
     /// Ends the connection at once; what is under way fails.
-    void cut();
+    void abort();
 
     /// True when `error` only says that something else has ended the connection.
     static bool isAftermath(const Error& error);
 
   private:
-    void beginFarewell();
+    void startCloseTimer();
     void onRead(const boost::system::error_code& failure, const ReadHandler& handler);
 
     Stream stream_;
-    boost::asio::steady_timer farewellLimit_;
-    const std::chrono::milliseconds farewell_;
+    boost::asio::steady_timer closeTimer_;
+    const std::chrono::milliseconds closeTimeout_;
     bool hasCloseFrame_ = false;
     std::string payload_;
     std::optional<

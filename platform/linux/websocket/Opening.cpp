@@ -31,10 +31,9 @@ std::string inSeconds(double seconds) {
 }  // namespace
 
 Opening::Opening(std::shared_ptr<SerialThread> thread,
-                 std::shared_ptr<const SessionSurroundings> surroundings,
-                 platform::UrlRequest request)
+                 std::shared_ptr<const SessionContext> context, platform::UrlRequest request)
     : thread_(std::move(thread)),
-      surroundings_(std::move(surroundings)),
+      context_(std::move(context)),
       request_(std::move(request)),
       limit_(thread_->context()) {}
 
@@ -51,7 +50,7 @@ void Opening::start(Completion completion) {
         connectTo(url_.host, url_.port);
     }
     // The first connection reads the trust store while the network is busy with it.
-    surroundings_->trustStore.context();
+    context_->trustStore.context();
 }
 
 std::optional<Error> Opening::prepare() {
@@ -63,7 +62,7 @@ std::optional<Error> Opening::prepare() {
     if (auto objection = objectionToHeaders(request_.headerFields)) {
         return objection;
     }
-    auto proxy = surroundings_->proxies.proxyFor(url_.host, url_.port);
+    auto proxy = context_->proxies.proxyFor(url_.host, url_.port);
     if (!proxy) {
         return proxy.error();
     }
@@ -113,8 +112,8 @@ void Opening::race(const std::string& where, std::vector<tcp::endpoint> endpoint
 void Opening::onConnected(tcp::socket socket) {
     error_code ignored;  // Without the option everything works, only later.
     socket.set_option(tcp::no_delay(true), ignored);
-    connection_ = std::make_shared<Connection>(
-        std::move(socket), surroundings_->trustStore.context(), surroundings_->timing.farewell);
+    connection_ = std::make_shared<Connection>(std::move(socket), context_->trustStore.context(),
+                                               context_->closeTimeout);
     if (proxy_) {
         tunnel();
     } else {
@@ -221,7 +220,7 @@ void Opening::cancel() {
     }
     if (connection_) {
         // What is under way on it holds it until it has ended.
-        std::exchange(connection_, nullptr)->cut();
+        std::exchange(connection_, nullptr)->abort();
     }
 }
 

@@ -12,7 +12,7 @@
 #include "platform/linux/websocket/AddressRace.h"
 #include "platform/linux/websocket/Connection.h"
 #include "platform/linux/websocket/SerialThread.h"
-#include "platform/linux/websocket/SessionSurroundings.h"
+#include "platform/linux/websocket/SessionContext.h"
 #include "platform/linux/websocket/WebSocketUrl.h"
 
 namespace tarvik::linuxdesktop {
@@ -28,8 +28,8 @@ class Opening final : public std::enable_shared_from_this<Opening> {
     };
     using Completion = std::function<void(Result<Opened>)>;
 
-    Opening(std::shared_ptr<SerialThread> thread,
-            std::shared_ptr<const SessionSurroundings> surroundings, platform::UrlRequest request);
+    Opening(std::shared_ptr<SerialThread> thread, std::shared_ptr<const SessionContext> context,
+            platform::UrlRequest request);
 
     /// `completion` comes at most once, perhaps inside this call. Once.
     void start(Completion completion);
@@ -51,7 +51,7 @@ class Opening final : public std::enable_shared_from_this<Opening> {
     void finish(Result<Opened> result);
 
     const std::shared_ptr<SerialThread> thread_;
-    const std::shared_ptr<const SessionSurroundings> surroundings_;
+    const std::shared_ptr<const SessionContext> context_;
     const platform::UrlRequest request_;
     WebSocketUrl url_;
     std::optional<Proxy> proxy_;

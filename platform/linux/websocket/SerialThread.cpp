@@ -5,7 +5,7 @@
 
 namespace tarvik::linuxdesktop {
 
-SerialThread::SerialThread(std::shared_ptr<SessionThreads> threads)
+SerialThread::SerialThread(std::shared_ptr<ThreadRegistry> threads)
     : threads_(std::move(threads)) {}
 
 void SerialThread::post(std::function<void()> block) {
@@ -13,7 +13,7 @@ void SerialThread::post(std::function<void()> block) {
     if (isClosed_) {
         return;
     }
-    ++posted_;
+    ++postCount_;
     boost::asio::post(context_, std::move(block));
     if (!isRunning_) {
         isRunning_ = true;
@@ -25,22 +25,22 @@ void SerialThread::close(std::function<void()> last) {
     const std::lock_guard lock(mutex_);
     isClosed_ = true;
     if (isRunning_) {
-        ++posted_;
+        ++postCount_;
         boost::asio::post(context_, std::move(last));
     }
 }
 
 void SerialThread::run() {
     std::unique_lock lock(mutex_);
-    std::uint64_t seen = 0;
-    // A block that was posted when the context had just run dry starts it again.
+    std::uint64_t seenCount = 0;
+    // The context returns when it runs out of work. A block posted just then needs another run.
     do {
-        seen = posted_;
+        seenCount = postCount_;
         lock.unlock();
         context_.restart();
         context_.run();
         lock.lock();
-    } while (posted_ != seen);
+    } while (postCount_ != seenCount);
     isRunning_ = false;
 }
 

@@ -10,7 +10,8 @@ namespace tarvik::tests {
 
 namespace {
 
-constexpr Seconds patience{10};
+constexpr std::chrono::milliseconds holdTime{300};
+constexpr Seconds timeout{10};
 constexpr std::chrono::milliseconds pollInterval{1};
 // How long what must not happen gets to happen.
 constexpr Seconds wrongEventTime{0.1};
@@ -39,7 +40,7 @@ BeastWorld::BeastWorld(const TestCertificate& certificate)
 
 void BeastWorld::restartService() {
     service_.reset();
-    service_ = std::make_unique<linuxdesktop::BeastWebSocketService>(log_, timing);
+    service_ = std::make_unique<linuxdesktop::BeastWebSocketService>(log_, closeTimeout, holdTime);
 }
 
 platform::UrlRequest BeastWorld::request() {
@@ -50,7 +51,7 @@ platform::UrlRequest BeastWorld::request() {
 }
 
 bool BeastWorld::runUntil(const std::function<bool()>& condition) {
-    const Seconds limit = now() + patience;
+    const Seconds limit = now() + timeout;
     while (!condition()) {
         if (now() > limit) {
             return false;
@@ -69,8 +70,8 @@ Seconds BeastWorld::now() {
     return std::chrono::steady_clock::now().time_since_epoch();
 }
 
-Seconds BeastWorld::linger() {
-    return timing.delegateLinger;
+Seconds BeastWorld::delegateHoldTime() {
+    return holdTime;
 }
 
 bool BeastWorld::acceptTls() {

@@ -17,8 +17,7 @@ namespace tarvik::tests {
 /// The real service with a server in this process, on the main thread.
 class BeastWorld final : public WebSocketWorld {
   public:
-    static constexpr linuxdesktop::SessionTiming timing{std::chrono::milliseconds(300),
-                                                        std::chrono::milliseconds(300)};
+    static constexpr std::chrono::milliseconds closeTimeout{300};
 
     explicit BeastWorld(const TestCertificate& certificate = {"DNS:localhost,IP:127.0.0.1,IP:::1"});
 
@@ -27,7 +26,7 @@ class BeastWorld final : public WebSocketWorld {
     bool runUntil(const std::function<bool()>& condition) override;
     void settle() override;
     Seconds now() override;
-    Seconds linger() override;
+    Seconds delegateHoldTime() override;
     void accept(const std::string& protocol) override;
     void sendText(const std::string& text) override;
     void sendData(const std::string& bytes) override;

@@ -41,7 +41,7 @@ class SimulatedWebSocketWorld final : public WebSocketWorld {
     }
 
     Seconds now() override { return time_.now().time_since_epoch(); }
-    Seconds linger() override { return Seconds(10); }
+    Seconds delegateHoldTime() override { return Seconds(10); }
 
     void accept(const std::string& protocol) override { sockets_.lastTask().open(protocol); }
     void sendText(const std::string& text) override { sockets_.lastTask().deliverText(text); }

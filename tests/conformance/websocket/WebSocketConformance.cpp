@@ -313,7 +313,7 @@ TEST_P(WebSocketConformance, HoldsItsDelegateUntilSomeTimeAfterTheEnd) {
         return !held || held->has("failed receive");
     }));
     ASSERT_TRUE(world->runUntil([&] { return delegate.expired(); }));
-    EXPECT_GE(world->now() - start, world->linger());
+    EXPECT_GE(world->now() - start, world->delegateHoldTime());
 }
 
 TEST_P(WebSocketConformance, ATaskThatNobodyHoldsGoesOn) {

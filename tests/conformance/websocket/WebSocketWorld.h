@@ -30,7 +30,7 @@ class WebSocketWorld {
     virtual void settle() = 0;
     virtual Seconds now() = 0;
     /// How long a delegate is held after the end of its connection.
-    virtual Seconds linger() = 0;
+    virtual Seconds delegateHoldTime() = 0;
 
     virtual void accept(const std::string& protocol) = 0;
     virtual void sendText(const std::string& text) = 0;

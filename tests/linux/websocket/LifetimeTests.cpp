@@ -101,7 +101,7 @@ TEST_F(BeastTest, ANewConnectionProlongsTheHoldOnTheDelegate) {
     ASSERT_TRUE(comes("open token", 2));
     const std::weak_ptr<WebSocketRecorder> delegate = recorder;
     recorder.reset();
-    const Seconds longEnough = world.now() + 2 * world.linger();
+    const Seconds longEnough = world.now() + 2 * world.delegateHoldTime();
     world.runUntil([&] { return world.now() > longEnough; });
     ASSERT_FALSE(delegate.expired());
     second->cancel(platform::closeCodeGoingAway);

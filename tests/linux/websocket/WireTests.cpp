@@ -137,7 +137,7 @@ TEST_F(BeastTest, DoesNotWaitForTheServerToEndAClosedConnection) {
     const Seconds start = world.now();
     world.sendClose(1000, "");
     ASSERT_TRUE(comes("failed receive"));
-    EXPECT_LT(world.now() - start, BeastWorld::timing.farewell);
+    EXPECT_LT(world.now() - start, BeastWorld::closeTimeout);
     // The server keeps its end open; the client cuts it.
     ASSERT_TRUE(world.peer().readFrame());
     EXPECT_TRUE(world.peer().readEnd());
@@ -162,7 +162,7 @@ TEST_F(BeastTest, CutsAServerThatNeverAnswersTheClose) {
     task->cancel(platform::closeCodeGoingAway);
     ASSERT_TRUE(world.peer().readFrame());
     EXPECT_TRUE(world.peer().readEnd());
-    EXPECT_GE(world.now() - start, BeastWorld::timing.farewell);
+    EXPECT_GE(world.now() - start, BeastWorld::closeTimeout);
 }
 
 TEST_F(BeastTest, CancelDoesNotWaitForAServerThatTakesNothing) {
@@ -175,7 +175,7 @@ TEST_F(BeastTest, CancelDoesNotWaitForAServerThatTakesNothing) {
     task->cancel(platform::closeCodeGoingAway);
     ASSERT_TRUE(comes("failed receive"));
     ASSERT_TRUE(comes("failed behind"));
-    EXPECT_LT(world.now() - start, BeastWorld::timing.farewell);
+    EXPECT_LT(world.now() - start, BeastWorld::closeTimeout);
     while (world.peer().readFrame()) {
     }
 }

@@ -9,24 +9,24 @@
 
 namespace tarvik::linuxdesktop {
 
-/// Threads that end by themselves and are joined here, so that none has to join itself.
-class SessionThreads {
+/// Starts threads and joins them, so that no thread has to join itself.
+class ThreadRegistry {
   public:
-    /// Runs `body` on a new thread and joins those that have ended; does nothing after joinAll().
-    /// Any thread but one whose body still runs and is being joined.
+    /// Runs `body` on a new thread and joins the threads that have ended. Does nothing after
+    /// joinAll(). Any thread.
     void start(std::function<void()> body);
-    /// Waits for all threads; their bodies must be about to end. Not on one of them.
+    /// Waits for all threads, whose bodies must be about to return. Not on one of the threads.
     void joinAll();
 
   private:
-    struct Running {
+    struct Entry {
         std::thread thread;
         std::shared_ptr<std::atomic<bool>> hasEnded;
     };
 
     std::mutex mutex_;
     bool isClosed_ = false;
-    std::list<Running> threads_;
+    std::list<Entry> entries_;
 };
 
 }  // namespace tarvik::linuxdesktop

@@ -1,0 +1,41 @@
+#include "platform/linux/websocket/ThreadRegistry.h"
+
+#include <utility>
+
+namespace tarvik::linuxdesktop {
+
+void ThreadRegistry::start(std::function<void()> body) {
+    const std::lock_guard lock(mutex_);
+    if (isClosed_) {
+        return;
+    }
+    std::erase_if(entries_, [](Entry& entry) {
+        if (!entry.hasEnded->load()) {
+            return false;
+        }
+        entry.thread.join();
+        return true;
+    });
+    auto hasEnded = std::make_shared<std::atomic<bool>>(false);
+    std::thread thread([body = std::move(body), hasEnded]() mutable {
+        body();
+        // The captures of the body are destroyed on its own thread and before the end is visible.
+        body = nullptr;
+        hasEnded->store(true);
+    });
+    entries_.push_back({std::move(thread), std::move(hasEnded)});
+}
+
+void ThreadRegistry::joinAll() {
+    std::list<Entry> entries;
+    {
+        const std::lock_guard lock(mutex_);
+        isClosed_ = true;
+        entries.swap(entries_);
+    }
+    for (Entry& entry : entries) {
+        entry.thread.join();
+    }
+}
+
+}  // namespace tarvik::linuxdesktop
