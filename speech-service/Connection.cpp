@@ -6,6 +6,8 @@
 #include <boost/uuid/uuid_io.hpp>
 #include <iostream>
 
+#include "base/Weakly.h"
+
 namespace tarvik::service {
 
 namespace beast = boost::beast;
@@ -33,12 +35,11 @@ void Connection::start() {
 
 void Connection::limitTime() {
     limit_.expires_after(handshakeTimeout);
-    limit_.async_wait([weak = weak_from_this()](beast::error_code error) {
-        const std::shared_ptr<Connection> self = weak.lock();
-        if (self && !error) {
-            self->cut();
+    limit_.async_wait(weakly(*this, [](Connection& self, beast::error_code error) {
+        if (!error) {
+            self.cut();
         }
-    });
+    }));
 }
 
 void Connection::onSecured(beast::error_code error) {

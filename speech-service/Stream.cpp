@@ -6,6 +6,7 @@
 #include <iostream>
 #include <sstream>
 
+#include "base/Weakly.h"
 #include "speech-service/ControlMessage.h"
 #include "speech-service/ServiceMessages.h"
 
@@ -150,12 +151,11 @@ void Stream::expectAudio() {
 
 void Stream::startTimer(Seconds interval, void (Stream::*onExpired)()) {
     timer_.expires_after(std::chrono::duration_cast<std::chrono::steady_clock::duration>(interval));
-    timer_.async_wait([weak = weak_from_this(), onExpired](beast::error_code error) {
-        const std::shared_ptr<Stream> self = weak.lock();
-        if (self && !error) {
-            ((*self).*onExpired)();
+    timer_.async_wait(weakly(*this, [onExpired](Stream& self, beast::error_code error) {
+        if (!error) {
+            (self.*onExpired)();
         }
-    });
+    }));
 }
 
 void Stream::onIdle() {

@@ -3,6 +3,7 @@
 #include <cerrno>
 #include <utility>
 
+#include "base/Weakly.h"
 #include "platform/linux/websocket/ServiceText.h"
 
 namespace tarvik::linuxdesktop {
@@ -71,11 +72,9 @@ void BeastWebSocketTask::onOpening(Result<Opening::Opened> result) {
     auto [connection, protocol] = std::move(result).value();
     connection_ = std::move(connection);
     session_->connectionOpened(connection_);
-    connection_->open([weakSelf = weak_from_this()](int code, std::string reason) {
-        if (const auto self = weakSelf.lock()) {
-            self->onCloseFrame({code, std::move(reason)});
-        }
-    });
+    connection_->open(weakly(*this, [](BeastWebSocketTask& self, int code, std::string reason) {
+        self.onCloseFrame({code, std::move(reason)});
+    }));
     if (const auto delegate = session_->delegate()) {
         delegate->didOpen(*this, protocol);
     }

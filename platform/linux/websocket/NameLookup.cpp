@@ -8,6 +8,8 @@
 #include <thread>
 #include <utility>
 
+#include "base/Weakly.h"
+
 namespace tarvik::linuxdesktop {
 
 namespace {
@@ -55,12 +57,12 @@ void lookUpHost(SerialThread& thread, const std::string& host, std::uint16_t por
         return;
     }
     try {
-        std::thread([weakThread = thread.weak_from_this(), host, port, completion] {
-            auto addresses = askSystem(host, port);
-            if (const auto strongThread = weakThread.lock()) {
-                strongThread->post(
-                    [completion, addresses = std::move(addresses)] { completion(addresses); });
-            }
+        auto deliver = weakly(thread, [completion](SerialThread& receiver, Addresses addresses) {
+            receiver.post(
+                [completion, addresses = std::move(addresses)] { completion(addresses); });
+        });
+        std::thread([deliver = std::move(deliver), host, port] {
+            deliver(askSystem(host, port));
         }).detach();
     } catch (const std::system_error& failure) {
         completion(Error{failure.code().value(), "No thread for looking up " + host});

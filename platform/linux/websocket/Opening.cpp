@@ -7,6 +7,7 @@
 #include <sstream>
 #include <utility>
 
+#include "base/Weakly.h"
 #include "platform/linux/websocket/Authority.h"
 #include "platform/linux/websocket/NameLookup.h"
 #include "platform/linux/websocket/NetworkError.h"
@@ -73,29 +74,26 @@ std::optional<Error> Opening::prepare() {
 void Opening::limitTime() {
     limit_.expires_after(std::chrono::duration_cast<std::chrono::steady_clock::duration>(
         std::chrono::duration<double>(request_.timeoutInterval)));
-    limit_.async_wait([weakSelf = weak_from_this()](const error_code& failure) {
-        const auto self = weakSelf.lock();
-        if (self && !failure) {
-            self->fail({ETIMEDOUT, "The connection to " + self->url_.host +
-                                       " did not open within " +
-                                       inSeconds(self->request_.timeoutInterval)});
+    limit_.async_wait(weakly(*this, [](Opening& self, const error_code& failure) {
+        if (!failure) {
+            self.fail({ETIMEDOUT, "The connection to " + self.url_.host + " did not open within " +
+                                      inSeconds(self.request_.timeoutInterval)});
         }
-    });
+    }));
 }
 
 void Opening::connectTo(const std::string& host, std::uint16_t port) {
     const std::string where = hostWithPort(host, port);
-    lookUpHost(*thread_, host, port, [weakSelf = weak_from_this(), where](auto endpoints) {
-        const auto self = weakSelf.lock();
-        if (!self || !self->completion_) {
+    lookUpHost(*thread_, host, port, weakly(*this, [where](Opening& self, auto endpoints) {
+        if (!self.completion_) {
             return;
         }
         if (!endpoints) {
-            self->fail(endpoints.error());
+            self.fail(endpoints.error());
             return;
         }
-        self->race(where, std::move(endpoints).value());
-    });
+        self.race(where, std::move(endpoints).value());
+    }));
 }
 
 void Opening::race(const std::string& where, std::vector<tcp::endpoint> endpoints) {

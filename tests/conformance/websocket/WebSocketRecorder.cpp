@@ -3,62 +3,62 @@
 #include <algorithm>
 #include <utility>
 
+#include "base/Weakly.h"
+
 namespace tarvik::tests {
 
 using platform::WebSocketMessage;
 using platform::WebSocketTask;
 
-class WebSocketRecorder::Telling {
+class WebSocketRecorder::Notification {
   public:
-    explicit Telling(WebSocketRecorder& recorder) : recorder_(recorder) {
-        if (recorder_.tellings_.fetch_add(1) != 0) {
+    explicit Notification(WebSocketRecorder& recorder) : recorder_(recorder) {
+        if (recorder_.activeNotifications_.fetch_add(1) != 0) {
             recorder_.wasConcurrent_ = true;
         }
         const std::lock_guard lock(recorder_.mutex_);
         recorder_.threads_.insert(std::this_thread::get_id());
     }
-    ~Telling() { recorder_.tellings_.fetch_sub(1); }
-    Telling(const Telling&) = delete;
-    Telling& operator=(const Telling&) = delete;
+    ~Notification() { recorder_.activeNotifications_.fetch_sub(1); }
+    Notification(const Notification&) = delete;
+    Notification& operator=(const Notification&) = delete;
 
   private:
     WebSocketRecorder& recorder_;
 };
 
 void WebSocketRecorder::didOpen(WebSocketTask& /*task*/, const std::string& protocol) {
-    const Telling telling(*this);
+    const Notification notification(*this);
     add("open " + protocol);
 }
 
 void WebSocketRecorder::didClose(WebSocketTask& /*task*/, int closeCode,
                                  const std::string& reason) {
-    const Telling telling(*this);
+    const Notification notification(*this);
     add("close " + std::to_string(closeCode) + " " + reason);
 }
 
 void WebSocketRecorder::receive(WebSocketTask& task) {
-    task.receive([weakSelf = weak_from_this()](const Result<WebSocketMessage>& result) {
-        if (const auto self = weakSelf.lock()) {
-            const Telling telling(*self);
-            self->addReceived(result);
-        }
-    });
+    task.receive(weakly(*this, [](WebSocketRecorder& self, const Result<WebSocketMessage>& result) {
+        const Notification notification(self);
+        self.addReceived(result);
+    }));
 }
 
 void WebSocketRecorder::receiveAll(const std::shared_ptr<WebSocketTask>& task) {
-    task->receive([weakSelf = weak_from_this(),
-                   weakTask = std::weak_ptr(task)](const Result<WebSocketMessage>& result) {
-        const auto self = weakSelf.lock();
-        const auto strongTask = weakTask.lock();
-        if (!self || !strongTask) {
-            return;
-        }
-        const Telling telling(*self);
-        self->addReceived(result);
-        if (result) {
-            self->receiveAll(strongTask);
-        }
-    });
+    task->receive(
+        weakly(*this, [weakTask = std::weak_ptr(task)](WebSocketRecorder& self,
+                                                       const Result<WebSocketMessage>& result) {
+            const auto strongTask = weakTask.lock();
+            if (!strongTask) {
+                return;
+            }
+            const Notification notification(self);
+            self.addReceived(result);
+            if (result) {
+                self.receiveAll(strongTask);
+            }
+        }));
 }
 
 void WebSocketRecorder::addReceived(const Result<WebSocketMessage>& result) {
@@ -70,28 +70,24 @@ void WebSocketRecorder::addReceived(const Result<WebSocketMessage>& result) {
         add("failed receive");
         return;
     }
-    constexpr std::size_t longestShown = 40;
+    constexpr std::size_t maxShownSize = 40;
     const WebSocketMessage& message = result.value();
     const std::string kind = message.kind == WebSocketMessage::Kind::string ? "text " : "data ";
-    add(kind + (message.bytes.size() > longestShown
+    add(kind + (message.bytes.size() > maxShownSize
                     ? std::to_string(message.bytes.size()) + " bytes"
                     : message.bytes));
 }
 
 void WebSocketRecorder::sendText(WebSocketTask& task, const std::string& text) {
     task.send({WebSocketMessage::Kind::string, text},
-              [weakSelf = weak_from_this(), text](const std::optional<Error>& error) {
-                  const auto self = weakSelf.lock();
-                  if (!self) {
-                      return;
-                  }
-                  const Telling telling(*self);
+              weakly(*this, [text](WebSocketRecorder& self, const std::optional<Error>& error) {
+                  const Notification notification(self);
                   if (error) {
-                      const std::lock_guard lock(self->mutex_);
-                      self->lastError_ = *error;
+                      const std::lock_guard lock(self.mutex_);
+                      self.lastError_ = *error;
                   }
-                  self->add((error ? "failed " : "sent ") + text);
-              });
+                  self.add((error ? "failed " : "sent ") + text);
+              }));
 }
 
 void WebSocketRecorder::add(std::string event) {

@@ -38,7 +38,7 @@ class WebSocketRecorder final : public platform::WebSocketSessionDelegate,
     bool wasConcurrent() const { return wasConcurrent_; }
 
   private:
-    class Telling;
+    class Notification;
     void add(std::string event);
     void addReceived(const Result<platform::WebSocketMessage>& result);
 
@@ -46,7 +46,7 @@ class WebSocketRecorder final : public platform::WebSocketSessionDelegate,
     std::vector<std::string> events_;
     Error lastError_;
     std::set<std::thread::id> threads_;
-    std::atomic<int> tellings_{0};
+    std::atomic<int> activeNotifications_{0};
     std::atomic<bool> wasConcurrent_{false};
 };
 
