@@ -12,12 +12,12 @@ using boost::system::error_code;
 void TlsStream::read(Buffers buffers, Transferred done) {
     const Buffers target = buffers;  // The handler moves away with its own.
     next_.async_read_some(target, [this, buffers = std::move(buffers), done = std::move(done)](
-                                      error_code failure, std::size_t size) {
-        if (failure == boost::asio::ssl::error::stream_truncated) {
-            failure = boost::asio::error::eof;
+                                      error_code error, std::size_t size) {
+        if (error == boost::asio::ssl::error::stream_truncated) {
+            error = boost::asio::error::eof;
         }
         onArrival(buffers, size);
-        done(failure, size);
+        done(error, size);
     });
 }
 
@@ -30,7 +30,7 @@ void TlsStream::end(boost::beast::role_type role, TornDown done) {
     using boost::beast::async_teardown;
     // However it goes, the reason for the teardown is what counts.
     async_teardown(role, next_,
-                   [done = std::move(done)](const error_code& /*failure*/) { done({}); });
+                   [done = std::move(done)](const error_code& /*error*/) { done({}); });
 }
 
 }  // namespace tarvik::network

@@ -20,7 +20,7 @@ std::optional<std::uint16_t> parsePort(std::string_view text) {
 std::optional<Authority> Authority::parse(std::string_view text) {
     Authority authority;
     if (const auto at = text.rfind('@'); at != std::string_view::npos) {
-        authority.userInformation = text.substr(0, at);
+        authority.userInfo = text.substr(0, at);
         text.remove_prefix(at + 1);
     }
     std::string_view afterHost;

@@ -7,21 +7,21 @@
 
 namespace tarvik::linuxdesktop {
 
-/// The part of a URL that says where: user information, host and port.
+/// The authority of a URL (RFC 3986, 3.2): user information, host and port.
 struct Authority {
-    /// As it stands in the URL, percent-encoded; empty when there is none.
-    std::string userInformation;
-    /// A name or an address, an IPv6 address without its brackets.
+    /// Percent-encoded, as in the URL; empty when the URL has none.
+    std::string userInfo;
+    /// A name or an address; an IPv6 address has no brackets.
     std::string host;
     std::optional<std::uint16_t> port;
 
-    /// Takes "[user@]host[:port]" apart; nothing when it is malformed.
+    /// Parses "[user@]host[:port]". Empty when `text` is malformed.
     static std::optional<Authority> parse(std::string_view text);
 };
 
-/// `host` and `port` as one text; an IPv6 address gets brackets.
+/// "host:port"; an IPv6 address gets brackets.
 std::string hostWithPort(std::string_view host, std::uint16_t port);
-/// `host` as a URL or a Host header spells it; an IPv6 address gets brackets.
+/// `host` as in a URL or a Host header; an IPv6 address gets brackets.
 std::string bracketed(std::string_view host);
 
 }  // namespace tarvik::linuxdesktop

@@ -42,8 +42,8 @@ void BeastWebSocketSession::connectionEnded() {
     // Setting the expiry cancels an earlier wait.
     holdTimer_.expires_after(context_->delegateHoldTime);
     // A strong reference: the hold must last although nobody else has the session any more.
-    holdTimer_.async_wait([self = shared_from_this()](const boost::system::error_code& failure) {
-        if (!failure) {
+    holdTimer_.async_wait([self = shared_from_this()](const boost::system::error_code& error) {
+        if (!error) {
             self->onHoldTimeOver();
         }
     });

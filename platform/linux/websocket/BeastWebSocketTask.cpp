@@ -4,7 +4,7 @@
 #include <utility>
 
 #include "base/Weakly.h"
-#include "platform/linux/websocket/ServiceText.h"
+#include "platform/linux/websocket/LogText.h"
 
 namespace tarvik::linuxdesktop {
 
@@ -12,13 +12,13 @@ namespace {
 
 using platform::WebSocketMessage;
 
-// What may wait to be asked for before reading pauses.
-constexpr std::size_t mostWaitingMessages = 64;
-constexpr std::size_t mostWaitingBytes = std::size_t{32} << 20;
+// Reading stops while the inbox has this many messages or bytes.
+constexpr std::size_t maxInboxMessages = 64;
+constexpr std::size_t maxInboxBytes = std::size_t{32} << 20;
 
-// A lost connection is told once for each message that it keeps from leaving; the reason itself
-// is the receive's to tell.
-Error unsent(const Error& end) {
+// Each unsent message reports the lost connection once. The plain reason is the error of the
+// receive.
+Error sendError(const Error& end) {
     return {end.code, "A message could not be sent: " + end.localizedDescription};
 }
 
@@ -29,41 +29,84 @@ BeastWebSocketTask::BeastWebSocketTask(std::shared_ptr<BeastWebSocketSession> se
     : session_(std::move(session)), request_(std::move(request)) {}
 
 void BeastWebSocketTask::resume() {
-    session_->thread()->post([self = shared_from_this()] { self->open(); });
+    session_->thread()->post([self = shared_from_this()] { self->resumeOnThread(); });
 }
 
 void BeastWebSocketTask::send(WebSocketMessage message, SendHandler handler) {
     session_->thread()->post(
         [self = shared_from_this(),
          outgoing = Outgoing{std::move(message), std::move(handler)}]() mutable {
-            self->queue(std::move(outgoing));
+            self->sendOnThread(std::move(outgoing));
         });
 }
 
 void BeastWebSocketTask::receive(ReceiveHandler handler) {
     session_->thread()->post([self = shared_from_this(), handler = std::move(handler)]() mutable {
-        self->serve(std::move(handler));
+        self->receiveOnThread(std::move(handler));
     });
 }
 
 void BeastWebSocketTask::cancel(int closeCode) {
-    session_->thread()->post([self = shared_from_this(), closeCode] { self->giveUp(closeCode); });
+    session_->thread()->post(
+        [self = shared_from_this(), closeCode] { self->cancelOnThread(closeCode); });
 }
 
-void BeastWebSocketTask::open() {
+void BeastWebSocketTask::resumeOnThread() {
     if (state_ != State::created) {
         return;
     }
-    state_ = State::opening;
-    opening_ = std::make_shared<Opening>(session_->thread(), session_->context(), request_);
-    // The opening forgets its completion when it ends, so the two let go of each other.
-    opening_->start([self = shared_from_this()](Result<Opening::Opened> result) {
-        self->onOpening(std::move(result));
+    state_ = State::connecting;
+    connector_ = std::make_shared<Connector>(session_->thread(), session_->context(), request_);
+    // A strong reference: the connector destroys its handler at its end, which breaks the cycle.
+    connector_->start([self = shared_from_this()](Result<Connector::Connected> result) {
+        self->onConnected(std::move(result));
     });
 }
 
-void BeastWebSocketTask::onOpening(Result<Opening::Opened> result) {
-    opening_.reset();
+void BeastWebSocketTask::sendOnThread(Outgoing outgoing) {
+    if (state_ == State::ended) {
+        outgoing.handler(sendError(endError_));
+        return;
+    }
+    outgoing_.push_back(std::move(outgoing));
+    sendNext();
+}
+
+void BeastWebSocketTask::receiveOnThread(ReceiveHandler handler) {
+    if (!inbox_.empty()) {
+        WebSocketMessage message = std::move(inbox_.front());
+        inbox_.pop_front();
+        inboxBytes_ -= message.bytes.size();
+        isInboxDraining_ = true;
+        readNext();
+        handler(std::move(message));
+        return;
+    }
+    if (state_ == State::ended) {
+        handler(endError_);
+        return;
+    }
+    receiveHandlers_.push_back(std::move(handler));
+}
+
+void BeastWebSocketTask::cancelOnThread(int closeCode) {
+    inbox_.clear();
+    inboxBytes_ = 0;
+    if (state_ == State::ended) {
+        return;
+    }
+    if (connector_) {
+        connector_->cancel();
+        connector_.reset();
+    }
+    if (connection_) {
+        connection_->close(closeCode);
+    }
+    end({ECANCELED, "The connection was cancelled"});
+}
+
+void BeastWebSocketTask::onConnected(Result<Connector::Connected> result) {
+    connector_.reset();
     if (!result) {
         end(result.error());
         return;
@@ -78,38 +121,29 @@ void BeastWebSocketTask::onOpening(Result<Opening::Opened> result) {
     if (const auto delegate = session_->delegate()) {
         delegate->didOpen(*this, protocol);
     }
-    writeNext();
+    sendNext();
     readNext();
 }
 
-void BeastWebSocketTask::queue(Outgoing outgoing) {
-    if (state_ == State::ended) {
-        outgoing.handler(unsent(endError_));
+void BeastWebSocketTask::sendNext() {
+    if (state_ != State::open || closeFrame_ || isSending_ || outgoing_.empty()) {
         return;
     }
-    outgoing_.push_back(std::move(outgoing));
-    writeNext();
-}
-
-void BeastWebSocketTask::writeNext() {
-    if (state_ != State::open || closeFrame_ || isWriting_ || outgoing_.empty()) {
-        return;
-    }
-    isWriting_ = true;
+    isSending_ = true;
     connection_->write(std::move(outgoing_.front().message),
                        [self = shared_from_this()](const std::optional<Error>& error) {
-                           self->isWriting_ = false;
-                           self->onWritten(error);
+                           self->isSending_ = false;
+                           self->onSent(error);
                        });
 }
 
-void BeastWebSocketTask::onWritten(const std::optional<Error>& error) {
+void BeastWebSocketTask::onSent(const std::optional<Error>& error) {
     if (state_ != State::open) {
         return;
     }
     if (error) {
-        // The read that has ended the connection knows why, and tells it soon.
-        if (!(isReading_ && Connection::isAftermath(*error))) {
+        // The read fails too, and its error has the reason.
+        if (!(isReading_ && Connection::isOperationAborted(*error))) {
             connection_->abort();
             end(*error);
         }
@@ -117,30 +151,13 @@ void BeastWebSocketTask::onWritten(const std::optional<Error>& error) {
     }
     const SendHandler handler = std::move(outgoing_.front().handler);
     outgoing_.pop_front();
-    writeNext();
+    sendNext();
     handler(std::nullopt);
 }
 
-void BeastWebSocketTask::serve(ReceiveHandler handler) {
-    if (!inbox_.empty()) {
-        WebSocketMessage message = std::move(inbox_.front());
-        inbox_.pop_front();
-        inboxBytes_ -= message.bytes.size();
-        wasAsked_ = true;
-        readNext();
-        handler(std::move(message));
-        return;
-    }
-    if (state_ == State::ended) {
-        handler(endError_);
-        return;
-    }
-    receivers_.push_back(std::move(handler));
-}
-
 void BeastWebSocketTask::readNext() {
-    if (state_ != State::open || closeFrame_ || isReading_ ||
-        inbox_.size() >= mostWaitingMessages || inboxBytes_ >= mostWaitingBytes) {
+    if (state_ != State::open || closeFrame_ || isReading_ || inbox_.size() >= maxInboxMessages ||
+        inboxBytes_ >= maxInboxBytes) {
         return;
     }
     isReading_ = true;
@@ -155,7 +172,7 @@ void BeastWebSocketTask::onRead(Result<WebSocketMessage> result) {
         return;
     }
     if (!result) {
-        // After a close frame the end is told by deliverClose().
+        // After a close frame, deliverClose() reports the end.
         if (!closeFrame_) {
             end(result.error());
         }
@@ -167,19 +184,19 @@ void BeastWebSocketTask::onRead(Result<WebSocketMessage> result) {
                                        std::to_string(message.bytes.size()) +
                                        " bytes that is not UTF-8");
     } else {
-        keepOrDeliver(std::move(result).value());
+        deliver(std::move(result).value());
     }
     readNext();
 }
 
-void BeastWebSocketTask::keepOrDeliver(WebSocketMessage message) {
-    if (receivers_.empty()) {
+void BeastWebSocketTask::deliver(WebSocketMessage message) {
+    if (receiveHandlers_.empty()) {
         inboxBytes_ += message.bytes.size();
         inbox_.push_back(std::move(message));
         return;
     }
-    const ReceiveHandler handler = std::move(receivers_.front());
-    receivers_.pop_front();
+    const ReceiveHandler handler = std::move(receiveHandlers_.front());
+    receiveHandlers_.pop_front();
     handler(std::move(message));
 }
 
@@ -188,12 +205,12 @@ void BeastWebSocketTask::onCloseFrame(CloseFrame frame) {
         return;
     }
     closeFrame_ = std::move(frame);
-    wasAsked_ = false;
-    postClose();
+    isInboxDraining_ = false;
+    postDeliverClose();
 }
 
-// Behind whatever a handler that has just run asks for.
-void BeastWebSocketTask::postClose() {
+// Posted, so that the operations of a handler that has just run come first.
+void BeastWebSocketTask::postDeliverClose() {
     session_->thread()->post([self = shared_from_this()] { self->deliverClose(); });
 }
 
@@ -201,44 +218,28 @@ void BeastWebSocketTask::deliverClose() {
     if (state_ != State::open) {
         return;
     }
-    if (!inbox_.empty() && std::exchange(wasAsked_, false)) {
-        postClose();
+    if (!inbox_.empty() && std::exchange(isInboxDraining_, false)) {
+        postDeliverClose();
         return;
     }
     const auto [code, reason] = *closeFrame_;
     if (const auto delegate = session_->delegate()) {
         delegate->didClose(*this, code, reason);
     }
-    const std::string why = serviceText(reason);
+    const std::string why = logText(reason);
     end({code, "The service closed the connection (" + std::to_string(code) +
                    (why.empty() ? "" : ": " + why) + ")"});
-}
-
-void BeastWebSocketTask::giveUp(int closeCode) {
-    inbox_.clear();
-    inboxBytes_ = 0;
-    if (state_ == State::ended) {
-        return;
-    }
-    if (opening_) {
-        opening_->cancel();
-        opening_.reset();
-    }
-    if (connection_) {
-        connection_->close(closeCode);
-    }
-    end({ECANCELED, "The connection was cancelled"});
 }
 
 void BeastWebSocketTask::end(const Error& error) {
     state_ = State::ended;
     endError_ = error;
-    // What is under way on the connection holds it until it has ended.
+    // Pending operations hold the connection until their end.
     connection_.reset();
     const auto outgoing = std::exchange(outgoing_, {});
-    const auto receivers = std::exchange(receivers_, {});
+    const auto receivers = std::exchange(receiveHandlers_, {});
     for (const Outgoing& waiting : outgoing) {
-        waiting.handler(unsent(error));
+        waiting.handler(sendError(error));
     }
     for (const ReceiveHandler& receiver : receivers) {
         receiver(error);
@@ -249,11 +250,11 @@ void BeastWebSocketTask::end(const Error& error) {
 void BeastWebSocketTask::drop() {
     state_ = State::ended;
     outgoing_.clear();
-    receivers_.clear();
+    receiveHandlers_.clear();
     inbox_.clear();
-    if (opening_) {
-        opening_->cancel();
-        opening_.reset();
+    if (connector_) {
+        connector_->cancel();
+        connector_.reset();
     }
     connection_.reset();
 }

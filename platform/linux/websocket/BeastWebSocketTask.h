@@ -9,15 +9,15 @@
 #include "platform/WebSocket.h"
 #include "platform/linux/websocket/BeastWebSocketSession.h"
 #include "platform/linux/websocket/Connection.h"
-#include "platform/linux/websocket/Opening.h"
+#include "platform/linux/websocket/Connector.h"
 
 namespace tarvik::linuxdesktop {
 
-/// One connection of BeastWebSocketService. Its operations go to the session's thread; everything
-/// below lives there.
+/// One connection of BeastWebSocketService. The public operations post to the session's thread.
+/// Everything else happens on the session's thread.
 ///
-/// Messages that nobody asks for stay here up to a limit; beyond it nothing more is read, so the
-/// service has to wait.
+/// The inbox keeps messages until receive() asks for them. A full inbox stops the reading, and
+/// TCP's flow control then stops the service.
 class BeastWebSocketTask final : public platform::WebSocketTask,
                                  public std::enable_shared_from_this<BeastWebSocketTask> {
   public:
@@ -29,11 +29,12 @@ class BeastWebSocketTask final : public platform::WebSocketTask,
     void receive(ReceiveHandler handler) override;
     void cancel(int closeCode) override;
 
-    /// Forgets all handlers; the session cuts the connection. On the session's thread.
+    /// Cancels the connecting and destroys all handlers without calling them. The session aborts
+    /// the connection itself. On the session's thread.
     void drop();
 
   private:
-    enum class State { created, opening, open, ended };
+    enum class State { created, connecting, open, ended };
 
     struct Outgoing {
         platform::WebSocketMessage message;
@@ -45,19 +46,19 @@ class BeastWebSocketTask final : public platform::WebSocketTask,
         std::string reason;
     };
 
-    void open();
-    void onOpening(Result<Opening::Opened> result);
-    void queue(Outgoing outgoing);
-    void writeNext();
-    void onWritten(const std::optional<Error>& error);
-    void serve(ReceiveHandler handler);
+    void resumeOnThread();
+    void sendOnThread(Outgoing outgoing);
+    void receiveOnThread(ReceiveHandler handler);
+    void cancelOnThread(int closeCode);
+    void onConnected(Result<Connector::Connected> result);
+    void sendNext();
+    void onSent(const std::optional<Error>& error);
     void readNext();
     void onRead(Result<platform::WebSocketMessage> result);
-    void keepOrDeliver(platform::WebSocketMessage message);
+    void deliver(platform::WebSocketMessage message);
     void onCloseFrame(CloseFrame frame);
-    void postClose();
+    void postDeliverClose();
     void deliverClose();
-    void giveUp(int closeCode);
     void end(const Error& error);
 
     const std::shared_ptr<BeastWebSocketSession> session_;
@@ -65,20 +66,20 @@ class BeastWebSocketTask final : public platform::WebSocketTask,
 
     State state_ = State::created;
     Error endError_;
-    std::shared_ptr<Opening> opening_;
+    std::shared_ptr<Connector> connector_;
     std::shared_ptr<Connection> connection_;
 
-    /// The first one is being written while isWriting_.
+    /// The connection writes the first element while isSending_.
     std::deque<Outgoing> outgoing_;
-    bool isWriting_ = false;
+    bool isSending_ = false;
 
     std::deque<platform::WebSocketMessage> inbox_;
     std::size_t inboxBytes_ = 0;
-    std::deque<ReceiveHandler> receivers_;
+    std::deque<ReceiveHandler> receiveHandlers_;
     bool isReading_ = false;
     std::optional<CloseFrame> closeFrame_;
-    /// Whether a kept message was asked for since the close was last held back.
-    bool wasAsked_ = false;
+    /// Whether a receive has taken a message from the inbox since deliverClose() last looked.
+    bool isInboxDraining_ = false;
 };
 
 }  // namespace tarvik::linuxdesktop

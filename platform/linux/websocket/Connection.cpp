@@ -15,15 +15,15 @@ namespace websocket = beast::websocket;
 using boost::system::error_code;
 using platform::WebSocketMessage;
 
-// A header and its payload, up to this size, leave as one TLS record by one system call: Beast
-// joins up to 16 KiB, and a header has 14 bytes.
-constexpr std::size_t writePiece = 16 * 1024 - 16;
+// A frame header and a payload of this size fit into one TLS record, which one system call sends.
+// Beast joins buffers up to 16 KiB, and a header has up to 14 bytes.
+constexpr std::size_t writeBufferSize = 16 * 1024 - 16;
 
-// The frame had no code (RFC 6455, 7.1.5).
+// Stands for a close frame without a code (RFC 6455, 7.1.5).
 constexpr int noStatusReceived = 1005;
 
-Error lostConnection(const error_code& failure) {
-    return networkError("The connection to the service was lost", failure);
+Error lostConnection(const error_code& error) {
+    return networkError("The connection to the service was lost", error);
 }
 
 }  // namespace
@@ -35,14 +35,13 @@ Connection::Connection(boost::asio::ip::tcp::socket socket, boost::asio::ssl::co
       closeTimeout_(closeTimeout) {
     stream_.binary(true);
     stream_.auto_fragment(false);
-    stream_.write_buffer_bytes(writePiece);
-    stream_.read_message_max(longestMessage);
+    stream_.write_buffer_bytes(writeBufferSize);
+    stream_.read_message_max(maxMessageSize);
 }
 
 void Connection::open(CloseHandler onClose) {
-    // The stream belongs to this object. Beast's own time limits stay off: they leave out the end
-    // after a frame that breaks the protocol, and an idle connection costs no wake-ups without
-    // them.
+    // This object owns the stream, so a plain pointer is safe. Beast's own timeouts stay off: they
+    // do not cover the close after a protocol error, and they wake an idle connection up.
     stream_.next_layer().setOnTeardown([this] { startCloseTimer(); });
     stream_.control_callback(
         [this, onClose = std::move(onClose)](websocket::frame_type kind, beast::string_view) {
@@ -59,16 +58,16 @@ void Connection::open(CloseHandler onClose) {
 
 void Connection::read(ReadHandler handler) {
     payload_.clear();
-    buffer_.emplace(payload_, longestMessage);
-    stream_.async_read(
-        *buffer_, [self = shared_from_this(), handler = std::move(handler)](
-                      const error_code& failure, std::size_t) { self->onRead(failure, handler); });
+    buffer_.emplace(payload_, maxMessageSize);
+    stream_.async_read(*buffer_,
+                       [self = shared_from_this(), handler = std::move(handler)](
+                           const error_code& error, std::size_t) { self->onRead(error, handler); });
 }
 
-void Connection::onRead(const error_code& failure, const ReadHandler& handler) {
-    if (failure) {
+void Connection::onRead(const error_code& error, const ReadHandler& handler) {
+    if (error) {
         abort();
-        handler(lostConnection(failure));
+        handler(lostConnection(error));
         return;
     }
     handler(WebSocketMessage{stream_.next_layer().kinds().take(), std::exchange(payload_, {})});
@@ -77,11 +76,11 @@ void Connection::onRead(const error_code& failure, const ReadHandler& handler) {
 void Connection::write(WebSocketMessage message, WriteHandler handler) {
     stream_.binary(message.kind == WebSocketMessage::Kind::data);
     const auto bytes = std::make_shared<std::string>(std::move(message.bytes));
-    stream_.async_write(boost::asio::buffer(*bytes), [self = shared_from_this(), bytes,
-                                                      handler = std::move(handler)](
-                                                         const error_code& failure, std::size_t) {
-        handler(failure ? std::optional(lostConnection(failure)) : std::nullopt);
-    });
+    stream_.async_write(boost::asio::buffer(*bytes),
+                        [self = shared_from_this(), bytes, handler = std::move(handler)](
+                            const error_code& error, std::size_t) {
+                            handler(error ? std::optional(lostConnection(error)) : std::nullopt);
+                        });
 }
 
 void Connection::close(int code) {
@@ -102,8 +101,8 @@ void Connection::startCloseTimer() {
         return;
     }
     closeTimer_.expires_after(closeTimeout_);
-    closeTimer_.async_wait([self = shared_from_this()](const error_code& failure) {
-        if (!failure) {
+    closeTimer_.async_wait([self = shared_from_this()](const error_code& error) {
+        if (!error) {
             self->abort();
         }
     });
@@ -111,11 +110,11 @@ void Connection::startCloseTimer() {
 
 void Connection::abort() {
     closeTimer_.cancel();
-    error_code ignored;  // A socket that cannot be closed was closed already.
+    error_code ignored;  // Closing fails only for a socket that is closed already.
     beast::get_lowest_layer(stream_).close(ignored);
 }
 
-bool Connection::isAftermath(const Error& error) {
+bool Connection::isOperationAborted(const Error& error) {
     return error.code == boost::asio::error::operation_aborted;
 }
 

@@ -16,8 +16,8 @@
 
 namespace tarvik::linuxdesktop {
 
-/// A web socket on a connected socket. Everything happens on the socket's thread, and no handler
-/// comes inside the call that was given it.
+/// A web socket on a connected TCP socket. Everything happens on the socket's thread. No handler is
+/// called inside the operation that takes the handler.
 class Connection final : public std::enable_shared_from_this<Connection> {
   public:
     using Stream = boost::beast::websocket::stream<FrameStream>;
@@ -25,34 +25,36 @@ class Connection final : public std::enable_shared_from_this<Connection> {
     using WriteHandler = std::function<void(std::optional<Error>)>;
     using CloseHandler = std::function<void(int code, std::string reason)>;
 
-    /// The longest message that is read; a longer one ends the connection.
-    static constexpr std::size_t longestMessage = std::size_t{32} << 20;
+    /// In bytes. A larger message from the service ends the connection with an error.
+    static constexpr std::size_t maxMessageSize = std::size_t{32} << 20;
 
     Connection(boost::asio::ip::tcp::socket socket, boost::asio::ssl::context& context,
                std::chrono::milliseconds closeTimeout);
 
-    /// For the opening handshakes.
+    /// The stream for the opening handshakes.
     Stream& stream() { return stream_; }
 
-    /// To be called once the handshakes are done. `onClose` comes when the service has sent a close
-    /// frame; the answer and the farewell follow by themselves.
+    /// Prepares the open web socket for read() and write(). To be called after the handshakes.
+    /// `onClose` is called when the service has sent a close frame. The connection completes the
+    /// close handshake by itself.
     void open(CloseHandler onClose);
-    /// Reads one message. One at a time.
+    /// Reads one message. At most one read may be pending.
     void read(ReadHandler handler);
-    /// Writes one message. One at a time.
+    /// Writes one message. At most one write may be pending.
     void write(platform::WebSocketMessage message, WriteHandler handler);
-    /// Sends a close frame where that is still possible, and ends the connection by the farewell's
-    /// limit at the latest.
+    /// Starts the close handshake with `code` unless the service has started it. The connection is
+    /// aborted after the handshake, after the close timeout, or at once if the web socket is not
+    /// open.
     void close(int code);
-    /// Ends the connection at once; what is under way fails.
+    /// Closes the socket at once. Pending operations fail.
     void abort();
 
-    /// True when `error` only says that something else has ended the connection.
-    static bool isAftermath(const Error& error);
+    /// Whether `error` is Asio's operation_aborted, which only follows from another error.
+    static bool isOperationAborted(const Error& error);
 
   private:
     void startCloseTimer();
-    void onRead(const boost::system::error_code& failure, const ReadHandler& handler);
+    void onRead(const boost::system::error_code& error, const ReadHandler& handler);
 
     Stream stream_;
     boost::asio::steady_timer closeTimer_;

@@ -62,7 +62,7 @@ void FrameKinds::processHandshake(unsigned char byte) {
         lineEndMatched_ = character == headEnd.front() ? 1 : 0;
     }
     if (lineEndMatched_ == headEnd.size()) {
-        // What follows a refusal is text for people.
+        // The body of a refusal has no frames.
         part_ = statusLine_ == acceptance ? Part::firstByte : Part::notFrames;
     }
 }
@@ -78,7 +78,7 @@ void FrameKinds::processFirstByte(unsigned char& byte) {
     part_ = Part::shortLength;
 }
 
-// A mask is not looked for: the frame of a server that has one ends the connection.
+// The mask bit is ignored: Beast ends the connection when a server masks a frame.
 void FrameKinds::processShortLength(unsigned char byte) {
     const unsigned char length = byte & lengthMask;
     remaining_ = 0;

@@ -10,17 +10,16 @@
 
 namespace tarvik::linuxdesktop {
 
-/// Turns the text frames in a stream of bytes from a server into binary ones, and remembers which
-/// they were.
+/// Rewrites text frames from a server into binary frames and records the kind of each message.
 ///
-/// Beast ends a connection whose text is not UTF-8. One such message must cost no more than itself,
-/// so Beast sees binary messages only, and the text is looked at when it is whole.
+/// Beast ends a connection when a text message is not valid UTF-8. Such a message must not end the
+/// connection here. So Beast sees binary messages only, and whole messages are validated later.
 class FrameKinds {
   public:
-    /// The next bytes from the server, from the first one of its reply to the handshake; any
-    /// pieces.
+    /// Rewrites the next bytes from the server in place. The first byte is that of the handshake
+    /// response. Chunks may have any size.
     void process(std::span<unsigned char> bytes);
-    /// What the message that has arrived was. Once a message, in their order.
+    /// Takes the kind of the next whole message. To be called once for each message, in order.
     platform::WebSocketMessage::Kind take();
 
   private:

@@ -8,16 +8,17 @@
 
 namespace tarvik::linuxdesktop {
 
-/// The TLS stream below a web socket: what is read passes FrameKinds.
+/// The TLS stream below a web socket. All bytes that are read pass through FrameKinds.
 ///
-/// Not final: Asio derives from whatever it asks whether it is an executor.
+/// Not final, because Asio's check for executors derives from the checked type.
 class FrameStream : public network::TlsStream {
   public:
     using TlsStream::TlsStream;
 
     FrameKinds& kinds() { return kinds_; }
 
-    /// What is done when the web socket begins to end the connection below it.
+    /// `onTeardown` is called when the web socket starts to close the connection below it. Must be
+    /// set before the first read.
     void setOnTeardown(std::function<void()> onTeardown) { onTeardown_ = std::move(onTeardown); }
 
   private:

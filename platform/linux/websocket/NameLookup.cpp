@@ -26,11 +26,11 @@ Addresses askSystem(const std::string& host, std::uint16_t port) {
     hints.ai_family = AF_UNSPEC;
     hints.ai_socktype = SOCK_STREAM;
     addrinfo* found = nullptr;
-    const int failure = getaddrinfo(host.c_str(), std::to_string(port).c_str(), &hints, &found);
-    if (failure != 0) {
-        const int code = failure == EAI_SYSTEM ? errno : 0;
+    const int status = getaddrinfo(host.c_str(), std::to_string(port).c_str(), &hints, &found);
+    if (status != 0) {
+        const int code = status == EAI_SYSTEM ? errno : 0;
         const std::string reason =
-            failure == EAI_SYSTEM ? std::generic_category().message(code) : gai_strerror(failure);
+            status == EAI_SYSTEM ? std::generic_category().message(code) : gai_strerror(status);
         return Error{code, "The host " + host + " was not found: " + reason};
     }
     const std::unique_ptr<addrinfo, AddressListDeleter> list(found);
@@ -49,23 +49,22 @@ Addresses askSystem(const std::string& host, std::uint16_t port) {
 }  // namespace
 
 void lookUpHost(SerialThread& thread, const std::string& host, std::uint16_t port,
-                LookupCompletion completion) {
-    boost::system::error_code isName;
-    const auto address = boost::asio::ip::make_address(host, isName);
-    if (!isName) {
-        completion(std::vector{tcp::endpoint(address, port)});
+                LookupHandler handler) {
+    boost::system::error_code parseError;
+    const auto address = boost::asio::ip::make_address(host, parseError);
+    if (!parseError) {
+        handler(std::vector{tcp::endpoint(address, port)});
         return;
     }
     try {
-        auto deliver = weakly(thread, [completion](SerialThread& receiver, Addresses addresses) {
-            receiver.post(
-                [completion, addresses = std::move(addresses)] { completion(addresses); });
+        auto deliver = weakly(thread, [handler](SerialThread& receiver, Addresses addresses) {
+            receiver.post([handler, addresses = std::move(addresses)] { handler(addresses); });
         });
         std::thread([deliver = std::move(deliver), host, port] {
             deliver(askSystem(host, port));
         }).detach();
-    } catch (const std::system_error& failure) {
-        completion(Error{failure.code().value(), "No thread for looking up " + host});
+    } catch (const std::system_error& error) {
+        handler(Error{error.code().value(), "No thread for looking up " + host});
     }
 }
 

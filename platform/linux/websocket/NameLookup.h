@@ -12,13 +12,14 @@
 
 namespace tarvik::linuxdesktop {
 
-using LookupCompletion = std::function<void(Result<std::vector<boost::asio::ip::tcp::endpoint>>)>;
+using LookupHandler = std::function<void(Result<std::vector<boost::asio::ip::tcp::endpoint>>)>;
 
-/// Finds the addresses of `host`, a name or an address, in the order in which the system prefers
-/// them. `completion` comes on `thread`, for an address before the call returns; the call is made
-/// there too. A lookup cannot be stopped, so it runs on a thread that nobody waits for, and its
-/// completion is dropped if `thread` is gone by then.
+/// Resolves `host`, a name or an address, to endpoints in the system's order of preference.
+///
+/// To be called on `thread`, where `handler` is called too. An address is resolved inside this
+/// call. A name is resolved on a detached thread, because a lookup cannot be cancelled. The handler
+/// is not called when `thread` has been destroyed or closed by then.
 void lookUpHost(SerialThread& thread, const std::string& host, std::uint16_t port,
-                LookupCompletion completion);
+                LookupHandler handler);
 
 }  // namespace tarvik::linuxdesktop

@@ -7,10 +7,11 @@
 
 namespace tarvik::linuxdesktop {
 
-/// "`what`: reason", with the errno value where the failure has one.
-inline Error networkError(const std::string& what, const boost::system::error_code& failure) {
-    const bool hasNumber = failure.category() == boost::system::system_category();
-    return {hasNumber ? failure.value() : 0, what + ": " + failure.message()};
+/// An error with the text "`what`: reason". Its code is the errno value of `error`, or 0 when
+/// `error` has none.
+inline Error networkError(const std::string& what, const boost::system::error_code& error) {
+    const bool hasNumber = error.category() == boost::system::system_category();
+    return {hasNumber ? error.value() : 0, what + ": " + error.message()};
 }
 
 }  // namespace tarvik::linuxdesktop

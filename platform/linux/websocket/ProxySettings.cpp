@@ -43,12 +43,11 @@ std::string percentDecoded(std::string_view text) {
     return decoded;
 }
 
-std::string basicAuthorization(std::string_view userInformation) {
-    const auto colon = std::min(userInformation.find(':'), userInformation.size());
-    const auto encodedPassword =
-        userInformation.substr(std::min(colon + 1, userInformation.size()));
+std::string basicAuthorization(std::string_view userInfo) {
+    const auto colon = std::min(userInfo.find(':'), userInfo.size());
+    const auto encodedPassword = userInfo.substr(std::min(colon + 1, userInfo.size()));
     const std::string credentials =
-        percentDecoded(userInformation.substr(0, colon)) + ":" + percentDecoded(encodedPassword);
+        percentDecoded(userInfo.substr(0, colon)) + ":" + percentDecoded(encodedPassword);
     std::vector<unsigned char> bytes(credentials.begin(), credentials.end());
     std::vector<unsigned char> encoded(4 * (bytes.size() / 3 + 1) + 1);
     const int length =
@@ -65,15 +64,15 @@ std::string environment(const char* lowerName, const char* upperName) {
 }
 
 bool isInNetwork(const ip::address& address, const std::string& network) {
-    boost::system::error_code failure;
+    boost::system::error_code error;
     if (address.is_v4()) {
-        const auto parsed = ip::make_network_v4(network, failure);
-        return !failure && ip::network_v4(address.to_v4(), parsed.prefix_length()).canonical() ==
-                               parsed.canonical();
+        const auto parsed = ip::make_network_v4(network, error);
+        return !error && ip::network_v4(address.to_v4(), parsed.prefix_length()).canonical() ==
+                             parsed.canonical();
     }
-    const auto parsed = ip::make_network_v6(network, failure);
-    return !failure && ip::network_v6(address.to_v6(), parsed.prefix_length()).canonical() ==
-                           parsed.canonical();
+    const auto parsed = ip::make_network_v6(network, error);
+    return !error && ip::network_v6(address.to_v6(), parsed.prefix_length()).canonical() ==
+                         parsed.canonical();
 }
 
 bool isNameWithin(std::string_view name, std::string_view domain) {
@@ -81,19 +80,19 @@ bool isNameWithin(std::string_view name, std::string_view domain) {
                               name[name.size() - domain.size() - 1] == '.');
 }
 
-/// Whether `entry`, a host without a port, covers `host`; both are in lower case.
+/// Whether `entry`, an exception without a port, includes `host`. Both are in lower case.
 bool covers(std::string entry, std::string_view host) {
-    boost::system::error_code isNoAddress;
-    const auto address = ip::make_address(host, isNoAddress);
-    if (isNoAddress) {
+    boost::system::error_code parseError;
+    const auto address = ip::make_address(host, parseError);
+    if (parseError) {
         entry.erase(0, entry.find_first_not_of('.'));
         return !entry.empty() && isNameWithin(host, entry);
     }
     if (entry.find('/') != std::string::npos) {
         return isInNetwork(address, entry);
     }
-    boost::system::error_code failure;
-    return ip::make_address(entry, failure) == address && !failure;
+    boost::system::error_code error;
+    return ip::make_address(entry, error) == address && !error;
 }
 
 }  // namespace
@@ -139,14 +138,14 @@ Result<std::optional<Proxy>> ProxySettings::proxyFor(std::string_view host,
     }
     const auto authority = Authority::parse(rest.substr(0, rest.find('/')));
     if (!authority) {
-        // The text may hold a password, so it is not repeated.
+        // The message leaves the text out: the text may hold a password.
         return Error{0, "The address of the proxy in https_proxy is malformed"};
     }
     Proxy proxy;
     proxy.host = authority->host;
     proxy.port = authority->port.value_or(proxy.port);
-    if (!authority->userInformation.empty()) {
-        proxy.authorization = basicAuthorization(authority->userInformation);
+    if (!authority->userInfo.empty()) {
+        proxy.authorization = basicAuthorization(authority->userInfo);
     }
     return std::optional(std::move(proxy));
 }

@@ -10,27 +10,29 @@
 
 namespace tarvik::linuxdesktop {
 
-/// An HTTP proxy that tunnels.
+/// An HTTP proxy that supports CONNECT.
 struct Proxy {
     std::string host;
     std::uint16_t port = 80;
-    /// The value of the Proxy-Authorization header; empty when it asks for none.
+    /// The value of the Proxy-Authorization header; empty when the proxy needs no credentials.
     std::string authorization;
 };
 
-/// Which connections go through which proxy.
+/// Selects the proxy of each connection.
 class ProxySettings {
   public:
-    /// `proxy` is a URL or "host:port"; an empty one means none. `exceptions` is a list, separated
-    /// by commas or blanks, of hosts that are reached directly: names (with all names below them),
-    /// addresses, networks ("10.0.0.0/8"), each with an optional port, or "*".
+    /// `proxy` is a URL or "host:port"; empty means no proxy. `exceptions` lists the hosts for
+    /// direct connections, separated by commas or blanks. An entry is a name (which includes its
+    /// subdomains), an address or a network ("10.0.0.0/8"), with an optional port. "*" is every
+    /// host.
     ProxySettings(std::string proxy, std::string_view exceptions);
 
-    /// As https_proxy and no_proxy say, or HTTPS_PROXY and NO_PROXY where those are not set.
+    /// The settings in https_proxy and no_proxy, or in HTTPS_PROXY and NO_PROXY when those are not
+    /// set.
     static ProxySettings fromEnvironment();
 
-    /// The proxy for a connection, or nothing where it is direct; an error when the proxy is one
-    /// that cannot be used.
+    /// The proxy for a connection to `host` and `port`. Empty for a direct connection. An error
+    /// when the proxy's URL is malformed or its scheme is not supported.
     Result<std::optional<Proxy>> proxyFor(std::string_view host, std::uint16_t port) const;
 
   private:

@@ -9,8 +9,8 @@
 #include <utility>
 
 #include "platform/linux/websocket/Authority.h"
+#include "platform/linux/websocket/LogText.h"
 #include "platform/linux/websocket/NetworkError.h"
-#include "platform/linux/websocket/ServiceText.h"
 
 namespace tarvik::linuxdesktop {
 
@@ -24,63 +24,61 @@ constexpr unsigned httpVersion = 11;
 class Tunnel final : public std::enable_shared_from_this<Tunnel> {
   public:
     Tunnel(boost::asio::ip::tcp::socket& socket, const Proxy& proxy, const std::string& target,
-           std::function<void(std::optional<Error>)> completion)
+           std::function<void(std::optional<Error>)> handler)
         : socket_(socket),
           name_("The proxy " + hostWithPort(proxy.host, proxy.port)),
           request_(http::verb::connect, target, httpVersion),
-          completion_(std::move(completion)) {
+          handler_(std::move(handler)) {
         request_.set(http::field::host, target);
         if (!proxy.authorization.empty()) {
             request_.set(http::field::proxy_authorization, proxy.authorization);
         }
-        // The reply to CONNECT has no body; what follows its head belongs to the tunnel.
+        // A successful reply to CONNECT has no body. The bytes after its header belong to the
+        // tunnel.
         reply_.skip(true);
     }
 
     void start() {
         http::async_write(socket_, request_,
-                          [self = shared_from_this()](const error_code& failure, std::size_t) {
-                              failure ? self->fail(failure) : self->readReply();
+                          [self = shared_from_this()](const error_code& error, std::size_t) {
+                              error ? self->fail(error) : self->readReply();
                           });
     }
 
   private:
     void readReply() {
-        http::async_read_header(
-            socket_, buffer_, reply_,
-            [self = shared_from_this()](const error_code& failure, std::size_t) {
-                failure ? self->fail(failure) : self->onReply();
-            });
+        http::async_read_header(socket_, buffer_, reply_,
+                                [self = shared_from_this()](const error_code& error, std::size_t) {
+                                    error ? self->fail(error) : self->onReply();
+                                });
     }
 
     void onReply() {
         const auto& reply = reply_.get();
         if (http::to_status_class(reply.result()) == http::status_class::successful) {
-            completion_(std::nullopt);
+            handler_(std::nullopt);
             return;
         }
-        completion_(Error{
+        handler_(Error{
             static_cast<int>(reply.result_int()),
             name_ + " refused to connect: " + httpStatusText(reply.result_int(), reply.reason())});
     }
 
-    void fail(const error_code& failure) {
-        completion_(networkError(name_ + " did not answer", failure));
-    }
+    void fail(const error_code& error) { handler_(networkError(name_ + " did not answer", error)); }
 
     boost::asio::ip::tcp::socket& socket_;
     const std::string name_;
     http::request<http::empty_body> request_;
     boost::beast::flat_buffer buffer_;
     http::response_parser<http::empty_body> reply_;
-    const std::function<void(std::optional<Error>)> completion_;
+    const std::function<void(std::optional<Error>)> handler_;
 };
 
 }  // namespace
 
 void openTunnel(boost::asio::ip::tcp::socket& socket, const Proxy& proxy, const std::string& target,
-                std::function<void(std::optional<Error>)> completion) {
-    std::make_shared<Tunnel>(socket, proxy, target, std::move(completion))->start();
+                std::function<void(std::optional<Error>)> handler) {
+    std::make_shared<Tunnel>(socket, proxy, target, std::move(handler))->start();
 }
 
 }  // namespace tarvik::linuxdesktop

@@ -10,9 +10,10 @@
 
 namespace tarvik::linuxdesktop {
 
-/// Asks the proxy at the other end of `socket` for a tunnel to `target` ("host:port"). `completion`
-/// comes on the socket's thread, not inside this call; the socket must stay until then.
+/// Sends CONNECT with `target` ("host:port") to the proxy that `socket` is connected to. `handler`
+/// is called on the socket's thread, never inside this call, without an error when the tunnel is
+/// open. `socket` must exist until then.
 void openTunnel(boost::asio::ip::tcp::socket& socket, const Proxy& proxy, const std::string& target,
-                std::function<void(std::optional<Error>)> completion);
+                std::function<void(std::optional<Error>)> handler);
 
 }  // namespace tarvik::linuxdesktop

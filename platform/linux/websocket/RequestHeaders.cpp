@@ -9,8 +9,8 @@ namespace tarvik::linuxdesktop {
 
 namespace {
 
-constexpr std::string_view programField = "User-Agent";
-constexpr std::string_view program = "TarvikDictate/" TARVIK_VERSION;
+constexpr std::string_view userAgentField = "User-Agent";
+constexpr std::string_view userAgent = "TarvikDictate/" TARVIK_VERSION;
 
 bool isTokenCharacter(char character) {
     constexpr std::string_view punctuation = "!#$%&'*+-.^_`|~";
@@ -25,7 +25,7 @@ bool canStandInValue(char character) {
 
 }  // namespace
 
-std::optional<Error> objectionToHeaders(const HeaderFields& fields) {
+std::optional<Error> checkHeaders(const HeaderFields& fields) {
     for (const auto& [name, value] : fields) {
         if (name.empty() || !std::all_of(name.begin(), name.end(), isTokenCharacter)) {
             return Error{EINVAL, "The request has a header field whose name is none"};
@@ -40,16 +40,17 @@ std::optional<Error> objectionToHeaders(const HeaderFields& fields) {
 
 void addHeaders(boost::beast::websocket::request_type& request, const HeaderFields& fields) {
     if (fields.empty()) {
-        request.set(programField, program);
+        request.set(userAgentField, userAgent);
         return;
     }
-    // Beast trims the ends of a value, and blanks there may belong to a key. So the fields go in as
-    // one, whose inner line ends keep the blanks before them, and whose last value has none.
+    // Beast trims blanks at the end of a value, but those blanks may belong to a key. So all fields
+    // become the value of one field: the line breaks inside it keep the blanks before them, and the
+    // last value, the user agent, ends in no blank.
     std::string block = fields.front().second;
     for (auto field = std::next(fields.begin()); field != fields.end(); ++field) {
         block.append("\r\n").append(field->first).append(": ").append(field->second);
     }
-    block.append("\r\n").append(programField).append(": ").append(program);
+    block.append("\r\n").append(userAgentField).append(": ").append(userAgent);
     request.set(fields.front().first, block);
 }
 

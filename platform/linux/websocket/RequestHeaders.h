@@ -12,10 +12,11 @@ namespace tarvik::linuxdesktop {
 
 using HeaderFields = std::vector<std::pair<std::string, std::string>>;
 
-/// Why `fields` cannot stand in a request; nothing when they can.
-std::optional<Error> objectionToHeaders(const HeaderFields& fields);
+/// The error when a name or a value in `fields` is not valid in an HTTP request. Empty when all
+/// are.
+std::optional<Error> checkHeaders(const HeaderFields& fields);
 
-/// Adds `fields`, which can stand in a request, byte for byte, and the name of this program.
+/// Adds `fields` byte for byte, and a User-Agent field. checkHeaders() must have accepted `fields`.
 void addHeaders(boost::beast::websocket::request_type& request, const HeaderFields& fields);
 
 }  // namespace tarvik::linuxdesktop

@@ -8,11 +8,11 @@ namespace tarvik::linuxdesktop {
 
 namespace ssl = boost::asio::ssl;
 
-ssl::context& TrustStore::context() const {
+ssl::context& TrustStore::sslContext() const {
     std::call_once(isLoaded_, [this] {
         context_.emplace(ssl::context::tls_client);
         SSL_CTX_set_min_proto_version(context_->native_handle(), TLS1_2_VERSION);
-        // A store that cannot be read shows when a certificate does not verify, with its reason.
+        // An unreadable store makes every certificate fail to verify, and that error has a reason.
         boost::system::error_code ignored;
         context_->set_default_verify_paths(ignored);
         context_->set_verify_mode(ssl::verify_peer, ignored);
@@ -21,11 +21,11 @@ ssl::context& TrustStore::context() const {
     return *context_;
 }
 
-bool TrustStore::expect(SSL* ssl, const std::string& host) {
+bool TrustStore::requireHost(SSL* ssl, const std::string& host) {
     X509_VERIFY_PARAM* parameters = SSL_get0_param(ssl);
-    boost::system::error_code isName;
-    boost::asio::ip::make_address(host, isName);
-    if (!isName) {
+    boost::system::error_code parseError;
+    boost::asio::ip::make_address(host, parseError);
+    if (!parseError) {
         return X509_VERIFY_PARAM_set1_ip_asc(parameters, host.c_str()) == 1;
     }
     X509_VERIFY_PARAM_set_hostflags(parameters, X509_CHECK_FLAG_NO_PARTIAL_WILDCARDS);
@@ -34,7 +34,7 @@ bool TrustStore::expect(SSL* ssl, const std::string& host) {
                     const_cast<char*>(host.c_str())) == 1;
 }
 
-std::optional<std::string> TrustStore::objection(SSL* ssl) {
+std::optional<std::string> TrustStore::verifyError(SSL* ssl) {
     const long result = SSL_get_verify_result(ssl);
     if (result == X509_V_OK) {
         return std::nullopt;

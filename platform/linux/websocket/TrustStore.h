@@ -8,20 +8,21 @@
 
 namespace tarvik::linuxdesktop {
 
-/// What connections trust: TLS 1.2 or later with the certificates of the system's trust store, or
-/// of SSL_CERT_FILE and SSL_CERT_DIR.
+/// The TLS settings of all connections: TLS 1.2 or later, and certificates that the system's trust
+/// store verifies. SSL_CERT_FILE and SSL_CERT_DIR replace the system's trust store.
 class TrustStore {
   public:
-    /// The settings of every connection, read from the disk by the first call, which may take some
-    /// milliseconds. Any thread but the main thread.
-    boost::asio::ssl::context& context() const;
+    /// The context of every connection. The first call reads the trust store from the disk, for
+    /// some milliseconds. Any thread but the main thread.
+    boost::asio::ssl::context& sslContext() const;
 
-    /// Makes the connection of `ssl` valid only if the other end proves to be `host`, a name or an
-    /// address. False when that cannot be arranged; the connection must not be made then.
-    [[nodiscard]] static bool expect(SSL* ssl, const std::string& host);
+    /// Makes the handshake of `ssl` fail unless the server's certificate is for `host`, a name or
+    /// an address. False when OpenSSL rejects `host`; the handshake must not start then.
+    [[nodiscard]] static bool requireHost(SSL* ssl, const std::string& host);
 
-    /// Why the certificate of a failed connection was not accepted; nothing when it was.
-    static std::optional<std::string> objection(SSL* ssl);
+    /// The reason why the certificate did not verify in a failed handshake. Empty when the
+    /// certificate did verify.
+    static std::optional<std::string> verifyError(SSL* ssl);
 
   private:
     mutable std::once_flag isLoaded_;

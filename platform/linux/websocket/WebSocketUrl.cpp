@@ -33,7 +33,7 @@ std::optional<WebSocketUrl> WebSocketUrl::parse(std::string_view text) {
     text.remove_prefix(scheme.size());
     const auto targetStart = std::min(text.find_first_of("/?"), text.size());
     const auto authority = Authority::parse(text.substr(0, targetStart));
-    if (!authority || !authority->userInformation.empty()) {
+    if (!authority || !authority->userInfo.empty()) {
         return std::nullopt;
     }
     WebSocketUrl url;

@@ -7,16 +7,16 @@
 
 namespace tarvik::linuxdesktop {
 
-/// An absolute wss URL in its parts.
+/// The parts of an absolute wss URL.
 struct WebSocketUrl {
-    /// A name or an address, an IPv6 address without its brackets.
+    /// A name or an address; an IPv6 address has no brackets.
     std::string host;
     std::uint16_t port = 443;
-    /// Path and query exactly as they stand in the URL; at least "/".
+    /// Path and query exactly as in the URL; "/" when the URL has no path.
     std::string target;
 
-    /// Nothing when `text` is no such URL, or has a user, a fragment or a character that a URL
-    /// cannot have.
+    /// Empty when `text` is not an absolute wss URL. A URL with user information, a fragment or an
+    /// invalid character is refused too.
     static std::optional<WebSocketUrl> parse(std::string_view text);
 
     /// The value of the Host header.

@@ -1,4 +1,4 @@
-#include "platform/linux/websocket/ServiceText.h"
+#include "platform/linux/websocket/LogText.h"
 
 #include <simdjson.h>
 
@@ -10,7 +10,7 @@ namespace tarvik::linuxdesktop {
 
 namespace {
 
-constexpr std::size_t longestText = 500;
+constexpr std::size_t maxTextSize = 500;
 
 bool isControl(char character) {
     const auto byte = static_cast<unsigned char>(character);
@@ -23,10 +23,10 @@ bool isContinuation(char character) {
 
 }  // namespace
 
-std::string serviceText(std::string_view text) {
+std::string logText(std::string_view text) {
     std::string line;
     for (const char character : text) {
-        if (line.size() == longestText) {
+        if (line.size() == maxTextSize) {
             while (!line.empty() && isContinuation(line.back())) {
                 line.pop_back();
             }
@@ -36,7 +36,7 @@ std::string serviceText(std::string_view text) {
             line += "…";
             break;
         }
-        // The blanks of laid-out JSON fold into one.
+        // Indented JSON has runs of blanks.
         const bool isBlank = isControl(character) || character == ' ';
         if (!isBlank) {
             line.push_back(character);
@@ -53,7 +53,7 @@ std::string serviceText(std::string_view text) {
 }
 
 std::string httpStatusText(unsigned status, std::string_view reason) {
-    return trimmed("HTTP " + std::to_string(status) + " " + serviceText(reason));
+    return trimmed("HTTP " + std::to_string(status) + " " + logText(reason));
 }
 
 bool isUtf8(std::string_view text) {

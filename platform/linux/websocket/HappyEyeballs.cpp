@@ -1,4 +1,4 @@
-#include "platform/linux/websocket/AddressRace.h"
+#include "platform/linux/websocket/HappyEyeballs.h"
 
 #include <boost/asio/error.hpp>
 #include <boost/asio/post.hpp>
@@ -12,7 +12,7 @@ namespace {
 using boost::asio::ip::tcp;
 using boost::system::error_code;
 
-// The connection attempt delay that RFC 8305 recommends.
+// The "Connection Attempt Delay" that RFC 8305 recommends.
 constexpr std::chrono::milliseconds attemptDelay{250};
 
 std::vector<tcp::endpoint> withFamiliesInTurns(const std::vector<tcp::endpoint>& endpoints) {
@@ -36,14 +36,14 @@ std::vector<tcp::endpoint> withFamiliesInTurns(const std::vector<tcp::endpoint>&
 
 }  // namespace
 
-AddressRace::AddressRace(boost::asio::io_context& context, std::vector<tcp::endpoint> endpoints)
-    : context_(context), endpoints_(withFamiliesInTurns(endpoints)), nextAttempt_(context) {
-    // Attempts hold references to their elements.
+HappyEyeballs::HappyEyeballs(boost::asio::io_context& context, std::vector<tcp::endpoint> endpoints)
+    : context_(context), endpoints_(withFamiliesInTurns(endpoints)), attemptTimer_(context) {
+    // The addresses of the sockets must not change during their operations.
     attempts_.reserve(endpoints_.size());
 }
 
-void AddressRace::start(Completion completion) {
-    completion_ = std::move(completion);
+void HappyEyeballs::start(ConnectHandler handler) {
+    handler_ = std::move(handler);
     if (endpoints_.empty()) {
         boost::asio::post(context_, [self = shared_from_this()] {
             self->finish(boost::asio::error::host_not_found, tcp::socket(self->context_));
@@ -53,51 +53,51 @@ void AddressRace::start(Completion completion) {
     startNext();
 }
 
-void AddressRace::startNext() {
+void HappyEyeballs::startNext() {
     const std::size_t index = attempts_.size();
     tcp::socket& socket = attempts_.emplace_back(context_);
-    socket.async_connect(endpoints_[index], [self = shared_from_this(), index](error_code failure) {
-        self->onAttempt(index, failure);
+    socket.async_connect(endpoints_[index], [self = shared_from_this(), index](error_code error) {
+        self->onAttempt(index, error);
     });
     if (attempts_.size() == endpoints_.size()) {
         return;
     }
-    nextAttempt_.expires_after(attemptDelay);
-    nextAttempt_.async_wait([self = shared_from_this()](error_code failure) {
-        if (!failure && self->completion_) {
+    attemptTimer_.expires_after(attemptDelay);
+    attemptTimer_.async_wait([self = shared_from_this()](error_code error) {
+        if (!error && self->handler_) {
             self->startNext();
         }
     });
 }
 
-void AddressRace::onAttempt(std::size_t index, const error_code& failure) {
-    if (!completion_) {
+void HappyEyeballs::onAttempt(std::size_t index, const error_code& error) {
+    if (!handler_) {
         return;
     }
-    if (!failure) {
+    if (!error) {
         finish({}, std::move(attempts_[index]));
         return;
     }
-    ++failures_;
-    if (failures_ == endpoints_.size()) {
-        finish(failure, tcp::socket(context_));
-    } else if (failures_ == attempts_.size()) {
+    ++failedCount_;
+    if (failedCount_ == endpoints_.size()) {
+        finish(error, tcp::socket(context_));
+    } else if (failedCount_ == attempts_.size()) {
         startNext();
     }
 }
 
-void AddressRace::finish(const error_code& failure, tcp::socket socket) {
-    if (const Completion completion = std::exchange(completion_, {})) {
+void HappyEyeballs::finish(const error_code& error, tcp::socket socket) {
+    if (const ConnectHandler handler = std::exchange(handler_, {})) {
         cancel();
-        completion(failure, std::move(socket));
+        handler(error, std::move(socket));
     }
 }
 
-void AddressRace::cancel() {
-    completion_ = {};
-    nextAttempt_.cancel();
+void HappyEyeballs::cancel() {
+    handler_ = {};
+    attemptTimer_.cancel();
     for (tcp::socket& socket : attempts_) {
-        error_code ignored;  // A socket that cannot be closed was closed already.
+        error_code ignored;  // Closing fails only for a socket that is closed already.
         socket.close(ignored);
     }
 }

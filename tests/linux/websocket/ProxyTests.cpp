@@ -1,8 +1,5 @@
-#include <boost/asio/io_context.hpp>
-#include <boost/asio/ip/tcp.hpp>
 #include <cstdlib>
 
-#include "platform/linux/websocket/AddressRace.h"
 #include "platform/linux/websocket/ProxySettings.h"
 #include "tests/linux/websocket/BeastTest.h"
 
@@ -10,7 +7,6 @@ namespace tarvik::tests {
 
 namespace {
 
-using boost::asio::ip::tcp;
 using linuxdesktop::Proxy;
 using linuxdesktop::ProxySettings;
 
@@ -117,63 +113,6 @@ TEST(WebSocketProxySettings, Addresses) {
     EXPECT_FALSE(proxyOf("").value());
     EXPECT_FALSE(proxyOf("socks5://proxy:1080"));
     EXPECT_FALSE(proxyOf("http://proxy:port"));
-}
-
-struct RaceResult {
-    boost::system::error_code failure;
-    std::optional<tcp::endpoint> winner;
-    Seconds duration{0};
-};
-
-RaceResult race(const std::vector<tcp::endpoint>& endpoints) {
-    boost::asio::io_context context;
-    RaceResult result;
-    const auto start = std::chrono::steady_clock::now();
-    const auto race = std::make_shared<linuxdesktop::AddressRace>(context, endpoints);
-    race->start([&](const boost::system::error_code& failure, const tcp::socket& socket) {
-        result.failure = failure;
-        if (!failure) {
-            result.winner = socket.remote_endpoint();
-        }
-        result.duration = std::chrono::steady_clock::now() - start;
-    });
-    context.run();
-    return result;
-}
-
-tcp::endpoint endpointAt(const char* address, std::uint16_t port) {
-    return {boost::asio::ip::make_address(address), port};
-}
-
-TEST(WebSocketAddressRace, ARefusalStartsTheNextAttemptAtOnce) {
-    const Listener good("127.0.0.1");
-    const auto target = endpointAt("127.0.0.1", good.port());
-    const RaceResult result = race({endpointAt("::1", good.port()), target});
-    EXPECT_EQ(result.winner, target);
-    EXPECT_LT(result.duration, Seconds(0.25));
-}
-
-TEST(WebSocketAddressRace, ASilentAddressCostsAQuarterOfASecond) {
-    const Listener deaf("127.0.0.1", 0, true);
-    const Listener good("::1");
-    const auto silent = endpointAt("127.0.0.1", deaf.port());
-    const auto target = endpointAt("::1", good.port());
-    // The families take turns, so the second silent one is tried after the good one.
-    const RaceResult result = race({silent, silent, target});
-    EXPECT_EQ(result.winner, target);
-    EXPECT_GE(result.duration, Seconds(0.25));
-    EXPECT_LT(result.duration, Seconds(0.5));
-}
-
-TEST(WebSocketAddressRace, TheLastRefusalIsTheFailure) {
-    std::uint16_t port = 0;
-    {
-        const Listener gone("127.0.0.1");
-        port = gone.port();
-    }
-    EXPECT_EQ(race({endpointAt("::1", port), endpointAt("127.0.0.1", port)}).failure,
-              boost::asio::error::connection_refused);
-    EXPECT_TRUE(race({}).failure);
 }
 
 }  // namespace

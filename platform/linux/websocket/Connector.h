@@ -1,0 +1,67 @@
+#pragma once
+
+#include <boost/asio/steady_timer.hpp>
+#include <functional>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "base/Result.h"
+#include "platform/WebSocket.h"
+#include "platform/linux/websocket/Connection.h"
+#include "platform/linux/websocket/HappyEyeballs.h"
+#include "platform/linux/websocket/SerialThread.h"
+#include "platform/linux/websocket/SessionContext.h"
+#include "platform/linux/websocket/WebSocketUrl.h"
+
+namespace tarvik::linuxdesktop {
+
+/// Opens one web socket: name lookup, TCP connection, proxy tunnel, TLS handshake, upgrade. All
+/// steps share the timeout of the request. Everything happens on the session's thread.
+class Connector final : public std::enable_shared_from_this<Connector> {
+  public:
+    struct Connected {
+        std::shared_ptr<Connection> connection;
+        /// The subprotocol that the service selected, or empty.
+        std::string protocol;
+    };
+    using ConnectHandler = std::function<void(Result<Connected>)>;
+
+    Connector(std::shared_ptr<SerialThread> thread, std::shared_ptr<const SessionContext> context,
+              platform::UrlRequest request);
+
+    /// Starts the first step. `handler` is called at most once, possibly inside this call, and is
+    /// destroyed after that. May be called once.
+    void start(ConnectHandler handler);
+    /// Aborts the current step and destroys the handler without calling it.
+    void cancel();
+
+  private:
+    std::optional<Error> prepare();
+    void startTimeout();
+    void resolve(const std::string& host, std::uint16_t port);
+    void connectToAny(const std::string& destination,
+                      std::vector<boost::asio::ip::tcp::endpoint> endpoints);
+    void onConnected(boost::asio::ip::tcp::socket socket);
+    void openProxyTunnel();
+    void handshakeTls();
+    void onTlsHandshake(const boost::system::error_code& error);
+    void handshakeWebSocket();
+    void onWebSocketHandshake(const boost::system::error_code& error);
+    void fail(Error error);
+    void finish(Result<Connected> result);
+
+    const std::shared_ptr<SerialThread> thread_;
+    const std::shared_ptr<const SessionContext> context_;
+    const platform::UrlRequest request_;
+    WebSocketUrl url_;
+    std::optional<Proxy> proxy_;
+    boost::asio::steady_timer timeoutTimer_;
+    std::shared_ptr<HappyEyeballs> happyEyeballs_;
+    std::shared_ptr<Connection> connection_;
+    boost::beast::websocket::response_type response_;
+    ConnectHandler handler_;
+};
+
+}  // namespace tarvik::linuxdesktop
