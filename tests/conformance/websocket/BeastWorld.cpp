@@ -13,8 +13,8 @@ namespace {
 constexpr std::chrono::milliseconds holdTime{300};
 constexpr Seconds timeout{10};
 constexpr std::chrono::milliseconds pollInterval{1};
-// How long what must not happen gets to happen.
-constexpr Seconds wrongEventTime{0.1};
+// How long settle() waits for an event that must not come.
+constexpr Seconds settleTime{0.1};
 
 }  // namespace
 
@@ -51,9 +51,9 @@ platform::UrlRequest BeastWorld::request() {
 }
 
 bool BeastWorld::runUntil(const std::function<bool()>& condition) {
-    const Seconds limit = now() + timeout;
+    const Seconds deadline = now() + timeout;
     while (!condition()) {
-        if (now() > limit) {
+        if (now() > deadline) {
             return false;
         }
         std::this_thread::sleep_for(pollInterval);
@@ -62,8 +62,8 @@ bool BeastWorld::runUntil(const std::function<bool()>& condition) {
 }
 
 void BeastWorld::settle() {
-    const Seconds limit = now() + wrongEventTime;
-    runUntil([&] { return now() > limit; });
+    const Seconds deadline = now() + settleTime;
+    runUntil([&] { return now() > deadline; });
 }
 
 Seconds BeastWorld::now() {
@@ -85,7 +85,7 @@ void BeastWorld::accept(const std::string& protocol) {
         throw std::runtime_error("The client refused the certificate");
     }
     head_ = peer_->readHead();
-    peer_->write(Peer::acceptance(head_, protocol));
+    peer_->write(Peer::upgradeResponse(head_, protocol));
 }
 
 void BeastWorld::sendText(const std::string& text) {

@@ -14,7 +14,7 @@
 
 namespace tarvik::tests {
 
-/// The real service with a server in this process, on the main thread.
+/// The real service and a server in this process. The server runs on the main thread.
 class BeastWorld final : public WebSocketWorld {
   public:
     static constexpr std::chrono::milliseconds closeTimeout{300};
@@ -34,16 +34,16 @@ class BeastWorld final : public WebSocketWorld {
     void lose() override;
     platform::WebSocketMessage nextMessage() override;
 
-    /// Takes the connection in and speaks TLS; false when the client does not want to.
+    /// Accepts a connection and does the TLS handshake. False when the client ends the handshake.
     bool acceptTls();
     Listener& listener() { return listener_; }
     SSL_CTX* serverContext() { return serverContext_.get(); }
     Peer& peer() { return *peer_; }
-    /// The request of the last connection that was accepted.
+    /// The request header of the last accepted connection.
     const std::string& head() const { return head_; }
     std::vector<std::string> logLines() const;
 
-    /// Makes the service anew, as when the process starts.
+    /// Replaces the service by a new one, which reads the environment again.
     void restartService();
     void endService() { service_.reset(); }
 

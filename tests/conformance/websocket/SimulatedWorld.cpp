@@ -25,8 +25,8 @@ class SimulatedWebSocketWorld final : public WebSocketWorld {
     }
 
     bool runUntil(const std::function<bool()>& condition) override {
-        constexpr int mostSteps = 1000;
-        for (int step = 0; step < mostSteps; ++step) {
+        constexpr int maxSteps = 1000;
+        for (int step = 0; step < maxSteps; ++step) {
             settle();
             if (condition()) {
                 return true;
@@ -65,7 +65,7 @@ class SimulatedWebSocketWorld final : public WebSocketWorld {
 
 }  // namespace
 
-std::unique_ptr<WebSocketWorld> makeWebSocketSimulatedWorld() {
+std::unique_ptr<WebSocketWorld> makeSimulatedWebSocketWorld() {
     return std::make_unique<SimulatedWebSocketWorld>();
 }
 

@@ -6,6 +6,6 @@
 
 namespace tarvik::tests {
 
-std::unique_ptr<WebSocketWorld> makeWebSocketSimulatedWorld();
+std::unique_ptr<WebSocketWorld> makeSimulatedWebSocketWorld();
 
 }  // namespace tarvik::tests

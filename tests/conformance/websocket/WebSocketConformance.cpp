@@ -327,7 +327,7 @@ TEST_P(WebSocketConformance, ATaskThatNobodyHoldsGoesOn) {
 
 INSTANTIATE_TEST_SUITE_P(
     Worlds, WebSocketConformance,
-    testing::Values(WebSocketWorldMaker{"simulated", makeWebSocketSimulatedWorld},
+    testing::Values(WebSocketWorldMaker{"simulated", makeSimulatedWebSocketWorld},
                     WebSocketWorldMaker{"beast", [] { return std::make_unique<BeastWorld>(); }}),
     nameOf);
 

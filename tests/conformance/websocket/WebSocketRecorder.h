@@ -12,7 +12,7 @@
 
 namespace tarvik::tests {
 
-/// Writes down what a session tells, one line an event:
+/// A delegate that records each notification and each handler call as one event:
 /// "open token", "text hello", "data …", "close 1000 bye", "failed receive", "sent a", "failed a".
 class WebSocketRecorder final : public platform::WebSocketSessionDelegate,
                                 public std::enable_shared_from_this<WebSocketRecorder> {
@@ -22,9 +22,9 @@ class WebSocketRecorder final : public platform::WebSocketSessionDelegate,
 
     /// Asks for one message.
     void receive(platform::WebSocketTask& task);
-    /// Asks for one message after the other until there is an error.
+    /// Asks for messages one after another until an error.
     void receiveAll(const std::shared_ptr<platform::WebSocketTask>& task);
-    /// Sends a text and records its completion under the text.
+    /// Sends `text` and records the call of the handler under `text`.
     void sendText(platform::WebSocketTask& task, const std::string& text);
 
     std::vector<std::string> events() const;
@@ -32,9 +32,9 @@ class WebSocketRecorder final : public platform::WebSocketSessionDelegate,
     bool has(const std::string& event) const { return count(event) > 0; }
     /// The error of the last receive or send that failed.
     Error lastError() const;
-    /// Threads on which something was told.
+    /// The threads of all notifications and handler calls.
     std::set<std::thread::id> threads() const;
-    /// Something was told while something else was being told.
+    /// Whether two notifications or handler calls overlapped in time.
     bool wasConcurrent() const { return wasConcurrent_; }
 
   private:

@@ -12,33 +12,32 @@
 
 namespace tarvik::tests {
 
-/// The outside of a web-socket service: the other end of its connections, and time.
+/// The environment of a web-socket service: the server of its connections, and time.
 ///
-/// What the other end does concerns the connection that was made last. A test runs on the main
-/// thread.
+/// The operations of the server affect the last connection. Main thread only.
 class WebSocketWorld {
   public:
     virtual ~WebSocketWorld() = default;
 
     virtual platform::WebSocketService& service() = 0;
-    /// A request that this world's other end can accept.
+    /// A request that this world's server can accept.
     virtual platform::UrlRequest request() = 0;
 
-    /// Lets time pass until `condition` holds; false when it takes too long.
+    /// Lets time pass until `condition` holds. False after a timeout.
     virtual bool runUntil(const std::function<bool()>& condition) = 0;
-    /// Lets everything happen that is due, so that what must not happen would show.
+    /// Lets all pending events happen, so that an unexpected event would show.
     virtual void settle() = 0;
     virtual Seconds now() = 0;
-    /// How long a delegate is held after the end of its connection.
+    /// How long a session holds its delegate after the end of the connection.
     virtual Seconds delegateHoldTime() = 0;
 
     virtual void accept(const std::string& protocol) = 0;
     virtual void sendText(const std::string& text) = 0;
     virtual void sendData(const std::string& bytes) = 0;
     virtual void sendClose(int code, const std::string& reason) = 0;
-    /// The connection breaks without a farewell.
+    /// Breaks the connection without a close handshake.
     virtual void lose() = 0;
-    /// The next message that the client sent.
+    /// The next message from the client.
     virtual platform::WebSocketMessage nextMessage() = 0;
 };
 

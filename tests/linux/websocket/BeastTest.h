@@ -10,7 +10,7 @@
 
 namespace tarvik::tests {
 
-/// A test of the real service alone: what it does on the wire.
+/// A fixture with the real service, a server in this process and a recording delegate.
 class BeastTest : public testing::Test {
   protected:
     void start() { start(world.request()); }
@@ -31,7 +31,7 @@ class BeastTest : public testing::Test {
         return world.runUntil([&] { return recorder->count(event) >= count; });
     }
 
-    /// The opening has failed, and with this text.
+    /// Whether the connection failed to open with an error that contains `text`.
     testing::AssertionResult failed(const std::string& text) {
         if (!comes("failed receive")) {
             return testing::AssertionFailure() << "no error came";

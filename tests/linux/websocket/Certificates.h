@@ -12,16 +12,16 @@ struct SslContextDeleter {
 };
 using SslContext = std::unique_ptr<SSL_CTX, SslContextDeleter>;
 
-/// A certificate for a test's server.
+/// The properties of a server certificate.
 struct TestCertificate {
-    /// As OpenSSL writes it: "DNS:localhost,IP:127.0.0.1".
+    /// Subject alternative names in OpenSSL's notation: "DNS:localhost,IP:127.0.0.1".
     std::string names;
     bool isTrusted = true;
     bool isExpired = false;
 };
 
-/// The settings of a server with such a certificate. The authority that signs the trusted ones is
-/// made at the first use and named by SSL_CERT_FILE from then on, for the whole process.
+/// A TLS context for a server with such a certificate. The first call makes the trusted authority
+/// and sets SSL_CERT_FILE to its file, for the whole process.
 SslContext makeServerContext(const TestCertificate& certificate);
 
 }  // namespace tarvik::tests

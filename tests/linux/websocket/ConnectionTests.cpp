@@ -6,9 +6,11 @@ namespace tarvik::tests {
 
 namespace {
 
+using WebSocketConnection = BeastTest;
+
 constexpr std::size_t mebibyte = std::size_t{1} << 20;
 
-TEST_F(BeastTest, ReceivesSixteenMebibytesAndGoesOn) {
+TEST_F(WebSocketConnection, ReceivesSixteenMebibytesAndGoesOn) {
     open();
     std::string large(16 * mebibyte, 'a');
     large.back() = 'z';
@@ -18,19 +20,19 @@ TEST_F(BeastTest, ReceivesSixteenMebibytesAndGoesOn) {
     EXPECT_TRUE(recorder->has("text 16777216 bytes"));
 }
 
-TEST_F(BeastTest, AMessageBeyondTheLimitEndsTheConnection) {
+TEST_F(WebSocketConnection, AMessageBeyondTheLimitEndsTheConnection) {
     open();
-    // The header alone is enough.
+    // The frame header alone exceeds the limit.
     world.peer().write(std::string("\x82\x7F\0\0\0\0\x02\0\0\x01", 10));
-    const auto farewell = world.peer().readFrame();
-    ASSERT_TRUE(farewell);
-    EXPECT_EQ(farewell->opcode, Peer::close);
-    EXPECT_EQ(farewell->closeCode(), 1009);
+    const auto closeFrame = world.peer().readFrame();
+    ASSERT_TRUE(closeFrame);
+    EXPECT_EQ(closeFrame->opcode, Peer::close);
+    EXPECT_EQ(closeFrame->closeCode(), 1009);
     ASSERT_TRUE(comes("failed receive"));
     EXPECT_EQ(recorder->events(), (std::vector<std::string>{"open token", "failed receive"}));
 }
 
-TEST_F(BeastTest, DropsTextThatIsNotUtf8AndGoesOn) {
+TEST_F(WebSocketConnection, DropsTextThatIsNotUtf8AndGoesOn) {
     open();
     world.sendText("before");
     world.sendText("\xC3(");
@@ -45,10 +47,10 @@ TEST_F(BeastTest, DropsTextThatIsNotUtf8AndGoesOn) {
               "TarvikDictate: dropped a text message of 2 bytes that is not UTF-8");
 }
 
-TEST_F(BeastTest, ReadsFramesInAnyPieces) {
+TEST_F(WebSocketConnection, ReadsFramesInAnyPieces) {
     open();
     const std::string smiley = "😀";
-    // A character split between two frames with a ping between them, and every byte on its own.
+    // Two frames share a character, a ping comes between them, and each write has one byte.
     const std::string bytes =
         Peer::frame(Peer::text, "a" + smiley.substr(0, 2), 0) + Peer::frame(Peer::ping, "p") +
         Peer::frame(0, smiley.substr(2), Peer::final) +
@@ -65,20 +67,20 @@ TEST_F(BeastTest, ReadsFramesInAnyPieces) {
     EXPECT_EQ(pong->payload, "p");
 }
 
-TEST_F(BeastTest, AFrameThatBreaksTheProtocolIsOneErrorAndNoClose) {
+TEST_F(WebSocketConnection, AFrameThatBreaksTheProtocolIsOneErrorAndNoClose) {
     open();
     world.sendText("before");
     world.peer().write(Peer::frame(Peer::text, "x", 0xC0));
-    const auto farewell = world.peer().readFrame();
-    ASSERT_TRUE(farewell);
-    EXPECT_EQ(farewell->closeCode(), 1002);
+    const auto closeFrame = world.peer().readFrame();
+    ASSERT_TRUE(closeFrame);
+    EXPECT_EQ(closeFrame->closeCode(), 1002);
     ASSERT_TRUE(comes("failed receive"));
     world.settle();
     EXPECT_EQ(recorder->events(),
               (std::vector<std::string>{"open token", "text before", "failed receive"}));
 }
 
-TEST_F(BeastTest, AResetInTheMiddleOfAMessageLosesTheConnection) {
+TEST_F(WebSocketConnection, AResetInTheMiddleOfAMessageLosesTheConnection) {
     open();
     const std::string frame = Peer::frame(Peer::data, std::string(100'000, 'a'));
     world.peer().write(frame.substr(0, 50'000));
@@ -88,7 +90,7 @@ TEST_F(BeastTest, AResetInTheMiddleOfAMessageLosesTheConnection) {
     EXPECT_EQ(recorder->events().size(), 2U);
 }
 
-TEST_F(BeastTest, AnEndWithoutACloseFrameIsALostConnection) {
+TEST_F(WebSocketConnection, AnEndWithoutACloseFrameIsALostConnection) {
     open();
     world.peer().end();
     ASSERT_TRUE(comes("failed receive"));
@@ -96,9 +98,9 @@ TEST_F(BeastTest, AnEndWithoutACloseFrameIsALostConnection) {
     EXPECT_EQ(recorder->events(), (std::vector<std::string>{"open token", "failed receive"}));
 }
 
-TEST_F(BeastTest, SendsThatWaitFailWhenTheConnectionIsLost) {
+TEST_F(WebSocketConnection, SendsThatWaitFailWhenTheConnectionIsLost) {
     open();
-    // More than the kernel's buffers take, to somebody who reads nothing.
+    // The peer reads nothing, and the message is larger than the kernel's buffers.
     task->send({platform::WebSocketMessage::Kind::data, std::string(32 * mebibyte, 'a')},
                [](const auto&) {});
     recorder->sendText(*task, "behind");
@@ -113,7 +115,7 @@ TEST_F(BeastTest, SendsThatWaitFailWhenTheConnectionIsLost) {
     EXPECT_EQ(recorder->lastError().localizedDescription, "A message could not be sent: " + reason);
 }
 
-TEST_F(BeastTest, AnswersACloseFrameWithTheSameCode) {
+TEST_F(WebSocketConnection, AnswersACloseFrameWithTheSameCode) {
     open();
     world.sendClose(1000, "done");
     const auto answer = world.peer().readFrame();
@@ -126,37 +128,37 @@ TEST_F(BeastTest, AnswersACloseFrameWithTheSameCode) {
     EXPECT_EQ(recorder->lastError().code, 1000);
 }
 
-TEST_F(BeastTest, ACloseFrameWithoutACodeIsToldAs1005) {
+TEST_F(WebSocketConnection, ACloseFrameWithoutACodeIsToldAs1005) {
     open();
     world.peer().write(Peer::frame(Peer::close, ""));
     ASSERT_TRUE(comes("close 1005 "));
 }
 
-TEST_F(BeastTest, DoesNotWaitForTheServerToEndAClosedConnection) {
+TEST_F(WebSocketConnection, DoesNotWaitForTheServerToEndAClosedConnection) {
     open();
     const Seconds start = world.now();
     world.sendClose(1000, "");
     ASSERT_TRUE(comes("failed receive"));
     EXPECT_LT(world.now() - start, BeastWorld::closeTimeout);
-    // The server keeps its end open; the client cuts it.
+    // The server keeps the connection open, so the client has to end it.
     ASSERT_TRUE(world.peer().readFrame());
     EXPECT_TRUE(world.peer().readEnd());
 }
 
-TEST_F(BeastTest, CancelSendsACloseFrame) {
+TEST_F(WebSocketConnection, CancelSendsACloseFrame) {
     open();
     task->cancel(platform::closeCodeGoingAway);
     ASSERT_TRUE(comes("failed receive"));
-    const auto farewell = world.peer().readFrame();
-    ASSERT_TRUE(farewell);
-    EXPECT_EQ(farewell->opcode, Peer::close);
-    EXPECT_EQ(farewell->closeCode(), 1001);
+    const auto closeFrame = world.peer().readFrame();
+    ASSERT_TRUE(closeFrame);
+    EXPECT_EQ(closeFrame->opcode, Peer::close);
+    EXPECT_EQ(closeFrame->closeCode(), 1001);
     world.sendClose(1001, "");
     EXPECT_TRUE(world.peer().readEnd());
     EXPECT_EQ(recorder->events(), (std::vector<std::string>{"open token", "failed receive"}));
 }
 
-TEST_F(BeastTest, CutsAServerThatNeverAnswersTheClose) {
+TEST_F(WebSocketConnection, EndsTheConnectionWhenTheServerNeverAnswersTheClose) {
     open();
     const Seconds start = world.now();
     task->cancel(platform::closeCodeGoingAway);
@@ -165,7 +167,7 @@ TEST_F(BeastTest, CutsAServerThatNeverAnswersTheClose) {
     EXPECT_GE(world.now() - start, BeastWorld::closeTimeout);
 }
 
-TEST_F(BeastTest, CancelDoesNotWaitForAServerThatTakesNothing) {
+TEST_F(WebSocketConnection, CancelDoesNotWaitForAServerThatTakesNothing) {
     open();
     task->send({platform::WebSocketMessage::Kind::data, std::string(32 * mebibyte, 'a')},
                [](const auto&) {});
@@ -180,7 +182,7 @@ TEST_F(BeastTest, CancelDoesNotWaitForAServerThatTakesNothing) {
     }
 }
 
-TEST_F(BeastTest, CancelDuringTheTlsHandshakeEndsTheConnection) {
+TEST_F(WebSocketConnection, CancelDuringTheTlsHandshakeEndsTheConnection) {
     start();
     Peer silent = world.listener().accept();
     task->cancel(platform::closeCodeGoingAway);
@@ -189,19 +191,19 @@ TEST_F(BeastTest, CancelDuringTheTlsHandshakeEndsTheConnection) {
     EXPECT_TRUE(hello.empty());
 }
 
-TEST_F(BeastTest, HoldsTheServerBackWhileNobodyAsks) {
+TEST_F(WebSocketConnection, HoldsTheServerBackWhileNobodyAsks) {
     session = world.service().makeSession(recorder);
     task = session->webSocketTask(world.request());
     task->resume();
     world.accept("token");
     ASSERT_TRUE(comes("open token"));
     const std::string frame = Peer::frame(Peer::data, std::string(4 * mebibyte, 'a'));
-    constexpr int most = 100;
+    constexpr int maxFrames = 100;
     int taken = 0;
-    while (taken < most && world.peer().tryWrite(frame)) {
+    while (taken < maxFrames && world.peer().tryWrite(frame)) {
         ++taken;
     }
-    ASSERT_LT(taken, most);
+    ASSERT_LT(taken, maxFrames);
     recorder->receiveAll(task);
     world.peer().write(frame);
     ASSERT_TRUE(comes("data 4194304 bytes", static_cast<std::size_t>(taken) + 1));

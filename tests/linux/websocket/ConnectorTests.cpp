@@ -4,6 +4,8 @@ namespace tarvik::tests {
 
 namespace {
 
+using WebSocketConnector = BeastTest;
+
 std::size_t occurrences(const std::string& text, const std::string& part) {
     std::size_t count = 0;
     for (auto at = text.find(part); at != std::string::npos; at = text.find(part, at + 1)) {
@@ -12,7 +14,7 @@ std::size_t occurrences(const std::string& text, const std::string& part) {
     return count;
 }
 
-TEST_F(BeastTest, SendsTheHandshakeByteForByte) {
+TEST_F(WebSocketConnector, SendsTheHandshakeByteForByte) {
     platform::UrlRequest request = world.request();
     request.headerFields = {{"Sec-WebSocket-Protocol", "token,  a key with blanks \t "},
                             {"X-Other", " one "}};
@@ -31,7 +33,7 @@ TEST_F(BeastTest, SendsTheHandshakeByteForByte) {
     EXPECT_EQ(occurrences(head, "\r\nHost: 127.0.0.1:" + port + "\r\n"), 1U) << head;
 }
 
-TEST_F(BeastTest, AsksForTheServerByName) {
+TEST_F(WebSocketConnector, AsksForTheServerByName) {
     platform::UrlRequest request = world.request();
     request.url = "WSS://localhost:" + std::to_string(world.listener().port());
     start(request);
@@ -41,16 +43,16 @@ TEST_F(BeastTest, AsksForTheServerByName) {
     EXPECT_TRUE(world.head().starts_with("GET / HTTP/1.1\r\n"));
 }
 
-TEST_F(BeastTest, ReadsAMessageThatComesWithTheAcceptance) {
+TEST_F(WebSocketConnector, ReadsAMessageThatComesWithTheUpgradeResponse) {
     start();
     ASSERT_TRUE(world.acceptTls());
     const std::string head = world.peer().readHead();
-    world.peer().write(Peer::acceptance(head, "token") + Peer::frame(Peer::text, "at once"));
+    world.peer().write(Peer::upgradeResponse(head, "token") + Peer::frame(Peer::text, "at once"));
     ASSERT_TRUE(comes("text at once"));
     EXPECT_EQ(recorder->events().front(), "open token");
 }
 
-TEST_F(BeastTest, ARefusedUpgradeTellsStatusAndBody) {
+TEST_F(WebSocketConnector, ARefusedUpgradeTellsStatusAndBody) {
     start();
     ASSERT_TRUE(world.acceptTls());
     world.peer().readHead();
@@ -65,7 +67,7 @@ TEST_F(BeastTest, ARefusedUpgradeTellsStatusAndBody) {
     EXPECT_EQ(recorder->events().size(), 1U);
 }
 
-TEST_F(BeastTest, ARefusalMayEndWithTheConnectionAndIsCutShort) {
+TEST_F(WebSocketConnector, ARefusalMayEndWithTheConnectionAndIsCutShort) {
     start();
     ASSERT_TRUE(world.acceptTls());
     world.peer().readHead();
@@ -75,17 +77,17 @@ TEST_F(BeastTest, ARefusalMayEndWithTheConnectionAndIsCutShort) {
     EXPECT_LT(recorder->lastError().localizedDescription.size(), 600U);
 }
 
-TEST_F(BeastTest, AnAnswerThatIsNoWebSocketFailsTheOpening) {
+TEST_F(WebSocketConnector, AnAnswerThatIsNoWebSocketFailsTheOpening) {
     start();
     ASSERT_TRUE(world.acceptTls());
     const std::string head = world.peer().readHead();
-    std::string answer = Peer::acceptance(head, "token");
+    std::string answer = Peer::upgradeResponse(head, "token");
     answer.replace(answer.find("Accept: ") + 8, 4, "AAAA");
     world.peer().write(answer);
     ASSERT_TRUE(failed("The service broke the opening of the web socket off"));
 }
 
-TEST_F(BeastTest, AnAnswerThatIsNotHttpFailsTheOpening) {
+TEST_F(WebSocketConnector, AnAnswerThatIsNotHttpFailsTheOpening) {
     start();
     ASSERT_TRUE(world.acceptTls());
     world.peer().readHead();
@@ -93,14 +95,14 @@ TEST_F(BeastTest, AnAnswerThatIsNotHttpFailsTheOpening) {
     ASSERT_TRUE(failed("The service broke the opening of the web socket off"));
 }
 
-TEST_F(BeastTest, AServerWithoutTlsFailsTheOpening) {
+TEST_F(WebSocketConnector, AServerWithoutTlsFailsTheOpening) {
     start();
     Peer peer = world.listener().accept();
     peer.write("HTTP/1.1 400 Bad Request\r\n\r\n");
     ASSERT_TRUE(failed("No secure connection to 127.0.0.1"));
 }
 
-TEST_F(BeastTest, TheLimitOfTimeCoversASilentServer) {
+TEST_F(WebSocketConnector, TheTimeoutCoversASilentServer) {
     platform::UrlRequest request = world.request();
     request.timeoutInterval = 0.2;
     start(request);
@@ -111,7 +113,7 @@ TEST_F(BeastTest, TheLimitOfTimeCoversASilentServer) {
     EXPECT_TRUE(world.peer().readEnd());
 }
 
-TEST_F(BeastTest, NothingListening) {
+TEST_F(WebSocketConnector, NothingListening) {
     platform::UrlRequest request = world.request();
     {
         const Listener gone("127.0.0.1");
@@ -122,7 +124,7 @@ TEST_F(BeastTest, NothingListening) {
     EXPECT_EQ(recorder->lastError().code, ECONNREFUSED);
 }
 
-TEST_F(BeastTest, OnlyWholeWssUrlsAreOpened) {
+TEST_F(WebSocketConnector, OnlyWholeWssUrlsAreOpened) {
     for (const char* url : {"https://127.0.0.1/", "wss://", "wss://127.0.0.1:0/", "wss://a:b/",
                             "wss://user@127.0.0.1/", "wss://127.0.0.1/#part", "wss://[::1/",
                             "wss://127.0.0.1/a b", "wss://127.0.0.1/\r\nEvil: yes"}) {
@@ -134,7 +136,7 @@ TEST_F(BeastTest, OnlyWholeWssUrlsAreOpened) {
     }
 }
 
-TEST_F(BeastTest, AControlCharacterInAHeaderNeverReachesTheWire) {
+TEST_F(WebSocketConnector, AControlCharacterInAHeaderNeverReachesTheWire) {
     for (const std::string& key :
          {std::string("a\nb"), std::string("a\rb"), std::string("a\0b", 3), std::string("a\x7F")}) {
         recorder = std::make_shared<WebSocketRecorder>();
@@ -147,7 +149,7 @@ TEST_F(BeastTest, AControlCharacterInAHeaderNeverReachesTheWire) {
     EXPECT_FALSE(world.listener().hasConnection());
 }
 
-TEST_F(BeastTest, ReachesAServerThatHasOnlyIpv6) {
+TEST_F(WebSocketConnector, ReachesAServerThatHasOnlyIpv6) {
     Listener listener("::1");
     platform::UrlRequest request = world.request();
     request.url = "wss://[::1]:" + std::to_string(listener.port()) + "/v1/listen";
@@ -156,21 +158,21 @@ TEST_F(BeastTest, ReachesAServerThatHasOnlyIpv6) {
     ASSERT_TRUE(peer.startTls(world.serverContext()));
     const std::string head = peer.readHead();
     EXPECT_EQ(occurrences(head, "\r\nHost: [::1]:" + std::to_string(listener.port()) + "\r\n"), 1U);
-    peer.write(Peer::acceptance(head, "token"));
+    peer.write(Peer::upgradeResponse(head, "token"));
     ASSERT_TRUE(comes("open token"));
 }
 
 class WebSocketCertificates : public testing::Test {
   protected:
-    /// The text with which a connection to a server with this certificate fails; it has asked for
-    /// nothing by then.
-    static std::string objectionTo(const TestCertificate& certificate) {
+    /// The error of a connection to a server with `certificate`. The client must not have sent a
+    /// request before the error.
+    static std::string verifyErrorOf(const TestCertificate& certificate) {
         BeastWorld world(certificate);
         const auto recorder = std::make_shared<WebSocketRecorder>();
         const auto task = world.service().makeSession(recorder)->webSocketTask(world.request());
         task->resume();
         recorder->receive(*task);
-        // With TLS 1.3 the server has finished before the client objects.
+        // With TLS 1.3 the server's handshake ends before the client verifies the certificate.
         if (world.acceptTls() && !world.peer().readHead().empty()) {
             return "the client went on";
         }
@@ -181,17 +183,17 @@ class WebSocketCertificates : public testing::Test {
 
 TEST_F(WebSocketCertificates, OfAStrangeAuthority) {
     EXPECT_EQ(
-        objectionTo({.names = "IP:127.0.0.1", .isTrusted = false}),
+        verifyErrorOf({.names = "IP:127.0.0.1", .isTrusted = false}),
         "The certificate of 127.0.0.1 does not verify: unable to get local issuer certificate");
 }
 
 TEST_F(WebSocketCertificates, OfAnotherHost) {
-    EXPECT_EQ(objectionTo({.names = "DNS:localhost,IP:127.0.0.2"}),
+    EXPECT_EQ(verifyErrorOf({.names = "DNS:localhost,IP:127.0.0.2"}),
               "The certificate of 127.0.0.1 does not verify: IP address mismatch");
 }
 
 TEST_F(WebSocketCertificates, ThatHasExpired) {
-    EXPECT_EQ(objectionTo({.names = "IP:127.0.0.1", .isExpired = true}),
+    EXPECT_EQ(verifyErrorOf({.names = "IP:127.0.0.1", .isExpired = true}),
               "The certificate of 127.0.0.1 does not verify: certificate has expired");
 }
 

@@ -48,9 +48,9 @@ TEST(HappyEyeballs, ARefusalStartsTheNextAttemptAtOnce) {
 }
 
 TEST(HappyEyeballs, ASilentAddressCostsAQuarterOfASecond) {
-    const Listener deaf("127.0.0.1", 0, true);
+    const Listener unresponsive("127.0.0.1", 0, true);
     const Listener good("::1");
-    const auto silent = endpointAt("127.0.0.1", deaf.port());
+    const auto silent = endpointAt("127.0.0.1", unresponsive.port());
     const auto target = endpointAt("::1", good.port());
     // The families take turns, so the second silent one is tried after the good one.
     const Outcome result = connectToAny({silent, silent, target});

@@ -14,8 +14,7 @@ namespace tarvik::tests {
 
 namespace {
 
-// For a client to come.
-constexpr int millisecondsForClients = 10'000;
+constexpr int acceptTimeoutMilliseconds = 10'000;
 
 union SocketAddress {
     sockaddr any;
@@ -44,35 +43,36 @@ bool isReady(int socket, short what, int milliseconds) {
 
 }  // namespace
 
-Listener::Listener(const std::string& address, std::uint16_t port, bool isDeaf) {
+Listener::Listener(const std::string& address, std::uint16_t port, bool hasFullBacklog) {
     SocketAddress local = makeAddress(address, port);
     socklen_t size = sizeof local;
     socket_ = ::socket(local.any.sa_family, SOCK_STREAM | SOCK_CLOEXEC, 0);
     constexpr int yes = 1;
     ::setsockopt(socket_, SOL_SOCKET, SO_REUSEADDR, &yes, sizeof yes);
     if (socket_ < 0 || ::bind(socket_, &local.any, size) != 0 ||
-        ::listen(socket_, isDeaf ? 0 : 16) != 0 || ::getsockname(socket_, &local.any, &size) != 0) {
+        ::listen(socket_, hasFullBacklog ? 0 : 16) != 0 ||
+        ::getsockname(socket_, &local.any, &size) != 0) {
         throw std::runtime_error("No listening socket on " + address);
     }
     port_ = ntohs(local.any.sa_family == AF_INET6 ? local.v6.sin6_port : local.v4.sin_port);
-    if (isDeaf) {
-        stuff();
+    if (hasFullBacklog) {
+        fillBacklog();
     }
 }
 
-// Fills the queue of connections that wait to be accepted; the kernel ignores all others.
-void Listener::stuff() {
-    constexpr int most = 16;
-    for (int count = 0; count < most; ++count) {
+// Fills the queue of connections that wait for accept(). The kernel ignores further attempts.
+void Listener::fillBacklog() {
+    constexpr int maxClients = 16;
+    for (int count = 0; count < maxClients; ++count) {
         SocketAddress target{};
         socklen_t size = sizeof target;
         ::getsockname(socket_, &target.any, &size);
         const int client =
             ::socket(target.any.sa_family, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0);
-        stuffing_.push_back(client);
+        backlog_.push_back(client);
         ::connect(client, &target.any, size);
-        constexpr int answerTime = 100;
-        if (!isReady(client, POLLOUT, answerTime)) {
+        constexpr int connectTimeoutMilliseconds = 100;
+        if (!isReady(client, POLLOUT, connectTimeoutMilliseconds)) {
             return;
         }
     }
@@ -80,7 +80,7 @@ void Listener::stuff() {
 }
 
 Listener::~Listener() {
-    for (const int client : stuffing_) {
+    for (const int client : backlog_) {
         ::close(client);
     }
     ::close(socket_);
@@ -91,7 +91,7 @@ bool Listener::hasConnection() const {
 }
 
 Peer Listener::accept() {
-    if (!isReady(socket_, POLLIN, millisecondsForClients)) {
+    if (!isReady(socket_, POLLIN, acceptTimeoutMilliseconds)) {
         throw std::runtime_error("No connection came");
     }
     return Peer(::accept4(socket_, nullptr, nullptr, SOCK_CLOEXEC));

@@ -15,11 +15,12 @@ namespace tarvik::tests {
 
 namespace {
 
-void limitTime(int socket, int direction, double seconds) {
-    timeval limit{};
-    limit.tv_sec = static_cast<time_t>(seconds);
-    limit.tv_usec = static_cast<suseconds_t>((seconds - static_cast<double>(limit.tv_sec)) * 1e6);
-    ::setsockopt(socket, SOL_SOCKET, direction, &limit, sizeof limit);
+void setTimeout(int socket, int direction, double seconds) {
+    timeval timeout{};
+    timeout.tv_sec = static_cast<time_t>(seconds);
+    timeout.tv_usec =
+        static_cast<suseconds_t>((seconds - static_cast<double>(timeout.tv_sec)) * 1e6);
+    ::setsockopt(socket, SOL_SOCKET, direction, &timeout, sizeof timeout);
 }
 
 void appendNumber(std::string& bytes, std::uint64_t number, int size) {
@@ -53,8 +54,8 @@ int Peer::Frame::closeCode() const {
 }
 
 Peer::Peer(int socket) : socket_(socket) {
-    limitTime(socket_, SO_RCVTIMEO, 10);
-    limitTime(socket_, SO_SNDTIMEO, 10);
+    setTimeout(socket_, SO_RCVTIMEO, 10);
+    setTimeout(socket_, SO_SNDTIMEO, 10);
 }
 
 Peer::Peer(Peer&& other) noexcept
@@ -110,7 +111,7 @@ std::string Peer::readHead() {
     return head;
 }
 
-std::string Peer::acceptance(const std::string& head, const std::string& protocol) {
+std::string Peer::upgradeResponse(const std::string& head, const std::string& protocol) {
     const std::string proof =
         headerValue(head, "Sec-WebSocket-Key") + "258EAFA5-E914-47DA-95CA-C5AB0DC85B11";
     std::array<unsigned char, SHA_DIGEST_LENGTH> digest{};
@@ -140,14 +141,14 @@ void Peer::write(std::string_view bytes) {
 }
 
 bool Peer::tryWrite(std::string_view bytes) {
-    limitTime(socket_, SO_SNDTIMEO, 0.5);
+    setTimeout(socket_, SO_SNDTIMEO, 0.5);
     SSL_set_mode(tls_, SSL_MODE_ACCEPT_MOVING_WRITE_BUFFER);
     const int count = SSL_write(tls_, bytes.data(), static_cast<int>(bytes.size()));
     const bool isStuck = count <= 0 && SSL_get_error(tls_, count) == SSL_ERROR_WANT_WRITE;
     if (count <= 0 && !isStuck) {
         throw std::runtime_error("The client has gone");
     }
-    limitTime(socket_, SO_SNDTIMEO, 10);
+    setTimeout(socket_, SO_SNDTIMEO, 10);
     return !isStuck;
 }
 

@@ -9,8 +9,8 @@
 
 namespace tarvik::tests {
 
-/// The other end of a connection, for the thread of the test: every operation waits until it is
-/// done, and throws when that takes ten seconds. It shares no code with the client.
+/// The server's end of a connection. Operations block, and throw after 10 s. The class shares no
+/// code with the client.
 class Peer {
   public:
     struct Frame {
@@ -34,29 +34,30 @@ class Peer {
     Peer& operator=(Peer&&) = delete;
     ~Peer();
 
-    /// Speaks TLS from now on; false when the client does not want to.
+    /// Does the TLS handshake. False when the client ends the handshake.
     bool startTls(SSL_CTX* context);
-    /// The server name that the client asked for.
+    /// The server name that the client indicated in the TLS handshake.
     std::string serverName() const;
-    /// The head of a request, with its last line break; empty when the client has gone.
+    /// The header of a request with its final blank line. Empty at the end of the connection.
     std::string readHead();
-    /// The answer that accepts the web socket asked for by `head`.
-    static std::string acceptance(const std::string& head, const std::string& protocol);
+    /// The response that accepts the upgrade request `head`.
+    static std::string upgradeResponse(const std::string& head, const std::string& protocol);
 
     void write(std::string_view bytes);
-    /// Like write(), but false when the client takes nothing any more for half a second; the same
-    /// bytes must come next.
+    /// Like write(), but false when the client accepts nothing for 0.5 s. The next write must
+    /// repeat the same bytes then.
     bool tryWrite(std::string_view bytes);
     static std::string frame(int opcode, std::string_view payload, std::uint8_t flags = final);
     static std::string closeFrame(int code, std::string_view reason);
 
-    /// The next frame; nothing when the client has gone.
+    /// The next frame. Empty at the end of the connection.
     std::optional<Frame> readFrame();
-    /// Whether the client ends the connection without sending anything more.
+    /// Whether the connection ends before another frame.
     bool readEnd() { return !readFrame(); }
 
-    /// Ends the connection; a reset has no farewell at all.
+    /// Ends the connection with close_notify and FIN.
     void end();
+    /// Ends the connection with RST only.
     void reset();
 
   private:

@@ -17,9 +17,9 @@ class WebSocketProxy : public BeastTest {
         unsetenv("no_proxy");
     }
 
-    void useProxy(const std::string& userInformation, const char* exceptions) {
+    void useProxy(const std::string& userInfo, const char* exceptions) {
         const std::string url =
-            "http://" + userInformation + "127.0.0.1:" + std::to_string(proxy.port()) + "/";
+            "http://" + userInfo + "127.0.0.1:" + std::to_string(proxy.port()) + "/";
         world.endService();
         setenv("https_proxy", url.c_str(), 1);
         setenv("no_proxy", exceptions, 1);
@@ -38,7 +38,7 @@ TEST_F(WebSocketProxy, TunnelsThroughIt) {
               "CONNECT " + authority + " HTTP/1.1\r\nHost: " + authority + "\r\n\r\n");
     peer.write("HTTP/1.1 200 Connection established\r\nVia: 1.1 test\r\n\r\n");
     ASSERT_TRUE(peer.startTls(world.serverContext()));
-    peer.write(Peer::acceptance(peer.readHead(), "token"));
+    peer.write(Peer::upgradeResponse(peer.readHead(), "token"));
     ASSERT_TRUE(comes("open token"));
     EXPECT_FALSE(world.listener().hasConnection());
 }

@@ -6,9 +6,12 @@ namespace tarvik::tests {
 
 namespace {
 
-class WebSocketServiceEnd : public BeastTest {
+using WebSocketSession = BeastTest;
+
+class WebSocketShutdown : public BeastTest {
   protected:
-    /// Ends the service; it takes no time, nothing comes afterwards, and the delegate is let go.
+    /// Destroys the service, which must return at once. No event may follow, and the delegate must
+    /// be released.
     void expectCleanEnd() {
         const Seconds start = world.now();
         world.endService();
@@ -20,35 +23,35 @@ class WebSocketServiceEnd : public BeastTest {
     }
 };
 
-TEST_F(WebSocketServiceEnd, WithAnOpenConnection) {
+TEST_F(WebSocketShutdown, WithAnOpenConnection) {
     open();
     expectCleanEnd();
     EXPECT_TRUE(world.peer().readEnd());
 }
 
-TEST_F(WebSocketServiceEnd, WhileConnecting) {
-    const Listener deaf("127.0.0.1", 0, true);
+TEST_F(WebSocketShutdown, WhileConnecting) {
+    const Listener unresponsive("127.0.0.1", 0, true);
     platform::UrlRequest request = world.request();
-    request.url = "wss://127.0.0.1:" + std::to_string(deaf.port()) + "/";
+    request.url = "wss://127.0.0.1:" + std::to_string(unresponsive.port()) + "/";
     start(request);
     expectCleanEnd();
 }
 
-TEST_F(WebSocketServiceEnd, DuringTheTlsHandshake) {
+TEST_F(WebSocketShutdown, DuringTheTlsHandshake) {
     start();
     const Peer silent = world.listener().accept();
     world.settle();
     expectCleanEnd();
 }
 
-TEST_F(WebSocketServiceEnd, DuringTheUpgrade) {
+TEST_F(WebSocketShutdown, DuringTheUpgrade) {
     start();
     ASSERT_TRUE(world.acceptTls());
     world.peer().readHead();
     expectCleanEnd();
 }
 
-TEST_F(WebSocketServiceEnd, WhileASendIsStuck) {
+TEST_F(WebSocketShutdown, WhileASendIsStuck) {
     open();
     task->send({platform::WebSocketMessage::Kind::data, std::string(std::size_t{32} << 20, 'a')},
                [](const auto&) {});
@@ -56,27 +59,27 @@ TEST_F(WebSocketServiceEnd, WhileASendIsStuck) {
     expectCleanEnd();
 }
 
-TEST_F(WebSocketServiceEnd, DuringAFarewell) {
+TEST_F(WebSocketShutdown, DuringACloseHandshake) {
     open();
     task->cancel(platform::closeCodeGoingAway);
     ASSERT_TRUE(comes("failed receive"));
     expectCleanEnd();
 }
 
-TEST_F(WebSocketServiceEnd, WhileADelegateLingers) {
+TEST_F(WebSocketShutdown, WhileTheDelegateIsHeld) {
     open();
     world.sendClose(1000, "");
     ASSERT_TRUE(comes("failed receive"));
     expectCleanEnd();
 }
 
-TEST_F(WebSocketServiceEnd, BeforeTheStart) {
+TEST_F(WebSocketShutdown, BeforeTheStart) {
     session = world.service().makeSession(recorder);
     task = session->webSocketTask(world.request());
     expectCleanEnd();
 }
 
-TEST_F(WebSocketServiceEnd, TasksThatAreLeftDoNothing) {
+TEST_F(WebSocketShutdown, TasksThatAreLeftDoNothing) {
     open();
     world.endService();
     const std::size_t events = recorder->events().size();
@@ -90,7 +93,7 @@ TEST_F(WebSocketServiceEnd, TasksThatAreLeftDoNothing) {
     EXPECT_EQ(recorder->events().size(), events);
 }
 
-TEST_F(BeastTest, ANewConnectionProlongsTheHoldOnTheDelegate) {
+TEST_F(WebSocketSession, ANewConnectionExtendsTheHoldOfTheDelegate) {
     open();
     world.sendClose(1000, "");
     ASSERT_TRUE(comes("failed receive"));
@@ -108,14 +111,14 @@ TEST_F(BeastTest, ANewConnectionProlongsTheHoldOnTheDelegate) {
     EXPECT_TRUE(world.runUntil([&] { return delegate.expired(); }));
 }
 
-/// A delegate that owns its session and its task, as clients do.
+/// A delegate that owns its session and its task, as clients of the service do.
 class OwningDelegate final : public platform::WebSocketSessionDelegate {
   public:
-    explicit OwningDelegate(std::atomic<bool>& isGone) : isGone_(isGone) {}
+    explicit OwningDelegate(std::atomic<bool>& isDestroyed) : isDestroyed_(isDestroyed) {}
     ~OwningDelegate() override {
         task.reset();
         session.reset();
-        isGone_ = true;
+        isDestroyed_ = true;
     }
     OwningDelegate(const OwningDelegate&) = delete;
     OwningDelegate& operator=(const OwningDelegate&) = delete;
@@ -128,23 +131,23 @@ class OwningDelegate final : public platform::WebSocketSessionDelegate {
     std::shared_ptr<platform::WebSocketTask> task;
 
   private:
-    std::atomic<bool>& isGone_;
+    std::atomic<bool>& isDestroyed_;
 };
 
-TEST_F(BeastTest, ADelegateThatOwnsItsSessionGoesOnTheSessionsThread) {
-    std::atomic<bool> isGone = false;
-    auto delegate = std::make_shared<OwningDelegate>(isGone);
+TEST_F(WebSocketSession, ADelegateThatOwnsItsSessionGoesOnTheSessionsThread) {
+    std::atomic<bool> isDestroyed = false;
+    auto delegate = std::make_shared<OwningDelegate>(isDestroyed);
     delegate->session = world.service().makeSession(delegate);
     delegate->task = delegate->session->webSocketTask(world.request());
     delegate->task->resume();
     delegate.reset();
     world.accept("token");
-    EXPECT_FALSE(isGone);
+    EXPECT_FALSE(isDestroyed);
     world.sendClose(1000, "");
-    EXPECT_TRUE(world.runUntil([&] { return isGone.load(); }));
+    EXPECT_TRUE(world.runUntil([&] { return isDestroyed.load(); }));
 }
 
-TEST_F(BeastTest, ManyConnectionsAfterOneAnother) {
+TEST_F(WebSocketSession, ManyConnectionsAfterOneAnother) {
     constexpr std::size_t connections = 20;
     for (std::size_t count = 1; count <= connections; ++count) {
         start();
