@@ -1,4 +1,4 @@
-// The parts of Asio and Beast that are no templates.
+// The non-template parts of Asio and Beast, compiled once.
 #include <boost/asio/impl/src.hpp>
 #include <boost/asio/ssl/impl/src.hpp>
 #include <boost/beast/src.hpp>

@@ -9,28 +9,30 @@ namespace tarvik::network {
 
 using boost::system::error_code;
 
-void TlsStream::read(Buffers buffers, Transferred done) {
-    const Buffers target = buffers;  // The handler moves away with its own.
-    next_.async_read_some(target, [this, buffers = std::move(buffers), done = std::move(done)](
-                                      error_code error, std::size_t size) {
-        if (error == boost::asio::ssl::error::stream_truncated) {
-            error = boost::asio::error::eof;
-        }
-        onArrival(buffers, size);
-        done(error, size);
-    });
+void TlsStream::read(Buffers buffers, TransferHandler handler) {
+    const Buffers target = buffers;  // The lambda below takes `buffers` over.
+    next_.async_read_some(target,
+                          [this, buffers = std::move(buffers), handler = std::move(handler)](
+                              error_code error, std::size_t size) {
+                              if (error == boost::asio::ssl::error::stream_truncated) {
+                                  error = boost::asio::error::eof;
+                              }
+                              onRead(buffers, size);
+                              handler(error, size);
+                          });
 }
 
-void TlsStream::write(const std::vector<boost::asio::const_buffer>& buffers, Transferred done) {
-    next_.async_write_some(buffers, std::move(done));
+void TlsStream::write(const std::vector<boost::asio::const_buffer>& buffers,
+                      TransferHandler handler) {
+    next_.async_write_some(buffers, std::move(handler));
 }
 
-void TlsStream::end(boost::beast::role_type role, TornDown done) {
+void TlsStream::startTeardown(boost::beast::role_type role, TeardownHandler handler) {
     onTeardown();
     using boost::beast::async_teardown;
-    // However it goes, the reason for the teardown is what counts.
+    // An error of the teardown would hide the reason for the teardown.
     async_teardown(role, next_,
-                   [done = std::move(done)](const error_code& /*error*/) { done({}); });
+                   [handler = std::move(handler)](const error_code& /*error*/) { handler({}); });
 }
 
 }  // namespace tarvik::network

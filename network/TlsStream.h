@@ -13,14 +13,15 @@
 
 namespace tarvik::network {
 
-/// A TLS stream as the layer below a web socket or HTTP. An end without TLS's own farewell is an
-/// end of file: what is spoken above it says for itself when it is over.
+/// A TLS stream as the layer below a web socket or HTTP. An end without close_notify reads as an
+/// ordinary end of file, because the protocols above mark their own end.
 ///
-/// Every handler that waits on it is wrapped in one type, so that TLS and the socket are compiled
-/// once; compiled anew for each operation of Beast they would be a quarter of the whole build.
+/// All handlers are wrapped in one type, so that TLS and the socket are compiled once. One
+/// compilation for each operation of Beast would be a quarter of the whole build.
 ///
-/// On the socket's executor only, whatever executor a handler asks for; errors are those of Asio
-/// and OpenSSL. It must not move while an operation is under way.
+/// On the socket's executor only. Handlers are called there too, even when they are associated with
+/// another executor. Errors are those of Asio and OpenSSL. The stream must not move while an
+/// operation is pending.
 class TlsStream {
   public:
     using next_layer_type = boost::beast::ssl_stream<boost::asio::ip::tcp::socket>;
@@ -33,11 +34,11 @@ class TlsStream {
     TlsStream& operator=(TlsStream&&) = default;
 
     executor_type get_executor() noexcept { return next_.get_executor(); }
-    /// For the handshake, and for what is below.
+    /// The layer for the TLS handshake and for the socket below.
     next_layer_type& next_layer() noexcept { return next_; }
     const next_layer_type& next_layer() const noexcept { return next_; }
 
-    // What Beast asks of a stream.
+    // The operations that Beast requires of a stream.
 
     template <typename Buffers, typename Handler>
     void async_read_some(const Buffers& buffers, Handler&& handler) {
@@ -54,40 +55,40 @@ class TlsStream {
     }
 
     template <typename Handler>
-    void tearDown(boost::beast::role_type role, Handler&& handler) {
-        end(role, shared(std::forward<Handler>(handler)));
+    void teardown(boost::beast::role_type role, Handler&& handler) {
+        startTeardown(role, shared(std::forward<Handler>(handler)));
     }
 
   protected:
     using Buffers = std::vector<boost::asio::mutable_buffer>;
 
-    /// The first `size` bytes of `buffers` have arrived and may be changed.
-    virtual void onArrival(const Buffers& /*buffers*/, std::size_t /*size*/) {}
-    /// The web socket begins to end the connection below it.
+    /// Called when the first `size` bytes of `buffers` have arrived, which the override may change.
+    virtual void onRead(const Buffers& /*buffers*/, std::size_t /*size*/) {}
+    /// Called when the web socket starts to close the connection below it.
     virtual void onTeardown() {}
 
   private:
-    using Transferred = std::function<void(boost::system::error_code, std::size_t)>;
-    using TornDown = std::function<void(boost::system::error_code)>;
+    using TransferHandler = std::function<void(boost::system::error_code, std::size_t)>;
+    using TeardownHandler = std::function<void(boost::system::error_code)>;
 
-    /// A handler that can only be moved, as a function that can be copied. It is called once.
+    /// Wraps a move-only handler in a copyable function, which may be called once.
     template <typename Handler>
     static auto shared(Handler&& handler) {
-        return [waiting = std::make_shared<std::decay_t<Handler>>(std::forward<Handler>(handler))](
-                   auto... result) { std::invoke(std::move(*waiting), result...); };
+        return [pending = std::make_shared<std::decay_t<Handler>>(std::forward<Handler>(handler))](
+                   auto... result) { std::invoke(std::move(*pending), result...); };
     }
 
-    void read(Buffers buffers, Transferred done);
-    void write(const std::vector<boost::asio::const_buffer>& buffers, Transferred done);
-    void end(boost::beast::role_type role, TornDown done);
+    void read(Buffers buffers, TransferHandler handler);
+    void write(const std::vector<boost::asio::const_buffer>& buffers, TransferHandler handler);
+    void startTeardown(boost::beast::role_type role, TeardownHandler handler);
 
     next_layer_type next_;
 };
 
-/// Found by Beast through the namespace of the stream or of its base.
+/// Beast finds this by argument-dependent lookup for the stream and for derived classes.
 template <std::derived_from<TlsStream> Stream, typename Handler>
 void async_teardown(boost::beast::role_type role, Stream& stream, Handler&& handler) {
-    stream.tearDown(role, std::forward<Handler>(handler));
+    stream.teardown(role, std::forward<Handler>(handler));
 }
 
 }  // namespace tarvik::network

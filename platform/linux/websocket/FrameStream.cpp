@@ -5,7 +5,7 @@
 
 namespace tarvik::linuxdesktop {
 
-void FrameStream::onArrival(const Buffers& buffers, std::size_t size) {
+void FrameStream::onRead(const Buffers& buffers, std::size_t size) {
     const auto arrived = boost::beast::buffers_prefix(size, buffers);
     for (const auto buffer : boost::beast::buffers_range_ref(arrived)) {
         kinds_.process({static_cast<unsigned char*>(buffer.data()), buffer.size()});

@@ -22,7 +22,7 @@ class FrameStream : public network::TlsStream {
     void setOnTeardown(std::function<void()> onTeardown) { onTeardown_ = std::move(onTeardown); }
 
   private:
-    void onArrival(const Buffers& buffers, std::size_t size) override;
+    void onRead(const Buffers& buffers, std::size_t size) override;
     void onTeardown() override { onTeardown_(); }
 
     std::function<void()> onTeardown_;
