@@ -31,9 +31,9 @@ bool writeAll(int file, std::string_view content) {
 
 std::optional<Error> writeFile(const std::filesystem::path& path, std::string_view content,
                                bool isPrivate) {
-    std::string unfinished = path.string() + ".XXXXXX";
-    // It is created for the owner alone, so a private key is never open to others.
-    const int file = ::mkostemp(unfinished.data(), O_CLOEXEC);
+    std::string temporaryPath = path.string() + ".XXXXXX";
+    // mkostemp creates the file with mode 0600, so others can never read a private key.
+    const int file = ::mkostemp(temporaryPath.data(), O_CLOEXEC);
     if (file < 0) {
         return failure(path);
     }
@@ -44,11 +44,11 @@ std::optional<Error> writeFile(const std::filesystem::path& path, std::string_vi
         error = failure(path);
     }
     ::close(file);
-    if (!error && std::rename(unfinished.c_str(), path.c_str()) != 0) {
+    if (!error && std::rename(temporaryPath.c_str(), path.c_str()) != 0) {
         error = failure(path);
     }
     if (error) {
-        ::unlink(unfinished.c_str());
+        ::unlink(temporaryPath.c_str());
     }
     return error;
 }

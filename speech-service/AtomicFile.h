@@ -8,8 +8,8 @@
 
 namespace tarvik::service {
 
-/// Puts `content` in the place of the file at `path`, whole or not at all, readable by its owner
-/// only if `isPrivate`.
+/// Replaces the file at `path` by one with `content`, atomically. With `isPrivate` only its owner
+/// can read the file. On an error the old file stays.
 std::optional<Error> writeFile(const std::filesystem::path& path, std::string_view content,
                                bool isPrivate);
 

@@ -13,17 +13,17 @@ namespace {
 
 constexpr long secondsPerDay = 24L * 60 * 60;
 constexpr long authorityDays = 3650;
-// Some clients refuse server certificates that are valid for longer.
+// Some clients refuse server certificates with a longer validity.
 constexpr long serverDays = 397;
 constexpr long renewalDays = 30;
 
-struct Purpose {
+struct Profile {
     const char* commonName;
     long days;
     std::array<std::pair<int, const char*>, 5> extensions;
 };
 
-constexpr Purpose authorityPurpose{
+constexpr Profile authorityProfile{
     "Tarvik Speech Service (this computer)",
     authorityDays,
     {{{NID_basic_constraints, "critical,CA:TRUE,pathlen:0"},
@@ -34,7 +34,7 @@ constexpr Purpose authorityPurpose{
       {NID_subject_key_identifier, "hash"},
       {NID_authority_key_identifier, "keyid"}}}};
 
-constexpr Purpose serverPurpose{"localhost",
+constexpr Profile serverProfile{"localhost",
                                 serverDays,
                                 {{{NID_basic_constraints, "critical,CA:FALSE"},
                                   {NID_key_usage, "critical,digitalSignature"},
@@ -51,7 +51,7 @@ Error openSslError() {
 }
 
 bool setSerialNumber(X509* certificate) {
-    // 127 bits: as random as asked for, and never negative.
+    // 127 bits, because a serial number must be positive.
     std::array<unsigned char, 16> bytes{};
     if (RAND_bytes(bytes.data(), bytes.size()) != 1) {
         return false;
@@ -62,10 +62,10 @@ bool setSerialNumber(X509* certificate) {
     return number && BN_to_ASN1_INTEGER(number.get(), X509_get_serialNumber(certificate));
 }
 
-bool addExtensions(X509* certificate, X509* issuer, const Purpose& purpose) {
+bool addExtensions(X509* certificate, X509* issuer, const Profile& profile) {
     X509V3_CTX context;
     X509V3_set_ctx(&context, issuer, certificate, nullptr, nullptr, 0);
-    for (const auto& [kind, value] : purpose.extensions) {
+    for (const auto& [kind, value] : profile.extensions) {
         const Extension extension(X509V3_EXT_conf_nid(nullptr, &context, kind, value));
         if (!extension || X509_add_ext(certificate, extension.get(), -1) != 1) {
             return false;
@@ -74,8 +74,8 @@ bool addExtensions(X509* certificate, X509* issuer, const Purpose& purpose) {
     return true;
 }
 
-// Without an issuer the certificate vouches for itself.
-Result<Identity> makeIdentity(const Purpose& purpose, const Identity* issuer) {
+// Without an issuer the certificate is self-signed.
+Result<Identity> makeIdentity(const Profile& profile, const Identity* issuer) {
     Identity made{Certificate(X509_new()), Key(EVP_EC_gen("P-256"))};
     if (!made.certificate || !made.key) {
         return openSslError();
@@ -83,17 +83,17 @@ Result<Identity> makeIdentity(const Purpose& purpose, const Identity* issuer) {
     X509* certificate = made.certificate.get();
     X509* issuerCertificate = issuer ? issuer->certificate.get() : certificate;
     X509_NAME* name = X509_get_subject_name(certificate);
-    const auto* commonName = reinterpret_cast<const unsigned char*>(purpose.commonName);
+    const auto* commonName = reinterpret_cast<const unsigned char*>(profile.commonName);
     const bool isMade =
         X509_set_version(certificate, X509_VERSION_3) == 1 && setSerialNumber(certificate) &&
         X509_NAME_add_entry_by_NID(name, NID_commonName, MBSTRING_UTF8, commonName, -1, -1, 0) ==
             1 &&
         X509_set_issuer_name(certificate, X509_get_subject_name(issuerCertificate)) == 1 &&
-        // A day early, for clocks that are set right later.
+        // Valid since yesterday, because a clock may be set back later.
         X509_gmtime_adj(X509_getm_notBefore(certificate), -secondsPerDay) &&
-        X509_gmtime_adj(X509_getm_notAfter(certificate), purpose.days * secondsPerDay) &&
+        X509_gmtime_adj(X509_getm_notAfter(certificate), profile.days * secondsPerDay) &&
         X509_set_pubkey(certificate, made.key.get()) == 1 &&
-        addExtensions(certificate, issuerCertificate, purpose) &&
+        addExtensions(certificate, issuerCertificate, profile) &&
         X509_sign(certificate, issuer ? issuer->key.get() : made.key.get(), EVP_sha256()) > 0;
     if (!isMade) {
         return openSslError();
@@ -101,7 +101,7 @@ Result<Identity> makeIdentity(const Purpose& purpose, const Identity* issuer) {
     return made;
 }
 
-MemoryBio reading(std::string_view text) {
+MemoryBio memoryBioOf(std::string_view text) {
     return MemoryBio(BIO_new_mem_buf(text.data(), static_cast<int>(text.size())));
 }
 
@@ -114,11 +114,11 @@ std::string contentOf(const MemoryBio& bio) {
 }  // namespace
 
 Result<Identity> makeAuthority() {
-    return makeIdentity(authorityPurpose, nullptr);
+    return makeIdentity(authorityProfile, nullptr);
 }
 
 Result<Identity> makeServerIdentity(const Identity& authority) {
-    return makeIdentity(serverPurpose, &authority);
+    return makeIdentity(serverProfile, &authority);
 }
 
 bool isUsable(const Identity& identity) {
@@ -156,11 +156,11 @@ std::string pemOf(const Key& key) {
 }
 
 Identity identityFromPem(std::string_view certificate, std::string_view key) {
-    // An empty password keeps OpenSSL from asking the terminal for one.
+    // Without a password OpenSSL would ask for one on the terminal.
     char noPassword[] = "";
     Identity identity{
-        Certificate(PEM_read_bio_X509(reading(certificate).get(), nullptr, nullptr, nullptr)),
-        Key(PEM_read_bio_PrivateKey(reading(key).get(), nullptr, nullptr, noPassword))};
+        Certificate(PEM_read_bio_X509(memoryBioOf(certificate).get(), nullptr, nullptr, nullptr)),
+        Key(PEM_read_bio_PrivateKey(memoryBioOf(key).get(), nullptr, nullptr, noPassword))};
     ERR_clear_error();
     return identity;
 }

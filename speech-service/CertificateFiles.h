@@ -4,9 +4,9 @@
 
 namespace tarvik::service {
 
-/// Where the service's certificates are kept; all PEM.
+/// The paths of the service's certificates and keys, all in PEM format.
 struct CertificateFiles {
-    /// The authority's certificate, for clients to trust.
+    /// The certificate of the authority, which clients have to trust.
     std::filesystem::path authority;
     std::filesystem::path authorityKey;
     std::filesystem::path server;

@@ -19,7 +19,7 @@ namespace filesystem = std::filesystem;
 
 namespace {
 
-/// Keeps other processes from making certificates in the same folder at the same time.
+/// An exclusive lock against other processes that prepare the same directory.
 class DirectoryLock {
   public:
     explicit DirectoryLock(const filesystem::path& directory)
@@ -50,7 +50,7 @@ Identity load(const filesystem::path& certificate, const filesystem::path& key) 
     return identityFromPem(contentOf(certificate), contentOf(key));
 }
 
-// The key goes first: a certificate without its key would look like a whole pair to a client.
+// The key comes first: a client takes the existence of a certificate for that of the pair.
 std::optional<Error> save(const Identity& identity, const filesystem::path& certificate,
                           const filesystem::path& key) {
     if (std::optional<Error> error = writeFile(key, pemOf(identity.key), true)) {
@@ -59,7 +59,7 @@ std::optional<Error> save(const Identity& identity, const filesystem::path& cert
     return writeFile(certificate, pemOf(identity.certificate), false);
 }
 
-void keepUnusable(const filesystem::path& path) {
+void moveAside(const filesystem::path& path) {
     std::error_code error;
     filesystem::rename(path, path.string() + ".unusable", error);
     if (!error) {
@@ -75,8 +75,8 @@ Result<Identity> prepareAuthority(const CertificateFiles& files) {
     if (isUsable(stored)) {
         return stored;
     }
-    keepUnusable(files.authority);
-    keepUnusable(files.authorityKey);
+    moveAside(files.authority);
+    moveAside(files.authorityKey);
     Result<Identity> made = makeAuthority();
     if (made) {
         if (std::optional<Error> error = save(made.value(), files.authority, files.authorityKey)) {

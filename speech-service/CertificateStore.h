@@ -7,12 +7,12 @@
 
 namespace tarvik::service {
 
-/// Makes sure that `directory` holds an authority (ca.pem, ca-key.pem) and a server certificate of
-/// its (server.pem, server-key.pem).
+/// Makes sure that `directory` has an authority (ca.pem, ca-key.pem) and a server certificate
+/// signed by it (server.pem, server-key.pem).
 ///
-/// What is there and valid is used again; what is missing, damaged or close to its end is made
-/// anew, with a log line in the latter cases, and a damaged authority is kept beside. Keys are
-/// readable by their owner only. Several processes may call it at once for one directory.
+/// Valid files are used again. Missing, damaged or soon expiring certificates are replaced, with a
+/// log line unless they were missing. An unusable authority is renamed to *.unusable. Keys are
+/// readable by their owner only. Several processes may call this for one directory at once.
 Result<CertificateFiles> prepareCertificates(const std::filesystem::path& directory);
 
 }  // namespace tarvik::service

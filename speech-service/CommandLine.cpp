@@ -21,7 +21,7 @@ std::optional<std::uint16_t> portFrom(std::string_view text) {
 std::filesystem::path defaultStateDirectory() {
     constexpr std::string_view name = "tarvik-speech-service";
     const char* stateHome = std::getenv("XDG_STATE_HOME");
-    // The base-directory rules have relative paths ignored.
+    // The XDG Base Directory rules require relative paths to be ignored.
     if (stateHome && std::filesystem::path(stateHome).is_absolute()) {
         return std::filesystem::path(stateHome) / name;
     }

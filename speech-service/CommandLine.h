@@ -9,7 +9,7 @@
 
 namespace tarvik::service {
 
-/// What the command line asks for.
+/// The settings on the command line.
 struct CommandLine {
     enum class Action { serve, printAuthority, help };
 
@@ -21,8 +21,8 @@ struct CommandLine {
 /// The text of --help.
 std::string_view usage();
 
-/// Reads the arguments after the program's name. The state directory defaults to a folder of the
-/// service's own in $XDG_STATE_HOME or ~/.local/state.
+/// Parses the arguments after the program's name. The error's text is for the user. The default
+/// state directory is tarvik-speech-service in $XDG_STATE_HOME or ~/.local/state.
 Result<CommandLine> parseCommandLine(std::span<const std::string_view> arguments);
 
 }  // namespace tarvik::service

@@ -24,25 +24,27 @@ std::string newRequestId() {
 }  // namespace
 
 Connection::Connection(boost::asio::ip::tcp::socket socket, ServerContext& context)
-    : context_(context), socket_(std::move(socket), context.tls), limit_(socket_.get_executor()) {}
+    : context_(context),
+      socket_(std::move(socket), context.tls),
+      timeoutTimer_(socket_.get_executor()) {}
 
 void Connection::start() {
-    limitTime();
+    startTimeout();
     socket_.next_layer().async_handshake(
         ssl::stream_base::server,
-        beast::bind_front_handler(&Connection::onSecured, shared_from_this()));
+        beast::bind_front_handler(&Connection::onTlsHandshake, shared_from_this()));
 }
 
-void Connection::limitTime() {
-    limit_.expires_after(handshakeTimeout);
-    limit_.async_wait(weakly(*this, [](Connection& self, beast::error_code error) {
+void Connection::startTimeout() {
+    timeoutTimer_.expires_after(handshakeTimeout);
+    timeoutTimer_.async_wait(weakly(*this, [](Connection& self, beast::error_code error) {
         if (!error) {
-            self.cut();
+            self.abort();
         }
     }));
 }
 
-void Connection::onSecured(beast::error_code error) {
+void Connection::onTlsHandshake(beast::error_code error) {
     if (error) {
         std::cerr << "a client came without TLS or does not trust the certificate: " +
                          error.message() + "\n";
@@ -60,25 +62,25 @@ void Connection::onRequest(beast::error_code error) {
             beast::http::make_error_code(beast::http::error::bad_method).category() &&
         error != beast::http::error::end_of_stream) {
         const Error reason{400, "The request cannot be read: " + error.message()};
-        answer(reason, refusalOfUnreadable(reason, newRequestId()));
+        answer(reason, refusalOfUnreadableRequest(reason, newRequestId()));
         return;
     }
     if (error) {
-        // Looking whether the service is there, without a request, is no fault.
+        // A connection without a request is a check for the service, not an error.
         return;
     }
     const Result<StreamQuery> query = checkHandshake(parser_.get());
     if (!query) {
         refuse(query.error());
-    } else if (context_.streams.count() >= context_.options.mostStreams) {
+    } else if (context_.streams.count() >= context_.options.maxStreams) {
         refuse({429, "Too many streams are open"});
     } else {
-        becomeStream(query.value());
+        upgradeToStream(query.value());
     }
 }
 
-void Connection::becomeStream(const StreamQuery& query) {
-    limit_.cancel();
+void Connection::upgradeToStream(const StreamQuery& query) {
+    timeoutTimer_.cancel();
     const auto stream = std::make_shared<Stream>(std::move(socket_), query, newRequestId(),
                                                  context_.decoders, context_.options.idleTimeout);
     context_.streams.add(stream);
@@ -95,18 +97,17 @@ void Connection::answer(const Error& error, Response response) {
     response_ = std::move(response);
     beast::http::async_write(
         socket_, response_, [self = shared_from_this()](beast::error_code, std::size_t) {
-            // The client has the answer or is gone; either way only the
-            // farewell is left.
+            // With or without an error, only the TLS shutdown is left.
             self->socket_.next_layer().async_shutdown([self](beast::error_code) {});
         });
 }
 
 void Connection::goAway() {
-    cut();
+    abort();
 }
 
-void Connection::cut() {
-    beast::error_code ignored;  // A socket that cannot be closed was closed already.
+void Connection::abort() {
+    beast::error_code ignored;  // Closing fails only for a socket that is closed already.
     beast::get_lowest_layer(socket_).close(ignored);
 }
 

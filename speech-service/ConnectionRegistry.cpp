@@ -1,18 +1,18 @@
-#include "speech-service/StreamRegistry.h"
+#include "speech-service/ConnectionRegistry.h"
 
 namespace tarvik::service {
 
-void StreamRegistry::add(const std::shared_ptr<OpenConnection>& connection) {
-    forgetClosed();
+void ConnectionRegistry::add(const std::shared_ptr<OpenConnection>& connection) {
+    removeClosed();
     connections_.push_back(connection);
 }
 
-std::size_t StreamRegistry::count() {
-    forgetClosed();
+std::size_t ConnectionRegistry::count() {
+    removeClosed();
     return connections_.size();
 }
 
-void StreamRegistry::goAway() {
+void ConnectionRegistry::goAway() {
     for (const std::weak_ptr<OpenConnection>& weakConnection : connections_) {
         if (const std::shared_ptr<OpenConnection> connection = weakConnection.lock()) {
             connection->goAway();
@@ -20,7 +20,7 @@ void StreamRegistry::goAway() {
     }
 }
 
-void StreamRegistry::forgetClosed() {
+void ConnectionRegistry::removeClosed() {
     std::erase_if(connections_, [](const auto& connection) { return connection.expired(); });
 }
 

@@ -4,35 +4,23 @@
 #include <memory>
 #include <vector>
 
+#include "speech-service/OpenConnection.h"
+
 namespace tarvik::service {
 
-/// A connection that can be told that the service ends.
-class OpenConnection {
-  public:
-    virtual ~OpenConnection() = default;
-    OpenConnection(const OpenConnection&) = delete;
-    OpenConnection& operator=(const OpenConnection&) = delete;
-
-    /// Ends the connection, politely where its state allows that.
-    virtual void goAway() = 0;
-
-  protected:
-    OpenConnection() = default;
-};
-
-/// The connections that are open. On the server's executor only.
-class StreamRegistry {
+/// The open connections, which the registry holds weakly. On the server's executor only.
+class ConnectionRegistry {
   public:
     void add(const std::shared_ptr<OpenConnection>& connection);
 
-    /// How many are open.
+    /// The number of open connections.
     std::size_t count();
 
-    /// Tells every open connection to go away.
+    /// Ends every open connection.
     void goAway();
 
   private:
-    void forgetClosed();
+    void removeClosed();
 
     std::vector<std::weak_ptr<OpenConnection>> connections_;
 };

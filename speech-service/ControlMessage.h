@@ -5,10 +5,10 @@
 
 namespace tarvik::service {
 
-/// What a client says in a text message.
+/// The kinds of text messages from a client.
 enum class ControlMessage { closeStream, finalize, keepAlive };
 
-/// Reads a text message: a JSON object whose "type" names the message. Anything else is none.
+/// Parses a text message: a JSON object whose "type" names the kind. Empty for any other text.
 std::optional<ControlMessage> parseControlMessage(std::string_view text);
 
 }  // namespace tarvik::service

@@ -12,9 +12,9 @@ namespace tarvik::service {
 namespace {
 
 constexpr std::size_t bytesPerSample = 2;
-constexpr Seconds enoughAudio{10};
-// A cancelled worker looks up after each piece of this length.
-constexpr Seconds pieceLength{0.1};
+constexpr Seconds maxQueuedAudio{10};
+// The worker checks for its cancellation after each chunk of this length.
+constexpr Seconds chunkLength{0.1};
 
 std::size_t bytesIn(Seconds length, int sampleRate) {
     return static_cast<std::size_t>(length.count() * sampleRate) * bytesPerSample;
@@ -22,10 +22,10 @@ std::size_t bytesIn(Seconds length, int sampleRate) {
 
 }  // namespace
 
-/// What the thread holds while it decodes.
-class DecodeWorker::Session {
+/// The stages of the decoding thread: samples, resampler, recognizer.
+class DecodeWorker::Pipeline {
   public:
-    Session(DecodeWorker& worker, Decoder& decoder, Resampler resampler)
+    Pipeline(DecodeWorker& worker, Decoder& decoder, Resampler resampler)
         : worker_(worker),
           resampler_(std::move(resampler)),
           recognizer_(decoder, worker.interimResults_,
@@ -33,9 +33,9 @@ class DecodeWorker::Session {
 
     void operator()(const std::vector<std::uint8_t>& audio) {
         std::span<const std::uint8_t> rest = audio;
-        const std::size_t piece = bytesIn(pieceLength, worker_.sampleRate_);
+        const std::size_t bytesPerChunk = bytesIn(chunkLength, worker_.sampleRate_);
         while (!rest.empty() && !worker_.isCancelled_) {
-            const std::size_t size = std::min(rest.size(), piece);
+            const std::size_t size = std::min(rest.size(), bytesPerChunk);
             recognizer_.process(resampler_.process(pcm_.read(rest.first(size))));
             rest = rest.subspan(size);
         }
@@ -74,7 +74,7 @@ DecodeWorker::DecodeWorker(boost::asio::any_io_executor executor,
                            std::shared_ptr<DecoderPool> decoders, int sampleRate,
                            bool interimResults, Callbacks callbacks)
     : executor_(std::move(executor)),
-      keepRunning_(executor_),
+      workGuard_(executor_),
       decoders_(std::move(decoders)),
       sampleRate_(sampleRate),
       interimResults_(interimResults),
@@ -84,7 +84,7 @@ bool DecodeWorker::append(std::vector<std::uint8_t> audio) {
     appendedBytes_ += audio.size();
     push(std::move(audio));
     const std::lock_guard lock(mutex_);
-    return waitingBytes_ < bytesIn(enoughAudio, sampleRate_);
+    return queuedBytes_ < bytesIn(maxQueuedAudio, sampleRate_);
 }
 
 void DecodeWorker::finalize() {
@@ -109,14 +109,14 @@ Seconds DecodeWorker::appended() const {
 void DecodeWorker::push(Task task) {
     const std::lock_guard lock(mutex_);
     if (const auto* audio = std::get_if<std::vector<std::uint8_t>>(&task)) {
-        waitingBytes_ += audio->size();
+        queuedBytes_ += audio->size();
     }
     tasks_.push_back(std::move(task));
     wake_.notify_one();
 }
 
 std::optional<DecodeWorker::Task> DecodeWorker::pop() {
-    const std::size_t half = bytesIn(enoughAudio, sampleRate_) / 2;
+    const std::size_t half = bytesIn(maxQueuedAudio, sampleRate_) / 2;
     std::unique_lock lock(mutex_);
     wake_.wait(lock, [this] { return isCancelled_ || !tasks_.empty(); });
     if (isCancelled_) {
@@ -125,10 +125,10 @@ std::optional<DecodeWorker::Task> DecodeWorker::pop() {
     Task task = std::move(tasks_.front());
     tasks_.pop_front();
     if (const auto* audio = std::get_if<std::vector<std::uint8_t>>(&task)) {
-        const bool wasHalfFull = waitingBytes_ >= half;
-        waitingBytes_ -= audio->size();
-        if (wasHalfFull && waitingBytes_ < half) {
-            post([this] { callbacks_.onRoom(); });
+        const bool wasHalfFull = queuedBytes_ >= half;
+        queuedBytes_ -= audio->size();
+        if (wasHalfFull && queuedBytes_ < half) {
+            post([this] { callbacks_.onDrained(); });
         }
     }
     return task;
@@ -137,11 +137,11 @@ std::optional<DecodeWorker::Task> DecodeWorker::pop() {
 void DecodeWorker::run() {
     const std::optional<Error> error = decode();
     post([this, error] { callbacks_.onEnd(error); });
-    // Not through post: a cancelled worker must be joined all the same.
+    // Not through post(), which drops the callback of a cancelled worker: the join must happen.
     boost::asio::post(executor_, [self = shared_from_this()] {
         self->thread_.join();
         self->callbacks_ = {};
-        self->keepRunning_.reset();
+        self->workGuard_.reset();
     });
 }
 
@@ -154,9 +154,9 @@ std::optional<Error> DecodeWorker::decode() {
     if (!resampler) {
         return resampler.error();
     }
-    Session session(*this, *decoder.value(), std::move(resampler).value());
+    Pipeline pipeline(*this, *decoder.value(), std::move(resampler).value());
     while (const std::optional<Task> task = pop()) {
-        std::visit(session, *task);
+        std::visit(pipeline, *task);
         if (std::holds_alternative<End>(*task)) {
             break;
         }

@@ -22,45 +22,47 @@ namespace tarvik::service {
 
 /// Decodes one stream on a thread of its own.
 ///
-/// Its operations are called on the owner's executor and never block; the callbacks come there too.
-/// The thread keeps the worker, its callbacks and the executor's context until it has ended.
+/// The operations are called on the owner's executor and never block. The callbacks are called on
+/// the same executor. The thread holds the worker, the callbacks and the executor's context until
+/// the thread's end.
 class DecodeWorker : public std::enable_shared_from_this<DecodeWorker> {
   public:
     struct Callbacks {
         std::function<void(Utterance)> onUtterance;
-        /// The audio that waits has fallen below half of what append calls enough.
-        std::function<void()> onRoom;
-        /// After end: everything was answered. With an error: no decoder could be had.
+        /// The queued audio has fallen below half of append()'s limit.
+        std::function<void()> onDrained;
+        /// Without an error: all audio before end() has been decoded. With an error: no decoder or
+        /// resampler is available.
         std::function<void(std::optional<Error>)> onEnd;
     };
 
-    /// Starts the thread. `sampleRate` is that of the audio to come, in hertz.
+    /// Starts the thread. `sampleRate` is the rate of the audio in hertz.
     static std::shared_ptr<DecodeWorker> start(boost::asio::any_io_executor executor,
                                                std::shared_ptr<DecoderPool> decoders,
                                                int sampleRate, bool interimResults,
                                                Callbacks callbacks);
 
-    /// Queues audio (linear16, cut anywhere). False when ten seconds of it wait: no more should be
-    /// appended until onRoom.
+    /// Queues audio: linear16, which may be cut inside a sample. False when 10 s or more are
+    /// queued; the next append should wait for onDrained then.
     bool append(std::vector<std::uint8_t> audio);
 
-    /// Ends the current utterance after the audio queued so far.
+    /// Ends the current utterance after the queued audio.
     void finalize();
 
-    /// Answers the audio queued so far and then ends the thread.
+    /// Decodes the queued audio and then ends the thread.
     void end();
 
-    /// Ends the thread as soon as it can; no callback is posted after that.
+    /// Ends the thread within the decoding of 0.1 s of audio. No callback is called after this.
     void cancel();
 
-    /// The length of the audio appended so far.
+    /// The total length of the appended audio.
     Seconds appended() const;
 
   private:
     struct Finalize {};
     struct End {};
     using Task = std::variant<std::vector<std::uint8_t>, Finalize, End>;
-    class Session;
+    class Pipeline;
 
     DecodeWorker(boost::asio::any_io_executor executor, std::shared_ptr<DecoderPool> decoders,
                  int sampleRate, bool interimResults, Callbacks callbacks);
@@ -71,7 +73,7 @@ class DecodeWorker : public std::enable_shared_from_this<DecodeWorker> {
     void post(std::function<void()> callback);
 
     const boost::asio::any_io_executor executor_;
-    boost::asio::executor_work_guard<boost::asio::any_io_executor> keepRunning_;
+    boost::asio::executor_work_guard<boost::asio::any_io_executor> workGuard_;
     const std::shared_ptr<DecoderPool> decoders_;
     const int sampleRate_;
     const bool interimResults_;
@@ -81,7 +83,7 @@ class DecodeWorker : public std::enable_shared_from_this<DecodeWorker> {
     mutable std::mutex mutex_;
     std::condition_variable wake_;
     std::deque<Task> tasks_;
-    std::size_t waitingBytes_ = 0;
+    std::size_t queuedBytes_ = 0;
     std::atomic<bool> isCancelled_ = false;
     std::thread thread_;
 };

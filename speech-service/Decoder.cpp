@@ -23,7 +23,7 @@ struct ConfigurationDeleter {
     void operator()(cmd_ln_t* configuration) const { cmd_ln_free_r(configuration); }
 };
 
-// The library's way to report; it also narrates, which nobody needs.
+// The library reports errors and progress here; only errors are printed.
 __attribute__((format(printf, 3, 4))) void printErrors(void*, err_lvl_t level, const char* format,
                                                        ...) {
     if (level < ERR_ERROR) {
@@ -40,8 +40,8 @@ std::unique_ptr<cmd_ln_t, ConfigurationDeleter> configuration() {
     const std::string acoustics = model + "/en-us";
     const std::string language = model + "/en-us.lm.bin";
     const std::string dictionary = model + "/cmudict-en-us.dict";
-    // The weights of the later passes were chosen by trying dictated sentences. The threshold keeps
-    // the hiss of a microphone from counting as speech: with a lower one a second of it before the
+    // The weights of the later passes come from trials with dictated sentences. The threshold keeps
+    // microphone hiss from counting as speech. With a lower threshold, a second of hiss before the
     // first word spoils the whole utterance.
     return std::unique_ptr<cmd_ln_t, ConfigurationDeleter>(
         cmd_ln_init(nullptr, ps_args(), TRUE, "-hmm", acoustics.c_str(), "-lm", language.c_str(),
@@ -49,12 +49,12 @@ std::unique_ptr<cmd_ln_t, ConfigurationDeleter> configuration() {
                     "-vad_threshold", "3.0", nullptr));
 }
 
-// Sentence marks, silences and noises stand in angle or square brackets, or between two plus signs.
+// Sentence marks, silences and noises are in angle brackets, square brackets or plus signs.
 bool isSpokenWord(std::string_view word) {
     return !word.empty() && word.front() != '<' && word.front() != '[' && word.front() != '+';
 }
 
-// Other pronunciations of a word carry their number, as in "the(2)".
+// A further pronunciation of a word has a number, as in "the(2)".
 std::string withoutVariant(std::string_view word) {
     return std::string(word.substr(0, word.find('(')));
 }
@@ -74,7 +74,7 @@ Decoder::Decoder(ps_decoder_s* decoder) : decoder_(decoder) {
 Result<std::unique_ptr<Decoder>> Decoder::load() {
     static std::once_flag isReportingSet;
     std::call_once(isReportingSet, [] { err_set_callback(printErrors, nullptr); });
-    // While the library has a log file, each thread's own, it prints every setting of a decoder.
+    // With a log file, which is per thread, the library prints every setting of a decoder.
     err_set_logfp(nullptr);
     const auto settings = configuration();
     ps_decoder_t* decoder = settings ? ps_init(settings.get()) : nullptr;
@@ -101,14 +101,14 @@ void Decoder::process(std::span<const std::int16_t> samples) {
     ps_process_raw(decoder_.get(), samples.data(), samples.size(), FALSE, FALSE);
 }
 
-bool Decoder::hearsSpeech() const {
+bool Decoder::isInSpeech() const {
     return ps_get_in_speech(decoder_.get()) != 0;
 }
 
 std::vector<Word> Decoder::words() const {
     std::vector<Word> words;
     logmath_t* logarithms = ps_get_logmath(decoder_.get());
-    // Stepping on frees the old segment and yields none at the end, so the pointer is handed over.
+    // ps_seg_next frees the old segment and returns null at the end, so it takes the pointer over.
     std::unique_ptr<ps_seg_t, SegmentDeleter> segment(ps_seg_iter(decoder_.get()));
     for (; segment; segment.reset(ps_seg_next(segment.release()))) {
         const std::string_view word = ps_seg_word(segment.get());

@@ -14,36 +14,36 @@ struct ps_decoder_s;
 
 namespace tarvik::service {
 
-/// The speech recognizer itself, with its models: one utterance at a time, of one stream at a time.
+/// The speech recognizer with its models. It decodes one utterance of one stream at a time.
 ///
-/// Any one thread at a time. An utterance that was started must be ended before the next starts.
+/// One thread at a time. Each startUtterance() needs an endUtterance() before the next one.
 class Decoder {
   public:
-    /// Speech that came before the decoder noticed it and that it decodes all the same.
-    static constexpr Seconds lookBehind{0.2};
+    /// The audio before the detection of speech that belongs to the utterance all the same.
+    static constexpr Seconds preSpeech{0.2};
 
-    /// Loads the models, which takes some tenths of a second and about 100 MiB.
+    /// Loads the models. Blocks for some tenths of a second; a decoder takes about 100 MiB.
     static Result<std::unique_ptr<Decoder>> load();
 
-    /// Forgets the voice and the room of the stream before.
+    /// Resets the adaptation to the voice and the room of the previous stream.
     void startStream();
 
     void startUtterance();
 
-    /// Listens to audio at recognitionRate. Silence costs next to nothing.
+    /// Decodes audio at recognitionRate. Silence takes almost no processor time.
     void process(std::span<const std::int16_t> samples);
 
-    /// Whether somebody speaks, as of the last samples; half a second of silence ends it.
-    bool hearsSpeech() const;
+    /// Whether the last samples were speech. Speech ends after 0.5 s of silence.
+    bool isInSpeech() const;
 
-    /// What was said so far, with times that count from the beginning of the speech. Confidences
-    /// are known only after endUtterance and 0 before.
+    /// The words of the utterance so far. Times count from the start of the speech. Confidences are
+    /// 0 before endUtterance().
     std::vector<Word> words() const;
 
-    /// The length of the pause after the last of the words so far, zero while one is being spoken.
+    /// The length of the pause after the last word; zero during a word.
     Seconds trailingPause() const;
 
-    /// Settles the utterance; takes up to a tenth of its length.
+    /// Computes the final words. Blocks for up to a tenth of the utterance's length.
     void endUtterance();
 
   private:

@@ -4,8 +4,8 @@ namespace tarvik::service {
 
 namespace {
 
-// More would hold memory for streams that hardly ever come at once.
-constexpr std::size_t mostReady = 2;
+// More decoders would take memory, but more streams at once are rare.
+constexpr std::size_t maxReady = 2;
 
 }  // namespace
 
@@ -61,7 +61,7 @@ Result<std::unique_ptr<Decoder>> DecoderPool::takeOrLoad() {
 
 void DecoderPool::giveBack(std::unique_ptr<Decoder> decoder) {
     const std::lock_guard lock(readyMutex_);
-    if (ready_.size() < mostReady) {
+    if (ready_.size() < maxReady) {
         ready_.push_back(std::move(decoder));
     }
 }

@@ -10,12 +10,10 @@
 
 namespace tarvik::service {
 
-/// Keeps loaded decoders ready, so that a stream need not wait for one.
-///
-/// Any thread.
+/// Keeps loaded decoders ready, so that a stream need not wait for the loading. Any thread.
 class DecoderPool : public std::enable_shared_from_this<DecoderPool> {
   public:
-    /// Gives a borrowed decoder back.
+    /// Returns a decoder to its pool.
     class Returner {
       public:
         Returner() = default;
@@ -29,10 +27,11 @@ class DecoderPool : public std::enable_shared_from_this<DecoderPool> {
 
     static std::shared_ptr<DecoderPool> create();
 
-    /// A decoder for one stream; keeps the pool alive. Blocks while one is loaded if none is ready.
+    /// A decoder for one stream. The lease holds the pool. Blocks for a loading if no decoder is
+    /// ready.
     Result<Lease> acquire();
 
-    /// Loads a decoder if none is ready. Blocks meanwhile; the error is that of the loading.
+    /// Loads a decoder if none is ready, and blocks during the loading.
     std::optional<Error> prepare();
 
   private:
@@ -43,7 +42,7 @@ class DecoderPool : public std::enable_shared_from_this<DecoderPool> {
 
     std::mutex readyMutex_;
     std::vector<std::unique_ptr<Decoder>> ready_;
-    /// One load at a time, so that whoever waits for it finds its outcome.
+    /// Serializes the loading: a waiting caller may find a ready decoder after it.
     std::mutex loadMutex_;
 };
 

@@ -15,7 +15,7 @@ std::string_view viewOf(boost::beast::string_view text) {
     return {text.data(), text.size()};
 }
 
-// The key follows the first comma and may hold anything: it is not a list of its own.
+// The key is everything after the first comma, further commas included.
 bool offersKey(std::string_view subprotocols) {
     const std::size_t comma = subprotocols.find(',');
     return comma != std::string_view::npos &&
@@ -77,7 +77,7 @@ Response refusal(const Request& request, const Error& error, const std::string& 
     return response;
 }
 
-Response refusalOfUnreadable(const Error& error, const std::string& requestId) {
+Response refusalOfUnreadableRequest(const Error& error, const std::string& requestId) {
     return answer(11, "BAD_REQUEST", error, requestId);
 }
 

@@ -11,21 +11,21 @@ namespace tarvik::service {
 using Request = boost::beast::http::request<boost::beast::http::empty_body>;
 using Response = boost::beast::http::response<boost::beast::http::string_body>;
 
-/// The one path that streams are opened on.
+/// The only path for streams.
 inline constexpr std::string_view listenPath = "/v1/listen";
 
-/// The subprotocol that comes before the key and that the reply selects.
+/// The subprotocol that the client sends before the key and that the response selects.
 inline constexpr std::string_view tokenSubprotocol = "token";
 
-/// Decides whether `request` may open a stream. The error's code is the HTTP status of the refusal:
-/// 404 for another path, 426 for no web-socket upgrade, 401 without a key, 400 for a bad query.
+/// The query of `request` if the request may open a stream. The error's code is an HTTP status: 404
+/// for another path, 426 without an upgrade, 401 without a key, 400 for a bad query.
 Result<StreamQuery> checkHandshake(const Request& request);
 
-/// The answer to a request that `error` (code: HTTP status) refuses: a JSON body with err_code,
-/// err_msg and request_id. The connection ends with it.
+/// The response that refuses `request` with `error`, whose code is the HTTP status. The JSON body
+/// has err_code, err_msg and request_id. The response ends the connection.
 Response refusal(const Request& request, const Error& error, const std::string& requestId);
 
-/// The same answer to a request that cannot be read, for the reason that `error` (code: 400) gives.
-Response refusalOfUnreadable(const Error& error, const std::string& requestId);
+/// The same response for a request that cannot be parsed. The code of `error` is 400.
+Response refusalOfUnreadableRequest(const Error& error, const std::string& requestId);
 
 }  // namespace tarvik::service

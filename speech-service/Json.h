@@ -5,8 +5,7 @@
 
 namespace tarvik::service {
 
-/// A UTF-8 text as a JSON string of ASCII characters, quotes included; bytes that are part of no
-/// character become U+FFFD.
+/// A UTF-8 text as a JSON string in ASCII, with its quotes. Invalid bytes become U+FFFD.
 std::string jsonString(std::string_view text);
 
 /// A number as JSON with at most three decimals.

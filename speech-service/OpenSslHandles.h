@@ -9,7 +9,7 @@
 
 namespace tarvik::service {
 
-/// Frees an OpenSSL object by the function made for its type.
+/// A deleter that calls OpenSSL's function for the type.
 template <auto release>
 struct OpenSslDeleter {
     template <typename Object>
@@ -23,7 +23,7 @@ using Key = std::unique_ptr<EVP_PKEY, OpenSslDeleter<EVP_PKEY_free>>;
 using Extension = std::unique_ptr<X509_EXTENSION, OpenSslDeleter<X509_EXTENSION_free>>;
 using MemoryBio = std::unique_ptr<BIO, OpenSslDeleter<BIO_free>>;
 
-/// A certificate with the private key that belongs to it.
+/// A certificate with its private key.
 struct Identity {
     Certificate certificate;
     Key key;

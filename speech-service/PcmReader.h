@@ -7,10 +7,10 @@
 
 namespace tarvik::service {
 
-/// Puts samples together from a stream of bytes that may be cut anywhere, inside a sample too.
+/// Reads samples from chunks of bytes. A sample may span two chunks.
 class PcmReader {
   public:
-    /// The signed 16-bit little-endian samples that `bytes` completes, scaled to ±1.
+    /// The samples that `bytes` completes, scaled to ±1. The input is signed 16-bit little-endian.
     std::vector<float> read(std::span<const std::uint8_t> bytes);
 
   private:

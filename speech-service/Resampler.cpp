@@ -13,9 +13,9 @@ void Resampler::Deleter::operator()(SRC_STATE_tag* state) const {
 Resampler::Resampler(SRC_STATE_tag* state, int inputRate) : state_(state), inputRate_(inputRate) {}
 
 Result<Resampler> Resampler::create(int inputRate) {
-    // The acoustic model looks at 130 Hz to 6.8 kHz. The sinc filter keeps all of that. A lower
-    // rate has nothing in the upper part, which the model takes for another sound; the mirror image
-    // of the lower part that linear interpolation leaves there is understood far better.
+    // The acoustic model uses 130 Hz to 6.8 kHz, and the sinc filter keeps all of that range. Audio
+    // of a lower rate has nothing in the upper part, and the model takes that for other sounds.
+    // Linear interpolation mirrors the lower part there, and recognition is far better then.
     const int method = inputRate < recognitionRate ? SRC_LINEAR : SRC_SINC_MEDIUM_QUALITY;
     int status = 0;
     SRC_STATE* state = src_new(method, 1, &status);
@@ -35,23 +35,23 @@ std::vector<std::int16_t> Resampler::finish() {
 
 std::vector<std::int16_t> Resampler::convert(std::span<const float> samples, bool isLast) {
     std::vector<std::int16_t> output;
-    std::array<float, 4096> piece;
+    std::array<float, 4096> chunk;
     SRC_DATA data{};
-    // The library may not be handed a null pointer, not even for no samples.
+    // The library does not accept a null pointer, not even for no samples.
     const float none = 0;
     data.data_in = samples.empty() ? &none : samples.data();
     data.input_frames = static_cast<long>(samples.size());
-    data.data_out = piece.data();
-    data.output_frames = piece.size();
+    data.data_out = chunk.data();
+    data.output_frames = chunk.size();
     data.src_ratio = static_cast<double>(recognitionRate) / inputRate_;
     data.end_of_input = isLast ? 1 : 0;
     do {
-        // Fails only for arguments that are out of range, which create's rates and these are not.
+        // Fails only for arguments out of range; create() and the lines above exclude those.
         src_process(state_.get(), &data);
         const std::size_t size = output.size();
         const auto made = static_cast<std::size_t>(data.output_frames_gen);
         output.resize(size + made);
-        src_float_to_short_array(piece.data(), output.data() + size, static_cast<int>(made));
+        src_float_to_short_array(chunk.data(), output.data() + size, static_cast<int>(made));
         data.data_in += data.input_frames_used;
         data.input_frames -= data.input_frames_used;
     } while (data.input_frames > 0 || data.output_frames_gen == data.output_frames);

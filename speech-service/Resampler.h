@@ -11,20 +11,20 @@ struct SRC_STATE_tag;
 
 namespace tarvik::service {
 
-/// The rate that the recognizer listens at, in hertz.
+/// The sample rate of the recognizer in hertz.
 inline constexpr int recognitionRate = 16000;
 
-/// Brings one stream of audio to the recognizer's rate; it remembers the end of each piece, so the
-/// pieces join without a seam.
+/// Converts one stream of audio to the recognizer's rate. The filter's state carries over, so the
+/// chunks join without a seam.
 class Resampler {
   public:
     /// `inputRate` in hertz, 8000 to 192000.
     static Result<Resampler> create(int inputRate);
 
-    /// The output that `samples` (±1) completes; a few milliseconds stay inside for the next call.
+    /// The output for `samples` (±1), except a few milliseconds that stay in the filter.
     std::vector<std::int16_t> process(std::span<const float> samples);
 
-    /// What stayed inside, at the end of the stream; nothing may follow.
+    /// The rest of the output at the end of the stream. No call may follow.
     std::vector<std::int16_t> finish();
 
   private:

@@ -12,10 +12,10 @@ using boost::system::error_code;
 
 namespace {
 
-// A free port on one loopback address may be taken on the other.
-constexpr int mostPortsTried = 20;
-// Most reasons why nothing can be accepted, no free descriptor above all, last for a while.
-constexpr std::chrono::milliseconds pauseAfterFailure{100};
+// A free port on the IPv4 loopback address may be in use on the IPv6 one.
+constexpr int maxPortAttempts = 20;
+// The usual reasons for a failed accept, mainly a lack of descriptors, last for a while.
+constexpr std::chrono::milliseconds acceptRetryInterval{100};
 
 bool isUnavailable(const error_code& error) {
     return error == asio::error::address_family_not_supported ||
@@ -26,15 +26,15 @@ bool isUnavailable(const error_code& error) {
 
 Server::Server(asio::io_context& context, const ServerOptions& options)
     : context_(context),
-      shared_{asio::ssl::context(asio::ssl::context::tls_server),
-              options,
-              DecoderPool::create(),
-              {},
-              {}} {}
+      serverContext_{asio::ssl::context(asio::ssl::context::tls_server),
+                     options,
+                     DecoderPool::create(),
+                     {},
+                     {}} {}
 
 Server::~Server() {
-    if (preparation_.joinable()) {
-        preparation_.join();
+    if (preparationThread_.joinable()) {
+        preparationThread_.join();
     }
 }
 
@@ -46,9 +46,9 @@ Result<std::unique_ptr<Server>> Server::create(asio::io_context& context,
         return Error{error.value(), "The certificate cannot be used: " + error.message()};
     }
     error_code error = server->bind(options.port);
-    for (int tried = 1;
-         options.port == 0 && error == asio::error::address_in_use && tried < mostPortsTried;
-         ++tried) {
+    for (int attempts = 1;
+         options.port == 0 && error == asio::error::address_in_use && attempts < maxPortAttempts;
+         ++attempts) {
         error = server->bind(0);
     }
     if (error) {
@@ -64,11 +64,11 @@ Result<std::unique_ptr<Server>> Server::create(asio::io_context& context,
 
 error_code Server::loadCertificates(const CertificateFiles& certificates) {
     error_code error;
-    SSL_CTX_set_min_proto_version(shared_.tls.native_handle(), TLS1_2_VERSION);
-    shared_.tls.use_certificate_chain_file(certificates.server.string(), error);
+    SSL_CTX_set_min_proto_version(serverContext_.tls.native_handle(), TLS1_2_VERSION);
+    serverContext_.tls.use_certificate_chain_file(certificates.server.string(), error);
     if (!error) {
-        shared_.tls.use_private_key_file(certificates.serverKey.string(), asio::ssl::context::pem,
-                                         error);
+        serverContext_.tls.use_private_key_file(certificates.serverKey.string(),
+                                                asio::ssl::context::pem, error);
     }
     return error;
 }
@@ -113,23 +113,23 @@ void Server::accept(tcp::acceptor& acceptor) {
         }
         if (error) {
             std::cerr << "a connection could not be accepted: " + error.message() + "\n";
-            acceptLater(acceptor);
+            retryAccept(acceptor);
             return;
         }
-        const auto connection = std::make_shared<Connection>(std::move(socket), shared_);
-        shared_.connections.add(connection);
+        const auto connection = std::make_shared<Connection>(std::move(socket), serverContext_);
+        serverContext_.connections.add(connection);
         connection->start();
         accept(acceptor);
     });
 }
 
-void Server::acceptLater(tcp::acceptor& acceptor) {
-    const auto pause = std::make_shared<asio::steady_timer>(context_, pauseAfterFailure);
-    pause->async_wait([this, &acceptor, pause](error_code) { accept(acceptor); });
+void Server::retryAccept(tcp::acceptor& acceptor) {
+    const auto timer = std::make_shared<asio::steady_timer>(context_, acceptRetryInterval);
+    timer->async_wait([this, &acceptor, timer](error_code) { accept(acceptor); });
 }
 
 void Server::prepareDecoder() {
-    preparation_ = std::thread([decoders = shared_.decoders] {
+    preparationThread_ = std::thread([decoders = serverContext_.decoders] {
         if (const std::optional<Error> error = decoders->prepare()) {
             std::cerr << error->localizedDescription + "\n";
         }
@@ -139,11 +139,11 @@ void Server::prepareDecoder() {
 void Server::stop() {
     for (const auto& acceptor : acceptors_) {
         error_code error;
-        // Closing releases the descriptor whatever it reports.
+        // Closing releases the descriptor even with an error.
         acceptor->close(error);
     }
-    shared_.connections.goAway();
-    shared_.streams.goAway();
+    serverContext_.connections.goAway();
+    serverContext_.streams.goAway();
 }
 
 }  // namespace tarvik::service

@@ -16,12 +16,12 @@ namespace tarvik::service {
 
 /// The speech service: streams over TLS on the loopback addresses.
 ///
-/// It works on the thread that runs the io_context. After stop, that run ends by itself once every
-/// stream is closed; only then may the server be destroyed.
+/// All work happens on the thread that runs the io_context. After stop(), the run ends when every
+/// stream is closed. The server may be destroyed only after that.
 class Server {
   public:
-    /// Binds and starts to load a decoder; `context` must outlive the server. A connection is
-    /// accepted as soon as `context` runs.
+    /// Binds the port and starts to load a decoder on a thread. The server accepts connections
+    /// while `context` runs. `context` must outlive the server.
     static Result<std::unique_ptr<Server>> create(boost::asio::io_context& context,
                                                   const ServerOptions& options,
                                                   const CertificateFiles& certificates);
@@ -31,7 +31,7 @@ class Server {
 
     std::uint16_t port() const { return port_; }
 
-    /// Accepts no more connections and closes the open streams with 1001. On the context's thread.
+    /// Stops accepting and closes the open streams with 1001. On the context's thread.
     void stop();
 
   private:
@@ -40,14 +40,14 @@ class Server {
     boost::system::error_code bind(std::uint16_t port);
     boost::system::error_code listen(const boost::asio::ip::tcp::endpoint& endpoint);
     void accept(boost::asio::ip::tcp::acceptor& acceptor);
-    void acceptLater(boost::asio::ip::tcp::acceptor& acceptor);
+    void retryAccept(boost::asio::ip::tcp::acceptor& acceptor);
     void prepareDecoder();
 
     boost::asio::io_context& context_;
-    ServerContext shared_;
+    ServerContext serverContext_;
     std::vector<std::unique_ptr<boost::asio::ip::tcp::acceptor>> acceptors_;
     std::uint16_t port_ = 0;
-    std::thread preparation_;
+    std::thread preparationThread_;
 };
 
 }  // namespace tarvik::service

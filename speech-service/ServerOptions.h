@@ -7,13 +7,14 @@
 
 namespace tarvik::service {
 
+/// The settings of a server.
 struct ServerOptions {
-    /// 0 takes a free one.
+    /// 0 means any free port.
     std::uint16_t port = 0;
-    /// How long a client may send neither audio nor a KeepAlive message.
+    /// The maximum time without audio and KeepAlive messages.
     Seconds idleTimeout{10};
-    /// Each stream needs a decoder's memory and some of a processor.
-    std::size_t mostStreams = 8;
+    /// Each stream needs the memory of a decoder and part of a processor.
+    std::size_t maxStreams = 8;
 };
 
 }  // namespace tarvik::service

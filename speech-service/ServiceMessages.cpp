@@ -9,7 +9,7 @@ namespace {
 
 constexpr std::string_view modelInfo =
     R"({"name":"en-us","version":"5prealpha","arch":"pocketsphinx"})";
-// Names the model in messages, whatever the machine; it was drawn once.
+// A random id that identifies the model in messages, the same on every machine.
 constexpr std::string_view modelId = R"("5e2f7c1a-9d0b-4c43-8f57-1b6a0c9e4d72")";
 
 std::string boolean(bool value) {

@@ -7,12 +7,12 @@
 
 namespace tarvik::service {
 
-/// A "Results" message: one utterance, written with capitals and full stops if `punctuate`.
+/// The "Results" message of one utterance. With `punctuate` it has capitals and full stops.
 std::string resultsMessage(const Utterance& utterance, bool punctuate,
                            const std::string& requestId);
 
-/// The "Metadata" message that ends a stream. `audio` is the length of all audio that came in,
-/// `created` the time of the stream's opening in ISO 8601.
+/// The "Metadata" message at the end of a stream. `audio` is the total length of the audio.
+/// `created` is the time of the stream's opening in ISO 8601.
 std::string metadataMessage(Seconds audio, const std::string& created,
                             const std::string& requestId);
 

@@ -17,13 +17,13 @@ namespace websocket = beast::websocket;
 
 namespace {
 
-constexpr std::size_t longestMessage = std::size_t{16} * 1024 * 1024;
-constexpr std::size_t mostUnsent = 1000;
+constexpr std::size_t maxMessageSize = std::size_t{16} * 1024 * 1024;
+constexpr std::size_t maxUnsentMessages = 1000;
 constexpr std::chrono::seconds closeTimeout{2};
 
 websocket::stream_base::timeout timeouts() {
     websocket::stream_base::timeout timeouts{};
-    // Bounds the waiting for the other side's close frame as well.
+    // Beast uses this timeout for the close handshake too.
     timeouts.handshake_timeout = closeTimeout;
     timeouts.idle_timeout = websocket::stream_base::none();
     timeouts.keep_alive_pings = false;
@@ -53,7 +53,7 @@ Stream::Stream(network::TlsStream socket, StreamQuery query, std::string request
 
 void Stream::accept(const Request& request) {
     socket_.set_option(timeouts());
-    socket_.read_message_max(longestMessage);
+    socket_.read_message_max(maxMessageSize);
     socket_.set_option(websocket::stream_base::decorator([](websocket::response_type& response) {
         response.set(beast::http::field::sec_websocket_protocol, tokenSubprotocol);
     }));
@@ -67,9 +67,9 @@ void Stream::onAccepted(beast::error_code error) {
         return;
     }
     DecodeWorker::Callbacks callbacks;
-    // Strong references: while reading waits for room, nothing else keeps the stream alive.
+    // Strong references: nothing else holds the stream while reading is paused.
     callbacks.onUtterance = beast::bind_front_handler(&Stream::onUtterance, shared_from_this());
-    callbacks.onRoom = beast::bind_front_handler(&Stream::onRoom, shared_from_this());
+    callbacks.onDrained = beast::bind_front_handler(&Stream::onDrained, shared_from_this());
     callbacks.onEnd = beast::bind_front_handler(&Stream::onDecoderEnd, shared_from_this());
     worker_ = DecodeWorker::start(socket_.get_executor(), decoders_, query_.sampleRate,
                                   query_.interimResults, std::move(callbacks));
@@ -77,7 +77,7 @@ void Stream::onAccepted(beast::error_code error) {
         closeNow();
         return;
     }
-    expectAudio();
+    restartIdleTimer();
     read();
 }
 
@@ -102,7 +102,7 @@ void Stream::onRead(beast::error_code error) {
         onText();
     }
     incoming_.clear();
-    if (!isPaused_) {
+    if (!isReadingPaused_) {
         read();
     }
 }
@@ -112,8 +112,8 @@ void Stream::onAudio() {
     if (ending_ || incoming_.size() == 0) {
         return;
     }
-    expectAudio();
-    isPaused_ = !worker_->append({bytes, bytes + incoming_.size()});
+    restartIdleTimer();
+    isReadingPaused_ = !worker_->append({bytes, bytes + incoming_.size()});
 }
 
 void Stream::onText() {
@@ -134,7 +134,7 @@ void Stream::onText() {
             worker_->finalize();
             break;
         case ControlMessage::keepAlive:
-            expectAudio();
+            restartIdleTimer();
             break;
     }
 }
@@ -145,7 +145,7 @@ void Stream::endAndClose(const websocket::close_reason& reason) {
     worker_->end();
 }
 
-void Stream::expectAudio() {
+void Stream::restartIdleTimer() {
     startTimer(idleTimeout_, &Stream::onIdle);
 }
 
@@ -162,9 +162,9 @@ void Stream::onIdle() {
     if (ending_ || closing_) {
         return;
     }
-    // While reading waits for the decoder, silence on the line says nothing of the client.
-    if (isPaused_) {
-        expectAudio();
+    // The client may have sent audio that a paused reading has not seen.
+    if (isReadingPaused_) {
+        restartIdleTimer();
         return;
     }
     log("no audio came in time");
@@ -176,10 +176,10 @@ void Stream::onUtterance(const Utterance& utterance) {
     send(resultsMessage(utterance, query_.punctuate, requestId_));
 }
 
-void Stream::onRoom() {
-    if (isPaused_) {
-        isPaused_ = false;
-        expectAudio();
+void Stream::onDrained() {
+    if (isReadingPaused_) {
+        isReadingPaused_ = false;
+        restartIdleTimer();
         read();
     }
 }
@@ -198,8 +198,8 @@ void Stream::send(std::string message) {
     if (closing_) {
         return;
     }
-    if (outgoing_.size() == mostUnsent) {
-        abandon();
+    if (outgoing_.size() == maxUnsentMessages) {
+        abort();
         return;
     }
     outgoing_.push_back(std::move(message));
@@ -218,7 +218,7 @@ void Stream::write() {
 
 void Stream::onWritten(beast::error_code error) {
     if (error) {
-        // The read that is under way ends with the connection and says so.
+        // The pending read fails too and logs the error.
         return;
     }
     outgoing_.pop_front();
@@ -234,8 +234,8 @@ void Stream::closeWhenSent(websocket::close_reason reason) {
         return;
     }
     closing_ = std::move(reason);
-    // A client that reads no more would keep the last message, and the stream with it, forever.
-    startTimer(closeTimeout * 2, &Stream::abandon);
+    // A client that stops reading would hold the last message and the stream forever.
+    startTimer(closeTimeout * 2, &Stream::abort);
     if (outgoing_.empty()) {
         closeNow();
     }
@@ -243,15 +243,15 @@ void Stream::closeWhenSent(websocket::close_reason reason) {
 
 void Stream::closeNow() {
     socket_.async_close(*closing_, [self = shared_from_this()](beast::error_code) {
-        // Closed is all that is wanted here, and a failure says that it was closed already.
+        // An error means that the stream was closed already.
         self->timer_.cancel();
         self->worker_->cancel();
     });
 }
 
-void Stream::abandon() {
+void Stream::abort() {
     log("the client does not take its messages");
-    beast::error_code ignored;  // A socket that cannot be closed was closed already.
+    beast::error_code ignored;  // Closing fails only for a socket that is closed already.
     beast::get_lowest_layer(socket_).close(ignored);
 }
 

@@ -9,23 +9,22 @@
 #include <string>
 
 #include "network/TlsStream.h"
+#include "speech-service/ConnectionRegistry.h"
 #include "speech-service/DecodeWorker.h"
 #include "speech-service/Handshake.h"
-#include "speech-service/StreamRegistry.h"
 
 namespace tarvik::service {
 
 /// One open web socket: audio in, messages out.
 ///
-/// On the server's executor only. It keeps itself alive while the socket is open or
-/// its audio is being decoded.
+/// On the server's executor only. Pending socket operations and the decode worker hold the stream.
 class Stream : public OpenConnection, public std::enable_shared_from_this<Stream> {
   public:
-    /// `idleTimeout` is how long a client may send neither audio nor a KeepAlive message.
+    /// `idleTimeout` is the maximum time without audio and KeepAlive messages.
     Stream(network::TlsStream socket, StreamQuery query, std::string requestId,
            std::shared_ptr<DecoderPool> decoders, Seconds idleTimeout);
 
-    /// Answers the upgrade that `request` asks for and serves the stream.
+    /// Accepts the upgrade `request` and serves the stream.
     void accept(const Request& request);
 
     /// Closes with 1001.
@@ -38,18 +37,18 @@ class Stream : public OpenConnection, public std::enable_shared_from_this<Stream
     void onAudio();
     void onText();
     void endAndClose(const boost::beast::websocket::close_reason& reason);
-    void expectAudio();
+    void restartIdleTimer();
     void startTimer(Seconds interval, void (Stream::*onExpired)());
     void onIdle();
     void onUtterance(const Utterance& utterance);
-    void onRoom();
+    void onDrained();
     void onDecoderEnd(const std::optional<Error>& error);
     void send(std::string message);
     void write();
     void onWritten(boost::beast::error_code error);
     void closeWhenSent(boost::beast::websocket::close_reason reason);
     void closeNow();
-    void abandon();
+    void abort();
     void log(const std::string& line) const;
 
     boost::beast::websocket::stream<network::TlsStream> socket_;
@@ -58,15 +57,16 @@ class Stream : public OpenConnection, public std::enable_shared_from_this<Stream
     const std::string created_;
     const std::shared_ptr<DecoderPool> decoders_;
     const Seconds idleTimeout_;
-    /// First for the audio that does not come, then for the closing that does not end.
+    /// Measures the idle timeout, and later the close timeout.
     boost::asio::steady_timer timer_;
     boost::beast::flat_buffer incoming_;
     std::deque<std::string> outgoing_;
     std::shared_ptr<DecodeWorker> worker_;
-    /// Reading waits until the worker has caught up.
-    bool isPaused_ = false;
-    /// No more audio is taken; this is how the stream will close.
+    /// Reading waits for the worker's onDrained.
+    bool isReadingPaused_ = false;
+    /// Set when the stream accepts no more audio: the reason for closing after the last message.
     std::optional<boost::beast::websocket::close_reason> ending_;
+    /// Set when the close handshake waits only for the queued messages.
     std::optional<boost::beast::websocket::close_reason> closing_;
 };
 

@@ -10,8 +10,8 @@ namespace tarvik::service {
 
 namespace {
 
-constexpr int lowestRate = 8000;
-constexpr int highestRate = 192000;
+constexpr int minSampleRate = 8000;
+constexpr int maxSampleRate = 192000;
 
 using Parameters = std::map<std::string, std::string, std::less<>>;
 
@@ -25,7 +25,7 @@ std::optional<char> hexByte(std::string_view digits) {
     return static_cast<char>(value);
 }
 
-// A '%' that begins no escape stands for itself, as browsers have it.
+// A '%' without two hexadecimal digits stays as it is, as in browsers.
 std::string percentDecoded(std::string_view text) {
     std::string decoded;
     for (std::size_t i = 0; i < text.size(); ++i) {
@@ -113,7 +113,7 @@ Result<int> sampleRateOf(const Parameters& parameters) {
         return missingParameter("sample_rate", allowed);
     }
     const std::optional<int> rate = wholeNumber(*text);
-    if (!rate || *rate < lowestRate || *rate > highestRate) {
+    if (!rate || *rate < minSampleRate || *rate > maxSampleRate) {
         return badParameter("sample_rate", *text, allowed);
     }
     return *rate;

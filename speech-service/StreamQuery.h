@@ -7,19 +7,18 @@
 
 namespace tarvik::service {
 
-/// What a client asks of its stream. The audio is always mono linear16.
+/// The options that a client requests for its stream. The audio is always mono linear16.
 struct StreamQuery {
     /// In hertz, 8000 to 192000.
     int sampleRate = 0;
     bool interimResults = false;
-    /// Write transcripts with capitals and full stops.
+    /// Whether transcripts have capitals and full stops.
     bool punctuate = false;
 };
 
-/// Reads the query part of a request's target (what follows the '?', percent-encoded).
+/// Parses the query of a request's target: the percent-encoded text after the '?'.
 ///
-/// Parameters that this service does not know are ignored. The error says what is wrong with the
-/// first bad parameter, in words for the client.
+/// Unknown parameters are ignored. The error describes the first bad parameter to the client.
 Result<StreamQuery> parseStreamQuery(std::string_view query);
 
 }  // namespace tarvik::service

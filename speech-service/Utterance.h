@@ -7,18 +7,18 @@
 
 namespace tarvik::service {
 
-/// What was understood of one stretch of speech; all times count from the beginning of the stream.
+/// The recognized words of one stretch of speech. Times count from the start of the stream.
 struct Utterance {
     std::vector<Word> words;
     Seconds start{};
     Seconds duration{};
-    /// The words stand; otherwise they are a first guess that may change.
+    /// Whether the words are final. Interim words may change.
     bool isFinal = false;
-    /// The speaker paused here.
+    /// Whether the utterance ends with a pause or with the request of the client.
     bool isSpeechFinal = false;
-    /// The client asked for it before the speaker had paused.
+    /// Whether the client requested the end of the utterance before a pause.
     bool isFromFinalize = false;
-    /// It begins where a cut through longer speech was made, not after a pause.
+    /// Whether the utterance continues speech that was cut without a pause.
     bool isContinuation = false;
 };
 

@@ -8,7 +8,7 @@ namespace tarvik::service {
 
 namespace {
 
-// Without "march" and "may", which are mostly other words.
+// "march" and "may" are missing, because they are mostly verbs.
 constexpr std::array<std::string_view, 17> calendarNames{
     "monday", "tuesday",   "wednesday", "thursday", "friday",  "saturday",
     "sunday", "january",   "february",  "april",    "june",    "july",

@@ -7,8 +7,8 @@
 
 namespace tarvik::service {
 
-/// The words of an utterance as they are written: "I" and the names of days and months with
-/// capitals, and as a sentence where the utterance begins and ends one.
+/// The words of an utterance in written form. "I" and the names of days and months get capitals.
+/// The start of a sentence gets a capital, and its end a full stop.
 std::vector<std::string> writtenWords(const Utterance& utterance);
 
 }  // namespace tarvik::service

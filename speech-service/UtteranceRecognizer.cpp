@@ -8,17 +8,17 @@ namespace tarvik::service {
 
 namespace {
 
-// Short enough to place the beginning of speech well, long enough to cost nothing.
-constexpr std::size_t pieceSize = recognitionRate / 50;
+// 20 ms: short enough for a good start time of the speech, long enough for a low overhead.
+constexpr std::size_t chunkSize = recognitionRate / 50;
 
 constexpr Seconds interimInterval{0.5};
 
-// Settling an utterance takes a share of its length, and a client that closes waits about two
-// seconds for it: speech that goes on is cut at the first small pause after the first of these
-// lengths, and anywhere after the second.
-constexpr Seconds comfortableLength{10};
-constexpr Seconds greatestLength{18};
-constexpr Seconds smallPause{0.12};
+// The end of an utterance takes time in proportion to its length, and a closing client waits about
+// 2 s for it. So long speech is cut: at a short pause after softMaxLength, anywhere after
+// maxLength.
+constexpr Seconds softMaxLength{10};
+constexpr Seconds maxLength{18};
+constexpr Seconds minCutPause{0.12};
 
 std::vector<std::string> textsOf(const std::vector<Word>& words) {
     std::vector<std::string> texts;
@@ -31,8 +31,9 @@ std::vector<std::string> textsOf(const std::vector<Word>& words) {
 
 }  // namespace
 
-UtteranceRecognizer::UtteranceRecognizer(Decoder& decoder, bool interimResults, Receiver receiver)
-    : decoder_(decoder), interimResults_(interimResults), receiver_(std::move(receiver)) {
+UtteranceRecognizer::UtteranceRecognizer(Decoder& decoder, bool interimResults,
+                                         UtteranceHandler onUtterance)
+    : decoder_(decoder), interimResults_(interimResults), onUtterance_(std::move(onUtterance)) {
     decoder_.startStream();
     decoder_.startUtterance();
 }
@@ -43,36 +44,36 @@ UtteranceRecognizer::~UtteranceRecognizer() {
 
 void UtteranceRecognizer::process(std::span<const std::int16_t> samples) {
     while (!samples.empty()) {
-        const std::size_t size = std::min(samples.size(), pieceSize);
-        processPiece(samples.first(size));
+        const std::size_t size = std::min(samples.size(), chunkSize);
+        processChunk(samples.first(size));
         samples = samples.subspan(size);
     }
 }
 
 void UtteranceRecognizer::finish() {
     if (isInSpeech_) {
-        endSpeech(Ending::request);
+        endSpeech(EndReason::request);
     }
 }
 
-void UtteranceRecognizer::processPiece(std::span<const std::int16_t> piece) {
-    decoder_.process(piece);
-    position_ += Seconds(static_cast<double>(piece.size()) / recognitionRate);
-    if (!decoder_.hearsSpeech()) {
+void UtteranceRecognizer::processChunk(std::span<const std::int16_t> chunk) {
+    decoder_.process(chunk);
+    position_ += Seconds(static_cast<double>(chunk.size()) / recognitionRate);
+    if (!decoder_.isInSpeech()) {
         if (isInSpeech_) {
-            endSpeech(Ending::pause);
+            endSpeech(EndReason::pause);
         }
         return;
     }
     if (!isInSpeech_) {
         startSpeech();
     }
-    if (position_ - lastLook_ >= interimInterval) {
-        lastLook_ = position_;
+    if (position_ - lastCheck_ >= interimInterval) {
+        lastCheck_ = position_;
         const Seconds length = position_ - speechStart_;
-        if (length >= greatestLength ||
-            (length >= comfortableLength && decoder_.trailingPause() >= smallPause)) {
-            endSpeech(Ending::cut);
+        if (length >= maxLength ||
+            (length >= softMaxLength && decoder_.trailingPause() >= minCutPause)) {
+            endSpeech(EndReason::cut);
         } else if (interimResults_) {
             reportInterim();
         }
@@ -81,8 +82,8 @@ void UtteranceRecognizer::processPiece(std::span<const std::int16_t> piece) {
 
 void UtteranceRecognizer::startSpeech() {
     isInSpeech_ = true;
-    speechStart_ = std::max(lastEnd_, position_ - Decoder::lookBehind);
-    lastLook_ = position_;
+    speechStart_ = std::max(lastEnd_, position_ - Decoder::preSpeech);
+    lastCheck_ = position_;
 }
 
 void UtteranceRecognizer::reportInterim() {
@@ -90,26 +91,26 @@ void UtteranceRecognizer::reportInterim() {
     addWords(utterance);
     if (std::vector<std::string> texts = textsOf(utterance.words); texts != lastInterim_) {
         lastInterim_ = std::move(texts);
-        receiver_(utterance);
+        onUtterance_(utterance);
     }
 }
 
-void UtteranceRecognizer::endSpeech(Ending ending) {
+void UtteranceRecognizer::endSpeech(EndReason reason) {
     decoder_.endUtterance();
     Utterance utterance;
     addWords(utterance);
     utterance.isFinal = true;
-    utterance.isSpeechFinal = ending != Ending::cut;
-    utterance.isFromFinalize = ending == Ending::request;
-    // A noise that had words for a moment needs their withdrawal; any other is nobody's business.
-    const bool isWorthTelling = !utterance.words.empty() || !lastInterim_.empty();
+    utterance.isSpeechFinal = reason != EndReason::cut;
+    utterance.isFromFinalize = reason == EndReason::request;
+    // An empty final utterance withdraws interim words. Without interim words nobody needs it.
+    const bool mustReport = !utterance.words.empty() || !lastInterim_.empty();
     lastInterim_.clear();
     lastEnd_ = position_;
     isInSpeech_ = false;
-    isContinuation_ = ending == Ending::cut;
+    isContinuation_ = reason == EndReason::cut;
     decoder_.startUtterance();
-    if (isWorthTelling) {
-        receiver_(utterance);
+    if (mustReport) {
+        onUtterance_(utterance);
     }
 }
 

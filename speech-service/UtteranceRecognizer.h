@@ -10,44 +10,44 @@
 
 namespace tarvik::service {
 
-/// Finds the utterances in one stream of audio and has them decoded while they are spoken.
+/// Splits one stream of audio into utterances and decodes them during the speech.
 ///
-/// Any one thread at a time; the receiver is called on it, inside process and finish.
+/// One thread at a time. The handler is called on that thread, inside process() and finish().
 class UtteranceRecognizer {
   public:
-    using Receiver = std::function<void(const Utterance&)>;
+    using UtteranceHandler = std::function<void(const Utterance&)>;
 
-    /// `decoder` must outlive the recognizer, which leaves it ready for another stream.
-    UtteranceRecognizer(Decoder& decoder, bool interimResults, Receiver receiver);
+    /// `decoder` must outlive the recognizer and is ready for another stream after it.
+    UtteranceRecognizer(Decoder& decoder, bool interimResults, UtteranceHandler onUtterance);
     ~UtteranceRecognizer();
     UtteranceRecognizer(const UtteranceRecognizer&) = delete;
     UtteranceRecognizer& operator=(const UtteranceRecognizer&) = delete;
 
-    /// Listens to audio at recognitionRate. Yields a final utterance after each pause of half a
-    /// second, in long speech at a shorter pause too, and interim ones every half second between.
+    /// Decodes audio at recognitionRate. Reports a final utterance after each pause of 0.5 s; long
+    /// speech is cut at a shorter pause or at 18 s. Reports changed interim words every 0.5 s.
     void process(std::span<const std::int16_t> samples);
 
-    /// Yields what was spoken since the last final utterance, as a final one; if nothing was,
-    /// nothing. More audio may follow.
+    /// Reports the speech since the last final utterance, if any, as a final utterance. More audio
+    /// may follow.
     void finish();
 
   private:
-    enum class Ending { pause, cut, request };
+    enum class EndReason { pause, cut, request };
 
-    void processPiece(std::span<const std::int16_t> piece);
+    void processChunk(std::span<const std::int16_t> chunk);
     void startSpeech();
     void reportInterim();
-    void endSpeech(Ending ending);
+    void endSpeech(EndReason reason);
     void addWords(Utterance& utterance) const;
 
     Decoder& decoder_;
     bool interimResults_;
-    Receiver receiver_;
-    /// Audio heard so far.
+    UtteranceHandler onUtterance_;
+    /// The length of the audio so far.
     Seconds position_{};
     Seconds lastEnd_{};
     Seconds speechStart_{};
-    Seconds lastLook_{};
+    Seconds lastCheck_{};
     bool isInSpeech_ = false;
     bool isContinuation_ = false;
     std::vector<std::string> lastInterim_;

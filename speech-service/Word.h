@@ -6,7 +6,7 @@
 
 namespace tarvik::service {
 
-/// One word that was heard, in lower case and without any mark-up.
+/// One recognized word, in lower case and without markup.
 struct Word {
     std::string text;
     Seconds start{};

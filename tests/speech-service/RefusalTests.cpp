@@ -125,7 +125,7 @@ TEST_F(Refusal, OfAConnectionWithoutTlsLeavesTheServiceAlive) {
 
 TEST(Service, RefusesMoreStreamsThanItServes) {
     ServerOptions options;
-    options.mostStreams = 1;
+    options.maxStreams = 1;
     RunningServer server(options);
     ListenClient first(server.port(), server.authority());
     ASSERT_TRUE(first.openAt(16000));

@@ -1,0 +1,22 @@
+#pragma once
+
+#include <boost/asio/ssl/context.hpp>
+#include <memory>
+
+#include "speech-service/ConnectionRegistry.h"
+#include "speech-service/DecoderPool.h"
+#include "speech-service/ServerOptions.h"
+
+namespace tarvik::service {
+
+/// The state that the connections of one server share.
+struct ServerContext {
+    boost::asio::ssl::context tls;
+    ServerOptions options;
+    std::shared_ptr<DecoderPool> decoders;
+    ConnectionRegistry streams;
+    /// The connections that have not become a stream yet.
+    ConnectionRegistry connections;
+};
+
+}  // namespace tarvik::service
