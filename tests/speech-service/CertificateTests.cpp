@@ -2,22 +2,18 @@
 #include <openssl/x509_vfy.h>
 #include <sys/stat.h>
 
-#include <fstream>
 #include <thread>
 
 #include "speech-service/CertificateFactory.h"
 #include "speech-service/CertificateStore.h"
-#include "tests/speech-service/TemporaryDirectory.h"
+#include "tests/support/TemporaryFolder.h"
 
 namespace tarvik::service {
 
 namespace {
 
 namespace filesystem = std::filesystem;
-
-void replace(const filesystem::path& path, const std::string& content) {
-    std::ofstream(path, std::ios::binary | std::ios::trunc) << content;
-}
+using tests::contentOf;
 
 mode_t modeOf(const filesystem::path& path) {
     struct stat status {};
@@ -48,10 +44,10 @@ int verify(X509* authority, X509* certificate, const char* host, const char* add
 class Certificates : public testing::Test {
   protected:
     CertificateFiles prepare() { return prepareCertificates(state()).value(); }
-    filesystem::path state() const { return directory_.path() / "state" / "service"; }
+    filesystem::path state() const { return folder_ / "state" / "service"; }
 
   private:
-    TemporaryDirectory directory_;
+    tests::TemporaryFolder folder_;
 };
 
 TEST_F(Certificates, AreTrustedForEveryNameOfThisComputer) {
@@ -130,7 +126,7 @@ TEST_F(Certificates, AreRenewedByTheSameAuthorityWhenTheyEndSoon) {
     constexpr long tenDays = 10 * 24 * 60 * 60;
     X509_gmtime_adj(X509_getm_notAfter(old.certificate.get()), tenDays);
     X509_sign(old.certificate.get(), trusted.key.get(), EVP_sha256());
-    replace(files.server, pemOf(old.certificate));
+    tests::putFile(files.server, pemOf(old.certificate));
     prepare();
     const Identity renewed = identityFromPem(contentOf(files.server), contentOf(files.serverKey));
     EXPECT_TRUE(isUsable(renewed));
@@ -140,7 +136,7 @@ TEST_F(Certificates, AreRenewedByTheSameAuthorityWhenTheyEndSoon) {
 
 TEST_F(Certificates, AreMadeAnewAndKeptBesideWhenDamaged) {
     const CertificateFiles files = prepare();
-    replace(files.authority, "not a certificate");
+    tests::putFile(files.authority, "not a certificate");
     prepare();
     const Identity authority =
         identityFromPem(contentOf(files.authority), contentOf(files.authorityKey));

@@ -7,7 +7,7 @@
 namespace tarvik::service {
 
 RunningServer::RunningServer(ServerOptions options)
-    : certificates_(prepareCertificates(directory_.path()).value()),
+    : certificates_(prepareCertificates(folder_.path()).value()),
       server_(Server::create(context_, options, certificates_).value()),
       thread_([this] { context_.run(); }) {}
 

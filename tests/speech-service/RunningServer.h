@@ -6,7 +6,7 @@
 #include <thread>
 
 #include "speech-service/Server.h"
-#include "tests/speech-service/TemporaryDirectory.h"
+#include "tests/support/TemporaryFolder.h"
 
 namespace tarvik::service {
 
@@ -26,7 +26,7 @@ class RunningServer {
     void join();
 
   private:
-    TemporaryDirectory directory_;
+    tests::TemporaryFolder folder_;
     CertificateFiles certificates_;
     boost::asio::io_context context_{1};
     std::unique_ptr<Server> server_;

@@ -5,7 +5,7 @@
 #include <iterator>
 #include <stdexcept>
 
-#include "tests/speech-service/TemporaryDirectory.h"
+#include "tests/support/TemporaryFolder.h"
 
 namespace tarvik::service {
 
@@ -20,9 +20,9 @@ void run(const std::string& command) {
 }  // namespace
 
 Audio speech(const std::string& text, int rate, double lead, double tail) {
-    const TemporaryDirectory folder;
-    const std::string spoken = (folder.path() / "spoken.wav").string();
-    const std::string converted = (folder.path() / "converted.raw").string();
+    const tests::TemporaryFolder folder;
+    const std::string spoken = (folder / "spoken.wav").string();
+    const std::string converted = (folder / "converted.raw").string();
     run("flite -voice slt -t '" + text + "' -o " + spoken);
     run("sox -D " + spoken + " -t raw -e signed -b 16 -c 1 -r " + std::to_string(rate) + " " +
         converted + " pad " + std::to_string(lead) + " " + std::to_string(tail));

@@ -62,6 +62,10 @@ TestProcess::TestProcess(const std::vector<std::string>& command, const Options&
     if (options.isErrorOutputDropped) {
         posix_spawn_file_actions_addopen(&actions, STDERR_FILENO, "/dev/null", O_WRONLY, 0);
     }
+    if (options.isErrorOutputRead) {
+        posix_spawn_file_actions_adddup2(&actions, output[1], STDERR_FILENO);
+        posix_spawn_file_actions_addopen(&actions, STDOUT_FILENO, "/dev/null", O_WRONLY, 0);
+    }
     std::vector<std::string> words = command;
     std::vector<std::string> variables = environmentWith(options.environment);
     const int error = posix_spawnp(&identifier_, words[0].c_str(), &actions, nullptr,

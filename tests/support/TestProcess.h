@@ -19,6 +19,9 @@ class TestProcess {
         std::vector<std::string> environment = {};
         /// Whether standard error is discarded. Otherwise the program writes to the test's.
         bool isErrorOutputDropped = false;
+        /// Whether the output that is read here is its standard error; its standard output goes
+        /// nowhere then.
+        bool isErrorOutputRead = false;
     };
 
     /// Starts a program. The first word of `command` is the program's name, searched in PATH.
