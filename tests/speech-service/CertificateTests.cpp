@@ -21,7 +21,7 @@ mode_t modeOf(const filesystem::path& path) {
     return status.st_mode & 0777;
 }
 
-/// Verifies as a client does; 0 means trusted, anything else is OpenSSL's reason.
+/// Verifies a certificate like a client. X509_V_OK, or the reason as OpenSSL's error.
 int verify(X509* authority, X509* certificate, const char* host, const char* address) {
     const std::unique_ptr<X509_STORE, OpenSslDeleter<X509_STORE_free>> store(X509_STORE_new());
     X509_STORE_add_cert(store.get(), authority);

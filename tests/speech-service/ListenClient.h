@@ -16,7 +16,7 @@
 
 namespace tarvik::service {
 
-/// A message of the service, as far as tests look at it.
+/// The fields of a service message that tests check.
 struct Message {
     std::string type;
     std::string transcript;
@@ -29,24 +29,24 @@ struct Message {
     std::vector<double> wordStarts;
 };
 
-/// Reads a message; throws when it does not have the promised shape.
+/// Parses a message. Throws when a field is missing or has another type.
 Message parseMessage(const std::string& json);
 
-/// A client that trusts one authority only and waits for each thing it does.
+/// A blocking client that trusts one authority only. Operations throw on an error.
 class ListenClient {
   public:
-    /// Connects to localhost and secures the connection.
+    /// Connects to localhost and does the TLS handshake.
     ListenClient(std::uint16_t port, const std::filesystem::path& authority);
 
-    /// Opens a stream. True when the service accepted; its reply is in response() either way.
+    /// Opens a stream. True when the service accepts; response() has the response in both cases.
     bool open(const std::string& target, const std::string& subprotocols = "token, a key");
 
     /// Opens a stream for audio at `rate`, with interim results and punctuation.
     bool openAt(int rate);
 
-    /// Sends a plain request, or these bytes in the place of one, and reads the answer into
-    /// response().
+    /// Sends a request without an upgrade and reads the response into response().
     void request(const std::string& target);
+    /// Sends `bytes` in place of a request and reads the response into response().
     void requestByBytes(const std::string& bytes);
 
     const boost::beast::http::response<boost::beast::http::string_body>& response() const {
@@ -58,13 +58,13 @@ class ListenClient {
     /// Sends audio in messages of `messageSize` bytes.
     void sendAudio(const Audio& audio, std::size_t messageSize = 4096);
 
-    /// The next message, or none once the service has closed the stream.
+    /// The next message. Empty after the service has closed the stream.
     std::optional<Message> receive();
 
     /// All messages until the service closes the stream.
     std::vector<Message> receiveAll();
 
-    /// How the service closed.
+    /// The code and the reason of the service's close frame.
     const boost::beast::websocket::close_reason& closeReason() const { return socket_.reason(); }
 
   private:

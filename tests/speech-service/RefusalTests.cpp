@@ -36,7 +36,7 @@ class Refusal : public testing::Test {
     RunningServer server_;
 };
 
-/// Counts the lines on standard error while it lives, in the place of printing them.
+/// Counts the lines on std::cerr instead of printing them, until its destruction.
 class LineCounter : private std::streambuf {
   public:
     LineCounter() : before_(std::cerr.rdbuf(this)) {}
@@ -56,14 +56,14 @@ class LineCounter : private std::streambuf {
     std::atomic<int> lines_ = 0;
 };
 
-/// The descriptor that is opened next.
+/// The number of the next descriptor.
 int lowestFreeDescriptor() {
     const int lowest = dup(STDERR_FILENO);
     close(lowest);
     return lowest;
 }
 
-/// While it lives, this process can open nothing more.
+/// Keeps this process from opening descriptors until its destruction.
 class NoMoreDescriptors {
   public:
     NoMoreDescriptors() {
@@ -135,19 +135,19 @@ TEST(Service, RefusesMoreStreamsThanItServes) {
 }
 
 TEST(Service, WaitsBetweenAttemptsWhileItCanAcceptNothing) {
-    // Stands in for the standard error stream for as long as the server's thread may write to it.
+    // Outlives the server, whose thread writes to std::cerr.
     const LineCounter failures;
     RunningServer server;
     const int unused = lowestFreeDescriptor();
     {
-        // The decoder's files are read by now.
+        // A stream that has ended has loaded the decoder, so no file is needed later.
         ListenClient first(server.port(), server.authority());
         ASSERT_TRUE(first.openAt(16000));
         first.sendText(R"({"type":"CloseStream"})");
         EXPECT_EQ(first.receiveAll().size(), 1U);
     }
-    // The service has to be done with it, too: a sanitizer opens descriptors where it looks at
-    // memory.
+    // Waits until the service has closed its end of the stream, too. A sanitizer opens descriptors
+    // to inspect memory, and needs some that are free.
     while (lowestFreeDescriptor() > unused) {
         std::this_thread::yield();
     }

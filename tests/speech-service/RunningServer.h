@@ -10,7 +10,7 @@
 
 namespace tarvik::service {
 
-/// The service on a free port, on a thread of its own, for as long as the object lives.
+/// A server on a free port and a thread of its own. The destructor stops the server.
 class RunningServer {
   public:
     explicit RunningServer(ServerOptions options = {});
@@ -19,10 +19,10 @@ class RunningServer {
     std::uint16_t port() const { return server_->port(); }
     const std::filesystem::path& authority() const { return certificates_.authority; }
 
-    /// Has the service end, from another thread than its own.
+    /// Makes the server stop. Any thread.
     void stop();
 
-    /// Waits until it has ended.
+    /// Waits for the end of the server. Harmless when repeated.
     void join();
 
   private:

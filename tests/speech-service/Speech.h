@@ -8,11 +8,11 @@ namespace tarvik::service {
 
 using Audio = std::vector<std::uint8_t>;
 
-/// `text` spoken by a synthetic voice, as mono linear16 at `rate`, with `lead` seconds of silence
-/// before and `tail` after. Throws when the voice or the converter is not installed.
+/// `text` in a synthetic voice, as mono linear16 at `rate` hertz. `lead` and `tail` are the seconds
+/// of silence before and after. Throws when flite or sox fails.
 Audio speech(const std::string& text, int rate, double lead, double tail);
 
-/// Silence as mono linear16.
+/// Silence as mono linear16 at `rate` hertz.
 Audio silence(int rate, double seconds);
 
 }  // namespace tarvik::service

@@ -29,7 +29,7 @@ TEST_F(Stream, SelectsTheTokenSubprotocol) {
 TEST_F(Stream, AnswersEverythingThatWasSpokenAndThenClosesWith1000) {
     ListenClient client(server_.port(), server_.authority());
     ASSERT_TRUE(client.openAt(16000));
-    // The speech runs up to the closing, without a pause that would end the utterance.
+    // No pause ends the utterance before the close.
     client.sendAudio(speech("thank you for your letter", 16000, 0.3, 0));
     client.sendText(closeStream);
     const std::vector<Message> messages = client.receiveAll();
@@ -218,7 +218,7 @@ TEST_F(Stream, ServesSeveralAtOnce) {
             EXPECT_TRUE(client.openAt(16000));
             client.sendAudio(speech(sentences[i], 16000, 0.3, 1));
             std::vector<Message> messages{client.receive().value()};
-            // A service that takes one after the other would leave one without an answer here.
+            // A service that served one client after another would leave one client waiting here.
             everybodyIsUnderstood.arrive_and_wait();
             client.sendText(closeStream);
             const std::vector<Message> rest = client.receiveAll();
@@ -286,7 +286,7 @@ TEST(IdleStream, IsAnsweredAndClosedWith1011) {
 
 class SparseStream : public testing::Test {
   protected:
-    /// Does `work` ten times in half as long again as a stream may be idle, then ends the stream.
+    /// Calls `work` ten times within 1.5 idle timeouts, and then ends the stream.
     void expectItStaysOpenWith(const std::function<void(ListenClient&)>& work) {
         ListenClient client(server_.port(), server_.authority());
         ASSERT_TRUE(client.openAt(16000));
@@ -302,7 +302,7 @@ class SparseStream : public testing::Test {
     }
 
   private:
-    // Long enough for a machine that stands still for a second.
+    // Long enough for a test process that stands still for a second.
     static constexpr std::chrono::milliseconds idleTimeout{2000};
     RunningServer server_{closingAfter(idleTimeout)};
 };
