@@ -101,6 +101,7 @@ void Connection::startCloseTimer() {
         return;
     }
     closeTimer_.expires_after(closeTimeout_);
+    // A strong reference: the task may release the connection before the close handshake ends.
     closeTimer_.async_wait([self = shared_from_this()](const error_code& error) {
         if (!error) {
             self->abort();

@@ -9,8 +9,8 @@ namespace {
 
 using Kind = platform::WebSocketMessage::Kind;
 
-constexpr std::string_view acceptance = "HTTP/1.1 101";
-constexpr std::string_view headEnd = "\r\n\r\n";
+constexpr std::string_view upgradeStatus = "HTTP/1.1 101";
+constexpr std::string_view headerEnd = "\r\n\r\n";
 
 // RFC 6455, 5.2.
 constexpr unsigned char opcodeMask = 0x0F;
@@ -53,17 +53,17 @@ void FrameKinds::process(std::span<unsigned char> bytes) {
 
 void FrameKinds::processHandshake(unsigned char byte) {
     const auto character = static_cast<char>(byte);
-    if (statusLine_.size() < acceptance.size()) {
+    if (statusLine_.size() < upgradeStatus.size()) {
         statusLine_.push_back(character);
     }
-    if (character == headEnd[lineEndMatched_]) {
+    if (character == headerEnd[lineEndMatched_]) {
         ++lineEndMatched_;
     } else {
-        lineEndMatched_ = character == headEnd.front() ? 1 : 0;
+        lineEndMatched_ = character == headerEnd.front() ? 1 : 0;
     }
-    if (lineEndMatched_ == headEnd.size()) {
+    if (lineEndMatched_ == headerEnd.size()) {
         // The body of a refusal has no frames.
-        part_ = statusLine_ == acceptance ? Part::firstByte : Part::notFrames;
+        part_ = statusLine_ == upgradeStatus ? Part::firstByte : Part::notFrames;
     }
 }
 

@@ -15,7 +15,7 @@ using boost::system::error_code;
 // The "Connection Attempt Delay" that RFC 8305 recommends.
 constexpr std::chrono::milliseconds attemptDelay{250};
 
-std::vector<tcp::endpoint> withFamiliesInTurns(const std::vector<tcp::endpoint>& endpoints) {
+std::vector<tcp::endpoint> withAlternatingFamilies(const std::vector<tcp::endpoint>& endpoints) {
     std::vector<tcp::endpoint> preferred;
     std::vector<tcp::endpoint> others;
     for (const tcp::endpoint& endpoint : endpoints) {
@@ -37,7 +37,7 @@ std::vector<tcp::endpoint> withFamiliesInTurns(const std::vector<tcp::endpoint>&
 }  // namespace
 
 HappyEyeballs::HappyEyeballs(boost::asio::io_context& context, std::vector<tcp::endpoint> endpoints)
-    : context_(context), endpoints_(withFamiliesInTurns(endpoints)), attemptTimer_(context) {
+    : context_(context), endpoints_(withAlternatingFamilies(endpoints)), attemptTimer_(context) {
     // The addresses of the sockets must not change during their operations.
     attempts_.reserve(endpoints_.size());
 }
