@@ -74,13 +74,15 @@ void PollLoop::post(std::function<void()> task) {
     eventfd_write(wakeUp_.number(), 1);
 }
 
-void PollLoop::run(const std::function<int()>& drain) {
+void PollLoop::run(const std::function<void()>& beforeSleep) {
     while (!quits_) {
         runTasks();
         runDeadlines();
-        const int drained = drain && !quits_ ? drain() : -1;
+        if (beforeSleep && !quits_) {
+            beforeSleep();
+        }
         if (!quits_) {
-            sleep(drained);
+            sleep();
         }
     }
     quits_ = false;
@@ -97,10 +99,10 @@ void PollLoop::runTasks() {
     }
 }
 
-void PollLoop::sleep(int drained) {
+void PollLoop::sleep() {
     // An own reference to each watch: a callback may end any of them.
     const std::vector<std::shared_ptr<Watched>> watched = watched_;
-    std::vector<pollfd> awaited{{wakeUp_.number(), POLLIN, 0}, {drained, POLLIN, 0}};
+    std::vector<pollfd> awaited{{wakeUp_.number(), POLLIN, 0}};
     const std::size_t firstWatched = awaited.size();
     for (const auto& entry : watched) {
         awaited.push_back({entry->descriptor, entry->events, 0});

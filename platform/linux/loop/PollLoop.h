@@ -27,10 +27,11 @@ class PollLoop final : public EventLoop {
     void post(std::function<void()> task) override;
 
     /// Runs until quit(), and can be called again after it. Before each sleep the loop calls
-    /// `drain`, if there is one. `drain` returns a descriptor whose input ends the sleep, or -1.
-    void run(const std::function<int()>& drain = {});
+    /// `beforeSleep`, if there is one: for a library that reads ahead, so that its descriptor does
+    /// not tell of everything that has come.
+    void run(const std::function<void()>& beforeSleep = {});
 
-    /// Ends run() after the current task, action or `drain`. Loop thread.
+    /// Ends run() after the current task, action or `beforeSleep`. Loop thread.
     void quit() { quits_ = true; }
 
   private:
@@ -39,7 +40,7 @@ class PollLoop final : public EventLoop {
 
     void onDeadlinesChanged() override {}
     void runTasks();
-    void sleep(int drained);
+    void sleep();
 
     std::mutex mutex_;
     std::deque<std::function<void()>> tasks_;

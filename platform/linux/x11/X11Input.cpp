@@ -1,11 +1,11 @@
 #include "platform/linux/x11/X11Input.h"
 
-#include <pthread.h>
-#include <signal.h>
+#include <poll.h>
 
 #include <chrono>
 #include <utility>
 
+#include "platform/linux/loop/Thread.h"
 #include "platform/linux/x11/X11Session.h"
 
 namespace tarvik::linuxdesktop {
@@ -26,15 +26,9 @@ X11Input::X11Input(platform::MainQueue& mainQueue, platform::Log& log,
       log_(log),
       listener_(std::make_shared<std::weak_ptr<HotKeyListener>>(std::move(listener))),
       onLift_(std::move(onLift)) {
-    std::promise<void> connected;
-    const std::future<void> isReady = connected.get_future();
-    // The signals of the process are the main thread's business.
-    sigset_t everySignal;
-    sigset_t before;
-    sigfillset(&everySignal);
-    pthread_sigmask(SIG_SETMASK, &everySignal, &before);
-    thread_ = std::thread(&X11Input::run, this, std::move(connected));
-    pthread_sigmask(SIG_SETMASK, &before, nullptr);
+    const auto connected = std::make_shared<std::promise<void>>();
+    const std::future<void> isReady = connected->get_future();
+    thread_ = startThread("input", [this, connected] { run(*connected); });
     if (isReady.wait_for(serverTimeout) != std::future_status::ready) {
         log.write("TarvikDictate: the X server does not answer");
     }
@@ -55,7 +49,7 @@ std::optional<std::string> X11Input::refusal() const {
     return hasAnswered_ && !refusal_.empty() ? std::optional(refusal_) : std::nullopt;
 }
 
-void X11Input::run(std::promise<void> connected) {
+void X11Input::run(std::promise<void>& connected) {
     XcbConnector::Connected opened = connector_.connect();
     if (!opened) {
         refusal_ = opened.error().localizedDescription;
@@ -78,11 +72,14 @@ void X11Input::run(std::promise<void> connected) {
                         [number, reason](HotKeyListener& to) { to.onLost(number, reason); });
                 }},
             onLift_, frontProcess_);
+        // The events themselves are read before the next sleep.
+        watch_ = loop_.watch(connection_->descriptor(), POLLIN, [] {});
         isConnected_ = true;
     }
     hasAnswered_ = true;
     connected.set_value();
-    loop_.run([this] { return drain(); });
+    loop_.run([this] { drain(); });
+    watch_.reset();
     session_.reset();
     ended_.set_value();
 }
@@ -97,13 +94,13 @@ void X11Input::tellListener(std::function<void(HotKeyListener&)> event) {
     });
 }
 
-int X11Input::drain() {
+void X11Input::drain() {
     if (session_ && !session_->drain()) {
         log_.write("TarvikDictate: the X server is gone");
         isConnected_ = false;
+        watch_.reset();
         session_.reset();
     }
-    return session_ ? connection_->descriptor() : -1;
 }
 
 void X11Input::finish() {

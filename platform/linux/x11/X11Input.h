@@ -58,8 +58,8 @@ class X11Input final : public HotKeyMeans, public TypingMeans, public FrontMeans
     std::optional<platform::ProcessIdentifier> frontmostProcess() const override;
 
   private:
-    void run(std::promise<void> connected);
-    int drain();
+    void run(std::promise<void>& connected);
+    void drain();
     void finish();
     void dropHotKey(HotKeyNumber number);
     void tellListener(std::function<void(HotKeyListener&)> event);
@@ -82,6 +82,7 @@ class X11Input final : public HotKeyMeans, public TypingMeans, public FrontMeans
     std::atomic<XcbConnection*> waitedFor_ = nullptr;
     std::unique_ptr<XcbConnection> connection_;
     std::unique_ptr<X11Session> session_;
+    std::unique_ptr<EventLoop::Watch> watch_;
     std::promise<void> ended_;
     std::thread thread_;
 };

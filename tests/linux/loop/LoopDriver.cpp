@@ -21,7 +21,6 @@ class PollLoopDriver final : public LoopDriver {
             if (!condition()) {
                 loop_.quit();
             }
-            return -1;
         });
     }
 
