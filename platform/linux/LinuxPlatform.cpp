@@ -15,7 +15,9 @@ LinuxPlatform::LinuxPlatform(int& argumentCount, char** arguments, InstanceClaim
       loginItem_(bundle_.bundlePath()),
       input_(mainQueue_, log_),
       accessibility_(
-          log_, [this] { return input_.frontmostProcess(); }, [this] { return input_.canType(); }),
+          log_,
+          {[this] { return input_.frontmostProcess(); }, [this] { return input_.canType(); },
+           [this](platform::ProcessIdentifier process) { return input_.isTypingInto(process); }}),
       audio_(mainQueue_, log_),
       webSockets_(log_),
       workspace_([this] { return input_.frontmostProcess(); }, taskLauncher_, clock_, log_),
@@ -57,7 +59,7 @@ namespace tarvik::platform {
 
 namespace {
 
-constexpr Seconds patienceWithOthers(2);
+constexpr Seconds instanceTimeout(2);
 
 std::string variable(const char* name) {
     const char* value = std::getenv(name);
@@ -70,7 +72,7 @@ std::unique_ptr<Platform> makePlatform(int& argumentCount, char** arguments) {
     using linuxdesktop::InstanceClaim;
     // Qt takes these out of the environment when it starts.
     InstanceClaim claim = linuxdesktop::claimInstance(
-        {variable("DESKTOP_STARTUP_ID"), variable("XDG_ACTIVATION_TOKEN")}, patienceWithOthers);
+        {variable("DESKTOP_STARTUP_ID"), variable("XDG_ACTIVATION_TOKEN")}, instanceTimeout);
     if (claim.role == InstanceClaim::Role::second) {
         std::fputs("TarvikDictate: it runs already and comes forward\n", stderr);
         std::exit(EXIT_SUCCESS);

@@ -64,6 +64,14 @@ class Insertion(DictationTest):
         stream.say("three.")
         self.check_written(target, "One two three.")
 
+    def test_a_piece_that_has_to_be_typed_is_not_overtaken(self):
+        """D-Bus carries no null character, so accessibility refuses the second piece."""
+        target = self.start_target("gtk3")
+        stream = self.dictate(self.service, "One.")
+        for piece in ("Two\0two.", "Three.", "Four."):
+            stream.say(piece)
+        target.wait_for_text("One. Twotwo. Three. Four.")
+
     def test_a_selection_in_a_gtk3_entry_is_replaced(self):
         self.check_selection("gtk3", "entry")
 

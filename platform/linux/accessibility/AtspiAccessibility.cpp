@@ -16,11 +16,8 @@ class SystemWideElement final : public platform::AXUIElement {};
 
 }  // namespace
 
-AtspiAccessibility::AtspiAccessibility(platform::Log& log, ProcessInFront processInFront,
-                                       CanType canType)
-    : processInFront_(std::move(processInFront)),
-      canType_(std::move(canType)),
-      worker_(std::make_unique<AccessibilityWorker>(log)) {}
+AtspiAccessibility::AtspiAccessibility(platform::Log& log, Input input)
+    : input_(std::move(input)), worker_(std::make_unique<AccessibilityWorker>(log)) {}
 
 AtspiAccessibility::~AtspiAccessibility() = default;
 
@@ -48,7 +45,7 @@ platform::AXError AtspiAccessibility::copyAttributeValue(const platform::AXUIEle
         worker_->connect();
         return platform::axErrorAPIDisabled;
     }
-    std::optional<platform::ProcessIdentifier> process = processInFront_();
+    std::optional<platform::ProcessIdentifier> process = input_.frontmostProcess();
     if (!process) {
         process = focus->activeProcess;
     }
@@ -75,7 +72,8 @@ platform::AXError AtspiAccessibility::setAttributeValue(const platform::AXUIElem
     if (target->application->isGone) {
         return platform::axErrorInvalidUIElement;
     }
-    if (target->application->isUnreliable) {
+    const auto process = target->application->process();
+    if (target->application->isUnreliable || (process && input_.isTypingInto(*process))) {
         return platform::axErrorCannotComplete;
     }
     return worker_->write(target, text);
@@ -86,7 +84,7 @@ bool AtspiAccessibility::isProcessTrusted() {
         worker_->connect();
         return false;
     }
-    return worker_->state().isEnabled && canType_();
+    return worker_->state().isEnabled && input_.canType();
 }
 
 bool AtspiAccessibility::isProcessTrustedWithOptions(bool prompt) {

@@ -22,15 +22,20 @@ class AccessibilityWorker;
 /// line in the log and is joined again when it is back.
 class AtspiAccessibility final : public platform::Accessibility {
   public:
-    /// The process whose window has the keyboard, as the display knows it; empty when unknown.
-    /// Called on the main thread; does not block.
-    using ProcessInFront = std::function<std::optional<platform::ProcessIdentifier>()>;
-    /// Whether keys can be typed into other programs. Called on the main thread; does not block.
-    using CanType = std::function<bool()>;
+    /// What the desktop's input answers, on the main thread and without blocking.
+    struct Input {
+        /// The process whose window has the keyboard; empty when unknown. The program that last
+        /// activated a window then counts as the process in front.
+        std::function<std::optional<platform::ProcessIdentifier>()> frontmostProcess;
+        /// Whether keys can be typed into other programs.
+        std::function<bool()> canType;
+        /// Whether text for the process is on its way by typing. A write would overtake that text,
+        /// so the write is refused, and its text is typed as well.
+        std::function<bool(platform::ProcessIdentifier)> isTypingInto;
+    };
 
-    /// `log` outlives this object. While `processInFront` returns nothing, the program that last
-    /// activated a window counts as the process in front.
-    AtspiAccessibility(platform::Log& log, ProcessInFront processInFront, CanType canType);
+    /// `log` outlives this object.
+    AtspiAccessibility(platform::Log& log, Input input);
     /// Ends the thread. Blocks until its current request is done.
     ~AtspiAccessibility() override;
 
@@ -51,8 +56,7 @@ class AtspiAccessibility final : public platform::Accessibility {
     bool isProcessTrustedWithOptions(bool prompt) override;
 
   private:
-    ProcessInFront processInFront_;
-    CanType canType_;
+    Input input_;
     std::unique_ptr<AccessibilityWorker> worker_;
 };
 

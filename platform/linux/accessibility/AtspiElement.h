@@ -27,10 +27,19 @@ class AtspiApplication {
     /// The program has left the bus. Any thread.
     std::atomic<bool> isGone = false;
 
-    /// Empty until the bus has replied. The bus's thread only.
-    std::optional<platform::ProcessIdentifier> process;
+    /// Empty until the bus has replied. Any thread.
+    std::optional<platform::ProcessIdentifier> process() const {
+        const platform::ProcessIdentifier known = process_;
+        return known > 0 ? std::optional(known) : std::nullopt;
+    }
+    /// The bus's thread only.
+    void setProcess(platform::ProcessIdentifier process) { process_ = process; }
+
     /// The program's toolkit; empty until the program has replied. The bus's thread only.
     std::string toolkit;
+
+  private:
+    std::atomic<platform::ProcessIdentifier> process_ = 0;
 };
 
 /// A widget of another program.

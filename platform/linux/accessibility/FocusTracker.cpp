@@ -80,7 +80,7 @@ void FocusTracker::scan() {
 
 void FocusTracker::scan(platform::ProcessIdentifier process) {
     for (const auto& [busName, program] : programs_) {
-        if (program.application->process == process) {
+        if (program.application->process() == process) {
             scanProgram(busName);
         }
     }
@@ -155,7 +155,7 @@ FocusTracker::Program& FocusTracker::program(const std::string& busName) {
               replyTimeout, [this, application = found.application](sd_bus_message* reply) {
                   std::uint32_t process = 0;
                   if (sd_bus_message_read(reply, "u", &process) > 0) {
-                      application->process = static_cast<platform::ProcessIdentifier>(process);
+                      application->setProcess(static_cast<platform::ProcessIdentifier>(process));
                       publish();
                   } else {
                       // The program left before this query, so no signal tells of its end.
@@ -251,14 +251,14 @@ void FocusTracker::publish() {
     // A process may be several programs on the bus. The one with the latest event counts.
     std::map<platform::ProcessIdentifier, std::uint64_t> latest;
     for (const auto& [busName, program] : programs_) {
-        const auto process = program.application->process;
+        const auto process = program.application->process();
         if (process && program.focus && program.sequence >= latest[*process]) {
             latest[*process] = program.sequence;
             snapshot->elements[*process] = program.focus;
         }
     }
     if (activeWindow_) {
-        snapshot->activeProcess = programs_.at(activeWindow_->owner).application->process;
+        snapshot->activeProcess = programs_.at(activeWindow_->owner).application->process();
     }
     onChange_(std::move(snapshot));
 }

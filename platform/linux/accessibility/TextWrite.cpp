@@ -211,7 +211,7 @@ AXError TextWrite::failWithoutReply() {
 
 AXError TextWrite::markUnreliable(const char* reason) {
     element_.application->isUnreliable = true;
-    const auto process = element_.application->process;
+    const auto process = element_.application->process();
     onUnreliable_("process " +
                   (process ? std::to_string(*process) : element_.application->busName) + " " +
                   reason + "; its text will be typed");

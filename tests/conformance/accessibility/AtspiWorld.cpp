@@ -43,7 +43,9 @@ AtspiWorld::AtspiWorld(std::string program, std::string widget)
 
 void AtspiWorld::restartService() {
     service_ = std::make_unique<linuxdesktop::AtspiAccessibility>(
-        log_, [this] { return processInFront; }, [] { return true; });
+        log_, linuxdesktop::AtspiAccessibility::Input{
+                  [this] { return processInFront; }, [] { return true; },
+                  [](platform::ProcessIdentifier) { return false; }});
     // Programs of some toolkits show themselves only while the switch is on.
     EXPECT_TRUE(
         becomesTrue([this] { return service_->isProcessTrustedWithOptions(true); }, Seconds(30)));

@@ -21,7 +21,9 @@ class AtspiFixture : public testing::Test {
 
     void startService() {
         service = std::make_unique<linuxdesktop::AtspiAccessibility>(
-            log, [this] { return processInFront; }, [this] { return canType; });
+            log, linuxdesktop::AtspiAccessibility::Input{
+                     [this] { return processInFront; }, [this] { return canType; },
+                     [this](platform::ProcessIdentifier process) { return process == typedInto; }});
     }
 
     /// The program in front from now on, with the focus in its field.
@@ -60,6 +62,7 @@ class AtspiFixture : public testing::Test {
     RecordingLog log;
     std::optional<platform::ProcessIdentifier> processInFront;
     bool canType = true;
+    std::optional<platform::ProcessIdentifier> typedInto;
     /// How long the last write took.
     Seconds lastDuration{0};
     std::unique_ptr<linuxdesktop::AtspiAccessibility> service;

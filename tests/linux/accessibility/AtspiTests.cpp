@@ -56,6 +56,18 @@ TEST_F(AtspiAccessibility, AnHonestProgramTakesTheText) {
     EXPECT_TRUE(log.lines().empty());
 }
 
+// Or the pieces would arrive in another order than they were said in.
+TEST_F(AtspiAccessibility, AProgramThatIsBeingTypedIntoIsNotWrittenTo) {
+    open("honest", "one");
+    typedInto = processInFront;
+    EXPECT_EQ(write(element, " three"), platform::axErrorCannotComplete);
+    EXPECT_LT(lastDuration, atOnce);
+    typedInto.reset();
+    EXPECT_EQ(write(element, " two"), platform::axErrorSuccess);
+    EXPECT_EQ(target->text(), "one two");
+    EXPECT_TRUE(log.lines().empty());
+}
+
 TEST_F(AtspiAccessibility, AProgramThatClaimsWhatItDidNotDoIsBelievedOnlyOnce) {
     open("liar", "as it was");
     EXPECT_NE(write(element, "text"), platform::axErrorSuccess);

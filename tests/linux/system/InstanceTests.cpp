@@ -18,13 +18,13 @@ using linuxdesktop::InstanceClaim;
 using platform::ApplicationAction;
 using Role = InstanceClaim::Role;
 
-constexpr Seconds patience(5);
-constexpr Seconds shortPatience(0.3);
+constexpr Seconds timeout(5);
+constexpr Seconds shortTimeout(0.3);
 
 class InstanceTest : public SessionBusTest {
   protected:
     linuxdesktop::ApplicationObject& startFirst() {
-        InstanceClaim claim = claimInstance({}, patience);
+        InstanceClaim claim = claimInstance({}, timeout);
         EXPECT_EQ(claim.role, Role::first);
         first.emplace(std::move(claim.bus), clock, log,
                       linuxdesktop::ApplicationObject::Handlers{
@@ -54,14 +54,14 @@ class InstanceTest : public SessionBusTest {
 
 TEST_F(InstanceTest, TheFirstOneGetsTheNameInMilliseconds) {
     const TimePoint start = clock.now();
-    EXPECT_EQ(claimInstance({}, patience).role, Role::first);
+    EXPECT_EQ(claimInstance({}, timeout).role, Role::first);
     EXPECT_LT((clock.now() - start).count(), 0.25);
 }
 
 TEST_F(InstanceTest, ASecondStartBringsTheFirstForwardAndHandsOverItsIds) {
     startFirst();
     const auto claimed = [&](linuxdesktop::StartupIds ids) {
-        return meanwhile([ids] { return claimInstance(ids, patience).role; });
+        return meanwhile([ids] { return claimInstance(ids, timeout).role; });
     };
     EXPECT_EQ(claimed({"launcher_TIME12", "token"}), Role::second);
     EXPECT_EQ(claimed({"", "token"}), Role::second);
@@ -95,7 +95,7 @@ TEST_F(InstanceTest, ActionsAreCarriedOutByNameAndUnknownOnesRefused) {
 
 TEST_F(InstanceTest, WithoutASessionBusThereIsNothingToClaim) {
     setenv("DBUS_SESSION_BUS_ADDRESS", "unix:path=/nowhere/bus", 1);
-    const InstanceClaim claim = claimInstance({}, patience);
+    const InstanceClaim claim = claimInstance({}, timeout);
     EXPECT_EQ(claim.role, Role::unknown);
     EXPECT_FALSE(claim.reason.empty());
 }
@@ -104,27 +104,27 @@ TEST_F(InstanceTest, ABusThatNeverAnswersIsWaitedForNoLongerThanAllowed) {
     const SilentBus silent(folder / "silent");
     setenv("DBUS_SESSION_BUS_ADDRESS", silent.address().c_str(), 1);
     const TimePoint start = clock.now();
-    EXPECT_EQ(claimInstance({}, shortPatience).role, Role::unknown);
+    EXPECT_EQ(claimInstance({}, shortTimeout).role, Role::unknown);
     EXPECT_LT((clock.now() - start).count(), 2.0);
 }
 
 TEST_F(InstanceTest, AnOwnerThatHangsIsReportedAfterAWhile) {
     // Nobody looks at what comes in here.
-    const InstanceClaim owner = claimInstance({}, patience);
+    const InstanceClaim owner = claimInstance({}, timeout);
     const TimePoint start = clock.now();
-    const InstanceClaim claim = claimInstance({}, shortPatience);
+    const InstanceClaim claim = claimInstance({}, shortTimeout);
     EXPECT_EQ(claim.role, Role::refused);
     EXPECT_FALSE(claim.reason.empty());
-    EXPECT_GE((clock.now() - start).count(), shortPatience.count());
+    EXPECT_GE((clock.now() - start).count(), shortTimeout.count());
     EXPECT_LT((clock.now() - start).count(), 2.0);
 }
 
 TEST_F(InstanceTest, AnOwnerThatIsSomethingElseIsReportedAtOnce) {
     linuxdesktop::MainLoop loop(clock);
-    const auto owner = claimInstance({}, patience).bus;
+    const auto owner = claimInstance({}, timeout).bus;
     // A connection that replies to what it does not know with an error.
     owner->attach(loop, [](const Error&) {});
-    EXPECT_EQ(meanwhile([] { return claimInstance({}, patience).role; }), Role::refused);
+    EXPECT_EQ(meanwhile([] { return claimInstance({}, timeout).role; }), Role::refused);
 }
 
 TEST_F(InstanceTest, AnOwnerThatEndsInsteadOfAnsweringIsReplaced) {
@@ -135,7 +135,7 @@ TEST_F(InstanceTest, AnOwnerThatEndsInsteadOfAnsweringIsReplaced) {
     // What the bus itself told the owner is out of the way first.
     while (sd_bus_process(owner.get(), nullptr) > 0) {
     }
-    auto claim = std::async(std::launch::async, [] { return claimInstance({}, patience); });
+    auto claim = std::async(std::launch::async, [] { return claimInstance({}, timeout); });
     pollfd waited{sd_bus_get_fd(owner.get()), POLLIN, 0};
     ASSERT_EQ(poll(&waited, 1, 10000), 1);
     owner.reset();
@@ -144,7 +144,7 @@ TEST_F(InstanceTest, AnOwnerThatEndsInsteadOfAnsweringIsReplaced) {
 
 TEST_F(InstanceTest, WhoeverResignsIsReplacedThoughItStillRuns) {
     startFirst().resign();
-    EXPECT_EQ(meanwhile([] { return claimInstance({}, patience).role; }), Role::first);
+    EXPECT_EQ(meanwhile([] { return claimInstance({}, timeout).role; }), Role::first);
     EXPECT_TRUE(reopenings.empty());
 }
 
