@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 #include "audio/AudioCapture.h"
 
 #include <utility>

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 #include "audio/PcmConversion.h"
 
 #include <bit>

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 #include "base/Text.h"
 
 #include <algorithm>

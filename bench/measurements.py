@@ -1,3 +1,5 @@
+# SPDX-License-Identifier: MIT
+
 """Measurements of the real application on a private desktop."""
 
 import contextlib

@@ -1,3 +1,5 @@
+# SPDX-License-Identifier: MIT
+
 """Takes samples until their median is known with enough certainty."""
 
 import math

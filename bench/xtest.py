@@ -1,3 +1,5 @@
+# SPDX-License-Identifier: MIT
+
 """Presses single keys through XTest, without the start of a program for each key."""
 
 import ctypes

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # Repeated builds by ccache. A packager's own CMAKE_CXX_COMPILER_LAUNCHER has precedence.
 if(NOT TARVIK_CCACHE OR CMAKE_CXX_COMPILER_LAUNCHER)
     return()

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # The libraries of the core and its tests, built from the sources that packaging/macos/install-packages
 # has unpacked. Homebrew's own builds serve one processor and no macOS older than the builder's.
 # Nothing is fetched here.

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # tarvik_package_option(OPTION TEXT PACKAGE...)
 # Declares an option that is on where every PACKAGE was found. An option that is switched on without
 # its packages is an error. TEXT says what the option builds.

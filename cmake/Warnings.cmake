@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # Warnings of every compiler. The presets make them errors, by CMAKE_COMPILE_WARNING_AS_ERROR.
 add_compile_options(
     -Wall -Wextra -Wpedantic

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 #include "hotkeys/ToggleHotkey.h"
 
 #include <array>

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 #include "insertion/InsertionStep.h"
 
 #include "insertion/Pasteboard.h"

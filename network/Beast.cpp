@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // The non-template parts of Asio and Beast, compiled once.
 #include <boost/asio/impl/src.hpp>
 #include <boost/asio/ssl/impl/src.hpp>

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 #include "network/TlsStream.h"
 
 #include <boost/asio/error.hpp>

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 #include "platform/Platform.h"
 
 #include <cstdlib>

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 #include "settings/Relaunch.h"
 
 namespace tarvik {

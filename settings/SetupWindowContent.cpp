@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 #include "base/BuildConstants.h"
 #include "settings/BundleVersion.h"
 #include "settings/KeychainStore.h"

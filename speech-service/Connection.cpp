@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 #include "speech-service/Connection.h"
 
 #include <boost/beast/http/read.hpp>

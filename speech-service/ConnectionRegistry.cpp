@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 #include "speech-service/ConnectionRegistry.h"
 
 namespace tarvik::service {

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 #include "speech-service/DecodeWorker.h"
 
 #include <algorithm>

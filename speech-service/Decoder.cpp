@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 #include "speech-service/Decoder.h"
 
 #include <pocketsphinx/pocketsphinx.h>

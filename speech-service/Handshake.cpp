@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 #include "speech-service/Handshake.h"
 
 #include <boost/beast/websocket/rfc6455.hpp>

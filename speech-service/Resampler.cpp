@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 #include "speech-service/Resampler.h"
 
 #include <samplerate.h>

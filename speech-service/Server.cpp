@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 #include "speech-service/Server.h"
 
 #include <boost/asio/steady_timer.hpp>

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 #include "speech-service/Stream.h"
 
 #include <boost/asio/buffer.hpp>

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 #include <boost/asio/io_context.hpp>
 #include <boost/asio/signal_set.hpp>
 #include <csignal>

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 #include "speech/DeepgramClient.h"
 
 #include <utility>

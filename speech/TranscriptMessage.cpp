@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 #include "speech/TranscriptMessage.h"
 
 #include <simdjson.h>

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 #include "usage/CTAWindowController.h"
 
 #include <string>

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 #include "usage/UsageTracker.h"
 
 #include <cstdlib>

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # "Tarvik Dictate.app": the executable, the information dictionary and the artwork.
 find_program(RSVG_CONVERT rsvg-convert REQUIRED)
 find_program(ICONUTIL iconutil REQUIRED)

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #pragma once
 
 #include <memory>
@@ -19,8 +20,8 @@ class TypingMeans;
 
 /// Hotkeys, typing and the process in front, each by the first means that serves this session.
 ///
-/// The session is asked what it offers, means by means, in the order of three tables. Each answer is
-/// one line in the log, with its reason. A service without a means refuses what it is asked for.
+/// The session is asked what it offers, means by means, in the order of three tables. Each answer
+/// is one line in the log, with its reason. A service without a means refuses what it is asked for.
 /// Main thread only, unless a line says otherwise.
 class DesktopInput {
   public:

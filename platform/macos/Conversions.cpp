@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 #include "platform/macos/Conversions.h"
 
 #include <algorithm>

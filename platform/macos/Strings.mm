@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 #import "platform/macos/Strings.h"
 
 #include "base/Text.h"

@@ -1,3 +1,5 @@
+# SPDX-License-Identifier: MIT
+
 """The application's windows as a screen reader sees them."""
 
 from bus import Bus, NoReply, checked_call

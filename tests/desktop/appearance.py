@@ -1,3 +1,5 @@
+# SPDX-License-Identifier: MIT
+
 """The appearance of a desktop: panel, light or dark colours, single or double resolution."""
 
 import dataclasses

@@ -1,3 +1,5 @@
+# SPDX-License-Identifier: MIT
+
 """Starts the unmodified application and reads its log."""
 
 import pathlib

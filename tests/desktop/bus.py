@@ -1,3 +1,5 @@
+# SPDX-License-Identifier: MIT
+
 """Calls over the D-Bus buses of a private desktop."""
 
 import gi

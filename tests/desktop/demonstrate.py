@@ -1,4 +1,5 @@
 #!/usr/bin/python3
+# SPDX-License-Identifier: MIT
 """Shows a dictation on a private desktop: the real application, service, hotkey and text editor.
 
 usage: demonstrate.py BINARIES FOLDER

@@ -1,3 +1,5 @@
+# SPDX-License-Identifier: MIT
+
 """A private desktop: X server, window manager, session bus, accessibility bus, sound server.
 
 Everything runs in its own folder and ends with it. Nothing of the user's session is visible to it or

@@ -1,3 +1,5 @@
+# SPDX-License-Identifier: MIT
+
 """The base class of the end-to-end tests, each with a private desktop and the real application."""
 
 import os

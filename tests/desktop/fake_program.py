@@ -1,3 +1,5 @@
+# SPDX-License-Identifier: MIT
+
 """A program that records its calls."""
 
 import os

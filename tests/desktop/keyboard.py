@@ -1,3 +1,5 @@
+# SPDX-License-Identifier: MIT
+
 """The keyboard of the private desktop. Keys are pressed through XTest, like those of a real one."""
 
 

@@ -1,3 +1,5 @@
+# SPDX-License-Identifier: MIT
+
 """Runs the project's own speech service, as a user would."""
 
 import subprocess

@@ -1,4 +1,5 @@
 #!/usr/bin/python3
+# SPDX-License-Identifier: MIT
 """Measures texts with the toolkit's own font metrics.
 
 Reads a JSON list of [text, points, weight, width] from standard input. `points` is null for the

@@ -1,3 +1,5 @@
+# SPDX-License-Identifier: MIT
+
 """The status icon's menu, read and clicked over D-Bus as a panel does."""
 
 import dataclasses

@@ -1,3 +1,5 @@
+# SPDX-License-Identifier: MIT
+
 """Feeds a virtual microphone: noise, and speech when a test asks for it."""
 
 import array

@@ -1,3 +1,5 @@
+# SPDX-License-Identifier: MIT
+
 """A private system bus with a mock of logind, which announces sleep and wake."""
 
 from bus import Bus, boolean

@@ -1,3 +1,5 @@
+# SPDX-License-Identifier: MIT
+
 """Finds the application's icon and its menu on a real panel."""
 
 import re

@@ -1,3 +1,5 @@
+# SPDX-License-Identifier: MIT
+
 """The processes on a private desktop, whichever process has started them."""
 
 import contextlib

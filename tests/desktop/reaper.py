@@ -1,3 +1,5 @@
+# SPDX-License-Identifier: MIT
+
 """Cleans up after a private desktop, even when the process that made it was killed.
 
 usage: reaper.py FOLDER

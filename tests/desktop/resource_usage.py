@@ -1,3 +1,5 @@
+# SPDX-License-Identifier: MIT
+
 """The processor time and the wake-ups of a process."""
 
 import os

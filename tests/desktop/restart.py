@@ -1,3 +1,5 @@
+# SPDX-License-Identifier: MIT
+
 """Checks that the application restarts itself."""
 
 import contextlib

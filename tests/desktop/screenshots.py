@@ -1,4 +1,5 @@
 #!/usr/bin/python3
+# SPDX-License-Identifier: MIT
 """Takes screenshots of every window and of the tray of the real application, in eight appearances.
 
 usage: screenshots.py BINARIES FOLDER

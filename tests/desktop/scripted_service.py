@@ -1,3 +1,5 @@
+# SPDX-License-Identifier: MIT
+
 """A speech service that sends what a test tells it to, over real TLS."""
 
 import asyncio

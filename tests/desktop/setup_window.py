@@ -1,3 +1,5 @@
+# SPDX-License-Identifier: MIT
+
 """The setup window, as a user sees and operates it."""
 
 import subprocess

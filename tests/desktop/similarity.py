@@ -1,3 +1,5 @@
+# SPDX-License-Identifier: MIT
+
 """Compares a recognised text with the spoken text."""
 
 import difflib

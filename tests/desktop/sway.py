@@ -1,3 +1,5 @@
+# SPDX-License-Identifier: MIT
+
 """A private Wayland desktop: Sway without a screen, and its X server for X programs."""
 
 import os
@@ -32,7 +34,7 @@ class SwayDesktop(Desktop):
             ["sway", "-c", str(config)],
             env=self.environment | {"WLR_BACKENDS": "headless", "WLR_LIBINPUT_NO_DEVICES": "1",
                                     "WLR_RENDERER": "pixman"})
-        wait_for(names.exists, "Sway", needs=sway)
+        wait_for(names.exists, "Sway", process=sway)
         display, wayland_display = names.read_text().splitlines()
         self.environment |= {"DISPLAY": display, "WAYLAND_DISPLAY": wayland_display,
                              "XDG_SESSION_TYPE": "wayland"}

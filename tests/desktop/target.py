@@ -1,3 +1,5 @@
+# SPDX-License-Identifier: MIT
+
 """Programs to dictate into. A test can read their text."""
 
 import os

@@ -1,4 +1,5 @@
 #!/usr/bin/python3
+# SPDX-License-Identifier: MIT
 """The counted seconds of dictation, and the call-to-action window."""
 
 import signal

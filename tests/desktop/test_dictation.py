@@ -1,4 +1,5 @@
 #!/usr/bin/python3
+# SPDX-License-Identifier: MIT
 """Real speech, recognised by the local service and inserted into a text editor."""
 
 import unittest

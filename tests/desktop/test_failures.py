@@ -1,4 +1,5 @@
 #!/usr/bin/python3
+# SPDX-License-Identifier: MIT
 """The application with missing, refused, broken or nonsensical input."""
 
 import json

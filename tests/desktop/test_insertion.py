@@ -1,4 +1,5 @@
 #!/usr/bin/python3
+# SPDX-License-Identifier: MIT
 """Text dictated into programs with accessible text fields."""
 
 import contextlib

@@ -1,4 +1,5 @@
 #!/usr/bin/python3
+# SPDX-License-Identifier: MIT
 """One instance per session: a second start, and requests from shortcuts of the desktop."""
 
 import os

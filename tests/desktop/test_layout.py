@@ -1,4 +1,5 @@
 #!/usr/bin/python3
+# SPDX-License-Identifier: MIT
 """The layout of all windows: no part overlaps another, and every text fits its part."""
 
 import itertools

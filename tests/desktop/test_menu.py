@@ -1,4 +1,5 @@
 #!/usr/bin/python3
+# SPDX-License-Identifier: MIT
 """The status icon's menu, as a panel uses it, and the icon when panels start and end."""
 
 import unittest

@@ -1,4 +1,5 @@
 #!/usr/bin/python3
+# SPDX-License-Identifier: MIT
 """Microphones that change during a recording. The loudspeakers must never be recorded."""
 
 import array

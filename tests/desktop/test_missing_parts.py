@@ -1,4 +1,5 @@
 #!/usr/bin/python3
+# SPDX-License-Identifier: MIT
 """Desktops on which a part is missing or ends: the application runs and reports the missing part."""
 
 import unittest

@@ -1,4 +1,5 @@
 #!/usr/bin/python3
+# SPDX-License-Identifier: MIT
 """The private desktop itself: its exit status, its isolation, and its clean-up."""
 
 import os

@@ -1,4 +1,5 @@
 #!/usr/bin/python3
+# SPDX-License-Identifier: MIT
 """The prompt for the API key, which the hotkey opens when no key is stored."""
 
 import time

@@ -1,4 +1,5 @@
 #!/usr/bin/python3
+# SPDX-License-Identifier: MIT
 """The processor time and the wake-ups of the application, with and without its setup window."""
 
 import time

@@ -1,4 +1,5 @@
 #!/usr/bin/python3
+# SPDX-License-Identifier: MIT
 """The setup window: its content, its controls, and its live status."""
 
 import pathlib

@@ -1,4 +1,5 @@
 #!/usr/bin/python3
+# SPDX-License-Identifier: MIT
 """Text typed into programs without accessible text fields."""
 
 import unittest

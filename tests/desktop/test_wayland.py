@@ -1,4 +1,5 @@
 #!/usr/bin/python3
+# SPDX-License-Identifier: MIT
 """A Wayland session that no means of the application serves: nothing looks as if it worked."""
 
 import unittest

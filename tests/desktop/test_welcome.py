@@ -1,4 +1,5 @@
 #!/usr/bin/python3
+# SPDX-License-Identifier: MIT
 """The launches at which the setup window appears by itself."""
 
 import time

@@ -1,3 +1,5 @@
+# SPDX-License-Identifier: MIT
+
 """A system tray without a window: registers the status icon and reads what it shows."""
 
 import threading

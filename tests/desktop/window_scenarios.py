@@ -1,3 +1,5 @@
+# SPDX-License-Identifier: MIT
+
 """Brings up every window of the real application in the way that a user gets it."""
 
 import contextlib

@@ -1,3 +1,5 @@
+# SPDX-License-Identifier: MIT
+
 """The application's windows as the window manager and the user see them."""
 
 import re

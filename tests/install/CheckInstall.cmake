@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # Installs the build in the folder BUILD into the folder FOLDER. Each of FILES, divided by "|", has to
 # be there, with contents.
 file(REMOVE_RECURSE ${FOLDER})

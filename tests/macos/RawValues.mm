@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 // The contracts repeat values of the system. Each of them equals the system's own value. Compiling
 // this file is the test.
 //

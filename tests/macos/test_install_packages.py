@@ -1,3 +1,5 @@
+# SPDX-License-Identifier: MIT
+
 """packaging/macos/install-packages, with stand-ins for the tools of the system."""
 import os
 import pathlib

@@ -1,3 +1,5 @@
+# SPDX-License-Identifier: MIT
+
 """packaging/macos/package, with stand-ins for the tools of the system that note how they were called."""
 import json
 import os

@@ -1,3 +1,5 @@
+# SPDX-License-Identifier: MIT
+
 """The property lists of the application are valid and say what the system has to know."""
 import pathlib
 import plistlib

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 #include "tests/speech-service/ListenClient.h"
 
 #include <simdjson.h>

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 #include "tests/speech-service/RunningServer.h"
 
 #include <boost/asio/post.hpp>

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 #include "tests/speech-service/Speech.h"
 
 #include <cstdlib>

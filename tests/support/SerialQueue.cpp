@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 #include "tests/support/SerialQueue.h"
 
 #include <utility>

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 #include "tests/support/SimulatedUserInterface.h"
 
 namespace tarvik::simulated {

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 #include "platform/linux/accessibility/AtspiSession.h"
 
 #include <chrono>

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 #include "platform/linux/audio/PulseMainloop.h"
 
 namespace tarvik::linuxdesktop {

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 #include "platform/linux/audio/ServerSocketWatch.h"
 
 #include <sys/inotify.h>

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 #include "platform/linux/bus/MessageBus.h"
 
 #include <poll.h>

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 #include "platform/linux/loop/Alarm.h"
 
 #include <sys/timerfd.h>

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 #include "platform/linux/loop/BackgroundWorker.h"
 
 #include <condition_variable>

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 #include "platform/linux/loop/MainLoop.h"
 
 #include <poll.h>

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 #include "platform/linux/loop/PollLoop.h"
 
 #include <poll.h>

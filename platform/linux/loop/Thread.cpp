@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 #include "platform/linux/loop/Thread.h"
 
 #include <pthread.h>

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 #include "platform/linux/system/LinuxWorkspace.h"
 
 #include <QFileInfo>

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 #include "platform/linux/system/SystemLog.h"
 
 #include <syslog.h>

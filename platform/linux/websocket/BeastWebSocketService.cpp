@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 #include "platform/linux/websocket/BeastWebSocketService.h"
 
 #include "platform/linux/websocket/BeastWebSocketSession.h"

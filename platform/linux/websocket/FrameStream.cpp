@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 #include "platform/linux/websocket/FrameStream.h"
 
 #include <boost/beast/core/buffers_prefix.hpp>

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 #include "platform/linux/websocket/LogText.h"
 
 #include <simdjson.h>

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 #include "platform/linux/websocket/NameLookup.h"
 
 #include <netdb.h>

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 #include "platform/linux/websocket/ProxySettings.h"
 
 #include <openssl/evp.h>

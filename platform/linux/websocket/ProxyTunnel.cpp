@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 #include "platform/linux/websocket/ProxyTunnel.h"
 
 #include <boost/beast/core/flat_buffer.hpp>

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 #include "platform/linux/websocket/SerialThread.h"
 
 #include <boost/asio/post.hpp>

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 #include "platform/linux/websocket/TrustStore.h"
 
 #include <openssl/x509v3.h>

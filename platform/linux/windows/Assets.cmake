@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # The artwork as Qt resources. Symbols are built in as they are. Pictures are rendered at the widths
 # in pixels that are shown: the sizes of icons and, for a view in a window, its points at one and
 # at two pixels a point.

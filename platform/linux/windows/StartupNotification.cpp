@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 #include "platform/linux/windows/StartupNotification.h"
 
 #include <xcb/xcb.h>

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 #include "platform/linux/windows/WindowManagerRequests.h"
 
 #include <xcb/xcb.h>

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 #include "platform/linux/x11/HotKeys.h"
 
 #include <xkbcommon/xkbcommon-keysyms.h>

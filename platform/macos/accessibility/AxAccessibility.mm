@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 #import "platform/macos/accessibility/AxAccessibility.h"
 
 #import <ApplicationServices/ApplicationServices.h>

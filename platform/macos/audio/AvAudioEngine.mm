@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 #import "platform/macos/audio/AvAudioEngine.h"
 
 #import <Foundation/Foundation.h>

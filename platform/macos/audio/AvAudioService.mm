@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 #import "platform/macos/audio/AvAudioService.h"
 
 #import <AVFAudio/AVFAudio.h>

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 #import "platform/macos/audio/CaptureDeviceAuthorization.h"
 
 #import <AVFoundation/AVFoundation.h>

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 #include "platform/macos/audio/ConfigurationChanges.h"
 
 #include <algorithm>

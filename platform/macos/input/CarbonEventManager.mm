@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 #import "platform/macos/input/CarbonEventManager.h"
 
 #import <Carbon/Carbon.h>

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 #import "platform/macos/input/QuartzKeyboardEvents.h"
 
 #import <CoreGraphics/CoreGraphics.h>

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 #import "platform/macos/settings/StandardUserDefaults.h"
 
 #import "platform/macos/Strings.h"

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 #include "platform/macos/system/BlockQueue.h"
 
 namespace tarvik::macdesktop {

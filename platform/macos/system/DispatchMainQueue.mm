@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 #import "platform/macos/system/DispatchMainQueue.h"
 
 #import <Foundation/Foundation.h>

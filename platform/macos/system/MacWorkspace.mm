@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 #import "platform/macos/system/MacWorkspace.h"
 
 #import <AppKit/AppKit.h>

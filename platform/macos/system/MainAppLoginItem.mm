@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 #import "platform/macos/system/MainAppLoginItem.h"
 
 #import <ServiceManagement/ServiceManagement.h>

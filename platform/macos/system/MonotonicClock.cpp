@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 #include "platform/macos/system/MonotonicClock.h"
 
 #include <chrono>

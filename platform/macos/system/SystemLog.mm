@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 #import "platform/macos/system/SystemLog.h"
 
 #import "platform/macos/Strings.h"

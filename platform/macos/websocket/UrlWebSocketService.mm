@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 #import "platform/macos/websocket/UrlWebSocketService.h"
 
 #include <utility>

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 #import "platform/macos/windows/ActionTarget.h"
 
 #include <utility>

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 #import "platform/macos/windows/CocoaAlert.h"
 
 #import <AppKit/AppKit.h>

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 #import "platform/macos/windows/CocoaImage.h"
 
 namespace tarvik::macdesktop {

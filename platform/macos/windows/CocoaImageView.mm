@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 #import "platform/macos/windows/CocoaImageView.h"
 
 #import "platform/macos/windows/CocoaImage.h"

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 #import "platform/macos/windows/CocoaSeparator.h"
 
 namespace tarvik::macdesktop {

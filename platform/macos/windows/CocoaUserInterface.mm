@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 #import "platform/macos/windows/CocoaUserInterface.h"
 
 #import "platform/macos/Strings.h"

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 #import "platform/macos/windows/CocoaView.h"
 
 #include "platform/macos/Conversions.h"

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 #include "tests/conformance/accessibility/AtspiWorld.h"
 
 #include <signal.h>

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 #include "tests/conformance/audio/AudioRecorder.h"
 
 #include <cmath>

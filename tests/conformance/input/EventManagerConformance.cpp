@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 #include "tests/conformance/input/HotKeyRecorder.h"
 #include "tests/conformance/input/InputConformance.h"
 

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 #include <string_view>
 
 #include "tests/conformance/input/InputConformance.h"

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 #include "tests/conformance/input/InputWorld.h"
 #include "tests/support/SimulatedEventManager.h"
 #include "tests/support/SimulatedKeyboard.h"

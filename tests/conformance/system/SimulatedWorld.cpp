@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 #include "tests/conformance/system/SystemWorld.h"
 #include "tests/support/SimulatedPlatform.h"
 

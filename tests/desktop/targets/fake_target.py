@@ -1,4 +1,5 @@
 #!/usr/bin/python3
+# SPDX-License-Identifier: MIT
 """A program without a window on the accessibility bus. It has one text field, which reports that it
 has the focus and misbehaves like a toolkit with a defect.
 

@@ -1,4 +1,5 @@
 #!/usr/bin/python3
+# SPDX-License-Identifier: MIT
 """A GTK 3 window with one text widget. Prints "ready" whenever the widget gets the focus.
 
 Commands on standard input: "caret N" places the caret, "select A:B" selects, "button" moves the

@@ -1,4 +1,5 @@
 #!/usr/bin/python3
+# SPDX-License-Identifier: MIT
 """A GTK 4 window with one text widget. Prints "ready" whenever the widget gets the focus. The first
 "ready" waits until the widget is on the accessibility bus, which GTK 4 reaches later than the focus.
 

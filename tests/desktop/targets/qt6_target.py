@@ -1,4 +1,5 @@
 #!/usr/bin/python3
+# SPDX-License-Identifier: MIT
 """A Qt 6 window with one text widget. Prints "ready" whenever the widget gets the focus.
 
 The commands on standard input are those of gtk3_target.py.

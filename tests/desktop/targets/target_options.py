@@ -1,3 +1,5 @@
+# SPDX-License-Identifier: MIT
+
 """The common parts of the targets: options, the file with the text, and commands."""
 
 import argparse

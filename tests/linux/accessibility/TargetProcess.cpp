@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 #include "tests/linux/accessibility/TargetProcess.h"
 
 #include <gtest/gtest.h>

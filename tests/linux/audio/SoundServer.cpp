@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 #include "tests/linux/audio/SoundServer.h"
 
 #include <gtest/gtest.h>

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 #include "tests/linux/loop/LoopDriver.h"
 
 #include <QCoreApplication>

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 #include <QWidget>
 #include <string>
 #include <thread>

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 #include "tests/linux/system/MockLogind.h"
 
 #include <gtest/gtest.h>

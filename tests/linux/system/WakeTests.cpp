@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 #include <cstdlib>
 #include <ctime>
 #include <optional>

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 #include "tests/linux/websocket/Certificates.h"
 
 #include <openssl/evp.h>

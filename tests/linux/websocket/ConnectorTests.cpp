@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 #include "tests/linux/websocket/BeastTest.h"
 
 namespace tarvik::tests {

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 #include "tests/linux/websocket/Listener.h"
 
 #include <arpa/inet.h>

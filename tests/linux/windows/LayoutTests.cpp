@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 #include <QLabel>
 #include <QPushButton>
 #include <map>

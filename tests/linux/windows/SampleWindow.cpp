@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 #include "tests/linux/windows/SampleWindow.h"
 
 namespace tarvik::tests {

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 #include <QFontInfo>
 #include <QLabel>
 #include <array>

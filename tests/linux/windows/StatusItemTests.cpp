@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 #include <QIcon>
 #include <QImage>
 #include <QPainter>

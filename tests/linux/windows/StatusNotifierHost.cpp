@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 #include "tests/linux/windows/StatusNotifierHost.h"
 
 #include <systemd/sd-bus.h>

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 #include <systemd/sd-bus.h>
 
 #include <QSystemTrayIcon>

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 #include <QScreen>
 #include <QScrollArea>
 #include <QScrollBar>

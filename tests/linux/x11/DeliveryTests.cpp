@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 #include <signal.h>
 #include <stdlib.h>
 

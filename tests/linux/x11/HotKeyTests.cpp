@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 #include <xkbcommon/xkbcommon-keysyms.h>
 
 #include <algorithm>

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 #include "tests/linux/x11/WindowManager.h"
 
 #include <chrono>

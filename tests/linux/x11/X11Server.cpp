@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 #include "tests/linux/x11/X11Server.h"
 
 #include <signal.h>

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+
 #include "tests/linux/x11/X11User.h"
 
 #include <xcb/xinput.h>
