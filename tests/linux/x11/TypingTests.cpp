@@ -120,6 +120,28 @@ TEST_P(X11Typing, ComesToTheFrontForTheMomentAndGoesBack) {
     EXPECT_TRUE(becomes(target, "Behind: Ω"));
 }
 
+// A menu bar that takes the keyboard would take the letters for its menu "File" and for "Quit".
+TEST_P(X11Typing, IsStillInTheFieldAfterAHoldWithoutText) {
+    const X11Target target(GetParam(), mainQueue);
+    HotKeyRecorder recorder(input->eventManager());
+    ASSERT_EQ(recorder.add(hold, 1), platform::noErr);
+    std::string text;
+    std::string events;
+    for (const auto first : {X11User::spaceKey, X11User::altKey}) {
+        pressHold();
+        EXPECT_TRUE(becomes(recorder, events += "P1"));
+        // The key is held until the keyboard would repeat it.
+        mainQueue.runFor(900ms);
+        user->release(first);
+        EXPECT_TRUE(becomes(recorder, events += "R1"));
+        user->release(first == X11User::spaceKey ? X11User::altKey : X11User::spaceKey);
+        user->tap(X11User::fKey);
+        user->tap(X11User::qKey);
+        EXPECT_TRUE(becomes(target, text += "fq"));
+    }
+    EXPECT_TRUE(target.isRunning());
+}
+
 INSTANTIATE_TEST_SUITE_P(, X11Typing,
                          testing::Values(X11Target::Kind::gtk3Entry, X11Target::Kind::qt6Entry,
                                          X11Target::Kind::terminal),

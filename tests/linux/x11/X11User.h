@@ -21,6 +21,7 @@ class X11User {
     static constexpr std::uint8_t spaceKey = 65;
     static constexpr std::uint8_t pauseKey = 127;
     static constexpr std::uint8_t qKey = 24;
+    static constexpr std::uint8_t fKey = 41;
 
     explicit X11User(Device device = Device::hardware);
     /// Lets go of every key and of the lock keys, and closes a menu.
