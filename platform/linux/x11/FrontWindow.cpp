@@ -2,10 +2,15 @@
 
 #include "platform/linux/x11/FrontWindow.h"
 
+#include <limits.h>
+#include <unistd.h>
+
 #include <algorithm>
+#include <array>
 #include <iterator>
 #include <ranges>
 #include <span>
+#include <string>
 #include <vector>
 
 namespace tarvik::linuxdesktop {
@@ -13,6 +18,12 @@ namespace tarvik::linuxdesktop {
 namespace {
 
 constexpr std::size_t maxHistory = 64;
+
+std::string hostName() {
+    std::array<char, HOST_NAME_MAX + 1> name{};
+    gethostname(name.data(), name.size() - 1);
+    return name.data();
+}
 
 }  // namespace
 
@@ -23,6 +34,7 @@ FrontWindow::FrontWindow(XcbConnection& connection,
       clientList_(connection.atom("_NET_CLIENT_LIST_STACKING")),
       managerCheck_(connection.atom("_NET_SUPPORTING_WM_CHECK")),
       windowProcess_(connection.atom("_NET_WM_PID")),
+      clientMachine_(connection.atom("WM_CLIENT_MACHINE")),
       process_(process) {}
 
 FrontWindow::Change FrontWindow::handleProperty(const xcb_property_notify_event_t& event) {
@@ -88,12 +100,14 @@ xcb_window_t FrontWindow::window() {
         .value_or(XCB_NONE);
 }
 
+// A program that runs in a process namespace of its own, or on another machine, announces a number
+// that means another process here. The server knows the number of the process that is connected.
 std::optional<platform::ProcessIdentifier> FrontWindow::processOf(xcb_window_t window) {
-    if (const auto process =
-            connection_.firstOfProperty(window, windowProcess_, XCB_ATOM_CARDINAL)) {
-        return static_cast<platform::ProcessIdentifier>(*process);
+    auto process = connection_.processOfClient(window);
+    if (!process && connection_.textOfProperty(window, clientMachine_) == hostName()) {
+        process = connection_.firstOfProperty(window, windowProcess_, XCB_ATOM_CARDINAL);
     }
-    return connection_.processOfClient(window);
+    return process > 0 ? process : std::nullopt;
 }
 
 // The focus is often on a window inside the one that names the process, made by the same client. An

@@ -63,6 +63,7 @@ class FrontWindow {
     xcb_atom_t clientList_;
     xcb_atom_t managerCheck_;
     xcb_atom_t windowProcess_;
+    xcb_atom_t clientMachine_;
     std::atomic<platform::ProcessIdentifier>& process_;
     // The windows that were in front, the latest first.
     std::deque<Known> history_;

@@ -19,6 +19,9 @@ namespace tarvik::linuxdesktop {
 
 namespace {
 
+// Of a property, in units of 32 bits.
+constexpr std::uint32_t maxItems = 4096;
+
 xcb_window_t rootOfScreen(xcb_connection_t* connection, int number) {
     auto screens = xcb_setup_roots_iterator(xcb_get_setup(connection));
     for (; screens.rem > 1 && number > 0; --number) {
@@ -162,7 +165,6 @@ xcb_atom_t XcbConnection::atom(std::string_view name) {
 
 std::vector<std::uint32_t> XcbConnection::property(xcb_window_t window, xcb_atom_t name,
                                                    xcb_atom_t type) {
-    constexpr std::uint32_t maxItems = 4096;
     const XcbReply<xcb_get_property_reply_t> reply(xcb_get_property_reply(
         connection_, xcb_get_property(connection_, 0, window, name, type, 0, maxItems), nullptr));
     if (!reply || reply->type != type || reply->format != 32) {
@@ -177,6 +179,17 @@ std::optional<std::uint32_t> XcbConnection::firstOfProperty(xcb_window_t window,
                                                             xcb_atom_t type) {
     const auto items = property(window, name, type);
     return items.empty() ? std::nullopt : std::optional(items.front());
+}
+
+std::string XcbConnection::textOfProperty(xcb_window_t window, xcb_atom_t name) {
+    const XcbReply<xcb_get_property_reply_t> reply(xcb_get_property_reply(
+        connection_,
+        xcb_get_property(connection_, 0, window, name, XCB_GET_PROPERTY_TYPE_ANY, 0, maxItems),
+        nullptr));
+    if (!reply || reply->format != 8) {
+        return {};
+    }
+    return {static_cast<const char*>(xcb_get_property_value(reply.get())), reply->value_len};
 }
 
 std::optional<std::int32_t> XcbConnection::processOfClient(xcb_window_t window) {

@@ -5,6 +5,7 @@
 
 #include <memory>
 #include <optional>
+#include <string>
 #include <string_view>
 #include <vector>
 
@@ -57,7 +58,10 @@ class XcbConnection {
     /// The first item of such a property.
     std::optional<std::uint32_t> firstOfProperty(xcb_window_t window, xcb_atom_t name,
                                                  xcb_atom_t type);
-    /// The process of the client that made a window, as the server knows it.
+    /// A property as text; empty when there is none.
+    std::string textOfProperty(xcb_window_t window, xcb_atom_t name);
+    /// The process of the client that made a window, as the server knows it. Empty when the server
+    /// does not know, as for a client on another machine.
     std::optional<std::int32_t> processOfClient(xcb_window_t window);
 
   private:

@@ -1,0 +1,86 @@
+// SPDX-License-Identifier: MIT
+
+#include <gtest/gtest.h>
+#include <unistd.h>
+#include <xcb/xcb.h>
+
+#include <array>
+#include <atomic>
+#include <cstdint>
+#include <memory>
+#include <string>
+
+#include "platform/linux/x11/FrontWindow.h"
+#include "tests/linux/x11/X11Server.h"
+#include "tests/support/RealTimeQueue.h"
+
+namespace tarvik::tests {
+
+namespace {
+
+using linuxdesktop::FrontWindow;
+using linuxdesktop::XcbConnection;
+
+constexpr std::uint32_t otherProcess = 4711;
+
+/// A server with or without the extension that names processes, and a window of this process.
+class X11FrontWindow : public testing::Test {
+  protected:
+    void start(const std::vector<std::string>& options = {}) {
+        server.emplace(mainQueue, options);
+        connection = XcbConnection::open().value();
+        window = xcb_generate_id(connection->get());
+        xcb_create_window(connection->get(), XCB_COPY_FROM_PARENT, window, connection->root(), 0, 0,
+                          1, 1, 0, XCB_WINDOW_CLASS_INPUT_OUTPUT, XCB_COPY_FROM_PARENT, 0, nullptr);
+    }
+    void announce(std::uint32_t announced, const std::string& machine) {
+        xcb_change_property(connection->get(), XCB_PROP_MODE_REPLACE, window,
+                            connection->atom("_NET_WM_PID"), XCB_ATOM_CARDINAL, 32, 1, &announced);
+        xcb_change_property(connection->get(), XCB_PROP_MODE_REPLACE, window,
+                            connection->atom("WM_CLIENT_MACHINE"), XCB_ATOM_STRING, 8,
+                            static_cast<std::uint32_t>(machine.size()), machine.data());
+    }
+    std::optional<platform::ProcessIdentifier> process() {
+        return FrontWindow(*connection, front).processOf(window);
+    }
+    static std::string thisMachine() {
+        std::array<char, 256> name{};
+        gethostname(name.data(), name.size() - 1);
+        return name.data();
+    }
+
+    RealTimeQueue mainQueue;
+    std::optional<X11Server> server;
+    std::unique_ptr<XcbConnection> connection;
+    std::atomic<platform::ProcessIdentifier> front = 0;
+    xcb_window_t window = XCB_NONE;
+};
+
+// Programs in process namespaces of their own all announce a small number.
+TEST_F(X11FrontWindow, IsOfTheProcessThatIsConnectedWhateverItAnnounces) {
+    start();
+    announce(otherProcess, thisMachine());
+    EXPECT_EQ(process(), getpid());
+}
+
+TEST_F(X11FrontWindow, IsOfTheAnnouncedProcessWhereTheServerDoesNotKnow) {
+    start({"-extension", "X-Resource"});
+    announce(otherProcess, thisMachine());
+    EXPECT_EQ(process(), static_cast<platform::ProcessIdentifier>(otherProcess));
+}
+
+TEST_F(X11FrontWindow, IsOfNoProcessWhenItsProgramRunsOnAnotherMachine) {
+    start({"-extension", "X-Resource"});
+    announce(otherProcess, "elsewhere");
+    EXPECT_EQ(process(), std::nullopt);
+}
+
+TEST_F(X11FrontWindow, IsOfNoProcessWhenItAnnouncesNone) {
+    start({"-extension", "X-Resource"});
+    announce(0, thisMachine());
+    EXPECT_EQ(process(), std::nullopt);
+}
+
+}  // namespace
+
+}  // namespace tarvik::tests
