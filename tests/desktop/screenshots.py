@@ -2,7 +2,9 @@
 # SPDX-License-Identifier: MIT
 """Takes screenshots of every window and of the tray of the real application, in eight appearances.
 
-usage: screenshots.py BINARIES FOLDER
+usage: screenshots.py [BINARIES [FOLDER]]
+
+BINARIES is build/default/bin and FOLDER build/pictures where they are not given.
 """
 
 import itertools
@@ -86,7 +88,10 @@ class ScreenshotTaker:
 
 
 def main():
-    binaries, folder = pathlib.Path(sys.argv[1]).resolve(), pathlib.Path(sys.argv[2]).resolve()
+    build = pathlib.Path(__file__).resolve().parents[2] / "build"
+    binaries, folder = (
+        pathlib.Path(argument).resolve() for argument in
+        (sys.argv[1:3] + [build / "default/bin", build / "pictures"][len(sys.argv) - 1:]))
     folder.mkdir(parents=True, exist_ok=True)
     for appearance in ALL:
         with Desktop(wm=True, a11y=True, audio=True, size=appearance.size) as desktop:
