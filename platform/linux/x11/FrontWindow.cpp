@@ -154,9 +154,21 @@ xcb_window_t FrontWindow::windowOf(platform::ProcessIdentifier process) {
     return XCB_NONE;
 }
 
+bool FrontWindow::canBeGivenFocus(xcb_window_t window) {
+    // ICCCM 4.1.2.4: the flag that the hint is there, and the hint.
+    constexpr std::uint32_t hasInputHint = 1;
+    const auto hints = connection_.property(window, XCB_ATOM_WM_HINTS, XCB_ATOM_WM_HINTS);
+    const bool isAsked = hints.size() > 1 && (hints[0] & hasInputHint) != 0 && hints[1] == 0;
+    return !isAsked && isViewable(window);
+}
+
+void FrontWindow::giveFocus(xcb_window_t window) {
+    xcb_set_input_focus(connection_.get(), XCB_INPUT_FOCUS_PARENT, window, XCB_CURRENT_TIME);
+}
+
 void FrontWindow::activate(xcb_window_t window) {
     if (!hasManager()) {
-        xcb_set_input_focus(connection_.get(), XCB_INPUT_FOCUS_PARENT, window, XCB_CURRENT_TIME);
+        giveFocus(window);
         return;
     }
     // Pagers act for the user. Window managers refuse requests of others, to keep the focus.

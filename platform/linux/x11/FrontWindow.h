@@ -42,6 +42,13 @@ class FrontWindow {
     /// The window of `process` that was in front last, or else its topmost window. XCB_NONE if the
     /// process has none.
     xcb_window_t windowOf(platform::ProcessIdentifier process);
+    /// Whether a window is shown and takes the focus that another client gives it. A window of the
+    /// other kind wants to be asked by the window manager.
+    bool canBeGivenFocus(xcb_window_t window);
+    /// The window that has the input focus, whichever program's it is.
+    xcb_window_t focus();
+    /// Gives a window the input focus, without the window manager.
+    void giveFocus(xcb_window_t window);
     /// Asks for a window to be brought to the front with the keyboard. The window manager may take
     /// a while.
     void activate(xcb_window_t window);
@@ -53,7 +60,6 @@ class FrontWindow {
     };
 
     bool hasManager();
-    xcb_window_t focus();
     xcb_window_t topLevelOf(xcb_window_t window);
     bool isViewable(xcb_window_t window);
     void remember(xcb_window_t window);

@@ -49,17 +49,20 @@ KeyboardState KeyboardState::read(XcbConnection& connection) {
 // While the server listens to this client alone, no window manager moves the focus. Nobody changes
 // the map or grabs the keyboard between the check and the last key either.
 KeyBurst::Outcome KeyBurst::type(std::u32string_view characters,
-                                 std::optional<platform::ProcessIdentifier> process) {
+                                 std::optional<platform::ProcessIdentifier> process,
+                                 xcb_window_t behind) {
     const ServerGrab grab(connection_);
     hotKeys_.beginTyping();
-    const Outcome outcome = typeUndisturbed(characters, process);
+    const Outcome outcome = typeUndisturbed(characters, process, behind);
     hotKeys_.endTyping();
     return outcome;
 }
 
 KeyBurst::Outcome KeyBurst::typeUndisturbed(std::u32string_view characters,
-                                            std::optional<platform::ProcessIdentifier> process) {
-    if (process && !front_.isInFront(*process)) {
+                                            std::optional<platform::ProcessIdentifier> process,
+                                            xcb_window_t behind) {
+    const bool isInFront = !process || front_.isInFront(*process);
+    if (!isInFront && (behind == XCB_NONE || !front_.canBeGivenFocus(behind))) {
         return Outcome::notInFront;
     }
     keyboard_.reread();
@@ -75,7 +78,7 @@ KeyBurst::Outcome KeyBurst::typeUndisturbed(std::u32string_view characters,
     if (!takeKeyboard()) {
         return Outcome::keyboardTaken;
     }
-    press(keys, state);
+    press(keys, state, isInFront ? xcb_window_t{XCB_NONE} : behind);
     return Outcome::done;
 }
 
@@ -112,7 +115,11 @@ void KeyBurst::liftModifiers(const KeyboardState& state) {
     }
 }
 
-void KeyBurst::press(std::span<const xcb_keycode_t> keys, const KeyboardState& state) {
+// A window behind has the focus no longer than the server needs for the keys, so that none of the
+// user's own keys goes there.
+void KeyBurst::press(std::span<const xcb_keycode_t> keys, const KeyboardState& state,
+                     xcb_window_t behind) {
+    const xcb_window_t focus = behind == XCB_NONE ? xcb_window_t{XCB_NONE} : front_.focus();
     hotKeys_.handleGrabLost();
     chooseDevice();
     liftModifiers(state);
@@ -126,9 +133,15 @@ void KeyBurst::press(std::span<const xcb_keycode_t> keys, const KeyboardState& s
         lock(0);
     }
     xcb_input_xi_ungrab_device(connection_.get(), XCB_CURRENT_TIME, connection_.keyboard());
+    if (behind != XCB_NONE) {
+        front_.giveFocus(behind);
+    }
     for (const xcb_keycode_t key : keys) {
         fake(true, key);
         fake(false, key);
+    }
+    if (focus != XCB_NONE) {
+        front_.giveFocus(focus);
     }
     if (isLocked) {
         lock(state.lockedModifiers & affected);

@@ -38,19 +38,22 @@ class KeyBurst {
     KeyBurst(XcbConnection& connection, Keyboard& keyboard, FrontWindow& front, HotKeys& hotKeys,
              OnLift onLift);
 
-    /// Types all of `characters` into `process`, or into whatever has the keyboard. Types nothing
-    /// when another process is in front, when a program has grabbed the keyboard, or when a
-    /// character has no key any more.
-    Outcome type(std::u32string_view characters,
-                 std::optional<platform::ProcessIdentifier> process);
+    /// Types all of `characters` into `process`, or into whatever has the keyboard. Where another
+    /// process is in front, `behind` gets the focus for the length of the burst. Types nothing when
+    /// that is not possible, when a program has grabbed the keyboard, or when a character has no
+    /// key any more.
+    Outcome type(std::u32string_view characters, std::optional<platform::ProcessIdentifier> process,
+                 xcb_window_t behind);
 
   private:
     Outcome typeUndisturbed(std::u32string_view characters,
-                            std::optional<platform::ProcessIdentifier> process);
+                            std::optional<platform::ProcessIdentifier> process,
+                            xcb_window_t behind);
     void liftModifiers(const KeyboardState& state);
     bool takeKeyboard();
     void chooseDevice();
-    void press(std::span<const xcb_keycode_t> keys, const KeyboardState& state);
+    void press(std::span<const xcb_keycode_t> keys, const KeyboardState& state,
+               xcb_window_t behind);
     std::uint32_t fake(bool down, xcb_keycode_t key);
 
     XcbConnection& connection_;

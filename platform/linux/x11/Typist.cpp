@@ -118,6 +118,7 @@ void Typist::endTyping() {
 
 void Typist::reachTarget() {
     const auto process = current().process;
+    behind_ = XCB_NONE;
     if (!process || front_.isInFront(*process)) {
         planRound();
         return;
@@ -129,6 +130,9 @@ void Typist::reachTarget() {
     const xcb_window_t window = front_.windowOf(*process);
     if (window == XCB_NONE) {
         failForProcess("has no window");
+    } else if (front_.canBeGivenFocus(window)) {
+        behind_ = window;
+        planRound();
     } else {
         bringToFront(window);
     }
@@ -156,14 +160,14 @@ void Typist::bringToFront(xcb_window_t window) {
 // reused only after its target has looked it up, because programs look keys up in the map that is
 // valid then.
 void Typist::planRound() {
-    const xcb_window_t front = front_.window();
-    if (front != target_ && !isConsumed_ && keyboard_.hasRemappedKeys()) {
+    const xcb_window_t window = behind_ != XCB_NONE ? behind_ : front_.window();
+    if (window != target_ && !isConsumed_ && keyboard_.hasRemappedKeys()) {
         // The answer of this window would not tell what the window before has read.
         wait(
             lookUpTimeout, [this] { return isConsumed_; }, [this](bool) { planRound(); });
         return;
     }
-    target_ = front;
+    target_ = window;
     keyboard_.refresh();
     const KeyboardState state = KeyboardState::read(connection_);
     const std::u32string& characters = current().characters;
@@ -222,7 +226,7 @@ void Typist::typeRound() {
     while (position_ < roundEnd_) {
         const std::size_t length = std::min(maxBurstLength, roundEnd_ - position_);
         switch (burst_.type(std::u32string_view(text.characters).substr(position_, length),
-                            text.process)) {
+                            text.process, behind_)) {
             case KeyBurst::Outcome::done:
                 position_ += length;
                 failures_ = 0;

@@ -102,6 +102,8 @@ class Typist {
     std::size_t roundEnd_ = 0;
     int failures_ = 0;
     xcb_window_t target_ = XCB_NONE;
+    // The target's window, where the target is not in front and takes the focus all the same.
+    xcb_window_t behind_ = XCB_NONE;
     xcb_window_t broughtToFront_ = XCB_NONE;
     xcb_window_t earlierFront_ = XCB_NONE;
 

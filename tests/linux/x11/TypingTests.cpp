@@ -107,7 +107,7 @@ TEST_P(X11Typing, IsNotChangedByLockKeysAndLeavesThemOn) {
     EXPECT_TRUE(user->isLocked(XCB_MOD_MASK_2));
 }
 
-TEST_P(X11Typing, ComesToTheFrontForTheMomentAndGoesBack) {
+TEST_P(X11Typing, ReachesAWindowBehindAndLeavesTheFrontAsItIs) {
     const X11Target target(GetParam(), mainQueue);
     ASSERT_TRUE(comesToFront(target));
     const X11Target front(X11Target::Kind::gtk3Entry, mainQueue);
@@ -118,6 +118,27 @@ TEST_P(X11Typing, ComesToTheFrontForTheMomentAndGoesBack) {
     type("In front", front.process());
     EXPECT_TRUE(becomes(front, "In front"));
     EXPECT_TRUE(becomes(target, "Behind: Ω"));
+}
+
+TEST_P(X11Typing, LeavesTheUserTheirOwnKeysWhileItReachesAWindowBehind) {
+    const X11Target target(GetParam(), mainQueue);
+    ASSERT_TRUE(comesToFront(target));
+    const X11Target front(X11Target::Kind::gtk3Entry, mainQueue);
+    ASSERT_TRUE(comesToFront(front));
+    std::string dictated;
+    std::string typed;
+    for (int piece = 0; piece < 12; ++piece) {
+        const std::string text = "piece ß" + std::to_string(piece) + " ";
+        type(text, target.process());
+        dictated += text;
+        for (int key = 0; key < 8; ++key) {
+            user->tap(X11User::qKey);
+            typed += "q";
+            mainQueue.runFor(8ms);
+        }
+    }
+    EXPECT_TRUE(becomes(target, dictated));
+    EXPECT_TRUE(becomes(front, typed));
 }
 
 // A menu bar that takes the keyboard would take the letters for its menu "File" and for "Quit".
@@ -143,10 +164,12 @@ TEST_P(X11Typing, IsStillInTheFieldAfterAHoldWithoutText) {
 }
 
 INSTANTIATE_TEST_SUITE_P(, X11Typing,
-                         testing::Values(X11Target::Kind::gtk3Entry, X11Target::Kind::qt6Entry,
-                                         X11Target::Kind::terminal),
+                         testing::Values(X11Target::Kind::gtk3Entry, X11Target::Kind::gtk4Text,
+                                         X11Target::Kind::qt6Entry, X11Target::Kind::terminal),
                          [](const auto& kind) {
                              switch (kind.param) {
+                                 case X11Target::Kind::gtk4Text:
+                                     return "Gtk4";
                                  case X11Target::Kind::qt6Entry:
                                      return "Qt6";
                                  case X11Target::Kind::terminal:

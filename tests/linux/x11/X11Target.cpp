@@ -29,6 +29,8 @@ std::vector<std::string> commandFor(X11Target::Kind kind, const std::string& fil
                     file};
         case X11Target::Kind::gtk3Text:
             return {"/usr/bin/python3", folder + "/gtk3_target.py", "--menu-bar", "--out", file};
+        case X11Target::Kind::gtk4Text:
+            return {"/usr/bin/python3", folder + "/gtk4_target.py", "--out", file};
         case X11Target::Kind::qt6Entry:
             return {"/usr/bin/python3",
                     folder + "/qt6_target.py",

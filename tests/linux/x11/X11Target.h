@@ -15,7 +15,7 @@ namespace tarvik::tests {
 /// A program with a window that text is typed into. It is in front when it has been made.
 class X11Target {
   public:
-    enum class Kind { gtk3Entry, gtk3Text, qt6Entry, terminal };
+    enum class Kind { gtk3Entry, gtk3Text, gtk4Text, qt6Entry, terminal };
 
     X11Target(Kind kind, RealTimeQueue& mainQueue);
     ~X11Target();
