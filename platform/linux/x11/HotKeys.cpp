@@ -101,7 +101,7 @@ std::optional<KeyGrab> HotKeys::grabFor(std::uint32_t modifiers) const {
     return grab;
 }
 
-void HotKeys::handlePress(const xcb_input_key_press_event_t& event) {
+bool HotKeys::handlePress(const xcb_input_key_press_event_t& event) {
     if (event.sourceid != event.deviceid) {
         keyboardInUse_ = event.sourceid;
     }
@@ -111,7 +111,7 @@ void HotKeys::handlePress(const xcb_input_key_press_event_t& event) {
         // too.
         const bool isHeld = hold_ && hold_->key == event.detail;
         answerPress(connection_, isHeld ? PressAnswer::ours : PressAnswer::notOurs);
-        return;
+        return false;
     }
     const std::uint32_t seen = event.mods.effective;
     for (const std::uint32_t held : {seen | lifted_.mask(), seen}) {
@@ -123,11 +123,12 @@ void HotKeys::handlePress(const xcb_input_key_press_event_t& event) {
                 endHold();
                 hold_ = Hold{number, grab->key, keyboard_.modifierKeys(grab->modifiers)};
                 events_.onPressed(number);
-                return;
+                return true;
             }
         }
     }
     answerPress(connection_, PressAnswer::notOurs);
+    return false;
 }
 
 void HotKeys::handleRelease(std::uint32_t keyCode, std::uint32_t sequence) {

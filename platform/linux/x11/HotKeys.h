@@ -51,7 +51,8 @@ class HotKeys {
     platform::OSStatus add(HotKeyNumber number, std::uint32_t keyCode, std::uint32_t modifiers);
     void remove(HotKeyNumber number);
 
-    void handlePress(const xcb_input_key_press_event_t& event);
+    /// Answers whether the press was that of a hotkey.
+    bool handlePress(const xcb_input_key_press_event_t& event);
     /// A key went up. `sequence` is that of the last request that the server had processed.
     void handleRelease(std::uint32_t keyCode, std::uint32_t sequence);
     /// The keyboard map or the window manager has changed. The keys may be others now, and a window

@@ -20,10 +20,8 @@ using namespace std::chrono_literals;
 constexpr auto targetTimeout = 300ms;
 // A program that answers no pings needs this long to read a changed keyboard map.
 constexpr auto mapDelay = 20ms;
-// A program that answers no pings has looked up its keys after the delay. One that answers may be
-// busy until the timeout.
-constexpr auto lookUpDelay = 200ms;
-constexpr auto lookUpTimeout = 1s;
+// Longer than the keys of any target are waited for.
+constexpr auto reuseTimeout = 31s;
 // The end of the program waits no longer than a second in all.
 constexpr auto lookUpTimeoutAtEnd = 700ms;
 // Keys may be needed again for the next piece of a dictation.
@@ -42,17 +40,27 @@ Typist::Typist(XcbConnection& connection, Keyboard& keyboard, FrontWindow& front
       log_(log),
       burst_(connection, keyboard, front, hotKeys, std::move(onLift)),
       ping_(connection),
+      unread_(connection, loop, ping_,
+              {[this] {
+                   listen();
+                   scheduleRestore();
+                   handleChange();
+               },
+               [this](std::size_t characters) {
+                   reportLoss("its program has not answered for 30 s", characters);
+               }}),
       waitingDeadline_(loop),
-      consumedDeadline_(loop),
       restoreDeadline_(loop) {}
 
 Typist::~Typist() {
     for (const Item& item : items_) {
         const std::size_t typed = &item == &items_.front() ? position_ : 0;
         reportLoss("the connection to the X server ends", item.text.characters.size() - typed);
-        unread_.insert(unread_.end(), item.onTyped.begin(), item.onTyped.end());
+        for (const auto& onTyped : item.onTyped) {
+            onTyped();
+        }
     }
-    callTyped();
+    unread_.clear();
     keyboard_.restore();
     // A socket that is closed while it holds unread events may lose the requests in it.
     connection_.synchronise();
@@ -97,22 +105,27 @@ void Typist::beginNext() {
 
 // Remapped keys yield nothing any more after the end, so the targets get time to look them up.
 void Typist::endTyping() {
-    if (whenIdle_ && keyboard_.hasRemappedKeys() && !isConsumed_) {
+    if (whenIdle_ && keyboard_.hasRemappedKeys() && !unread_.isEmpty()) {
         wait(
-            lookUpTimeoutAtEnd, [this] { return isConsumed_; },
+            lookUpTimeoutAtEnd, [this] { return unread_.isEmpty(); },
             [this](bool) {
-                setConsumed();
+                unread_.clear();
                 beginNext();
             });
         return;
     }
     isBusy_ = false;
     listen();
-    if (keyboard_.hasRemappedKeys()) {
-        restoreDeadline_.set(restoreDelay, [this] { keyboard_.restore(); });
-    }
+    scheduleRestore();
     if (const auto action = std::exchange(whenIdle_, nullptr)) {
         action();
+    }
+}
+
+// A key that is restored too early yields nothing to a target that looks the key up late.
+void Typist::scheduleRestore() {
+    if (!isBusy_ && unread_.isEmpty() && keyboard_.hasRemappedKeys()) {
+        restoreDeadline_.set(restoreDelay, [this] { keyboard_.restore(); });
     }
 }
 
@@ -160,14 +173,7 @@ void Typist::bringToFront(xcb_window_t window) {
 // reused only after its target has looked it up, because programs look keys up in the map that is
 // valid then.
 void Typist::planRound() {
-    const xcb_window_t window = behind_ != XCB_NONE ? behind_ : front_.window();
-    if (window != target_ && !isConsumed_ && keyboard_.hasRemappedKeys()) {
-        // The answer of this window would not tell what the window before has read.
-        wait(
-            lookUpTimeout, [this] { return isConsumed_; }, [this](bool) { planRound(); });
-        return;
-    }
-    target_ = window;
+    target_ = behind_ != XCB_NONE ? behind_ : front_.window();
     keyboard_.refresh();
     const KeyboardState state = KeyboardState::read(connection_);
     const std::u32string& characters = current().characters;
@@ -183,9 +189,9 @@ void Typist::planRound() {
         ++roundEnd_;
     }
     if (roundEnd_ < characters.size()) {
-        if (!isConsumed_) {
+        if (!unread_.isEmpty()) {
             wait(
-                lookUpTimeout, [this] { return isConsumed_; }, [this](bool) { planRound(); });
+                reuseTimeout, [this] { return unread_.isEmpty(); }, [this](bool) { planRound(); });
             return;
         }
         keyboard_.allowReuse({});
@@ -212,9 +218,10 @@ void Typist::planRound() {
 // does not answer in time gets the keys all the same, and perhaps reads them wrongly: a program
 // that hangs must not hold up every other text.
 void Typist::waitUntilRead() {
-    if (ping_.send(target_)) {
+    if (const auto serial = ping_.send(target_)) {
+        mapPing_ = {target_, *serial};
         wait(
-            targetTimeout, [this] { return ping_.isAnswered(); }, [this](bool) { typeRound(); });
+            targetTimeout, [this] { return !mapPing_; }, [this](bool) { typeRound(); });
     } else {
         wait(
             mapDelay, [] { return false; }, [this](bool) { typeRound(); });
@@ -230,7 +237,8 @@ void Typist::typeRound() {
             case KeyBurst::Outcome::done:
                 position_ += length;
                 failures_ = 0;
-                awaitConsumption();
+                unread_.add(target_, length);
+                listen();
                 break;
             case KeyBurst::Outcome::notInFront:
                 tryAgain(0ms, "its process does not stay in front", [this] { reachTarget(); });
@@ -253,7 +261,8 @@ void Typist::endRound() {
     } else if (broughtToFront_ != XCB_NONE) {
         // Until then the user's own keys go to the wrong window.
         wait(
-            targetTimeout, [this] { return isConsumed_; }, [this](bool) { giveFocusBack(); });
+            targetTimeout, [this] { return !unread_.contains(broughtToFront_); },
+            [this](bool) { giveFocusBack(); });
     } else {
         endText();
     }
@@ -271,12 +280,10 @@ void Typist::giveFocusBack() {
 }
 
 void Typist::endText() {
-    auto& typed = items_.front().onTyped;
-    unread_.insert(unread_.end(), typed.begin(), typed.end());
-    items_.pop_front();
-    if (isConsumed_) {
-        callTyped();
+    for (auto& onTyped : items_.front().onTyped) {
+        unread_.whenRead(target_, std::move(onTyped));
     }
+    items_.pop_front();
     beginNext();
 }
 
@@ -328,35 +335,31 @@ void Typist::endWaiting(bool holds) {
     next(holds);
 }
 
+void Typist::probeTarget() {
+    if (const xcb_window_t window = front_.window(); window != XCB_NONE) {
+        isProbing_ = ping_.send(window).has_value();
+        listen();
+    }
+}
+
 void Typist::handleMessage(const xcb_client_message_event_t& message) {
-    if (ping_.handleMessage(message)) {
-        setConsumed();
+    const auto answer = ping_.answerIn(message);
+    if (!answer) {
+        return;
     }
-}
-
-void Typist::awaitConsumption() {
-    isConsumed_ = false;
-    const bool answers = ping_.send(target_);
-    consumedDeadline_.set(answers ? lookUpTimeout : lookUpDelay, [this] { setConsumed(); });
-}
-
-void Typist::setConsumed() {
-    consumedDeadline_.clear();
-    isConsumed_ = true;
-    callTyped();
-    listen();
-    handleChange();
-}
-
-void Typist::callTyped() {
-    for (const auto& onTyped : std::exchange(unread_, {})) {
-        onTyped();
+    if (mapPing_ && mapPing_->window == answer->window && mapPing_->serial <= answer->serial) {
+        mapPing_.reset();
+        handleChange();
     }
+    if (std::exchange(isProbing_, false)) {
+        listen();
+    }
+    unread_.handleAnswer(*answer);
 }
 
 // Answers to a ping come as messages on the root window.
 void Typist::listen() {
-    const bool awaitsAnswer = isBusy_ || !isConsumed_;
+    const bool awaitsAnswer = isBusy_ || isProbing_ || !unread_.isEmpty();
     connection_.selectRootEvents(
         XCB_EVENT_MASK_PROPERTY_CHANGE |
         (awaitsAnswer ? std::uint32_t{XCB_EVENT_MASK_SUBSTRUCTURE_NOTIFY} : 0U));

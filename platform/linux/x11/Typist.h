@@ -19,6 +19,7 @@
 #include "platform/linux/x11/HotKeys.h"
 #include "platform/linux/x11/KeyBurst.h"
 #include "platform/linux/x11/Keyboard.h"
+#include "platform/linux/x11/UnreadKeys.h"
 #include "platform/linux/x11/WindowPing.h"
 #include "platform/linux/x11/XcbConnection.h"
 
@@ -42,6 +43,9 @@ class Typist {
     /// or have had the time to. That may be at once; at the latest it is when the typist ends.
     void whenIdle(std::function<void()> action);
 
+    /// A recording may begin for the window in front: whether its program answers pings is found
+    /// out before text comes.
+    void probeTarget();
     /// Something has changed that typing may be waiting for.
     void handleChange();
     /// A message has come on the root window.
@@ -77,8 +81,7 @@ class Typist {
     void wait(std::chrono::milliseconds timeout, std::function<bool()> condition,
               std::function<void(bool)> next);
     void endWaiting(bool holds);
-    void awaitConsumption();
-    void setConsumed();
+    void scheduleRestore();
     void listen();
 
     XcbConnection& connection_;
@@ -87,14 +90,14 @@ class Typist {
     platform::Log& log_;
     KeyBurst burst_;
     WindowPing ping_;
+    UnreadKeys unread_;
 
     const TypedText& current() const { return items_.front().text; }
-    void callTyped();
 
     std::deque<Item> items_;
-    // Of texts that were typed and whose keys are not known to be looked up.
-    std::vector<std::function<void()>> unread_;
+
     bool isBusy_ = false;
+    bool isProbing_ = false;
     std::function<void()> whenIdle_;
 
     // Of the text that is being typed.
@@ -107,11 +110,10 @@ class Typist {
     xcb_window_t broughtToFront_ = XCB_NONE;
     xcb_window_t earlierFront_ = XCB_NONE;
 
-    // Whether the targets have looked up every key pressed so far.
-    bool isConsumed_ = true;
+    // The ping that tells that the target has read the last change of the map.
+    std::optional<WindowPing::Answer> mapPing_;
     std::optional<Waiting> waiting_;
     Deadline waitingDeadline_;
-    Deadline consumedDeadline_;
     Deadline restoreDeadline_;
 };
 

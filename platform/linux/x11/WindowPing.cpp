@@ -6,17 +6,23 @@
 
 namespace tarvik::linuxdesktop {
 
+namespace {
+
+// A window that is forgotten is known again after its next answer.
+constexpr std::size_t maxAnswering = 256;
+
+}  // namespace
+
 WindowPing::WindowPing(XcbConnection& connection)
     : connection_(connection),
       protocols_(connection.atom("WM_PROTOCOLS")),
       ping_(connection.atom("_NET_WM_PING")) {}
 
-bool WindowPing::send(xcb_window_t window) {
-    isAnswered_ = false;
+std::optional<std::uint32_t> WindowPing::send(xcb_window_t window) {
     ++serial_;
     const auto spoken = connection_.property(window, protocols_, XCB_ATOM_ATOM);
     if (std::ranges::find(spoken, ping_) == spoken.end()) {
-        return false;
+        return std::nullopt;
     }
     // The serial stands where a window manager puts the time, which only the sender reads.
     xcb_client_message_event_t message{};
@@ -29,14 +35,20 @@ bool WindowPing::send(xcb_window_t window) {
     message.data.data32[2] = window;
     xcb_send_event(connection_.get(), 0, window, XCB_EVENT_MASK_NO_EVENT,
                    reinterpret_cast<const char*>(&message));
-    return true;
+    return serial_;
 }
 
-bool WindowPing::handleMessage(const xcb_client_message_event_t& message) {
-    const bool isAnswer = message.window == connection_.root() && message.type == protocols_ &&
-                          message.data.data32[0] == ping_ && message.data.data32[1] == serial_;
-    isAnswered_ = isAnswered_ || isAnswer;
-    return isAnswer;
+std::optional<WindowPing::Answer> WindowPing::answerIn(const xcb_client_message_event_t& message) {
+    if (message.window != connection_.root() || message.type != protocols_ ||
+        message.data.data32[0] != ping_) {
+        return std::nullopt;
+    }
+    const Answer answer{message.data.data32[2], message.data.data32[1]};
+    if (answering_.size() >= maxAnswering) {
+        answering_.clear();
+    }
+    answering_.insert(answer.window);
+    return answer;
 }
 
 }  // namespace tarvik::linuxdesktop

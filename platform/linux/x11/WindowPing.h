@@ -4,6 +4,8 @@
 #include <xcb/xcb.h>
 
 #include <cstdint>
+#include <optional>
+#include <set>
 
 #include "platform/linux/x11/XcbConnection.h"
 
@@ -13,23 +15,27 @@ namespace tarvik::linuxdesktop {
 /// every event before the ping. Input thread only.
 class WindowPing {
   public:
+    struct Answer {
+        xcb_window_t window = XCB_NONE;
+        std::uint32_t serial = 0;
+    };
+
     explicit WindowPing(XcbConnection& connection);
 
-    /// Pings a window, and forgets an earlier ping. False when the window's program answers no
-    /// pings.
-    bool send(xcb_window_t window);
-    /// True from the answer to the next ping.
-    bool isAnswered() const { return isAnswered_; }
-
-    /// A message has come on the root window. True when the message is the answer.
-    bool handleMessage(const xcb_client_message_event_t& message);
+    /// Pings a window. Answers the ping's serial, which grows; empty when the window's program
+    /// answers no pings.
+    std::optional<std::uint32_t> send(xcb_window_t window);
+    /// What a message on the root window answers; empty when the message is no answer to a ping.
+    std::optional<Answer> answerIn(const xcb_client_message_event_t& message);
+    /// Whether a window has ever answered. Some programs say that they answer pings and do not.
+    bool hasAnswered(xcb_window_t window) const { return answering_.contains(window); }
 
   private:
     XcbConnection& connection_;
     xcb_atom_t protocols_;
     xcb_atom_t ping_;
     std::uint32_t serial_ = 0;
-    bool isAnswered_ = false;
+    std::set<xcb_window_t> answering_;
 };
 
 }  // namespace tarvik::linuxdesktop

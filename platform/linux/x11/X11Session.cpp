@@ -108,7 +108,9 @@ void X11Session::handleXinput(const xcb_ge_generic_event_t& event) {
         case XCB_INPUT_KEY_PRESS:
             // The listener of the press asks which process is in front.
             front_.refreshUnannounced();
-            hotKeys_.handlePress(reinterpret_cast<const xcb_input_key_press_event_t&>(event));
+            if (hotKeys_.handlePress(reinterpret_cast<const xcb_input_key_press_event_t&>(event))) {
+                typist_.probeTarget();
+            }
             break;
         case XCB_INPUT_KEY_RELEASE: {
             const auto& release = reinterpret_cast<const xcb_input_key_release_event_t&>(event);
