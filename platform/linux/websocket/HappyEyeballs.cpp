@@ -56,20 +56,27 @@ void HappyEyeballs::start(ConnectHandler handler) {
 }
 
 void HappyEyeballs::startNext() {
+    attemptTimer_.cancel();
     const std::size_t index = attempts_.size();
     tcp::socket& socket = attempts_.emplace_back(context_);
     socket.async_connect(endpoints_[index], [self = shared_from_this(), index](error_code error) {
         self->onAttempt(index, error);
     });
-    if (attempts_.size() == endpoints_.size()) {
-        return;
+    if (attempts_.size() < endpoints_.size()) {
+        startNextLater();
     }
+}
+
+void HappyEyeballs::startNextLater() {
     attemptTimer_.expires_after(attemptDelay);
-    attemptTimer_.async_wait([self = shared_from_this()](error_code error) {
-        if (!error && self->handler_) {
-            self->startNext();
-        }
-    });
+    attemptTimer_.async_wait(
+        [self = shared_from_this(), count = attempts_.size()](error_code error) {
+            // A wait that has just ended cannot be cancelled any more. A refusal may have started
+            // the next attempt meanwhile.
+            if (!error && self->handler_ && self->attempts_.size() == count) {
+                self->startNext();
+            }
+        });
 }
 
 void HappyEyeballs::onAttempt(std::size_t index, const error_code& error) {

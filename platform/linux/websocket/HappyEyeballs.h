@@ -31,6 +31,7 @@ class HappyEyeballs final : public std::enable_shared_from_this<HappyEyeballs> {
 
   private:
     void startNext();
+    void startNextLater();
     void onAttempt(std::size_t index, const boost::system::error_code& error);
     void finish(const boost::system::error_code& error, boost::asio::ip::tcp::socket socket);
 

@@ -4,6 +4,8 @@
 
 #include <boost/asio/io_context.hpp>
 #include <boost/asio/ip/tcp.hpp>
+#include <boost/asio/steady_timer.hpp>
+#include <functional>
 
 #include "base/Time.h"
 #include "platform/linux/websocket/HappyEyeballs.h"
@@ -21,9 +23,17 @@ struct Outcome {
     Seconds duration{0};
 };
 
-Outcome connectToAny(const std::vector<tcp::endpoint>& endpoints) {
+/// Connects, and calls `meanwhile` half a second after the start.
+Outcome connectToAny(
+    const std::vector<tcp::endpoint>& endpoints, std::function<void()> meanwhile = [] {}) {
     boost::asio::io_context context;
     Outcome result;
+    boost::asio::steady_timer timer(context, std::chrono::milliseconds(500));
+    timer.async_wait([&](const boost::system::error_code& error) {
+        if (!error) {
+            meanwhile();
+        }
+    });
     const auto start = std::chrono::steady_clock::now();
     const auto connector = std::make_shared<linuxdesktop::HappyEyeballs>(context, endpoints);
     connector->start([&](const boost::system::error_code& error, const tcp::socket& socket) {
@@ -32,6 +42,7 @@ Outcome connectToAny(const std::vector<tcp::endpoint>& endpoints) {
             result.winner = socket.remote_endpoint();
         }
         result.duration = std::chrono::steady_clock::now() - start;
+        timer.cancel();
     });
     context.run();
     return result;
@@ -59,6 +70,16 @@ TEST(HappyEyeballs, ASilentAddressCostsAQuarterOfASecond) {
     EXPECT_EQ(result.winner, target);
     EXPECT_GE(result.duration, Seconds(0.25));
     EXPECT_LT(result.duration, Seconds(0.5));
+}
+
+TEST(HappyEyeballs, ASlowAddressAfterARefusalIsWaitedFor) {
+    Listener slow("127.0.0.1", 0, true);
+    const auto target = endpointAt("127.0.0.1", slow.port());
+    const auto refused = endpointAt("::1", slow.port());
+    // The kernel repeats the attempt a second after the first one, which nobody has answered.
+    const Outcome result = connectToAny({refused, target}, [&] { slow.emptyBacklog(); });
+    EXPECT_EQ(result.winner, target) << result.error.message();
+    EXPECT_GE(result.duration, Seconds(0.5));
 }
 
 TEST(HappyEyeballs, TheLastRefusalIsTheFailure) {

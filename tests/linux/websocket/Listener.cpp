@@ -81,6 +81,16 @@ void Listener::fillBacklog() {
     throw std::runtime_error("The listening socket takes everything in");
 }
 
+void Listener::emptyBacklog() {
+    for (const int client : backlog_) {
+        ::close(client);
+    }
+    backlog_.clear();
+    while (hasConnection()) {
+        ::close(::accept4(socket_, nullptr, nullptr, SOCK_CLOEXEC));
+    }
+}
+
 Listener::~Listener() {
     for (const int client : backlog_) {
         ::close(client);

@@ -24,6 +24,8 @@ class Listener {
     std::uint16_t port() const { return port_; }
     /// The next connection. Throws when none comes within 10 s.
     Peer accept();
+    /// Ends the connections of a full backlog, so that the kernel answers again.
+    void emptyBacklog();
     /// Whether a connection waits to be accepted.
     bool hasConnection() const;
 
