@@ -4,6 +4,7 @@
 
 import json
 import os
+import pathlib
 import re
 import signal
 import socket
@@ -23,6 +24,16 @@ SILENT = "does not answer; its text will be typed"
 # In seconds: how long a write to a hanging or dying target may take, and what a busy machine adds.
 MAX_WRITE_TIME = 0.5
 TOLERANCE = 0.1
+
+
+def inheritable_descriptors(pid):
+    """What a process would hand down to a program besides its standard streams."""
+    found = []
+    for entry in pathlib.Path(f"/proc/{pid}/fdinfo").iterdir():
+        flags = int(re.search(r"^flags:\s*([0-7]+)$", entry.read_text(), re.MULTILINE)[1], 8)
+        if int(entry.name) > 2 and not flags & os.O_CLOEXEC:
+            found.append(os.readlink(f"/proc/{pid}/fd/{entry.name}"))
+    return found
 
 
 class Unreachable:
@@ -150,6 +161,16 @@ class BadService(DictationTest):
         self.check_the_next_recording(service)
 
     def check_the_next_recording(self, service):
+class Descriptors(DictationTest):
+    def test_a_started_program_would_inherit_nothing_of_a_recording(self):
+        service = self.start_scripted_service()
+        application = self.start_application(service)
+        self.hold()
+        service.stream()
+        self.wait_until_listening()
+        self.assertEqual(inheritable_descriptors(application.pid), [])
+
+
         self.dictate(service, "Works again")
         self.target.wait_for_text("Works again")
 

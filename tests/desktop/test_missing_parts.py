@@ -2,6 +2,7 @@
 # SPDX-License-Identifier: MIT
 """Desktops on which a part is missing or ends: the application runs and reports the missing part."""
 
+import os
 import unittest
 
 from application import VERSION, Application, write_settings
@@ -21,10 +22,13 @@ class MissingParts(unittest.TestCase):
     def make_desktop(self, **parts):
         return self.enterContext(Desktop(**({"wm": True, "a11y": True, "audio": True} | parts)))
 
-    def start(self, desktop, ready=LAUNCHED, **environment):
+    def write_settings(self, desktop):
         write_settings(desktop.environment,
                        {"deepgramApiKey": "a-key", "deepgramHost": "localhost:1",
                         "lastWelcomeShownForVersion": VERSION})
+
+    def start(self, desktop, ready=LAUNCHED, **environment):
+        self.write_settings(desktop)
         application = Application(desktop, BINARIES, environment, ready)
         self.addCleanup(self.close_cleanly, application)
         return application
@@ -96,6 +100,16 @@ class MissingParts(unittest.TestCase):
         wait_for(lambda: "990x" in desktop.run(
             ["xwininfo", "-root", "-tree"]), "the setup window")
         self.assertIsNone(application.process.poll())
+
+    def test_no_standard_streams(self):
+        desktop = self.make_desktop()
+        self.write_settings(desktop)
+        process = desktop.spawn(
+            ["sh", "-c", 'exec "$0" <&- >&- 2>&-', str(BINARIES / "tarvik-dictate")])
+        wait_for_window(desktop).close()
+        streams = {os.readlink(f"/proc/{process.pid}/fd/{number}") for number in range(3)}
+        self.assertEqual(streams, {"/dev/null"})
+        self.assertEqual(desktop.end(process, timeout=10.0), 0)
 
     def test_nothing_but_a_display(self):
         desktop = self.make_desktop(wm=True, a11y=False, audio=False)

@@ -43,6 +43,24 @@ class SpawnAttributes {
     posix_spawnattr_t attributes_{};
 };
 
+// Closes everything but the standard streams in the child. What a library or the parent of this
+// process has opened without O_CLOEXEC is nothing for the child.
+class SpawnFileActions {
+  public:
+    SpawnFileActions() {
+        posix_spawn_file_actions_init(&actions_);
+        posix_spawn_file_actions_addclosefrom_np(&actions_, STDERR_FILENO + 1);
+    }
+    ~SpawnFileActions() { posix_spawn_file_actions_destroy(&actions_); }
+    SpawnFileActions(const SpawnFileActions&) = delete;
+    SpawnFileActions& operator=(const SpawnFileActions&) = delete;
+
+    const posix_spawn_file_actions_t* get() const { return &actions_; }
+
+  private:
+    posix_spawn_file_actions_t actions_{};
+};
+
 // A child that has ended keeps its entry in the process table until its parent reaps it. Without a
 // pidfd the child is not reaped, and the entry stays as long as this process.
 void reapWhenEnded(pid_t child) {
@@ -70,8 +88,8 @@ std::optional<Error> ProcessTaskLauncher::launch(const std::string& launchPath,
     }
     pointers.push_back(nullptr);
     pid_t child = 0;
-    const int failure = posix_spawn(&child, launchPath.c_str(), nullptr, SpawnAttributes().get(),
-                                    pointers.data(), environ);
+    const int failure = posix_spawn(&child, launchPath.c_str(), SpawnFileActions().get(),
+                                    SpawnAttributes().get(), pointers.data(), environ);
     if (failure != 0) {
         return Error{failure, "cannot start " + launchPath + ": " + std::strerror(failure)};
     }

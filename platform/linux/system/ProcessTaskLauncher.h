@@ -5,8 +5,9 @@
 
 namespace tarvik::linuxdesktop {
 
-/// Starts processes, each in a session of its own, with default signal dispositions and the
-/// standard streams of this process. Main thread only; needs its QCoreApplication.
+/// Starts processes, each in a session of its own, with default signal dispositions. A process
+/// inherits the standard streams of this process and no other descriptor. Main thread only; needs
+/// its QCoreApplication.
 class ProcessTaskLauncher final : public platform::TaskLauncher {
   public:
     std::optional<Error> launch(const std::string& launchPath,

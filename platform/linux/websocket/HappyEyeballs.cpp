@@ -2,8 +2,12 @@
 
 #include "platform/linux/websocket/HappyEyeballs.h"
 
+#include <sys/socket.h>
+#include <unistd.h>
+
 #include <boost/asio/error.hpp>
 #include <boost/asio/post.hpp>
+#include <cerrno>
 #include <chrono>
 #include <utility>
 
@@ -36,6 +40,21 @@ std::vector<tcp::endpoint> withAlternatingFamilies(const std::vector<tcp::endpoi
     return ordered;
 }
 
+// Asio's own sockets are inherited by every program that this process starts.
+error_code openPrivately(tcp::socket& socket, const tcp& protocol) {
+    const int descriptor =
+        ::socket(protocol.family(), protocol.type() | SOCK_CLOEXEC, protocol.protocol());
+    if (descriptor < 0) {
+        return {errno, boost::system::system_category()};
+    }
+    error_code error;
+    socket.assign(protocol, descriptor, error);
+    if (error) {
+        close(descriptor);
+    }
+    return error;
+}
+
 }  // namespace
 
 HappyEyeballs::HappyEyeballs(boost::asio::io_context& context, std::vector<tcp::endpoint> endpoints)
@@ -59,9 +78,14 @@ void HappyEyeballs::startNext() {
     attemptTimer_.cancel();
     const std::size_t index = attempts_.size();
     tcp::socket& socket = attempts_.emplace_back(context_);
-    socket.async_connect(endpoints_[index], [self = shared_from_this(), index](error_code error) {
+    auto onResult = [self = shared_from_this(), index](error_code error) {
         self->onAttempt(index, error);
-    });
+    };
+    if (const error_code error = openPrivately(socket, endpoints_[index].protocol())) {
+        boost::asio::post(context_, [onResult, error] { onResult(error); });
+    } else {
+        socket.async_connect(endpoints_[index], onResult);
+    }
     if (attempts_.size() < endpoints_.size()) {
         startNextLater();
     }

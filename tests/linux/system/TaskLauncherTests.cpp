@@ -1,10 +1,13 @@
 // SPDX-License-Identifier: MIT
 
+#include <unistd.h>
+
 #include <csignal>
 #include <filesystem>
 #include <sstream>
 #include <string>
 
+#include "platform/linux/loop/FileDescriptor.h"
 #include "platform/linux/system/ProcessTaskLauncher.h"
 #include "tests/linux/system/ApplicationTest.h"
 
@@ -34,6 +37,17 @@ TEST_F(TaskLauncherTest, ALaunchedProgramHasASessionOfItsOwnAndLeavesNoTrace) {
     EXPECT_EQ(std::stoull(ignored, nullptr, 16) & ours, 0U);
     EXPECT_TRUE(runUntil([&] { return !std::filesystem::exists("/proc/" + process); }));
     std::signal(SIGUSR1, SIG_DFL);
+}
+
+TEST_F(TaskLauncherTest, ALaunchedProgramInheritsTheStandardStreamsOnly) {
+    const linuxdesktop::FileDescriptor inheritable(dup(STDIN_FILENO));
+    linuxdesktop::ProcessTaskLauncher launcher;
+    const std::string result = folder / "result";
+    EXPECT_FALSE(launcher.launch("/bin/sh", {"-c", "ls /proc/self/fd > " + result + ".part; mv " +
+                                                       result + ".part " + result}));
+    EXPECT_TRUE(runUntil([&] { return std::filesystem::exists(result); }));
+    // The fourth one is the folder that is listed.
+    EXPECT_EQ(contentOf(result), "0\n1\n2\n3\n");
 }
 
 }  // namespace

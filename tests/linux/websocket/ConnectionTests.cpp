@@ -3,6 +3,7 @@
 #include <chrono>
 
 #include "tests/linux/websocket/BeastTest.h"
+#include "tests/support/TestProcess.h"
 
 namespace tarvik::tests {
 
@@ -201,6 +202,17 @@ TEST_F(WebSocketConnection, HoldsTheServerBackWhileNobodyAsks) {
     ASSERT_TRUE(comes("open token"));
     const std::string frame = Peer::frame(Peer::data, std::string(4 * mebibyte, 'a'));
     constexpr int maxFrames = 100;
+/// The descriptors of a program that this process starts.
+std::string inheritedDescriptors() {
+    return TestProcess::run({"sh", "-c", "ls /proc/$$/fd"}).output;
+}
+
+TEST_F(WebSocketConnection, NoProgramInheritsTheConnection) {
+    const std::string before = inheritedDescriptors();
+    open();
+    EXPECT_EQ(inheritedDescriptors(), before);
+}
+
     int taken = 0;
     while (taken < maxFrames && world.peer().tryWrite(frame)) {
         ++taken;
