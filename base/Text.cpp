@@ -17,6 +17,8 @@ struct Decoded {
     std::size_t length = 1;
 };
 
+constexpr std::string_view ellipsis = "…";
+
 std::uint8_t byteAt(std::string_view text, std::size_t index) {
     return static_cast<std::uint8_t>(text[index]);
 }
@@ -85,6 +87,17 @@ std::string trimmed(std::string_view text) {
         if (!isWhiteSpace(decoded.character)) {
             begin = std::min(begin, index);
             end = index + decoded.length;
+std::string shortened(std::string_view text, std::size_t maxCharacters) {
+    std::size_t cut = 0;
+    std::size_t index = 0;
+    for (std::size_t count = 0; index < text.size() && count < maxCharacters; ++count) {
+        cut = index;
+        index += decodeFirst(text.substr(index)).length;
+    }
+    return index == text.size() ? std::string(text)
+                                : std::string(text.substr(0, cut)).append(ellipsis);
+}
+
         }
         index += decoded.length;
     }

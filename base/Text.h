@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include <cstddef>
 #include <string>
 #include <string_view>
 
@@ -13,6 +14,10 @@ constexpr std::string_view trueOrFalse(bool value) {
 
 /// Converts UTF-8 to UTF-16 code units. Each byte that is part of no character becomes U+FFFD.
 std::u16string utf16FromUtf8(std::string_view text);
+
+/// `text` (UTF-8) with at most `maxCharacters` characters. An ellipsis takes the place of what was
+/// cut off.
+std::string shortened(std::string_view text, std::size_t maxCharacters);
 
 /// `text` (UTF-8) without leading and trailing white space. White space is every character with the
 /// Unicode property White_Space, line breaks included.

@@ -25,6 +25,9 @@ class UserDefaults {
     /// The truth value under `key`; false when the entry is absent or not a truth value.
     virtual bool boolForKey(std::string_view key) const = 0;
 
+    /// Whether there is an entry under `key`, of any type.
+    virtual bool hasObjectForKey(std::string_view key) const = 0;
+
     virtual void setString(std::string_view value, std::string_view key) = 0;
     virtual void setInteger(std::int64_t value, std::string_view key) = 0;
     virtual void setBool(bool value, std::string_view key) = 0;

@@ -40,7 +40,8 @@ std::shared_ptr<DeepgramClient> DeepgramClient::make(Services services, std::str
 void DeepgramClient::connect(std::function<void(bool isOpen)> completion) {
     const std::optional<std::string> url = listenUrl(host_, sampleRate_);
     if (!url) {
-        log_.write("TarvikDictate: \"" + host_ + "\" is not a host to stream to — not connecting");
+        log_.write("TarvikDictate: \"" + hostForLog(host_) +
+                   "\" is not a host to stream to — not connecting");
         return;
     }
     platform::UrlRequest request;

@@ -3,13 +3,15 @@
 #include "speech/ListenUrl.h"
 
 #include <algorithm>
-#include <string_view>
 
 #include "base/BuildConstants.h"
+#include "base/Text.h"
 
 namespace tarvik {
 
 namespace {
+
+constexpr std::string_view hostKey = "deepgramHost";
 
 constexpr bool isDigit(char c) {
     return c >= '0' && c <= '9';
@@ -58,7 +60,22 @@ static_assert(isHostAndPort(builtInStreamingHost), "TARVIK_STREAMING_HOST is no 
 }  // namespace
 
 std::string streamingHost(const platform::UserDefaults& defaults) {
-    return defaults.stringForKey("deepgramHost").value_or(builtInStreamingHost);
+    const std::optional<std::string> host = defaults.stringForKey(hostKey);
+    if (host) {
+        return host->empty() ? builtInStreamingHost : *host;
+    }
+    return defaults.hasObjectForKey(hostKey) ? "(not a text)" : builtInStreamingHost;
+}
+
+std::string hostForLog(std::string_view host) {
+    constexpr std::size_t maxCharacters = 100;
+    std::string text;
+    if (const std::size_t at = host.rfind('@'); at != host.npos) {
+        text = "…";
+        host.remove_prefix(at);
+    }
+    text += host.substr(0, host.find_first_of("?#"));
+    return shortened(text, maxCharacters);
 }
 
 std::optional<std::string> listenUrl(const std::string& host, std::int64_t sampleRate) {

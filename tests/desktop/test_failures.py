@@ -88,6 +88,35 @@ class MissingParts(DictationTest):
         application.log.wait_for(DEFERRED)
         self.assertEqual(application.log.count("X-Other"), 0)
 
+    def test_a_key_beyond_every_header_is_refused_with_one_error(self):
+        service = self.start_scripted_service()
+        application = self.start_application(service, settings={"deepgramApiKey": "k" * 70_000})
+        self.hold()
+        self.assertIn("Sec-WebSocket-Protocol is too long", application.log.wait_for(ERROR))
+        self.keyboard.release()
+        application.log.wait_for(DEFERRED)
+        self.assertEqual(application.log.count(ERROR), 1)
+        self.assertEqual(service.streams, [])
+
+    def test_a_host_that_is_none_is_named_without_its_credentials(self):
+        service = self.start_scripted_service()
+        application = self.start_application(
+            service, settings={"deepgramHost": '"user:secret@' + service.host + '/v1"'})
+        self.hold()
+        application.log.wait_for(f'"…@{service.host}/v1" is not a host to stream to')
+        self.keyboard.release()
+        application.log.wait_for(DEFERRED)
+        self.assertEqual(application.log.count("secret"), 0)
+        self.assertEqual(service.streams, [])
+
+    def test_a_list_of_hosts_is_no_reason_to_send_the_key_elsewhere(self):
+        application = self.start_application(settings={"deepgramHost": "localhost:1, localhost:2"})
+        self.hold()
+        application.log.wait_for("is not a host to stream to")
+        self.keyboard.release()
+        application.log.wait_for(DEFERRED)
+        self.assertEqual(application.log.count(ERROR), 0)
+
     def test_a_stored_value_of_the_wrong_type_reads_as_absent(self):
         service = self.start_scripted_service()
         application = self.start_application(

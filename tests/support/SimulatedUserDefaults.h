@@ -45,6 +45,8 @@ class SimulatedUserDefaults final : public platform::UserDefaults {
         return value<bool>(key).value_or(false);
     }
 
+    bool hasObjectForKey(std::string_view key) const override { return has(key); }
+
     void setString(std::string_view value, std::string_view key) override {
         set(key, std::string(value));
     }

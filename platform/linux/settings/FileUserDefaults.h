@@ -37,6 +37,7 @@ class FileUserDefaults final : public platform::UserDefaults {
     std::int64_t integerForKey(std::string_view key) const override;
     bool boolForKey(std::string_view key) const override;
 
+    bool hasObjectForKey(std::string_view key) const override;
     void setString(std::string_view value, std::string_view key) override;
     void setInteger(std::int64_t value, std::string_view key) override;
     void setBool(bool value, std::string_view key) override;

@@ -14,6 +14,9 @@ namespace {
 constexpr std::string_view userAgentField = "User-Agent";
 constexpr std::string_view userAgent = "TarvikDictate/" TARVIK_VERSION;
 
+// Beast keeps the length of a value and its line break in 16 bits, and throws for more.
+constexpr std::size_t maxBlockSize = 65'533;
+
 bool isTokenCharacter(char character) {
     constexpr std::string_view punctuation = "!#$%&'*+-.^_`|~";
     return std::isalnum(static_cast<unsigned char>(character)) != 0 ||
@@ -23,6 +26,17 @@ bool isTokenCharacter(char character) {
 bool canStandInValue(char character) {
     const auto byte = static_cast<unsigned char>(character);
     return (byte >= 0x20 && byte != 0x7F) || byte == '\t';
+}
+
+// Beast trims blanks at the end of a value, but those blanks may belong to a key. So all fields
+// become the value of the first one: the line breaks inside it keep the blanks before them, and the
+// last value, the user agent, ends in no blank.
+std::string valueOfAll(const HeaderFields& fields) {
+    std::string block = fields.front().second;
+    for (auto field = std::next(fields.begin()); field != fields.end(); ++field) {
+        block.append("\r\n").append(field->first).append(": ").append(field->second);
+    }
+    return block.append("\r\n").append(userAgentField).append(": ").append(userAgent);
 }
 
 }  // namespace
@@ -37,6 +51,9 @@ std::optional<Error> checkHeaders(const HeaderFields& fields) {
                                      " has a line break or another control character"};
         }
     }
+    if (!fields.empty() && valueOfAll(fields).size() > maxBlockSize) {
+        return Error{EMSGSIZE, "The header field " + fields.front().first + " is too long"};
+    }
     return std::nullopt;
 }
 
@@ -45,15 +62,7 @@ void addHeaders(boost::beast::websocket::request_type& request, const HeaderFiel
         request.set(userAgentField, userAgent);
         return;
     }
-    // Beast trims blanks at the end of a value, but those blanks may belong to a key. So all fields
-    // become the value of one field: the line breaks inside it keep the blanks before them, and the
-    // last value, the user agent, ends in no blank.
-    std::string block = fields.front().second;
-    for (auto field = std::next(fields.begin()); field != fields.end(); ++field) {
-        block.append("\r\n").append(field->first).append(": ").append(field->second);
-    }
-    block.append("\r\n").append(userAgentField).append(": ").append(userAgent);
-    request.set(fields.front().first, block);
+    request.set(fields.front().first, valueOfAll(fields));
 }
 
 }  // namespace tarvik::linuxdesktop

@@ -13,8 +13,8 @@ namespace tarvik::linuxdesktop {
 
 using HeaderFields = std::vector<std::pair<std::string, std::string>>;
 
-/// The error when a name or a value in `fields` is not valid in an HTTP request. Empty when all
-/// are.
+/// The error when a name or a value in `fields` is not valid in an HTTP request, or when all
+/// together are longer than some 65,000 bytes. Empty when the fields can be sent.
 std::optional<Error> checkHeaders(const HeaderFields& fields);
 
 /// Adds `fields` byte for byte, and a User-Agent field. checkHeaders() must have accepted `fields`.

@@ -16,6 +16,7 @@ class StandardUserDefaults final : public platform::UserDefaults {
     std::optional<std::string> stringForKey(std::string_view key) const override;
     std::int64_t integerForKey(std::string_view key) const override;
     bool boolForKey(std::string_view key) const override;
+    bool hasObjectForKey(std::string_view key) const override;
 
     void setString(std::string_view value, std::string_view key) override;
     void setInteger(std::int64_t value, std::string_view key) override;

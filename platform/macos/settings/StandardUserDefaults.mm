@@ -21,6 +21,10 @@ bool StandardUserDefaults::boolForKey(std::string_view key) const {
     return [defaults_ boolForKey:nsString(key)];
 }
 
+bool StandardUserDefaults::hasObjectForKey(std::string_view key) const {
+    return [defaults_ objectForKey:nsString(key)] != nil;
+}
+
 void StandardUserDefaults::setString(std::string_view value, std::string_view key) {
     [defaults_ setObject:nsString(value) forKey:nsString(key)];
 }

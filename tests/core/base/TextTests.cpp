@@ -38,6 +38,15 @@ TEST(Utf16, HasOneReplacementCharacterPerInvalidByte) {
     EXPECT_EQ(utf16FromUtf8("\xC3("), (std::u16string{none, u'('}));
 }
 
+TEST(Shortening, CutsBetweenCharactersAndSaysSo) {
+    EXPECT_EQ(shortened("", 3), "");
+    EXPECT_EQ(shortened("abc", 3), "abc");
+    EXPECT_EQ(shortened("abcd", 3), "ab…");
+    EXPECT_EQ(shortened("ключ", 4), "ключ");
+    EXPECT_EQ(shortened("ключи", 4), "клю…");
+    EXPECT_EQ(shortened("\xFF\xFE\xFF", 2), "\xFF…");
+}
+
 TEST(Trimming, RemovesWhiteSpaceFromTheEndsOnly) {
     EXPECT_EQ(trimmed("  a b\r\n"), "a b");
     EXPECT_EQ(trimmed("\t\n\v\f\r a\t"), "a");

@@ -60,6 +60,15 @@ TEST(Client, InvalidHostIsOnlyLogged) {
               Lines({"TarvikDictate: \"not a host\" is not a host to stream to — not connecting"}));
 }
 
+TEST(Client, CredentialsInAnInvalidHostAreNotLogged) {
+    ClientUnderTest test("secret", 48000, "user:secret@speech.example");
+    test.connect();
+    EXPECT_TRUE(test.platform.webSockets().tasks().empty());
+    EXPECT_EQ(test.platform.log().lines(),
+              Lines({"TarvikDictate: \"…@speech.example\" is not a host to stream to — not "
+                     "connecting"}));
+}
+
 TEST(Client, FirstReceiveIsArmedRightAfterTheStartAndBeforeTheSocketOpens) {
     ClientUnderTest test;
     test.connect();

@@ -144,7 +144,10 @@ TEST_F(SettingsFileTest, WhatSomebodyElseChangesMeanwhileIsKeptAndTakenOver) {
 }
 
 TEST_F(SettingsFileTest, ADeletedFileIsWrittenAnewAsAWhole) {
+    EXPECT_TRUE(defaults->hasObjectForKey("list"));
     putFile(path, "[General]\nkept=1\n");
+    EXPECT_TRUE(defaults->hasObjectForKey("variant"));
+    EXPECT_FALSE(defaults->hasObjectForKey("absent"));
     open();
     std::filesystem::remove(path);
     defaults->setInteger(2, "new");

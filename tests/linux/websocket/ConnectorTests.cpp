@@ -190,6 +190,23 @@ TEST_F(WebSocketCertificates, OfAStrangeAuthority) {
 }
 
 TEST_F(WebSocketCertificates, OfAnotherHost) {
+TEST_F(WebSocketConnector, AKeyTooLongForTheHandshakeFailsTheOpening) {
+    for (const std::size_t size : {65'400U, 65'530U, 65'536U, 1'000'000U}) {
+        recorder = std::make_shared<WebSocketRecorder>();
+        platform::UrlRequest request = world.request();
+        request.headerFields = {{"Sec-WebSocket-Protocol", "token, " + std::string(size, 'k')}};
+        start(request);
+        if (size < 65'500) {
+            world.accept("token");
+            EXPECT_TRUE(comes("open token"));
+            EXPECT_EQ(occurrences(world.head(), std::string(size, 'k')), 1U);
+        } else {
+            EXPECT_TRUE(failed("The header field Sec-WebSocket-Protocol is too long")) << size;
+        }
+    }
+    EXPECT_FALSE(world.listener().hasConnection());
+}
+
     EXPECT_EQ(verifyErrorOf({.names = "DNS:localhost,IP:127.0.0.2"}),
               "The certificate of 127.0.0.1 does not verify: IP address mismatch");
 }
