@@ -5,6 +5,7 @@
 #include <condition_variable>
 #include <deque>
 #include <mutex>
+#include <system_error>
 #include <thread>
 #include <utility>
 
@@ -18,15 +19,25 @@ struct BackgroundWorker::Jobs {
     std::deque<std::function<void()>> waiting;
     bool isEnding = false;
     bool hasEnded = false;
+    /// Whether runWaiting() is under way.
+    bool isRunning = false;
     std::thread thread;
 
     void run() {
         std::unique_lock lock(mutex);
-        while (true) {
+        while (!isEnding || !waiting.empty()) {
+            runWaiting(lock);
             changed.wait(lock, [this] { return isEnding || !waiting.empty(); });
-            if (waiting.empty()) {
-                break;
-            }
+        }
+        hasEnded = true;
+        changed.notify_all();
+    }
+
+    void runWaiting(std::unique_lock<std::mutex>& lock) {
+        if (std::exchange(isRunning, true)) {
+            return;
+        }
+        while (!waiting.empty()) {
             std::function<void()> job = std::move(waiting.front());
             waiting.pop_front();
             lock.unlock();
@@ -35,14 +46,17 @@ struct BackgroundWorker::Jobs {
             job = nullptr;
             lock.lock();
         }
-        hasEnded = true;
-        changed.notify_all();
+        isRunning = false;
     }
 };
 
 BackgroundWorker::BackgroundWorker(const std::string& name, Seconds timeout)
     : jobs_(std::make_shared<Jobs>()), timeout_(timeout) {
-    jobs_->thread = startThread(name, [jobs = jobs_] { jobs->run(); });
+    try {
+        jobs_->thread = startThread(name, [jobs = jobs_] { jobs->run(); });
+    } catch (const std::system_error& failure) {
+        error_ = Error{failure.code().value(), failure.code().message()};
+    }
 }
 
 BackgroundWorker::~BackgroundWorker() {
@@ -50,12 +64,12 @@ BackgroundWorker::~BackgroundWorker() {
 }
 
 void BackgroundWorker::finish() {
-    if (!jobs_->thread.joinable()) {
-        return;
-    }
     std::unique_lock lock(jobs_->mutex);
     jobs_->isEnding = true;
     jobs_->changed.notify_all();
+    if (!jobs_->thread.joinable()) {
+        return;
+    }
     const bool hasEnded =
         jobs_->changed.wait_for(lock, timeout_, [this] { return jobs_->hasEnded; });
     lock.unlock();
@@ -67,12 +81,18 @@ void BackgroundWorker::finish() {
 }
 
 void BackgroundWorker::async(std::function<void()> job) {
-    const std::lock_guard lock(jobs_->mutex);
-    if (jobs_->isEnding) {
+    // An own reference: without a thread, a job may be the one that destroys the worker's owner.
+    const std::shared_ptr<Jobs> jobs = jobs_;
+    std::unique_lock lock(jobs->mutex);
+    if (jobs->isEnding) {
         return;
     }
-    jobs_->waiting.push_back(std::move(job));
-    jobs_->changed.notify_all();
+    jobs->waiting.push_back(std::move(job));
+    if (error_) {
+        jobs->runWaiting(lock);
+    } else {
+        jobs->changed.notify_all();
+    }
 }
 
 }  // namespace tarvik::linuxdesktop

@@ -21,6 +21,10 @@ constexpr Seconds shutdownTimeout(2);
 FileUserDefaults::FileUserDefaults(const std::string& path, platform::Log& log)
     : file_(std::make_shared<SettingsFile>(path, log)),
       worker_("tarvik-settings", shutdownTimeout) {
+    if (const auto& error = worker_.error()) {
+        log.write("TarvikDictate: no thread for the settings, which are saved at once: " +
+                  error->localizedDescription);
+    }
     file_->load();
 }
 

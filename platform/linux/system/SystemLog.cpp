@@ -74,6 +74,10 @@ SystemLog::SystemLog()
     openlog("tarvik-dictate", LOG_PID, LOG_USER);
     unwritten = &backlog_->lines;
     std::signal(SIGABRT, waitForLines);
+    if (const auto& error = worker_.error()) {
+        write("TarvikDictate: no thread for the log, which is written at once: " +
+              error->localizedDescription);
+    }
 }
 
 SystemLog::~SystemLog() {

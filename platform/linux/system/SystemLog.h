@@ -14,7 +14,8 @@ namespace tarvik::linuxdesktop {
 /// Any thread; nothing waits. A worker writes the lines, because standard error may be a pipe that
 /// nobody reads, and the journal may be busy. Control characters inside a line, line breaks too,
 /// become blanks. Beyond 10000 unwritten lines new ones are dropped, and a later line says how
-/// many. An abort waits up to a second for the lines that are left. A process has one such log.
+/// many. When the system has no thread left, lines are written at once. An abort waits up to a
+/// second for the lines that are left. A process has one such log.
 class SystemLog final : public platform::Log {
   public:
     SystemLog();

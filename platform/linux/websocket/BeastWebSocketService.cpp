@@ -11,7 +11,7 @@ namespace tarvik::linuxdesktop {
 BeastWebSocketService::BeastWebSocketService(platform::Log& log,
                                              std::chrono::milliseconds closeTimeout,
                                              std::chrono::milliseconds delegateHoldTime)
-    : threads_(std::make_shared<ThreadRegistry>()),
+    : threads_(std::make_shared<ThreadRegistry>(log)),
       context_(new SessionContext{log, closeTimeout, delegateHoldTime,
                                   ProxySettings::fromEnvironment(), TrustStore()}) {}
 

@@ -54,19 +54,18 @@ void lookUpHost(SerialThread& thread, const std::string& host, std::uint16_t por
                 LookupHandler handler) {
     boost::system::error_code parseError;
     const auto address = boost::asio::ip::make_address(host, parseError);
+    auto deliver =
+        weakly(thread, [handler = std::move(handler)](SerialThread& receiver, Addresses addresses) {
+            receiver.post([handler, addresses = std::move(addresses)] { handler(addresses); });
+        });
     if (!parseError) {
-        handler(std::vector{tcp::endpoint(address, port)});
+        deliver(std::vector{tcp::endpoint(address, port)});
         return;
     }
     try {
-        auto deliver = weakly(thread, [handler](SerialThread& receiver, Addresses addresses) {
-            receiver.post([handler, addresses = std::move(addresses)] { handler(addresses); });
-        });
-        std::thread([deliver = std::move(deliver), host, port] {
-            deliver(askSystem(host, port));
-        }).detach();
+        std::thread([deliver, host, port] { deliver(askSystem(host, port)); }).detach();
     } catch (const std::system_error& error) {
-        handler(Error{error.code().value(), "No thread for looking up " + host});
+        deliver(Error{error.code().value(), "No thread for looking up " + host});
     }
 }
 

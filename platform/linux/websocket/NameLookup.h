@@ -18,9 +18,8 @@ using LookupHandler = std::function<void(Result<std::vector<boost::asio::ip::tcp
 /// Resolves `host`, a name or an address, to endpoints in the system's order of preference.
 ///
 /// To be called on `thread`, where `handler` is called too. A name is resolved on a detached
-/// thread, because a lookup cannot be cancelled. The handler is not called when `thread` has been
-/// destroyed or closed by then. For an address, or without a detached thread, the handler is called
-/// inside this call.
+/// thread, because a lookup cannot be cancelled. The handler is never called inside this call. The
+/// handler is not called when `thread` has been destroyed or closed by then.
 void lookUpHost(SerialThread& thread, const std::string& host, std::uint16_t port,
                 LookupHandler handler);
 

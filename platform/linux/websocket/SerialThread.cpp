@@ -15,17 +15,23 @@ void SerialThread::post(std::function<void()> block) {
     if (isClosed_) {
         return;
     }
-    ++postCount_;
-    boost::asio::post(context_, std::move(block));
+    waiting_.push_back(std::move(block));
+    isRunning_ = isRunning_ || threads_->start([self = shared_from_this()] { self->run(); });
     if (!isRunning_) {
-        isRunning_ = true;
-        threads_->start([self = shared_from_this()] { self->run(); });
+        return;
+    }
+    for (auto& next : std::exchange(waiting_, {})) {
+        ++postCount_;
+        boost::asio::post(context_, std::move(next));
     }
 }
 
 void SerialThread::close(std::function<void()> last) {
+    // Destroyed after the unlocking: a block may hold the last reference to this object's owner.
+    std::deque<std::function<void()>> dropped;
     const std::lock_guard lock(mutex_);
     isClosed_ = true;
+    dropped.swap(waiting_);
     if (isRunning_) {
         ++postCount_;
         boost::asio::post(context_, std::move(last));

@@ -3,6 +3,7 @@
 
 #include <boost/asio/io_context.hpp>
 #include <cstdint>
+#include <deque>
 #include <functional>
 #include <memory>
 #include <mutex>
@@ -18,11 +19,13 @@ class SerialThread final : public std::enable_shared_from_this<SerialThread> {
   public:
     explicit SerialThread(std::shared_ptr<ThreadRegistry> threads);
 
-    /// Runs `block` on the thread after the blocks posted before. Any thread; never blocks. After
-    /// close() the block is destroyed without being run.
+    /// Runs `block` on the thread after the blocks posted before. When the system has no thread
+    /// left, the block waits for the next post(). Any thread; never blocks. After close() the block
+    /// is destroyed without being run.
     void post(std::function<void()> block);
-    /// Refuses further blocks. Runs `last` after the blocks posted before, if the thread runs at
-    /// all. `last` must cancel every pending operation on context(). Any thread; never blocks.
+    /// Refuses further blocks, and destroys those that wait for a thread. Runs `last` after the
+    /// blocks posted before, if the thread runs at all. `last` must cancel every pending operation
+    /// on context(). Any thread; never blocks.
     void close(std::function<void()> last);
 
     /// The context of timers and sockets that complete on the thread. Used on the thread.
@@ -37,6 +40,8 @@ class SerialThread final : public std::enable_shared_from_this<SerialThread> {
     bool isRunning_ = false;
     bool isClosed_ = false;
     std::uint64_t postCount_ = 0;
+    /// The blocks that no thread has been found for.
+    std::deque<std::function<void()>> waiting_;
 };
 
 }  // namespace tarvik::linuxdesktop

@@ -2,14 +2,16 @@
 
 #include "platform/linux/websocket/ThreadRegistry.h"
 
+#include <string>
+#include <system_error>
 #include <utility>
 
 namespace tarvik::linuxdesktop {
 
-void ThreadRegistry::start(std::function<void()> body) {
+bool ThreadRegistry::start(std::function<void()> body) {
     const std::lock_guard lock(mutex_);
     if (isClosed_) {
-        return;
+        return false;
     }
     std::erase_if(entries_, [](Entry& entry) {
         if (!entry.hasEnded->load()) {
@@ -19,13 +21,24 @@ void ThreadRegistry::start(std::function<void()> body) {
         return true;
     });
     auto hasEnded = std::make_shared<std::atomic<bool>>(false);
-    std::thread thread([body = std::move(body), hasEnded]() mutable {
-        body();
-        // The captures of the body are destroyed on its own thread and before the end is visible.
-        body = nullptr;
-        hasEnded->store(true);
-    });
-    entries_.push_back({std::move(thread), std::move(hasEnded)});
+    try {
+        std::thread thread([body = std::move(body), hasEnded]() mutable {
+            body();
+            // The captures of the body are destroyed on its own thread and before the end is
+            // visible.
+            body = nullptr;
+            hasEnded->store(true);
+        });
+        entries_.push_back({std::move(thread), std::move(hasEnded)});
+    } catch (const std::system_error& error) {
+        if (!std::exchange(isShortageLogged_, true)) {
+            log_.write("TarvikDictate: no thread for the connection to the service: " +
+                       error.code().message());
+        }
+        return false;
+    }
+    isShortageLogged_ = false;
+    return true;
 }
 
 void ThreadRegistry::joinAll() {

@@ -8,14 +8,20 @@
 #include <mutex>
 #include <thread>
 
+#include "platform/Log.h"
+
 namespace tarvik::linuxdesktop {
 
 /// Starts threads and joins them, so that no thread has to join itself.
 class ThreadRegistry {
   public:
+    /// `log` outlives the registry's last start().
+    explicit ThreadRegistry(platform::Log& log) : log_(log) {}
+
     /// Runs `body` on a new thread and joins the threads that have ended. Does nothing after
-    /// joinAll(). Any thread.
-    void start(std::function<void()> body);
+    /// joinAll(). False when no thread runs `body`. A series of failures because the system has no
+    /// thread left is one line in the log. Any thread.
+    bool start(std::function<void()> body);
     /// Waits for all threads, whose bodies must be about to return. Not on one of the threads.
     void joinAll();
 
@@ -25,8 +31,10 @@ class ThreadRegistry {
         std::shared_ptr<std::atomic<bool>> hasEnded;
     };
 
+    platform::Log& log_;
     std::mutex mutex_;
     bool isClosed_ = false;
+    bool isShortageLogged_ = false;
     std::list<Entry> entries_;
 };
 

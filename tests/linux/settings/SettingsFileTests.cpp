@@ -13,6 +13,7 @@
 #include <thread>
 
 #include "platform/linux/settings/FileUserDefaults.h"
+#include "tests/linux/loop/ThreadShortage.h"
 #include "tests/support/RecordingLog.h"
 #include "tests/support/TemporaryFolder.h"
 
@@ -111,6 +112,17 @@ TEST_F(SettingsFileTest, EntriesWithoutAGroupCountToo) {
     close();
     EXPECT_EQ(contentOf(path), "deepgramHost=localhost:8443\nloginItemAutoConfigured=true\n");
 }
+TEST_F(SettingsFileTest, WithoutAThreadASettingIsSavedAtOnceAndOneLineSaysWhy) {
+    {
+        const ThreadShortage shortage;
+        open();
+    }
+    defaults->setString("secret", "deepgramApiKey");
+    EXPECT_EQ(contentOf(path), "[General]\ndeepgramApiKey=secret\n");
+    EXPECT_EQ(log.linesWith("no thread for the settings").size(), 1U);
+    EXPECT_EQ(log.lines().size(), 1U);
+}
+
 
 TEST_F(SettingsFileTest, NumbersThatDoNotFitReadAsAbsent) {
     putFile(

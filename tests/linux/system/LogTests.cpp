@@ -10,6 +10,7 @@
 
 #include "platform/linux/loop/MonotonicClock.h"
 #include "platform/linux/system/SystemLog.h"
+#include "tests/linux/loop/ThreadShortage.h"
 #include "tests/support/CapturedErrors.h"
 
 namespace tarvik::tests {
@@ -37,6 +38,17 @@ TEST(LogTest, LinesOfManyThreadsStayWholeAndInOrder) {
     std::stable_sort(lines.begin(), lines.end(),
                      [](const std::string& a, const std::string& b) { return a[0] < b[0]; });
     EXPECT_TRUE(std::is_sorted(lines.begin(), lines.end()));
+}
+
+TEST(LogTest, WithoutAThreadLinesAreWrittenAtOnce) {
+    CapturedErrors errors;
+    const ThreadShortage shortage;
+    linuxdesktop::SystemLog log;
+    log.write("one");
+    EXPECT_EQ(errors.lines(),
+              (std::vector<std::string>{"TarvikDictate: no thread for the log, which is written at "
+                                        "once: Resource temporarily unavailable",
+                                        "one"}));
 }
 
 TEST(LogTest, ALineBreakInTheTextMakesNoSecondLine) {

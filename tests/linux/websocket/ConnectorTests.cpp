@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
 
+#include "tests/linux/loop/ThreadShortage.h"
 #include "tests/linux/websocket/BeastTest.h"
 
 namespace tarvik::tests {
@@ -126,6 +127,44 @@ TEST_F(WebSocketConnector, NothingListening) {
     EXPECT_EQ(recorder->lastError().code, ECONNREFUSED);
 }
 
+TEST_F(WebSocketConnector, ALookupWithoutAThreadFailsTheOpening) {
+    platform::UrlRequest request = world.request();
+    request.url = "wss://localhost:" + std::to_string(world.listener().port());
+    // The session's own thread still starts.
+    const ThreadShortage shortage(1);
+    start(request);
+    ASSERT_TRUE(failed("No thread for looking up localhost"));
+    EXPECT_EQ(recorder->lastError().code, EAGAIN);
+}
+
+TEST_F(WebSocketConnector, ASessionWithoutAThreadWaitsForOneWithOneLine) {
+    {
+        const ThreadShortage shortage;
+        start();
+        recorder->sendText(*task, "early");
+    }
+    EXPECT_EQ(world.logLines(),
+              std::vector<std::string>{"TarvikDictate: no thread for the connection to the "
+                                       "service: Resource temporarily unavailable"});
+    recorder->sendText(*task, "late");
+    world.accept("token");
+    ASSERT_TRUE(comes("sent late"));
+    EXPECT_EQ(recorder->events(),
+              (std::vector<std::string>{"open token", "sent early", "sent late"}));
+}
+
+TEST_F(WebSocketConnector, ASessionThatNeverGetsAThreadLeavesNothingBehind) {
+    {
+        const ThreadShortage shortage;
+        start();
+    }
+    world.endService();
+    session.reset();
+    task.reset();
+    EXPECT_EQ(recorder.use_count(), 1);
+    EXPECT_TRUE(recorder->events().empty());
+}
+
 TEST_F(WebSocketConnector, OnlyWholeWssUrlsAreOpened) {
     for (const char* url : {"https://127.0.0.1/", "wss://", "wss://127.0.0.1:0/", "wss://a:b/",
                             "wss://user@127.0.0.1/", "wss://127.0.0.1/#part", "wss://[::1/",
@@ -148,6 +187,23 @@ TEST_F(WebSocketConnector, AControlCharacterInAHeaderNeverReachesTheWire) {
         EXPECT_TRUE(failed("The header field Sec-WebSocket-Protocol has a line break"));
     }
     world.settle();
+    EXPECT_FALSE(world.listener().hasConnection());
+}
+
+TEST_F(WebSocketConnector, AKeyTooLongForTheHandshakeFailsTheOpening) {
+    for (const std::size_t size : {65'400U, 65'530U, 65'536U, 1'000'000U}) {
+        recorder = std::make_shared<WebSocketRecorder>();
+        platform::UrlRequest request = world.request();
+        request.headerFields = {{"Sec-WebSocket-Protocol", "token, " + std::string(size, 'k')}};
+        start(request);
+        if (size < 65'500) {
+            world.accept("token");
+            EXPECT_TRUE(comes("open token"));
+            EXPECT_EQ(occurrences(world.head(), std::string(size, 'k')), 1U);
+        } else {
+            EXPECT_TRUE(failed("The header field Sec-WebSocket-Protocol is too long")) << size;
+        }
+    }
     EXPECT_FALSE(world.listener().hasConnection());
 }
 
@@ -190,23 +246,6 @@ TEST_F(WebSocketCertificates, OfAStrangeAuthority) {
 }
 
 TEST_F(WebSocketCertificates, OfAnotherHost) {
-TEST_F(WebSocketConnector, AKeyTooLongForTheHandshakeFailsTheOpening) {
-    for (const std::size_t size : {65'400U, 65'530U, 65'536U, 1'000'000U}) {
-        recorder = std::make_shared<WebSocketRecorder>();
-        platform::UrlRequest request = world.request();
-        request.headerFields = {{"Sec-WebSocket-Protocol", "token, " + std::string(size, 'k')}};
-        start(request);
-        if (size < 65'500) {
-            world.accept("token");
-            EXPECT_TRUE(comes("open token"));
-            EXPECT_EQ(occurrences(world.head(), std::string(size, 'k')), 1U);
-        } else {
-            EXPECT_TRUE(failed("The header field Sec-WebSocket-Protocol is too long")) << size;
-        }
-    }
-    EXPECT_FALSE(world.listener().hasConnection());
-}
-
     EXPECT_EQ(verifyErrorOf({.names = "DNS:localhost,IP:127.0.0.2"}),
               "The certificate of 127.0.0.1 does not verify: IP address mismatch");
 }
