@@ -60,6 +60,14 @@ bool isWhiteSpace(char32_t character) {
            character == 0x2029 || character == 0x202F || character == 0x205F || character == 0x3000;
 }
 
+// A soft hyphen, joiners, marks of the writing direction, invisible operators, byte order marks.
+bool isInvisibleFormat(char32_t character) {
+    return character == 0xAD || character == 0x61C || character == 0x180E ||
+           (character >= 0x200B && character <= 0x200F) ||
+           (character >= 0x202A && character <= 0x202E) ||
+           (character >= 0x2060 && character <= 0x206F) || character == 0xFEFF;
+}
+
 }  // namespace
 
 std::u16string utf16FromUtf8(std::string_view text) {
@@ -79,14 +87,6 @@ std::u16string utf16FromUtf8(std::string_view text) {
     return units;
 }
 
-std::string trimmed(std::string_view text) {
-    std::size_t begin = text.size();
-    std::size_t end = 0;
-    for (std::size_t index = 0; index < text.size();) {
-        const Decoded decoded = decodeFirst(text.substr(index));
-        if (!isWhiteSpace(decoded.character)) {
-            begin = std::min(begin, index);
-            end = index + decoded.length;
 std::string shortened(std::string_view text, std::size_t maxCharacters) {
     std::size_t cut = 0;
     std::size_t index = 0;
@@ -98,6 +98,14 @@ std::string shortened(std::string_view text, std::size_t maxCharacters) {
                                 : std::string(text.substr(0, cut)).append(ellipsis);
 }
 
+std::string trimmed(std::string_view text) {
+    std::size_t begin = text.size();
+    std::size_t end = 0;
+    for (std::size_t index = 0; index < text.size();) {
+        const Decoded decoded = decodeFirst(text.substr(index));
+        if (!isWhiteSpace(decoded.character) && !isInvisibleFormat(decoded.character)) {
+            begin = std::min(begin, index);
+            end = index + decoded.length;
         }
         index += decoded.length;
     }

@@ -20,7 +20,8 @@ std::u16string utf16FromUtf8(std::string_view text);
 std::string shortened(std::string_view text, std::size_t maxCharacters);
 
 /// `text` (UTF-8) without leading and trailing white space. White space is every character with the
-/// Unicode property White_Space, line breaks included.
+/// Unicode property White_Space, line breaks included, and every format character of no width: a
+/// copied text may begin or end with characters that nobody sees.
 std::string trimmed(std::string_view text);
 
 }  // namespace tarvik

@@ -23,10 +23,6 @@ Error systemError(const std::string& what, int number) {
     return Error{number, what + ": " + std::strerror(number)};
 }
 
-std::string folderOf(const std::string& path) {
-    return path.substr(0, path.rfind('/'));
-}
-
 // The target of a link; the path itself when nothing is there yet.
 std::string resolved(const std::string& path) {
     char* found = realpath(path.c_str(), nullptr);
@@ -84,6 +80,10 @@ void syncFolder(const std::string& folder) {
 
 }  // namespace
 
+std::string folderOf(const std::string& path) {
+    return path.substr(0, path.rfind('/'));
+}
+
 Result<std::optional<std::string>> readWholeFile(const std::string& path) {
     // Without O_NONBLOCK a pipe in the place of the file would block the program.
     const FileDescriptor file(open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK));
@@ -115,6 +115,22 @@ Result<std::optional<std::string>> readWholeFile(const std::string& path) {
     }
     content.resize(size);
     return std::optional(std::move(content));
+}
+
+std::optional<Error> closeToOthers(const std::string& path) {
+    struct stat facts {};
+    if (stat(path.c_str(), &facts) != 0) {
+        return errno == ENOENT ? std::nullopt
+                               : std::optional(systemError("cannot examine " + path, errno));
+    }
+    // A link may lead to a device that everybody uses.
+    const bool isOwnable = S_ISREG(facts.st_mode) || S_ISDIR(facts.st_mode);
+    constexpr mode_t others = S_IRWXG | S_IRWXO;
+    if (isOwnable && (facts.st_mode & others) != 0 &&
+        chmod(path.c_str(), facts.st_mode & S_IRWXU) != 0) {
+        return systemError("others can open " + path, errno);
+    }
+    return std::nullopt;
 }
 
 std::optional<Error> replaceFile(const std::string& path, std::string_view content, mode_t mode,

@@ -53,14 +53,14 @@ bool FileUserDefaults::boolForKey(std::string_view key) const {
     return file_->value(key) == "true";
 }
 
-void FileUserDefaults::setString(std::string_view value, std::string_view key) {
-    // QString replaces invalid UTF-8, which would make the whole file unreadable.
-    const QString text = QString::fromUtf8(value.data(), static_cast<qsizetype>(value.size()));
-    set(key, encodeIniValue(text.toStdString()));
 bool FileUserDefaults::hasObjectForKey(std::string_view key) const {
     return file_->value(key).has_value();
 }
 
+void FileUserDefaults::setString(std::string_view value, std::string_view key) {
+    // QString replaces invalid UTF-8, which would make the whole file unreadable.
+    const QString text = QString::fromUtf8(value.data(), static_cast<qsizetype>(value.size()));
+    set(key, encodeIniValue(text.toStdString()));
 }
 
 void FileUserDefaults::setInteger(std::int64_t value, std::string_view key) {

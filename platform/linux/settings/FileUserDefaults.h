@@ -24,8 +24,9 @@ class SettingsFile;
 /// that cannot be parsed is set aside under another name, and the settings start empty.
 class FileUserDefaults final : public platform::UserDefaults {
   public:
-    /// Reads the file at `path` (absolute), which need not exist. Waits for the disk. `log`
-    /// outlives the object.
+    /// Reads the file at `path` (absolute), which need not exist. A file or a folder of that file
+    /// that others can open gets the mode 0600 or 0700. Waits for the disk. `log` outlives the
+    /// object.
     FileUserDefaults(const std::string& path, platform::Log& log);
     /// Waits up to two seconds until every change is saved.
     ~FileUserDefaults() override;
@@ -36,8 +37,8 @@ class FileUserDefaults final : public platform::UserDefaults {
     std::optional<std::string> stringForKey(std::string_view key) const override;
     std::int64_t integerForKey(std::string_view key) const override;
     bool boolForKey(std::string_view key) const override;
-
     bool hasObjectForKey(std::string_view key) const override;
+
     void setString(std::string_view value, std::string_view key) override;
     void setInteger(std::int64_t value, std::string_view key) override;
     void setBool(bool value, std::string_view key) override;

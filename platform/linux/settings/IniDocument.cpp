@@ -6,7 +6,6 @@
 #include <QStringDecoder>
 #include <algorithm>
 
-#include "base/Text.h"
 #include "platform/linux/settings/IniEncoding.h"
 
 namespace tarvik::linuxdesktop {
@@ -18,6 +17,14 @@ bool isUtf8(std::string_view content) {
     const QString decoded =
         decoder(QByteArrayView(content.data(), static_cast<qsizetype>(content.size())));
     return !decoder.hasError() && content.find('\0') == std::string_view::npos;
+}
+
+// The text without the blanks and line breaks of ASCII at its ends. The other spaces of Unicode
+// belong to a text.
+std::string_view bare(std::string_view text) {
+    constexpr std::string_view blanks = " \t\r\n\v\f";
+    const std::size_t begin = std::min(text.find_first_not_of(blanks), text.size());
+    return text.substr(begin, text.find_last_not_of(blanks) + 1 - begin);
 }
 
 // A line ends at a break that is not escaped, or before a comment at its end. A break inside quotes
@@ -44,8 +51,9 @@ std::size_t lengthOfFirstLine(std::string_view content) {
     return content.size();
 }
 
-bool isGeneralGroup(const std::string& name) {
-    return QString::fromStdString(name).compare(QLatin1String("general"), Qt::CaseInsensitive) == 0;
+bool isGeneralGroup(std::string_view name) {
+    return QLatin1String(name.data(), static_cast<qsizetype>(name.size()))
+               .compare(QLatin1String("general"), Qt::CaseInsensitive) == 0;
 }
 
 }  // namespace
@@ -74,19 +82,19 @@ Result<IniDocument> IniDocument::parse(std::string_view content) {
 
 // False for a line that is neither entry nor group nor comment nor blank.
 bool IniDocument::addLine(std::string_view line, bool& isGeneral) {
-    const std::string bare = trimmed(line);
+    const std::string_view text = bare(line);
     Line added{std::string(line), isGeneral, {}, {}};
-    if (bare.starts_with('[') && bare.ends_with(']')) {
-        isGeneral = isGeneralGroup(trimmed(std::string_view(bare).substr(1, bare.size() - 2)));
+    if (text.starts_with('[') && text.ends_with(']')) {
+        isGeneral = isGeneralGroup(bare(text.substr(1, text.size() - 2)));
         added.isGeneral = isGeneral;
-    } else if (!bare.empty() && bare[0] != ';' && bare[0] != '#') {
-        const std::size_t equals = bare.find('=');
+    } else if (!text.empty() && text[0] != ';' && text[0] != '#') {
+        const std::size_t equals = text.find('=');
         if (equals == std::string::npos || equals == 0) {
             return false;
         }
         if (isGeneral) {
-            added.key = decodeIniKey(trimmed(std::string_view(bare).substr(0, equals)));
-            added.value = trimmed(std::string_view(bare).substr(equals + 1));
+            added.key = decodeIniKey(bare(text.substr(0, equals)));
+            added.value = bare(text.substr(equals + 1));
         }
     }
     lines_.push_back(std::move(added));
@@ -118,7 +126,7 @@ void IniDocument::set(std::string_view key, const std::optional<std::string>& va
 // where they are.
 std::ptrdiff_t IniDocument::endOfGeneral() {
     const auto last = std::find_if(lines_.rbegin(), lines_.rend(), [](const Line& line) {
-        return line.isGeneral && !trimmed(line.text).empty();
+        return line.isGeneral && !bare(line.text).empty();
     });
     if (last == lines_.rend()) {
         lines_.insert(lines_.begin(), Line{"[General]\n", true, {}, {}});

@@ -23,6 +23,12 @@ SettingsFile::SettingsFile(std::string path, platform::Log& log)
     : path_(std::move(path)), log_(&log) {}
 
 void SettingsFile::load() {
+    for (const std::string& place : {folderOf(path_), path_}) {
+        if (const std::optional<Error> failure = closeToOthers(place)) {
+            report("TarvikDictate: settings are not for the user alone: " +
+                   failure->localizedDescription);
+        }
+    }
     bool isUsable = true;
     std::optional<IniDocument> document = read(isUsable);
     if (document) {

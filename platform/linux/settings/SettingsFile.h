@@ -18,7 +18,8 @@ class SettingsFile {
     /// `log` lives until closeLog() has returned.
     SettingsFile(std::string path, platform::Log& log);
 
-    /// Reads the file. Waits for the disk. Called once, before everything else.
+    /// Reads the file, after closing the file and its folder to other users. Waits for the disk.
+    /// Called once, before everything else.
     void load();
     /// Saves the changes that are not saved yet. Waits for the disk; one thread at a time.
     void save();

@@ -61,9 +61,15 @@ TEST(Trimming, RemovesAllUnicodeWhiteSpace) {
     EXPECT_EQ(trimmed("\u00A0\u1680\u2000\u200A\u202F\u205F\u0085"), "");
 }
 
-TEST(Trimming, KeepsInvalidBytesAndZeroWidthCharacters) {
+TEST(Trimming, RemovesFormatCharactersOfNoWidth) {
+    // A zero-width space, a byte order mark, a word joiner, marks of direction, a soft hyphen.
+    EXPECT_EQ(trimmed("\u200Bkey\u200B\r\n"), "key");
+    EXPECT_EQ(trimmed("\uFEFF\u2060 \u202Ake\u200By\u202C\u200E\u2066\u2069"), "ke\u200By");
+    EXPECT_EQ(trimmed("\u00AD\u061C\u180E\u200C\u200D"), "");
+}
+
+TEST(Trimming, KeepsInvalidBytes) {
     EXPECT_EQ(trimmed(" \xA0 "), "\xA0");
-    EXPECT_EQ(trimmed(" \u200B "), "\u200B");
 }
 
 }  // namespace

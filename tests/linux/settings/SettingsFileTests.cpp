@@ -60,13 +60,47 @@ TEST_F(SettingsFileTest, OnlyTheUserCanReadTheFileAndItsFolder) {
     EXPECT_EQ(modeOf(std::filesystem::path(path).parent_path()), 0700U);
 }
 
-TEST_F(SettingsFileTest, AFileThatOthersCouldReadIsClosedToThemByTheNextWrite) {
+TEST_F(SettingsFileTest, AFileAndAFolderThatOthersCouldReadAreClosedToThemAtTheStart) {
+    const auto parent = std::filesystem::path(path).parent_path();
     putFile(path, "[General]\ndeepgramApiKey=secret\n");
     std::filesystem::permissions(path, std::filesystem::perms(0644));
+    std::filesystem::permissions(parent, std::filesystem::perms(0755));
+    const mode_t modeAbove = modeOf(parent.parent_path());
     open();
+    EXPECT_EQ(modeOf(path), 0600U);
+    EXPECT_EQ(modeOf(parent), 0700U);
+    EXPECT_EQ(modeOf(parent.parent_path()), modeAbove);
+    EXPECT_EQ(defaults->stringForKey("deepgramApiKey"), "secret");
+    EXPECT_TRUE(log.lines().empty());
+}
+
+TEST_F(SettingsFileTest, ACorruptFileThatOthersCouldReadIsClosedToThemToo) {
+    putFile(path, "deepgramApiKey=secret\nhalf a li");
+    std::filesystem::permissions(path, std::filesystem::perms(0644));
+    open();
+    EXPECT_EQ(modeOf(path + ".corrupt"), 0600U);
+}
+
+TEST_F(SettingsFileTest, AFileThatOthersCouldReadIsClosedToThemByTheNextWrite) {
+    putFile(path, "[General]\ndeepgramApiKey=secret\n");
+    open();
+    std::filesystem::permissions(path, std::filesystem::perms(0644));
     defaults->setInteger(1, "totalDictationSeconds");
     close();
     EXPECT_EQ(modeOf(path), 0600U);
+}
+
+TEST_F(SettingsFileTest, SpacesOfEveryKindAtTheEndsOfATextAreKept) {
+    const std::string texts[] = {"\u00A0key\u00A0", "\u200Bkey\u200B", "key\uFEFF\u2003", "\u3000",
+                                 "\u200B"};
+    for (const std::string& text : texts) {
+        open();
+        defaults->setString(text, "deepgramApiKey");
+        close();
+        open();
+        EXPECT_EQ(defaults->stringForKey("deepgramApiKey"), text);
+        close();
+    }
 }
 
 TEST_F(SettingsFileTest, ASettingReachesTheDiskWithoutWaitingForTheEnd) {
@@ -76,6 +110,17 @@ TEST_F(SettingsFileTest, ASettingReachesTheDiskWithoutWaitingForTheEnd) {
         eventually([&] { return contentOf(path) == "[General]\ndeepgramApiKey=secret\n"; }));
     defaults->removeObjectForKey("deepgramApiKey");
     EXPECT_TRUE(eventually([&] { return contentOf(path) == "[General]\n"; }));
+}
+
+TEST_F(SettingsFileTest, WithoutAThreadASettingIsSavedAtOnceAndOneLineSaysWhy) {
+    {
+        const ThreadShortage shortage;
+        open();
+    }
+    defaults->setString("secret", "deepgramApiKey");
+    EXPECT_EQ(contentOf(path), "[General]\ndeepgramApiKey=secret\n");
+    EXPECT_EQ(log.linesWith("no thread for the settings").size(), 1U);
+    EXPECT_EQ(log.lines().size(), 1U);
 }
 
 TEST_F(SettingsFileTest, AFileWrittenByHandIsRead) {
@@ -99,7 +144,10 @@ TEST_F(SettingsFileTest, AFileWrittenByHandIsRead) {
     EXPECT_TRUE(defaults->boolForKey("ctaTenMinuteShown"));
     EXPECT_EQ(defaults->stringForKey("quoted"), "unfinished");
     EXPECT_EQ(defaults->stringForKey("list"), std::nullopt);
+    EXPECT_TRUE(defaults->hasObjectForKey("list"));
     EXPECT_EQ(defaults->stringForKey("variant"), std::nullopt);
+    EXPECT_TRUE(defaults->hasObjectForKey("variant"));
+    EXPECT_FALSE(defaults->hasObjectForKey("absent"));
     EXPECT_EQ(defaults->stringForKey("[Other]"), std::nullopt);
     EXPECT_TRUE(log.lines().empty());
 }
@@ -112,17 +160,6 @@ TEST_F(SettingsFileTest, EntriesWithoutAGroupCountToo) {
     close();
     EXPECT_EQ(contentOf(path), "deepgramHost=localhost:8443\nloginItemAutoConfigured=true\n");
 }
-TEST_F(SettingsFileTest, WithoutAThreadASettingIsSavedAtOnceAndOneLineSaysWhy) {
-    {
-        const ThreadShortage shortage;
-        open();
-    }
-    defaults->setString("secret", "deepgramApiKey");
-    EXPECT_EQ(contentOf(path), "[General]\ndeepgramApiKey=secret\n");
-    EXPECT_EQ(log.linesWith("no thread for the settings").size(), 1U);
-    EXPECT_EQ(log.lines().size(), 1U);
-}
-
 
 TEST_F(SettingsFileTest, NumbersThatDoNotFitReadAsAbsent) {
     putFile(
@@ -156,10 +193,7 @@ TEST_F(SettingsFileTest, WhatSomebodyElseChangesMeanwhileIsKeptAndTakenOver) {
 }
 
 TEST_F(SettingsFileTest, ADeletedFileIsWrittenAnewAsAWhole) {
-    EXPECT_TRUE(defaults->hasObjectForKey("list"));
     putFile(path, "[General]\nkept=1\n");
-    EXPECT_TRUE(defaults->hasObjectForKey("variant"));
-    EXPECT_FALSE(defaults->hasObjectForKey("absent"));
     open();
     std::filesystem::remove(path);
     defaults->setInteger(2, "new");
