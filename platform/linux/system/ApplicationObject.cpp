@@ -6,11 +6,15 @@
 #include <string_view>
 #include <utility>
 
+#include "base/Text.h"
 #include "platform/linux/system/InstanceClaim.h"
 
 namespace tarvik::linuxdesktop {
 
 namespace {
+
+// In characters.
+constexpr std::size_t maxNameInLog = 100;
 
 // The id in the platform data that a call ends with. X11 desktops send "desktop-startup-id" and
 // Wayland desktops "activation-token". A launcher that sends both gives them the same id.
@@ -91,9 +95,11 @@ int ApplicationObject::onAction(sd_bus_message* call, void* self, sd_bus_error* 
     sd_bus_message_read(call, "s", &name);
     const std::optional<platform::ApplicationAction> action = actionNamed(name);
     if (!action) {
-        object.log_.write(std::string("TarvikDictate: there is no action called ") + name);
+        // Another program chose the name, whatever its length.
+        const std::string shortName = shortened(name, maxNameInLog);
+        object.log_.write("TarvikDictate: there is no action called " + shortName);
         return sd_bus_error_setf(error, SD_BUS_ERROR_INVALID_ARGS, "There is no action called %s.",
-                                 name);
+                                 shortName.c_str());
     }
     sd_bus_message_skip(call, "av");
     object.handlers_.perform(*action, startupIdIn(call));

@@ -95,6 +95,13 @@ TEST_F(InstanceTest, ActionsAreCarriedOutByNameAndUnknownOnesRefused) {
     EXPECT_EQ(log.lines().size(), 1U);
 }
 
+TEST_F(InstanceTest, ALongNameOfAnUnknownActionIsCutInTheLog) {
+    startFirst();
+    EXPECT_EQ(callAction(std::string(5000, 'a').c_str()), SD_BUS_ERROR_INVALID_ARGS);
+    EXPECT_EQ(log.lines(), std::vector<std::string>{"TarvikDictate: there is no action called " +
+                                                    std::string(99, 'a') + "…"});
+}
+
 TEST_F(InstanceTest, WithoutASessionBusThereIsNothingToClaim) {
     setenv("DBUS_SESSION_BUS_ADDRESS", "unix:path=/nowhere/bus", 1);
     const InstanceClaim claim = claimInstance({}, timeout);
