@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include <cstddef>
 #include <functional>
 #include <memory>
 #include <optional>
@@ -15,6 +16,9 @@ namespace tarvik::platform {
 
 /// The close code of an endpoint that is going away (RFC 6455, 7.4.1).
 inline constexpr int closeCodeGoingAway = 1001;
+
+/// The maximum size of a received message, in bytes. A larger message reaches no receive.
+inline constexpr std::size_t maxReceivedMessageSize = std::size_t{1} << 20;
 
 /// A request that opens a web socket.
 struct UrlRequest {

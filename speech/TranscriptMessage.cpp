@@ -4,11 +4,13 @@
 
 #include <simdjson.h>
 
+#include "platform/WebSocket.h"
+
 namespace tarvik {
 
 namespace {
 
-constexpr std::size_t maxBytes = std::size_t{1} << 20;
+constexpr std::size_t maxBytes = platform::maxReceivedMessageSize;
 constexpr std::size_t maxDepth = 512;
 
 std::optional<simdjson::dom::object> firstAlternative(const simdjson::dom::object& message) {

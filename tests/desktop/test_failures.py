@@ -161,6 +161,16 @@ class MissingParts(DictationTest):
         self.assertEqual(self.settings_file.read_bytes(), before)
 
 
+class Descriptors(DictationTest):
+    def test_a_started_program_would_inherit_nothing_of_a_recording(self):
+        service = self.start_scripted_service()
+        application = self.start_application(service)
+        self.hold()
+        service.stream()
+        self.wait_until_listening()
+        self.assertEqual(inheritable_descriptors(application.pid), [])
+
+
 class BadService(DictationTest):
     def begin(self, service):
         self.application = self.start_application(service)
@@ -190,16 +200,6 @@ class BadService(DictationTest):
         self.check_the_next_recording(service)
 
     def check_the_next_recording(self, service):
-class Descriptors(DictationTest):
-    def test_a_started_program_would_inherit_nothing_of_a_recording(self):
-        service = self.start_scripted_service()
-        application = self.start_application(service)
-        self.hold()
-        service.stream()
-        self.wait_until_listening()
-        self.assertEqual(inheritable_descriptors(application.pid), [])
-
-
         self.dictate(service, "Works again")
         self.target.wait_for_text("Works again")
 
@@ -222,6 +222,7 @@ class Descriptors(DictationTest):
         stream.say("two")
         self.target.wait_for_text("One two", timeout=15)
         self.assertEqual(self.application.log.count(ERROR), 0)
+        self.assertEqual(self.application.log.count("bytes that is longer than"), 2)
 
     def test_a_certificate_that_does_not_verify_ends_the_connection(self):
         service = self.start_scripted_service()

@@ -24,6 +24,20 @@ Error sendError(const Error& end) {
     return {end.code, "A message could not be sent: " + end.localizedDescription};
 }
 
+// What the log says about a message that is not delivered; empty for one that is.
+std::optional<std::string> describeDropped(const Connection::Received& received) {
+    if (const auto* size = std::get_if<std::uint64_t>(&received)) {
+        return "a message of " + std::to_string(*size) + " bytes that is longer than " +
+               std::to_string(platform::maxReceivedMessageSize);
+    }
+    const auto& message = std::get<WebSocketMessage>(received);
+    if (message.kind == WebSocketMessage::Kind::string && !isUtf8(message.bytes)) {
+        return "a text message of " + std::to_string(message.bytes.size()) +
+               " bytes that is not UTF-8";
+    }
+    return std::nullopt;
+}
+
 }  // namespace
 
 BeastWebSocketTask::BeastWebSocketTask(std::shared_ptr<BeastWebSocketSession> session,
@@ -163,13 +177,13 @@ void BeastWebSocketTask::readNext() {
         return;
     }
     isReading_ = true;
-    connection_->read([self = shared_from_this()](Result<WebSocketMessage> result) {
+    connection_->read([self = shared_from_this()](Result<Connection::Received> result) {
         self->isReading_ = false;
         self->onRead(std::move(result));
     });
 }
 
-void BeastWebSocketTask::onRead(Result<WebSocketMessage> result) {
+void BeastWebSocketTask::onRead(Result<Connection::Received> result) {
     if (state_ != State::open) {
         return;
     }
@@ -180,13 +194,11 @@ void BeastWebSocketTask::onRead(Result<WebSocketMessage> result) {
         }
         return;
     }
-    const WebSocketMessage& message = result.value();
-    if (message.kind == WebSocketMessage::Kind::string && !isUtf8(message.bytes)) {
-        session_->context()->log.write("TarvikDictate: dropped a text message of " +
-                                       std::to_string(message.bytes.size()) +
-                                       " bytes that is not UTF-8");
+    Connection::Received received = std::move(result).value();
+    if (const auto dropped = describeDropped(received)) {
+        session_->context()->log.write("TarvikDictate: dropped " + *dropped);
     } else {
-        deliver(std::move(result).value());
+        deliver(std::get<WebSocketMessage>(std::move(received)));
     }
     readNext();
 }

@@ -55,7 +55,7 @@ class BeastWebSocketTask final : public platform::WebSocketTask,
     void sendNext();
     void onSent(const std::optional<Error>& error);
     void readNext();
-    void onRead(Result<platform::WebSocketMessage> result);
+    void onRead(Result<Connection::Received> result);
     void deliver(platform::WebSocketMessage message);
     void onCloseFrame(CloseFrame frame);
     void postDeliverClose();

@@ -21,6 +21,9 @@ using platform::WebSocketMessage;
 // Beast joins buffers up to 16 KiB, and a header has up to 14 bytes.
 constexpr std::size_t writeBufferSize = 16 * 1024 - 16;
 
+// In bytes; a message is read in pieces of at most this size.
+constexpr std::size_t maxPieceSize = 64 * 1024;
+
 // Stands for a close frame without a code (RFC 6455, 7.1.5).
 constexpr int noStatusReceived = 1005;
 
@@ -38,7 +41,8 @@ Connection::Connection(boost::asio::ip::tcp::socket socket, boost::asio::ssl::co
     stream_.binary(true);
     stream_.auto_fragment(false);
     stream_.write_buffer_bytes(writeBufferSize);
-    stream_.read_message_max(maxMessageSize);
+    // A message beyond the limit is dropped, and must not end the connection.
+    stream_.read_message_max(0);
 }
 
 void Connection::open(CloseHandler onClose) {
@@ -60,19 +64,40 @@ void Connection::open(CloseHandler onClose) {
 
 void Connection::read(ReadHandler handler) {
     payload_.clear();
-    buffer_.emplace(payload_, maxMessageSize);
-    stream_.async_read(*buffer_,
-                       [self = shared_from_this(), handler = std::move(handler)](
-                           const error_code& error, std::size_t) { self->onRead(error, handler); });
+    messageSize_ = 0;
+    readSome(std::move(handler));
 }
 
-void Connection::onRead(const error_code& error, const ReadHandler& handler) {
+void Connection::readSome(ReadHandler handler) {
+    buffer_.emplace(payload_);
+    stream_.async_read_some(*buffer_, maxPieceSize,
+                            [self = shared_from_this(), handler = std::move(handler)](
+                                const error_code& error, std::size_t size) mutable {
+                                self->onRead(error, size, std::move(handler));
+                            });
+}
+
+void Connection::onRead(const error_code& error, std::size_t size, ReadHandler handler) {
     if (error) {
         abort();
         handler(lostConnection(error));
         return;
     }
-    handler(WebSocketMessage{stream_.next_layer().kinds().take(), std::exchange(payload_, {})});
+    messageSize_ += size;
+    const bool isTooLong = messageSize_ > platform::maxReceivedMessageSize;
+    if (isTooLong) {
+        payload_.clear();
+    }
+    if (!stream_.is_message_done()) {
+        readSome(std::move(handler));
+        return;
+    }
+    const WebSocketMessage::Kind kind = stream_.next_layer().kinds().take();
+    if (isTooLong) {
+        handler(Received(messageSize_));
+        return;
+    }
+    handler(Received(WebSocketMessage{kind, std::exchange(payload_, {})}));
 }
 
 void Connection::write(WebSocketMessage message, WriteHandler handler) {

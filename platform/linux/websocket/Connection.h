@@ -5,10 +5,12 @@
 #include <boost/asio/steady_timer.hpp>
 #include <boost/beast/websocket/stream.hpp>
 #include <chrono>
+#include <cstdint>
 #include <functional>
 #include <memory>
 #include <optional>
 #include <string>
+#include <variant>
 
 #include "base/Error.h"
 #include "base/Result.h"
@@ -22,12 +24,11 @@ namespace tarvik::linuxdesktop {
 class Connection final : public std::enable_shared_from_this<Connection> {
   public:
     using Stream = boost::beast::websocket::stream<FrameStream>;
-    using ReadHandler = std::function<void(Result<platform::WebSocketMessage>)>;
+    /// A message, or the size of one beyond platform::maxReceivedMessageSize, which is not kept.
+    using Received = std::variant<platform::WebSocketMessage, std::uint64_t>;
+    using ReadHandler = std::function<void(Result<Received>)>;
     using WriteHandler = std::function<void(std::optional<Error>)>;
     using CloseHandler = std::function<void(int code, std::string reason)>;
-
-    /// In bytes. A larger message from the service ends the connection with an error.
-    static constexpr std::size_t maxMessageSize = std::size_t{32} << 20;
 
     Connection(boost::asio::ip::tcp::socket socket, boost::asio::ssl::context& context,
                std::chrono::milliseconds closeTimeout);
@@ -55,13 +56,16 @@ class Connection final : public std::enable_shared_from_this<Connection> {
 
   private:
     void startCloseTimer();
-    void onRead(const boost::system::error_code& error, const ReadHandler& handler);
+    void readSome(ReadHandler handler);
+    void onRead(const boost::system::error_code& error, std::size_t size, ReadHandler handler);
 
     Stream stream_;
     boost::asio::steady_timer closeTimer_;
     const std::chrono::milliseconds closeTimeout_;
     bool hasCloseFrame_ = false;
     std::string payload_;
+    /// The bytes of the present message so far.
+    std::uint64_t messageSize_ = 0;
     std::optional<
         boost::asio::dynamic_string_buffer<char, std::char_traits<char>, std::allocator<char>>>
         buffer_;
