@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <boost/asio/post.hpp>
+#include <system_error>
 
 #include "speech-service/PcmReader.h"
 #include "speech-service/Resampler.h"
@@ -68,7 +69,12 @@ std::shared_ptr<DecodeWorker> DecodeWorker::start(boost::asio::any_io_executor e
     std::shared_ptr<DecodeWorker> worker(new DecodeWorker(std::move(executor), std::move(decoders),
                                                           sampleRate, interimResults,
                                                           std::move(callbacks)));
-    worker->thread_ = std::thread([worker] { worker->run(); });
+    try {
+        worker->thread_ = std::thread([worker] { worker->finish(worker->decode()); });
+    } catch (const std::system_error& error) {
+        worker->finish(Error{error.code().value(),
+                             "there is no thread to decode on: " + error.code().message()});
+    }
     return worker;
 }
 
@@ -136,12 +142,13 @@ std::optional<DecodeWorker::Task> DecodeWorker::pop() {
     return task;
 }
 
-void DecodeWorker::run() {
-    const std::optional<Error> error = decode();
+void DecodeWorker::finish(const std::optional<Error>& error) {
     post([this, error] { callbacks_.onEnd(error); });
     // Not through post(), which drops the callback of a cancelled worker: the join must happen.
     boost::asio::post(executor_, [self = shared_from_this()] {
-        self->thread_.join();
+        if (self->thread_.joinable()) {
+            self->thread_.join();
+        }
         self->callbacks_ = {};
         self->workGuard_.reset();
     });

@@ -32,8 +32,8 @@ class DecodeWorker : public std::enable_shared_from_this<DecodeWorker> {
         std::function<void(Utterance)> onUtterance;
         /// The queued audio has fallen below half of append()'s limit.
         std::function<void()> onDrained;
-        /// Without an error: all audio before end() has been decoded. With an error: no decoder or
-        /// resampler is available.
+        /// Without an error: all audio before end() has been decoded. With an error: no decoder,
+        /// resampler or thread is available.
         std::function<void(std::optional<Error>)> onEnd;
     };
 
@@ -69,8 +69,8 @@ class DecodeWorker : public std::enable_shared_from_this<DecodeWorker> {
                  int sampleRate, bool interimResults, Callbacks callbacks);
     void push(Task task);
     std::optional<Task> pop();
-    void run();
     std::optional<Error> decode();
+    void finish(const std::optional<Error>& error);
     void post(std::function<void()> callback);
 
     const boost::asio::any_io_executor executor_;

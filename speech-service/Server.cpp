@@ -5,6 +5,7 @@
 #include <boost/asio/steady_timer.hpp>
 #include <chrono>
 #include <iostream>
+#include <system_error>
 
 namespace tarvik::service {
 
@@ -131,11 +132,16 @@ void Server::retryAccept(tcp::acceptor& acceptor) {
 }
 
 void Server::prepareDecoder() {
-    preparationThread_ = std::thread([decoders = serverContext_.decoders] {
-        if (const std::optional<Error> error = decoders->prepare()) {
-            std::cerr << error->localizedDescription + "\n";
-        }
-    });
+    try {
+        preparationThread_ = std::thread([decoders = serverContext_.decoders] {
+            if (const std::optional<Error> error = decoders->prepare()) {
+                std::cerr << error->localizedDescription + "\n";
+            }
+        });
+    } catch (const std::system_error& error) {
+        // The first stream loads the decoder instead.
+        std::cerr << "there is no thread to load a decoder on: " + error.code().message() + "\n";
+    }
 }
 
 void Server::stop() {

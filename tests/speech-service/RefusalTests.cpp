@@ -15,6 +15,7 @@
 #include <streambuf>
 #include <thread>
 
+#include "tests/linux/loop/ThreadShortage.h"
 #include "tests/speech-service/ListenClient.h"
 #include "tests/speech-service/RunningServer.h"
 
@@ -180,6 +181,24 @@ TEST(Service, ListensOnBothLoopbackAddresses) {
     tcp::acceptor probe(context);
     boost::system::error_code unavailable;
     probe.open(tcp::v6(), unavailable);
+TEST(Service, WithoutAThreadAStreamEndsWith1011AndTheServiceGoesOn) {
+    // Outlives the server, whose thread writes to std::cerr.
+    const LineCounter lines;
+    RunningServer server;
+    {
+        ListenClient client(server.port(), server.authority());
+        const tests::ThreadShortage shortage;
+        ASSERT_TRUE(client.openAt(16000));
+        EXPECT_TRUE(client.receiveAll().empty());
+        EXPECT_EQ(client.closeReason().code, boost::beast::websocket::close_code::internal_error);
+    }
+    EXPECT_EQ(lines.lines(), 1);
+    ListenClient next(server.port(), server.authority());
+    ASSERT_TRUE(next.openAt(16000));
+    next.sendText(R"({"type":"CloseStream"})");
+    EXPECT_EQ(next.receiveAll().size(), 1U);
+}
+
     if (!unavailable) {
         probe.bind({boost::asio::ip::address_v6::loopback(), 0}, unavailable);
     }
