@@ -84,7 +84,7 @@ void Connection::onRequest(beast::error_code error) {
 void Connection::upgradeToStream(const StreamQuery& query) {
     timeoutTimer_.cancel();
     const auto stream = std::make_shared<Stream>(std::move(socket_), query, newRequestId(),
-                                                 context_.decoders, context_.options.idleTimeout);
+                                                 context_.decoders, context_.options);
     context_.streams.add(stream);
     stream->accept(parser_.get());
 }

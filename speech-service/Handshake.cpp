@@ -29,6 +29,8 @@ std::string_view errorCode(http::status status) {
     switch (status) {
         case http::status::unauthorized:
             return "INVALID_AUTH";
+        case http::status::forbidden:
+            return "FORBIDDEN";
         case http::status::not_found:
             return "NOT_FOUND";
         case http::status::upgrade_required:
@@ -55,6 +57,10 @@ Response answer(unsigned version, std::string_view code, const Error& error,
 }  // namespace
 
 Result<StreamQuery> checkHandshake(const Request& request) {
+    // Only browsers send the field, and any page that they show could open streams here.
+    if (request.count(http::field::origin) > 0) {
+        return Error{403, "Streams are not for web pages"};
+    }
     const std::string_view target = viewOf(request.target());
     const std::size_t question = target.find('?');
     if (target.substr(0, question) != listenPath) {

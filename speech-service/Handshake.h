@@ -18,8 +18,9 @@ inline constexpr std::string_view listenPath = "/v1/listen";
 /// The subprotocol that the client sends before the key and that the response selects.
 inline constexpr std::string_view tokenSubprotocol = "token";
 
-/// The query of `request` if the request may open a stream. The error's code is an HTTP status: 404
-/// for another path, 426 without an upgrade, 401 without a key, 400 for a bad query.
+/// The query of `request` if the request may open a stream. The error's code is an HTTP status: 403
+/// for a request of a web page, 404 for another path, 426 without an upgrade, 401 without a key,
+/// 400 for a bad query.
 Result<StreamQuery> checkHandshake(const Request& request);
 
 /// The response that refuses `request` with `error`, whose code is the HTTP status. The JSON body

@@ -14,6 +14,8 @@ struct ServerOptions {
     std::uint16_t port = 0;
     /// The maximum time without audio and KeepAlive messages.
     Seconds idleTimeout{10};
+    /// The maximum time without audio, KeepAlive messages or not.
+    Seconds audioTimeout{60};
     /// Each stream needs the memory of a decoder and part of a processor.
     std::size_t maxStreams = 8;
 };

@@ -2,7 +2,9 @@
 
 #include "speech-service/Stream.h"
 
+#include <algorithm>
 #include <boost/asio/buffer.hpp>
+#include <chrono>
 #include <ctime>
 #include <iomanip>
 #include <iostream>
@@ -44,13 +46,14 @@ std::string timeNow() {
 }  // namespace
 
 Stream::Stream(network::TlsStream socket, StreamQuery query, std::string requestId,
-               std::shared_ptr<DecoderPool> decoders, Seconds idleTimeout)
+               std::shared_ptr<DecoderPool> decoders, const ServerOptions& options)
     : socket_(std::move(socket)),
       query_(query),
       requestId_(std::move(requestId)),
       created_(timeNow()),
       decoders_(std::move(decoders)),
-      idleTimeout_(idleTimeout),
+      idleTimeout_(options.idleTimeout),
+      audioTimeout_(options.audioTimeout),
       timer_(socket_.get_executor()) {}
 
 void Stream::accept(const Request& request) {
@@ -79,7 +82,7 @@ void Stream::onAccepted(beast::error_code error) {
         closeNow();
         return;
     }
-    restartIdleTimer();
+    restartTimeouts();
     read();
 }
 
@@ -114,7 +117,7 @@ void Stream::onAudio() {
     if (ending_ || incoming_.size() == 0) {
         return;
     }
-    restartIdleTimer();
+    restartTimeouts();
     isReadingPaused_ = !worker_->append({bytes, bytes + incoming_.size()});
 }
 
@@ -147,8 +150,15 @@ void Stream::endAndClose(const websocket::close_reason& reason) {
     worker_->end();
 }
 
+void Stream::restartTimeouts() {
+    audioDeadline_ = std::chrono::steady_clock::now() +
+                     std::chrono::duration_cast<std::chrono::steady_clock::duration>(audioTimeout_);
+    restartIdleTimer();
+}
+
 void Stream::restartIdleTimer() {
-    startTimer(idleTimeout_, &Stream::onIdle);
+    const Seconds untilAudioDeadline = audioDeadline_ - std::chrono::steady_clock::now();
+    startTimer(std::min(idleTimeout_, untilAudioDeadline), &Stream::onIdle);
 }
 
 void Stream::startTimer(Seconds interval, void (Stream::*onExpired)()) {
@@ -166,12 +176,14 @@ void Stream::onIdle() {
     }
     // The client may have sent audio that a paused reading has not seen.
     if (isReadingPaused_) {
-        restartIdleTimer();
+        restartTimeouts();
         return;
     }
     log("no audio came in time");
+    const bool isAudioOverdue = std::chrono::steady_clock::now() >= audioDeadline_;
     endAndClose({websocket::close_code::internal_error,
-                 "NET-0001: neither audio nor a KeepAlive message came in time"});
+                 isAudioOverdue ? "NET-0001: no audio came in time"
+                                : "NET-0001: neither audio nor a KeepAlive message came in time"});
 }
 
 void Stream::onUtterance(const Utterance& utterance) {
@@ -181,7 +193,7 @@ void Stream::onUtterance(const Utterance& utterance) {
 void Stream::onDrained() {
     if (isReadingPaused_) {
         isReadingPaused_ = false;
-        restartIdleTimer();
+        restartTimeouts();
         read();
     }
 }

@@ -4,6 +4,7 @@
 #include <boost/asio/steady_timer.hpp>
 #include <boost/beast/core/flat_buffer.hpp>
 #include <boost/beast/websocket/stream.hpp>
+#include <chrono>
 #include <deque>
 #include <memory>
 #include <optional>
@@ -13,6 +14,7 @@
 #include "speech-service/ConnectionRegistry.h"
 #include "speech-service/DecodeWorker.h"
 #include "speech-service/Handshake.h"
+#include "speech-service/ServerOptions.h"
 
 namespace tarvik::service {
 
@@ -21,9 +23,9 @@ namespace tarvik::service {
 /// On the server's executor only. Pending socket operations and the decode worker hold the stream.
 class Stream : public OpenConnection, public std::enable_shared_from_this<Stream> {
   public:
-    /// `idleTimeout` is the maximum time without audio and KeepAlive messages.
+    /// `options` give the timeouts.
     Stream(network::TlsStream socket, StreamQuery query, std::string requestId,
-           std::shared_ptr<DecoderPool> decoders, Seconds idleTimeout);
+           std::shared_ptr<DecoderPool> decoders, const ServerOptions& options);
 
     /// Accepts the upgrade `request` and serves the stream.
     void accept(const Request& request);
@@ -39,6 +41,7 @@ class Stream : public OpenConnection, public std::enable_shared_from_this<Stream
     void onText();
     void endAndClose(const boost::beast::websocket::close_reason& reason);
     void restartIdleTimer();
+    void restartTimeouts();
     void startTimer(Seconds interval, void (Stream::*onExpired)());
     void onIdle();
     void onUtterance(const Utterance& utterance);
@@ -58,7 +61,9 @@ class Stream : public OpenConnection, public std::enable_shared_from_this<Stream
     const std::string created_;
     const std::shared_ptr<DecoderPool> decoders_;
     const Seconds idleTimeout_;
-    /// Measures the idle timeout, and later the close timeout.
+    const Seconds audioTimeout_;
+    std::chrono::steady_clock::time_point audioDeadline_;
+    /// Measures the idle timeout up to the audio deadline, and later the close timeout.
     boost::asio::steady_timer timer_;
     boost::beast::flat_buffer incoming_;
     std::deque<std::string> outgoing_;

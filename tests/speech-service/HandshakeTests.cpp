@@ -48,6 +48,16 @@ TEST(Handshake, RefusesOtherPathsBeforeAskingForAKey) {
     }
 }
 
+TEST(Handshake, RefusesEveryRequestOfAWebPage) {
+    for (const char* origin : {"https://page.example", "null", ""}) {
+        Request request = upgrade(goodTarget, "token, k");
+        request.set(http::field::origin, origin);
+        EXPECT_EQ(statusFor(request), 403) << origin;
+        request.target("/");
+        EXPECT_EQ(statusFor(request), 403) << origin;
+    }
+}
+
 TEST(Handshake, RefusesARequestThatUpgradesNothing) {
     Request request = upgrade(goodTarget, "token, k");
     request.erase(http::field::upgrade);

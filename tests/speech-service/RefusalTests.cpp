@@ -106,6 +106,16 @@ TEST_F(Refusal, OfARequestWithoutUpgrade) {
     expectRefused(client, 426, "UPGRADE_REQUIRED");
 }
 
+TEST_F(Refusal, OfAWebPage) {
+    ListenClient client(server_.port(), server_.authority());
+    client.requestByBytes(
+        "GET /v1/listen?encoding=linear16&sample_rate=16000 HTTP/1.1\r\nHost: localhost\r\n"
+        "Origin: https://page.example\r\nConnection: Upgrade\r\nUpgrade: websocket\r\n"
+        "Sec-WebSocket-Version: 13\r\nSec-WebSocket-Key: dGhlIHNhbXBsZSBub25jZQ==\r\n"
+        "Sec-WebSocket-Protocol: token, k\r\n\r\n");
+    expectRefused(client, 403, "FORBIDDEN");
+}
+
 TEST_F(Refusal, OfARequestThatCannotBeRead) {
     ListenClient client(server_.port(), server_.authority());
     client.requestByBytes("no request at all\r\n\r\n");
@@ -171,16 +181,6 @@ TEST(Service, WaitsBetweenAttemptsWhileItCanAcceptNothing) {
     EXPECT_TRUE(next.openAt(16000));
 }
 
-TEST(Service, ListensOnBothLoopbackAddresses) {
-    RunningServer server;
-    boost::asio::io_context context;
-    using boost::asio::ip::tcp;
-    tcp::socket fourth(context);
-    fourth.connect({boost::asio::ip::address_v4::loopback(), server.port()});
-    EXPECT_TRUE(fourth.is_open());
-    tcp::acceptor probe(context);
-    boost::system::error_code unavailable;
-    probe.open(tcp::v6(), unavailable);
 TEST(Service, WithoutAThreadAStreamEndsWith1011AndTheServiceGoesOn) {
     // Outlives the server, whose thread writes to std::cerr.
     const LineCounter lines;
@@ -199,6 +199,16 @@ TEST(Service, WithoutAThreadAStreamEndsWith1011AndTheServiceGoesOn) {
     EXPECT_EQ(next.receiveAll().size(), 1U);
 }
 
+TEST(Service, ListensOnBothLoopbackAddresses) {
+    RunningServer server;
+    boost::asio::io_context context;
+    using boost::asio::ip::tcp;
+    tcp::socket fourth(context);
+    fourth.connect({boost::asio::ip::address_v4::loopback(), server.port()});
+    EXPECT_TRUE(fourth.is_open());
+    tcp::acceptor probe(context);
+    boost::system::error_code unavailable;
+    probe.open(tcp::v6(), unavailable);
     if (!unavailable) {
         probe.bind({boost::asio::ip::address_v6::loopback(), 0}, unavailable);
     }

@@ -265,6 +265,7 @@ TEST_F(Stream, DoesNotKeepTheServiceFromEndingWhenItsClientIsDeaf) {
 }
 
 static_assert(ServerOptions().idleTimeout == Seconds(10));
+static_assert(ServerOptions().audioTimeout == Seconds(60));
 
 ServerOptions closingAfter(std::chrono::milliseconds idleTimeout) {
     ServerOptions options;
@@ -284,6 +285,26 @@ TEST(IdleStream, IsAnsweredAndClosedWith1011) {
     EXPECT_GE(std::chrono::steady_clock::now() - beforeAudio, idleTimeout);
     EXPECT_EQ(client.closeReason().code, boost::beast::websocket::close_code::internal_error);
     EXPECT_TRUE(client.closeReason().reason.starts_with("NET-0001"));
+}
+
+TEST(IdleStream, IsClosedWithoutAudioHoweverOftenTheClientSaysThatItLives) {
+    ServerOptions options;
+    options.audioTimeout = Seconds(1);
+    RunningServer server(options);
+    ListenClient client(server.port(), server.authority());
+    ASSERT_TRUE(client.openAt(16000));
+    const auto beforeAudio = std::chrono::steady_clock::now();
+    client.sendAudio(silence(16000, 0.02));
+    for (int time = 0; time < 8; ++time) {
+        client.sendText(R"({"type":"KeepAlive"})");
+        std::this_thread::sleep_for(std::chrono::milliseconds(100));
+    }
+    EXPECT_EQ(client.receiveAll().size(), 1U);
+    const Seconds duration = std::chrono::steady_clock::now() - beforeAudio;
+    EXPECT_GE(duration, options.audioTimeout);
+    EXPECT_LT(duration, options.idleTimeout);
+    EXPECT_EQ(client.closeReason().code, boost::beast::websocket::close_code::internal_error);
+    EXPECT_EQ(client.closeReason().reason, "NET-0001: no audio came in time");
 }
 
 class SparseStream : public testing::Test {
