@@ -83,9 +83,9 @@ class AudioService {
 
     /// Calls `handler` on the main thread after each change that makes a running engine useless.
     ///
-    /// Such changes are: another default microphone, another rate, a microphone that was unplugged,
-    /// plugged in, suspended or has failed, a sound server that has ended or is back. A burst of
-    /// changes is one call.
+    /// Such changes are: another default microphone, another rate that the engine cannot follow, a
+    /// microphone that was unplugged, plugged in, suspended or has failed, a sound server that has
+    /// ended or is back. A burst of changes is one call.
     [[nodiscard]] virtual std::unique_ptr<AudioObservation> observeConfigurationChange(
         std::function<void()> handler) = 0;
 };

@@ -17,9 +17,13 @@ struct Microphone {
     std::uint32_t sampleRate = 0;
     pa_channel_map channels{};
 
-    bool operator==(const Microphone& other) const {
-        return index == other.index && name == other.name && sampleRate == other.sampleRate &&
+    /// Whether `other` is the same source, perhaps at another rate.
+    bool isSameSource(const Microphone& other) const {
+        return index == other.index && name == other.name &&
                pa_channel_map_equal(&channels, &other.channels) != 0;
+    }
+    bool operator==(const Microphone& other) const {
+        return isSameSource(other) && sampleRate == other.sampleRate;
     }
 };
 

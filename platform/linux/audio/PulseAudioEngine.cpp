@@ -33,7 +33,14 @@ platform::AudioFormat PulseAudioEngine::inputFormatForBus(std::uint32_t bus) {
     if (!isRunning_) {
         prepareStream();
     }
-    return formatOf(*server_->microphone());
+    const Microphone& microphone = *server_->microphone();
+    return formatOf(hasStreamOf(microphone) ? stream_->microphone() : microphone);
+}
+
+// A source may report another rate once it runs. The stream keeps the rate that it was opened with,
+// and the server resamples.
+bool PulseAudioEngine::hasStreamOf(const Microphone& microphone) const {
+    return stream_ && stream_->isGood() && stream_->microphone().isSameSource(microphone);
 }
 
 void PulseAudioEngine::prepare() {
@@ -52,8 +59,9 @@ void PulseAudioEngine::prepareStream() {
 // Opens the default microphone's stream unless that stream is open; false on failure.
 bool PulseAudioEngine::openStream() {
     const Microphone& microphone = *server_->microphone();
-    if (!stream_ || !stream_->isGood() || !(stream_->microphone() == microphone)) {
-        stream_ = std::make_unique<RecordStream>(server_->context(), microphone, fragmentFrames,
+    if (!hasStreamOf(microphone)) {
+        stream_ = std::make_unique<RecordStream>(server_->context(), microphone,
+                                                 fragmentFrames,
                                                  streamEvents());
     }
     return stream_->isGood();

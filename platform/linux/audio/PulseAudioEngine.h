@@ -17,9 +17,9 @@ namespace tarvik::linuxdesktop {
 /// Captures the default microphone of the sound server.
 ///
 /// inputFormatForBus() opens the microphone's stream corked, so that start() only has to uncork the
-/// stream. A stream that is not started within ten seconds is closed again. After stop() no stream
-/// is open. The server's lock guards every field; the loop's thread holds that lock while it
-/// delivers.
+/// stream. Until stop(), the format is that of the open stream. A stream that is not started within
+/// ten seconds is closed again. After stop() no stream is open. The server's lock guards every
+/// field; the loop's thread holds that lock while it delivers.
 class PulseAudioEngine final : public platform::AudioEngine, private platform::AudioInputNode {
   public:
     explicit PulseAudioEngine(std::shared_ptr<PulseServer> server);
@@ -44,6 +44,7 @@ class PulseAudioEngine final : public platform::AudioEngine, private platform::A
 
     void prepareStream();
     bool openStream();
+    bool hasStreamOf(const Microphone& microphone) const;
     RecordStream::Events streamEvents();
     void deliver(const float* samples, std::size_t frameCount);
     void handleFailure(const std::string& reason);

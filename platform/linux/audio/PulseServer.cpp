@@ -19,6 +19,10 @@ std::string describe(const AvailableMicrophones& available) {
            " Hz, channels: " + std::to_string(microphone.channels.channels);
 }
 
+bool isSameSource(const std::optional<Microphone>& one, const std::optional<Microphone>& other) {
+    return one && other ? one->isSameSource(*other) : one.has_value() == other.has_value();
+}
+
 }  // namespace
 
 PulseServer::PulseServer(std::shared_ptr<ConfigurationChanges> changes, platform::Log& log)
@@ -106,8 +110,11 @@ void PulseServer::connectionLost(const std::string& reason) {
 }
 
 void PulseServer::microphonesChanged(const AvailableMicrophones& available) {
-    // Microphones besides the default one only matter for the authorization status.
-    const bool isSameDefault = available.defaultMicrophone == available_.defaultMicrophone;
+    // Microphones besides the default one only matter for the authorization status. The rate only
+    // matters for the next stream: a PipeWire source may report another rate whenever it starts to
+    // run, and an open stream goes on, resampled by the server.
+    const bool isSameDefault =
+        isSameSource(available.defaultMicrophone, available_.defaultMicrophone);
     available_ = available;
     setAuthorizationStatus(available.hasAny ? platform::AuthorizationStatus::authorized
                                             : platform::AuthorizationStatus::denied);

@@ -8,6 +8,7 @@
 
 #include "tests/conformance/audio/AudioRecorder.h"
 #include "tests/conformance/audio/PulseWorld.h"
+#include "tests/linux/audio/ReportedRate.h"
 #include "tests/linux/audio/TestTone.h"
 
 namespace tarvik::tests {
@@ -259,6 +260,31 @@ TEST_F(AudioPulse, AVolumeThatChangesIsNoConfigurationChange) {
     world.server().control({"load-module", "module-null-sink", "sink_name=another"});
     world.settle();
     EXPECT_EQ(recorder.changes(), 1);
+}
+
+TEST_F(AudioPulse, ARateThatASourceReportsOnceItRunsIsNoConfigurationChange) {
+    plugFirst(48000);
+    EXPECT_EQ(recorder.format().sampleRate, 48000);
+    const ReportedRate reported(44100);
+    const auto hearsOfTheRate = [&](const char* volume) {
+        const int before = reported.lists();
+        world.server().control({"set-source-volume", "mic1", volume});
+        return within([&] { return reported.lists() > before; });
+    };
+    ASSERT_TRUE(hearsOfTheRate("90%"));
+    EXPECT_EQ(recorder.format().sampleRate, 48000);
+    record();
+    ASSERT_TRUE(hearsOfTheRate("100%"));
+    world.settle();
+    EXPECT_EQ(recorder.changes(), 1);
+    EXPECT_EQ(recorder.format().sampleRate, 48000);
+    recorder.forget();
+    ASSERT_TRUE(within([this] { return recorder.buffers() > 0; }));
+    EXPECT_EQ(recorder.lastFormat().sampleRate, 48000);
+    EXPECT_EQ(world.openStreams(), 1U);
+    // The next recording uses what the source says now.
+    recorder.stop();
+    EXPECT_EQ(recorder.format().sampleRate, 44100);
 }
 
 TEST_F(AudioPulse, StartingOnASuspendedMicrophoneRecordsAsSoonAsItIsResumed) {
