@@ -2,6 +2,7 @@
 
 #include "platform/linux/audio/PulseAudioEngine.h"
 
+#include <algorithm>
 #include <utility>
 
 namespace tarvik::linuxdesktop {
@@ -9,11 +10,19 @@ namespace tarvik::linuxdesktop {
 namespace {
 
 /// The tap's own size is not known yet when a stream is opened.
-constexpr std::size_t fragmentFrames = 2048;
+constexpr std::uint32_t fragmentFrames = 2048;
+/// A stop comes 0.3 s after the last word and drops a buffer that is not full. A fragment of the
+/// server and a buffer together must be shorter than that, at every rate.
+constexpr Seconds maxBufferDuration{0.05};
 constexpr Seconds unusedStreamTimeout{10};
 
 platform::AudioFormat formatOf(const Microphone& microphone) {
     return {static_cast<double>(microphone.sampleRate), microphone.channels.channels};
+}
+
+std::uint32_t limitedFrames(std::uint32_t frameCount, const Microphone& microphone) {
+    const double limit = microphone.sampleRate * maxBufferDuration.count();
+    return std::min(frameCount, static_cast<std::uint32_t>(limit));
 }
 
 }  // namespace
@@ -61,7 +70,7 @@ bool PulseAudioEngine::openStream() {
     const Microphone& microphone = *server_->microphone();
     if (!hasStreamOf(microphone)) {
         stream_ = std::make_unique<RecordStream>(server_->context(), microphone,
-                                                 fragmentFrames,
+                                                 limitedFrames(fragmentFrames, microphone),
                                                  streamEvents());
     }
     return stream_->isGood();
@@ -139,7 +148,9 @@ void PulseAudioEngine::deliver(const float* samples, std::size_t frameCount) {
         return;
     }
     if (!buffer_) {
-        buffer_.emplace(tap_->bufferSize, formatOf(stream_->microphone()), tap_->block);
+        const Microphone& microphone = stream_->microphone();
+        buffer_.emplace(limitedFrames(tap_->bufferSize, microphone), formatOf(microphone),
+                        tap_->block);
     }
     buffer_->append(samples, frameCount);
 }

@@ -287,6 +287,26 @@ TEST_F(AudioPulse, ARateThatASourceReportsOnceItRunsIsNoConfigurationChange) {
     EXPECT_EQ(recorder.format().sampleRate, 44100);
 }
 
+class AudioPulseAtALowRate : public AudioPulse, public testing::WithParamInterface<int> {};
+
+TEST_P(AudioPulseAtALowRate, TheLastWordIsThereBeforeAStop) {
+    const auto rate = static_cast<std::uint32_t>(GetParam());
+    plugFirst(rate);
+    record();
+    recorder.forget();
+    const std::size_t frameCount = rate / 5;
+    world.speak(tone(frameCount, 1));
+    // The speaking itself takes 0.2 s, and a recording stops 0.3 s after it.
+    EXPECT_TRUE(world.runUntil(
+        [&] { return loudSamples(recorder.heard(0)) == static_cast<std::ptrdiff_t>(frameCount); },
+        std::chrono::milliseconds(500)));
+    for (const std::uint32_t length : recorder.lengths()) {
+        EXPECT_EQ(length, rate / 20);
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(Rates, AudioPulseAtALowRate, testing::Values(8000, 16000));
+
 TEST_F(AudioPulse, StartingOnASuspendedMicrophoneRecordsAsSoonAsItIsResumed) {
     plugFirst(16000);
     world.suspend(true);
