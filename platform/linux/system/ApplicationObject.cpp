@@ -78,14 +78,14 @@ void ApplicationObject::resign() {
 }
 
 int ApplicationObject::onActivate(sd_bus_message* call, void* self, sd_bus_error*) {
-    static_cast<ApplicationObject*>(self)->handlers_.reopen(startupIdIn(call));
+    static_cast<ApplicationObject*>(self)->handlers_.onReopen(startupIdIn(call));
     return sd_bus_reply_method_return(call, "");
 }
 
 // There are no documents: whatever is to be opened, the application comes forward.
 int ApplicationObject::onOpen(sd_bus_message* call, void* self, sd_bus_error*) {
     sd_bus_message_skip(call, "as");
-    static_cast<ApplicationObject*>(self)->handlers_.reopen(startupIdIn(call));
+    static_cast<ApplicationObject*>(self)->handlers_.onReopen(startupIdIn(call));
     return sd_bus_reply_method_return(call, "");
 }
 
@@ -102,7 +102,7 @@ int ApplicationObject::onAction(sd_bus_message* call, void* self, sd_bus_error* 
                                  shortName.c_str());
     }
     sd_bus_message_skip(call, "av");
-    object.handlers_.perform(*action, startupIdIn(call));
+    object.handlers_.onAction(*action, startupIdIn(call));
     return sd_bus_reply_method_return(call, "");
 }
 

@@ -23,8 +23,8 @@ class ApplicationObject {
     /// Carry out a call. Each gets the id of the user's action, empty where unknown, and runs no
     /// loop of its own.
     struct Handlers {
-        std::function<void(const std::string& startupId)> reopen;
-        std::function<void(platform::ApplicationAction, const std::string& startupId)> perform;
+        std::function<void(const std::string& startupId)> onReopen;
+        std::function<void(platform::ApplicationAction, const std::string& startupId)> onAction;
     };
 
     /// `bus` owns the application's name and is driven by no loop yet. `clock` and `log` outlive

@@ -12,15 +12,11 @@ namespace tarvik::linuxdesktop {
 
 namespace {
 
-constexpr std::size_t maxTextSize = 500;
+constexpr std::size_t maxCharacters = 500;
 
 bool isControl(char character) {
     const auto byte = static_cast<unsigned char>(character);
     return byte < 0x20 || byte == 0x7F;
-}
-
-bool isContinuation(char character) {
-    return (static_cast<unsigned char>(character) & 0xC0) == 0x80;
 }
 
 }  // namespace
@@ -28,16 +24,6 @@ bool isContinuation(char character) {
 std::string logText(std::string_view text) {
     std::string line;
     for (const char character : text) {
-        if (line.size() == maxTextSize) {
-            while (!line.empty() && isContinuation(line.back())) {
-                line.pop_back();
-            }
-            if (!line.empty() && static_cast<unsigned char>(line.back()) >= 0x80) {
-                line.pop_back();
-            }
-            line += "…";
-            break;
-        }
         // Indented JSON has runs of blanks.
         const bool isBlank = isControl(character) || character == ' ';
         if (!isBlank) {
@@ -51,7 +37,7 @@ std::string logText(std::string_view text) {
             line.begin(), line.end(),
             [](char character) { return static_cast<unsigned char>(character) >= 0x80; }, '?');
     }
-    return trimmed(line);
+    return shortened(trimmed(line), maxCharacters);
 }
 
 std::string httpStatusText(unsigned status, std::string_view reason) {

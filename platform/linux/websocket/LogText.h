@@ -6,8 +6,8 @@
 
 namespace tarvik::linuxdesktop {
 
-/// Text from the network, made safe for a log line: at most 500 bytes and an ellipsis, valid UTF-8,
-/// no control characters. Runs of blanks and line breaks become one blank.
+/// Text from the network, made safe for a log line: at most 500 characters, valid UTF-8, no control
+/// characters. Runs of blanks and line breaks become one blank.
 std::string logText(std::string_view text);
 
 /// An HTTP status for a log line: "HTTP 401 Unauthorized".

@@ -99,7 +99,6 @@ TEST_F(SettingsFileTest, SpacesOfEveryKindAtTheEndsOfATextAreKept) {
         close();
         open();
         EXPECT_EQ(defaults->stringForKey("deepgramApiKey"), text);
-        close();
     }
 }
 
