@@ -84,11 +84,9 @@ struct TextFieldDescription {
     ViewLayout layout = {};
     /// The name of the field for screen readers.
     std::string accessibilityLabel = {};
-    /// Called when the user presses Return in the field.
-    std::function<void()> action = {};
 };
 
-/// One line of text to edit.
+/// One line of text to edit. Return in the field does nothing.
 class TextField : public View {
   public:
     /// The current text, unchanged.

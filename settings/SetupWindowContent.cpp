@@ -128,8 +128,7 @@ std::shared_ptr<platform::View> SetupWindowController::buildKeyRow() {
          .layout = {.minimumWidth = minKeyFieldWidth,
                     .horizontalContentHugging = ConfigRow::yielding,
                     .horizontalCompressionResistance = ConfigRow::yielding},
-         .accessibilityLabel = "Deepgram API key",
-         .action = [this] { saveApiKey(); }});
+         .accessibilityLabel = "Deepgram API key"});
     return userInterface_.makeStack(
         {.orientation = Orientation::horizontal,
          .alignment = StackAlignment::centerY,

@@ -91,7 +91,7 @@ class Welcome(DictationTest):
         setup = SetupWindow(self.desktop, self.keyboard)
         self.addCleanup(setup.close)
         setup.enter_key("new-key")
-        self.keyboard.press("Return")
+        setup.click(setup.button("Save"))
         setup.wait_for_key_status(SAVED)
         kept = [path for path in self.settings_file.parent.iterdir()
                 if path != self.settings_file and path.read_bytes() == broken]

@@ -48,7 +48,6 @@ class SimulatedTextField final : public platform::TextField, public SimulatedVie
 
     /// The user replaces the text.
     void type(std::string text) { look.text = std::move(text); }
-    void pressReturn() { look.action(); }
 
     platform::TextFieldDescription look;
 };

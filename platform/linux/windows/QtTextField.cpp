@@ -15,9 +15,6 @@ QtTextField::QtTextField(const platform::TextFieldDescription& description) {
     setPlaceholderText(QString::fromStdString(description.placeholder));
     setAccessibleName(QString::fromStdString(description.accessibilityLabel));
     applyLayout(*this, description.layout);
-    if (description.action) {
-        connect(this, &QLineEdit::returnPressed, this, description.action);
-    }
 }
 
 std::string QtTextField::text() const {

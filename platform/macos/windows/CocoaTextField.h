@@ -5,8 +5,7 @@
 
 namespace tarvik::macdesktop {
 
-/// A text field as an NSTextField or NSSecureTextField, with the target of its action. Main thread
-/// only.
+/// A text field as an NSTextField or NSSecureTextField. Main thread only.
 class CocoaTextField final : public CocoaView, public platform::TextField {
   public:
     explicit CocoaTextField(const platform::TextFieldDescription& description);
@@ -17,7 +16,6 @@ class CocoaTextField final : public CocoaView, public platform::TextField {
     CocoaTextField(NSTextField* field, const platform::TextFieldDescription& description);
 
     NSTextField* field_;
-    NSObject* target_;
 };
 
 }  // namespace tarvik::macdesktop

@@ -7,7 +7,6 @@
 #include <QCheckBox>
 #include <QCloseEvent>
 #include <QEventLoop>
-#include <QKeyEvent>
 #include <QLineEdit>
 #include <QMenu>
 #include <QPushButton>
@@ -198,10 +197,6 @@ class LinuxSystemWorld final : public SystemWorld {
         auto& edit = dynamic_cast<QLineEdit&>(field);
         edit.selectAll();
         edit.insert(QString::fromStdString(text));
-    }
-    void pressReturn(platform::TextField& field) override {
-        QKeyEvent press(QEvent::KeyPress, Qt::Key_Return, Qt::NoModifier, "\r");
-        QApplication::sendEvent(&dynamic_cast<QLineEdit&>(field), &press);
     }
     void press(platform::Button& button) override { dynamic_cast<QPushButton&>(button).click(); }
     void click(platform::Checkbox& checkbox) override {

@@ -82,9 +82,6 @@ class SimulatedSystemWorld final : public SystemWorld {
     void type(platform::TextField& field, const std::string& text) override {
         dynamic_cast<simulated::SimulatedTextField&>(field).type(text);
     }
-    void pressReturn(platform::TextField& field) override {
-        dynamic_cast<simulated::SimulatedTextField&>(field).pressReturn();
-    }
     void press(platform::Button& button) override {
         dynamic_cast<simulated::SimulatedButton&>(button).press();
     }

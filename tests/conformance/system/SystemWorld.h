@@ -61,9 +61,8 @@ class SystemWorld : public LoopWorld {
     virtual bool chooseFromMenu(platform::Menu& menu, const std::string& title) = 0;
     /// The user types `text` into the next alert and presses `button`, counted from 0.
     virtual void answerNextAlert(int button, const std::string& text) = 0;
-    /// The user replaces the text of the field, or presses Return in the field.
+    /// The user replaces the text of the field.
     virtual void type(platform::TextField& field, const std::string& text) = 0;
-    virtual void pressReturn(platform::TextField& field) = 0;
     virtual void press(platform::Button& button) = 0;
     virtual void click(platform::Checkbox& checkbox) = 0;
     /// The user closes the window.

@@ -31,17 +31,6 @@ TEST_P(ViewConformance, AFieldHoldsExactlyWhatWasTyped) {
     }
 }
 
-TEST_P(ViewConformance, ReturnInAFieldDoesItsActionOnce) {
-    int saved = 0;
-    platform::TextFieldDescription description;
-    description.action = [&] { ++saved; };
-    const auto field = userInterface.makeTextField(description);
-    world->type(*field, "key");
-    EXPECT_EQ(saved, 0);
-    world->pressReturn(*field);
-    EXPECT_EQ(saved, 1);
-}
-
 TEST_P(ViewConformance, AButtonKeepsItsTitleAndDoesItsAction) {
     int pressed = 0;
     const auto made =
