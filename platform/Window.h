@@ -82,10 +82,11 @@ class Window {
     virtual void center() = 0;
 
     /// Shows the window at its position. Restores a window that the user has minimised. The desktop
-    /// decides whether the window gets the keyboard focus.
+    /// decides whether the window gets the keyboard. No control has the focus when the window
+    /// appears, and the first Tab reaches the first control.
     virtual void show() = 0;
     /// Puts the window in front of the windows of all applications, whichever application is
-    /// active. Shows a hidden window.
+    /// active. Shows a hidden window, like show().
     virtual void orderFrontRegardless() = 0;
     /// Whether the window is shown. The result for a minimised window depends on the desktop.
     virtual bool isVisible() const = 0;

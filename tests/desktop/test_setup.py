@@ -114,20 +114,30 @@ class Content(SetupTest):
         for control in controls:
             self.assertTrue(control.name)
             self.assertTrue(control.has("focusable"), control.name)
-        order = [self.next_focus(controls) for _ in controls]
+        self.setup.window.activate()
+        order = [self.next_focus(controls) for _ in range(len(controls) + 1)]
         middles = [(top + height // 2, left) for left, top, _, height
                    in (control.extents for control in order)]
+        self.assertEqual(order[0], controls[0])
         self.assertEqual(order[-1], controls[0])
         self.assertEqual(middles[:-1], sorted(middles[:-1]))
         self.assertEqual(len(set(middles)), len(controls))
 
     def next_focus(self, controls):
         """Presses Tab; returns the control that gets the focus."""
-        before = next(control for control in controls if control.has("focused"))
+        before = self.focused(controls)
         self.keyboard.press("Tab")
-        return wait_for(lambda: next((control for control in controls
-                                      if control != before and control.has("focused")), None),
-                        "the next control")
+
+        def after():
+            control = self.focused(controls)
+            return control if control and (not before or control != before) else None
+
+        return wait_for(after, "the next control")
+
+    @staticmethod
+    def focused(controls):
+        """The control that has the focus, or None."""
+        return next((control for control in controls if control.has("focused")), None)
 
     def test_it_is_a_window_to_a_screen_reader(self):
         self.open_setup()

@@ -40,6 +40,7 @@ void ScrolledWindow::setContent(QWidget* content) {
         content->installEventFilter(this);
         content->show();
     }
+    focusNoControl();
 }
 
 QSize ScrolledWindow::neededSize(QSize minimum) const {
@@ -85,6 +86,14 @@ bool ScrolledWindow::eventFilter(QObject*, QEvent* event) {
     return false;
 }
 
+void ScrolledWindow::showEvent(QShowEvent* event) {
+    QMainWindow::showEvent(event);
+    // A spontaneous event tells of a window that the user has restored.
+    if (!event->spontaneous()) {
+        focusNoControl();
+    }
+}
+
 void ScrolledWindow::closeEvent(QCloseEvent* event) {
     event->accept();
     if (onClose) {
@@ -104,6 +113,12 @@ void ScrolledWindow::changeEvent(QEvent* event) {
     if (event->type() == QEvent::ActivationChange && onFrameChanged) {
         onFrameChanged();
     }
+}
+
+// Without a focus elsewhere the window would give the focus to its first control. What the user
+// types on would then change the key or press a button. In the scroll area keys only scroll.
+void ScrolledWindow::focusNoControl() {
+    area_->setFocus();
 }
 
 }  // namespace tarvik::linuxdesktop

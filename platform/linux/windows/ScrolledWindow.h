@@ -10,6 +10,7 @@
 namespace tarvik::linuxdesktop {
 
 /// A top-level window that scrolls where its content needs more room. Ctrl+W closes the window.
+/// No control has the focus when the window appears, and the first Tab reaches the first control.
 /// Main thread only.
 ///
 /// It is a QMainWindow because a screen reader takes no other widget for a window.
@@ -39,9 +40,11 @@ class ScrolledWindow final : public QMainWindow {
 
   private:
     bool eventFilter(QObject* object, QEvent* event) override;
+    void showEvent(QShowEvent* event) override;
     void closeEvent(QCloseEvent* event) override;
     void moveEvent(QMoveEvent* event) override;
     void changeEvent(QEvent* event) override;
+    void focusNoControl();
 
     QScrollArea* area_;
     mutable QMargins frameMargins_;

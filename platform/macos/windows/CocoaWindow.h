@@ -29,6 +29,8 @@ class CocoaWindow final : public platform::Window {
     void close() override;
 
   private:
+    void focusNoControl();
+
     NSWindow* window_;
     NSWindowController* controller_;
     /// NSWindow holds its delegate weakly.

@@ -123,11 +123,25 @@ void CocoaWindow::center() {
 }
 
 void CocoaWindow::show() {
+    const bool appears = !window_.visible;
     [controller_ showWindow:nil];
+    if (appears) {
+        focusNoControl();
+    }
 }
 
 void CocoaWindow::orderFrontRegardless() {
+    const bool appears = !window_.visible;
     [window_ orderFrontRegardless];
+    if (appears) {
+        focusNoControl();
+    }
+}
+
+// AppKit gives the focus to the first control of a window that appears. What the user types on
+// would then change the key or press a button. Tab leads from the window to the first control.
+void CocoaWindow::focusNoControl() {
+    [window_ makeFirstResponder:nil];
 }
 
 bool CocoaWindow::isVisible() const {

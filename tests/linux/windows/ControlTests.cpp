@@ -15,25 +15,76 @@ namespace tarvik::tests {
 namespace {
 
 /// Controls by keyboard and for a screen reader.
-using ControlTest = UserInterfaceTest;
+class ControlTest : public UserInterfaceTest {
+  protected:
+    /// Presses a key in the active window.
+    static void press(int key, const QString& text = {}) {
+        QKeyEvent down(QEvent::KeyPress, key, Qt::NoModifier, text);
+        QApplication::sendEvent(QApplication::focusWidget(), &down);
+        QKeyEvent up(QEvent::KeyRelease, key, Qt::NoModifier, text);
+        QApplication::sendEvent(QApplication::focusWidget(), &up);
+    }
+    static void pressTab() { press(Qt::Key_Tab); }
+};
 
 TEST_F(ControlTest, TabReachesEveryControlInTheOrderOfTheEyeAndScrollsToIt) {
     SampleWindow sample(userInterface);
     sample.widget().resize(830, 555);
     QApplication::setActiveWindow(&sample.widget());
-    EXPECT_TRUE(runUntil([&] { return sample.field()->hasFocus(); }));
+    pressTab();
     const QList<QWidget*> expected = {sample.field(), sample.find<QPushButton>("Save"),
                                       sample.find<QPushButton>("Grant"),
                                       sample.find<QCheckBox>("Launch at login"),
                                       sample.find<QPushButton>("Restart Tarvik Dictate")};
     for (QWidget* control : expected) {
         EXPECT_EQ(QApplication::focusWidget(), control);
-        QKeyEvent tab(QEvent::KeyPress, Qt::Key_Tab, Qt::NoModifier);
-        QApplication::sendEvent(QApplication::focusWidget(), &tab);
+        pressTab();
         QWidget* next = QApplication::focusWidget();
         EXPECT_EQ(next->visibleRegion().boundingRect().size(), next->size()) << "not scrolled to";
     }
     EXPECT_EQ(QApplication::focusWidget(), sample.field());
+}
+
+TEST_F(ControlTest, TheFirstShiftTabReachesTheLastControlAndScrollsToIt) {
+    SampleWindow sample(userInterface);
+    sample.widget().resize(830, 555);
+    QApplication::setActiveWindow(&sample.widget());
+    press(Qt::Key_Backtab);
+    const auto* last = sample.find<QPushButton>("Restart Tarvik Dictate");
+    EXPECT_EQ(QApplication::focusWidget(), last);
+    EXPECT_EQ(last->visibleRegion().boundingRect().size(), last->size());
+}
+
+TEST_F(ControlTest, NoControlHasTheFocusWhenAWindowAppearsSoThatKeysDoNothing) {
+    SampleWindow sample(userInterface);
+    for (int times = 0; times < 2; ++times) {
+        QApplication::setActiveWindow(&sample.widget());
+        ASSERT_EQ(QApplication::focusWidget(), sample.widget().findChild<QScrollArea*>());
+        press(Qt::Key_K, "k");
+        press(Qt::Key_Space, " ");
+        press(Qt::Key_Return, "\r");
+        EXPECT_EQ(sample.field()->text(), "");
+        EXPECT_EQ(sample.saves, 0);
+        // The focus of the first time must not stay for the second.
+        sample.field()->setFocus();
+        sample.window().close();
+        sample.window().show();
+    }
+}
+
+TEST_F(ControlTest, ReplacedContentHasNoFocusEitherAndTheFirstTabReachesItsFirstControl) {
+    const auto window = userInterface.makeWindow({.contentSize = {400, 200}});
+    auto& widget = dynamic_cast<linuxdesktop::QtWindow&>(*window).widget();
+    window->show();
+    for (const char* title : {"Visit", "Visit again"}) {
+        const auto visit = userInterface.makeButton({.title = title});
+        const auto later = userInterface.makeButton({.title = "Maybe later"});
+        window->setContent(userInterface.makeStack({.views = {visit, later}}), std::nullopt);
+        QApplication::setActiveWindow(&widget);
+        EXPECT_EQ(QApplication::focusWidget(), widget.findChild<QScrollArea*>()) << title;
+        pressTab();
+        EXPECT_EQ(QApplication::focusWidget(), dynamic_cast<QWidget*>(visit.get())) << title;
+    }
 }
 
 TEST_F(ControlTest, ReturnAndSpacePressTheButtonThatHasTheFocus) {
