@@ -54,10 +54,11 @@ class Application {
     /// Ends the event loop after the current turn. Some toolkits end the whole process inside the
     /// call, so a caller calls it last. Allowed before run(): run() then returns at once.
     virtual void terminate() = 0;
-    /// Asks to become the active application, in the way that the desktop recommends today.
+    /// Asks to become the active application, in the way that the desktop recommends today. A
+    /// backend may refuse the keyboard to windows for which the user has not asked.
     virtual void activate() = 0;
     /// Brings the application's windows in front of all other applications, as far as the desktop
-    /// allows this.
+    /// allows this. A backend may refuse the keyboard as for activate().
     virtual void activateIgnoringOtherApps() = 0;
 };
 

@@ -43,8 +43,9 @@ class UserInterface {
     /// The icon that the desktop shows for an application without one.
     virtual std::shared_ptr<Image> genericApplicationIcon() = 0;
 
-    /// Shows the alert in front of all applications and returns the user's answer. Blocks of the
-    /// main queue run in the meantime. A call made while another alert is open shows nothing and
+    /// Shows the alert in front of all applications, with the keyboard, and returns the user's
+    /// answer. Called only in answer to an action of the user. Blocks of the main queue run in the
+    /// meantime. A call made while another alert is open shows nothing and
     /// returns as if its alert had been closed.
     virtual AlertAnswer runModal(const Alert& alert) = 0;
 

@@ -14,7 +14,7 @@ SAVED, NOT_SET = "✓ Saved", "✗ Not set"
 
 
 class SetupWindow:
-    """The constructor waits until the window is in front."""
+    """The constructor waits until the window is shown."""
 
     def __init__(self, desktop, keyboard, timeout=15.0):
         self._desktop = desktop

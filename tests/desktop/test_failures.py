@@ -51,7 +51,7 @@ class MissingParts(DictationTest):
         service = self.start_scripted_service()
         application = self.start_application(service, settings={"deepgramApiKey": ""})
         self.hold()
-        wait_for_window(self.desktop)
+        wait_for_window(self.desktop).wait_until_active()
         self.keyboard.release()
         self.keyboard.type("typed-key")
         self.keyboard.press("Return")

@@ -37,8 +37,7 @@ class Instance(DictationTest):
         application = self.start_application(self.start_scripted_service())
         status, _, _ = self.second_start()
         self.assertEqual(status, 0)
-        window = wait_for_window(self.desktop)
-        wait_for(lambda: window.is_active, "the window in front")
+        window = wait_for_window(self.desktop).wait_until_active()
         self.assertEqual(window.property("_NET_WM_PID"), str(application.pid))
         window.close()
 

@@ -72,11 +72,11 @@ class StatusMenu(MenuTest):
     def test_setup_brings_the_window_in_front(self):
         self.start_target("gtk3")
         self.menu.click("Setup…")
-        window = wait_for_window(self.desktop)
+        window = wait_for_window(self.desktop).wait_until_active()
         self.start_target("gtk3")
         self.assertFalse(window.is_active)
         self.menu.click("Setup…")
-        wait_for(lambda: window.is_active, "the setup window in front again")
+        window.wait_until_active()
         self.assertEqual(visible_windows(self.desktop), [window.number])
 
     def test_quit_ends_all_processes(self):

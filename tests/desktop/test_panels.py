@@ -47,7 +47,7 @@ class OnAPanel:
         # The keyboard skips the information lines at the top.
         self.keyboard.press("Down")
         self.keyboard.press("Return")
-        window = wait_for_window(self.desktop)
+        window = wait_for_window(self.desktop).wait_until_active()
         self.assertEqual(visible_windows(self.desktop), [window.number])
         self.assertIsNone(self.icon.menu())
 

@@ -30,7 +30,7 @@ class Prompt(DictationTest):
     def open_prompt(self):
         """Presses the hotkey and waits for the prompt."""
         self.hold()
-        self.window = wait_for_window(self.desktop)
+        self.window = wait_for_window(self.desktop).wait_until_active()
         self.keyboard.release()
         self.dialog = self.reader.window_with(EXPLANATION)
         self.field = next(part for part in self.dialog.controls if part.role == "text")
@@ -67,7 +67,7 @@ class Prompt(DictationTest):
         self.keyboard.press("Escape")
         self.window.wait_until_gone()
         self.hold()
-        wait_for_window(self.desktop)
+        wait_for_window(self.desktop).wait_until_active()
         begin = time.monotonic()
         wait_for(lambda: time.monotonic() - begin > REPEATING_HOLD, "the repeats of the key")
         self.keyboard.release()

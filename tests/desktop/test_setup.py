@@ -16,7 +16,7 @@ from processes import end_applications
 from restart import RestartCheck
 from setup_window import (GRANTED, NOT_GRANTED, NOT_SET, RESTART, SAVED, SetupWindow, click_at,
                           has_status_color)
-from windows import visible_windows
+from windows import visible_windows, wait_for_window
 
 KEY = "deepgramApiKey"
 MARGIN = 20
@@ -64,6 +64,14 @@ class SetupTest(DictationTest):
         self.addCleanup(setup.close)
         return setup
 
+    def wait_for_place(self, setup, right, top):
+        """Waits until the window is in the top right corner of the room that the panels leave."""
+        def is_in_place():
+            left, upper, width, _ = setup.window.frame
+            return (right - left - width, upper - top) == (MARGIN, MARGIN)
+
+        wait_for(is_in_place, "the window in its corner")
+
     def wait_for_stored(self, line):
         wait_for(lambda: line in self.settings_file.read_text().splitlines(), f"the setting {line}")
 
@@ -85,8 +93,7 @@ class Content(SetupTest):
 
     def test_it_keeps_its_distance_from_the_top_right_corner(self):
         self.open_setup()
-        left, top, width, _ = self.setup.window.frame
-        self.assertEqual((SCREEN[0] - left - width, top), (MARGIN, MARGIN))
+        self.wait_for_place(self.setup, right=SCREEN[0], top=0)
 
     def test_it_keeps_its_distance_from_panels(self):
         panel = self.start_terminal()
@@ -95,8 +102,7 @@ class Content(SetupTest):
         wait_for(lambda: "0, 40, 1220, 760" in self.desktop.run(["xprop", "-root", "_NET_WORKAREA"]),
                  "the place that the panel has taken")
         self.open_setup()
-        left, top, width, _ = self.setup.window.frame
-        self.assertEqual((1220 - left - width, top - 40), (MARGIN, MARGIN))
+        self.wait_for_place(self.setup, right=1220, top=40)
 
     def test_it_floats_on_every_workspace(self):
         self.open_setup()
@@ -152,8 +158,7 @@ class Content(SetupTest):
         menu.click("Setup…")
         again = self.new_setup()
         self.assertEqual(again.labels, LABELS)
-        left, top, width, _ = again.window.frame
-        self.assertEqual((SCREEN[0] - left - width, top), (MARGIN, MARGIN))
+        self.wait_for_place(again, right=SCREEN[0], top=0)
 
     def test_it_comes_forward_when_the_application_is_asked(self):
         self.open_setup()
@@ -219,11 +224,11 @@ class Key(SetupTest):
         self.setup.wait_for_key_status(NOT_SET)
         self.hold()
         self.keyboard.release()
-        prompt = wait_for(lambda: set(visible_windows(self.desktop))
-                          - {self.setup.window.number}, "the question for the key")
+        prompt = wait_for_window(self.desktop, besides={self.setup.window.number})
+        prompt.wait_until_active()
         self.keyboard.type("other")
         self.keyboard.press("Return")
-        wait_for(lambda: not prompt & set(visible_windows(self.desktop)), "the end of the question")
+        prompt.wait_until_gone()
         self.setup.wait_for_key_status(SAVED)
 
 

@@ -58,9 +58,10 @@ class WindowScenarios:
 
     @contextlib.contextmanager
     def setup(self, key="a-key"):
-        """The setup window with everything granted."""
+        """The setup window with everything granted, and with the keyboard."""
         with self._application(deepgramApiKey=key), \
              contextlib.closing(SetupWindow(self._desktop, self.keyboard)) as setup:
+            setup.window.activate()
             yield setup
 
     def shrink(self, setup):
@@ -102,7 +103,7 @@ class WindowScenarios:
         with self._application():
             wait_for_window(self._desktop).close()
             self.keyboard.hold()
-            prompt = wait_for_window(self._desktop)
+            prompt = wait_for_window(self._desktop).wait_until_active()
             self.keyboard.release()
             yield prompt
             self.keyboard.press("Escape")

@@ -40,9 +40,14 @@ class Window:
         """Activates the window, as a click on it does."""
         self._desktop.run(["xdotool", "windowactivate", "--sync", self.number])
 
+    def wait_until_active(self):
+        """Waits until the window has the keyboard; returns the window."""
+        wait_for(lambda: self.is_active, "the keyboard in the application's window")
+        return self
+
     def close(self):
         """Closes the window by a key, as a user does, and waits until it is gone."""
-        wait_for(lambda: self.is_active, "the window in front")
+        self.activate()
         self._desktop.run(["xdotool", "key", "ctrl+w"])
         self.wait_until_gone()
 
@@ -65,12 +70,10 @@ def visible_windows(desktop):
 
 
 def wait_for_window(desktop, timeout=15.0, besides=()):
-    """Waits until a window of the application, other than those in `besides`, is in front; returns
-    the window."""
+    """Waits until the application shows a window, other than those in `besides`; returns the
+    window. The window need not have the keyboard."""
     def found():
         new = [number for number in visible_windows(desktop) if number not in besides]
         return Window(desktop, new[0]) if new else None
 
-    window = wait_for(found, "a window of the application", timeout)
-    wait_for(lambda: window.is_active, "the application's window in front")
-    return window
+    return wait_for(found, "a window of the application", timeout)

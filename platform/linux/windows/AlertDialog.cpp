@@ -13,6 +13,7 @@
 #include "platform/linux/windows/Assets.h"
 #include "platform/linux/windows/LegibleLineEdit.h"
 #include "platform/linux/windows/Scaling.h"
+#include "platform/linux/windows/UserAction.h"
 #include "platform/linux/windows/WindowManagerRequests.h"
 
 namespace tarvik::linuxdesktop {
@@ -102,7 +103,12 @@ void AlertDialog::showEvent(QShowEvent* event) {
     field_->selectAll();
     // The window is mapped only after this event, and cannot be activated before.
     QMetaObject::invokeMethod(
-        this, [this] { bringToFront(*this); }, Qt::QueuedConnection);
+        this,
+        [this] {
+            const UserAction hotkey;
+            bringToFront(*this);
+        },
+        Qt::QueuedConnection);
 }
 
 platform::AlertAnswer AlertDialog::run() {

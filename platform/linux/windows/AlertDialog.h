@@ -8,7 +8,8 @@
 
 namespace tarvik::linuxdesktop {
 
-/// A modal alert with a text field. Main thread only.
+/// A modal alert with a text field. The alert answers a hotkey of the user, and therefore takes the
+/// keyboard. Main thread only.
 class AlertDialog final : public QDialog {
   public:
     explicit AlertDialog(const platform::Alert& alert);

@@ -11,6 +11,7 @@
 
 #include "platform/linux/windows/Mnemonics.h"
 #include "platform/linux/windows/QtAppearance.h"
+#include "platform/linux/windows/UserAction.h"
 
 namespace tarvik::linuxdesktop {
 
@@ -81,6 +82,7 @@ void QtMenu::addActions() {
         QObject::connect(action, &QAction::triggered, action, [this, index] {
             // A copy, because the action may replace the items.
             if (const std::function<void()> perform = items_[index].action) {
+                const UserAction choice;
                 perform();
             }
         });

@@ -12,6 +12,9 @@ namespace tarvik::linuxdesktop {
 
 /// A window as a top-level widget. Main thread only.
 ///
+/// The window takes the keyboard only when the user has asked for the window (see UserAction). No
+/// control has the focus when the window appears.
+///
 /// The content has all the room that it needs, up to the size of the screen, and scrolls where the
 /// user makes the window smaller. The whole window is put on the main screen, wherever its origin
 /// would be. Windows stay when another application becomes active, whatever the description says:

@@ -2,6 +2,8 @@
 
 #include "platform/linux/windows/ScrolledWindow.h"
 
+#include <xcb/xcb.h>
+
 #include <QCloseEvent>
 #include <QLayout>
 #include <QShortcut>
@@ -9,11 +11,14 @@
 #include <QWindow>
 
 #include "platform/linux/windows/Assets.h"
+#include "platform/linux/windows/X11Server.h"
 
 namespace tarvik::linuxdesktop {
 
 ScrolledWindow::ScrolledWindow() : area_(new QScrollArea(this)) {
     setAttribute(Qt::WA_QuitOnClose, false);
+    // Tells the window manager that the window appears without a user's action (user time 0).
+    setAttribute(Qt::WA_ShowWithoutActivating);
     setWindowIcon(applicationIcon());
     area_->setFrameShape(QFrame::NoFrame);
     area_->setWidgetResizable(true);
@@ -24,6 +29,9 @@ ScrolledWindow::ScrolledWindow() : area_(new QScrollArea(this)) {
     layout()->setSizeConstraint(QLayout::SetNoConstraint);
     auto* shortcut = new QShortcut(QKeySequence(Qt::CTRL | Qt::Key_W), this);
     connect(shortcut, &QShortcut::activated, this, [this] { close(); });
+    if (xcb_connection_t* connection = x11Connection()) {
+        frameExtents_ = x11Atom(connection, "_NET_FRAME_EXTENTS");
+    }
 }
 
 ScrolledWindow::~ScrolledWindow() {
@@ -82,6 +90,26 @@ void ScrolledWindow::moveFrame(QPoint position) {
 bool ScrolledWindow::eventFilter(QObject*, QEvent* event) {
     if (event->type() == QEvent::LayoutRequest && onContentChanged) {
         onContentChanged();
+    }
+    return false;
+}
+
+// Qt sends no event of its own when the size of the frame becomes known.
+bool ScrolledWindow::nativeEvent(const QByteArray& eventType, void* message, qintptr*) {
+    if (frameExtents_ == 0 || eventType != "xcb_generic_event_t") {
+        return false;
+    }
+    const auto* event = static_cast<const xcb_property_notify_event_t*>(message);
+    if ((event->response_type & 0x7f) == XCB_PROPERTY_NOTIFY && event->atom == frameExtents_) {
+        // Qt itself takes note of the property only after this call.
+        QMetaObject::invokeMethod(
+            this,
+            [this] {
+                if (onFrameChanged) {
+                    onFrameChanged();
+                }
+            },
+            Qt::QueuedConnection);
     }
     return false;
 }

@@ -5,13 +5,14 @@
 #include <QMargins>
 #include <QPoint>
 #include <QScrollArea>
+#include <cstdint>
 #include <functional>
 
 namespace tarvik::linuxdesktop {
 
 /// A top-level window that scrolls where its content needs more room. Ctrl+W closes the window.
-/// No control has the focus when the window appears, and the first Tab reaches the first control.
-/// Main thread only.
+/// The window appears without taking the keyboard, and without a focused control. The first Tab
+/// reaches the first control. Main thread only.
 ///
 /// It is a QMainWindow because a screen reader takes no other widget for a window.
 class ScrolledWindow final : public QMainWindow {
@@ -40,6 +41,7 @@ class ScrolledWindow final : public QMainWindow {
 
   private:
     bool eventFilter(QObject* object, QEvent* event) override;
+    bool nativeEvent(const QByteArray& eventType, void* message, qintptr* result) override;
     void showEvent(QShowEvent* event) override;
     void closeEvent(QCloseEvent* event) override;
     void moveEvent(QMoveEvent* event) override;
@@ -47,6 +49,8 @@ class ScrolledWindow final : public QMainWindow {
     void focusNoControl();
 
     QScrollArea* area_;
+    /// The X server's number of the property with the size of the frame; 0 without an X server.
+    std::uint32_t frameExtents_ = 0;
     mutable QMargins frameMargins_;
 };
 

@@ -15,9 +15,6 @@ namespace tarvik::linuxdesktop {
 
 namespace {
 
-// One for the process, as the connection to the display server is.
-std::uint32_t timeOfAction = 0;
-
 // Where Qt looks for the token when it activates a window on Wayland.
 constexpr const char* tokenVariable = "XDG_ACTIVATION_TOKEN";
 
@@ -63,14 +60,13 @@ void sendCompletion(xcb_connection_t* connection, std::string_view id) {
 }  // namespace
 
 StartupNotification::StartupNotification(std::string id)
-    : id_(std::move(id)), outerTime_(std::exchange(timeOfAction, timeIn(id_))) {
+    : id_(std::move(id)), action_(timeIn(id_)) {
     if (!id_.empty() && x11Connection() == nullptr) {
         qputenv(tokenVariable, QByteArray::fromStdString(id_));
     }
 }
 
 StartupNotification::~StartupNotification() {
-    timeOfAction = outerTime_;
     xcb_connection_t* connection = x11Connection();
     if (connection == nullptr) {
         // The token is good for one use, and no program that is started later may find it.
@@ -78,10 +74,6 @@ StartupNotification::~StartupNotification() {
     } else if (!id_.empty()) {
         sendCompletion(connection, id_);
     }
-}
-
-std::uint32_t StartupNotification::currentTime() {
-    return timeOfAction;
 }
 
 std::uint32_t StartupNotification::timeIn(std::string_view id) {

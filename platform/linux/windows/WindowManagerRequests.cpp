@@ -8,7 +8,7 @@
 #include <cstdint>
 #include <string_view>
 
-#include "platform/linux/windows/StartupNotification.h"
+#include "platform/linux/windows/UserAction.h"
 #include "platform/linux/windows/X11Server.h"
 
 namespace tarvik::linuxdesktop {
@@ -64,10 +64,13 @@ void preferDarkFrame(QWidget& window) {
 
 void bringToFront(QWidget& window) {
     window.raise();
+    const std::optional<std::uint32_t> time = UserAction::currentTime();
+    if (!time) {
+        return;
+    }
     window.activateWindow();
     if (xcb_connection_t* connection = x11Connection()) {
-        requestActivation(connection, static_cast<xcb_window_t>(window.winId()),
-                          StartupNotification::currentTime());
+        requestActivation(connection, static_cast<xcb_window_t>(window.winId()), *time);
     }
 }
 

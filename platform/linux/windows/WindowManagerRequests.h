@@ -15,9 +15,9 @@ void showOnAllDesktops(QWidget& window);
 /// Asks for a dark title bar, whatever the desktop's theme is.
 void preferDarkFrame(QWidget& window);
 
-/// Raises `window`, which is shown, above the windows of other applications, and asks for the
-/// keyboard as if the user had chosen the window in a task list. The time of the request is
-/// StartupNotification::currentTime().
+/// Raises `window`, which is shown, above the windows of other applications. During a UserAction
+/// the window also asks for the keyboard, as if the user had chosen the window in a task list.
+/// Otherwise the keyboard stays where it is.
 void bringToFront(QWidget& window);
 
 }  // namespace tarvik::linuxdesktop

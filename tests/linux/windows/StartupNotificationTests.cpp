@@ -159,11 +159,19 @@ TEST_F(X11StartupTest, SoDoesAWindowThatComesUpOnlyThen) {
     ASSERT_TRUE(request);
     EXPECT_EQ(request->window, numberOf(*window));
     EXPECT_EQ(request->data.data32[1], 98765U);
-    // A window that comes to the front later has no time of a user action.
+}
+
+TEST_F(X11StartupTest, AWindowForWhichNobodyAskedAsksForNothing) {
+    const auto window = makeWindow();
+    window->show();
     window->orderFrontRegardless();
-    const auto later = nextRequestOfTheUser();
-    ASSERT_TRUE(later);
-    EXPECT_EQ(later->data.data32[1], 0U);
+    application.activate();
+    application.activateIgnoringOtherApps();
+    // Messages keep their order, so a request would come before this one.
+    endStartup("marker");
+    const auto first = nextMessage({atom("_NET_ACTIVE_WINDOW"), atom("_NET_STARTUP_INFO_BEGIN")});
+    ASSERT_TRUE(first);
+    EXPECT_EQ(first->type, atom("_NET_STARTUP_INFO_BEGIN"));
 }
 
 using StartupNotificationTest = UserInterfaceTest;

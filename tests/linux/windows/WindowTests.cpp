@@ -4,7 +4,13 @@
 #include <QScrollArea>
 #include <QScrollBar>
 #include <algorithm>
+#include <cmath>
+#include <filesystem>
+#include <optional>
+#include <string>
+#include <vector>
 
+#include "platform/linux/windows/UserAction.h"
 #include "tests/linux/windows/SampleWindow.h"
 #include "tests/linux/windows/UserInterfaceTest.h"
 #include "tests/linux/windows/X11Client.h"
@@ -26,6 +32,11 @@ class X11WindowTest : public UserInterfaceTest {
                    sample.widget().isActiveWindow() &&
                    !program.property(frameWindow(sample), "_NET_FRAME_EXTENTS").empty();
         });
+    }
+    /// Brings a window to the front as the user's choice in the menu does.
+    static void bringForward(SampleWindow& sample) {
+        const linuxdesktop::UserAction choice;
+        sample.window().orderFrontRegardless();
     }
     static xcb_window_t frameWindow(SampleWindow& sample) {
         return static_cast<xcb_window_t>(sample.widget().winId());
@@ -52,7 +63,7 @@ TEST_F(X11WindowTest, AWindowStandsWhereItWasPutOnceTheFrameIsKnown) {
     // The position must not depend on whether the frame is known by now.
     putTopRight(sample);
     sample.window().show();
-    sample.window().orderFrontRegardless();
+    bringForward(sample);
     ASSERT_TRUE(isSettled(sample));
     EXPECT_GT(sample.window().frame().size.height, sample.widget().height());
     EXPECT_TRUE(runUntil([&] {
@@ -76,24 +87,40 @@ TEST_F(X11WindowTest, TheFirstPlaceIsRightAlthoughNothingIsKnownOfTheFrame) {
         << " " << window->frame().origin.y;
 }
 
+TEST_F(X11WindowTest, AWindowThatIsCentredWhileItAppearsIsInTheMiddleWithItsFrame) {
+    const auto window = userInterface.makeWindow(
+        {.contentSize = {520, 360}, .styleMask = platform::titledWindow, .title = "Centred"});
+    window->setFrameOrigin({10, 10});
+    window->show();
+    window->center();
+    window->orderFrontRegardless();
+    const auto isCentred = [&] {
+        const platform::Rect frame = window->frame();
+        return frame.size.height > 360 &&
+               std::abs(distanceToTop(frame, screen()) - frame.origin.y) <= 1 &&
+               std::abs(distanceToRight(frame, screen()) - frame.origin.x) <= 1;
+    };
+    EXPECT_TRUE(runUntil(isCentred)) << window->frame().origin.x << " " << window->frame().origin.y;
+}
+
 TEST_F(X11WindowTest, AUserCanMoveTheWindowAndItStaysThere) {
     SampleWindow sample(userInterface);
-    sample.window().orderFrontRegardless();
+    bringForward(sample);
     ASSERT_TRUE(isSettled(sample));
     const TestProcess moving(
         {"xdotool", "windowmove", std::to_string(sample.widget().winId()), "33", "44"});
     EXPECT_TRUE(runUntil([&] { return sample.widget().geometry().topLeft() == QPoint(33, 44); }));
     SampleWindow other(userInterface);
-    other.window().orderFrontRegardless();
+    bringForward(other);
     ASSERT_TRUE(isSettled(other));
-    sample.window().orderFrontRegardless();
+    bringForward(sample);
     ASSERT_TRUE(isSettled(sample));
     EXPECT_EQ(sample.widget().geometry().topLeft(), QPoint(33, 44));
 }
 
 TEST_F(X11WindowTest, ItCanBeMadeAsSmallAsWasAskedForAndNoSmaller) {
     SampleWindow sample(userInterface);
-    sample.window().orderFrontRegardless();
+    bringForward(sample);
     ASSERT_TRUE(isSettled(sample));
     const TestProcess resizing(
         {"xdotool", "windowsize", std::to_string(sample.widget().winId()), "10", "10"});
@@ -184,7 +211,7 @@ TEST_F(X11WindowTest, AWindowIsNeverLargerThanTheScreenAndScrolls) {
 
 TEST_F(X11WindowTest, ControlWClosesAndEscapeDoesNot) {
     SampleWindow sample(userInterface);
-    sample.window().orderFrontRegardless();
+    bringForward(sample);
     ASSERT_TRUE(isSettled(sample));
     TestProcess keys({"xdotool", "key", "Tab", "Escape", "x", "ctrl+w"});
     EXPECT_TRUE(runUntil([&] { return sample.closings == 1; }));
@@ -193,15 +220,59 @@ TEST_F(X11WindowTest, ControlWClosesAndEscapeDoesNot) {
     EXPECT_EQ(sample.field()->text(), "x");
 }
 
-TEST_F(X11WindowTest, TheWindowComesInFrontOfAnotherProgramWithTheKeyboard) {
-    const std::string title = folder.path();
-    program.movePointerAway();
-    const TestProcess other(
-        {"xterm", "-geometry", "80x10+100+100", "-title", title, "-e", "sleep", "600"});
-    EXPECT_TRUE(runUntil([&] { return program.activeTitle() == title; }));
+/// Another program, in which the user types.
+class X11TypingTest : public X11WindowTest {
+  protected:
+    X11TypingTest() {
+        program.movePointerAway();
+        terminal.emplace(std::vector<std::string>{"xterm", "-geometry", "80x10+100+100", "-title",
+                                                  folder.path(), "-e", "sh", "-c",
+                                                  "stty raw -echo; exec cat > '" + typed() + "'"});
+        EXPECT_TRUE(runUntil([&] { return hasKeyboard() && std::filesystem::exists(typed()); }));
+    }
+
+    bool hasKeyboard() { return program.activeTitle() == folder.path(); }
+    std::string typed() { return folder / "typed"; }
+    /// Whether `window` is above the windows of all programs.
+    bool isInFront(SampleWindow& sample) {
+        const auto stacked = program.property(program.root(), "_NET_CLIENT_LIST_STACKING");
+        return !stacked.empty() && stacked.back() == frameWindow(sample);
+    }
+    /// Types `text` and checks that the other program gets it.
+    void checkTyping(const std::string& text) {
+        expected_ += text;
+        // A program that is killed in the middle of a stroke leaves a key down.
+        EXPECT_EQ(TestProcess::run({"xdotool", "type", text}).status, 0);
+        EXPECT_TRUE(runUntil([&] { return contentOf(typed()) == expected_; })) << text;
+        EXPECT_TRUE(hasKeyboard());
+    }
+
+    std::optional<TestProcess> terminal;
+
+  private:
+    std::string expected_;
+};
+
+TEST_F(X11TypingTest, AWindowForWhichTheUserHasAskedComesToTheFrontWithTheKeyboard) {
+    SampleWindow sample(userInterface);
+    bringForward(sample);
+    EXPECT_TRUE(isSettled(sample));
+    EXPECT_TRUE(isInFront(sample));
+}
+
+TEST_F(X11TypingTest, AnotherWindowComesToTheFrontWithoutTheKeyboard) {
     SampleWindow sample(userInterface);
     sample.window().orderFrontRegardless();
-    EXPECT_TRUE(isSettled(sample));
+    application.activateIgnoringOtherApps();
+    EXPECT_TRUE(runUntil([&] { return isInFront(sample); }));
+    checkTyping("first ");
+
+    // Closed and shown again.
+    sample.window().close();
+    sample.window().show();
+    sample.window().orderFrontRegardless();
+    EXPECT_TRUE(runUntil([&] { return isInFront(sample); }));
+    checkTyping("again ");
 }
 
 }  // namespace

@@ -32,6 +32,8 @@ class X11Client {
         EXPECT_TRUE(arrived);
     }
 
+    xcb_window_t root() const { return root_; }
+
     /// The window that has the keyboard.
     xcb_window_t activeWindow() const {
         const linuxdesktop::X11Reply<xcb_get_input_focus_reply_t> reply(
