@@ -6,7 +6,7 @@ import os
 import pathlib
 import unittest
 
-from application import VERSION, Application, write_settings
+from application import READY, VERSION, Application, write_settings
 from desktop import Desktop, wait_for
 from keyboard import Keyboard
 from local_service import LocalService
@@ -48,16 +48,17 @@ class DictationTest(unittest.TestCase):
         return service
 
     def start_application(self, service=None, settings=None, environment=None,
-                          closes_setup=True):
-        """Starts the application with an API key and `service`. Closes the setup window that appears
-        by itself, unless `closes_setup` is false. The application must exit cleanly in the end."""
+                          closes_setup=True, ready=READY):
+        """Starts the application with an API key and `service`, and waits for the log lines of
+        `ready`. Closes the setup window that appears by itself, unless `closes_setup` is false. The
+        application must exit cleanly in the end."""
         values = {"deepgramApiKey": "a-key", "lastWelcomeShownForVersion": VERSION}
         variables = {}
         if service is not None:
             values["deepgramHost"] = service.host
             variables["SSL_CERT_FILE"] = str(service.authority)
         self.settings_file = write_settings(self.desktop.environment, values | (settings or {}))
-        application = Application(self.desktop, BINARIES, variables | (environment or {}))
+        application = Application(self.desktop, BINARIES, variables | (environment or {}), ready)
         self.addCleanup(self.end_application, application)
         if closes_setup:
             wait_for_window(self.desktop).close()
