@@ -161,10 +161,16 @@ void QtWindow::correctPosition() {
 
 void QtWindow::show() {
     isOpen_ = true;
+    if (window_.isMinimized()) {
+        // A window manager gives the keyboard to a window that it restores, but not to a new one.
+        window_.hide();
+        // Qt shows the window inside the next call, and sets the user time only in show().
+        clearUserTime(window_);
+        window_.setWindowState(window_.windowState() & ~Qt::WindowMinimized);
+    }
     if ((description_.collectionBehavior & platform::canJoinAllSpaces) != 0) {
         showOnAllDesktops(window_);
     }
-    window_.setWindowState(window_.windowState() & ~Qt::WindowMinimized);
     window_.show();
 }
 

@@ -49,6 +49,28 @@ void showOnAllDesktops(QWidget& window) {
         x11Atom(connection, "_NET_WM_DESKTOP"), XCB_ATOM_CARDINAL, bits, 1, &everyDesktop);
 }
 
+// The user time of a window may stand on another window, and the window says on which.
+void clearUserTime(QWidget& window) {
+    xcb_connection_t* connection = x11Connection();
+    if (connection == nullptr) {
+        return;
+    }
+    auto holder = static_cast<xcb_window_t>(window.winId());
+    const X11Reply<xcb_get_property_reply_t> reply(xcb_get_property_reply(
+        connection,
+        xcb_get_property(connection, 0, holder, x11Atom(connection, "_NET_WM_USER_TIME_WINDOW"),
+                         XCB_ATOM_WINDOW, 0, 1),
+        nullptr));
+    if (reply && reply->value_len == 1) {
+        holder = *static_cast<const xcb_window_t*>(xcb_get_property_value(reply.get()));
+    }
+    constexpr std::uint32_t noUserAction = 0;
+    constexpr std::uint8_t bits = 32;
+    xcb_change_property(connection, XCB_PROP_MODE_REPLACE, holder,
+                        x11Atom(connection, "_NET_WM_USER_TIME"), XCB_ATOM_CARDINAL, bits, 1,
+                        &noUserAction);
+}
+
 void preferDarkFrame(QWidget& window) {
     xcb_connection_t* connection = x11Connection();
     if (connection == nullptr) {

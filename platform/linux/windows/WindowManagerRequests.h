@@ -12,6 +12,10 @@ namespace tarvik::linuxdesktop {
 /// Has no effect on a window that is shown.
 void showOnAllDesktops(QWidget& window);
 
+/// Makes `window`, which is hidden, appear next without taking the keyboard. Waits for a reply of
+/// the X server.
+void clearUserTime(QWidget& window);
+
 /// Asks for a dark title bar, whatever the desktop's theme is.
 void preferDarkFrame(QWidget& window);
 

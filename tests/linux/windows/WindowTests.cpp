@@ -275,6 +275,20 @@ TEST_F(X11TypingTest, AnotherWindowComesToTheFrontWithoutTheKeyboard) {
     checkTyping("again ");
 }
 
+TEST_F(X11TypingTest, AMinimisedWindowComesBackWithoutTheKeyboard) {
+    SampleWindow sample(userInterface);
+    bringForward(sample);
+    ASSERT_TRUE(isSettled(sample));
+    const TestProcess minimising(
+        {"xdotool", "windowminimize", std::to_string(sample.widget().winId())});
+    ASSERT_TRUE(runUntil([&] { return sample.widget().isMinimized() && hasKeyboard(); }));
+    sample.window().show();
+    sample.window().orderFrontRegardless();
+    EXPECT_TRUE(runUntil([&] { return isInFront(sample) && !sample.widget().isMinimized(); }));
+    checkTyping("typed on");
+    EXPECT_EQ(sample.closings, 0);
+}
+
 }  // namespace
 
 }  // namespace tarvik::tests
