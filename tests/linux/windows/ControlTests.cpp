@@ -75,13 +75,13 @@ TEST_F(ControlTest, NoControlHasTheFocusWhenAWindowAppearsSoThatKeysDoNothing) {
 TEST_F(ControlTest, ReplacedContentHasNoFocusEitherAndTheFirstTabReachesItsFirstControl) {
     const auto window = userInterface.makeWindow({.contentSize = {400, 200}});
     auto& widget = dynamic_cast<linuxdesktop::QtWindow&>(*window).widget();
-    window->show();
     for (const char* title : {"Visit", "Visit again"}) {
         const auto visit = userInterface.makeButton({.title = title});
         const auto later = userInterface.makeButton({.title = "Maybe later"});
         window->setContent(userInterface.makeStack({.views = {visit, later}}), std::nullopt);
+        window->show();
         QApplication::setActiveWindow(&widget);
-        EXPECT_EQ(QApplication::focusWidget(), widget.findChild<QScrollArea*>()) << title;
+        ASSERT_EQ(QApplication::focusWidget(), widget.findChild<QScrollArea*>()) << title;
         pressTab();
         EXPECT_EQ(QApplication::focusWidget(), dynamic_cast<QWidget*>(visit.get())) << title;
     }
