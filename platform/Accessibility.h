@@ -55,8 +55,11 @@ class Accessibility {
     ///
     /// Success means that the text is known to have arrived. An error means that the text has not
     /// arrived and will not arrive, as far as the other program reports truthfully. The call waits
-    /// for the other program up to 0.5 s in all. A program that once failed to answer, or reported
-    /// a false result, is not asked again: until the program ends, every call fails at once.
+    /// for the other program up to 0.5 s in all.
+    ///
+    /// A program that failed to answer is not asked again, nor is an element that reported a false
+    /// result: their writes fail at once. Reading the element as the focused one ends that, unless
+    /// the program may still carry out an earlier write. On macOS only the end of the program does.
     virtual AXError setAttributeValue(const AXUIElementRef& element, std::string_view attribute,
                                       const std::string& text) = 0;
 

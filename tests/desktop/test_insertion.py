@@ -101,6 +101,19 @@ class Insertion(DictationTest):
         self.keyboard.type("x")
         wait_for(lambda: target.typed_keys == 1, "a key typed by hand to be counted")
 
+    def test_a_field_that_refuses_words_leaves_the_other_fields_of_its_window_alone(self):
+        target = self.start_target("gtk3")
+        target.tell("number")
+        self.dictate(self.service, "five")
+        # A field for numbers shows neither written nor typed letters.
+        wait_for(lambda: target.typed_keys == len("five"), "the text as keys")
+        self.keyboard.release()
+        self.application.log.wait_for("stopRecording (session=1)")
+        target.tell("widget")
+        self.dictate(self.service, "Words.")
+        target.wait_for_text("Words.")
+        self.assertEqual(target.typed_keys, len("five"))
+
     def test_a_full_qt_entry_keeps_the_text_behind_the_caret(self):
         target = self.start_target("qt6", widget="entry", text="begin end", select="6:6",
                                    max_length="9")

@@ -20,6 +20,9 @@ platform::AXError SimulatedAccessibility::copyAttributeValue(
         attribute != platform::axFocusedUIElementAttribute) {
         return platform::axErrorAttributeUnsupported;
     }
+    if (focusedElement) {
+        focusedElement->isUnresponsive = false;
+    }
     *outValue = focusedElement;
     return focusStatus;
 }
@@ -34,6 +37,10 @@ platform::AXError SimulatedAccessibility::setAttributeValue(const platform::AXUI
     }
     writes.emplace_back(element, text);
     target->attempts.push_back(text);
+    target->isUnresponsive = target->isUnresponsive || target->isHung;
+    if (target->isUnresponsive) {
+        return platform::axErrorCannotComplete;
+    }
     if (target->writeStatus == platform::axErrorSuccess) {
         target->text.replace(target->selectionStart, target->selectionLength, text);
         target->selectionStart += text.size();

@@ -16,8 +16,13 @@ namespace tarvik::simulated {
 /// new text.
 class SimulatedElement final : public platform::AXUIElement {
   public:
-    /// The result of every write. A write with an error does not change the text.
+    /// The result of every write, unless the program hangs. A write with an error does not change
+    /// the text.
     platform::AXError writeStatus = platform::axErrorSuccess;
+    /// The program does not reply to writes.
+    bool isHung = false;
+    /// The program has not replied to a write since the focus was last read.
+    bool isUnresponsive = false;
     std::string text;
     /// The selection, in bytes.
     std::size_t selectionStart = 0;

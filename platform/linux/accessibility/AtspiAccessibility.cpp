@@ -60,6 +60,9 @@ platform::AXError AtspiAccessibility::copyAttributeValue(const platform::AXUIEle
         worker_->scan(*process);
         return platform::axErrorNoValue;
     }
+    // The focus is read when a recording begins. A program that was busy during an earlier
+    // recording may reply by now.
+    found->second->forgetFailures();
     *outValue = found->second;
     return platform::axErrorSuccess;
 }
@@ -75,7 +78,7 @@ platform::AXError AtspiAccessibility::setAttributeValue(const platform::AXUIElem
         return platform::axErrorInvalidUIElement;
     }
     const auto process = target->application->process();
-    if (target->application->isUnreliable || (process && input_.isTypingInto(*process))) {
+    if (target->isUnreliable() || (process && input_.isTypingInto(*process))) {
         return platform::axErrorCannotComplete;
     }
     return worker_->write(target, text);

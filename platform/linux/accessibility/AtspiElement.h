@@ -22,9 +22,8 @@ class AtspiApplication {
     BusObject root() const { return {busName, atspi::rootPath}; }
 
     const std::string busName;
-    /// The program did not reply, or confirmed a change that it had not made. Never reset. Any
-    /// thread.
-    std::atomic<bool> isUnreliable = false;
+    /// The program did not reply to a write since the focus was last read. Any thread.
+    std::atomic<bool> isUnresponsive = false;
     /// The program has left the bus. Any thread.
     std::atomic<bool> isGone = false;
 
@@ -38,6 +37,9 @@ class AtspiApplication {
 
     /// The program's toolkit; empty until the program has replied. The bus's thread only.
     std::string toolkit;
+    /// There while the program owes replies to a change that may have to be undone. The bus's
+    /// thread only.
+    std::weak_ptr<const void> lateReplies;
 
   private:
     std::atomic<platform::ProcessIdentifier> process_ = 0;
@@ -51,8 +53,19 @@ class AtspiElement final : public platform::AXUIElement {
 
     BusObject object() const { return {application->busName, path}; }
 
+    /// Whether an earlier write failed in a way that the next write would repeat. Any thread.
+    bool isUnreliable() const { return hasLied || application->isUnresponsive; }
+    /// Gives the widget and its program another chance. Any thread.
+    void forgetFailures() {
+        hasLied = false;
+        application->isUnresponsive = false;
+    }
+
     const std::shared_ptr<AtspiApplication> application;
     const std::string path;
+    /// The widget confirmed a change that it had not made, since the focus was last read. Any
+    /// thread.
+    std::atomic<bool> hasLied = false;
     /// Whether the widget's text can be changed; empty until the program has replied. The bus's
     /// thread only.
     std::optional<bool> isEditableText;

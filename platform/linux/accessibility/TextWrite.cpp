@@ -40,7 +40,8 @@ AXError TextWrite::run(SteadyTime deadline) {
     if (element_.application->isGone) {
         return platform::axErrorInvalidUIElement;
     }
-    if (element_.application->isUnreliable) {
+    // A late undo would hit whatever is written before it.
+    if (element_.isUnreliable() || !element_.application->lateReplies.expired()) {
         return platform::axErrorCannotComplete;
     }
     // Checked before anything is changed: whether a message can carry the text.
@@ -133,6 +134,7 @@ AXError TextWrite::deleteSelection() {
     CallBatch calls(bus_, deadline_);
     const auto deletion = addDeletion(calls, bus_, widget_, selectionStart_, selectionEnd_);
     if (!calls.await()) {
+        element_.application->lateReplies = deletion;
         return failWithoutReply();
     }
     count_ = deletion->count;
@@ -144,13 +146,14 @@ AXError TextWrite::deleteSelection() {
         return platform::axErrorFailure;
     }
     return waitUntil(isDeleted) ? platform::axErrorSuccess
-                                : markUnreliable("does not delete what it says it deletes");
+                                : failAfterLie("does not delete what it says it deletes");
 }
 
 AXError TextWrite::insert() {
     CallBatch calls(bus_, deadline_);
     insertion_ = addInsertion(calls, bus_, widget_, offset_, countBefore_, text_);
     if (!calls.await()) {
+        element_.application->lateReplies = insertion_;
         return failWithoutReply();
     }
     countBefore_ = insertion_->countBefore.value_or(countBefore_);
@@ -176,7 +179,7 @@ AXError TextWrite::verifyInsertion() {
     }
     const std::int64_t inserted = insertion_->insertedLength(lengthOfText());
     if (inserted == 0) {
-        return insertion_->isAccepted ? markUnreliable("does not insert what it says it inserts")
+        return insertion_->isAccepted ? failAfterLie("does not insert what it says it inserts")
                                       : platform::axErrorFailure;
     }
     // Part of the text was inserted, for example into a field with a length limit.
@@ -208,16 +211,25 @@ void TextWrite::undo() {
 }
 
 AXError TextWrite::failWithoutReply() {
-    return bus_.isOpen() ? markUnreliable("does not answer") : platform::axErrorAPIDisabled;
+    if (!bus_.isOpen()) {
+        return platform::axErrorAPIDisabled;
+    }
+    element_.application->isUnresponsive = true;
+    reportUnreliable("does not answer");
+    return platform::axErrorCannotComplete;
 }
 
-AXError TextWrite::markUnreliable(const char* reason) {
-    element_.application->isUnreliable = true;
+AXError TextWrite::failAfterLie(const char* reason) {
+    element_.hasLied = true;
+    reportUnreliable(reason);
+    return platform::axErrorCannotComplete;
+}
+
+void TextWrite::reportUnreliable(const char* reason) {
     const auto process = element_.application->process();
     onUnreliable_("process " +
                   (process ? std::to_string(*process) : element_.application->busName) + " " +
                   reason + "; its text will be typed");
-    return platform::axErrorCannotComplete;
 }
 
 bool TextWrite::waitUntil(const std::function<bool()>& condition) {

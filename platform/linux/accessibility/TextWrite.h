@@ -25,13 +25,14 @@ struct InsertionReplies;
 /// a sent message cannot be called back. When the program does not reply to a change, late replies
 /// are still handled, and undo what the change did: an inserted text is deleted again, and text
 /// that was deleted although the user had typed over the selection is inserted again. So the same
-/// text can be typed meanwhile without arriving twice, and no text of the user is lost. Two cases
-/// may end otherwise: a program that goes on after this process has ended, and one that handles
+/// text can be typed meanwhile without arriving twice, and no text of the user is lost. Until the
+/// late replies are there, every further write into the program fails at once. Two cases may end
+/// otherwise: a program that goes on after this process has ended, and one that handles
 /// keys between two messages that it finds together.
 class TextWrite {
   public:
-    /// All outlive the write. `onUnreliable` gets a line for the log when the program turns out to
-    /// be unreliable.
+    /// All outlive the write. `onUnreliable` gets a line for the log when the program does not
+    /// reply, or when the widget lies.
     TextWrite(MessageBus& bus, AtspiElement& element, const std::string& text,
               std::function<void(const std::string&)> onUnreliable);
 
@@ -52,7 +53,8 @@ class TextWrite {
     bool isTruncated();
     void restoreTail();
     platform::AXError failWithoutReply();
-    platform::AXError markUnreliable(const char* reason);
+    platform::AXError failAfterLie(const char* reason);
+    void reportUnreliable(const char* reason);
     bool waitUntil(const std::function<bool()>& condition);
     bool readCount();
     void sendDeletion(std::int64_t length);

@@ -166,6 +166,19 @@ TEST_P(AccessibilityConformance, AHungProgramCostsHalfASecondOnceAndTheNextProgr
     EXPECT_LT(durationOfRefusedWrite(element), Seconds(0.05));
 }
 
+TEST_P(AccessibilityConformance, AProgramThatHungIsWrittenToAgainOnceItsFocusIsReadAgain) {
+    const auto target = world->open({"hung", 4, 4});
+    const AXUIElementRef element = newFocus();
+    target->hang();
+    EXPECT_NE(write(element, " lost"), platform::axErrorSuccess);
+    target->goOn();
+    target->select(4, 4);
+    EXPECT_LT(durationOfRefusedWrite(element), Seconds(0.05));
+    EXPECT_EQ(newFocus(), element);
+    EXPECT_EQ(write(element, " once"), platform::axErrorSuccess);
+    EXPECT_TRUE(becomes(*target, "hung once"));
+}
+
 TEST_P(AccessibilityConformance, OnlyTheSelectedTextOfAnElementCanBeWritten) {
     const auto target = world->open({"as it was", 0, 9});
     const AXUIElementRef element = newFocus();

@@ -22,9 +22,8 @@ class SimulatedTarget final : public AccessibilityTarget {
     void focusButton() override {
         service_.focusNewElement()->writeStatus = platform::axErrorAttributeUnsupported;
     }
-    void hang() override { field_->writeStatus = platform::axErrorCannotComplete; }
-    // Who has hung once is refused for good.
-    void goOn() override {}
+    void hang() override { field_->isHung = true; }
+    void goOn() override { field_->isHung = false; }
     void die() override { field_->writeStatus = platform::axErrorInvalidUIElement; }
 
   private:

@@ -1,12 +1,14 @@
 #!/usr/bin/python3
 # SPDX-License-Identifier: MIT
-"""A program without a window on the accessibility bus. It has one text field, which reports that it
-has the focus and misbehaves like a toolkit with a defect.
+"""A program without a window on the accessibility bus. It has two text fields. The first one reports
+that it has the focus and misbehaves like a toolkit with a defect. The second one is honest.
 
 Prints "ready" after the first focus event. Commands on standard input: "focus" reports the focus
-again, "blur" reports its loss, "insertions" prints the number of requested insertions, "type TEXT"
-acts like typed keys, "wake" ends a silence, "settle" prints "done" when all requests sent so far are
-handled, "quit" ends the program. The other commands print "done" at once.
+again, "blur" reports its loss, "second" reports the focus of the second field, "read" prints the
+text of the second field, "insertions" prints the number of requested insertions, "behave NAME"
+changes the behaviour, "type TEXT" acts like typed keys, "wake" ends a silence, "settle" prints
+"done" when all requests sent so far are handled, "quit" ends the program. The other commands print
+"done" at once.
 """
 
 import argparse
@@ -28,6 +30,7 @@ EDITABLE_TEXT = "org.a11y.atspi.EditableText"
 OBJECT_EVENT = "org.a11y.atspi.Event.Object"
 ROOT = "/org/a11y/atspi/accessible/root"
 FIELD = "/org/a11y/atspi/accessible/1"
+SECOND_FIELD = "/org/a11y/atspi/accessible/2"
 
 parser = argparse.ArgumentParser(description=__doc__)
 parser.add_argument("--behaviour", default="honest",
@@ -43,11 +46,13 @@ options = parser.parse_args()
 
 
 class Field:
-    def __init__(self):
-        self.text = options.text
+    def __init__(self, behaviour, text, selection, on_change):
+        self.behaviour = behaviour
+        self.text = self.first_text = text
+        self.on_change = on_change
         self.start = self.end = len(self.text)
-        if options.select:
-            self.start, self.end = [int(part) for part in options.select.split(":")]
+        if selection:
+            self.start, self.end = [int(part) for part in selection.split(":")]
         self.insertions = 0
         self.is_silent = self.was_silent = False
         # The requests during a silence. Like a stopped program, the field handles them afterwards.
@@ -56,7 +61,7 @@ class Field:
     def replace(self, start, end, text):
         self.text = self.text[:start] + text + self.text[end:]
         self.start = self.end = start + len(text)
-        target_options.publish(options, self.text)
+        self.on_change(self.text)
 
     def fall_silent(self):
         self.is_silent = self.was_silent = True
@@ -68,14 +73,16 @@ class Field:
         self.waiting = []
 
     def insert(self, position, text):
-        if options.behaviour in ("short", "silent-and-short"):
+        if self.behaviour in ("short", "silent-and-short"):
             text = text[:3]
         self.replace(position, position, text)
-        if options.behaviour == "cutting":
-            self.replace(len(options.text), len(self.text), "")
+        if self.behaviour == "cutting":
+            self.replace(len(self.first_text), len(self.text), "")
 
 
-field = Field()
+field = Field(options.behaviour, options.text, options.select,
+              lambda text: target_options.publish(options, text))
+second_field = Field("honest", "", None, lambda text: None)
 
 
 class Root(dbus.service.Object):
@@ -89,16 +96,20 @@ class Root(dbus.service.Object):
 
 
 class Widget(dbus.service.Object):
+    def __init__(self, connection, path, its_field):
+        super().__init__(connection, path)
+        self.field = its_field
+
     def answer(self, reply, work):
         """Handles the requests in their order. During a silence they wait for its end."""
-        if field.is_silent:
-            field.waiting.append((reply, work))
+        if self.field.is_silent:
+            self.field.waiting.append((reply, work))
         else:
             reply(*work())
 
     @dbus.service.method(ACCESSIBLE, out_signature="au", async_callbacks=("reply", "error"))
     def GetState(self, reply, error):
-        if options.behaviour == "nonsense":
+        if self.field.behaviour == "nonsense":
             self.answer(reply, lambda: (dbus.Array([0xFFFFFF80, 0], signature="u"),))
         else:
             self.answer(reply, lambda: (dbus.Array([1 << 7 | 1 << 12 | 1 << 25, 0],
@@ -106,46 +117,46 @@ class Widget(dbus.service.Object):
 
     @dbus.service.method(ACCESSIBLE, out_signature="as", async_callbacks=("reply", "error"))
     def GetInterfaces(self, reply, error):
-        if options.behaviour == "slow":
+        if self.field.behaviour == "slow":
             time.sleep(0.7)
         self.answer(reply, lambda: ([ACCESSIBLE, TEXT, EDITABLE_TEXT],))
 
     @dbus.service.method(dbus.PROPERTIES_IFACE, in_signature="ss", out_signature="v",
                          async_callbacks=("reply", "error"))
     def Get(self, interface, name, reply, error):
-        if options.behaviour == "nonsense":
+        if self.field.behaviour == "nonsense":
             self.answer(reply, lambda: (dbus.Int32(2147483647),))
         elif name == "CharacterCount":
-            self.answer(reply, lambda: (dbus.Int32(len(field.text)),))
+            self.answer(reply, lambda: (dbus.Int32(len(self.field.text)),))
             # The last request before the writer changes anything.
-            if options.behaviour == "silent-on-deletion" and not field.was_silent:
-                field.fall_silent()
+            if self.field.behaviour == "silent-on-deletion" and not self.field.was_silent:
+                self.field.fall_silent()
         else:
-            self.answer(reply, lambda: (dbus.Int32(field.end),))
+            self.answer(reply, lambda: (dbus.Int32(self.field.end),))
 
     @dbus.service.method(TEXT, out_signature="i", async_callbacks=("reply", "error"))
     def GetNSelections(self, reply, error):
-        self.answer(reply, lambda: (1 if field.end > field.start or
-                                    options.behaviour == "nonsense" else 0,))
+        self.answer(reply, lambda: (1 if self.field.end > self.field.start or
+                                    self.field.behaviour == "nonsense" else 0,))
 
     @dbus.service.method(TEXT, in_signature="i", out_signature="ii",
                          async_callbacks=("reply", "error"))
     def GetSelection(self, number, reply, error):
-        if options.behaviour == "nonsense":
+        if self.field.behaviour == "nonsense":
             self.answer(reply, lambda: (dbus.Int32(-2147483648), dbus.Int32(2147483647)))
         else:
-            self.answer(reply, lambda: (field.start, field.end))
+            self.answer(reply, lambda: (self.field.start, self.field.end))
 
     @dbus.service.method(TEXT, in_signature="ii", out_signature="s",
                          async_callbacks=("reply", "error"))
     def GetText(self, start, end, reply, error):
-        self.answer(reply, lambda: (field.text[start:end],))
+        self.answer(reply, lambda: (self.field.text[start:end],))
 
     @dbus.service.method(TEXT, in_signature="i", out_signature="b",
                          async_callbacks=("reply", "error"))
     def SetCaretOffset(self, offset, reply, error):
         def work():
-            field.start = field.end = offset
+            self.field.start = self.field.end = offset
             return (True,)
 
         self.answer(reply, work)
@@ -154,8 +165,8 @@ class Widget(dbus.service.Object):
                          async_callbacks=("reply", "error"))
     def DeleteText(self, start, end, reply, error):
         def work():
-            if options.behaviour not in ("liar", "undeletable"):
-                field.replace(start, end, "")
+            if self.field.behaviour not in ("liar", "undeletable"):
+                self.field.replace(start, end, "")
             return (True,)
 
         self.answer(reply, work)
@@ -163,21 +174,22 @@ class Widget(dbus.service.Object):
     @dbus.service.method(EDITABLE_TEXT, in_signature="isi", out_signature="b",
                          async_callbacks=("reply", "error"))
     def InsertText(self, position, text, length, reply, error):
-        field.insertions += 1
+        self.field.insertions += 1
 
         def work():
-            if options.behaviour in ("refusing", "silent-and-refusing"):
+            if self.field.behaviour in ("refusing", "silent-and-refusing"):
                 return (False,)
-            if options.behaviour == "late":
-                GLib.timeout_add(80, lambda: field.insert(position, text))
-            elif options.behaviour != "liar":
-                field.insert(position, text)
+            if self.field.behaviour == "late":
+                GLib.timeout_add(80, lambda: self.field.insert(position, text))
+            elif self.field.behaviour != "liar":
+                self.field.insert(position, text)
             return (True,)
 
-        if options.behaviour == "dying-on-insertion":
+        if self.field.behaviour == "dying-on-insertion":
             os._exit(1)
-        if options.behaviour in ("silent-on-insertion", "silent-and-refusing", "silent-and-short"):
-            field.fall_silent()
+        if self.field.behaviour in ("silent-on-insertion", "silent-and-refusing",
+                                    "silent-and-short"):
+            self.field.fall_silent()
         self.answer(reply, work)
 
     @dbus.service.signal(OBJECT_EVENT, signature="siiv(so)")
@@ -191,20 +203,28 @@ address = dbus.Interface(session.get_object("org.a11y.Bus", "/org/a11y/bus", int
                          "org.a11y.Bus").GetAddress()
 bus = dbus.bus.BusConnection(address)
 root = Root(bus, ROOT)
-widget = Widget(bus, FIELD)
+widget = Widget(bus, FIELD, field)
+second_widget = Widget(bus, SECOND_FIELD, second_field)
 loop = GLib.MainLoop()
 
 
-def focus(is_focused=1):
-    widget.StateChanged("focused", is_focused, 0, dbus.Int32(0),
-                        (bus.get_unique_name(), dbus.ObjectPath(ROOT)))
+def focus(focused_widget, is_focused=1):
+    focused_widget.StateChanged("focused", is_focused, 0, dbus.Int32(0),
+                                (bus.get_unique_name(), dbus.ObjectPath(ROOT)))
 
 
 def command(line):
     if line == "focus":
-        focus()
+        focus(widget)
     elif line == "blur":
-        focus(0)
+        focus(widget, 0)
+    elif line == "second":
+        focus(second_widget)
+    elif line == "read":
+        target_options.announce(second_field.text)
+        return
+    elif line.startswith("behave "):
+        field.behaviour = line.removeprefix("behave ")
     elif line == "insertions":
         target_options.announce(str(field.insertions))
         return
@@ -228,6 +248,6 @@ def command(line):
 target_options.publish(options, field.text)
 readable = target_options.read_commands(command)
 GLib.io_add_watch(0, GLib.PRIORITY_DEFAULT, GLib.IO_IN | GLib.IO_HUP, lambda *_: readable())
-focus()
+focus(widget)
 target_options.announce("ready")
 loop.run()

@@ -3,7 +3,8 @@
 """A GTK 3 window with one text widget. Prints "ready" whenever the widget gets the focus.
 
 Commands on standard input: "caret N" places the caret, "select A:B" selects, "button" moves the
-focus to a button, "widget" moves the focus back, "keys" prints "keys N" with the number of typed
+focus to a button, "number" to a field for numbers, "nothing" takes the focus away from every widget,
+"widget" moves the focus back, "keys" prints "keys N" with the number of typed
 keys, "quit" ends the program. Every command except "quit" prints "done".
 """
 
@@ -50,6 +51,8 @@ else:
 box.pack_start(widget, True, True, 0)
 button = Gtk.Button(label="Button")
 box.pack_start(button, False, False, 0)
+number = Gtk.SpinButton.new_with_range(0, 100, 1)
+box.pack_start(number, False, False, 0)
 
 
 def text():
@@ -84,6 +87,10 @@ def command(line):
         select(*[int(part) for part in argument.split(":")])
     elif name == "button":
         button.grab_focus()
+    elif name == "number":
+        number.grab_focus()
+    elif name == "nothing":
+        window.set_focus(None)
     elif name == "widget":
         widget.grab_focus()
     elif name == "keys":

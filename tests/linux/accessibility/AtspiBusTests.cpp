@@ -144,7 +144,7 @@ TEST_F(AtspiBus, AProgramIsNotBlamedForABusThatIsLost) {
     EXPECT_EQ(toWrite.run(std::chrono::steady_clock::now() + std::chrono::seconds(5)),
               platform::axErrorAPIDisabled);
     EXPECT_EQ(reasons, std::vector<std::string>());
-    EXPECT_FALSE(program->isUnreliable);
+    EXPECT_FALSE(widget.isUnreliable());
 }
 
 TEST_F(AtspiBus, WhatStartsTheAccessibilityBusMayEndToo) {

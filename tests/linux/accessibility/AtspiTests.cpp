@@ -34,6 +34,19 @@ class AtspiAccessibility : public AtspiFixture {
         element = awaitFocus();
     }
 
+    /// The focused element, after it has moved to the honest field of the same program.
+    AXUIElementRef focusSecondField() {
+        EXPECT_EQ(target->command("second"), "done");
+        AXUIElementRef second;
+        EXPECT_TRUE(becomesTrue(
+            [&] {
+                second = focusedElement();
+                return second && second != element;
+            },
+            timeout));
+        return second;
+    }
+
     std::string insertions() { return target->command("insertions"); }
 
     /// Ends the silence of the program; what its field holds when all that follows is done.
@@ -80,6 +93,59 @@ TEST_F(AtspiAccessibility, AProgramThatClaimsWhatItDidNotDoIsBelievedOnlyOnce) {
     EXPECT_EQ(target->text(), "as it was");
     EXPECT_TRUE(log.hasLineWith("does not insert what it says it inserts"));
     EXPECT_EQ(log.lines().size(), 1U);
+}
+
+TEST_F(AtspiAccessibility, AFieldThatLiesDoesNotSpoilTheOtherFieldsOfItsProgram) {
+    open("liar", "as it was");
+    const AXUIElementRef second = focusSecondField();
+    EXPECT_NE(write(element, "text"), platform::axErrorSuccess);
+    EXPECT_EQ(write(second, "text"), platform::axErrorSuccess);
+    EXPECT_EQ(target->command("read"), "text");
+    EXPECT_NE(write(element, "text"), platform::axErrorSuccess);
+    EXPECT_LT(lastDuration, atOnce);
+}
+
+TEST_F(AtspiAccessibility, AFieldThatLiedIsBelievedAgainInTheNextRecording) {
+    open("liar", "one");
+    EXPECT_NE(write(element, " two"), platform::axErrorSuccess);
+    EXPECT_EQ(target->command("behave honest"), "done");
+    EXPECT_EQ(focusedElement(), element);
+    EXPECT_EQ(write(element, " two"), platform::axErrorSuccess);
+    EXPECT_EQ(target->text(), "one two");
+}
+
+TEST_F(AtspiAccessibility, AProgramThatFallsSilentIsRefusedWithAllItsFields) {
+    open("silent-on-insertion", "as it was");
+    const AXUIElementRef second = focusSecondField();
+    EXPECT_NE(write(element, "text"), platform::axErrorSuccess);
+    EXPECT_NE(write(second, "text"), platform::axErrorSuccess);
+    EXPECT_LT(lastDuration, atOnce);
+    EXPECT_EQ(target->command("read"), "");
+}
+
+TEST_F(AtspiAccessibility, AProgramThatWasTooSlowOnceIsAskedAgainInTheNextRecording) {
+    open("slow", "one");
+    EXPECT_NE(write(element, " two"), platform::axErrorSuccess);
+    EXPECT_EQ(target->command("behave honest"), "done");
+    EXPECT_NE(write(element, " two"), platform::axErrorSuccess);
+    EXPECT_LT(lastDuration, atOnce);
+    EXPECT_EQ(focusedElement(), element);
+    EXPECT_EQ(write(element, " two"), platform::axErrorSuccess);
+    EXPECT_EQ(target->text(), "one two");
+}
+
+// The late undo of the first text would hit the second one.
+TEST_F(AtspiAccessibility, AProgramThatIsStillSilentIsNotWrittenToBeforeTheUndo) {
+    open("silent-on-insertion", "one");
+    EXPECT_NE(write(element, " lost"), platform::axErrorSuccess);
+    EXPECT_EQ(focusedElement(), element);
+    EXPECT_NE(write(element, " two"), platform::axErrorSuccess);
+    EXPECT_LT(lastDuration, atOnce);
+    EXPECT_EQ(target->command("behave honest"), "done");
+    EXPECT_EQ(target->command("wake"), "done");
+    EXPECT_TRUE(becomesTrue([this] { return write(element, " two") == platform::axErrorSuccess; },
+                            timeout));
+    EXPECT_EQ(target->text(), "one two");
 }
 
 TEST_F(AtspiAccessibility, AnotherProcessOfTheSameProgramIsBelievedAgain) {
