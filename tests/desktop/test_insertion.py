@@ -114,6 +114,30 @@ class Insertion(DictationTest):
         target.wait_for_text("Words.")
         self.assertEqual(target.typed_keys, len("five"))
 
+    def test_a_gtk3_entry_without_the_focus_is_not_written_to(self):
+        self.check_lost_focus("gtk3")
+
+    def test_a_gtk4_entry_without_the_focus_is_not_written_to(self):
+        self.check_lost_focus("gtk4")
+
+    def test_a_qt_entry_without_the_focus_is_not_written_to(self):
+        self.check_lost_focus("qt6")
+
+    def check_lost_focus(self, toolkit):
+        """A hotkey that is held hides the focus too, and must not count as a lost focus."""
+        target = self.start_target(toolkit, widget="entry")
+        self.dictate(self.service, "One")
+        self.check_written(target, "One")
+        self.keyboard.hold_again()
+        self.service.stream(2).say(" two")
+        self.check_written(target, "One two")
+        self.keyboard.release()
+        self.application.log.wait_for("stopRecording (session=2)")
+        target.tell("nothing")
+        self.dictate(self.service, "three")
+        # Qt gives the focus back to the entry when the window becomes active again.
+        wait_for(lambda: target.typed_keys == len("three"), "the text as keys")
+
     def test_a_full_qt_entry_keeps_the_text_behind_the_caret(self):
         target = self.start_target("qt6", widget="entry", text="begin end", select="6:6",
                                    max_length="9")

@@ -91,13 +91,17 @@ void FocusTracker::scan(platform::ProcessIdentifier process) {
 void FocusTracker::onStateChanged(sd_bus_message* signal) {
     const char* state = nullptr;
     std::int32_t isSet = 0;
-    // A lost focus is ignored: every key grab causes one, and the widget that gets the focus next
-    // sends an event of its own.
-    if (sd_bus_message_read(signal, "si", &state, &isSet) > 0 && isSet == 1) {
-        const BusObject widget = senderOf(signal);
+    if (sd_bus_message_read(signal, "si", &state, &isSet) <= 0) {
+        return;
+    }
+    const BusObject widget = senderOf(signal);
+    if (isSet == 1) {
         setFocus(program(widget.owner), widget.path);
         publish();
     }
+    // Neither event is the truth. Every key grab reports a lost focus. Qt reports a focus for the
+    // widget that has just lost it.
+    confirmFocus(widget.owner);
 }
 
 void FocusTracker::onActivated(const BusObject& window) {
@@ -191,12 +195,15 @@ void FocusTracker::examineWindow(const BusObject& window) {
                   if (!states || !states->contains(State::active) || known == programs_.end()) {
                       return;
                   }
+                  Program& active = known->second;
+                  const bool isSameWindow =
+                      active.activeWindow.empty() || active.activeWindow == window.path;
+                  active.activeWindow = window.path;
                   if (!activeWindow_) {
                       activeWindow_ = window;
-                      known->second.activeWindow = window.path;
                       publish();
                   }
-                  checkFocus(window, known->second.activeWindow == window.path);
+                  checkFocus(window, isSameWindow);
               });
 }
 
@@ -231,6 +238,35 @@ void FocusTracker::checkFocus(const BusObject& window, bool isSameWindow) {
         });
 }
 
+void FocusTracker::confirmFocus(const std::string& busName) {
+    const auto owner = programs_.find(busName);
+    if (owner == programs_.end() || !owner->second.focus || owner->second.activeWindow.empty()) {
+        return;
+    }
+    const Program& asked = owner->second;
+    const auto hasLostFocus = std::make_shared<bool>(false);
+    bus_.call(bus_.newCall(asked.focus->object(), atspi::accessibleInterface, "GetState"),
+              replyTimeout, [hasLostFocus](sd_bus_message* reply) {
+                  const auto states = atspi::stateSetIn(reply);
+                  *hasLostFocus =
+                      !isNoReply(reply) && !(states && states->contains(State::focused));
+              });
+    // The window is asked last. A key grab that ends in between makes the program report its focus
+    // before this reply.
+    bus_.call(bus_.newCall({busName, asked.activeWindow}, atspi::accessibleInterface, "GetState"),
+              replyTimeout,
+              [this, busName, hasLostFocus, sequence = asked.sequence](sd_bus_message* reply) {
+                  const auto states = atspi::stateSetIn(reply);
+                  const auto known = programs_.find(busName);
+                  const bool isNewer =
+                      known == programs_.end() || known->second.sequence != sequence;
+                  if (*hasLostFocus && !isNewer && states && states->contains(State::active)) {
+                      known->second.focus.reset();
+                      publish();
+                  }
+              });
+}
+
 void FocusTracker::searchFocus(const BusObject& window, bool isSameWindow) {
     const auto onDone = [this, window, isSameWindow, sequence = program(window.owner).sequence](
                             const FocusSearch::Result& found) {
@@ -240,7 +276,9 @@ void FocusTracker::searchFocus(const BusObject& window, bool isSameWindow) {
         }
         if (found.path) {
             setFocus(known->second, *found.path);
-        } else if (found.isConclusive && !isSameWindow) {
+        } else if (found.isConclusive && isSameWindow) {
+            confirmFocus(window.owner);
+        } else if (found.isConclusive) {
             known->second.focus.reset();
         }
         publish();

@@ -56,6 +56,9 @@ class FocusTracker {
     void examineWindow(const BusObject& window);
     void setFocus(Program& program, const std::string& path);
     void checkFocus(const BusObject& window, bool isSameWindow);
+    /// Forgets a program's focus when the widget has lost it although its window is active. During
+    /// a key grab the window is inactive too.
+    void confirmFocus(const std::string& busName);
     void searchFocus(const BusObject& window, bool isSameWindow);
     void publish();
 

@@ -117,6 +117,17 @@ TEST_P(AccessibilityConformance, AnElementIsWrittenToAfterTheFocusHasMovedOn) {
     EXPECT_TRUE(becomes(*target, "kept text"));
 }
 
+TEST_P(AccessibilityConformance, AFieldThatLosesTheFocusToNothingIsNotFocusedAnyMore) {
+    const auto target = world->open({"text ", 5, 5});
+    EXPECT_NE(newFocus(), nullptr);
+    target->focusNothing();
+    EXPECT_TRUE(world->waitUntil([&] { return focusedElement() == nullptr; }, timeout));
+    target->focusField();
+    target->select(5, 5);
+    EXPECT_EQ(write(newFocus(), "again"), platform::axErrorSuccess);
+    EXPECT_TRUE(becomes(*target, "text again"));
+}
+
 TEST_P(AccessibilityConformance, AButtonRefusesText) {
     const auto target = world->open({.text = "as it was", .isButtonFocused = true});
     EXPECT_NE(write(newFocus(), "text"), platform::axErrorSuccess);

@@ -32,6 +32,9 @@ class AccessibilityTarget {
     /// Selects; an empty selection places the caret.
     virtual void select(std::size_t start, std::size_t end) = 0;
     virtual void focusButton() = 0;
+    /// Takes the focus away from the text field. No other widget gets it.
+    virtual void focusNothing() = 0;
+    virtual void focusField() = 0;
     virtual void hang() = 0;
     virtual void goOn() = 0;
     virtual void die() = 0;

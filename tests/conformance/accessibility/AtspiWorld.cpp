@@ -28,6 +28,8 @@ class AtspiTarget final : public AccessibilityTarget {
         EXPECT_EQ(process_.command("select " + range(start, end)), "done");
     }
     void focusButton() override { EXPECT_EQ(process_.command("button"), "done"); }
+    void focusNothing() override { EXPECT_EQ(process_.command("nothing"), "done"); }
+    void focusField() override { EXPECT_EQ(process_.command("widget"), "done"); }
     void hang() override { process_.send(SIGSTOP); }
     void goOn() override { process_.send(SIGCONT); }
     void die() override { process_.kill(); }

@@ -22,6 +22,8 @@ class SimulatedTarget final : public AccessibilityTarget {
     void focusButton() override {
         service_.focusNewElement()->writeStatus = platform::axErrorAttributeUnsupported;
     }
+    void focusNothing() override { service_.focusedElement.reset(); }
+    void focusField() override { service_.focusedElement = field_; }
     void hang() override { field_->isHung = true; }
     void goOn() override { field_->isHung = false; }
     void die() override { field_->writeStatus = platform::axErrorInvalidUIElement; }

@@ -3,7 +3,7 @@
 """A GTK 4 window with one text widget. Prints "ready" whenever the widget gets the focus. The first
 "ready" waits until the widget is on the accessibility bus, which GTK 4 reaches later than the focus.
 
-The commands on standard input are those of gtk3_target.py.
+The commands on standard input are those of gtk3_target.py, without "number".
 """
 
 import os
@@ -154,6 +154,8 @@ def activate(_application):
             select(widget, *[int(part) for part in argument.split(":")])
         elif name == "button":
             button.grab_focus()
+        elif name == "nothing":
+            window.set_focus(None)
         elif name == "widget":
             widget.grab_focus()
         elif name == "keys":

@@ -2,7 +2,7 @@
 # SPDX-License-Identifier: MIT
 """A Qt 6 window with one text widget. Prints "ready" whenever the widget gets the focus.
 
-The commands on standard input are those of gtk3_target.py.
+The commands on standard input are those of gtk3_target.py, without "number".
 """
 
 import sys
@@ -15,7 +15,17 @@ import target_options
 
 options = target_options.parse("A Qt 6 window with one text widget.")
 application = QApplication(sys.argv[:1])
-window = QMainWindow()
+typed_keys = target_options.TypedKeys()
+
+
+class Window(QMainWindow):
+    def keyPressEvent(self, event):
+        # A widget with the focus does not pass its keys on.
+        typed_keys.press(event.text())
+        super().keyPressEvent(event)
+
+
+window = Window()
 window.setWindowTitle(options.title)
 window.resize(480, 160)
 central = QWidget()
@@ -34,9 +44,6 @@ def focused():
 
     # The line selects everything when it gets the focus by the keyboard, so this comes right after.
     QTimer.singleShot(0, settle)
-
-
-typed_keys = target_options.TypedKeys()
 
 
 class Line(QLineEdit):
@@ -96,6 +103,8 @@ def command(line):
         select(*[int(part) for part in argument.split(":")])
     elif name == "button":
         button.setFocus()
+    elif name == "nothing":
+        widget.clearFocus()
     elif name == "widget":
         widget.setFocus()
     elif name == "keys":

@@ -285,7 +285,7 @@ TEST_F(AtspiAccessibility, ATextThatNoMessageCanCarryChangesNothing) {
     EXPECT_EQ(target->text(), "one two");
 }
 
-TEST_F(AtspiAccessibility, AFocusThatIsLostToNothingIsRemembered) {
+TEST_F(AtspiAccessibility, AFocusThatIsLostWithoutAWindowIsRemembered) {
     open("honest", "");
     EXPECT_EQ(target->command("blur"), "done");
     // The program has answered since it said so, and what it says arrives in order.
