@@ -53,9 +53,10 @@ class Accessibility {
     /// Writes a text attribute. "AXSelectedText" replaces the selection, or inserts at the caret
     /// when nothing is selected.
     ///
-    /// Success means that the text is known to have arrived. An error means that the text has not
-    /// arrived and will not arrive, as far as the other program reports truthfully. The call waits
-    /// for the other program up to 0.5 s in all.
+    /// Success means that the text is known to have arrived: it stands in the element. Where a
+    /// program does not let its text be read, the length of the text has grown accordingly. An
+    /// error means that the text has not arrived and will not arrive, as far as the other program
+    /// reports truthfully. The call waits for the other program up to 0.5 s in all.
     ///
     /// A program that failed to answer is not asked again, nor is an element that reported a false
     /// result: their writes fail at once. Reading the element as the focused one ends that, unless

@@ -40,10 +40,9 @@ std::string commonPrefix(const std::string& text, const std::string& found) {
 
 }  // namespace
 
-std::int64_t InsertionReplies::insertedLength(std::int64_t max) const {
-    return isAccepted && countBefore && count
-               ? std::clamp<std::int64_t>(*count - *countBefore, 0, max)
-               : 0;
+std::int64_t InsertionReplies::insertedLength() const {
+    return isAccepted && countBefore && count ? std::max<std::int64_t>(*count - *countBefore, 0)
+                                              : 0;
 }
 
 std::shared_ptr<const DeletionReplies> addDeletion(CallBatch& calls, MessageBus& bus,
@@ -74,7 +73,8 @@ std::shared_ptr<const InsertionReplies> addInsertion(CallBatch& calls, MessageBu
     calls.handleLateReplies([replies, bus = &bus, widget, offset, text] {
         // Typed characters may have made the count grow too, but other text than `text` is found.
         const std::string inserted = commonPrefix(text, replies->found.value_or(""));
-        if (const auto length = replies->insertedLength(widget.lengthOf(inserted)); length > 0) {
+        const auto length = std::min(replies->insertedLength(), widget.lengthOf(inserted));
+        if (length > 0) {
             bus->send(widget.newDeletion(offset, offset + length));
         }
     });

@@ -44,8 +44,8 @@ struct InsertionReplies {
     std::optional<std::string> found;
     std::optional<std::int64_t> caret;
 
-    /// How much the insertion itself added, limited to `max`.
-    std::int64_t insertedLength(std::int64_t max) const;
+    /// How much the insertion itself added.
+    std::int64_t insertedLength() const;
 };
 
 /// Fields with a length limit are shorter. A larger tail would be read with every piece of text.

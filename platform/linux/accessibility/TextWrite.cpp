@@ -158,6 +158,7 @@ AXError TextWrite::insert() {
     }
     countBefore_ = insertion_->countBefore.value_or(countBefore_);
     count_ = insertion_->count;
+    found_ = insertion_->found.value_or("");
     caret_ = insertion_->caret;
     const AXError status = verifyInsertion();
     if (status == platform::axErrorSuccess) {
@@ -170,20 +171,22 @@ AXError TextWrite::insert() {
 }
 
 AXError TextWrite::verifyInsertion() {
-    if (isInserted() || (insertion_->isAccepted && waitUntil([this] { return isInserted(); }))) {
+    const bool canChange = insertion_->isAccepted && !hasGrown();
+    if (isInserted() || (canChange && waitUntil([this] { return isInserted(); }))) {
         return platform::axErrorSuccess;
     }
     if (insertion_->isAccepted && isTruncated()) {
         restoreTail();
         return platform::axErrorFailure;
     }
-    const std::int64_t inserted = insertion_->insertedLength(lengthOfText());
+    const std::int64_t inserted = insertion_->insertedLength();
     if (inserted == 0) {
         return insertion_->isAccepted ? failAfterLie("does not insert what it says it inserts")
                                       : platform::axErrorFailure;
     }
-    // Part of the text was inserted, for example into a field with a length limit.
-    sendDeletion(inserted);
+    // Part of the text was inserted, for example into a field with a length limit. Or something
+    // else was: the Java bridge garbles characters beyond U+FFFF.
+    takeBack(inserted);
     return platform::axErrorFailure;
 }
 
@@ -201,12 +204,12 @@ bool TextWrite::isTruncated() {
 }
 
 void TextWrite::restoreTail() {
-    bus_.send(widget_.newDeletion(offset_, *count_));
+    takeBack(*count_ - offset_);
     bus_.send(widget_.newInsertion(offset_, *insertion_->tail));
 }
 
 void TextWrite::undo() {
-    sendDeletion(lengthOfText());
+    takeBack(lengthOfText());
     moveCaret(offset_);
 }
 
@@ -237,7 +240,7 @@ bool TextWrite::waitUntil(const std::function<bool()>& condition) {
     while (steady_clock::now() < deadline) {
         bus_.dispatchUntil([] { return false; },
                            std::min(deadline, steady_clock::now() + settlePollInterval));
-        if (!readCount()) {
+        if (!readText()) {
             return false;
         }
         if (condition()) {
@@ -247,34 +250,37 @@ bool TextWrite::waitUntil(const std::function<bool()>& condition) {
     return false;
 }
 
-bool TextWrite::isInserted() {
-    if (!count_) {
-        return false;
-    }
+bool TextWrite::hasGrown() const {
     // More than expected is right too: the program completes the text, or the user types.
-    if (*count_ - countBefore_ >= lengthOfText()) {
-        return true;
-    }
-    if (*count_ == countBefore_) {
-        return false;
-    }
-    // The user may be deleting at the same time. Then only the text itself can tell.
-    bool isFound = false;
-    CallBatch query(bus_, deadline_);
-    query.add(widget_.newReading(offset_, offset_ + lengthOfText()),
-              [&](sd_bus_message* reply) { isFound = textIn(reply) == text_; });
-    return query.await() && isFound && !isTruncated();
+    return count_ && *count_ - countBefore_ >= lengthOfText();
 }
 
-bool TextWrite::readCount() {
+bool TextWrite::isInserted() {
+    if (!count_ || *count_ == countBefore_) {
+        return false;
+    }
+    // The single-line field of GTK 4 replies with an empty text. There only the count can tell.
+    if (found_.empty()) {
+        return hasGrown();
+    }
+    // The user may be deleting at the same time, so fewer characters can be right.
+    return found_ == text_ && (hasGrown() || !isTruncated());
+}
+
+bool TextWrite::readText() {
     CallBatch query(bus_, deadline_);
     query.add(widget_.newCharacterCount(),
               [this](sd_bus_message* reply) { count_ = integerPropertyIn(reply); });
+    query.add(widget_.newReading(offset_, offset_ + lengthOfText()),
+              [this](sd_bus_message* reply) { found_ = textIn(reply).value_or(""); });
     return query.await();
 }
 
-void TextWrite::sendDeletion(std::int64_t length) {
-    bus_.send(widget_.newDeletion(offset_, offset_ + length));
+void TextWrite::takeBack(std::int64_t length) {
+    // Awaited, so that the text which is typed instead does not arrive before the deletion.
+    CallBatch deletion(bus_, deadline_);
+    deletion.add(widget_.newDeletion(offset_, offset_ + length), [](sd_bus_message* /*reply*/) {});
+    deletion.await();
 }
 
 void TextWrite::moveCaret(std::int64_t offset) {

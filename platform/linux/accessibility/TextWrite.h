@@ -49,6 +49,7 @@ class TextWrite {
     platform::AXError deleteSelection();
     platform::AXError insert();
     platform::AXError verifyInsertion();
+    bool hasGrown() const;
     bool isInserted();
     bool isTruncated();
     void restoreTail();
@@ -56,8 +57,8 @@ class TextWrite {
     platform::AXError failAfterLie(const char* reason);
     void reportUnreliable(const char* reason);
     bool waitUntil(const std::function<bool()>& condition);
-    bool readCount();
-    void sendDeletion(std::int64_t length);
+    bool readText();
+    void takeBack(std::int64_t length);
     void moveCaret(std::int64_t offset);
 
     BusMessage newAccessibleCall(const char* member);
@@ -79,6 +80,9 @@ class TextWrite {
     /// As of the program's latest reply.
     std::optional<std::int64_t> caret_;
     std::optional<std::int64_t> count_;
+    /// The text at the offset, as long as the inserted text. Empty where a program does not let its
+    /// text be read.
+    std::string found_;
     /// The count before the insertion, without the selection.
     std::int64_t countBefore_ = 0;
     /// Empty before the insertion is sent.

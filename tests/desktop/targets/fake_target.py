@@ -37,7 +37,7 @@ parser.add_argument("--behaviour", default="honest",
                     choices=["honest", "liar", "late", "refusing", "short", "cutting",
                              "silent-on-insertion", "silent-and-refusing", "silent-and-short",
                              "silent-on-deletion", "dying-on-insertion", "slow", "undeletable",
-                             "nonsense"])
+                             "nonsense", "garbling", "unreadable"])
 parser.add_argument("--toolkit", default="fake")
 parser.add_argument("--text", default="")
 parser.add_argument("--select", metavar="A:B")
@@ -75,6 +75,10 @@ class Field:
     def insert(self, position, text):
         if self.behaviour in ("short", "silent-and-short"):
             text = text[:3]
+        elif self.behaviour == "garbling":
+            # Every byte of a long character becomes a character of its own.
+            text = "".join(char if ord(char) <= 0xFFFF else char.encode().decode("latin-1")
+                           for char in text)
         self.replace(position, position, text)
         if self.behaviour == "cutting":
             self.replace(len(self.first_text), len(self.text), "")
@@ -150,7 +154,8 @@ class Widget(dbus.service.Object):
     @dbus.service.method(TEXT, in_signature="ii", out_signature="s",
                          async_callbacks=("reply", "error"))
     def GetText(self, start, end, reply, error):
-        self.answer(reply, lambda: (self.field.text[start:end],))
+        self.answer(reply, lambda: ("" if self.field.behaviour == "unreadable"
+                                    else self.field.text[start:end],))
 
     @dbus.service.method(TEXT, in_signature="i", out_signature="b",
                          async_callbacks=("reply", "error"))

@@ -259,6 +259,23 @@ TEST_F(AtspiAccessibility, AFieldThatMakesALittleRoomAtItsEndGetsItsEndBack) {
         << target->text();
 }
 
+TEST_F(AtspiAccessibility, AFieldThatShowsSomethingElseIsLeftWithoutIt) {
+    open("garbling", "begin end", {"--select", "6:6"});
+    EXPECT_EQ(write(element, "of the "), platform::axErrorSuccess);
+    EXPECT_NE(write(element, "middle 😀 "), platform::axErrorSuccess);
+    // What is typed now does not meet the deletion of what was inserted.
+    EXPECT_EQ(target->text(), "begin of the end");
+    EXPECT_EQ(write(element, "bitter "), platform::axErrorSuccess);
+    EXPECT_EQ(target->text(), "begin of the bitter end");
+    EXPECT_TRUE(log.lines().empty());
+}
+
+TEST_F(AtspiAccessibility, AFieldThatCannotBeReadIsBelievedByItsCount) {
+    open("unreadable", "begin end", {"--select", "6:6"});
+    EXPECT_EQ(write(element, "middle 😀 "), platform::axErrorSuccess);
+    EXPECT_EQ(target->text(), "begin middle 😀 end");
+}
+
 TEST_F(AtspiAccessibility, ASelectionThatStaysKeepsTheTextOut) {
     open("undeletable", "one two", {"--select", "4:7"});
     EXPECT_NE(write(element, "text"), platform::axErrorSuccess);
