@@ -14,6 +14,7 @@
 namespace tarvik::linuxdesktop {
 
 using atspi::State;
+using atspi::StateSet;
 
 namespace {
 
@@ -95,13 +96,22 @@ void FocusTracker::onStateChanged(sd_bus_message* signal) {
         return;
     }
     const BusObject widget = senderOf(signal);
+    Program& sender = program(widget.owner);
+    const bool isKnownFocus = sender.focus && sender.focus->path == widget.path;
     if (isSet == 1) {
-        setFocus(program(widget.owner), widget.path);
+        // Qt reports a focus right after the widget has lost it. LibreOffice reports one for the
+        // pane around the document, although the paragraph has not reported a loss.
+        const bool isDoubtful = sender.focus && sender.isLossReported == isKnownFocus;
+        setFocus(sender, widget.path);
         publish();
+        if (isDoubtful) {
+            confirmFocus(widget.owner);
+        }
+    } else if (isKnownFocus) {
+        // Every key grab reports a loss too.
+        sender.isLossReported = true;
+        confirmFocus(widget.owner);
     }
-    // Neither event is the truth. Every key grab reports a lost focus. Qt reports a focus for the
-    // widget that has just lost it.
-    confirmFocus(widget.owner);
 }
 
 void FocusTracker::onActivated(const BusObject& window) {
@@ -212,7 +222,9 @@ void FocusTracker::setFocus(Program& program, const std::string& path) {
     if (program.focus && program.focus->path == path) {
         return;
     }
-    program.focus = std::make_shared<AtspiElement>(program.application, path);
+    program.isLossReported = false;
+    program.previousFocus =
+        std::exchange(program.focus, std::make_shared<AtspiElement>(program.application, path));
     // Queried now, so that no write has to wait for the reply.
     bus_.call(bus_.newCall(program.focus->object(), atspi::accessibleInterface, "GetInterfaces"),
               replyTimeout, [element = program.focus](sd_bus_message* reply) {
@@ -226,13 +238,10 @@ void FocusTracker::checkFocus(const BusObject& window, bool isSameWindow) {
         searchFocus(window, isSameWindow);
         return;
     }
-    bus_.call(
-        bus_.newCall(owner.focus->object(), atspi::accessibleInterface, "GetState"), replyTimeout,
-        [this, window, isSameWindow, sequence = owner.sequence](sd_bus_message* reply) {
-            const auto states = atspi::stateSetIn(reply);
-            const auto known = programs_.find(window.owner);
-            const bool isNewer = known == programs_.end() || known->second.sequence != sequence;
-            if (!isNewer && !isNoReply(reply) && !(states && states->contains(State::focused))) {
+    queryStates(
+        owner.focus->object(), [this, window, isSameWindow, focus = owner.focus,
+                                sequence = owner.sequence](const std::optional<StateSet>& states) {
+            if (isCurrent(*focus, sequence) && !(states && states->contains(State::focused))) {
                 searchFocus(window, isSameWindow);
             }
         });
@@ -244,27 +253,59 @@ void FocusTracker::confirmFocus(const std::string& busName) {
         return;
     }
     const Program& asked = owner->second;
-    const auto hasLostFocus = std::make_shared<bool>(false);
-    bus_.call(bus_.newCall(asked.focus->object(), atspi::accessibleInterface, "GetState"),
-              replyTimeout, [hasLostFocus](sd_bus_message* reply) {
-                  const auto states = atspi::stateSetIn(reply);
-                  *hasLostFocus =
-                      !isNoReply(reply) && !(states && states->contains(State::focused));
-              });
-    // The window is asked last. A key grab that ends in between makes the program report its focus
-    // before this reply.
-    bus_.call(bus_.newCall({busName, asked.activeWindow}, atspi::accessibleInterface, "GetState"),
-              replyTimeout,
-              [this, busName, hasLostFocus, sequence = asked.sequence](sd_bus_message* reply) {
-                  const auto states = atspi::stateSetIn(reply);
-                  const auto known = programs_.find(busName);
-                  const bool isNewer =
-                      known == programs_.end() || known->second.sequence != sequence;
-                  if (*hasLostFocus && !isNewer && states && states->contains(State::active)) {
-                      known->second.focus.reset();
-                      publish();
+    const BusObject window{busName, asked.activeWindow};
+    struct Replies {
+        bool wasActive = false;
+        bool hasFocus = true;
+    };
+    const auto replies = std::make_shared<Replies>();
+    // The window is asked before and after the widget, because a grab may begin or end in between.
+    queryStates(window, [replies](const std::optional<StateSet>& states) {
+        replies->wasActive = states && states->contains(State::active);
+    });
+    queryStates(asked.focus->object(), [replies](const std::optional<StateSet>& states) {
+        replies->hasFocus = states && states->contains(State::focused);
+    });
+    queryStates(window, [this, replies, focus = asked.focus,
+                         sequence = asked.sequence](const std::optional<StateSet>& states) {
+        if (!isCurrent(*focus, sequence)) {
+            return;
+        }
+        Program& program = programs_.at(focus->application->busName);
+        program.isLossReported = false;
+        const bool isActive = replies->wasActive && states && states->contains(State::active);
+        if (isActive && !replies->hasFocus) {
+            rejectFocus(program);
+        } else {
+            publish();
+        }
+    });
+}
+
+void FocusTracker::queryStates(const BusObject& object,
+                               std::function<void(const std::optional<StateSet>&)> onStates) {
+    bus_.call(bus_.newCall(object, atspi::accessibleInterface, "GetState"), replyTimeout,
+              [onStates = std::move(onStates)](sd_bus_message* reply) {
+                  if (!isNoReply(reply)) {
+                      onStates(atspi::stateSetIn(reply));
                   }
               });
+}
+
+bool FocusTracker::isCurrent(const AtspiElement& focus, std::uint64_t sequence) const {
+    const auto known = programs_.find(focus.application->busName);
+    return known != programs_.end() && known->second.focus.get() == &focus &&
+           known->second.sequence == sequence;
+}
+
+void FocusTracker::rejectFocus(Program& program) {
+    program.focus = std::exchange(program.previousFocus, nullptr);
+    if (program.focus) {
+        // Published once it is confirmed too.
+        confirmFocus(program.application->busName);
+    } else {
+        publish();
+    }
 }
 
 void FocusTracker::searchFocus(const BusObject& window, bool isSameWindow) {

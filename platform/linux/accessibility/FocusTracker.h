@@ -10,6 +10,7 @@
 
 #include "platform/Workspace.h"
 #include "platform/linux/accessibility/AtspiElement.h"
+#include "platform/linux/accessibility/AtspiProtocol.h"
 #include "platform/linux/accessibility/FocusSnapshot.h"
 #include "platform/linux/bus/MessageBus.h"
 
@@ -39,6 +40,10 @@ class FocusTracker {
     struct Program {
         std::shared_ptr<AtspiApplication> application;
         std::shared_ptr<AtspiElement> focus;
+        /// The widget that had the focus before; empty once the focus has fallen back to it.
+        std::shared_ptr<AtspiElement> previousFocus;
+        /// The widget has reported that it lost the focus; false once that is confirmed or refuted.
+        bool isLossReported = false;
         /// The tracker's sequence number at the program's latest focus event. A reply to an older
         /// query is outdated.
         std::uint64_t sequence = 0;
@@ -56,9 +61,17 @@ class FocusTracker {
     void examineWindow(const BusObject& window);
     void setFocus(Program& program, const std::string& path);
     void checkFocus(const BusObject& window, bool isSameWindow);
-    /// Forgets a program's focus when the widget has lost it although its window is active. During
-    /// a key grab the window is inactive too.
+    /// Asks a program whether its widget has the focus that was reported. A widget without the
+    /// focus in an active window gives way to the previous one, if that has the focus. During a key
+    /// grab the window is inactive too.
     void confirmFocus(const std::string& busName);
+    /// Asks an object for its states. `onStates` gets nothing from an object that is gone, and is
+    /// not called without a reply.
+    void queryStates(const BusObject& object,
+                     std::function<void(const std::optional<atspi::StateSet>&)> onStates);
+    void rejectFocus(Program& program);
+    /// Whether this is still the widget and the latest event that a query was about.
+    bool isCurrent(const AtspiElement& focus, std::uint64_t sequence) const;
     void searchFocus(const BusObject& window, bool isSameWindow);
     void publish();
 

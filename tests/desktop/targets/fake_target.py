@@ -1,10 +1,13 @@
 #!/usr/bin/python3
 # SPDX-License-Identifier: MIT
-"""A program without a window on the accessibility bus. It has two text fields. The first one reports
-that it has the focus and misbehaves like a toolkit with a defect. The second one is honest.
+"""A program on the accessibility bus without anything on the screen. It has two text fields. The first
+one reports that it has the focus and misbehaves like a toolkit with a defect. The second one is
+honest. The program has no window unless it is told to.
 
 Prints "ready" after the first focus event. Commands on standard input: "focus" reports the focus
-again, "blur" reports its loss, "second" reports the focus of the second field, "read" prints the
+again, "blur" reports its loss, "lose" takes the focus away inside the window, "grab" acts like a
+key grab, which makes the window inactive as well, "pane" has something around the field report the
+focus that the field has, "second" reports the focus of the second field, "read" prints the
 text of the second field, "insertions" prints the number of requested insertions, "behave NAME"
 changes the behaviour, "type TEXT" acts like typed keys, "wake" ends a silence, "settle" prints
 "done" when all requests sent so far are handled, "quit" ends the program. The other commands print
@@ -28,9 +31,12 @@ APPLICATION = "org.a11y.atspi.Application"
 TEXT = "org.a11y.atspi.Text"
 EDITABLE_TEXT = "org.a11y.atspi.EditableText"
 OBJECT_EVENT = "org.a11y.atspi.Event.Object"
+WINDOW_EVENT = "org.a11y.atspi.Event.Window"
 ROOT = "/org/a11y/atspi/accessible/root"
 FIELD = "/org/a11y/atspi/accessible/1"
 SECOND_FIELD = "/org/a11y/atspi/accessible/2"
+WINDOW = "/org/a11y/atspi/accessible/3"
+PANE = "/org/a11y/atspi/accessible/4"
 
 parser = argparse.ArgumentParser(description=__doc__)
 parser.add_argument("--behaviour", default="honest",
@@ -38,6 +44,7 @@ parser.add_argument("--behaviour", default="honest",
                              "silent-on-insertion", "silent-and-refusing", "silent-and-short",
                              "silent-on-deletion", "dying-on-insertion", "slow", "undeletable",
                              "nonsense", "garbling", "unreadable"])
+parser.add_argument("--window", action="store_true")
 parser.add_argument("--toolkit", default="fake")
 parser.add_argument("--text", default="")
 parser.add_argument("--select", metavar="A:B")
@@ -53,6 +60,7 @@ class Field:
         self.start = self.end = len(self.text)
         if selection:
             self.start, self.end = [int(part) for part in selection.split(":")]
+        self.has_focus = True
         self.insertions = 0
         self.is_silent = self.was_silent = False
         # The requests during a silence. Like a stopped program, the field handles them afterwards.
@@ -99,6 +107,36 @@ class Root(dbus.service.Object):
         return dbus.Array([], signature="(so)")
 
 
+class Container(dbus.service.Object):
+    """The window or the pane around the fields. It never has the focus."""
+
+    is_active = False
+
+    @dbus.service.method(ACCESSIBLE, out_signature="au")
+    def GetState(self):
+        return dbus.Array([self.is_active << 1 | 1 << 25, 0], signature="u")
+
+    @dbus.service.method(ACCESSIBLE, out_signature="as")
+    def GetInterfaces(self):
+        return [ACCESSIBLE]
+
+    @dbus.service.method(ACCESSIBLE, out_signature="a(so)")
+    def GetChildren(self):
+        return dbus.Array([], signature="(so)")
+
+    @dbus.service.signal(OBJECT_EVENT, signature="siiv(so)")
+    def StateChanged(self, state, value, unused, nothing, application):
+        pass
+
+    @dbus.service.signal(WINDOW_EVENT, signature="siiv(so)")
+    def Activate(self, text, value, unused, nothing, application):
+        pass
+
+    @dbus.service.signal(WINDOW_EVENT, signature="siiv(so)")
+    def Deactivate(self, text, value, unused, nothing, application):
+        pass
+
+
 class Widget(dbus.service.Object):
     def __init__(self, connection, path, its_field):
         super().__init__(connection, path)
@@ -116,8 +154,8 @@ class Widget(dbus.service.Object):
         if self.field.behaviour == "nonsense":
             self.answer(reply, lambda: (dbus.Array([0xFFFFFF80, 0], signature="u"),))
         else:
-            self.answer(reply, lambda: (dbus.Array([1 << 7 | 1 << 12 | 1 << 25, 0],
-                                                   signature="u"),))
+            self.answer(reply, lambda: (dbus.Array(
+                [1 << 7 | self.field.has_focus << 12 | 1 << 25, 0], signature="u"),))
 
     @dbus.service.method(ACCESSIBLE, out_signature="as", async_callbacks=("reply", "error"))
     def GetInterfaces(self, reply, error):
@@ -210,6 +248,8 @@ bus = dbus.bus.BusConnection(address)
 root = Root(bus, ROOT)
 widget = Widget(bus, FIELD, field)
 second_widget = Widget(bus, SECOND_FIELD, second_field)
+window = Container(bus, WINDOW)
+pane = Container(bus, PANE)
 loop = GLib.MainLoop()
 
 
@@ -218,11 +258,24 @@ def focus(focused_widget, is_focused=1):
                                 (bus.get_unique_name(), dbus.ObjectPath(ROOT)))
 
 
+def activate(is_active):
+    window.is_active = is_active
+    event = window.Activate if is_active else window.Deactivate
+    event("", 0, 0, dbus.Int32(0), (bus.get_unique_name(), dbus.ObjectPath(ROOT)))
+
+
 def command(line):
     if line == "focus":
         focus(widget)
     elif line == "blur":
         focus(widget, 0)
+    elif line in ("lose", "grab"):
+        field.has_focus = False
+        focus(widget, 0)
+        if line == "grab":
+            activate(False)
+    elif line == "pane":
+        focus(pane)
     elif line == "second":
         focus(second_widget)
     elif line == "read":
@@ -253,6 +306,8 @@ def command(line):
 target_options.publish(options, field.text)
 readable = target_options.read_commands(command)
 GLib.io_add_watch(0, GLib.PRIORITY_DEFAULT, GLib.IO_IN | GLib.IO_HUP, lambda *_: readable())
+if options.window:
+    activate(True)
 focus(widget)
 target_options.announce("ready")
 loop.run()

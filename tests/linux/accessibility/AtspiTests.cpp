@@ -310,6 +310,30 @@ TEST_F(AtspiAccessibility, AFocusThatIsLostWithoutAWindowIsRemembered) {
     EXPECT_EQ(focusedElement(), element);
 }
 
+TEST_F(AtspiAccessibility, AFocusThatIsLostInsideTheWindowIsForgotten) {
+    open("honest", "", {"--window"});
+    EXPECT_EQ(target->command("lose"), "done");
+    EXPECT_TRUE(becomesTrue([this] { return focusedElement() == nullptr; }, timeout));
+}
+
+TEST_F(AtspiAccessibility, AFocusThatIsHiddenByAKeyGrabIsRemembered) {
+    open("honest", "", {"--window"});
+    EXPECT_EQ(target->command("grab"), "done");
+    EXPECT_EQ(write(element, "text"), platform::axErrorSuccess);
+    // The program has replied to what the service asked because of the event.
+    EXPECT_EQ(write(element, " and more"), platform::axErrorSuccess);
+    EXPECT_EQ(focusedElement(), element);
+}
+
+// LibreOffice does that for the pane around the document.
+TEST_F(AtspiAccessibility, AFocusThatIsReportedForTheWrongWidgetIsNotBelieved) {
+    open("honest", "", {"--window"});
+    EXPECT_EQ(target->command("pane"), "done");
+    // The program has replied since it reported the focus.
+    EXPECT_EQ(write(element, "text"), platform::axErrorSuccess);
+    EXPECT_TRUE(becomesTrue([this] { return focusedElement() == element; }, timeout));
+}
+
 TEST_F(AtspiAccessibility, AProgramInTheBackgroundDoesNotGetTheFocusByClaimingIt) {
     TargetProcess background("fake_target.py", {});
     open("honest", "");
