@@ -12,6 +12,7 @@ namespace {
 
 constexpr std::size_t maxBytes = platform::maxReceivedMessageSize;
 constexpr std::size_t maxDepth = 512;
+constexpr std::string_view byteOrderMark = "\xEF\xBB\xBF";
 
 std::optional<simdjson::dom::object> firstAlternative(const simdjson::dom::object& message) {
     simdjson::dom::object channel;
@@ -37,6 +38,10 @@ std::optional<simdjson::dom::object> firstAlternative(const simdjson::dom::objec
 }  // namespace
 
 std::optional<TranscriptMessage> parseTranscriptMessage(std::string_view json) {
+    // Newer versions of simdjson skip the mark.
+    if (json.starts_with(byteOrderMark)) {
+        return std::nullopt;
+    }
     simdjson::dom::parser parser(maxBytes);
     simdjson::dom::object message;
     if (json.size() > maxBytes || parser.allocate(json.size(), maxDepth) != simdjson::SUCCESS ||
