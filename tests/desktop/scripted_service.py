@@ -12,7 +12,9 @@ import subprocess
 import threading
 import urllib.parse
 
-import websockets
+# Debian 12 has this interface alone, and the versions after it keep it.
+from websockets.exceptions import ConnectionClosedError
+from websockets.legacy.server import serve
 
 from desktop import wait_for
 
@@ -42,10 +44,10 @@ def transcript(text, final=True):
 class Stream:
     """One connection of the application."""
 
-    def __init__(self, service, connection, path):
+    def __init__(self, service, connection):
         self._service = service
         self._connection = connection
-        self.query = dict(urllib.parse.parse_qsl(urllib.parse.urlsplit(path).query))
+        self.query = dict(urllib.parse.parse_qsl(urllib.parse.urlsplit(connection.path).query))
         self.protocols = connection.request_headers.get("Sec-WebSocket-Protocol")
         self.audio = bytearray()
         self.texts = []
@@ -97,7 +99,7 @@ class Stream:
                     self.texts.append(message)
                     if self.is_audio_ended and self._service.closes_at_end:
                         await self._connection.close()
-        except websockets.ConnectionClosedError:
+        except ConnectionClosedError:
             pass  # A test breaks connections on purpose and checks is_closed.
         finally:
             self.is_closed = True
@@ -140,7 +142,7 @@ class ScriptedService:
         self._loop.close()
 
     async def _listen(self):
-        return await websockets.serve(
+        return await serve(
             self._serve, "localhost", 0, ssl=self._context, subprotocols=["token"],
             process_request=self._answer_request, family=socket.AF_INET, max_size=None,
             close_timeout=1,
@@ -156,7 +158,7 @@ class ScriptedService:
         status, body = self.refusal
         return http.HTTPStatus(status), {"Content-Type": "application/json"}, body.encode()
 
-    async def _serve(self, connection, path):
-        stream = Stream(self, connection, path)
+    async def _serve(self, connection):
+        stream = Stream(self, connection)
         self.streams.append(stream)
         await stream.serve()
