@@ -30,7 +30,8 @@ class ControlTest : public UserInterfaceTest {
 TEST_F(ControlTest, TabReachesEveryControlInTheOrderOfTheEyeAndScrollsToIt) {
     SampleWindow sample(userInterface);
     sample.widget().resize(830, 555);
-    QApplication::setActiveWindow(&sample.widget());
+    sample.widget().activateWindow();
+    EXPECT_TRUE(runUntil([&] { return sample.widget().isActiveWindow(); }));
     pressTab();
     const QList<QWidget*> expected = {sample.field(), sample.find<QPushButton>("Save"),
                                       sample.find<QPushButton>("Grant"),

@@ -103,7 +103,9 @@ TEST_F(ThemeTest, EveryKindOfButtonShowsThatItHasTheFocusOnADarkBackground) {
     const auto window = userInterface.makeWindow({.contentSize = {400, 200}});
     window->setContent(userInterface.makeStack({.views = buttons}), platform::black);
     window->show();
-    QApplication::setActiveWindow(&dynamic_cast<linuxdesktop::QtWindow&>(*window).widget());
+    QWidget& shown = dynamic_cast<linuxdesktop::QtWindow&>(*window).widget();
+    shown.activateWindow();
+    ASSERT_TRUE(runUntil([&] { return shown.isActiveWindow(); }));
     for (const auto& button : buttons) {
         auto& widget = dynamic_cast<QPushButton&>(*button);
         widget.clearFocus();
