@@ -25,13 +25,16 @@ class ControlTest : public UserInterfaceTest {
         QApplication::sendEvent(QApplication::focusWidget(), &up);
     }
     static void pressTab() { press(Qt::Key_Tab); }
+    bool activate(QWidget& window) {
+        window.activateWindow();
+        return runUntil([&] { return window.isActiveWindow(); });
+    }
 };
 
 TEST_F(ControlTest, TabReachesEveryControlInTheOrderOfTheEyeAndScrollsToIt) {
     SampleWindow sample(userInterface);
     sample.widget().resize(830, 555);
-    sample.widget().activateWindow();
-    EXPECT_TRUE(runUntil([&] { return sample.widget().isActiveWindow(); }));
+    ASSERT_TRUE(activate(sample.widget()));
     pressTab();
     const QList<QWidget*> expected = {sample.field(), sample.find<QPushButton>("Save"),
                                       sample.find<QPushButton>("Grant"),
@@ -49,7 +52,7 @@ TEST_F(ControlTest, TabReachesEveryControlInTheOrderOfTheEyeAndScrollsToIt) {
 TEST_F(ControlTest, TheFirstShiftTabReachesTheLastControlAndScrollsToIt) {
     SampleWindow sample(userInterface);
     sample.widget().resize(830, 555);
-    QApplication::setActiveWindow(&sample.widget());
+    ASSERT_TRUE(activate(sample.widget()));
     press(Qt::Key_Backtab);
     const auto* last = sample.find<QPushButton>("Restart Tarvik Dictate");
     EXPECT_EQ(QApplication::focusWidget(), last);
@@ -59,7 +62,7 @@ TEST_F(ControlTest, TheFirstShiftTabReachesTheLastControlAndScrollsToIt) {
 TEST_F(ControlTest, NoControlHasTheFocusWhenAWindowAppearsSoThatKeysDoNothing) {
     SampleWindow sample(userInterface);
     for (int times = 0; times < 2; ++times) {
-        QApplication::setActiveWindow(&sample.widget());
+        ASSERT_TRUE(activate(sample.widget()));
         ASSERT_EQ(QApplication::focusWidget(), sample.widget().findChild<QScrollArea*>());
         press(Qt::Key_K, "k");
         press(Qt::Key_Space, " ");
@@ -81,7 +84,7 @@ TEST_F(ControlTest, ReplacedContentHasNoFocusEitherAndTheFirstTabReachesItsFirst
         const auto later = userInterface.makeButton({.title = "Maybe later"});
         window->setContent(userInterface.makeStack({.views = {visit, later}}), std::nullopt);
         window->show();
-        QApplication::setActiveWindow(&widget);
+        ASSERT_TRUE(activate(widget));
         ASSERT_EQ(QApplication::focusWidget(), widget.findChild<QScrollArea*>()) << title;
         pressTab();
         EXPECT_EQ(QApplication::focusWidget(), dynamic_cast<QWidget*>(visit.get())) << title;
