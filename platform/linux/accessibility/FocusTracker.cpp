@@ -101,7 +101,9 @@ void FocusTracker::onStateChanged(sd_bus_message* signal) {
     if (isSet == 1) {
         // Qt reports a focus right after the widget has lost it. LibreOffice reports one for the
         // pane around the document, although the paragraph has not reported a loss.
-        const bool isDoubtful = sender.focus && sender.isLossReported == isKnownFocus;
+        // GTK 3 may report one when the widget has lost it already.
+        const bool isOtherWidget = sender.focus && !isKnownFocus;
+        const bool isDoubtful = isOtherWidget != sender.isLossReported;
         setFocus(sender, widget.path);
         publish();
         if (isDoubtful) {
@@ -304,6 +306,7 @@ void FocusTracker::rejectFocus(Program& program) {
         // Published once it is confirmed too.
         confirmFocus(program.application->busName);
     } else {
+        program.isLossReported = true;
         publish();
     }
 }

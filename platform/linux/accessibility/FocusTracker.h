@@ -42,7 +42,8 @@ class FocusTracker {
         std::shared_ptr<AtspiElement> focus;
         /// The widget that had the focus before; empty once the focus has fallen back to it.
         std::shared_ptr<AtspiElement> previousFocus;
-        /// The widget has reported that it lost the focus; false once that is confirmed or refuted.
+        /// The widget has reported that it lost the focus, and that is not refuted. Stays true when
+        /// no widget has the focus any more.
         bool isLossReported = false;
         /// The tracker's sequence number at the program's latest focus event. A reply to an older
         /// query is outdated.
