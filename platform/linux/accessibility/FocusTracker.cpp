@@ -251,7 +251,12 @@ void FocusTracker::checkFocus(const BusObject& window, bool isSameWindow) {
 
 void FocusTracker::confirmFocus(const std::string& busName) {
     const auto owner = programs_.find(busName);
-    if (owner == programs_.end() || !owner->second.focus || owner->second.activeWindow.empty()) {
+    if (owner == programs_.end() || !owner->second.focus) {
+        return;
+    }
+    if (owner->second.activeWindow.empty()) {
+        // The window became active before the program reported to the bus.
+        scanProgram(busName);
         return;
     }
     const Program& asked = owner->second;
