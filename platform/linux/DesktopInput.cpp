@@ -92,7 +92,7 @@ std::shared_ptr<Means> choose(const char* service, const std::vector<Choice<Mean
             return opened.means;
         }
     }
-    session.log.write(std::string("TarvikDictate: ") + service + " by no means of this session");
+    session.log.write(std::string("TarvikDictate: nothing in this session serves ") + service);
     return nullptr;
 }
 
@@ -110,7 +110,7 @@ DesktopInput::DesktopInput(platform::MainQueue& mainQueue, platform::Log& log)
     hotKeys_ = choose("hotkeys", hotKeyChoices, session);
     *lifted = hotKeys_.get();
     typing_ = choose("typing", typingChoices, session);
-    front_ = choose("front window", frontChoices, session);
+    front_ = choose("the front window", frontChoices, session);
     eventManager_->setMeans(hotKeys_.get());
     keyboardEvents_ = std::make_shared<LinuxKeyboardEvents>(typing_.get(), mainQueue);
 }

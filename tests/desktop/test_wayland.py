@@ -21,9 +21,9 @@ class OnSway(unittest.TestCase):
         application = Application(desktop, BINARIES, {"QT_QPA_PLATFORM": "xcb"},
                                   ["TarvikDictate: accessibility trusted → false"])
         self.addCleanup(application.close)
-        for line in (f"hotkeys not by XInput 2: {REASON}", "hotkeys by no means of this session",
-                     f"typing not by XTEST: {REASON}", "typing by no means of this session",
-                     f"front window not by the X server: {REASON}",
+        for line in (f"hotkeys not by XInput 2: {REASON}", "nothing in this session serves hotkeys",
+                     f"typing not by XTEST: {REASON}", "nothing in this session serves typing",
+                     f"the front window not by the X server: {REASON}",
                      "InstallEventHandler failed: -9868"):
             self.assertEqual(application.log.count("TarvikDictate: " + line), 1, line)
         self.assertEqual(application.log.count("hold-to-talk registered"), 0)

@@ -216,11 +216,11 @@ TEST_F(X11Delivery, RefusesEverythingWithoutAServer) {
     setenv("DISPLAY", display.c_str(), 1);
     const std::vector<std::string> lines{
         "TarvikDictate: hotkeys not by XInput 2: no X server at :4711",
-        "TarvikDictate: hotkeys by no means of this session",
+        "TarvikDictate: nothing in this session serves hotkeys",
         "TarvikDictate: typing not by XTEST: no X server at :4711",
-        "TarvikDictate: typing by no means of this session",
-        "TarvikDictate: front window not by the X server: no X server at :4711",
-        "TarvikDictate: front window by no means of this session"};
+        "TarvikDictate: nothing in this session serves typing",
+        "TarvikDictate: the front window not by the X server: no X server at :4711",
+        "TarvikDictate: nothing in this session serves the front window"};
     const auto all = log.lines();
     EXPECT_EQ(std::vector(all.end() - std::ssize(lines), all.end()), lines);
     EXPECT_FALSE(without.canType());

@@ -135,7 +135,7 @@ TEST_F(UnresponsiveX11Server, OneThatCannotTellWhoseAWindowIsServesHotKeysAndTyp
     const std::vector<std::string> chosen{
         "TarvikDictate: hotkeys by XInput 2: the X server offers it",
         "TarvikDictate: typing by XTEST: the X server offers it",
-        "TarvikDictate: front window by the X server: the X server offers it"};
+        "TarvikDictate: the front window by the X server: the X server offers it"};
     EXPECT_EQ(log.lines(), chosen);
 }
 
