@@ -54,7 +54,8 @@ Stream::Stream(network::TlsStream socket, StreamQuery query, std::string request
       decoders_(std::move(decoders)),
       idleTimeout_(options.idleTimeout),
       audioTimeout_(options.audioTimeout),
-      timer_(socket_.get_executor()) {}
+      idleTimer_(socket_.get_executor()),
+      audioTimer_(socket_.get_executor()) {}
 
 void Stream::accept(const Request& request) {
     socket_.set_option(timeouts());
@@ -97,7 +98,7 @@ void Stream::onRead(beast::error_code error) {
         if (error != websocket::error::closed && !closing_) {
             log("the client is gone: " + error.message());
         }
-        timer_.cancel();
+        cancelTimeouts();
         worker_->cancel();
         return;
     }
@@ -146,31 +147,43 @@ void Stream::onText() {
 
 void Stream::endAndClose(const websocket::close_reason& reason) {
     ending_ = reason;
-    timer_.cancel();
+    cancelTimeouts();
     worker_->end();
 }
 
 void Stream::restartTimeouts() {
-    audioDeadline_ = std::chrono::steady_clock::now() +
-                     std::chrono::duration_cast<std::chrono::steady_clock::duration>(audioTimeout_);
+    startTimer(audioTimer_, audioTimeout_, &Stream::onAudioTimeout);
     restartIdleTimer();
 }
 
 void Stream::restartIdleTimer() {
-    const Seconds untilAudioDeadline = audioDeadline_ - std::chrono::steady_clock::now();
-    startTimer(std::min(idleTimeout_, untilAudioDeadline), &Stream::onIdle);
+    startTimer(idleTimer_, idleTimeout_, &Stream::onIdleTimeout);
 }
 
-void Stream::startTimer(Seconds interval, void (Stream::*onExpired)()) {
-    timer_.expires_after(std::chrono::duration_cast<std::chrono::steady_clock::duration>(interval));
-    timer_.async_wait(weakly(*this, [onExpired](Stream& self, beast::error_code error) {
+void Stream::cancelTimeouts() {
+    idleTimer_.cancel();
+    audioTimer_.cancel();
+}
+
+void Stream::startTimer(boost::asio::steady_timer& timer, Seconds interval,
+                        void (Stream::*onExpired)()) {
+    timer.expires_after(std::chrono::duration_cast<std::chrono::steady_clock::duration>(interval));
+    timer.async_wait(weakly(*this, [onExpired](Stream& self, beast::error_code error) {
         if (!error) {
             (self.*onExpired)();
         }
     }));
 }
 
-void Stream::onIdle() {
+void Stream::onIdleTimeout() {
+    endForSilence("NET-0001: neither audio nor a KeepAlive message came in time");
+}
+
+void Stream::onAudioTimeout() {
+    endForSilence("NET-0001: no audio came in time");
+}
+
+void Stream::endForSilence(const char* reason) {
     if (ending_ || closing_) {
         return;
     }
@@ -180,10 +193,7 @@ void Stream::onIdle() {
         return;
     }
     log("no audio came in time");
-    const bool isAudioOverdue = std::chrono::steady_clock::now() >= audioDeadline_;
-    endAndClose({websocket::close_code::internal_error,
-                 isAudioOverdue ? "NET-0001: no audio came in time"
-                                : "NET-0001: neither audio nor a KeepAlive message came in time"});
+    endAndClose({websocket::close_code::internal_error, reason});
 }
 
 void Stream::onUtterance(const Utterance& utterance) {
@@ -249,7 +259,8 @@ void Stream::closeWhenSent(websocket::close_reason reason) {
     }
     closing_ = std::move(reason);
     // A client that stops reading would hold the last message and the stream forever.
-    startTimer(closeTimeout * 2, &Stream::abort);
+    cancelTimeouts();
+    startTimer(idleTimer_, closeTimeout * 2, &Stream::abort);
     if (outgoing_.empty()) {
         closeNow();
     }
@@ -258,7 +269,7 @@ void Stream::closeWhenSent(websocket::close_reason reason) {
 void Stream::closeNow() {
     socket_.async_close(*closing_, [self = shared_from_this()](beast::error_code) {
         // An error means that the stream was closed already.
-        self->timer_.cancel();
+        self->cancelTimeouts();
         self->worker_->cancel();
     });
 }

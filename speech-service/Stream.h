@@ -4,7 +4,6 @@
 #include <boost/asio/steady_timer.hpp>
 #include <boost/beast/core/flat_buffer.hpp>
 #include <boost/beast/websocket/stream.hpp>
-#include <chrono>
 #include <deque>
 #include <memory>
 #include <optional>
@@ -42,8 +41,12 @@ class Stream : public OpenConnection, public std::enable_shared_from_this<Stream
     void endAndClose(const boost::beast::websocket::close_reason& reason);
     void restartIdleTimer();
     void restartTimeouts();
-    void startTimer(Seconds interval, void (Stream::*onExpired)());
-    void onIdle();
+    void cancelTimeouts();
+    void startTimer(boost::asio::steady_timer& timer, Seconds interval,
+                    void (Stream::*onExpired)());
+    void onIdleTimeout();
+    void onAudioTimeout();
+    void endForSilence(const char* reason);
     void onUtterance(const Utterance& utterance);
     void onDrained();
     void onDecoderEnd(const std::optional<Error>& error);
@@ -62,9 +65,9 @@ class Stream : public OpenConnection, public std::enable_shared_from_this<Stream
     const std::shared_ptr<DecoderPool> decoders_;
     const Seconds idleTimeout_;
     const Seconds audioTimeout_;
-    std::chrono::steady_clock::time_point audioDeadline_;
-    /// Measures the idle timeout up to the audio deadline, and later the close timeout.
-    boost::asio::steady_timer timer_;
+    /// Measures the idle timeout, and later the close timeout.
+    boost::asio::steady_timer idleTimer_;
+    boost::asio::steady_timer audioTimer_;
     boost::beast::flat_buffer incoming_;
     std::deque<std::string> outgoing_;
     std::shared_ptr<DecodeWorker> worker_;
