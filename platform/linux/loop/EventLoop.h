@@ -14,10 +14,10 @@ using SteadyTime = std::chrono::steady_clock::time_point;
 
 class Deadline;
 
-/// The loop of one thread: it watches descriptors, keeps deadlines and runs posted tasks.
+/// The loop of one thread: it watches descriptors and keeps deadlines.
 ///
-/// The thread sleeps while nothing of that is due. Operations are for the loop's thread, unless
-/// they say otherwise, and no operation blocks.
+/// The thread sleeps while nothing of that is due. Operations are for the loop's thread, and none
+/// blocks.
 class EventLoop {
   public:
     /// A watched descriptor. Dropping the handle ends the watch, also inside `onReady`.
@@ -35,9 +35,6 @@ class EventLoop {
     /// loop.
     [[nodiscard]] virtual std::unique_ptr<Watch> watch(int descriptor, short events,
                                                        std::function<void()> onReady) = 0;
-
-    /// Runs `task` in a later turn, in the order of posting. Any thread.
-    virtual void post(std::function<void()> task) = 0;
 
   protected:
     /// The earliest deadline; empty when there is none.

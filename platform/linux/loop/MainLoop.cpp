@@ -4,10 +4,8 @@
 
 #include <poll.h>
 
-#include <QMetaObject>
 #include <QSocketNotifier>
 #include <chrono>
-#include <utility>
 
 namespace tarvik::linuxdesktop {
 
@@ -47,10 +45,6 @@ MainLoop::MainLoop(const platform::Clock& clock)
 std::unique_ptr<EventLoop::Watch> MainLoop::watch(int descriptor, short events,
                                                   std::function<void()> onReady) {
     return std::make_unique<NotifierWatch>(descriptor, events, onReady);
-}
-
-void MainLoop::post(std::function<void()> task) {
-    QMetaObject::invokeMethod(&receiver_, std::move(task), Qt::QueuedConnection);
 }
 
 void MainLoop::onDeadlinesChanged() {

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-#include <QObject>
 #include <functional>
 #include <memory>
 
@@ -14,8 +13,7 @@ namespace tarvik::linuxdesktop {
 /// The main thread's loop, which Qt runs, as an event loop. Several of these may exist, and each
 /// carries what its owner adds. Callbacks also come in the nested loop of a modal alert or a menu.
 ///
-/// Made and destroyed on the main thread, which has its QCoreApplication by then. Posted tasks that
-/// have not run are dropped with the object.
+/// Made and destroyed on the main thread, which has its QCoreApplication by then.
 class MainLoop final : public EventLoop {
   public:
     /// `clock` is a MonotonicClock, or moves as one, and outlives the loop.
@@ -25,15 +23,12 @@ class MainLoop final : public EventLoop {
 
     [[nodiscard]] std::unique_ptr<Watch> watch(int descriptor, short events,
                                                std::function<void()> onReady) override;
-    void post(std::function<void()> task) override;
 
   private:
     void onDeadlinesChanged() override;
 
     const platform::Clock& clock_;
     Alarm alarm_;
-    /// The receiver of the posted tasks.
-    QObject receiver_;
 };
 
 }  // namespace tarvik::linuxdesktop

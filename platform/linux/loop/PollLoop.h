@@ -25,7 +25,8 @@ class PollLoop final : public EventLoop {
 
     [[nodiscard]] std::unique_ptr<Watch> watch(int descriptor, short events,
                                                std::function<void()> onReady) override;
-    void post(std::function<void()> task) override;
+    /// Runs `task` in a later turn, in the order of posting. Any thread; never blocks.
+    void post(std::function<void()> task);
 
     /// Runs until quit(), and can be called again after it. Before each sleep the loop calls
     /// `beforeSleep`, if there is one: for a library that reads ahead, so that its descriptor does

@@ -9,12 +9,10 @@
 #include <memory>
 #include <optional>
 #include <string>
-#include <thread>
 #include <vector>
 
 #include "platform/linux/loop/FileDescriptor.h"
 #include "tests/linux/loop/LoopDriver.h"
-#include "tests/support/JoiningThread.h"
 
 namespace tarvik::tests {
 
@@ -41,33 +39,12 @@ class EventLoopTest : public testing::TestWithParam<LoopKind> {
         EXPECT_EQ(read(output.number(), &byte, 1), 1);
     }
 
-    /// Runs the loop until all that was posted before has run.
-    void runTurn() {
-        bool isOver = false;
-        driver->loop().post([&] { isOver = true; });
-        EXPECT_TRUE(driver->runUntil([&] { return isOver; }));
-    }
+    void runTurn() { driver->runTurn(); }
 
     std::unique_ptr<LoopDriver> driver = GetParam().make();
     FileDescriptor output;
     FileDescriptor input;
 };
-
-TEST_P(EventLoopTest, TasksOfAnotherThreadRunInOrderOnTheThreadOfTheLoop) {
-    std::vector<int> order;
-    std::vector<std::thread::id> threads;
-    const simulated::JoiningThread other([&] {
-        for (int number = 0; number < 3; ++number) {
-            driver->loop().post([&, number] {
-                order.push_back(number);
-                threads.push_back(std::this_thread::get_id());
-            });
-        }
-    });
-    EXPECT_TRUE(driver->runUntil([&] { return order.size() == 3; }));
-    EXPECT_EQ(order, (std::vector<int>{0, 1, 2}));
-    EXPECT_EQ(threads, std::vector<std::thread::id>(3, std::this_thread::get_id()));
-}
 
 TEST_P(EventLoopTest, ADescriptorIsReportedWhileItIsReadyForAnAwaitedEvent) {
     int calls = 0;

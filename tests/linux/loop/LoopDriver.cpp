@@ -59,6 +59,13 @@ bool LoopDriver::runUntil(const std::function<bool()>& condition,
     return condition();
 }
 
+void LoopDriver::runTurn() {
+    bool isOver = false;
+    linuxdesktop::Deadline turn(loop());
+    turn.set(std::chrono::milliseconds(0), [&] { isOver = true; });
+    EXPECT_TRUE(runUntil([&] { return isOver; }));
+}
+
 std::vector<LoopKind> everyLoop() {
     return {{"PollLoop", [] { return std::make_unique<PollLoopDriver>(); }},
             {"MainLoop", [] { return std::make_unique<MainLoopDriver>(); }}};

@@ -26,6 +26,9 @@ class LoopDriver {
     bool runUntil(const std::function<bool()>& condition,
                   std::chrono::milliseconds timeout = std::chrono::seconds(10));
 
+    /// Runs the loop until all that is due now has been called.
+    void runTurn();
+
   private:
     virtual void runWhile(const std::function<bool()>& condition) = 0;
 };

@@ -6,8 +6,11 @@
 
 #include <chrono>
 #include <future>
+#include <thread>
+#include <vector>
 
 #include "platform/linux/loop/PollLoop.h"
+#include "tests/support/JoiningThread.h"
 
 namespace tarvik::tests {
 
@@ -21,6 +24,24 @@ TEST(PollLoop, EndsWithoutASleepWhenItIsQuitBeforeOne) {
     const auto ended = std::async(std::launch::async, [&] { loop.run([&] { loop.quit(); }); });
     EXPECT_EQ(ended.wait_for(1s), std::future_status::ready);
     loop.post([] {});
+}
+
+TEST(PollLoop, RunsTasksOfAnotherThreadInOrderOnItsOwn) {
+    PollLoop loop;
+    std::vector<int> order;
+    std::vector<std::thread::id> threads;
+    const simulated::JoiningThread other([&] {
+        for (int number = 0; number < 3; ++number) {
+            loop.post([&, number] {
+                order.push_back(number);
+                threads.push_back(std::this_thread::get_id());
+            });
+        }
+        loop.post([&] { loop.quit(); });
+    });
+    loop.run();
+    EXPECT_EQ(order, (std::vector<int>{0, 1, 2}));
+    EXPECT_EQ(threads, std::vector<std::thread::id>(3, std::this_thread::get_id()));
 }
 
 // Nobody could wake the loop, and whoever asked it for something would wait in vain.
