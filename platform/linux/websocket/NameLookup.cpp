@@ -7,10 +7,10 @@
 #include <cerrno>
 #include <cstring>
 #include <system_error>
-#include <thread>
 #include <utility>
 
 #include "base/Weakly.h"
+#include "platform/linux/loop/Thread.h"
 
 namespace tarvik::linuxdesktop {
 
@@ -63,7 +63,9 @@ void lookUpHost(SerialThread& thread, const std::string& host, std::uint16_t por
         return;
     }
     try {
-        std::thread([deliver, host, port] { deliver(askSystem(host, port)); }).detach();
+        startThread("name-lookup", [deliver, host, port] {
+            deliver(askSystem(host, port));
+        }).detach();
     } catch (const std::system_error& error) {
         deliver(Error{error.code().value(), "No thread for looking up " + host});
     }

@@ -6,6 +6,8 @@
 #include <system_error>
 #include <utility>
 
+#include "platform/linux/loop/Thread.h"
+
 namespace tarvik::linuxdesktop {
 
 bool ThreadRegistry::start(std::function<void()> body) {
@@ -22,13 +24,14 @@ bool ThreadRegistry::start(std::function<void()> body) {
     });
     auto hasEnded = std::make_shared<std::atomic<bool>>(false);
     try {
-        std::thread thread([body = std::move(body), hasEnded]() mutable {
-            body();
-            // The captures of the body are destroyed on its own thread and before the end is
-            // visible.
-            body = nullptr;
-            hasEnded->store(true);
-        });
+        std::thread thread =
+            startThread("web-socket", [body = std::move(body), hasEnded]() mutable {
+                body();
+                // The captures of the body are destroyed on its own thread and before the end is
+                // visible.
+                body = nullptr;
+                hasEnded->store(true);
+            });
         entries_.push_back({std::move(thread), std::move(hasEnded)});
     } catch (const std::system_error& error) {
         if (!std::exchange(isShortageLogged_, true)) {

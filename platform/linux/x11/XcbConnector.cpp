@@ -4,8 +4,9 @@
 
 #include <atomic>
 #include <future>
-#include <thread>
 #include <utility>
+
+#include "platform/linux/loop/Thread.h"
 
 namespace tarvik::linuxdesktop {
 
@@ -26,7 +27,9 @@ XcbConnector::XcbConnector() : answer_(std::make_shared<Answer>()) {}
 // Nothing ends the library's attempt while a server takes the connection and says nothing. Its
 // thread is then left behind.
 XcbConnector::Connected XcbConnector::connect() {
-    std::thread([answer = answer_] { answer->give(XcbConnection::open()); }).detach();
+    startThread("x11-connect", [answer = answer_] {
+        answer->give(XcbConnection::open());
+    }).detach();
     return answer_->promise.get_future().get();
 }
 
