@@ -9,7 +9,8 @@
 
 namespace tarvik::linuxdesktop {
 
-// What replies hold. Each reader is empty when the message is an error or of another type.
+// What replies hold. Each reader is empty when the message is an error or of another type. On the
+// thread of the message's connection.
 
 /// The text, number or truth value that a reply begins with.
 std::optional<std::string> textIn(sd_bus_message* reply);

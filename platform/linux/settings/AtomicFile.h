@@ -12,6 +12,8 @@
 
 namespace tarvik::linuxdesktop {
 
+// Any thread; two threads must not change one file at the same time.
+
 /// What has the new content when a write returns: the kernel, or the disk as well.
 enum class Durability { kernel, disk };
 

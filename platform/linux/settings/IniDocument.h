@@ -13,7 +13,7 @@ namespace tarvik::linuxdesktop {
 
 /// The text of a settings file in the format of QSettings. The entries of the group "General" can
 /// be read and changed. Everything else stays as it is: comments, other groups, values of other
-/// types.
+/// types. One thread at a time.
 class IniDocument {
   public:
     IniDocument() = default;

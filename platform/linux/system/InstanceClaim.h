@@ -41,8 +41,8 @@ struct StartupIds {
 /// Asks the session bus for the name. An owner of the name is asked to come forward; this process
 /// takes the place of an owner that ends instead of replying.
 ///
-/// Blocks, for the bus and then for the owner, up to `timeout` each. Called before there is
-/// anything that could be kept waiting.
+/// Blocks, for the bus and then for the owner, up to `timeout` each. Called on the main thread
+/// before there is anything that could be kept waiting.
 InstanceClaim claimInstance(const StartupIds& ids, Seconds timeout);
 
 }  // namespace tarvik::linuxdesktop

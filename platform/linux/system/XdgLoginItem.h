@@ -9,6 +9,7 @@ namespace tarvik::linuxdesktop {
 
 /// The login item as an autostart entry of the user's desktop. An entry that the user has hidden or
 /// deleted, or whose program is gone, counts as not registered. Every operation waits for the disk.
+/// Main thread only.
 class XdgLoginItem final : public platform::LoginItemService {
   public:
     /// The entry starts `executable` (absolute).

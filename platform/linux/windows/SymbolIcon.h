@@ -8,7 +8,7 @@
 
 namespace tarvik::linuxdesktop {
 
-/// The symbols of the status item.
+/// The symbols of the status item. Main thread only, as the two functions below.
 enum class Symbol { microphone, filledMicrophone };
 
 /// The symbol as an icon that is drawn for each size. Without a `color` the symbol is a light line

@@ -11,7 +11,7 @@
 
 namespace tarvik::linuxdesktop {
 
-/// The symbols on the keys, as one reading of the server's keyboard map.
+/// The symbols on the keys, as one reading of the server's keyboard map. Input thread only.
 class KeyboardMap {
   public:
     /// What one key yields; a key without groups yields nothing.

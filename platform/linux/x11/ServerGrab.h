@@ -7,7 +7,8 @@
 
 namespace tarvik::linuxdesktop {
 
-/// As long as it lives the server listens to this client alone. Not to be nested.
+/// The server listens to this client alone while the object lives. Not to be nested. Input thread
+/// only.
 class ServerGrab {
   public:
     explicit ServerGrab(XcbConnection& connection) : connection_(connection) {
