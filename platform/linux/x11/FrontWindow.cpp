@@ -71,10 +71,15 @@ bool FrontWindow::hasManager() {
     return check && connection_.firstOfProperty(*check, managerCheck_, XCB_ATOM_WINDOW) == check;
 }
 
-xcb_window_t FrontWindow::focus() {
+std::optional<FrontWindow::Focus> FrontWindow::focus() {
     const XcbReply<xcb_get_input_focus_reply_t> reply(xcb_get_input_focus_reply(
         connection_.get(), xcb_get_input_focus(connection_.get()), nullptr));
-    return !reply || reply->focus == XCB_INPUT_FOCUS_POINTER_ROOT ? XCB_NONE : reply->focus;
+    return reply ? std::optional(Focus{reply->focus, reply->revert_to}) : std::nullopt;
+}
+
+xcb_window_t FrontWindow::focusedWindow() {
+    const auto focused = focus();
+    return !focused || focused->window == XCB_INPUT_FOCUS_POINTER_ROOT ? XCB_NONE : focused->window;
 }
 
 xcb_window_t FrontWindow::topLevelOf(xcb_window_t window) {
@@ -94,7 +99,7 @@ xcb_window_t FrontWindow::topLevelOf(xcb_window_t window) {
 
 xcb_window_t FrontWindow::window() {
     if (!hasManager()) {
-        return topLevelOf(focus());
+        return topLevelOf(focusedWindow());
     }
     return connection_.firstOfProperty(connection_.root(), activeWindow_, XCB_ATOM_WINDOW)
         .value_or(XCB_NONE);
@@ -114,7 +119,7 @@ std::optional<platform::ProcessIdentifier> FrontWindow::processOf(xcb_window_t w
 // embedded window may belong to another process, which would then get the keys.
 bool FrontWindow::isInFront(platform::ProcessIdentifier process) {
     const xcb_window_t front = window();
-    const xcb_window_t focused = focus();
+    const xcb_window_t focused = focusedWindow();
     if (front == XCB_NONE || focused == XCB_NONE || processOf(front) != process) {
         return false;
     }
@@ -162,13 +167,13 @@ bool FrontWindow::canBeGivenFocus(xcb_window_t window) {
     return !isAsked && isViewable(window);
 }
 
-void FrontWindow::giveFocus(xcb_window_t window) {
-    xcb_set_input_focus(connection_.get(), XCB_INPUT_FOCUS_PARENT, window, XCB_CURRENT_TIME);
+void FrontWindow::setFocus(const Focus& focus) {
+    xcb_set_input_focus(connection_.get(), focus.revertTo, focus.window, XCB_CURRENT_TIME);
 }
 
 void FrontWindow::activate(xcb_window_t window) {
     if (!hasManager()) {
-        giveFocus(window);
+        setFocus({window});
         return;
     }
     // Pagers act for the user. Window managers refuse requests of others, to keep the focus.

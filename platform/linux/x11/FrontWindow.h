@@ -45,10 +45,16 @@ class FrontWindow {
     /// Whether a window is shown and takes the focus that another client gives it. A window of the
     /// other kind wants to be asked by the window manager.
     bool canBeGivenFocus(xcb_window_t window);
-    /// The window that has the input focus, whichever program's it is.
-    xcb_window_t focus();
-    /// Gives a window the input focus, without the window manager.
-    void giveFocus(xcb_window_t window);
+    /// Where the keys go: a window, or one of the server's own numbers, and where they go when that
+    /// window is gone.
+    struct Focus {
+        xcb_window_t window = XCB_INPUT_FOCUS_NONE;
+        std::uint8_t revertTo = XCB_INPUT_FOCUS_PARENT;
+    };
+    /// Empty when the server is gone.
+    std::optional<Focus> focus();
+    /// Sets the focus without the window manager.
+    void setFocus(const Focus& focus);
     /// Asks for a window to be brought to the front with the keyboard. The window manager may take
     /// a while.
     void activate(xcb_window_t window);
@@ -60,6 +66,7 @@ class FrontWindow {
     };
 
     bool hasManager();
+    xcb_window_t focusedWindow();
     xcb_window_t topLevelOf(xcb_window_t window);
     bool isViewable(xcb_window_t window);
     void remember(xcb_window_t window);

@@ -119,7 +119,7 @@ void KeyBurst::liftModifiers(const KeyboardState& state) {
 // user's own keys goes there.
 void KeyBurst::press(std::span<const xcb_keycode_t> keys, const KeyboardState& state,
                      xcb_window_t behind) {
-    const xcb_window_t focus = behind == XCB_NONE ? xcb_window_t{XCB_NONE} : front_.focus();
+    const auto focus = behind == XCB_NONE ? std::nullopt : front_.focus();
     hotKeys_.handleGrabLost();
     chooseDevice();
     liftModifiers(state);
@@ -133,15 +133,15 @@ void KeyBurst::press(std::span<const xcb_keycode_t> keys, const KeyboardState& s
         lock(0);
     }
     xcb_input_xi_ungrab_device(connection_.get(), XCB_CURRENT_TIME, connection_.keyboard());
-    if (behind != XCB_NONE) {
-        front_.giveFocus(behind);
+    if (focus) {
+        front_.setFocus({behind});
     }
     for (const xcb_keycode_t key : keys) {
         fake(true, key);
         fake(false, key);
     }
-    if (focus != XCB_NONE) {
-        front_.giveFocus(focus);
+    if (focus) {
+        front_.setFocus(*focus);
     }
     if (isLocked) {
         lock(state.lockedModifiers & affected);

@@ -6,7 +6,6 @@
 
 #include <algorithm>
 #include <cerrno>
-#include <set>
 #include <utility>
 
 namespace tarvik::linuxdesktop {
@@ -20,13 +19,14 @@ using namespace std::chrono_literals;
 constexpr auto targetTimeout = 300ms;
 // A program that answers no pings needs this long to read a changed keyboard map.
 constexpr auto mapDelay = 20ms;
-// Longer than the keys of any target are waited for.
-constexpr auto reuseTimeout = 31s;
 // The end of the program waits no longer than a second in all.
 constexpr auto lookUpTimeoutAtEnd = 700ms;
 // Keys may be needed again for the next piece of a dictation.
 constexpr auto restoreDelay = 700ms;
 constexpr int maxFailures = 12;
+// Spare keys that are left over, so that a program that stops with all others unread holds up no
+// other program.
+constexpr std::size_t reservedKeys = 4;
 // The server listens to this client alone during a burst, so bursts are short.
 constexpr std::size_t maxBurstLength = 40;
 
@@ -53,9 +53,12 @@ Typist::Typist(XcbConnection& connection, Keyboard& keyboard, FrontWindow& front
       restoreDeadline_(loop) {}
 
 Typist::~Typist() {
-    for (const Item& item : items_) {
-        const std::size_t typed = &item == &items_.front() ? position_ : 0;
-        reportLoss("the connection to the X server ends", item.text.characters.size() - typed);
+    if (item_) {
+        queue_.putBack(std::move(*item_));
+    }
+    for (const TypingQueue::Item& item : queue_.items()) {
+        reportLoss("the connection to the X server ends",
+                   item.text.characters.size() - item.position);
         for (const auto& onTyped : item.onTyped) {
             onTyped();
         }
@@ -70,19 +73,15 @@ Typist::~Typist() {
 }
 
 void Typist::type(TypedText text, std::function<void()> onTyped) {
-    const std::size_t started = isBusy_ ? 1 : 0;
-    if (items_.size() > started && items_.back().text.process == text.process) {
-        items_.back().text.characters += text.characters;
-        items_.back().onTyped.push_back(std::move(onTyped));
-    } else {
-        items_.push_back({std::move(text), {std::move(onTyped)}});
+    queue_.push(std::move(text), std::move(onTyped));
+    if (isBusy_) {
+        handleChange();
+        return;
     }
-    if (!isBusy_) {
-        isBusy_ = true;
-        restoreDeadline_.clear();
-        listen();
-        beginNext();
-    }
+    isBusy_ = true;
+    restoreDeadline_.clear();
+    listen();
+    beginNext();
 }
 
 void Typist::whenIdle(std::function<void()> action) {
@@ -94,12 +93,18 @@ void Typist::whenIdle(std::function<void()> action) {
 }
 
 void Typist::beginNext() {
-    if (items_.empty()) {
+    const auto isRead = [this](xcb_window_t window) { return this->isRead(window); };
+    item_ = queue_.take(isRead);
+    failures_ = 0;
+    target_ = XCB_NONE;
+    if (item_) {
+        reachTarget();
+    } else if (queue_.isEmpty()) {
         endTyping();
     } else {
-        position_ = 0;
-        failures_ = 0;
-        reachTarget();
+        wait(
+            UnreadKeys::maxTimeout, [this, isRead] { return queue_.hasNext(isRead); },
+            [this](bool) { beginNext(); });
     }
 }
 
@@ -169,49 +174,67 @@ void Typist::bringToFront(xcb_window_t window) {
         });
 }
 
+Typist::Round Typist::nextRound() const {
+    const KeyboardState state = KeyboardState::read(connection_);
+    const std::size_t free = keyboard_.freeKeys();
+    const std::size_t usable =
+        std::max(free - std::min(free, reservedKeys), std::min(free, reservedKeys));
+    const std::u32string& characters = current().characters;
+    Round round{item_->position, {}};
+    for (; round.end < characters.size(); ++round.end) {
+        const char32_t character = characters[round.end];
+        if (!keyboard_.keyFor(character, state.group, state.down) &&
+            !round.lacking.contains(character)) {
+            if (round.lacking.size() == usable) {
+                break;
+            }
+            round.lacking.insert(character);
+        }
+    }
+    return round;
+}
+
 // A round is as many characters as there are keys for. A key that yields another character is
 // reused only after its target has looked it up, because programs look keys up in the map that is
 // valid then.
 void Typist::planRound() {
     target_ = behind_ != XCB_NONE ? behind_ : front_.window();
     keyboard_.refresh();
-    const KeyboardState state = KeyboardState::read(connection_);
-    const std::u32string& characters = current().characters;
-    std::set<char32_t> lacking;
-    const auto fits = [&](std::size_t i) {
-        if (!keyboard_.keyFor(characters[i], state.group, state.down)) {
-            lacking.insert(characters[i]);
-        }
-        return lacking.size() <= keyboard_.freeKeys();
-    };
-    roundEnd_ = position_;
-    while (roundEnd_ < characters.size() && fits(roundEnd_)) {
-        ++roundEnd_;
-    }
-    if (roundEnd_ < characters.size()) {
-        if (!unread_.isEmpty()) {
-            wait(
-                reuseTimeout, [this] { return unread_.isEmpty(); }, [this](bool) { planRound(); });
+    Round round = nextRound();
+    if (round.end < current().characters.size()) {
+        if (!isRead(target_)) {
+            waitFor(target_);
             return;
         }
-        keyboard_.allowReuse({});
-        lacking.clear();
-        roundEnd_ = position_;
-        while (roundEnd_ < characters.size() && fits(roundEnd_)) {
-            ++roundEnd_;
-        }
-        if (roundEnd_ < characters.size()) {
-            lacking.erase(characters[roundEnd_]);
-        }
+        keyboard_.allowReuse(unread_.characters());
+        round = nextRound();
     }
-    if (roundEnd_ == position_) {
-        fail("the keyboard has no spare key");
-    } else if (lacking.empty()) {
+    roundEnd_ = round.end;
+    if (roundEnd_ == item_->position) {
+        if (unread_.isEmpty()) {
+            fail("the keyboard has no spare key");
+        } else {
+            waitFor(unread_.anyWindow());
+        }
+    } else if (round.lacking.empty()) {
         typeRound();
     } else {
-        keyboard_.remapKeys(lacking);
+        keyboard_.remapKeys(round.lacking);
         waitUntilRead();
     }
+}
+
+// Other texts go first meanwhile, unless the target has been brought to the front for its text.
+void Typist::waitFor(xcb_window_t window) {
+    if (broughtToFront_ != XCB_NONE) {
+        wait(
+            UnreadKeys::maxTimeout, [this, window] { return isRead(window); },
+            [this](bool) { planRound(); });
+        return;
+    }
+    item_->waitsFor = window;
+    queue_.putBack(*std::exchange(item_, std::nullopt));
+    beginNext();
 }
 
 // A program may read a changed map late, and would look the keys up in the old map. A program that
@@ -230,14 +253,15 @@ void Typist::waitUntilRead() {
 
 void Typist::typeRound() {
     const TypedText& text = current();
-    while (position_ < roundEnd_) {
-        const std::size_t length = std::min(maxBurstLength, roundEnd_ - position_);
-        switch (burst_.type(std::u32string_view(text.characters).substr(position_, length),
-                            text.process, behind_)) {
+    while (item_->position < roundEnd_) {
+        const auto burst =
+            std::u32string_view(text.characters)
+                .substr(item_->position, std::min(maxBurstLength, roundEnd_ - item_->position));
+        switch (burst_.type(burst, text.process, behind_)) {
             case KeyBurst::Outcome::done:
-                position_ += length;
+                item_->position += burst.size();
                 failures_ = 0;
-                unread_.add(target_, length);
+                unread_.add(target_, burst);
                 listen();
                 break;
             case KeyBurst::Outcome::notInFront:
@@ -256,12 +280,12 @@ void Typist::typeRound() {
 }
 
 void Typist::endRound() {
-    if (position_ < current().characters.size()) {
+    if (item_->position < current().characters.size()) {
         planRound();
     } else if (broughtToFront_ != XCB_NONE) {
         // Until then the user's own keys go to the wrong window.
         wait(
-            targetTimeout, [this] { return !unread_.contains(broughtToFront_); },
+            targetTimeout, [this] { return isRead(broughtToFront_); },
             [this](bool) { giveFocusBack(); });
     } else {
         endText();
@@ -280,15 +304,14 @@ void Typist::giveFocusBack() {
 }
 
 void Typist::endText() {
-    for (auto& onTyped : items_.front().onTyped) {
+    for (auto& onTyped : item_->onTyped) {
         unread_.whenRead(target_, std::move(onTyped));
     }
-    items_.pop_front();
     beginNext();
 }
 
 void Typist::fail(const std::string& reason) {
-    reportLoss(reason, current().characters.size() - position_);
+    reportLoss(reason, current().characters.size() - item_->position);
     if (broughtToFront_ != XCB_NONE) {
         giveFocusBack();
     } else {
@@ -337,7 +360,7 @@ void Typist::endWaiting(bool holds) {
 
 void Typist::probeTarget() {
     if (const xcb_window_t window = front_.window(); window != XCB_NONE) {
-        isProbing_ = ping_.send(window).has_value();
+        unread_.add(window, {});
         listen();
     }
 }
@@ -351,15 +374,12 @@ void Typist::handleMessage(const xcb_client_message_event_t& message) {
         mapPing_.reset();
         handleChange();
     }
-    if (std::exchange(isProbing_, false)) {
-        listen();
-    }
     unread_.handleAnswer(*answer);
 }
 
 // Answers to a ping come as messages on the root window.
 void Typist::listen() {
-    const bool awaitsAnswer = isBusy_ || isProbing_ || !unread_.isEmpty();
+    const bool awaitsAnswer = isBusy_ || !unread_.isEmpty();
     connection_.selectRootEvents(
         XCB_EVENT_MASK_PROPERTY_CHANGE |
         (awaitsAnswer ? std::uint32_t{XCB_EVENT_MASK_SUBSTRUCTURE_NOTIFY} : 0U));

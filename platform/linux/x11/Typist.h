@@ -5,11 +5,10 @@
 
 #include <chrono>
 #include <cstddef>
-#include <deque>
 #include <functional>
 #include <optional>
+#include <set>
 #include <string>
-#include <vector>
 
 #include "platform/Log.h"
 #include "platform/Workspace.h"
@@ -19,6 +18,7 @@
 #include "platform/linux/x11/HotKeys.h"
 #include "platform/linux/x11/KeyBurst.h"
 #include "platform/linux/x11/Keyboard.h"
+#include "platform/linux/x11/TypingQueue.h"
 #include "platform/linux/x11/UnreadKeys.h"
 #include "platform/linux/x11/WindowPing.h"
 #include "platform/linux/x11/XcbConnection.h"
@@ -52,10 +52,10 @@ class Typist {
     void handleMessage(const xcb_client_message_event_t& message);
 
   private:
-    struct Item {
-        TypedText text;
-        // More than one where texts for the same process were joined.
-        std::vector<std::function<void()>> onTyped;
+    struct Round {
+        std::size_t end = 0;
+        // What needs a key.
+        std::set<char32_t> lacking;
     };
     struct Waiting {
         std::function<bool()> condition;
@@ -66,7 +66,11 @@ class Typist {
     void endTyping();
     void reachTarget();
     void bringToFront(xcb_window_t window);
+    const TypedText& current() const { return item_->text; }
+    bool isRead(xcb_window_t window) const { return !unread_.contains(window); }
+    Round nextRound() const;
     void planRound();
+    void waitFor(xcb_window_t window);
     void waitUntilRead();
     void typeRound();
     void endRound();
@@ -92,16 +96,12 @@ class Typist {
     WindowPing ping_;
     UnreadKeys unread_;
 
-    const TypedText& current() const { return items_.front().text; }
-
-    std::deque<Item> items_;
-
+    TypingQueue queue_;
     bool isBusy_ = false;
-    bool isProbing_ = false;
     std::function<void()> whenIdle_;
 
-    // Of the text that is being typed.
-    std::size_t position_ = 0;
+    // The text that is being typed, and what belongs to it.
+    std::optional<TypingQueue::Item> item_;
     std::size_t roundEnd_ = 0;
     int failures_ = 0;
     xcb_window_t target_ = XCB_NONE;

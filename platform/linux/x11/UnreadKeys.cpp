@@ -15,25 +15,32 @@ using namespace std::chrono_literals;
 // A program that answers no pings has looked up its keys after the delay. One that answers may be
 // busy, or be stopped, until the timeout. The short timeout is for a program that may never answer.
 constexpr std::chrono::milliseconds lookUpDelay = 200ms;
-constexpr std::chrono::milliseconds shortLookUpTimeout = 1s;
-constexpr std::chrono::milliseconds lookUpTimeout = 30s;
+constexpr std::chrono::milliseconds shortTimeout = 1s;
 
 }  // namespace
 
 UnreadKeys::UnreadKeys(XcbConnection& connection, PollLoop& loop, WindowPing& ping, Events events)
     : connection_(connection), ping_(ping), events_(std::move(events)), deadline_(loop) {}
 
-void UnreadKeys::add(xcb_window_t window, std::size_t characters) {
+void UnreadKeys::add(xcb_window_t window, std::u32string_view characters) {
     Keys& keys = windows_[window];
     const auto serial = ping_.send(window);
     keys.isPinged = serial.has_value();
     keys.serial = serial.value_or(0);
     keys.characters += characters;
     keys.isKnownToAnswer = keys.isPinged && ping_.hasAnswered(window);
-    keys.deadline = std::chrono::steady_clock::now() + (keys.isKnownToAnswer ? lookUpTimeout
-                                                        : keys.isPinged      ? shortLookUpTimeout
+    keys.deadline = std::chrono::steady_clock::now() + (keys.isKnownToAnswer ? maxTimeout
+                                                        : keys.isPinged      ? shortTimeout
                                                                              : lookUpDelay);
     setDeadline();
+}
+
+std::set<char32_t> UnreadKeys::characters() const {
+    std::set<char32_t> all;
+    for (const auto& [window, keys] : windows_) {
+        all.insert(keys.characters.begin(), keys.characters.end());
+    }
+    return all;
 }
 
 void UnreadKeys::whenRead(xcb_window_t window, std::function<void()> action) {
@@ -82,8 +89,8 @@ void UnreadKeys::expire() {
     for (const xcb_window_t window : expired) {
         const Keys& keys = windows_[window];
         // A window that is gone answers nothing, and nobody can tell what it has read.
-        if (keys.isKnownToAnswer && exists(window)) {
-            events_.onTimeout(keys.characters);
+        if (keys.isKnownToAnswer && !keys.characters.empty() && exists(window)) {
+            events_.onTimeout(keys.characters.size());
         }
         remove(window);
     }

@@ -3,10 +3,14 @@
 
 #include <xcb/xcb.h>
 
+#include <chrono>
 #include <cstddef>
 #include <cstdint>
 #include <functional>
 #include <map>
+#include <set>
+#include <string>
+#include <string_view>
 #include <vector>
 
 #include "platform/linux/loop/PollLoop.h"
@@ -30,13 +34,20 @@ class UnreadKeys {
     /// The references outlive the object.
     UnreadKeys(XcbConnection& connection, PollLoop& loop, WindowPing& ping, Events events);
 
+    /// No key is waited for any longer.
+    static constexpr std::chrono::seconds maxTimeout{30};
+
     bool isEmpty() const { return windows_.empty(); }
+    /// One of the windows. Not to be called when there is none.
+    xcb_window_t anyWindow() const { return windows_.begin()->first; }
     bool contains(xcb_window_t window) const { return windows_.contains(window); }
 
-    /// So many characters have been typed into a window. A program that has answered pings before
-    /// has 30 s to answer. One that only says so has 1 s, and any other has read its keys after
-    /// 0.2 s.
-    void add(xcb_window_t window, std::size_t characters);
+    /// Characters have been typed into a window; or none, to find out whether its program answers
+    /// pings. A program that has answered before has 30 s to answer. One that only says so has 1 s,
+    /// and any other has read its keys after 0.2 s.
+    void add(xcb_window_t window, std::u32string_view characters);
+    /// Every character whose key has to keep its symbol.
+    std::set<char32_t> characters() const;
     /// Calls `action` once the keys of a window are read or not waited for any more; at once where
     /// there are none.
     void whenRead(xcb_window_t window, std::function<void()> action);
@@ -51,7 +62,7 @@ class UnreadKeys {
         bool isKnownToAnswer = false;
         // Of the last ping.
         std::uint32_t serial = 0;
-        std::size_t characters = 0;
+        std::u32string characters;
         SteadyTime deadline;
         std::vector<std::function<void()>> onRead;
     };

@@ -141,44 +141,6 @@ TEST_P(X11Typing, LeavesTheUserTheirOwnKeysWhileItReachesAWindowBehind) {
     EXPECT_TRUE(becomes(front, typed));
 }
 
-// More characters than there are spare keys, so that keys have to be used again. Qt 6 and terminals
-// answer no pings, so nobody can know when they have read their keys.
-TEST_P(X11Typing, ArrivesWholeInAProgramThatStopsForSeconds) {
-    if (GetParam() == X11Target::Kind::terminal || GetParam() == X11Target::Kind::qt6Entry) {
-        GTEST_SKIP() << "answers no pings";
-    }
-    const X11Target target(GetParam(), mainQueue);
-    ASSERT_TRUE(comesToFront(target));
-    HotKeyRecorder recorder(input->eventManager());
-    ASSERT_EQ(recorder.add(hold, 1), platform::noErr);
-    pressHold();
-    releaseHold();
-    EXPECT_TRUE(becomes(recorder, "P1R1"));
-    // What came to the target before its own key has been answered.
-    user->tap(X11User::qKey);
-    EXPECT_TRUE(becomes(target, "q"));
-    target.hang();
-    type("Müller's café: Привет, мир! ", target.process());
-    mainQueue.runFor(2000ms);
-    type("Zażółć gęślą jaźń 日本語 😀. ", target.process());
-    mainQueue.runFor(1500ms);
-    target.goOn();
-    EXPECT_TRUE(becomes(target, "qMüller's café: Привет, мир! Zażółć gęślą jaźń 日本語 😀. "));
-}
-
-TEST_P(X11Typing, ReachesAnotherProgramWhileOneIsStopped) {
-    const X11Target stopped(GetParam(), mainQueue);
-    ASSERT_TRUE(comesToFront(stopped));
-    stopped.hang();
-    type("Ω for later", stopped.process());
-    const X11Target front(X11Target::Kind::gtk3Entry, mainQueue);
-    ASSERT_TRUE(comesToFront(front));
-    type("ß at once", front.process());
-    EXPECT_TRUE(becomes(front, "ß at once"));
-    stopped.goOn();
-    EXPECT_TRUE(becomes(stopped, "Ω for later"));
-}
-
 // A menu bar that takes the keyboard would take the letters for its menu "File" and for "Quit".
 TEST_P(X11Typing, IsStillInTheFieldAfterAHoldWithoutText) {
     const X11Target target(GetParam(), mainQueue);
@@ -201,21 +163,71 @@ TEST_P(X11Typing, IsStillInTheFieldAfterAHoldWithoutText) {
     EXPECT_TRUE(target.isRunning());
 }
 
+std::string nameOf(const testing::TestParamInfo<X11Target::Kind>& kind) {
+    switch (kind.param) {
+        case X11Target::Kind::gtk4Text:
+            return "Gtk4";
+        case X11Target::Kind::qt6Entry:
+            return "Qt6";
+        case X11Target::Kind::terminal:
+            return "Terminal";
+        default:
+            return "Gtk3";
+    }
+}
+
 INSTANTIATE_TEST_SUITE_P(, X11Typing,
                          testing::Values(X11Target::Kind::gtk3Entry, X11Target::Kind::gtk4Text,
                                          X11Target::Kind::qt6Entry, X11Target::Kind::terminal),
-                         [](const auto& kind) {
-                             switch (kind.param) {
-                                 case X11Target::Kind::gtk4Text:
-                                     return "Gtk4";
-                                 case X11Target::Kind::qt6Entry:
-                                     return "Qt6";
-                                 case X11Target::Kind::terminal:
-                                     return "Terminal";
-                                 default:
-                                     return "Gtk3";
-                             }
-                         });
+                         nameOf);
+
+/// Into a program that is stopped, and of which it is known by then that it answers pings.
+class X11TypingIntoStoppedProgram : public X11Typing {
+  protected:
+    X11TypingIntoStoppedProgram() {
+        EXPECT_TRUE(comesToFront(stopped));
+        HotKeyRecorder recorder(input->eventManager());
+        EXPECT_EQ(recorder.add(hold, 1), platform::noErr);
+        pressHold();
+        releaseHold();
+        EXPECT_TRUE(becomes(recorder, "P1R1"));
+        // What came to the program before its own key has been answered.
+        user->tap(X11User::qKey);
+        EXPECT_TRUE(becomes(stopped, "q"));
+        stopped.hang();
+    }
+
+    // More characters than there are spare keys, so that keys have to be used again.
+    static constexpr auto longText = "Müller: Привет, мир! Zażółć gęślą jaźń 日本語 😀. ";
+
+    const X11Target stopped{GetParam(), mainQueue};
+};
+
+TEST_P(X11TypingIntoStoppedProgram, ArrivesWholeWhenTheProgramGoesOn) {
+    type("Müller's café: Привет, мир! ", stopped.process());
+    mainQueue.runFor(2000ms);
+    type("Zażółć gęślą jaźń 日本語 😀. ", stopped.process());
+    mainQueue.runFor(1500ms);
+    stopped.goOn();
+    EXPECT_TRUE(becomes(stopped, "qMüller's café: Привет, мир! Zażółć gęślą jaźń 日本語 😀. "));
+}
+
+TEST_P(X11TypingIntoStoppedProgram, HoldsUpNoOtherProgram) {
+    type(longText, stopped.process());
+    const X11Target front(X11Target::Kind::gtk3Entry, mainQueue);
+    ASSERT_TRUE(comesToFront(front));
+    type(longText, front.process());
+    EXPECT_TRUE(becomes(front, longText));
+    type("more", stopped.process());
+    type("and more", front.process());
+    EXPECT_TRUE(becomes(front, std::string(longText) + "and more"));
+    stopped.goOn();
+    EXPECT_TRUE(becomes(stopped, std::string("q") + longText + "more"));
+}
+
+INSTANTIATE_TEST_SUITE_P(, X11TypingIntoStoppedProgram,
+                         testing::Values(X11Target::Kind::gtk3Entry, X11Target::Kind::gtk4Text),
+                         nameOf);
 
 }  // namespace
 

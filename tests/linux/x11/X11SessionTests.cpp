@@ -3,6 +3,7 @@
 #include <dlfcn.h>
 #include <gtest/gtest.h>
 #include <poll.h>
+#include <unistd.h>
 
 #include <atomic>
 #include <chrono>
@@ -127,6 +128,81 @@ TEST_F(X11SessionTest, TellsAtItsEndThatTypingIsOver) {
     }
     EXPECT_TRUE(isOver);
     EXPECT_TRUE(isTyped);
+}
+
+// Of this process, and announcing that it answers pings.
+class X11SessionWithWindow : public X11SessionTest {
+  protected:
+    X11SessionWithWindow() {
+        xcb_create_window(other->get(), XCB_COPY_FROM_PARENT, window, other->root(), 0, 0, 100, 100,
+                          0, XCB_WINDOW_CLASS_INPUT_OUTPUT, XCB_COPY_FROM_PARENT, 0, nullptr);
+        const xcb_atom_t ping = other->atom("_NET_WM_PING");
+        xcb_change_property(other->get(), XCB_PROP_MODE_REPLACE, window,
+                            other->atom("WM_PROTOCOLS"), XCB_ATOM_ATOM, 32, 1, &ping);
+        xcb_map_window(other->get(), window);
+        other->synchronise();
+    }
+
+    void focus(xcb_window_t target) {
+        xcb_set_input_focus(other->get(), XCB_INPUT_FOCUS_NONE, target, XCB_CURRENT_TIME);
+        other->synchronise();
+    }
+    linuxdesktop::XcbReply<xcb_get_input_focus_reply_t> focused() {
+        return linuxdesktop::XcbReply<xcb_get_input_focus_reply_t>(
+            xcb_get_input_focus_reply(other->get(), xcb_get_input_focus(other->get()), nullptr));
+    }
+    bool hearsOfOtherWindows() {
+        const linuxdesktop::XcbReply<xcb_get_window_attributes_reply_t> root(
+            xcb_get_window_attributes_reply(
+                connection->get(), xcb_get_window_attributes(connection->get(), connection->root()),
+                nullptr));
+        return (root->your_event_mask & XCB_EVENT_MASK_SUBSTRUCTURE_NOTIFY) != 0;
+    }
+
+    std::unique_ptr<linuxdesktop::XcbConnection> other =
+        linuxdesktop::XcbConnection::open().value();
+    const xcb_window_t window = xcb_generate_id(other->get());
+};
+
+TEST_F(X11SessionWithWindow, GivesTheFocusBackToWhereverItWas) {
+    for (const xcb_window_t earlier : {xcb_window_t{XCB_INPUT_FOCUS_POINTER_ROOT},
+                                       xcb_window_t{XCB_INPUT_FOCUS_NONE}, connection->root()}) {
+        focus(earlier);
+        bool isTyped = false;
+        session.typist().type({getpid(), U"x"}, [&] { isTyped = true; });
+        while (!isTyped) {
+            linuxdesktop::Deadline turn(loop);
+            turn.set(std::chrono::milliseconds(20), [this] { loop.quit(); });
+            loop.run([this] { session.drain(); });
+        }
+        EXPECT_FALSE(log.hasLineWith("not delivered"));
+        EXPECT_EQ(focused()->focus, earlier);
+        EXPECT_EQ(focused()->revert_to, XCB_INPUT_FOCUS_NONE);
+    }
+}
+
+// Each window that anybody opens or moves would wake the application for ever.
+TEST_F(X11SessionWithWindow, StopsListeningForAnAnswerThatDoesNotCome) {
+    using namespace std::chrono_literals;
+    focus(window);
+    ASSERT_EQ(session.hotKeys().add(1, platform::spaceKeyCode, platform::optionKeyMask),
+              platform::noErr);
+    hear();
+    user.press(X11User::altKey);
+    user.press(X11User::spaceKey);
+    EXPECT_TRUE(user.isDown(X11User::spaceKey));
+    hear();
+    EXPECT_EQ(events, "P");
+    EXPECT_TRUE(hearsOfOtherWindows());
+    linuxdesktop::Deadline end(loop);
+    end.set(5s, [this] { loop.quit(); });
+    loop.run([this] {
+        session.drain();
+        if (!hearsOfOtherWindows()) {
+            loop.quit();
+        }
+    });
+    EXPECT_FALSE(hearsOfOtherWindows());
 }
 
 TEST_F(X11SessionTest, DoesNotBlameAnotherProgramForTheEndOfTheServer) {

@@ -1,0 +1,48 @@
+// SPDX-License-Identifier: MIT
+
+#include "platform/linux/x11/TypingQueue.h"
+
+#include <set>
+#include <utility>
+
+namespace tarvik::linuxdesktop {
+
+void TypingQueue::push(TypedText text, std::function<void()> onTyped) {
+    if (!items_.empty() && items_.back().text.process == text.process) {
+        items_.back().text.characters += text.characters;
+        items_.back().onTyped.push_back(std::move(onTyped));
+    } else {
+        items_.push_back({std::move(text), {std::move(onTyped)}});
+    }
+}
+
+std::optional<TypingQueue::Item> TypingQueue::take(const IsRead& isRead) {
+    const auto found = findNext(isRead);
+    if (found == items_.end()) {
+        return std::nullopt;
+    }
+    Item item = *found;
+    items_.erase(found);
+    item.waitsFor = XCB_NONE;
+    return item;
+}
+
+// A text for whatever has the keyboard may be for any process, so it overtakes nothing, and nothing
+// overtakes it.
+std::deque<TypingQueue::Item>::const_iterator TypingQueue::findNext(const IsRead& isRead) const {
+    std::set<platform::ProcessIdentifier> waiting;
+    for (auto item = items_.begin(); item != items_.end(); ++item) {
+        const bool isReady = item->waitsFor == XCB_NONE || isRead(item->waitsFor);
+        const auto process = item->text.process;
+        if (!process) {
+            return isReady && waiting.empty() ? item : items_.end();
+        }
+        if (isReady && !waiting.contains(*process)) {
+            return item;
+        }
+        waiting.insert(*process);
+    }
+    return items_.end();
+}
+
+}  // namespace tarvik::linuxdesktop

@@ -1,0 +1,50 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <xcb/xcb.h>
+
+#include <cstddef>
+#include <deque>
+#include <functional>
+#include <optional>
+#include <vector>
+
+#include "platform/linux/input/TypingMeans.h"
+
+namespace tarvik::linuxdesktop {
+
+/// The texts that wait to be typed. Texts for one process keep their order. A text that waits for
+/// its target holds up no other process. Input thread only.
+class TypingQueue {
+  public:
+    struct Item {
+        TypedText text;
+        /// More than one where texts for the same process were joined.
+        std::vector<std::function<void()>> onTyped;
+        /// How many characters have been typed.
+        std::size_t position = 0;
+        /// The window whose keys have to be read before typing goes on.
+        xcb_window_t waitsFor = XCB_NONE;
+    };
+    /// Whether the keys in a window have been read.
+    using IsRead = std::function<bool(xcb_window_t window)>;
+
+    bool isEmpty() const { return items_.empty(); }
+    const std::deque<Item>& items() const { return items_; }
+
+    /// Adds a text behind all others.
+    void push(TypedText text, std::function<void()> onTyped);
+    /// Puts an item in front of all others.
+    void putBack(Item item) { items_.push_front(std::move(item)); }
+    /// Whether take() has an item.
+    bool hasNext(const IsRead& isRead) const { return findNext(isRead) != items_.end(); }
+    /// Takes the first item that need not wait; empty when there is none.
+    std::optional<Item> take(const IsRead& isRead);
+
+  private:
+    std::deque<Item>::const_iterator findNext(const IsRead& isRead) const;
+
+    std::deque<Item> items_;
+};
+
+}  // namespace tarvik::linuxdesktop
