@@ -37,7 +37,7 @@ class Executable : public testing::Test {
 
     /// Runs the service to its end; the result has its standard error.
     static TestProcess::Result runForErrors(const std::vector<std::string>& command) {
-        return TestProcess::run(command, {.isErrorOutputRead = true});
+        return TestProcess::run(command, {.errorOutput = TestProcess::ErrorOutput::read});
     }
 
     tests::TemporaryFolder folder_;

@@ -61,10 +61,9 @@ TestProcess::TestProcess(const std::vector<std::string>& command, const Options&
     posix_spawn_file_actions_init(&actions);
     posix_spawn_file_actions_adddup2(&actions, input[0], STDIN_FILENO);
     posix_spawn_file_actions_adddup2(&actions, output[1], STDOUT_FILENO);
-    if (options.isErrorOutputDropped) {
+    if (options.errorOutput == ErrorOutput::dropped) {
         posix_spawn_file_actions_addopen(&actions, STDERR_FILENO, "/dev/null", O_WRONLY, 0);
-    }
-    if (options.isErrorOutputRead) {
+    } else if (options.errorOutput == ErrorOutput::read) {
         posix_spawn_file_actions_adddup2(&actions, output[1], STDERR_FILENO);
         posix_spawn_file_actions_addopen(&actions, STDOUT_FILENO, "/dev/null", O_WRONLY, 0);
     }
@@ -130,10 +129,15 @@ bool TestProcess::readOutput(std::string& output) {
 }
 
 void TestProcess::send(int signal) const {
+    ASSERT_NE(identifier_, 0);
     EXPECT_EQ(::kill(identifier_, signal), 0);
 }
 
 int TestProcess::waitForEnd() {
+    // Number 0 would stand for any child of the test.
+    if (identifier_ == 0) {
+        return -1;
+    }
     int status = 0;
     const bool hasEnded = waitpid(std::exchange(identifier_, 0), &status, 0) > 0;
     return hasEnded && WIFEXITED(status) ? WEXITSTATUS(status) : -1;

@@ -15,14 +15,17 @@ namespace tarvik::tests {
 /// One thread at a time. An operation that the system refuses fails the test.
 class TestProcess {
   public:
+    enum class ErrorOutput {
+        /// The program writes to the test's standard error.
+        inherited,
+        dropped,
+        /// The output that is read here is the standard error; the standard output is dropped.
+        read
+    };
     struct Options {
         /// Variables as "NAME=value", which add to or replace those of the test.
         std::vector<std::string> environment = {};
-        /// Whether standard error is discarded. Otherwise the program writes to the test's.
-        bool isErrorOutputDropped = false;
-        /// Whether the output that is read here is its standard error; its standard output goes
-        /// nowhere then.
-        bool isErrorOutputRead = false;
+        ErrorOutput errorOutput = ErrorOutput::inherited;
     };
 
     /// Starts a program. The first word of `command` is the program's name, searched in PATH.
@@ -48,7 +51,7 @@ class TestProcess {
     /// Sends a signal to the program.
     void send(int signal) const;
     /// Waits until the program ends by itself. Returns its exit status, or −1 when a signal has
-    /// ended the program.
+    /// ended the program, or when an earlier call or kill() has already met its end.
     int waitForEnd();
     /// Kills the program, which has no chance to clean up, and waits for its end. Allowed any
     /// number of times.

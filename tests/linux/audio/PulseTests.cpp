@@ -50,7 +50,7 @@ class AudioPulse : public testing::Test {
 /// Listens to the silent sink's monitor until something loud is heard there.
 bool monitorIsLoud(PulseWorld& world) {
     TestProcess monitor({"parec", "--raw", "--device=auto_null.monitor"},
-                        {.isErrorOutputDropped = true});
+                        {.errorOutput = TestProcess::ErrorOutput::dropped});
     std::string heard;
     const bool isLoud = world.runUntil(
         [&] {

@@ -17,7 +17,7 @@ namespace tarvik::tests {
 
 namespace {
 
-const TestProcess::Options withoutErrorOutput{.isErrorOutputDropped = true};
+const TestProcess::Options withoutErrorOutput{.errorOutput = TestProcess::ErrorOutput::dropped};
 
 }  // namespace
 
