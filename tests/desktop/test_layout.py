@@ -26,7 +26,7 @@ CALL_LABELS = [(22, "Bold"), (13, "Normal")]
 # The visible titles. A button's name for screen readers may differ.
 SETUP_BUTTONS = [
     ("Save", 13, "Normal"), ("Grant", 13, "Normal"), ("Grant", 13, "Normal"),
-    ("Launch at login (recommended — keeps the menu-bar icon always available)", 13, "Normal"),
+    ("Launch at login (recommended — keeps the tray icon always available)", 13, "Normal"),
     (RESTART, 13, "Normal")]
 PROMPT_BUTTONS = [("Save", None, "Normal"), ("Cancel", None, "Normal")]
 CALL_BUTTONS = [("Visit tarvik.example", 13, "DemiBold"), ("Maybe later", 13, "Normal"),

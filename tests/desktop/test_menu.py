@@ -20,8 +20,8 @@ CONTROL_Q = (("Control", "Q"),)
 # Title, whether the entry is enabled, shortcut. None is a separator.
 EXPECTED = [
     (f"Tarvik Dictate  v{VERSION}", False, ()),
-    ("Hold ⌥ Space — quick dictation", False, ()),
-    ("Tap ⌥ ⇧ Space — long-form (tap again to stop)", False, ()),
+    ("Hold Alt+Space — quick dictation", False, ()),
+    ("Tap Alt+Shift+Space — long-form (tap again to stop)", False, ()),
     None,
     ("Setup…", True, CONTROL_COMMA),
     ("Restart Tarvik Dictate", True, CONTROL_SHIFT_R),

@@ -12,7 +12,8 @@ from dictation_test import DictationTest
 from windows import visible_windows, wait_for_window
 
 QUESTION = "Deepgram API Key"
-EXPLANATION = "Paste your Deepgram API key. It will be stored in the macOS Keychain."
+EXPLANATION = ("Paste your Deepgram API key. It will be stored in your settings file, which only "
+               "you can read.")
 KEY = "deepgramApiKey"
 # In seconds. The X server repeats a key that is held for more than 0.66 s.
 REPEATING_HOLD = 1.5

@@ -24,31 +24,30 @@ SCREEN = (1280, 800)
 MIN_SIZE = (830, 555)
 # In seconds. The window reads the state once a second and then needs time to draw.
 UPDATE_TIMEOUT = 1.5
-CHECKBOX = "Launch at login (recommended — keeps the menu-bar icon always available)"
+CHECKBOX = "Launch at login (recommended — keeps the tray icon always available)"
 LABELS = [
     "Tarvik Dictate",
     "Version " + VERSION,
     "Hold-to-talk dictation that pastes into any app. Three quick steps:",
-    "1.  Click Grant next to Microphone → click Allow on the system prompt.\n"
-    "2.  Click Grant next to Accessibility → click Open System Settings → toggle TarvikDictate ON "
-    "→ return here and click Restart.\n"
+    "1.  Microphone not granted? Click Grant and choose one in the sound settings.\n"
+    "2.  Accessibility not granted? Click Grant.\n"
     "3.  Get a free Deepgram API key at console.deepgram.com/signup, paste it below, click Save.\n"
     "\n"
-    "Two ways to dictate from any text field on your Mac:\n"
-    "  •  HOLD  ⌥ Space (Option+Space)         for quick dictation — release to paste.\n"
-    "  •  TAP   ⌥ ⇧ Space (Option+Shift+Space) for long-form — tap again to stop and paste.\n"
+    "Two ways to dictate from any text field:\n"
+    "  •  HOLD  Alt+Space              for quick dictation — release to paste.\n"
+    "  •  TAP   Alt+Shift+Space   for long-form — tap again to stop and paste.\n"
     "\n"
     "Toggle-mode auto-stops after 30 seconds of silence OR 10 minutes total — whichever comes "
     "first. Prevents forgotten sessions from quietly billing Deepgram (~$0.26/hr while open) and "
-    "dribbling stray transcripts into whatever app you wandered into. The mic icon going back to "
-    "grey is your cue.",
+    "dribbling stray transcripts into whatever app you wandered into. The tray icon no longer red "
+    "is your cue.",
     "Deepgram API key",
     SAVED,
     "Microphone",
     GRANTED,
     "Accessibility",
     GRANTED,
-    "After granting Accessibility, restart the app — macOS only re-reads it at launch.",
+    "Changes take effect at once; no restart is needed.",
 ]
 
 

@@ -12,6 +12,7 @@
 
 #include "platform/linux/windows/Assets.h"
 #include "platform/linux/windows/LegibleLineEdit.h"
+#include "platform/linux/windows/LinuxTexts.h"
 #include "platform/linux/windows/Scaling.h"
 #include "platform/linux/windows/UserAction.h"
 #include "platform/linux/windows/WindowManagerRequests.h"
@@ -24,7 +25,7 @@ constexpr int iconSide = 48;
 constexpr const char* cancelTitle = "Cancel";
 
 QLabel* label(const std::string& text, QWidget* parent) {
-    auto* made = new QLabel(QString::fromStdString(text), parent);
+    auto* made = new QLabel(shownText(text), parent);
     made->setTextFormat(Qt::PlainText);
     made->setWordWrap(true);
     return made;

@@ -29,7 +29,7 @@ QtButton::QtButton(const platform::ButtonDescription& description)
       isLarge_(description.controlSize == platform::ControlSize::large),
       titleColor_(description.contentTintColor) {
     setFont(qtFont(description.font.value_or(platform::Font{})));
-    setText(withoutMnemonics(title_));
+    setText(withoutMnemonics(QString::fromStdString(title_)));
     setAccessibleName(QString::fromStdString(description.accessibilityLabel));
     setAutoDefault(true);
     setFlat(!description.isBordered);
@@ -47,7 +47,7 @@ void QtButton::setAttributedTitle(const platform::AttributedTitle& title) {
     title_ = title.text;
     titleColor_ = title.foregroundColor;
     setFont(qtFont(title.font));
-    setText(withoutMnemonics(title_));
+    setText(withoutMnemonics(QString::fromStdString(title_)));
 }
 
 void QtButton::setBezelColor(platform::Color color) {

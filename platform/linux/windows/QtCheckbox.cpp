@@ -6,6 +6,7 @@
 #include <QStyle>
 #include <QStyleOptionButton>
 
+#include "platform/linux/windows/LinuxTexts.h"
 #include "platform/linux/windows/Mnemonics.h"
 #include "platform/linux/windows/QtAppearance.h"
 
@@ -20,7 +21,7 @@ constexpr float edgeAlpha = 0.5F;
 
 QtCheckbox::QtCheckbox(const platform::CheckboxDescription& description) {
     setFont(qtFont({}));
-    setText(withoutMnemonics(description.title));
+    setText(withoutMnemonics(shownText(description.title)));
     setChecked(description.isOn);
     if (description.action) {
         // Unlike toggled, clicked is emitted for the user's actions only.

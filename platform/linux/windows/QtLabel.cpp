@@ -6,6 +6,7 @@
 #include <QPainter>
 #include <algorithm>
 
+#include "platform/linux/windows/LinuxTexts.h"
 #include "platform/linux/windows/QtAppearance.h"
 #include "platform/linux/windows/Scaling.h"
 #include "platform/linux/windows/WidgetLayout.h"
@@ -29,7 +30,7 @@ QtLabel::QtLabel(const platform::LabelDescription& description)
 }
 
 void QtLabel::setText(const std::string& text) {
-    QLabel::setText(QString::fromStdString(text));
+    QLabel::setText(shownText(text));
 }
 
 void QtLabel::setTextColor(platform::Color color) {

@@ -9,6 +9,7 @@
 #include <cstddef>
 #include <utility>
 
+#include "platform/linux/windows/LinuxTexts.h"
 #include "platform/linux/windows/Mnemonics.h"
 #include "platform/linux/windows/QtAppearance.h"
 #include "platform/linux/windows/UserAction.h"
@@ -63,7 +64,7 @@ void QtMenu::setItems(std::vector<platform::MenuItem> items) {
         const platform::MenuItem& item = items_[index];
         if (!item.isSeparator) {
             QAction& action = *actions[static_cast<qsizetype>(index)];
-            action.setText(withoutMnemonics(item.title));
+            action.setText(withoutMnemonics(shownText(item.title)));
             action.setEnabled(item.isEnabled);
             action.setShortcut(shortcut(item));
         }
