@@ -23,9 +23,9 @@ constexpr LinuxText replacedLines[] = {
     {"Two ways to dictate from any text field on your Mac:",
      "Two ways to dictate from any text field:"},
     {"  •  HOLD  ⌥ Space (Option+Space)         for quick dictation — release to paste.",
-     "  •  HOLD  Alt+Space              for quick dictation — release to paste."},
+     "  •  HOLD  Alt+Space  for quick dictation — release to paste."},
     {"  •  TAP   ⌥ ⇧ Space (Option+Shift+Space) for long-form — tap again to stop and paste.",
-     "  •  TAP   Alt+Shift+Space   for long-form — tap again to stop and paste."},
+     "  •  TAP   Alt+Shift+Space  for long-form — tap again to stop and paste."},
     {"Toggle-mode auto-stops after 30 seconds of silence OR 10 minutes total — whichever comes "
      "first. Prevents forgotten sessions from quietly billing Deepgram (~$0.26/hr while open) and "
      "dribbling stray transcripts into whatever app you wandered into. The mic icon going back to "
