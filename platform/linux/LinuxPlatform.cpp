@@ -7,6 +7,7 @@
 #include <string>
 #include <utility>
 
+#include "platform/linux/system/CoreDumps.h"
 #include "platform/linux/system/StandardDescriptors.h"
 
 namespace tarvik::linuxdesktop {
@@ -75,6 +76,7 @@ std::string variable(const char* name) {
 std::unique_ptr<Platform> makePlatform(int& argumentCount, char** arguments) {
     using linuxdesktop::InstanceClaim;
     linuxdesktop::openStandardDescriptors();
+    linuxdesktop::preventCoreDumps();
     // Qt takes these out of the environment when it starts.
     InstanceClaim claim = linuxdesktop::claimInstance(
         {variable("DESKTOP_STARTUP_ID"), variable("XDG_ACTIVATION_TOKEN")}, instanceTimeout);
