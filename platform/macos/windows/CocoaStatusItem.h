@@ -8,6 +8,9 @@
 namespace tarvik::macdesktop {
 
 /// The status item as an NSStatusItem of the system's bar. Main thread only.
+///
+/// The system documents the tint of a button for template images alone. The image of a tinted
+/// button therefore also has the colour of the tint in itself.
 class CocoaStatusItem final : public platform::StatusItem, public platform::StatusButton {
   public:
     CocoaStatusItem();
@@ -23,7 +26,12 @@ class CocoaStatusItem final : public platform::StatusItem, public platform::Stat
     void setTitle(const std::string& title) override;
 
   private:
+    void showImage();
+
     NSStatusItem* item_;
+    NSImage* image_ = nil;
+    /// Nil without a tint.
+    NSColor* tint_ = nil;
     /// Held because the NSMenu holds neither its delegate nor its items' targets.
     std::shared_ptr<platform::Menu> menu_;
 };

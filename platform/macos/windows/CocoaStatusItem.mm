@@ -11,6 +11,20 @@
 
 namespace tarvik::macdesktop {
 
+namespace {
+
+NSImage* colouredImage(NSImage* symbol, NSColor* colour) {
+    NSImage* image =
+        [symbol imageWithSymbolConfiguration:[NSImageSymbolConfiguration
+                                                 configurationWithPaletteColors:@[ colour ]]];
+    [image setTemplate:NO];
+    [image setAccessibilityDescription:symbol.accessibilityDescription];
+    // The tint alone is left for an image that is no symbol.
+    return image != nil ? image : symbol;
+}
+
+}  // namespace
+
 CocoaStatusItem::CocoaStatusItem()
     : item_([NSStatusBar.systemStatusBar statusItemWithLength:NSVariableStatusItemLength]) {}
 
@@ -28,15 +42,22 @@ void CocoaStatusItem::setMenu(std::shared_ptr<platform::Menu> menu) {
 }
 
 void CocoaStatusItem::setImage(std::shared_ptr<platform::Image> image) {
-    [item_.button setImage:nsImageOf(image)];
+    image_ = nsImageOf(image);
+    showImage();
 }
 
 void CocoaStatusItem::setContentTintColor(std::optional<platform::SystemColor> color) {
-    [item_.button setContentTintColor:color ? nsColor(*color) : nil];
+    tint_ = color ? nsColor(*color) : nil;
+    [item_.button setContentTintColor:tint_];
+    showImage();
 }
 
 void CocoaStatusItem::setTitle(const std::string& title) {
     [item_.button setTitle:nsString(title)];
+}
+
+void CocoaStatusItem::showImage() {
+    [item_.button setImage:tint_ != nil ? colouredImage(image_, tint_) : image_];
 }
 
 }  // namespace tarvik::macdesktop
