@@ -93,6 +93,24 @@ TEST_F(ConfigurationChangesTest, AReportOfAReplacedEngineDoesNotCount) {
     EXPECT_EQ(calls_, 0);
 }
 
+TEST_F(ConfigurationChangesTest, AnEngineHasChangedFromItsReportOn) {
+    EXPECT_FALSE(changes_->hasChanged(&engine_));
+    add(engine_);
+    EXPECT_FALSE(changes_->hasChanged(&engine_));
+    engine_.isRunning = true;
+    changes_->report(&engine_);
+    EXPECT_TRUE(changes_->hasChanged(&engine_));
+    queue_.run();
+    EXPECT_TRUE(changes_->hasChanged(&engine_));
+    Engine next;
+    add(next);
+    EXPECT_FALSE(changes_->hasChanged(&next));
+    changes_->remove(&engine_);
+    EXPECT_FALSE(changes_->hasChanged(&engine_));
+    add(engine_);
+    EXPECT_FALSE(changes_->hasChanged(&engine_));
+}
+
 TEST_F(ConfigurationChangesTest, AReportOfAStoppedEngineCountsAmongRunningEngines) {
     Engine running{true};
     add(running);

@@ -13,6 +13,9 @@ namespace tarvik::macdesktop {
 /// removed is lost, because the engine keeps that audio. Calls may wait for the system's audio
 /// server. Main thread only.
 ///
+/// An AVAudioEngine keeps its microphone for life. A new one takes its place when the format is
+/// read without a tap after a configuration change, a failed start, or a format of 0 Hz.
+///
 /// From start() to stop() an activity keeps the system from slowing the process down. Without the
 /// activity, the system slows down a process that has no window and plays nothing.
 class AvAudioEngine final : public platform::AudioEngine, public platform::AudioInputNode {
@@ -35,11 +38,18 @@ class AvAudioEngine final : public platform::AudioEngine, public platform::Audio
     void removeTapOnBus(std::uint32_t bus) override;
 
   private:
+    void makeEngine();
+    /// Stops the AVAudioEngine and releases it two seconds later. The system may still be inside
+    /// the listener that has reported a change, and crashes there when the AVAudioEngine is gone.
+    void retireEngine();
+    std::optional<Error> startEngine();
     void beginActivity();
     void endActivity();
 
     std::shared_ptr<ConfigurationChanges> changes_;
-    AVAudioEngine* engine_;
+    AVAudioEngine* engine_ = nil;
+    /// Whether the AVAudioEngine had no input or did not start when it was last used.
+    bool hasFailed_ = false;
     /// The last answer of inputFormatForBus(), for the tap.
     AVAudioFormat* inputFormat_ = nil;
     /// The node that has the tap; nil without a tap.

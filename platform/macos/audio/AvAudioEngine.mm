@@ -3,6 +3,7 @@
 #import "platform/macos/audio/AvAudioEngine.h"
 
 #import <Foundation/Foundation.h>
+#import <dispatch/dispatch.h>
 
 #include <utility>
 
@@ -12,6 +13,8 @@
 namespace tarvik::macdesktop {
 
 namespace {
+
+constexpr Seconds retirement(2);
 
 platform::AudioFormat shape(AVAudioFormat* format) {
     return {format.sampleRate, format.channelCount};
@@ -40,16 +43,30 @@ std::optional<Error> guarded(Messages messages) {
 }  // namespace
 
 AvAudioEngine::AvAudioEngine(std::shared_ptr<ConfigurationChanges> changes)
-    : changes_(std::move(changes)), engine_([[AVAudioEngine alloc] init]) {
-    changes_->add((__bridge const void*)engine_, [this] { return engine_.running; });
+    : changes_(std::move(changes)) {
+    makeEngine();
 }
 
 AvAudioEngine::~AvAudioEngine() {
-    changes_->remove((__bridge const void*)engine_);
     if (gate_) {
         gate_->close();
     }
+    retireEngine();
+}
+
+void AvAudioEngine::makeEngine() {
+    engine_ = [[AVAudioEngine alloc] init];
+    changes_->add((__bridge const void*)engine_, [this] { return engine_.running; });
+}
+
+void AvAudioEngine::retireEngine() {
+    changes_->remove((__bridge const void*)engine_);
     stop();
+    AVAudioEngine* retired = std::exchange(engine_, nil);
+    dispatch_after(dispatch_time(DISPATCH_TIME_NOW, nanoseconds(retirement)),
+                   dispatch_get_main_queue(), ^{
+                     static_cast<void>(retired);
+                   });
 }
 
 void AvAudioEngine::prepare() {
@@ -59,9 +76,15 @@ void AvAudioEngine::prepare() {
 }
 
 std::optional<Error> AvAudioEngine::start() {
-    if (pendingError_) {
-        return pendingError_;
+    const std::optional<Error> error = pendingError_ ? pendingError_ : startEngine();
+    hasFailed_ = error.has_value();
+    if (!error) {
+        beginActivity();
     }
+    return error;
+}
+
+std::optional<Error> AvAudioEngine::startEngine() {
     std::optional<Error> reported;
     const std::optional<Error> thrown = guarded([&] {
         NSError* error = nil;
@@ -69,9 +92,6 @@ std::optional<Error> AvAudioEngine::start() {
             reported = errorFrom(error);
         }
     });
-    if (!reported && !thrown) {
-        beginActivity();
-    }
     return thrown ? thrown : reported;
 }
 
@@ -82,10 +102,17 @@ void AvAudioEngine::stop() {
 }
 
 platform::AudioFormat AvAudioEngine::inputFormatForBus(std::uint32_t bus) {
+    const bool isStale = hasFailed_ || changes_->hasChanged((__bridge const void*)engine_);
+    if (!gate_ && isStale) {
+        retireEngine();
+        makeEngine();
+    }
     inputFormat_ = nil;
     // An exception means that there is no microphone, as a format of 0 Hz does.
     static_cast<void>(guarded([&] { inputFormat_ = [engine_.inputNode inputFormatForBus:bus]; }));
-    return shape(inputFormat_);
+    const platform::AudioFormat format = shape(inputFormat_);
+    hasFailed_ = !(format.sampleRate > 0);
+    return format;
 }
 
 void AvAudioEngine::installTapOnBus(std::uint32_t bus, std::uint32_t bufferSize,

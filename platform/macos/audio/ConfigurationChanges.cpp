@@ -2,7 +2,6 @@
 
 #include "platform/macos/audio/ConfigurationChanges.h"
 
-#include <algorithm>
 #include <utility>
 
 #include "base/Weakly.h"
@@ -10,11 +9,20 @@
 namespace tarvik::macdesktop {
 
 void ConfigurationChanges::add(Engine engine, std::function<bool()> isRunning) {
-    engines_.insert_or_assign(engine, std::move(isRunning));
+    engines_.insert_or_assign(engine, Registration{std::move(isRunning)});
 }
 
 void ConfigurationChanges::remove(Engine engine) {
     engines_.erase(engine);
+}
+
+bool ConfigurationChanges::hasChanged(Engine engine) {
+    const auto found = engines_.find(engine);
+    if (found == engines_.end()) {
+        return false;
+    }
+    const std::lock_guard lock(mutex_);
+    return found->second.hasChanged || reported_.count(engine) > 0;
 }
 
 void ConfigurationChanges::report(Engine engine) {
@@ -38,10 +46,13 @@ void ConfigurationChanges::evaluateReports() {
         const std::lock_guard lock(mutex_);
         reported.swap(reported_);
     }
-    const bool hasStopped = std::any_of(reported.begin(), reported.end(), [this](Engine engine) {
-        const auto found = engines_.find(engine);
-        return found != engines_.end() && !found->second();
-    });
+    bool hasStopped = false;
+    for (const Engine engine : reported) {
+        if (const auto found = engines_.find(engine); found != engines_.end()) {
+            found->second.hasChanged = true;
+            hasStopped = hasStopped || !found->second.isRunning();
+        }
+    }
     if (hasStopped) {
         observers_.call();
     }

@@ -32,6 +32,9 @@ class ConfigurationChanges : public std::enable_shared_from_this<ConfigurationCh
     /// Forgets `engine`: pending and later reports about the engine do not count, and its
     /// `isRunning` is not called again. Main thread.
     void remove(Engine engine);
+    /// Whether `engine` is registered and was reported since, with or without an effect. Main
+    /// thread.
+    bool hasChanged(Engine engine);
 
     /// Reports that the configuration of `engine` has changed. Any thread; never waits for the main
     /// thread.
@@ -43,10 +46,15 @@ class ConfigurationChanges : public std::enable_shared_from_this<ConfigurationCh
         std::function<void()> handler);
 
   private:
+    struct Registration {
+        std::function<bool()> isRunning;
+        bool hasChanged = false;
+    };
+
     void evaluateReports();
 
     platform::MainQueue& mainQueue_;
-    std::map<Engine, std::function<bool()>> engines_;
+    std::map<Engine, Registration> engines_;
     Observers<platform::AudioObservation> observers_;
     std::mutex mutex_;
     /// The reported engines that the main thread has not evaluated yet. Guarded by the mutex.
