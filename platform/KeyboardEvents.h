@@ -31,8 +31,14 @@ inline constexpr int hidEventTap = 0;
 ///
 /// A key-down event types the Unicode text attached to the event, not the character of its key. The
 /// key-up event after it types nothing. The typed text does not depend on the keyboard layout, on
-/// Caps Lock or on modifiers that the user holds, and never acts as a shortcut. The two halves of a
-/// surrogate pair may be in successive events; they arrive as one character.
+/// Caps Lock or on modifiers that the user holds, and never acts as a shortcut.
+///
+/// The two halves of a surrogate pair may be in successive events. Linux joins them to one
+/// character. macOS posts every event as it is, and the program that reads the events decides.
+///
+/// Control characters: accessibility inserts exactly what was said. Typing on Linux makes a line
+/// break or a tab one blank and drops the others, because Return sends and Tab leaves. macOS posts
+/// them as they are.
 class KeyboardEvents {
   public:
     virtual ~KeyboardEvents() = default;
@@ -48,8 +54,9 @@ class KeyboardEvents {
     virtual void setUnicodeString(KeyboardEvent& event, std::u16string_view units) = 0;
 
     /// Delivers the event to the given process, even when another process has the keyboard focus.
-    /// An event that cannot be delivered is dropped and reported in the log; it never reaches
-    /// another process.
+    /// An event that cannot be delivered is dropped; it never reaches another process. Linux
+    /// reports the loss in the log. macOS reports no loss, and a process behind others may lose
+    /// events.
     virtual void postToPid(ProcessIdentifier processIdentifier,
                            const std::shared_ptr<KeyboardEvent>& event) = 0;
     /// Delivers the event to the process that has the keyboard focus.

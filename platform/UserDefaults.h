@@ -20,9 +20,11 @@ class UserDefaults {
     /// The text under `key`. A number or a truth value is returned in the platform's text form.
     /// Nothing when the entry is absent or of another type.
     virtual std::optional<std::string> stringForKey(std::string_view key) const = 0;
-    /// The number under `key`; 0 when the entry is absent or not a 64-bit integer.
+    /// The number under `key`; 0 when the entry is absent or not a 64-bit integer. On macOS a text
+    /// of digits reads as its number, a fraction as its whole part, and true as 1.
     virtual std::int64_t integerForKey(std::string_view key) const = 0;
-    /// The truth value under `key`; false when the entry is absent or not a truth value.
+    /// The truth value under `key`; false when the entry is absent or not a truth value. On macOS
+    /// every number but 0 and the texts "YES" and "1" read as true, too.
     virtual bool boolForKey(std::string_view key) const = 0;
 
     /// Whether there is an entry under `key`, of any type.
