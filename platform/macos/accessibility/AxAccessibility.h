@@ -10,9 +10,11 @@
 
 namespace tarvik::macdesktop {
 
-/// Accessibility by AXUIElement. A call to another program waits for that program, 0.5 s at most. A
-/// write succeeds when the other program says so. A program that does not answer in time may still
-/// carry out the write later. Main thread only.
+/// Accessibility by AXUIElement. A call to another program waits for that program, 0.5 s at most.
+///
+/// A write asks first whether the attribute can be set, and succeeds when the other program says
+/// so. A program that answers the question and then not the write may still carry out the write
+/// later. Main thread only.
 class AxAccessibility final : public platform::Accessibility {
   public:
     platform::AXUIElementRef createSystemWide() override;

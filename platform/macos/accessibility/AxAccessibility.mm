@@ -15,11 +15,16 @@ namespace {
 
 // In seconds. Set on the system-wide element, the timeout holds for every element.
 constexpr float messagingTimeout = 0.5F;
+// The parts of a write, in seconds.
+constexpr float questionTimeout = 0.1F;
+constexpr float writeTimeout = 0.4F;
 
 struct AxElement final : platform::AXUIElement {
     explicit AxElement(CFHandle<AXUIElementRef> owned) : reference(std::move(owned)) {}
 
     CFHandle<AXUIElementRef> reference;
+    /// Whether a write has failed. Later pieces are typed as well, so that none overtakes another.
+    bool isRefused = false;
 };
 
 AXUIElementRef axElement(const platform::AXUIElementRef& element) {
@@ -30,6 +35,17 @@ AXUIElementRef axElement(const platform::AXUIElementRef& element) {
 platform::ProcessIdentifier processOf(AXUIElementRef element) {
     pid_t process = 0;
     return AXUIElementGetPid(element, &process) == kAXErrorSuccess ? process : 0;
+}
+
+// Terminals and web views are reported to answer success to a write that they ignore, and to say
+// when asked that the attribute cannot be set. The question also comes first because a program that
+// hangs may carry out a write later, but not a question.
+AXError settableStatus(AXUIElementRef element, NSString* attribute) {
+    AXUIElementSetMessagingTimeout(element, questionTimeout);
+    Boolean isSettable = 0;
+    const AXError status =
+        AXUIElementIsAttributeSettable(element, (__bridge CFStringRef)attribute, &isSettable);
+    return status == kAXErrorSuccess && isSettable == 0 ? kAXErrorAttributeUnsupported : status;
 }
 
 }  // namespace
@@ -58,17 +74,23 @@ platform::AXError AxAccessibility::copyAttributeValue(const platform::AXUIElemen
 platform::AXError AxAccessibility::setAttributeValue(const platform::AXUIElementRef& element,
                                                      std::string_view attribute,
                                                      const std::string& text) {
-    const platform::ProcessIdentifier process = processOf(axElement(element));
-    if (isUnresponsive(process)) {
+    AXUIElementRef target = axElement(element);
+    const platform::ProcessIdentifier process = processOf(target);
+    bool& isRefused = static_cast<AxElement&>(*element).isRefused;
+    if (isRefused || isUnresponsive(process)) {
         return platform::axErrorCannotComplete;
     }
-    const AXError status =
-        AXUIElementSetAttributeValue(axElement(element), (__bridge CFStringRef)nsString(attribute),
-                                     (__bridge CFStringRef)nsString(text));
-    if (status == kAXErrorCannotComplete) {
-        unresponsive_[process] =
-            [NSRunningApplication runningApplicationWithProcessIdentifier:process];
+    AXError status = settableStatus(target, nsString(attribute));
+    if (status == kAXErrorSuccess) {
+        AXUIElementSetMessagingTimeout(target, writeTimeout);
+        status = AXUIElementSetAttributeValue(target, (__bridge CFStringRef)nsString(attribute),
+                                              (__bridge CFStringRef)nsString(text));
+        if (status == kAXErrorCannotComplete) {
+            unresponsive_[process] =
+                [NSRunningApplication runningApplicationWithProcessIdentifier:process];
+        }
     }
+    isRefused = status != kAXErrorSuccess;
     return status;
 }
 
