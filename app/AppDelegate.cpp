@@ -81,6 +81,9 @@ void AppDelegate::applicationShouldPerform(platform::ApplicationAction action) {
         case platform::ApplicationAction::setup:
             openSetupWindow();
             break;
+        case platform::ApplicationAction::keyPrompt:
+            promptForApiKey();
+            break;
     }
 }
 

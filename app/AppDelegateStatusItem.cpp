@@ -52,18 +52,19 @@ void AppDelegate::rebuildMenu() {
         item.isEnabled = false;
         return item;
     };
-    const auto command = [](std::string title, std::string keyEquivalent,
+    const auto command = [](std::string title, std::string keyEquivalent, std::string actionName,
                             std::function<void()> action) {
         platform::MenuItem item;
         item.title = std::move(title);
         item.keyEquivalent = std::move(keyEquivalent);
+        item.actionName = std::move(actionName);
         item.action = std::move(action);
         return item;
     };
     platform::MenuItem separator;
     separator.isSeparator = true;
-    platform::MenuItem restart =
-        command("Restart Tarvik Dictate", "r", weakly(*this, &AppDelegate::restartApp));
+    platform::MenuItem restart = command("Restart Tarvik Dictate", "r", "restartApp",
+                                         weakly(*this, &AppDelegate::restartApp));
     restart.modifierMask = platform::commandKeyFlag | platform::shiftKeyFlag;
 
     menu_->setItems({
@@ -71,10 +72,11 @@ void AppDelegate::rebuildMenu() {
         line("Hold ⌥ Space — quick dictation"),
         line("Tap ⌥ ⇧ Space — long-form (tap again to stop)"),
         separator,
-        command("Setup…", ",", weakly(*this, &AppDelegate::openSetupWindow)),
+        command("Setup…", ",", "openSetupWindow", weakly(*this, &AppDelegate::openSetupWindow)),
         restart,
         separator,
-        command("Quit", "q", [&application = platform_.application()] { application.terminate(); }),
+        command("Quit", "q", platform::terminateActionName,
+                [&application = platform_.application()] { application.terminate(); }),
     });
 }
 

@@ -21,7 +21,9 @@ enum class ApplicationAction {
     /// Starts or ends a recording, like the hotkey of long-form dictation.
     toggle,
     /// Brings up the setup window.
-    setup
+    setup,
+    /// Asks the user for the API key.
+    keyPrompt
 };
 
 /// Receives the events of the application. Every call comes on the main thread.

@@ -16,6 +16,10 @@ namespace tarvik::platform {
 inline constexpr std::uint32_t shiftKeyFlag = 0x20000;
 inline constexpr std::uint32_t commandKeyFlag = 0x100000;
 
+/// The name of the action that ends the application. A desktop with an action of its own for this
+/// may carry out that one instead.
+inline constexpr const char* terminateActionName = "terminate:";
+
 /// One entry of a menu.
 struct MenuItem {
     /// Empty for a separator.
@@ -25,6 +29,9 @@ struct MenuItem {
     /// The character of the shortcut, or empty. An upper-case letter implies Shift.
     std::string keyEquivalent;
     std::uint32_t modifierMask = commandKeyFlag;
+    /// The name by which tests and the desktop know the action. On macOS the name is the selector
+    /// that the control sends, and a colon at the end stands for the control as an argument.
+    std::string actionName;
     /// Called on the main thread when the user chooses the entry. May be empty.
     std::function<void()> action;
 };

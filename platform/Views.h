@@ -108,6 +108,8 @@ struct ButtonDescription {
     ViewLayout layout = {};
     /// The name of the button for screen readers. When empty, the title is the name.
     std::string accessibilityLabel = {};
+    /// The name of the action, as in MenuItem.
+    std::string actionName = {};
     std::function<void()> action = {};
 };
 
@@ -131,6 +133,8 @@ class Checkbox;
 struct CheckboxDescription {
     std::string title = {};
     bool isOn = false;
+    /// The name of the action, as in MenuItem.
+    std::string actionName = {};
     /// Called after the user has changed the state.
     std::function<void(Checkbox&)> action = {};
 };

@@ -16,7 +16,8 @@ constexpr double spacing = 12;
 }  // namespace
 
 ConfigRow::ConfigRow(platform::UserInterface& userInterface, const std::string& label,
-                     const std::string& buttonTitle, std::function<void()> action)
+                     const std::string& buttonTitle, const std::string& actionName,
+                     std::function<void()> action)
     : nameLabel_(userInterface.makeLabel(
           {.text = label,
            .font = {13, platform::FontWeight::medium},
@@ -26,6 +27,7 @@ ConfigRow::ConfigRow(platform::UserInterface& userInterface, const std::string& 
       actionButton_(userInterface.makeButton({.title = buttonTitle,
                                               .layout = {.minimumWidth = minButtonWidth},
                                               .accessibilityLabel = buttonTitle + " " + label,
+                                              .actionName = actionName,
                                               .action = std::move(action)})),
       view_(userInterface.makeStack({.orientation = platform::Orientation::horizontal,
                                      .alignment = platform::StackAlignment::centerY,

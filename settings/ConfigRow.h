@@ -19,10 +19,12 @@ class ConfigRow {
     /// The priority of views that grow, shrink or are cut off before other views.
     static constexpr platform::LayoutPriority yielding = 250;
 
-    /// The status is "—" until the first apply(). The button calls `action`. Its name for screen
-    /// readers consists of both texts, because the buttons of all rows have the same title.
+    /// The status is "—" until the first apply(). The button calls `action`, whose name is
+    /// `actionName`. The button's name for screen readers consists of both texts, because the
+    /// buttons of all rows have the same title.
     ConfigRow(platform::UserInterface& userInterface, const std::string& label,
-              const std::string& buttonTitle, std::function<void()> action);
+              const std::string& buttonTitle, const std::string& actionName,
+              std::function<void()> action);
 
     /// Shows `grantedLabel` when `status` is granted, and `deniedLabel` for every other status.
     void apply(PermissionStatus status, const std::string& grantedLabel,

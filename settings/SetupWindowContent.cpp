@@ -54,13 +54,14 @@ std::shared_ptr<platform::View> SetupWindowController::buildContent() {
                                          .wrapping = LabelWrapping::always,
                                          .preferredMaxLayoutWidth = width});
     };
-    micRow_ =
-        std::make_unique<ConfigRow>(userInterface_, "Microphone", "Grant", [this] { grantMic(); });
+    micRow_ = std::make_unique<ConfigRow>(userInterface_, "Microphone", "Grant", "grantMic",
+                                          [this] { grantMic(); });
     accessRow_ = std::make_unique<ConfigRow>(userInterface_, "Accessibility", "Grant",
-                                             [this] { grantAccess(); });
+                                             "grantAccess", [this] { grantAccess(); });
     loginItemCheckbox_ = userInterface_.makeCheckbox(
         {.title = "Launch at login (recommended — keeps the menu-bar icon always available)",
          .isOn = isLoginItemEnabled(),
+         .actionName = "toggleLoginItem:",
          .action = [this](platform::Checkbox& checkbox) { toggleLoginItem(checkbox); }});
 
     return userInterface_.makeStack(
@@ -84,8 +85,9 @@ std::shared_ptr<platform::View> SetupWindowController::buildContent() {
              wrapping("After granting Accessibility, restart the app — macOS only re-reads it at "
                       "launch.",
                       11, SystemColor::secondaryLabel, restartNoteWidth),
-             userInterface_.makeButton(
-                 {.title = "Restart Tarvik Dictate", .action = [this] { restartApp(); }}),
+             userInterface_.makeButton({.title = "Restart Tarvik Dictate",
+                                        .actionName = "restartApp",
+                                        .action = [this] { restartApp(); }}),
          }});
 }
 
@@ -139,6 +141,7 @@ std::shared_ptr<platform::View> SetupWindowController::buildKeyRow() {
                    keyField_,
                    userInterface_.makeButton({.title = "Save",
                                               .layout = {.minimumWidth = minSaveButtonWidth},
+                                              .actionName = "saveApiKey",
                                               .action = [this] { saveApiKey(); }})}});
 }
 

@@ -97,6 +97,7 @@ void CTAWindowController::buildContent() {
                                                  .isBordered = false,
                                                  .contentTintColor = mutedGrey,
                                                  .font = platform::Font{11},
+                                                 .actionName = "neverShowTapped",
                                                  .action = [this] { neverShowTapped(); }})}}),
         nearBlack);
 }
@@ -107,10 +108,11 @@ std::shared_ptr<platform::View> CTAWindowController::buildButtonRow() {
         userInterface.makeButton({.title = std::string("Visit ") + websiteDomain,
                                   .controlSize = platform::ControlSize::large,
                                   .layout = {.height = visitButtonHeight},
+                                  .actionName = "visitTapped",
                                   .action = [this] { visitTapped(); }});
     styleButton(*visit, true);
-    const std::shared_ptr<platform::Button> later =
-        userInterface.makeButton({.title = "Maybe later", .action = [this] { laterTapped(); }});
+    const std::shared_ptr<platform::Button> later = userInterface.makeButton(
+        {.title = "Maybe later", .actionName = "laterTapped", .action = [this] { laterTapped(); }});
     styleButton(*later, false);
     return userInterface.makeStack(
         {.orientation = platform::Orientation::horizontal, .spacing = 12, .views = {visit, later}});

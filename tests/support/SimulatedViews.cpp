@@ -74,7 +74,7 @@ std::string SimulatedTextField::description() const {
 }
 
 std::string SimulatedButton::description() const {
-    return "button " + quoted(look.title) +
+    return "button " + quoted(look.title) + ", action " + quoted(look.actionName) +
            (look.accessibilityLabel.empty() ? "" : ", called " + quoted(look.accessibilityLabel)) +
            ", bezel " + std::to_string(static_cast<int>(look.bezelStyle)) + ", control size " +
            std::to_string(static_cast<int>(look.controlSize)) +
@@ -88,7 +88,8 @@ std::string SimulatedButton::description() const {
 }
 
 std::string SimulatedCheckbox::description() const {
-    return "checkbox " + quoted(look.title) + (look.isOn ? ", on" : ", off");
+    return "checkbox " + quoted(look.title) + ", action " + quoted(look.actionName) +
+           (look.isOn ? ", on" : ", off");
 }
 
 std::string SimulatedImageView::description() const {

@@ -10,6 +10,7 @@ using tarvik::platform::LaunchNotification;
 
 @interface TarvikApplicationDelegate : NSObject <NSApplicationDelegate>
 - (void)replace:(std::shared_ptr<ApplicationDelegate>)delegate;
+- (void)promptForApiKey;
 @end
 
 @implementation TarvikApplicationDelegate {
@@ -36,6 +37,13 @@ using tarvik::platform::LaunchNotification;
                     hasVisibleWindows:(BOOL)hasVisibleWindows {
     const std::shared_ptr<ApplicationDelegate> delegate = _delegate;
     return !delegate || delegate->applicationShouldHandleReopen(hasVisibleWindows);
+}
+
+// The system looks for the receiver of an action without a target in the delegate, too.
+- (void)promptForApiKey {
+    if (const std::shared_ptr<ApplicationDelegate> delegate = _delegate) {
+        delegate->applicationShouldPerform(tarvik::platform::ApplicationAction::keyPrompt);
+    }
 }
 
 // Without this answer the system logs a complaint at each start.

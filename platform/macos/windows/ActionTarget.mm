@@ -4,9 +4,22 @@
 
 #include <utility>
 
+#import "platform/macos/Strings.h"
+
 @interface TarvikActionTarget : NSObject
 - (instancetype)initWithAction:(std::function<void()>)action;
+// For actions without a name.
 - (void)performAction:(id)sender;
+// The names of the actions in the core.
+- (void)openSetupWindow;
+- (void)restartApp;
+- (void)saveApiKey;
+- (void)grantMic;
+- (void)grantAccess;
+- (void)toggleLoginItem:(id)sender;
+- (void)visitTapped;
+- (void)laterTapped;
+- (void)neverShowTapped;
 @end
 
 @implementation TarvikActionTarget {
@@ -27,6 +40,42 @@
     }
 }
 
+- (void)openSetupWindow {
+    [self performAction:nil];
+}
+
+- (void)restartApp {
+    [self performAction:nil];
+}
+
+- (void)saveApiKey {
+    [self performAction:nil];
+}
+
+- (void)grantMic {
+    [self performAction:nil];
+}
+
+- (void)grantAccess {
+    [self performAction:nil];
+}
+
+- (void)toggleLoginItem:(id)sender {
+    [self performAction:sender];
+}
+
+- (void)visitTapped {
+    [self performAction:nil];
+}
+
+- (void)laterTapped {
+    [self performAction:nil];
+}
+
+- (void)neverShowTapped {
+    [self performAction:nil];
+}
+
 @end
 
 namespace tarvik::macdesktop {
@@ -35,8 +84,10 @@ NSObject* makeActionTarget(std::function<void()> action) {
     return [[TarvikActionTarget alloc] initWithAction:std::move(action)];
 }
 
-SEL actionSelector() {
-    return @selector(performAction:);
+SEL actionSelector(const std::string& actionName) {
+    SEL selector = NSSelectorFromString(nsString(actionName));
+    return [TarvikActionTarget instancesRespondToSelector:selector] ? selector
+                                                                    : @selector(performAction:);
 }
 
 }  // namespace tarvik::macdesktop

@@ -20,7 +20,7 @@ CocoaButton::CocoaButton(NSButton* button, const platform::ButtonDescription& de
         [button setAccessibilityLabel:nsString(description.accessibilityLabel)];
     }
     [button setTarget:target_];
-    [button setAction:actionSelector()];
+    [button setAction:actionSelector(description.actionName)];
     [button setBezelStyle:static_cast<NSBezelStyle>(description.bezelStyle)];
     [button setControlSize:static_cast<NSControlSize>(description.controlSize)];
     [button setBordered:description.isBordered];

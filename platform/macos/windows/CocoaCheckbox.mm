@@ -17,7 +17,7 @@ CocoaCheckbox::CocoaCheckbox(NSButton* button, const platform::CheckboxDescripti
     if (description.action) {
         target_ = makeActionTarget([this, action = description.action] { action(*this); });
         [button setTarget:target_];
-        [button setAction:actionSelector()];
+        [button setAction:actionSelector(description.actionName)];
     }
 }
 

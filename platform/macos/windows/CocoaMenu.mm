@@ -30,6 +30,19 @@
 
 namespace tarvik::macdesktop {
 
+namespace {
+
+bool endsApplication(const platform::MenuItem& item) {
+    return item.actionName == platform::terminateActionName;
+}
+
+// An item without a target sends its action to the application.
+SEL selectorFor(const platform::MenuItem& item) {
+    return endsApplication(item) ? @selector(terminate:) : actionSelector(item.actionName);
+}
+
+}  // namespace
+
 CocoaMenu::CocoaMenu()
     : menu_([[NSMenu alloc] init]),
       delegate_([[TarvikMenuDelegate alloc] init]),
@@ -49,11 +62,11 @@ void CocoaMenu::setItems(std::vector<platform::MenuItem> items) {
         }
         NSMenuItem* added =
             [[NSMenuItem alloc] initWithTitle:nsString(item.title)
-                                       action:item.action ? actionSelector() : nullptr
+                                       action:item.action ? selectorFor(item) : nullptr
                                 keyEquivalent:nsString(item.keyEquivalent)];
         [added setKeyEquivalentModifierMask:static_cast<NSEventModifierFlags>(item.modifierMask)];
         [added setEnabled:item.isEnabled];
-        if (item.action) {
+        if (item.action && !endsApplication(item)) {
             NSObject* target = makeActionTarget(std::move(item.action));
             [targets_ addObject:target];
             [added setTarget:target];

@@ -250,7 +250,7 @@ TEST(Reopening, ShowsTheSetupWindowWhateverWindowsAreVisible) {
     }
 }
 
-TEST(Shortcuts, ToggleARecordingAndOpenTheSetupWindow) {
+TEST(Shortcuts, ToggleARecordingAndOpenTheSetupWindowAndTheKeyPrompt) {
     ApplicationUnderTest app(settled());
     app.launch({false});
     app.platform.application().setDelegate(app.delegate);
@@ -262,6 +262,9 @@ TEST(Shortcuts, ToggleARecordingAndOpenTheSetupWindow) {
     app.platform.application().perform(platform::ApplicationAction::setup);
     EXPECT_EQ(app.setupWindows().size(), 1U);
     EXPECT_FALSE(app.isRecording());
+    EXPECT_TRUE(app.platform.userInterface().alerts.empty());
+    app.platform.application().perform(platform::ApplicationAction::keyPrompt);
+    EXPECT_EQ(app.platform.userInterface().alerts.size(), 1U);
 }
 
 TEST(Restart, EndsAtOnceAndStartsTheNextInstanceHalfASecondLater) {

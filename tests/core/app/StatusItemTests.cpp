@@ -31,8 +31,11 @@ TEST_F(StatusItem, MenuHasItsEightEntriesInOrder) {
                                              "Restart Tarvik Dictate",
                                              "",
                                              "Quit"};
+    const std::vector<std::string> actionNames = {
+        "", "", "", "", "openSetupWindow", "restartApp", "", "terminate:"};
     for (std::size_t i = 0; i < items.size(); ++i) {
         EXPECT_EQ(items[i].title, titles[i]);
+        EXPECT_EQ(items[i].actionName, actionNames[i]);
         EXPECT_EQ(items[i].isSeparator, i == 3 || i == 6) << i;
         if (!items[i].isSeparator) {
             EXPECT_EQ(items[i].isEnabled, i >= 4) << i;

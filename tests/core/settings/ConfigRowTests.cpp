@@ -20,13 +20,15 @@ class Row : public testing::Test {
                "  label " +
                status +
                ", hugging 250\n"
-               "  button \"Grant\", called \"Grant Microphone\", bezel 1, control size 0, at least "
+               "  button \"Grant\", action \"grantMic\", called \"Grant Microphone\", bezel 1, "
+               "control size 0, at least "
                "110\n";
     }
 
     simulated::SimulatedPlatform platform;
     int presses = 0;
-    ConfigRow row{platform.userInterface(), "Microphone", "Grant", [this] { ++presses; }};
+    ConfigRow row{platform.userInterface(), "Microphone", "Grant", "grantMic",
+                  [this] { ++presses; }};
 };
 
 TEST_F(Row, InitiallyShowsADashInTheDefaultColour) {

@@ -70,24 +70,27 @@ constexpr auto expectedContent =
     "    label \"Deepgram API key\", 13 medium, label, width 160\n"
     "    secure field \"\", placeholder \"Paste your Deepgram API key\", called \"Deepgram API "
     "key\", at least 380, hugging 250, compression 250\n"
-    "    button \"Save\", bezel 1, control size 0, at least 80\n"
+    "    button \"Save\", action \"saveApiKey\", bezel 1, control size 0, at least 80\n"
     "  stack horizontal, alignment 10, spacing 12\n"
     "    spacer, width 160\n"
     "    label \"\", 12 regular, label\n"
     "  stack horizontal, alignment 10, spacing 12\n"
     "    label \"Microphone\", 13 medium, label, width 160, hugging 250\n"
     "    label \"—\", 12 regular, label, hugging 250\n"
-    "    button \"Grant\", called \"Grant Microphone\", bezel 1, control size 0, at least 110\n"
+    "    button \"Grant\", action \"grantMic\", called \"Grant Microphone\", bezel 1, control size "
+    "0, at least 110\n"
     "  stack horizontal, alignment 10, spacing 12\n"
     "    label \"Accessibility\", 13 medium, label, width 160, hugging 250\n"
     "    label \"—\", 12 regular, label, hugging 250\n"
-    "    button \"Grant\", called \"Grant Accessibility\", bezel 1, control size 0, at least 110\n"
+    "    button \"Grant\", action \"grantAccess\", called \"Grant Accessibility\", bezel 1, "
+    "control size 0, at least 110\n"
     "  separator\n"
-    "  checkbox \"Launch at login (recommended — keeps the menu-bar icon always available)\", off\n"
+    "  checkbox \"Launch at login (recommended — keeps the menu-bar icon always available)\", "
+    "action \"toggleLoginItem:\", off\n"
     "  separator\n"
     "  label \"After granting Accessibility, restart the app — macOS only re-reads it at "
     "launch.\", 11 regular, secondaryLabel, wraps, at most 460\n"
-    "  button \"Restart Tarvik Dictate\", bezel 1, control size 0\n";
+    "  button \"Restart Tarvik Dictate\", action \"restartApp\", bezel 1, control size 0\n";
 
 TEST_F(SetupWindow, IsBuiltHiddenAndCentredWithAllContentOnFirstUse) {
     EXPECT_TRUE(platform.userInterface().windows.empty());

@@ -31,11 +31,13 @@ class CallToAction : public testing::Test {
                body +
                "\", 13 regular, rgb(0.83, 0.83, 0.85, 1), centred, wraps, at most 420\n"
                "  stack horizontal, alignment 10, spacing 12\n"
-               "    button \"Visit tarvik.example\", bezel 1, control size 3, height 36, title "
+               "    button \"Visit tarvik.example\", action \"visitTapped\", bezel 1, control size "
+               "3, height 36, title "
                "rgb(0, 0, 0, 1) 13 semibold, bezel colour rgb(0.133, 0.827, 0.933, 1)\n"
-               "    button \"Maybe later\", bezel 1, control size 0, title "
+               "    button \"Maybe later\", action \"laterTapped\", bezel 1, control size 0, title "
                "rgb(0.83, 0.83, 0.85, 1) 13 regular\n"
-               "  button \"Don't show again\", bezel 13, control size 0, borderless, tint "
+               "  button \"Don't show again\", action \"neverShowTapped\", bezel 13, control size "
+               "0, borderless, tint "
                "rgb(0.44, 0.44, 0.48, 1), 11 regular\n";
     }
     static std::string tenMinuteTree() {
