@@ -8,6 +8,10 @@ namespace tarvik::macdesktop {
 
 namespace {
 
+// Above the 250 of a view that fills its row. AppKit gives a button 250 as well, and then a button
+// may grow instead.
+constexpr NSLayoutPriority naturalHugging = 251;
+
 void applyLayout(NSView* view, const platform::ViewLayout& layout) {
     NSMutableArray<NSLayoutConstraint*>* constraints = [NSMutableArray array];
     if (layout.width) {
@@ -21,10 +25,8 @@ void applyLayout(NSView* view, const platform::ViewLayout& layout) {
         [constraints addObject:[view.heightAnchor constraintEqualToConstant:*layout.height]];
     }
     [NSLayoutConstraint activateConstraints:constraints];
-    if (layout.horizontalContentHugging) {
-        [view setContentHuggingPriority:*layout.horizontalContentHugging
-                         forOrientation:NSLayoutConstraintOrientationHorizontal];
-    }
+    [view setContentHuggingPriority:layout.horizontalContentHugging.value_or(naturalHugging)
+                     forOrientation:NSLayoutConstraintOrientationHorizontal];
     if (layout.horizontalCompressionResistance) {
         [view setContentCompressionResistancePriority:*layout.horizontalCompressionResistance
                                        forOrientation:NSLayoutConstraintOrientationHorizontal];
