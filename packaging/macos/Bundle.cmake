@@ -42,10 +42,12 @@ foreach(resource IN ITEMS AppIcon.icns TarvikWordmark.png TarvikWordmark@2x.png)
     list(APPEND TARVIK_RESOURCES ${TARVIK_CONTENTS}/Resources/${resource})
 endforeach()
 
+# The signature refuses a bundle with extended attributes, as Finder and synchronised folders leave them.
 # An ad-hoc signature gives the bundle an identity, to which the system ties the user's permissions.
 add_custom_command(OUTPUT ${TARVIK_CONTENTS}/_CodeSignature/CodeResources
     COMMAND ${CMAKE_COMMAND} -E make_directory ${TARVIK_CONTENTS}/MacOS
     COMMAND ${CMAKE_COMMAND} -E copy $<TARGET_FILE:tarvik-dictate> ${TARVIK_CONTENTS}/MacOS/
+    COMMAND xattr -cr ${TARVIK_BUNDLE}
     COMMAND codesign --force --sign - ${TARVIK_BUNDLE}
     DEPENDS tarvik-dictate ${TARVIK_CONTENTS}/Info.plist ${TARVIK_RESOURCES}
     VERBATIM)

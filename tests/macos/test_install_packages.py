@@ -13,7 +13,10 @@ ROOT = pathlib.Path(__file__).resolve().parents[2]
 LIBRARIES = ["simdjson", "highway", "googletest"]
 STAND_IN = """#!/bin/sh
 for library; do :; done
-if [ "$(basename "$0") $1" = "brew --cache" ]; then echo "$TEST_ARCHIVES/$library.tar"; fi
+case "$(basename "$0") $*" in
+"brew --cache"*) echo "$TEST_ARCHIVES/$library.tar" ;;
+"xcrun --sdk macosx --show-sdk-version") echo "$TEST_SDK" ;;
+esac
 """
 
 
@@ -24,7 +27,7 @@ class InstallPackages(unittest.TestCase):
         packaging = self.folder / "packaging/macos"
         packaging.mkdir(parents=True)
         shutil.copy(ROOT / "packaging/macos/install-packages", packaging)
-        for tool in ["xcode-select", "brew"]:
+        for tool in ["xcode-select", "xcrun", "brew"]:
             stand_in = self.folder / "bin" / tool
             stand_in.parent.mkdir(exist_ok=True)
             stand_in.write_text(STAND_IN)
@@ -45,9 +48,9 @@ class InstallPackages(unittest.TestCase):
             for name in ["CMakeLists.txt", "large.cpp"]:
                 archive.add(source / name, f"{library}-1.0/{name}")
 
-    def install(self):
+    def install(self, sdk="14.0"):
         environment = {"PATH": f"{self.folder / 'bin'}:{os.environ['PATH']}",
-                       "TEST_ARCHIVES": str(self.folder / "archives")}
+                       "TEST_ARCHIVES": str(self.folder / "archives"), "TEST_SDK": sdk}
         return subprocess.run([self.folder / "packaging/macos/install-packages"], env=environment,
                               capture_output=True, text=True, timeout=60)
 
@@ -63,6 +66,13 @@ class InstallPackages(unittest.TestCase):
         for library in LIBRARIES:
             self.archive(library).unlink()
         self.assertEqual(self.install().returncode, 0)
+
+    def test_an_sdk_before_that_of_macos_14_is_refused_before_anything_is_fetched(self):
+        result = self.install(sdk="13.3")
+        self.assertEqual(result.returncode, 1)
+        self.assertIn("macOS 13.3", result.stderr)
+        self.assertEqual(self.unpacked(), [])
+        self.assertEqual(self.install(sdk="26.1").returncode, 0)
 
     def test_what_was_unpacked_in_part_is_unpacked_again(self):
         os.truncate(self.archive("highway"), 50_000)

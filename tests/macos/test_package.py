@@ -10,8 +10,10 @@ import tempfile
 import unittest
 
 ROOT = pathlib.Path(__file__).resolve().parents[2]
-TOOLS = ["cmake", "lipo", "otool", "codesign", "hdiutil", "xcrun", "spctl"]
+TOOLS = ["cmake", "lipo", "otool", "xattr", "codesign", "hdiutil", "xcrun", "spctl"]
 SYSTEM_LIBRARIES = "\t/usr/lib/libSystem.B.dylib\n\t/System/Library/Frameworks/AppKit.framework/AppKit\n"
+ACCEPTED = "Conducting pre-submission checks\\n  id: 2efe-17\\nProcessing complete\\n  id: 2efe-17\\n  status: Accepted\\n"
+REFUSED = ACCEPTED.replace("Accepted", "Invalid")
 STAND_IN = """#!/bin/sh
 echo "$(basename "$0") $*" >>"$TEST_CALLS"
 case $(basename "$0") in
@@ -20,6 +22,7 @@ hdiutil)
     while [ "$1" != -srcfolder ]; do shift; done
     cp -R "$2" "$TEST_IMAGE"
     ;;
+xcrun) [ "$1 $2" != "notarytool submit" ] || printf '%b' "$TEST_ANSWER" ;;
 esac
 """
 
@@ -41,11 +44,12 @@ class Package(unittest.TestCase):
             tool.write_text(STAND_IN)
             tool.chmod(0o755)
 
-    def package(self, libraries=SYSTEM_LIBRARIES, **settings):
+    def package(self, libraries=SYSTEM_LIBRARIES, answer=ACCEPTED, **settings):
         calls = self.folder / "calls"
         calls.write_text("")
         environment = {"PATH": f"{self.folder / 'bin'}:{os.environ['PATH']}", "TEST_CALLS": str(calls),
-                       "TEST_LIBRARIES": libraries, "TEST_IMAGE": str(self.image), **settings}
+                       "TEST_LIBRARIES": libraries, "TEST_IMAGE": str(self.image),
+                       "TEST_ANSWER": answer, **settings}
         result = subprocess.run([self.folder / "packaging/macos/package"], env=environment,
                                 capture_output=True, text=True, timeout=60)
         return result, calls.read_text().splitlines()
@@ -57,11 +61,12 @@ class Package(unittest.TestCase):
         result, calls = self.package()
         self.assertEqual(result.returncode, 0, result.stderr)
         self.assertEqual(self.names(calls), ["install-packages", "cmake", "cmake", "lipo", "otool",
-                                             "codesign", "codesign", "hdiutil"])
+                                             "xattr", "codesign", "codesign", "hdiutil"])
         self.assertIn("-verify_arch arm64 x86_64", calls[3])
-        self.assertIn("--options runtime --timestamp=none --sign - ", calls[5])
-        self.assertIn("--entitlements packaging/macos/Entitlements.plist", calls[5])
-        self.assertIn("--verify --strict", calls[6])
+        self.assertEqual(calls[5], "xattr -cr build/macos-universal/Tarvik Dictate.app")
+        self.assertIn("--options runtime --timestamp=none --sign - ", calls[6])
+        self.assertIn("--entitlements packaging/macos/Entitlements.plist", calls[6])
+        self.assertIn("--verify --strict", calls[7])
         self.assertEqual(result.stdout.splitlines()[-1], "build/macos-universal/Tarvik Dictate.dmg")
 
     def test_the_image_has_the_bundle_and_a_way_to_the_applications_and_nothing_else(self):
@@ -96,6 +101,20 @@ class Package(unittest.TestCase):
         self.assertIn("--keychain-profile tarvik --wait", calls[-3])
         self.assertIn("stapler staple", calls[-2])
         self.assertTrue(calls[-1].startswith("spctl --assess"))
+
+    def test_a_refusal_of_the_notary_is_explained_and_nothing_is_stapled(self):
+        result, calls = self.package(TARVIK_SIGNING_IDENTITY="Developer ID Application: Someone",
+                                     TARVIK_NOTARY_PROFILE="tarvik", answer=REFUSED)
+        self.assertEqual(result.returncode, 1)
+        self.assertIn("status: Invalid", result.stderr)
+        self.assertEqual(calls[-1], "xcrun notarytool log 2efe-17 --keychain-profile tarvik")
+
+    def test_without_an_answer_of_the_notary_nothing_is_stapled(self):
+        result, calls = self.package(TARVIK_SIGNING_IDENTITY="Developer ID Application: Someone",
+                                     TARVIK_NOTARY_PROFILE="tarvik", answer="Error: no network")
+        self.assertEqual(result.returncode, 1)
+        self.assertIn("Error: no network", result.stderr)
+        self.assertIn("notarytool submit", calls[-1])
 
     def test_a_profile_without_an_identity_is_refused_before_anything_is_built(self):
         result, calls = self.package(TARVIK_NOTARY_PROFILE="tarvik")

@@ -6,6 +6,25 @@ import plistlib
 import re
 import unittest
 
+# The keys that the system publishes for an application, with the types of their values.
+KEYS = {
+    "CFBundleDevelopmentRegion": str,
+    "CFBundleDisplayName": str,
+    "CFBundleExecutable": str,
+    "CFBundleIconFile": str,
+    "CFBundleIdentifier": str,
+    "CFBundleInfoDictionaryVersion": str,
+    "CFBundleName": str,
+    "CFBundlePackageType": str,
+    "CFBundleShortVersionString": str,
+    "CFBundleVersion": str,
+    "LSApplicationCategoryType": str,
+    "LSMinimumSystemVersion": str,
+    "LSUIElement": bool,
+    "NSHighResolutionCapable": bool,
+    "NSMicrophoneUsageDescription": str,
+    "NSPrincipalClass": str,
+}
 ROOT = pathlib.Path(__file__).resolve().parents[2]
 PACKAGING = ROOT / "packaging/macos"
 
@@ -44,6 +63,21 @@ class InformationDictionary(unittest.TestCase):
         bundle = (PACKAGING / "Bundle.cmake").read_text()
         self.assertIn(f"TARGET_FILE:{self.information['CFBundleExecutable']}>", bundle)
         self.assertIn(f"Resources/{self.information['CFBundleIconFile']}.icns", bundle)
+
+
+    # The system ignores a key that it does not know, so a misspelt one would go unnoticed.
+    def test_every_key_is_one_of_the_system_and_of_its_type(self):
+        for key, value in self.information.items():
+            self.assertIs(type(value), KEYS[key], key)
+
+    def test_its_texts_have_the_published_forms(self):
+        self.assertRegex(self.information["CFBundleIdentifier"], r"^[A-Za-z0-9.-]+$")
+        self.assertEqual(self.information["CFBundleInfoDictionaryVersion"], "6.0")
+        self.assertLess(len(self.information["CFBundleName"]), 16)
+        self.assertEqual(self.information["LSApplicationCategoryType"],
+                         "public.app-category.productivity")
+        self.assertEqual(self.information["NSPrincipalClass"], "NSApplication")
+        self.assertIs(self.information["NSHighResolutionCapable"], True)
 
 
 class Entitlements(unittest.TestCase):
