@@ -52,7 +52,9 @@ AXError settableStatus(AXUIElementRef element, NSString* attribute) {
 
 platform::AXUIElementRef AxAccessibility::createSystemWide() {
     CFHandle<AXUIElementRef> element(AXUIElementCreateSystemWide());
-    AXUIElementSetMessagingTimeout(element.get(), messagingTimeout);
+    if (element) {
+        AXUIElementSetMessagingTimeout(element.get(), messagingTimeout);
+    }
     return std::make_shared<AxElement>(std::move(element));
 }
 

@@ -15,6 +15,11 @@ namespace {
 
 constexpr tarvik::Seconds invalidationDelay(10);
 
+// For a task that is cancelled before it asks for anything.
+NSURL* _Nonnull unreachableUrl() {
+    return static_cast<NSURL* _Nonnull>([NSURL URLWithString:@"wss://invalid."]);
+}
+
 }  // namespace
 
 @interface TarvikSocketDelegate : NSObject <NSURLSessionWebSocketDelegate>
@@ -100,7 +105,7 @@ std::shared_ptr<platform::WebSocketTask> UrlWebSocketSession::webSocketTask(
     NSURL* url = [NSURL URLWithString:nsString(request.url)];
     const bool canOpen = url != nil && canStandInHeader(request.headerFields);
     NSMutableURLRequest* urlRequest = [NSMutableURLRequest
-         requestWithURL:url != nil ? url : [NSURL URLWithString:@"wss://invalid."]
+         requestWithURL:url != nil ? url : unreachableUrl()
             cachePolicy:static_cast<NSURLRequestCachePolicy>(request.cachePolicy)
         timeoutInterval:request.timeoutInterval];
     if (canOpen) {
