@@ -246,12 +246,12 @@ class LinuxSystemWorld final : public SystemWorld {
 
 }  // namespace
 
-std::unique_ptr<SystemWorld> makeLinuxSystemWorld() {
+std::unique_ptr<SystemWorld> makeRealSystemWorld() {
     return std::make_unique<LinuxSystemWorld>();
 }
 
 std::unique_ptr<LoopWorld> makeRealLoopWorld() {
-    return makeLinuxSystemWorld();
+    return makeRealSystemWorld();
 }
 
 }  // namespace tarvik::tests

@@ -25,7 +25,7 @@ class SystemConformance : public testing::TestWithParam<NamedSystemWorld> {
 
 inline auto everySystemWorld() {
     return testing::Values(NamedSystemWorld{"Simulated", makeSimulatedSystemWorld},
-                           NamedSystemWorld{"Linux", makeLinuxSystemWorld});
+                           NamedSystemWorld{"Real", makeRealSystemWorld});
 }
 
 inline std::string systemWorldName(const testing::TestParamInfo<NamedSystemWorld>& info) {

@@ -72,6 +72,7 @@ class SystemWorld : public LoopWorld {
 using SystemWorldMaker = std::unique_ptr<SystemWorld> (*)();
 
 std::unique_ptr<SystemWorld> makeSimulatedSystemWorld();
-std::unique_ptr<SystemWorld> makeLinuxSystemWorld();
+/// The services of the backend for which the program is built.
+std::unique_ptr<SystemWorld> makeRealSystemWorld();
 
 }  // namespace tarvik::tests
