@@ -41,7 +41,7 @@ class AudioInputNode {
     virtual AudioFormat inputFormatForBus(std::uint32_t bus) = 0;
 
     /// Delivers the microphone's audio to `block` while the engine runs, in buffers of about
-    /// `bufferSize` frames. At most one tap per bus.
+    /// `bufferSize` frames. macOS makes them 100 to 400 ms long. At most one tap per bus.
     virtual void installTapOnBus(std::uint32_t bus, std::uint32_t bufferSize,
                                  const AudioFormat& format, AudioTapBlock block) = 0;
     /// Ends the deliveries; allowed without a tap. Audio that does not fill a whole buffer is

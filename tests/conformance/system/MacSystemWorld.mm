@@ -212,9 +212,7 @@ class MacSystemWorld final : public SystemWorld {
 
   private:
     // As a click does, and also for a button without a window.
-    static void sendAction(NSButton* button) {
-        [button sendAction:button.action to:button.target];
-    }
+    static void sendAction(NSButton* button) { [button sendAction:button.action to:button.target]; }
 
     static NSMenu* nsMenuOf(platform::Menu& menu) {
         return dynamic_cast<macdesktop::CocoaMenu&>(menu).nsMenu();
