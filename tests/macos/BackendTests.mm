@@ -1,0 +1,139 @@
+// SPDX-License-Identifier: MIT
+
+// What services promise that no conformance suite reaches on a Mac without a permission of the
+// user's: nothing here captures sound, types, reads other programs or changes the login items.
+#include <gtest/gtest.h>
+
+#include <array>
+#include <chrono>
+#include <future>
+#include <memory>
+#include <optional>
+#include <string>
+#include <thread>
+
+#import "platform/macos/MacPlatform.h"
+
+namespace tarvik::macdesktop {
+
+namespace {
+
+constexpr std::chrono::seconds timeout(60);
+
+platform::OSStatus ignoreEvent(platform::EventHandlerCall*, platform::Event*, void*) {
+    return platform::eventNotHandledErr;
+}
+
+TEST(MacHotKeys, AreRegisteredOnceAndAgainAfterTheirRelease) {
+    MacPlatform mac;
+    platform::EventManager& events = mac.eventManager();
+    const std::array<platform::EventTypeSpec, 1> types = {
+        {{platform::eventClassKeyboard, platform::eventHotKeyPressed}}};
+    platform::EventHandlerRef handler = nullptr;
+    ASSERT_EQ(events.installEventHandler(events.applicationEventTarget(), ignoreEvent, types,
+                                         nullptr, &handler),
+              platform::noErr);
+    ASSERT_NE(handler, nullptr);
+    const auto enroll = [&](platform::EventHotKeyRef* hotKey) {
+        return events.registerEventHotKey(
+            platform::spaceKeyCode, platform::optionKeyMask | platform::shiftKeyMask,
+            {platform::fourCharacterCode("TaDi"), 2}, events.applicationEventTarget(), 0, hotKey);
+    };
+    for (int round = 0; round < 2; ++round) {
+        platform::EventHotKeyRef first = nullptr;
+        ASSERT_EQ(enroll(&first), platform::noErr);
+        ASSERT_NE(first, nullptr);
+        platform::EventHotKeyRef second = nullptr;
+        EXPECT_EQ(enroll(&second), platform::eventHotKeyExistsErr);
+        EXPECT_EQ(events.unregisterEventHotKey(first), platform::noErr);
+    }
+    EXPECT_EQ(events.removeEventHandler(handler), platform::noErr);
+}
+
+class SilentDelegate final : public platform::WebSocketSessionDelegate {
+  public:
+    void didOpen(platform::WebSocketTask&, const std::string&) override { FAIL(); }
+    void didClose(platform::WebSocketTask&, int, const std::string&) override { FAIL(); }
+};
+
+// Nothing listens on the port for discarded messages.
+TEST(MacWebSocket, AReceiveLearnsOnAnotherThreadWhyThereIsNoConnection) {
+    const platform::UrlRequest refused{.url = "wss://127.0.0.1:9/"};
+    const platform::UrlRequest noUrl{.url = ""};
+    const platform::UrlRequest divided{.url = "wss://127.0.0.1:9/",
+                                       .headerFields = {{"Sec-WebSocket-Protocol", "a\r\nb"}}};
+    MacPlatform mac;
+    for (const platform::UrlRequest& request : {refused, noUrl, divided}) {
+        const auto delegate = std::make_shared<SilentDelegate>();
+        const auto session = mac.webSockets().makeSession(delegate);
+        const auto task = session->webSocketTask(request);
+        std::promise<std::thread::id> failed;
+        task->receive([&failed](const Result<platform::WebSocketMessage>& result) {
+            EXPECT_FALSE(result);
+            failed.set_value(std::this_thread::get_id());
+        });
+        task->resume();
+        auto answer = failed.get_future();
+        ASSERT_EQ(answer.wait_for(timeout), std::future_status::ready) << request.url;
+        EXPECT_NE(answer.get(), std::this_thread::get_id());
+        task->cancel(platform::closeCodeGoingAway);
+    }
+}
+
+TEST(MacAudio, AnEngineThatHasNeverStartedCanBeAskedStoppedAndDropped) {
+    MacPlatform mac;
+    ASSERT_GE(mac.captureAuthorization().authorizationStatusForAudio(), 0);
+    ASSERT_LE(mac.captureAuthorization().authorizationStatusForAudio(), 3);
+    const auto observation = mac.audio().observeConfigurationChange([] {});
+    for (int round = 0; round < 2; ++round) {
+        const auto engine = mac.audio().makeEngine();
+        EXPECT_GE(engine->inputNode().inputFormatForBus(0).sampleRate, 0);
+        EXPECT_GE(engine->inputNode().inputFormatForBus(0).sampleRate, 0);
+        engine->inputNode().removeTapOnBus(0);
+        engine->stop();
+    }
+}
+
+TEST(MacAccessibility, AnElementComesWithSuccessAndOnlyThen) {
+    MacPlatform mac;
+    const platform::AXUIElementRef system = mac.accessibility().createSystemWide();
+    ASSERT_TRUE(system);
+    platform::AXUIElementRef focused;
+    const platform::AXError status = mac.accessibility().copyAttributeValue(
+        system, platform::axFocusedUIElementAttribute, &focused);
+    EXPECT_EQ(status == platform::axErrorSuccess, focused != nullptr);
+    if (!mac.accessibility().isProcessTrusted()) {
+        EXPECT_NE(status, platform::axErrorSuccess);
+    }
+}
+
+TEST(MacKeyboard, MakesTheEventsOfAFullRun) {
+    MacPlatform mac;
+    platform::KeyboardEvents& keyboard = mac.keyboardEvents();
+    const auto source = keyboard.createSource(platform::eventSourceStateCombinedSession);
+    ASSERT_TRUE(source);
+    for (const bool isDown : {true, false}) {
+        const auto event = keyboard.createKeyboardEvent(source, 0, isDown);
+        ASSERT_TRUE(event);
+        keyboard.setUnicodeString(*event, u"twenty units of text");
+    }
+}
+
+TEST(MacStatusItem, HasAButtonThatShowsBothStates) {
+    MacPlatform mac;
+    const auto item = mac.userInterface().makeStatusItem();
+    ASSERT_NE(item->button(), nullptr);
+    for (const bool isRecording : {true, false}) {
+        const auto image = mac.userInterface().systemSymbol(isRecording ? "mic.fill" : "mic", "x");
+        ASSERT_TRUE(image);
+        image->setTemplate(!isRecording);
+        item->button()->setImage(image);
+        item->button()->setContentTintColor(isRecording ? std::optional(platform::SystemColor::red)
+                                                        : std::nullopt);
+    }
+    item->setMenu(mac.userInterface().makeMenu());
+}
+
+}  // namespace
+
+}  // namespace tarvik::macdesktop
