@@ -77,4 +77,8 @@ bool takesSpareWidth(const platform::ViewLayout& layout) {
            !layout.width;
 }
 
+platform::LayoutPriority contentHugging(const platform::ViewLayout& layout) {
+    return layout.horizontalContentHugging.value_or(lowHugging + 1);
+}
+
 }  // namespace tarvik::macdesktop

@@ -39,4 +39,9 @@ int alertCode(std::int64_t response, std::size_t buttons);
 /// Whether a view with this layout takes the spare width of its row.
 bool takesSpareWidth(const platform::ViewLayout& layout);
 
+/// How strongly a view with this layout keeps its width. A layout without a priority gets one above
+/// that of the views which take the spare width. AppKit itself would give a button the same as
+/// those.
+platform::LayoutPriority contentHugging(const platform::ViewLayout& layout);
+
 }  // namespace tarvik::macdesktop

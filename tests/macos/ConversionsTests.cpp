@@ -72,6 +72,12 @@ TEST(ConversionsTest, AViewThatHugsItsContentWeaklyTakesTheSpareWidth) {
     EXPECT_FALSE(takesSpareWidth({.width = 160, .horizontalContentHugging = 250.0F}));
 }
 
+TEST(ConversionsTest, AViewWithoutAPriorityKeepsItsWidthBesideOneThatFillsTheRow) {
+    EXPECT_EQ(contentHugging({.horizontalContentHugging = 250.0F}), 250.0F);
+    EXPECT_EQ(contentHugging({.minimumWidth = 110}), 251.0F);
+    EXPECT_FALSE(takesSpareWidth({.horizontalContentHugging = contentHugging({})}));
+}
+
 }  // namespace
 
 }  // namespace tarvik::macdesktop

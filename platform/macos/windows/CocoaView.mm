@@ -8,10 +8,6 @@ namespace tarvik::macdesktop {
 
 namespace {
 
-// Above the 250 of a view that fills its row. AppKit gives a button 250 as well, and then a button
-// may grow instead.
-constexpr NSLayoutPriority naturalHugging = 251;
-
 void applyLayout(NSView* view, const platform::ViewLayout& layout) {
     NSMutableArray<NSLayoutConstraint*>* constraints = [NSMutableArray array];
     if (layout.width) {
@@ -25,7 +21,7 @@ void applyLayout(NSView* view, const platform::ViewLayout& layout) {
         [constraints addObject:[view.heightAnchor constraintEqualToConstant:*layout.height]];
     }
     [NSLayoutConstraint activateConstraints:constraints];
-    [view setContentHuggingPriority:layout.horizontalContentHugging.value_or(naturalHugging)
+    [view setContentHuggingPriority:contentHugging(layout)
                      forOrientation:NSLayoutConstraintOrientationHorizontal];
     if (layout.horizontalCompressionResistance) {
         [view setContentCompressionResistancePriority:*layout.horizontalCompressionResistance
