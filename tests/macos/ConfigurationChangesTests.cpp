@@ -93,22 +93,36 @@ TEST_F(ConfigurationChangesTest, AReportOfAReplacedEngineDoesNotCount) {
     EXPECT_EQ(calls_, 0);
 }
 
-TEST_F(ConfigurationChangesTest, AnEngineHasChangedFromItsReportOn) {
-    EXPECT_FALSE(changes_->hasChanged(&engine_));
+TEST_F(ConfigurationChangesTest, AnEngineIsStaleFromItsReportOn) {
+    EXPECT_FALSE(changes_->isStale(&engine_));
     add(engine_);
-    EXPECT_FALSE(changes_->hasChanged(&engine_));
+    EXPECT_FALSE(changes_->isStale(&engine_));
     engine_.isRunning = true;
     changes_->report(&engine_);
-    EXPECT_TRUE(changes_->hasChanged(&engine_));
+    EXPECT_TRUE(changes_->isStale(&engine_));
     queue_.run();
-    EXPECT_TRUE(changes_->hasChanged(&engine_));
+    EXPECT_TRUE(changes_->isStale(&engine_));
     Engine next;
     add(next);
-    EXPECT_FALSE(changes_->hasChanged(&next));
+    EXPECT_FALSE(changes_->isStale(&next));
     changes_->remove(&engine_);
-    EXPECT_FALSE(changes_->hasChanged(&engine_));
+    EXPECT_FALSE(changes_->isStale(&engine_));
     add(engine_);
-    EXPECT_FALSE(changes_->hasChanged(&engine_));
+    EXPECT_FALSE(changes_->isStale(&engine_));
+}
+
+TEST_F(ConfigurationChangesTest, AnEngineIsStaleFromItsFailureOnAndNobodyIsTold) {
+    changes_->fail(&engine_);
+    add(engine_);
+    EXPECT_FALSE(changes_->isStale(&engine_));
+    changes_->fail(&engine_);
+    EXPECT_TRUE(changes_->isStale(&engine_));
+    changes_->remove(&engine_);
+    Engine next;
+    add(next);
+    EXPECT_FALSE(changes_->isStale(&next));
+    queue_.run();
+    EXPECT_EQ(calls_, 0);
 }
 
 TEST_F(ConfigurationChangesTest, AReportOfAStoppedEngineCountsAmongRunningEngines) {

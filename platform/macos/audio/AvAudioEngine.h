@@ -48,8 +48,6 @@ class AvAudioEngine final : public platform::AudioEngine, public platform::Audio
 
     std::shared_ptr<ConfigurationChanges> changes_;
     AVAudioEngine* engine_ = nil;
-    /// Whether the AVAudioEngine had no input or did not start when it was last used.
-    bool hasFailed_ = false;
     /// The last answer of inputFormatForBus(), for the tap.
     AVAudioFormat* inputFormat_ = nil;
     /// The node that has the tap; nil without a tap.

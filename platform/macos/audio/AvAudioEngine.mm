@@ -77,8 +77,9 @@ void AvAudioEngine::prepare() {
 
 std::optional<Error> AvAudioEngine::start() {
     const std::optional<Error> error = pendingError_ ? pendingError_ : startEngine();
-    hasFailed_ = error.has_value();
-    if (!error) {
+    if (error) {
+        changes_->fail((__bridge const void*)engine_);
+    } else {
         beginActivity();
     }
     return error;
@@ -102,8 +103,7 @@ void AvAudioEngine::stop() {
 }
 
 platform::AudioFormat AvAudioEngine::inputFormatForBus(std::uint32_t bus) {
-    const bool isStale = hasFailed_ || changes_->hasChanged((__bridge const void*)engine_);
-    if (!gate_ && isStale) {
+    if (!gate_ && changes_->isStale((__bridge const void*)engine_)) {
         retireEngine();
         makeEngine();
     }
@@ -111,7 +111,9 @@ platform::AudioFormat AvAudioEngine::inputFormatForBus(std::uint32_t bus) {
     // An exception means that there is no microphone, as a format of 0 Hz does.
     static_cast<void>(guarded([&] { inputFormat_ = [engine_.inputNode inputFormatForBus:bus]; }));
     const platform::AudioFormat format = shape(inputFormat_);
-    hasFailed_ = !(format.sampleRate > 0);
+    if (!(format.sampleRate > 0)) {
+        changes_->fail((__bridge const void*)engine_);
+    }
     return format;
 }
 

@@ -16,13 +16,19 @@ void ConfigurationChanges::remove(Engine engine) {
     engines_.erase(engine);
 }
 
-bool ConfigurationChanges::hasChanged(Engine engine) {
+void ConfigurationChanges::fail(Engine engine) {
+    if (const auto found = engines_.find(engine); found != engines_.end()) {
+        found->second.isStale = true;
+    }
+}
+
+bool ConfigurationChanges::isStale(Engine engine) {
     const auto found = engines_.find(engine);
     if (found == engines_.end()) {
         return false;
     }
     const std::lock_guard lock(mutex_);
-    return found->second.hasChanged || reported_.count(engine) > 0;
+    return found->second.isStale || reported_.count(engine) > 0;
 }
 
 void ConfigurationChanges::report(Engine engine) {
@@ -49,7 +55,7 @@ void ConfigurationChanges::evaluateReports() {
     bool hasStopped = false;
     for (const Engine engine : reported) {
         if (const auto found = engines_.find(engine); found != engines_.end()) {
-            found->second.hasChanged = true;
+            found->second.isStale = true;
             hasStopped = hasStopped || !found->second.isRunning();
         }
     }

@@ -32,9 +32,11 @@ class ConfigurationChanges : public std::enable_shared_from_this<ConfigurationCh
     /// Forgets `engine`: pending and later reports about the engine do not count, and its
     /// `isRunning` is not called again. Main thread.
     void remove(Engine engine);
-    /// Whether `engine` is registered and was reported since, with or without an effect. Main
-    /// thread.
-    bool hasChanged(Engine engine);
+    /// Records that `engine` had no input or did not start. Main thread.
+    void fail(Engine engine);
+    /// Whether `engine` has failed or was reported since its registration, with or without an
+    /// effect. A stale engine has to be replaced before it is used again. Main thread.
+    bool isStale(Engine engine);
 
     /// Reports that the configuration of `engine` has changed. Any thread; never waits for the main
     /// thread.
@@ -48,7 +50,7 @@ class ConfigurationChanges : public std::enable_shared_from_this<ConfigurationCh
   private:
     struct Registration {
         std::function<bool()> isRunning;
-        bool hasChanged = false;
+        bool isStale = false;
     };
 
     void evaluateReports();
