@@ -1,9 +1,8 @@
 // SPDX-License-Identifier: MIT
 
-#include "platform/linux/websocket/BeastWebSocketSession.h"
-
 #include <utility>
 
+#include "platform/linux/websocket/BeastWebSocketSession.h"
 #include "platform/linux/websocket/BeastWebSocketTask.h"
 
 namespace tarvik::linuxdesktop {
@@ -13,15 +12,15 @@ BeastWebSocketSession::BeastWebSocketSession(
     const std::shared_ptr<platform::WebSocketSessionDelegate>& delegate)
     : thread_(std::make_shared<SerialThread>(std::move(threads))),
       context_(std::move(context)),
-      delegate_(delegate),
-      holdTimer_(thread_->context()) {}
+      delegate_(delegate) {}
 
 std::shared_ptr<platform::WebSocketTask> BeastWebSocketSession::webSocketTask(
     const platform::UrlRequest& request) {
     auto task = std::make_shared<BeastWebSocketTask>(shared_from_this(), request);
     const std::lock_guard lock(mutex_);
     ++connectionCount_;
-    heldDelegate_ = delegate_.lock();
+    // After the end of the service nothing would release the delegate.
+    heldDelegate_ = isClosed_ ? nullptr : delegate_.lock();
     std::erase_if(tasks_, [](const auto& old) { return old.expired(); });
     tasks_.push_back(task);
     return task;
@@ -41,10 +40,13 @@ void BeastWebSocketSession::connectionEnded() {
         const std::lock_guard lock(mutex_);
         --connectionCount_;
     }
+    if (!holdTimer_) {
+        holdTimer_.emplace(thread_->context());
+    }
     // Setting the expiry cancels an earlier wait.
-    holdTimer_.expires_after(context_->delegateHoldTime);
+    holdTimer_->expires_after(context_->delegateHoldTime);
     // A strong reference: the hold must last although nobody else has the session any more.
-    holdTimer_.async_wait([self = shared_from_this()](const boost::system::error_code& error) {
+    holdTimer_->async_wait([self = shared_from_this()](const boost::system::error_code& error) {
         if (!error) {
             self->onHoldTimeOver();
         }
@@ -69,11 +71,17 @@ void BeastWebSocketSession::releaseDelegate() {
 }
 
 void BeastWebSocketSession::close() {
+    {
+        const std::lock_guard lock(mutex_);
+        isClosed_ = true;
+    }
     thread_->close([self = shared_from_this()] { self->closeOnThread(); });
 }
 
 void BeastWebSocketSession::closeOnThread() {
-    holdTimer_.cancel();
+    if (holdTimer_) {
+        holdTimer_->cancel();
+    }
     std::vector<std::weak_ptr<BeastWebSocketTask>> tasks;
     {
         const std::lock_guard lock(mutex_);

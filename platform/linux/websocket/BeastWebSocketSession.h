@@ -4,6 +4,7 @@
 #include <boost/asio/steady_timer.hpp>
 #include <memory>
 #include <mutex>
+#include <optional>
 #include <vector>
 
 #include "platform/WebSocket.h"
@@ -39,7 +40,8 @@ class BeastWebSocketSession final : public platform::WebSocketSession,
     /// Starts the hold time when a task has ended. On the session's thread.
     void connectionEnded();
 
-    /// Aborts the connections and lets the thread end; no handler runs after that. Main thread.
+    /// Aborts the connections and lets the thread end; no handler runs after that. A new task does
+    /// not hold the delegate any more. Main thread.
     void close();
     /// Releases the delegate. Any thread.
     void releaseDelegate();
@@ -51,12 +53,14 @@ class BeastWebSocketSession final : public platform::WebSocketSession,
     const std::shared_ptr<SerialThread> thread_;
     const std::shared_ptr<const SessionContext> context_;
     const std::weak_ptr<platform::WebSocketSessionDelegate> delegate_;
-    boost::asio::steady_timer holdTimer_;
+    /// Made on the session's thread, for the end of the first connection.
+    std::optional<boost::asio::steady_timer> holdTimer_;
 
     std::mutex mutex_;
     std::shared_ptr<platform::WebSocketSessionDelegate> heldDelegate_;
     std::vector<std::weak_ptr<BeastWebSocketTask>> tasks_;
     int connectionCount_ = 0;
+    bool isClosed_ = false;
 
     /// Includes connections in a close handshake, whose task may be gone. On the session's thread.
     std::vector<std::weak_ptr<Connection>> connections_;

@@ -3,6 +3,8 @@
 #include "platform/linux/websocket/SerialThread.h"
 
 #include <boost/asio/post.hpp>
+#include <boost/asio/steady_timer.hpp>
+#include <boost/system/system_error.hpp>
 #include <utility>
 
 namespace tarvik::linuxdesktop {
@@ -16,13 +18,30 @@ void SerialThread::post(std::function<void()> block) {
         return;
     }
     waiting_.push_back(std::move(block));
-    isRunning_ = isRunning_ || threads_->start([self = shared_from_this()] { self->run(); });
+    isRunning_ = isRunning_ ||
+                 (hasContext() && threads_->start([self = shared_from_this()] { self->run(); }));
     if (!isRunning_) {
         return;
     }
     for (auto& next : std::exchange(waiting_, {})) {
         ++postCount_;
-        boost::asio::post(context_, std::move(next));
+        boost::asio::post(*context_, std::move(next));
+    }
+}
+
+bool SerialThread::hasContext() {
+    if (context_) {
+        return true;
+    }
+    try {
+        auto context = std::make_unique<boost::asio::io_context>(1);
+        // The first timer or socket opens the descriptors of the context.
+        const boost::asio::steady_timer timer(*context);
+        context_ = std::move(context);
+        return true;
+    } catch (const boost::system::system_error& error) {
+        threads_->reportShortage(error.code());
+        return false;
     }
 }
 
@@ -34,7 +53,7 @@ void SerialThread::close(std::function<void()> last) {
     dropped.swap(waiting_);
     if (isRunning_) {
         ++postCount_;
-        boost::asio::post(context_, std::move(last));
+        boost::asio::post(*context_, std::move(last));
     }
 }
 
@@ -45,8 +64,8 @@ void SerialThread::run() {
     do {
         seenCount = postCount_;
         lock.unlock();
-        context_.restart();
-        context_.run();
+        context_->restart();
+        context_->run();
         lock.lock();
     } while (postCount_ != seenCount);
     isRunning_ = false;

@@ -3,7 +3,6 @@
 #include "platform/linux/websocket/ThreadRegistry.h"
 
 #include <string>
-#include <system_error>
 #include <utility>
 
 #include "platform/linux/loop/Thread.h"
@@ -34,14 +33,23 @@ bool ThreadRegistry::start(std::function<void()> body) {
             });
         entries_.push_back({std::move(thread), std::move(hasEnded)});
     } catch (const std::system_error& error) {
-        if (!std::exchange(isShortageLogged_, true)) {
-            log_.write("TarvikDictate: no thread for the connection to the service: " +
-                       error.code().message());
-        }
+        logShortage(error.code());
         return false;
     }
     isShortageLogged_ = false;
     return true;
+}
+
+void ThreadRegistry::reportShortage(const std::error_code& error) {
+    const std::lock_guard lock(mutex_);
+    logShortage(error);
+}
+
+void ThreadRegistry::logShortage(const std::error_code& error) {
+    if (!std::exchange(isShortageLogged_, true)) {
+        log_.write("TarvikDictate: no thread for the connection to the service: " +
+                   error.message());
+    }
 }
 
 void ThreadRegistry::joinAll() {

@@ -6,6 +6,7 @@
 #include <list>
 #include <memory>
 #include <mutex>
+#include <system_error>
 #include <thread>
 
 #include "platform/Log.h"
@@ -22,6 +23,9 @@ class ThreadRegistry {
     /// joinAll(). False when no thread runs `body`. A series of failures because the system has no
     /// thread left is one line in the log. Any thread.
     bool start(std::function<void()> body);
+    /// Reports that the system lacks what a thread needs, as start() reports a lack of threads. Any
+    /// thread.
+    void reportShortage(const std::error_code& error);
     /// Waits for all threads, whose bodies must be about to return. Not on one of the threads.
     void joinAll();
 
@@ -30,6 +34,8 @@ class ThreadRegistry {
         std::thread thread;
         std::shared_ptr<std::atomic<bool>> hasEnded;
     };
+
+    void logShortage(const std::error_code& error);
 
     platform::Log& log_;
     std::mutex mutex_;

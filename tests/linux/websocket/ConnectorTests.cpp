@@ -2,6 +2,7 @@
 
 #include "tests/linux/loop/ThreadShortage.h"
 #include "tests/linux/websocket/BeastTest.h"
+#include "tests/linux/websocket/DescriptorShortage.h"
 
 namespace tarvik::tests {
 
@@ -163,6 +164,32 @@ TEST_F(WebSocketConnector, ASessionThatNeverGetsAThreadLeavesNothingBehind) {
     task.reset();
     EXPECT_EQ(recorder.use_count(), 1);
     EXPECT_TRUE(recorder->events().empty());
+}
+
+TEST_F(WebSocketConnector, ASessionWithoutDescriptorsWaitsForThemWithOneLine) {
+    {
+        const DescriptorShortage shortage;
+        start();
+        recorder->sendText(*task, "early");
+    }
+    EXPECT_EQ(world.logLines(),
+              std::vector<std::string>{"TarvikDictate: no thread for the connection to the "
+                                       "service: Too many open files"});
+    recorder->sendText(*task, "late");
+    world.accept("token");
+    ASSERT_TRUE(comes("sent late"));
+}
+
+TEST_F(WebSocketConnector, AConnectionWithoutADescriptorFailsTheOpening) {
+    // The descriptors of the session itself are open.
+    session = world.service().makeSession(recorder);
+    session->webSocketTask({})->resume();
+    world.settle();
+    const DescriptorShortage shortage;
+    task = session->webSocketTask(world.request());
+    task->resume();
+    recorder->receiveAll(task);
+    EXPECT_TRUE(failed("Too many open files"));
 }
 
 TEST_F(WebSocketConnector, OnlyWholeWssUrlsAreOpened) {

@@ -95,6 +95,14 @@ TEST_F(WebSocketShutdown, TasksThatAreLeftDoNothing) {
     EXPECT_EQ(recorder->events().size(), events);
 }
 
+TEST_F(WebSocketShutdown, ATaskThatIsMadeLaterDoesNotHoldTheDelegate) {
+    open();
+    world.endService();
+    const auto late = session->webSocketTask(world.request());
+    late->resume();
+    EXPECT_EQ(recorder.use_count(), 1);
+}
+
 TEST_F(WebSocketSession, ANewConnectionExtendsTheHoldOfTheDelegate) {
     open();
     world.sendClose(1000, "");
