@@ -12,8 +12,8 @@ BeastWebSocketService::BeastWebSocketService(platform::Log& log,
                                              std::chrono::milliseconds closeTimeout,
                                              std::chrono::milliseconds delegateHoldTime)
     : threads_(std::make_shared<ThreadRegistry>(log)),
-      context_(new SessionContext{log, closeTimeout, delegateHoldTime,
-                                  ProxySettings::fromEnvironment(), TrustStore()}) {}
+      context_(new SessionContext{
+          log, closeTimeout, delegateHoldTime, ProxySettings::fromEnvironment(), {}, {}}) {}
 
 BeastWebSocketService::~BeastWebSocketService() {
     std::vector<std::shared_ptr<BeastWebSocketSession>> sessions;

@@ -41,7 +41,7 @@ class BeastWebSocketService final : public platform::WebSocketService {
 
   private:
     const std::shared_ptr<ThreadRegistry> threads_;
-    const std::shared_ptr<const SessionContext> context_;
+    const std::shared_ptr<SessionContext> context_;
     std::vector<std::weak_ptr<BeastWebSocketSession>> sessions_;
 };
 

@@ -1,14 +1,15 @@
 // SPDX-License-Identifier: MIT
 
+#include "platform/linux/websocket/BeastWebSocketSession.h"
+
 #include <utility>
 
-#include "platform/linux/websocket/BeastWebSocketSession.h"
 #include "platform/linux/websocket/BeastWebSocketTask.h"
 
 namespace tarvik::linuxdesktop {
 
 BeastWebSocketSession::BeastWebSocketSession(
-    std::shared_ptr<ThreadRegistry> threads, std::shared_ptr<const SessionContext> context,
+    std::shared_ptr<ThreadRegistry> threads, std::shared_ptr<SessionContext> context,
     const std::shared_ptr<platform::WebSocketSessionDelegate>& delegate)
     : thread_(std::make_shared<SerialThread>(std::move(threads))),
       context_(std::move(context)),

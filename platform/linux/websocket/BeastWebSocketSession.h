@@ -24,14 +24,14 @@ class BeastWebSocketSession final : public platform::WebSocketSession,
                                     public std::enable_shared_from_this<BeastWebSocketSession> {
   public:
     BeastWebSocketSession(std::shared_ptr<ThreadRegistry> threads,
-                          std::shared_ptr<const SessionContext> context,
+                          std::shared_ptr<SessionContext> context,
                           const std::shared_ptr<platform::WebSocketSessionDelegate>& delegate);
 
     std::shared_ptr<platform::WebSocketTask> webSocketTask(
         const platform::UrlRequest& request) override;
 
     const std::shared_ptr<SerialThread>& thread() const { return thread_; }
-    const std::shared_ptr<const SessionContext>& context() const { return context_; }
+    const std::shared_ptr<SessionContext>& context() const { return context_; }
     /// Empty after the delegate's destruction. Any thread.
     std::shared_ptr<platform::WebSocketSessionDelegate> delegate() const;
 
@@ -51,7 +51,7 @@ class BeastWebSocketSession final : public platform::WebSocketSession,
     void closeOnThread();
 
     const std::shared_ptr<SerialThread> thread_;
-    const std::shared_ptr<const SessionContext> context_;
+    const std::shared_ptr<SessionContext> context_;
     const std::weak_ptr<platform::WebSocketSessionDelegate> delegate_;
     /// Made on the session's thread, for the end of the first connection.
     std::optional<boost::asio::steady_timer> holdTimer_;

@@ -33,8 +33,8 @@ std::string inSeconds(double seconds) {
 
 }  // namespace
 
-Connector::Connector(std::shared_ptr<SerialThread> thread,
-                     std::shared_ptr<const SessionContext> context, platform::UrlRequest request)
+Connector::Connector(std::shared_ptr<SerialThread> thread, std::shared_ptr<SessionContext> context,
+                     platform::UrlRequest request)
     : thread_(std::move(thread)),
       context_(std::move(context)),
       request_(std::move(request)),
@@ -86,6 +86,10 @@ void Connector::startTimeout() {
 
 void Connector::resolve(const std::string& host, std::uint16_t port) {
     const std::string destination = hostWithPort(host, port);
+    happyEyeballs_ = std::make_shared<HappyEyeballs>(thread_->context());
+    if (const auto endpoint = context_->knownAddresses.find(destination)) {
+        happyEyeballs_->startEarly(*endpoint);
+    }
     lookUpHost(*thread_, host, port, weakly(*this, [destination](Connector& self, auto endpoints) {
         if (!self.handler_) {
             return;
@@ -94,25 +98,30 @@ void Connector::resolve(const std::string& host, std::uint16_t port) {
             self.fail(endpoints.error());
             return;
         }
-        self.connectToAny(destination, std::move(endpoints).value());
+        self.connectToAny(destination, endpoints.value());
     }));
 }
 
-void Connector::connectToAny(const std::string& destination, std::vector<tcp::endpoint> endpoints) {
-    happyEyeballs_ = std::make_shared<HappyEyeballs>(thread_->context(), std::move(endpoints));
-    happyEyeballs_->start(
-        [self = shared_from_this(), destination](const error_code& error, tcp::socket socket) {
-            if (error) {
-                self->fail(networkError("No connection to " + destination, error));
-                return;
-            }
-            self->onConnected(std::move(socket));
-        });
+void Connector::connectToAny(const std::string& destination,
+                             const std::vector<tcp::endpoint>& endpoints) {
+    happyEyeballs_->start(endpoints, [self = shared_from_this(), destination](
+                                         const error_code& error, tcp::socket socket) {
+        if (error) {
+            self->fail(networkError("No connection to " + destination, error));
+            return;
+        }
+        self->onConnected(destination, std::move(socket));
+    });
 }
 
-void Connector::onConnected(tcp::socket socket) {
-    error_code ignored;  // Without the option messages leave later, but they leave.
-    socket.set_option(tcp::no_delay(true), ignored);
+void Connector::onConnected(const std::string& destination, tcp::socket socket) {
+    error_code error;  // Without the option messages leave later, but they leave.
+    socket.set_option(tcp::no_delay(true), error);
+    const tcp::endpoint endpoint = socket.remote_endpoint(error);
+    // A connection that has just been reset has no remote address. The handshake reports the reset.
+    if (!error) {
+        context_->knownAddresses.remember(destination, endpoint);
+    }
     connection_ = std::make_shared<Connection>(std::move(socket), context_->trustStore.sslContext(),
                                                context_->closeTimeout);
     if (proxy_) {

@@ -20,6 +20,9 @@ namespace tarvik::linuxdesktop {
 
 /// Opens one web socket: name lookup, TCP connection, proxy tunnel, TLS handshake, upgrade. All
 /// steps share the timeout of the request. Everything happens on the session's thread.
+///
+/// The TCP connection to the last address of the host starts with the name lookup, and saves a
+/// round trip. The connection is used only if the lookup names this address again.
 class Connector final : public std::enable_shared_from_this<Connector> {
   public:
     struct Connected {
@@ -29,7 +32,7 @@ class Connector final : public std::enable_shared_from_this<Connector> {
     };
     using ConnectHandler = std::function<void(Result<Connected>)>;
 
-    Connector(std::shared_ptr<SerialThread> thread, std::shared_ptr<const SessionContext> context,
+    Connector(std::shared_ptr<SerialThread> thread, std::shared_ptr<SessionContext> context,
               platform::UrlRequest request);
 
     /// Starts the first step. `handler` is called at most once, possibly inside this call, and is
@@ -43,8 +46,8 @@ class Connector final : public std::enable_shared_from_this<Connector> {
     void startTimeout();
     void resolve(const std::string& host, std::uint16_t port);
     void connectToAny(const std::string& destination,
-                      std::vector<boost::asio::ip::tcp::endpoint> endpoints);
-    void onConnected(boost::asio::ip::tcp::socket socket);
+                      const std::vector<boost::asio::ip::tcp::endpoint>& endpoints);
+    void onConnected(const std::string& destination, boost::asio::ip::tcp::socket socket);
     void openProxyTunnel();
     void handshakeTls();
     void onTlsHandshake(const boost::system::error_code& error);
@@ -54,7 +57,7 @@ class Connector final : public std::enable_shared_from_this<Connector> {
     void finish(Result<Connected> result);
 
     const std::shared_ptr<SerialThread> thread_;
-    const std::shared_ptr<const SessionContext> context_;
+    const std::shared_ptr<SessionContext> context_;
     const platform::UrlRequest request_;
     WebSocketUrl url_;
     std::optional<Proxy> proxy_;

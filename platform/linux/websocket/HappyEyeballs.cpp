@@ -21,14 +21,14 @@ using boost::system::error_code;
 // The "Connection Attempt Delay" that RFC 8305 recommends.
 constexpr std::chrono::milliseconds attemptDelay{250};
 
-std::vector<tcp::endpoint> withAlternatingFamilies(const std::vector<tcp::endpoint>& endpoints) {
+std::deque<tcp::endpoint> withAlternatingFamilies(const std::vector<tcp::endpoint>& endpoints) {
     std::vector<tcp::endpoint> preferred;
     std::vector<tcp::endpoint> others;
     for (const tcp::endpoint& endpoint : endpoints) {
         const bool isPreferred = endpoint.protocol() == endpoints.front().protocol();
         (isPreferred ? preferred : others).push_back(endpoint);
     }
-    std::vector<tcp::endpoint> ordered;
+    std::deque<tcp::endpoint> ordered;
     for (std::size_t index = 0; index < endpoints.size(); ++index) {
         if (index < preferred.size()) {
             ordered.push_back(preferred[index]);
@@ -57,66 +57,89 @@ error_code openPrivately(tcp::socket& socket, const tcp& protocol) {
 
 }  // namespace
 
-HappyEyeballs::HappyEyeballs(boost::asio::io_context& context, std::vector<tcp::endpoint> endpoints)
-    : context_(context), endpoints_(withAlternatingFamilies(endpoints)), attemptTimer_(context) {
-    // The addresses of the sockets must not change during their operations.
-    attempts_.reserve(endpoints_.size());
+HappyEyeballs::HappyEyeballs(boost::asio::io_context& context)
+    : context_(context), lastError_(boost::asio::error::host_not_found), attemptTimer_(context) {}
+
+void HappyEyeballs::startEarly(const tcp::endpoint& endpoint) {
+    earlyEndpoint_ = endpoint;
+    begin(endpoint);
 }
 
-void HappyEyeballs::start(ConnectHandler handler) {
+void HappyEyeballs::start(const std::vector<tcp::endpoint>& endpoints, ConnectHandler handler) {
     handler_ = std::move(handler);
-    if (endpoints_.empty()) {
-        boost::asio::post(context_, [self = shared_from_this()] {
-            self->finish(boost::asio::error::host_not_found, tcp::socket(self->context_));
-        });
-        return;
+    untried_ = withAlternatingFamilies(endpoints);
+    if (earlyEndpoint_ && std::erase(untried_, *earlyEndpoint_) == 0) {
+        closeAttempts();
     }
-    startNext();
+    if (connectedEarly_) {
+        postFinish({}, std::move(*std::exchange(connectedEarly_, nullptr)));
+    } else if (!attempts_.empty()) {
+        startNextLater();
+    } else if (!untried_.empty()) {
+        startNext();
+    } else {
+        postFinish(lastError_, tcp::socket(context_));
+    }
+}
+
+void HappyEyeballs::begin(const tcp::endpoint& endpoint) {
+    ++startCount_;
+    lastStart_ = std::chrono::steady_clock::now();
+    const auto attempt = std::make_shared<tcp::socket>(context_);
+    attempts_.push_back(attempt);
+    auto onResult = [self = shared_from_this(), attempt](error_code error) {
+        self->onAttempt(attempt, error);
+    };
+    if (const error_code error = openPrivately(*attempt, endpoint.protocol())) {
+        boost::asio::post(context_, [onResult, error] { onResult(error); });
+    } else {
+        attempt->async_connect(endpoint, onResult);
+    }
 }
 
 void HappyEyeballs::startNext() {
     attemptTimer_.cancel();
-    const std::size_t index = attempts_.size();
-    tcp::socket& socket = attempts_.emplace_back(context_);
-    auto onResult = [self = shared_from_this(), index](error_code error) {
-        self->onAttempt(index, error);
-    };
-    if (const error_code error = openPrivately(socket, endpoints_[index].protocol())) {
-        boost::asio::post(context_, [onResult, error] { onResult(error); });
-    } else {
-        socket.async_connect(endpoints_[index], onResult);
-    }
-    if (attempts_.size() < endpoints_.size()) {
-        startNextLater();
-    }
+    const tcp::endpoint endpoint = untried_.front();
+    untried_.pop_front();
+    begin(endpoint);
+    startNextLater();
 }
 
 void HappyEyeballs::startNextLater() {
-    attemptTimer_.expires_after(attemptDelay);
-    attemptTimer_.async_wait(
-        [self = shared_from_this(), count = attempts_.size()](error_code error) {
-            // A wait that has just ended cannot be cancelled any more. A refusal may have started
-            // the next attempt meanwhile.
-            if (!error && self->handler_ && self->attempts_.size() == count) {
-                self->startNext();
-            }
-        });
+    if (untried_.empty()) {
+        return;
+    }
+    attemptTimer_.expires_at(lastStart_ + attemptDelay);
+    attemptTimer_.async_wait([self = shared_from_this(), count = startCount_](error_code error) {
+        // A wait that has just ended cannot be cancelled any more. A refusal may have started the
+        // next attempt meanwhile.
+        if (!error && self->handler_ && self->startCount_ == count) {
+            self->startNext();
+        }
+    });
 }
 
-void HappyEyeballs::onAttempt(std::size_t index, const error_code& error) {
+void HappyEyeballs::onAttempt(const Attempt& attempt, const error_code& error) {
+    if (std::erase(attempts_, attempt) == 0) {
+        return;
+    }
+    if (error) {
+        lastError_ = error;
+    }
     if (!handler_) {
-        return;
+        connectedEarly_ = error ? nullptr : attempt;
+    } else if (!error) {
+        finish({}, std::move(*attempt));
+    } else if (attempts_.empty()) {
+        untried_.empty() ? finish(error, tcp::socket(context_)) : startNext();
     }
-    if (!error) {
-        finish({}, std::move(attempts_[index]));
-        return;
-    }
-    ++failedCount_;
-    if (failedCount_ == endpoints_.size()) {
-        finish(error, tcp::socket(context_));
-    } else if (failedCount_ == attempts_.size()) {
-        startNext();
-    }
+}
+
+void HappyEyeballs::postFinish(const error_code& error, tcp::socket socket) {
+    boost::asio::post(context_, [self = shared_from_this(), error,
+                                 socket = std::make_shared<tcp::socket>(std::move(socket))] {
+        self->finish(error, std::move(*socket));
+    });
 }
 
 void HappyEyeballs::finish(const error_code& error, tcp::socket socket) {
@@ -129,9 +152,14 @@ void HappyEyeballs::finish(const error_code& error, tcp::socket socket) {
 void HappyEyeballs::cancel() {
     handler_ = {};
     attemptTimer_.cancel();
-    for (tcp::socket& socket : attempts_) {
+    closeAttempts();
+}
+
+void HappyEyeballs::closeAttempts() {
+    connectedEarly_.reset();
+    for (const Attempt& attempt : std::exchange(attempts_, {})) {
         error_code ignored;  // Closing fails only for a socket that is closed already.
-        socket.close(ignored);
+        attempt->close(ignored);
     }
 }
 

@@ -4,8 +4,10 @@
 #include <boost/asio/io_context.hpp>
 #include <boost/asio/ip/tcp.hpp>
 #include <boost/asio/steady_timer.hpp>
+#include <deque>
 #include <functional>
 #include <memory>
+#include <optional>
 #include <vector>
 
 namespace tarvik::linuxdesktop {
@@ -20,25 +22,39 @@ class HappyEyeballs final : public std::enable_shared_from_this<HappyEyeballs> {
     using ConnectHandler =
         std::function<void(boost::system::error_code, boost::asio::ip::tcp::socket)>;
 
-    HappyEyeballs(boost::asio::io_context& context,
-                  std::vector<boost::asio::ip::tcp::endpoint> endpoints);
+    explicit HappyEyeballs(boost::asio::io_context& context);
 
-    /// Starts the first attempt. `handler` is called at most once, never inside this call. May be
-    /// called once.
-    void start(ConnectHandler handler);
+    /// Starts an attempt before the addresses are known. May be called once, before start().
+    void startEarly(const boost::asio::ip::tcp::endpoint& endpoint);
+    /// Starts the first attempt. An early attempt is the first one if its address is among
+    /// `endpoints`; otherwise the early attempt ends unused. `handler` is called at most once,
+    /// never inside this call. May be called once.
+    void start(const std::vector<boost::asio::ip::tcp::endpoint>& endpoints,
+               ConnectHandler handler);
     /// Ends all attempts without a call of the handler.
     void cancel();
 
   private:
+    using Attempt = std::shared_ptr<boost::asio::ip::tcp::socket>;
+
+    void begin(const boost::asio::ip::tcp::endpoint& endpoint);
     void startNext();
     void startNextLater();
-    void onAttempt(std::size_t index, const boost::system::error_code& error);
+    void onAttempt(const Attempt& attempt, const boost::system::error_code& error);
+    void closeAttempts();
     void finish(const boost::system::error_code& error, boost::asio::ip::tcp::socket socket);
+    void postFinish(const boost::system::error_code& error, boost::asio::ip::tcp::socket socket);
 
     boost::asio::io_context& context_;
-    const std::vector<boost::asio::ip::tcp::endpoint> endpoints_;
-    std::vector<boost::asio::ip::tcp::socket> attempts_;
-    std::size_t failedCount_ = 0;
+    std::optional<boost::asio::ip::tcp::endpoint> earlyEndpoint_;
+    /// The early attempt, connected before start().
+    Attempt connectedEarly_;
+    std::deque<boost::asio::ip::tcp::endpoint> untried_;
+    /// The running attempts.
+    std::vector<Attempt> attempts_;
+    boost::system::error_code lastError_;
+    std::size_t startCount_ = 0;
+    boost::asio::steady_timer::time_point lastStart_;
     boost::asio::steady_timer attemptTimer_;
     ConnectHandler handler_;
 };

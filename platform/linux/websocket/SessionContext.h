@@ -4,6 +4,7 @@
 #include <chrono>
 
 #include "platform/Log.h"
+#include "platform/linux/websocket/KnownAddresses.h"
 #include "platform/linux/websocket/ProxySettings.h"
 #include "platform/linux/websocket/TrustStore.h"
 
@@ -19,6 +20,7 @@ struct SessionContext {
     std::chrono::milliseconds delegateHoldTime;
     ProxySettings proxies;
     TrustStore trustStore;
+    KnownAddresses knownAddresses;
 };
 
 }  // namespace tarvik::linuxdesktop
