@@ -152,6 +152,7 @@ void Connector::handshakeTls() {
         fail({EINVAL, "The host name " + url_.host + " cannot be verified"});
         return;
     }
+    context_->trustStore.resumeSession(tls.native_handle());
     tls.async_handshake(
         boost::asio::ssl::stream_base::client,
         [self = shared_from_this(), connection = connection_](const error_code& error) {

@@ -10,7 +10,7 @@ namespace tarvik::linuxdesktop {
 
 namespace ssl = boost::asio::ssl;
 
-ssl::context& TrustStore::sslContext() const {
+ssl::context& TrustStore::sslContext() {
     std::call_once(isLoaded_, [this] {
         context_.emplace(ssl::context::tls_client);
         SSL_CTX_set_min_proto_version(context_->native_handle(), TLS1_2_VERSION);
@@ -19,6 +19,7 @@ ssl::context& TrustStore::sslContext() const {
         context_->set_default_verify_paths(ignored);
         context_->set_verify_mode(ssl::verify_peer, ignored);
         SSL_CTX_set_mode(context_->native_handle(), SSL_MODE_RELEASE_BUFFERS);
+        sessions_.collectFrom(context_->native_handle());
     });
     return *context_;
 }

@@ -7,6 +7,8 @@
 #include <optional>
 #include <string>
 
+#include "platform/linux/websocket/TlsSessions.h"
+
 namespace tarvik::linuxdesktop {
 
 /// The TLS settings of all connections: TLS 1.2 or later, and certificates that the system's trust
@@ -14,20 +16,24 @@ namespace tarvik::linuxdesktop {
 class TrustStore {
   public:
     /// The context of every connection. The first call reads the trust store from the disk, for
-    /// some milliseconds. Any thread but the main thread.
-    boost::asio::ssl::context& sslContext() const;
+    /// some tens of milliseconds. Any thread but the main thread.
+    boost::asio::ssl::context& sslContext();
 
     /// Makes the handshake of `ssl` fail unless the server's certificate is for `host`, a name or
     /// an address. False when OpenSSL rejects `host`; the handshake must not start then.
     [[nodiscard]] static bool requireHost(SSL* ssl, const std::string& host);
+
+    /// Lets the handshake of `ssl` resume an earlier session with the host of requireHost().
+    void resumeSession(SSL* ssl) { sessions_.resume(ssl); }
 
     /// The reason why the certificate did not verify in a failed handshake. Empty when the
     /// certificate did verify.
     static std::optional<std::string> verifyError(SSL* ssl);
 
   private:
-    mutable std::once_flag isLoaded_;
-    mutable std::optional<boost::asio::ssl::context> context_;
+    std::once_flag isLoaded_;
+    TlsSessions sessions_;
+    std::optional<boost::asio::ssl::context> context_;
 };
 
 }  // namespace tarvik::linuxdesktop

@@ -102,8 +102,7 @@ SslContext makeServerContext(const TestCertificate& wanted) {
     const Authority& authority = wanted.isTrusted ? trusted.authority : stranger;
 
     const Key key(EVP_EC_gen("P-256"));
-    const Certificate certificate =
-        makeBlank(key, 2, "Server of a test", wanted.isExpired ? -day : day);
+    const Certificate certificate = makeBlank(key, 2, "Server of a test", wanted.validity);
     X509* handle = certificate.get();
     X509_set_issuer_name(handle, X509_get_subject_name(authority.certificate.get()));
     addExtension(handle, authority.certificate.get(), NID_subject_alt_name, wanted.names);

@@ -18,7 +18,8 @@ struct TestCertificate {
     /// Subject alternative names in OpenSSL's notation: "DNS:localhost,IP:127.0.0.1".
     std::string names;
     bool isTrusted = true;
-    bool isExpired = false;
+    /// Seconds from now until the certificate expires; negative for an expired one.
+    long validity = 24L * 60 * 60;
 };
 
 /// A TLS context for a server with such a certificate. The first call makes the trusted authority

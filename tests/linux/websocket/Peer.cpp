@@ -73,6 +73,10 @@ bool Peer::startTls(SSL_CTX* context) {
     return SSL_accept(tls_) == 1;
 }
 
+bool Peer::isResumed() const {
+    return SSL_session_reused(tls_) == 1;
+}
+
 std::string Peer::serverName() const {
     const char* name = SSL_get_servername(tls_, TLSEXT_NAMETYPE_host_name);
     return name == nullptr ? std::string() : std::string(name);

@@ -37,6 +37,8 @@ class Peer {
 
     /// Does the TLS handshake. False when the client ends the handshake.
     bool startTls(SSL_CTX* context);
+    /// Whether the handshake resumed an earlier session.
+    bool isResumed() const;
     /// The server name that the client indicated in the TLS handshake.
     std::string serverName() const;
     /// The header of a request with its final blank line. Empty at the end of the connection.
