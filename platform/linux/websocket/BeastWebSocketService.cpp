@@ -13,7 +13,10 @@ BeastWebSocketService::BeastWebSocketService(platform::Log& log,
                                              std::chrono::milliseconds delegateHoldTime)
     : threads_(std::make_shared<ThreadRegistry>(log)),
       context_(new SessionContext{
-          log, closeTimeout, delegateHoldTime, ProxySettings::fromEnvironment(), {}, {}}) {}
+          log, closeTimeout, delegateHoldTime, ProxySettings::fromEnvironment(), {}, {}}) {
+    // The first recording would wait for the trust store.
+    threads_->start([context = context_] { context->trustStore.sslContext(); });
+}
 
 BeastWebSocketService::~BeastWebSocketService() {
     std::vector<std::shared_ptr<BeastWebSocketSession>> sessions;

@@ -23,6 +23,8 @@ struct SessionContext;
 /// The serial queue of a session is a thread. The thread starts with the first operation and ends
 /// when the session has nothing left to do.
 ///
+/// The trust store is read once, on a thread of its own, at the construction of the service.
+///
 /// Destruction aborts the open connections without a close handshake and joins the threads.
 /// Handlers and delegates are never called after the destruction. Sessions and tasks may outlive
 /// the service; their operations do nothing then.

@@ -52,8 +52,6 @@ void Connector::start(ConnectHandler handler) {
     } else {
         resolve(url_.host, url_.port);
     }
-    // The first connector reads the trust store while its name lookup is under way.
-    context_->trustStore.sslContext();
 }
 
 std::optional<Error> Connector::prepare() {
