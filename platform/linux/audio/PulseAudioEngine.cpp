@@ -14,7 +14,8 @@ constexpr std::uint32_t fragmentFrames = 2048;
 /// A stop comes 0.3 s after the last word and drops a buffer that is not full. A fragment of the
 /// server and a buffer together must be shorter than that, at every rate.
 constexpr Seconds maxBufferDuration{0.05};
-constexpr Seconds unusedStreamTimeout{10};
+/// The connection of a recording opens within this time or not at all.
+constexpr Seconds unusedStreamTimeout{5};
 
 platform::AudioFormat formatOf(const Microphone& microphone) {
     return {static_cast<double>(microphone.sampleRate), microphone.channels.channels};

@@ -17,9 +17,10 @@ namespace tarvik::linuxdesktop {
 /// Captures the default microphone of the sound server.
 ///
 /// inputFormatForBus() opens the microphone's stream corked, so that start() only has to uncork the
-/// stream. Until stop(), the format is that of the open stream. A stream that is not started within
-/// ten seconds is closed again. After stop() no stream is open. The server's lock guards every
-/// field; the loop's thread holds that lock while it delivers.
+/// stream. Sound from before start() is not delivered. Until stop(), the format is that of the open
+/// stream. A stream that is not started within five seconds is closed again. After stop() no stream
+/// is open. The server's lock guards every field; the loop's thread holds that lock while it
+/// delivers.
 class PulseAudioEngine final : public platform::AudioEngine, private platform::AudioInputNode {
   public:
     explicit PulseAudioEngine(std::shared_ptr<PulseServer> server);

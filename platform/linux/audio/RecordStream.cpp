@@ -2,9 +2,17 @@
 
 #include "platform/linux/audio/RecordStream.h"
 
+#include <algorithm>
 #include <utility>
 
 namespace tarvik::linuxdesktop {
+
+namespace {
+
+// In microseconds. What the server has kept for a stream arrives within this time of the start.
+constexpr pa_usec_t settleTime = 10'000;
+
+}  // namespace
 
 RecordStream::RecordStream(pa_context* context, Microphone microphone, std::size_t fragmentFrames,
                            Events events)
@@ -61,7 +69,9 @@ void RecordStream::connect(std::size_t fragmentFrames) {
 }
 
 void RecordStream::uncork() {
-    isUncorkRequested_ = true;
+    if (!uncorkTime_) {
+        uncorkTime_ = pa_rtclock_now();
+    }
     if (pa_stream_get_state(stream_.get()) == PA_STREAM_READY && !uncorkOperation_) {
         uncorkOperation_.reset(pa_stream_cork(stream_.get(), 0, &RecordStream::uncorked, this));
     }
@@ -106,7 +116,7 @@ void RecordStream::stateChanged(pa_stream* stream, void* self) {
 void RecordStream::handleOpened() {
     if (pa_stream_get_device_index(stream_.get()) != microphone_.index) {
         fail("the server opened another source than " + microphone_.name);
-    } else if (isUncorkRequested_) {
+    } else if (uncorkTime_) {
         uncork();
     }
 }
@@ -118,15 +128,41 @@ void RecordStream::moved(pa_stream*, void* self) {
 
 void RecordStream::readable(pa_stream* stream, std::size_t, void* self) {
     auto& recording = *static_cast<RecordStream*>(self);
-    const std::size_t frameSize = pa_frame_size(pa_stream_get_sample_spec(stream));
+    if (recording.uncorkTime_ && !recording.findStart()) {
+        return;
+    }
     const void* data = nullptr;
     std::size_t byteCount = 0;
     while (pa_stream_readable_size(stream) > 0 && pa_stream_peek(stream, &data, &byteCount) == 0 &&
            byteCount > 0) {
-        if (recording.isUncorkRequested_ && !recording.hasFailed_) {
-            recording.events_.onFrames(static_cast<const float*>(data), byteCount / frameSize);
+        if (recording.uncorkTime_ && !recording.hasFailed_) {
+            recording.deliver(static_cast<const float*>(data), byteCount);
         }
         pa_stream_drop(stream);
+    }
+}
+
+// The hardware records before a stream is uncorked, so the first fragments may be older. No frame
+// is younger than now. More frames than the time since the start has room for are therefore older.
+bool RecordStream::findStart() {
+    const pa_usec_t elapsed = pa_rtclock_now() - *uncorkTime_;
+    if (!isStartFound_ && elapsed >= settleTime) {
+        isStartFound_ = true;
+        const std::size_t byteCount = pa_stream_readable_size(stream_.get());
+        const std::size_t maxByteCount =
+            pa_usec_to_bytes(elapsed, pa_stream_get_sample_spec(stream_.get()));
+        oldByteCount_ = byteCount - std::min(byteCount, maxByteCount);
+    }
+    return isStartFound_;
+}
+
+void RecordStream::deliver(const float* samples, std::size_t byteCount) {
+    const std::size_t left = std::min(byteCount, oldByteCount_);
+    oldByteCount_ -= left;
+    if (left < byteCount) {
+        const std::size_t frameSize = pa_frame_size(pa_stream_get_sample_spec(stream_.get()));
+        events_.onFrames(samples != nullptr ? samples + left / sizeof(float) : nullptr,
+                         (byteCount - left) / frameSize);
     }
 }
 

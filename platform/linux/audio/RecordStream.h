@@ -6,6 +6,7 @@
 #include <cstddef>
 #include <functional>
 #include <memory>
+#include <optional>
 #include <string>
 
 #include "platform/linux/audio/Microphone.h"
@@ -24,7 +25,7 @@ class RecordStream {
     /// Called on the loop's thread. None of them may destroy the stream.
     struct Events {
         /// `frameCount` frames have been recorded: `samples` holds them interleaved, or is null for
-        /// a hole in the recording. Not before uncork().
+        /// a hole in the recording. Frames that are certainly older than uncork() are left out.
         std::function<void(const float* samples, std::size_t frameCount)> onFrames;
         /// The microphone of an uncorked stream has been suspended or resumed by another program.
         std::function<void(bool isSuspended)> onSuspended;
@@ -60,6 +61,8 @@ class RecordStream {
     static void uncorked(pa_stream* stream, int success, void* self);
     static void closeOnceOpen(pa_stream* stream, void*);
     void connect(std::size_t fragmentFrames);
+    bool findStart();
+    void deliver(const float* samples, std::size_t byteCount);
     void handleOpened();
     void fail(const std::string& reason);
     std::string lastError() const;
@@ -69,7 +72,11 @@ class RecordStream {
     Events events_;
     std::unique_ptr<pa_stream, Unreference> stream_;
     PulseOperation uncorkOperation_;
-    bool isUncorkRequested_ = false;
+    /// The time of the first uncork(), on the clock of libpulse.
+    std::optional<pa_usec_t> uncorkTime_;
+    bool isStartFound_ = false;
+    /// The bytes from before the start that are still to be left out.
+    std::size_t oldByteCount_ = 0;
     bool isUncorked_ = false;
     bool isSuspended_ = false;
     bool hasFailed_ = false;
