@@ -167,6 +167,7 @@ TEST_F(WebSocketConnector, ASessionThatNeverGetsAThreadLeavesNothingBehind) {
 }
 
 TEST_F(WebSocketConnector, ASessionWithoutDescriptorsWaitsForThemWithOneLine) {
+    open();  // The trust store has been read then.
     {
         const DescriptorShortage shortage;
         start();
@@ -181,10 +182,11 @@ TEST_F(WebSocketConnector, ASessionWithoutDescriptorsWaitsForThemWithOneLine) {
 }
 
 TEST_F(WebSocketConnector, AConnectionWithoutADescriptorFailsTheOpening) {
+    open();
+    task->cancel(platform::closeCodeGoingAway);
+    ASSERT_TRUE(comes("failed receive"));
+    recorder = std::make_shared<WebSocketRecorder>();
     // The descriptors of the session itself are open.
-    session = world.service().makeSession(recorder);
-    session->webSocketTask({})->resume();
-    world.settle();
     const DescriptorShortage shortage;
     task = session->webSocketTask(world.request());
     task->resume();
