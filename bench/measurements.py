@@ -43,12 +43,20 @@ def running_application(binaries, host=None, authority=None, **parts):
             service = ScriptedService(key, authority)
             stack.callback(service.close)
             host = service.host
-        write_settings(desktop.environment, {"deepgramApiKey": "a-key", "deepgramHost": host,
-                                             "lastWelcomeShownForVersion": VERSION})
-        application = Application(desktop, binaries, {"SSL_CERT_FILE": str(authority or "")})
+        application = start_application(desktop, binaries, host, authority)
         stack.callback(application.close)
-        wait_for_window(desktop).close()
         yield desktop, application, service
+
+
+def start_application(desktop, binaries, host, authority, command=()):
+    """Starts the application with a service at `host` and closes its setup window. `command` is the
+    beginning of the command that runs the application."""
+    write_settings(desktop.environment, {"deepgramApiKey": "a-key", "deepgramHost": host,
+                                         "lastWelcomeShownForVersion": VERSION})
+    application = Application(desktop, binaries, {"SSL_CERT_FILE": str(authority or "")},
+                              command=command)
+    wait_for_window(desktop).close()
+    return application
 
 
 def hotkey_to_connect(binaries):

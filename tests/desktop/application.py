@@ -61,12 +61,13 @@ def write_settings(environment, values):
 
 
 class Application:
-    """The running application. The constructor waits for all log lines of `ready`."""
+    """The running application. The constructor waits for all log lines of `ready`. `command` is the
+    beginning of the command, for a program that runs the application."""
 
-    def __init__(self, desktop, binaries, environment, ready=READY):
+    def __init__(self, desktop, binaries, environment, ready=READY, command=()):
         self._desktop = desktop
         self.process = desktop.spawn(
-            [binaries / "tarvik-dictate"], env=desktop.environment | environment,
+            [*command, binaries / "tarvik-dictate"], env=desktop.environment | environment,
             stderr=subprocess.PIPE, text=True, errors="replace",
         )
         self.log = Log(self.process.stderr)

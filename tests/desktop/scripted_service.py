@@ -10,6 +10,7 @@ import ssl
 import struct
 import subprocess
 import threading
+import time
 import urllib.parse
 
 # Debian 12 has this interface alone, and the versions after it keep it.
@@ -19,13 +20,13 @@ from websockets.legacy.server import serve
 from desktop import wait_for
 
 
-def make_certificate(folder, name="localhost"):
-    """Makes a key and a self-signed certificate for `name`; returns their files."""
+def make_certificate(folder, name="localhost", address="127.0.0.1"):
+    """Makes a key and a self-signed certificate for `name` and `address`; returns their files."""
     folder.mkdir(exist_ok=True)
     key, certificate = folder / f"{name}.key", folder / f"{name}.pem"
     subprocess.run(
         ["openssl", "req", "-x509", "-newkey", "ec", "-pkeyopt", "ec_paramgen_curve:prime256v1",
-         "-nodes", "-days", "2", "-subj", f"/CN={name}", "-addext", f"subjectAltName=DNS:{name}",
+         "-nodes", "-days", "2", "-subj", f"/CN={name}", "-addext", f"subjectAltName=DNS:{name},IP:{address}",
          "-keyout", str(key), "-out", str(certificate)],
         check=True, capture_output=True,
     )
@@ -51,6 +52,11 @@ class Stream:
         self.protocols = connection.request_headers.get("Sec-WebSocket-Protocol")
         self.audio = bytearray()
         self.texts = []
+        # Monotonic times in seconds: of the request that opens the socket, and of the first audio.
+        self.request_time = service.request_time
+        self.first_audio_time = None
+        # Whether the TLS handshake resumed an earlier session.
+        self.is_resumed = connection.transport.get_extra_info("ssl_object").session_reused
         self.is_closed = False
 
     def say(self, text, final=True):
@@ -94,6 +100,8 @@ class Stream:
         try:
             async for message in self._connection:
                 if isinstance(message, bytes):
+                    if self.first_audio_time is None:
+                        self.first_audio_time = time.monotonic()
                     self.audio += message
                 else:
                     self.texts.append(message)
@@ -106,18 +114,21 @@ class Stream:
 
 
 class ScriptedService:
-    """Serves until it is closed. With `refusal`, a status and a body, it refuses all connections."""
+    """Serves until it is closed, on loopback or on the bound socket `listener`. With `refusal`, a status
+    and a body, it refuses all connections."""
 
-    def __init__(self, key, certificate):
+    def __init__(self, key, certificate, listener=None):
         self.streams = []
         self.refusal = None
+        # When the last request arrived, in monotonic seconds.
+        self.request_time = None
         self.closes_at_end = True
         self._context = ssl.SSLContext(ssl.PROTOCOL_TLS_SERVER)
         self._context.load_cert_chain(certificate, key)
         self._loop = asyncio.new_event_loop()
         self._thread = threading.Thread(target=self._loop.run_forever, daemon=True)
         self._thread.start()
-        self._server = self.call(self._listen())
+        self._server = self.call(self._listen(listener))
         self.port = self._server.sockets[0].getsockname()[1]
 
     @property
@@ -141,11 +152,12 @@ class ScriptedService:
         self._thread.join()
         self._loop.close()
 
-    async def _listen(self):
+    async def _listen(self, listener):
+        place = ({"sock": listener} if listener
+                 else {"host": "localhost", "port": 0, "family": socket.AF_INET})
         return await serve(
-            self._serve, "localhost", 0, ssl=self._context, subprotocols=["token"],
-            process_request=self._answer_request, family=socket.AF_INET, max_size=None,
-            close_timeout=1,
+            self._serve, **place, ssl=self._context, subprotocols=["token"],
+            process_request=self._answer_request, max_size=None, close_timeout=1,
         )
 
     async def _close(self):
@@ -153,6 +165,7 @@ class ScriptedService:
         await self._server.wait_closed()
 
     async def _answer_request(self, _path, _headers):
+        self.request_time = time.monotonic()
         if self.refusal is None:
             return None
         status, body = self.refusal
