@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <atomic>
 #include <memory>
 #include <vector>
 
@@ -91,6 +92,32 @@ TEST_P(AudioConformance, WithoutAMicrophoneTheRateIsZeroAndStartSaysWhy) {
     const std::optional<Error> error = recorder.engine().start();
     ASSERT_TRUE(error);
     EXPECT_FALSE(error->localizedDescription.empty());
+}
+
+TEST_P(AudioConformance, AReadyMicrophoneDeliversFromTheStartOnAndNotEarlier) {
+    plugFirst(16000, 1);
+    platform::AudioEngine& engine = recorder.engine();
+    std::atomic<int> deliveries = 0;
+    engine.inputNode().installTapOnBus(
+        0, AudioRecorder::bufferSize, recorder.format(),
+        [&deliveries](const platform::AudioPcmBuffer&) { ++deliveries; });
+    engine.prepare();
+    world->speak(tone(4000, 1));
+    world->settle();
+    EXPECT_EQ(deliveries, 0);
+    ASSERT_FALSE(engine.start());
+    EXPECT_TRUE(within([&] { return deliveries > 0; }));
+    engine.inputNode().removeTapOnBus(0);
+    engine.stop();
+}
+
+TEST_P(AudioConformance, AMicrophoneThatIsNotStartedInTimeIsReadyAgainAtTheStart) {
+    plugFirst(16000, 1);
+    // Longer than a backend keeps a microphone ready.
+    world->runFor(std::chrono::milliseconds(5500));
+    record();
+    hearsExactly(3000, 16000, 1);
+    EXPECT_EQ(recorder.changes(), 1);
 }
 
 TEST_P(AudioConformance, AMonoMicrophoneIsHeardSampleForSample) {
