@@ -11,6 +11,12 @@ namespace tarvik::network {
 
 using boost::system::error_code;
 
+TlsStream::TlsStream(boost::asio::ip::tcp::socket socket, boost::asio::ssl::context& context)
+    : next_(std::move(socket), context) {
+    error_code ignored;  // Without the option bytes leave later, but they leave.
+    next_.next_layer().set_option(boost::asio::ip::tcp::no_delay(true), ignored);
+}
+
 void TlsStream::read(Buffers buffers, TransferHandler handler) {
     const Buffers target = buffers;  // The lambda below takes `buffers` over.
     next_.async_read_some(target,

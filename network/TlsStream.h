@@ -20,6 +20,9 @@ namespace tarvik::network {
 /// All handlers are wrapped in one type, so that TLS and the socket are compiled once. One
 /// compilation for each operation of Beast would be a quarter of the whole build.
 ///
+/// Bytes leave at once, without Nagle's algorithm. A response after a handshake would otherwise
+/// wait for the peer's delayed acknowledgement, 40 ms and a round trip.
+///
 /// On the socket's executor only. Handlers are called there too, even when they are associated with
 /// another executor. Errors are those of Asio and OpenSSL. The stream must not move while an
 /// operation is pending.
@@ -28,8 +31,7 @@ class TlsStream {
     using next_layer_type = boost::beast::ssl_stream<boost::asio::ip::tcp::socket>;
     using executor_type = next_layer_type::executor_type;
 
-    TlsStream(boost::asio::ip::tcp::socket socket, boost::asio::ssl::context& context)
-        : next_(std::move(socket), context) {}
+    TlsStream(boost::asio::ip::tcp::socket socket, boost::asio::ssl::context& context);
     virtual ~TlsStream() = default;
     TlsStream(TlsStream&&) = default;
     TlsStream& operator=(TlsStream&&) = default;

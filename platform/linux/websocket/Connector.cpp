@@ -113,8 +113,7 @@ void Connector::connectToAny(const std::string& destination,
 }
 
 void Connector::onConnected(const std::string& destination, tcp::socket socket) {
-    error_code error;  // Without the option messages leave later, but they leave.
-    socket.set_option(tcp::no_delay(true), error);
+    error_code error;
     const tcp::endpoint endpoint = socket.remote_endpoint(error);
     // A connection that has just been reset has no remote address. The handshake reports the reset.
     if (!error) {
