@@ -95,7 +95,7 @@ class DelayedNetwork:
         mount = f'mount --bind "{resolver}" /etc/resolv.conf && exec "$@"'
         return ["nsenter", f"--net={self._client}", "unshare", "--mount", "sh", "-c", mount, "sh"]
 
-    def measured_round_trip(self, port):
+    def connection_time(self, port):
         """The seconds that a TCP connection to the service takes."""
         with inside(self._client), socket.socket() as probe:
             begin = time.monotonic()

@@ -38,6 +38,11 @@ class Press:
         self._microphone = microphone
         self._keys = XTest(desktop.environment["DISPLAY"])
 
+    @property
+    def port(self):
+        """The port of the service."""
+        return self._service.port
+
     def close(self):
         self._application.close()
 
@@ -104,9 +109,10 @@ def first_recording(binaries):
 
 
 def over_network(binaries, round_trip, host=None):
-    """Samples in milliseconds with a round trip in seconds to the service."""
+    """Samples in milliseconds with a round trip in seconds to the service, and the milliseconds that a
+    TCP connection takes there."""
     with (tempfile.TemporaryDirectory() as folder,
           DelayedNetwork(pathlib.Path(folder), round_trip) as network,
           ready_to_press(binaries, network, host) as press):
         press()
-        return sample_until_settled(press)
+        return sample_until_settled(press), network.connection_time(press.port) * 1000

@@ -53,19 +53,21 @@ class FirstWords(DictationTest):
             self.assertGreater(recorded, stream.request_time - MAX_DELIVERY_TIME)
             self.assertLess(recorded - pressed, MAX_LOST_TIME)
 
+    def has_stream(self):
+        """Whether a stream of the microphone exists, corked or not."""
+        return bool(self.desktop.run(["pactl", "list", "short", "source-outputs"]))
+
     def test_nothing_of_the_microphone_is_open_after_a_recording(self):
         self.record()
-        wait_for(lambda: not self.desktop.run(["pactl", "list", "short", "source-outputs"]),
-                 "a closed microphone")
+        wait_for(lambda: not self.has_stream(), "a closed microphone")
 
     def test_a_recording_without_a_connection_closes_the_microphone(self):
         self.service.refusal = (503, "no")
         self.hold()
         self.application.log.wait_for("Deepgram error: ")
-        self.assertTrue(self.desktop.run(["pactl", "list", "short", "source-outputs"]))
+        wait_for(self.has_stream, "a corked stream", timeout=4)
         self.assertFalse(self.desktop.is_microphone_open())
-        wait_for(lambda: not self.desktop.run(["pactl", "list", "short", "source-outputs"]),
-                 "a closed microphone", timeout=7)
+        wait_for(lambda: not self.has_stream(), "a closed microphone", timeout=7)
 
     def test_later_recordings_resume_the_session(self):
         resumed = []
