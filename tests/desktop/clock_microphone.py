@@ -2,11 +2,10 @@
 
 """A virtual microphone whose samples tell when they were recorded.
 
-usage: clock_microphone.py FIFO RATE HELD
+usage: clock_microphone.py FIFO RATE
 
 Feeds a mono pipe source of the sound server with a sawtooth. Prints the monotonic time of the first
-sample, in seconds. Sample `n` is recorded `n / RATE` seconds after the first one. The microphone holds
-sound that nobody reads for HELD seconds.
+sample, in seconds. Sample `n` is recorded `n / RATE` seconds after the first one.
 """
 
 import array
@@ -26,18 +25,18 @@ INTERVAL = 0.001
 # The sawtooth leaves 0 and 1 out: a hole of the recording is 0, and the conversion makes 0 of 1.
 LOWEST = 2
 PERIOD = 32000
-# Seconds of sound that wait for the sound server when it reads all the time.
-MIN_HELD = 0.002
+# Seconds of sound that may wait for the sound server. A microphone keeps no sound that nobody reads.
+MAX_WAITING = 0.002
 # A pipe takes a block of this size completely or not at all.
 BLOCK_SAMPLES = select.PIPE_BUF // 2
 
 
 class ClockMicrophone:
-    def __init__(self, desktop, fifo, rate, held=MIN_HELD):
+    def __init__(self, desktop, fifo, rate):
         self._desktop = desktop
         self._rate = rate
         self._process = desktop.spawn(
-            [sys.executable, "-B", pathlib.Path(__file__), fifo, str(rate), str(held)],
+            [sys.executable, "-B", pathlib.Path(__file__), fifo, str(rate)],
             stdout=subprocess.PIPE, text=True)
         self._start = float(self._process.stdout.readline())
 
@@ -65,18 +64,18 @@ def drop_old_sound(pipe, max_samples):
             os.read(pipe, waiting - max_samples * 2)
 
 
-def feed(fifo, rate, held):
+def feed(fifo, rate):
     sawtooth = array.array("h", (LOWEST + n for n in range(PERIOD))).tobytes()
     pipe = os.open(fifo, os.O_RDWR | os.O_NONBLOCK)
-    max_late = int(rate * MIN_HELD)
+    max_waiting = int(rate * MAX_WAITING)
     start = time.monotonic()
     print(start, flush=True)
     delivered = 0
     while True:
         due = int((time.monotonic() - start) * rate)
-        drop_old_sound(pipe, int(rate * held))
+        drop_old_sound(pipe, max_waiting)
         # A late write leaves the old samples out, so that no sample arrives long after its time.
-        delivered = max(delivered, due - max_late)
+        delivered = max(delivered, due - max_waiting)
         while delivered < due:
             position = delivered % PERIOD
             count = min(due - delivered, PERIOD - position, BLOCK_SAMPLES)
@@ -86,4 +85,4 @@ def feed(fifo, rate, held):
 
 
 if __name__ == "__main__":
-    feed(sys.argv[1], int(sys.argv[2]), float(sys.argv[3]))
+    feed(sys.argv[1], int(sys.argv[2]))

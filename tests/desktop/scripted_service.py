@@ -120,6 +120,8 @@ class ScriptedService:
     def __init__(self, key, certificate, listener=None):
         self.streams = []
         self.refusal = None
+        # Seconds from the request that opens a socket to the answer.
+        self.answer_delay = 0
         # When the last request arrived, in monotonic seconds.
         self.request_time = None
         self.closes_at_end = True
@@ -166,6 +168,7 @@ class ScriptedService:
 
     async def _answer_request(self, _path, _headers):
         self.request_time = time.monotonic()
+        await asyncio.sleep(self.answer_delay)
         if self.refusal is None:
             return None
         status, body = self.refusal
