@@ -69,6 +69,13 @@ class Stream:
         """Sends a text or binary message unchanged."""
         self._service.call(self._connection.send(message))
 
+    def send_all(self, messages):
+        """Sends messages as fast as the application reads them, without waiting for its answers."""
+        async def send():
+            for message in messages:
+                await self._connection.send(message)
+        self._service.call(send())
+
     def wait_until_read(self):
         """Waits until the application has read everything sent so far."""
         async def answered():

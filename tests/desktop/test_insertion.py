@@ -9,6 +9,7 @@ import unittest
 
 from desktop import wait_for
 from dictation_test import DictationTest
+from scripted_service import transcript
 
 MIXED = "Zażółć, мир, 日本語, 😀!"
 # A property of the root window that nothing else changes.
@@ -151,6 +152,25 @@ class Insertion(DictationTest):
         text = " ".join(f"word{number}" for number in range(400))
         self.dictate(self.service, text)
         self.check_written(target, text)
+
+    def test_a_burst_does_not_hold_up_the_release_and_arrives_whole(self):
+        """Each piece is written on the main thread, and all of them take many seconds."""
+        self.service.closes_at_end = False
+        target = self.start_target("gtk3")
+        stream = self.dictate(self.service, "Begin")
+        target.wait_for_text("Begin")
+        pieces = [f"word{number}" for number in range(2000)]
+        stream.send_all([transcript(piece) for piece in pieces])
+        stream.wait_until_read()
+        wait_for(lambda: pieces[20] in target.text, "the first pieces of the burst")
+        self.keyboard.release()
+        # Neither the release, which takes two blocks, nor the block 0.3 s later may wait.
+        wait_for(lambda: stream.is_audio_ended, "the end of the audio", timeout=30)
+        written = target.text.count("word")
+        self.tray.wait_for_icon(recording=False)
+        self.assertLess(written, len(pieces) // 2, "pieces before the end of the audio")
+        target.wait_for_text(" ".join(["Begin", *pieces]), timeout=90)
+        self.assertEqual(target.typed_keys, 0)
 
     def test_what_is_recognised_after_the_release_arrives_too(self):
         self.service.closes_at_end = False

@@ -2,6 +2,8 @@
 
 #include "platform/linux/system/QtMainQueue.h"
 
+#include <algorithm>
+#include <atomic>
 #include <utility>
 
 namespace tarvik::linuxdesktop {
@@ -26,8 +28,8 @@ void QtMainQueue::asyncAfter(Seconds delay, std::function<void()> block) {
     const std::lock_guard lock(mutex_);
     // The clock is read under the lock; otherwise blocks of two threads could get the wrong order.
     const Key key(clock_.now() + wait, submissions_++);
-    blocks_.emplace(key, std::move(block));
-    if (blocks_.begin()->first == key) {
+    lanes_[currentThread()].blocks.emplace(key, std::move(block));
+    if (nextLane()->second.nextKey() == key) {
         setAlarm();
     }
 }
@@ -35,40 +37,71 @@ void QtMainQueue::asyncAfter(Seconds delay, std::function<void()> block) {
 void QtMainQueue::discardBlocks() {
     // Declared before the lock and so destroyed after it: the destructor of something that a block
     // holds may submit another block.
-    std::map<Key, std::function<void()>> discarded;
+    Lanes discarded;
     const std::lock_guard lock(mutex_);
-    discarded.swap(blocks_);
+    discarded.swap(lanes_);
     setAlarm();
+}
+
+QtMainQueue::ThreadNumber QtMainQueue::currentThread() {
+    static std::atomic<ThreadNumber> threads = 0;
+    thread_local const ThreadNumber number = threads++;
+    return number;
+}
+
+QtMainQueue::Key QtMainQueue::Lane::nextKey() const {
+    const auto& [due, submission] = blocks.begin()->first;
+    return {std::max(due, notBefore), submission};
 }
 
 void QtMainQueue::runTurn() {
     std::unique_lock lock(mutex_);
     const Key end(clock_.now(), submissions_);
     lock.unlock();
-    while (const std::function<void()> block = takeNext(end)) {
-        block();
+    while (const std::optional<Taken> next = takeNext(end)) {
+        next->block();
+        holdBack(next->thread);
     }
 }
 
 // The alarm is set for the next block before the taken block runs: a nested loop of the taken block
 // then runs the next one.
-std::function<void()> QtMainQueue::takeNext(const Key& end) {
+std::optional<QtMainQueue::Taken> QtMainQueue::takeNext(const Key& end) {
     const std::lock_guard lock(mutex_);
-    const auto next = blocks_.begin();
-    if (next == blocks_.end() || next->first >= end) {
-        return {};
+    const auto lane = nextLane();
+    if (lane == lanes_.end() || lane->second.nextKey() >= end) {
+        return std::nullopt;
     }
-    std::function<void()> block = std::move(next->second);
-    blocks_.erase(next);
+    const auto first = lane->second.blocks.begin();
+    Taken taken{std::move(first->second), lane->first};
+    lane->second.blocks.erase(first);
+    if (lane->second.blocks.empty()) {
+        lanes_.erase(lane);
+    }
     setAlarm();
-    return block;
+    return taken;
+}
+
+// The main thread's own blocks are not held back. A step that a block takes on the main thread,
+// such as the second hop of a hotkey, would otherwise wait for the backlog of other threads.
+void QtMainQueue::holdBack(ThreadNumber thread) {
+    const std::lock_guard lock(mutex_);
+    const auto lane = lanes_.find(thread);
+    if (thread != mainThread_ && lane != lanes_.end()) {
+        lane->second.notBefore = clock_.now();
+    }
+}
+
+QtMainQueue::Lanes::iterator QtMainQueue::nextLane() {
+    return std::ranges::min_element(
+        lanes_, {}, [](const Lanes::value_type& lane) { return lane.second.nextKey(); });
 }
 
 void QtMainQueue::setAlarm() {
-    if (blocks_.empty()) {
-        alarm_.clear();
+    if (const auto lane = nextLane(); lane != lanes_.end()) {
+        alarm_.set(lane->second.nextKey().first);
     } else {
-        alarm_.set(blocks_.begin()->first.first);
+        alarm_.clear();
     }
 }
 

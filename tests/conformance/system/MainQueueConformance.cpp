@@ -111,6 +111,24 @@ TEST_P(MainQueueConformance, DelayedBlocksRunInTheOrderOfTheirDueTimes) {
     EXPECT_EQ(order, (std::vector<int>{1, 2, 3, 4}));
 }
 
+TEST_P(MainQueueConformance, BlocksOfAnotherThreadRunInTheOrderOfTheirDueTimes) {
+    std::vector<int> order;
+    const auto note = [&order](int number) {
+        return [&order, number] { order.push_back(number); };
+    };
+    std::thread other([&] {
+        world->mainQueue().asyncAfter(Seconds(0.02), note(4));
+        world->mainQueue().asyncAfter(Seconds(0.01), note(3));
+        world->mainQueue().async(note(1));
+        world->mainQueue().async(note(2));
+    });
+    other.join();
+    // A main thread that is late for all of them still keeps the order.
+    world->stall(Seconds(0.05));
+    EXPECT_TRUE(world->runUntil([&] { return order.size() == 4; }));
+    EXPECT_EQ(order, (std::vector<int>{1, 2, 3, 4}));
+}
+
 TEST_P(MainQueueConformance, ADelayedBlockOfAnotherThreadWakesAnIdleLoop) {
     std::atomic<bool> isSubmitted = false;
     bool hasRun = false;
