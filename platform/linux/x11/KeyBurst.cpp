@@ -8,6 +8,7 @@
 #include <utility>
 #include <vector>
 
+#include "platform/linux/x11/FilterSuspension.h"
 #include "platform/linux/x11/ServerGrab.h"
 #include "platform/linux/x11/XkbProtocol.h"
 
@@ -100,7 +101,7 @@ bool KeyBurst::takeKeyboard() {
 // Modifiers are lifted while this client has the grab: the hotkey cannot fire again after that, and
 // no program takes a lifted Alt for the user's wish to see its menu. Modifiers are never pressed
 // again, since the user may have let go by then.
-void KeyBurst::liftModifiers(const KeyboardState& state) {
+bool KeyBurst::liftModifiers(const KeyboardState& state) {
     std::vector<xcb_keycode_t> held;
     for (const xcb_keycode_t key : keyboard_.modifierKeys(everyModifier)) {
         if (state.down[key]) {
@@ -113,6 +114,7 @@ void KeyBurst::liftModifiers(const KeyboardState& state) {
     for (const xcb_keycode_t key : held) {
         hotKeys_.expectRelease(key, fake(false, key));
     }
+    return !held.empty();
 }
 
 // A window behind has the focus no longer than the server needs for the keys, so that none of the
@@ -122,9 +124,13 @@ void KeyBurst::press(std::span<const xcb_keycode_t> keys, const KeyboardState& s
     const auto focus = behind == XCB_NONE ? std::nullopt : front_.focus();
     hotKeys_.handleGrabLost();
     chooseDevice();
-    liftModifiers(state);
+    const FilterSuspension suspension(connection_,
+                                      device_ != 0 ? device_ : connection_.testKeyboard());
+    const bool isLifted = liftModifiers(state);
     const auto affected = static_cast<std::uint8_t>(everyModifier & ~keyboard_.numLockMask());
-    const bool isLocked = (state.lockedModifiers & affected) != 0 || state.latchedModifiers != 0;
+    // Sticky keys latch a modifier that is lifted.
+    const bool isLocked =
+        (state.lockedModifiers & affected) != 0 || state.latchedModifiers != 0 || isLifted;
     const auto lock = [&](int modifiers) {
         xcb_xkb_latch_lock_state(connection_.get(), XCB_XKB_ID_USE_CORE_KBD, affected,
                                  static_cast<std::uint8_t>(modifiers), 0, 0, everyModifier, 0, 0);

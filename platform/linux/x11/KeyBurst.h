@@ -49,7 +49,8 @@ class KeyBurst {
     Outcome typeUndisturbed(std::u32string_view characters,
                             std::optional<platform::ProcessIdentifier> process,
                             xcb_window_t behind);
-    void liftModifiers(const KeyboardState& state);
+    /// Whether there was a modifier to lift.
+    bool liftModifiers(const KeyboardState& state);
     bool takeKeyboard();
     void chooseDevice();
     void press(std::span<const xcb_keycode_t> keys, const KeyboardState& state,

@@ -79,7 +79,7 @@ const char* XcbConnection::useExtensions() {
     if (!version || version->major_version < 2 || version->minor_version < 1) {
         return "XInput 2.1";
     }
-    keyboard_ = findKeyboard();
+    findKeyboards();
     return use && use->supported != 0 ? nullptr : "XKB";
 }
 
@@ -123,19 +123,24 @@ bool XcbConnection::namesProcesses() {
     return version && (version->server_major > 1 || version->server_minor >= 2);
 }
 
-std::uint16_t XcbConnection::findKeyboard() {
+// The server lists the master keyboard before the keyboards that are attached to it.
+void XcbConnection::findKeyboards() {
     const XcbReply<xcb_input_xi_query_device_reply_t> reply(xcb_input_xi_query_device_reply(
-        connection_, xcb_input_xi_query_device(connection_, XCB_INPUT_DEVICE_ALL_MASTER), nullptr));
+        connection_, xcb_input_xi_query_device(connection_, XCB_INPUT_DEVICE_ALL), nullptr));
     if (!reply) {
-        return 0;
+        return;
     }
     auto devices = xcb_input_xi_query_device_infos_iterator(reply.get());
     for (; devices.rem > 0; xcb_input_xi_device_info_next(&devices)) {
-        if (devices.data->type == XCB_INPUT_DEVICE_TYPE_MASTER_KEYBOARD) {
-            return devices.data->deviceid;
+        const xcb_input_xi_device_info_t& device = *devices.data;
+        const std::string_view name(xcb_input_xi_device_info_name(&device), device.name_len);
+        if (device.type == XCB_INPUT_DEVICE_TYPE_MASTER_KEYBOARD && keyboard_ == 0) {
+            keyboard_ = device.deviceid;
+        } else if (device.type == XCB_INPUT_DEVICE_TYPE_SLAVE_KEYBOARD &&
+                   device.attachment == keyboard_ && name.ends_with("XTEST keyboard")) {
+            testKeyboard_ = device.deviceid;
         }
     }
-    return 0;
 }
 
 void XcbConnection::shutDown() {

@@ -35,6 +35,8 @@ class XcbConnection {
     bool isXwayland();
     /// The XInput device that all keyboards act through.
     std::uint16_t keyboard() const { return keyboard_; }
+    /// The XInput device that presses the keys which XTEST is asked for without a device.
+    std::uint16_t testKeyboard() const { return testKeyboard_; }
     std::uint8_t xinputOpcode() const { return xinputOpcode_; }
     std::uint8_t xinputFirstEvent() const { return xinputFirstEvent_; }
     std::uint8_t xkbFirstEvent() const { return xkbFirstEvent_; }
@@ -68,11 +70,12 @@ class XcbConnection {
     explicit XcbConnection(xcb_connection_t* connection) : connection_(connection) {}
     const char* useExtensions();
     bool namesProcesses();
-    std::uint16_t findKeyboard();
+    void findKeyboards();
 
     xcb_connection_t* connection_;
     xcb_window_t root_ = XCB_NONE;
     std::uint16_t keyboard_ = 0;
+    std::uint16_t testKeyboard_ = 0;
     std::uint8_t xinputOpcode_ = 0;
     std::uint8_t xinputFirstEvent_ = 0;
     std::uint8_t xkbFirstEvent_ = 0;
