@@ -128,15 +128,16 @@ void KeyBurst::press(std::span<const xcb_keycode_t> keys, const KeyboardState& s
                                       device_ != 0 ? device_ : connection_.testKeyboard());
     const bool isLifted = liftModifiers(state);
     const auto affected = static_cast<std::uint8_t>(everyModifier & ~keyboard_.numLockMask());
+    const std::uint8_t bypass = keyboard_.bypassMask();
     // Sticky keys latch a modifier that is lifted.
-    const bool isLocked =
-        (state.lockedModifiers & affected) != 0 || state.latchedModifiers != 0 || isLifted;
+    const bool needsLock = (state.lockedModifiers & affected) != 0 || state.latchedModifiers != 0 ||
+                           isLifted || bypass != 0;
     const auto lock = [&](int modifiers) {
         xcb_xkb_latch_lock_state(connection_.get(), XCB_XKB_ID_USE_CORE_KBD, affected,
                                  static_cast<std::uint8_t>(modifiers), 0, 0, everyModifier, 0, 0);
     };
-    if (isLocked) {
-        lock(0);
+    if (needsLock) {
+        lock(bypass);
     }
     xcb_input_xi_ungrab_device(connection_.get(), XCB_CURRENT_TIME, connection_.keyboard());
     if (focus) {
@@ -149,7 +150,7 @@ void KeyBurst::press(std::span<const xcb_keycode_t> keys, const KeyboardState& s
     if (focus) {
         front_.setFocus(*focus);
     }
-    if (isLocked) {
+    if (needsLock) {
         lock(state.lockedModifiers & affected);
     }
 }

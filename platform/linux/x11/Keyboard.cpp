@@ -26,6 +26,11 @@ bool typesItself(std::uint32_t symbol) {
     return symbol != XKB_KEY_NoSymbol && !isFunctionKey;
 }
 
+// Of keys that act, of the keypad, or of modifiers.
+bool isFunction(std::uint32_t symbol) {
+    return symbol >= XKB_KEY_ISO_Lock && symbol <= XKB_KEY_Delete;
+}
+
 }  // namespace
 
 std::uint32_t symbolOf(char32_t character) {
@@ -44,6 +49,7 @@ void Keyboard::refresh() {
     if (isStale_) {
         reread();
     }
+    hasInputMethod_ = inputMethods_.isRunning();
 }
 
 void Keyboard::reread() {
@@ -121,6 +127,20 @@ std::uint8_t Keyboard::modifierMask(std::initializer_list<std::uint32_t> symbols
 
 std::uint8_t Keyboard::numLockMask() const {
     return modifierMask({XKB_KEY_Num_Lock});
+}
+
+// The third modifier chooses the levels of a key beyond the fourth, in the few layouts that have
+// them. Where it stands for a shortcut instead, programs type nothing.
+std::uint8_t Keyboard::bypassMask() const {
+    constexpr std::uint8_t maxLevels = 4;
+    bool isFree = std::ranges::all_of(modifierKeys(XCB_MOD_MASK_3), [this](xcb_keycode_t code) {
+        return map_.contains(code) && map_[code].symbol(0) == XKB_KEY_ISO_Level5_Shift;
+    });
+    for (std::size_t i = 0; isFree && i < map_.size(); ++i) {
+        const auto& key = map_[static_cast<xcb_keycode_t>(map_.firstCode() + i)];
+        isFree = key.width <= maxLevels || isFunction(key.symbol(0));
+    }
+    return hasInputMethod_ && isFree ? XCB_MOD_MASK_3 : 0;
 }
 
 std::vector<xcb_keycode_t> Keyboard::modifierKeys(std::uint8_t mask) const {

@@ -11,6 +11,7 @@
 #include <string_view>
 #include <vector>
 
+#include "platform/linux/x11/InputMethods.h"
 #include "platform/linux/x11/KeyboardMap.h"
 #include "platform/linux/x11/RemappedKeys.h"
 #include "platform/linux/x11/XcbConnection.h"
@@ -25,12 +26,13 @@ using KeysDown = std::bitset<256>;
 class Keyboard {
   public:
     explicit Keyboard(XcbConnection& connection)
-        : connection_(connection), remappedKeys_(connection) {}
+        : connection_(connection), remappedKeys_(connection), inputMethods_(connection) {}
 
     /// The map has changed, and `sequence` is that of the last request processed by then. Answers
     /// whether another client has changed the map.
     bool handleMapChange(std::uint32_t sequence);
-    /// Reads the map and the modifiers again if they may have changed.
+    /// Reads the map and the modifiers again if they may have changed. Finds out whether an input
+    /// method runs.
     void refresh();
     /// Reads the map and the modifiers again in any case.
     void reread();
@@ -41,6 +43,11 @@ class Keyboard {
     /// The modifier bits of the keys that yield one of `symbols`; 0 when there are none.
     std::uint8_t modifierMask(std::initializer_list<std::uint32_t> symbols) const;
     std::uint8_t numLockMask() const;
+    /// Whether an input method runs.
+    bool hasInputMethod() const { return hasInputMethod_; }
+    /// A modifier with which keys type what they type without, and which makes an input method
+    /// leave the keys alone. 0 while none runs, or when the modifier stands for something else.
+    std::uint8_t bypassMask() const;
     /// The keys that are bound to one of the modifiers in `mask`.
     std::vector<xcb_keycode_t> modifierKeys(std::uint8_t mask) const;
 
@@ -73,6 +80,7 @@ class Keyboard {
 
     XcbConnection& connection_;
     RemappedKeys remappedKeys_;
+    InputMethods inputMethods_;
     KeyboardMap map_;
     std::vector<std::vector<xcb_keycode_t>> modifiers_;
     std::map<char32_t, xcb_keycode_t> remapped_;
@@ -81,6 +89,7 @@ class Keyboard {
     RemappedSymbols others_;
     std::set<std::uint32_t> ownChanges_;
     bool isStale_ = true;
+    bool hasInputMethod_ = false;
 };
 
 /// The X symbol of a character.

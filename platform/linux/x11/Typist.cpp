@@ -29,6 +29,9 @@ constexpr int maxFailures = 12;
 constexpr std::size_t reservedKeys = 4;
 // The server listens to this client alone during a burst, so bursts are short.
 constexpr std::size_t maxBurstLength = 40;
+// A program with an input method sends each key there and back, and may mix up keys that come
+// faster.
+constexpr auto inputMethodInterval = 12ms;
 
 }  // namespace
 
@@ -253,16 +256,23 @@ void Typist::waitUntilRead() {
 
 void Typist::typeRound() {
     const TypedText& text = current();
+    const bool isPaced = keyboard_.hasInputMethod();
+    const std::size_t burstLength = isPaced ? 1 : maxBurstLength;
     while (item_->position < roundEnd_) {
         const auto burst =
             std::u32string_view(text.characters)
-                .substr(item_->position, std::min(maxBurstLength, roundEnd_ - item_->position));
+                .substr(item_->position, std::min(burstLength, roundEnd_ - item_->position));
         switch (burst_.type(burst, text.process, behind_)) {
             case KeyBurst::Outcome::done:
                 item_->position += burst.size();
                 failures_ = 0;
                 unread_.add(target_, burst);
                 listen();
+                if (isPaced) {
+                    wait(
+                        inputMethodInterval, [] { return false; }, [this](bool) { typeRound(); });
+                    return;
+                }
                 break;
             case KeyBurst::Outcome::notInFront:
                 tryAgain(0ms, "its process does not stay in front", [this] { reachTarget(); });

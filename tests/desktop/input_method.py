@@ -1,0 +1,65 @@
+# SPDX-License-Identifier: MIT
+
+"""An input method that composes Chinese from typed letters, as a user of Pinyin has it."""
+
+import gi
+
+gi.require_version("Gio", "2.0")
+from gi.repository import Gio, GLib  # noqa: E402
+
+from desktop import wait_for  # noqa: E402
+
+NAME = "org.fcitx.Fcitx5"
+# The programs that are started afterwards use the input method.
+VARIABLES = {"GTK_IM_MODULE": "fcitx", "QT_IM_MODULE": "fcitx", "XMODIFIERS": "@im=fcitx"}
+PROFILE = """[Groups/0]
+Name=Default
+Default Layout=us
+DefaultIM=pinyin
+
+[Groups/0/Items/0]
+Name=keyboard-us
+
+[Groups/0/Items/1]
+Name=pinyin
+
+[GroupOrder]
+0=Default
+"""
+CONFIG = """[Behavior]
+ActiveByDefault=True
+"""
+
+
+class InputMethod:
+    """Fcitx 5 with Pinyin, which is on in every window from the start."""
+
+    def __init__(self, desktop):
+        folder = desktop.folder / "config" / "fcitx5"
+        folder.mkdir()
+        (folder / "profile").write_text(PROFILE)
+        (folder / "config").write_text(CONFIG)
+        desktop.environment.update(VARIABLES)
+        self._bus = Gio.DBusConnection.new_for_address_sync(
+            desktop.environment["DBUS_SESSION_BUS_ADDRESS"],
+            Gio.DBusConnectionFlags.AUTHENTICATION_CLIENT
+            | Gio.DBusConnectionFlags.MESSAGE_BUS_CONNECTION, None, None)
+        process = desktop.spawn(["fcitx5", "--disable=wayland,waylandim,notifications"])
+        wait_for(lambda: "@server=fcitx" in desktop.run(["xprop", "-root", "XIM_SERVERS"])
+                 and self._is_on_the_bus(), "the input method", process=process)
+
+    def _is_on_the_bus(self):
+        return self._call("org.freedesktop.DBus", "/org/freedesktop/DBus", "org.freedesktop.DBus",
+                          "NameHasOwner", GLib.Variant("(s)", (NAME,)))
+
+    def _call(self, owner, path, interface, method, arguments=None):
+        return self._bus.call_sync(owner, path, interface, method, arguments, None,
+                                   Gio.DBusCallFlags.NONE, 5000, None).unpack()[0]
+
+    @property
+    def is_composing(self):
+        """Whether the input method composes in the window that has the focus."""
+        return self._call(NAME, "/controller", "org.fcitx.Fcitx.Controller1", "State") == 2
+
+    def close(self):
+        self._bus.close_sync(None)

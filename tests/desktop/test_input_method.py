@@ -1,0 +1,74 @@
+#!/usr/bin/python3
+# SPDX-License-Identifier: MIT
+"""Text typed into programs while an input method composes what is typed there."""
+
+import unittest
+
+from desktop import wait_for
+from dictation_test import DictationTest
+from input_method import InputMethod
+
+LATIN = "Hello wörld. My tailor is rich, and (so) the quick brown fox: 1, 2; \"3\"!"
+CHINESE = "今天天气很好，我们去公园吧。"
+# Keys are typed one by one while an input method runs.
+TIMEOUT = 20
+
+
+class Composing(DictationTest):
+    @classmethod
+    def setUpClass(cls):
+        super().setUpClass()
+        cls.input_method = InputMethod(cls.desktop)
+        cls.addClassCleanup(cls.input_method.close)
+
+    def setUp(self):
+        self.service = self.start_scripted_service()
+        self.application = self.start_application(self.service)
+
+    def start_gtk(self, **options):
+        """Starts a program whose text accessibility cannot change."""
+        target = self.start_target("gtk3", environment={"NO_AT_BRIDGE": "1"}, **options)
+        return self.wait_until_composing(target)
+
+    def wait_until_composing(self, target):
+        wait_for(lambda: self.input_method.is_composing, "an input method in " + target.title)
+        return target
+
+    def check_dictation(self, target, *pieces):
+        """Dictates, and checks that the input method still composes afterwards."""
+        self.dictate(self.service, *pieces)
+        text = " ".join(pieces).replace("\0", "")
+        target.wait_for_text(text, TIMEOUT)
+        self.keyboard.release()
+        self.application.log.wait_for("stopRecording (session=1)")
+        self.assertTrue(self.input_method.is_composing)
+        self.keyboard.type("nihao ")
+        wait_for(lambda: target.text.startswith(text + "你好"), "composed text")
+
+    def test_text_arrives_unchanged_in_a_gtk_program(self):
+        self.check_dictation(self.start_gtk(), LATIN, CHINESE)
+
+    def test_text_arrives_unchanged_in_a_qt_program(self):
+        target = self.wait_until_composing(self.start_target("qt6"))
+        # D-Bus carries no null character, so accessibility refuses this piece.
+        self.check_dictation(target, "\0" + LATIN)
+        self.assertGreaterEqual(target.typed_keys, len(LATIN))
+
+    def test_text_arrives_unchanged_and_in_order_in_a_terminal(self):
+        target = self.wait_until_composing(self.start_terminal())
+        self.check_dictation(target, LATIN, CHINESE)
+
+    def test_text_arrives_unchanged_in_a_window_behind(self):
+        target = self.start_gtk(title="behind")
+        front = self.start_gtk(title="front")
+        target.activate()
+        stream = self.dictate(self.service, "Here")
+        target.wait_for_text("Here")
+        front.activate()
+        stream.say(LATIN)
+        target.wait_for_text("Here " + LATIN, TIMEOUT)
+        self.assertEqual(front.text, "")
+
+
+if __name__ == "__main__":
+    unittest.main()
