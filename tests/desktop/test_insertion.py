@@ -169,7 +169,7 @@ class Insertion(DictationTest):
         written = target.text.count("word")
         self.tray.wait_for_icon(recording=False)
         self.assertLess(written, len(pieces) // 2, "pieces before the end of the audio")
-        target.wait_for_text(" ".join(["Begin", *pieces]), timeout=90)
+        target.wait_for_text(" ".join(["Begin", *pieces]), timeout=180)
         self.assertEqual(target.typed_keys, 0)
 
     def test_what_is_recognised_after_the_release_arrives_too(self):
