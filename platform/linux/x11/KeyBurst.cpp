@@ -68,18 +68,18 @@ KeyBurst::Outcome KeyBurst::typeUndisturbed(std::u32string_view characters,
     }
     keyboard_.reread();
     const KeyboardState state = KeyboardState::read(connection_);
-    std::vector<xcb_keycode_t> keys;
+    std::vector<Keystroke> strokes;
     for (const char32_t character : characters) {
-        const auto key = keyboard_.keyFor(character, state.group, state.down);
-        if (!key) {
+        const auto stroke = keyboard_.strokeFor(character, state.group, state.down);
+        if (!stroke) {
             return Outcome::keysChanged;
         }
-        keys.push_back(*key);
+        strokes.push_back(*stroke);
     }
     if (!takeKeyboard()) {
         return Outcome::keyboardTaken;
     }
-    press(keys, state, isInFront ? xcb_window_t{XCB_NONE} : behind);
+    press(strokes, state, isInFront ? xcb_window_t{XCB_NONE} : behind);
     return Outcome::done;
 }
 
@@ -118,40 +118,51 @@ bool KeyBurst::liftModifiers(const KeyboardState& state) {
 }
 
 // A window behind has the focus no longer than the server needs for the keys, so that none of the
-// user's own keys goes there.
-void KeyBurst::press(std::span<const xcb_keycode_t> keys, const KeyboardState& state,
+// user's own keys goes there. Shift is locked where a keystroke needs Shift, and never pressed: a
+// pressed key would have to be released, which the user may do first.
+void KeyBurst::press(std::span<const Keystroke> strokes, const KeyboardState& state,
                      xcb_window_t behind) {
     const auto focus = behind == XCB_NONE ? std::nullopt : front_.focus();
     hotKeys_.handleGrabLost();
     chooseDevice();
     const FilterSuspension suspension(connection_,
                                       device_ != 0 ? device_ : connection_.testKeyboard());
+    // The first event of another keyboard makes the server announce a new map. Qt 5 then forgets a
+    // Shift that was locked before the announcement. The release of a key that is up does nothing
+    // else.
+    fake(false, strokes.front().key);
     const bool isLifted = liftModifiers(state);
     const auto affected = static_cast<std::uint8_t>(everyModifier & ~keyboard_.numLockMask());
+    const auto lockedBefore = static_cast<std::uint8_t>(state.lockedModifiers & affected);
     const std::uint8_t bypass = keyboard_.bypassMask();
-    // Sticky keys latch a modifier that is lifted.
-    const bool needsLock = (state.lockedModifiers & affected) != 0 || state.latchedModifiers != 0 ||
-                           isLifted || bypass != 0;
-    const auto lock = [&](int modifiers) {
-        xcb_xkb_latch_lock_state(connection_.get(), XCB_XKB_ID_USE_CORE_KBD, affected,
-                                 static_cast<std::uint8_t>(modifiers), 0, 0, everyModifier, 0, 0);
+    std::uint8_t locked = lockedBefore;
+    const auto lock = [&](std::uint8_t modifiers) {
+        xcb_xkb_latch_lock_state(connection_.get(), XCB_XKB_ID_USE_CORE_KBD, affected, modifiers, 0,
+                                 0, everyModifier, 0, 0);
+        locked = modifiers;
     };
-    if (needsLock) {
+    // Sticky keys latch a modifier that is lifted.
+    if (locked != bypass || state.latchedModifiers != 0 || isLifted) {
         lock(bypass);
     }
     xcb_input_xi_ungrab_device(connection_.get(), XCB_CURRENT_TIME, connection_.keyboard());
     if (focus) {
         front_.setFocus({behind});
     }
-    for (const xcb_keycode_t key : keys) {
-        fake(true, key);
-        fake(false, key);
+    for (const Keystroke& stroke : strokes) {
+        const auto needed =
+            static_cast<std::uint8_t>(bypass | (stroke.isShifted ? XCB_MOD_MASK_SHIFT : 0));
+        if (locked != needed) {
+            lock(needed);
+        }
+        fake(true, stroke.key);
+        fake(false, stroke.key);
     }
     if (focus) {
         front_.setFocus(*focus);
     }
-    if (needsLock) {
-        lock(state.lockedModifiers & affected);
+    if (locked != lockedBefore) {
+        lock(lockedBefore);
     }
 }
 

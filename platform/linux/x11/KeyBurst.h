@@ -53,8 +53,7 @@ class KeyBurst {
     bool liftModifiers(const KeyboardState& state);
     bool takeKeyboard();
     void chooseDevice();
-    void press(std::span<const xcb_keycode_t> keys, const KeyboardState& state,
-               xcb_window_t behind);
+    void press(std::span<const Keystroke> strokes, const KeyboardState& state, xcb_window_t behind);
     std::uint32_t fake(bool down, xcb_keycode_t key);
 
     XcbConnection& connection_;

@@ -3,7 +3,6 @@
 #include "platform/linux/x11/Keyboard.h"
 
 #include <xkbcommon/xkbcommon-keysyms.h>
-#include <xkbcommon/xkbcommon.h>
 
 #include <algorithm>
 #include <iterator>
@@ -20,10 +19,12 @@ constexpr std::size_t modifierCount = 8;
 // The events of a change come right after the change.
 constexpr std::size_t maxOwnChanges = 8;
 
-// The keypad's symbols depend on Num Lock, and editing keys act instead of typing.
-bool typesItself(std::uint32_t symbol) {
-    const bool isFunctionKey = symbol >= XKB_KEY_BackSpace && symbol <= XKB_KEY_Delete;
-    return symbol != XKB_KEY_NoSymbol && !isFunctionKey;
+// Some toolkits decode the older symbols of characters beyond Latin-1 as other characters. They
+// agree on the symbols that contain the code point.
+std::uint32_t symbolOf(char32_t character) {
+    constexpr char32_t latin1End = 0x100;
+    constexpr std::uint32_t codePointSymbols = 0x01000000;
+    return character < latin1End ? character : codePointSymbols | character;
 }
 
 // Of keys that act, of the keypad, or of modifiers.
@@ -32,10 +33,6 @@ bool isFunction(std::uint32_t symbol) {
 }
 
 }  // namespace
-
-std::uint32_t symbolOf(char32_t character) {
-    return xkb_utf32_to_keysym(character);
-}
 
 bool Keyboard::handleMapChange(std::uint32_t sequence) {
     if (ownChanges_.contains(sequence)) {
@@ -63,15 +60,16 @@ void Keyboard::reread() {
 // was forgotten for that would be lost for good.
 void Keyboard::readMap() {
     map_ = KeyboardMap::read(connection_);
-    const auto yields = [this](xcb_keycode_t code, std::uint32_t symbol) {
-        return map_.contains(code) && map_[code].yieldsOnly(symbol);
+    const auto isLost = [this](const auto& key) {
+        return !map_.contains(key.first) || !map_[key.first].yieldsOnly(key.second);
     };
+    RemappedSymbols own = ownSymbols();
+    std::erase_if(own, isLost);
     std::erase_if(remapped_,
-                  [&](const auto& key) { return !yields(key.second, symbolOf(key.first)); });
-    std::erase_if(reusable_,
-                  [&](const auto& old) { return !yields(old.first, symbolOf(old.second)); });
+                  [&](const auto& each) { return !own.contains(each.second.stroke.key); });
     others_ = remappedKeys_.ofOthers();
-    std::erase_if(others_, [&](const auto& other) { return !yields(other.first, other.second); });
+    std::erase_if(others_, isLost);
+    layout_ = {map_, [this](xcb_keycode_t code) { return isRemapped(code); }};
 }
 
 void Keyboard::readModifiers() {
@@ -91,14 +89,15 @@ void Keyboard::readModifiers() {
 }
 
 bool Keyboard::isRemapped(xcb_keycode_t code) const {
-    return reusable_.contains(code) || others_.contains(code) ||
-           std::ranges::any_of(remapped_, [&](const auto& key) { return key.second == code; });
+    return others_.contains(code) || std::ranges::any_of(remapped_, [&](const auto& each) {
+               return each.second.stroke.key == code;
+           });
 }
 
 std::optional<xcb_keycode_t> Keyboard::keyOfSymbol(std::uint32_t symbol,
                                                    xcb_keycode_t preferred) const {
     const auto yields = [&](xcb_keycode_t code) {
-        return map_.contains(code) && map_[code].symbol(0) == symbol && !isRemapped(code);
+        return map_.contains(code) && map_.symbol({code}, 0) == symbol && !isRemapped(code);
     };
     if (yields(preferred)) {
         return preferred;
@@ -134,11 +133,11 @@ std::uint8_t Keyboard::numLockMask() const {
 std::uint8_t Keyboard::bypassMask() const {
     constexpr std::uint8_t maxLevels = 4;
     bool isFree = std::ranges::all_of(modifierKeys(XCB_MOD_MASK_3), [this](xcb_keycode_t code) {
-        return map_.contains(code) && map_[code].symbol(0) == XKB_KEY_ISO_Level5_Shift;
+        return map_.contains(code) && map_.symbol({code}, 0) == XKB_KEY_ISO_Level5_Shift;
     });
     for (std::size_t i = 0; isFree && i < map_.size(); ++i) {
-        const auto& key = map_[static_cast<xcb_keycode_t>(map_.firstCode() + i)];
-        isFree = key.width <= maxLevels || isFunction(key.symbol(0));
+        const auto code = static_cast<xcb_keycode_t>(map_.firstCode() + i);
+        isFree = map_[code].width <= maxLevels || isFunction(map_.symbol({code}, 0));
     }
     return hasInputMethod_ && isFree ? XCB_MOD_MASK_3 : 0;
 }
@@ -164,66 +163,92 @@ std::uint32_t Keyboard::eventManagerMask(const std::vector<xcb_keycode_t>& keys)
     return mask;
 }
 
-std::optional<xcb_keycode_t> Keyboard::keyFor(char32_t character, std::uint8_t group,
-                                              const KeysDown& down) const {
+std::optional<Keystroke> Keyboard::strokeFor(char32_t character, std::uint8_t group,
+                                             const KeysDown& down) const {
     if (const auto found = remapped_.find(character); found != remapped_.end()) {
-        return found->second;
+        return found->second.stroke;
     }
-    const std::uint32_t symbol = symbolOf(character);
-    if (!typesItself(symbol)) {
-        return std::nullopt;
-    }
-    for (std::size_t i = 0; i < map_.size(); ++i) {
-        const auto code = static_cast<xcb_keycode_t>(map_.firstCode() + i);
-        if (!down[code] && map_[code].symbol(group) == symbol && !isRemapped(code)) {
-            return code;
-        }
-    }
-    return std::nullopt;
+    const auto strokes = layout_.of(character, group);
+    const auto found =
+        std::ranges::find_if(strokes, [&](const Keystroke& stroke) { return !down[stroke.key]; });
+    return found == strokes.end() ? std::nullopt : std::optional(*found);
 }
 
-std::size_t Keyboard::freeKeys() const {
-    std::size_t count = reusable_.size();
-    for (std::size_t i = 0; i < map_.size(); ++i) {
-        count += map_[static_cast<xcb_keycode_t>(map_.firstCode() + i)].isSpare() ? 1U : 0U;
+// Spare keys without Shift come first.
+std::vector<Keystroke> Keyboard::unusedStrokes() const {
+    std::vector<Keystroke> strokes;
+    std::set<xcb_keycode_t> own;
+    for (const auto& [character, remapped] : remapped_) {
+        own.insert(remapped.stroke.key);
     }
-    return count;
+    for (const bool isShifted : {false, true}) {
+        for (std::size_t i = map_.size(); i > 0; --i) {
+            const Keystroke stroke{static_cast<xcb_keycode_t>(map_.firstCode() + i - 1), isShifted};
+            const bool isUsed = std::ranges::any_of(
+                remapped_, [&](const auto& each) { return each.second.stroke == stroke; });
+            if ((map_[stroke.key].isSpare() || own.contains(stroke.key)) && !isUsed) {
+                strokes.push_back(stroke);
+            }
+        }
+    }
+    return strokes;
+}
+
+std::size_t Keyboard::freeStrokes(const std::set<char32_t>& kept) const {
+    const auto reusable = std::ranges::count_if(
+        remapped_, [&](const auto& each) { return !kept.contains(each.first); });
+    return unusedStrokes().size() + static_cast<std::size_t>(reusable);
+}
+
+std::optional<Keystroke> Keyboard::takeFromLeastUsed(const std::set<char32_t>& kept) {
+    auto least = remapped_.end();
+    for (auto each = remapped_.begin(); each != remapped_.end(); ++each) {
+        if (!kept.contains(each->first) &&
+            (least == remapped_.end() || each->second.use < least->second.use)) {
+            least = each;
+        }
+    }
+    if (least == remapped_.end()) {
+        return std::nullopt;
+    }
+    const Keystroke stroke = least->second.stroke;
+    remapped_.erase(least);
+    return stroke;
 }
 
 // Nobody else may change the map between the reading and the writing.
-void Keyboard::remapKeys(const std::set<char32_t>& characters) {
+void Keyboard::remapKeys(const std::set<char32_t>& characters, const std::set<char32_t>& kept) {
+    ++uses_;
+    for (const char32_t character : kept) {
+        if (const auto found = remapped_.find(character); found != remapped_.end()) {
+            found->second.use = uses_;
+        }
+    }
+    if (characters.empty()) {
+        return;
+    }
     const ServerGrab grab(connection_);
     readMap();
+    const std::vector<Keystroke> unused = unusedStrokes();
+    auto next = unused.begin();
+    std::set<xcb_keycode_t> changed;
+    std::map<char32_t, Remapped> remapped;
+    for (const char32_t character : characters) {
+        const auto stroke = next != unused.end() ? std::optional(*next++) : takeFromLeastUsed(kept);
+        if (!stroke) {
+            break;
+        }
+        remapped[character] = {*stroke, uses_};
+        changed.insert(stroke->key);
+    }
+    remapped_.merge(remapped);
+    const RemappedSymbols symbols = ownSymbols();
     std::map<xcb_keycode_t, KeyboardMap::Key> keys;
-    auto next = characters.begin();
-    const auto remap = [&](xcb_keycode_t code) {
-        keys[code] = KeyboardMap::Key::yielding(symbolOf(*next));
-        remapped_[*next] = code;
-        reusable_.erase(code);
-        ++next;
-    };
-    for (std::size_t i = map_.size(); i > 0 && next != characters.end(); --i) {
-        const auto code = static_cast<xcb_keycode_t>(map_.firstCode() + i - 1);
-        if (map_[code].isSpare()) {
-            remap(code);
-        }
+    for (const xcb_keycode_t code : changed) {
+        keys[code] = KeyboardMap::Key::yielding(symbols.at(code));
     }
-    while (next != characters.end() && !reusable_.empty()) {
-        remap(reusable_.begin()->first);
-    }
-    remappedKeys_.record(ownSymbols());
+    remappedKeys_.record(symbols);
     change(keys);
-}
-
-void Keyboard::allowReuse(const std::set<char32_t>& needed) {
-    for (auto key = remapped_.begin(); key != remapped_.end();) {
-        if (needed.contains(key->first)) {
-            ++key;
-        } else {
-            reusable_[key->second] = key->first;
-            key = remapped_.erase(key);
-        }
-    }
 }
 
 void Keyboard::restore() {
@@ -232,40 +257,49 @@ void Keyboard::restore() {
     RemappedSymbols symbols = remappedKeys_.toRestore();
     symbols.merge(ownSymbols());
     std::map<xcb_keycode_t, KeyboardMap::Key> keys;
-    for (const auto& [code, symbol] : symbols) {
-        if (map_.contains(code) && map_[code].yieldsOnly(symbol)) {
+    for (const auto& [code, pair] : symbols) {
+        if (map_.contains(code) && map_[code].yieldsOnly(pair)) {
             keys[code] = {};
         }
     }
     remapped_.clear();
-    reusable_.clear();
     change(keys);
     if (!symbols.empty()) {
         remappedKeys_.setRestored();
     }
 }
 
+// A key with one character yields that character with Shift too.
 RemappedSymbols Keyboard::ownSymbols() const {
     RemappedSymbols symbols;
-    for (const auto& [character, code] : remapped_) {
-        symbols[code] = symbolOf(character);
-    }
-    for (const auto& [code, character] : reusable_) {
-        symbols[code] = symbolOf(character);
+    for (const auto& [character, remapped] : remapped_) {
+        SymbolPair& pair = symbols[remapped.stroke.key];
+        pair[remapped.stroke.isShifted ? 1 : 0] = symbolOf(character);
+        std::ranges::replace(pair, 0U, symbolOf(character));
     }
     return symbols;
 }
 
-// The keys in between are written back as they are. Each change makes every client read the map,
-// and many changes can freeze a window manager.
+// Every change is announced for the same range of keys: all that are spare or remapped. The X
+// library loses the announcement of a change that comes while the library reads the map for an
+// earlier one. What the library reads then contains the later change only if the range is the same.
 void Keyboard::change(const std::map<xcb_keycode_t, KeyboardMap::Key>& keys) {
     if (keys.empty()) {
         return;
     }
+    xcb_keycode_t first = keys.begin()->first;
+    xcb_keycode_t last = keys.rbegin()->first;
+    for (std::size_t i = 0; i < map_.size(); ++i) {
+        const auto code = static_cast<xcb_keycode_t>(map_.firstCode() + i);
+        if (map_[code].isSpare() || isRemapped(code)) {
+            first = std::min(first, code);
+            last = std::max(last, code);
+        }
+    }
     for (const auto& [code, key] : keys) {
         map_.set(code, key);
     }
-    ownChanges_.insert(map_.write(connection_, keys.begin()->first, keys.rbegin()->first));
+    ownChanges_.insert(map_.write(connection_, first, last));
     if (ownChanges_.size() > maxOwnChanges) {
         ownChanges_.erase(ownChanges_.begin());
     }

@@ -13,6 +13,7 @@
 
 #include "platform/linux/x11/InputMethods.h"
 #include "platform/linux/x11/KeyboardMap.h"
+#include "platform/linux/x11/LayoutStrokes.h"
 #include "platform/linux/x11/RemappedKeys.h"
 #include "platform/linux/x11/XcbConnection.h"
 
@@ -22,7 +23,8 @@ namespace tarvik::linuxdesktop {
 using KeysDown = std::bitset<256>;
 
 /// Which key yields which symbol, as far as hotkeys and typing need to know. A character that the
-/// layout lacks gets a spare key, one without a symbol, for a while. Input thread only.
+/// layouts lack gets a spare key, one without a symbol, for a while. A spare key serves two
+/// characters, one of them with Shift. Input thread only.
 class Keyboard {
   public:
     explicit Keyboard(XcbConnection& connection)
@@ -54,27 +56,34 @@ class Keyboard {
     /// The event manager's modifiers that any of these keys stands for.
     std::uint32_t eventManagerMask(const std::vector<xcb_keycode_t>& keys) const;
 
-    /// The key that types `character` while layout `group` is active, no modifier counts and the
-    /// keys in `down` cannot be pressed.
-    std::optional<xcb_keycode_t> keyFor(char32_t character, std::uint8_t group,
-                                        const KeysDown& down) const;
-    /// How many more characters can get a key.
-    std::size_t freeKeys() const;
-    /// Gives each of `characters` a key in one change of the map. Some characters get no key when
-    /// there are more than freeKeys(), or when another client has taken keys since the last
-    /// reading.
-    void remapKeys(const std::set<char32_t>& characters);
-    /// Lets the keys of all characters but `needed` be remapped again. The map stays until then.
-    void allowReuse(const std::set<char32_t>& needed);
+    /// The keystroke that types `character` while layout `group` is active, no modifier counts but
+    /// Shift, and the keys in `down` cannot be pressed.
+    std::optional<Keystroke> strokeFor(char32_t character, std::uint8_t group,
+                                       const KeysDown& down) const;
+    /// How many more characters can get a keystroke while those in `kept` keep theirs.
+    std::size_t freeStrokes(const std::set<char32_t>& kept) const;
+    /// Gives each of `characters` a keystroke in one change of the map. Those in `kept` keep
+    /// theirs; of the others the one that was kept the longest ago loses its own first. Some
+    /// characters get none when there are more than freeStrokes(), or when another client has taken
+    /// keys since the last reading.
+    void remapKeys(const std::set<char32_t>& characters, const std::set<char32_t>& kept);
     /// Whether keys are remapped.
-    bool hasRemappedKeys() const { return !remapped_.empty() || !reusable_.empty(); }
+    bool hasRemappedKeys() const { return !remapped_.empty(); }
     /// Restores every remapped key, and the keys of killed instances.
     void restore();
 
   private:
+    struct Remapped {
+        Keystroke stroke;
+        // Of the last call of remapKeys() that kept the character.
+        std::uint64_t use = 0;
+    };
+
     void readMap();
     void readModifiers();
     bool isRemapped(xcb_keycode_t code) const;
+    std::vector<Keystroke> unusedStrokes() const;
+    std::optional<Keystroke> takeFromLeastUsed(const std::set<char32_t>& kept);
     void change(const std::map<xcb_keycode_t, KeyboardMap::Key>& keys);
     RemappedSymbols ownSymbols() const;
 
@@ -82,17 +91,15 @@ class Keyboard {
     RemappedKeys remappedKeys_;
     InputMethods inputMethods_;
     KeyboardMap map_;
+    LayoutStrokes layout_;
     std::vector<std::vector<xcb_keycode_t>> modifiers_;
-    std::map<char32_t, xcb_keycode_t> remapped_;
-    std::map<xcb_keycode_t, char32_t> reusable_;
+    std::map<char32_t, Remapped> remapped_;
+    std::uint64_t uses_ = 0;
     // The keys of other instances, which may restore them at any time.
     RemappedSymbols others_;
     std::set<std::uint32_t> ownChanges_;
     bool isStale_ = true;
     bool hasInputMethod_ = false;
 };
-
-/// The X symbol of a character.
-std::uint32_t symbolOf(char32_t character);
 
 }  // namespace tarvik::linuxdesktop

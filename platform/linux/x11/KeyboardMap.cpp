@@ -20,41 +20,45 @@ void append(std::vector<std::byte>& bytes, const void* data, std::size_t size) {
     bytes.insert(bytes.end(), first, first + size);
 }
 
-}  // namespace
+template <typename Item>
+Item take(const std::byte*& next) {
+    Item item;
+    std::memcpy(&item, next, sizeof item);
+    next += sizeof item;
+    return item;
+}
 
-std::uint32_t KeyboardMap::Key::symbol(std::uint8_t group) const {
-    const auto groups = static_cast<std::uint8_t>(groupInfo & 0x0F);
-    if (groups == 0) {
-        return 0;
-    }
-    if (group >= groups) {
-        switch (groupInfo & 0xC0) {
-            case XCB_XKB_GROUPS_WRAP_CLAMP_INTO_RANGE:
-                group = static_cast<std::uint8_t>(groups - 1);
-                break;
-            case XCB_XKB_GROUPS_WRAP_REDIRECT_INTO_RANGE:
-                group = static_cast<std::uint8_t>((groupInfo >> 4 & 0x03) % groups);
-                break;
-            default:
-                group = static_cast<std::uint8_t>(group % groups);
+std::uint8_t takeShiftLevel(const std::byte*& next) {
+    const auto head = take<xcb_xkb_key_type_t>(next);
+    std::uint8_t level = 0;
+    for (int i = 0; i < head.nMapEntries; ++i) {
+        const auto entry = take<xcb_xkb_kt_map_entry_t>(next);
+        if (entry.active != 0 && entry.mods_mask == XCB_MOD_MASK_SHIFT) {
+            level = entry.level;
         }
     }
-    const auto position = static_cast<std::size_t>(group) * width;
-    return position < symbols.size() ? symbols[position] : 0;
+    next += head.hasPreserve != 0 ? head.nMapEntries * sizeof(xcb_xkb_mod_def_t) : 0;
+    return level;
 }
 
-bool KeyboardMap::Key::yieldsOnly(std::uint32_t symbol) const {
-    return !isSpare() && std::ranges::find(symbols, symbol) != symbols.end() &&
-           std::ranges::all_of(symbols,
-                               [&](std::uint32_t each) { return each == symbol || each == 0; });
+}  // namespace
+
+bool KeyboardMap::Key::yieldsOnly(const SymbolPair& pair) const {
+    const auto yields = [this](std::uint32_t symbol) {
+        return std::ranges::find(symbols, symbol) != symbols.end();
+    };
+    return !isSpare() && std::ranges::all_of(pair, yields) &&
+           std::ranges::all_of(symbols, [&](std::uint32_t each) {
+               return each == 0 || std::ranges::find(pair, each) != pair.end();
+           });
 }
 
-KeyboardMap::Key KeyboardMap::Key::yielding(std::uint32_t symbol) {
+KeyboardMap::Key KeyboardMap::Key::yielding(const SymbolPair& symbols) {
     Key key;
     key.types[0] = twoLevelType;
     key.groupInfo = 1;
-    key.width = 2;
-    key.symbols = {symbol, symbol};
+    key.width = static_cast<std::uint8_t>(symbols.size());
+    key.symbols.assign(symbols.begin(), symbols.end());
     return key;
 }
 
@@ -62,20 +66,22 @@ KeyboardMap KeyboardMap::read(XcbConnection& connection) {
     KeyboardMap map;
     const XcbReply<xcb_xkb_get_map_reply_t> reply(xcb_xkb_get_map_reply(
         connection.get(),
-        xcb_xkb_get_map(connection.get(), XCB_XKB_ID_USE_CORE_KBD, XCB_XKB_MAP_PART_KEY_SYMS, 0, 0,
-                        0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0),
+        xcb_xkb_get_map(connection.get(), XCB_XKB_ID_USE_CORE_KBD,
+                        XCB_XKB_MAP_PART_KEY_TYPES | XCB_XKB_MAP_PART_KEY_SYMS, 0, 0, 0, 0, 0, 0, 0,
+                        0, 0, 0, 0, 0, 0, 0, 0, 0),
         nullptr));
     if (!reply) {
         return map;
     }
     map.firstCode_ = reply->firstKeySym;
     map.keys_.resize(reply->nKeySyms);
-    // Only the symbols were asked for, so the answer is their list.
+    // The answer is the list of the types, then that of the symbols.
     const auto* next = static_cast<const std::byte*>(xcb_xkb_get_map_map(reply.get()));
+    for (int type = 0; type < reply->nTypes; ++type) {
+        map.shiftLevels_.push_back(takeShiftLevel(next));
+    }
     for (Key& key : map.keys_) {
-        xcb_xkb_key_sym_map_t head;
-        std::memcpy(&head, next, sizeof head);
-        next += sizeof head;
+        const auto head = take<xcb_xkb_key_sym_map_t>(next);
         std::ranges::copy(head.kt_index, key.types.begin());
         key.groupInfo = head.groupInfo;
         key.width = head.width;
@@ -98,6 +104,31 @@ const KeyboardMap::Key& KeyboardMap::operator[](xcb_keycode_t code) const {
 
 void KeyboardMap::set(xcb_keycode_t code, Key key) {
     keys_[static_cast<std::size_t>(code - firstCode_)] = std::move(key);
+}
+
+std::uint32_t KeyboardMap::symbol(Keystroke stroke, std::uint8_t group) const {
+    const Key& key = (*this)[stroke.key];
+    const auto groups = static_cast<std::uint8_t>(key.groupInfo & 0x0F);
+    if (groups == 0) {
+        return 0;
+    }
+    if (group >= groups) {
+        switch (key.groupInfo & 0xC0) {
+            case XCB_XKB_GROUPS_WRAP_CLAMP_INTO_RANGE:
+                group = static_cast<std::uint8_t>(groups - 1);
+                break;
+            case XCB_XKB_GROUPS_WRAP_REDIRECT_INTO_RANGE:
+                group = static_cast<std::uint8_t>((key.groupInfo >> 4 & 0x03) % groups);
+                break;
+            default:
+                group = static_cast<std::uint8_t>(group % groups);
+        }
+    }
+    const std::uint8_t type = key.types[group];
+    const std::size_t level =
+        stroke.isShifted && type < shiftLevels_.size() ? shiftLevels_[type] : 0;
+    const std::size_t position = group * std::size_t{key.width} + level;
+    return position < key.symbols.size() ? key.symbols[position] : 0;
 }
 
 std::uint32_t KeyboardMap::write(XcbConnection& connection, xcb_keycode_t first,

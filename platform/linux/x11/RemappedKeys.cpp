@@ -6,13 +6,13 @@ namespace tarvik::linuxdesktop {
 
 namespace {
 
-constexpr std::size_t itemsPerEntry = 3;
+constexpr std::size_t itemsPerEntry = 4;
 
 template <typename Entries>
 RemappedSymbols symbolsOf(const Entries& entries) {
     RemappedSymbols symbols;
     for (const auto& entry : entries) {
-        symbols[entry.key] = entry.symbol;
+        symbols[entry.key] = entry.symbols;
     }
     return symbols;
 }
@@ -23,7 +23,7 @@ RemappedSymbols symbolsOf(const Entries& entries) {
 // program's window, so an owner's window bears the list's name and its own number as a property.
 RemappedKeys::RemappedKeys(XcbConnection& connection)
     : connection_(connection),
-      list_(connection.atom("_TARVIK_DICTATE_LENT_KEYS")),
+      list_(connection.atom("_TARVIK_DICTATE_REMAPPED_KEYS")),
       self_(xcb_generate_id(connection.get())) {
     xcb_create_window(connection_.get(), XCB_COPY_FROM_PARENT, self_, connection_.root(), -1, -1, 1,
                       1, 0, XCB_WINDOW_CLASS_INPUT_ONLY, XCB_COPY_FROM_PARENT, 0, nullptr);
@@ -41,7 +41,8 @@ std::vector<RemappedKeys::Entry> RemappedKeys::read(
     std::vector<Entry> entries;
     for (std::size_t i = 0; i + itemsPerEntry <= items.size(); i += itemsPerEntry) {
         if (isWanted(items[i])) {
-            entries.push_back({items[i], static_cast<xcb_keycode_t>(items[i + 1]), items[i + 2]});
+            entries.push_back(
+                {items[i], static_cast<xcb_keycode_t>(items[i + 1]), {items[i + 2], items[i + 3]}});
         }
     }
     return entries;
@@ -50,7 +51,7 @@ std::vector<RemappedKeys::Entry> RemappedKeys::read(
 void RemappedKeys::write(const std::vector<Entry>& entries) {
     std::vector<std::uint32_t> items;
     for (const Entry& entry : entries) {
-        items.insert(items.end(), {entry.owner, entry.key, entry.symbol});
+        items.insert(items.end(), {entry.owner, entry.key, entry.symbols[0], entry.symbols[1]});
     }
     if (items.empty()) {
         xcb_delete_property(connection_.get(), connection_.root(), list_);
@@ -72,8 +73,8 @@ RemappedSymbols RemappedKeys::toRestore() {
 
 void RemappedKeys::record(const RemappedSymbols& symbols) {
     std::vector<Entry> entries = read([this](xcb_window_t owner) { return owner != self_; });
-    for (const auto& [key, symbol] : symbols) {
-        entries.push_back({self_, key, symbol});
+    for (const auto& [key, pair] : symbols) {
+        entries.push_back({self_, key, pair});
     }
     write(entries);
 }

@@ -8,12 +8,13 @@
 #include <map>
 #include <vector>
 
+#include "platform/linux/x11/KeyboardMap.h"
 #include "platform/linux/x11/XcbConnection.h"
 
 namespace tarvik::linuxdesktop {
 
-/// Spare keys that are remapped for typed text, by key code, with the symbol that each yields.
-using RemappedSymbols = std::map<xcb_keycode_t, std::uint32_t>;
+/// Spare keys that are remapped for typed text, by key code, with the symbols that each yields.
+using RemappedSymbols = std::map<xcb_keycode_t, SymbolPair>;
 
 /// The list of the remapped keys of all instances, a property of the server's root window. A killed
 /// instance cannot restore its keys, so the next instance does. The server is grabbed while the
@@ -37,7 +38,7 @@ class RemappedKeys {
     struct Entry {
         xcb_window_t owner = XCB_NONE;
         xcb_keycode_t key = 0;
-        std::uint32_t symbol = 0;
+        SymbolPair symbols{};
     };
 
     std::vector<Entry> read(const std::function<bool(xcb_window_t owner)>& isWanted);

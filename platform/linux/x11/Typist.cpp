@@ -17,16 +17,14 @@ using namespace std::chrono_literals;
 // For a program to come to the front or to read what was typed there, and for another program to
 // let go of the keyboard.
 constexpr auto targetTimeout = 300ms;
-// A program that answers no pings needs this long to read a changed keyboard map.
-constexpr auto mapDelay = 20ms;
 // The end of the program waits no longer than a second in all.
 constexpr auto lookUpTimeoutAtEnd = 700ms;
 // Keys may be needed again for the next piece of a dictation.
 constexpr auto restoreDelay = 700ms;
 constexpr int maxFailures = 12;
-// Spare keys that are left over, so that a program that stops with all others unread holds up no
+// Keystrokes that are left over, so that a program that stops with all others unread holds up no
 // other program.
-constexpr std::size_t reservedKeys = 4;
+constexpr std::size_t reservedStrokes = 8;
 // The server listens to this client alone during a burst, so bursts are short.
 constexpr std::size_t maxBurstLength = 40;
 // A program with an input method sends each key there and back, and may mix up keys that come
@@ -113,13 +111,12 @@ void Typist::beginNext() {
 
 // Remapped keys yield nothing any more after the end, so the targets get time to look them up.
 void Typist::endTyping() {
-    if (whenIdle_ && keyboard_.hasRemappedKeys() && !unread_.isEmpty()) {
-        wait(
-            lookUpTimeoutAtEnd, [this] { return unread_.isEmpty(); },
-            [this](bool) {
-                unread_.clear();
-                beginNext();
-            });
+    const auto isRead = [this] { return !unread_.anyWindow(); };
+    if (whenIdle_ && keyboard_.hasRemappedKeys() && !isRead()) {
+        wait(lookUpTimeoutAtEnd, isRead, [this](bool) {
+            unread_.clear();
+            beginNext();
+        });
         return;
     }
     isBusy_ = false;
@@ -177,53 +174,47 @@ void Typist::bringToFront(xcb_window_t window) {
         });
 }
 
+// A round is as many characters as there are keystrokes for. A keystroke that yields another
+// character is reused only after its target has looked it up, because programs look keys up in the
+// map that is valid then.
 Typist::Round Typist::nextRound() const {
     const KeyboardState state = KeyboardState::read(connection_);
-    const std::size_t free = keyboard_.freeKeys();
-    const std::size_t usable =
-        std::max(free - std::min(free, reservedKeys), std::min(free, reservedKeys));
     const std::u32string& characters = current().characters;
-    Round round{item_->position, {}};
+    Round round{item_->position, {}, unread_.characters()};
     for (; round.end < characters.size(); ++round.end) {
         const char32_t character = characters[round.end];
-        if (!keyboard_.keyFor(character, state.group, state.down) &&
-            !round.lacking.contains(character)) {
-            if (round.lacking.size() == usable) {
-                break;
-            }
+        round.kept.insert(character);
+        if (!keyboard_.strokeFor(character, state.group, state.down)) {
             round.lacking.insert(character);
+        }
+        const std::size_t free = keyboard_.freeStrokes(round.kept);
+        const std::size_t reserved = std::min(free, reservedStrokes);
+        if (round.lacking.size() > std::max(free - reserved, reserved)) {
+            round.lacking.erase(character);
+            break;
         }
     }
     return round;
 }
 
-// A round is as many characters as there are keys for. A key that yields another character is
-// reused only after its target has looked it up, because programs look keys up in the map that is
-// valid then.
+// The keys follow the change of the map at once. A program gets the announcement of the change
+// before the keys, and reads the map then or later.
 void Typist::planRound() {
     target_ = behind_ != XCB_NONE ? behind_ : front_.window();
     keyboard_.refresh();
-    Round round = nextRound();
-    if (round.end < current().characters.size()) {
-        if (!isRead(target_)) {
-            waitFor(target_);
-            return;
-        }
-        keyboard_.allowReuse(unread_.characters());
-        round = nextRound();
+    const Round round = nextRound();
+    if (round.end < current().characters.size() && !isRead(target_)) {
+        waitFor(target_);
+        return;
     }
-    roundEnd_ = round.end;
-    if (roundEnd_ == item_->position) {
-        if (unread_.isEmpty()) {
-            fail("the keyboard has no spare key");
-        } else {
-            waitFor(unread_.anyWindow());
-        }
-    } else if (round.lacking.empty()) {
+    if (round.end > item_->position) {
+        roundEnd_ = round.end;
+        keyboard_.remapKeys(round.lacking, round.kept);
         typeRound();
+    } else if (const auto window = unread_.anyWindow()) {
+        waitFor(*window);
     } else {
-        keyboard_.remapKeys(round.lacking);
-        waitUntilRead();
+        fail("the keyboard has no spare key");
     }
 }
 
@@ -238,20 +229,6 @@ void Typist::waitFor(xcb_window_t window) {
     item_->waitsFor = window;
     queue_.putBack(*std::exchange(item_, std::nullopt));
     beginNext();
-}
-
-// A program may read a changed map late, and would look the keys up in the old map. A program that
-// does not answer in time gets the keys all the same, and perhaps reads them wrongly: a program
-// that hangs must not hold up every other text.
-void Typist::waitUntilRead() {
-    if (const auto serial = ping_.send(target_)) {
-        mapPing_ = {target_, *serial};
-        wait(
-            targetTimeout, [this] { return !mapPing_; }, [this](bool) { typeRound(); });
-    } else {
-        wait(
-            mapDelay, [] { return false; }, [this](bool) { typeRound(); });
-    }
 }
 
 void Typist::typeRound() {
@@ -376,23 +353,19 @@ void Typist::probeTarget() {
 }
 
 void Typist::handleMessage(const xcb_client_message_event_t& message) {
-    const auto answer = ping_.answerIn(message);
-    if (!answer) {
-        return;
+    if (const auto answer = ping_.answerIn(message)) {
+        unread_.handleAnswer(*answer);
     }
-    if (mapPing_ && mapPing_->window == answer->window && mapPing_->serial <= answer->serial) {
-        mapPing_.reset();
-        handleChange();
-    }
-    unread_.handleAnswer(*answer);
 }
 
-// Answers to a ping come as messages on the root window.
+// Answers to a ping come as messages on the root window, which some toolkits send to those who
+// listen to the root window itself, and others to those who listen to the windows in it.
 void Typist::listen() {
     const bool awaitsAnswer = isBusy_ || !unread_.isEmpty();
-    connection_.selectRootEvents(
-        XCB_EVENT_MASK_PROPERTY_CHANGE |
-        (awaitsAnswer ? std::uint32_t{XCB_EVENT_MASK_SUBSTRUCTURE_NOTIFY} : 0U));
+    connection_.selectRootEvents(XCB_EVENT_MASK_PROPERTY_CHANGE |
+                                 (awaitsAnswer ? std::uint32_t{XCB_EVENT_MASK_STRUCTURE_NOTIFY |
+                                                               XCB_EVENT_MASK_SUBSTRUCTURE_NOTIFY}
+                                               : 0U));
 }
 
 }  // namespace tarvik::linuxdesktop

@@ -54,8 +54,10 @@ class Typist {
   private:
     struct Round {
         std::size_t end = 0;
-        // What needs a key.
+        // What needs a keystroke.
         std::set<char32_t> lacking;
+        // What keeps the keystroke that it has.
+        std::set<char32_t> kept;
     };
     struct Waiting {
         std::function<bool()> condition;
@@ -71,7 +73,6 @@ class Typist {
     Round nextRound() const;
     void planRound();
     void waitFor(xcb_window_t window);
-    void waitUntilRead();
     void typeRound();
     void endRound();
     void giveFocusBack();
@@ -110,8 +111,6 @@ class Typist {
     xcb_window_t broughtToFront_ = XCB_NONE;
     xcb_window_t earlierFront_ = XCB_NONE;
 
-    // The ping that tells that the target has read the last change of the map.
-    std::optional<WindowPing::Answer> mapPing_;
     std::optional<Waiting> waiting_;
     Deadline waitingDeadline_;
     Deadline restoreDeadline_;

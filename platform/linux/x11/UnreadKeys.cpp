@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <chrono>
+#include <iterator>
 #include <utility>
 
 namespace tarvik::linuxdesktop {
@@ -11,41 +12,83 @@ namespace tarvik::linuxdesktop {
 namespace {
 
 using namespace std::chrono_literals;
+using std::chrono::milliseconds;
 
-// A program that answers no pings has looked up its keys after the delay. One that answers may be
-// busy, or be stopped, until the timeout. The short timeout is for a program that may never answer.
-constexpr std::chrono::milliseconds lookUpDelay = 200ms;
-constexpr std::chrono::milliseconds shortTimeout = 1s;
+// A program of which nobody tells anything has looked up its keys after the delay. One that says
+// that it answers pings has the timeout for its first answer.
+constexpr milliseconds lookUpDelay = 200ms;
+constexpr milliseconds firstAnswerTimeout = 1s;
+
+constexpr milliseconds firstProbeInterval = 1ms;
+constexpr milliseconds maxProbeInterval = 100ms;
+// A program that is never idle, such as a terminal full of output, still reads its events. It has
+// got through its keys when it has read this many markers, one in each interval of this length.
+constexpr milliseconds markerInterval = 50ms;
+constexpr int markersForProof = 4;
 
 }  // namespace
 
 UnreadKeys::UnreadKeys(XcbConnection& connection, PollLoop& loop, WindowPing& ping, Events events)
-    : connection_(connection), ping_(ping), events_(std::move(events)), deadline_(loop) {}
+    : connection_(connection),
+      ping_(ping),
+      probe_(connection),
+      marker_(connection.atom("_TARVIK_DICTATE_MARKER")),
+      events_(std::move(events)),
+      deadline_(loop) {}
+
+std::optional<xcb_window_t> UnreadKeys::anyWindow() const {
+    const auto found =
+        std::ranges::find_if(windows_, [](const auto& entry) { return !entry.second.isDoubtful; });
+    return found == windows_.end() ? std::nullopt : std::optional(found->first);
+}
+
+bool UnreadKeys::contains(xcb_window_t window) const {
+    const auto found = windows_.find(window);
+    return found != windows_.end() && !found->second.isDoubtful;
+}
 
 void UnreadKeys::add(xcb_window_t window, std::u32string_view characters) {
     Keys& keys = windows_[window];
     const auto serial = ping_.send(window);
     keys.isPinged = serial.has_value();
     keys.serial = serial.value_or(0);
-    keys.characters += characters;
     keys.isKnownToAnswer = keys.isPinged && ping_.hasAnswered(window);
-    keys.deadline = std::chrono::steady_clock::now() + (keys.isKnownToAnswer ? maxTimeout
-                                                        : keys.isPinged      ? shortTimeout
-                                                                             : lookUpDelay);
+    keys.typed = std::chrono::steady_clock::now();
+    keys.isDoubtful = false;
+    keys.characters += characters;
+    if (keys.characters.empty()) {
+        keys.deadline = keys.typed + (keys.isPinged ? firstAnswerTimeout : 0ms);
+    } else {
+        keys.deadline = keys.typed + maxTimeout;
+        startProbing(window, keys);
+    }
     setDeadline();
+}
+
+void UnreadKeys::startProbing(xcb_window_t window, Keys& keys) {
+    keys.probed = std::nullopt;
+    if (!keys.isKnownToAnswer) {
+        keys.probed = connection_.processOfClient(window).value_or(0);
+        keys.probeInterval = firstProbeInterval;
+        keys.nextProbe = keys.typed + (keys.isPinged ? firstAnswerTimeout : firstProbeInterval);
+        keys.isMarkerSent = false;
+        keys.markersRead = 0;
+    }
 }
 
 std::set<char32_t> UnreadKeys::characters() const {
     std::set<char32_t> all;
     for (const auto& [window, keys] : windows_) {
-        all.insert(keys.characters.begin(), keys.characters.end());
+        if (!keys.isDoubtful) {
+            all.insert(keys.characters.begin(), keys.characters.end());
+        }
     }
     return all;
 }
 
 void UnreadKeys::whenRead(xcb_window_t window, std::function<void()> action) {
-    if (const auto found = windows_.find(window); found != windows_.end()) {
-        found->second.onRead.push_back(std::move(action));
+    if (contains(window)) {
+        windows_[window].onRead.push_back(std::move(action));
     } else {
         action();
     }
@@ -73,29 +116,88 @@ void UnreadKeys::setDeadline() {
         deadline_.clear();
         return;
     }
-    const auto next = std::ranges::min_element(
-        windows_, {}, [](const auto& entry) { return entry.second.deadline; });
-    deadline_.set(next->second.deadline, [this] { expire(); });
+    SteadyTime next = SteadyTime::max();
+    for (const auto& [window, keys] : windows_) {
+        next = std::min({next, keys.deadline, keys.probed ? keys.nextProbe : keys.deadline});
+    }
+    deadline_.set(next, [this] { handleDeadline(); });
 }
 
-void UnreadKeys::expire() {
+void UnreadKeys::handleDeadline() {
     const auto now = std::chrono::steady_clock::now();
     std::vector<xcb_window_t> expired;
-    for (const auto& [window, keys] : windows_) {
+    std::vector<xcb_window_t> read;
+    std::vector<std::function<void()>> onRead;
+    for (auto& [window, keys] : windows_) {
         if (keys.deadline <= now) {
             expired.push_back(window);
+        } else if (keys.probed && keys.nextProbe <= now && probe(window, keys)) {
+            read.push_back(window);
+        }
+        if (keys.isDoubtful) {
+            std::ranges::move(std::exchange(keys.onRead, {}), std::back_inserter(onRead));
         }
     }
     for (const xcb_window_t window : expired) {
-        const Keys& keys = windows_[window];
-        // A window that is gone answers nothing, and nobody can tell what it has read.
-        if (keys.isKnownToAnswer && !keys.characters.empty() && exists(window)) {
-            events_.onTimeout(keys.characters.size());
-        }
+        expire(window);
+    }
+    for (const xcb_window_t window : read) {
         remove(window);
+    }
+    for (const auto& action : onRead) {
+        action();
     }
     setDeadline();
     events_.onChange();
+}
+
+// Answers whether the keys are known to be read.
+bool UnreadKeys::probe(xcb_window_t window, Keys& keys) {
+    const auto finding = probe_.find(*keys.probed);
+    const auto now = std::chrono::steady_clock::now();
+    if (finding == ProgramProbe::Finding::unknown) {
+        keys.nextProbe = keys.typed + lookUpDelay;
+        if (keys.nextProbe <= now) {
+            keys.probed = std::nullopt;
+            keys.isDoubtful = true;
+        }
+        return false;
+    }
+    // Toolkits that answer pings may read their events in a thread of its own.
+    if (finding == ProgramProbe::Finding::idle ||
+        (finding == ProgramProbe::Finding::busy && !keys.isPinged && readsMarkers(window, keys))) {
+        return true;
+    }
+    keys.nextProbe = now + keys.probeInterval;
+    keys.probeInterval = std::min(2 * keys.probeInterval, maxProbeInterval);
+    return false;
+}
+
+bool UnreadKeys::readsMarkers(xcb_window_t window, Keys& keys) {
+    keys.markersRead += std::exchange(keys.isMarkerSent, false) ? 1 : 0;
+    if (keys.markersRead == markersForProof) {
+        return true;
+    }
+    if (keys.probeInterval >= markerInterval) {
+        xcb_client_message_event_t message{};
+        message.response_type = XCB_CLIENT_MESSAGE;
+        message.format = 32;
+        message.window = window;
+        message.type = marker_;
+        xcb_send_event(connection_.get(), 0, window, XCB_EVENT_MASK_NO_EVENT,
+                       reinterpret_cast<const char*>(&message));
+        keys.isMarkerSent = true;
+    }
+    return false;
+}
+
+void UnreadKeys::expire(xcb_window_t window) {
+    const Keys& keys = windows_[window];
+    // A window that is gone answers nothing, and nobody can tell what it has read.
+    if (!keys.isDoubtful && !keys.characters.empty() && exists(window)) {
+        events_.onTimeout(keys.characters.size());
+    }
+    remove(window);
 }
 
 void UnreadKeys::remove(xcb_window_t window) {

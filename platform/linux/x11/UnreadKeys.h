@@ -8,12 +8,14 @@
 #include <cstdint>
 #include <functional>
 #include <map>
+#include <optional>
 #include <set>
 #include <string>
 #include <string_view>
 #include <vector>
 
 #include "platform/linux/loop/PollLoop.h"
+#include "platform/linux/x11/ProgramProbe.h"
 #include "platform/linux/x11/WindowPing.h"
 #include "platform/linux/x11/XcbConnection.h"
 
@@ -22,12 +24,16 @@ namespace tarvik::linuxdesktop {
 /// The windows whose programs are not known to have looked up the keys that were typed there. A key
 /// must keep its symbol until then: programs look keys up in the map that is valid when they read
 /// the key. Input thread only.
+///
+/// A program has looked its keys up when it answers a ping that was sent after them. Of a local
+/// program that answers no pings the system tells as much. Of any other program nobody tells: its
+/// keys count as read after a delay, and their symbols stay for 30 s where possible.
 class UnreadKeys {
   public:
     struct Events {
         /// Some keys are read, or not waited for any more.
         std::function<void()> onChange;
-        /// A window's program has not answered for 30 s; so many characters may be lost.
+        /// A window's program has not looked up its keys for 30 s; so many characters may be lost.
         std::function<void(std::size_t characters)> onTimeout;
     };
 
@@ -37,14 +43,14 @@ class UnreadKeys {
     /// No key is waited for any longer.
     static constexpr std::chrono::seconds maxTimeout{30};
 
+    /// Whether no window is left, not even one whose program may have looked its keys up.
     bool isEmpty() const { return windows_.empty(); }
-    /// One of the windows. Not to be called when there is none.
-    xcb_window_t anyWindow() const { return windows_.begin()->first; }
-    bool contains(xcb_window_t window) const { return windows_.contains(window); }
+    /// One of the windows that are waited for; empty when there is none.
+    std::optional<xcb_window_t> anyWindow() const;
+    bool contains(xcb_window_t window) const;
 
     /// Characters have been typed into a window; or none, to find out whether its program answers
-    /// pings. A program that has answered before has 30 s to answer. One that only says so has 1 s,
-    /// and any other has read its keys after 0.2 s.
+    /// pings.
     void add(xcb_window_t window, std::u32string_view characters);
     /// Every character whose key has to keep its symbol.
     std::set<char32_t> characters() const;
@@ -63,17 +69,34 @@ class UnreadKeys {
         // Of the last ping.
         std::uint32_t serial = 0;
         std::u32string characters;
+        // Of the last keys.
+        SteadyTime typed;
         SteadyTime deadline;
         std::vector<std::function<void()>> onRead;
+        // The keys may have been read. They are waited for no more.
+        bool isDoubtful = false;
+        // The program, while it is probed from outside.
+        std::optional<std::int32_t> probed;
+        SteadyTime nextProbe;
+        std::chrono::milliseconds probeInterval{};
+        // Markers are harmless messages.
+        bool isMarkerSent = false;
+        int markersRead = 0;
     };
 
+    void startProbing(xcb_window_t window, Keys& keys);
+    bool probe(xcb_window_t window, Keys& keys);
+    bool readsMarkers(xcb_window_t window, Keys& keys);
     void setDeadline();
-    void expire();
+    void handleDeadline();
+    void expire(xcb_window_t window);
     void remove(xcb_window_t window);
     bool exists(xcb_window_t window) const;
 
     XcbConnection& connection_;
     WindowPing& ping_;
+    ProgramProbe probe_;
+    xcb_atom_t marker_;
     Events events_;
     std::map<xcb_window_t, Keys> windows_;
     Deadline deadline_;

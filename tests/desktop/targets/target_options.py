@@ -1,9 +1,14 @@
 # SPDX-License-Identifier: MIT
 
-"""The common parts of the targets: options, the file with the text, and commands."""
+"""The common parts of the targets: options, the file with the text, and commands.
+
+Every target knows the commands "sleep SECONDS" and "work SECONDS", which print "busy", then keep the
+main loop from its events, asleep or at work, and print "done".
+"""
 
 import argparse
 import os
+import time
 
 
 def parse(description):
@@ -57,6 +62,17 @@ class TypedKeys:
         announce(f"keys {self._count}")
 
 
+def keep_busy(name, seconds):
+    announce("busy")
+    if name == "sleep":
+        time.sleep(seconds)
+    else:
+        end = time.monotonic() + seconds
+        while time.monotonic() < end:
+            pass
+    announce("done")
+
+
 def read_commands(handle):
     """Passes every line of standard input to `handle`. Returns a function that the toolkit's loop
     calls whenever file descriptor 0 is readable; it returns false at the end of the input."""
@@ -71,7 +87,11 @@ def read_commands(handle):
         while b"\n" in pending:
             line, _, rest = bytes(pending).partition(b"\n")
             pending[:] = rest
-            handle(line.decode("utf-8"))
+            name, _, argument = line.decode("utf-8").partition(" ")
+            if name in ("sleep", "work"):
+                keep_busy(name, float(argument))
+            else:
+                handle(line.decode("utf-8"))
         return True
 
     return readable

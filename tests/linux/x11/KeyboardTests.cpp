@@ -33,18 +33,18 @@ TEST_P(X11Keyboard, GivesBackTheKeysLentUnderThisLayout) {
     InputFixture::setLayout(GetParam());
     keyboard.reread();
     const int spare = user.keysWithoutSymbol();
-    const std::size_t free = keyboard.freeKeys();
+    const std::size_t free = keyboard.freeStrokes({});
     ASSERT_GT(free, 10U);
     for (int i = 0; i < 2; ++i) {
-        keyboard.remapKeys(someCharacters);
+        keyboard.remapKeys(someCharacters, {});
         keyboard.reread();
         for (const char32_t character : someCharacters) {
-            EXPECT_TRUE(keyboard.keyFor(character, 0, {})) << "in round " << i;
+            EXPECT_TRUE(keyboard.strokeFor(character, 0, {})) << "in round " << i;
         }
-        EXPECT_EQ(keyboard.freeKeys(), free - 3);
+        EXPECT_EQ(keyboard.freeStrokes(someCharacters), free - 3);
         keyboard.restore();
         keyboard.reread();
-        ASSERT_EQ(keyboard.freeKeys(), free);
+        ASSERT_EQ(keyboard.freeStrokes({}), free);
     }
     EXPECT_EQ(user.keysWithoutSymbol(), spare);
 }
@@ -54,7 +54,7 @@ TEST_P(X11Keyboard, GivesBackTheKeysLentBeforeASwitchToThisLayout) {
     const int spare = user.keysWithoutSymbol();
     InputFixture::setLayout({"us"});
     keyboard.reread();
-    keyboard.remapKeys(someCharacters);
+    keyboard.remapKeys(someCharacters, {});
     InputFixture::setLayout(GetParam());
     keyboard.reread();
     keyboard.restore();
@@ -67,17 +67,17 @@ TEST_P(X11Keyboard, KnowsTheKeysLentAfterAnotherProgramHasWrittenTheMapBack) {
     InputFixture::setLayout(GetParam());
     keyboard.reread();
     const int spare = user.keysWithoutSymbol();
-    const std::size_t free = keyboard.freeKeys();
-    keyboard.remapKeys(someCharacters);
+    const std::size_t free = keyboard.freeStrokes({});
+    keyboard.remapKeys(someCharacters, {});
     connection->synchronise();
     user.writeMapBack();
     keyboard.reread();
     for (const char32_t character : someCharacters) {
-        EXPECT_TRUE(keyboard.keyFor(character, 0, {}));
+        EXPECT_TRUE(keyboard.strokeFor(character, 0, {}));
     }
     keyboard.restore();
     keyboard.reread();
-    EXPECT_EQ(keyboard.freeKeys(), free);
+    EXPECT_EQ(keyboard.freeStrokes({}), free);
     EXPECT_EQ(user.keysWithoutSymbol(), spare);
 }
 

@@ -49,7 +49,7 @@ class X11RemappedKeys : public testing::Test {
         const pid_t child = fork();
         if (child == 0) {
             Instance instance;
-            instance.keyboard.remapKeys(remappedCharacters);
+            instance.keyboard.remapKeys(remappedCharacters, {});
             instance.connection->synchronise();
             [[maybe_unused]] const auto written = write(pipe[1], "", 1);
             for (;;) {
@@ -78,7 +78,7 @@ TEST_F(X11RemappedKeys, AreGivenBackByALaterClientWhileAnotherHasTheNumberOfTheK
     const X11User heir;
     Instance next;
     EXPECT_EQ(user.keysWithoutSymbol(), spare);
-    EXPECT_EQ(next.keyboard.freeKeys(), static_cast<std::size_t>(spare));
+    EXPECT_EQ(next.keyboard.freeStrokes({}), 2 * static_cast<std::size_t>(spare));
 }
 
 TEST_F(X11RemappedKeys, AreGivenBackAfterManyKillsUnderAnyLayout) {
@@ -94,25 +94,25 @@ TEST_F(X11RemappedKeys, AreGivenBackAfterManyKillsUnderAnyLayout) {
 
 TEST_F(X11RemappedKeys, AreLeftToAnInstanceThatLives) {
     Instance first;
-    first.keyboard.remapKeys(remappedCharacters);
+    first.keyboard.remapKeys(remappedCharacters, {});
     {
         Instance second;
         for (const char32_t character : remappedCharacters) {
-            EXPECT_FALSE(second.keyboard.keyFor(character, 0, {}));
+            EXPECT_FALSE(second.keyboard.strokeFor(character, 0, {}));
         }
-        second.keyboard.remapKeys({U'ą', U'ж'});
+        second.keyboard.remapKeys({U'ą', U'ж'}, {});
         for (const char32_t character : {U'ą', U'ж'}) {
-            EXPECT_TRUE(second.keyboard.keyFor(character, 0, {}));
+            EXPECT_TRUE(second.keyboard.strokeFor(character, 0, {}));
         }
         EXPECT_EQ(user.keysWithoutSymbol(), spare - 5);
         first.keyboard.reread();
-        EXPECT_NE(first.keyboard.keyFor(U'ą', 0, {}), second.keyboard.keyFor(U'ą', 0, {}));
+        EXPECT_NE(first.keyboard.strokeFor(U'ą', 0, {}), second.keyboard.strokeFor(U'ą', 0, {}));
         second.keyboard.restore();
     }
     EXPECT_EQ(user.keysWithoutSymbol(), spare - 3);
     first.keyboard.reread();
     for (const char32_t character : remappedCharacters) {
-        EXPECT_TRUE(first.keyboard.keyFor(character, 0, {}));
+        EXPECT_TRUE(first.keyboard.strokeFor(character, 0, {}));
     }
     first.keyboard.restore();
     EXPECT_EQ(user.keysWithoutSymbol(), spare);
@@ -121,12 +121,12 @@ TEST_F(X11RemappedKeys, AreLeftToAnInstanceThatLives) {
 TEST_F(X11RemappedKeys, AreNotTakenByTwoAtOnce) {
     Instance first;
     Instance second;
-    first.keyboard.remapKeys({U'ą'});
+    first.keyboard.remapKeys({U'ą'}, {});
     // The second has not heard of that yet.
-    second.keyboard.remapKeys({U'ж'});
+    second.keyboard.remapKeys({U'ж'}, {});
     first.keyboard.reread();
-    EXPECT_TRUE(first.keyboard.keyFor(U'ą', 0, {}));
-    EXPECT_TRUE(second.keyboard.keyFor(U'ж', 0, {}));
+    EXPECT_TRUE(first.keyboard.strokeFor(U'ą', 0, {}));
+    EXPECT_TRUE(second.keyboard.strokeFor(U'ж', 0, {}));
     first.keyboard.restore();
     second.keyboard.restore();
     EXPECT_EQ(user.keysWithoutSymbol(), spare);

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 
-#include <signal.h>
+#include <string>
+#include <tuple>
 
 #include "tests/linux/x11/InputFixture.h"
 
@@ -163,56 +164,85 @@ TEST_P(X11Typing, IsStillInTheFieldAfterAHoldWithoutText) {
     EXPECT_TRUE(target.isRunning());
 }
 
-std::string nameOf(const testing::TestParamInfo<X11Target::Kind>& kind) {
-    switch (kind.param) {
-        case X11Target::Kind::gtk4Text:
-            return "Gtk4";
-        case X11Target::Kind::qt6Entry:
-            return "Qt6";
-        case X11Target::Kind::terminal:
-            return "Terminal";
-        default:
-            return "Gtk3";
-    }
-}
+using Kind = X11Target::Kind;
 
-INSTANTIATE_TEST_SUITE_P(, X11Typing,
-                         testing::Values(X11Target::Kind::gtk3Entry, X11Target::Kind::gtk4Text,
-                                         X11Target::Kind::qt6Entry, X11Target::Kind::terminal),
-                         nameOf);
+const auto everyKind = testing::Values(Kind::gtk3Entry, Kind::gtk4Text, Kind::qt5Text,
+                                       Kind::qt6Entry, Kind::tkText, Kind::terminal);
 
-/// Into a program that is stopped, and of which it is known by then that it answers pings.
-class X11TypingIntoStoppedProgram : public X11Typing {
-  protected:
-    X11TypingIntoStoppedProgram() {
-        EXPECT_TRUE(comesToFront(stopped));
-        HotKeyRecorder recorder(input->eventManager());
-        EXPECT_EQ(recorder.add(hold, 1), platform::noErr);
-        pressHold();
-        releaseHold();
-        EXPECT_TRUE(becomes(recorder, "P1R1"));
-        // What came to the program before its own key has been answered.
-        user->tap(X11User::qKey);
-        EXPECT_TRUE(becomes(stopped, "q"));
-        stopped.hang();
-    }
+INSTANTIATE_TEST_SUITE_P(, X11Typing, everyKind,
+                         [](const auto& kind) { return nameOf(kind.param); });
 
-    // More characters than there are spare keys, so that keys have to be used again.
-    static constexpr auto longText = "Müller: Привет, мир! Zażółć gęślą jaźń 日本語 😀. ";
+// More characters than there are spare keys, so that keys have to be used again.
+constexpr std::string_view longText =
+    "Müller's café: Привет, мир! Zażółć gęślą jaźń. Ελληνικά, עברית, العربية, 日本語 😀. ";
 
-    const X11Target stopped{GetParam(), mainQueue};
-};
+/// How a program is kept from reading its keys.
+enum class Stop { signal, sleep, work };
+
+class X11TypingIntoStoppedProgram : public InputFixture,
+                                    public testing::TestWithParam<std::tuple<Kind, Stop, bool>> {};
 
 TEST_P(X11TypingIntoStoppedProgram, ArrivesWholeWhenTheProgramGoesOn) {
-    type("Müller's café: Привет, мир! ", stopped.process());
-    mainQueue.runFor(2000ms);
-    type("Zażółć gęślą jaźń 日本語 😀. ", stopped.process());
-    mainQueue.runFor(1500ms);
-    stopped.goOn();
-    EXPECT_TRUE(becomes(stopped, "qMüller's café: Привет, мир! Zażółć gęślą jaźń 日本語 😀. "));
+    constexpr auto duration = 1600ms;
+    const auto [kind, stop, isHeld] = GetParam();
+    X11Target target(kind, mainQueue);
+    ASSERT_TRUE(comesToFront(target));
+    HotKeyRecorder recorder(input->eventManager());
+    if (isHeld) {
+        ASSERT_EQ(recorder.add(hold, 1), platform::noErr);
+        pressHold();
+        ASSERT_TRUE(becomes(recorder, "P1"));
+    }
+    switch (stop) {
+        case Stop::signal:
+            target.hang();
+            break;
+        case Stop::sleep:
+            target.sleepInMainLoop(duration);
+            break;
+        case Stop::work:
+            target.workInMainLoop(duration);
+            break;
+    }
+    const std::string first = "Müller's café is closed. ";
+    type(first, target.process());
+    mainQueue.runFor(duration / 2);
+    type(longText, target.process());
+    mainQueue.runFor(duration / 2);
+    target.goOn();
+    EXPECT_TRUE(becomes(target, first + std::string(longText)));
+    if (isHeld) {
+        releaseHold();
+        EXPECT_TRUE(becomes(recorder, "P1R1"));
+    }
 }
 
-TEST_P(X11TypingIntoStoppedProgram, HoldsUpNoOtherProgram) {
+std::string nameOfStop(const testing::TestParamInfo<std::tuple<Kind, Stop, bool>>& info) {
+    const auto [kind, stop, isHeld] = info.param;
+    const std::string how = stop == Stop::signal  ? "BySignal"
+                            : stop == Stop::sleep ? "Asleep"
+                                                  : "AtWork";
+    return nameOf(kind) + how + (isHeld ? "WhileHeld" : "");
+}
+
+INSTANTIATE_TEST_SUITE_P(, X11TypingIntoStoppedProgram,
+                         testing::Combine(everyKind, testing::Values(Stop::signal),
+                                          testing::Bool()),
+                         nameOfStop);
+
+// A terminal has no main loop that a test could stop.
+INSTANTIATE_TEST_SUITE_P(InMainLoop, X11TypingIntoStoppedProgram,
+                         testing::Combine(testing::Values(Kind::gtk3Entry, Kind::gtk4Text,
+                                                          Kind::qt5Text, Kind::qt6Entry,
+                                                          Kind::tkText),
+                                          testing::Values(Stop::sleep, Stop::work),
+                                          testing::Bool()),
+                         nameOfStop);
+
+TEST_P(X11Typing, HoldsUpNoOtherProgramWhileThisOneIsStopped) {
+    const X11Target stopped(GetParam(), mainQueue);
+    ASSERT_TRUE(comesToFront(stopped));
+    stopped.hang();
     type(longText, stopped.process());
     const X11Target front(X11Target::Kind::gtk3Entry, mainQueue);
     ASSERT_TRUE(comesToFront(front));
@@ -222,12 +252,8 @@ TEST_P(X11TypingIntoStoppedProgram, HoldsUpNoOtherProgram) {
     type("and more", front.process());
     EXPECT_TRUE(becomes(front, std::string(longText) + "and more"));
     stopped.goOn();
-    EXPECT_TRUE(becomes(stopped, std::string("q") + longText + "more"));
+    EXPECT_TRUE(becomes(stopped, std::string(longText) + "more"));
 }
-
-INSTANTIATE_TEST_SUITE_P(, X11TypingIntoStoppedProgram,
-                         testing::Values(X11Target::Kind::gtk3Entry, X11Target::Kind::gtk4Text),
-                         nameOf);
 
 }  // namespace
 

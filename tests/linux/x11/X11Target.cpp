@@ -18,27 +18,26 @@ using namespace std::chrono_literals;
 
 std::vector<std::string> commandFor(X11Target::Kind kind, const std::string& file) {
     const std::string folder = TARVIK_TARGETS;
+    const auto python = [&](const std::string& program, const std::vector<std::string>& options) {
+        std::vector<std::string> command{"/usr/bin/python3", folder + "/" + program, "--out", file};
+        command.insert(command.end(), options.begin(), options.end());
+        return command;
+    };
     switch (kind) {
         case X11Target::Kind::gtk3Entry:
-            return {"/usr/bin/python3",
-                    folder + "/gtk3_target.py",
-                    "--widget",
-                    "entry",
-                    "--menu-bar",
-                    "--out",
-                    file};
+            return python("gtk3_target.py", {"--widget", "entry", "--menu-bar"});
         case X11Target::Kind::gtk3Text:
-            return {"/usr/bin/python3", folder + "/gtk3_target.py", "--menu-bar", "--out", file};
+            return python("gtk3_target.py", {"--menu-bar"});
         case X11Target::Kind::gtk4Text:
-            return {"/usr/bin/python3", folder + "/gtk4_target.py", "--out", file};
+            return python("gtk4_target.py", {});
+        case X11Target::Kind::qt5Text:
+            return python("qt5_target.py", {});
         case X11Target::Kind::qt6Entry:
-            return {"/usr/bin/python3",
-                    folder + "/qt6_target.py",
-                    "--widget",
-                    "entry",
-                    "--menu-bar",
-                    "--out",
-                    file};
+            return python("qt6_target.py", {"--widget", "entry", "--menu-bar"});
+        case X11Target::Kind::qt6Text:
+            return python("qt6_target.py", {});
+        case X11Target::Kind::tkText:
+            return python("tk_target.py", {});
         case X11Target::Kind::terminal:
             // The terminal's output is not ours, so the shell inside tells when it is ready.
             return {"xterm", "-u8", "-e",
@@ -79,6 +78,17 @@ std::string X11Target::text() const {
     return {std::istreambuf_iterator<char>(file), {}};
 }
 
+void X11Target::occupy(const std::string& command, std::chrono::milliseconds time) {
+    process_->write(command + " " + std::to_string(std::chrono::duration<double>(time).count()) +
+                    "\n");
+    while (const auto line = process_->readLine()) {
+        if (*line == "busy") {
+            return;
+        }
+    }
+    throw std::runtime_error("the target did not obey");
+}
+
 void X11Target::hang() const {
     kill(process_->identifier(), SIGSTOP);
 }
@@ -89,6 +99,26 @@ void X11Target::goOn() const {
 
 bool X11Target::isRunning() const {
     return process_->identifier() != 0 && kill(process_->identifier(), 0) == 0;
+}
+
+std::string nameOf(X11Target::Kind kind) {
+    switch (kind) {
+        case X11Target::Kind::gtk3Entry:
+        case X11Target::Kind::gtk3Text:
+            return "Gtk3";
+        case X11Target::Kind::gtk4Text:
+            return "Gtk4";
+        case X11Target::Kind::qt5Text:
+            return "Qt5";
+        case X11Target::Kind::qt6Entry:
+        case X11Target::Kind::qt6Text:
+            return "Qt6";
+        case X11Target::Kind::tkText:
+            return "Tk";
+        case X11Target::Kind::terminal:
+            return "Terminal";
+    }
+    return "";
 }
 
 }  // namespace tarvik::tests

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include <chrono>
 #include <filesystem>
 #include <memory>
 #include <string>
@@ -15,7 +16,7 @@ namespace tarvik::tests {
 /// A program with a window that text is typed into. It is in front when it has been made.
 class X11Target {
   public:
-    enum class Kind { gtk3Entry, gtk3Text, gtk4Text, qt6Entry, terminal };
+    enum class Kind { gtk3Entry, gtk3Text, gtk4Text, qt5Text, qt6Entry, qt6Text, tkText, terminal };
 
     X11Target(Kind kind, RealTimeQueue& mainQueue);
     ~X11Target();
@@ -25,6 +26,9 @@ class X11Target {
     platform::ProcessIdentifier process() const { return process_->identifier(); }
     /// The whole text in it, UTF-8.
     std::string text() const;
+    /// The program's main loop handles nothing for a while, asleep or at work. Not for a terminal.
+    void sleepInMainLoop(std::chrono::milliseconds time) { occupy("sleep", time); }
+    void workInMainLoop(std::chrono::milliseconds time) { occupy("work", time); }
     /// It reads nothing from here until it goes on.
     void hang() const;
     void goOn() const;
@@ -33,8 +37,13 @@ class X11Target {
     bool isRunning() const;
 
   private:
+    void occupy(const std::string& command, std::chrono::milliseconds time);
+
     std::filesystem::path folder_;
     std::unique_ptr<TestProcess> process_;
 };
+
+/// The toolkit's name, for the name of a test.
+std::string nameOf(X11Target::Kind kind);
 
 }  // namespace tarvik::tests

@@ -1,0 +1,106 @@
+// SPDX-License-Identifier: MIT
+
+#include "platform/linux/x11/ProgramProbe.h"
+
+#include <algorithm>
+#include <array>
+#include <filesystem>
+#include <fstream>
+#include <limits>
+#include <string_view>
+#include <system_error>
+
+#include "platform/linux/x11/SocketBacklog.h"
+
+namespace tarvik::linuxdesktop {
+
+namespace {
+
+using Finding = ProgramProbe::Finding;
+
+struct Sight {
+    Finding finding = Finding::unknown;
+    // How often the threads have given up the processor, all in all.
+    std::uint64_t switches = 0;
+};
+
+// A thread's part of a sight; false when the thread is neither asleep nor waiting to run.
+struct Thread {
+    char state = '?';
+    std::uint64_t switches = 0;
+};
+
+Thread readThread(const std::filesystem::path& folder) {
+    constexpr std::string_view stateLabel = "State:";
+    constexpr std::string_view switchesLabel = "voluntary_ctxt_switches:";
+    Thread thread;
+    std::ifstream status(folder / "status");
+    for (std::string label; status >> label;) {
+        if (label == stateLabel) {
+            status >> thread.state;
+        } else if (label.ends_with(switchesLabel)) {
+            std::uint64_t count = 0;
+            status >> count;
+            thread.switches += count;
+        }
+        status.ignore(std::numeric_limits<std::streamsize>::max(), '\n');
+    }
+    return thread;
+}
+
+// A main thread that sleeps for a time, or waits for another process, is in the middle of handling
+// something. An event loop sleeps in one of these functions of the kernel.
+bool waitsForEvents(const std::filesystem::path& process) {
+    constexpr std::array<std::string_view, 4> waits{"poll", "select", "ep_", "futex"};
+    std::ifstream file(process / "wchan");
+    std::string function;
+    file >> function;
+    return std::ranges::any_of(
+        waits, [&](std::string_view wait) { return function.find(wait) != std::string::npos; });
+}
+
+Sight look(std::int32_t process, const std::string& server) {
+    const auto backlog = backlogOf(process, server);
+    if (!backlog) {
+        return {};
+    }
+    const std::filesystem::path folder = "/proc/" + std::to_string(process);
+    Sight sight{waitsForEvents(folder) && backlog->toServer == 0 ? Finding::idle : Finding::busy};
+    std::error_code error;
+    for (auto entry = std::filesystem::directory_iterator(folder / "task", error);
+         !error && entry != std::filesystem::directory_iterator(); entry.increment(error)) {
+        const Thread thread = readThread(entry->path());
+        sight.switches += thread.switches;
+        if (thread.state == 'T' || thread.state == 't') {
+            sight.finding = Finding::behind;
+        } else if (thread.state != 'S' && sight.finding == Finding::idle) {
+            sight.finding = Finding::busy;
+        }
+    }
+    if (backlog->toProgram != 0) {
+        sight.finding = Finding::behind;
+    }
+    return sight;
+}
+
+}  // namespace
+
+ProgramProbe::ProgramProbe(XcbConnection& connection)
+    : connection_(connection), server_(addressOfServer(connection.descriptor())) {}
+
+// A program also sleeps while it waits for an answer of the server, in the middle of handling a
+// key. The server answers every request that it has read before it answers the next one of this
+// connection, so such a program wakes up between the two looks.
+ProgramProbe::Finding ProgramProbe::find(std::int32_t process) {
+    connection_.synchronise();
+    const Sight first = look(process, server_);
+    if (first.finding != Finding::idle) {
+        return first.finding;
+    }
+    connection_.synchronise();
+    const Sight second = look(process, server_);
+    const bool hasSlept = second.finding != Finding::idle || second.switches == first.switches;
+    return hasSlept ? second.finding : Finding::busy;
+}
+
+}  // namespace tarvik::linuxdesktop

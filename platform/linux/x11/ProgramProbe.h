@@ -1,0 +1,36 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <cstdint>
+#include <string>
+
+#include "platform/linux/x11/XcbConnection.h"
+
+namespace tarvik::linuxdesktop {
+
+/// Tells from outside how far a program of this machine is with the server's events, for programs
+/// that answer no pings. Input thread only.
+class ProgramProbe {
+  public:
+    enum class Finding {
+        /// The program is not one of this machine and this user, or the system does not tell.
+        unknown,
+        /// Events wait for the program, or the program is stopped.
+        behind,
+        /// No event waits. The program may still be handling those that it has read.
+        busy,
+        /// The program has handled every event that the server had for it, and waits for more.
+        idle,
+    };
+
+    explicit ProgramProbe(XcbConnection& connection);
+
+    /// Waits for the server, never for the program.
+    Finding find(std::int32_t process);
+
+  private:
+    XcbConnection& connection_;
+    const std::string server_;
+};
+
+}  // namespace tarvik::linuxdesktop
