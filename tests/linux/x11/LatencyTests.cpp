@@ -105,6 +105,27 @@ TEST_F(X11Latency, OfSixtyCharacters) {
     record("sixtyCharactersToVisible", times);
 }
 
+// Every word of the piece needs keys that the layout lacks.
+TEST_F(X11Latency, OfSixtyFiveCyrillicCharacters) {
+    const std::string piece = " Съешь же ещё этих мягких французских булок, да выпей чаю. Подъём!";
+    for (const auto kind :
+         {X11Target::Kind::gtk3Entry, X11Target::Kind::tkText, X11Target::Kind::terminal}) {
+        const X11Target target(kind, mainQueue);
+        ASSERT_TRUE(comesToFront(target));
+        std::string expected;
+        std::vector<double> times;
+        for (int i = 0; i < 10; ++i) {
+            expected += piece;
+            const auto start = Clock::now();
+            type(piece, target.process());
+            ASSERT_TRUE(becomes(target, expected));
+            times.push_back(since(start));
+            mainQueue.runFor(900ms);
+        }
+        record("cyrillicToVisible" + nameOf(kind), times);
+    }
+}
+
 TEST_F(X11Latency, OfOpeningAndRegistering) {
     std::vector<double> times;
     for (int i = 0; i < 15; ++i) {
