@@ -1,0 +1,134 @@
+// SPDX-License-Identifier: MIT
+
+#include <unistd.h>
+
+#include <atomic>
+#include <memory>
+#include <set>
+
+#include "platform/linux/x11/FrontWindow.h"
+#include "platform/linux/x11/ProgramProbe.h"
+#include "platform/linux/x11/SocketBacklog.h"
+#include "platform/linux/x11/UnreadKeys.h"
+#include "tests/linux/x11/InputFixture.h"
+
+namespace tarvik::tests {
+
+namespace {
+
+using namespace std::chrono_literals;
+using linuxdesktop::ProgramProbe;
+using linuxdesktop::UnreadKeys;
+using linuxdesktop::XcbConnection;
+using Finding = ProgramProbe::Finding;
+
+/// Programs that answer no pings.
+class X11ProgramProbe : public InputFixture, public testing::TestWithParam<X11Target::Kind> {
+  protected:
+    bool finds(Finding finding, std::int32_t process) {
+        return mainQueue.runUntil([&] { return probe.find(process) == finding; }, 5s);
+    }
+
+    std::unique_ptr<XcbConnection> connection = XcbConnection::open().value();
+    ProgramProbe probe{*connection};
+};
+
+TEST_P(X11ProgramProbe, FindsAProgramBehindFromAKeyUntilTheProgramHasHandledTheKey) {
+    const X11Target target(GetParam(), mainQueue);
+    ASSERT_TRUE(comesToFront(target));
+    EXPECT_TRUE(finds(Finding::idle, target.process()));
+    target.hang();
+    user->tap(X11User::qKey);
+    EXPECT_TRUE(finds(Finding::behind, target.process()));
+    mainQueue.runFor(300ms);
+    EXPECT_EQ(probe.find(target.process()), Finding::behind);
+    target.goOn();
+    EXPECT_TRUE(finds(Finding::idle, target.process()));
+    EXPECT_EQ(target.text(), "q");
+}
+
+INSTANTIATE_TEST_SUITE_P(, X11ProgramProbe,
+                         testing::Values(X11Target::Kind::tkText, X11Target::Kind::terminal),
+                         [](const auto& kind) { return nameOf(kind.param); });
+
+using X11MainLoopProbe = X11ProgramProbe;
+
+TEST_P(X11MainLoopProbe, NeverFindsAProgramIdleWhoseMainLoopIsOccupied) {
+    X11Target target(GetParam(), mainQueue);
+    ASSERT_TRUE(comesToFront(target));
+    EXPECT_TRUE(finds(Finding::idle, target.process()));
+    target.sleepInMainLoop(500ms);
+    EXPECT_EQ(probe.find(target.process()), Finding::busy);
+    EXPECT_TRUE(finds(Finding::idle, target.process()));
+    target.workInMainLoop(500ms);
+    EXPECT_EQ(probe.find(target.process()), Finding::busy);
+    EXPECT_TRUE(finds(Finding::idle, target.process()));
+}
+
+TEST_P(X11MainLoopProbe, KnowsNothingOfAProgramWithoutAWindow) {
+    const TestProcess other({"sleep", "60"});
+    EXPECT_EQ(probe.find(other.identifier()), Finding::unknown);
+    EXPECT_EQ(probe.find(0), Finding::unknown);
+    const auto address = linuxdesktop::addressOfServer(connection->descriptor());
+    EXPECT_NE(address, "");
+    EXPECT_TRUE(linuxdesktop::backlogOf(getpid(), address));
+    EXPECT_FALSE(linuxdesktop::backlogOf(getpid(), address + "x"));
+    EXPECT_FALSE(linuxdesktop::backlogOf(getpid(), ""));
+}
+
+INSTANTIATE_TEST_SUITE_P(, X11MainLoopProbe, testing::Values(X11Target::Kind::tkText),
+                         [](const auto& kind) { return nameOf(kind.param); });
+
+class X11UnreadKeys : public InputFixture, public testing::Test {
+  protected:
+    /// Runs the loop until `condition` holds; false when it does not within `timeout`.
+    bool runUntil(const std::function<bool()>& condition, std::chrono::milliseconds timeout) {
+        const auto end = std::chrono::steady_clock::now() + timeout;
+        while (!condition() && std::chrono::steady_clock::now() < end) {
+            linuxdesktop::Deadline turn(loop);
+            turn.set(5ms, [this] { loop.quit(); });
+            loop.run();
+        }
+        return condition();
+    }
+
+    std::unique_ptr<XcbConnection> connection = XcbConnection::open().value();
+    linuxdesktop::PollLoop loop;
+    linuxdesktop::WindowPing ping{*connection};
+    std::size_t lost = 0;
+    UnreadKeys unread{
+        *connection, loop, ping, {[] {}, [this](std::size_t count) { lost += count; }}};
+};
+
+TEST_F(X11UnreadKeys, OfAnUnknownProgramAreNotWaitedForAfterADelayAndKeptWherePossible) {
+    bool isRead = false;
+    unread.add(XCB_NONE, U"ж");
+    unread.whenRead(XCB_NONE, [&] { isRead = true; });
+    EXPECT_TRUE(unread.contains(XCB_NONE));
+    EXPECT_EQ(unread.characters(), std::set<char32_t>{U'ж'});
+    EXPECT_FALSE(isRead);
+    EXPECT_TRUE(runUntil([&] { return isRead; }, 3s));
+    EXPECT_FALSE(unread.contains(XCB_NONE));
+    EXPECT_FALSE(unread.anyWindow());
+    EXPECT_TRUE(unread.characters().empty());
+    EXPECT_FALSE(unread.isEmpty());
+    EXPECT_EQ(lost, 0U);
+}
+
+// Such a terminal draws all the time and reads its keys in between.
+TEST_F(X11UnreadKeys, OfATerminalFullOfOutputAreKnownToBeRead) {
+    const TestProcess terminal({"xterm", "-e", "yes"});
+    ASSERT_TRUE(
+        mainQueue.runUntil([&] { return input->frontmostProcess() == terminal.identifier(); }));
+    std::atomic<platform::ProcessIdentifier> process = 0;
+    linuxdesktop::FrontWindow front(*connection, process);
+    const xcb_window_t window = front.window();
+    unread.add(window, U"ж");
+    EXPECT_TRUE(unread.contains(window));
+    EXPECT_TRUE(runUntil([&] { return unread.isEmpty(); }, 10s));
+    EXPECT_EQ(lost, 0U);
+}
+
+}  // namespace
+
+}  // namespace tarvik::tests
