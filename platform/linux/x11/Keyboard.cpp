@@ -281,8 +281,8 @@ RemappedSymbols Keyboard::ownSymbols() const {
 }
 
 // Every change is announced for the same range of keys: all that are spare or remapped. The X
-// library loses the announcement of a change that comes while the library reads the map for an
-// earlier one. What the library reads then contains the later change only if the range is the same.
+// library forgets an announcement that comes while it reads the map for an earlier one. With the
+// same range, what the library reads then contains the later change.
 void Keyboard::change(const std::map<xcb_keycode_t, KeyboardMap::Key>& keys) {
     if (keys.empty()) {
         return;

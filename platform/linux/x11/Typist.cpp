@@ -181,8 +181,12 @@ Typist::Round Typist::nextRound() const {
     const KeyboardState state = KeyboardState::read(connection_);
     const std::u32string& characters = current().characters;
     Round round{item_->position, {}, unread_.characters()};
+    std::set<char32_t> seen;
     for (; round.end < characters.size(); ++round.end) {
         const char32_t character = characters[round.end];
+        if (!seen.insert(character).second) {
+            continue;
+        }
         round.kept.insert(character);
         if (!keyboard_.strokeFor(character, state.group, state.down)) {
             round.lacking.insert(character);
