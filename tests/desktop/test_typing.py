@@ -2,6 +2,8 @@
 # SPDX-License-Identifier: MIT
 """Text typed into programs without accessible text fields."""
 
+import signal
+import time
 import unittest
 
 from desktop import wait_for
@@ -47,6 +49,27 @@ class Typing(DictationTest):
         text = " ".join(f"Wörd{number}" for number in range(60))
         self.dictate(self.service, text)
         target.wait_for_text(text, timeout=15)
+
+    def test_text_for_a_stopped_terminal_arrives_whole_afterwards(self):
+        for number, press in enumerate((self.keyboard.hold, self.keyboard.toggle), start=1):
+            target = self.start_terminal()
+            press()
+            self.application.log.wait_for(f"startRecording (session={number})")
+            stream = self.service.stream(number)
+            target.process.send_signal(signal.SIGSTOP)
+            self.addCleanup(target.process.send_signal, signal.SIGCONT)
+            stream.say("Müller's café is closed.")
+            # The time that the terminal is stopped.
+            time.sleep(1.2)
+            stream.say(MIXED)
+            time.sleep(1.2)
+            target.process.send_signal(signal.SIGCONT)
+            target.wait_for_text("Müller's café is closed. " + MIXED)
+            if press == self.keyboard.hold:
+                self.keyboard.release()
+            else:
+                press()
+            self.application.log.wait_for(f"audio.stop (session={number})")
 
     def test_caps_lock_and_num_lock_change_nothing(self):
         for key in ("Caps_Lock", "Num_Lock"):
