@@ -18,13 +18,13 @@ namespace {
 
 using Finding = ProgramProbe::Finding;
 
+// What one look at a program tells.
 struct Sight {
     Finding finding = Finding::unknown;
     // How often the threads have given up the processor, all in all.
     std::uint64_t switches = 0;
 };
 
-// A thread's part of a sight; false when the thread is neither asleep nor waiting to run.
 struct Thread {
     char state = '?';
     std::uint64_t switches = 0;
@@ -48,8 +48,8 @@ Thread readThread(const std::filesystem::path& folder) {
     return thread;
 }
 
-// A main thread that sleeps for a time, or waits for another process, is in the middle of handling
-// something. An event loop sleeps in one of these functions of the kernel.
+// An event loop sleeps in one of these functions of the kernel. A main thread that sleeps
+// elsewhere, for a time or for another process, is in the middle of handling something.
 bool waitsForEvents(const std::filesystem::path& process) {
     constexpr std::array<std::string_view, 4> waits{"poll", "select", "ep_", "futex"};
     std::ifstream file(process / "wchan");

@@ -3,7 +3,6 @@
 
 #include <cstdint>
 #include <optional>
-#include <set>
 #include <string>
 
 namespace tarvik::linuxdesktop {

@@ -163,7 +163,7 @@ bool UnreadKeys::probe(xcb_window_t window, Keys& keys) {
         }
         return false;
     }
-    // Toolkits that answer pings may read their events in a thread of its own.
+    // Some toolkits that answer pings read events in one thread and handle them in another.
     if (finding == ProgramProbe::Finding::idle ||
         (finding == ProgramProbe::Finding::busy && !keys.isPinged && readsMarkers(window, keys))) {
         return true;

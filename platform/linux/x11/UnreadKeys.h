@@ -25,8 +25,8 @@ namespace tarvik::linuxdesktop {
 /// must keep its symbol until then: programs look keys up in the map that is valid when they read
 /// the key. Input thread only.
 ///
-/// A program has looked its keys up when it answers a ping that was sent after them. Of a local
-/// program that answers no pings the system tells as much. Of any other program nobody tells: its
+/// The answer to a later ping proves that a program has looked its keys up. For a local program
+/// that answers no pings the proof is a ProgramProbe. For any other program there is no proof: the
 /// keys count as read after a delay, and their symbols stay for 30 s where possible.
 class UnreadKeys {
   public:

@@ -1,8 +1,10 @@
 // SPDX-License-Identifier: MIT
 
+#include <algorithm>
 #include <memory>
 #include <set>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "platform/linux/x11/Keyboard.h"
@@ -13,6 +15,7 @@ namespace tarvik::tests {
 
 namespace {
 
+using namespace std::string_literals;
 using linuxdesktop::Keyboard;
 using linuxdesktop::XcbConnection;
 
@@ -79,6 +82,73 @@ TEST_P(X11Keyboard, KnowsTheKeysLentAfterAnotherProgramHasWrittenTheMapBack) {
     keyboard.reread();
     EXPECT_EQ(keyboard.freeStrokes({}), free);
     EXPECT_EQ(user.keysWithoutSymbol(), spare);
+}
+
+TEST_P(X11Keyboard, ServesTwoCharactersWithEachSpareKey) {
+    InputFixture::setLayout(GetParam());
+    keyboard.reread();
+    const auto spare = static_cast<std::size_t>(user.keysWithoutSymbol());
+    EXPECT_EQ(keyboard.freeStrokes({}), 2 * spare);
+    std::set<char32_t> characters;
+    for (char32_t character = U'あ'; characters.size() < 2 * spare; ++character) {
+        characters.insert(character);
+    }
+    keyboard.remapKeys(characters, characters);
+    keyboard.reread();
+    EXPECT_EQ(keyboard.freeStrokes(characters), 0U);
+    std::set<std::pair<xcb_keycode_t, bool>> strokes;
+    for (const char32_t character : characters) {
+        const auto stroke = keyboard.strokeFor(character, 0, {});
+        ASSERT_TRUE(stroke);
+        strokes.insert({stroke->key, stroke->isShifted});
+    }
+    EXPECT_EQ(strokes.size(), 2 * spare);
+    keyboard.restore();
+    connection->synchronise();
+    EXPECT_EQ(static_cast<std::size_t>(user.keysWithoutSymbol()), spare);
+}
+
+TEST_P(X11Keyboard, ReusesTheKeysThatWereNeededTheLongestAgo) {
+    InputFixture::setLayout(GetParam());
+    keyboard.reread();
+    const std::size_t free = keyboard.freeStrokes({});
+    std::set<char32_t> older;
+    std::set<char32_t> newer;
+    for (char32_t character = U'あ'; older.size() + newer.size() < free; ++character) {
+        (character % 2 == 0 ? older : newer).insert(character);
+    }
+    keyboard.remapKeys(older, {});
+    keyboard.remapKeys(newer, {});
+    const char32_t kept = *older.begin();
+    keyboard.remapKeys({U'漢', U'字'}, {kept});
+    EXPECT_TRUE(keyboard.strokeFor(U'漢', 0, {}));
+    EXPECT_TRUE(keyboard.strokeFor(U'字', 0, {}));
+    EXPECT_TRUE(keyboard.strokeFor(kept, 0, {}));
+    for (const char32_t character : newer) {
+        EXPECT_TRUE(keyboard.strokeFor(character, 0, {}));
+    }
+    const auto lost = std::ranges::count_if(
+        older, [&](char32_t character) { return !keyboard.strokeFor(character, 0, {}); });
+    EXPECT_EQ(lost, 2);
+    keyboard.restore();
+}
+
+// The user's layout types these without a change of the map.
+TEST_P(X11Keyboard, TypesTheLayoutsOwnCharactersWithShift) {
+    InputFixture::setLayout(GetParam());
+    keyboard.reread();
+    for (const char32_t character : U"Ab!?"s) {
+        EXPECT_TRUE(keyboard.strokeFor(character, 0, {}));
+    }
+    const auto capital = keyboard.strokeFor(U'A', 0, {});
+    const auto small = keyboard.strokeFor(U'a', 0, {});
+    ASSERT_TRUE(capital && small);
+    EXPECT_TRUE(capital->isShifted);
+    EXPECT_FALSE(small->isShifted);
+    EXPECT_EQ(capital->key, small->key);
+    linuxdesktop::KeysDown down;
+    down[small->key] = true;
+    EXPECT_FALSE(keyboard.strokeFor(U'a', 0, down));
 }
 
 INSTANTIATE_TEST_SUITE_P(
