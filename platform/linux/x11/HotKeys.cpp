@@ -25,6 +25,9 @@ constexpr xcb_keycode_t usualSpaceKey = 65;
 // after each of these delays.
 constexpr std::array renewalDelays{5ms, 20ms, 60ms, 200ms, 600ms};
 
+// The events of a burst come right after the burst.
+constexpr std::size_t maxBursts = 64;
+
 }  // namespace
 
 HotKeys::HotKeys(XcbConnection& connection, Keyboard& keyboard, PollLoop& loop, Events events)
@@ -32,6 +35,8 @@ HotKeys::HotKeys(XcbConnection& connection, Keyboard& keyboard, PollLoop& loop, 
       keyboard_(keyboard),
       events_(std::move(events)),
       lifted_(connection, keyboard),
+      rawKeys_(connection),
+      grabWatch_(connection),
       windowManagerFence_(connection),
       renewal_(loop) {}
 
@@ -61,7 +66,7 @@ platform::OSStatus HotKeys::add(HotKeyNumber number, std::uint32_t keyCode,
     }
     hotKeys_[number] = {modifiers, wanted};
     // A window manager may still have to handle an earlier change.
-    renewGrabs();
+    beginRenewals();
     return platform::noErr;
 }
 
@@ -101,40 +106,132 @@ std::optional<KeyGrab> HotKeys::grabFor(std::uint32_t modifiers) const {
     return grab;
 }
 
-bool HotKeys::handlePress(const xcb_input_key_press_event_t& event) {
+void HotKeys::handlePress(const xcb_input_key_press_event_t& event) {
     if (event.sourceid != event.deviceid) {
         keyboardInUse_ = event.sourceid;
     }
+    const auto key = static_cast<xcb_keycode_t>(event.detail);
     if ((event.flags & XCB_INPUT_KEY_EVENT_FLAGS_KEY_REPEAT) != 0) {
         // The repeat of a held key is no press: it would switch a long dictation on and off, and
         // ask for a missing key anew. A key that stays down after its combination has ended repeats
         // too.
-        const bool isHeld = hold_ && hold_->key == event.detail;
+        const bool isHeld = hold_ && hold_->key == key;
         answerPress(connection_, isHeld ? PressAnswer::ours : PressAnswer::notOurs);
-        return false;
+        return;
     }
+    rawKeys_.press(key);
+    isGrabbed_ = false;
+    if (confirm(event)) {
+        selectRawEvents();
+        answerPress(connection_, PressAnswer::ours);
+        return;
+    }
+    selectRawEvents();
     const std::uint32_t seen = event.mods.effective;
-    for (const std::uint32_t held : {seen | lifted_.mask(), seen}) {
-        for (const auto& [number, hotKey] : hotKeys_) {
-            const auto& grab = hotKey.grab;
-            if (grab && grab->key == event.detail &&
-                (held & ~std::uint32_t{grab->locks}) == grab->modifiers) {
-                answerPress(connection_, PressAnswer::ours);
-                endHold();
-                hold_ = Hold{number, grab->key, keyboard_.modifierKeys(grab->modifiers)};
-                events_.onPressed(number);
-                return true;
-            }
+    auto number = hotKeyOf(key, seen | lifted_.mask());
+    if (!number) {
+        number = hotKeyOf(key, seen);
+    }
+    answerPress(connection_, number ? PressAnswer::ours : PressAnswer::notOurs);
+    if (number) {
+        endHold();
+        beginHold(*number, std::nullopt);
+    }
+}
+
+std::optional<HotKeyNumber> HotKeys::hotKeyOf(xcb_keycode_t key, std::uint32_t modifiers) const {
+    for (const auto& [number, hotKey] : hotKeys_) {
+        const auto& grab = hotKey.grab;
+        if (grab && grab->key == key &&
+            (modifiers & ~std::uint32_t{grab->locks}) == grab->modifiers) {
+            return number;
         }
     }
-    answerPress(connection_, PressAnswer::notOurs);
-    return false;
+    return std::nullopt;
+}
+
+void HotKeys::beginHold(HotKeyNumber number, std::optional<Unconfirmed> unconfirmed) {
+    const KeyGrab& grab = *hotKeys_[number].grab;
+    hold_ = Hold{number, grab.key, keyboard_.modifierKeys(grab.modifiers), unconfirmed.has_value(),
+                 unconfirmed};
+    reportedKey_ = grab.key;
+    selectRawEvents();
+    events_.onPressed(number);
+}
+
+// The raw event of a press comes right before the press itself, and has the same time.
+bool HotKeys::confirm(const xcb_input_key_press_event_t& event) {
+    if (!hold_ || !hold_->unconfirmed || hold_->key != event.detail) {
+        return false;
+    }
+    const Unconfirmed& heard = *hold_->unconfirmed;
+    const auto later = static_cast<std::int32_t>(event.full_sequence - heard.readSequence);
+    if (heard.time ? heard.time != event.time : later > 0) {
+        return false;
+    }
+    hold_->unconfirmed.reset();
+    hold_->hasLostGrab = false;
+    return true;
+}
+
+void HotKeys::handleRawPress(const xcb_input_raw_key_press_event_t& event) {
+    const auto key = static_cast<xcb_keycode_t>(event.detail);
+    if (isOfBurst(event.full_sequence) || !rawKeys_.press(key)) {
+        return;
+    }
+    const auto number = hotKeyOf(key, rawKeys_.modifiers(keyboard_) | lifted_.mask());
+    if (number) {
+        keyboardInUse_ = event.sourceid;
+        endHold();
+        beginHold(*number, Unconfirmed{event.time});
+    } else if (isGrabbed_ && !isRenewing_ && !hold_ && !grabWatch_.isTakenByOther()) {
+        // The end of the grab went unheard.
+        isGrabbed_ = false;
+        selectRawEvents();
+    }
+}
+
+// Of a press that came before the raw events were selected, only the state of the keys tells.
+void HotKeys::hearUngrabbedPresses() {
+    if (!selectRawEvents() || hold_) {
+        return;
+    }
+    const std::uint32_t held = rawKeys_.modifiers(keyboard_) | lifted_.mask();
+    for (const auto& [number, hotKey] : hotKeys_) {
+        const auto& grab = hotKey.grab;
+        if (grab && rawKeys_.isDown(grab->key) && grab->key != reportedKey_ &&
+            hotKeyOf(grab->key, held) == number) {
+            beginHold(number, Unconfirmed{std::nullopt, rawKeys_.readSequence()});
+            return;
+        }
+    }
+}
+
+void HotKeys::handleGrab(GrabWatch::Change change, std::uint32_t sequence) {
+    if (change == GrabWatch::Change::none || isOfBurst(sequence)) {
+        return;
+    }
+    isGrabbed_ = change == GrabWatch::Change::begun;
+    hearUngrabbedPresses();
+}
+
+void HotKeys::handleGrabByOther() {
+    isGrabbed_ = true;
+    hearUngrabbedPresses();
+}
+
+void HotKeys::followFront(xcb_window_t front) {
+    grabWatch_.follow(front);
 }
 
 void HotKeys::handleRelease(std::uint32_t keyCode, std::uint32_t sequence) {
     const auto key = static_cast<xcb_keycode_t>(keyCode);
     if (ownReleases_.erase({key, sequence}) != 0) {
         return;
+    }
+    rawKeys_.release(key);
+    if (key == reportedKey_) {
+        reportedKey_ = 0;
     }
     if (lifted_.remove(key)) {
         followLifted();
@@ -147,15 +244,24 @@ void HotKeys::handleRelease(std::uint32_t keyCode, std::uint32_t sequence) {
 
 void HotKeys::endHold() {
     if (hold_) {
-        const HotKeyNumber number = hold_->number;
-        hold_.reset();
-        selectRawReleases();
-        events_.onReleased(number);
+        const Hold ended = *std::exchange(hold_, std::nullopt);
+        selectRawEvents();
+        events_.onReleased(ended.number);
+        if (ended.unconfirmed) {
+            // Another client has got the press, perhaps because its grab is newer.
+            beginRenewals();
+        }
     }
 }
 
 void HotKeys::renewGrabs() {
+    beginRenewals();
+    hearUngrabbedPresses();
+}
+
+void HotKeys::beginRenewals() {
     renewalsDone_ = 0;
+    isRenewing_ = true;
     scheduleRenewal(0ms);
     windowManagerFence_.request();
 }
@@ -173,17 +279,26 @@ void HotKeys::scheduleRenewal(std::chrono::milliseconds passed) {
             renew();
             scheduleRenewal(delay);
         });
+    } else {
+        isRenewing_ = false;
+        selectRawEvents();
     }
 }
 
 void HotKeys::renew() {
+    // Reading the map takes a while.
+    for (const auto& [number, hotKey] : hotKeys_) {
+        if (hotKey.grab) {
+            hotKey.grab->raise(connection_);
+        }
+    }
     keyboard_.refresh();
     for (auto& [number, hotKey] : hotKeys_) {
         const auto wanted = grabFor(hotKey.modifiers);
-        if (hotKey.grab && hotKey.grab != wanted) {
-            hotKey.grab->drop(connection_);
-        }
         const bool isGrabbed = wanted && wanted->make(connection_);
+        if (hotKey.grab && hotKey.grab != wanted) {
+            hotKey.grab->drop(connection_, isGrabbed ? wanted : std::nullopt);
+        }
         if (wanted && !isGrabbed) {
             wanted->drop(connection_);
         }
@@ -199,16 +314,33 @@ void HotKeys::renew() {
 
 void HotKeys::handleKeyboardRemoved() {
     lifted_.clear();
+    rawKeys_.reread();
     followLifted();
+}
+
+bool HotKeys::isOfBurst(std::uint32_t sequence) {
+    const auto isAfter = [](std::uint32_t one, std::uint32_t other) {
+        return static_cast<std::int32_t>(one - other) > 0;
+    };
+    while (!bursts_.empty() && isAfter(sequence, bursts_.front().last)) {
+        bursts_.pop_front();
+    }
+    return !bursts_.empty() && !isAfter(bursts_.front().first, sequence);
 }
 
 void HotKeys::beginTyping() {
     isTyping_ = true;
+    const std::uint32_t sequence = xcb_no_operation(connection_.get()).sequence;
+    if (bursts_.size() == maxBursts) {
+        bursts_.pop_front();
+    }
+    bursts_.push_back({sequence, sequence});
     followLifted();
 }
 
 void HotKeys::endTyping() {
     isTyping_ = false;
+    bursts_.back().last = xcb_no_operation(connection_.get()).sequence;
     followLifted();
 }
 
@@ -231,25 +363,19 @@ void HotKeys::followLifted() {
         }
     }
     lifted_.grabFor(grabs);
-    selectRawReleases();
+    selectRawEvents();
 }
 
-// Raw events tell of every key that the user presses anywhere. They are selected only while a key
-// may go up whose release no other event tells.
-void HotKeys::selectRawReleases() {
-    const bool wanted = isTyping_ || !lifted_.isEmpty() || (hold_ && hold_->hasLostGrab);
-    if (wanted == std::exchange(hearsRawReleases_, wanted)) {
-        return;
-    }
-    struct {
-        xcb_input_event_mask_t head;
-        std::uint32_t events;
-    } mask{{XCB_INPUT_DEVICE_ALL_MASTER, 1},
-           wanted ? std::uint32_t{XCB_INPUT_XI_EVENT_MASK_RAW_KEY_RELEASE} : 0U};
-    xcb_input_xi_select_events(connection_.get(), connection_.root(), 1, &mask.head);
-    if (!wanted) {
+// Raw events are selected only while a key may go down or up of which no other event tells.
+bool HotKeys::selectRawEvents() {
+    const bool hasPresses = !hotKeys_.empty() && (isGrabbed_ || isRenewing_);
+    const bool hasReleases =
+        hasPresses || isTyping_ || !lifted_.isEmpty() || (hold_ && hold_->hasLostGrab);
+    const bool begins = rawKeys_.select(hasPresses, hasReleases);
+    if (!hasReleases) {
         ownReleases_.clear();
     }
+    return begins;
 }
 
 void HotKeys::endIfReleased() {

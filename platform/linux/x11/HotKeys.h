@@ -7,6 +7,7 @@
 #include <chrono>
 #include <cstddef>
 #include <cstdint>
+#include <deque>
 #include <functional>
 #include <map>
 #include <optional>
@@ -18,9 +19,11 @@
 #include "platform/EventManager.h"
 #include "platform/linux/input/HotKeyMeans.h"
 #include "platform/linux/loop/PollLoop.h"
+#include "platform/linux/x11/GrabWatch.h"
 #include "platform/linux/x11/KeyGrab.h"
 #include "platform/linux/x11/Keyboard.h"
 #include "platform/linux/x11/LiftedModifiers.h"
+#include "platform/linux/x11/RawKeys.h"
 #include "platform/linux/x11/WindowManagerFence.h"
 #include "platform/linux/x11/XcbConnection.h"
 
@@ -29,7 +32,8 @@ namespace tarvik::linuxdesktop {
 /// The grabbed key combinations, and which of them is held. Input thread only.
 ///
 /// The grab lasts from the press to the release of the key, unless typing ends it in between. Then
-/// the server's raw events tell the end of the hold.
+/// the server's raw events tell the end of the hold. Raw events also tell of a press that goes to
+/// another client: to one that has grabbed the whole keyboard, or the combination later.
 class HotKeys {
   public:
     /// As in HotKeyListener, but on the input thread.
@@ -51,13 +55,20 @@ class HotKeys {
     platform::OSStatus add(HotKeyNumber number, std::uint32_t keyCode, std::uint32_t modifiers);
     void remove(HotKeyNumber number);
 
-    /// Answers whether the press was that of a hotkey.
-    bool handlePress(const xcb_input_key_press_event_t& event);
+    void handlePress(const xcb_input_key_press_event_t& event);
+    void handleRawPress(const xcb_input_raw_key_press_event_t& event);
     /// A key went up. `sequence` is that of the last request that the server had processed.
     void handleRelease(std::uint32_t keyCode, std::uint32_t sequence);
     /// The keyboard map or the window manager has changed. The keys may be others now, and a window
     /// manager that grabs its keys after this client would be served first.
     void renewGrabs();
+    /// The keyboard goes elsewhere than to the front window, or there again, because of a grab.
+    /// Whose grab, the server does not tell. `sequence` as for handleRelease().
+    void handleGrab(GrabWatch::Change change, std::uint32_t sequence);
+    /// Another client is known to have grabbed the keyboard.
+    void handleGrabByOther();
+    /// Another window is in front.
+    void followFront(xcb_window_t front);
     /// A property has changed: perhaps the answer that the window manager has grabbed its keys.
     void handleProperty(const xcb_property_notify_event_t& event);
     /// A keyboard is gone, and with it the releases of its keys.
@@ -81,19 +92,37 @@ class HotKeys {
         std::uint32_t modifiers = 0;
         std::optional<KeyGrab> grab;
     };
+    // What tells the grabbed press that belongs to a press that was heard otherwise.
+    struct Unconfirmed {
+        std::optional<xcb_timestamp_t> time;
+        std::uint32_t readSequence = 0;
+    };
     struct Hold {
         HotKeyNumber number = 0;
         xcb_keycode_t key = 0;
         std::vector<xcb_keycode_t> modifierKeys;
         bool hasLostGrab = false;
+        // When the key went down, if only a raw event or the state of the keys has told so far.
+        std::optional<Unconfirmed> unconfirmed = {};
+    };
+    // The sequence numbers of the first and the last request of a burst of typed keys.
+    struct Burst {
+        std::uint32_t first = 0;
+        std::uint32_t last = 0;
     };
 
     std::optional<KeyGrab> grabFor(std::uint32_t modifiers) const;
+    std::optional<HotKeyNumber> hotKeyOf(xcb_keycode_t key, std::uint32_t modifiers) const;
+    void beginHold(HotKeyNumber number, std::optional<Unconfirmed> unconfirmed);
+    bool confirm(const xcb_input_key_press_event_t& event);
+    void hearUngrabbedPresses();
+    bool isOfBurst(std::uint32_t sequence);
+    void beginRenewals();
     void scheduleRenewal(std::chrono::milliseconds passed);
     void renew();
     void endHold();
     void followLifted();
-    void selectRawReleases();
+    bool selectRawEvents();
 
     XcbConnection& connection_;
     Keyboard& keyboard_;
@@ -101,13 +130,21 @@ class HotKeys {
     std::map<HotKeyNumber, HotKey> hotKeys_;
     std::optional<Hold> hold_;
     LiftedModifiers lifted_;
+    RawKeys rawKeys_;
+    GrabWatch grabWatch_;
     bool isTyping_ = false;
-    bool hearsRawReleases_ = false;
+    // As far as is known, and not by a grab of this client.
+    bool isGrabbed_ = false;
+    // The key of the hold that was reported last, until the key goes up.
+    xcb_keycode_t reportedKey_ = 0;
     std::uint16_t keyboardInUse_ = 0;
     std::set<std::pair<xcb_keycode_t, std::uint32_t>> ownReleases_;
+    // Whose events may still come.
+    std::deque<Burst> bursts_;
     WindowManagerFence windowManagerFence_;
     Deadline renewal_;
     std::size_t renewalsDone_ = 0;
+    bool isRenewing_ = false;
 };
 
 }  // namespace tarvik::linuxdesktop

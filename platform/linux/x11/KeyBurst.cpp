@@ -56,6 +56,9 @@ KeyBurst::Outcome KeyBurst::type(std::u32string_view characters,
     hotKeys_.beginTyping();
     const Outcome outcome = typeUndisturbed(characters, process, behind);
     hotKeys_.endTyping();
+    if (outcome == Outcome::keyboardTaken) {
+        hotKeys_.handleGrabByOther();
+    }
     return outcome;
 }
 

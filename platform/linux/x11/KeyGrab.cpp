@@ -4,6 +4,7 @@
 
 #include <xcb/xinput.h>
 
+#include <algorithm>
 #include <vector>
 
 namespace tarvik::linuxdesktop {
@@ -26,31 +27,43 @@ std::uint16_t deviceOf(const KeyGrab& grab, const XcbConnection& connection) {
                                                    : std::uint16_t{XCB_INPUT_DEVICE_ALL_MASTER};
 }
 
-}  // namespace
-
-bool KeyGrab::make(XcbConnection& connection) const {
+xcb_input_xi_passive_grab_device_cookie_t request(const KeyGrab& grab, XcbConnection& connection) {
     // The server sends raw events either for the grab that is active or for a selection.
     constexpr std::uint32_t events = XCB_INPUT_XI_EVENT_MASK_KEY_PRESS |
                                      XCB_INPUT_XI_EVENT_MASK_KEY_RELEASE |
                                      XCB_INPUT_XI_EVENT_MASK_RAW_KEY_RELEASE;
-    const auto variants = variantsOf(*this);
+    const auto variants = variantsOf(grab);
+    return xcb_input_xi_passive_grab_device(
+        connection.get(), XCB_CURRENT_TIME, connection.root(), XCB_NONE, grab.key,
+        deviceOf(grab, connection), static_cast<std::uint16_t>(variants.size()), 1,
+        XCB_INPUT_GRAB_TYPE_KEYCODE,
+        grab.mode == KeyGrab::Mode::synchronous ? XCB_INPUT_GRAB_MODE_22_SYNC
+                                                : XCB_INPUT_GRAB_MODE_22_ASYNC,
+        XCB_INPUT_GRAB_MODE_22_ASYNC, XCB_INPUT_GRAB_OWNER_NO_OWNER, &events, variants.data());
+}
+
+}  // namespace
+
+bool KeyGrab::make(XcbConnection& connection) const {
     const XcbReply<xcb_input_xi_passive_grab_device_reply_t> reply(
-        xcb_input_xi_passive_grab_device_reply(
-            connection.get(),
-            xcb_input_xi_passive_grab_device(
-                connection.get(), XCB_CURRENT_TIME, connection.root(), XCB_NONE, key,
-                deviceOf(*this, connection), static_cast<std::uint16_t>(variants.size()), 1,
-                XCB_INPUT_GRAB_TYPE_KEYCODE,
-                mode == Mode::synchronous ? XCB_INPUT_GRAB_MODE_22_SYNC
-                                          : XCB_INPUT_GRAB_MODE_22_ASYNC,
-                XCB_INPUT_GRAB_MODE_22_ASYNC, XCB_INPUT_GRAB_OWNER_NO_OWNER, &events,
-                variants.data()),
-            nullptr));
+        xcb_input_xi_passive_grab_device_reply(connection.get(), request(*this, connection),
+                                               nullptr));
     return reply && reply->num_modifiers == 0;
 }
 
-void KeyGrab::drop(XcbConnection& connection) const {
-    const auto variants = variantsOf(*this);
+void KeyGrab::raise(XcbConnection& connection) const {
+    xcb_discard_reply(connection.get(), request(*this, connection).sequence);
+    xcb_flush(connection.get());
+}
+
+void KeyGrab::drop(XcbConnection& connection, const std::optional<KeyGrab>& kept) const {
+    auto variants = variantsOf(*this);
+    if (kept && kept->key == key && kept->mode == mode) {
+        const auto keptVariants = variantsOf(*kept);
+        std::erase_if(variants, [&](std::uint32_t variant) {
+            return std::ranges::find(keptVariants, variant) != keptVariants.end();
+        });
+    }
     // Dropping a grab that does not exist is harmless.
     const XcbReply<xcb_generic_error_t> ignored(xcb_request_check(
         connection.get(), xcb_input_xi_passive_ungrab_device_checked(

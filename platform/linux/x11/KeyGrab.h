@@ -5,6 +5,7 @@
 
 #include <compare>
 #include <cstdint>
+#include <optional>
 
 #include "platform/linux/x11/XcbConnection.h"
 
@@ -30,8 +31,11 @@ struct KeyGrab {
     /// False when another program has one of the combinations. Making a grab again puts this client
     /// in front of all others with the same grab.
     bool make(XcbConnection& connection) const;
-    /// Waits for the server, so that the combination is free for others afterwards.
-    void drop(XcbConnection& connection) const;
+    /// Makes a grab again that has been made, without waiting for the server.
+    void raise(XcbConnection& connection) const;
+    /// Leaves what `kept` consists of. Waits for the server, so that the combination is free for
+    /// others afterwards.
+    void drop(XcbConnection& connection, const std::optional<KeyGrab>& kept = {}) const;
 };
 
 /// Thaws the keyboard after a press. A press that is not ours goes to the client that would have

@@ -40,7 +40,7 @@ X11Session::X11Session(XcbConnection& connection, PollLoop& loop, platform::Log&
       log_(log),
       keyboard_(connection),
       front_(connection, frontProcess),
-      hotKeys_(connection, keyboard_, loop, std::move(hotKeyEvents)),
+      hotKeys_(connection, keyboard_, loop, heard(std::move(hotKeyEvents))),
       typist_(connection, keyboard_, front_, hotKeys_, loop, log, std::move(onLift)) {
     connection.selectRootEvents(XCB_EVENT_MASK_PROPERTY_CHANGE);
     watchKeyboardMap(connection);
@@ -49,6 +49,18 @@ X11Session::X11Session(XcbConnection& connection, PollLoop& loop, platform::Log&
     keyboard_.restore();
     keyboard_.reread();
     front_.refresh();
+    hotKeys_.followFront(front_.window());
+}
+
+HotKeys::Events X11Session::heard(HotKeys::Events events) {
+    events.onPressed = [this, onPressed = std::move(events.onPressed)](HotKeyNumber number) {
+        // The listener asks which process is in front.
+        front_.refreshUnannounced();
+        hotKeys_.followFront(front_.window());
+        onPressed(number);
+        typist_.probeTarget();
+    };
+    return events;
 }
 
 // Sending makes the library read events too, and the descriptor does not tell of them any more. So
@@ -93,6 +105,7 @@ void X11Session::handleProperty(const xcb_property_notify_event_t& event) {
             typist_.handleChange();
             break;
         case FrontWindow::Change::window:
+            hotKeys_.followFront(front_.window());
             typist_.handleChange();
             break;
         case FrontWindow::Change::none:
@@ -106,12 +119,18 @@ void X11Session::handleXinput(const xcb_ge_generic_event_t& event) {
     }
     switch (event.event_type) {
         case XCB_INPUT_KEY_PRESS:
-            // The listener of the press asks which process is in front.
-            front_.refreshUnannounced();
-            if (hotKeys_.handlePress(reinterpret_cast<const xcb_input_key_press_event_t&>(event))) {
-                typist_.probeTarget();
-            }
+            hotKeys_.handlePress(reinterpret_cast<const xcb_input_key_press_event_t&>(event));
             break;
+        case XCB_INPUT_RAW_KEY_PRESS:
+            hotKeys_.handleRawPress(
+                reinterpret_cast<const xcb_input_raw_key_press_event_t&>(event));
+            break;
+        case XCB_INPUT_FOCUS_IN:
+        case XCB_INPUT_FOCUS_OUT: {
+            const auto& focus = reinterpret_cast<const xcb_input_focus_in_event_t&>(event);
+            hotKeys_.handleGrab(GrabWatch::changeIn(focus), focus.full_sequence);
+            break;
+        }
         case XCB_INPUT_KEY_RELEASE: {
             const auto& release = reinterpret_cast<const xcb_input_key_release_event_t&>(event);
             hotKeys_.handleRelease(release.detail, release.full_sequence);

@@ -35,6 +35,7 @@ class X11Session {
     bool drain();
 
   private:
+    HotKeys::Events heard(HotKeys::Events events);
     void handle(const xcb_generic_event_t& event);
     void handleProperty(const xcb_property_notify_event_t& event);
     void handleXinput(const xcb_ge_generic_event_t& event);

@@ -134,6 +134,40 @@ TEST_F(X11Delivery, TypesNothingWhileAnotherProgramHasTheKeyboard) {
     EXPECT_TRUE(becomes(target, "free"));
 }
 
+// A recording that cannot be ended is worse than a locked screen that is no secret to the hotkey.
+TEST_F(X11Delivery, LetsTheHotKeysThroughWhileAnotherProgramHasTheKeyboard) {
+    const X11Target target(X11Target::Kind::gtk3Text, mainQueue);
+    ASSERT_TRUE(comesToFront(target));
+    HotKeyRecorder recorder(input->eventManager());
+    ASSERT_EQ(recorder.add(hold, 1), platform::noErr);
+    ASSERT_EQ(recorder.add(toggle, 2), platform::noErr);
+    X11User locker;
+    locker.grabWholeKeyboard();
+    mainQueue.runFor(1200ms);
+    pressHold();
+    EXPECT_TRUE(becomes(recorder, "P1"));
+    // The server repeats a key after 660 ms.
+    mainQueue.runFor(900ms);
+    EXPECT_EQ(recorder.events, "P1");
+    type("secret", target.process());
+    EXPECT_TRUE(mainQueue.runUntil(
+        [&] { return log.hasLineWith("another program has taken the keyboard (6 characters)"); }));
+    user->release(X11User::altKey);
+    EXPECT_TRUE(becomes(recorder, "P1R1"));
+    user->release(X11User::spaceKey);
+    user->press(X11User::shiftKey);
+    pressHold();
+    releaseHold();
+    user->release(X11User::shiftKey);
+    EXPECT_TRUE(becomes(recorder, "P1R1P2R2"));
+    locker.releaseWholeKeyboard();
+    pressHold();
+    releaseHold();
+    EXPECT_TRUE(becomes(recorder, "P1R1P2R2P1R1"));
+    type("free", target.process());
+    EXPECT_TRUE(becomes(target, "free"));
+}
+
 TEST_F(X11Delivery, WaitsForAProgramThatHasTheKeyboardForAMoment) {
     const X11Target target(X11Target::Kind::gtk3Text, mainQueue);
     X11User menu;

@@ -15,12 +15,12 @@ namespace {
 using linuxdesktop::TypingQueue;
 using platform::ProcessIdentifier;
 
-constexpr ProcessIdentifier first = 101;
-constexpr ProcessIdentifier second = 102;
-constexpr xcb_window_t window = 7;
-
 class TypingQueueTest : public testing::Test {
   protected:
+    static constexpr ProcessIdentifier first = 101;
+    static constexpr ProcessIdentifier second = 102;
+    static constexpr xcb_window_t window = 7;
+
     void push(std::optional<ProcessIdentifier> process, const std::u32string& characters) {
         queue.push({process, characters}, [] {});
     }

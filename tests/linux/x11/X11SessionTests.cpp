@@ -57,6 +57,29 @@ class X11SessionTest : public testing::Test {
         }
     }
 
+    // The first key of a keyboard changes the map, and the grabs are renewed for a second.
+    void renewTheGrabs() {
+        user.tap(X11User::shiftKey);
+        linuxdesktop::Deadline end(loop);
+        end.set(std::chrono::milliseconds(1000), [this] { loop.quit(); });
+        loop.run([this] { session.drain(); });
+    }
+
+    bool hearsOfEveryKey() const {
+        const linuxdesktop::XcbReply<xcb_input_xi_get_selected_events_reply_t> reply(
+            xcb_input_xi_get_selected_events_reply(
+                connection->get(),
+                xcb_input_xi_get_selected_events(connection->get(), connection->root()), nullptr));
+        auto masks = xcb_input_xi_get_selected_events_masks_iterator(reply.get());
+        std::uint32_t selected = 0;
+        for (; masks.rem > 0; xcb_input_event_mask_next(&masks)) {
+            selected |= *xcb_input_event_mask_mask(masks.data);
+        }
+        constexpr std::uint32_t raw =
+            XCB_INPUT_XI_EVENT_MASK_RAW_KEY_PRESS | XCB_INPUT_XI_EVENT_MASK_RAW_KEY_RELEASE;
+        return (selected & raw) != 0;
+    }
+
     // Everything that the server has sent by now has arrived after the answer.
     void hear() {
         connection->synchronise();
@@ -219,6 +242,44 @@ TEST_F(X11SessionWithWindow, StopsListeningForAnAnswerThatDoesNotCome) {
         }
     });
     EXPECT_FALSE(hearsOfOtherWindows());
+}
+
+// Each key of the user would wake the application.
+TEST_F(X11SessionTest, HearsOfOtherKeysOnlyWhileAnotherProgramHasTheKeyboard) {
+    ASSERT_EQ(session.hotKeys().add(1, platform::spaceKeyCode, platform::optionKeyMask),
+              platform::noErr);
+    renewTheGrabs();
+    EXPECT_FALSE(hearsOfEveryKey());
+    X11User other;
+    other.grabWholeKeyboard();
+    hear();
+    EXPECT_TRUE(hearsOfEveryKey());
+    other.releaseWholeKeyboard();
+    other.isDown(X11User::spaceKey);
+    hear();
+    EXPECT_FALSE(hearsOfEveryKey());
+    user.press(X11User::altKey);
+    user.tap(X11User::spaceKey);
+    user.release(X11User::altKey);
+    user.isDown(X11User::spaceKey);
+    hear();
+    EXPECT_EQ(events, "PR");
+    EXPECT_FALSE(hearsOfEveryKey());
+}
+
+// Its end is heard of in the window that has the focus then.
+TEST_F(X11SessionTest, FindsOutThatTheEndOfAGrabWentUnheard) {
+    ASSERT_EQ(session.hotKeys().add(1, platform::spaceKeyCode, platform::optionKeyMask),
+              platform::noErr);
+    renewTheGrabs();
+    session.hotKeys().handleGrabByOther();
+    EXPECT_TRUE(hearsOfEveryKey());
+    user.tap(X11User::qKey);
+    user.isDown(X11User::qKey);
+    hear();
+    hear();
+    EXPECT_FALSE(hearsOfEveryKey());
+    EXPECT_EQ(events, "");
 }
 
 TEST_F(X11SessionTest, DoesNotBlameAnotherProgramForTheEndOfTheServer) {

@@ -167,14 +167,18 @@ void X11User::letKeyboardGoOn(std::uint8_t key) {
 }
 
 void X11User::grabWholeKeyboard() {
+    if (!tryToGrabWholeKeyboard()) {
+        throw std::runtime_error("the keyboard is taken");
+    }
+}
+
+bool X11User::tryToGrabWholeKeyboard() {
     const XcbReply<xcb_grab_keyboard_reply_t> reply(
         xcb_grab_keyboard_reply(connection_,
                                 xcb_grab_keyboard(connection_, 0, root_, XCB_CURRENT_TIME,
                                                   XCB_GRAB_MODE_ASYNC, XCB_GRAB_MODE_ASYNC),
                                 nullptr));
-    if (!reply || reply->status != XCB_GRAB_STATUS_SUCCESS) {
-        throw std::runtime_error("the keyboard is taken");
-    }
+    return reply && reply->status == XCB_GRAB_STATUS_SUCCESS;
 }
 
 void X11User::releaseWholeKeyboard() {

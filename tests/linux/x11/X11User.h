@@ -53,6 +53,8 @@ class X11User {
     void haltKeyboardAt(std::uint8_t key);
     void letKeyboardGoOn(std::uint8_t key);
     void grabWholeKeyboard();
+    /// The same; false when another program has it.
+    bool tryToGrabWholeKeyboard();
     void releaseWholeKeyboard();
 
     /// How many keys have no symbol.
