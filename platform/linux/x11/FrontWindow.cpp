@@ -27,15 +27,16 @@ std::string hostName() {
 
 }  // namespace
 
-FrontWindow::FrontWindow(XcbConnection& connection,
-                         std::atomic<platform::ProcessIdentifier>& process)
+FrontWindow::FrontWindow(XcbConnection& connection, std::atomic<Known>& front)
     : connection_(connection),
       activeWindow_(connection.atom("_NET_ACTIVE_WINDOW")),
+      currentWorkspace_(connection.atom("_NET_CURRENT_DESKTOP")),
+      windowWorkspace_(connection.atom("_NET_WM_DESKTOP")),
       clientList_(connection.atom("_NET_CLIENT_LIST_STACKING")),
       managerCheck_(connection.atom("_NET_SUPPORTING_WM_CHECK")),
       windowProcess_(connection.atom("_NET_WM_PID")),
       clientMachine_(connection.atom("WM_CLIENT_MACHINE")),
-      process_(process) {}
+      front_(front) {}
 
 FrontWindow::Change FrontWindow::handleProperty(const xcb_property_notify_event_t& event) {
     if (event.atom != activeWindow_ && event.atom != managerCheck_) {
@@ -53,10 +54,11 @@ void FrontWindow::refreshUnannounced() {
 
 void FrontWindow::remember(xcb_window_t window) {
     const auto process = window == XCB_NONE ? std::nullopt : processOf(window);
-    process_ = process.value_or(0);
     if (!process) {
+        front_ = Known();
         return;
     }
+    front_ = Known{window, *process};
     std::erase_if(history_, [&](const Known& known) { return known.window == window; });
     history_.push_front({window, *process});
     if (history_.size() > maxHistory) {
@@ -117,10 +119,11 @@ std::optional<platform::ProcessIdentifier> FrontWindow::processOf(xcb_window_t w
 
 // The focus is often on a window inside the one that names the process, made by the same client. An
 // embedded window may belong to another process, which would then get the keys.
-bool FrontWindow::isInFront(platform::ProcessIdentifier process) {
-    const xcb_window_t front = window();
+bool FrontWindow::isInFront(platform::ProcessIdentifier process, xcb_window_t window) {
+    const xcb_window_t front = this->window();
     const xcb_window_t focused = focusedWindow();
-    if (front == XCB_NONE || focused == XCB_NONE || processOf(front) != process) {
+    if (front == XCB_NONE || focused == XCB_NONE || processOf(front) != process ||
+        (window != XCB_NONE && front != window)) {
         return false;
     }
     return connection_.sameClient(front, focused) || processOf(focused) == process;
@@ -133,18 +136,25 @@ bool FrontWindow::isViewable(xcb_window_t window) {
            reply->_class == XCB_WINDOW_CLASS_INPUT_OUTPUT && reply->override_redirect == 0;
 }
 
-xcb_window_t FrontWindow::windowOf(platform::ProcessIdentifier process) {
+std::vector<xcb_window_t> FrontWindow::windows() {
+    if (hasManager()) {
+        return connection_.property(connection_.root(), clientList_, XCB_ATOM_WINDOW);
+    }
     std::vector<xcb_window_t> windows;
-    const bool isManaged = hasManager();
-    if (isManaged) {
-        windows = connection_.property(connection_.root(), clientList_, XCB_ATOM_WINDOW);
-    } else if (const XcbReply<xcb_query_tree_reply_t> tree(xcb_query_tree_reply(
-                   connection_.get(), xcb_query_tree(connection_.get(), connection_.root()),
-                   nullptr));
-               tree) {
+    const XcbReply<xcb_query_tree_reply_t> tree(xcb_query_tree_reply(
+        connection_.get(), xcb_query_tree(connection_.get(), connection_.root()), nullptr));
+    if (tree) {
         const std::span children(xcb_query_tree_children(tree.get()), tree->children_len);
         std::ranges::copy_if(children, std::back_inserter(windows),
                              [this](xcb_window_t child) { return isViewable(child); });
+    }
+    return windows;
+}
+
+xcb_window_t FrontWindow::windowOf(platform::ProcessIdentifier process, xcb_window_t wanted) {
+    const std::vector<xcb_window_t> windows = this->windows();
+    if (std::ranges::find(windows, wanted) != windows.end() && processOf(wanted) == process) {
+        return wanted;
     }
     for (const Known& known : history_) {
         if (known.process == process && std::ranges::find(windows, known.window) != windows.end()) {
@@ -176,15 +186,31 @@ void FrontWindow::activate(xcb_window_t window) {
         setFocus({window});
         return;
     }
+    showWorkspaceOf(window);
     // Pagers act for the user. Window managers refuse requests of others, to keep the focus.
     constexpr std::uint32_t fromPager = 2;
+    request(window, activeWindow_, fromPager, XCB_CURRENT_TIME);
+}
+
+// Some window managers ignore the request for a window on another workspace. Which workspace is
+// shown when the window manager gets to the request, nobody knows yet.
+void FrontWindow::showWorkspaceOf(xcb_window_t window) {
+    constexpr std::uint32_t everyWorkspace = 0xFFFFFFFF;
+    const auto workspace = connection_.firstOfProperty(window, windowWorkspace_, XCB_ATOM_CARDINAL);
+    if (workspace && *workspace != everyWorkspace) {
+        request(connection_.root(), currentWorkspace_, *workspace, XCB_CURRENT_TIME);
+    }
+}
+
+void FrontWindow::request(xcb_window_t window, xcb_atom_t type, std::uint32_t first,
+                          std::uint32_t second) {
     xcb_client_message_event_t message{};
     message.response_type = XCB_CLIENT_MESSAGE;
     message.format = 32;
     message.window = window;
-    message.type = activeWindow_;
-    message.data.data32[0] = fromPager;
-    message.data.data32[1] = XCB_CURRENT_TIME;
+    message.type = type;
+    message.data.data32[0] = first;
+    message.data.data32[1] = second;
     xcb_send_event(connection_.get(), 0, connection_.root(),
                    XCB_EVENT_MASK_SUBSTRUCTURE_NOTIFY | XCB_EVENT_MASK_SUBSTRUCTURE_REDIRECT,
                    reinterpret_cast<const char*>(&message));

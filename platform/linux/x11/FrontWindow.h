@@ -7,6 +7,7 @@
 #include <cstdint>
 #include <deque>
 #include <optional>
+#include <vector>
 
 #include "platform/Workspace.h"
 #include "platform/linux/x11/XcbConnection.h"
@@ -17,10 +18,16 @@ namespace tarvik::linuxdesktop {
 /// window manager the input focus does. Input thread only.
 class FrontWindow {
   public:
-    /// `process` gets the process in front; 0 stands for none.
-    FrontWindow(XcbConnection& connection, std::atomic<platform::ProcessIdentifier>& process);
-    /// No process is in front any more.
-    ~FrontWindow() { process_ = 0; }
+    /// A window and its process. XCB_NONE and 0 stand for none.
+    struct Known {
+        xcb_window_t window = XCB_NONE;
+        platform::ProcessIdentifier process = 0;
+    };
+
+    /// `front` gets the window in front, if its process is known.
+    FrontWindow(XcbConnection& connection, std::atomic<Known>& front);
+    /// No window is in front any more.
+    ~FrontWindow() { front_ = Known(); }
     FrontWindow(const FrontWindow&) = delete;
     FrontWindow& operator=(const FrontWindow&) = delete;
 
@@ -36,12 +43,13 @@ class FrontWindow {
     xcb_window_t window();
     /// The process of a window; empty when it is not known.
     std::optional<platform::ProcessIdentifier> processOf(xcb_window_t window);
-    /// Whether `process` has the keyboard right now: its window is in front and has the focus.
-    bool isInFront(platform::ProcessIdentifier process);
+    /// Whether `process` has the keyboard right now: `window`, or any window of the process where
+    /// `window` is XCB_NONE, is in front and has the focus.
+    bool isInFront(platform::ProcessIdentifier process, xcb_window_t window);
 
-    /// The window of `process` that was in front last, or else its topmost window. XCB_NONE if the
-    /// process has none.
-    xcb_window_t windowOf(platform::ProcessIdentifier process);
+    /// `wanted` where `process` has such a window, or else the window of the process that was in
+    /// front last, or else its topmost window. XCB_NONE if the process has none.
+    xcb_window_t windowOf(platform::ProcessIdentifier process, xcb_window_t wanted);
     /// Whether a window is shown and takes the focus that another client gives it. A window of the
     /// other kind wants to be asked by the window manager.
     bool canBeGivenFocus(xcb_window_t window);
@@ -55,29 +63,29 @@ class FrontWindow {
     std::optional<Focus> focus();
     /// Sets the focus without the window manager.
     void setFocus(const Focus& focus);
-    /// Asks for a window to be brought to the front with the keyboard. The window manager may take
-    /// a while.
+    /// Asks for a window to be brought to the front with the keyboard, on whichever workspace it
+    /// is. The window manager may take a while.
     void activate(xcb_window_t window);
 
   private:
-    struct Known {
-        xcb_window_t window = XCB_NONE;
-        platform::ProcessIdentifier process = 0;
-    };
-
     bool hasManager();
     xcb_window_t focusedWindow();
     xcb_window_t topLevelOf(xcb_window_t window);
+    std::vector<xcb_window_t> windows();
     bool isViewable(xcb_window_t window);
     void remember(xcb_window_t window);
+    void showWorkspaceOf(xcb_window_t window);
+    void request(xcb_window_t window, xcb_atom_t type, std::uint32_t first, std::uint32_t second);
 
     XcbConnection& connection_;
     xcb_atom_t activeWindow_;
+    xcb_atom_t currentWorkspace_;
+    xcb_atom_t windowWorkspace_;
     xcb_atom_t clientList_;
     xcb_atom_t managerCheck_;
     xcb_atom_t windowProcess_;
     xcb_atom_t clientMachine_;
-    std::atomic<platform::ProcessIdentifier>& process_;
+    std::atomic<Known>& front_;
     // The windows that were in front, the latest first.
     std::deque<Known> history_;
 };

@@ -51,10 +51,10 @@ KeyboardState KeyboardState::read(XcbConnection& connection) {
 // the map or grabs the keyboard between the check and the last key either.
 KeyBurst::Outcome KeyBurst::type(std::u32string_view characters,
                                  std::optional<platform::ProcessIdentifier> process,
-                                 xcb_window_t behind) {
+                                 xcb_window_t window, xcb_window_t behind) {
     const ServerGrab grab(connection_);
     hotKeys_.beginTyping();
-    const Outcome outcome = typeUndisturbed(characters, process, behind);
+    const Outcome outcome = typeUndisturbed(characters, process, window, behind);
     hotKeys_.endTyping();
     if (outcome == Outcome::keyboardTaken) {
         hotKeys_.handleGrabByOther();
@@ -64,8 +64,8 @@ KeyBurst::Outcome KeyBurst::type(std::u32string_view characters,
 
 KeyBurst::Outcome KeyBurst::typeUndisturbed(std::u32string_view characters,
                                             std::optional<platform::ProcessIdentifier> process,
-                                            xcb_window_t behind) {
-    const bool isInFront = !process || front_.isInFront(*process);
+                                            xcb_window_t window, xcb_window_t behind) {
+    const bool isInFront = !process || front_.isInFront(*process, window);
     if (!isInFront && (behind == XCB_NONE || !front_.canBeGivenFocus(behind))) {
         return Outcome::notInFront;
     }

@@ -38,16 +38,17 @@ class KeyBurst {
     KeyBurst(XcbConnection& connection, Keyboard& keyboard, FrontWindow& front, HotKeys& hotKeys,
              OnLift onLift);
 
-    /// Types all of `characters` into `process`, or into whatever has the keyboard. Where another
-    /// process is in front, `behind` gets the focus for the length of the burst. Types nothing when
+    /// Types all of `characters` into `window` of `process`, into any window of that process where
+    /// `window` is XCB_NONE, or without a process into whatever has the keyboard. Where another
+    /// window is in front, `behind` gets the focus for the length of the burst. Types nothing when
     /// that is not possible, when a program has grabbed the keyboard, or when a character has no
     /// key any more.
     Outcome type(std::u32string_view characters, std::optional<platform::ProcessIdentifier> process,
-                 xcb_window_t behind);
+                 xcb_window_t window, xcb_window_t behind);
 
   private:
     Outcome typeUndisturbed(std::u32string_view characters,
-                            std::optional<platform::ProcessIdentifier> process,
+                            std::optional<platform::ProcessIdentifier> process, xcb_window_t window,
                             xcb_window_t behind);
     /// Whether there was a modifier to lift.
     bool liftModifiers(const KeyboardState& state);

@@ -7,12 +7,13 @@
 
 namespace tarvik::linuxdesktop {
 
-void TypingQueue::push(TypedText text, std::function<void()> onTyped) {
-    if (!items_.empty() && items_.back().text.process == text.process) {
+void TypingQueue::push(TypedText text, xcb_window_t window, std::function<void()> onTyped) {
+    if (!items_.empty() && items_.back().text.process == text.process &&
+        items_.back().window == window) {
         items_.back().text.characters += text.characters;
         items_.back().onTyped.push_back(std::move(onTyped));
     } else {
-        items_.push_back({std::move(text), {std::move(onTyped)}});
+        items_.push_back({std::move(text), window, {std::move(onTyped)}});
     }
 }
 

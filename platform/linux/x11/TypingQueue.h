@@ -19,11 +19,14 @@ class TypingQueue {
   public:
     struct Item {
         TypedText text;
+        /// The window of the process that the text is for; XCB_NONE where any will do.
+        xcb_window_t window = XCB_NONE;
         /// More than one where texts for the same process were joined.
         std::vector<std::function<void()>> onTyped;
         /// How many characters have been typed.
         std::size_t position = 0;
-        /// The window whose keys have to be read before typing goes on.
+        /// The window whose keys have to be read, or that has to come to the front, before typing
+        /// goes on.
         xcb_window_t waitsFor = XCB_NONE;
     };
     /// Whether the keys in a window have been read.
@@ -33,7 +36,7 @@ class TypingQueue {
     const std::deque<Item>& items() const { return items_; }
 
     /// Adds a text behind all others.
-    void push(TypedText text, std::function<void()> onTyped);
+    void push(TypedText text, xcb_window_t window, std::function<void()> onTyped);
     /// Puts an item in front of all others.
     void putBack(Item item) { items_.push_front(std::move(item)); }
     /// Whether take() has an item.

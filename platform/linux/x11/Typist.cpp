@@ -2,10 +2,7 @@
 
 #include "platform/linux/x11/Typist.h"
 
-#include <signal.h>
-
 #include <algorithm>
-#include <cerrno>
 #include <utility>
 
 namespace tarvik::linuxdesktop {
@@ -50,6 +47,7 @@ Typist::Typist(XcbConnection& connection, Keyboard& keyboard, FrontWindow& front
                [this](std::size_t characters) {
                    reportLoss("its program has not answered for 30 s", characters);
                }}),
+      targetWindow_(connection, front, loop, [this] { handleChange(); }),
       waitingDeadline_(loop),
       restoreDeadline_(loop) {}
 
@@ -73,8 +71,8 @@ Typist::~Typist() {
     }
 }
 
-void Typist::type(TypedText text, std::function<void()> onTyped) {
-    queue_.push(std::move(text), std::move(onTyped));
+void Typist::type(TypedText text, xcb_window_t window, std::function<void()> onTyped) {
+    queue_.push(std::move(text), window, std::move(onTyped));
     if (isBusy_) {
         handleChange();
         return;
@@ -94,8 +92,8 @@ void Typist::whenIdle(std::function<void()> action) {
 }
 
 void Typist::beginNext() {
-    const auto isRead = [this](xcb_window_t window) { return this->isRead(window); };
-    item_ = queue_.take(isRead);
+    const auto isReady = [this](xcb_window_t window) { return this->isReady(window); };
+    item_ = queue_.take(isReady);
     failures_ = 0;
     target_ = XCB_NONE;
     if (item_) {
@@ -104,7 +102,7 @@ void Typist::beginNext() {
         endTyping();
     } else {
         wait(
-            UnreadKeys::maxTimeout, [this, isRead] { return queue_.hasNext(isRead); },
+            UnreadKeys::maxTimeout, [this, isReady] { return queue_.hasNext(isReady); },
             [this](bool) { beginNext(); });
     }
 }
@@ -135,41 +133,47 @@ void Typist::scheduleRestore() {
 }
 
 void Typist::reachTarget() {
+    using Place = TargetWindow::Place;
     const auto process = current().process;
     behind_ = XCB_NONE;
-    if (!process || front_.isInFront(*process)) {
-        planRound();
-        return;
-    }
-    if (kill(*process, 0) != 0 && errno == ESRCH) {
-        failForProcess("has ended");
-        return;
-    }
-    const xcb_window_t window = front_.windowOf(*process);
-    if (window == XCB_NONE) {
-        failForProcess("has no window");
-    } else if (front_.canBeGivenFocus(window)) {
-        behind_ = window;
-        planRound();
-    } else {
-        bringToFront(window);
+    inFront_ = XCB_NONE;
+    const auto target = process ? targetWindow_.find(*process, item_->window)
+                                : TargetWindow::Target{Place::inFront};
+    switch (target.place) {
+        case Place::inFront:
+            inFront_ = target.window;
+            planRound();
+            break;
+        case Place::behind:
+            behind_ = target.window;
+            inFront_ = target.window;
+            planRound();
+            break;
+        case Place::hidden:
+            bringToFront(target.window);
+            break;
+        case Place::late:
+            failForProcess("did not come to the front");
+            break;
+        case Place::missing:
+            failForProcess("has no window");
+            break;
+        case Place::ended:
+            failForProcess("has ended");
+            break;
     }
 }
 
 void Typist::bringToFront(xcb_window_t window) {
-    if (broughtToFront_ == XCB_NONE) {
-        earlierFront_ = front_.window();
-    }
-    broughtToFront_ = window;
-    connection_.selectEvents(window, XCB_EVENT_MASK_FOCUS_CHANGE);
-    front_.activate(window);
+    targetWindow_.bringToFront(window);
     wait(
-        targetTimeout, [this] { return front_.isInFront(*current().process); },
-        [this](bool isInFront) {
+        targetTimeout, [this, window] { return front_.isInFront(*current().process, window); },
+        [this, window](bool isInFront) {
             if (isInFront) {
-                planRound();
+                reachTarget();
             } else {
-                failForProcess("did not come to the front");
+                targetWindow_.await(*current().process);
+                letOthersPass(window);
             }
         });
 }
@@ -224,13 +228,17 @@ void Typist::planRound() {
 
 // Other texts go first meanwhile, unless the target has been brought to the front for its text.
 void Typist::waitFor(xcb_window_t window) {
-    if (broughtToFront_ != XCB_NONE) {
+    if (targetWindow_.isBroughtToFront()) {
         wait(
             UnreadKeys::maxTimeout, [this, window] { return isRead(window); },
             [this](bool) { planRound(); });
         return;
     }
-    item_->waitsFor = window;
+    letOthersPass(window);
+}
+
+void Typist::letOthersPass(xcb_window_t waitsFor) {
+    item_->waitsFor = waitsFor;
     queue_.putBack(*std::exchange(item_, std::nullopt));
     beginNext();
 }
@@ -243,7 +251,7 @@ void Typist::typeRound() {
         const auto burst =
             std::u32string_view(text.characters)
                 .substr(item_->position, std::min(burstLength, roundEnd_ - item_->position));
-        switch (burst_.type(burst, text.process, behind_)) {
+        switch (burst_.type(burst, text.process, inFront_, behind_)) {
             case KeyBurst::Outcome::done:
                 item_->position += burst.size();
                 failures_ = 0;
@@ -273,28 +281,20 @@ void Typist::typeRound() {
 void Typist::endRound() {
     if (item_->position < current().characters.size()) {
         planRound();
-    } else if (broughtToFront_ != XCB_NONE) {
+    } else if (targetWindow_.isBroughtToFront()) {
         // Until then the user's own keys go to the wrong window.
         wait(
-            targetTimeout, [this] { return isRead(broughtToFront_); },
-            [this](bool) { giveFocusBack(); });
+            targetTimeout, [this] { return isRead(targetWindow_.broughtToFront()); },
+            [this](bool) { endText(); });
     } else {
         endText();
     }
 }
 
-// The focus stays where it is when the user has moved it meanwhile.
-void Typist::giveFocusBack() {
-    connection_.selectEvents(broughtToFront_, XCB_EVENT_MASK_NO_EVENT);
-    const xcb_window_t front = front_.window();
-    if (earlierFront_ != XCB_NONE && (front == broughtToFront_ || front == earlierFront_)) {
-        front_.activate(earlierFront_);
-    }
-    broughtToFront_ = XCB_NONE;
-    endText();
-}
-
 void Typist::endText() {
+    if (targetWindow_.isBroughtToFront()) {
+        targetWindow_.giveFocusBack();
+    }
     for (auto& onTyped : item_->onTyped) {
         unread_.whenRead(target_, std::move(onTyped));
     }
@@ -303,11 +303,7 @@ void Typist::endText() {
 
 void Typist::fail(const std::string& reason) {
     reportLoss(reason, current().characters.size() - item_->position);
-    if (broughtToFront_ != XCB_NONE) {
-        giveFocusBack();
-    } else {
-        endText();
-    }
+    endText();
 }
 
 void Typist::reportLoss(const std::string& reason, std::size_t characters) {

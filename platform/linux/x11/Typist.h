@@ -18,6 +18,7 @@
 #include "platform/linux/x11/HotKeys.h"
 #include "platform/linux/x11/KeyBurst.h"
 #include "platform/linux/x11/Keyboard.h"
+#include "platform/linux/x11/TargetWindow.h"
 #include "platform/linux/x11/TypingQueue.h"
 #include "platform/linux/x11/UnreadKeys.h"
 #include "platform/linux/x11/WindowPing.h"
@@ -36,9 +37,10 @@ class Typist {
     Typist(const Typist&) = delete;
     Typist& operator=(const Typist&) = delete;
 
+    /// `window` is the one of the process that the text is for; XCB_NONE where any will do.
     /// `onTyped` is called once the target has looked the text's keys up, has had the time to, or
     /// will not get the text.
-    void type(TypedText text, std::function<void()> onTyped);
+    void type(TypedText text, xcb_window_t window, std::function<void()> onTyped);
     /// Calls `action` as soon as every text has been typed, and the targets have looked the keys up
     /// or have had the time to. That may be at once; at the latest it is when the typist ends.
     void whenIdle(std::function<void()> action);
@@ -70,12 +72,13 @@ class Typist {
     void bringToFront(xcb_window_t window);
     const TypedText& current() const { return item_->text; }
     bool isRead(xcb_window_t window) const { return !unread_.contains(window); }
+    bool isReady(xcb_window_t window) { return isRead(window) && !targetWindow_.isAwaited(window); }
     Round nextRound() const;
     void planRound();
     void waitFor(xcb_window_t window);
+    void letOthersPass(xcb_window_t waitsFor);
     void typeRound();
     void endRound();
-    void giveFocusBack();
     void endText();
     void fail(const std::string& reason);
     void reportLoss(const std::string& reason, std::size_t characters);
@@ -96,6 +99,7 @@ class Typist {
     KeyBurst burst_;
     WindowPing ping_;
     UnreadKeys unread_;
+    TargetWindow targetWindow_;
 
     TypingQueue queue_;
     bool isBusy_ = false;
@@ -108,8 +112,8 @@ class Typist {
     xcb_window_t target_ = XCB_NONE;
     // The target's window, where the target is not in front and takes the focus all the same.
     xcb_window_t behind_ = XCB_NONE;
-    xcb_window_t broughtToFront_ = XCB_NONE;
-    xcb_window_t earlierFront_ = XCB_NONE;
+    // The window that has to be in front; XCB_NONE where any of the process will do.
+    xcb_window_t inFront_ = XCB_NONE;
 
     std::optional<Waiting> waiting_;
     Deadline waitingDeadline_;

@@ -73,7 +73,7 @@ void X11Input::run(std::promise<void>& connected) {
                     tellListener(
                         [number, reason](HotKeyListener& to) { to.onLost(number, reason); });
                 }},
-            onLift_, frontProcess_);
+            onLift_, front_);
         // The events themselves are read before the next sleep.
         watch_ = loop_.watch(connection_->descriptor(), POLLIN, [] {});
         isConnected_ = true;
@@ -154,9 +154,11 @@ void X11Input::type(TypedText text, std::function<void()> onDone) {
             mainQueue_.async(onDone);
         }
     };
-    loop_.post([this, text = std::move(text), onTyped = std::move(onTyped)]() mutable {
+    const FrontWindow::Known asked = asked_;
+    const xcb_window_t window = asked.process == text.process ? asked.window : XCB_NONE;
+    loop_.post([this, text = std::move(text), window, onTyped = std::move(onTyped)]() mutable {
         if (session_) {
-            session_->typist().type(std::move(text), std::move(onTyped));
+            session_->typist().type(std::move(text), window, std::move(onTyped));
         } else {
             log_.write("TarvikDictate: typed text not delivered: no X server (" +
                        std::to_string(text.characters.size()) + " characters)");
@@ -166,8 +168,9 @@ void X11Input::type(TypedText text, std::function<void()> onDone) {
 }
 
 std::optional<platform::ProcessIdentifier> X11Input::frontmostProcess() const {
-    const platform::ProcessIdentifier process = frontProcess_;
-    return process > 0 ? std::optional(process) : std::nullopt;
+    const FrontWindow::Known front = front_;
+    asked_ = front;
+    return front.process > 0 ? std::optional(front.process) : std::nullopt;
 }
 
 }  // namespace tarvik::linuxdesktop

@@ -16,6 +16,7 @@
 #include "platform/linux/input/HotKeyMeans.h"
 #include "platform/linux/input/TypingMeans.h"
 #include "platform/linux/loop/PollLoop.h"
+#include "platform/linux/x11/FrontWindow.h"
 #include "platform/linux/x11/XcbConnection.h"
 #include "platform/linux/x11/XcbConnector.h"
 
@@ -54,6 +55,8 @@ class X11Input final : public HotKeyMeans, public TypingMeans, public FrontMeans
     /// and no other means types in the session of an X server.
     void expectLift(std::uint32_t /*modifiers*/) override {}
 
+    /// A text for the process of the last frontmostProcess() goes to the window that was in front
+    /// then, while the window exists.
     void type(TypedText text, std::function<void()> onDone) override;
 
     std::optional<platform::ProcessIdentifier> frontmostProcess() const override;
@@ -74,7 +77,9 @@ class X11Input final : public HotKeyMeans, public TypingMeans, public FrontMeans
     Deadline endDeadline_{loop_};
     XcbConnector connector_;
     std::atomic<bool> isConnected_ = false;
-    std::atomic<platform::ProcessIdentifier> frontProcess_ = 0;
+    std::atomic<FrontWindow::Known> front_ = FrontWindow::Known();
+    // The answer of the last frontmostProcess(), where a recording began.
+    mutable std::atomic<FrontWindow::Known> asked_ = FrontWindow::Known();
     // Written before `hasAnswered_` is set, and never again.
     std::string refusal_;
     std::atomic<bool> hasAnswered_ = false;

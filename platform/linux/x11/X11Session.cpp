@@ -35,11 +35,11 @@ void watchKeyboards(XcbConnection& connection) {
 
 X11Session::X11Session(XcbConnection& connection, PollLoop& loop, platform::Log& log,
                        HotKeys::Events hotKeyEvents, OnLift onLift,
-                       std::atomic<platform::ProcessIdentifier>& frontProcess)
+                       std::atomic<FrontWindow::Known>& front)
     : connection_(connection),
       log_(log),
       keyboard_(connection),
-      front_(connection, frontProcess),
+      front_(connection, front),
       hotKeys_(connection, keyboard_, loop, heard(std::move(hotKeyEvents))),
       typist_(connection, keyboard_, front_, hotKeys_, loop, log, std::move(onLift)) {
     connection.selectRootEvents(XCB_EVENT_MASK_PROPERTY_CHANGE);
@@ -90,7 +90,8 @@ void X11Session::handle(const xcb_generic_event_t& event) {
         hotKeys_.renewGrabs();
     } else if (type == XCB_PROPERTY_NOTIFY) {
         handleProperty(reinterpret_cast<const xcb_property_notify_event_t&>(event));
-    } else if (type == XCB_FOCUS_IN || type == XCB_FOCUS_OUT) {
+    } else if (type == XCB_FOCUS_IN || type == XCB_FOCUS_OUT || type == XCB_MAP_NOTIFY ||
+               type == XCB_DESTROY_NOTIFY) {
         typist_.handleChange();
     } else if (type == XCB_CLIENT_MESSAGE) {
         typist_.handleMessage(reinterpret_cast<const xcb_client_message_event_t&>(event));

@@ -21,11 +21,10 @@ namespace tarvik::linuxdesktop {
 /// events. Input thread only.
 class X11Session {
   public:
-    /// `frontProcess` always holds the process in front, 0 when there is none. `onLift` may be
-    /// empty. The references outlive the object.
+    /// `front` always holds the window in front. `onLift` may be empty. The references outlive the
+    /// object.
     X11Session(XcbConnection& connection, PollLoop& loop, platform::Log& log,
-               HotKeys::Events hotKeyEvents, OnLift onLift,
-               std::atomic<platform::ProcessIdentifier>& frontProcess);
+               HotKeys::Events hotKeyEvents, OnLift onLift, std::atomic<FrontWindow::Known>& front);
 
     HotKeys& hotKeys() { return hotKeys_; }
     Typist& typist() { return typist_; }

@@ -6,7 +6,11 @@ Commands on standard input: "caret N" places the caret, "select A:B" selects, "b
 focus to a button, "number" to a field for numbers, "nothing" takes the focus away from every widget,
 "widget" moves the focus back, "keys" prints "keys N" with the number of typed
 keys, "quit" ends the program. Every command except "quit" prints "done".
+
+The signal USR1 opens another window with a text of its own, in a file with the suffix ".second".
 """
+
+import signal
 
 import gi
 
@@ -101,6 +105,19 @@ def command(line):
     target_options.announce("done")
 
 
+def open_second_window():
+    second = Gtk.Window(title=options.title + " 2")
+    entry = Gtk.Entry()
+    entry.connect("changed", lambda _: target_options.publish(options, entry.get_text(), ".second"))
+    # In front with the keyboard, and not just on the screen.
+    entry.connect("focus-in-event",
+                  lambda *_: target_options.publish(options, entry.get_text(), ".second"))
+    second.add(entry)
+    second.show_all()
+    return True
+
+
+GLib.unix_signal_add(GLib.PRIORITY_DEFAULT, signal.SIGUSR1, open_second_window)
 source.connect("changed", lambda *_: target_options.publish(options, text()))
 target_options.publish(options, text())
 if options.button:

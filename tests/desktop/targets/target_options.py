@@ -35,12 +35,12 @@ def parse(description):
     return options
 
 
-def publish(options, text):
+def publish(options, text, suffix=""):
     """Replaces the file in one step, so that a reader never sees a partial text."""
     partial = f"{options.out}.{os.getpid()}.partial"
     with open(partial, "w", encoding="utf-8", newline="") as file:
         file.write(text)
-    os.replace(partial, options.out)
+    os.replace(partial, options.out + suffix)
 
 
 def announce(line):

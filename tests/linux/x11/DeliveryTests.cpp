@@ -113,12 +113,98 @@ TEST_F(X11Delivery, TypesNothingForAnEndedProcessAndSaysSo) {
     EXPECT_TRUE(becomes(front, "x"));
 }
 
+// A program may have several windows.
+TEST_F(X11Delivery, ReachesTheWindowThatWasInFrontWhenItWasAskedFor) {
+    const X11Target target(X11Target::Kind::gtk3Text, mainQueue);
+    ASSERT_TRUE(comesToFront(target));
+    target.openSecondWindow(mainQueue);
+    type("to the first, ąć", target.process());
+    EXPECT_TRUE(becomes(target, "to the first, ąć"));
+    EXPECT_EQ(target.textOfSecondWindow(), "");
+    {
+        const X11Target other(X11Target::Kind::gtk3Text, mainQueue);
+        ASSERT_TRUE(comesToFront(other));
+    }
+    ASSERT_TRUE(comesToFront(target));
+    type("to the second, ąć", target.process());
+    EXPECT_TRUE(
+        mainQueue.runUntil([&] { return target.textOfSecondWindow() == "to the second, ąć"; }));
+    EXPECT_EQ(target.text(), "to the first, ąć");
+}
+
+TEST_F(X11Delivery, ReachesAWindowOnAnotherWorkspaceAndComesBack) {
+    const X11Target target(X11Target::Kind::gtk3Text, mainQueue);
+    ASSERT_TRUE(comesToFront(target));
+    moveFrontWindowAway();
+    const X11Target front(X11Target::Kind::gtk3Text, mainQueue);
+    ASSERT_TRUE(comesToFront(front));
+    type("far away", target.process());
+    EXPECT_TRUE(becomes(target, "far away"));
+    EXPECT_TRUE(comesToFront(front));
+}
+
+// A text for another process does not wait for it.
+TEST_F(X11Delivery, WaitsForAWindowThatIsSlowToComeToTheFront) {
+    const X11Target target(X11Target::Kind::gtk3Text, mainQueue);
+    ASSERT_TRUE(comesToFront(target));
+    moveFrontWindowAway();
+    const X11Target front(X11Target::Kind::gtk3Text, mainQueue);
+    ASSERT_TRUE(comesToFront(front));
+    {
+        const StoppedWindowManager busy;
+        type("late", target.process());
+        type("at once", front.process());
+        EXPECT_TRUE(becomes(front, "at once"));
+        type(", and more", target.process());
+        mainQueue.runFor(700ms);
+    }
+    EXPECT_TRUE(becomes(target, "late, and more"));
+    EXPECT_TRUE(comesToFront(front));
+    EXPECT_FALSE(log.hasLineWith("not delivered"));
+}
+
+TEST_F(X11Delivery, SaysSoWhenAWindowDoesNotComeToTheFrontInTime) {
+    const X11Target target(X11Target::Kind::gtk3Text, mainQueue);
+    ASSERT_TRUE(comesToFront(target));
+    moveFrontWindowAway();
+    const X11Target front(X11Target::Kind::gtk3Text, mainQueue);
+    ASSERT_TRUE(comesToFront(front));
+    const auto start = Clock::now();
+    {
+        const StoppedWindowManager busy;
+        type("never", target.process());
+        EXPECT_TRUE(mainQueue.runUntil(
+            [&] {
+                return log.hasLineWith("TarvikDictate: typed text not delivered: process " +
+                                       std::to_string(target.process()) +
+                                       " did not come to the front (5 characters)");
+            },
+            45s));
+    }
+    EXPECT_GE(Clock::now() - start, 30s);
+    type("x", front.process());
+    EXPECT_TRUE(becomes(front, "x"));
+}
+
 TEST_F(X11Delivery, TypesNothingForAProcessWithoutAWindow) {
     const X11Target front(X11Target::Kind::gtk3Text, mainQueue);
     type("nobody", getpid());
     EXPECT_TRUE(
         mainQueue.runUntil([&] { return log.hasLineWith("has no window (6 characters)"); }));
     EXPECT_TRUE(becomes(front, ""));
+}
+
+TEST_F(X11Delivery, TypesNothingForWhatIsNoProcess) {
+    const X11Target front(X11Target::Kind::gtk3Text, mainQueue);
+    for (const platform::ProcessIdentifier process : {0, -1, -getpgrp()}) {
+        type("nobody", process);
+        EXPECT_TRUE(mainQueue.runUntil([&] {
+            return log.hasLineWith("TarvikDictate: typed text not delivered: process " +
+                                   std::to_string(process) + " has no window (6 characters)");
+        })) << process;
+    }
+    type("x", front.process());
+    EXPECT_TRUE(becomes(front, "x"));
 }
 
 TEST_F(X11Delivery, TypesNothingWhileAnotherProgramHasTheKeyboard) {

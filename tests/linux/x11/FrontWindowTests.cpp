@@ -52,7 +52,7 @@ class X11FrontWindow : public testing::Test {
     RealTimeQueue mainQueue;
     std::optional<X11Server> server;
     std::unique_ptr<XcbConnection> connection;
-    std::atomic<platform::ProcessIdentifier> front = 0;
+    std::atomic<FrontWindow::Known> front = FrontWindow::Known();
     xcb_window_t window = XCB_NONE;
 };
 

@@ -22,10 +22,11 @@ class TypingQueueTest : public testing::Test {
     static constexpr xcb_window_t window = 7;
 
     void push(std::optional<ProcessIdentifier> process, const std::u32string& characters) {
-        queue.push({process, characters}, [] {});
+        queue.push({process, characters}, XCB_NONE, [] {});
     }
     TypingQueue::Item take() {
-        return queue.take(isRead).value_or(TypingQueue::Item{{std::nullopt, U"(nothing)"}, {}});
+        return queue.take(isRead).value_or(
+            TypingQueue::Item{{std::nullopt, U"(nothing)"}, XCB_NONE, {}});
     }
     void putBackUntilRead(TypingQueue::Item item) {
         item.waitsFor = window;

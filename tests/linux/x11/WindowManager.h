@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include "platform/Workspace.h"
 #include "tests/support/RealTimeQueue.h"
 
 namespace tarvik::tests {
@@ -8,5 +9,20 @@ namespace tarvik::tests {
 /// Waits until the window manager has followed every change so far, as one of the keyboard map,
 /// after which it grabs its keys again. False when it takes more than ten seconds.
 bool waitForWindowManager(RealTimeQueue& mainQueue);
+
+/// Moves the window in front to another workspace, where it is not shown.
+void moveFrontWindowAway();
+
+/// The window manager does nothing as long as the object lives.
+class StoppedWindowManager {
+  public:
+    StoppedWindowManager();
+    ~StoppedWindowManager();
+    StoppedWindowManager(const StoppedWindowManager&) = delete;
+    StoppedWindowManager& operator=(const StoppedWindowManager&) = delete;
+
+  private:
+    platform::ProcessIdentifier process_;
+};
 
 }  // namespace tarvik::tests

@@ -36,7 +36,7 @@ class X11SessionTest : public testing::Test {
     std::unique_ptr<linuxdesktop::XcbConnection> connection =
         linuxdesktop::XcbConnection::open().value();
     linuxdesktop::PollLoop loop;
-    std::atomic<platform::ProcessIdentifier> frontProcess = 0;
+    std::atomic<linuxdesktop::FrontWindow::Known> front = linuxdesktop::FrontWindow::Known();
     std::string events;
     std::uint32_t lifted = 0;
     // Called at the next event.
@@ -48,7 +48,7 @@ class X11SessionTest : public testing::Test {
         {[this](HotKeyNumber) { note("P"); }, [this](HotKeyNumber) { note("R"); },
          [this](HotKeyNumber, const std::string&) { note("L"); }},
         [this](std::uint32_t modifiers) { lifted = modifiers; },
-        frontProcess};
+        front};
 
     void note(const char* event) {
         events += event;
@@ -97,7 +97,7 @@ TEST_F(X11SessionTest, EndsAHoldWhosePressWasUnheardWhenTypingTookTheKeyboard) {
         user.press(X11User::altKey);
         user.press(X11User::spaceKey);
         EXPECT_TRUE(user.isDown(X11User::spaceKey));
-        session.typist().type({std::nullopt, U"x"}, [] {});
+        session.typist().type({std::nullopt, U"x"}, XCB_NONE, [] {});
         EXPECT_EQ(lifted, platform::optionKeyMask);
         EXPECT_FALSE(user.isDown(X11User::altKey));
         hear();
@@ -143,9 +143,9 @@ TEST_F(X11SessionTest, TellsAtItsEndThatTypingIsOver) {
     bool isTyped = false;
     const auto other = linuxdesktop::XcbConnection::open().value();
     {
-        linuxdesktop::X11Session ending(
-            *other, loop, log, {[](HotKeyNumber) {}, [](HotKeyNumber) {}, {}}, {}, frontProcess);
-        ending.typist().type({std::nullopt, U"ж"}, [&] { isTyped = true; });
+        linuxdesktop::X11Session ending(*other, loop, log,
+                                        {[](HotKeyNumber) {}, [](HotKeyNumber) {}, {}}, {}, front);
+        ending.typist().type({std::nullopt, U"ж"}, XCB_NONE, [&] { isTyped = true; });
         ending.typist().whenIdle([&] { isOver = true; });
         EXPECT_FALSE(isOver);
     }
@@ -166,8 +166,9 @@ class X11SessionWithWindow : public X11SessionTest {
         other->synchronise();
     }
 
-    // As toolkits do: the message goes back to the root window.
-    void answerPings() {
+    // Answers pings as toolkits do: the message goes back to the root window. Notes where a key
+    // arrives.
+    void readEvents() {
         while (const linuxdesktop::XcbReply<xcb_generic_event_t> event{
             xcb_poll_for_event(other->get())}) {
             if ((event->response_type & 0x7F) == XCB_CLIENT_MESSAGE) {
@@ -175,6 +176,8 @@ class X11SessionWithWindow : public X11SessionTest {
                 message.window = other->root();
                 xcb_send_event(other->get(), 0, other->root(), XCB_EVENT_MASK_SUBSTRUCTURE_NOTIFY,
                                reinterpret_cast<const char*>(&message));
+            } else if (event->response_type == XCB_KEY_PRESS) {
+                typedInto = reinterpret_cast<const xcb_key_press_event_t&>(*event).event;
             }
         }
         other->synchronise();
@@ -187,6 +190,26 @@ class X11SessionWithWindow : public X11SessionTest {
         return linuxdesktop::XcbReply<xcb_get_input_focus_reply_t>(
             xcb_get_input_focus_reply(other->get(), xcb_get_input_focus(other->get()), nullptr));
     }
+    void type(xcb_window_t wanted) {
+        bool isTyped = false;
+        session.typist().type({getpid(), U"x"}, wanted, [&] { isTyped = true; });
+        while (!isTyped) {
+            linuxdesktop::Deadline turn(loop);
+            turn.set(std::chrono::milliseconds(20), [this] { loop.quit(); });
+            loop.run([this] {
+                session.drain();
+                readEvents();
+            });
+        }
+    }
+    // Where a key arrives that is typed for `wanted`.
+    xcb_window_t windowTypedInto(xcb_window_t wanted) {
+        typedInto = XCB_NONE;
+        type(wanted);
+        other->synchronise();
+        readEvents();
+        return typedInto;
+    }
     bool hearsOfOtherWindows() {
         const linuxdesktop::XcbReply<xcb_get_window_attributes_reply_t> root(
             xcb_get_window_attributes_reply(
@@ -198,26 +221,36 @@ class X11SessionWithWindow : public X11SessionTest {
     std::unique_ptr<linuxdesktop::XcbConnection> other =
         linuxdesktop::XcbConnection::open().value();
     const xcb_window_t window = xcb_generate_id(other->get());
+    xcb_window_t typedInto = XCB_NONE;
 };
 
 TEST_F(X11SessionWithWindow, GivesTheFocusBackToWhereverItWas) {
     for (const xcb_window_t earlier : {xcb_window_t{XCB_INPUT_FOCUS_POINTER_ROOT},
                                        xcb_window_t{XCB_INPUT_FOCUS_NONE}, connection->root()}) {
         focus(earlier);
-        bool isTyped = false;
-        session.typist().type({getpid(), U"x"}, [&] { isTyped = true; });
-        while (!isTyped) {
-            linuxdesktop::Deadline turn(loop);
-            turn.set(std::chrono::milliseconds(20), [this] { loop.quit(); });
-            loop.run([this] {
-                session.drain();
-                answerPings();
-            });
-        }
+        type(XCB_NONE);
         EXPECT_FALSE(log.hasLineWith("not delivered"));
         EXPECT_EQ(focused()->focus, earlier);
         EXPECT_EQ(focused()->revert_to, XCB_INPUT_FOCUS_NONE);
     }
+}
+
+// A program may have several windows, and another one in front by the time that the text comes.
+TEST_F(X11SessionWithWindow, TypesIntoTheWindowOfTheProcessThatIsAskedFor) {
+    const xcb_window_t later = xcb_generate_id(other->get());
+    xcb_create_window(other->get(), XCB_COPY_FROM_PARENT, later, other->root(), 0, 0, 100, 100, 0,
+                      XCB_WINDOW_CLASS_INPUT_OUTPUT, XCB_COPY_FROM_PARENT, 0, nullptr);
+    xcb_map_window(other->get(), later);
+    for (const xcb_window_t each : {window, later}) {
+        other->selectEvents(each, XCB_EVENT_MASK_KEY_PRESS);
+    }
+    focus(later);
+    EXPECT_EQ(windowTypedInto(window), window);
+    EXPECT_EQ(focused()->focus, later);
+    EXPECT_EQ(windowTypedInto(later), later);
+    xcb_destroy_window(other->get(), window);
+    other->synchronise();
+    EXPECT_EQ(windowTypedInto(window), later);
 }
 
 // Each window that anybody opens or moves would wake the application for ever.

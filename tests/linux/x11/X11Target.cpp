@@ -46,6 +46,11 @@ std::vector<std::string> commandFor(X11Target::Kind kind, const std::string& fil
     return {};
 }
 
+std::string contentOf(const std::filesystem::path& path) {
+    std::ifstream file(path, std::ios::binary);
+    return {std::istreambuf_iterator<char>(file), {}};
+}
+
 }  // namespace
 
 X11Target::X11Target(Kind kind, RealTimeQueue& mainQueue) {
@@ -74,8 +79,18 @@ X11Target::~X11Target() {
 }
 
 std::string X11Target::text() const {
-    std::ifstream file(folder_ / "text", std::ios::binary);
-    return {std::istreambuf_iterator<char>(file), {}};
+    return contentOf(folder_ / "text");
+}
+
+void X11Target::openSecondWindow(RealTimeQueue& mainQueue) const {
+    kill(process_->identifier(), SIGUSR1);
+    if (!mainQueue.runUntil([&] { return std::filesystem::exists(folder_ / "text.second"); })) {
+        throw std::runtime_error("the second window did not get the focus");
+    }
+}
+
+std::string X11Target::textOfSecondWindow() const {
+    return contentOf(folder_ / "text.second");
 }
 
 void X11Target::occupy(const std::string& command, std::chrono::milliseconds time) {

@@ -29,6 +29,9 @@ class X11Target {
     /// The program's main loop handles nothing for a while, asleep or at work. Not for a terminal.
     void sleepInMainLoop(std::chrono::milliseconds time) { occupy("sleep", time); }
     void workInMainLoop(std::chrono::milliseconds time) { occupy("work", time); }
+    /// Opens another window, which comes to the front. For GTK 3.
+    void openSecondWindow(RealTimeQueue& mainQueue) const;
+    std::string textOfSecondWindow() const;
     /// It reads nothing from here until it goes on.
     void hang() const;
     void goOn() const;
