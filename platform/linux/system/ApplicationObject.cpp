@@ -2,11 +2,13 @@
 
 #include "platform/linux/system/ApplicationObject.h"
 
+#include <algorithm>
 #include <optional>
 #include <string_view>
 #include <utility>
 
 #include "base/Text.h"
+#include "platform/linux/bus/BusReplies.h"
 #include "platform/linux/system/InstanceClaim.h"
 
 namespace tarvik::linuxdesktop {
@@ -15,6 +17,10 @@ namespace {
 
 // In characters.
 constexpr std::size_t maxNameInLog = 100;
+
+constexpr std::chrono::milliseconds firstRetryInterval{250};
+constexpr std::chrono::milliseconds maxRetryInterval{8000};
+constexpr std::chrono::seconds claimTimeout{25};
 
 // The id in the platform data that a call ends with. X11 desktops send "desktop-startup-id" and
 // Wayland desktops "activation-token". A launcher that sends both gives them the same id.
@@ -65,16 +71,55 @@ const sd_bus_vtable ApplicationObject::methods[] = {
 
 ApplicationObject::ApplicationObject(std::unique_ptr<MessageBus> bus, const platform::Clock& clock,
                                      platform::Log& log, Handlers handlers)
-    : log_(log), handlers_(std::move(handlers)), loop_(clock), bus_(std::move(bus)) {
-    bus_->attach(loop_, [&log](const Error& error) {
-        log.write("TarvikDictate: a second start goes unnoticed, the session bus is lost: " +
-                  error.localizedDescription);
-    });
+    : log_(log), handlers_(std::move(handlers)), loop_(clock) {
+    join(std::move(bus));
+}
+
+void ApplicationObject::join(std::unique_ptr<MessageBus> bus) {
+    bus_ = std::move(bus);
+    bus_->attach(loop_, [this](const Error& error) { onLost(error); });
     bus_->addObject(instancePath, instanceInterface, methods, this);
 }
 
+void ApplicationObject::onLost(const Error& error) {
+    bus_.reset();
+    if (!std::exchange(isLost_, true)) {
+        log_.write("TarvikDictate: a second start goes unnoticed, the session bus is lost: " +
+                   error.localizedDescription);
+        retryInterval_ = firstRetryInterval;
+    }
+    retryDeadline_.set(retryInterval_, [this] { rejoin(); });
+    retryInterval_ = std::min(2 * retryInterval_, maxRetryInterval);
+}
+
+void ApplicationObject::rejoin() {
+    auto opened = MessageBus::openSession();
+    if (!opened) {
+        onLost(opened.error());
+        return;
+    }
+    join(std::move(opened).value());
+    bus_->call(newNameRequest(*bus_), claimTimeout,
+               [this](sd_bus_message* reply) { onReplyToClaim(reply); });
+}
+
+// A bus that is lost before it replies is told of by onLost() as well. A bus that does not reply in
+// time is left as it is: somebody listens there.
+void ApplicationObject::onReplyToClaim(sd_bus_message* reply) {
+    if (isError(reply)) {
+        return;
+    }
+    isLost_ = false;
+    log_.write(isNameOwner(reply)
+                   ? "TarvikDictate: the session bus is back"
+                   : "TarvikDictate: the session bus is back, and another instance has the name");
+}
+
 void ApplicationObject::resign() {
-    bus_->releaseName(instanceName);
+    retryDeadline_.clear();
+    if (bus_) {
+        bus_->releaseName(instanceName);
+    }
 }
 
 int ApplicationObject::onActivate(sd_bus_message* call, void* self, sd_bus_error*) {

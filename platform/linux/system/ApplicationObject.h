@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include <chrono>
 #include <functional>
 #include <memory>
 #include <string>
@@ -18,6 +19,9 @@ namespace tarvik::linuxdesktop {
 ///
 /// Activate and Open bring the application forward; ActivateAction knows "toggle" and "setup" and
 /// answers any other name with an error and a line in the log.
+///
+/// A lost session bus costs one line in the log. The object joins a bus at the same address again,
+/// tries that every 8 s at most, and claims the name there.
 class ApplicationObject {
   public:
     /// Carry out a call. Each gets the id of the user's action, empty where unknown, and runs no
@@ -39,6 +43,10 @@ class ApplicationObject {
     void resign();
 
   private:
+    void join(std::unique_ptr<MessageBus> bus);
+    void onLost(const Error& error);
+    void rejoin();
+    void onReplyToClaim(sd_bus_message* reply);
     static int onActivate(sd_bus_message* call, void* self, sd_bus_error* error);
     static int onOpen(sd_bus_message* call, void* self, sd_bus_error* error);
     static int onAction(sd_bus_message* call, void* self, sd_bus_error* error);
@@ -47,6 +55,10 @@ class ApplicationObject {
     platform::Log& log_;
     Handlers handlers_;
     MainLoop loop_;
+    bool isLost_ = false;
+    std::chrono::milliseconds retryInterval_{0};
+    Deadline retryDeadline_{loop_};
+    /// Empty while the bus cannot be joined.
     std::unique_ptr<MessageBus> bus_;
 };
 

@@ -52,14 +52,6 @@ bool saysOwnerIsGone(const BusMessage& reply) {
             sd_bus_message_is_method_error(reply.get(), SD_BUS_ERROR_NAME_HAS_NO_OWNER) > 0);
 }
 
-BusMessage requestName(MessageBus& bus, SteadyTime deadline) {
-    return callAndWait(
-        bus,
-        bus.newCall({"org.freedesktop.DBus", "/org/freedesktop/DBus"}, "org.freedesktop.DBus",
-                    "RequestName", "su", instanceName, doNotQueue),
-        deadline);
-}
-
 // Ids are ASCII; anything else could not even be sent.
 bool isPlain(const std::string& id) {
     return !id.empty() &&
@@ -81,7 +73,25 @@ BusMessage bringForward(MessageBus& bus, const StartupIds& ids, SteadyTime deadl
     return callAndWait(bus, std::move(request), deadline);
 }
 
+// 0, which is no answer of a bus, for anything else.
+std::uint32_t roleIn(sd_bus_message* reply) {
+    std::uint32_t role = 0;
+    if (reply != nullptr) {
+        sd_bus_message_read(reply, "u", &role);
+    }
+    return role;
+}
+
 }  // namespace
+
+BusMessage newNameRequest(MessageBus& bus) {
+    return bus.newCall({"org.freedesktop.DBus", "/org/freedesktop/DBus"}, "org.freedesktop.DBus",
+                       "RequestName", "su", instanceName, doNotQueue);
+}
+
+bool isNameOwner(sd_bus_message* reply) {
+    return roleIn(reply) == isOwner;
+}
 
 InstanceClaim claimInstance(const StartupIds& ids, Seconds timeout) {
     auto opened = MessageBus::openSession();
@@ -92,11 +102,8 @@ InstanceClaim claimInstance(const StartupIds& ids, Seconds timeout) {
     SteadyTime deadline = after(timeout);
     bool isOwnerAsked = false;
     while (true) {
-        BusMessage reply = requestName(*bus, deadline);
-        std::uint32_t role = 0;
-        if (reply) {
-            sd_bus_message_read(reply.get(), "u", &role);
-        }
+        BusMessage reply = callAndWait(*bus, newNameRequest(*bus), deadline);
+        const std::uint32_t role = roleIn(reply.get());
         if (role == isOwner) {
             return {InstanceClaim::Role::first, std::move(bus), {}};
         }

@@ -45,4 +45,9 @@ struct StartupIds {
 /// before there is anything that could be kept waiting.
 InstanceClaim claimInstance(const StartupIds& ids, Seconds timeout);
 
+/// A call that asks a bus for the application's name, without queueing for the name.
+BusMessage newNameRequest(MessageBus& bus);
+/// Whether a reply to that call says that this process has the name.
+bool isNameOwner(sd_bus_message* reply);
+
 }  // namespace tarvik::linuxdesktop

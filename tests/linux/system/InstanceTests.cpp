@@ -164,6 +164,33 @@ TEST_F(InstanceTest, ABusThatGoesAwayCostsOneLine) {
     EXPECT_EQ(log.linesWith("a second start goes unnoticed").size(), 1U);
 }
 
+TEST_F(InstanceTest, ABusThatComesBackIsJoinedAgain) {
+    startFirst();
+    for (std::size_t time = 1; time <= 2; ++time) {
+        bus.reset();
+        EXPECT_TRUE(runUntil(
+            [&] { return log.linesWith("a second start goes unnoticed").size() == time; }));
+        restartBus();
+        EXPECT_TRUE(
+            runUntil([&] { return log.linesWith("the session bus is back").size() == time; }));
+        EXPECT_EQ(meanwhile([] { return claimInstance({}, timeout).role; }), Role::second);
+        EXPECT_EQ(callAction("toggle"), "");
+        EXPECT_EQ(reopenings.size(), time);
+        EXPECT_EQ(actions.size(), time);
+    }
+    EXPECT_EQ(log.lines().size(), 4U);
+}
+
+TEST_F(InstanceTest, ABusThatComesBackIsLeftToAnInstanceThatWasFaster) {
+    startFirst();
+    bus.reset();
+    EXPECT_TRUE(runUntil([&] { return !log.lines().empty(); }));
+    restartBus();
+    const InstanceClaim faster = claimInstance({}, timeout);
+    ASSERT_EQ(faster.role, Role::first);
+    EXPECT_TRUE(runUntil([&] { return !log.linesWith("another instance has the name").empty(); }));
+}
+
 }  // namespace
 
 }  // namespace tarvik::tests

@@ -31,6 +31,15 @@ class SessionBusTest : public ApplicationTest {
                                              "--address=unix:dir=" + folder.path().string()});
         setenv("DBUS_SESSION_BUS_ADDRESS", bus->readLine().value_or("").c_str(), 1);
     }
+    /// Starts a bus anew that has been ended, at the address where it was.
+    void restartBus() {
+        const std::string address = getenv("DBUS_SESSION_BUS_ADDRESS");
+        const std::string path = address.substr(0, address.find(','));
+        bus.emplace(std::vector<std::string>{"/usr/bin/dbus-daemon", "--session", "--nofork",
+                                             "--nopidfile", "--print-address=1",
+                                             "--address=" + path});
+        setenv("DBUS_SESSION_BUS_ADDRESS", bus->readLine().value_or("").c_str(), 1);
+    }
 
     /// Runs `work` on another thread, and the main loop until `work` is done. For calls that wait
     /// for an answer of this process.
