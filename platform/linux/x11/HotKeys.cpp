@@ -16,17 +16,11 @@ namespace {
 
 using namespace std::chrono_literals;
 
-// Where the space bar is on practically every keyboard.
-constexpr xcb_keycode_t usualSpaceKey = 65;
-
 // Of two grabs the newest is served. An idle window manager grabs again within a few milliseconds
 // after a change of the map. A busy one may take longer, and some do not tell when they have. The
 // change may come with the very Alt that the user presses for the hotkey, so the grabs are renewed
 // after each of these delays.
 constexpr std::array renewalDelays{5ms, 20ms, 60ms, 200ms, 600ms};
-
-// The events of a burst come right after the burst.
-constexpr std::size_t maxBursts = 64;
 
 }  // namespace
 
@@ -37,6 +31,7 @@ HotKeys::HotKeys(XcbConnection& connection, Keyboard& keyboard, PollLoop& loop, 
       lifted_(connection, keyboard),
       rawKeys_(connection),
       grabWatch_(connection),
+      holdGrab_(connection, loop),
       windowManagerFence_(connection),
       renewal_(loop) {}
 
@@ -56,7 +51,7 @@ platform::OSStatus HotKeys::add(HotKeyNumber number, std::uint32_t keyCode,
         }
     }
     keyboard_.refresh();
-    const auto wanted = grabFor(modifiers);
+    const auto wanted = spaceBarGrab(keyboard_, modifiers);
     if (!wanted) {
         return platform::eventHotKeyInvalidErr;
     }
@@ -82,28 +77,8 @@ void HotKeys::remove(HotKeyNumber number) {
     if (hold_ && hold_->number == number) {
         hold_.reset();
     }
+    holdGrab_.drop();
     followLifted();
-}
-
-std::optional<KeyGrab> HotKeys::grabFor(std::uint32_t modifiers) const {
-    KeyGrab grab;
-    const auto key = keyboard_.keyOfSymbol(XKB_KEY_space, usualSpaceKey);
-    if (!key) {
-        return std::nullopt;
-    }
-    grab.key = *key;
-    grab.locks = static_cast<std::uint8_t>(XCB_MOD_MASK_LOCK | keyboard_.numLockMask());
-    if ((modifiers & platform::optionKeyMask) != 0) {
-        const std::uint8_t alt = keyboard_.modifierMask({XKB_KEY_Alt_L, XKB_KEY_Alt_R});
-        if (alt == 0) {
-            return std::nullopt;
-        }
-        grab.modifiers = alt;
-    }
-    if ((modifiers & platform::shiftKeyMask) != 0) {
-        grab.modifiers |= XCB_MOD_MASK_SHIFT;
-    }
-    return grab;
 }
 
 void HotKeys::handlePress(const xcb_input_key_press_event_t& event) {
@@ -116,14 +91,18 @@ void HotKeys::handlePress(const xcb_input_key_press_event_t& event) {
         // ask for a missing key anew. A key that stays down after its combination has ended repeats
         // too.
         const bool isHeld = hold_ && hold_->key == key;
-        answerPress(connection_, isHeld ? PressAnswer::ours : PressAnswer::notOurs);
+        if (holdGrab_.isHeld()) {
+            holdGrab_.goOn(!hold_);
+        } else {
+            answerPress(connection_, isHeld ? PressAnswer::ours : PressAnswer::notOurs);
+        }
         return;
     }
     rawKeys_.press(key);
     isGrabbed_ = false;
     if (confirm(event)) {
         selectRawEvents();
-        answerPress(connection_, PressAnswer::ours);
+        keepKeyboard(*hold_);
         return;
     }
     selectRawEvents();
@@ -132,11 +111,27 @@ void HotKeys::handlePress(const xcb_input_key_press_event_t& event) {
     if (!number) {
         number = hotKeyOf(key, seen);
     }
-    answerPress(connection_, number ? PressAnswer::ours : PressAnswer::notOurs);
     if (number) {
         endHold();
         beginHold(*number, std::nullopt);
+    } else if (!holdGrab_.isHeld()) {
+        answerPress(connection_, PressAnswer::notOurs);
+    } else if (hold_ || holdGrab_.contains(key)) {
+        holdGrab_.goOn(!hold_);
+    } else {
+        holdGrab_.replay();
     }
+}
+
+// A modifier that typing has lifted was up already for the program in front.
+void HotKeys::keepKeyboard(const Hold& hold) {
+    if (!lifted_.isEmpty()) {
+        answerPress(connection_, PressAnswer::ours);
+        return;
+    }
+    std::vector<xcb_keycode_t> keys = hold.modifierKeys;
+    keys.push_back(hold.key);
+    ownRequests_.begin(holdGrab_.take(std::move(keys)));
 }
 
 std::optional<HotKeyNumber> HotKeys::hotKeyOf(xcb_keycode_t key, std::uint32_t modifiers) const {
@@ -156,6 +151,9 @@ void HotKeys::beginHold(HotKeyNumber number, std::optional<Unconfirmed> unconfir
                  unconfirmed};
     reportedKey_ = grab.key;
     selectRawEvents();
+    if (!unconfirmed) {
+        keepKeyboard(*hold_);
+    }
     events_.onPressed(number);
 }
 
@@ -165,8 +163,8 @@ bool HotKeys::confirm(const xcb_input_key_press_event_t& event) {
         return false;
     }
     const Unconfirmed& heard = *hold_->unconfirmed;
-    const auto later = static_cast<std::int32_t>(event.full_sequence - heard.readSequence);
-    if (heard.time ? heard.time != event.time : later > 0) {
+    const bool isLater = SequenceRanges::isAfter(event.full_sequence, heard.readSequence);
+    if (heard.time ? heard.time != event.time : isLater) {
         return false;
     }
     hold_->unconfirmed.reset();
@@ -176,7 +174,7 @@ bool HotKeys::confirm(const xcb_input_key_press_event_t& event) {
 
 void HotKeys::handleRawPress(const xcb_input_raw_key_press_event_t& event) {
     const auto key = static_cast<xcb_keycode_t>(event.detail);
-    if (isOfBurst(event.full_sequence) || !rawKeys_.press(key)) {
+    if (ownRequests_.contains(event.full_sequence) || !rawKeys_.press(key)) {
         return;
     }
     const auto number = hotKeyOf(key, rawKeys_.modifiers(keyboard_) | lifted_.mask());
@@ -184,7 +182,8 @@ void HotKeys::handleRawPress(const xcb_input_raw_key_press_event_t& event) {
         keyboardInUse_ = event.sourceid;
         endHold();
         beginHold(*number, Unconfirmed{event.time});
-    } else if (isGrabbed_ && !isRenewing_ && !hold_ && !grabWatch_.isTakenByOther()) {
+    } else if (isGrabbed_ && !isRenewing_ && !hold_ && !holdGrab_.isHeld() &&
+               !grabWatch_.isTakenByOther()) {
         // The end of the grab went unheard.
         isGrabbed_ = false;
         selectRawEvents();
@@ -208,7 +207,7 @@ void HotKeys::hearUngrabbedPresses() {
 }
 
 void HotKeys::handleGrab(GrabWatch::Change change, std::uint32_t sequence) {
-    if (change == GrabWatch::Change::none || isOfBurst(sequence)) {
+    if (change == GrabWatch::Change::none || ownRequests_.contains(sequence)) {
         return;
     }
     isGrabbed_ = change == GrabWatch::Change::begun;
@@ -240,6 +239,7 @@ void HotKeys::handleRelease(std::uint32_t keyCode, std::uint32_t sequence) {
                   std::ranges::find(hold_->modifierKeys, key) != hold_->modifierKeys.end())) {
         endHold();
     }
+    holdGrab_.goOn(!hold_);
 }
 
 void HotKeys::endHold() {
@@ -294,7 +294,7 @@ void HotKeys::renew() {
     }
     keyboard_.refresh();
     for (auto& [number, hotKey] : hotKeys_) {
-        const auto wanted = grabFor(hotKey.modifiers);
+        const auto wanted = spaceBarGrab(keyboard_, hotKey.modifiers);
         const bool isGrabbed = wanted && wanted->make(connection_);
         if (hotKey.grab && hotKey.grab != wanted) {
             hotKey.grab->drop(connection_, isGrabbed ? wanted : std::nullopt);
@@ -310,41 +310,30 @@ void HotKeys::renew() {
     }
     followLifted();
     endIfReleased();
+    holdGrab_.goOn(!hold_);
 }
 
 void HotKeys::handleKeyboardRemoved() {
     lifted_.clear();
     rawKeys_.reread();
+    holdGrab_.goOn(!hold_);
     followLifted();
-}
-
-bool HotKeys::isOfBurst(std::uint32_t sequence) {
-    const auto isAfter = [](std::uint32_t one, std::uint32_t other) {
-        return static_cast<std::int32_t>(one - other) > 0;
-    };
-    while (!bursts_.empty() && isAfter(sequence, bursts_.front().last)) {
-        bursts_.pop_front();
-    }
-    return !bursts_.empty() && !isAfter(bursts_.front().first, sequence);
 }
 
 void HotKeys::beginTyping() {
     isTyping_ = true;
-    const std::uint32_t sequence = xcb_no_operation(connection_.get()).sequence;
-    if (bursts_.size() == maxBursts) {
-        bursts_.pop_front();
-    }
-    bursts_.push_back({sequence, sequence});
+    ownRequests_.begin(xcb_no_operation(connection_.get()).sequence);
     followLifted();
 }
 
 void HotKeys::endTyping() {
     isTyping_ = false;
-    bursts_.back().last = xcb_no_operation(connection_.get()).sequence;
+    ownRequests_.end(xcb_no_operation(connection_.get()).sequence);
     followLifted();
 }
 
 void HotKeys::handleGrabLost() {
+    holdGrab_.forget();
     if (hold_) {
         hold_->hasLostGrab = true;
     }

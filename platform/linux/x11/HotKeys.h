@@ -7,7 +7,6 @@
 #include <chrono>
 #include <cstddef>
 #include <cstdint>
-#include <deque>
 #include <functional>
 #include <map>
 #include <optional>
@@ -20,10 +19,12 @@
 #include "platform/linux/input/HotKeyMeans.h"
 #include "platform/linux/loop/PollLoop.h"
 #include "platform/linux/x11/GrabWatch.h"
+#include "platform/linux/x11/HoldGrab.h"
 #include "platform/linux/x11/KeyGrab.h"
 #include "platform/linux/x11/Keyboard.h"
 #include "platform/linux/x11/LiftedModifiers.h"
 #include "platform/linux/x11/RawKeys.h"
+#include "platform/linux/x11/SequenceRanges.h"
 #include "platform/linux/x11/WindowManagerFence.h"
 #include "platform/linux/x11/XcbConnection.h"
 
@@ -31,8 +32,8 @@ namespace tarvik::linuxdesktop {
 
 /// The grabbed key combinations, and which of them is held. Input thread only.
 ///
-/// The grab lasts from the press to the release of the key, unless typing ends it in between. Then
-/// the server's raw events tell the end of the hold. Raw events also tell of a press that goes to
+/// The grab lasts from the press until all keys are up, unless typing ends it in between. Then the
+/// server's raw events tell the end of the hold. Raw events also tell of a press that goes to
 /// another client: to one that has grabbed the whole keyboard, or the combination later.
 class HotKeys {
   public:
@@ -105,18 +106,12 @@ class HotKeys {
         // When the key went down, if only a raw event or the state of the keys has told so far.
         std::optional<Unconfirmed> unconfirmed = {};
     };
-    // The sequence numbers of the first and the last request of a burst of typed keys.
-    struct Burst {
-        std::uint32_t first = 0;
-        std::uint32_t last = 0;
-    };
 
-    std::optional<KeyGrab> grabFor(std::uint32_t modifiers) const;
     std::optional<HotKeyNumber> hotKeyOf(xcb_keycode_t key, std::uint32_t modifiers) const;
     void beginHold(HotKeyNumber number, std::optional<Unconfirmed> unconfirmed);
+    void keepKeyboard(const Hold& hold);
     bool confirm(const xcb_input_key_press_event_t& event);
     void hearUngrabbedPresses();
-    bool isOfBurst(std::uint32_t sequence);
     void beginRenewals();
     void scheduleRenewal(std::chrono::milliseconds passed);
     void renew();
@@ -132,6 +127,7 @@ class HotKeys {
     LiftedModifiers lifted_;
     RawKeys rawKeys_;
     GrabWatch grabWatch_;
+    HoldGrab holdGrab_;
     bool isTyping_ = false;
     // As far as is known, and not by a grab of this client.
     bool isGrabbed_ = false;
@@ -139,8 +135,8 @@ class HotKeys {
     xcb_keycode_t reportedKey_ = 0;
     std::uint16_t keyboardInUse_ = 0;
     std::set<std::pair<xcb_keycode_t, std::uint32_t>> ownReleases_;
-    // Whose events may still come.
-    std::deque<Burst> bursts_;
+    // The bursts of typed keys, and the grabs that are not another client's.
+    SequenceRanges ownRequests_;
     WindowManagerFence windowManagerFence_;
     Deadline renewal_;
     std::size_t renewalsDone_ = 0;

@@ -3,13 +3,19 @@
 #include "platform/linux/x11/KeyGrab.h"
 
 #include <xcb/xinput.h>
+#include <xkbcommon/xkbcommon-keysyms.h>
 
 #include <algorithm>
 #include <vector>
 
+#include "platform/EventManager.h"
+
 namespace tarvik::linuxdesktop {
 
 namespace {
+
+// Where the space bar is on practically every keyboard.
+constexpr xcb_keycode_t usualSpaceKey = 65;
 
 std::vector<std::uint32_t> variantsOf(const KeyGrab& grab) {
     std::vector<std::uint32_t> all;
@@ -70,6 +76,27 @@ void KeyGrab::drop(XcbConnection& connection, const std::optional<KeyGrab>& kept
                               connection.get(), connection.root(), key, deviceOf(*this, connection),
                               static_cast<std::uint16_t>(variants.size()),
                               XCB_INPUT_GRAB_TYPE_KEYCODE, variants.data())));
+}
+
+std::optional<KeyGrab> spaceBarGrab(const Keyboard& keyboard, std::uint32_t modifiers) {
+    KeyGrab grab;
+    const auto key = keyboard.keyOfSymbol(XKB_KEY_space, usualSpaceKey);
+    if (!key) {
+        return std::nullopt;
+    }
+    grab.key = *key;
+    grab.locks = static_cast<std::uint8_t>(XCB_MOD_MASK_LOCK | keyboard.numLockMask());
+    if ((modifiers & platform::optionKeyMask) != 0) {
+        const std::uint8_t alt = keyboard.modifierMask({XKB_KEY_Alt_L, XKB_KEY_Alt_R});
+        if (alt == 0) {
+            return std::nullopt;
+        }
+        grab.modifiers = alt;
+    }
+    if ((modifiers & platform::shiftKeyMask) != 0) {
+        grab.modifiers |= XCB_MOD_MASK_SHIFT;
+    }
+    return grab;
 }
 
 void answerPress(XcbConnection& connection, PressAnswer answer) {

@@ -7,6 +7,7 @@
 #include <cstdint>
 #include <optional>
 
+#include "platform/linux/x11/Keyboard.h"
 #include "platform/linux/x11/XcbConnection.h"
 
 namespace tarvik::linuxdesktop {
@@ -37,6 +38,10 @@ struct KeyGrab {
     /// others afterwards.
     void drop(XcbConnection& connection, const std::optional<KeyGrab>& kept = {}) const;
 };
+
+/// The grab of the space bar with these modifiers, a mask of the event manager, and every state of
+/// the lock keys. Empty when the keyboard lacks one of the keys.
+std::optional<KeyGrab> spaceBarGrab(const Keyboard& keyboard, std::uint32_t modifiers);
 
 /// Thaws the keyboard after a press. A press that is not ours goes to the client that would have
 /// got it without the grab. Without effect unless the keyboard is frozen.

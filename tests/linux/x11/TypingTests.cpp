@@ -149,19 +149,55 @@ TEST_P(X11Typing, IsStillInTheFieldAfterAHoldWithoutText) {
     ASSERT_EQ(recorder.add(hold, 1), platform::noErr);
     std::string text;
     std::string events;
-    for (const auto first : {X11User::spaceKey, X11User::altKey}) {
-        pressHold();
-        EXPECT_TRUE(becomes(recorder, events += "P1"));
-        // The key is held until the keyboard would repeat it.
-        mainQueue.runFor(900ms);
-        user->release(first);
-        EXPECT_TRUE(becomes(recorder, events += "R1"));
-        user->release(first == X11User::spaceKey ? X11User::altKey : X11User::spaceKey);
-        user->tap(X11User::fKey);
-        user->tap(X11User::qKey);
-        EXPECT_TRUE(becomes(target, text += "fq"));
+    // The keyboard would repeat a key that is held for longer than 660 ms.
+    for (const auto length : {10ms, 120ms, 900ms}) {
+        for (const auto first : {X11User::spaceKey, X11User::altKey}) {
+            pressHold();
+            EXPECT_TRUE(becomes(recorder, events += "P1"));
+            mainQueue.runFor(length);
+            user->release(first);
+            EXPECT_TRUE(becomes(recorder, events += "R1"));
+            user->release(first == X11User::spaceKey ? X11User::altKey : X11User::spaceKey);
+            user->tap(X11User::fKey);
+            user->tap(X11User::qKey);
+            EXPECT_TRUE(becomes(target, text += "fq"));
+        }
     }
     EXPECT_TRUE(target.isRunning());
+}
+
+// Nobody but the program in front wants a key that is pressed while Alt is still held.
+TEST_P(X11Typing, LetsOtherKeysThroughWhileAltIsHeldAfterAHold) {
+    const X11Target target(GetParam(), mainQueue);
+    HotKeyRecorder recorder(input->eventManager());
+    ASSERT_EQ(recorder.add(hold, 1), platform::noErr);
+    pressHold();
+    EXPECT_TRUE(becomes(recorder, "P1"));
+    user->release(X11User::spaceKey);
+    EXPECT_TRUE(becomes(recorder, "P1R1"));
+    user->tap(X11User::spaceKey);
+    EXPECT_TRUE(becomes(recorder, "P1R1P1R1"));
+    user->tap(X11User::pauseKey);
+    user->release(X11User::altKey);
+    user->tap(X11User::fKey);
+    user->tap(X11User::qKey);
+    EXPECT_TRUE(mainQueue.runUntil([&] { return target.text().ends_with("fq"); }));
+}
+
+// The keyboard is nobody's for good.
+TEST_P(X11Typing, GetsTheKeyboardBackFromAHoldWhoseAltStaysDown) {
+    const X11Target target(GetParam(), mainQueue);
+    HotKeyRecorder recorder(input->eventManager());
+    ASSERT_EQ(recorder.add(hold, 1), platform::noErr);
+    pressHold();
+    EXPECT_TRUE(becomes(recorder, "P1"));
+    user->release(X11User::spaceKey);
+    EXPECT_TRUE(becomes(recorder, "P1R1"));
+    X11User other;
+    EXPECT_FALSE(other.tryToGrabWholeKeyboard());
+    EXPECT_TRUE(mainQueue.runUntil([&] { return other.tryToGrabWholeKeyboard(); }));
+    other.releaseWholeKeyboard();
+    user->release(X11User::altKey);
 }
 
 using Kind = X11Target::Kind;
