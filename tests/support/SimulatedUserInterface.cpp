@@ -89,6 +89,10 @@ void SimulatedUserInterface::answerNextAlert(int button, std::string fieldText) 
     answers_.push_back({platform::alertFirstButtonReturn + button, std::move(fieldText)});
 }
 
+void SimulatedUserInterface::closeNextAlert(std::string fieldText) {
+    answers_.push_back({0, std::move(fieldText)});
+}
+
 std::shared_ptr<platform::Image> SimulatedUserInterface::imageNamed(const std::string& name) {
     return missingImages.contains(name) ? nullptr : std::make_shared<SimulatedImage>(name);
 }

@@ -110,6 +110,8 @@ class SimulatedUserInterface final : public platform::UserInterface {
 
     /// Answers the next alert with this button (counted from 0) and this text in its field.
     void answerNextAlert(int button, std::string fieldText);
+    /// Closes the next alert without a button, with this text in its field.
+    void closeNextAlert(std::string fieldText);
     /// Called while an alert is open, after the due blocks of the main queue have run.
     std::function<void(const platform::Alert&)> whileModal;
 

@@ -51,6 +51,9 @@ void SimulatedWebSocketTask::resume() {
 }
 
 void SimulatedWebSocketTask::send(WebSocketMessage message, SendHandler handler) {
+    context_.onCall("send " + (message.kind == WebSocketMessage::Kind::string
+                                   ? message.bytes
+                                   : std::to_string(message.bytes.size()) + " bytes"));
     const std::lock_guard lock(mutex_);
     operations_.emplace_back("send");
     switch (state_) {
@@ -99,6 +102,7 @@ void SimulatedWebSocketTask::receive(ReceiveHandler handler) {
 }
 
 void SimulatedWebSocketTask::cancel(int closeCode) {
+    context_.onCall("cancel " + std::to_string(closeCode));
     {
         const std::lock_guard lock(mutex_);
         cancels_.push_back(closeCode);

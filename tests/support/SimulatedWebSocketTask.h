@@ -28,6 +28,9 @@ class SimulatedWebSocketTask final : public platform::WebSocketTask,
         std::shared_ptr<SerialQueue> queue;
         std::function<std::shared_ptr<platform::WebSocketSessionDelegate>()> delegate;
         std::function<void()> onEnd;
+        /// Gets a line for each message that is handed over, and for each cancel: "send
+        /// {"type":"CloseStream"}", "send 2 bytes", "cancel 1001". Any thread.
+        std::function<void(std::string)> onCall;
     };
 
     SimulatedWebSocketTask(SimulatedTime& time, Context context, platform::UrlRequest request);

@@ -29,6 +29,7 @@ std::shared_ptr<platform::WebSocketTask> SimulatedWebSocketSession::webSocketTas
         return self ? self->delegate() : nullptr;
     };
     context.onEnd = weakly(*this, &SimulatedWebSocketSession::releaseDelegateLater);
+    context.onCall = [&journal = journal_](std::string line) { journal.add(std::move(line)); };
     auto task = std::make_shared<SimulatedWebSocketTask>(time_, std::move(context), request);
     const std::lock_guard lock(mutex_);
     heldDelegate_ = weakDelegate_.lock();

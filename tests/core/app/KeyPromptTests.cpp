@@ -108,6 +108,7 @@ TEST_F(KeyPrompt, CancelLeavesTheKeyUntouched) {
 
 TEST_F(KeyPrompt, ClosingItOtherwiseLeavesTheKeyUntouched) {
     app.platform.userDefaults().setString("secret", keyName);
+    userInterface().closeNextAlert("another");
     app.delegate->promptForApiKey();
     EXPECT_EQ(stored(), "secret");
 }

@@ -43,6 +43,10 @@ TEST_P(SessionWithoutKey, ShowsThePromptInALaterTurnInsteadOfRecording) {
     EXPECT_FALSE(app.isRecording());
     EXPECT_TRUE(app.platform.webSockets().sessions().empty());
     EXPECT_EQ(app.platform.time().runningTimers(), 0U);
+    // The refused start has not used up a number.
+    app.platform.userDefaults().setString("secret", "deepgramApiKey");
+    app.pressHold();
+    EXPECT_EQ(app.logLines(), Lines({"TarvikDictate: startRecording (session=1)"}));
 }
 
 INSTANTIATE_TEST_SUITE_P(

@@ -80,8 +80,9 @@ TEST_F(Session, StopEndsTheCaptureAndClosesTheStreamThreeTenthsOfASecondLater) {
     EXPECT_TRUE(app.isCapturing());
     EXPECT_TRUE(app.socket().sentTexts().empty());
     app.platform.advance(Seconds(0.01));
-    EXPECT_EQ(app.platform.journal().lines(), Lines({"audio removeTap 0", "audio stop",
-                                                     "log TarvikDictate: audio.stop (session=1)"}));
+    EXPECT_EQ(app.platform.journal().lines(),
+              Lines({"audio removeTap 0", "audio stop", "log TarvikDictate: audio.stop (session=1)",
+                     std::string("send ") + closeStream}));
     EXPECT_EQ(app.socket().sentTexts(), Lines({closeStream}));
 }
 

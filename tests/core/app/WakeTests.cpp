@@ -41,7 +41,7 @@ TEST(Wake, AbandonsARecordingBeforeItRegistersTheHotkeysAgain) {
     app.platform.workspace().wake();
     Lines expected = reRegistration();
     const Lines abandoning = {"setImage mic", "setContentTintColor none", "audio removeTap 0",
-                              "audio stop"};
+                              "audio stop", R"(send {"type":"CloseStream"})"};
     expected.insert(expected.begin() + 1, abandoning.begin(), abandoning.end());
     EXPECT_EQ(app.platform.journal().lines(), expected);
     EXPECT_FALSE(app.isRecording());

@@ -313,6 +313,16 @@ TEST_F(SetupWindow, CheckboxSnapsBackWhenTheSystemRefuses) {
               Lines({"TarvikDictate: LoginItem.setEnabled(true) failed: Permission denied"}));
 }
 
+TEST_F(SetupWindow, CheckboxSnapsBackToOnWhenTheSystemRefusesToSwitchOff) {
+    platform.loginItem().currentStatus = platform::LoginItemStatus::enabled;
+    platform.loginItem().unregisterFailure = Error{13, "Permission denied"};
+    show();
+    window().checkbox()->click();
+    EXPECT_TRUE(window().checkbox()->isOn());
+    EXPECT_EQ(platform.log().lines(),
+              Lines({"TarvikDictate: LoginItem.setEnabled(false) failed: Permission denied"}));
+}
+
 TEST_F(SetupWindow, RestartEndsAtOnceAndStartsTheNextInstanceALittleLater) {
     show();
     window().button("Restart Tarvik Dictate")->press();
