@@ -111,6 +111,13 @@ TEST(Client, BecomesOpenOnTheMainThreadOnly) {
     EXPECT_EQ(test.task().sentData(), Lines({"cd"}));
 }
 
+TEST(Client, IsOpenWhenTheConnectCompletionRuns) {
+    ClientUnderTest test;
+    test.client->connect([&](bool) { test.client->send("ab"); });
+    test.open();
+    EXPECT_EQ(test.task().sentData(), Lines({"ab"}));
+}
+
 TEST(Client, OpenDeadlineCompletesWithFalseAfterFiveSecondsAndIsLogged) {
     ClientUnderTest test;
     test.connect();

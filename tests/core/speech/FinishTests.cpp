@@ -83,6 +83,15 @@ TEST(Client, ServiceThatNeverClosesIsCancelledAfterTwoSeconds) {
     EXPECT_EQ(test.count("again"), 1);
 }
 
+TEST(Client, ServiceThatNeverClosesIsCancelledBeforeTheFinishCompletes) {
+    ClientUnderTest test;
+    test.connectAndOpen();
+    std::vector<int> cancelsSoFar;
+    test.client->finish([&] { cancelsSoFar = test.task().cancels(); });
+    test.platform.advance(Seconds(2));
+    EXPECT_EQ(cancelsSoFar, std::vector<int>({1001}));
+}
+
 TEST(Client, AudioWhileClosingIsStillSent) {
     ClientUnderTest test;
     test.connectAndOpen();

@@ -91,6 +91,22 @@ TEST_F(WebSocketConnection, AFrameThatBreaksTheProtocolIsOneErrorAndNoClose) {
               (std::vector<std::string>{"open token", "text before", "failed receive"}));
 }
 
+TEST_F(WebSocketConnection, AMessageSentAfterAFrameThatBreaksTheProtocolFailsForTheSameReason) {
+    open();
+    world.peer().write(Peer::frame(Peer::text, "x", 0xC0));
+    // The client has seen the frame, and waits for the end of the connection.
+    ASSERT_TRUE(world.peer().readFrame());
+    recorder->sendText(*task, "late");
+    ASSERT_TRUE(comes("failed receive"));
+    const std::string reason = recorder->lastError().localizedDescription;
+    EXPECT_EQ(reason.find("cancel"), std::string::npos) << reason;
+    recorder->sendText(*task, "later");
+    ASSERT_TRUE(comes("failed later"));
+    EXPECT_EQ(recorder->lastError().localizedDescription, "A message could not be sent: " + reason);
+    EXPECT_EQ(recorder->events(), (std::vector<std::string>{"open token", "failed late",
+                                                            "failed receive", "failed later"}));
+}
+
 TEST_F(WebSocketConnection, AResetInTheMiddleOfAMessageLosesTheConnection) {
     open();
     const std::string frame = Peer::frame(Peer::data, std::string(100'000, 'a'));

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
 
+#include "platform/linux/websocket/TrustStore.h"
 #include "tests/linux/loop/ThreadShortage.h"
 #include "tests/linux/websocket/BeastTest.h"
 #include "tests/linux/websocket/DescriptorShortage.h"
@@ -126,6 +127,15 @@ TEST_F(WebSocketConnector, NothingListening) {
     start(request);
     ASSERT_TRUE(failed("Connection refused"));
     EXPECT_EQ(recorder->lastError().code, ECONNREFUSED);
+}
+
+TEST_F(WebSocketConnector, AHostThatIsNotFoundFailsTheOpeningWithTheReasonOfTheLookup) {
+    // A label of a name has at most 63 characters, so that no name server is asked.
+    const std::string host = std::string(64, 'a') + ".invalid";
+    platform::UrlRequest request = world.request();
+    request.url = "wss://" + host + "/";
+    start(request);
+    ASSERT_TRUE(failed("The host " + host + " was not found: "));
 }
 
 TEST_F(WebSocketConnector, ALookupWithoutAThreadFailsTheOpening) {
@@ -267,6 +277,11 @@ class WebSocketCertificates : public testing::Test {
         return recorder->lastError().localizedDescription;
     }
 };
+
+TEST(WebSocketTrustStore, AllowsNothingBelowTls12) {
+    const linuxdesktop::TrustStore store;
+    EXPECT_EQ(SSL_CTX_get_min_proto_version(store.sslContext().native_handle()), TLS1_2_VERSION);
+}
 
 TEST_F(WebSocketCertificates, OfAStrangeAuthority) {
     EXPECT_EQ(

@@ -15,8 +15,9 @@ using linuxdesktop::ProxySettings;
 class WebSocketProxy : public BeastTest {
   protected:
     ~WebSocketProxy() override {
-        unsetenv("https_proxy");
-        unsetenv("no_proxy");
+        for (const char* name : {"https_proxy", "HTTPS_PROXY", "no_proxy", "NO_PROXY"}) {
+            unsetenv(name);
+        }
     }
 
     void useProxy(const std::string& userInfo, const char* exceptions) {
@@ -74,6 +75,20 @@ TEST_F(WebSocketProxy, IsPassedByForTheExceptions) {
     useProxy("", "example.com, 127.0.0.1");
     open();
     EXPECT_FALSE(proxy.hasConnection());
+}
+
+TEST_F(WebSocketProxy, IsReadFromTheUpperCaseNamesToo) {
+    setenv("HTTPS_PROXY", "upper:1", 1);
+    setenv("NO_PROXY", "direct.example", 1);
+    ProxySettings settings = ProxySettings::fromEnvironment();
+    EXPECT_EQ(settings.proxyFor("example.com", 443).value()->host, "upper");
+    EXPECT_FALSE(settings.proxyFor("direct.example", 443).value());
+    // The lower-case names have precedence.
+    setenv("https_proxy", "lower:1", 1);
+    setenv("no_proxy", "", 1);
+    settings = ProxySettings::fromEnvironment();
+    EXPECT_EQ(settings.proxyFor("example.com", 443).value()->host, "lower");
+    EXPECT_TRUE(settings.proxyFor("direct.example", 443).value());
 }
 
 TEST(WebSocketProxySettings, Exceptions) {

@@ -1,8 +1,10 @@
 // SPDX-License-Identifier: MIT
 
 #include <atomic>
+#include <utility>
 
 #include "tests/linux/websocket/BeastTest.h"
+#include "tests/support/RecordingLog.h"
 
 namespace tarvik::tests {
 
@@ -155,6 +157,23 @@ TEST_F(WebSocketSession, ADelegateThatOwnsItsSessionGoesOnTheSessionsThread) {
     EXPECT_FALSE(isDestroyed);
     world.sendClose(1000, "");
     EXPECT_TRUE(world.runUntil([&] { return isDestroyed.load(); }));
+}
+
+TEST_F(WebSocketSession, HoldsItsDelegateBeyondTheDeadlineOfAnOrderlyClose) {
+    constexpr double closeDeadline = 2.0;
+    RecordingLog log;
+    linuxdesktop::BeastWebSocketService service(log);
+    platform::UrlRequest nowhere = world.request();
+    nowhere.url = "not an address";
+    auto delegate = std::make_shared<WebSocketRecorder>();
+    service.makeSession(delegate)->webSocketTask(nowhere)->resume();
+    const std::weak_ptr<WebSocketRecorder> watched = std::exchange(delegate, nullptr);
+    // The server accepts nothing, so the request below lasts as long as its timeout.
+    platform::UrlRequest silent = world.request();
+    silent.timeoutInterval = closeDeadline;
+    start(silent);
+    ASSERT_TRUE(failed("did not open"));
+    EXPECT_FALSE(watched.expired());
 }
 
 TEST_F(WebSocketSession, ManyConnectionsAfterOneAnother) {
