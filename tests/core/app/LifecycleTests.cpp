@@ -333,6 +333,15 @@ TEST(Delegate, AfterItsEndTheFinishOfAnAbandonedRecordingDoesNothing) {
     EXPECT_EQ(app.socket().cancels().size(), 1U);
 }
 
+TEST(Delegate, AtItsEndTheRunningCaptureIsStopped) {
+    ApplicationUnderTest app;
+    app.launchAndSettle();
+    app.startStreaming();
+    app.platform.journal().clear();
+    app.delegate->applicationWillTerminate();
+    EXPECT_EQ(app.platform.journal().lines(), Lines({"audio removeTap 0", "audio stop"}));
+}
+
 class DelegateAtTheEnd : public testing::TestWithParam<void (*)(ApplicationUnderTest&)> {};
 
 TEST_P(DelegateAtTheEnd, IsHeldByNothing) {

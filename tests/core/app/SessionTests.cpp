@@ -267,7 +267,7 @@ TEST_P(SessionWithInputRate, AnnouncesTheRateInWholeHertz) {
 INSTANTIATE_TEST_SUITE_P(
     Rates, SessionWithInputRate,
     testing::Values(std::pair(44100.0, "44100"), std::pair(44100.9, "44100"),
-                    std::pair(8000.0, "8000"), std::pair(192000.0, "192000"),
+                    std::pair(8000.0, "8000"), std::pair(192000.0, "192000"), std::pair(1.0, "1"),
                     std::pair(0.0, "48000"), std::pair(-1.0, "48000"),
                     std::pair(std::numeric_limits<double>::infinity(), "48000"),
                     std::pair(std::numeric_limits<double>::quiet_NaN(), "48000")));

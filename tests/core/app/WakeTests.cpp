@@ -110,6 +110,17 @@ TEST(Wake, TimerEndsAtItsNextTickWithoutASecondStop) {
     EXPECT_TRUE(app.platform.log().linesWith("stopRecording").empty());
 }
 
+TEST(Wake, JustBeforeALimitLogsNoAutoStop) {
+    ApplicationUnderTest app;
+    app.launchAndSettle();
+    app.startStreaming();
+    app.platform.advance(Seconds(29));
+    app.platform.workspace().wake();
+    app.platform.advance(Seconds(2));
+    EXPECT_EQ(app.platform.time().runningTimers(), 0U);
+    EXPECT_TRUE(app.platform.log().linesWith("auto-stop").empty());
+}
+
 TEST(Wake, OldFinishReleasesTheClientOfANewRecording) {
     ApplicationUnderTest app;
     app.launchAndSettle();

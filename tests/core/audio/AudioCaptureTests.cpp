@@ -123,6 +123,12 @@ TEST_P(CaptureWithoutRate, IsLoggedAndCapturesNothing) {
 INSTANTIATE_TEST_SUITE_P(Rates, CaptureWithoutRate,
                          testing::Values(0.0, -48000.0, std::numeric_limits<double>::quiet_NaN()));
 
+TEST_F(Capture, AnyRateAboveZeroIsAFormat) {
+    platform.audio().setInputFormat({0.5, 1});
+    start();
+    EXPECT_TRUE(platform.audio().lastEngine()->isRunning());
+}
+
 TEST_F(Capture, FailedEngineStartIsLoggedAndTheTapRemoved) {
     platform.audio().setStartFailure(Error{16, "device busy"});
     start();
