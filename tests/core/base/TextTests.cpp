@@ -2,10 +2,42 @@
 
 #include <gtest/gtest.h>
 
+#include <cstdint>
+#include <utility>
+
 #include "base/Text.h"
 
 namespace tarvik {
 namespace {
+
+constexpr char32_t lastCharacter = 0x10FFFF;
+
+bool isSurrogate(char32_t character) {
+    return character >= 0xD800 && character <= 0xDFFF;
+}
+
+std::string utf8(char32_t character) {
+    const auto unit = [](char32_t bits) { return static_cast<char>(bits); };
+    const auto next = [&](int shift) { return unit(0x80 | (character >> shift & 0x3F)); };
+    if (character < 0x80) {
+        return {unit(character)};
+    }
+    if (character < 0x800) {
+        return {unit(0xC0 | character >> 6), next(0)};
+    }
+    if (character < 0x10000) {
+        return {unit(0xE0 | character >> 12), next(6), next(0)};
+    }
+    return {unit(0xF0 | character >> 18), next(12), next(6), next(0)};
+}
+
+std::u16string utf16(char32_t character) {
+    if (character < 0x10000) {
+        return {static_cast<char16_t>(character)};
+    }
+    return {static_cast<char16_t>(0xD7C0 + (character >> 10)),
+            static_cast<char16_t>(0xDC00 | (character & 0x3FF))};
+}
 
 TEST(Utf16, OfPlainTextHasOneUnitPerCharacter) {
     EXPECT_EQ(utf16FromUtf8(""), u"");
@@ -26,6 +58,21 @@ TEST(Utf16, IsExactAtTheLimitsOfEachLength) {
     EXPECT_EQ(utf16FromUtf8("\xED\x9F\xBF\xEE\x80\x80"), (std::u16string{0xD7FF, 0xE000}));
 }
 
+TEST(Utf16, IsExactForCharactersOfEveryPlane) {
+    constexpr char32_t stride = 61;
+    for (char32_t character = 0; character <= lastCharacter; character += stride) {
+        if (!isSurrogate(character)) {
+            ASSERT_EQ(utf16FromUtf8(utf8(character)), utf16(character)) << std::uint32_t{character};
+        }
+    }
+}
+
+TEST(Utf16, OfASurrogateIsOneReplacementCharacterPerByte) {
+    for (char32_t character = 0xD800; character <= 0xDFFF; ++character) {
+        ASSERT_EQ(utf16FromUtf8(utf8(character)), std::u16string(3, 0xFFFD));
+    }
+}
+
 TEST(Utf16, HasOneReplacementCharacterPerInvalidByte) {
     const char16_t none = 0xFFFD;
     EXPECT_EQ(utf16FromUtf8("\xFF"), std::u16string(1, none));
@@ -36,6 +83,11 @@ TEST(Utf16, HasOneReplacementCharacterPerInvalidByte) {
     EXPECT_EQ(utf16FromUtf8("\xF4\x90\x80\x80"), std::u16string(4, none));  // past the last plane
     EXPECT_EQ(utf16FromUtf8("a\xF0\x9F\x98"), (std::u16string{u'a', none, none, none}));
     EXPECT_EQ(utf16FromUtf8("\xC3("), (std::u16string{none, u'('}));
+    EXPECT_EQ(utf16FromUtf8("\xC3"), std::u16string(1, none));
+    EXPECT_EQ(utf16FromUtf8("\xC1\xBF"), std::u16string(2, none));          // overlong
+    EXPECT_EQ(utf16FromUtf8("\xE0\x9F\xBF"), std::u16string(3, none));      // overlong
+    EXPECT_EQ(utf16FromUtf8("\xF0\x8F\xBF\xBF"), std::u16string(4, none));  // overlong
+    EXPECT_EQ(utf16FromUtf8("\xF5\x80\x80\x80"), std::u16string(4, none));  // past the last plane
 }
 
 TEST(Shortening, CutsBetweenCharactersAndSaysSo) {
@@ -66,6 +118,21 @@ TEST(Trimming, RemovesFormatCharactersOfNoWidth) {
     EXPECT_EQ(trimmed("\u200Bkey\u200B\r\n"), "key");
     EXPECT_EQ(trimmed("\uFEFF\u2060 \u202Ake\u200By\u202C\u200E\u2066\u2069"), "ke\u200By");
     EXPECT_EQ(trimmed("\u00AD\u061C\u180E\u200C\u200D"), "");
+}
+
+TEST(Trimming, RemovesTheseCharactersAndNoOther) {
+    constexpr std::pair<char32_t, char32_t> removed[] = {
+        {0x09, 0x0D},     {0x20, 0x20},     {0x85, 0x85},     {0xA0, 0xA0},     {0xAD, 0xAD},
+        {0x61C, 0x61C},   {0x1680, 0x1680}, {0x180E, 0x180E}, {0x2000, 0x200F}, {0x2028, 0x202F},
+        {0x205F, 0x206F}, {0x3000, 0x3000}, {0xFEFF, 0xFEFF}};
+    for (char32_t character = 1; character < 0x10000; ++character) {
+        bool isRemoved = false;
+        for (const auto& [first, last] : removed) {
+            isRemoved = isRemoved || (character >= first && character <= last);
+        }
+        const std::string text = utf8(character);
+        ASSERT_EQ(trimmed(text), isRemoved ? "" : text) << std::uint32_t{character};
+    }
 }
 
 TEST(Trimming, KeepsInvalidBytes) {

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <string>
+#include <vector>
 
 #include "speech/ListenUrl.h"
 #include "tests/support/SimulatedPlatform.h"
@@ -36,7 +37,8 @@ TEST_P(HostOfAnAddress, IsInTheUrlUnchanged) {
 
 INSTANTIATE_TEST_SUITE_P(All, HostOfAnAddress,
                          testing::Values("api.deepgram.com", "localhost", "localhost:8443",
-                                         "127.0.0.1:1", "[::1]", "[::1]:65535", "a-b.c_d"));
+                                         "127.0.0.1:1", "[::1]", "[::1]:65535", "a-b.c_d", "a:9",
+                                         "a:00080"));
 
 class HostOfNoAddress : public testing::TestWithParam<const char*> {};
 
@@ -48,6 +50,46 @@ INSTANTIATE_TEST_SUITE_P(All, HostOfNoAddress,
                          testing::Values("", " ", ":", ":443", "a:", "a:0", "a:65536", "a:x", "a b",
                                          "a/b", "a?b", "a#b", "user@a", "wss://a", "[::1", "::1",
                                          "a\r\nb", "[]", "ä"));
+
+/// Each character that a text may hold.
+std::vector<char> allCharacters() {
+    std::vector<char> all;
+    for (int code = 1; code < 256; ++code) {
+        all.push_back(static_cast<char>(code));
+    }
+    return all;
+}
+
+TEST(ListenUrl, NameHoldsLettersDigitsAndThreeMarksOnly) {
+    const std::string allowed = "abcdefghijklmnopqrstuvwxyzABCDEFGHIJKLMNOPQRSTUVWXYZ0123456789-._";
+    for (const char character : allCharacters()) {
+        const bool isAllowed = allowed.find(character) != std::string::npos;
+        const std::string host = std::string("a") + character + "b";
+        EXPECT_EQ(listenUrl(host, 48000).has_value(), isAllowed) << host;
+    }
+}
+
+TEST(ListenUrl, AddressInBracketsHoldsHexadecimalDigitsColonsAndDotsOnly) {
+    const std::string allowed = "0123456789abcdefABCDEF:.";
+    for (const char character : allCharacters()) {
+        const bool isAllowed = allowed.find(character) != std::string::npos;
+        const std::string host = std::string("[") + character + "]";
+        EXPECT_EQ(listenUrl(host, 48000).has_value(), isAllowed) << host;
+        EXPECT_EQ(listenUrl(host + ":443", 48000).has_value(), isAllowed) << host;
+    }
+}
+
+TEST(ListenUrl, PortHoldsDigitsOnly) {
+    for (const char character : allCharacters()) {
+        const bool isDigit = character >= '0' && character <= '9';
+        const std::string host = std::string("a:1") + character;
+        EXPECT_EQ(listenUrl(host, 48000).has_value(), isDigit) << host;
+    }
+    for (const char* host :
+         {"a:65536", "a:65540", "a:655350", "a:4294967297", "a:18446744073709551617"}) {
+        EXPECT_FALSE(listenUrl(host, 48000)) << host;
+    }
+}
 
 TEST(StreamingHost, IsTheBuiltInOneUntilTheUserStoresAnother) {
     simulated::SimulatedPlatform platform;
