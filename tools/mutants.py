@@ -112,6 +112,8 @@ def numbers(token):
     if match:
         whole = int(match[1].replace("'", ""))
         yield "constant", token.start, token.end, f"{whole + 1}{match[2] or ''}{match[3]}"
+    elif token.text.startswith("0x"):
+        yield "constant", token.start, token.end, f"0x{int(token.text, 16) + 1:X}"
 
 
 def conditions(source, tokens, opening):

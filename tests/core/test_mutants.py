@@ -41,6 +41,7 @@ class Mutants(unittest.TestCase):
 
     def test_numbers_and_texts_change(self):
         self.assertEqual(changes("a(0.3);")["constant"], ["a(1.3);"])
+        self.assertEqual(changes("a(0x7F);")["constant"], ["a(0x80);"])
         self.assertEqual(changes('a("text");')["text"], ['a("");'])
 
     def test_comments_and_directives_stay(self):

@@ -115,6 +115,11 @@ TEST(StreamingHost, AStoredValueThatIsNoHostNeverMeansTheBuiltInOne) {
     }
 }
 
+TEST(StreamingHost, SaysThatTheStoredValueIsNoText) {
+    simulated::SimulatedPlatform platform({{"deepgramHost", simulated::UserDefaultsList{"a"}}});
+    EXPECT_EQ(streamingHost(platform.userDefaults()), "(not a text)");
+}
+
 TEST(HostForLog, HasNoCredentialsAndALimitedLength) {
     EXPECT_EQ(hostForLog("not a host"), "not a host");
     EXPECT_EQ(hostForLog("user:secret@a.example/v1"), "…@a.example/v1");
