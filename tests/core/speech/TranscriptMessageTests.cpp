@@ -125,6 +125,16 @@ TEST(BadMessage, WithBytesThatAreNotUtf8IsNothing) {
     }
 }
 
+TEST(TranscriptMessage, MayBeNested512LevelsDeepAndNoDeeper) {
+    const auto nested = [](std::size_t levels) {
+        // The message itself is the first level.
+        return R"({"channel":{"alternatives":[{"transcript":"hello"}]},"other":)" +
+               std::string(levels - 1, '[') + std::string(levels - 1, ']') + "}";
+    };
+    EXPECT_TRUE(parseTranscriptMessage(nested(512)));
+    EXPECT_FALSE(parseTranscriptMessage(nested(513)));
+}
+
 TEST(BadMessage, NestedAThousandDeepIsNothing) {
     const std::string deepArray = std::string(1000, '[') + std::string(1000, ']');
     EXPECT_EQ(heard(deepArray), std::nullopt);
