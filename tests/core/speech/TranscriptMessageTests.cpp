@@ -45,11 +45,11 @@ TEST(TranscriptMessage, WithoutTheFinalFlagIsNotFinal) {
 }
 
 TEST(TranscriptMessage, FlagOfAnotherKindCountsAsFalse) {
-    for (const char* flag : {"1", "\"true\"", "null", "[true]", "{}", "1.0"}) {
-        EXPECT_EQ(heard(R"({"is_final":)" + std::string(flag) +
+    for (const char* finalFlag : {"1", "\"true\"", "null", "[true]", "{}", "1.0"}) {
+        EXPECT_EQ(heard(R"({"is_final":)" + std::string(finalFlag) +
                         R"(,"channel":{"alternatives":[{"transcript":"hello"}]}})"),
                   Heard({"hello", false}))
-            << flag;
+            << finalFlag;
     }
 }
 
