@@ -81,8 +81,8 @@ TEST_F(WebSocketProxy, IsReadFromTheUpperCaseNamesToo) {
     setenv("HTTPS_PROXY", "upper:1", 1);
     setenv("NO_PROXY", "direct.example", 1);
     const auto proxyFor = [](const char* host) {
-        const auto proxy = ProxySettings::fromEnvironment().proxyFor(host, 443);
-        return proxy && proxy.value() ? proxy.value()->host : "none";
+        const auto found = ProxySettings::fromEnvironment().proxyFor(host, 443);
+        return found && found.value() ? found.value()->host : "none";
     };
     EXPECT_EQ(proxyFor("example.com"), "upper");
     EXPECT_EQ(proxyFor("direct.example"), "none");
