@@ -4,8 +4,9 @@
 
 Commands on standard input: "caret N" places the caret, "select A:B" selects, "button" moves the
 focus to a button, "number" to a field for numbers, "nothing" takes the focus away from every widget,
-"widget" moves the focus back, "keys" prints "keys N" with the number of typed
-keys, "quit" ends the program. Every command except "quit" prints "done".
+"widget" moves the focus back, "keys" prints "keys N" with the number of typed keys, "publish" writes
+the text to the file, "clear" deletes the text, "quit" ends the program. Every command except "quit"
+prints "done".
 
 The signal USR1 opens another window with a text of its own, in a file with the suffix ".second".
 """
@@ -47,6 +48,7 @@ if options.widget == "entry":
     source = widget
     widget.set_text(options.text)
     widget.set_editable(not options.readonly)
+    widget.set_visibility(not options.password)
 else:
     widget = Gtk.TextView()
     source = widget.get_buffer()
@@ -63,6 +65,10 @@ def text():
     if options.widget == "entry":
         return widget.get_text()
     return source.get_text(source.get_start_iter(), source.get_end_iter(), True)
+
+
+def length():
+    return widget.get_text_length() if options.widget == "entry" else source.get_char_count()
 
 
 def select(first, last):
@@ -99,6 +105,10 @@ def command(line):
         widget.grab_focus()
     elif name == "keys":
         typed_keys.announce()
+    elif name == "publish":
+        target_options.publish(options, text())
+    elif name == "clear":
+        source.set_text("")
     elif name == "quit":
         Gtk.main_quit()
         return
@@ -118,7 +128,10 @@ def open_second_window():
 
 
 GLib.unix_signal_add(GLib.PRIORITY_DEFAULT, signal.SIGUSR1, open_second_window)
-source.connect("changed", lambda *_: target_options.publish(options, text()))
+source.connect("changed", lambda *_: target_options.on_change(options, text, length))
+if options.journal:
+    window.connect("realize", lambda *_: window.get_window().get_frame_clock().connect(
+        "after-paint", lambda *_: options.journal.painted()))
 target_options.publish(options, text())
 if options.button:
     button.connect("focus-in-event", focused)

@@ -33,6 +33,11 @@ def text_of(widget):
     return buffer.get_text(buffer.get_start_iter(), buffer.get_end_iter(), True)
 
 
+def length_of(widget):
+    return (widget.get_text_length() if options.widget == "entry"
+            else widget.get_buffer().get_char_count())
+
+
 def select(widget, first, last):
     if options.widget == "entry":
         widget.select_region(first, last)
@@ -160,12 +165,20 @@ def activate(_application):
             widget.grab_focus()
         elif name == "keys":
             typed_keys.announce()
+        elif name == "publish":
+            target_options.publish(options, text_of(widget))
+        elif name == "clear":
+            source.set_text("")
         elif name == "quit":
             application.quit()
             return
         target_options.announce("done")
 
-    source.connect("changed", lambda *_: target_options.publish(options, text_of(widget)))
+    source.connect("changed", lambda *_: target_options.on_change(
+        options, lambda: text_of(widget), lambda: length_of(widget)))
+    if options.journal:
+        window.connect("realize", lambda *_: window.get_frame_clock().connect(
+            "after-paint", lambda *_: options.journal.painted()))
     target_options.publish(options, text_of(widget))
     controller = Gtk.EventControllerFocus()
     controller.connect("enter", focused)

@@ -46,7 +46,16 @@ def focused():
     QTimer.singleShot(0, settle)
 
 
+def painted():
+    if options.journal:
+        options.journal.painted()
+
+
 class Line(QLineEdit):
+    def paintEvent(self, event):
+        super().paintEvent(event)
+        painted()
+
     def focusInEvent(self, event):
         super().focusInEvent(event)
         focused()
@@ -57,6 +66,10 @@ class Line(QLineEdit):
 
 
 class Area(QPlainTextEdit):
+    def paintEvent(self, event):
+        super().paintEvent(event)
+        painted()
+
     def focusInEvent(self, event):
         super().focusInEvent(event)
         focused()
@@ -80,6 +93,13 @@ def units(character_offset):
 
 def text():
     return widget.text() if options.widget == "entry" else widget.toPlainText()
+
+
+def length():
+    """The length in UTF-16 units."""
+    if options.widget == "entry":
+        return len(text().encode("utf-16-le")) // 2
+    return widget.document().characterCount() - 1
 
 
 def select(first, last):
@@ -109,6 +129,10 @@ def command(line):
         widget.setFocus()
     elif name == "keys":
         typed_keys.announce()
+    elif name == "publish":
+        target_options.publish(options, text())
+    elif name == "clear":
+        widget.clear()
     elif name == "quit":
         application.quit()
         return
@@ -124,7 +148,7 @@ else:
     widget = Area()
     widget.setPlainText(options.text)
 widget.setReadOnly(options.readonly)
-widget.textChanged.connect(lambda *_: target_options.publish(options, text()))
+widget.textChanged.connect(lambda *_: target_options.on_change(options, text, length))
 target_options.publish(options, text())
 button = Button("Button")
 layout.addWidget(widget)

@@ -10,6 +10,8 @@ import argparse
 import os
 import time
 
+from journal import Journal
+
 
 def parse(description):
     parser = argparse.ArgumentParser(description=description)
@@ -27,7 +29,12 @@ def parse(description):
     parser.add_argument("--title", default="target")
     parser.add_argument("--out", metavar="FILE", required=True,
                         help="a file that always has the whole text")
+    parser.add_argument("--password", action="store_true", help="a line that hides its text (GTK 3)")
+    parser.add_argument("--journal", metavar="FILE",
+                        help="a file for the time of each change and of its painted frame; the text is "
+                             "then published at the command \"publish\" alone")
     options = parser.parse_args()
+    options.journal = Journal(options.journal) if options.journal else None
     options.selection = None
     if options.select:
         first, last = options.select.split(":")
@@ -41,6 +48,14 @@ def publish(options, text, suffix=""):
     with open(partial, "w", encoding="utf-8", newline="") as file:
         file.write(text)
     os.replace(partial, options.out + suffix)
+
+
+def on_change(options, text, length):
+    """Handles a change of the text. `text` and `length` are functions that return them."""
+    if options.journal:
+        options.journal.changed(length())
+    else:
+        publish(options, text())
 
 
 def announce(line):

@@ -1,0 +1,3 @@
+# SPDX-License-Identifier: MIT
+
+"""Measures how text arrives in many programs, by dictation and by other means."""

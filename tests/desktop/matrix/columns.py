@@ -1,0 +1,243 @@
+# SPDX-License-Identifier: MIT
+
+"""The ways to enter text. Each way enters the texts a number of times and notes how they arrive."""
+
+import subprocess
+import time
+
+from matrix import corpus
+from matrix.keys import KeyWatch
+
+# A text is judged when nothing has changed for so many seconds.
+QUIET_DICTATION = 3.0
+QUIET_PROGRAM = 0.7
+PAINT_TIMEOUT = 0.2
+# More wrong texts than this end a column early.
+MAX_WRONG = 24
+
+
+class Outcome:
+    """What has become of the texts of one column."""
+
+    def __init__(self):
+        self.passes = 0
+        self.texts = 0
+        self.wrong = []
+        self.changed = {"short": [], "long": []}
+        self.painted = {"short": [], "long": []}
+        self.roads = {}
+        self.missed_presses = 0
+        self.error = None
+
+    @property
+    def is_hopeless(self):
+        return len(self.wrong) >= MAX_WRONG
+
+    def note_time(self, kind, text, nanoseconds):
+        size = "long" if corpus.is_long(text) else "short"
+        getattr(self, kind)[size].append(round(nanoseconds / 1e6, 3))
+
+    def note_text(self, name, expected, actual):
+        """Notes how a text has arrived."""
+        self.texts += 1
+        if actual != expected:
+            start = next((index for index, pair in enumerate(zip(expected, actual))
+                          if pair[0] != pair[1]), min(len(expected), len(actual)))
+            self.wrong.append({
+                "name": name, "at": start, "expected": expected[start:start + 40],
+                "actual": actual[start:start + 40], "missing": len(expected) - len(actual)})
+
+    def values(self):
+        return {key: value for key, value in vars(self).items()}
+
+
+class Entry:
+    """Enters texts into one program in one way, and waits for each of them."""
+
+    def __init__(self, row, outcome, watch=None):
+        self._row = row
+        self._outcome = outcome
+        self._watch = watch
+        self._text = ""
+
+    def clear(self):
+        self._row.clear()
+        self._text = ""
+
+    def check_rest(self):
+        """Notes what has come after the last text was judged."""
+        self._judge("afterwards", "") if self._row.text != self._text else None
+
+    def enter(self, name, piece, act, is_over=None, quiet=QUIET_DICTATION):
+        """Enters a piece by `act`, which returns the time in nanoseconds at which it began."""
+        row = self._row
+        row.journal.update()
+        since = len(row.journal)
+        wanted = row.length(self._text + piece)
+        presses = self._watch.presses if self._watch else 0
+        begin = act()
+        changed = self._wait_for_length(wanted, since, begin, len(piece), is_over, quiet)
+        painted = self._wait_for_frame(wanted, since) if changed else None
+        is_right = self._judge(name, piece)
+        if self._watch:
+            road = "typed keys" if self._watch.presses > presses else "accessibility"
+            self._outcome.roads.setdefault(road if is_right else "wrong", []).append(name)
+        elif is_right and changed:
+            self._outcome.note_time("changed", piece, changed.time - begin)
+            if painted:
+                self._outcome.note_time("painted", piece, painted.time - begin)
+
+    def enter_together(self, names, pieces, act):
+        """Enters several pieces at once. Their times do not count."""
+        self._row.journal.update()
+        since = len(self._row.journal)
+        whole = "".join(pieces)
+        self._wait_for_length(self._row.length(self._text + whole), since, act(), len(whole), None,
+                              QUIET_DICTATION)
+        before, actual = self._text, self._row.text
+        if actual == before + whole:
+            self._outcome.texts += len(names)
+            self._text = actual
+            return
+        for name, piece in zip(names, pieces):
+            end = len(self._text) + len(piece)
+            self._outcome.note_text(name, piece, actual[len(self._text):end])
+            self._text += piece
+        self._text = actual
+
+    def _judge(self, name, piece):
+        expected, actual = self._text + piece, self._row.text
+        start = len(self._text) if actual.startswith(self._text) else 0
+        self._outcome.note_text(name, expected[start:], actual[start:])
+        self._text = actual
+        return actual == expected
+
+    def _wait_for_length(self, length, since, begin, size, is_over, quiet):
+        journal = self._row.journal
+        deadline = begin / 1e9 + 20 + size / 10
+        while True:
+            journal.update()
+            if journal.events[since:] and journal.length == length:
+                return journal.first("changed", length, since)
+            now = time.monotonic()
+            last = journal.events[-1].time if journal.events[since:] else begin
+            if now > deadline or self._row.has_ended:
+                return None
+            if now - last / 1e9 > quiet and (is_over is None or is_over()):
+                return None
+            time.sleep(0.003)
+
+    def _wait_for_frame(self, length, since):
+        deadline = time.monotonic() + PAINT_TIMEOUT
+        while self._row.paints and time.monotonic() < deadline:
+            self._row.journal.update()
+            if event := self._row.journal.first("painted", length, since):
+                return event
+            time.sleep(0.003)
+        return None
+
+
+class Dictated:
+    """Text that is dictated. The texts of one recording are its final transcripts."""
+
+    is_ours = True
+
+    def __init__(self, title, record, is_blind=False, max_passes=None):
+        self.title = title
+        self.is_blind = is_blind
+        self._record = record
+        self._max_passes = max_passes
+
+    def measure(self, context, repetitions, outcome):
+        row = context.row
+        passes = min(self._max_passes or row.max_passes, row.max_passes)
+        with KeyWatch(context.desktop) as watch:
+            self._record_once(context, Entry(row, outcome, watch), 1, outcome)
+        while outcome.passes < repetitions and not outcome.is_hopeless:
+            count = min(passes, repetitions - outcome.passes)
+            self._record_once(context, Entry(row, outcome), count, outcome)
+
+    def _record_once(self, context, entry, passes, outcome):
+        context.row.activate()
+        entry.clear()
+        separator = ""
+        missed = context.dictation.missed_presses
+        with self._record(context.dictation) as stream:
+            outcome.missed_presses += context.dictation.missed_presses - missed
+            for number in range(passes):
+                if number > 0 and context.row.clears_while_held:
+                    entry.clear()
+                self._enter_all(context, entry, stream, separator)
+                separator = " "
+                outcome.passes += 1
+                if outcome.is_hopeless:
+                    break
+        entry.check_rest()
+
+    @staticmethod
+    def _enter_all(context, entry, stream, separator):
+        texts = list(context.texts.items())
+        for number, (name, text) in enumerate(texts):
+            if stream.is_late:
+                rest = texts[number:]
+                entry.enter_together(
+                    [name for name, _ in rest], [" " + text for _, text in rest],
+                    lambda rest=rest: [stream.say(text) for _, text in rest][0])
+                return
+            entry.enter(name, (separator if number == 0 else " ") + text,
+                        lambda text=text: stream.say(text))
+
+
+class Program:
+    """Text that a program enters. `commands` returns the commands for a text, in their order."""
+
+    is_ours = False
+    is_blind = False
+
+    def __init__(self, title, commands):
+        self.title = title
+        self._commands = commands
+
+    def measure(self, context, repetitions, outcome):
+        while outcome.passes < repetitions and not outcome.is_hopeless:
+            context.row.activate()
+            entry = Entry(context.row, outcome)
+            entry.clear()
+            for name, text in context.texts.items():
+                processes = []
+
+                def act(text=text, processes=processes):
+                    begin = time.monotonic_ns()
+                    for command, data in self._commands(context.row, text):
+                        if processes:
+                            processes[-1].wait()
+                        processes.append(context.desktop.spawn(command, stdin=subprocess.PIPE))
+                        processes[-1].stdin.write(data.encode())
+                        processes[-1].stdin.close()
+                    return begin
+
+                entry.enter(name, text, act, lambda: processes[-1].poll() is not None,
+                            QUIET_PROGRAM)
+                processes[-1].wait()
+            entry.check_rest()
+            outcome.passes += 1
+
+
+def _type(*options):
+    return lambda _row, text: [(["xdotool", "type", *options, "--", text], "")]
+
+
+def _paste(row, text):
+    selection, keys = row.paste
+    return [(["xclip", "-selection", selection, "-in"], text), (["xdotool", "key", *keys], "")]
+
+
+COLUMNS = {
+    "held": Dictated("held", lambda dictation: dictation.held()),
+    "toggle": Dictated("toggle", lambda dictation: dictation.toggled()),
+    "after": Dictated("after release", lambda dictation: dictation.after_release(), max_passes=1),
+    "typed": Dictated("typed keys, held", lambda dictation: dictation.held(), is_blind=True),
+    "xdotool": Program("`xdotool type`", _type()),
+    "xdotool0": Program("`xdotool type --delay 0`", _type("--delay", "0")),
+    "paste": Program("clipboard paste", _paste),
+}

@@ -1,0 +1,86 @@
+# SPDX-License-Identifier: MIT
+
+"""Measures one row of the matrix on a private desktop of its own."""
+
+import contextlib
+import dataclasses
+import datetime
+import os
+import subprocess
+import time
+
+from desktop import Desktop
+from keyboard import Keyboard
+from matrix import corpus
+from matrix.columns import COLUMNS, Outcome
+from matrix.dictation import Dictation
+from matrix.rows import ROWS, Row
+from microphone import Microphone
+
+
+@dataclasses.dataclass
+class Context:
+    """What a column needs."""
+
+    desktop: Desktop
+    row: Row
+    texts: dict
+    dictation: Dictation = None
+
+
+def commit(root):
+    def git(*arguments):
+        return subprocess.run(["git", *arguments], cwd=root, capture_output=True, text=True,
+                              check=True).stdout.strip()
+    # The published page itself does not count as a change.
+    changes = git("status", "--porcelain", "--", ":!docs/targets.md")
+    return git("rev-parse", "--short", "HEAD") + (" with changes" if changes else "")
+
+
+def measure_row(name, columns, repetitions, other_repetitions, binaries, texts=None,
+                progress=print):
+    """Measures the columns of one row; returns the row's results."""
+    row_class = ROWS[name]
+    result = {"stamped": row_class.stamped, "paints": row_class.paints, "columns": {},
+              "date": datetime.datetime.now().astimezone().isoformat(timespec="minutes"),
+              "load": os.getloadavg()[0]}
+    if missing := row_class.missing():
+        result["missing"] = missing
+        progress(f"{name}: {missing} is not installed")
+        return result
+    with contextlib.ExitStack() as stack:
+        desktop = stack.enter_context(Desktop(wm=True, a11y=True, audio=True))
+        stack.callback(Microphone(desktop.fifo()).pull_out)
+        row = row_class(desktop)
+        stack.callback(row.close)
+        context = Context(desktop, row, texts or corpus.read())
+        keyboard = Keyboard(desktop)
+        wanted = [(key, column) for key, column in COLUMNS.items() if key in columns]
+        for is_ours, is_blind in ((True, False), (False, False), (True, True)):
+            group = [(key, column) for key, column in wanted
+                     if (column.is_ours, column.is_blind) == (is_ours, is_blind)]
+            if not group:
+                continue
+            with contextlib.ExitStack() as part:
+                if is_ours:
+                    context.dictation = part.enter_context(
+                        Dictation(desktop, keyboard, binaries, row.clear, is_blind))
+                for key, column in group:
+                    result["columns"][key] = measure_column(
+                        name, column, context, repetitions if is_ours else other_repetitions,
+                        progress)
+    return result
+
+
+def measure_column(name, column, context, repetitions, progress):
+    outcome = Outcome()
+    begin = time.monotonic()
+    try:
+        column.measure(context, repetitions, outcome)
+    # A cell that fails must not cost the others. The page states the failure.
+    except Exception as error:  # noqa: BLE001
+        outcome.error = f"{type(error).__name__}: {error}".splitlines()[0]
+    progress(f"{name}, {column.title}: {outcome.texts - len(outcome.wrong)} of {outcome.texts} "
+             f"right in {time.monotonic() - begin:.0f} s"
+             + (f"; {outcome.error}" if outcome.error else ""))
+    return outcome.values()
