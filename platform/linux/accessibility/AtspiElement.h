@@ -37,6 +37,9 @@ class AtspiApplication {
 
     /// The program's toolkit; empty until the program has replied. The bus's thread only.
     std::string toolkit;
+    /// An insertion has shown that the program counts UTF-16 units. The toolkit's name does not
+    /// tell for LibreOffice. The bus's thread only.
+    bool isKnownToCountUtf16Units = false;
     /// There while the program owes replies to a change that may have to be undone. The bus's
     /// thread only.
     std::weak_ptr<const void> lateReplies;
@@ -69,6 +72,9 @@ class AtspiElement final : public platform::AXUIElement {
     /// Whether the widget's text can be changed; empty until the program has replied. The bus's
     /// thread only.
     std::optional<bool> isEditableText;
+    /// Whether the widget hides its text, and lets nobody read the text either. The bus's thread
+    /// only.
+    bool isPasswordField = false;
 };
 
 }  // namespace tarvik::linuxdesktop

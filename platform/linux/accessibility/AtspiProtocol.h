@@ -31,6 +31,9 @@ enum class State : unsigned {
     readOnly = 43,
 };
 
+/// The role of a field that hides its text, with its number in the protocol.
+inline constexpr std::uint32_t passwordTextRole = 40;
+
 class StateSet {
   public:
     explicit StateSet(std::uint64_t bits) : bits_(bits) {}
@@ -42,6 +45,8 @@ class StateSet {
 
 /// The content of a reply to GetState; empty for an error or another type.
 std::optional<StateSet> stateSetIn(sd_bus_message* reply);
+/// The content of a reply to GetRole; empty for an error or another type.
+std::optional<std::uint32_t> roleIn(sd_bus_message* reply);
 /// The content of a reply to GetChildren; empty for an error or another type.
 std::optional<std::vector<BusObject>> childrenIn(sd_bus_message* reply);
 /// Whether a reply to GetInterfaces names EditableText; empty for an error or another type.

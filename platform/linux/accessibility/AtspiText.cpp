@@ -28,8 +28,8 @@ BusMessage AtspiText::newReading(std::int64_t start, std::int64_t end) const {
 }
 
 BusMessage AtspiText::newInsertion(std::int64_t offset, const std::string& text) const {
-    const auto length =
-        countsUtf16Units() ? lengthOf(text) : static_cast<std::int64_t>(text.size());
+    // LibreOffice counts bytes here, as GTK does.
+    const auto length = isQt() ? lengthOf(text) : static_cast<std::int64_t>(text.size());
     return bus_->newCall(object_, editableTextInterface, "InsertText", "isi",
                          static_cast<std::int32_t>(offset), text.c_str(),
                          static_cast<std::int32_t>(length));
@@ -45,10 +45,14 @@ BusMessage AtspiText::newCaretMove(std::int64_t offset) const {
 }
 
 std::int64_t AtspiText::lengthOf(const std::string& text) const {
-    if (countsUtf16Units()) {
-        return static_cast<std::int64_t>(utf16FromUtf8(text).size());
+    if (isQt() || application_->isKnownToCountUtf16Units) {
+        return utf16LengthOf(text);
     }
     return std::count_if(text.begin(), text.end(), [](char byte) { return (byte & 0xC0) != 0x80; });
+}
+
+std::int64_t AtspiText::utf16LengthOf(const std::string& text) {
+    return static_cast<std::int64_t>(utf16FromUtf8(text).size());
 }
 
 BusMessage AtspiText::newProperty(const char* name) const {
@@ -60,9 +64,4 @@ BusMessage AtspiText::newRangeCall(const char* interface, const char* member, st
     return bus_->newCall(object_, interface, member, "ii", static_cast<std::int32_t>(start),
                          static_cast<std::int32_t>(end));
 }
-
-bool AtspiText::countsUtf16Units() const {
-    return application_->toolkit == "Qt";
-}
-
 }  // namespace tarvik::linuxdesktop

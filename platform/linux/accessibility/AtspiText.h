@@ -13,8 +13,9 @@ namespace tarvik::linuxdesktop {
 /// Makes the calls that read and change the text of one widget. Copies stand for the same text.
 /// Belongs to the bus's thread.
 ///
-/// Offsets and lengths are in the program's own unit: characters, or UTF-16 units with Qt. They are
-/// wider than the numbers of a message, so that no value from a program overflows.
+/// Offsets and lengths are in the program's own unit: characters, or UTF-16 units with Qt and
+/// LibreOffice. They are wider than the numbers of a message, so that no value from a program
+/// overflows.
 class AtspiText {
   public:
     /// `bus` outlives the object.
@@ -34,12 +35,14 @@ class AtspiText {
 
     /// The length of `text` in the program's unit.
     std::int64_t lengthOf(const std::string& text) const;
+    /// The length of `text` if the program counts UTF-16 units.
+    static std::int64_t utf16LengthOf(const std::string& text);
 
   private:
     BusMessage newProperty(const char* name) const;
     BusMessage newRangeCall(const char* interface, const char* member, std::int64_t start,
                             std::int64_t end) const;
-    bool countsUtf16Units() const;
+    bool isQt() const { return application_->toolkit == "Qt"; }
 
     MessageBus* bus_;
     std::shared_ptr<const AtspiApplication> application_;

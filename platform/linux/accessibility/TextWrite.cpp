@@ -91,6 +91,9 @@ bool TextWrite::queryCapabilities(SteadyTime deadline) {
         queries.add(newAccessibleCall("GetInterfaces"), [this](sd_bus_message* reply) {
             element_.isEditableText = atspi::hasEditableTextIn(reply);
         });
+        queries.add(newAccessibleCall("GetRole"), [this](sd_bus_message* reply) {
+            element_.isPasswordField = atspi::roleIn(reply) == atspi::passwordTextRole;
+        });
     }
     if (element_.application->toolkit.empty()) {
         queries.add(bus_.newPropertyCall(element_.application->root(), atspi::applicationInterface,
@@ -172,7 +175,8 @@ AXError TextWrite::insert() {
 
 AXError TextWrite::verifyInsertion() {
     const bool canChange = insertion_->isAccepted && !hasGrown();
-    if (isInserted() || (canChange && waitUntil([this] { return isInserted(); }))) {
+    if (isInserted() || (learnsUtf16Units() && isInserted()) ||
+        (canChange && waitUntil([this] { return isInserted(); }))) {
         return platform::axErrorSuccess;
     }
     if (insertion_->isAccepted && isTruncated()) {
@@ -188,6 +192,21 @@ AXError TextWrite::verifyInsertion() {
     // else was: the Java bridge garbles characters beyond U+FFFF.
     takeBack(inserted);
     return platform::axErrorFailure;
+}
+
+// The text was counted in characters, so only its beginning was read back.
+bool TextWrite::learnsUtf16Units() {
+    const std::int64_t units = AtspiText::utf16LengthOf(text_);
+    if (!insertion_->isAccepted || !count_ || *count_ - countBefore_ != units ||
+        lengthOfText() == units) {
+        return false;
+    }
+    element_.application->isKnownToCountUtf16Units = true;
+    if (readText() && found_ == text_) {
+        return true;
+    }
+    element_.application->isKnownToCountUtf16Units = false;
+    return false;
 }
 
 // Qt's line edit sets its whole text anew, and truncates it at its length limit.
@@ -259,8 +278,9 @@ bool TextWrite::isInserted() {
     if (!count_ || *count_ == countBefore_) {
         return false;
     }
-    // The single-line field of GTK 4 replies with an empty text. There only the count can tell.
-    if (found_.empty()) {
+    // The single-line field of GTK 4 replies with an empty text, and a password field with bullets.
+    // There only the count can tell.
+    if (found_.empty() || element_.isPasswordField) {
         return hasGrown();
     }
     // The user may be deleting at the same time, so fewer characters can be right.

@@ -49,6 +49,7 @@ class TextWrite {
     platform::AXError deleteSelection();
     platform::AXError insert();
     platform::AXError verifyInsertion();
+    bool learnsUtf16Units();
     bool hasGrown() const;
     bool isInserted();
     bool isTruncated();

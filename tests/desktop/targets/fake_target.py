@@ -37,13 +37,16 @@ FIELD = "/org/a11y/atspi/accessible/1"
 SECOND_FIELD = "/org/a11y/atspi/accessible/2"
 WINDOW = "/org/a11y/atspi/accessible/3"
 PANE = "/org/a11y/atspi/accessible/4"
+# Roles, as the interface numbers them.
+PASSWORD_TEXT = 40
+ENTRY = 79
 
 parser = argparse.ArgumentParser(description=__doc__)
 parser.add_argument("--behaviour", default="honest",
                     choices=["honest", "liar", "late", "refusing", "short", "cutting",
                              "silent-on-insertion", "silent-and-refusing", "silent-and-short",
                              "silent-on-deletion", "dying-on-insertion", "slow", "undeletable",
-                             "nonsense", "garbling", "unreadable"])
+                             "nonsense", "garbling", "unreadable", "utf16", "masking"])
 parser.add_argument("--window", action="store_true")
 parser.add_argument("--toolkit", default="fake")
 parser.add_argument("--text", default="")
@@ -52,10 +55,22 @@ parser.add_argument("--out", required=True)
 options = parser.parse_args()
 
 
+def utf16_units(text):
+    """The text with each UTF-16 unit as a character of its own."""
+    data = text.encode("utf-16-le")
+    return "".join(chr(int.from_bytes(data[i:i + 2], "little")) for i in range(0, len(data), 2))
+
+
+def characters(units):
+    """The text of these UTF-16 units. Half a character becomes a replacement character."""
+    data = units.encode("utf-16-le", "surrogatepass")
+    return data.decode("utf-16-le", "replace")
+
+
 class Field:
     def __init__(self, behaviour, text, selection, on_change):
         self.behaviour = behaviour
-        self.text = self.first_text = text
+        self.text = self.first_text = utf16_units(text) if behaviour == "utf16" else text
         self.on_change = on_change
         self.start = self.end = len(self.text)
         if selection:
@@ -69,7 +84,7 @@ class Field:
     def replace(self, start, end, text):
         self.text = self.text[:start] + text + self.text[end:]
         self.start = self.end = start + len(text)
-        self.on_change(self.text)
+        self.on_change(characters(self.text))
 
     def fall_silent(self):
         self.is_silent = self.was_silent = True
@@ -83,6 +98,8 @@ class Field:
     def insert(self, position, text):
         if self.behaviour in ("short", "silent-and-short"):
             text = text[:3]
+        elif self.behaviour == "utf16":
+            text = utf16_units(text)
         elif self.behaviour == "garbling":
             # Every byte of a long character becomes a character of its own.
             text = "".join(char if ord(char) <= 0xFFFF else char.encode().decode("latin-1")
@@ -163,6 +180,11 @@ class Widget(dbus.service.Object):
             time.sleep(0.7)
         self.answer(reply, lambda: ([ACCESSIBLE, TEXT, EDITABLE_TEXT],))
 
+    @dbus.service.method(ACCESSIBLE, out_signature="u", async_callbacks=("reply", "error"))
+    def GetRole(self, reply, error):
+        self.answer(reply, lambda: (
+            dbus.UInt32(PASSWORD_TEXT if self.field.behaviour == "masking" else ENTRY),))
+
     @dbus.service.method(dbus.PROPERTIES_IFACE, in_signature="ss", out_signature="v",
                          async_callbacks=("reply", "error"))
     def Get(self, interface, name, reply, error):
@@ -192,8 +214,13 @@ class Widget(dbus.service.Object):
     @dbus.service.method(TEXT, in_signature="ii", out_signature="s",
                          async_callbacks=("reply", "error"))
     def GetText(self, start, end, reply, error):
-        self.answer(reply, lambda: ("" if self.field.behaviour == "unreadable"
-                                    else self.field.text[start:end],))
+        def work():
+            text = characters(self.field.text[start:end])
+            if self.field.behaviour == "unreadable":
+                return ("",)
+            return ("•" * len(text) if self.field.behaviour == "masking" else text,)
+
+        self.answer(reply, work)
 
     @dbus.service.method(TEXT, in_signature="i", out_signature="b",
                          async_callbacks=("reply", "error"))
@@ -303,7 +330,7 @@ def command(line):
     target_options.announce("done")
 
 
-target_options.publish(options, field.text)
+target_options.publish(options, characters(field.text))
 readable = target_options.read_commands(command)
 GLib.io_add_watch(0, GLib.PRIORITY_DEFAULT, GLib.IO_IN | GLib.IO_HUP, lambda *_: readable())
 if options.window:

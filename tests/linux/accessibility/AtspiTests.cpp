@@ -270,6 +270,24 @@ TEST_F(AtspiAccessibility, AFieldThatShowsSomethingElseIsLeftWithoutIt) {
     EXPECT_TRUE(log.lines().empty());
 }
 
+// LibreOffice does that, and its toolkit is called like the one that counts characters.
+TEST_F(AtspiAccessibility, AProgramThatCountsUtf16UnitsKeepsWhatItInserted) {
+    open("utf16", "begin 🎉 end", {"--select", "9:9"});
+    EXPECT_EQ(write(element, "of 😀 the 🎉"), platform::axErrorSuccess);
+    EXPECT_EQ(write(element, " bitter 😀"), platform::axErrorSuccess);
+    EXPECT_EQ(target->text(), "begin 🎉 of 😀 the 🎉 bitter 😀end");
+    EXPECT_EQ(insertions(), "2");
+    EXPECT_TRUE(log.lines().empty());
+}
+
+TEST_F(AtspiAccessibility, AFieldThatHidesItsTextIsBelievedByItsCount) {
+    open("masking", "begin end", {"--select", "6:6"});
+    EXPECT_EQ(write(element, "middle 😀 "), platform::axErrorSuccess);
+    EXPECT_EQ(target->text(), "begin middle 😀 end");
+    EXPECT_EQ(insertions(), "1");
+    EXPECT_TRUE(log.lines().empty());
+}
+
 TEST_F(AtspiAccessibility, AFieldThatCannotBeReadIsBelievedByItsCount) {
     open("unreadable", "begin end", {"--select", "6:6"});
     EXPECT_EQ(write(element, "middle 😀 "), platform::axErrorSuccess);
