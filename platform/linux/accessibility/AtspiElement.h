@@ -72,9 +72,9 @@ class AtspiElement final : public platform::AXUIElement {
     /// Whether the widget's text can be changed; empty until the program has replied. The bus's
     /// thread only.
     std::optional<bool> isEditableText;
-    /// Whether the widget hides its text, and lets nobody read the text either. The bus's thread
-    /// only.
-    bool isPasswordField = false;
+    /// Whether the widget hides its text, and lets nobody read the text either; empty until the
+    /// program has replied. The bus's thread only.
+    std::optional<bool> isPasswordField;
 };
 
 }  // namespace tarvik::linuxdesktop

@@ -91,6 +91,8 @@ bool TextWrite::queryCapabilities(SteadyTime deadline) {
         queries.add(newAccessibleCall("GetInterfaces"), [this](sd_bus_message* reply) {
             element_.isEditableText = atspi::hasEditableTextIn(reply);
         });
+    }
+    if (!element_.isPasswordField) {
         queries.add(newAccessibleCall("GetRole"), [this](sd_bus_message* reply) {
             element_.isPasswordField = atspi::roleIn(reply) == atspi::passwordTextRole;
         });
@@ -280,7 +282,7 @@ bool TextWrite::isInserted() {
     }
     // The single-line field of GTK 4 replies with an empty text, and a password field with bullets.
     // There only the count can tell.
-    if (found_.empty() || element_.isPasswordField) {
+    if (found_.empty() || element_.isPasswordField == true) {
         return hasGrown();
     }
     // The user may be deleting at the same time, so fewer characters can be right.
