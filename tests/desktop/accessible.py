@@ -10,7 +10,7 @@ ROOT = "/org/a11y/atspi/accessible/root"
 INTERFACE = "org.a11y.atspi."
 SCREEN_COORDINATES = 0
 # Bits of the state, as the interface numbers them.
-STATES = {"checked": 4, "enabled": 8, "focusable": 11, "focused": 12, "showing": 25}
+STATES = {"checked": 4, "editable": 7, "enabled": 8, "focusable": 11, "focused": 12, "showing": 25}
 CONTROLS = ("push button", "check box", "text", "password text")
 PASSWORD_TEXT = 40
 
@@ -21,8 +21,13 @@ class Accessible:
     def __init__(self, bus, name, path):
         self._bus, self._service, self._path = bus, name, path
 
+    @property
+    def address(self):
+        """The name on the bus and the path."""
+        return self._service, self._path
+
     def __eq__(self, other):
-        return (self._service, self._path) == (other._service, other._path)
+        return self.address == other.address
 
     def _call(self, interface, method, *arguments):
         return checked_call(lambda: self._bus.call(
@@ -96,9 +101,10 @@ class ScreenReader:
 
     def __init__(self, desktop):
         session = Bus(desktop.environment["DBUS_SESSION_BUS_ADDRESS"])
-        (address,) = session.call("org.a11y.Bus", "/org/a11y/bus", "org.a11y.Bus", "GetAddress")
+        (self.address,) = session.call(
+            "org.a11y.Bus", "/org/a11y/bus", "org.a11y.Bus", "GetAddress")
         session.close()
-        self._bus = Bus(address)
+        self._bus = Bus(self.address)
 
     def close(self):
         self._bus.close()
@@ -116,8 +122,13 @@ class ScreenReader:
                 pass  # A window that is being closed does not count.
         return None
 
+    @property
+    def applications(self):
+        """All programs on the bus."""
+        return Accessible(self._bus, REGISTRY, ROOT).children
+
     def _windows(self):
-        for application in Accessible(self._bus, REGISTRY, ROOT).children:
+        for application in self.applications:
             try:
                 if application.name == "Tarvik Dictate":
                     yield from (child for child in application.children if child.has("showing"))

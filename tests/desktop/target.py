@@ -7,10 +7,13 @@ import pathlib
 import subprocess
 import threading
 
-from desktop import wait_for
+from desktop import START_TIMEOUT, wait_for
 
 FOLDER = pathlib.Path(__file__).parent / "targets"
 # Reports that the terminal runs, then writes every byte unchanged to the file.
+JAVA_BRIDGE = "/usr/share/java/java-atk-wrapper.jar"
+JAVA = ["java", "-Djavax.accessibility.assistive_technologies=org.GNOME.Accessibility.AtkWrapper",
+        "-Djava.library.path=/usr/lib/x86_64-linux-gnu/jni", "-cp", JAVA_BRIDGE]
 TERMINAL_SCRIPT = 'stty raw -echo; echo ready > "$0.ready"; exec cat > "$0"'
 
 
@@ -47,27 +50,29 @@ class Target:
     def close(self):
         return self._desktop.end(self.process)
 
-    def _find_window(self):
+    def _find_window(self, timeout=START_TIMEOUT):
         self.window = wait_for(
             lambda: self._desktop.run(
                 ["xdotool", "search", "--onlyvisible", "--name", f"^{self.title}$"], check=False
             ).strip(),
-            f"the window “{self.title}”", process=self.process,
+            f"the window “{self.title}”", timeout, process=self.process,
         )
         wait_for(lambda: self.is_active, f"“{self.title}” in front", process=self.process)
 
 
 class WidgetTarget(Target):
-    """A window of a toolkit ("gtk3", "gtk4", "qt6") with one text widget; see targets/."""
+    """A window of a toolkit ("gtk3", "gtk4", "qt5", "qt6", "tk", "swing") with one text widget; see targets/."""
 
     def __init__(self, desktop, toolkit, title=None, environment=None, **options):
         super().__init__(desktop, title)
-        arguments = [f"{FOLDER}/{toolkit}_target.py", "--out", self.out, "--title", self.title]
+        program = ([*JAVA, f"{FOLDER}/SwingTarget.java"] if toolkit == "swing"
+                   else ["/usr/bin/python3", f"{FOLDER}/{toolkit}_target.py"])
+        arguments = ["--out", self.out, "--title", self.title]
         for name, value in options.items():
             option = "--" + name.replace("_", "-")
             arguments += [option] if value is True else [option, str(value)]
         self.process = desktop.spawn(
-            ["/usr/bin/python3", *arguments], env=desktop.environment | (environment or {}),
+            [*program, *arguments], env=desktop.environment | (environment or {}),
             stdin=subprocess.PIPE, stdout=subprocess.PIPE, text=True,
         )
         self._answers = []

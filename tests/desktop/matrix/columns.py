@@ -10,7 +10,7 @@ from matrix.keys import KeyWatch
 
 # A text is judged when nothing has changed for so many seconds.
 QUIET_DICTATION = 3.0
-QUIET_PROGRAM = 0.7
+QUIET_PROGRAM = 2.0
 PAINT_TIMEOUT = 0.2
 # More wrong texts than this end a column early.
 MAX_WRONG = 24

@@ -8,6 +8,9 @@ import shutil
 from matrix.journal_reader import JournalReader
 from target import FOLDER, Target, WidgetTarget
 
+# A browser or an office program takes long to start the first time.
+PROGRAM_START_TIMEOUT = 60.0
+
 
 def utf16_units(text):
     return len(text.encode("utf-16-le")) // 2
@@ -129,13 +132,19 @@ class TkText(WidgetRow):
     toolkit = "tk"
 
 
+class SwingText(QtRow):
+    program = "java"
+    toolkit = "swing"
+    paints = False
+
+
 class ProgramTarget(Target):
     """Any program. `title` is a pattern that the whole title of its window has to match."""
 
     def __init__(self, desktop, title, command, environment=None):
         super().__init__(desktop, title)
         self.process = desktop.spawn(command, env=desktop.environment | (environment or {}))
-        self._find_window()
+        self._find_window(PROGRAM_START_TIMEOUT)
 
 
 class Xterm(Row):
@@ -163,18 +172,3 @@ class Xterm(Row):
     def clear(self):
         # The terminal keeps nothing: what was received so far no longer counts.
         self._begin = pathlib.Path(self._received).stat().st_size if self._received.exists() else 0
-
-
-ROWS = {
-    "GTK 3 entry": Gtk3Entry,
-    "GTK 3 text view": Gtk3Text,
-    "GTK 4 entry": Gtk4Entry,
-    "GTK 4 text view": Gtk4Text,
-    "Qt 5 line": Qt5Entry,
-    "Qt 5 text area": Qt5Text,
-    "Qt 6 line": Qt6Entry,
-    "Qt 6 text area": Qt6Text,
-    "Tk text": TkText,
-    "xterm": Xterm,
-    "password field (GTK 3)": Gtk3Password,
-}

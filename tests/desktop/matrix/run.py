@@ -14,7 +14,8 @@ from keyboard import Keyboard
 from matrix import corpus
 from matrix.columns import COLUMNS, Outcome
 from matrix.dictation import Dictation
-from matrix.rows import ROWS, Row
+from matrix.registry import ROWS
+from matrix.rows import Row
 from microphone import Microphone
 
 
