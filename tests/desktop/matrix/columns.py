@@ -9,7 +9,7 @@ from matrix import corpus
 from matrix.keys import KeyWatch
 
 # A text is judged when nothing has changed for so many seconds.
-QUIET_DICTATION = 3.0
+QUIET_DICTATION = 6.0
 QUIET_PROGRAM = 2.0
 PAINT_TIMEOUT = 0.2
 # More wrong texts than this end a column early.
@@ -68,15 +68,18 @@ class Entry:
         """Notes what has come after the last text was judged."""
         self._judge("afterwards", "") if self._row.text != self._text else None
 
-    def enter(self, name, piece, act, is_over=None, quiet=QUIET_DICTATION):
-        """Enters a piece by `act`, which returns the time in nanoseconds at which it began."""
+    def enter(self, name, piece, act, is_over=None, quiet=QUIET_DICTATION, is_late=lambda: False):
+        """Enters a piece by `act`, which returns the time in nanoseconds at which it began. Returns
+        false if `is_late` became true before the piece was there; then the piece is not judged."""
         row = self._row
         row.journal.update()
         since = len(row.journal)
         wanted = row.length(self._text + piece)
         presses = self._watch.presses if self._watch else 0
         begin = act()
-        changed = self._wait_for_length(wanted, since, begin, len(piece), is_over, quiet)
+        changed = self._wait_for_length(wanted, since, begin, len(piece), is_over, quiet, is_late)
+        if not changed and is_late():
+            return False
         painted = self._wait_for_frame(wanted, since) if changed else None
         is_right = self._judge(name, piece)
         if self._watch:
@@ -86,6 +89,7 @@ class Entry:
             self._outcome.note_time("changed", piece, changed.time - begin)
             if painted:
                 self._outcome.note_time("painted", piece, painted.time - begin)
+        return True
 
     def enter_together(self, names, pieces, act):
         """Enters several pieces at once. Their times do not count."""
@@ -93,7 +97,7 @@ class Entry:
         since = len(self._row.journal)
         whole = "".join(pieces)
         self._wait_for_length(self._row.length(self._text + whole), since, act(), len(whole), None,
-                              QUIET_DICTATION)
+                              QUIET_DICTATION, lambda: False)
         before, actual = self._text, self._row.text
         if actual == before + whole:
             self._outcome.texts += len(names)
@@ -112,7 +116,7 @@ class Entry:
         self._text = actual
         return actual == expected
 
-    def _wait_for_length(self, length, since, begin, size, is_over, quiet):
+    def _wait_for_length(self, length, since, begin, size, is_over, quiet, is_late):
         journal = self._row.journal
         deadline = begin / 1e9 + 20 + size / 10
         while True:
@@ -121,7 +125,7 @@ class Entry:
                 return journal.first("changed", length, since)
             now = time.monotonic()
             last = journal.events[-1].time if journal.events[since:] else begin
-            if now > deadline or self._row.has_ended:
+            if now > deadline or self._row.has_ended or is_late():
                 return None
             if now - last / 1e9 > quiet and (is_over is None or is_over()):
                 return None
@@ -153,7 +157,7 @@ class Dictated:
         passes = min(self._max_passes or row.max_passes, row.max_passes)
         with KeyWatch(context.desktop) as watch:
             self._record_once(context, Entry(row, outcome, watch), 1, outcome)
-        while outcome.passes < repetitions and not outcome.is_hopeless:
+        while outcome.passes < repetitions and not context.is_over(outcome):
             count = min(passes, repetitions - outcome.passes)
             self._record_once(context, Entry(row, outcome), count, outcome)
 
@@ -170,22 +174,23 @@ class Dictated:
                 self._enter_all(context, entry, stream, separator)
                 separator = " "
                 outcome.passes += 1
-                if outcome.is_hopeless:
+                if context.is_over(outcome):
                     break
         entry.check_rest()
 
     @staticmethod
     def _enter_all(context, entry, stream, separator):
         texts = list(context.texts.items())
+        pieces = [(separator if number == 0 else " ") + text
+                  for number, (_, text) in enumerate(texts)]
         for number, (name, text) in enumerate(texts):
-            if stream.is_late:
-                rest = texts[number:]
+            if not entry.enter(name, pieces[number], lambda text=text: stream.say(text),
+                               is_late=lambda: stream.is_late):
+                # The service has to send the others at once.
                 entry.enter_together(
-                    [name for name, _ in rest], [" " + text for _, text in rest],
-                    lambda rest=rest: [stream.say(text) for _, text in rest][0])
+                    [name for name, _ in texts[number:]], pieces[number:],
+                    lambda number=number: stream.say_all(text for _, text in texts[number + 1:]))
                 return
-            entry.enter(name, (separator if number == 0 else " ") + text,
-                        lambda text=text: stream.say(text))
 
 
 class Program:
@@ -199,7 +204,7 @@ class Program:
         self._commands = commands
 
     def measure(self, context, repetitions, outcome):
-        while outcome.passes < repetitions and not outcome.is_hopeless:
+        while outcome.passes < repetitions and not context.is_over(outcome):
             context.row.activate()
             entry = Entry(context.row, outcome)
             entry.clear()
@@ -237,7 +242,8 @@ COLUMNS = {
     "toggle": Dictated("toggle", lambda dictation: dictation.toggled()),
     "after": Dictated("after release", lambda dictation: dictation.after_release(), max_passes=1),
     "typed": Dictated("typed keys, held", lambda dictation: dictation.held(), is_blind=True),
+    # The last ones: their many changes of the keyboard map keep the window manager busy for long.
+    "paste": Program("clipboard paste", _paste),
     "xdotool": Program("`xdotool type`", _type()),
     "xdotool0": Program("`xdotool type --delay 0`", _type("--delay", "0")),
-    "paste": Program("clipboard paste", _paste),
 }

@@ -98,16 +98,14 @@ class Dictation:
             stream.wait_for_audio()
         finally:
             if is_ended:
-                stop()
+                self._stop(stop, seen)
         if is_ended:
-            self._application.log.wait_for("audio.stop", since=seen)
             stream.deadline = time.monotonic() + TIME_AFTER_END
         try:
             yield stream
         finally:
             if not is_ended:
-                stop()
-                self._application.log.wait_for("audio.stop", since=seen)
+                self._stop(stop, seen)
             stream.close()
 
 
@@ -126,6 +124,16 @@ class Dictation:
                     raise
                 self.missed_presses += 1
                 self._on_miss()
+
+    def _stop(self, stop, seen):
+        """Ends the recording. A press of the hotkey may be missed at the end as well."""
+        stop()
+        try:
+            self._application.log.wait_for("stopRecording", timeout=1, since=seen)
+        except AssertionError:
+            self.missed_presses += 1
+            stop()
+        self._application.log.wait_for("audio.stop", since=seen)
 
 
 class RecordingStream:
@@ -148,6 +156,13 @@ class RecordingStream:
         message = transcript(text)
         begin = time.monotonic_ns()
         self._stream.send(message)
+        return begin
+
+    def say_all(self, texts):
+        """Sends several final transcripts; returns the time right before the first one."""
+        begin = time.monotonic_ns()
+        for text in texts:
+            self.say(text)
         return begin
 
     def close(self):

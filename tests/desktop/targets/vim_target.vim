@@ -16,6 +16,8 @@ def obey():
     command = pathlib.Path(os.environ["TARGET_COMMAND"])
     if command.read_text() == "clear":
         vim.current.buffer[:] = None
+        # A key that missed its aim may have ended the insert mode.
+        vim.command("if mode() ==# 'n' | call feedkeys('i', 'n') | endif")
     else:
         pathlib.Path(os.environ["TARGET_OUT"]).write_text(text(), encoding="utf-8")
     command.unlink()
