@@ -21,9 +21,8 @@ class TypedRuns {
     /// The texts so far, in order; runs for the same process are joined. No text is empty.
     ///
     /// The first half of a surrogate pair stays behind at the end, since its second half may come
-    /// next. A half that stands alone becomes U+FFFD. A line break (CR LF counts as one) or a tab
-    /// becomes a space, because Return sends messages and Tab leaves the field. Other control
-    /// characters are dropped.
+    /// next. A half that stands alone becomes U+FFFD. Control characters are handled as
+    /// KeyboardEvents says; CR LF counts as one line break.
     std::vector<TypedText> takeTexts();
     /// The same, but nothing stays behind.
     std::vector<TypedText> takeEverything();
