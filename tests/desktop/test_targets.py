@@ -7,7 +7,7 @@ import sys
 import unittest
 
 from dictation_test import BINARIES
-from matrix.registry import ROWS
+from matrix.page import reason
 from matrix.run import Plan, measure_row
 
 ACCESSIBLE = ("GTK 3 entry", "GTK 3 text view", "GTK 3 password field", "GTK 4 entry",
@@ -23,7 +23,8 @@ class Targets(unittest.TestCase):
         for column in columns:
             outcome = row["columns"][column]
             with self.subTest(row=name, column=column):
-                self.assertEqual((outcome["wrong"], outcome["error"]), ([], None))
+                wrong = [text for text in outcome["wrong"] if not reason(name, column, text)]
+                self.assertEqual((wrong, outcome["error"]), ([], None))
                 # Every text that arrived before the end of the recording was entered this way.
                 self.assertIn(road, (None, *outcome["roads"]))
                 self.assertGreater(outcome["texts"], 0)

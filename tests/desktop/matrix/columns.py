@@ -16,6 +16,13 @@ PAINT_TIMEOUT = 0.2
 MAX_WRONG = 24
 
 
+def within_16_bits(text):
+    """The text without the characters that need more than 16 bits, and without what a program makes
+    of such a character when it drops the other bits."""
+    return "".join(character for character in text
+                   if not "\ue000" <= character <= "\uf8ff" and character <= "\uffff")
+
+
 class Outcome:
     """What has become of the texts of one column."""
 
@@ -45,7 +52,8 @@ class Outcome:
                           if pair[0] != pair[1]), min(len(expected), len(actual)))
             self.wrong.append({
                 "name": name, "at": start, "expected": expected[start:start + 40],
-                "actual": actual[start:start + 40], "missing": len(expected) - len(actual)})
+                "actual": actual[start:start + 40], "missing": len(expected) - len(actual),
+                "beyond_16_bits": within_16_bits(actual) == within_16_bits(expected)})
 
     def values(self):
         return {key: value for key, value in vars(self).items()}

@@ -2,6 +2,7 @@
 
 """Editors that are read through accessibility, as a screen reader reads them."""
 
+import contextlib
 import pathlib
 import subprocess
 
@@ -56,8 +57,14 @@ class Editor(Row):
         return self._field.text
 
     def clear(self):
-        self.desktop.run(["xdotool", "key", "ctrl+a", "key", "Delete"])
-        wait_for(lambda: self.text == "", f"an empty text in {self.program}")
+        # The first keys after a recording may close a menu that Alt has opened.
+        for _ in range(3):
+            self.desktop.run(["xdotool", "key", "Escape", "key", "ctrl+a", "key", "Delete"])
+            with contextlib.suppress(TimeoutError):
+                wait_for(lambda: self.text == "", f"an empty text in {self.program}", 2)
+                break
+        else:
+            raise TimeoutError(f"the text of {self.program} cannot be emptied")
         self._length_before = self.journal.length
 
     def close(self):

@@ -13,7 +13,7 @@ from target import FOLDER
 
 
 class ScriptedEditor(Row):
-    """An editor that carries out the command in a file when it gets a signal."""
+    """An editor that carries out the command in a file."""
 
     title = ""
     command = ()
@@ -39,8 +39,11 @@ class ScriptedEditor(Row):
         partial = pathlib.Path(f"{path}.partial")
         partial.write_text(command)
         partial.replace(path)
-        os.kill(self._process, signal.SIGUSR1)
+        self.wake()
         wait_for(lambda: not path.exists(), f"{self.program} to {command} its text", 10)
+
+    def wake(self):
+        """Tells the editor that there is a command, if it does not look by itself."""
 
     @property
     def text(self):
@@ -76,3 +79,6 @@ class Emacs(ScriptedEditor):
     command = ("emacs", "-Q", "-l", str(FOLDER / "emacs_target.el"))
     paste = ("clipboard", ("ctrl+y",))
     stamped = "inside Emacs, by its hook for changes"
+
+    def wake(self):
+        os.kill(self._process, signal.SIGUSR1)

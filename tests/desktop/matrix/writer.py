@@ -9,7 +9,6 @@ from desktop import wait_for
 from matrix.rows import ProgramTarget, Row
 
 READER = pathlib.Path(__file__).with_name("writer_text.py")
-PIPE = "target"
 # What the corrections would change in typed text.
 CORRECTIONS = ("UseReplacementTable", "TwoCapitalsAtStart", "CapitalAtStartSentence",
                "SetInetAttribute", "ChangeOrdinalNumber", "ChangeDash", "AddNonBreakingSpace",
@@ -34,12 +33,14 @@ class Writer(Row):
         settings = pathlib.Path(desktop.environment["XDG_CONFIG_HOME"]) / "libreoffice/4/user"
         settings.mkdir(parents=True)
         (settings / "registrymodifications.xcu").write_text(WRITER_SETTINGS)
+        # The names of pipes are those of the whole machine.
+        pipe = desktop.folder.name
         self.target = ProgramTarget(
             desktop, ".*LibreOffice Writer",
-            ["soffice", "--writer", "--norestore", "--nologo", f"--accept=pipe,name={PIPE};urp;"],
+            ["soffice", "--writer", "--norestore", "--nologo", f"--accept=pipe,name={pipe};urp;"],
             {"SAL_USE_VCLPLUGIN": "gtk3"})
         self._reader = desktop.spawn(
-            ["/usr/bin/python3", "-B", READER, PIPE, self.target.out, self.path],
+            ["/usr/bin/python3", "-B", READER, pipe, self.target.out, self.path],
             stdin=subprocess.PIPE, stdout=subprocess.PIPE)
         self._reader.stdout.readline()
 

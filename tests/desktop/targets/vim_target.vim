@@ -1,6 +1,6 @@
 " SPDX-License-Identifier: MIT
 " Keeps a journal of the text in vim and takes commands. The environment has the files: TARGET_JOURNAL, TARGET_OUT,
-" and TARGET_COMMAND, whose command ("publish", "clear") the signal USR1 carries out. The end of a command removes
+" and TARGET_COMMAND, whose command ("publish", "clear") is carried out within 20 ms. The end of a command removes
 " that file. The process number goes to TARGET_PID once everything is ready.
 set nocompatible encoding=utf-8 noswapfile viminfo= title titlestring=vim-target
 python3 << EOF
@@ -14,6 +14,8 @@ def text():
 
 def obey():
     command = pathlib.Path(os.environ["TARGET_COMMAND"])
+    if not command.exists():
+        return
     if command.read_text() == "clear":
         vim.current.buffer[:] = None
         # A key that missed its aim may have ended the insert mode.
@@ -27,5 +29,6 @@ def begin():
     pathlib.Path(os.environ["TARGET_PID"]).write_text(str(os.getpid()))
 EOF
 autocmd TextChangedI,TextChangedP,TextChanged * python3 journal.changed(len(text()))
-autocmd SigUSR1 * python3 obey()
+" Vim in a terminal sees a signal at the next key alone.
+call timer_start(20, {-> py3eval("obey()")}, {"repeat": -1})
 autocmd VimEnter * python3 begin()
