@@ -11,6 +11,8 @@ from desktop import START_TIMEOUT, wait_for
 
 FOLDER = pathlib.Path(__file__).parent / "targets"
 # Reports that the terminal runs, then writes every byte unchanged to the file.
+# Java compiles the target each time.
+JAVA_START_TIMEOUT = 60.0
 JAVA_BRIDGE = "/usr/share/java/java-atk-wrapper.jar"
 JAVA = ["java", "-Djavax.accessibility.assistive_technologies=org.GNOME.Accessibility.AtkWrapper",
         "-Djava.library.path=/usr/lib/x86_64-linux-gnu/jni", "-cp", JAVA_BRIDGE]
@@ -78,7 +80,7 @@ class WidgetTarget(Target):
         self._answers = []
         threading.Thread(target=self._read, daemon=True).start()
         wait_for(lambda: "ready" in self._answers, "the focus of " + self.title,
-                 process=self.process)
+                 JAVA_START_TIMEOUT if toolkit == "swing" else START_TIMEOUT, self.process)
         self._find_window()
 
     def _read(self):

@@ -45,7 +45,11 @@ class PageServer:
             def log_message(self, *_):
                 pass
 
-        self._server = http.server.ThreadingHTTPServer(("127.0.0.1", 0), Handler)
+        class Server(http.server.ThreadingHTTPServer):
+            def handle_error(self, *_):
+                pass  # A browser that ends resets its connections.
+
+        self._server = Server(("127.0.0.1", 0), Handler)
         self._server.daemon_threads = True
         threading.Thread(target=self._server.serve_forever, daemon=True).start()
         self.address = f"http://127.0.0.1:{self._server.server_port}"
