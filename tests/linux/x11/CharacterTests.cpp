@@ -42,7 +42,8 @@ constexpr std::array corpus{
     Line{"Korean",
          U"키스의 고유조건은 입술끼리 만나야 하고, 다람쥐 헌 쳇바퀴에 타고파. ㄱㄴㄷㅏㅣ "},
     Line{"Emoji",
-         U"👍🏽 👩‍👩‍👧‍👦 🏳️‍🌈 🇩🇪 🧑🏿‍🚀 ❤️ 👨🏻‍💻 ☎ ▶ "
+         U"👍🏽 👩‍👩‍👧‍👦 🏳️‍🌈 🇩🇪 🧑🏿‍🚀 ❤️ 👨🏻‍💻 ☎ "
+         U"▶ "
          U"▲ "
          U"≡ "
          U"⇔ "
@@ -119,14 +120,24 @@ class X11Characters : public InputFixture, public testing::TestWithParam<Kind> {
     }
     void arrives(std::u32string_view characters) {
         // A program's widget gets slower with the length of its text.
-        constexpr std::size_t maxLength = 3000;
+        constexpr std::size_t maxLength = 1000;
         for (std::size_t first = 0; first < characters.size(); first += maxLength) {
             const X11Target target(GetParam(), mainQueue);
             ASSERT_TRUE(comesToFront(target));
             const std::string text = utf8Of(characters.substr(first, maxLength));
             type(text, target.process());
-            EXPECT_TRUE(mainQueue.runUntil([&] { return target.text() == text; }, 30s))
-                << differenceOf(target.text(), text);
+            EXPECT_TRUE(becomesInTime(target, text)) << differenceOf(target.text(), text);
+        }
+    }
+    // As long as the text still grows, a slow machine is no failure.
+    bool becomesInTime(const X11Target& target, std::string_view text) {
+        for (std::size_t size = 0;; size = target.text().size()) {
+            if (mainQueue.runUntil([&] { return target.text() == text; }, 20s)) {
+                return true;
+            }
+            if (target.text().size() <= size) {
+                return false;
+            }
         }
     }
     static std::string utf8Of(std::u32string_view characters) {
@@ -196,7 +207,7 @@ TEST_P(X11CharactersSoak, OfEachScriptArriveTwoThousandAtATime) {
         const std::string text = utf8Of(repeated(line.text, 2000));
         const auto start = std::chrono::steady_clock::now();
         type(text, target.process());
-        EXPECT_TRUE(mainQueue.runUntil([&] { return target.text() == text; }, 60s)) << line.name;
+        EXPECT_TRUE(becomesInTime(target, text)) << line.name;
         const std::chrono::duration<double, std::milli> time =
             std::chrono::steady_clock::now() - start;
         std::printf("%s: %.0f ms\n", line.name, time.count());
