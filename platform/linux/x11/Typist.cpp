@@ -361,7 +361,7 @@ void Typist::handleMessage(const xcb_client_message_event_t& message) {
 // Answers to a ping come as messages on the root window, which some toolkits send to those who
 // listen to the root window itself, and others to those who listen to the windows in it.
 void Typist::listen() {
-    const bool awaitsAnswer = isBusy_ || !unread_.isEmpty();
+    const bool awaitsAnswer = isBusy_ || unread_.anyWindow();
     connection_.selectRootEvents(XCB_EVENT_MASK_PROPERTY_CHANGE |
                                  (awaitsAnswer ? std::uint32_t{XCB_EVENT_MASK_STRUCTURE_NOTIFY |
                                                                XCB_EVENT_MASK_SUBSTRUCTURE_NOTIFY}

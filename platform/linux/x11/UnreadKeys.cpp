@@ -87,8 +87,9 @@ std::set<char32_t> UnreadKeys::characters() const {
 }
 
 void UnreadKeys::whenRead(xcb_window_t window, std::function<void()> action) {
-    if (contains(window)) {
-        windows_[window].onRead.push_back(std::move(action));
+    if (const auto found = windows_.find(window);
+        found != windows_.end() && !found->second.isDoubtful) {
+        found->second.onRead.push_back(std::move(action));
     } else {
         action();
     }

@@ -45,8 +45,9 @@ class UnreadKeys {
 
     /// Whether no window is left, not even one whose program may have looked its keys up.
     bool isEmpty() const { return windows_.empty(); }
-    /// One of the windows that are waited for; empty when there is none.
+    /// One of the windows whose keys are waited for; empty when there is none.
     std::optional<xcb_window_t> anyWindow() const;
+    /// Whether the keys in a window are waited for.
     bool contains(xcb_window_t window) const;
 
     /// Characters have been typed into a window; or none, to find out whether its program answers
@@ -79,7 +80,7 @@ class UnreadKeys {
         std::optional<std::int32_t> probed;
         SteadyTime nextProbe;
         std::chrono::milliseconds probeInterval{};
-        // Markers are harmless messages.
+        // A marker is a message that every program ignores.
         bool isMarkerSent = false;
         int markersRead = 0;
     };
