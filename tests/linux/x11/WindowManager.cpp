@@ -40,7 +40,7 @@ bool waitForWindowManager(RealTimeQueue& mainQueue) {
         return false;
     };
     // One that has only just started may miss a question.
-    for (int question = 0; question < 20; ++question) {
+    for (int question = 0; question < 60; ++question) {
         fence.request();
         xcb_flush(connection->get());
         if (mainQueue.runUntil(isAnswered, std::chrono::milliseconds(500))) {

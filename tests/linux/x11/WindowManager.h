@@ -7,7 +7,8 @@
 namespace tarvik::tests {
 
 /// Waits until the window manager has followed every change so far, as one of the keyboard map,
-/// after which it grabs its keys again. False when it takes more than ten seconds.
+/// after which it grabs its keys again. False when it takes more than 30 s, since a
+/// busy one has fallen behind.
 bool waitForWindowManager(RealTimeQueue& mainQueue);
 
 /// Moves the window in front to another workspace, where it is not shown.
