@@ -26,14 +26,16 @@ std::uint32_t HoldGrab::take(std::vector<xcb_keycode_t> keys) {
         connection_.get(), connection_.root(), XCB_CURRENT_TIME, XCB_NONE, connection_.keyboard(),
         XCB_INPUT_GRAB_MODE_22_SYNC, XCB_INPUT_GRAB_MODE_22_ASYNC, XCB_INPUT_GRAB_OWNER_NO_OWNER, 1,
         &events);
-    // Sent together, so that the user's keys do not wait for this client.
-    requestNext(XCB_INPUT_EVENT_MODE_SYNC_DEVICE);
     const XcbReply<xcb_input_xi_grab_device_reply_t> reply(
         xcb_input_xi_grab_device_reply(connection_.get(), cookie, nullptr));
     isHeld_ = reply && reply->status == XCB_GRAB_STATUS_SUCCESS;
     isEnding_ = false;
     deadline_.clear();
     keys_ = std::move(keys);
+    // Where the keys are up already, the next key is not this client's.
+    goOn(false);
+    // The user's keys wait until then.
+    connection_.synchronise();
     return cookie.sequence;
 }
 
@@ -42,17 +44,18 @@ bool HoldGrab::contains(xcb_keycode_t key) const {
 }
 
 void HoldGrab::goOn(bool isHoldOver) {
-    if (!isHeld_) {
-        return;
+    if (endIfUp(isHoldOver)) {
+        requestNext(XCB_INPUT_EVENT_MODE_SYNC_DEVICE);
     }
-    if (!isAnyDown()) {
+}
+
+bool HoldGrab::endIfUp(bool isHoldOver) {
+    if (isHeld_ && !isAnyDown()) {
         drop();
-        return;
-    }
-    if (isHoldOver && !std::exchange(isEnding_, true)) {
+    } else if (isHeld_ && isHoldOver && !std::exchange(isEnding_, true)) {
         deadline_.set(endTimeout, [this] { drop(); });
     }
-    requestNext(XCB_INPUT_EVENT_MODE_SYNC_DEVICE);
+    return isHeld_;
 }
 
 void HoldGrab::replay() {

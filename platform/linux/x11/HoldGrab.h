@@ -26,9 +26,11 @@ class HoldGrab {
     std::uint32_t take(std::vector<xcb_keycode_t> keys);
     bool isHeld() const { return isHeld_; }
     bool contains(xcb_keycode_t key) const;
-    /// A key event has been handled, or some may have gone unheard. Gives the keyboard back when
-    /// the keys are up; 2 s after the end of the hold at the latest.
+    /// A grabbed key event has been handled: as endIfUp(), and else the next one may come.
     void goOn(bool isHoldOver);
+    /// Gives the keyboard back when the keys are up; 2 s after the end of the hold at the latest.
+    /// Answers whether the grab is still held.
+    bool endIfUp(bool isHoldOver);
     /// Gives the keyboard and the last event to the program in front.
     void replay();
     /// Gives the keyboard back.

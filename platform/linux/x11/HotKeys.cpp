@@ -239,6 +239,11 @@ void HotKeys::handleRelease(std::uint32_t keyCode, std::uint32_t sequence) {
                   std::ranges::find(hold_->modifierKeys, key) != hold_->modifierKeys.end())) {
         endHold();
     }
+    holdGrab_.endIfUp(!hold_);
+}
+
+void HotKeys::handleGrabbedRelease(const xcb_input_key_release_event_t& event) {
+    handleRelease(event.detail, event.full_sequence);
     holdGrab_.goOn(!hold_);
 }
 
@@ -310,13 +315,13 @@ void HotKeys::renew() {
     }
     followLifted();
     endIfReleased();
-    holdGrab_.goOn(!hold_);
+    holdGrab_.endIfUp(!hold_);
 }
 
 void HotKeys::handleKeyboardRemoved() {
     lifted_.clear();
     rawKeys_.reread();
-    holdGrab_.goOn(!hold_);
+    holdGrab_.endIfUp(!hold_);
     followLifted();
 }
 

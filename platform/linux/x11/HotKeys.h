@@ -60,6 +60,8 @@ class HotKeys {
     void handleRawPress(const xcb_input_raw_key_press_event_t& event);
     /// A key went up. `sequence` is that of the last request that the server had processed.
     void handleRelease(std::uint32_t keyCode, std::uint32_t sequence);
+    /// The same for a key that came to this client by a grab.
+    void handleGrabbedRelease(const xcb_input_key_release_event_t& event);
     /// The keyboard map or the window manager has changed. The keys may be others now, and a window
     /// manager that grabs its keys after this client would be served first.
     void renewGrabs();

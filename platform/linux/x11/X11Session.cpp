@@ -132,11 +132,10 @@ void X11Session::handleXinput(const xcb_ge_generic_event_t& event) {
             hotKeys_.handleGrab(GrabWatch::changeIn(focus), focus.full_sequence);
             break;
         }
-        case XCB_INPUT_KEY_RELEASE: {
-            const auto& release = reinterpret_cast<const xcb_input_key_release_event_t&>(event);
-            hotKeys_.handleRelease(release.detail, release.full_sequence);
+        case XCB_INPUT_KEY_RELEASE:
+            hotKeys_.handleGrabbedRelease(
+                reinterpret_cast<const xcb_input_key_release_event_t&>(event));
             break;
-        }
         case XCB_INPUT_RAW_KEY_RELEASE: {
             const auto& release = reinterpret_cast<const xcb_input_raw_key_release_event_t&>(event);
             hotKeys_.handleRelease(release.detail, release.full_sequence);
