@@ -279,7 +279,7 @@ class WebSocketCertificates : public testing::Test {
 };
 
 TEST(WebSocketTrustStore, AllowsNothingBelowTls12) {
-    const linuxdesktop::TrustStore store;
+    linuxdesktop::TrustStore store;
     EXPECT_EQ(SSL_CTX_get_min_proto_version(store.sslContext().native_handle()), TLS1_2_VERSION);
 }
 

@@ -120,8 +120,8 @@ TEST_F(X11UnreadKeys, OfATerminalFullOfOutputAreKnownToBeRead) {
     const TestProcess terminal({"xterm", "-e", "yes"});
     ASSERT_TRUE(
         mainQueue.runUntil([&] { return input->frontmostProcess() == terminal.identifier(); }));
-    std::atomic<platform::ProcessIdentifier> process = 0;
-    linuxdesktop::FrontWindow front(*connection, process);
+    std::atomic<linuxdesktop::FrontWindow::Known> known;
+    linuxdesktop::FrontWindow front(*connection, known);
     const xcb_window_t window = front.window();
     unread.add(window, U"ж");
     EXPECT_TRUE(unread.contains(window));
