@@ -12,7 +12,7 @@ using OSStatus = std::int32_t;
 inline constexpr OSStatus noErr = 0;
 /// A handler's answer that passes the event on to the next handler.
 inline constexpr OSStatus eventNotHandledErr = -9874;
-/// Another program has registered the combination already.
+/// The combination is registered already.
 inline constexpr OSStatus eventHotKeyExistsErr = -9878;
 /// The combination cannot be registered on this desktop at all.
 inline constexpr OSStatus eventHotKeyInvalidErr = -9879;
@@ -96,8 +96,9 @@ class EventManager {
     virtual OSStatus removeEventHandler(EventHandlerRef handler) = 0;
 
     /// Registers a key with exactly these modifiers (shiftKeyMask, optionKeyMask) under `id` and
-    /// writes its handle to `outRef`. Returns eventHotKeyExistsErr for a combination that another
-    /// program holds.
+    /// writes its handle to `outRef`. Returns eventHotKeyExistsErr for a combination that this
+    /// program holds already. Linux returns the same for a combination of another program; macOS
+    /// gives a combination to several programs.
     virtual OSStatus registerEventHotKey(std::uint32_t keyCode, std::uint32_t modifiers,
                                          EventHotKeyID id, EventTarget* target,
                                          std::uint32_t options, EventHotKeyRef* outRef) = 0;

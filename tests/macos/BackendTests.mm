@@ -4,7 +4,6 @@
 // user's: nothing here captures sound, types, reads other programs or changes the login items.
 #include <gtest/gtest.h>
 
-#include <array>
 #include <chrono>
 #include <future>
 #include <memory>
@@ -19,36 +18,6 @@ namespace tarvik::macdesktop {
 namespace {
 
 constexpr std::chrono::seconds timeout(60);
-
-platform::OSStatus ignoreEvent(platform::EventHandlerCall*, platform::Event*, void*) {
-    return platform::eventNotHandledErr;
-}
-
-TEST(MacHotKeys, AreRegisteredOnceAndAgainAfterTheirRelease) {
-    MacPlatform mac;
-    platform::EventManager& events = mac.eventManager();
-    const std::array<platform::EventTypeSpec, 1> types = {
-        {{platform::eventClassKeyboard, platform::eventHotKeyPressed}}};
-    platform::EventHandlerRef handler = nullptr;
-    ASSERT_EQ(events.installEventHandler(events.applicationEventTarget(), ignoreEvent, types,
-                                         nullptr, &handler),
-              platform::noErr);
-    ASSERT_NE(handler, nullptr);
-    const auto enroll = [&](platform::EventHotKeyRef* hotKey) {
-        return events.registerEventHotKey(
-            platform::spaceKeyCode, platform::optionKeyMask | platform::shiftKeyMask,
-            {platform::fourCharacterCode("TaDi"), 2}, events.applicationEventTarget(), 0, hotKey);
-    };
-    for (int round = 0; round < 2; ++round) {
-        platform::EventHotKeyRef first = nullptr;
-        ASSERT_EQ(enroll(&first), platform::noErr);
-        ASSERT_NE(first, nullptr);
-        platform::EventHotKeyRef second = nullptr;
-        EXPECT_EQ(enroll(&second), platform::eventHotKeyExistsErr);
-        EXPECT_EQ(events.unregisterEventHotKey(first), platform::noErr);
-    }
-    EXPECT_EQ(events.removeEventHandler(handler), platform::noErr);
-}
 
 class SilentDelegate final : public platform::WebSocketSessionDelegate {
   public:
@@ -104,18 +73,6 @@ TEST(MacAccessibility, AnElementComesWithSuccessAndOnlyThen) {
     EXPECT_EQ(status == platform::axErrorSuccess, focused != nullptr);
     if (!mac.accessibility().isProcessTrusted()) {
         EXPECT_NE(status, platform::axErrorSuccess);
-    }
-}
-
-TEST(MacKeyboard, MakesTheEventsOfAFullRun) {
-    MacPlatform mac;
-    platform::KeyboardEvents& keyboard = mac.keyboardEvents();
-    const auto source = keyboard.createSource(platform::eventSourceStateCombinedSession);
-    ASSERT_TRUE(source);
-    for (const bool isDown : {true, false}) {
-        const auto event = keyboard.createKeyboardEvent(source, 0, isDown);
-        ASSERT_TRUE(event);
-        keyboard.setUnicodeString(*event, u"twenty units of text");
     }
 }
 

@@ -71,7 +71,7 @@ platform::OSStatus SimulatedEventManager::registerEventHotKey(
     if (target != reinterpret_cast<platform::EventTarget*>(&target_)) {
         return platform::eventInternalErr;
     }
-    if (taken_.contains({keyCode, modifiers})) {
+    if (taken_.contains({keyCode, modifiers}) || idOf(keyCode, modifiers)) {
         return platform::eventHotKeyExistsErr;
     }
     if (idsWithoutHandle.contains(id.id)) {

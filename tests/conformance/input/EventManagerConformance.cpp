@@ -91,7 +91,7 @@ TEST_P(EventManagerConformance, CallsNoRemovedHandler) {
     EXPECT_EQ(recorder.events, "");
 }
 
-INSTANTIATE_TEST_SUITE_P(, EventManagerConformance, everyInputWorld(), inputWorldName);
+INSTANTIATE_TEST_SUITE_P(Worlds, EventManagerConformance, everyInputWorld(), inputWorldName);
 
 }  // namespace
 

@@ -44,7 +44,7 @@ TEST_P(FrontProcessConformance, IsKnownOnOtherThreads) {
     EXPECT_EQ(front, world->processOf(Program::second));
 }
 
-INSTANTIATE_TEST_SUITE_P(, FrontProcessConformance, everyInputWorld(), inputWorldName);
+INSTANTIATE_TEST_SUITE_P(Worlds, FrontProcessConformance, everyInputWorld(), inputWorldName);
 
 }  // namespace
 

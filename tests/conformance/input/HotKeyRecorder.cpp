@@ -35,6 +35,11 @@ platform::OSStatus HotKeyRecorder::add(std::uint32_t modifiers, std::uint32_t id
     return status;
 }
 
+platform::OSStatus HotKeyRecorder::remove(platform::EventHotKeyRef hotKey) {
+    std::erase(hotKeys_, hotKey);
+    return manager_.unregisterEventHotKey(hotKey);
+}
+
 void HotKeyRecorder::removeHandler() {
     if (handler_ != nullptr) {
         manager_.removeEventHandler(handler_);

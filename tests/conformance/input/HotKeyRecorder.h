@@ -24,6 +24,8 @@ class HotKeyRecorder {
     /// The space bar with these modifiers.
     platform::OSStatus add(std::uint32_t modifiers, std::uint32_t id,
                            platform::EventHotKeyRef* ref = nullptr);
+    /// Unregisters a hotkey before the recorder's destruction does.
+    platform::OSStatus remove(platform::EventHotKeyRef hotKey);
     void removeHandler();
 
     std::string events;

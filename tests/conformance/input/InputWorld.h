@@ -50,6 +50,5 @@ class InputWorld {
 using InputWorldMaker = std::unique_ptr<InputWorld> (*)();
 
 std::unique_ptr<InputWorld> makeSimulatedInputWorld();
-std::unique_ptr<InputWorld> makeX11InputWorld();
 
 }  // namespace tarvik::tests

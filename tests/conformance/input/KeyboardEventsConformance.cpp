@@ -80,7 +80,7 @@ TEST_P(KeyboardEventsConformance, TypesIntoWhateverHasTheKeyboard) {
     EXPECT_EQ(world->textOf(Program::first), "");
 }
 
-INSTANTIATE_TEST_SUITE_P(, KeyboardEventsConformance, everyInputWorld(), inputWorldName);
+INSTANTIATE_TEST_SUITE_P(Worlds, KeyboardEventsConformance, everyInputWorld(), inputWorldName);
 
 }  // namespace
 

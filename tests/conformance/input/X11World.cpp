@@ -3,7 +3,7 @@
 #include <optional>
 
 #include "platform/linux/DesktopInput.h"
-#include "tests/conformance/input/InputWorld.h"
+#include "tests/conformance/input/InputConformance.h"
 #include "tests/linux/x11/WindowManager.h"
 #include "tests/linux/x11/X11Target.h"
 #include "tests/linux/x11/X11User.h"
@@ -91,8 +91,9 @@ class X11InputWorld final : public InputWorld {
 
 }  // namespace
 
-std::unique_ptr<InputWorld> makeX11InputWorld() {
-    return std::make_unique<X11InputWorld>();
+std::vector<NamedInputWorld> realInputWorlds() {
+    return {
+        {"X11", []() -> std::unique_ptr<InputWorld> { return std::make_unique<X11InputWorld>(); }}};
 }
 
 }  // namespace tarvik::tests

@@ -1,13 +1,12 @@
 // SPDX-License-Identifier: MIT
 
-#import <Foundation/Foundation.h>
-
 #include <thread>
 
 #include "platform/macos/system/DispatchMainQueue.h"
 #include "platform/macos/system/MonotonicClock.h"
 #include "platform/macos/system/RunLoopTimerService.h"
 #include "tests/conformance/system/LoopWorld.h"
+#import "tests/macos/MainRunLoop.h"
 
 namespace tarvik::tests {
 
@@ -20,17 +19,7 @@ class MacLoopWorld final : public LoopWorld {
     const platform::Clock& clock() override { return clock_; }
 
     bool runUntil(const std::function<bool()>& condition) override {
-        const TimePoint deadline = clock_.now() + Seconds(10);
-        while (!condition()) {
-            if (clock_.now() > deadline) {
-                return false;
-            }
-            @autoreleasepool {
-                [NSRunLoop.mainRunLoop runMode:NSDefaultRunLoopMode
-                                    beforeDate:[NSDate dateWithTimeIntervalSinceNow:0.001]];
-            }
-        }
-        return true;
+        return runMainLoopUntil(condition, Seconds(10));
     }
 
     void stall(Seconds interval) override { std::this_thread::sleep_for(interval); }
