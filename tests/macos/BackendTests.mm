@@ -63,19 +63,6 @@ TEST(MacAudio, AnEngineThatHasNeverStartedCanBeAskedStoppedAndDropped) {
     }
 }
 
-TEST(MacAccessibility, AnElementComesWithSuccessAndOnlyThen) {
-    MacPlatform mac;
-    const platform::AXUIElementRef system = mac.accessibility().createSystemWide();
-    ASSERT_TRUE(system);
-    platform::AXUIElementRef focused;
-    const platform::AXError status = mac.accessibility().copyAttributeValue(
-        system, platform::axFocusedUIElementAttribute, &focused);
-    EXPECT_EQ(status == platform::axErrorSuccess, focused != nullptr);
-    if (!mac.accessibility().isProcessTrusted()) {
-        EXPECT_NE(status, platform::axErrorSuccess);
-    }
-}
-
 TEST(MacStatusItem, HasAButtonThatShowsBothStates) {
     MacPlatform mac;
     const auto item = mac.userInterface().makeStatusItem();

@@ -7,8 +7,6 @@
 #include <string>
 
 #include "tests/conformance/accessibility/AccessibilityWorld.h"
-#include "tests/conformance/accessibility/AtspiWorld.h"
-#include "tests/conformance/accessibility/SimulatedWorld.h"
 
 namespace tarvik::tests {
 
@@ -195,7 +193,6 @@ TEST_P(AccessibilityConformance, OnlyTheSelectedTextOfAnElementCanBeWritten) {
     const AXUIElementRef element = newFocus();
     EXPECT_NE(world->service().setAttributeValue(element, "AXValue", "text"),
               platform::axErrorSuccess);
-    EXPECT_NE(write(world->service().createSystemWide(), "text"), platform::axErrorSuccess);
     EXPECT_EQ(target->text(), "as it was");
 }
 
@@ -206,30 +203,9 @@ TEST_P(AccessibilityConformance, OnlyTheDesktopKnowsTheFocusedElement) {
     EXPECT_NE(
         world->service().copyAttributeValue(element, platform::axFocusedUIElementAttribute, &found),
         platform::axErrorSuccess);
-    EXPECT_NE(world->service().copyAttributeValue(world->service().createSystemWide(), "AXParent",
-                                                  &found),
-              platform::axErrorSuccess);
 }
 
-AccessibilityWorldMaker atspi(const std::string& name, const std::string& program,
-                              const std::string& widget) {
-    return {name, [=] { return std::make_unique<AtspiWorld>(program, widget); }};
-}
-
-INSTANTIATE_TEST_SUITE_P(Simulated, AccessibilityConformance,
-                         testing::Values(AccessibilityWorldMaker{
-                             "Accessibility",
-                             [] { return std::make_unique<SimulatedAccessibilityWorld>(); }}),
-                         nameOf);
-
-INSTANTIATE_TEST_SUITE_P(Atspi, AccessibilityConformance,
-                         testing::Values(atspi("Gtk3Entry", "gtk3_target.py", "entry"),
-                                         atspi("Gtk3TextView", "gtk3_target.py", "text"),
-                                         atspi("Gtk4Entry", "gtk4_target.py", "entry"),
-                                         atspi("Gtk4TextView", "gtk4_target.py", "text"),
-                                         atspi("Qt6LineEdit", "qt6_target.py", "entry"),
-                                         atspi("Qt6PlainTextEdit", "qt6_target.py", "text")),
-                         nameOf);
+INSTANTIATE_TEST_SUITE_P(Worlds, AccessibilityConformance, everyAccessibilityWorld(), nameOf);
 
 }  // namespace
 

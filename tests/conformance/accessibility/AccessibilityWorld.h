@@ -7,6 +7,7 @@
 #include <functional>
 #include <memory>
 #include <string>
+#include <vector>
 
 #include "base/Time.h"
 #include "platform/Accessibility.h"
@@ -56,6 +57,16 @@ struct AccessibilityWorldMaker {
     std::string name;
     std::function<std::unique_ptr<AccessibilityWorld>()> make;
 };
+
+std::unique_ptr<AccessibilityWorld> makeSimulatedAccessibilityWorld();
+/// The worlds of the backend for which the program is built.
+std::vector<AccessibilityWorldMaker> realAccessibilityWorlds();
+
+inline auto everyAccessibilityWorld() {
+    std::vector<AccessibilityWorldMaker> worlds = realAccessibilityWorlds();
+    worlds.push_back({"Simulated", makeSimulatedAccessibilityWorld});
+    return testing::ValuesIn(worlds);
+}
 
 inline std::string nameOf(const testing::TestParamInfo<AccessibilityWorldMaker>& info) {
     return info.param.name;

@@ -74,4 +74,18 @@ bool AtspiWorld::waitUntil(const std::function<bool()>& condition, Seconds timeo
     return becomesTrue(condition, timeout);
 }
 
+std::vector<AccessibilityWorldMaker> realAccessibilityWorlds() {
+    const auto atspi = [](const std::string& name, const std::string& program,
+                          const std::string& widget) {
+        return AccessibilityWorldMaker{
+            name, [=] { return std::make_unique<AtspiWorld>(program, widget); }};
+    };
+    return {atspi("Gtk3Entry", "gtk3_target.py", "entry"),
+            atspi("Gtk3TextView", "gtk3_target.py", "text"),
+            atspi("Gtk4Entry", "gtk4_target.py", "entry"),
+            atspi("Gtk4TextView", "gtk4_target.py", "text"),
+            atspi("Qt6LineEdit", "qt6_target.py", "entry"),
+            atspi("Qt6PlainTextEdit", "qt6_target.py", "text")};
+}
+
 }  // namespace tarvik::tests
