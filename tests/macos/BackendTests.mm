@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 
-// What services promise that no conformance suite reaches on a Mac without a permission of the
-// user's: nothing here captures sound, types, reads other programs or changes the login items.
+// What services promise on macOS alone. No test needs a permission of the user's.
+#import <AVFAudio/AVFAudio.h>
 #include <gtest/gtest.h>
 
 #include <chrono>
@@ -12,6 +12,7 @@
 #include <thread>
 
 #import "platform/macos/MacPlatform.h"
+#import "tests/macos/MainRunLoop.h"
 
 namespace tarvik::macdesktop {
 
@@ -49,18 +50,26 @@ TEST(MacWebSocket, AReceiveLearnsOnAnotherThreadWhyThereIsNoConnection) {
     }
 }
 
-TEST(MacAudio, AnEngineThatHasNeverStartedCanBeAskedStoppedAndDropped) {
-    MacPlatform mac;
-    ASSERT_GE(mac.captureAuthorization().authorizationStatusForAudio(), 0);
-    ASSERT_LE(mac.captureAuthorization().authorizationStatusForAudio(), 3);
-    const auto observation = mac.audio().observeConfigurationChange([] {});
-    for (int round = 0; round < 2; ++round) {
+// The system reports the changes of every engine in the process.
+TEST(MacAudio, AReportForAnEngineOfSomebodyElseIsNoChange) {
+    const auto report = [] {
+        [NSNotificationCenter.defaultCenter
+            postNotificationName:AVAudioEngineConfigurationChangeNotification
+                          object:[[AVAudioEngine alloc] init]];
+    };
+    int changes = 0;
+    {
+        MacPlatform mac;
         const auto engine = mac.audio().makeEngine();
-        EXPECT_GE(engine->inputNode().inputFormatForBus(0).sampleRate, 0);
-        EXPECT_GE(engine->inputNode().inputFormatForBus(0).sampleRate, 0);
-        engine->inputNode().removeTapOnBus(0);
-        engine->stop();
+        const auto observation = mac.audio().observeConfigurationChange([&] { ++changes; });
+        report();
+        bool isReportEvaluated = false;
+        mac.mainQueue().async([&] { isReportEvaluated = true; });
+        EXPECT_TRUE(tests::runMainLoopUntil([&] { return isReportEvaluated; }, timeout));
+        EXPECT_EQ(changes, 0);
     }
+    report();
+    EXPECT_EQ(changes, 0);
 }
 
 TEST(MacStatusItem, HasAButtonThatShowsBothStates) {

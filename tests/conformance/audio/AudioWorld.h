@@ -35,6 +35,9 @@ class AudioWorld {
     /// Runs the main queue for as long as an unwanted event would need to arrive.
     void settle() { runFor(std::chrono::milliseconds(400)); }
 
+    /// Whether the environment is without a microphone, as a new one should be. A real machine may
+    /// have one of its own.
+    virtual bool isWithoutMicrophone() { return true; }
     /// Adds a microphone, which delivers silence, and makes it the default source.
     virtual void plug(std::uint32_t sampleRate, std::uint32_t channelCount) = 0;
     /// Removes every microphone.
@@ -52,6 +55,14 @@ struct AudioWorldMaker {
     std::string name;
     std::function<std::unique_ptr<AudioWorld>()> make;
 };
+
+AudioWorldMaker simulatedAudioWorld();
+/// The world of the backend for which the program is built.
+AudioWorldMaker realAudioWorld();
+
+inline auto everyAudioWorld() {
+    return testing::Values(simulatedAudioWorld(), realAudioWorld());
+}
 
 inline std::string nameOf(const testing::TestParamInfo<AudioWorldMaker>& info) {
     return info.param.name;

@@ -80,4 +80,8 @@ std::size_t PulseWorld::openStreams() const {
     return static_cast<std::size_t>(std::count(list.begin(), list.end(), '\n'));
 }
 
+AudioWorldMaker realAudioWorld() {
+    return {"PulseAudio", [] { return std::make_unique<PulseWorld>(); }};
+}
+
 }  // namespace tarvik::tests

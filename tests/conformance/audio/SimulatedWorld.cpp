@@ -76,4 +76,8 @@ void SimulatedAudioWorld::restartServer(std::uint32_t sampleRate) {
     plug(sampleRate, 1);
 }
 
+AudioWorldMaker simulatedAudioWorld() {
+    return {"Simulated", [] { return std::make_unique<SimulatedAudioWorld>(); }};
+}
+
 }  // namespace tarvik::tests

@@ -14,8 +14,8 @@
 #include "platform/linux/loop/FileDescriptor.h"
 #include "tests/conformance/audio/AudioRecorder.h"
 #include "tests/conformance/audio/PulseWorld.h"
+#include "tests/conformance/audio/TestTone.h"
 #include "tests/linux/audio/ReportedRate.h"
-#include "tests/linux/audio/TestTone.h"
 
 namespace tarvik::tests {
 

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 
-#include "tests/linux/audio/TestTone.h"
+#include "tests/conformance/audio/TestTone.h"
 
 #include <algorithm>
 #include <cmath>
