@@ -3,7 +3,6 @@
 #include "tests/conformance/websocket/BeastWorld.h"
 
 #include <chrono>
-#include <csignal>
 #include <cstdlib>
 #include <stdexcept>
 #include <thread>
@@ -32,8 +31,6 @@ std::vector<std::string> BeastWorld::MemoryLog::lines() const {
 
 BeastWorld::BeastWorld(const TestCertificate& certificate)
     : serverContext_(makeServerContext(certificate)) {
-    // OpenSSL writes to connections that the client has reset.
-    std::signal(SIGPIPE, SIG_IGN);
     for (const char* name : {"https_proxy", "HTTPS_PROXY", "no_proxy", "NO_PROXY"}) {
         unsetenv(name);
     }
@@ -118,6 +115,10 @@ platform::WebSocketMessage BeastWorld::nextMessage() {
 
 std::vector<std::string> BeastWorld::logLines() const {
     return log_.lines();
+}
+
+WebSocketWorldMaker realWebSocketWorld() {
+    return {"Beast", [] { return std::make_unique<BeastWorld>(); }};
 }
 
 }  // namespace tarvik::tests

@@ -1,10 +1,9 @@
 // SPDX-License-Identifier: MIT
 
-#include "tests/conformance/websocket/SimulatedWorld.h"
-
 #include <cerrno>
 #include <thread>
 
+#include "tests/conformance/websocket/WebSocketWorld.h"
 #include "tests/support/Journal.h"
 #include "tests/support/SimulatedTime.h"
 #include "tests/support/SimulatedWebSockets.h"

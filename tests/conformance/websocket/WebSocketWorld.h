@@ -47,6 +47,10 @@ struct WebSocketWorldMaker {
     std::function<std::unique_ptr<WebSocketWorld>()> make;
 };
 
+std::unique_ptr<WebSocketWorld> makeSimulatedWebSocketWorld();
+/// The world of the backend for which the program is built.
+WebSocketWorldMaker realWebSocketWorld();
+
 inline std::string nameOf(const testing::TestParamInfo<WebSocketWorldMaker>& info) {
     return info.param.name;
 }

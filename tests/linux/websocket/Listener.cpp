@@ -2,61 +2,16 @@
 
 #include "tests/linux/websocket/Listener.h"
 
-#include <arpa/inet.h>
-#include <fcntl.h>
-#include <netinet/in.h>
 #include <poll.h>
 #include <sys/socket.h>
 #include <unistd.h>
 
-#include <array>
 #include <stdexcept>
 
 namespace tarvik::tests {
 
-namespace {
-
-constexpr int acceptTimeoutMilliseconds = 10'000;
-
-union SocketAddress {
-    sockaddr any;
-    sockaddr_in v4;
-    sockaddr_in6 v6;
-};
-
-SocketAddress makeAddress(const std::string& address, std::uint16_t port) {
-    SocketAddress made{};
-    if (address.find(':') != std::string::npos) {
-        made.v6.sin6_family = AF_INET6;
-        made.v6.sin6_port = htons(port);
-        inet_pton(AF_INET6, address.c_str(), &made.v6.sin6_addr);
-    } else {
-        made.v4.sin_family = AF_INET;
-        made.v4.sin_port = htons(port);
-        inet_pton(AF_INET, address.c_str(), &made.v4.sin_addr);
-    }
-    return made;
-}
-
-bool isReady(int socket, short what, int milliseconds) {
-    pollfd wait{socket, what, 0};
-    return ::poll(&wait, 1, milliseconds) == 1;
-}
-
-}  // namespace
-
-Listener::Listener(const std::string& address, std::uint16_t port, bool hasFullBacklog) {
-    SocketAddress local = makeAddress(address, port);
-    socklen_t size = sizeof local;
-    socket_ = ::socket(local.any.sa_family, SOCK_STREAM | SOCK_CLOEXEC, 0);
-    constexpr int yes = 1;
-    ::setsockopt(socket_, SOL_SOCKET, SO_REUSEADDR, &yes, sizeof yes);
-    if (socket_ < 0 || ::bind(socket_, &local.any, size) != 0 ||
-        ::listen(socket_, hasFullBacklog ? 0 : 16) != 0 ||
-        ::getsockname(socket_, &local.any, &size) != 0) {
-        throw std::runtime_error("No listening socket on " + address);
-    }
-    port_ = ntohs(local.any.sa_family == AF_INET6 ? local.v6.sin6_port : local.v4.sin_port);
+Listener::Listener(const std::string& address, std::uint16_t port, bool hasFullBacklog)
+    : LoopbackListener(address, port, hasFullBacklog ? 0 : defaultBacklog) {
     if (hasFullBacklog) {
         fillBacklog();
     }
@@ -66,15 +21,17 @@ Listener::Listener(const std::string& address, std::uint16_t port, bool hasFullB
 void Listener::fillBacklog() {
     constexpr int maxClients = 16;
     for (int count = 0; count < maxClients; ++count) {
-        SocketAddress target{};
+        sockaddr_storage target{};
         socklen_t size = sizeof target;
-        ::getsockname(socket_, &target.any, &size);
+        auto* address = reinterpret_cast<sockaddr*>(&target);
+        ::getsockname(descriptor(), address, &size);
         const int client =
-            ::socket(target.any.sa_family, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0);
+            ::socket(target.ss_family, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0);
         backlog_.push_back(client);
-        ::connect(client, &target.any, size);
+        ::connect(client, address, size);
         constexpr int connectTimeoutMilliseconds = 100;
-        if (!isReady(client, POLLOUT, connectTimeoutMilliseconds)) {
+        pollfd wait{client, POLLOUT, 0};
+        if (::poll(&wait, 1, connectTimeoutMilliseconds) != 1) {
             return;
         }
     }
@@ -87,7 +44,7 @@ void Listener::emptyBacklog() {
     }
     backlog_.clear();
     while (hasConnection()) {
-        ::close(::accept4(socket_, nullptr, nullptr, SOCK_CLOEXEC));
+        ::close(acceptSocket());
     }
 }
 
@@ -95,18 +52,6 @@ Listener::~Listener() {
     for (const int client : backlog_) {
         ::close(client);
     }
-    ::close(socket_);
-}
-
-bool Listener::hasConnection() const {
-    return isReady(socket_, POLLIN, 0);
-}
-
-Peer Listener::accept() {
-    if (!isReady(socket_, POLLIN, acceptTimeoutMilliseconds)) {
-        throw std::runtime_error("No connection came");
-    }
-    return Peer(::accept4(socket_, nullptr, nullptr, SOCK_CLOEXEC));
 }
 
 }  // namespace tarvik::tests
