@@ -32,6 +32,7 @@ class Typing(DictationTest):
         self.service.closes_at_end = False
         target = self.start_terminal()
         stream = self.dictate(self.service)
+        wait_for(lambda: stream.audio, "sound from the application")
         self.keyboard.release()
         self.application.log.wait_for("audio.stop (session=1)")
         stream.say(MIXED)
