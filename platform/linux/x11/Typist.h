@@ -52,6 +52,8 @@ class Typist {
     void handleChange();
     /// A message has come on the root window.
     void handleMessage(const xcb_client_message_event_t& message);
+    /// A window is gone.
+    void handleDestroyed(xcb_window_t window) { unread_.handleDestroyed(window); }
 
   private:
     struct Round {

@@ -48,6 +48,10 @@ bool UnreadKeys::contains(xcb_window_t window) const {
 }
 
 void UnreadKeys::add(xcb_window_t window, std::u32string_view characters) {
+    if (window != XCB_NONE) {
+        // The end of the window is reported from here on.
+        connection_.selectEvents(window, XCB_EVENT_MASK_STRUCTURE_NOTIFY, this);
+    }
     Keys& keys = windows_[window];
     const auto serial = ping_.send(window);
     keys.isPinged = serial.has_value();
@@ -100,6 +104,15 @@ void UnreadKeys::handleAnswer(const WindowPing::Answer& answer) {
     if (found != windows_.end() && found->second.isPinged &&
         answer.serial >= found->second.serial) {
         remove(answer.window);
+        setDeadline();
+        events_.onChange();
+    }
+}
+
+void UnreadKeys::handleDestroyed(xcb_window_t window) {
+    connection_.forgetEvents(window);
+    if (windows_.contains(window)) {
+        finish(window);
         setDeadline();
         events_.onChange();
     }
@@ -202,6 +215,13 @@ void UnreadKeys::expire(xcb_window_t window) {
 }
 
 void UnreadKeys::remove(xcb_window_t window) {
+    if (window != XCB_NONE) {
+        connection_.selectEvents(window, XCB_EVENT_MASK_NO_EVENT, this);
+    }
+    finish(window);
+}
+
+void UnreadKeys::finish(xcb_window_t window) {
     const auto keys = windows_.extract(window);
     for (const auto& onRead : keys.mapped().onRead) {
         onRead();

@@ -60,6 +60,9 @@ class UnreadKeys {
     void whenRead(xcb_window_t window, std::function<void()> action);
     /// A window has answered a ping.
     void handleAnswer(const WindowPing::Answer& answer);
+    /// A window is gone, and nobody will look its keys up any more. Another window may get its
+    /// number.
+    void handleDestroyed(xcb_window_t window);
     /// Waits for nothing any more.
     void clear();
 
@@ -92,6 +95,7 @@ class UnreadKeys {
     void handleDeadline();
     void expire(xcb_window_t window);
     void remove(xcb_window_t window);
+    void finish(xcb_window_t window);
     bool exists(xcb_window_t window) const;
 
     XcbConnection& connection_;

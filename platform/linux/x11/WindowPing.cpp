@@ -47,8 +47,13 @@ std::optional<WindowPing::Answer> WindowPing::answerIn(const xcb_client_message_
     if (answering_.size() >= maxAnswering) {
         answering_.clear();
     }
-    answering_.insert(answer.window);
+    answering_[answer.window] = connection_.processOfClient(answer.window);
     return answer;
+}
+
+bool WindowPing::hasAnswered(xcb_window_t window) const {
+    const auto found = answering_.find(window);
+    return found != answering_.end() && found->second == connection_.processOfClient(window);
 }
 
 }  // namespace tarvik::linuxdesktop

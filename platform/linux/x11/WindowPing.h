@@ -4,8 +4,8 @@
 #include <xcb/xcb.h>
 
 #include <cstdint>
+#include <map>
 #include <optional>
-#include <set>
 
 #include "platform/linux/x11/XcbConnection.h"
 
@@ -28,14 +28,16 @@ class WindowPing {
     /// What a message on the root window answers; empty when the message is no answer to a ping.
     std::optional<Answer> answerIn(const xcb_client_message_event_t& message);
     /// Whether a window has ever answered. Some programs say that they answer pings and do not.
-    bool hasAnswered(xcb_window_t window) const { return answering_.contains(window); }
+    /// A later program may get the number of a window that is gone.
+    bool hasAnswered(xcb_window_t window) const;
 
   private:
     XcbConnection& connection_;
     xcb_atom_t protocols_;
     xcb_atom_t ping_;
     std::uint32_t serial_ = 0;
-    std::set<xcb_window_t> answering_;
+    // With the process of each.
+    std::map<xcb_window_t, std::optional<std::int32_t>> answering_;
 };
 
 }  // namespace tarvik::linuxdesktop

@@ -90,8 +90,10 @@ void X11Session::handle(const xcb_generic_event_t& event) {
         hotKeys_.renewGrabs();
     } else if (type == XCB_PROPERTY_NOTIFY) {
         handleProperty(reinterpret_cast<const xcb_property_notify_event_t&>(event));
-    } else if (type == XCB_FOCUS_IN || type == XCB_FOCUS_OUT || type == XCB_MAP_NOTIFY ||
-               type == XCB_DESTROY_NOTIFY) {
+    } else if (type == XCB_DESTROY_NOTIFY) {
+        typist_.handleDestroyed(reinterpret_cast<const xcb_destroy_notify_event_t&>(event).window);
+        typist_.handleChange();
+    } else if (type == XCB_FOCUS_IN || type == XCB_FOCUS_OUT || type == XCB_MAP_NOTIFY) {
         typist_.handleChange();
     } else if (type == XCB_CLIENT_MESSAGE) {
         typist_.handleMessage(reinterpret_cast<const xcb_client_message_event_t&>(event));
@@ -162,6 +164,10 @@ void X11Session::report(const xcb_generic_error_t& error) {
     constexpr std::uint8_t badWindow = 3;
     constexpr std::uint8_t badMatch = 8;
     const bool isUnmapped = error.error_code == badMatch && error.major_code == XCB_SET_INPUT_FOCUS;
+    if (error.error_code == badWindow && error.major_code == XCB_CHANGE_WINDOW_ATTRIBUTES) {
+        // The window has gone before its events were chosen.
+        typist_.handleDestroyed(error.resource_id);
+    }
     if (error.error_code != badWindow && !isUnmapped) {
         log_.write("TarvikDictate: the X server refused request " +
                    std::to_string(error.major_code) + "." + std::to_string(error.minor_code) +

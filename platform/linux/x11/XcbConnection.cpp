@@ -156,8 +156,18 @@ void XcbConnection::synchronise() {
         xcb_get_input_focus_reply(connection_, xcb_get_input_focus(connection_), nullptr));
 }
 
-void XcbConnection::selectEvents(xcb_window_t window, std::uint32_t mask) {
-    xcb_change_window_attributes(connection_, window, XCB_CW_EVENT_MASK, &mask);
+void XcbConnection::selectEvents(xcb_window_t window, std::uint32_t mask, const void* owner) {
+    auto& chosen = chosenEvents_[window];
+    chosen[owner] = mask;
+    std::erase_if(chosen, [](const auto& each) { return each.second == XCB_EVENT_MASK_NO_EVENT; });
+    std::uint32_t all = XCB_EVENT_MASK_NO_EVENT;
+    for (const auto& each : chosen) {
+        all |= each.second;
+    }
+    if (chosen.empty()) {
+        chosenEvents_.erase(window);
+    }
+    xcb_change_window_attributes(connection_, window, XCB_CW_EVENT_MASK, &all);
 }
 
 xcb_atom_t XcbConnection::atom(std::string_view name) {

@@ -3,6 +3,7 @@
 
 #include <xcb/xcb.h>
 
+#include <map>
 #include <memory>
 #include <optional>
 #include <string>
@@ -49,8 +50,11 @@ class XcbConnection {
     /// Waits until the server has processed every request before.
     void synchronise();
 
-    /// Chooses which core events of a window come here.
-    void selectEvents(xcb_window_t window, std::uint32_t mask);
+    /// Chooses which core events of a window come here. The choices of several owners stand beside
+    /// each other.
+    void selectEvents(xcb_window_t window, std::uint32_t mask, const void* owner = nullptr);
+    /// A window is gone, and with it every choice.
+    void forgetEvents(xcb_window_t window) { chosenEvents_.erase(window); }
     void selectRootEvents(std::uint32_t mask) { selectEvents(root_, mask); }
 
     /// The server's number for a name; 0 when the server is gone.
@@ -80,6 +84,8 @@ class XcbConnection {
     std::uint8_t xinputFirstEvent_ = 0;
     std::uint8_t xkbFirstEvent_ = 0;
     bool knowsProcesses_ = false;
+    // By window and owner.
+    std::map<xcb_window_t, std::map<const void*, std::uint32_t>> chosenEvents_;
 };
 
 }  // namespace tarvik::linuxdesktop

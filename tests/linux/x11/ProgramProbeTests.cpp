@@ -115,6 +115,19 @@ TEST_F(X11UnreadKeys, OfAnUnknownProgramAreNotWaitedForAfterADelayAndKeptWherePo
     EXPECT_EQ(lost, 0U);
 }
 
+// The next program often gets the numbers of the last one's windows.
+TEST_F(X11UnreadKeys, OfAWindowThatIsGoneAreWaitedForNoLonger) {
+    const xcb_window_t window = xcb_generate_id(connection->get());
+    bool isRead = false;
+    unread.add(window, U"ж");
+    unread.whenRead(window, [&] { isRead = true; });
+    unread.handleDestroyed(window);
+    EXPECT_TRUE(isRead);
+    EXPECT_FALSE(unread.contains(window));
+    EXPECT_TRUE(unread.characters().empty());
+    EXPECT_EQ(lost, 0U);
+}
+
 // Such a terminal draws all the time and reads its keys in between.
 TEST_F(X11UnreadKeys, OfATerminalFullOfOutputAreKnownToBeRead) {
     const TestProcess terminal({"xterm", "-e", "yes"});

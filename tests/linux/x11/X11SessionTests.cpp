@@ -172,6 +172,10 @@ class X11SessionWithWindow : public X11SessionTest {
         while (const linuxdesktop::XcbReply<xcb_generic_event_t> event{
             xcb_poll_for_event(other->get())}) {
             if ((event->response_type & 0x7F) == XCB_CLIENT_MESSAGE) {
+                hasPing = true;
+                if (!answersPings) {
+                    continue;
+                }
                 auto& message = reinterpret_cast<xcb_client_message_event_t&>(*event);
                 message.window = other->root();
                 xcb_send_event(other->get(), 0, other->root(), XCB_EVENT_MASK_SUBSTRUCTURE_NOTIFY,
@@ -222,6 +226,8 @@ class X11SessionWithWindow : public X11SessionTest {
         linuxdesktop::XcbConnection::open().value();
     const xcb_window_t window = xcb_generate_id(other->get());
     xcb_window_t typedInto = XCB_NONE;
+    bool answersPings = true;
+    bool hasPing = false;
 };
 
 TEST_F(X11SessionWithWindow, GivesTheFocusBackToWhereverItWas) {
@@ -233,6 +239,30 @@ TEST_F(X11SessionWithWindow, GivesTheFocusBackToWhereverItWas) {
         EXPECT_EQ(focused()->focus, earlier);
         EXPECT_EQ(focused()->revert_to, XCB_INPUT_FOCUS_NONE);
     }
+}
+
+TEST_F(X11SessionWithWindow, WaitsForNoWindowThatIsGone) {
+    focus(window);
+    type(XCB_NONE);
+    answersPings = false;
+    hasPing = false;
+    bool isTyped = false;
+    session.typist().type({getpid(), U"ж"}, XCB_NONE, [&] { isTyped = true; });
+    const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(15);
+    while (!isTyped && std::chrono::steady_clock::now() < deadline) {
+        linuxdesktop::Deadline turn(loop);
+        turn.set(std::chrono::milliseconds(20), [this] { loop.quit(); });
+        loop.run([this] {
+            session.drain();
+            readEvents();
+            if (hasPing) {
+                xcb_destroy_window(other->get(), window);
+                other->synchronise();
+            }
+        });
+    }
+    EXPECT_TRUE(isTyped);
+    EXPECT_FALSE(log.hasLineWith("not delivered"));
 }
 
 // A program may have several windows, and another one in front by the time that the text comes.
