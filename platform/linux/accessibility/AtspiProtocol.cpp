@@ -15,14 +15,6 @@ std::optional<StateSet> stateSetIn(sd_bus_message* reply) {
     return StateSet(low | static_cast<std::uint64_t>(high) << 32U);
 }
 
-std::optional<std::uint32_t> roleIn(sd_bus_message* reply) {
-    std::uint32_t role = 0;
-    if (sd_bus_message_read(reply, "u", &role) <= 0) {
-        return std::nullopt;
-    }
-    return role;
-}
-
 std::optional<std::vector<BusObject>> childrenIn(sd_bus_message* reply) {
     std::vector<BusObject> children;
     if (sd_bus_message_enter_container(reply, SD_BUS_TYPE_ARRAY, "(so)") <= 0) {

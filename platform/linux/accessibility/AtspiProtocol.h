@@ -45,8 +45,6 @@ class StateSet {
 
 /// The content of a reply to GetState; empty for an error or another type.
 std::optional<StateSet> stateSetIn(sd_bus_message* reply);
-/// The content of a reply to GetRole; empty for an error or another type.
-std::optional<std::uint32_t> roleIn(sd_bus_message* reply);
 /// The content of a reply to GetChildren; empty for an error or another type.
 std::optional<std::vector<BusObject>> childrenIn(sd_bus_message* reply);
 /// Whether a reply to GetInterfaces names EditableText; empty for an error or another type.

@@ -64,4 +64,5 @@ BusMessage AtspiText::newRangeCall(const char* interface, const char* member, st
     return bus_->newCall(object_, interface, member, "ii", static_cast<std::int32_t>(start),
                          static_cast<std::int32_t>(end));
 }
+
 }  // namespace tarvik::linuxdesktop

@@ -234,7 +234,7 @@ void FocusTracker::setFocus(Program& program, const std::string& path) {
               });
     bus_.call(bus_.newCall(program.focus->object(), atspi::accessibleInterface, "GetRole"),
               replyTimeout, [element = program.focus](sd_bus_message* reply) {
-                  element->isPasswordField = atspi::roleIn(reply) == atspi::passwordTextRole;
+                  element->isPasswordField = unsignedIn(reply) == atspi::passwordTextRole;
               });
 }
 

@@ -94,7 +94,7 @@ bool TextWrite::queryCapabilities(SteadyTime deadline) {
     }
     if (!element_.isPasswordField) {
         queries.add(newAccessibleCall("GetRole"), [this](sd_bus_message* reply) {
-            element_.isPasswordField = atspi::roleIn(reply) == atspi::passwordTextRole;
+            element_.isPasswordField = unsignedIn(reply) == atspi::passwordTextRole;
         });
     }
     if (element_.application->toolkit.empty()) {

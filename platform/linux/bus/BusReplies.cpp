@@ -38,6 +38,10 @@ std::optional<std::int32_t> integerIn(sd_bus_message* reply) {
     return valueIn<std::int32_t>(reply, "i");
 }
 
+std::optional<std::uint32_t> unsignedIn(sd_bus_message* reply) {
+    return valueIn<std::uint32_t>(reply, "u");
+}
+
 std::optional<bool> booleanIn(sd_bus_message* reply) {
     return booleanOf(reply, "b");
 }

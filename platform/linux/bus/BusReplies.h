@@ -15,6 +15,7 @@ namespace tarvik::linuxdesktop {
 /// The text, number or truth value that a reply begins with.
 std::optional<std::string> textIn(sd_bus_message* reply);
 std::optional<std::int32_t> integerIn(sd_bus_message* reply);
+std::optional<std::uint32_t> unsignedIn(sd_bus_message* reply);
 std::optional<bool> booleanIn(sd_bus_message* reply);
 
 /// The value of a property that was asked for.

@@ -73,15 +73,6 @@ BusMessage bringForward(MessageBus& bus, const StartupIds& ids, SteadyTime deadl
     return callAndWait(bus, std::move(request), deadline);
 }
 
-// 0, which is no answer of a bus, for anything else.
-std::uint32_t roleIn(sd_bus_message* reply) {
-    std::uint32_t role = 0;
-    if (reply != nullptr) {
-        sd_bus_message_read(reply, "u", &role);
-    }
-    return role;
-}
-
 }  // namespace
 
 BusMessage newNameRequest(MessageBus& bus) {
@@ -90,7 +81,7 @@ BusMessage newNameRequest(MessageBus& bus) {
 }
 
 bool isNameOwner(sd_bus_message* reply) {
-    return roleIn(reply) == isOwner;
+    return unsignedIn(reply) == isOwner;
 }
 
 InstanceClaim claimInstance(const StartupIds& ids, Seconds timeout) {
@@ -103,7 +94,7 @@ InstanceClaim claimInstance(const StartupIds& ids, Seconds timeout) {
     bool isOwnerAsked = false;
     while (true) {
         BusMessage reply = callAndWait(*bus, newNameRequest(*bus), deadline);
-        const std::uint32_t role = roleIn(reply.get());
+        const auto role = reply ? unsignedIn(reply.get()) : std::nullopt;
         if (role == isOwner) {
             return {InstanceClaim::Role::first, std::move(bus), {}};
         }
