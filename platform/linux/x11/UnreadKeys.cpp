@@ -207,8 +207,7 @@ bool UnreadKeys::readsMarkers(xcb_window_t window, Keys& keys) {
 
 void UnreadKeys::expire(xcb_window_t window) {
     const Keys& keys = windows_[window];
-    // A window that is gone answers nothing, and nobody can tell what it has read.
-    if (!keys.isDoubtful && !keys.characters.empty() && exists(window)) {
+    if (!keys.isDoubtful && !keys.characters.empty()) {
         events_.onTimeout(keys.characters.size());
     }
     remove(window);
@@ -226,12 +225,6 @@ void UnreadKeys::finish(xcb_window_t window) {
     for (const auto& onRead : keys.mapped().onRead) {
         onRead();
     }
-}
-
-bool UnreadKeys::exists(xcb_window_t window) const {
-    const XcbReply<xcb_get_window_attributes_reply_t> reply(xcb_get_window_attributes_reply(
-        connection_.get(), xcb_get_window_attributes(connection_.get(), window), nullptr));
-    return reply != nullptr;
 }
 
 }  // namespace tarvik::linuxdesktop

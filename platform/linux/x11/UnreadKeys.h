@@ -96,7 +96,6 @@ class UnreadKeys {
     void expire(xcb_window_t window);
     void remove(xcb_window_t window);
     void finish(xcb_window_t window);
-    bool exists(xcb_window_t window) const;
 
     XcbConnection& connection_;
     WindowPing& ping_;
