@@ -76,7 +76,7 @@ bool isOfTheService(Action action) {
     return action >= Action::accept && action <= Action::sayNothing;
 }
 
-// Mostly the newest socket.
+// The newest socket in most cases. Earlier sockets still get messages, too.
 std::size_t randomAge(Random& random) {
     return random.below(4) != 0 ? 0 : random.below(3);
 }
