@@ -8,6 +8,7 @@
 #include <chrono>
 #include <utility>
 
+#include "platform/linux/x11/Keyboard.h"
 #include "platform/linux/x11/XcbReply.h"
 
 namespace tarvik::linuxdesktop {
@@ -76,11 +77,8 @@ void HoldGrab::forget() {
 }
 
 bool HoldGrab::isAnyDown() {
-    const XcbReply<xcb_query_keymap_reply_t> reply(
-        xcb_query_keymap_reply(connection_.get(), xcb_query_keymap(connection_.get()), nullptr));
-    return reply && std::ranges::any_of(keys_, [&](xcb_keycode_t key) {
-               return (reply->keys[key / 8] >> (key % 8) & 1) != 0;
-           });
+    const KeysDown down = keysDown(connection_, xcb_query_keymap(connection_.get()));
+    return std::ranges::any_of(keys_, [&](xcb_keycode_t key) { return down[key]; });
 }
 
 void HoldGrab::requestNext(std::uint8_t mode) {

@@ -77,7 +77,10 @@ void HotKeys::remove(HotKeyNumber number) {
     if (hold_ && hold_->number == number) {
         hold_.reset();
     }
-    holdGrab_.drop();
+    // Another hotkey's hold goes on, and with it the grab that tells its end.
+    if (!hold_) {
+        holdGrab_.drop();
+    }
     followLifted();
 }
 
@@ -373,12 +376,7 @@ bool HotKeys::selectRawEvents() {
 }
 
 void HotKeys::endIfReleased() {
-    if (!hold_) {
-        return;
-    }
-    const XcbReply<xcb_query_keymap_reply_t> reply(
-        xcb_query_keymap_reply(connection_.get(), xcb_query_keymap(connection_.get()), nullptr));
-    if (!reply || (reply->keys[hold_->key / 8] >> (hold_->key % 8) & 1) == 0) {
+    if (hold_ && !keysDown(connection_, xcb_query_keymap(connection_.get()))[hold_->key]) {
         endHold();
     }
 }

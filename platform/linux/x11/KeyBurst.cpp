@@ -33,17 +33,13 @@ KeyboardState KeyboardState::read(XcbConnection& connection) {
     const auto keysCookie = xcb_query_keymap(connection.get());
     const XcbReply<xcb_xkb_get_state_reply_t> xkb(
         xcb_xkb_get_state_reply(connection.get(), stateCookie, nullptr));
-    const XcbReply<xcb_query_keymap_reply_t> keys(
-        xcb_query_keymap_reply(connection.get(), keysCookie, nullptr));
     KeyboardState state;
     if (xkb) {
         state.group = xkb->group;
         state.lockedModifiers = xkb->lockedMods;
         state.latchedModifiers = xkb->latchedMods;
     }
-    for (std::size_t code = 0; keys && code < state.down.size(); ++code) {
-        state.down[code] = (keys->keys[code / 8] >> (code % 8) & 1) != 0;
-    }
+    state.down = keysDown(connection, keysCookie);
     return state;
 }
 

@@ -34,6 +34,16 @@ bool isFunction(std::uint32_t symbol) {
 
 }  // namespace
 
+KeysDown keysDown(XcbConnection& connection, xcb_query_keymap_cookie_t request) {
+    const XcbReply<xcb_query_keymap_reply_t> reply(
+        xcb_query_keymap_reply(connection.get(), request, nullptr));
+    KeysDown down;
+    for (std::size_t code = 0; reply && code < down.size(); ++code) {
+        down[code] = (reply->keys[code / 8] >> (code % 8) & 1) != 0;
+    }
+    return down;
+}
+
 bool Keyboard::handleMapChange(std::uint32_t sequence) {
     if (ownChanges_.contains(sequence)) {
         return false;

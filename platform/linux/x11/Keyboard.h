@@ -22,6 +22,10 @@ namespace tarvik::linuxdesktop {
 /// The keys that are down, by key code.
 using KeysDown = std::bitset<256>;
 
+/// The answer to a request for the keys that are down; none when the server is gone. Waits for the
+/// server.
+KeysDown keysDown(XcbConnection& connection, xcb_query_keymap_cookie_t request);
+
 /// Which key yields which symbol, as far as hotkeys and typing need to know. A character that the
 /// layouts lack gets a spare key, one without a symbol, for a while. A spare key serves two
 /// characters, one of them with Shift. Input thread only.

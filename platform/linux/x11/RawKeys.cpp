@@ -31,11 +31,7 @@ bool RawKeys::select(bool hasPresses, bool hasReleases) {
 void RawKeys::reread() {
     const auto cookie = xcb_query_keymap(connection_.get());
     readSequence_ = cookie.sequence;
-    const XcbReply<xcb_query_keymap_reply_t> reply(
-        xcb_query_keymap_reply(connection_.get(), cookie, nullptr));
-    for (std::size_t code = 0; code < down_.size(); ++code) {
-        down_[code] = reply && (reply->keys[code / 8] >> (code % 8) & 1) != 0;
-    }
+    down_ = keysDown(connection_, cookie);
 }
 
 std::uint8_t RawKeys::modifiers(const Keyboard& keyboard) const {

@@ -3,9 +3,7 @@
 
 #include <xcb/xcb.h>
 
-#include <array>
 #include <cstdint>
-#include <utility>
 
 #include "platform/linux/x11/Keyboard.h"
 #include "platform/linux/x11/XcbConnection.h"
@@ -26,7 +24,11 @@ class RawKeys {
     void reread();
 
     /// A key went down. False for the repeat of a key that was down already.
-    bool press(xcb_keycode_t key) { return !std::exchange(down_[key], true); }
+    bool press(xcb_keycode_t key) {
+        const bool isRepeat = down_[key];
+        down_[key] = true;
+        return !isRepeat;
+    }
     /// A key went up.
     void release(xcb_keycode_t key) { down_[key] = false; }
 
@@ -40,8 +42,7 @@ class RawKeys {
 
   private:
     XcbConnection& connection_;
-    // By key code.
-    std::array<bool, 256> down_{};
+    KeysDown down_;
     std::uint32_t readSequence_ = 0;
     bool hasPresses_ = false;
     bool hasReleases_ = false;

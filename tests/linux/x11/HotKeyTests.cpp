@@ -60,6 +60,17 @@ TEST_P(X11HotKeys, EndOnceWhicheverKeyOfThreeGoesUpFirst) {
     EXPECT_TRUE(becomes(recorder, expected));
 }
 
+TEST_P(X11HotKeys, TellTheEndOfAHoldWhenAnotherHotkeyIsUnregisteredMeanwhile) {
+    platform::EventHotKeyRef other = nullptr;
+    ASSERT_EQ(recorder.add(hold, 1), noErr);
+    ASSERT_EQ(recorder.add(toggle, 2, &other), noErr);
+    pressHold();
+    EXPECT_TRUE(becomes(recorder, "P1"));
+    EXPECT_EQ(recorder.remove(other), noErr);
+    releaseHold();
+    EXPECT_TRUE(becomes(recorder, "P1R1"));
+}
+
 TEST_P(X11HotKeys, ReportAKeyThatIsHeldOnce) {
     addBoth();
     pressHold();
