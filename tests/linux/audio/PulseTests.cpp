@@ -1,8 +1,6 @@
 // SPDX-License-Identifier: MIT
 
-#include <fcntl.h>
 #include <gtest/gtest.h>
-#include <unistd.h>
 
 #include <algorithm>
 #include <atomic>
@@ -11,10 +9,10 @@
 #include <csignal>
 #include <future>
 
-#include "platform/linux/loop/FileDescriptor.h"
 #include "tests/conformance/audio/AudioRecorder.h"
 #include "tests/conformance/audio/PulseWorld.h"
 #include "tests/conformance/audio/TestTone.h"
+#include "tests/linux/audio/ManualMicrophone.h"
 #include "tests/linux/audio/ReportedRate.h"
 
 namespace tarvik::tests {
@@ -192,36 +190,8 @@ TEST_F(AudioPulse, ReadingTheFormatOpensOneStreamThatDoesNotRecord) {
     EXPECT_EQ(world.openStreams(), 1U);
 }
 
-/// A microphone that is a pipe of the test's own. The sound server reads it while something
-/// records.
-class ManualMicrophone {
-  public:
-    static constexpr std::uint32_t sampleRate = 16000;
-
-    explicit ManualMicrophone(PulseWorld& world)
-        : pipe_((world.server().folder() / "manual").string()) {
-        world.server().control({"load-module", "module-pipe-source",
-                                "source_name=manual file=" + pipe_ +
-                                    " format=s16le channels=1 rate=" + std::to_string(sampleRate)});
-        world.server().control({"set-default-source", "manual"});
-        descriptor_ =
-            linuxdesktop::FileDescriptor(open(pipe_.c_str(), O_WRONLY | O_NONBLOCK | O_CLOEXEC));
-    }
-
-    void write(std::size_t frameCount, std::int16_t sample) {
-        const std::vector<std::int16_t> samples(frameCount, sample);
-        const auto size = static_cast<ssize_t>(samples.size() * sizeof sample);
-        EXPECT_EQ(::write(descriptor_.number(), samples.data(), static_cast<std::size_t>(size)),
-                  size);
-    }
-
-  private:
-    const std::string pipe_;
-    linuxdesktop::FileDescriptor descriptor_;
-};
-
 TEST_F(AudioPulse, SoundFromBeforeTheStartIsNotDelivered) {
-    ManualMicrophone microphone(world);
+    ManualMicrophone microphone(world.server());
     ASSERT_TRUE(within([this] { return recorder.changes() == 1; }));
     const auto engine = world.service().makeEngine();
     const platform::AudioFormat format = engine->inputNode().inputFormatForBus(0);
@@ -269,7 +239,7 @@ TEST_F(AudioPulse, AnOpenStreamThatIsStartedStaysOpen) {
     recorder.format();
     record();
     // Longer than an unused stream stays open.
-    world.runFor(std::chrono::milliseconds(10500));
+    world.runFor(std::chrono::milliseconds(5500));
     EXPECT_EQ(world.openStreams(), 1U);
     recorder.forget();
     EXPECT_TRUE(within([this] { return recorder.buffers() > 0; }));
