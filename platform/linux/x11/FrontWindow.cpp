@@ -38,12 +38,12 @@ FrontWindow::FrontWindow(XcbConnection& connection, std::atomic<Known>& front)
       clientMachine_(connection.atom("WM_CLIENT_MACHINE")),
       front_(front) {}
 
-FrontWindow::Change FrontWindow::handleProperty(const xcb_property_notify_event_t& event) {
+bool FrontWindow::handleProperty(const xcb_property_notify_event_t& event) {
     if (event.atom != activeWindow_ && event.atom != managerCheck_) {
-        return Change::none;
+        return false;
     }
     refresh();
-    return event.atom == managerCheck_ ? Change::windowManager : Change::window;
+    return true;
 }
 
 void FrontWindow::refreshUnannounced() {

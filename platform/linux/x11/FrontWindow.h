@@ -31,9 +31,9 @@ class FrontWindow {
     FrontWindow(const FrontWindow&) = delete;
     FrontWindow& operator=(const FrontWindow&) = delete;
 
-    /// What a changed property of the root window means.
-    enum class Change { none, window, windowManager };
-    Change handleProperty(const xcb_property_notify_event_t& event);
+    /// A property has changed. Answers whether it tells of the window in front or of the window
+    /// manager.
+    bool handleProperty(const xcb_property_notify_event_t& event);
     /// Asks the server again.
     void refresh() { remember(window()); }
     /// Asks the server again where no window manager announces changes.

@@ -2,38 +2,19 @@
 
 #include "platform/linux/x11/HotKeys.h"
 
-#include <xkbcommon/xkbcommon-keysyms.h>
-
 #include <algorithm>
-#include <array>
-#include <chrono>
 #include <string>
 #include <utility>
 
+#include "platform/linux/x11/FakeKeyboard.h"
+
 namespace tarvik::linuxdesktop {
 
-namespace {
-
-using namespace std::chrono_literals;
-
-// Of two grabs the newest is served. An idle window manager grabs again within a few milliseconds
-// after a change of the map. A busy one may take longer, and some do not tell when they have. The
-// change may come with the very Alt that the user presses for the hotkey, so the grabs are renewed
-// after each of these delays.
-constexpr std::array renewalDelays{5ms, 20ms, 60ms, 200ms, 600ms};
-
-}  // namespace
-
-HotKeys::HotKeys(XcbConnection& connection, Keyboard& keyboard, PollLoop& loop, Events events)
+HotKeys::HotKeys(XcbConnection& connection, Keyboard& keyboard, Events events)
     : connection_(connection),
       keyboard_(keyboard),
       events_(std::move(events)),
-      lifted_(connection, keyboard),
-      rawKeys_(connection),
-      grabWatch_(connection),
-      holdGrab_(connection, loop),
-      windowManagerFence_(connection),
-      renewal_(loop) {}
+      lifted_(connection, keyboard) {}
 
 HotKeys::~HotKeys() {
     endHold();
@@ -60,8 +41,7 @@ platform::OSStatus HotKeys::add(HotKeyNumber number, std::uint32_t keyCode,
         return connection_.isBroken() ? platform::eventInternalErr : platform::eventHotKeyExistsErr;
     }
     hotKeys_[number] = {modifiers, wanted};
-    // A window manager may still have to handle an earlier change.
-    beginRenewals();
+    followLifted();
     return platform::noErr;
 }
 
@@ -77,15 +57,15 @@ void HotKeys::remove(HotKeyNumber number) {
     if (hold_ && hold_->number == number) {
         hold_.reset();
     }
-    // Another hotkey's hold goes on, and with it the grab that tells its end.
-    if (!hold_) {
-        holdGrab_.drop();
-    }
     followLifted();
 }
 
+bool HotKeys::isOfMaster(const xcb_input_key_press_event_t& event) const {
+    return event.deviceid == connection_.keyboard();
+}
+
 void HotKeys::handlePress(const xcb_input_key_press_event_t& event) {
-    if (event.sourceid != event.deviceid) {
+    if (event.sourceid != connection_.keyboard()) {
         keyboardInUse_ = event.sourceid;
     }
     const auto key = static_cast<xcb_keycode_t>(event.detail);
@@ -93,22 +73,9 @@ void HotKeys::handlePress(const xcb_input_key_press_event_t& event) {
         // The repeat of a held key is no press: it would switch a long dictation on and off, and
         // ask for a missing key anew. A key that stays down after its combination has ended repeats
         // too.
-        const bool isHeld = hold_ && hold_->key == key;
-        if (holdGrab_.isHeld()) {
-            holdGrab_.goOn(!hold_);
-        } else {
-            answerPress(connection_, isHeld ? PressAnswer::ours : PressAnswer::notOurs);
-        }
+        giveBack(event);
         return;
     }
-    rawKeys_.press(key);
-    isGrabbed_ = false;
-    if (confirm(event)) {
-        selectRawEvents();
-        keepKeyboard(*hold_);
-        return;
-    }
-    selectRawEvents();
     const std::uint32_t seen = event.mods.effective;
     auto number = hotKeyOf(key, seen | lifted_.mask());
     if (!number) {
@@ -116,25 +83,13 @@ void HotKeys::handlePress(const xcb_input_key_press_event_t& event) {
     }
     if (number) {
         endHold();
-        beginHold(*number, std::nullopt);
-    } else if (!holdGrab_.isHeld()) {
+        beginHold(*number, event);
+    } else if (isOfMaster(event)) {
         answerPress(connection_, PressAnswer::notOurs);
-    } else if (hold_ || holdGrab_.contains(key)) {
-        holdGrab_.goOn(!hold_);
     } else {
-        holdGrab_.replay();
+        giveBack(event);
+        passOn(event, true);
     }
-}
-
-// A modifier that typing has lifted was up already for the program in front.
-void HotKeys::keepKeyboard(const Hold& hold) {
-    if (!lifted_.isEmpty()) {
-        answerPress(connection_, PressAnswer::ours);
-        return;
-    }
-    std::vector<xcb_keycode_t> keys = hold.modifierKeys;
-    keys.push_back(hold.key);
-    ownRequests_.begin(holdGrab_.take(std::move(keys)));
 }
 
 std::optional<HotKeyNumber> HotKeys::hotKeyOf(xcb_keycode_t key, std::uint32_t modifiers) const {
@@ -148,92 +103,64 @@ std::optional<HotKeyNumber> HotKeys::hotKeyOf(xcb_keycode_t key, std::uint32_t m
     return std::nullopt;
 }
 
-void HotKeys::beginHold(HotKeyNumber number, std::optional<Unconfirmed> unconfirmed) {
+// The raw events are selected before the keyboard is given back, so that no release goes unheard.
+void HotKeys::beginHold(HotKeyNumber number, const xcb_input_key_press_event_t& event) {
     const KeyGrab& grab = *hotKeys_[number].grab;
-    hold_ = Hold{number, grab.key, keyboard_.modifierKeys(grab.modifiers), unconfirmed.has_value(),
-                 unconfirmed};
-    reportedKey_ = grab.key;
+    hold_ = Hold{number, grab.key, keyboard_.modifierKeys(grab.modifiers), event.sourceid};
     selectRawEvents();
-    if (!unconfirmed) {
-        keepKeyboard(*hold_);
+    giveBack(event);
+    if (!isOfMaster(event)) {
+        hideModifiers(event.sourceid);
     }
     events_.onPressed(number);
 }
 
-// The raw event of a press comes right before the press itself, and has the same time.
-bool HotKeys::confirm(const xcb_input_key_press_event_t& event) {
-    if (!hold_ || !hold_->unconfirmed || hold_->key != event.detail) {
-        return false;
+// The server detaches a keyboard from the master while the keyboard is grabbed. The master would
+// miss the release of Alt.
+void HotKeys::giveBack(const xcb_input_key_press_event_t& event) {
+    if (!isOfMaster(event)) {
+        xcb_input_xi_ungrab_device(connection_.get(), XCB_CURRENT_TIME, event.deviceid);
+        return;
     }
-    const Unconfirmed& heard = *hold_->unconfirmed;
-    const bool isLater = SequenceRanges::isAfter(event.full_sequence, heard.readSequence);
-    if (heard.time ? heard.time != event.time : isLater) {
-        return false;
-    }
-    hold_->unconfirmed.reset();
-    hold_->hasLostGrab = false;
-    return true;
+    const bool isHeld = hold_ && hold_->key == event.detail;
+    answerPress(connection_, isHeld ? PressAnswer::ours : PressAnswer::notOurs);
 }
 
-void HotKeys::handleRawPress(const xcb_input_raw_key_press_event_t& event) {
+// The program in front sees the modifiers, and not the key. Alt that goes down and up alone moves
+// the keyboard to the menu bar of many programs, so the programs get a key that types nothing. A
+// modifier that typing has lifted was up already for the program in front.
+void HotKeys::hideModifiers(std::uint16_t keyboard) {
+    const auto key = keyboard_.silentKey();
+    if (key && lifted_.isEmpty()) {
+        FakeKeyboard fake(connection_, keyboard);
+        fake.press(*key);
+        fake.release(*key);
+    }
+}
+
+// A key of somebody else, which came while the keyboard was this client's. For the keyboard the key
+// is down or up already, so the key has to move back first. The master ignores what it has seen.
+void HotKeys::passOn(const xcb_input_key_press_event_t& event, bool isDown) {
     const auto key = static_cast<xcb_keycode_t>(event.detail);
-    if (ownRequests_.contains(event.full_sequence) || !rawKeys_.press(key)) {
-        return;
-    }
-    const auto number = hotKeyOf(key, rawKeys_.modifiers(keyboard_) | lifted_.mask());
-    if (number) {
-        keyboardInUse_ = event.sourceid;
-        endHold();
-        beginHold(*number, Unconfirmed{event.time});
-    } else if (isGrabbed_ && !isRenewing_ && !hold_ && !holdGrab_.isHeld() &&
-               !grabWatch_.isTakenByOther()) {
-        // The end of the grab went unheard.
-        isGrabbed_ = false;
-        selectRawEvents();
-    }
-}
-
-// Of a press that came before the raw events were selected, only the state of the keys tells.
-void HotKeys::hearUngrabbedPresses() {
-    if (!selectRawEvents() || hold_) {
-        return;
-    }
-    const std::uint32_t held = rawKeys_.modifiers(keyboard_) | lifted_.mask();
-    for (const auto& [number, hotKey] : hotKeys_) {
-        const auto& grab = hotKey.grab;
-        if (grab && rawKeys_.isDown(grab->key) && grab->key != reportedKey_ &&
-            hotKeyOf(grab->key, held) == number) {
-            beginHold(number, Unconfirmed{std::nullopt, rawKeys_.readSequence()});
-            return;
+    FakeKeyboard fake(connection_, event.sourceid);
+    const bool hasMoved = fake.keysDown()[key] == isDown;
+    if (isDown) {
+        if (hasMoved) {
+            fake.release(key);
         }
+        fake.press(key);
+    } else {
+        if (hasMoved) {
+            fake.press(key);
+        }
+        fake.release(key);
     }
-}
-
-void HotKeys::handleGrab(GrabWatch::Change change, std::uint32_t sequence) {
-    if (change == GrabWatch::Change::none || ownRequests_.contains(sequence)) {
-        return;
-    }
-    isGrabbed_ = change == GrabWatch::Change::begun;
-    hearUngrabbedPresses();
-}
-
-void HotKeys::handleGrabByOther() {
-    isGrabbed_ = true;
-    hearUngrabbedPresses();
-}
-
-void HotKeys::followFront(xcb_window_t front) {
-    grabWatch_.follow(front);
 }
 
 void HotKeys::handleRelease(std::uint32_t keyCode, std::uint32_t sequence) {
     const auto key = static_cast<xcb_keycode_t>(keyCode);
     if (ownReleases_.erase({key, sequence}) != 0) {
         return;
-    }
-    rawKeys_.release(key);
-    if (key == reportedKey_) {
-        reportedKey_ = 0;
     }
     if (lifted_.remove(key)) {
         followLifted();
@@ -242,12 +169,14 @@ void HotKeys::handleRelease(std::uint32_t keyCode, std::uint32_t sequence) {
                   std::ranges::find(hold_->modifierKeys, key) != hold_->modifierKeys.end())) {
         endHold();
     }
-    holdGrab_.endIfUp(!hold_);
 }
 
 void HotKeys::handleGrabbedRelease(const xcb_input_key_release_event_t& event) {
+    const auto key = static_cast<xcb_keycode_t>(event.detail);
     handleRelease(event.detail, event.full_sequence);
-    holdGrab_.goOn(!hold_);
+    if (!isOfMaster(event) && keysDown(connection_, xcb_query_keymap(connection_.get()))[key]) {
+        passOn(event, false);
+    }
 }
 
 void HotKeys::endHold() {
@@ -255,56 +184,18 @@ void HotKeys::endHold() {
         const Hold ended = *std::exchange(hold_, std::nullopt);
         selectRawEvents();
         events_.onReleased(ended.number);
-        if (ended.unconfirmed) {
-            // Another client has got the press, perhaps because its grab is newer.
-            beginRenewals();
-        }
     }
 }
 
-void HotKeys::renewGrabs() {
-    beginRenewals();
-    hearUngrabbedPresses();
-}
-
-void HotKeys::beginRenewals() {
-    renewalsDone_ = 0;
-    isRenewing_ = true;
-    scheduleRenewal(0ms);
-    windowManagerFence_.request();
-}
-
-void HotKeys::handleProperty(const xcb_property_notify_event_t& event) {
-    if (windowManagerFence_.isAnswer(event)) {
-        renew();
-    }
-}
-
-void HotKeys::scheduleRenewal(std::chrono::milliseconds passed) {
-    if (renewalsDone_ < renewalDelays.size() && !hotKeys_.empty()) {
-        const auto delay = renewalDelays[renewalsDone_++];
-        renewal_.set(delay - passed, [this, delay] {
-            renew();
-            scheduleRenewal(delay);
-        });
-    } else {
-        isRenewing_ = false;
-        selectRawEvents();
-    }
-}
-
-void HotKeys::renew() {
-    // Reading the map takes a while.
-    for (const auto& [number, hotKey] : hotKeys_) {
-        if (hotKey.grab) {
-            hotKey.grab->raise(connection_);
-        }
-    }
+void HotKeys::handleMapChange() {
     keyboard_.refresh();
     for (auto& [number, hotKey] : hotKeys_) {
         const auto wanted = spaceBarGrab(keyboard_, hotKey.modifiers);
+        if (wanted && wanted == hotKey.grab) {
+            continue;
+        }
         const bool isGrabbed = wanted && wanted->make(connection_);
-        if (hotKey.grab && hotKey.grab != wanted) {
+        if (hotKey.grab) {
             hotKey.grab->drop(connection_, isGrabbed ? wanted : std::nullopt);
         }
         if (wanted && !isGrabbed) {
@@ -317,34 +208,28 @@ void HotKeys::renew() {
         hotKey.grab = isGrabbed ? wanted : std::nullopt;
     }
     followLifted();
-    endIfReleased();
-    holdGrab_.endIfUp(!hold_);
 }
 
 void HotKeys::handleKeyboardRemoved() {
     lifted_.clear();
-    rawKeys_.reread();
-    holdGrab_.endIfUp(!hold_);
+    endIfReleased();
     followLifted();
+}
+
+void HotKeys::endIfReleased() {
+    if (hold_ && !FakeKeyboard(connection_, hold_->keyboard).keysDown()[hold_->key]) {
+        endHold();
+    }
 }
 
 void HotKeys::beginTyping() {
     isTyping_ = true;
-    ownRequests_.begin(xcb_no_operation(connection_.get()).sequence);
     followLifted();
 }
 
 void HotKeys::endTyping() {
     isTyping_ = false;
-    ownRequests_.end(xcb_no_operation(connection_.get()).sequence);
     followLifted();
-}
-
-void HotKeys::handleGrabLost() {
-    holdGrab_.forget();
-    if (hold_) {
-        hold_->hasLostGrab = true;
-    }
 }
 
 void HotKeys::expectRelease(xcb_keycode_t key, std::uint32_t sequence) {
@@ -363,22 +248,22 @@ void HotKeys::followLifted() {
     selectRawEvents();
 }
 
-// Raw events are selected only while a key may go down or up of which no other event tells.
-bool HotKeys::selectRawEvents() {
-    const bool hasPresses = !hotKeys_.empty() && (isGrabbed_ || isRenewing_);
-    const bool hasReleases =
-        hasPresses || isTyping_ || !lifted_.isEmpty() || (hold_ && hold_->hasLostGrab);
-    const bool begins = rawKeys_.select(hasPresses, hasReleases);
+// Raw events tell of every key, and each is a wake-up. So they are selected only while a release
+// matters.
+void HotKeys::selectRawEvents() {
+    const bool hasReleases = hold_ || isTyping_ || !lifted_.isEmpty();
     if (!hasReleases) {
         ownReleases_.clear();
     }
-    return begins;
-}
-
-void HotKeys::endIfReleased() {
-    if (hold_ && !keysDown(connection_, xcb_query_keymap(connection_.get()))[hold_->key]) {
-        endHold();
+    if (hasReleases == std::exchange(hearsReleases_, hasReleases)) {
+        return;
     }
+    struct {
+        xcb_input_event_mask_t head;
+        std::uint32_t events;
+    } mask{{XCB_INPUT_DEVICE_ALL_MASTER, 1},
+           hasReleases ? std::uint32_t{XCB_INPUT_XI_EVENT_MASK_RAW_KEY_RELEASE} : 0U};
+    xcb_input_xi_select_events(connection_.get(), connection_.root(), 1, &mask.head);
 }
 
 }  // namespace tarvik::linuxdesktop

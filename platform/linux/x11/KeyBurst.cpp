@@ -3,7 +3,6 @@
 #include "platform/linux/x11/KeyBurst.h"
 
 #include <xcb/xinput.h>
-#include <xcb/xtest.h>
 
 #include <utility>
 #include <vector>
@@ -26,20 +25,23 @@ KeyBurst::KeyBurst(XcbConnection& connection, Keyboard& keyboard, FrontWindow& f
       keyboard_(keyboard),
       front_(front),
       hotKeys_(hotKeys),
-      onLift_(std::move(onLift)) {}
+      onLift_(std::move(onLift)),
+      fake_(connection) {}
 
-KeyboardState KeyboardState::read(XcbConnection& connection) {
-    const auto stateCookie = xcb_xkb_get_state(connection.get(), XCB_XKB_ID_USE_CORE_KBD);
-    const auto keysCookie = xcb_query_keymap(connection.get());
+KeyboardState KeyBurst::readState() {
+    chooseKeyboard();
+    const auto stateCookie = xcb_xkb_get_state(connection_.get(), XCB_XKB_ID_USE_CORE_KBD);
+    const auto keysCookie = xcb_query_keymap(connection_.get());
     const XcbReply<xcb_xkb_get_state_reply_t> xkb(
-        xcb_xkb_get_state_reply(connection.get(), stateCookie, nullptr));
+        xcb_xkb_get_state_reply(connection_.get(), stateCookie, nullptr));
     KeyboardState state;
     if (xkb) {
         state.group = xkb->group;
         state.lockedModifiers = xkb->lockedMods;
         state.latchedModifiers = xkb->latchedMods;
     }
-    state.down = keysDown(connection, keysCookie);
+    state.down = keysDown(connection_, keysCookie);
+    state.unusable = state.down | fake_.keysDown();
     return state;
 }
 
@@ -52,9 +54,6 @@ KeyBurst::Outcome KeyBurst::type(std::u32string_view characters,
     hotKeys_.beginTyping();
     const Outcome outcome = typeUndisturbed(characters, process, window, behind);
     hotKeys_.endTyping();
-    if (outcome == Outcome::keyboardTaken) {
-        hotKeys_.handleGrabByOther();
-    }
     return outcome;
 }
 
@@ -66,25 +65,23 @@ KeyBurst::Outcome KeyBurst::typeUndisturbed(std::u32string_view characters,
         return Outcome::notInFront;
     }
     keyboard_.reread();
-    const KeyboardState state = KeyboardState::read(connection_);
+    giveKeyboardsBack();
+    const KeyboardState state = readState();
     std::vector<Keystroke> strokes;
     for (const char32_t character : characters) {
-        const auto stroke = keyboard_.strokeFor(character, state.group, state.down);
+        const auto stroke = keyboard_.strokeFor(character, state.group, state.unusable);
         if (!stroke) {
             return Outcome::keysChanged;
         }
         strokes.push_back(*stroke);
     }
-    if (!takeKeyboard()) {
-        return Outcome::keyboardTaken;
-    }
-    press(strokes, state, isInFront ? xcb_window_t{XCB_NONE} : behind);
-    return Outcome::done;
+    const bool isDone =
+        takeKeyboard() && press(strokes, state, isInFront ? xcb_window_t{XCB_NONE} : behind);
+    return isDone ? Outcome::done : Outcome::keyboardTaken;
 }
 
 // Keys go to the program that has grabbed the keyboard (a menu, a locked screen), wherever the
-// focus is. A grab of this client proves that no other program has one. The grab also replaces that
-// of a held hotkey, which only a grab of the same kind can.
+// focus is. A grab of this client proves that no other program has one.
 bool KeyBurst::takeKeyboard() {
     constexpr std::uint32_t events = XCB_INPUT_XI_EVENT_MASK_RAW_KEY_RELEASE;
     const XcbReply<xcb_input_xi_grab_device_reply_t> reply(xcb_input_xi_grab_device_reply(
@@ -97,40 +94,48 @@ bool KeyBurst::takeKeyboard() {
     return reply && reply->status == XCB_GRAB_STATUS_SUCCESS;
 }
 
-// Modifiers are lifted while this client has the grab: the hotkey cannot fire again after that, and
-// no program takes a lifted Alt for the user's wish to see its menu. Modifiers are never pressed
-// again, since the user may have let go by then.
-bool KeyBurst::liftModifiers(const KeyboardState& state) {
-    std::vector<xcb_keycode_t> held;
-    for (const xcb_keycode_t key : keyboard_.modifierKeys(everyModifier)) {
-        if (state.down[key]) {
-            held.push_back(key);
-        }
-    }
-    if (onLift_ && !held.empty()) {
+// Modifiers are lifted while this client has the grab, so no program takes a lifted Alt for the
+// user's wish to see its menu. Modifiers are never pressed again, since the user may have let go by
+// then. A hotkey that is pressed meanwhile detaches its keyboard, and a lift on that keyboard has
+// no effect. Once the modifiers are up no hotkey can be pressed.
+bool KeyBurst::liftModifiers(std::vector<xcb_keycode_t> held) {
+    constexpr int maxTries = 4;
+    if (onLift_) {
         onLift_(keyboard_.eventManagerMask(held));
     }
-    for (const xcb_keycode_t key : held) {
-        hotKeys_.expectRelease(key, fake(false, key));
+    for (int tries = 0; !held.empty() && tries < maxTries; ++tries) {
+        giveKeyboardsBack();
+        chooseKeyboard();
+        for (const xcb_keycode_t key : held) {
+            hotKeys_.expectRelease(key, fake_.release(key));
+        }
+        held = heldModifiers(keysDown(connection_, xcb_query_keymap(connection_.get())));
     }
-    return !held.empty();
+    return held.empty();
+}
+
+std::vector<xcb_keycode_t> KeyBurst::heldModifiers(const KeysDown& down) const {
+    std::vector<xcb_keycode_t> held = keyboard_.modifierKeys(everyModifier);
+    std::erase_if(held, [&](xcb_keycode_t key) { return !down[key]; });
+    return held;
 }
 
 // A window behind has the focus no longer than the server needs for the keys, so that none of the
 // user's own keys goes there. Shift is locked where a keystroke needs Shift, and never pressed: a
 // pressed key would have to be released, which the user may do first.
-void KeyBurst::press(std::span<const Keystroke> strokes, const KeyboardState& state,
+bool KeyBurst::press(std::span<const Keystroke> strokes, const KeyboardState& state,
                      xcb_window_t behind) {
     const auto focus = behind == XCB_NONE ? std::nullopt : front_.focus();
-    hotKeys_.handleGrabLost();
-    chooseDevice();
-    const FilterSuspension suspension(connection_,
-                                      device_ != 0 ? device_ : connection_.testKeyboard());
+    const FilterSuspension suspension(connection_, fake_.device());
     // The first event of another keyboard makes the server announce a new map. Qt 5 then forgets a
     // Shift that was locked before the announcement. The release of a key that is up does nothing
     // else.
-    fake(false, strokes.front().key);
-    const bool isLifted = liftModifiers(state);
+    fake_.release(strokes.front().key);
+    const auto held = heldModifiers(state.down);
+    if (!held.empty() && !liftModifiers(held)) {
+        xcb_input_xi_ungrab_device(connection_.get(), XCB_CURRENT_TIME, connection_.keyboard());
+        return false;
+    }
     const auto affected = static_cast<std::uint8_t>(everyModifier & ~keyboard_.numLockMask());
     const auto lockedBefore = static_cast<std::uint8_t>(state.lockedModifiers & affected);
     const std::uint8_t bypass = keyboard_.bypassMask();
@@ -141,7 +146,7 @@ void KeyBurst::press(std::span<const Keystroke> strokes, const KeyboardState& st
         locked = modifiers;
     };
     // Sticky keys latch a modifier that is lifted.
-    if (locked != bypass || state.latchedModifiers != 0 || isLifted) {
+    if (locked != bypass || state.latchedModifiers != 0 || !held.empty()) {
         lock(bypass);
     }
     xcb_input_xi_ungrab_device(connection_.get(), XCB_CURRENT_TIME, connection_.keyboard());
@@ -154,8 +159,8 @@ void KeyBurst::press(std::span<const Keystroke> strokes, const KeyboardState& st
         if (locked != needed) {
             lock(needed);
         }
-        fake(true, stroke.key);
-        fake(false, stroke.key);
+        fake_.press(stroke.key);
+        fake_.release(stroke.key);
     }
     if (focus) {
         front_.setFocus(*focus);
@@ -163,16 +168,22 @@ void KeyBurst::press(std::span<const Keystroke> strokes, const KeyboardState& st
     if (locked != lockedBefore) {
         lock(lockedBefore);
     }
+    return true;
 }
 
-// Keys from another keyboard than the one before make the server announce a new map to everybody.
-// The user's next key would do so again, and window managers grab their keys anew each time. So the
-// keys come from the keyboard that the user uses.
-void KeyBurst::chooseDevice() {
-    constexpr std::uint16_t highest = 0x7F;
+// A hotkey whose press is still to be handled has its keyboard detached.
+void KeyBurst::giveKeyboardsBack() {
+    for (const std::uint16_t keyboard : connection_.keyboards()) {
+        xcb_input_xi_ungrab_device(connection_.get(), XCB_CURRENT_TIME, keyboard);
+    }
+}
+
+// Keys from another keyboard than the one before make the server announce a new map to everybody,
+// and the user's next key would do so again. So the keys come from the keyboard that the user uses.
+void KeyBurst::chooseKeyboard() {
     const std::uint16_t wanted = hotKeys_.keyboardInUse();
-    device_ = 0;
-    if (wanted == 0 || wanted > highest) {
+    fake_ = FakeKeyboard(connection_);
+    if (wanted == 0) {
         return;
     }
     const XcbReply<xcb_input_xi_query_device_reply_t> reply(xcb_input_xi_query_device_reply(
@@ -182,20 +193,8 @@ void KeyBurst::chooseDevice() {
     }
     const auto* device = xcb_input_xi_query_device_infos_iterator(reply.get()).data;
     if (device->type == XCB_INPUT_DEVICE_TYPE_SLAVE_KEYBOARD && device->enabled != 0) {
-        device_ = static_cast<std::uint8_t>(wanted);
+        fake_ = FakeKeyboard(connection_, wanted);
     }
-}
-
-std::uint32_t KeyBurst::fake(bool down, xcb_keycode_t key) {
-    std::uint8_t type = down ? XCB_KEY_PRESS : XCB_KEY_RELEASE;
-    if (device_ != 0) {
-        type = static_cast<std::uint8_t>(
-            connection_.xinputFirstEvent() +
-            (down ? XCB_INPUT_DEVICE_KEY_PRESS : XCB_INPUT_DEVICE_KEY_RELEASE));
-    }
-    return xcb_test_fake_input(connection_.get(), type, key, XCB_CURRENT_TIME, XCB_NONE, 0, 0,
-                               device_)
-        .sequence;
 }
 
 }  // namespace tarvik::linuxdesktop

@@ -8,9 +8,11 @@
 #include <optional>
 #include <span>
 #include <string_view>
+#include <vector>
 
 #include "platform/Workspace.h"
 #include "platform/linux/input/TypingMeans.h"
+#include "platform/linux/x11/FakeKeyboard.h"
 #include "platform/linux/x11/FrontWindow.h"
 #include "platform/linux/x11/HotKeys.h"
 #include "platform/linux/x11/Keyboard.h"
@@ -23,20 +25,30 @@ struct KeyboardState {
     std::uint8_t group = 0;
     std::uint8_t lockedModifiers = 0;
     std::uint8_t latchedModifiers = 0;
+    /// For the programs.
     KeysDown down;
-
-    static KeyboardState read(XcbConnection& connection);
+    /// The keys that are down for the programs or on the keyboard that presses the keys.
+    KeysDown unusable;
 };
 
 /// Presses the keys of characters under one grab of the server, during which nobody else can move
 /// the focus. Input thread only.
 class KeyBurst {
   public:
-    enum class Outcome { done, notInFront, keyboardTaken, keysChanged };
+    enum class Outcome {
+        done,
+        notInFront,
+        /// Another program has grabbed the keyboard, or a modifier stays down.
+        keyboardTaken,
+        keysChanged
+    };
 
     /// The references outlive the object. `onLift` may be empty.
     KeyBurst(XcbConnection& connection, Keyboard& keyboard, FrontWindow& front, HotKeys& hotKeys,
              OnLift onLift);
+
+    /// The state that the next burst would begin with.
+    KeyboardState readState();
 
     /// Types all of `characters` into `window` of `process`, into any window of that process where
     /// `window` is XCB_NONE, or without a process into whatever has the keyboard. Where another
@@ -50,20 +62,19 @@ class KeyBurst {
     Outcome typeUndisturbed(std::u32string_view characters,
                             std::optional<platform::ProcessIdentifier> process, xcb_window_t window,
                             xcb_window_t behind);
-    /// Whether there was a modifier to lift.
-    bool liftModifiers(const KeyboardState& state);
+    std::vector<xcb_keycode_t> heldModifiers(const KeysDown& down) const;
+    bool liftModifiers(std::vector<xcb_keycode_t> held);
     bool takeKeyboard();
-    void chooseDevice();
-    void press(std::span<const Keystroke> strokes, const KeyboardState& state, xcb_window_t behind);
-    std::uint32_t fake(bool down, xcb_keycode_t key);
+    void giveKeyboardsBack();
+    void chooseKeyboard();
+    bool press(std::span<const Keystroke> strokes, const KeyboardState& state, xcb_window_t behind);
 
     XcbConnection& connection_;
     Keyboard& keyboard_;
     FrontWindow& front_;
     HotKeys& hotKeys_;
     OnLift onLift_;
-    // The XInput device that presses the keys; 0 stands for the server's synthetic one.
-    std::uint8_t device_ = 0;
+    FakeKeyboard fake_;
 };
 
 }  // namespace tarvik::linuxdesktop

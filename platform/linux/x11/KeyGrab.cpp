@@ -27,10 +27,12 @@ std::vector<std::uint32_t> variantsOf(const KeyGrab& grab) {
     }
 }
 
-// A synchronous grab on all devices would freeze the pointers too.
+// The server serves each keyboard before the master that the keyboard belongs to. A grab of all
+// devices includes the keyboards that are yet to be plugged in. A synchronous grab of all devices
+// would freeze the pointers too.
 std::uint16_t deviceOf(const KeyGrab& grab, const XcbConnection& connection) {
     return grab.mode == KeyGrab::Mode::synchronous ? connection.keyboard()
-                                                   : std::uint16_t{XCB_INPUT_DEVICE_ALL_MASTER};
+                                                   : std::uint16_t{XCB_INPUT_DEVICE_ALL};
 }
 
 xcb_input_xi_passive_grab_device_cookie_t request(const KeyGrab& grab, XcbConnection& connection) {
@@ -55,11 +57,6 @@ bool KeyGrab::make(XcbConnection& connection) const {
         xcb_input_xi_passive_grab_device_reply(connection.get(), request(*this, connection),
                                                nullptr));
     return reply && reply->num_modifiers == 0;
-}
-
-void KeyGrab::raise(XcbConnection& connection) const {
-    xcb_discard_reply(connection.get(), request(*this, connection).sequence);
-    xcb_flush(connection.get());
 }
 
 void KeyGrab::drop(XcbConnection& connection, const std::optional<KeyGrab>& kept) const {

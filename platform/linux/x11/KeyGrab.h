@@ -12,12 +12,14 @@
 
 namespace tarvik::linuxdesktop {
 
-/// A key with modifiers whose events come to this client, wherever the focus is. Input thread only.
+/// A key with modifiers whose press comes to this client, wherever the focus is. Input thread only.
 struct KeyGrab {
     enum class Mode {
-        /// Every key comes to this client from the press to the release.
+        /// The press comes from the keyboard itself, before the master keyboard and with it any
+        /// other client gets the key. Every key of this keyboard comes from the press to the
+        /// release.
         asynchronous,
-        /// The same, but the keyboard is frozen at the press until answerPress() is called.
+        /// The press comes from the master keyboard, which is frozen until answerPress() is called.
         synchronous
     };
 
@@ -29,11 +31,8 @@ struct KeyGrab {
 
     auto operator<=>(const KeyGrab&) const = default;
 
-    /// False when another program has one of the combinations. Making a grab again puts this client
-    /// in front of all others with the same grab.
+    /// False when another program has one of the combinations.
     bool make(XcbConnection& connection) const;
-    /// Makes a grab again that has been made, without waiting for the server.
-    void raise(XcbConnection& connection) const;
     /// Leaves what `kept` consists of. Waits for the server, so that the combination is free for
     /// others afterwards.
     void drop(XcbConnection& connection, const std::optional<KeyGrab>& kept = {}) const;

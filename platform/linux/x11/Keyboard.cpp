@@ -34,14 +34,18 @@ bool isFunction(std::uint32_t symbol) {
 
 }  // namespace
 
+KeysDown keysIn(std::span<const std::uint8_t> bits) {
+    KeysDown down;
+    for (std::size_t code = 0; code < std::min(down.size(), 8 * bits.size()); ++code) {
+        down[code] = (bits[code / 8] >> (code % 8) & 1) != 0;
+    }
+    return down;
+}
+
 KeysDown keysDown(XcbConnection& connection, xcb_query_keymap_cookie_t request) {
     const XcbReply<xcb_query_keymap_reply_t> reply(
         xcb_query_keymap_reply(connection.get(), request, nullptr));
-    KeysDown down;
-    for (std::size_t code = 0; reply && code < down.size(); ++code) {
-        down[code] = (reply->keys[code / 8] >> (code % 8) & 1) != 0;
-    }
-    return down;
+    return reply ? keysIn(reply->keys) : KeysDown();
 }
 
 bool Keyboard::handleMapChange(std::uint32_t sequence) {
@@ -173,6 +177,16 @@ std::uint32_t Keyboard::eventManagerMask(const std::vector<xcb_keycode_t>& keys)
     return mask;
 }
 
+std::optional<xcb_keycode_t> Keyboard::silentKey() const {
+    for (std::size_t i = 0; i < map_.size(); ++i) {
+        const auto code = static_cast<xcb_keycode_t>(map_.firstCode() + i);
+        if (map_[code].isSpare()) {
+            return code;
+        }
+    }
+    return std::nullopt;
+}
+
 std::optional<Keystroke> Keyboard::strokeFor(char32_t character, std::uint8_t group,
                                              const KeysDown& down) const {
     if (const auto found = remapped_.find(character); found != remapped_.end()) {
@@ -187,6 +201,7 @@ std::optional<Keystroke> Keyboard::strokeFor(char32_t character, std::uint8_t gr
 // Spare keys without Shift come first.
 std::vector<Keystroke> Keyboard::unusedStrokes() const {
     std::vector<Keystroke> strokes;
+    const auto silent = silentKey();
     std::set<xcb_keycode_t> own;
     for (const auto& [character, remapped] : remapped_) {
         own.insert(remapped.stroke.key);
@@ -196,7 +211,8 @@ std::vector<Keystroke> Keyboard::unusedStrokes() const {
             const Keystroke stroke{static_cast<xcb_keycode_t>(map_.firstCode() + i - 1), isShifted};
             const bool isUsed = std::ranges::any_of(
                 remapped_, [&](const auto& each) { return each.second.stroke == stroke; });
-            if ((map_[stroke.key].isSpare() || own.contains(stroke.key)) && !isUsed) {
+            const bool isSpare = map_[stroke.key].isSpare() && stroke.key != silent;
+            if ((isSpare || own.contains(stroke.key)) && !isUsed) {
                 strokes.push_back(stroke);
             }
         }

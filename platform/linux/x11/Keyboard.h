@@ -8,6 +8,7 @@
 #include <map>
 #include <optional>
 #include <set>
+#include <span>
 #include <string_view>
 #include <vector>
 
@@ -21,6 +22,9 @@ namespace tarvik::linuxdesktop {
 
 /// The keys that are down, by key code.
 using KeysDown = std::bitset<256>;
+
+/// The keys whose bits are set, in the form of the X protocol.
+KeysDown keysIn(std::span<const std::uint8_t> bits);
 
 /// The answer to a request for the keys that are down; none when the server is gone. Waits for the
 /// server.
@@ -59,6 +63,9 @@ class Keyboard {
 
     /// The event manager's modifiers that any of these keys stands for.
     std::uint32_t eventManagerMask(const std::vector<xcb_keycode_t>& keys) const;
+
+    /// A key that yields nothing, and is never remapped; empty when the keyboard has no spare key.
+    std::optional<xcb_keycode_t> silentKey() const;
 
     /// The keystroke that types `character` while layout `group` is active, no modifier counts but
     /// Shift, and the keys in `down` cannot be pressed.

@@ -31,6 +31,12 @@ void LiftedModifiers::grabFor(const std::vector<KeyGrab>& hotKeys) {
             wanted.insert(grab);
         }
     }
+    // The server would take the end of such a grab for the end of the hotkey's own.
+    std::erase_if(wanted, [&](const KeyGrab& grab) {
+        return std::ranges::any_of(hotKeys, [&](const KeyGrab& hotKey) {
+            return hotKey.key == grab.key && hotKey.modifiers == grab.modifiers;
+        });
+    });
     for (const KeyGrab& grab : grabs_) {
         if (!wanted.contains(grab)) {
             grab.drop(connection_);

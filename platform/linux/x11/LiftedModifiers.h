@@ -29,7 +29,8 @@ class LiftedModifiers {
     /// The modifiers that the keys stand for.
     std::uint8_t mask() const;
 
-    /// Grabs each of `hotKeys` without the lifted modifiers, and no other combinations.
+    /// Grabs each of `hotKeys` without the lifted modifiers where that is no hotkey too. Drops the
+    /// grabs of earlier calls that are not among these.
     void grabFor(const std::vector<KeyGrab>& hotKeys);
 
   private:

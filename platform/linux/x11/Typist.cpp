@@ -181,8 +181,8 @@ void Typist::bringToFront(xcb_window_t window) {
 // A round is as many characters as there are keystrokes for. A keystroke that yields another
 // character is reused only after its target has looked it up, because programs look keys up in the
 // map that is valid then.
-Typist::Round Typist::nextRound() const {
-    const KeyboardState state = KeyboardState::read(connection_);
+Typist::Round Typist::nextRound() {
+    const KeyboardState state = burst_.readState();
     const std::u32string& characters = current().characters;
     Round round{item_->position, {}, unread_.characters()};
     std::set<char32_t> seen;
@@ -192,7 +192,7 @@ Typist::Round Typist::nextRound() const {
             continue;
         }
         round.kept.insert(character);
-        if (!keyboard_.strokeFor(character, state.group, state.down)) {
+        if (!keyboard_.strokeFor(character, state.group, state.unusable)) {
             round.lacking.insert(character);
         }
         const std::size_t free = keyboard_.freeStrokes(round.kept);

@@ -75,7 +75,7 @@ class Typist {
     const TypedText& current() const { return item_->text; }
     bool isRead(xcb_window_t window) const { return !unread_.contains(window); }
     bool isReady(xcb_window_t window) { return isRead(window) && !targetWindow_.isAwaited(window); }
-    Round nextRound() const;
+    Round nextRound();
     void planRound();
     void waitFor(xcb_window_t window);
     void letOthersPass(xcb_window_t waitsFor);

@@ -40,7 +40,7 @@ X11Session::X11Session(XcbConnection& connection, PollLoop& loop, platform::Log&
       log_(log),
       keyboard_(connection),
       front_(connection, front),
-      hotKeys_(connection, keyboard_, loop, heard(std::move(hotKeyEvents))),
+      hotKeys_(connection, keyboard_, heard(std::move(hotKeyEvents))),
       typist_(connection, keyboard_, front_, hotKeys_, loop, log, std::move(onLift)) {
     connection.selectRootEvents(XCB_EVENT_MASK_PROPERTY_CHANGE);
     watchKeyboardMap(connection);
@@ -49,14 +49,12 @@ X11Session::X11Session(XcbConnection& connection, PollLoop& loop, platform::Log&
     keyboard_.restore();
     keyboard_.reread();
     front_.refresh();
-    hotKeys_.followFront(front_.window());
 }
 
 HotKeys::Events X11Session::heard(HotKeys::Events events) {
     events.onPressed = [this, onPressed = std::move(events.onPressed)](HotKeyNumber number) {
         // The listener asks which process is in front.
         front_.refreshUnannounced();
-        hotKeys_.followFront(front_.window());
         onPressed(number);
         typist_.probeTarget();
     };
@@ -87,7 +85,7 @@ void X11Session::handle(const xcb_generic_event_t& event) {
         if (keyboard_.handleMapChange(event.full_sequence)) {
             typist_.handleChange();
         }
-        hotKeys_.renewGrabs();
+        hotKeys_.handleMapChange();
     } else if (type == XCB_PROPERTY_NOTIFY) {
         handleProperty(reinterpret_cast<const xcb_property_notify_event_t&>(event));
     } else if (type == XCB_DESTROY_NOTIFY) {
@@ -101,18 +99,8 @@ void X11Session::handle(const xcb_generic_event_t& event) {
 }
 
 void X11Session::handleProperty(const xcb_property_notify_event_t& event) {
-    hotKeys_.handleProperty(event);
-    switch (front_.handleProperty(event)) {
-        case FrontWindow::Change::windowManager:
-            hotKeys_.renewGrabs();
-            typist_.handleChange();
-            break;
-        case FrontWindow::Change::window:
-            hotKeys_.followFront(front_.window());
-            typist_.handleChange();
-            break;
-        case FrontWindow::Change::none:
-            break;
+    if (front_.handleProperty(event)) {
+        typist_.handleChange();
     }
 }
 
@@ -124,16 +112,6 @@ void X11Session::handleXinput(const xcb_ge_generic_event_t& event) {
         case XCB_INPUT_KEY_PRESS:
             hotKeys_.handlePress(reinterpret_cast<const xcb_input_key_press_event_t&>(event));
             break;
-        case XCB_INPUT_RAW_KEY_PRESS:
-            hotKeys_.handleRawPress(
-                reinterpret_cast<const xcb_input_raw_key_press_event_t&>(event));
-            break;
-        case XCB_INPUT_FOCUS_IN:
-        case XCB_INPUT_FOCUS_OUT: {
-            const auto& focus = reinterpret_cast<const xcb_input_focus_in_event_t&>(event);
-            hotKeys_.handleGrab(GrabWatch::changeIn(focus), focus.full_sequence);
-            break;
-        }
         case XCB_INPUT_KEY_RELEASE:
             hotKeys_.handleGrabbedRelease(
                 reinterpret_cast<const xcb_input_key_release_event_t&>(event));
@@ -148,6 +126,7 @@ void X11Session::handleXinput(const xcb_ge_generic_event_t& event) {
                                            XCB_INPUT_HIERARCHY_MASK_SLAVE_DETACHED |
                                            XCB_INPUT_HIERARCHY_MASK_DEVICE_DISABLED;
             const auto& change = reinterpret_cast<const xcb_input_hierarchy_event_t&>(event);
+            connection_.findKeyboards();
             if ((change.flags & gone) != 0) {
                 hotKeys_.handleKeyboardRemoved();
             }

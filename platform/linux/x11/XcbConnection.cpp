@@ -130,14 +130,21 @@ void XcbConnection::findKeyboards() {
     if (!reply) {
         return;
     }
+    keyboards_.clear();
     auto devices = xcb_input_xi_query_device_infos_iterator(reply.get());
     for (; devices.rem > 0; xcb_input_xi_device_info_next(&devices)) {
         const xcb_input_xi_device_info_t& device = *devices.data;
         const std::string_view name(xcb_input_xi_device_info_name(&device), device.name_len);
         if (device.type == XCB_INPUT_DEVICE_TYPE_MASTER_KEYBOARD && keyboard_ == 0) {
             keyboard_ = device.deviceid;
-        } else if (device.type == XCB_INPUT_DEVICE_TYPE_SLAVE_KEYBOARD &&
-                   device.attachment == keyboard_ && name.ends_with("XTEST keyboard")) {
+        }
+        // A device is detached while a client has grabbed it.
+        if (device.type == XCB_INPUT_DEVICE_TYPE_SLAVE_KEYBOARD ||
+            device.type == XCB_INPUT_DEVICE_TYPE_FLOATING_SLAVE) {
+            keyboards_.push_back(device.deviceid);
+        }
+        if (device.type == XCB_INPUT_DEVICE_TYPE_SLAVE_KEYBOARD && device.attachment == keyboard_ &&
+            name.ends_with("XTEST keyboard")) {
             testKeyboard_ = device.deviceid;
         }
     }

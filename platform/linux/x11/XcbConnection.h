@@ -36,6 +36,10 @@ class XcbConnection {
     bool isXwayland();
     /// The XInput device that all keyboards act through.
     std::uint16_t keyboard() const { return keyboard_; }
+    /// The XInput devices of the keyboards, the synthetic ones included.
+    const std::vector<std::uint16_t>& keyboards() const { return keyboards_; }
+    /// Finds the keyboards again. Waits for the server.
+    void findKeyboards();
     /// The XInput device that presses the keys which XTEST is asked for without a device.
     std::uint16_t testKeyboard() const { return testKeyboard_; }
     std::uint8_t xinputOpcode() const { return xinputOpcode_; }
@@ -74,12 +78,12 @@ class XcbConnection {
     explicit XcbConnection(xcb_connection_t* connection) : connection_(connection) {}
     const char* useExtensions();
     bool namesProcesses();
-    void findKeyboards();
 
     xcb_connection_t* connection_;
     xcb_window_t root_ = XCB_NONE;
     std::uint16_t keyboard_ = 0;
     std::uint16_t testKeyboard_ = 0;
+    std::vector<std::uint16_t> keyboards_;
     std::uint8_t xinputOpcode_ = 0;
     std::uint8_t xinputFirstEvent_ = 0;
     std::uint8_t xkbFirstEvent_ = 0;

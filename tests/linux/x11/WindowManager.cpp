@@ -7,7 +7,7 @@
 #include <chrono>
 #include <stdexcept>
 
-#include "platform/linux/x11/WindowManagerFence.h"
+#include "platform/linux/x11/XcbConnection.h"
 
 namespace tarvik::tests {
 
@@ -27,21 +27,33 @@ xcb_window_t windowInProperty(XcbConnection& connection, std::string_view name) 
 
 }  // namespace
 
+// Window managers answer in turn which frame a window would have.
 bool waitForWindowManager(RealTimeQueue& mainQueue) {
-    const auto connection = linuxdesktop::XcbConnection::open().value();
-    linuxdesktop::WindowManagerFence fence(*connection);
+    const auto connection = XcbConnection::open().value();
+    const xcb_atom_t answer = connection->atom("_NET_FRAME_EXTENTS");
+    const xcb_window_t window = xcb_generate_id(connection->get());
+    xcb_create_window(connection->get(), XCB_COPY_FROM_PARENT, window, connection->root(), -1, -1,
+                      1, 1, 0, XCB_WINDOW_CLASS_INPUT_OUTPUT, XCB_COPY_FROM_PARENT, 0, nullptr);
+    connection->selectEvents(window, XCB_EVENT_MASK_PROPERTY_CHANGE);
+    xcb_client_message_event_t question{};
+    question.response_type = XCB_CLIENT_MESSAGE;
+    question.format = 32;
+    question.window = window;
+    question.type = connection->atom("_NET_REQUEST_FRAME_EXTENTS");
     const auto isAnswered = [&] {
         while (const XcbReply<xcb_generic_event_t> event{xcb_poll_for_event(connection->get())}) {
-            if (event->response_type == XCB_PROPERTY_NOTIFY &&
-                fence.isAnswer(reinterpret_cast<const xcb_property_notify_event_t&>(*event))) {
+            const auto& change = reinterpret_cast<const xcb_property_notify_event_t&>(*event);
+            if (event->response_type == XCB_PROPERTY_NOTIFY && change.atom == answer) {
                 return true;
             }
         }
         return false;
     };
     // One that has only just started may miss a question.
-    for (int question = 0; question < 60; ++question) {
-        fence.request();
+    for (int tries = 0; tries < 60; ++tries) {
+        xcb_send_event(connection->get(), 0, connection->root(),
+                       XCB_EVENT_MASK_SUBSTRUCTURE_NOTIFY | XCB_EVENT_MASK_SUBSTRUCTURE_REDIRECT,
+                       reinterpret_cast<const char*>(&question));
         xcb_flush(connection->get());
         if (mainQueue.runUntil(isAnswered, std::chrono::milliseconds(500))) {
             return true;
