@@ -11,9 +11,10 @@ namespace {
 
 using namespace std::chrono_literals;
 
-// For a program to come to the front or to read what was typed there, and for another program to
-// let go of the keyboard.
+// For a program to come to the front or to read what was typed there.
 constexpr auto targetTimeout = 300ms;
+// Nothing tells when another program lets go of the keyboard.
+constexpr auto keyboardInterval = 50ms;
 // The end of the program waits no longer than a second in all.
 constexpr auto lookUpTimeoutAtEnd = 700ms;
 // Keys may be needed again for the next piece of a dictation.
@@ -31,11 +32,13 @@ constexpr auto inputMethodInterval = 12ms;
 }  // namespace
 
 Typist::Typist(XcbConnection& connection, Keyboard& keyboard, FrontWindow& front, HotKeys& hotKeys,
-               PollLoop& loop, platform::Log& log, OnLift onLift)
+               PollLoop& loop, platform::Log& log, OnLift onLift,
+               std::chrono::milliseconds maxKeyboardWait)
     : connection_(connection),
       keyboard_(keyboard),
       front_(front),
       log_(log),
+      maxKeyboardWait_(maxKeyboardWait),
       burst_(connection, keyboard, front, hotKeys, std::move(onLift)),
       ping_(connection),
       unread_(connection, loop, ping_,
@@ -95,6 +98,7 @@ void Typist::beginNext() {
     const auto isReady = [this](xcb_window_t window) { return this->isReady(window); };
     item_ = queue_.take(isReady);
     failures_ = 0;
+    keyboardDeadline_.reset();
     target_ = XCB_NONE;
     if (item_) {
         reachTarget();
@@ -255,6 +259,7 @@ void Typist::typeRound() {
             case KeyBurst::Outcome::done:
                 item_->position += burst.size();
                 failures_ = 0;
+                keyboardDeadline_.reset();
                 unread_.add(target_, burst);
                 listen();
                 if (isPaced) {
@@ -264,18 +269,30 @@ void Typist::typeRound() {
                 }
                 break;
             case KeyBurst::Outcome::notInFront:
-                tryAgain(0ms, "its process does not stay in front", [this] { reachTarget(); });
+                tryAgain("its process does not stay in front", [this] { reachTarget(); });
                 return;
             case KeyBurst::Outcome::keyboardTaken:
-                tryAgain(targetTimeout / maxFailures, "another program has taken the keyboard",
-                         [this] { typeRound(); });
+                waitForKeyboard();
                 return;
             case KeyBurst::Outcome::keysChanged:
-                tryAgain(0ms, "the keyboard map does not stay the same", [this] { planRound(); });
+                tryAgain("the keyboard map does not stay the same", [this] { planRound(); });
                 return;
         }
     }
     endRound();
+}
+
+void Typist::waitForKeyboard() {
+    const auto now = std::chrono::steady_clock::now();
+    if (!keyboardDeadline_) {
+        keyboardDeadline_ = now + maxKeyboardWait_;
+    }
+    if (now >= *keyboardDeadline_ || connection_.isBroken()) {
+        fail("another program has taken the keyboard");
+        return;
+    }
+    wait(
+        keyboardInterval, [] { return false; }, [this](bool) { reachTarget(); });
 }
 
 void Typist::endRound() {
@@ -315,13 +332,12 @@ void Typist::failForProcess(const std::string& reason) {
     fail("process " + std::to_string(*current().process) + " " + reason);
 }
 
-void Typist::tryAgain(std::chrono::milliseconds delay, const std::string& reason,
-                      const std::function<void()>& step) {
+void Typist::tryAgain(const std::string& reason, const std::function<void()>& step) {
     if (++failures_ > maxFailures || connection_.isBroken()) {
         fail(reason);
     } else {
         wait(
-            delay, [] { return false; }, [step](bool) { step(); });
+            0ms, [] { return false; }, [step](bool) { step(); });
     }
 }
 

@@ -30,8 +30,13 @@ namespace tarvik::linuxdesktop {
 /// front is brought to the front while its text is typed. Input thread only.
 class Typist {
   public:
+    /// A text waits so long for a program that has taken the keyboard, such as a menu or a locked
+    /// screen. After that the text is lost, which the log tells.
+    static constexpr std::chrono::milliseconds keyboardTimeout{30'000};
+
     Typist(XcbConnection& connection, Keyboard& keyboard, FrontWindow& front, HotKeys& hotKeys,
-           PollLoop& loop, platform::Log& log, OnLift onLift);
+           PollLoop& loop, platform::Log& log, OnLift onLift,
+           std::chrono::milliseconds maxKeyboardWait = keyboardTimeout);
     /// Reports the texts that are left as lost, and restores remapped keys.
     ~Typist();
     Typist(const Typist&) = delete;
@@ -80,13 +85,13 @@ class Typist {
     void waitFor(xcb_window_t window);
     void letOthersPass(xcb_window_t waitsFor);
     void typeRound();
+    void waitForKeyboard();
     void endRound();
     void endText();
     void fail(const std::string& reason);
     void reportLoss(const std::string& reason, std::size_t characters);
     void failForProcess(const std::string& reason);
-    void tryAgain(std::chrono::milliseconds delay, const std::string& reason,
-                  const std::function<void()>& step);
+    void tryAgain(const std::string& reason, const std::function<void()>& step);
 
     void wait(std::chrono::milliseconds timeout, std::function<bool()> condition,
               std::function<void(bool)> next);
@@ -98,6 +103,7 @@ class Typist {
     Keyboard& keyboard_;
     FrontWindow& front_;
     platform::Log& log_;
+    const std::chrono::milliseconds maxKeyboardWait_;
     KeyBurst burst_;
     WindowPing ping_;
     UnreadKeys unread_;
@@ -111,6 +117,8 @@ class Typist {
     std::optional<TypingQueue::Item> item_;
     std::size_t roundEnd_ = 0;
     int failures_ = 0;
+    // When another program that has the keyboard is given up.
+    std::optional<SteadyTime> keyboardDeadline_;
     xcb_window_t target_ = XCB_NONE;
     // The target's window, where the target is not in front and takes the focus all the same.
     xcb_window_t behind_ = XCB_NONE;

@@ -35,13 +35,15 @@ void watchKeyboards(XcbConnection& connection) {
 
 X11Session::X11Session(XcbConnection& connection, PollLoop& loop, platform::Log& log,
                        HotKeys::Events hotKeyEvents, OnLift onLift,
-                       std::atomic<FrontWindow::Known>& front)
+                       std::atomic<FrontWindow::Known>& front,
+                       std::chrono::milliseconds maxKeyboardWait)
     : connection_(connection),
       log_(log),
       keyboard_(connection),
       front_(connection, front),
       hotKeys_(connection, keyboard_, heard(std::move(hotKeyEvents))),
-      typist_(connection, keyboard_, front_, hotKeys_, loop, log, std::move(onLift)) {
+      typist_(connection, keyboard_, front_, hotKeys_, loop, log, std::move(onLift),
+              maxKeyboardWait) {
     connection.selectRootEvents(XCB_EVENT_MASK_PROPERTY_CHANGE);
     watchKeyboardMap(connection);
     watchKeyboards(connection);

@@ -5,6 +5,7 @@
 #include <xcb/xinput.h>
 
 #include <atomic>
+#include <chrono>
 
 #include "platform/Log.h"
 #include "platform/Workspace.h"
@@ -24,7 +25,8 @@ class X11Session {
     /// `front` always holds the window in front. `onLift` may be empty. The references outlive the
     /// object.
     X11Session(XcbConnection& connection, PollLoop& loop, platform::Log& log,
-               HotKeys::Events hotKeyEvents, OnLift onLift, std::atomic<FrontWindow::Known>& front);
+               HotKeys::Events hotKeyEvents, OnLift onLift, std::atomic<FrontWindow::Known>& front,
+               std::chrono::milliseconds maxKeyboardWait = Typist::keyboardTimeout);
 
     HotKeys& hotKeys() { return hotKeys_; }
     Typist& typist() { return typist_; }

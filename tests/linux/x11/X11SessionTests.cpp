@@ -129,6 +129,27 @@ TEST_F(X11SessionTest, HandlesWhatComesWhileItSends) {
     EXPECT_EQ(events, "PR");
 }
 
+TEST_F(X11SessionTest, TellsHowMuchIsLostWhereAnotherProgramKeepsTheKeyboard) {
+    const auto other = linuxdesktop::XcbConnection::open().value();
+    linuxdesktop::X11Session refused(*other, loop, log,
+                                     {[](HotKeyNumber) {}, [](HotKeyNumber) {}, {}}, {}, front,
+                                     std::chrono::milliseconds(200));
+    X11User locker;
+    locker.grabWholeKeyboard();
+    bool isOver = false;
+    refused.typist().type({std::nullopt, U"Ende"}, XCB_NONE, [&] {
+        isOver = true;
+        loop.quit();
+    });
+    EXPECT_FALSE(isOver);
+    loop.run([&] { refused.drain(); });
+    EXPECT_TRUE(isOver);
+    EXPECT_TRUE(
+        log.hasLineWith("TarvikDictate: typed text not delivered: another program has "
+                        "taken the keyboard (4 characters)"));
+    EXPECT_EQ(locker.grabbedPresses(), 0);
+}
+
 // Nothing is left to wait for after it.
 TEST_F(X11SessionTest, TellsAtItsEndThatTypingIsOver) {
     bool isOver = false;
