@@ -5,6 +5,7 @@
 #include <poll.h>
 
 #include <chrono>
+#include <system_error>
 #include <utility>
 
 #include "platform/linux/loop/Thread.h"
@@ -30,13 +31,22 @@ X11Input::X11Input(platform::MainQueue& mainQueue, platform::Log& log,
       onLift_(std::move(onLift)) {
     const auto connected = std::make_shared<std::promise<void>>();
     const std::future<void> isReady = connected->get_future();
-    thread_ = startThread("input", [this, connected] { run(*connected); });
+    try {
+        thread_ = startThread("input", [this, connected] { run(*connected); });
+    } catch (const std::system_error& failure) {
+        refusal_ = "no thread can speak to the X server: " + failure.code().message();
+        hasAnswered_ = true;
+        return;
+    }
     if (isReady.wait_for(serverTimeout) != std::future_status::ready) {
         log.write("TarvikDictate: the X server does not answer");
     }
 }
 
 X11Input::~X11Input() {
+    if (!thread_.joinable()) {
+        return;
+    }
     loop_.post([this] { finish(); });
     if (ended_.get_future().wait_for(serverTimeout) != std::future_status::ready) {
         connector_.cancel();

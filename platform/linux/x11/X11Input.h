@@ -41,8 +41,9 @@ class X11Input final : public HotKeyMeans, public TypingMeans, public FrontMeans
     X11Input(const X11Input&) = delete;
     X11Input& operator=(const X11Input&) = delete;
 
-    /// Why the server does not serve: there is none, an extension is missing, or it belongs to a
-    /// Wayland session. Empty while it serves, and while it has not answered yet.
+    /// Why the server does not serve: there is none, an extension is missing, it belongs to a
+    /// Wayland session, or the system has no thread left. Nothing is to be registered or typed
+    /// then. Empty while it serves, and while it has not answered yet.
     std::optional<std::string> refusal() const;
 
     /// Any thread.

@@ -4,6 +4,7 @@
 
 #include <atomic>
 #include <future>
+#include <system_error>
 #include <utility>
 
 #include "platform/linux/loop/Thread.h"
@@ -27,9 +28,14 @@ XcbConnector::XcbConnector() : answer_(std::make_shared<Answer>()) {}
 // Nothing ends the library's attempt while a server takes the connection and says nothing. Its
 // thread is then left behind.
 XcbConnector::Connected XcbConnector::connect() {
-    startThread("x11-connect", [answer = answer_] {
-        answer->give(XcbConnection::open());
-    }).detach();
+    try {
+        startThread("x11-connect", [answer = answer_] {
+            answer->give(XcbConnection::open());
+        }).detach();
+    } catch (const std::system_error& failure) {
+        return Error{failure.code().value(),
+                     "no thread can connect to the X server: " + failure.code().message()};
+    }
     return answer_->promise.get_future().get();
 }
 

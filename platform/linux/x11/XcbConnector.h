@@ -15,7 +15,8 @@ class XcbConnector {
 
     XcbConnector();
 
-    /// Waits for the server, or until cancel() is called. To be called once.
+    /// Waits for the server, or until cancel() is called. An error when there is no server, or no
+    /// thread to wait on. To be called once.
     Connected connect();
     /// Lets connect() answer with an error; without effect once connect() has ended.
     void cancel();

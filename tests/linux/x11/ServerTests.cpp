@@ -15,6 +15,7 @@
 
 #include "platform/linux/DesktopInput.h"
 #include "tests/conformance/input/HotKeyRecorder.h"
+#include "tests/linux/loop/ThreadShortage.h"
 #include "tests/linux/x11/X11Server.h"
 #include "tests/linux/x11/X11User.h"
 #include "tests/support/RecordingLog.h"
@@ -138,6 +139,26 @@ TEST_F(UnresponsiveX11Server, OneThatCannotTellWhoseAWindowIsServesHotKeysAndTyp
         "TarvikDictate: the front window by the X server: the X server offers it"};
     EXPECT_EQ(log.lines(), chosen);
 }
+
+// The first thread speaks to the server, the second one connects.
+class X11WithoutThreads : public UnresponsiveX11Server, public testing::WithParamInterface<int> {};
+
+TEST_P(X11WithoutThreads, IsNotServedAndSaysSo) {
+    std::optional<DesktopInput> input;
+    {
+        const ThreadShortage shortage(GetParam());
+        input.emplace(mainQueue, log);
+    }
+    const std::string reason = GetParam() == 0 ? "speak" : "connect";
+    EXPECT_TRUE(log.hasLineWith("TarvikDictate: hotkeys not by XInput 2: no thread can " + reason +
+                                " to the X server: "));
+    EXPECT_FALSE(input->canType());
+    EXPECT_EQ(input->frontmostProcess(), std::nullopt);
+    HotKeyRecorder recorder(input->eventManager());
+    EXPECT_NE(recorder.add(hold, 1), platform::noErr);
+}
+
+INSTANTIATE_TEST_SUITE_P(, X11WithoutThreads, testing::Values(0, 1));
 
 }  // namespace
 
