@@ -195,14 +195,18 @@ Typist::Round Typist::nextRound() {
         if (!seen.insert(character).second) {
             continue;
         }
-        round.kept.insert(character);
+        const bool isNewlyKept = round.kept.insert(character).second;
         if (!keyboard_.strokeFor(character, state.group, state.unusable)) {
             round.lacking.insert(character);
         }
         const std::size_t free = keyboard_.freeStrokes(round.kept);
         const std::size_t reserved = std::min(free, reservedStrokes);
         if (round.lacking.size() > std::max(free - reserved, reserved)) {
+            // The next round keeps the character. This round may need its keystroke.
             round.lacking.erase(character);
+            if (isNewlyKept) {
+                round.kept.erase(character);
+            }
             break;
         }
     }

@@ -35,6 +35,17 @@ TEST_F(X11Delivery, WritesMoreDifferentCharactersThanThereAreSpareKeys) {
     EXPECT_TRUE(becomes(target, manyCharacters));
 }
 
+// The keys of the first text are still remapped, which leaves few for what the second one lacks.
+TEST_F(X11Delivery, WritesATextTwiceThatHasMoreDifferentCharactersThanThereAreSpareKeys) {
+    const X11Target target(X11Target::Kind::gtk3Text, mainQueue);
+    const std::string text =
+        "Müller's café: Привет, мир! Zażółć gęślą jaźń. Ελληνικά, עברית, العربية, 日本語 😀. ";
+    type(text, target.process());
+    ASSERT_TRUE(becomes(target, text));
+    type(text, target.process());
+    EXPECT_TRUE(becomes(target, text + text));
+}
+
 // The keys of the first text may be remapped only after they were read, whatever came between.
 TEST_F(X11Delivery, GoesOnAfterATextWasHeldUpBetweenTwoBursts) {
     const X11Target target(X11Target::Kind::gtk3Text, mainQueue);
