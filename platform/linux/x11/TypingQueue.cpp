@@ -28,6 +28,23 @@ std::optional<TypingQueue::Item> TypingQueue::take(const IsRead& isRead) {
     return item;
 }
 
+std::vector<TypingQueue::Item> TypingQueue::takeWaitingFor(xcb_window_t window) {
+    std::vector<Item> taken;
+    std::set<std::optional<platform::ProcessIdentifier>> processes;
+    for (auto item = items_.begin(); item != items_.end();) {
+        if (item->waitsFor == window) {
+            processes.insert(item->text.process);
+        }
+        if (processes.contains(item->text.process)) {
+            taken.push_back(std::move(*item));
+            item = items_.erase(item);
+        } else {
+            ++item;
+        }
+    }
+    return taken;
+}
+
 // A text for whatever has the keyboard may be for any process, so it overtakes nothing, and nothing
 // overtakes it.
 std::deque<TypingQueue::Item>::const_iterator TypingQueue::findNext(const IsRead& isRead) const {

@@ -43,6 +43,8 @@ class TypingQueue {
     bool hasNext(const IsRead& isRead) const { return findNext(isRead) != items_.end(); }
     /// Takes the first item that need not wait; empty when there is none.
     std::optional<Item> take(const IsRead& isRead);
+    /// Takes the items that wait for a window, and those behind them for the same processes.
+    std::vector<Item> takeWaitingFor(xcb_window_t window);
 
   private:
     std::deque<Item>::const_iterator findNext(const IsRead& isRead) const;

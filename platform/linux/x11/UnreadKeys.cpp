@@ -21,6 +21,8 @@ constexpr milliseconds firstAnswerTimeout = 1s;
 
 constexpr milliseconds firstProbeInterval = 1ms;
 constexpr milliseconds maxProbeInterval = 100ms;
+// Nobody waits for a program that has read nothing for 30 s.
+constexpr milliseconds expiredProbeInterval = 1s;
 // A program that is never idle, such as a terminal full of output, still reads its events. It has
 // got through its keys when it has read this many markers, one in each interval of this length.
 constexpr milliseconds markerInterval = 50ms;
@@ -28,12 +30,14 @@ constexpr int markersForProof = 4;
 
 }  // namespace
 
-UnreadKeys::UnreadKeys(XcbConnection& connection, PollLoop& loop, WindowPing& ping, Events events)
+UnreadKeys::UnreadKeys(XcbConnection& connection, PollLoop& loop, WindowPing& ping, Events events,
+                       milliseconds timeout)
     : connection_(connection),
       ping_(ping),
       probe_(connection),
       marker_(connection.atom("_TARVIK_DICTATE_MARKER")),
       events_(std::move(events)),
+      timeout_(timeout),
       deadline_(loop) {}
 
 std::optional<xcb_window_t> UnreadKeys::anyWindow() const {
@@ -58,12 +62,14 @@ void UnreadKeys::add(xcb_window_t window, std::u32string_view characters) {
     keys.serial = serial.value_or(0);
     keys.isKnownToAnswer = keys.isPinged && ping_.hasAnswered(window);
     keys.typed = std::chrono::steady_clock::now();
-    keys.isDoubtful = false;
     keys.characters += characters;
-    if (keys.characters.empty()) {
+    keys.isDoubtful = keys.hasExpired && keys.characters.empty();
+    if (keys.isDoubtful) {
+        keys.deadline = SteadyTime::max();
+    } else if (keys.characters.empty()) {
         keys.deadline = keys.typed + (keys.isPinged ? firstAnswerTimeout : 0ms);
     } else {
-        keys.deadline = keys.typed + maxTimeout;
+        keys.deadline = keys.typed + timeout_;
         startProbing(window, keys);
     }
     setDeadline();
@@ -134,7 +140,11 @@ void UnreadKeys::setDeadline() {
     for (const auto& [window, keys] : windows_) {
         next = std::min({next, keys.deadline, keys.probed ? keys.nextProbe : keys.deadline});
     }
-    deadline_.set(next, [this] { handleDeadline(); });
+    if (next == SteadyTime::max()) {
+        deadline_.clear();
+    } else {
+        deadline_.set(next, [this] { handleDeadline(); });
+    }
 }
 
 void UnreadKeys::handleDeadline() {
@@ -182,7 +192,7 @@ bool UnreadKeys::probe(xcb_window_t window, Keys& keys) {
         (finding == ProgramProbe::Finding::busy && !keys.isPinged && readsMarkers(window, keys))) {
         return true;
     }
-    keys.nextProbe = now + keys.probeInterval;
+    keys.nextProbe = now + (keys.isDoubtful ? expiredProbeInterval : keys.probeInterval);
     keys.probeInterval = std::min(2 * keys.probeInterval, maxProbeInterval);
     return false;
 }
@@ -206,11 +216,20 @@ bool UnreadKeys::readsMarkers(xcb_window_t window, Keys& keys) {
 }
 
 void UnreadKeys::expire(xcb_window_t window) {
-    const Keys& keys = windows_[window];
-    if (!keys.isDoubtful && !keys.characters.empty()) {
-        events_.onTimeout(keys.characters.size());
+    Keys& keys = windows_[window];
+    if (keys.isDoubtful || keys.characters.empty()) {
+        remove(window);
+        return;
     }
-    remove(window);
+    keys.hasExpired = true;
+    keys.isDoubtful = true;
+    keys.deadline = SteadyTime::max();
+    const std::size_t lost = std::exchange(keys.characters, {}).size();
+    const auto onRead = std::exchange(keys.onRead, {});
+    events_.onTimeout(window, lost);
+    for (const auto& action : onRead) {
+        action();
+    }
 }
 
 void UnreadKeys::remove(xcb_window_t window) {

@@ -28,20 +28,24 @@ namespace tarvik::linuxdesktop {
 /// The answer to a later ping proves that a program has looked its keys up. For a local program
 /// that answers no pings the proof is a ProgramProbe. For any other program there is no proof: the
 /// keys count as read after a delay, and their symbols stay for 30 s where possible.
+///
+/// A program that reads nothing for 30 s is waited for no longer. The symbols of its keys stay
+/// where possible, so that the program still reads the right characters when it goes on.
 class UnreadKeys {
   public:
     struct Events {
         /// Some keys are read, or not waited for any more.
         std::function<void()> onChange;
         /// A window's program has not looked up its keys for 30 s; so many characters may be lost.
-        std::function<void(std::size_t characters)> onTimeout;
+        std::function<void(xcb_window_t window, std::size_t characters)> onTimeout;
     };
-
-    /// The references outlive the object.
-    UnreadKeys(XcbConnection& connection, PollLoop& loop, WindowPing& ping, Events events);
 
     /// No key is waited for any longer.
     static constexpr std::chrono::seconds maxTimeout{30};
+
+    /// The references outlive the object. `timeout` stands for the 30 s.
+    UnreadKeys(XcbConnection& connection, PollLoop& loop, WindowPing& ping, Events events,
+               std::chrono::milliseconds timeout = maxTimeout);
 
     /// Whether no window is left, not even one whose program may have looked its keys up.
     bool isEmpty() const { return windows_.empty(); }
@@ -79,6 +83,8 @@ class UnreadKeys {
         std::vector<std::function<void()>> onRead;
         // The keys may have been read. They are waited for no more.
         bool isDoubtful = false;
+        // Earlier keys were not read in time.
+        bool hasExpired = false;
         // The program, while it is probed from outside.
         std::optional<std::int32_t> probed;
         SteadyTime nextProbe;
@@ -102,6 +108,7 @@ class UnreadKeys {
     ProgramProbe probe_;
     xcb_atom_t marker_;
     Events events_;
+    std::chrono::milliseconds timeout_;
     std::map<xcb_window_t, Keys> windows_;
     Deadline deadline_;
 };

@@ -96,8 +96,9 @@ class X11UnreadKeys : public InputFixture, public testing::Test {
     linuxdesktop::PollLoop loop;
     linuxdesktop::WindowPing ping{*connection};
     std::size_t lost = 0;
-    UnreadKeys unread{
-        *connection, loop, ping, {[] {}, [this](std::size_t count) { lost += count; }}};
+    const UnreadKeys::Events events{
+        [] {}, [this](xcb_window_t /*window*/, std::size_t count) { lost += count; }};
+    UnreadKeys unread{*connection, loop, ping, events};
 };
 
 TEST_F(X11UnreadKeys, OfAnUnknownProgramAreNotWaitedForAfterADelayAndKeptWherePossible) {
@@ -113,6 +114,36 @@ TEST_F(X11UnreadKeys, OfAnUnknownProgramAreNotWaitedForAfterADelayAndKeptWherePo
     EXPECT_TRUE(unread.characters().empty());
     EXPECT_FALSE(unread.isEmpty());
     EXPECT_EQ(lost, 0U);
+}
+
+// The program reads the right characters when it goes on after all.
+TEST_F(X11UnreadKeys, OfAProgramThatReadsNothingAreReportedOnceAndKeepTheirSymbols) {
+    const X11Target terminal(X11Target::Kind::terminal, mainQueue);
+    ASSERT_TRUE(comesToFront(terminal));
+    std::atomic<linuxdesktop::FrontWindow::Known> known;
+    linuxdesktop::FrontWindow front(*connection, known);
+    const xcb_window_t window = front.window();
+    UnreadKeys expiring{*connection, loop, ping, events, 300ms};
+    int settled = 0;
+    terminal.hang();
+    user->tap(X11User::qKey);
+    expiring.add(window, U"жд");
+    expiring.whenRead(window, [&] { ++settled; });
+    EXPECT_TRUE(runUntil([&] { return lost == 2; }, 5s));
+    EXPECT_EQ(settled, 1);
+    EXPECT_FALSE(expiring.contains(window));
+    EXPECT_FALSE(expiring.anyWindow());
+    EXPECT_TRUE(expiring.characters().empty());
+    EXPECT_FALSE(expiring.isEmpty());
+    // A recording begins.
+    expiring.add(window, U"");
+    expiring.add(window, U"п");
+    EXPECT_TRUE(runUntil([&] { return lost == 3; }, 5s));
+    EXPECT_FALSE(expiring.isEmpty());
+    terminal.goOn();
+    EXPECT_TRUE(runUntil([&] { return expiring.isEmpty(); }, 5s));
+    EXPECT_EQ(lost, 3U);
+    EXPECT_EQ(settled, 1);
 }
 
 // The next program often gets the numbers of the last one's windows.

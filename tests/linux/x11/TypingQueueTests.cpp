@@ -76,6 +76,20 @@ TEST_F(TypingQueueTest, KeepsWhatHasBeenTypedOfAText) {
     EXPECT_EQ(take().position, 2U);
 }
 
+TEST_F(TypingQueueTest, GivesUpWhatWaitsForAWindowAndWhatComesAfterItForTheSameProcess) {
+    push(first, U"one");
+    push(second, U"two");
+    push(first, U"three");
+    EXPECT_TRUE(queue.takeWaitingFor(window).empty());
+    putBackUntilRead(take());
+    const auto waiting = queue.takeWaitingFor(window);
+    ASSERT_EQ(waiting.size(), 2U);
+    EXPECT_EQ(waiting[0].text.characters, U"one");
+    EXPECT_EQ(waiting[1].text.characters, U"three");
+    EXPECT_EQ(take().text.characters, U"two");
+    EXPECT_TRUE(queue.isEmpty());
+}
+
 // The text may be for the very process that is waited for.
 TEST_F(TypingQueueTest, LetsATextForWhateverHasTheKeyboardOvertakeNothing) {
     push(first, U"one");
