@@ -55,9 +55,10 @@ class Accessibility {
     ///
     /// Success means that the text is known to have arrived: it stands in the element. Where a
     /// program does not let its text be read, the length of the text has grown accordingly. An
-    /// error means that the text has not arrived and will not arrive, as far as the other program
-    /// reports truthfully. On macOS success, too, is what the other program reports. The call waits
-    /// for the other program up to 0.5 s in all.
+    /// error means that the caller has to type the text. A program that has not replied in time may
+    /// still insert the text. The backend then keeps the typed text back, and drops it once the
+    /// text has arrived. On macOS success is what the other program reports, and nothing is kept
+    /// back. The call waits for the other program up to 0.5 s in all.
     ///
     /// A program that failed to answer is not asked again, nor is an element that reported a false
     /// result: their writes fail at once. Reading the element as the focused one ends that, unless

@@ -137,4 +137,12 @@ bool DesktopInput::isTypingInto(platform::ProcessIdentifier process) const {
     return keyboardEvents_->isTypingInto(process);
 }
 
+bool DesktopInput::holdTyping(platform::ProcessIdentifier process) {
+    return keyboardEvents_->hold(process);
+}
+
+void DesktopInput::releaseTyping(platform::ProcessIdentifier process, std::size_t units) {
+    keyboardEvents_->release(process, units);
+}
+
 }  // namespace tarvik::linuxdesktop

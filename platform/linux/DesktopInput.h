@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include <cstddef>
 #include <memory>
 #include <optional>
 
@@ -42,6 +43,9 @@ class DesktopInput {
     bool canType() const;
     /// Whether text for `process` is still on its way by typing.
     bool isTypingInto(platform::ProcessIdentifier process) const;
+    /// As LinuxKeyboardEvents.
+    bool holdTyping(platform::ProcessIdentifier process);
+    void releaseTyping(platform::ProcessIdentifier process, std::size_t units);
 
   private:
     // Means of one technology may be one object. Whatever uses a means stands behind it.

@@ -2,6 +2,7 @@
 
 #include "platform/linux/LinuxPlatform.h"
 
+#include <cstddef>
 #include <cstdio>
 #include <cstdlib>
 #include <string>
@@ -20,9 +21,14 @@ LinuxPlatform::LinuxPlatform(int& argumentCount, char** arguments, InstanceClaim
       loginItem_(bundle_.bundlePath()),
       input_(mainQueue_, log_),
       accessibility_(
-          log_,
-          {[this] { return input_.frontmostProcess(); }, [this] { return input_.canType(); },
-           [this](platform::ProcessIdentifier process) { return input_.isTypingInto(process); }}),
+          log_, mainQueue_,
+          {[this] { return input_.frontmostProcess(); },
+           [this] { return input_.canType(); },
+           [this](platform::ProcessIdentifier process) { return input_.isTypingInto(process); },
+           {[this](platform::ProcessIdentifier process) { return input_.holdTyping(process); },
+            [this](platform::ProcessIdentifier process, std::size_t units) {
+                input_.releaseTyping(process, units);
+            }}}),
       audio_(mainQueue_, log_),
       webSockets_(log_),
       workspace_([this] { return input_.frontmostProcess(); }, taskLauncher_, clock_, log_),

@@ -11,13 +11,27 @@
 namespace tarvik::linuxdesktop {
 
 using std::chrono::milliseconds;
-using std::chrono::steady_clock;
 
 namespace {
 
-constexpr milliseconds mainThreadTimeout{500};
-// Earlier than the main thread's, so that a status at the deadline still counts.
-constexpr milliseconds workerTimeout{460};
+// The worker's deadline is earlier than the main thread's, so that a status at the deadline still
+// counts.
+constexpr milliseconds statusMargin{40};
+
+// Settles a write whose outcome nobody will report: the program has left the bus, or nothing was
+// sent.
+class Settlement {
+  public:
+    explicit Settlement(std::shared_ptr<WriteReply> reply) : reply_(std::move(reply)) {}
+    ~Settlement() { reply_->settle(false); }
+    Settlement(const Settlement&) = delete;
+    Settlement& operator=(const Settlement&) = delete;
+
+    bool settle(bool hasArrived) { return reply_->settle(hasArrived); }
+
+  private:
+    std::shared_ptr<WriteReply> reply_;
+};
 
 }  // namespace
 
@@ -35,28 +49,32 @@ void AccessibilityWorker::run() {
     desktop_.reset();
 }
 
-platform::AXError AccessibilityWorker::write(const std::shared_ptr<AtspiElement>& element,
-                                             const std::string& text) {
-    const auto start = steady_clock::now();
+std::shared_ptr<WriteReply> AccessibilityWorker::startWrite(
+    const std::shared_ptr<AtspiElement>& element, const std::string& text, SteadyTime deadline) {
     const auto reply = std::make_shared<WriteReply>();
-    loop_.post([this, reply, element, text, deadline = start + workerTimeout] {
-        runWrite(*reply, *element, text, deadline);
+    loop_.post([this, reply, element, text, deadline = deadline - statusMargin] {
+        runWrite(reply, *element, text, deadline);
     });
-    return reply->await(start + mainThreadTimeout);
+    return reply;
 }
 
-void AccessibilityWorker::runWrite(WriteReply& reply, AtspiElement& element,
+void AccessibilityWorker::runWrite(const std::shared_ptr<WriteReply>& reply, AtspiElement& element,
                                    const std::string& text, SteadyTime deadline) {
+    const auto settlement = std::make_shared<Settlement>(reply);
     MessageBus* bus = desktop_->accessibilityBus();
-    if (!bus || !reply.isAwaited()) {
-        reply.deliver(platform::axErrorAPIDisabled);
+    if (!bus || !reply->isAwaited()) {
+        reply->deliver(platform::axErrorAPIDisabled, false);
         return;
     }
-    TextWrite write(*bus, element, text, [this](const std::string& reason) {
-        log_.write("TarvikDictate: accessibility — " + reason);
-    });
+    TextWrite write(
+        *bus, element, text,
+        [this](const std::string& reason) {
+            log_.write("TarvikDictate: accessibility — " + reason);
+        },
+        [settlement](bool hasArrived) { return settlement->settle(hasArrived); });
     const platform::AXError status = write.run(deadline);
-    if (!reply.deliver(status) && status == platform::axErrorSuccess) {
+    const bool isAwaited = reply->deliver(status, write.isPending());
+    if (!isAwaited && status == platform::axErrorSuccess && !settlement->settle(true)) {
         write.undo();
     }
 }

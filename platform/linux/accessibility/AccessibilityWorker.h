@@ -19,7 +19,7 @@
 namespace tarvik::linuxdesktop {
 
 /// The thread that speaks to the session bus and the accessibility bus. It sleeps until a message
-/// or a request comes. Operations are for the main thread; only write() blocks.
+/// or a request comes. Operations are for the main thread and do not block.
 class AccessibilityWorker {
   public:
     /// Starts the thread. `log` outlives the worker.
@@ -31,8 +31,10 @@ class AccessibilityWorker {
 
     const AccessibilityState& state() const { return state_; }
 
-    /// Replaces the selection of an element. Blocks up to 0.5 s.
-    platform::AXError write(const std::shared_ptr<AtspiElement>& element, const std::string& text);
+    /// Replaces the selection of an element. The status is there right before `deadline`, or the
+    /// write is pending. A pending write is settled once the program has replied or left the bus.
+    std::shared_ptr<WriteReply> startWrite(const std::shared_ptr<AtspiElement>& element,
+                                           const std::string& text, SteadyTime deadline);
     /// Calls `handler` on the worker's thread once the first replies of the desktop are in.
     void whenFirstKnown(std::function<void()> handler);
     /// Connects to a bus that is missing.
@@ -44,8 +46,8 @@ class AccessibilityWorker {
 
   private:
     void run();
-    void runWrite(WriteReply& reply, AtspiElement& element, const std::string& text,
-                  SteadyTime deadline);
+    void runWrite(const std::shared_ptr<WriteReply>& reply, AtspiElement& element,
+                  const std::string& text, SteadyTime deadline);
 
     platform::Log& log_;
     AccessibilityState state_;

@@ -4,6 +4,7 @@
 
 #include <unistd.h>
 
+#include <chrono>
 #include <utility>
 
 #include "platform/linux/accessibility/AccessibilityWorker.h"
@@ -16,10 +17,18 @@ namespace {
 
 class SystemWideElement final : public platform::AXUIElement {};
 
+// For one write in all.
+constexpr std::chrono::milliseconds mainThreadTimeout{500};
+// Typed text waits no longer for a program either.
+constexpr std::chrono::seconds pendingTimeout{30};
+
 }  // namespace
 
-AtspiAccessibility::AtspiAccessibility(platform::Log& log, Input input)
-    : input_(std::move(input)), worker_(std::make_unique<AccessibilityWorker>(log)) {}
+AtspiAccessibility::AtspiAccessibility(platform::Log& log, platform::MainQueue& mainQueue,
+                                       Input input)
+    : input_(std::move(input)),
+      pendingWrites_(std::make_shared<PendingWrites>(mainQueue, input_.typing, pendingTimeout)),
+      worker_(std::make_unique<AccessibilityWorker>(log)) {}
 
 AtspiAccessibility::~AtspiAccessibility() = default;
 
@@ -77,11 +86,23 @@ platform::AXError AtspiAccessibility::setAttributeValue(const platform::AXUIElem
     if (target->application->isGone) {
         return platform::axErrorInvalidUIElement;
     }
+    const SteadyTime deadline = std::chrono::steady_clock::now() + mainThreadTimeout;
     const auto process = target->application->process();
+    if (process && !pendingWrites_->settle(*process, deadline)) {
+        return platform::axErrorCannotComplete;
+    }
     if (target->isUnreliable() || (process && input_.isTypingInto(*process))) {
         return platform::axErrorCannotComplete;
     }
-    return worker_->write(target, text);
+    const auto reply = worker_->startWrite(target, text, deadline);
+    const platform::AXError status = reply->await(deadline);
+    if (!reply->isPending()) {
+        return status;
+    }
+    if (process) {
+        return pendingWrites_->add(*process, reply, text);
+    }
+    return reply->giveUp() ? platform::axErrorSuccess : platform::axErrorCannotComplete;
 }
 
 bool AtspiAccessibility::isProcessTrusted() {

@@ -9,7 +9,9 @@
 
 #include "platform/Accessibility.h"
 #include "platform/Log.h"
+#include "platform/MainQueue.h"
 #include "platform/Workspace.h"
+#include "platform/linux/accessibility/PendingWrites.h"
 
 namespace tarvik::linuxdesktop {
 
@@ -33,10 +35,12 @@ class AtspiAccessibility final : public platform::Accessibility {
         /// Whether text for the process is on its way by typing. A write would overtake that text,
         /// so the write is refused, and its text is typed as well.
         std::function<bool(platform::ProcessIdentifier)> isTypingInto;
+        /// Text that is typed instead of a write may have to wait for the outcome of the write.
+        PendingWrites::Typing typing;
     };
 
-    /// `log` outlives this object.
-    AtspiAccessibility(platform::Log& log, Input input);
+    /// The references outlive this object.
+    AtspiAccessibility(platform::Log& log, platform::MainQueue& mainQueue, Input input);
     /// Ends the thread. Blocks until its current request is done.
     ~AtspiAccessibility() override;
 
@@ -58,6 +62,7 @@ class AtspiAccessibility final : public platform::Accessibility {
 
   private:
     Input input_;
+    std::shared_ptr<PendingWrites> pendingWrites_;
     std::unique_ptr<AccessibilityWorker> worker_;
 };
 

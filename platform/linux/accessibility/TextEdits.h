@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
@@ -12,7 +13,7 @@
 
 // The two calls that change a text, each between queries of the text. The calls follow each other
 // closely, so the replies around a change tell what the change itself did. A program that hangs may
-// carry a change out late; the change is undone as soon as the late replies come. All belongs to
+// carry a change out late; the late replies decide what becomes of the change. All belongs to
 // the bus's thread. Offsets and lengths are in the unit of AtspiText.
 namespace tarvik::linuxdesktop {
 
@@ -51,11 +52,22 @@ struct InsertionReplies {
 /// Fields with a length limit are shorter. A larger tail would be read with every piece of text.
 inline constexpr std::int64_t maxTailLength = 1000;
 
+/// Hears whether the text of a late insertion has arrived, and answers whether it is still wanted.
+using OnSettled = std::function<bool(bool hasArrived)>;
+
+/// What becomes of an insertion whose replies come late.
+struct LateInsertion {
+    /// Whether the widget hides its text.
+    bool isMasked = false;
+    OnSettled onSettled;
+};
+
 /// Adds the insertion of `text` at `offset`, in a text of `count`, to `calls`, before any other
-/// call. When the replies come late, the inserted text is deleted again. `bus` outlives the
-/// replies.
+/// call. When the replies come late, the inserted text is deleted again, unless all of it has
+/// arrived and is wanted. `bus` outlives the replies.
 std::shared_ptr<const InsertionReplies> addInsertion(CallBatch& calls, MessageBus& bus,
                                                      const AtspiText& widget, std::int64_t offset,
-                                                     std::int64_t count, const std::string& text);
+                                                     std::int64_t count, const std::string& text,
+                                                     LateInsertion late);
 
 }  // namespace tarvik::linuxdesktop

@@ -7,7 +7,6 @@
 #include <utility>
 
 #include "platform/linux/accessibility/CallBatch.h"
-#include "platform/linux/accessibility/TextEdits.h"
 #include "platform/linux/bus/BusReplies.h"
 
 namespace tarvik::linuxdesktop {
@@ -24,16 +23,24 @@ constexpr milliseconds queryTimeout{300};
 // Some programs carry a change out shortly after they have confirmed it.
 constexpr milliseconds settleTimeout{200};
 constexpr milliseconds settlePollInterval{20};
+constexpr const char* silence = "does not answer";
+
+std::string lineAbout(const AtspiApplication& application, const char* reason) {
+    const auto process = application.process();
+    return "process " + (process ? std::to_string(*process) : application.busName) + " " + reason +
+           "; its text will be typed";
+}
 
 }  // namespace
 
 TextWrite::TextWrite(MessageBus& bus, AtspiElement& element, const std::string& text,
-                     std::function<void(const std::string&)> onUnreliable)
+                     std::function<void(const std::string&)> onUnreliable, OnSettled onSettled)
     : bus_(bus),
       element_(element),
       widget_(bus, element),
       text_(text),
-      onUnreliable_(std::move(onUnreliable)) {}
+      onUnreliable_(std::move(onUnreliable)),
+      onSettled_(std::move(onSettled)) {}
 
 AXError TextWrite::run(SteadyTime deadline) {
     deadline_ = deadline;
@@ -156,10 +163,12 @@ AXError TextWrite::deleteSelection() {
 
 AXError TextWrite::insert() {
     CallBatch calls(bus_, deadline_);
-    insertion_ = addInsertion(calls, bus_, widget_, offset_, countBefore_, text_);
+    insertion_ = addInsertion(calls, bus_, widget_, offset_, countBefore_, text_, lateInsertion());
     if (!calls.await()) {
         element_.application->lateReplies = insertion_;
-        return failWithoutReply();
+        isPending_ = bus_.isOpen();
+        element_.application->isUnresponsive = isPending_;
+        return isPending_ ? platform::axErrorCannotComplete : platform::axErrorAPIDisabled;
     }
     countBefore_ = insertion_->countBefore.value_or(countBefore_);
     count_ = insertion_->count;
@@ -173,6 +182,21 @@ AXError TextWrite::insert() {
         moveCaret(offset_);
     }
     return status;
+}
+
+LateInsertion TextWrite::lateInsertion() {
+    return {element_.isPasswordField == true,
+            [onSettled = onSettled_, onUnreliable = onUnreliable_,
+             application = element_.application](bool hasArrived) {
+                const bool isWanted = onSettled(hasArrived);
+                if (isWanted) {
+                    // The program was slow and has done what it was told.
+                    application->isUnresponsive = false;
+                } else {
+                    onUnreliable(lineAbout(*application, silence));
+                }
+                return isWanted;
+            }};
 }
 
 AXError TextWrite::verifyInsertion() {
@@ -239,21 +263,14 @@ AXError TextWrite::failWithoutReply() {
         return platform::axErrorAPIDisabled;
     }
     element_.application->isUnresponsive = true;
-    reportUnreliable("does not answer");
+    onUnreliable_(lineAbout(*element_.application, silence));
     return platform::axErrorCannotComplete;
 }
 
 AXError TextWrite::failAfterLie(const char* reason) {
     element_.hasLied = true;
-    reportUnreliable(reason);
+    onUnreliable_(lineAbout(*element_.application, reason));
     return platform::axErrorCannotComplete;
-}
-
-void TextWrite::reportUnreliable(const char* reason) {
-    const auto process = element_.application->process();
-    onUnreliable_("process " +
-                  (process ? std::to_string(*process) : element_.application->busName) + " " +
-                  reason + "; its text will be typed");
 }
 
 bool TextWrite::waitUntil(const std::function<bool()>& condition) {

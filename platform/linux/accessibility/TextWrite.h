@@ -11,33 +11,37 @@
 #include "platform/linux/accessibility/AtspiElement.h"
 #include "platform/linux/accessibility/AtspiProtocol.h"
 #include "platform/linux/accessibility/AtspiText.h"
+#include "platform/linux/accessibility/TextEdits.h"
 #include "platform/linux/bus/MessageBus.h"
 
 namespace tarvik::linuxdesktop {
 
 class CallBatch;
-struct InsertionReplies;
 
 /// One replacement of the selection of one widget. Belongs to the bus's thread, outside handlers of
 /// the bus. The operations block until their deadline at the most.
 ///
 /// A call that changes the text follows only when the program has just replied to queries, because
-/// a sent message cannot be called back. When the program does not reply to a change, late replies
-/// are still handled, and undo what the change did: an inserted text is deleted again, and text
-/// that was deleted although the user had typed over the selection is inserted again. So the same
-/// text can be typed meanwhile without arriving twice, and no text of the user is lost. Until the
-/// late replies are there, every further write into the program fails at once. Two cases may end
-/// otherwise: a program that goes on after this process has ended, and one that handles
-/// keys between two messages that it finds together.
+/// a sent message cannot be called back. When the program does not reply to an insertion in time,
+/// the write is pending, and the late replies settle the write: the inserted text stays if all of
+/// it is there and still wanted, and is deleted again otherwise. Late replies to a deletion undo
+/// it where the user had typed over the selection meanwhile. So no text arrives twice, and no text
+/// of the user is lost. Until the late replies are there, every further write into the program
+/// fails at once. Two cases may end otherwise: a program that goes on after this process has
+/// ended, and one that handles keys between two messages that it finds together.
 class TextWrite {
   public:
     /// All outlive the write. `onUnreliable` gets a line for the log when the program does not
-    /// reply, or when the widget lies.
+    /// reply, or when the widget lies. `onSettled` hears of a pending write whether the text has
+    /// arrived, and answers whether the text is still wanted. A write whose program leaves the bus
+    /// destroys `onSettled` without a call.
     TextWrite(MessageBus& bus, AtspiElement& element, const std::string& text,
-              std::function<void(const std::string&)> onUnreliable);
+              std::function<void(const std::string&)> onUnreliable, OnSettled onSettled);
 
     /// Writes, and returns what Accessibility::setAttributeValue does, by `deadline`.
     platform::AXError run(SteadyTime deadline);
+    /// Whether the program has been told to insert the text and has not replied; after run().
+    bool isPending() const { return isPending_; }
     /// Deletes the inserted text again; after a run() that succeeded.
     void undo();
 
@@ -48,6 +52,7 @@ class TextWrite {
     void addSelectionQueries(CallBatch& queries);
     platform::AXError deleteSelection();
     platform::AXError insert();
+    LateInsertion lateInsertion();
     platform::AXError verifyInsertion();
     bool learnsUtf16Units();
     bool hasGrown() const;
@@ -56,7 +61,6 @@ class TextWrite {
     void restoreTail();
     platform::AXError failWithoutReply();
     platform::AXError failAfterLie(const char* reason);
-    void reportUnreliable(const char* reason);
     bool waitUntil(const std::function<bool()>& condition);
     bool readText();
     void takeBack(std::int64_t length);
@@ -70,6 +74,8 @@ class TextWrite {
     const AtspiText widget_;
     const std::string& text_;
     std::function<void(const std::string&)> onUnreliable_;
+    OnSettled onSettled_;
+    bool isPending_ = false;
     SteadyTime deadline_;
 
     std::optional<atspi::StateSet> states_;

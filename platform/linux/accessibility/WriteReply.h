@@ -2,6 +2,7 @@
 #pragma once
 
 #include <condition_variable>
+#include <functional>
 #include <mutex>
 #include <optional>
 
@@ -10,37 +11,100 @@
 
 namespace tarvik::linuxdesktop {
 
-/// The status of one write, handed from the worker to the main thread. Either the main thread takes
-/// the status before its deadline, or the worker learns that nobody waits and undoes the write. The
-/// mutex decides which of the two happens. Any thread.
+/// The result of one write, handed from the worker to the main thread. First comes the status. A
+/// write whose status is not known in time is pending: the program may still carry the write out.
+/// The worker settles a pending write later. Either the main thread still wants the text then, or
+/// the worker undoes the write. The mutex decides which of the two happens.
 class WriteReply {
   public:
-    /// Hands the status over; false when nobody waits any more.
-    bool deliver(platform::AXError status) {
+    /// Hands the status over; `isPending` when the program has not replied to the insertion. False
+    /// when the main thread has stopped waiting, and the write is pending. Worker thread.
+    bool deliver(platform::AXError status, bool isPending) {
         const std::lock_guard lock(mutex_);
+        if (isAbandoned_) {
+            return false;
+        }
         status_ = status;
-        delivered_.notify_one();
-        return !isAbandoned_;
+        isPending_ = isPending;
+        changed_.notify_one();
+        return true;
     }
 
-    /// Blocks until the status is there; axErrorCannotComplete when `deadline` passes first.
+    /// Blocks until the status is there; axErrorCannotComplete when `deadline` passes first. Main
+    /// thread.
     platform::AXError await(SteadyTime deadline) {
         std::unique_lock lock(mutex_);
-        delivered_.wait_until(lock, deadline, [this] { return status_.has_value(); });
+        changed_.wait_until(lock, deadline, [this] { return status_.has_value(); });
         isAbandoned_ = !status_;
+        isPending_ = isPending_ || isAbandoned_;
         return status_.value_or(platform::axErrorCannotComplete);
     }
 
+    /// Whether the main thread still waits for the status. Any thread.
     bool isAwaited() const {
         const std::lock_guard lock(mutex_);
         return !isAbandoned_;
     }
 
+    /// Whether the write has no outcome yet, after await(). Main thread.
+    bool isPending() const {
+        const std::lock_guard lock(mutex_);
+        return isPending_;
+    }
+
+    /// Ends a pending write: whether the text stands in the element. False when nobody wants the
+    /// text any more, and it has to be deleted again. Only the first call counts. Worker thread.
+    bool settle(bool hasArrived) {
+        std::unique_lock lock(mutex_);
+        if (outcome_) {
+            return *outcome_;
+        }
+        outcome_ = hasArrived && !isGivenUp_;
+        changed_.notify_one();
+        if (const auto onSettled = onSettled_) {
+            lock.unlock();
+            onSettled();
+        }
+        return hasArrived && !isGivenUp_;
+    }
+
+    /// Blocks until a pending write is settled: whether the text has arrived. Empty when `deadline`
+    /// passes first. Main thread.
+    std::optional<bool> awaitOutcome(SteadyTime deadline) {
+        std::unique_lock lock(mutex_);
+        changed_.wait_until(lock, deadline, [this] { return outcome_.has_value(); });
+        return outcome_;
+    }
+
+    /// Calls `handler` once a pending write is settled: at once, or on the worker's thread. Main
+    /// thread.
+    void whenSettled(std::function<void()> handler) {
+        std::unique_lock lock(mutex_);
+        if (outcome_) {
+            lock.unlock();
+            handler();
+        } else {
+            onSettled_ = std::move(handler);
+        }
+    }
+
+    /// The text of a pending write is not wanted any more. Answers whether it has arrived already.
+    /// Main thread.
+    bool giveUp() {
+        const std::lock_guard lock(mutex_);
+        isGivenUp_ = true;
+        return outcome_.value_or(false);
+    }
+
   private:
     mutable std::mutex mutex_;
-    std::condition_variable delivered_;
+    std::condition_variable changed_;
     std::optional<platform::AXError> status_;
     bool isAbandoned_ = false;
+    bool isPending_ = false;
+    bool isGivenUp_ = false;
+    std::optional<bool> outcome_;
+    std::function<void()> onSettled_;
 };
 
 }  // namespace tarvik::linuxdesktop

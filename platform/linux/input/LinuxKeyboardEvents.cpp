@@ -28,6 +28,9 @@ class TypedEvent final : public platform::KeyboardEvent {
 }  // namespace
 
 LinuxKeyboardEvents::~LinuxKeyboardEvents() {
+    for (const auto& [process, units] : held_) {
+        runs_.add(process, units);
+    }
     for (TypedText& text : runs_.takeEverything()) {
         means_->type(std::move(text), {});
     }
@@ -63,7 +66,16 @@ void LinuxKeyboardEvents::add(Target process,
     if (key == nullptr || !key->isDown() || key->units().empty()) {
         return;
     }
-    runs_.add(process, key->units());
+    const auto held = process ? held_.find(*process) : held_.end();
+    if (held != held_.end()) {
+        held->second += key->units();
+    } else {
+        addRun(process, key->units());
+    }
+}
+
+void LinuxKeyboardEvents::addRun(Target process, std::u16string_view units) {
+    runs_.add(process, units);
     if (!std::exchange(isHandingOver_, true)) {
         mainQueue_.async(weakly(*this, [](LinuxKeyboardEvents& self) {
             self.isHandingOver_ = false;
@@ -84,8 +96,21 @@ void LinuxKeyboardEvents::handOver(std::vector<TypedText> texts) {
     }
 }
 
+bool LinuxKeyboardEvents::hold(platform::ProcessIdentifier process) {
+    if (isAvailable()) {
+        held_.try_emplace(process);
+    }
+    return isAvailable();
+}
+
+void LinuxKeyboardEvents::release(platform::ProcessIdentifier process, std::size_t units) {
+    if (const auto held = held_.extract(process); held && held.mapped().size() > units) {
+        addRun(process, std::u16string_view(held.mapped()).substr(units));
+    }
+}
+
 bool LinuxKeyboardEvents::isTypingInto(platform::ProcessIdentifier process) const {
-    return onTheirWay_.contains(process) || runs_.contains(process);
+    return held_.contains(process) || onTheirWay_.contains(process) || runs_.contains(process);
 }
 
 }  // namespace tarvik::linuxdesktop

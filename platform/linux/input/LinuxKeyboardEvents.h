@@ -1,10 +1,12 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <map>
 #include <memory>
 #include <optional>
+#include <string>
 #include <string_view>
 #include <vector>
 
@@ -40,6 +42,12 @@ class LinuxKeyboardEvents final : public platform::KeyboardEvents,
                    const std::shared_ptr<platform::KeyboardEvent>& event) override;
     void post(int tap, const std::shared_ptr<platform::KeyboardEvent>& event) override;
 
+    /// Keeps the text that is posted for `process` from here on. False when no means types at
+    /// present.
+    bool hold(platform::ProcessIdentifier process);
+    /// Types what was kept for `process`, without the first `units` UTF-16 units.
+    void release(platform::ProcessIdentifier process, std::size_t units);
+
     /// Whether `process` has not yet read, and not lost, all text that was posted for it.
     bool isTypingInto(platform::ProcessIdentifier process) const;
 
@@ -48,12 +56,14 @@ class LinuxKeyboardEvents final : public platform::KeyboardEvents,
 
     bool isAvailable() const { return means_ != nullptr && means_->isAvailable(); }
     void add(Target process, const std::shared_ptr<platform::KeyboardEvent>& event);
+    void addRun(Target process, std::u16string_view units);
     void handOver(std::vector<TypedText> texts);
 
     TypingMeans* const means_;
     platform::MainQueue& mainQueue_;
     TypedRuns runs_;
     bool isHandingOver_ = false;
+    std::map<platform::ProcessIdentifier, std::u16string> held_;
     // How many texts each process has on their way; never 0.
     std::map<Target, int> onTheirWay_;
 };

@@ -47,9 +47,12 @@ AtspiWorld::AtspiWorld(std::string program, std::string widget)
 
 void AtspiWorld::restartService() {
     service_ = std::make_unique<linuxdesktop::AtspiAccessibility>(
-        log_, linuxdesktop::AtspiAccessibility::Input{
-                  [this] { return processInFront; }, [] { return true; },
-                  [](platform::ProcessIdentifier) { return false; }});
+        log_, mainQueue_,
+        linuxdesktop::AtspiAccessibility::Input{
+            [this] { return processInFront; },
+            [] { return true; },
+            [](platform::ProcessIdentifier) { return false; },
+            {[](platform::ProcessIdentifier) { return false; }, {}}});
     // Programs of some toolkits show themselves only while the switch is on.
     EXPECT_TRUE(
         becomesTrue([this] { return service_->isProcessTrustedWithOptions(true); }, Seconds(30)));

@@ -8,6 +8,7 @@
 #include "platform/Workspace.h"
 #include "platform/linux/accessibility/AtspiAccessibility.h"
 #include "tests/conformance/accessibility/AccessibilityWorld.h"
+#include "tests/support/RealTimeQueue.h"
 #include "tests/support/RecordingLog.h"
 
 namespace tarvik::tests {
@@ -31,6 +32,7 @@ class AtspiWorld final : public AccessibilityWorld {
     std::string program_;
     std::string widget_;
     RecordingLog log_;
+    RealTimeQueue mainQueue_;
     std::unique_ptr<linuxdesktop::AtspiAccessibility> service_;
 };
 

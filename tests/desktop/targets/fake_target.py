@@ -45,7 +45,7 @@ parser = argparse.ArgumentParser(description=__doc__)
 parser.add_argument("--behaviour", default="honest",
                     choices=["honest", "liar", "late", "refusing", "short", "cutting",
                              "silent-on-insertion", "silent-and-refusing", "silent-and-short",
-                             "silent-on-deletion", "dying-on-insertion", "slow", "undeletable",
+                             "silent-and-utf16", "silent-on-deletion", "dying-on-insertion", "slow", "undeletable",
                              "nonsense", "garbling", "unreadable", "utf16", "masking"])
 parser.add_argument("--window", action="store_true")
 parser.add_argument("--toolkit", default="fake")
@@ -70,7 +70,8 @@ def characters(units):
 class Field:
     def __init__(self, behaviour, text, selection, on_change):
         self.behaviour = behaviour
-        self.text = self.first_text = utf16_units(text) if behaviour == "utf16" else text
+        self.counts_utf16 = behaviour in ("utf16", "silent-and-utf16")
+        self.text = self.first_text = utf16_units(text) if self.counts_utf16 else text
         self.on_change = on_change
         self.start = self.end = len(self.text)
         if selection:
@@ -98,7 +99,7 @@ class Field:
     def insert(self, position, text):
         if self.behaviour in ("short", "silent-and-short"):
             text = text[:3]
-        elif self.behaviour == "utf16":
+        elif self.counts_utf16:
             text = utf16_units(text)
         elif self.behaviour == "garbling":
             # Every byte of a long character becomes a character of its own.
@@ -258,7 +259,7 @@ class Widget(dbus.service.Object):
         if self.field.behaviour == "dying-on-insertion":
             os._exit(1)
         if self.field.behaviour in ("silent-on-insertion", "silent-and-refusing",
-                                    "silent-and-short"):
+                                    "silent-and-short", "silent-and-utf16"):
             self.field.fall_silent()
         self.answer(reply, work)
 

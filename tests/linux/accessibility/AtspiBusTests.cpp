@@ -139,8 +139,9 @@ TEST_F(AtspiBus, AProgramIsNotBlamedForABusThatIsLost) {
     session.killBus();
     const std::string text = "text";
     std::vector<std::string> reasons;
-    linuxdesktop::TextWrite toWrite(*bus, widget, text,
-                                    [&](const std::string& reason) { reasons.push_back(reason); });
+    linuxdesktop::TextWrite toWrite(
+        *bus, widget, text, [&](const std::string& reason) { reasons.push_back(reason); },
+        [](bool /*hasArrived*/) { return false; });
     EXPECT_EQ(toWrite.run(std::chrono::steady_clock::now() + std::chrono::seconds(5)),
               platform::axErrorAPIDisabled);
     EXPECT_EQ(reasons, std::vector<std::string>());

@@ -11,6 +11,7 @@
 #include "platform/Accessibility.h"
 #include "platform/linux/accessibility/AtspiAccessibility.h"
 #include "tests/linux/accessibility/TargetProcess.h"
+#include "tests/support/RealTimeQueue.h"
 #include "tests/support/RecordingLog.h"
 
 namespace tarvik::tests {
@@ -22,9 +23,20 @@ class AtspiFixture : public testing::Test {
 
     void startService() {
         service = std::make_unique<linuxdesktop::AtspiAccessibility>(
-            log, linuxdesktop::AtspiAccessibility::Input{
-                     [this] { return processInFront; }, [this] { return canType; },
-                     [this](platform::ProcessIdentifier process) { return process == typedInto; }});
+            log, mainQueue,
+            linuxdesktop::AtspiAccessibility::Input{
+                [this] { return processInFront; },
+                [this] { return canType; },
+                [this](platform::ProcessIdentifier process) { return process == typedInto; },
+                {[this](platform::ProcessIdentifier process) {
+                     heldFor = canBeHeld ? std::optional(process) : std::nullopt;
+                     return canBeHeld;
+                 },
+                 [this](platform::ProcessIdentifier process, std::size_t units) {
+                     EXPECT_EQ(heldFor, process);
+                     heldFor.reset();
+                     arrivedUnits = units;
+                 }}});
     }
 
     /// The program in front from now on, with the focus in its field.
@@ -61,6 +73,13 @@ class AtspiFixture : public testing::Test {
     }
 
     RecordingLog log;
+    RealTimeQueue mainQueue;
+    /// Whether typed text can wait for the outcome of a write.
+    bool canBeHeld = false;
+    /// The process whose typed text waits.
+    std::optional<platform::ProcessIdentifier> heldFor;
+    /// How much of the text that has waited arrived by the write.
+    std::optional<std::size_t> arrivedUnits;
     std::optional<platform::ProcessIdentifier> processInFront;
     bool canType = true;
     std::optional<platform::ProcessIdentifier> typedInto;

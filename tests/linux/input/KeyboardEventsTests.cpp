@@ -81,6 +81,47 @@ TEST_F(LinuxKeyboardEventsTest, TypesTheRunsOfOneBlockTogether) {
     EXPECT_EQ(typing.texts[1].characters, U"three");
 }
 
+TEST_F(LinuxKeyboardEventsTest, HoldsTheTextForOneProcessUntilItIsReleased) {
+    EXPECT_TRUE(keyboard->hold(first));
+    post(u"one ", first);
+    post(u"two", second);
+    ASSERT_TRUE(handsOver(1));
+    EXPECT_EQ(typing.texts[0].characters, U"two");
+    EXPECT_TRUE(keyboard->isTypingInto(first));
+    post(u"three", first);
+    keyboard->release(first, 0);
+    ASSERT_TRUE(handsOver(2));
+    EXPECT_EQ(typing.texts[1].process, first);
+    EXPECT_EQ(typing.texts[1].characters, U"one three");
+}
+
+TEST_F(LinuxKeyboardEventsTest, DropsWhatHasArrivedAnotherWay) {
+    EXPECT_TRUE(keyboard->hold(first));
+    post(u"\xD83D\xDE00 one", first);
+    keyboard->release(first, 6);
+    EXPECT_FALSE(keyboard->isTypingInto(first));
+    EXPECT_TRUE(keyboard->hold(first));
+    post(u"\xD83D\xDE00 one", first);
+    post(u" two", first);
+    keyboard->release(first, 6);
+    ASSERT_TRUE(handsOver(1));
+    EXPECT_EQ(typing.texts[0].characters, U" two");
+}
+
+TEST_F(LinuxKeyboardEventsTest, HandsHeldTextOverAtTheEnd) {
+    EXPECT_TRUE(keyboard->hold(first));
+    post(u"last", first);
+    keyboard.reset();
+    ASSERT_EQ(typing.texts.size(), 1U);
+    EXPECT_EQ(typing.texts[0].characters, U"last");
+}
+
+TEST_F(LinuxKeyboardEventsTest, HoldsNothingWithoutAMeans) {
+    typing.isPresent = false;
+    EXPECT_FALSE(keyboard->hold(first));
+    EXPECT_FALSE(keyboard->isTypingInto(first));
+}
+
 TEST_F(LinuxKeyboardEventsTest, ShapesUnitsIntoCharactersThatCanBeTyped) {
     // The halves of a pair come in two blocks.
     post(u"a\r\nb\tc\u0007d\xD83D", std::nullopt);
