@@ -16,12 +16,11 @@ ACCESSIBLE = ("GTK 3 entry", "GTK 3 text view", "GTK 3 password field", "GTK 4 e
 
 class Targets(unittest.TestCase):
     def check(self, name, columns, road=None):
-        row = measure_row(name, Plan(columns, BINARIES, repetitions=1))
+        row = measure_row(name, Plan(columns, BINARIES, repetitions=1, time_limit=250))
         if "missing" in row:
             self.skipTest(f"{row['missing']} is not installed")
         self.assertNotIn("error", row)
-        for column in columns:
-            outcome = row["columns"][column]
+        for column, outcome in row["columns"].items():
             with self.subTest(row=name, column=column):
                 wrong = [text for text in outcome["wrong"] if not reason(name, column, text)]
                 self.assertEqual((wrong, outcome["error"]), ([], None))

@@ -11,9 +11,13 @@ from matrix.keys import KeyWatch
 # A text is judged when nothing has changed for so many seconds.
 QUIET_DICTATION = 6.0
 QUIET_PROGRAM = 2.0
+# The same for a text that is there except for the characters that its program cannot take.
+QUIET_INCOMPLETE = 1.5
 PAINT_TIMEOUT = 0.2
-# More wrong texts than this end a column early.
+# More wrong texts than this end a column early. Texts that lack what their program cannot take do
+# not count.
 MAX_WRONG = 24
+REPORTS = ("not delivered", "will be typed")
 
 
 def within_16_bits(text):
@@ -26,19 +30,28 @@ def within_16_bits(text):
 class Outcome:
     """What has become of the texts of one column."""
 
-    def __init__(self):
+    def __init__(self, earlier=None):
+        """`earlier` are the values of an outcome that is continued."""
+        # How often the short texts and the long ones were entered.
         self.passes = 0
+        self.long_passes = 0
         self.texts = 0
         self.wrong = []
         self.changed = {"short": [], "long": []}
         self.painted = {"short": [], "long": []}
         self.roads = {}
         self.missed_presses = 0
+        # The application's log lines about texts that went another way or nowhere.
+        self.reports = []
+        vars(self).update(earlier or {})
         self.error = None
 
     @property
     def is_hopeless(self):
-        return len(self.wrong) >= MAX_WRONG
+        return sum(not wrong["beyond_16_bits"] for wrong in self.wrong) >= MAX_WRONG
+
+    def is_complete(self, repetitions):
+        return self.is_hopeless or self.passes >= repetitions
 
     def note_time(self, kind, text, nanoseconds):
         size = "long" if corpus.is_long(text) else "short"
@@ -83,17 +96,19 @@ class Entry:
         row.journal.update()
         since = len(row.journal)
         wanted = row.length(self._text + piece)
+        incomplete = row.length(self._text + within_16_bits(piece))
         presses = self._watch.presses if self._watch else 0
         begin = act()
-        changed = self._wait_for_length(wanted, since, begin, len(piece), is_over, quiet, is_late)
+        changed = self._wait_for_length(
+            (wanted, incomplete), since, begin, len(piece), is_over, quiet, is_late)
         if not changed and is_late():
             return False
-        painted = self._wait_for_frame(wanted, since) if changed else None
+        painted = self._wait_for_frame(changed.length, since) if changed else None
         is_right = self._judge(name, piece)
         if self._watch:
             road = "typed keys" if self._watch.presses > presses else "accessibility"
             self._outcome.roads.setdefault(road if is_right else "wrong", []).append(name)
-        elif is_right and changed:
+        elif changed and (is_right or changed.length != wanted):
             self._outcome.note_time("changed", piece, changed.time - begin)
             if painted:
                 self._outcome.note_time("painted", piece, painted.time - begin)
@@ -104,7 +119,8 @@ class Entry:
         self._row.journal.update()
         since = len(self._row.journal)
         whole = "".join(pieces)
-        self._wait_for_length(self._row.length(self._text + whole), since, act(), len(whole), None,
+        length = self._row.length(self._text + whole)
+        self._wait_for_length((length, length), since, act(), len(whole), None,
                               QUIET_DICTATION, lambda: False)
         before, actual = self._text, self._row.text
         if actual == before + whole:
@@ -124,18 +140,25 @@ class Entry:
         self._text = actual
         return actual == expected
 
-    def _wait_for_length(self, length, since, begin, size, is_over, quiet, is_late):
+    def _wait_for_length(self, lengths, since, begin, size, is_over, quiet, is_late):
+        """Waits for the length of the whole text, the first of `lengths`, or for the other one, that
+        of the text without what its program cannot take. Returns the change that led there."""
+        whole, incomplete = lengths
         journal = self._row.journal
         deadline = begin / 1e9 + 20 + size / 10
         while True:
             journal.update()
-            if journal.events[since:] and journal.length == length:
-                return journal.first("changed", length, since)
+            if journal.events[since:] and journal.length == whole:
+                return journal.first("changed", whole, since)
             now = time.monotonic()
             last = journal.events[-1].time if journal.events[since:] else begin
             if now > deadline or self._row.has_ended or is_late():
                 return None
-            if now - last / 1e9 > quiet and (is_over is None or is_over()):
+            idle = now - last / 1e9
+            if idle > min(quiet, QUIET_INCOMPLETE) and incomplete != whole:
+                if journal.events[since:] and journal.length == incomplete:
+                    return journal.last("changed", incomplete, since)
+            if idle > quiet and (is_over is None or is_over()):
                 return None
             time.sleep(0.003)
 
@@ -153,6 +176,7 @@ class Dictated:
     """Text that is dictated. The texts of one recording are its final transcripts."""
 
     is_ours = True
+    is_slow = False
 
     def __init__(self, title, record, is_blind=False, max_passes=None):
         self.title = title
@@ -161,11 +185,20 @@ class Dictated:
         self._max_passes = max_passes
 
     def measure(self, context, repetitions, outcome):
+        seen = len(context.dictation.log)
+        try:
+            self._measure(context, repetitions, outcome)
+        finally:
+            outcome.reports += [line for line in context.dictation.log[seen:]
+                                if any(part in line for part in REPORTS)]
+
+    def _measure(self, context, repetitions, outcome):
         row = context.row
         passes = min(self._max_passes or row.max_passes, row.max_passes)
-        with KeyWatch(context.desktop) as watch:
-            self._record_once(context, Entry(row, outcome, watch), 1, outcome)
-        while outcome.passes < repetitions and not context.is_over(outcome):
+        if not outcome.roads:
+            with KeyWatch(context.desktop) as watch:
+                self._record_once(context, Entry(row, outcome, watch), 1, outcome)
+        while not context.is_over(outcome) and outcome.passes < repetitions:
             count = min(passes, repetitions - outcome.passes)
             self._record_once(context, Entry(row, outcome), count, outcome)
 
@@ -179,16 +212,15 @@ class Dictated:
             for number in range(passes):
                 if number > 0 and context.row.clears_while_held:
                     entry.clear()
-                self._enter_all(context, entry, stream, separator)
+                self._enter_all(context, entry, stream, separator, outcome)
                 separator = " "
-                outcome.passes += 1
                 if context.is_over(outcome):
                     break
         entry.check_rest()
 
     @staticmethod
-    def _enter_all(context, entry, stream, separator):
-        texts = list(context.texts.items())
+    def _enter_all(context, entry, stream, separator, outcome):
+        texts = list(context.next_texts(outcome).items())
         pieces = [(separator if number == 0 else " ") + text
                   for number, (_, text) in enumerate(texts)]
         for number, (name, text) in enumerate(texts):
@@ -207,16 +239,17 @@ class Program:
     is_ours = False
     is_blind = False
 
-    def __init__(self, title, commands):
+    def __init__(self, title, commands, is_slow=False):
         self.title = title
+        self.is_slow = is_slow
         self._commands = commands
 
     def measure(self, context, repetitions, outcome):
-        while outcome.passes < repetitions and not context.is_over(outcome):
+        while not context.is_over(outcome) and outcome.passes < repetitions:
             context.row.activate()
             entry = Entry(context.row, outcome)
             entry.clear()
-            for name, text in context.texts.items():
+            for name, text in context.next_texts(outcome).items():
                 processes = []
 
                 def act(text=text, processes=processes):
@@ -233,7 +266,6 @@ class Program:
                             QUIET_PROGRAM)
                 processes[-1].wait()
             entry.check_rest()
-            outcome.passes += 1
 
 
 def _type(*options):
@@ -252,6 +284,6 @@ COLUMNS = {
     "typed": Dictated("typed keys, held", lambda dictation: dictation.held(), is_blind=True),
     # The last ones: their many changes of the keyboard map keep the window manager busy for long.
     "paste": Program("clipboard paste", _paste),
-    "xdotool": Program("`xdotool type`", _type()),
-    "xdotool0": Program("`xdotool type --delay 0`", _type("--delay", "0")),
+    "xdotool": Program("`xdotool type`", _type(), is_slow=True),
+    "xdotool0": Program("`xdotool type --delay 0`", _type("--delay", "0"), is_slow=True),
 }

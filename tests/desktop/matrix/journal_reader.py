@@ -47,3 +47,8 @@ class JournalReader:
         """The first event of a kind with this length, from index `since` on; or None."""
         return next((event for event in self.events[since:]
                      if event.kind == kind and event.length == length), None)
+
+    def last(self, kind, length, since):
+        """The same for the last event."""
+        return next((event for event in reversed(self.events[since:])
+                     if event.kind == kind and event.length == length), None)

@@ -9,6 +9,7 @@ import statistics
 
 from matrix import corpus
 from matrix.columns import COLUMNS
+from matrix.run import is_typed_anyway
 
 DICTATED = ("held", "toggle", "after", "typed")
 BESIDE = ("held", "typed", "paste", "xdotool", "xdotool0")
@@ -28,13 +29,13 @@ HEAD = """# Where dictated text arrives
 
 {facts}
 
-Each text of the corpus is one final transcript: {corpus}. A cell has the texts that arrived exactly, of all that were sent, and the median
-time in milliseconds from right before the message leaves the service until the text has changed for the last time. A number in brackets is
+Each text of the corpus is one final transcript: {corpus}. A cell has the texts that arrived exactly, of all that were sent, the number of
+repetitions, and the median time in milliseconds from right before the message leaves the service until the text has changed for the last time. A number in brackets is
 the end of the first painted frame after that. The times are those of the short texts. **Bold** means that a text arrived wrong.
 
 "a11y" is the road through accessibility, "keys" are typed keys. The road was told from the outside, by the keys that were pressed on the
 display. "typed keys, held" is the same program with an application that cannot reach the accessibility bus. "after release" are
-transcripts that come once the hotkey is up.
+transcripts that come once the hotkey is up. "as held" is a program that takes typed keys alone.
 """
 
 
@@ -69,12 +70,21 @@ def road(outcome):
     return " and ".join(roads) + " · " if roads else ""
 
 
-def cell(outcome, with_road):
+def cell(columns, key, with_road):
+    outcome = columns.get(key)
     if outcome is None:
-        return "not measured"
+        return "as held" if key == "typed" and is_typed_anyway(columns) else "not measured"
     if not outcome["texts"]:
         return "**failed**"
-    return (road(outcome) if with_road else "") + f"{count(outcome)} · {time(outcome, 'short')}"
+    return ((road(outcome) if with_road else "")
+            + f"{count(outcome)} · {outcome['passes']} × · {time(outcome, 'short')}")
+
+
+def long_cell(columns, key):
+    outcome = columns.get(key)
+    if outcome is None:
+        return cell(columns, key, False)
+    return f"{time(outcome, 'long')} · {outcome['long_passes']} ×"
 
 
 def table(results, columns, make_cell):
@@ -86,7 +96,7 @@ def table(results, columns, make_cell):
         elif "error" in row and not row["columns"]:
             cells = ["**did not start**"] + [""] * (len(columns) - 1)
         else:
-            cells = [make_cell(row["columns"].get(key)) for key in columns]
+            cells = [make_cell(row["columns"], key) for key in columns]
         lines.append(f"| {name} | " + " | ".join(cells) + " |")
     return "\n".join(lines)
 
@@ -106,14 +116,20 @@ def wrong_texts(results):
             title = f"{name}, {COLUMNS[key].title}"
             if outcome["error"]:
                 yield f"- {title}: stopped, {outcome['error']}"
+            for line, times in collections.Counter(outcome["reports"]).items():
+                yield f"- {title}, the application's log, {times} ×: `{line}`"
             groups = collections.defaultdict(list)
             for wrong in outcome["wrong"]:
                 groups[wrong["name"]].append(wrong)
             for text, group in groups.items():
                 first = group[0]
-                yield (f"- {title}, {text}, {len(group)} of {outcome['passes']}: at character "
+                yield (f"- {title}, {text}, {len(group)} of {repetitions_of(text, outcome)}: at character "
                        f"{first['at']} {quote(first['expected'])} became {quote(first['actual'])}"
                        + (f". {why}" if (why := reason(name, key, first)) else ""))
+
+
+def repetitions_of(name, outcome):
+    return outcome["long_passes" if corpus.is_long(corpus.read().get(name, "")) else "passes"]
 
 
 def reason(row, column, wrong):
@@ -127,18 +143,12 @@ def facts(results):
     commits = sorted({row["commit"] for row in rows})
     dates = sorted(row["date"] for row in rows)
     loads = sorted(row["load"] for row in rows)
-    passes = {key: sorted(outcome["passes"] for row in rows
-                          for name, outcome in row["columns"].items() if name == key)
-              for key in COLUMNS}
-    repetitions = ", ".join(f"{COLUMNS[key].title} {values[0]} to {values[-1]}"
-                            for key, values in passes.items() if values)
     return "\n".join((
         f"- Date: {dates[0]} to {dates[-1]}",
         f"- Commit: {', '.join(commits)}",
         f"- Machine: {describe_machine()}",
         f"- Load average of a minute at the beginning of each row: {loads[0]:.1f} to {loads[-1]:.1f}; "
-        f"rows at a time: {max(row.get('jobs', 1) for row in rows)}",
-        f"- Repetitions of the corpus: {repetitions}"))
+        f"rows at a time: {max(row.get('jobs', 1) for row in rows)}"))
 
 
 def write(results, path):
@@ -152,15 +162,14 @@ def write(results, path):
         stamps[row.get("stamped", "not measured")].append(name)
     sections = [
         HEAD.format(facts=facts(results), corpus=sizes),
-        "## Dictation\n", table(results, DICTATED, lambda outcome: cell(outcome, True)), "",
+        "## Dictation\n", table(results, DICTATED, lambda columns, key: cell(columns, key, True)), "",
         "## Beside other means\n",
         "In the same run, on the same windows. The clipboard is that of `xclip`, and `xdotool` presses "
         "the program's key for a paste. The time of another means begins before its program "
         "starts.\n",
-        table(results, BESIDE, lambda outcome: cell(outcome, False)), "",
+        table(results, BESIDE, lambda columns, key: cell(columns, key, False)), "",
         "## 2,000 characters at once\n",
-        table(results, BESIDE,
-              lambda outcome: time(outcome, "long") if outcome else "not measured"), "",
+        table(results, BESIDE, long_cell), "",
         "## What was dictated and arrived wrong\n", "\n".join(wrong) if wrong else "Nothing.", "",
         f"Presses of a hotkey that began no recording and were repeated: {missed}.\n",
         "## How the times came about\n",
