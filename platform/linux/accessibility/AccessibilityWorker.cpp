@@ -3,6 +3,7 @@
 #include "platform/linux/accessibility/AccessibilityWorker.h"
 
 #include <chrono>
+#include <system_error>
 #include <utility>
 
 #include "platform/linux/accessibility/TextWrite.h"
@@ -35,12 +36,19 @@ class Settlement {
 
 }  // namespace
 
-AccessibilityWorker::AccessibilityWorker(platform::Log& log)
-    : log_(log), thread_(startThread("accessibility", [this] { run(); })) {}
+AccessibilityWorker::AccessibilityWorker(platform::Log& log) : log_(log) {
+    try {
+        thread_ = startThread("accessibility", [this] { run(); });
+    } catch (const std::system_error& error) {
+        log_.write("TarvikDictate: no thread for accessibility: " + error.code().message());
+    }
+}
 
 AccessibilityWorker::~AccessibilityWorker() {
-    loop_.post([this] { loop_.quit(); });
-    thread_.join();
+    if (thread_.joinable()) {
+        loop_.post([this] { loop_.quit(); });
+        thread_.join();
+    }
 }
 
 void AccessibilityWorker::run() {
@@ -52,6 +60,10 @@ void AccessibilityWorker::run() {
 std::shared_ptr<WriteReply> AccessibilityWorker::startWrite(
     const std::shared_ptr<AtspiElement>& element, const std::string& text, SteadyTime deadline) {
     const auto reply = std::make_shared<WriteReply>();
+    if (!thread_.joinable()) {
+        reply->deliver(platform::axErrorAPIDisabled, false);
+        return reply;
+    }
     loop_.post([this, reply, element, text, deadline = deadline - statusMargin] {
         runWrite(reply, *element, text, deadline);
     });
@@ -80,19 +92,29 @@ void AccessibilityWorker::runWrite(const std::shared_ptr<WriteReply>& reply, Ats
 }
 
 void AccessibilityWorker::whenFirstKnown(std::function<void()> handler) {
+    if (!thread_.joinable()) {
+        handler();
+        return;
+    }
     loop_.post([this, handler = std::move(handler)] { desktop_->whenFirstKnown(handler); });
 }
 
 void AccessibilityWorker::connect() {
-    loop_.post([this] { desktop_->connect(); });
+    post([this] { desktop_->connect(); });
 }
 
 void AccessibilityWorker::enable() {
-    loop_.post([this] { desktop_->enable(); });
+    post([this] { desktop_->enable(); });
 }
 
 void AccessibilityWorker::scan(platform::ProcessIdentifier process) {
-    loop_.post([this, process] { desktop_->scan(process); });
+    post([this, process] { desktop_->scan(process); });
+}
+
+void AccessibilityWorker::post(std::function<void()> task) {
+    if (thread_.joinable()) {
+        loop_.post(std::move(task));
+    }
 }
 
 }  // namespace tarvik::linuxdesktop

@@ -22,7 +22,8 @@ namespace tarvik::linuxdesktop {
 /// or a request comes. Operations are for the main thread and do not block.
 class AccessibilityWorker {
   public:
-    /// Starts the thread. `log` outlives the worker.
+    /// Starts the thread. Where the system has no thread left, one line in the log says so, and
+    /// there is no accessibility: nothing is ever connected. `log` outlives the worker.
     explicit AccessibilityWorker(platform::Log& log);
     /// Ends the thread after the requests before it; they are bounded by their timeouts.
     ~AccessibilityWorker();
@@ -35,7 +36,8 @@ class AccessibilityWorker {
     /// write is pending. A pending write is settled once the program has replied or left the bus.
     std::shared_ptr<WriteReply> startWrite(const std::shared_ptr<AtspiElement>& element,
                                            const std::string& text, SteadyTime deadline);
-    /// Calls `handler` on the worker's thread once the first replies of the desktop are in.
+    /// Calls `handler` on the worker's thread once the first replies of the desktop are in. Without
+    /// that thread it is called at once.
     void whenFirstKnown(std::function<void()> handler);
     /// Connects to a bus that is missing.
     void connect();
@@ -46,6 +48,8 @@ class AccessibilityWorker {
 
   private:
     void run();
+    /// Runs `task` on the thread; drops it where there is none.
+    void post(std::function<void()> task);
     void runWrite(const std::shared_ptr<WriteReply>& reply, AtspiElement& element,
                   const std::string& text, SteadyTime deadline);
 

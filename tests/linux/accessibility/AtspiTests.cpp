@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "tests/linux/accessibility/AtspiFixture.h"
+#include "tests/linux/loop/ThreadShortage.h"
 
 namespace tarvik::tests {
 
@@ -177,6 +178,27 @@ TEST_F(AtspiAccessibility, AProgramThatFallsSilentOverATextKeepsNothingOfItWhenI
     EXPECT_LT(lastDuration, atOnce);
     EXPECT_EQ(textAfterWaking(), "as it was");
     EXPECT_EQ(insertions(), "1");
+}
+
+TEST_F(AtspiAccessibility, WithoutAThreadThereIsNoneAndOneLineSaysWhy) {
+    open("honest", "as it was");
+    service.reset();
+    {
+        const ThreadShortage shortage;
+        startService();
+    }
+    bool isKnown = false;
+    service->whenFirstKnown([&] { isKnown = true; });
+    EXPECT_TRUE(isKnown);
+    EXPECT_FALSE(service->isProcessTrustedWithOptions(true));
+    AXUIElementRef focus;
+    EXPECT_EQ(copyFocus(&focus), platform::axErrorAPIDisabled);
+    EXPECT_NE(write(element, "text"), platform::axErrorSuccess);
+    EXPECT_LT(lastDuration, atOnce);
+    service.reset();
+    EXPECT_EQ(log.lines(), std::vector<std::string>{"TarvikDictate: no thread for accessibility: "
+                                                    "Resource temporarily unavailable"});
+    EXPECT_EQ(target->text(), "as it was");
 }
 
 /// Programs that reply too late, where typed text can wait for their replies.
