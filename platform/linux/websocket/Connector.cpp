@@ -2,6 +2,7 @@
 
 #include "platform/linux/websocket/Connector.h"
 
+#include <algorithm>
 #include <boost/asio/error.hpp>
 #include <boost/asio/ssl/stream_base.hpp>
 #include <cerrno>
@@ -86,7 +87,13 @@ void Connector::resolve(const std::string& host, std::uint16_t port) {
     const std::string destination = hostWithPort(host, port);
     happyEyeballs_ = std::make_shared<HappyEyeballs>(thread_->context());
     if (const auto endpoint = context_->knownAddresses.find(destination)) {
-        happyEyeballs_->startEarly(*endpoint);
+        auto onConnected =
+            weakly(*this, [destination, endpoint = *endpoint](Connector& self, tcp::socket socket) {
+                self.unconfirmed_ = endpoint;
+                self.onConnected(destination, std::move(socket));
+            });
+        happyEyeballs_->startEarly(*endpoint,
+                                   proxy_ ? HappyEyeballs::EarlyHandler() : std::move(onConnected));
     }
     lookUpHost(*thread_, host, port, weakly(*this, [destination](Connector& self, auto endpoints) {
         if (!self.handler_) {
@@ -96,8 +103,21 @@ void Connector::resolve(const std::string& host, std::uint16_t port) {
             self.fail(endpoints.error());
             return;
         }
-        self.connectToAny(destination, endpoints.value());
+        self.onLookedUp(destination, endpoints.value());
     }));
+}
+
+void Connector::onLookedUp(const std::string& destination,
+                           const std::vector<tcp::endpoint>& endpoints) {
+    const auto early = std::exchange(unconfirmed_, std::nullopt);
+    if (early && std::ranges::find(endpoints, *early) != endpoints.end()) {
+        if (isTlsReady_) {
+            handshakeWebSocket();
+        }
+        return;
+    }
+    dropConnection();
+    connectToAny(destination, endpoints);
 }
 
 void Connector::connectToAny(const std::string& destination,
@@ -153,13 +173,22 @@ void Connector::handshakeTls() {
     tls.async_handshake(
         boost::asio::ssl::stream_base::client,
         [self = shared_from_this(), connection = connection_](const error_code& error) {
-            if (self->handler_) {
+            if (self->handler_ && self->connection_ == connection) {
                 self->onTlsHandshake(error);
             }
         });
 }
 
 void Connector::onTlsHandshake(const error_code& error) {
+    if (unconfirmed_) {
+        // The address may belong to somebody else by now, so its error is not the host's.
+        isTlsReady_ = !error;
+        if (error) {
+            unconfirmed_.reset();
+            dropConnection();
+        }
+        return;
+    }
     if (!error) {
         handshakeWebSocket();
         return;
@@ -226,9 +255,13 @@ void Connector::cancel() {
     if (happyEyeballs_) {
         happyEyeballs_->cancel();
     }
-    if (connection_) {
-        // Pending operations hold the connection until their end.
-        std::exchange(connection_, nullptr)->abort();
+    dropConnection();
+}
+
+// Pending operations hold the connection until their end.
+void Connector::dropConnection() {
+    if (const auto connection = std::exchange(connection_, nullptr)) {
+        connection->abort();
     }
 }
 

@@ -22,7 +22,8 @@ namespace tarvik::linuxdesktop {
 /// steps share the timeout of the request. Everything happens on the session's thread.
 ///
 /// The TCP connection to the last address of the host starts with the name lookup, and saves a
-/// round trip. The connection is used only if the lookup names this address again.
+/// round trip. The TLS handshake follows, also while the lookup takes longer. The request is sent
+/// only if the lookup names this address again. Nothing is sent to a proxy before that.
 class Connector final : public std::enable_shared_from_this<Connector> {
   public:
     struct Connected {
@@ -45,6 +46,8 @@ class Connector final : public std::enable_shared_from_this<Connector> {
     std::optional<Error> prepare();
     void startTimeout();
     void resolve(const std::string& host, std::uint16_t port);
+    void onLookedUp(const std::string& destination,
+                    const std::vector<boost::asio::ip::tcp::endpoint>& endpoints);
     void connectToAny(const std::string& destination,
                       const std::vector<boost::asio::ip::tcp::endpoint>& endpoints);
     void onConnected(const std::string& destination, boost::asio::ip::tcp::socket socket);
@@ -53,6 +56,7 @@ class Connector final : public std::enable_shared_from_this<Connector> {
     void onTlsHandshake(const boost::system::error_code& error);
     void handshakeWebSocket();
     void onWebSocketHandshake(const boost::system::error_code& error);
+    void dropConnection();
     void fail(Error error);
     void finish(Result<Connected> result);
 
@@ -64,6 +68,9 @@ class Connector final : public std::enable_shared_from_this<Connector> {
     boost::asio::steady_timer timeoutTimer_;
     std::shared_ptr<HappyEyeballs> happyEyeballs_;
     std::shared_ptr<Connection> connection_;
+    /// The address of the connection until the lookup has named it.
+    std::optional<boost::asio::ip::tcp::endpoint> unconfirmed_;
+    bool isTlsReady_ = false;
     boost::beast::websocket::response_type response_;
     ConnectHandler handler_;
 };

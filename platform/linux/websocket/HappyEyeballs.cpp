@@ -60,8 +60,9 @@ error_code openPrivately(tcp::socket& socket, const tcp& protocol) {
 HappyEyeballs::HappyEyeballs(boost::asio::io_context& context)
     : context_(context), lastError_(boost::asio::error::host_not_found), attemptTimer_(context) {}
 
-void HappyEyeballs::startEarly(const tcp::endpoint& endpoint) {
+void HappyEyeballs::startEarly(const tcp::endpoint& endpoint, EarlyHandler onConnected) {
     earlyEndpoint_ = endpoint;
+    onEarlyConnected_ = std::move(onConnected);
     begin(endpoint);
 }
 
@@ -126,7 +127,10 @@ void HappyEyeballs::onAttempt(const Attempt& attempt, const error_code& error) {
     if (error) {
         lastError_ = error;
     }
-    if (!handler_) {
+    if (!handler_ && !error && onEarlyConnected_) {
+        earlyEndpoint_.reset();
+        std::exchange(onEarlyConnected_, {})(std::move(*attempt));
+    } else if (!handler_) {
         connectedEarly_ = error ? nullptr : attempt;
     } else if (!error) {
         finish({}, std::move(*attempt));
@@ -151,6 +155,7 @@ void HappyEyeballs::finish(const error_code& error, tcp::socket socket) {
 
 void HappyEyeballs::cancel() {
     handler_ = {};
+    onEarlyConnected_ = {};
     attemptTimer_.cancel();
     closeAttempts();
 }

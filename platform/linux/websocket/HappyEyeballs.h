@@ -24,8 +24,12 @@ class HappyEyeballs final : public std::enable_shared_from_this<HappyEyeballs> {
 
     explicit HappyEyeballs(boost::asio::io_context& context);
 
-    /// Starts an attempt before the addresses are known. May be called once, before start().
-    void startEarly(const boost::asio::ip::tcp::endpoint& endpoint);
+    using EarlyHandler = std::function<void(boost::asio::ip::tcp::socket)>;
+
+    /// Starts an attempt before the addresses are known. If it connects before start(),
+    /// `onConnected` gets the socket, and the attempt is over. Without `onConnected` the connection
+    /// waits for start(). May be called once, before start().
+    void startEarly(const boost::asio::ip::tcp::endpoint& endpoint, EarlyHandler onConnected = {});
     /// Starts the first attempt. An early attempt is the first one if its address is among
     /// `endpoints`; otherwise the early attempt ends unused. `handler` is called at most once,
     /// never inside this call. May be called once.
@@ -47,6 +51,7 @@ class HappyEyeballs final : public std::enable_shared_from_this<HappyEyeballs> {
 
     boost::asio::io_context& context_;
     std::optional<boost::asio::ip::tcp::endpoint> earlyEndpoint_;
+    EarlyHandler onEarlyConnected_;
     /// The early attempt, connected before start().
     Attempt connectedEarly_;
     std::deque<boost::asio::ip::tcp::endpoint> untried_;
