@@ -2,8 +2,12 @@
 
 #include "speech-service/Decoder.h"
 
-#include <pocketsphinx/pocketsphinx.h>
+#include <pocketsphinx.h>
+#if __has_include(<pocketsphinx/err.h>)
+#include <pocketsphinx/err.h>
+#else
 #include <sphinxbase/err.h>
+#endif
 
 #include <algorithm>
 #include <array>
@@ -11,6 +15,8 @@
 #include <cstdio>
 #include <mutex>
 #include <string_view>
+
+#include "speech-service/PocketSphinx.h"
 
 namespace tarvik::service {
 
@@ -20,9 +26,6 @@ constexpr double framesPerSecond = 100;
 
 struct SegmentDeleter {
     void operator()(ps_seg_t* segment) const { ps_seg_free(segment); }
-};
-struct ConfigurationDeleter {
-    void operator()(cmd_ln_t* configuration) const { cmd_ln_free_r(configuration); }
 };
 
 // The library reports errors and progress here; only errors are printed.
@@ -37,18 +40,9 @@ __attribute__((format(printf, 3, 4))) void printErrors(void*, err_lvl_t level, c
     va_end(arguments);
 }
 
-std::unique_ptr<cmd_ln_t, ConfigurationDeleter> configuration() {
-    const std::string model = TARVIK_SPEECH_MODEL;
-    const std::string acoustics = model + "/en-us";
-    const std::string language = model + "/en-us.lm.bin";
-    const std::string dictionary = model + "/cmudict-en-us.dict";
-    // The weights of the later passes come from trials with dictated sentences. The threshold keeps
-    // microphone hiss from counting as speech. With a lower threshold, a second of hiss before the
-    // first word spoils the whole utterance.
-    return std::unique_ptr<cmd_ln_t, ConfigurationDeleter>(
-        cmd_ln_init(nullptr, ps_args(), TRUE, "-hmm", acoustics.c_str(), "-lm", language.c_str(),
-                    "-dict", dictionary.c_str(), "-fwdflatlw", "7.5", "-bestpathlw", "7.5",
-                    "-vad_threshold", "3.0", nullptr));
+SpeechModel englishModel() {
+    const std::string folder = TARVIK_SPEECH_MODEL;
+    return {folder + "/en-us", folder + "/en-us.lm.bin", folder + "/cmudict-en-us.dict"};
 }
 
 // Sentence marks, silences and noises are in angle brackets, square brackets or plus signs.
@@ -63,55 +57,42 @@ std::string withoutVariant(std::string_view word) {
 
 }  // namespace
 
-void Decoder::Deleter::operator()(ps_decoder_s* decoder) const {
-    ps_free(decoder);
-}
+Decoder::Decoder(std::unique_ptr<PocketSphinx> library) : library_(std::move(library)) {}
 
-Decoder::Decoder(ps_decoder_s* decoder) : decoder_(decoder) {
-    const feat_t* features = ps_get_feat(decoder);
-    initialMeans_.resize(static_cast<std::size_t>(features->cmn_struct->veclen));
-    cmn_live_get(features->cmn_struct, initialMeans_.data());
-}
+Decoder::~Decoder() = default;
 
 Result<std::unique_ptr<Decoder>> Decoder::load() {
     static std::once_flag isReportingSet;
     std::call_once(isReportingSet, [] { err_set_callback(printErrors, nullptr); });
-    // With a log file, which is per thread, the library prints every setting of a decoder.
-    err_set_logfp(nullptr);
-    const auto settings = configuration();
-    ps_decoder_t* decoder = settings ? ps_init(settings.get()) : nullptr;
-    if (!decoder) {
+    std::unique_ptr<PocketSphinx> library = PocketSphinx::load(englishModel());
+    if (!library) {
         return Error{0, "The speech models in " TARVIK_SPEECH_MODEL " could not be loaded"};
     }
-    return std::unique_ptr<Decoder>(new Decoder(decoder));
+    return std::unique_ptr<Decoder>(new Decoder(std::move(library)));
 }
 
 void Decoder::startStream() {
-    cmn_t* normalization = ps_get_feat(decoder_.get())->cmn_struct;
-    std::copy(initialMeans_.begin(), initialMeans_.end(), normalization->cmn_mean);
-    std::fill_n(normalization->sum, normalization->veclen, 0.0F);
-    normalization->nframe = 0;
-    ps_start_stream(decoder_.get());
+    library_->startStream();
 }
 
 void Decoder::startUtterance() {
     isEnded_ = false;
-    ps_start_utt(decoder_.get());
+    library_->startUtterance();
 }
 
 void Decoder::process(std::span<const std::int16_t> samples) {
-    ps_process_raw(decoder_.get(), samples.data(), samples.size(), FALSE, FALSE);
+    library_->process(samples);
 }
 
 bool Decoder::isInSpeech() const {
-    return ps_get_in_speech(decoder_.get()) != 0;
+    return library_->isInSpeech();
 }
 
 std::vector<Word> Decoder::words() const {
     std::vector<Word> words;
-    logmath_t* logarithms = ps_get_logmath(decoder_.get());
+    logmath_t* logarithms = ps_get_logmath(library_->decoder());
     // ps_seg_next frees the old segment and returns null at the end, so it takes the pointer over.
-    std::unique_ptr<ps_seg_t, SegmentDeleter> segment(ps_seg_iter(decoder_.get()));
+    std::unique_ptr<ps_seg_t, SegmentDeleter> segment(ps_seg_iter(library_->decoder()));
     for (; segment; segment.reset(ps_seg_next(segment.release()))) {
         const std::string_view word = ps_seg_word(segment.get());
         if (!isSpokenWord(word)) {
@@ -131,7 +112,7 @@ std::vector<Word> Decoder::words() const {
 
 Seconds Decoder::trailingPause() const {
     int pauseFrames = 0;
-    std::unique_ptr<ps_seg_t, SegmentDeleter> segment(ps_seg_iter(decoder_.get()));
+    std::unique_ptr<ps_seg_t, SegmentDeleter> segment(ps_seg_iter(library_->decoder()));
     for (; segment; segment.reset(ps_seg_next(segment.release()))) {
         int first = 0;
         int last = 0;
@@ -142,7 +123,7 @@ Seconds Decoder::trailingPause() const {
 }
 
 void Decoder::endUtterance() {
-    ps_end_utt(decoder_.get());
+    library_->endUtterance();
     isEnded_ = true;
 }
 

@@ -11,9 +11,9 @@
 #include "base/Time.h"
 #include "speech-service/Word.h"
 
-struct ps_decoder_s;
-
 namespace tarvik::service {
+
+class PocketSphinx;
 
 /// The speech recognizer with its models. It decodes one utterance of one stream at a time.
 ///
@@ -22,6 +22,10 @@ class Decoder {
   public:
     /// The audio before the detection of speech that belongs to the utterance all the same.
     static constexpr Seconds preSpeech{0.2};
+
+    ~Decoder();
+    Decoder(const Decoder&) = delete;
+    Decoder& operator=(const Decoder&) = delete;
 
     /// Loads the models. Blocks for some tenths of a second; a decoder takes about 100 MiB.
     static Result<std::unique_ptr<Decoder>> load();
@@ -48,14 +52,9 @@ class Decoder {
     void endUtterance();
 
   private:
-    struct Deleter {
-        void operator()(ps_decoder_s* decoder) const;
-    };
+    explicit Decoder(std::unique_ptr<PocketSphinx> library);
 
-    explicit Decoder(ps_decoder_s* decoder);
-
-    std::unique_ptr<ps_decoder_s, Deleter> decoder_;
-    std::vector<float> initialMeans_;
+    std::unique_ptr<PocketSphinx> library_;
     bool isEnded_ = false;
 };
 
