@@ -46,8 +46,13 @@ int QtLabel::flags() const {
 
 QSize QtLabel::textSize(int width) const {
     const QFontMetrics metrics = fontMetrics();
-    const QRect bounds = metrics.boundingRect(QRect(0, 0, width, QWIDGETSIZE_MAX), flags(), text());
-    // An empty label is one line high.
+    const QRect space(0, 0, width, QWIDGETSIZE_MAX);
+    if (text().isEmpty()) {
+        // An empty label keeps the place of a state. The marks of a state can be of another font,
+        // whose lines are higher.
+        return {0, metrics.boundingRect(space, flags(), QStringLiteral("✓✗")).height()};
+    }
+    const QRect bounds = metrics.boundingRect(space, flags(), text());
     return {bounds.width(), std::max(bounds.height(), metrics.height())};
 }
 
