@@ -3,12 +3,14 @@
 """A private desktop: X server, window manager, session bus, accessibility bus, sound server.
 
 Everything runs in its own folder and ends with it. Nothing of the user's session is visible to it or
-changed by it.
+changed by it. Fonts, themes, session services and the system's settings are its own as well, so that
+a machine with every desktop installed gives the same desktop as a machine with none.
 """
 
 import contextlib
 import os
 import pathlib
+import shutil
 import signal
 import subprocess
 import sys
@@ -37,7 +39,7 @@ BUS_CONFIG = """<!DOCTYPE busconfig PUBLIC "-//freedesktop//DTD D-Bus Bus Config
   <type>session</type>
   <listen>unix:path={socket}</listen>
   <auth>EXTERNAL</auth>
-  <standard_session_servicedirs/>
+  <servicedir>{services}</servicedir>
   <policy context="default">
     <allow send_destination="*" eavesdrop="true"/>
     <allow eavesdrop="true"/>
@@ -45,6 +47,19 @@ BUS_CONFIG = """<!DOCTYPE busconfig PUBLIC "-//freedesktop//DTD D-Bus Bus Config
   </policy>
 </busconfig>
 """
+
+# The programs that the session bus may start.
+SERVICES = ("org.a11y.Bus", "org.xfce.Xfconf")
+
+# GTK reads these after the files of the system.
+GTK_SETTINGS = """[Settings]
+gtk-theme-name=Adwaita
+gtk-icon-theme-name=Adwaita
+gtk-font-name=Sans 10
+gtk-key-theme-name=Default
+"""
+
+FONTS = pathlib.Path(__file__).parent / "fonts"
 
 
 def wait_for(condition, what, timeout=START_TIMEOUT, process=None):
@@ -75,7 +90,8 @@ class Desktop:
         self._processes = []
 
     def __enter__(self):
-        self.folder = pathlib.Path(tempfile.mkdtemp(prefix="tarvik-desktop-"))
+        # A longer path than this one does not fit into the address of a socket.
+        self.folder = pathlib.Path(tempfile.mkdtemp(prefix="tarvik-desktop-", dir="/tmp"))
         self._start_reaper()
         try:
             self._make_environment()
@@ -175,9 +191,36 @@ class Desktop:
             path.mkdir(mode=0o700)
             self.environment[name] = str(path)
         self.environment[reaper.MARK] = str(self.folder)
-        # GTK and dconf keep their settings in memory, and GTK does not wait for portals.
-        self.environment["GSETTINGS_BACKEND"] = "memory"
-        self.environment["GTK_USE_PORTAL"] = "0"
+        self._replace_host_settings()
+
+    def _replace_host_settings(self):
+        """Gives the programs settings of their own in the place of the machine's and the user's."""
+        system = self.folder / "system"
+        system.mkdir()
+        (system / "pulse.conf").touch()
+        for version in ("gtk-3.0", "gtk-4.0"):
+            settings = self.folder / "config" / version / "settings.ini"
+            settings.parent.mkdir()
+            settings.write_text(GTK_SETTINGS)
+        fonts = os.environ.get("TARVIK_TEST_FONTS", "normal")
+        self.environment |= {
+            "TZ": "UTC",
+            "FONTCONFIG_FILE": str(FONTS / f"{fonts}.conf"),
+            "XDG_CONFIG_DIRS": str(system),
+            "XDG_DATA_DIRS": "/usr/share",
+            # Nobody listens there, unless a test starts a bus.
+            "DBUS_SYSTEM_BUS_ADDRESS": f"unix:path={self.folder}/runtime/system-bus",
+            "PULSE_CONFIG": str(system / "pulse.conf"),
+            "PULSE_CLIENTCONFIG": str(system / "pulse.conf"),
+            # No input method, whichever are installed.
+            "GTK_IM_MODULE": "gtk-im-context-simple",
+            "QT_IM_MODULE": "compose",
+            "XMODIFIERS": "@im=none",
+            # GTK and dconf keep their settings in memory, and GTK waits for no portal.
+            "GSETTINGS_BACKEND": "memory",
+            "GTK_USE_PORTAL": "0",
+            "GIO_USE_VFS": "local",
+        }
 
     def _start_x_server(self):
         reader, writer = os.pipe()
@@ -198,7 +241,12 @@ class Desktop:
     def _start_session_bus(self):
         socket = self.folder / "runtime" / "bus"
         config = self.folder / "session-bus.conf"
-        config.write_text(BUS_CONFIG.format(socket=socket))
+        services = self.folder / "services"
+        services.mkdir()
+        for name in SERVICES:
+            with contextlib.suppress(FileNotFoundError):
+                shutil.copy(f"/usr/share/dbus-1/services/{name}.service", services)
+        config.write_text(BUS_CONFIG.format(socket=socket, services=services))
         self.environment["DBUS_SESSION_BUS_ADDRESS"] = f"unix:path={socket}"
         self.session_bus = self.spawn(
             ["dbus-daemon", f"--config-file={config}", "--nofork", "--nopidfile"])

@@ -52,12 +52,19 @@ std::vector<std::string> namesOn(sd_bus* bus) {
 
 MockLogind::MockLogind(const std::filesystem::path& folder)
     : socket_(folder / "system_bus_socket") {
+    if (const char* address = std::getenv("DBUS_SYSTEM_BUS_ADDRESS")) {
+        earlierAddress_ = address;
+    }
     std::filesystem::create_directory(folder);
     start();
 }
 
 MockLogind::~MockLogind() {
-    unsetenv("DBUS_SYSTEM_BUS_ADDRESS");
+    if (earlierAddress_) {
+        setenv("DBUS_SYSTEM_BUS_ADDRESS", earlierAddress_->c_str(), 1);
+    } else {
+        unsetenv("DBUS_SYSTEM_BUS_ADDRESS");
+    }
 }
 
 void MockLogind::start() {

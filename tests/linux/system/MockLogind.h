@@ -5,6 +5,7 @@
 
 #include <filesystem>
 #include <optional>
+#include <string>
 
 #include "tests/support/TestProcess.h"
 
@@ -33,6 +34,7 @@ class MockLogind {
 
   private:
     std::filesystem::path socket_;
+    std::optional<std::string> earlierAddress_;
     std::optional<TestProcess> bus_;
     std::optional<TestProcess> logind_;
 };
