@@ -7,7 +7,6 @@ import os
 import pathlib
 import re
 import signal
-import socket
 import time
 import unittest
 
@@ -21,9 +20,10 @@ DEFERRED = "audio.stop (session=1)"
 ERROR = "Deepgram error: "
 SEND_ERROR = ERROR + "A message could not be sent: "
 SILENT = "does not answer; its text will be typed"
-# In seconds: how long a write to a hanging or dying target may take, and what a busy machine adds.
+# In seconds: how long a write to a hanging or dying target may take, and the spread of a quiet machine.
 MAX_WRITE_TIME = 0.5
 TOLERANCE = 0.1
+ATTEMPTS = 5
 
 
 def inheritable_descriptors(pid):
@@ -34,16 +34,6 @@ def inheritable_descriptors(pid):
         if int(entry.name) > 2 and not flags & os.O_CLOEXEC:
             found.append(os.readlink(f"/proc/{pid}/fd/{entry.name}"))
     return found
-
-
-class Unreachable:
-    """A service whose port nobody listens on."""
-
-    def __init__(self, authority):
-        with socket.socket() as probe:
-            probe.bind(("127.0.0.1", 0))
-            self.host = f"localhost:{probe.getsockname()[1]}"
-        self.authority = authority
 
 
 class MissingParts(DictationTest):
@@ -62,20 +52,6 @@ class MissingParts(DictationTest):
         self.assertFalse(self.tray.shows_recording)
         self.hold()
         self.assertEqual(service.stream().protocols.replace(" ", ""), "token,typed-key")
-
-    def test_an_unreachable_service_is_logged_and_silence_ends_the_recording(self):
-        _, certificate = make_certificate(self.desktop.folder / "certificates")
-        application = self.start_application(Unreachable(certificate))
-        self.keyboard.toggle()
-        application.log.wait_for(ERROR)
-        self.tray.wait_for_icon(recording=True)
-        application.log.wait_for("Deepgram WS open timeout (5s) — connect failed", timeout=8)
-        self.assertTrue(self.tray.shows_recording)
-        application.log.wait_for("auto-stop (silence 3", timeout=45)
-        application.log.wait_for("stopRecording (session=1)")
-        self.tray.wait_for_icon(recording=False)
-        application.log.wait_for(DEFERRED)
-        self.assertEqual(application.log.count(ERROR), 1)
 
     def test_a_key_of_several_lines_is_refused_with_a_clear_error(self):
         service = self.start_scripted_service()
@@ -263,6 +239,7 @@ class BadTargets(DictationTest):
     def setUp(self):
         self.service = self.start_scripted_service()
         self.application = self.start_application(self.service)
+        self.usual = self.usual_time_for_a_piece()
 
     def time_for_a_piece(self, stream, meanwhile=lambda: None):
         """Has the service send a piece and releases the key; returns the seconds until the release
@@ -291,43 +268,60 @@ class BadTargets(DictationTest):
         self.dictate(self.service, "Normal")
         other.wait_for_text("Normal")
 
-    def test_a_target_that_hangs_holds_nothing_up(self):
-        usual = self.usual_time_for_a_piece()
-        hanging = self.start_target("gtk3", title="hanging")
+    def start_recording(self):
+        """Presses the hotkey; returns the connection."""
+        number = len(self.service.streams) + 1
         self.hold()
-        stream = self.service.stream(2)
-        os.kill(hanging.process.pid, signal.SIGSTOP)
-        self.addCleanup(os.kill, hanging.process.pid, signal.SIGCONT)
-        self.assertLess(self.time_for_a_piece(stream), usual + MAX_WRITE_TIME + TOLERANCE)
+        return self.service.stream(number)
+
+    def check_the_time(self, attempt, allowed):
+        """Checks that `attempt` takes at most `allowed` seconds more than usual. A busy machine delays
+        some attempts, a recording that is held up is late at each of them."""
+        durations = []
+        for _ in range(ATTEMPTS):
+            durations.append(attempt())
+            if durations[-1] < self.usual + allowed + TOLERANCE:
+                return
+        self.fail(f"{durations} s instead of {self.usual} s")
+
+    def test_a_target_that_hangs_holds_nothing_up(self):
+        def attempt():
+            hanging = self.start_target("gtk3", title="hanging")
+            stream = self.start_recording()
+            os.kill(hanging.process.pid, signal.SIGSTOP)
+            self.addCleanup(os.kill, hanging.process.pid, signal.SIGCONT)
+            return self.time_for_a_piece(stream)
+
+        self.check_the_time(attempt, MAX_WRITE_TIME)
         self.application.log.wait_for(SILENT)
 
         # The hanging target is still in front. Typed text reaches it once it continues.
-        self.hold()
-        again = self.time_for_a_piece(self.service.stream(3))
-        self.assertLess(again, usual + TOLERANCE)
-        self.assertEqual(self.application.log.count(SILENT), 1)
+        reports = self.application.log.count(SILENT)
+        self.check_the_time(lambda: self.time_for_a_piece(self.start_recording()), 0)
+        self.assertEqual(self.application.log.count(SILENT), reports)
         self.check_another_target()
 
     def test_a_target_that_is_dead_holds_nothing_up(self):
-        usual = self.usual_time_for_a_piece()
-        dying = self.start_target("gtk3", title="dying")
-        self.hold()
-        stream = self.service.stream(2)
-        os.kill(dying.process.pid, signal.SIGKILL)
-        dying.process.wait()
-        self.assertLess(self.time_for_a_piece(stream), usual + MAX_WRITE_TIME + TOLERANCE)
+        def attempt():
+            dying = self.start_target("gtk3", title="dying")
+            stream = self.start_recording()
+            os.kill(dying.process.pid, signal.SIGKILL)
+            dying.process.wait()
+            return self.time_for_a_piece(stream)
+
+        self.check_the_time(attempt, MAX_WRITE_TIME)
         self.check_another_target()
 
     def test_a_target_that_dies_over_a_piece_holds_nothing_up(self):
-        usual = self.usual_time_for_a_piece()
-        dying = self.start_target("gtk3", title="dying")
-        self.hold()
-        stream = self.service.stream(2)
-        # The insertion waits for the target until the target is killed.
-        os.kill(dying.process.pid, signal.SIGSTOP)
-        duration = self.time_for_a_piece(
-            stream, meanwhile=lambda: os.kill(dying.process.pid, signal.SIGKILL))
-        self.assertLess(duration, usual + MAX_WRITE_TIME + TOLERANCE)
+        def attempt():
+            dying = self.start_target("gtk3", title="dying")
+            stream = self.start_recording()
+            # The insertion waits for the target until the target is killed.
+            os.kill(dying.process.pid, signal.SIGSTOP)
+            return self.time_for_a_piece(
+                stream, meanwhile=lambda: os.kill(dying.process.pid, signal.SIGKILL))
+
+        self.check_the_time(attempt, MAX_WRITE_TIME)
         self.check_another_target()
 
 

@@ -65,8 +65,7 @@ TEST_F(X11Latency, OfAHotKeyAfterASwitchOfTheLayout) {
             mainQueue.runFor(pause);
             pressHold();
             releaseHold();
-            const bool isHeard =
-                mainQueue.runUntil([&] { return recorder.events == "P1R1"; }, 300ms);
+            const bool isHeard = becomes(recorder, "P1R1");
             heard += isHeard ? 1 : 0;
             // Instead of that the window manager has shown its menu.
             if (!isHeard) {
