@@ -65,7 +65,8 @@ void AppDelegate::decideWelcome(const platform::LaunchNotification& notification
 }
 
 void AppDelegate::scheduleSetupWindow(Seconds delay) {
-    platform_.mainQueue().asyncAfter(delay, [] { SetupWindowController::shared().show(); });
+    platform_.mainQueue().asyncAfter(
+        delay, weakly(*this, [](AppDelegate&) { SetupWindowController::shared().show(); }));
 }
 
 bool AppDelegate::applicationShouldHandleReopen(bool /*hasVisibleWindows*/) {

@@ -151,8 +151,10 @@ void AppDelegate::recordUsage() {
     const std::optional<CTATier> tier =
         UsageTracker::shared().recordSession(static_cast<std::int64_t>(elapsed.count()));
     if (tier) {
-        platform_.mainQueue().asyncAfter(
-            callToActionDelay, [tier = *tier] { CTAWindowController::shared().show(tier); });
+        platform_.mainQueue().asyncAfter(callToActionDelay,
+                                         weakly(*this, [tier = *tier](AppDelegate&) {
+                                             CTAWindowController::shared().show(tier);
+                                         }));
     }
 }
 
