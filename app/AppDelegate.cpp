@@ -2,6 +2,8 @@
 
 #include "app/AppDelegate.h"
 
+#include <utility>
+
 #include "base/Required.h"
 #include "base/Text.h"
 #include "base/Weakly.h"
@@ -20,6 +22,8 @@ constexpr std::string_view welcomeVersionKey = "lastWelcomeShownForVersion";
 /// Long enough for the permission prompts of a first launch to appear before the window.
 constexpr Seconds welcomeDelay{4.0};
 constexpr Seconds ordinaryLaunchDelay{0.4};
+/// A little longer than the delay of a stop and the close deadline together.
+constexpr Seconds terminationTimeout{2.5};
 /// In seconds, in the format of the shell's sleep command.
 constexpr auto restartDelay = "0.5";
 
@@ -85,6 +89,26 @@ void AppDelegate::applicationShouldPerform(platform::ApplicationAction action) {
         case platform::ApplicationAction::keyPrompt:
             promptForApiKey();
             break;
+    }
+}
+
+void AppDelegate::applicationShouldTerminate(std::function<void()> onReady) {
+    if (toggle_) {
+        toggle_->stop();
+    }
+    stopRecording();
+    if (!hasEndingStreams()) {
+        onReady();
+        return;
+    }
+    onReadyToTerminate_ = std::move(onReady);
+    platform_.mainQueue().asyncAfter(terminationTimeout,
+                                     weakly(*this, &AppDelegate::replyToTermination));
+}
+
+void AppDelegate::replyToTermination() {
+    if (const auto onReady = std::exchange(onReadyToTerminate_, nullptr)) {
+        onReady();
     }
 }
 

@@ -2,9 +2,11 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
+#include <vector>
 
 #include "audio/AudioCapture.h"
 #include "base/AtomicReference.h"
@@ -28,6 +30,9 @@ class AppDelegate : public platform::ApplicationDelegate,
     void applicationDidFinishLaunching(const platform::LaunchNotification& notification) override;
     bool applicationShouldHandleReopen(bool hasVisibleWindows) override;
     void applicationShouldPerform(platform::ApplicationAction action) override;
+    /// Stops a running recording and unregisters the hotkeys. Calls `onReady` when every stream has
+    /// ended and its transcripts are inserted: at once without a stream, otherwise within 2.5 s.
+    void applicationShouldTerminate(std::function<void()> onReady) override;
 
     /// Ends and releases the capture, so that nothing holds the delegate when the process ends. No
     /// recording can be started or stopped after this call.
@@ -73,6 +78,9 @@ class AppDelegate : public platform::ApplicationDelegate,
     platform::AXUIElementRef currentFocusedAXElement();
     void recordUsage();
     void finishStop(std::int64_t generation, const std::shared_ptr<DeepgramClient>& client);
+    void handleStreamEnd(const DeepgramClient* client);
+    bool hasEndingStreams();
+    void replyToTermination();
 
     void startAutoStopTimer();
     void checkAutoStop();
@@ -95,6 +103,11 @@ class AppDelegate : public platform::ApplicationDelegate,
     /// The number of recordings so far. The deferred part of a stop compares this number, so that
     /// the stop of an old recording never ends the capture of a newer one.
     std::int64_t sessionGeneration_ = 0;
+    /// The clients of stopped recordings whose streams have not ended. A session may release the
+    /// client of a lost connection before the stream's end is reported.
+    std::vector<std::weak_ptr<DeepgramClient>> endingClients_;
+    /// Called when no ending client is left; empty until the application is about to end.
+    std::function<void()> onReadyToTerminate_;
 
     platform::Platform& platform_;
 };

@@ -135,11 +135,14 @@ void AppDelegate::stopRecording() {
     platform_.log().write("TarvikDictate: stopRecording (session=" + std::to_string(generation) +
                           ")");
     recordUsage();
-    platform_.mainQueue().asyncAfter(
-        deferredStopDelay,
-        weakly(*this, [generation, client = deepgram_.take()](AppDelegate& self) {
-            self.finishStop(generation, client);
-        }));
+    const std::shared_ptr<DeepgramClient> client = deepgram_.take();
+    if (client) {
+        endingClients_.push_back(client);
+    }
+    platform_.mainQueue().asyncAfter(deferredStopDelay,
+                                     weakly(*this, [generation, client](AppDelegate& self) {
+                                         self.finishStop(generation, client);
+                                     }));
 }
 
 void AppDelegate::recordUsage() {
@@ -170,8 +173,23 @@ void AppDelegate::finishStop(std::int64_t generation,
                               std::to_string(sessionGeneration_));
     }
     if (client) {
-        client->finish([] {});
+        client->finish(weakly(
+            *this, [ended = client.get()](AppDelegate& self) { self.handleStreamEnd(ended); }));
     }
+}
+
+void AppDelegate::handleStreamEnd(const DeepgramClient* client) {
+    std::erase_if(endingClients_,
+                  [client](const auto& ending) { return ending.lock().get() == client; });
+    if (!hasEndingStreams()) {
+        // The insertions of transcripts that have just arrived wait on the main queue.
+        platform_.mainQueue().async(weakly(*this, &AppDelegate::replyToTermination));
+    }
+}
+
+bool AppDelegate::hasEndingStreams() {
+    std::erase_if(endingClients_, [](const auto& ending) { return ending.expired(); });
+    return !endingClients_.empty();
 }
 
 }  // namespace tarvik

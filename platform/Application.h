@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include <functional>
 #include <memory>
 #include <optional>
 
@@ -39,6 +40,10 @@ class ApplicationDelegate {
     virtual bool applicationShouldHandleReopen(bool hasVisibleWindows) = 0;
     /// The user requested `action` through the desktop.
     virtual void applicationShouldPerform(ApplicationAction action) = 0;
+    /// The application is about to end. The delegate calls `onReady` once, inside this call or
+    /// within a few seconds, when nothing is left to finish. The event loop runs until then. macOS
+    /// ends the application without this call.
+    virtual void applicationShouldTerminate(std::function<void()> onReady) { onReady(); }
 };
 
 /// The running application. Main thread only.
@@ -53,8 +58,9 @@ class Application {
     virtual void setActivationPolicy(ActivationPolicy policy) = 0;
     /// Runs the event loop. Returns only after terminate(), with the exit status of the process.
     virtual int run() = 0;
-    /// Ends the event loop after the current turn. Some toolkits end the whole process inside the
-    /// call, so a caller calls it last. Allowed before run(): run() then returns at once.
+    /// Ends the event loop, after the current turn or when the delegate is ready. Some toolkits end
+    /// the whole process inside the call, so a caller calls it last. Allowed before run(): run()
+    /// then returns at once.
     virtual void terminate() = 0;
     /// Asks to become the active application, in the way that the desktop recommends today. A
     /// backend may refuse the keyboard to windows for which the user has not asked.

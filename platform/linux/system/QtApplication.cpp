@@ -47,6 +47,7 @@ QtApplication::QtApplication(int& argumentCount, char** arguments, const platfor
       application_(prepareQt(argumentCount), arguments),
       signals_([this] { terminate(); }),
       launch_([this] { finishLaunching(); }) {
+    startMessages_.reset();
     QApplication::setApplicationDisplayName(QStringLiteral("Tarvik Dictate"));
     QApplication::setQuitOnLastWindowClosed(false);
 }
@@ -131,11 +132,19 @@ void QtApplication::post(std::function<void()> block) {
 }
 
 void QtApplication::terminate() {
-    isTerminated_ = true;
+    if (std::exchange(isTerminated_, true)) {
+        return;
+    }
     if (const auto onTerminate = std::exchange(onTerminate_, nullptr)) {
         onTerminate();
     }
-    QCoreApplication::exit(EXIT_SUCCESS);
+    const auto exit = [] { QCoreApplication::exit(EXIT_SUCCESS); };
+    const std::shared_ptr<platform::ApplicationDelegate> delegate = delegate_;
+    if (delegate && hasLaunched_) {
+        delegate->applicationShouldTerminate(exit);
+    } else {
+        exit();
+    }
 }
 
 // These desktops have a single way to give the keyboard to an application that the user asked for.

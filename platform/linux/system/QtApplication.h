@@ -6,20 +6,24 @@
 #include <cstddef>
 #include <functional>
 #include <memory>
+#include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "platform/Application.h"
 #include "platform/Clock.h"
 #include "platform/linux/loop/Alarm.h"
+#include "platform/linux/system/StartMessages.h"
 #include "platform/linux/system/TerminationSignals.h"
 
 namespace tarvik::linuxdesktop {
 
 /// The process's QApplication. Main thread only.
 ///
-/// SIGTERM, SIGINT and SIGHUP terminate the application. It is an accessory whatever the policy
-/// says: closing the last window does not end it, and a task list shows its open windows only.
+/// SIGTERM, SIGINT and SIGHUP terminate the application as terminate() does. It is an accessory
+/// whatever the policy says: closing the last window does not end it, and a task list shows its
+/// open windows only.
 class QtApplication final : public platform::Application {
   public:
     /// The arguments are those of main. The arguments and `clock` outlive the object.
@@ -57,6 +61,7 @@ class QtApplication final : public platform::Application {
     void post(std::function<void()> block);
 
     const platform::Clock& clock_;
+    std::optional<StartMessages> startMessages_{std::in_place};
     QApplication application_;
     TerminationSignals signals_;
     std::shared_ptr<platform::ApplicationDelegate> delegate_;

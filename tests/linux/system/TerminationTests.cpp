@@ -1,6 +1,11 @@
 // SPDX-License-Identifier: MIT
 
 #include <csignal>
+#include <functional>
+#include <memory>
+#include <string>
+#include <utility>
+#include <vector>
 
 #include "platform/linux/windows/QtUserInterface.h"
 #include "tests/linux/system/ApplicationTest.h"
@@ -17,6 +22,40 @@ TEST_P(TerminationTest, ASignalEndsTheRunCleanly) {
 }
 
 INSTANTIATE_TEST_SUITE_P(Signals, TerminationTest, testing::Values(SIGTERM, SIGINT, SIGHUP));
+
+class LateDelegate final : public platform::ApplicationDelegate {
+  public:
+    void applicationDidFinishLaunching(const platform::LaunchNotification&) override { onLaunch(); }
+    bool applicationShouldHandleReopen(bool) override { return true; }
+    void applicationShouldPerform(platform::ApplicationAction) override {}
+    void applicationShouldTerminate(std::function<void()> onReady) override {
+        ++questions;
+        onTerminate(std::move(onReady));
+    }
+
+    std::function<void()> onLaunch;
+    std::function<void(std::function<void()> onReady)> onTerminate;
+    int questions = 0;
+};
+
+TEST_F(ApplicationTest, TheRunGoesOnUntilTheDelegateIsReady) {
+    const auto delegate = std::make_shared<LateDelegate>();
+    application.setDelegate(delegate);
+    std::vector<std::string> events;
+    delegate->onLaunch = [] { std::raise(SIGTERM); };
+    delegate->onTerminate = [&](std::function<void()> onReady) {
+        events.emplace_back("asked");
+        // Another signal does not end the application earlier, and asks nothing again.
+        std::raise(SIGINT);
+        mainQueue.asyncAfter(Seconds(0.1), [&, onReady = std::move(onReady)] {
+            events.emplace_back("ready");
+            onReady();
+        });
+    };
+    EXPECT_EQ(application.run(), 0);
+    EXPECT_EQ(events, (std::vector<std::string>{"asked", "ready"}));
+    EXPECT_EQ(delegate->questions, 1);
+}
 
 TEST_F(ApplicationTest, ASignalEndsTheRunAlsoWhileAnAlertIsUp) {
     linuxdesktop::QtUserInterface userInterface(clock, log);
