@@ -9,6 +9,7 @@
 #include <utility>
 
 #include "platform/linux/system/CoreDumps.h"
+#include "platform/linux/system/MemoryArenas.h"
 #include "platform/linux/system/StandardDescriptors.h"
 
 namespace tarvik::linuxdesktop {
@@ -83,6 +84,7 @@ std::unique_ptr<Platform> makePlatform(int& argumentCount, char** arguments) {
     using linuxdesktop::InstanceClaim;
     linuxdesktop::openStandardDescriptors();
     linuxdesktop::preventCoreDumps();
+    linuxdesktop::limitMemoryArenas();
     // Qt takes these out of the environment when it starts.
     InstanceClaim claim = linuxdesktop::claimInstance(
         {variable("DESKTOP_STARTUP_ID"), variable("XDG_ACTIVATION_TOKEN")}, instanceTimeout);
