@@ -2,6 +2,8 @@
 
 #include "platform/linux/websocket/BeastWebSocketTask.h"
 
+#include <malloc.h>
+
 #include <cerrno>
 #include <utility>
 
@@ -17,6 +19,9 @@ using platform::WebSocketMessage;
 // Reading stops while the inbox has this many messages or bytes.
 constexpr std::size_t maxInboxMessages = 64;
 constexpr std::size_t maxInboxBytes = std::size_t{32} << 20;
+
+// The log tells of messages that wait longer than this.
+constexpr std::chrono::seconds maxUnreportedWait{5};
 
 // Each unsent message reports the lost connection once. The plain reason is the error of the
 // receive.
@@ -85,6 +90,7 @@ void BeastWebSocketTask::sendOnThread(Outgoing outgoing) {
         return;
     }
     outgoing_.push_back(std::move(outgoing));
+    reportBacklog();
     sendNext();
 }
 
@@ -167,8 +173,30 @@ void BeastWebSocketTask::onSent(const std::optional<Error>& error) {
     }
     const SendHandler handler = std::move(outgoing_.front().handler);
     outgoing_.pop_front();
+    if (outgoing_.empty()) {
+        reportEndOfBacklog("all waiting sound has left");
+    }
     sendNext();
     handler(std::nullopt);
+}
+
+// Sound comes all the time, so the next message is soon enough for a look at the oldest one.
+void BeastWebSocketTask::reportBacklog() {
+    const auto& oldest = outgoing_.front();
+    if (!isBacklogReported_ &&
+        std::chrono::steady_clock::now() - oldest.queueTime > maxUnreportedWait) {
+        isBacklogReported_ = true;
+        session_->context()->log.write(
+            "TarvikDictate: the network is too slow, more than 5 s of sound wait to be sent");
+    }
+}
+
+void BeastWebSocketTask::reportEndOfBacklog(const std::string& line) {
+    if (std::exchange(isBacklogReported_, false)) {
+        session_->context()->log.write("TarvikDictate: " + line);
+        // The allocator would keep the memory of ten minutes of sound.
+        malloc_trim(0);
+    }
 }
 
 void BeastWebSocketTask::readNext() {
@@ -250,11 +278,13 @@ void BeastWebSocketTask::end(const Error& error) {
     endError_ = error;
     // Pending operations hold the connection until their end.
     connection_.reset();
-    const auto outgoing = std::exchange(outgoing_, {});
+    auto outgoing = std::exchange(outgoing_, {});
     const auto receivers = std::exchange(receiveHandlers_, {});
     for (const Outgoing& waiting : outgoing) {
         waiting.handler(sendError(error));
     }
+    outgoing.clear();
+    reportEndOfBacklog("the waiting sound is lost");
     for (const ReceiveHandler& receiver : receivers) {
         receiver(error);
     }

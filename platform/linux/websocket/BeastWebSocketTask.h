@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include <chrono>
 #include <cstddef>
 #include <deque>
 #include <memory>
@@ -40,6 +41,7 @@ class BeastWebSocketTask final : public platform::WebSocketTask,
     struct Outgoing {
         platform::WebSocketMessage message;
         SendHandler handler;
+        std::chrono::steady_clock::time_point queueTime = std::chrono::steady_clock::now();
     };
 
     struct CloseFrame {
@@ -54,6 +56,8 @@ class BeastWebSocketTask final : public platform::WebSocketTask,
     void onConnected(Result<Connector::Connected> result);
     void sendNext();
     void onSent(const std::optional<Error>& error);
+    void reportBacklog();
+    void reportEndOfBacklog(const std::string& line);
     void readNext();
     void onRead(Result<Connection::Received> result);
     void deliver(platform::WebSocketMessage message);
@@ -73,6 +77,8 @@ class BeastWebSocketTask final : public platform::WebSocketTask,
     /// The connection writes the first element while isSending_.
     std::deque<Outgoing> outgoing_;
     bool isSending_ = false;
+    /// Whether the log says that messages wait too long.
+    bool isBacklogReported_ = false;
 
     std::deque<platform::WebSocketMessage> inbox_;
     std::size_t inboxBytes_ = 0;

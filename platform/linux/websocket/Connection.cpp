@@ -2,6 +2,9 @@
 
 #include "platform/linux/websocket/Connection.h"
 
+#include <netinet/tcp.h>
+
+#include <boost/asio/detail/socket_option.hpp>
 #include <boost/asio/error.hpp>
 #include <boost/beast/core/stream_traits.hpp>
 #include <utility>
@@ -24,6 +27,10 @@ constexpr std::size_t writeBufferSize = 16 * 1024 - 16;
 // In bytes; a message is read in pieces of at most this size.
 constexpr std::size_t maxPieceSize = 64 * 1024;
 
+// In bytes. Half a second of sound at 16 kHz.
+constexpr int maxUnsentBytes = 16 * 1024;
+using NotSentLowWater = boost::asio::detail::socket_option::integer<IPPROTO_TCP, TCP_NOTSENT_LOWAT>;
+
 // Stands for a close frame without a code (RFC 6455, 7.1.5).
 constexpr int noStatusReceived = 1005;
 
@@ -43,6 +50,10 @@ Connection::Connection(boost::asio::ip::tcp::socket socket, boost::asio::ssl::co
     stream_.write_buffer_bytes(writeBufferSize);
     // A message beyond the limit is dropped, and must not end the connection.
     stream_.read_message_max(0);
+    // Bytes that cannot leave wait here and not in the kernel, which would take minutes of sound
+    // and report it as sent. Without the option the log only tells later of sound that waits.
+    error_code ignored;
+    beast::get_lowest_layer(stream_).set_option(NotSentLowWater(maxUnsentBytes), ignored);
 }
 
 void Connection::open(CloseHandler onClose) {

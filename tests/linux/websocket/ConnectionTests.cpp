@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 
+#include <atomic>
 #include <chrono>
+#include <thread>
 
 #include "tests/linux/websocket/BeastTest.h"
 #include "tests/support/TestProcess.h"
@@ -41,6 +43,56 @@ TEST_F(WebSocketConnection, AMessageBeyondTheLimitIsDroppedWithOneLineAndReceivi
               (std::vector<std::string>{"TarvikDictate: dropped a message of 1048577" + end,
                                         "TarvikDictate: dropped a message of 41943040" + end,
                                         "TarvikDictate: dropped a message of 1048577" + end}));
+}
+
+class WebSocketBacklog : public BeastTest {
+  protected:
+    static constexpr auto waiting =
+        "TarvikDictate: the network is too slow, more than 5 s of sound wait to be sent";
+
+    /// Sends more than the network takes, and then a chunk of sound now and then.
+    void sendUntilTheLogTellsOfTheBacklog() {
+        open();
+        for (int count = 0; count < 32; ++count) {
+            send(std::string(mebibyte, 's'));
+        }
+        ASSERT_TRUE(world.runUntil([this] {
+            send("s");
+            return world.logLines() == std::vector<std::string>{waiting};
+        }));
+    }
+
+    void send(std::string bytes) {
+        task->send({platform::WebSocketMessage::Kind::data, std::move(bytes)},
+                   [this](const std::optional<Error>& error) { ++(error ? unsent : sent); });
+        ++handedOver;
+    }
+
+    std::atomic<int> sent = 0;
+    std::atomic<int> unsent = 0;
+    int handedOver = 0;
+};
+
+TEST_F(WebSocketBacklog, IsToldOnceAndLeavesCompletelyWhenTheServiceReadsAgain) {
+    sendUntilTheLogTellsOfTheBacklog();
+    std::thread reader([this] {
+        while (world.peer().readFrame()) {
+        }
+    });
+    EXPECT_TRUE(world.runUntil([this] { return sent == handedOver; }));
+    EXPECT_TRUE(world.runUntil([this] { return world.logLines().size() == 2; }));
+    EXPECT_EQ(world.logLines().back(), "TarvikDictate: all waiting sound has left");
+    task->cancel(platform::closeCodeGoingAway);
+    reader.join();
+}
+
+TEST_F(WebSocketBacklog, IsToldToBeLostWhenTheConnectionEnds) {
+    sendUntilTheLogTellsOfTheBacklog();
+    task->cancel(platform::closeCodeGoingAway);
+    EXPECT_TRUE(world.runUntil([this] { return world.logLines().size() == 2; }));
+    EXPECT_EQ(world.logLines().back(), "TarvikDictate: the waiting sound is lost");
+    EXPECT_TRUE(world.runUntil([this] { return sent + unsent == handedOver; }));
+    EXPECT_GT(unsent, 0);
 }
 
 TEST_F(WebSocketConnection, DropsTextThatIsNotUtf8AndGoesOn) {
