@@ -16,6 +16,8 @@ constexpr std::uint32_t fragmentFrames = 2048;
 constexpr Seconds maxBufferDuration{0.05};
 /// The connection of a recording opens within this time or not at all.
 constexpr Seconds unusedStreamTimeout{5};
+/// The log tells of a microphone that has delivered nothing for this time.
+constexpr Seconds maxSilentTime{3};
 
 platform::AudioFormat formatOf(const Microphone& microphone) {
     return {static_cast<double>(microphone.sampleRate), microphone.channels.channels};
@@ -29,7 +31,10 @@ std::uint32_t limitedFrames(std::uint32_t frameCount, const Microphone& micropho
 }  // namespace
 
 PulseAudioEngine::PulseAudioEngine(std::shared_ptr<PulseServer> server)
-    : server_(std::move(server)), closeTimer_(server_->api()), failureTimer_(server_->api()) {}
+    : server_(std::move(server)),
+      closeTimer_(server_->api()),
+      failureTimer_(server_->api()),
+      deliveryTimer_(server_->api()) {}
 
 PulseAudioEngine::~PulseAudioEngine() {
     stop();
@@ -98,6 +103,8 @@ std::optional<Error> PulseAudioEngine::start() {
     closeTimer_.cancel();
     failureTimer_.cancel();
     stream_->uncork();
+    lastDelivery_ = pa_rtclock_now();
+    awaitSound(maxSilentTime);
     return std::nullopt;
 }
 
@@ -106,8 +113,22 @@ void PulseAudioEngine::stop() {
     isRunning_ = false;
     closeTimer_.cancel();
     failureTimer_.cancel();
+    deliveryTimer_.cancel();
     stream_.reset();
     buffer_.reset();
+}
+
+void PulseAudioEngine::awaitSound(Seconds delay) {
+    deliveryTimer_.start(server_->context(), delay, [this] { checkDelivery(); });
+}
+
+void PulseAudioEngine::checkDelivery() {
+    const Seconds silence = std::chrono::microseconds(pa_rtclock_now() - lastDelivery_);
+    if (silence < maxSilentTime) {
+        awaitSound(maxSilentTime - silence);
+        return;
+    }
+    server_->log("the microphone " + stream_->microphone().name + " has delivered nothing for 3 s");
 }
 
 void PulseAudioEngine::installTapOnBus(std::uint32_t bus, std::uint32_t bufferSize,
@@ -145,6 +166,7 @@ RecordStream::Events PulseAudioEngine::streamEvents() {
 
 void PulseAudioEngine::deliver(const float* samples, std::size_t frameCount) {
     server_->resetStreamFailures();
+    lastDelivery_ = pa_rtclock_now();
     if (!tap_) {
         return;
     }

@@ -49,6 +49,8 @@ class PulseAudioEngine final : public platform::AudioEngine, private platform::A
     RecordStream::Events streamEvents();
     void deliver(const float* samples, std::size_t frameCount);
     void handleFailure(const std::string& reason);
+    void awaitSound(Seconds delay);
+    void checkDelivery();
 
     std::shared_ptr<PulseServer> server_;
     std::optional<Tap> tap_;
@@ -58,6 +60,10 @@ class PulseAudioEngine final : public platform::AudioEngine, private platform::A
     PulseTimer closeTimer_;
     /// Reports a failure after the delay of PulseServer::countStreamFailure().
     PulseTimer failureTimer_;
+    /// Finds out that the microphone delivers nothing.
+    PulseTimer deliveryTimer_;
+    /// The time of the start or of the last delivery, on the clock of libpulse.
+    pa_usec_t lastDelivery_ = 0;
     bool isRunning_ = false;
 };
 

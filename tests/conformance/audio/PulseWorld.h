@@ -31,6 +31,7 @@ class PulseWorld : public AudioWorld {
     void restartServer(std::uint32_t sampleRate) override;
 
     SoundServer& server() { return server_; }
+    const RecordingLog& log() const { return log_; }
     /// The number of the server's recording streams, corked ones included.
     std::size_t openStreams() const;
 
