@@ -4,8 +4,9 @@
 
 #include <algorithm>
 #include <cmath>
-#include <memory>
+#include <optional>
 #include <utility>
+#include <vector>
 
 #include "platform/linux/loop/Alarm.h"
 
@@ -16,62 +17,88 @@ namespace {
 // An interval of zero would keep the loop busy for good.
 constexpr Seconds minInterval(0.001);
 
-// Stays alive while its block runs, also when the block drops the timer.
-class Ticker : public std::enable_shared_from_this<Ticker> {
+}  // namespace
+
+struct QtTimerService::Ticker {
+    Seconds interval;
+    std::function<void()> block;
+    TimePoint next;
+    bool isRunning = false;
+    bool isValid = true;
+};
+
+class QtTimerService::Schedule {
   public:
-    Ticker(const platform::Clock& clock, Seconds interval, std::function<void()> block)
-        : clock_(clock),
-          interval_(std::max(interval, minInterval)),
-          block_(std::move(block)),
-          next_(clock.now() + interval_),
-          alarm_([this] { tick(); }) {
-        alarm_.set(next_);
+    explicit Schedule(const platform::Clock& clock) : clock_(clock), alarm_([this] { run(); }) {}
+
+    std::shared_ptr<Ticker> add(Seconds interval, std::function<void()> block) {
+        interval = std::max(interval, minInterval);
+        tickers_.push_back(
+            std::make_shared<Ticker>(Ticker{interval, std::move(block), clock_.now() + interval}));
+        setAlarm();
+        return tickers_.back();
     }
 
-    void invalidate() {
-        isValid_ = false;
-        alarm_.clear();
+    void invalidate(const std::shared_ptr<Ticker>& ticker) {
+        ticker->isValid = false;
+        std::erase(tickers_, ticker);
+        setAlarm();
     }
 
   private:
-    void tick() {
-        if (clock_.now() < next_) {
-            return;
+    // Blocks may add and invalidate tickers, and their nested loops come here again.
+    void run() {
+        for (const std::shared_ptr<Ticker>& ticker : std::vector(tickers_)) {
+            if (ticker->isValid && !ticker->isRunning && ticker->next <= clock_.now()) {
+                tick(*ticker);
+            }
         }
-        const std::shared_ptr<Ticker> self = shared_from_this();
-        alarm_.clear();
-        block_();
-        if (isValid_) {
-            next_ += interval_ * (std::floor((clock_.now() - next_) / interval_) + 1);
-            alarm_.set(next_);
+    }
+
+    void tick(Ticker& ticker) {
+        ticker.isRunning = true;
+        setAlarm();
+        ticker.block();
+        ticker.isRunning = false;
+        const double missed = std::floor((clock_.now() - ticker.next) / ticker.interval);
+        ticker.next += ticker.interval * (missed + 1);
+        setAlarm();
+    }
+
+    void setAlarm() {
+        std::optional<TimePoint> earliest;
+        for (const std::shared_ptr<Ticker>& ticker : tickers_) {
+            if (!ticker->isRunning && (!earliest || ticker->next < *earliest)) {
+                earliest = ticker->next;
+            }
         }
+        earliest ? alarm_.set(*earliest) : alarm_.clear();
     }
 
     const platform::Clock& clock_;
-    Seconds interval_;
-    std::function<void()> block_;
-    TimePoint next_;
-    bool isValid_ = true;
+    std::vector<std::shared_ptr<Ticker>> tickers_;
     Alarm alarm_;
 };
 
-class RunningTimer final : public platform::Timer {
+class QtTimerService::RunningTimer final : public platform::Timer {
   public:
-    explicit RunningTimer(std::shared_ptr<Ticker> ticker) : ticker_(std::move(ticker)) {}
-    ~RunningTimer() override { ticker_->invalidate(); }
+    RunningTimer(std::shared_ptr<Schedule> schedule, std::shared_ptr<Ticker> ticker)
+        : schedule_(std::move(schedule)), ticker_(std::move(ticker)) {}
+    ~RunningTimer() override { schedule_->invalidate(ticker_); }
 
-    void invalidate() override { ticker_->invalidate(); }
+    void invalidate() override { schedule_->invalidate(ticker_); }
 
   private:
-    std::shared_ptr<Ticker> ticker_;
+    const std::shared_ptr<Schedule> schedule_;
+    const std::shared_ptr<Ticker> ticker_;
 };
 
-}  // namespace
+QtTimerService::QtTimerService(const platform::Clock& clock)
+    : schedule_(std::make_shared<Schedule>(clock)) {}
 
 std::unique_ptr<platform::Timer> QtTimerService::scheduledRepeatingTimer(
     Seconds interval, std::function<void()> block) {
-    return std::make_unique<RunningTimer>(
-        std::make_shared<Ticker>(clock_, interval, std::move(block)));
+    return std::make_unique<RunningTimer>(schedule_, schedule_->add(interval, std::move(block)));
 }
 
 }  // namespace tarvik::linuxdesktop
