@@ -1,21 +1,34 @@
 #!/usr/bin/python3
 # SPDX-License-Identifier: MIT
-"""What leaves the application: to the network, to files, and to a core file."""
+"""What leaves the application, seen from outside: every packet in a network of its own, every file that
+a whole session opens for writing or changes, and a core file."""
 
 import contextlib
 import os
 import pathlib
+import re
 import resource
+import socket
 import stat
+import time
 import unittest
 
+import network
+from application import READY, Application, write_settings
 from desktop import wait_for
-from dictation_test import DictationTest
+from dictation_test import BINARIES, DictationTest
+from scripted_service import ScriptedService, make_certificate
+from windows import wait_for_window
 
-# The folders that a program may keep files of its own in.
-FOLDERS = ("HOME", "XDG_CONFIG_HOME", "XDG_DATA_HOME", "XDG_CACHE_HOME", "XDG_STATE_HOME")
-SETTINGS = "Tarvik/Tarvik Dictate.conf"
-AUTOSTART = "autostart/com.tarvik.dictate.desktop"
+# In seconds. Longer than every timer of the application that is not a retry: a session holds its
+# connection for ten seconds after the end.
+IDLE = 12
+
+# What changes a file, a folder or a name, beside openat(2) with one of these flags.
+CHANGES = ("creat,truncate,rename,renameat,renameat2,link,linkat,symlink,symlinkat,unlink,unlinkat,"
+           "mkdir,mkdirat,rmdir,mknod,mknodat,chmod,fchmodat,chown,lchown,fchownat,utimensat,setxattr,"
+           "lsetxattr,removexattr,mount")
+WRITING = re.compile(r"O_WRONLY|O_RDWR|O_CREAT|O_TRUNC|O_TMPFILE")
 
 
 def sockets(process):
@@ -42,43 +55,107 @@ def network_ports(process):
     return ports
 
 
-class Secrets(DictationTest):
-    def files(self):
-        """The files in the user's folders, with their modes."""
-        found = {}
-        for name in FOLDERS:
-            for path in pathlib.Path(self.desktop.environment[name]).rglob("*"):
-                if path.is_file():
-                    found[path] = stat.S_IMODE(path.stat().st_mode)
-        return found
+def changed_paths(trace):
+    """The paths in the calls that open a file for writing, or that change a file or a name."""
+    paths = set()
+    for line in trace.splitlines():
+        call = re.match(r"\d+ +(\w+)\((.*)", line)
+        if not call or call[1] in ("open", "openat") and not WRITING.search(call[2]):
+            continue
+        for folder, path in re.findall(r'(?:<([^>]*)>, )?"((?:[^"\\]|\\.)*)"', call[2]):
+            paths.add(os.path.join(folder, path))
+    return paths
 
-    def test_the_network_is_used_for_the_service_and_only_during_a_recording(self):
-        service = self.start_scripted_service()
-        application = self.start_application(service)
-        port = int(service.host.rpartition(":")[2])
-        self.assertEqual(network_ports(application.pid), set())
-        self.dictate(service, "Words.")
-        self.assertEqual(network_ports(application.pid), {port})
+
+class Secrets(DictationTest):
+    @classmethod
+    def setUpClass(cls):
+        try:
+            network.enter()
+        except PermissionError as error:
+            raise unittest.SkipTest("a network of its own is not allowed here") from error
+        cls.names = network.NameServer()
+        cls.addClassCleanup(cls.names.close)
+        cls.capture = network.Capture()
+        cls.addClassCleanup(cls.capture.close)
+        super().setUpClass()
+
+    def start_service(self):
+        """A service that only the network's name server knows."""
+        key, certificate = make_certificate(
+            self.desktop.folder / "certificates", network.SERVICE_NAME, network.SERVICE_ADDRESS)
+        listener = socket.create_server((network.SERVICE_ADDRESS, 0))
+        service = ScriptedService(key, certificate, listener)
+        service.authority = certificate
+        self.addCleanup(service.close)
+        return service
+
+    def settings(self, service):
+        return {"deepgramHost": f"{network.SERVICE_NAME}:{service.port}"}
+
+    def end_recording(self, application, stream):
         self.keyboard.release()
+        wait_for(lambda: stream.is_closed, "the end of the stream")
         wait_for(lambda: network_ports(application.pid) == set(), "an unused network", 20)
 
-    def test_nothing_is_written_but_the_settings(self):
-        service = self.start_scripted_service()
-        before = set(self.files())
-        self.start_application(service)
-        target = self.start_target("gtk3")
-        self.dictate(service, "Secret words.")
-        target.wait_for_text("Secret words.")
-        self.keyboard.release()
-        self.tray.wait_for_icon(recording=False)
-        target.close()
-        config = pathlib.Path(self.desktop.environment["XDG_CONFIG_HOME"])
-        written = self.files()
-        allowed = {config / SETTINGS, config / AUTOSTART}
-        self.assertEqual(set(written) - before - allowed, set())
-        self.assertEqual(written[config / SETTINGS], 0o600)
-        for path in written:
+    def test_packets_go_to_the_service_and_its_name_server_and_only_during_a_recording(self):
+        earlier = len(self.capture.packets())
+        service = self.start_service()
+        allowed = {(network.TCP, network.SERVICE_ADDRESS, service.port),
+                   (network.UDP, network.NAME_SERVER, 53)}
+        application = self.start_application(service, self.settings(service))
+        for _ in range(2):
+            time.sleep(IDLE)
+            self.assertEqual(self.capture.packets()[earlier:], [], "packets of an idle application")
+            stream = self.dictate(service, "Words.")
+            self.end_recording(application, stream)
+            sent = self.capture.packets()[earlier:]
+            self.assertNotEqual(sent, [])
+            for packet in sent:
+                ends = {(packet.protocol, packet.source, packet.source_port),
+                        (packet.protocol, packet.destination, packet.destination_port)}
+                self.assertTrue(ends & allowed, packet)
+            earlier += len(sent)
+        self.assertEqual(set(self.names.names), {network.SERVICE_NAME})
+        self.assertEqual(application.close(), 0)
+        self.assertEqual(self.capture.packets()[earlier:], [], "packets at the end")
+
+    def test_a_whole_session_changes_no_file_but_the_settings(self):
+        service = self.start_service()
+        trace = self.desktop.folder / "trace"
+        settings = write_settings(self.desktop.environment,
+                                  {"deepgramApiKey": "a-key"} | self.settings(service))
+        # The tracer is a process apart, so that the end of the application is traced as well.
+        application = Application(
+            self.desktop, BINARIES, {"SSL_CERT_FILE": str(service.authority)}, ready=READY,
+            command=("strace", "-DD", "-f", "-qq", "-y", "-s", "4096", "-o", str(trace),
+                     "-e", f"trace=openat,open,{CHANGES}"))
+        self.addCleanup(application.close)
+        wait_for_window(self.desktop, timeout=30).close()
+        for number, start in enumerate((self.start_target, self.start_terminal), 1):
+            target = start()
+            self.hold()
+            service.stream(number).say("Secret words.")
+            target.wait_for_text("Secret words.")
+            self.keyboard.release()
+            wait_for(lambda: service.streams[-1].is_closed, "the end of the stream")
+            target.close()
+        self.assertEqual(application.close(), 0)
+        written = changed_paths(trace.read_text(encoding="utf-8"))
+        folder = self.desktop.environment["XDG_CONFIG_HOME"]
+        config = re.escape(folder)
+        # The names before an atomic replacement have six letters more. The last three are no files:
+        # the sound server's folder, which exists already, and the names of threads.
+        allowed = re.compile(
+            rf"{config}/Tarvik(/Tarvik Dictate\.conf(\.\w{{6}})?)?"
+            rf"|{config}/autostart(/com\.tarvik\.dictate\.desktop(\.\w{{6}})?)?"
+            rf"|{re.escape(self.desktop.environment['XDG_RUNTIME_DIR'])}"
+            r"|/dev/null|/proc/self/task/\d+/comm")
+        self.assertIn(str(settings), written)
+        self.assertEqual({path for path in written if not allowed.fullmatch(path)}, set())
+        for path in pathlib.Path(folder).rglob("*.*"):
             self.assertNotIn(b"Secret words", path.read_bytes(), path)
+        self.assertEqual(stat.S_IMODE(os.stat(settings).st_mode), 0o600)
 
     def test_a_crash_writes_no_memory_to_disk(self):
         soft, hard = resource.getrlimit(resource.RLIMIT_CORE)
