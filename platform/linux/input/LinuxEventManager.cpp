@@ -3,7 +3,6 @@
 #include "platform/linux/input/LinuxEventManager.h"
 
 #include <algorithm>
-#include <ranges>
 
 namespace tarvik::linuxdesktop {
 
@@ -105,11 +104,11 @@ void LinuxEventManager::deliver(HotKeyNumber number, std::uint32_t kind) {
     HotKeyEvent event(kind, hotKey->second);
     // A handler may remove itself or others.
     std::vector<std::uintptr_t> handles;
-    for (const auto& [handle, handler] : std::views::reverse(handlers_)) {
-        if (std::ranges::any_of(handler.types, [&](const platform::EventTypeSpec& type) {
+    for (auto entry = handlers_.rbegin(); entry != handlers_.rend(); ++entry) {
+        if (std::ranges::any_of(entry->second.types, [&](const platform::EventTypeSpec& type) {
                 return type.eventClass == platform::eventClassKeyboard && type.eventKind == kind;
             })) {
-            handles.push_back(handle);
+            handles.push_back(entry->first);
         }
     }
     for (const std::uintptr_t handle : handles) {

@@ -8,7 +8,6 @@
 #include <algorithm>
 #include <array>
 #include <iterator>
-#include <ranges>
 #include <span>
 #include <string>
 #include <vector>
@@ -161,12 +160,10 @@ xcb_window_t FrontWindow::windowOf(platform::ProcessIdentifier process, xcb_wind
             return known.window;
         }
     }
-    for (const xcb_window_t candidate : std::views::reverse(windows)) {
-        if (processOf(candidate) == process) {
-            return candidate;
-        }
-    }
-    return XCB_NONE;
+    const auto topmost =
+        std::find_if(windows.rbegin(), windows.rend(),
+                     [&](xcb_window_t candidate) { return processOf(candidate) == process; });
+    return topmost == windows.rend() ? xcb_window_t{XCB_NONE} : *topmost;
 }
 
 bool FrontWindow::canBeGivenFocus(xcb_window_t window) {

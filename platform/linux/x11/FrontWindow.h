@@ -18,8 +18,9 @@ namespace tarvik::linuxdesktop {
 /// window manager the input focus does. Input thread only.
 class FrontWindow {
   public:
-    /// A window and its process. XCB_NONE and 0 stand for none.
-    struct Known {
+    /// A window and its process. XCB_NONE and 0 stand for none. Clang needs the alignment to load
+    /// and store the pair without a lock.
+    struct alignas(std::uint64_t) Known {
         xcb_window_t window = XCB_NONE;
         platform::ProcessIdentifier process = 0;
     };

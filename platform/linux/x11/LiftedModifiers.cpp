@@ -8,9 +8,9 @@
 namespace tarvik::linuxdesktop {
 
 std::uint8_t LiftedModifiers::mask() const {
-    constexpr unsigned modifierCount = 8;
+    constexpr unsigned modifierBits = 8;
     unsigned mask = 0;
-    for (unsigned bit = 1; bit < 1U << modifierCount && !keys_.empty(); bit <<= 1) {
+    for (unsigned bit = 1; bit < 1U << modifierBits && !keys_.empty(); bit <<= 1) {
         const bool isLifted =
             std::ranges::any_of(keyboard_.modifierKeys(static_cast<std::uint8_t>(bit)),
                                 [this](xcb_keycode_t key) { return keys_.contains(key); });
