@@ -24,9 +24,9 @@ SERVICE_NAME = "speech.example"
 SERVICE_ADDRESS = "192.0.2.1"
 NAME_SERVER = "192.0.2.53"
 
-# What the kernel itself sends for every interface of IPv6.
-KERNEL_PROTOCOLS = {0, 58}
-TCP, UDP = 6, 17
+TCP, UDP, HOP_BY_HOP, ICMP6 = 6, 17, 0, 58
+# A type of ICMP6.
+UNREACHABLE = 1
 
 Packet = collections.namedtuple("Packet", "protocol source source_port destination destination_port")
 
@@ -108,8 +108,12 @@ class Capture:
         else:
             self._packets.append(Packet(kind, "", 0, "", 0))
             return
-        if protocol in KERNEL_PROTOCOLS and family == socket.AF_INET6:
+        if protocol == ICMP6 and family == socket.AF_INET6 and data[header] == UNREACHABLE:
+            # In place of a packet that loopback does not take, the kernel sends this error about it.
+            self._add(kind, data[header + 8:])
             return
+        if protocol in (HOP_BY_HOP, ICMP6) and family == socket.AF_INET6:
+            return  # The kernel's own, for every interface.
         ports = struct.unpack_from("!HH", data, header) if protocol in (TCP, UDP) else (0, 0)
         source, destination = (socket.inet_ntop(family, address) for address in addresses)
         self._packets.append(Packet(protocol, source, ports[0], destination, ports[1]))

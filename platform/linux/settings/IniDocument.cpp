@@ -51,6 +51,11 @@ std::size_t lengthOfFirstLine(std::string_view content) {
     return content.size();
 }
 
+// Whether what follows `line` would be another line.
+bool isEnded(std::string_view line) {
+    return lengthOfFirstLine(std::string(line) + 'x') == line.size();
+}
+
 bool isGeneralGroup(std::string_view name) {
     return QLatin1String(name.data(), static_cast<qsizetype>(name.size()))
                .compare(QLatin1String("general"), Qt::CaseInsensitive) == 0;
@@ -132,7 +137,8 @@ std::ptrdiff_t IniDocument::endOfGeneral() {
         lines_.insert(lines_.begin(), Line{"[General]\n", true, {}, {}});
         return 1;
     }
-    if (!last->text.ends_with('\n')) {
+    // The end of the file may escape the first break that follows.
+    while (!isEnded(last->text)) {
         last->text += '\n';
     }
     return lines_.rend() - last;

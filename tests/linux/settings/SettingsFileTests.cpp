@@ -160,6 +160,20 @@ TEST_F(SettingsFileTest, EntriesWithoutAGroupCountToo) {
     EXPECT_EQ(contentOf(path), "deepgramHost=localhost:8443\nloginItemAutoConfigured=true\n");
 }
 
+TEST_F(SettingsFileTest, ANewEntryIsNoPartOfALastLineThatGoesOn) {
+    for (const std::string last : {"a=1\\\n", "a=1\\", "a=\"1\\", "a=1\\\n b\\\n"}) {
+        putFile(path, "[General]\n" + last);
+        open();
+        const auto before = defaults->stringForKey("a");
+        defaults->setString("secret", "deepgramApiKey");
+        close();
+        open();
+        EXPECT_EQ(defaults->stringForKey("deepgramApiKey"), "secret") << contentOf(path);
+        EXPECT_EQ(defaults->stringForKey("a"), before) << contentOf(path);
+        close();
+    }
+}
+
 TEST_F(SettingsFileTest, NumbersThatDoNotFitReadAsAbsent) {
     putFile(
         path,
