@@ -2,8 +2,10 @@
 
 #include "speech-service/CommandLine.h"
 
+#include <algorithm>
 #include <charconv>
 #include <cstdlib>
+#include <iterator>
 #include <optional>
 #include <string>
 
@@ -11,13 +13,14 @@ namespace tarvik::service {
 
 namespace {
 
-std::optional<std::uint16_t> portFrom(std::string_view text) {
-    std::uint16_t port = 0;
-    const auto [end, status] = std::from_chars(text.data(), text.data() + text.size(), port);
-    if (status != std::errc() || end != text.data() + text.size()) {
+template <typename Number>
+std::optional<Number> numberFrom(std::string_view text, Number min, Number max) {
+    Number number = 0;
+    const auto [end, status] = std::from_chars(text.data(), text.data() + text.size(), number);
+    if (status != std::errc() || end != text.data() + text.size() || number < min || number > max) {
         return std::nullopt;
     }
-    return port;
+    return number;
 }
 
 std::filesystem::path defaultStateDirectory() {
@@ -31,27 +34,73 @@ std::filesystem::path defaultStateDirectory() {
     return std::filesystem::path(home ? home : "/") / ".local/state" / name;
 }
 
-std::optional<Error> apply(CommandLine& commandLine, std::string_view option,
-                           std::string_view value) {
-    if (option == "--port") {
-        const std::optional<std::uint16_t> port = portFrom(value);
-        if (!port) {
-            return Error{
-                2, "--port takes a number from 0 to 65535, not \"" + std::string(value) + "\""};
-        }
-        commandLine.port = *port;
-    } else if (value.empty()) {
-        return Error{2, "--state-directory takes a folder"};
-    } else {
-        commandLine.stateDirectory = value;
+/// Sets `number` to the number in `value`.
+template <typename Number, typename Field>
+std::optional<Error> setNumber(Field& field, std::string_view option, std::string_view value,
+                               Number min, Number max) {
+    const std::optional<Number> number = numberFrom<Number>(value, min, max);
+    if (!number) {
+        return Error{2, std::string(option) + " takes a number from " + std::to_string(min) +
+                            " to " + std::to_string(max) + ", not \"" + std::string(value) + "\""};
     }
+    field = *number;
     return std::nullopt;
 }
 
+std::optional<Error> setText(auto& field, std::string_view option, std::string_view value,
+                             std::string_view what) {
+    if (value.empty()) {
+        return Error{2, std::string(option) + " takes " + std::string(what)};
+    }
+    field = value;
+    return std::nullopt;
+}
+
+struct Option {
+    std::string_view name;
+    std::optional<Error> (*apply)(CommandLine& commandLine, std::string_view option,
+                                  std::string_view value);
+};
+
+constexpr Option options[] = {
+    {"--port",
+     [](CommandLine& line, std::string_view option, std::string_view value) {
+         return setNumber<std::uint16_t>(line.port, option, value, 0, 65535);
+     }},
+    {"--state-directory",
+     [](CommandLine& line, std::string_view option, std::string_view value) {
+         return setText(line.stateDirectory, option, value, "a folder");
+     }},
+    {"--engine",
+     [](CommandLine& line, std::string_view option, std::string_view value) {
+         return setText(line.engine, option, value, "the name of an engine");
+     }},
+    {"--model",
+     [](CommandLine& line, std::string_view option, std::string_view value) {
+         return setText(line.model, option, value, "a file or a folder");
+     }},
+    {"--max-streams",
+     [](CommandLine& line, std::string_view option, std::string_view value) {
+         return setNumber<unsigned>(line.maxStreams, option, value, 1, 10000);
+     }},
+    {"--metrics-port",
+     [](CommandLine& line, std::string_view option, std::string_view value) {
+         return setNumber<std::uint16_t>(line.metricsPort, option, value, 0, 65535);
+     }},
+    {"--keys",
+     [](CommandLine& line, std::string_view option, std::string_view value) {
+         return setText(line.keyFile, option, value, "a file");
+     }},
+    {"--refuse",
+     [](CommandLine& line, std::string_view option, std::string_view value) {
+         return setNumber<int>(line.refusal, option, value, 400, 599);
+     }},
+};
+
 }  // namespace
 
-std::string_view usage() {
-    return "usage: tarvik-speech-service [--port N] [--state-directory DIR] [--print-ca]\n"
+std::string usage() {
+    return "usage: tarvik-speech-service [OPTION]...\n"
            "\n"
            "Turns speech into text on this machine, over a TLS web socket on the loopback "
            "addresses.\n"
@@ -60,11 +109,21 @@ std::string_view usage() {
            "  --state-directory DIR  where the certificates are kept (default:\n"
            "                         $XDG_STATE_HOME/tarvik-speech-service or\n"
            "                         ~/.local/state/tarvik-speech-service)\n"
+           "  --engine NAME          the recogniser: " +
+           engineNames() +
+           "\n"
+           "  --model PATH           the recogniser's model; nothing is downloaded (default: the\n"
+           "                         English model of the package pocketsphinx-en-us)\n"
+           "  --max-streams N        streams at once (default: what this machine can do)\n"
+           "  --metrics-port N       port on 127.0.0.1 for http /metrics, 0 for a free one\n"
+           "  --keys FILE            the keys that open streams, one a line (default: any key)\n"
+           "  --refuse STATUS        refuse every stream with this HTTP status, to try a client\n"
            "  --print-ca             make the certificates if there are none, print the path of\n"
            "                         the authority that clients have to trust, and end\n"
            "  --help                 print this text and end\n"
            "\n"
-           "Clients trust the service through ca.pem in the state directory.\n";
+           "Clients trust the service through ca.pem in the state directory. A socket that systemd "
+           "passes\ntakes the place of the port.\n";
 }
 
 Result<CommandLine> parseCommandLine(std::span<const std::string_view> arguments) {
@@ -83,7 +142,9 @@ Result<CommandLine> parseCommandLine(std::span<const std::string_view> arguments
             commandLine.action = CommandLine::Action::printAuthority;
             continue;
         }
-        if (option != "--port" && option != "--state-directory") {
+        const auto* known = std::find_if(std::begin(options), std::end(options),
+                                         [&](const Option& entry) { return entry.name == option; });
+        if (known == std::end(options)) {
             return Error{2, "There is no option \"" + std::string(argument) + "\""};
         }
         std::string_view value;
@@ -95,7 +156,7 @@ Result<CommandLine> parseCommandLine(std::span<const std::string_view> arguments
             value = arguments.front();
             arguments = arguments.subspan(1);
         }
-        if (std::optional<Error> error = apply(commandLine, option, value)) {
+        if (std::optional<Error> error = known->apply(commandLine, option, value)) {
             return *std::move(error);
         }
     }

@@ -71,21 +71,23 @@ void Connection::onRequest(beast::error_code error) {
         // A connection without a request is a check for the service, not an error.
         return;
     }
-    const Result<StreamQuery> query = checkHandshake(parser_.get());
-    if (!query) {
-        refuse(query.error());
-    } else if (context_.streams.count() >= context_.options.maxStreams) {
-        refuse({429, "Too many streams are open"});
+    const Result<Handshake> handshake = checkHandshake(parser_.get(), context_.options);
+    if (!handshake) {
+        refuse(handshake.error());
+    } else if (context_.streams.count() >= context_.maxStreams) {
+        refuse({429, "Too many streams are open; this service serves " +
+                         std::to_string(context_.maxStreams) + " at once"});
     } else {
-        upgradeToStream(query.value());
+        upgradeToStream(handshake.value());
     }
 }
 
-void Connection::upgradeToStream(const StreamQuery& query) {
+void Connection::upgradeToStream(const Handshake& handshake) {
     timeoutTimer_.cancel();
-    const auto stream = std::make_shared<Stream>(std::move(socket_), query, newRequestId(),
-                                                 context_.decoders, context_.options);
+    const auto stream =
+        std::make_shared<Stream>(std::move(socket_), handshake, newRequestId(), context_);
     context_.streams.add(stream);
+    context_.metrics->addStream();
     stream->accept(parser_.get());
 }
 
@@ -96,6 +98,7 @@ void Connection::refuse(const Error& error) {
 void Connection::answer(const Error& error, Response response) {
     std::cerr << "a request was refused with " + std::to_string(error.code) + ": " +
                      error.localizedDescription + "\n";
+    context_.metrics->addRefusal();
     response_ = std::move(response);
     beast::http::async_write(
         socket_, response_, [self = shared_from_this()](beast::error_code, std::size_t) {

@@ -33,7 +33,7 @@ class Connection : public OpenConnection, public std::enable_shared_from_this<Co
     void abort();
     void onTlsHandshake(boost::beast::error_code error);
     void onRequest(boost::beast::error_code error);
-    void upgradeToStream(const StreamQuery& query);
+    void upgradeToStream(const Handshake& handshake);
     void refuse(const Error& error);
     void answer(const Error& error, Response response);
 

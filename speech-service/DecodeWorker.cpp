@@ -4,8 +4,11 @@
 
 #include <algorithm>
 #include <boost/asio/post.hpp>
+#include <limits>
 #include <system_error>
+#include <utility>
 
+#include "base/Weakly.h"
 #include "speech-service/PcmReader.h"
 #include "speech-service/Resampler.h"
 #include "speech-service/UtteranceRecognizer.h"
@@ -15,9 +18,12 @@ namespace tarvik::service {
 namespace {
 
 constexpr std::size_t bytesPerSample = 2;
-constexpr Seconds maxQueuedAudio{10};
+constexpr Seconds maxQueuedAudio{30};
 // The worker checks for its cancellation after each chunk of this length.
 constexpr Seconds chunkLength{0.1};
+// The audio of a live stream is never longer than the stream is old, but for what buffers held.
+constexpr Seconds liveTolerance{0.5};
+constexpr Seconds allTime{std::numeric_limits<double>::infinity()};
 
 std::size_t bytesIn(Seconds length, int sampleRate) {
     return static_cast<std::size_t>(length.count() * sampleRate) * bytesPerSample;
@@ -31,16 +37,27 @@ class DecodeWorker::Pipeline {
     Pipeline(DecodeWorker& worker, Decoder& decoder, Resampler resampler)
         : worker_(worker),
           resampler_(std::move(resampler)),
-          recognizer_(decoder, worker.interimResults_,
-                      [this](const Utterance& utterance) { report(utterance); }) {}
+          recognizer_(decoder, worker.options_.recognition, handlers()) {}
+
+    void operator()(const Task& task) {
+        arrival_ = task.arrival;
+        const Clock::time_point start = Clock::now();
+        const Seconds position = recognizer_.position();
+        std::visit(*this, task.content);
+        worker_.options_.metrics->addDecoding(recognizer_.position() - position,
+                                              Clock::now() - start);
+    }
 
     void operator()(const std::vector<std::uint8_t>& audio) {
         std::span<const std::uint8_t> rest = audio;
-        const std::size_t bytesPerChunk = bytesIn(chunkLength, worker_.sampleRate_);
+        const std::size_t bytesPerChunk = bytesIn(chunkLength, worker_.options_.sampleRate);
         while (!rest.empty() && !worker_.isCancelled_) {
             const std::size_t size = std::min(rest.size(), bytesPerChunk);
             recognizer_.process(resampler_.process(pcm_.read(rest.first(size))));
             rest = rest.subspan(size);
+            if (worker_.isEnding_) {
+                keepUnfinished(recognizer_.unfinished());
+            }
         }
     }
 
@@ -48,27 +65,49 @@ class DecodeWorker::Pipeline {
 
     void operator()(End) {
         recognizer_.process(resampler_.finish());
+        isAllAudio_ = true;
+        keepUnfinished(recognizer_.unfinished());
         recognizer_.finish();
     }
 
   private:
-    void report(const Utterance& utterance) {
-        worker_.post([&worker = worker_, utterance] { worker.callbacks_.onUtterance(utterance); });
+    UtteranceRecognizer::Handlers handlers() {
+        UtteranceRecognizer::Handlers handlers;
+        handlers.onUtterance = [this](const Utterance& utterance) {
+            if (utterance.isFinal) {
+                worker_.options_.metrics->addFinal(Clock::now() - arrival_);
+            }
+            worker_.report(utterance);
+        };
+        handlers.onSettling = [this](const std::vector<Utterance>& unfinished) {
+            keepUnfinished(unfinished);
+        };
+        handlers.onSpeechStarted = [&worker = worker_](Seconds time) {
+            worker.post([&worker, time] { worker.callbacks_.onSpeechStarted(time); });
+        };
+        handlers.onUtteranceEnd = [&worker = worker_](Seconds time) {
+            worker.post([&worker, time] { worker.callbacks_.onUtteranceEnd(time); });
+        };
+        return handlers;
+    }
+
+    void keepUnfinished(std::vector<Utterance> utterances) {
+        worker_.keepUnfinished(std::move(utterances), isAllAudio_, recognizer_.position());
     }
 
     DecodeWorker& worker_;
     PcmReader pcm_;
     Resampler resampler_;
     UtteranceRecognizer recognizer_;
+    Clock::time_point arrival_;
+    bool isAllAudio_ = false;
 };
 
 std::shared_ptr<DecodeWorker> DecodeWorker::start(boost::asio::any_io_executor executor,
                                                   std::shared_ptr<DecoderPool> decoders,
-                                                  int sampleRate, bool interimResults,
-                                                  Callbacks callbacks) {
-    std::shared_ptr<DecodeWorker> worker(new DecodeWorker(std::move(executor), std::move(decoders),
-                                                          sampleRate, interimResults,
-                                                          std::move(callbacks)));
+                                                  const Options& options, Callbacks callbacks) {
+    std::shared_ptr<DecodeWorker> worker(
+        new DecodeWorker(std::move(executor), std::move(decoders), options, std::move(callbacks)));
     try {
         worker->thread_ = std::thread([worker] { worker->finish(worker->decode()); });
     } catch (const std::system_error& error) {
@@ -79,20 +118,21 @@ std::shared_ptr<DecodeWorker> DecodeWorker::start(boost::asio::any_io_executor e
 }
 
 DecodeWorker::DecodeWorker(boost::asio::any_io_executor executor,
-                           std::shared_ptr<DecoderPool> decoders, int sampleRate,
-                           bool interimResults, Callbacks callbacks)
+                           std::shared_ptr<DecoderPool> decoders, const Options& options,
+                           Callbacks callbacks)
     : executor_(std::move(executor)),
       workGuard_(executor_),
       decoders_(std::move(decoders)),
-      sampleRate_(sampleRate),
-      interimResults_(interimResults),
-      callbacks_(std::move(callbacks)) {}
+      options_(options),
+      callbacks_(std::move(callbacks)),
+      deadlineTimer_(executor_) {}
 
 bool DecodeWorker::append(std::vector<std::uint8_t> audio) {
     appendedBytes_ += audio.size();
+    isLive_ = isLive_ && appended() <= Seconds(Clock::now() - start_) + liveTolerance;
     push(std::move(audio));
     const std::lock_guard lock(mutex_);
-    return queuedBytes_ < bytesIn(maxQueuedAudio, sampleRate_);
+    return queuedBytes_ < bytesIn(maxQueuedAudio, options_.sampleRate);
 }
 
 void DecodeWorker::finalize() {
@@ -100,31 +140,103 @@ void DecodeWorker::finalize() {
 }
 
 void DecodeWorker::end() {
+    isEnding_ = isLive_;
     push(End{});
+    if (isEnding_) {
+        deadlineTimer_.expires_after(
+            std::chrono::duration_cast<Clock::duration>(options_.endDeadline));
+        deadlineTimer_.async_wait(weakly(*this, [](DecodeWorker& self, auto error) {
+            if (!error) {
+                self.onDeadline();
+            }
+        }));
+    }
 }
 
 void DecodeWorker::cancel() {
+    deadlineTimer_.cancel();
     const std::lock_guard lock(mutex_);
     isCancelled_ = true;
+    if (decoder_) {
+        decoder_->abort();
+    }
     wake_.notify_one();
 }
 
 Seconds DecodeWorker::appended() const {
     const std::uint64_t samples = appendedBytes_ / bytesPerSample;
-    return Seconds(static_cast<double>(samples) / sampleRate_);
+    return Seconds(static_cast<double>(samples) / options_.sampleRate);
 }
 
-void DecodeWorker::push(Task task) {
+void DecodeWorker::onDeadline() {
     const std::lock_guard lock(mutex_);
-    if (const auto* audio = std::get_if<std::vector<std::uint8_t>>(&task)) {
+    std::vector<Utterance> utterances = std::exchange(unfinished_, {});
+    const bool isComplete = isUnfinishedComplete_;
+    if (isComplete) {
+        givenOutUntil_ = allTime;
+    } else if (!utterances.empty()) {
+        Utterance& last = utterances.back();
+        givenOutUntil_ = last.start + last.duration;
+        last.isSentenceEnd = false;
+        last.isSpeechFinal = false;
+    }
+    // Behind everything that the thread has posted so far.
+    post([this, utterances = std::move(utterances), isComplete] {
+        giveOut(utterances, isComplete);
+    });
+}
+
+void DecodeWorker::giveOut(const std::vector<Utterance>& utterances, bool isComplete) {
+    for (const Utterance& utterance : utterances) {
+        callbacks_.onUtterance(utterance);
+    }
+    if (isComplete) {
+        callbacks_.onEnd(std::nullopt);
+        cancel();
+    }
+}
+
+void DecodeWorker::keepUnfinished(std::vector<Utterance> utterances, bool isAllAudio,
+                                  Seconds position) {
+    const std::lock_guard lock(mutex_);
+    if (givenOutUntil_ > Seconds(0)) {
+        return;
+    }
+    const bool isCovered =
+        utterances.empty() || utterances.back().start + utterances.back().duration >=
+                                  position - SpeechDetector::frameLength;
+    isUnfinishedComplete_ = isAllAudio && isCovered;
+    unfinished_ = std::move(utterances);
+}
+
+void DecodeWorker::report(Utterance utterance) {
+    const std::lock_guard lock(mutex_);
+    std::erase_if(utterance.words, [this](const Word& word) {
+        return (word.start + word.end) / 2 < givenOutUntil_;
+    });
+    if (givenOutUntil_ > Seconds(0)) {
+        if (utterance.words.empty()) {
+            return;
+        }
+        utterance.isContinuation = true;
+    }
+    if (utterance.isFinal) {
+        unfinished_.clear();
+    }
+    post([this, utterance = std::move(utterance)] { callbacks_.onUtterance(utterance); });
+}
+
+void DecodeWorker::push(decltype(Task::content) content) {
+    const std::lock_guard lock(mutex_);
+    if (const auto* audio = std::get_if<std::vector<std::uint8_t>>(&content)) {
         queuedBytes_ += audio->size();
     }
-    tasks_.push_back(std::move(task));
+    tasks_.push_back({std::move(content), Clock::now()});
     wake_.notify_one();
 }
 
 std::optional<DecodeWorker::Task> DecodeWorker::pop() {
-    const std::size_t half = bytesIn(maxQueuedAudio, sampleRate_) / 2;
+    const std::size_t half = bytesIn(maxQueuedAudio, options_.sampleRate) / 2;
     std::unique_lock lock(mutex_);
     wake_.wait(lock, [this] { return isCancelled_ || !tasks_.empty(); });
     if (isCancelled_) {
@@ -132,7 +244,7 @@ std::optional<DecodeWorker::Task> DecodeWorker::pop() {
     }
     Task task = std::move(tasks_.front());
     tasks_.pop_front();
-    if (const auto* audio = std::get_if<std::vector<std::uint8_t>>(&task)) {
+    if (const auto* audio = std::get_if<std::vector<std::uint8_t>>(&task.content)) {
         const bool wasHalfFull = queuedBytes_ >= half;
         queuedBytes_ -= audio->size();
         if (wasHalfFull && queuedBytes_ < half) {
@@ -143,7 +255,10 @@ std::optional<DecodeWorker::Task> DecodeWorker::pop() {
 }
 
 void DecodeWorker::finish(const std::optional<Error>& error) {
-    post([this, error] { callbacks_.onEnd(error); });
+    post([this, error] {
+        deadlineTimer_.cancel();
+        callbacks_.onEnd(error);
+    });
     // Not through post(), which drops the callback of a cancelled worker: the join must happen.
     boost::asio::post(executor_, [self = shared_from_this()] {
         if (self->thread_.joinable()) {
@@ -159,18 +274,25 @@ std::optional<Error> DecodeWorker::decode() {
     if (!decoder) {
         return decoder.error();
     }
-    Result<Resampler> resampler = Resampler::create(sampleRate_);
+    Result<Resampler> resampler = Resampler::create(options_.sampleRate);
     if (!resampler) {
         return resampler.error();
     }
     Pipeline pipeline(*this, *decoder.value(), std::move(resampler).value());
+    lend(decoder.value().get());
     while (const std::optional<Task> task = pop()) {
-        std::visit(pipeline, *task);
-        if (std::holds_alternative<End>(*task)) {
+        pipeline(*task);
+        if (std::holds_alternative<End>(task->content)) {
             break;
         }
     }
+    lend(nullptr);
     return std::nullopt;
+}
+
+void DecodeWorker::lend(Decoder* decoder) {
+    const std::lock_guard lock(mutex_);
+    decoder_ = decoder;
 }
 
 void DecodeWorker::post(std::function<void()> callback) {

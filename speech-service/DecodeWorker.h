@@ -3,6 +3,8 @@
 
 #include <boost/asio/any_io_executor.hpp>
 #include <boost/asio/executor_work_guard.hpp>
+#include <boost/asio/steady_timer.hpp>
+#include <chrono>
 #include <condition_variable>
 #include <cstdint>
 #include <deque>
@@ -17,6 +19,8 @@
 #include "base/Error.h"
 #include "base/Time.h"
 #include "speech-service/DecoderPool.h"
+#include "speech-service/Metrics.h"
+#include "speech-service/RecognitionOptions.h"
 #include "speech-service/Utterance.h"
 
 namespace tarvik::service {
@@ -28,8 +32,22 @@ namespace tarvik::service {
 /// the thread's end.
 class DecodeWorker : public std::enable_shared_from_this<DecodeWorker> {
   public:
+    struct Options {
+        /// The rate of the audio in hertz.
+        int sampleRate = 0;
+        RecognitionOptions recognition;
+        /// The time after end() at which a live stream has its words, as far as they are known.
+        Seconds endDeadline{1.5};
+        /// Counts the stream's audio and delays.
+        std::shared_ptr<Metrics> metrics = std::make_shared<Metrics>();
+    };
+
     struct Callbacks {
         std::function<void(Utterance)> onUtterance;
+        /// Speech has begun at this time of the stream.
+        std::function<void(Seconds)> onSpeechStarted = [](Seconds) {};
+        /// No word has come for some time after this end of a word.
+        std::function<void(Seconds)> onUtteranceEnd = [](Seconds) {};
         /// The queued audio has fallen below half of append()'s limit.
         std::function<void()> onDrained;
         /// Without an error: all audio before end() has been decoded. With an error: no decoder,
@@ -37,13 +55,12 @@ class DecodeWorker : public std::enable_shared_from_this<DecodeWorker> {
         std::function<void(std::optional<Error>)> onEnd;
     };
 
-    /// Starts the thread. `sampleRate` is the rate of the audio in hertz.
+    /// Starts the thread.
     static std::shared_ptr<DecodeWorker> start(boost::asio::any_io_executor executor,
                                                std::shared_ptr<DecoderPool> decoders,
-                                               int sampleRate, bool interimResults,
-                                               Callbacks callbacks);
+                                               const Options& options, Callbacks callbacks);
 
-    /// Queues audio: linear16, which may be cut inside a sample. False when 10 s or more are
+    /// Queues audio: linear16, which may be cut inside a sample. False when 30 s or more are
     /// queued; the next append should wait for onDrained then.
     bool append(std::vector<std::uint8_t> audio);
 
@@ -51,6 +68,10 @@ class DecodeWorker : public std::enable_shared_from_this<DecodeWorker> {
     void finalize();
 
     /// Decodes the queued audio and then ends the thread.
+    ///
+    /// If the audio came no faster than people speak, its sender waits as people do. Then the words
+    /// that the first pass knows at the deadline are reported as final. The stream ends with them,
+    /// unless audio is still queued: its words are reported when they are decoded.
     void end();
 
     /// Ends the thread within the decoding of 0.1 s of audio. No callback is called after this.
@@ -60,31 +81,52 @@ class DecodeWorker : public std::enable_shared_from_this<DecodeWorker> {
     Seconds appended() const;
 
   private:
+    using Clock = std::chrono::steady_clock;
     struct Finalize {};
     struct End {};
-    using Task = std::variant<std::vector<std::uint8_t>, Finalize, End>;
+    struct Task {
+        std::variant<std::vector<std::uint8_t>, Finalize, End> content;
+        Clock::time_point arrival;
+    };
     class Pipeline;
 
     DecodeWorker(boost::asio::any_io_executor executor, std::shared_ptr<DecoderPool> decoders,
-                 int sampleRate, bool interimResults, Callbacks callbacks);
-    void push(Task task);
+                 const Options& options, Callbacks callbacks);
+    void push(decltype(Task::content) content);
     std::optional<Task> pop();
     std::optional<Error> decode();
     void finish(const std::optional<Error>& error);
+    void onDeadline();
+    void giveOut(const std::vector<Utterance>& utterances, bool isComplete);
+    void keepUnfinished(std::vector<Utterance> utterances, bool isAllAudio, Seconds position);
+    void report(Utterance utterance);
+    /// The decoder that cancel() aborts.
+    void lend(Decoder* decoder);
     void post(std::function<void()> callback);
 
     const boost::asio::any_io_executor executor_;
     boost::asio::executor_work_guard<boost::asio::any_io_executor> workGuard_;
     const std::shared_ptr<DecoderPool> decoders_;
-    const int sampleRate_;
-    const bool interimResults_;
+    const Options options_;
+    const Clock::time_point start_ = Clock::now();
     Callbacks callbacks_;
+    boost::asio::steady_timer deadlineTimer_;
     std::uint64_t appendedBytes_ = 0;
+    /// Whether the audio has come as slowly as people speak.
+    bool isLive_ = true;
 
     mutable std::mutex mutex_;
     std::condition_variable wake_;
     std::deque<Task> tasks_;
     std::size_t queuedBytes_ = 0;
+    /// The words that the deadline would give out.
+    std::vector<Utterance> unfinished_;
+    /// Whether no word can follow the unfinished ones.
+    bool isUnfinishedComplete_ = false;
+    /// Words before this time of the stream are known to the owner.
+    Seconds givenOutUntil_{};
+    Decoder* decoder_ = nullptr;
+    std::atomic<bool> isEnding_ = false;
     std::atomic<bool> isCancelled_ = false;
     std::thread thread_;
 };

@@ -2,60 +2,57 @@
 #pragma once
 
 #include <cstdint>
-#include <memory>
 #include <span>
-#include <string>
 #include <vector>
 
-#include "base/Result.h"
 #include "base/Time.h"
 #include "speech-service/Word.h"
 
 namespace tarvik::service {
 
-class PocketSphinx;
+/// What a decoder makes of an utterance before the utterance's end.
+struct Hypothesis {
+    /// Times count from the start of the utterance. Confidences are 0.
+    std::vector<Word> words;
+    /// The words come from this much of the utterance's audio.
+    Seconds covered{};
+};
 
-/// The speech recognizer with its models. It decodes one utterance of one stream at a time.
+/// Turns the speech of one stream into words, one utterance at a time.
 ///
-/// One thread at a time. Each startUtterance() needs an endUtterance() before the next one.
+/// One thread at a time, except abort(). Each startUtterance() needs an endUtterance() before the
+/// next startUtterance(). No operation fails: a decoder that understands nothing has no words.
 class Decoder {
   public:
-    /// The audio before the detection of speech that belongs to the utterance all the same.
-    static constexpr Seconds preSpeech{0.2};
-
-    ~Decoder();
+    virtual ~Decoder() = default;
     Decoder(const Decoder&) = delete;
     Decoder& operator=(const Decoder&) = delete;
 
-    /// Loads the models. Blocks for some tenths of a second; a decoder takes about 100 MiB.
-    static Result<std::unique_ptr<Decoder>> load();
+    /// Forgets the voice and the room of the previous stream, and an earlier abort().
+    virtual void startStream() = 0;
 
-    /// Resets the adaptation to the voice and the room of the previous stream.
-    void startStream();
+    virtual void startUtterance() = 0;
 
-    void startUtterance();
+    /// Takes audio at recognitionRate.
+    virtual void process(std::span<const std::int16_t> samples) = 0;
 
-    /// Decodes audio at recognitionRate. Silence takes almost no processor time.
-    void process(std::span<const std::int16_t> samples);
+    /// Computes a new hypothesis if that is quick enough for interim results. A decoder that
+    /// decodes inside process() has nothing to do here.
+    virtual void refresh() {}
 
-    /// Whether the last samples were speech. Speech ends after 0.5 s of silence.
-    bool isInSpeech() const;
+    /// The newest hypothesis. Computes next to nothing.
+    virtual Hypothesis hypothesis() const = 0;
 
-    /// The words of the utterance so far. Times count from the start of the speech. Confidences are
-    /// 0 before endUtterance().
-    std::vector<Word> words() const;
+    /// The final words of the utterance. Times count from the utterance's start. Blocks for a
+    /// fraction of the utterance's length.
+    virtual std::vector<Word> endUtterance() = 0;
 
-    /// The length of the pause after the last word; zero during a word.
-    Seconds trailingPause() const;
+    /// Makes a running and every later operation return early, with the words known by then, as far
+    /// as the engine can. Holds until startStream(). Any thread.
+    virtual void abort() {}
 
-    /// Computes the final words. Blocks for up to a tenth of the utterance's length.
-    void endUtterance();
-
-  private:
-    explicit Decoder(std::unique_ptr<PocketSphinx> library);
-
-    std::unique_ptr<PocketSphinx> library_;
-    bool isEnded_ = false;
+  protected:
+    Decoder() = default;
 };
 
 }  // namespace tarvik::service

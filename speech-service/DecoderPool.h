@@ -1,13 +1,15 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include <chrono>
 #include <memory>
 #include <mutex>
 #include <optional>
 #include <vector>
 
 #include "base/Result.h"
-#include "speech-service/Decoder.h"
+#include "base/Time.h"
+#include "speech-service/Engine.h"
 
 namespace tarvik::service {
 
@@ -26,7 +28,9 @@ class DecoderPool : public std::enable_shared_from_this<DecoderPool> {
     };
     using Lease = std::unique_ptr<Decoder, Returner>;
 
-    static std::shared_ptr<DecoderPool> create();
+    static std::shared_ptr<DecoderPool> create(std::shared_ptr<Engine> engine);
+
+    const EngineInfo& info() const { return engine_->info(); }
 
     /// A decoder for one stream. The lease holds the pool. Blocks for a loading if no decoder is
     /// ready.
@@ -35,14 +39,27 @@ class DecoderPool : public std::enable_shared_from_this<DecoderPool> {
     /// Loads a decoder if none is ready, and blocks during the loading.
     std::optional<Error> prepare();
 
+    /// Frees the memory of the decoders that were ready for `age` and longer. One stays ready.
+    void releaseIdle(Seconds age);
+
+    /// The number of decoders that are ready.
+    std::size_t readyCount() const;
+
   private:
-    DecoderPool() = default;
+    using Clock = std::chrono::steady_clock;
+    struct Ready {
+        std::unique_ptr<Decoder> decoder;
+        Clock::time_point since;
+    };
+
+    explicit DecoderPool(std::shared_ptr<Engine> engine) : engine_(std::move(engine)) {}
     std::unique_ptr<Decoder> takeReady();
     Result<std::unique_ptr<Decoder>> takeOrLoad();
     void giveBack(std::unique_ptr<Decoder> decoder);
 
-    std::mutex readyMutex_;
-    std::vector<std::unique_ptr<Decoder>> ready_;
+    const std::shared_ptr<Engine> engine_;
+    mutable std::mutex readyMutex_;
+    std::vector<Ready> ready_;
     /// Serializes the loading: a waiting caller may find a ready decoder after it.
     std::mutex loadMutex_;
 };

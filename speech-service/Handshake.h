@@ -5,6 +5,7 @@
 #include <string>
 
 #include "base/Result.h"
+#include "speech-service/ServerOptions.h"
 #include "speech-service/StreamQuery.h"
 
 namespace tarvik::service {
@@ -15,13 +16,23 @@ using Response = boost::beast::http::response<boost::beast::http::string_body>;
 /// The only path for streams.
 inline constexpr std::string_view listenPath = "/v1/listen";
 
-/// The subprotocol that the client sends before the key and that the response selects.
-inline constexpr std::string_view tokenSubprotocol = "token";
+/// The fields of every response: the id of the request, and the error's text in a refusal.
+inline constexpr const char* requestIdField = "dg-request-id";
+inline constexpr const char* errorField = "dg-error";
 
-/// The query of `request` if the request may open a stream. The error's code is an HTTP status: 403
-/// for a request of a web page, 404 for another path, 426 without an upgrade, 401 without a key,
-/// 400 for a bad query.
-Result<StreamQuery> checkHandshake(const Request& request);
+/// What a request for a stream has agreed on.
+struct Handshake {
+    StreamQuery query;
+    /// The subprotocol that the response selects: the word before the key. Empty if the key came in
+    /// the field Authorization.
+    std::string subprotocol;
+};
+
+/// Checks whether `request` may open a stream. The key follows "token" or "bearer", either in
+/// Sec-WebSocket-Protocol after a comma or in Authorization after a space. The error's code is an
+/// HTTP status: 403 for a request of a web page, 404 for another path, 426 without an upgrade, 401
+/// without a key or with an unknown one, 400 for a bad query, or the refusal of `options`.
+Result<Handshake> checkHandshake(const Request& request, const ServerOptions& options);
 
 /// The response that refuses `request` with `error`, whose code is the HTTP status. The JSON body
 /// has err_code, err_msg and request_id. The response ends the connection.

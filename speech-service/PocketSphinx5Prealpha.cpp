@@ -22,15 +22,13 @@ struct DecoderDeleter {
 
 std::unique_ptr<cmd_ln_t, ConfigurationDeleter> configuration(const SpeechModel& model) {
     const std::string weight = std::to_string(PocketSphinx::laterPassesWeight);
-    // The threshold keeps microphone hiss from counting as speech. With a lower threshold, a second
-    // of hiss before the first word spoils the whole utterance.
+    // The service has a speech detector of its own.
     return std::unique_ptr<cmd_ln_t, ConfigurationDeleter>(cmd_ln_init(
         nullptr, ps_args(), TRUE, "-hmm", model.acoustics.c_str(), "-lm", model.language.c_str(),
         "-dict", model.dictionary.c_str(), "-fwdflatlw", weight.c_str(), "-bestpathlw",
-        weight.c_str(), "-vad_threshold", "3.0", nullptr));
+        weight.c_str(), "-remove_silence", "no", nullptr));
 }
 
-// The library detects speech by itself.
 class PocketSphinx5Prealpha final : public PocketSphinx {
   public:
     explicit PocketSphinx5Prealpha(ps_decoder_t* decoder) : decoder_(decoder) {
@@ -48,16 +46,6 @@ class PocketSphinx5Prealpha final : public PocketSphinx {
         normalization->nframe = 0;
         ps_start_stream(decoder_.get());
     }
-
-    void startUtterance() override { ps_start_utt(decoder_.get()); }
-
-    void process(std::span<const std::int16_t> samples) override {
-        ps_process_raw(decoder_.get(), samples.data(), samples.size(), FALSE, FALSE);
-    }
-
-    bool isInSpeech() const override { return ps_get_in_speech(decoder_.get()) != 0; }
-
-    void endUtterance() override { ps_end_utt(decoder_.get()); }
 
   private:
     std::unique_ptr<ps_decoder_t, DecoderDeleter> decoder_;

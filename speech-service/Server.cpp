@@ -2,10 +2,13 @@
 
 #include "speech-service/Server.h"
 
-#include <boost/asio/steady_timer.hpp>
+#include <sys/socket.h>
+
+#include <cerrno>
 #include <chrono>
 #include <iostream>
-#include <system_error>
+
+#include "speech-service/StreamLimit.h"
 
 namespace tarvik::service {
 
@@ -27,42 +30,69 @@ bool isUnavailable(const error_code& error) {
 
 }  // namespace
 
-Server::Server(asio::io_context& context, const ServerOptions& options)
+Server::Server(asio::io_context& context, const ServerOptions& options,
+               std::shared_ptr<Engine> engine)
     : context_(context),
-      serverContext_{asio::ssl::context(asio::ssl::context::tls_server),
-                     options,
-                     DecoderPool::create(),
-                     {},
-                     {}} {}
-
-Server::~Server() {
-    if (preparationThread_.joinable()) {
-        preparationThread_.join();
-    }
-}
+      serverContext_{asio::ssl::context(asio::ssl::context::tls_server), options,
+                     options.maxStreams.value_or(maxStreamsHere(engine->info())),
+                     DecoderPool::create(std::move(engine))},
+      decoderTimer_(context) {}
 
 Result<std::unique_ptr<Server>> Server::create(asio::io_context& context,
                                                const ServerOptions& options,
-                                               const CertificateFiles& certificates) {
-    std::unique_ptr<Server> server(new Server(context, options));
+                                               const CertificateFiles& certificates,
+                                               std::shared_ptr<Engine> engine) {
+    std::unique_ptr<Server> server(new Server(context, options, std::move(engine)));
+    if (std::optional<Error> error = server->serverContext_.decoders->prepare()) {
+        return *std::move(error);
+    }
     if (const error_code error = server->loadCertificates(certificates)) {
         return Error{error.value(), "The certificate cannot be used: " + error.message()};
     }
-    error_code error = server->bind(options.port);
+    if (std::optional<Error> error = server->open()) {
+        return *std::move(error);
+    }
+    for (const auto& acceptor : server->acceptors_) {
+        server->accept(*acceptor);
+    }
+    server->releaseDecodersLater();
+    return server;
+}
+
+std::optional<Error> Server::open() {
+    const ServerOptions& options = serverContext_.options;
+    if (!options.sockets.empty()) {
+        if (const error_code error = adopt(options.sockets)) {
+            return Error{error.value(), "A passed socket cannot be used: " + error.message()};
+        }
+        return startMetrics();
+    }
+    error_code error = bind(options.port);
     for (int attempts = 1;
          options.port == 0 && error == asio::error::address_in_use && attempts < maxPortAttempts;
          ++attempts) {
-        error = server->bind(0);
+        error = bind(0);
     }
     if (error) {
         return Error{error.value(), "The port " + std::to_string(options.port) +
                                         " cannot be listened on: " + error.message()};
     }
-    for (const auto& acceptor : server->acceptors_) {
-        server->accept(*acceptor);
+    return startMetrics();
+}
+
+std::optional<Error> Server::startMetrics() {
+    if (!serverContext_.options.metricsPort) {
+        return std::nullopt;
     }
-    server->prepareDecoder();
-    return server;
+    auto endpoint = MetricsEndpoint::create(
+        context_, *serverContext_.options.metricsPort, [&context = serverContext_] {
+            return context.metrics->text(context.streams.count(), context.maxStreams);
+        });
+    if (!endpoint) {
+        return endpoint.error();
+    }
+    metrics_ = std::move(endpoint).value();
+    return std::nullopt;
 }
 
 error_code Server::loadCertificates(const CertificateFiles& certificates) {
@@ -109,6 +139,26 @@ error_code Server::listen(const tcp::endpoint& endpoint) {
     return error;
 }
 
+error_code Server::adopt(const std::vector<int>& sockets) {
+    for (const int socket : sockets) {
+        sockaddr_storage address{};
+        socklen_t size = sizeof address;
+        if (getsockname(socket, reinterpret_cast<sockaddr*>(&address), &size) != 0) {
+            return {errno, boost::system::system_category()};
+        }
+        auto acceptor = std::make_unique<tcp::acceptor>(context_);
+        error_code error;
+        acceptor->assign(address.ss_family == AF_INET6 ? tcp::v6() : tcp::v4(), socket, error);
+        if (error) {
+            return error;
+        }
+        acceptors_.push_back(std::move(acceptor));
+    }
+    error_code error;
+    port_ = acceptors_.front()->local_endpoint(error).port();
+    return error;
+}
+
 void Server::accept(tcp::acceptor& acceptor) {
     acceptor.async_accept([this, &acceptor](error_code error, tcp::socket socket) {
         if (!acceptor.is_open()) {
@@ -131,17 +181,16 @@ void Server::retryAccept(tcp::acceptor& acceptor) {
     timer->async_wait([this, &acceptor, timer](error_code) { accept(acceptor); });
 }
 
-void Server::prepareDecoder() {
-    try {
-        preparationThread_ = std::thread([decoders = serverContext_.decoders] {
-            if (const std::optional<Error> error = decoders->prepare()) {
-                std::cerr << error->localizedDescription + "\n";
-            }
-        });
-    } catch (const std::system_error& error) {
-        // The first stream loads the decoder instead.
-        std::cerr << "there is no thread to load a decoder on: " + error.code().message() + "\n";
-    }
+void Server::releaseDecodersLater() {
+    const Seconds timeout = serverContext_.options.decoderTimeout;
+    decoderTimer_.expires_after(
+        std::chrono::duration_cast<std::chrono::steady_clock::duration>(timeout / 4));
+    decoderTimer_.async_wait([this, timeout](error_code error) {
+        if (!error) {
+            serverContext_.decoders->releaseIdle(timeout);
+            releaseDecodersLater();
+        }
+    });
 }
 
 void Server::stop() {
@@ -150,6 +199,10 @@ void Server::stop() {
         // Closing releases the descriptor even with an error.
         acceptor->close(error);
     }
+    if (metrics_) {
+        metrics_->stop();
+    }
+    decoderTimer_.cancel();
     serverContext_.connections.goAway();
     serverContext_.streams.goAway();
 }

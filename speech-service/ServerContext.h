@@ -6,6 +6,7 @@
 
 #include "speech-service/ConnectionRegistry.h"
 #include "speech-service/DecoderPool.h"
+#include "speech-service/Metrics.h"
 #include "speech-service/ServerOptions.h"
 
 namespace tarvik::service {
@@ -14,10 +15,12 @@ namespace tarvik::service {
 struct ServerContext {
     boost::asio::ssl::context tls;
     ServerOptions options;
+    std::size_t maxStreams = 0;
     std::shared_ptr<DecoderPool> decoders;
-    ConnectionRegistry streams;
+    std::shared_ptr<Metrics> metrics = std::make_shared<Metrics>();
+    ConnectionRegistry streams{};
     /// The connections that have not become a stream yet.
-    ConnectionRegistry connections;
+    ConnectionRegistry connections{};
 };
 
 }  // namespace tarvik::service

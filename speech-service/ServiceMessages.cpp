@@ -9,10 +9,10 @@ namespace tarvik::service {
 
 namespace {
 
-constexpr std::string_view modelInfo =
-    R"({"name":"en-us","version":"5prealpha","arch":"pocketsphinx"})";
-// A random id that identifies the model in messages, the same on every machine.
-constexpr std::string_view modelId = R"("5e2f7c1a-9d0b-4c43-8f57-1b6a0c9e4d72")";
+std::string modelInfo(const EngineInfo& engine) {
+    return "{\"name\":" + jsonString(engine.name) + ",\"version\":" + jsonString(engine.version) +
+           ",\"arch\":" + jsonString(engine.architecture) + "}";
+}
 
 std::string boolean(bool value) {
     return value ? "true" : "false";
@@ -33,14 +33,12 @@ double meanConfidence(const std::vector<Word>& words) {
     return words.empty() ? 0 : sum / static_cast<double>(words.size());
 }
 
-std::string alternativeObject(const Utterance& utterance, bool punctuate) {
-    const std::vector<std::string> written = writtenWords(utterance);
+std::string alternativeObject(const Utterance& utterance, const TranscriptStyle& style) {
     std::string transcript;
     std::string words;
-    for (std::size_t i = 0; i < written.size(); ++i) {
-        const Word& word = utterance.words[i];
-        transcript += (i > 0 ? " " : "") + (punctuate ? written[i] : word.text);
-        words += (i > 0 ? "," : "") + wordObject(word, punctuate ? written[i] : word.text);
+    for (const WrittenWord& word : writtenWords(utterance, style)) {
+        transcript += (transcript.empty() ? "" : " ") + word.written;
+        words += (words.empty() ? "" : ",") + wordObject(word.spoken, word.written);
     }
     return "{\"transcript\":" + jsonString(transcript) +
            ",\"confidence\":" + jsonNumber(meanConfidence(utterance.words)) + ",\"words\":[" +
@@ -49,26 +47,37 @@ std::string alternativeObject(const Utterance& utterance, bool punctuate) {
 
 }  // namespace
 
-std::string resultsMessage(const Utterance& utterance, bool punctuate,
-                           const std::string& requestId) {
+std::string resultsMessage(const Utterance& utterance, const TranscriptStyle& style,
+                           const EngineInfo& engine, const std::string& requestId) {
     return "{\"type\":\"Results\",\"channel_index\":[0,1],\"duration\":" +
            jsonNumber(utterance.duration.count()) +
            ",\"start\":" + jsonNumber(utterance.start.count()) +
            ",\"is_final\":" + boolean(utterance.isFinal) +
            ",\"speech_final\":" + boolean(utterance.isSpeechFinal) +
-           ",\"channel\":{\"alternatives\":[" + alternativeObject(utterance, punctuate) +
+           ",\"channel\":{\"alternatives\":[" + alternativeObject(utterance, style) +
            "]},\"metadata\":{\"request_id\":" + jsonString(requestId) +
-           ",\"model_info\":" + std::string(modelInfo) + ",\"model_uuid\":" + std::string(modelId) +
+           ",\"model_info\":" + modelInfo(engine) +
+           ",\"model_uuid\":" + jsonString(engine.modelId) +
            "},\"from_finalize\":" + boolean(utterance.isFromFinalize) + "}";
 }
 
-std::string metadataMessage(Seconds audio, const std::string& created,
-                            const std::string& requestId) {
-    const std::string id(modelId);
-    return "{\"type\":\"Metadata\",\"request_id\":" + jsonString(requestId) +
-           ",\"created\":" + jsonString(created) + ",\"duration\":" + jsonNumber(audio.count()) +
-           ",\"channels\":1,\"models\":[" + id + "],\"model_info\":{" + id + ":" +
-           std::string(modelInfo) + "}}";
+std::string speechStartedMessage(Seconds time) {
+    return "{\"type\":\"SpeechStarted\",\"channel\":[0,1],\"timestamp\":" +
+           jsonNumber(time.count()) + "}";
+}
+
+std::string utteranceEndMessage(Seconds lastWordEnd) {
+    return "{\"type\":\"UtteranceEnd\",\"channel\":[0,1],\"last_word_end\":" +
+           jsonNumber(lastWordEnd.count()) + "}";
+}
+
+std::string metadataMessage(const StreamSummary& stream, const EngineInfo& engine) {
+    const std::string id = jsonString(engine.modelId);
+    return "{\"type\":\"Metadata\",\"transaction_key\":\"deprecated\",\"request_id\":" +
+           jsonString(stream.requestId) + ",\"sha256\":" + jsonString(stream.sha256) +
+           ",\"created\":" + jsonString(stream.created) +
+           ",\"duration\":" + jsonNumber(stream.duration.count()) + ",\"channels\":1,\"models\":[" +
+           id + "],\"model_info\":{" + id + ":" + modelInfo(engine) + "}}";
 }
 
 }  // namespace tarvik::service

@@ -45,24 +45,30 @@ std::string timeNow() {
 
 }  // namespace
 
-Stream::Stream(network::TlsStream socket, StreamQuery query, std::string requestId,
-               std::shared_ptr<DecoderPool> decoders, const ServerOptions& options)
+Stream::Stream(network::TlsStream socket, Handshake handshake, std::string requestId,
+               const ServerContext& context)
     : socket_(std::move(socket)),
-      query_(query),
+      handshake_(std::move(handshake)),
       requestId_(std::move(requestId)),
       created_(timeNow()),
-      decoders_(std::move(decoders)),
-      idleTimeout_(options.idleTimeout),
-      audioTimeout_(options.audioTimeout),
+      decoders_(context.decoders),
+      metrics_(context.metrics),
+      idleTimeout_(context.options.idleTimeout),
+      audioTimeout_(context.options.audioTimeout),
+      closeDeadline_(context.options.closeDeadline),
       idleTimer_(socket_.get_executor()),
       audioTimer_(socket_.get_executor()) {}
 
 void Stream::accept(const Request& request) {
     socket_.set_option(timeouts());
     socket_.read_message_max(maxMessageSize);
-    socket_.set_option(websocket::stream_base::decorator([](websocket::response_type& response) {
-        response.set(beast::http::field::sec_websocket_protocol, tokenSubprotocol);
-    }));
+    socket_.set_option(
+        websocket::stream_base::decorator([this](websocket::response_type& response) {
+            response.set(requestIdField, requestId_);
+            if (!handshake_.subprotocol.empty()) {
+                response.set(beast::http::field::sec_websocket_protocol, handshake_.subprotocol);
+            }
+        }));
     socket_.async_accept(request,
                          beast::bind_front_handler(&Stream::onAccepted, shared_from_this()));
 }
@@ -72,19 +78,31 @@ void Stream::onAccepted(beast::error_code error) {
         log("the upgrade failed: " + error.message());
         return;
     }
-    DecodeWorker::Callbacks callbacks;
-    // Strong references: nothing else holds the stream while reading is paused.
-    callbacks.onUtterance = beast::bind_front_handler(&Stream::onUtterance, shared_from_this());
-    callbacks.onDrained = beast::bind_front_handler(&Stream::onDrained, shared_from_this());
-    callbacks.onEnd = beast::bind_front_handler(&Stream::onDecoderEnd, shared_from_this());
-    worker_ = DecodeWorker::start(socket_.get_executor(), decoders_, query_.sampleRate,
-                                  query_.interimResults, std::move(callbacks));
+    const StreamQuery& query = handshake_.query;
+    worker_ = DecodeWorker::start(socket_.get_executor(), decoders_,
+                                  {query.sampleRate, query.recognition, closeDeadline_, metrics_},
+                                  callbacks());
     if (closing_) {
         closeNow();
         return;
     }
     restartTimeouts();
     read();
+}
+
+DecodeWorker::Callbacks Stream::callbacks() {
+    DecodeWorker::Callbacks callbacks;
+    // Strong references: nothing else holds the stream while reading is paused.
+    callbacks.onUtterance = beast::bind_front_handler(&Stream::onUtterance, shared_from_this());
+    callbacks.onSpeechStarted = [self = shared_from_this()](Seconds time) {
+        self->send(speechStartedMessage(time));
+    };
+    callbacks.onUtteranceEnd = [self = shared_from_this()](Seconds lastWordEnd) {
+        self->send(utteranceEndMessage(lastWordEnd));
+    };
+    callbacks.onDrained = beast::bind_front_handler(&Stream::onDrained, shared_from_this());
+    callbacks.onEnd = beast::bind_front_handler(&Stream::onDecoderEnd, shared_from_this());
+    return callbacks;
 }
 
 void Stream::read() {
@@ -119,6 +137,7 @@ void Stream::onAudio() {
         return;
     }
     restartTimeouts();
+    digest_.add({bytes, incoming_.size()});
     isReadingPaused_ = !worker_->append({bytes, bytes + incoming_.size()});
 }
 
@@ -197,7 +216,7 @@ void Stream::endForSilence(const char* reason) {
 }
 
 void Stream::onUtterance(const Utterance& utterance) {
-    send(resultsMessage(utterance, query_.punctuate, requestId_));
+    send(resultsMessage(utterance, handshake_.query.style, decoders_->info(), requestId_));
 }
 
 void Stream::onDrained() {
@@ -214,7 +233,8 @@ void Stream::onDecoderEnd(const std::optional<Error>& error) {
         closeWhenSent({websocket::close_code::internal_error, "NET-0000: no recognizer"});
         return;
     }
-    send(metadataMessage(worker_->appended(), created_, requestId_));
+    send(metadataMessage({requestId_, created_, worker_->appended(), digest_.text()},
+                         decoders_->info()));
     closeWhenSent(*ending_);
 }
 

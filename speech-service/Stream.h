@@ -10,10 +10,11 @@
 #include <string>
 
 #include "network/TlsStream.h"
-#include "speech-service/ConnectionRegistry.h"
 #include "speech-service/DecodeWorker.h"
+#include "speech-service/Digest.h"
 #include "speech-service/Handshake.h"
-#include "speech-service/ServerOptions.h"
+#include "speech-service/OpenConnection.h"
+#include "speech-service/ServerContext.h"
 
 namespace tarvik::service {
 
@@ -22,9 +23,9 @@ namespace tarvik::service {
 /// On the server's executor only. Pending socket operations and the decode worker hold the stream.
 class Stream : public OpenConnection, public std::enable_shared_from_this<Stream> {
   public:
-    /// `options` give the timeouts.
-    Stream(network::TlsStream socket, StreamQuery query, std::string requestId,
-           std::shared_ptr<DecoderPool> decoders, const ServerOptions& options);
+    /// Takes what it needs of `context`, which the stream may outlive.
+    Stream(network::TlsStream socket, Handshake handshake, std::string requestId,
+           const ServerContext& context);
 
     /// Accepts the upgrade `request` and serves the stream.
     void accept(const Request& request);
@@ -33,6 +34,7 @@ class Stream : public OpenConnection, public std::enable_shared_from_this<Stream
     void goAway() override;
 
   private:
+    DecodeWorker::Callbacks callbacks();
     void onAccepted(boost::beast::error_code error);
     void read();
     void onRead(boost::beast::error_code error);
@@ -59,17 +61,20 @@ class Stream : public OpenConnection, public std::enable_shared_from_this<Stream
     void log(const std::string& line) const;
 
     boost::beast::websocket::stream<network::TlsStream> socket_;
-    const StreamQuery query_;
+    const Handshake handshake_;
     const std::string requestId_;
     const std::string created_;
     const std::shared_ptr<DecoderPool> decoders_;
+    const std::shared_ptr<Metrics> metrics_;
     const Seconds idleTimeout_;
     const Seconds audioTimeout_;
+    const Seconds closeDeadline_;
     /// Measures the idle timeout, and later the close timeout.
     boost::asio::steady_timer idleTimer_;
     boost::asio::steady_timer audioTimer_;
     boost::beast::flat_buffer incoming_;
     std::deque<std::string> outgoing_;
+    Digest digest_;
     std::shared_ptr<DecodeWorker> worker_;
     /// Reading waits for the worker's onDrained.
     bool isReadingPaused_ = false;

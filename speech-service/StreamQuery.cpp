@@ -5,6 +5,7 @@
 #include <charconv>
 #include <map>
 #include <optional>
+#include <utility>
 
 #include "speech-service/Json.h"
 
@@ -14,6 +15,11 @@ namespace {
 
 constexpr int minSampleRate = 8000;
 constexpr int maxSampleRate = 192000;
+// A shorter pause may be the closed lips inside a word.
+constexpr int minEndpointing = 200;
+// Interim words come every half second.
+constexpr int minUtteranceEnd = 1000;
+constexpr int maxMilliseconds = 5000;
 
 using Parameters = std::map<std::string, std::string, std::less<>>;
 
@@ -129,11 +135,96 @@ Result<bool> flagOf(const Parameters& parameters, std::string_view name) {
     return text && *text == "true";
 }
 
+/// The value in milliseconds of a parameter that has one.
+Result<Seconds> millisecondsOf(std::string_view name, const std::string& text, int min,
+                               std::string_view allowed) {
+    const std::optional<int> number = wholeNumber(text);
+    if (!number || *number < min || *number > maxMilliseconds) {
+        return badParameter(name, text, allowed);
+    }
+    return Seconds(*number / 1000.0);
+}
+
+std::optional<Error> readEndpointing(const Parameters& parameters, RecognitionOptions& options) {
+    const std::string* text = find(parameters, "endpointing");
+    if (!text || *text == "true") {
+        return std::nullopt;
+    }
+    if (*text == "false") {
+        options.endpointing.reset();
+        return std::nullopt;
+    }
+    const Result<Seconds> pause =
+        millisecondsOf("endpointing", *text, minEndpointing,
+                       "true, false or a whole number of milliseconds from 200 to 5000");
+    if (!pause) {
+        return pause.error();
+    }
+    options.endpointing = pause.value();
+    return std::nullopt;
+}
+
+std::optional<Error> readUtteranceEnd(const Parameters& parameters, RecognitionOptions& options) {
+    const std::string* text = find(parameters, "utterance_end_ms");
+    if (!text) {
+        return std::nullopt;
+    }
+    const Result<Seconds> gap = millisecondsOf("utterance_end_ms", *text, minUtteranceEnd,
+                                               "a whole number of milliseconds from 1000 to 5000");
+    if (!gap) {
+        return gap.error();
+    }
+    if (!options.interimResults) {
+        return badParameter("utterance_end_ms", *text, "it needs interim_results=true");
+    }
+    options.utteranceEnd = gap.value();
+    return std::nullopt;
+}
+
+/// What changes the words or the messages and is not done here.
+std::optional<Error> checkUnsupported(const Parameters& parameters) {
+    constexpr std::string_view allowed = "this service does not do that";
+    for (const std::string_view name : {"diarize", "multichannel", "dictation", "profanity_filter",
+                                        "detect_entities", "measurements"}) {
+        const Result<bool> flag = flagOf(parameters, name);
+        if (!flag) {
+            return flag.error();
+        }
+        if (flag.value()) {
+            return badParameter(name, "true", allowed);
+        }
+    }
+    for (const std::string_view name : {"callback", "redact", "replace", "search"}) {
+        if (const std::string* text = find(parameters, name)) {
+            return badParameter(name, *text, allowed);
+        }
+    }
+    return std::nullopt;
+}
+
+std::optional<Error> readFlags(const Parameters& parameters, StreamQuery& query) {
+    bool isSmart = false;
+    for (const auto& [name, flag] :
+         {std::pair{"interim_results", &query.recognition.interimResults},
+          std::pair{"smart_format", &isSmart}, std::pair{"punctuate", &query.style.punctuate},
+          std::pair{"numerals", &query.style.numerals},
+          std::pair{"vad_events", &query.recognition.speechEvents}}) {
+        const Result<bool> value = flagOf(parameters, name);
+        if (!value) {
+            return value.error();
+        }
+        *flag = value.value();
+    }
+    query.style.punctuate = query.style.punctuate || isSmart;
+    query.style.numerals = query.style.numerals || isSmart;
+    return std::nullopt;
+}
+
 }  // namespace
 
-Result<StreamQuery> parseStreamQuery(std::string_view query) {
-    const Parameters parameters = parametersOf(query);
-    for (const auto check : {checkEncoding, checkChannels, checkLanguage}) {
+Result<StreamQuery> parseStreamQuery(std::string_view text) {
+    const Parameters parameters = parametersOf(text);
+    for (const auto check : {checkEncoding, checkChannels, checkLanguage, checkUnsupported}) {
         if (std::optional<Error> error = check(parameters)) {
             return *std::move(error);
         }
@@ -142,16 +233,17 @@ Result<StreamQuery> parseStreamQuery(std::string_view query) {
     if (!sampleRate) {
         return sampleRate.error();
     }
-    const Result<bool> interimResults = flagOf(parameters, "interim_results");
-    const Result<bool> smartFormat = flagOf(parameters, "smart_format");
-    const Result<bool> punctuate = flagOf(parameters, "punctuate");
-    for (const Result<bool>* flag : {&interimResults, &smartFormat, &punctuate}) {
-        if (!*flag) {
-            return flag->error();
+    StreamQuery query;
+    query.sampleRate = sampleRate.value();
+    if (std::optional<Error> error = readFlags(parameters, query)) {
+        return *std::move(error);
+    }
+    for (const auto read : {readEndpointing, readUtteranceEnd}) {
+        if (std::optional<Error> error = read(parameters, query.recognition)) {
+            return *std::move(error);
         }
     }
-    return StreamQuery{sampleRate.value(), interimResults.value(),
-                       smartFormat.value() || punctuate.value()};
+    return query;
 }
 
 }  // namespace tarvik::service

@@ -5,6 +5,8 @@
 #include <string_view>
 
 #include "base/Result.h"
+#include "speech-service/RecognitionOptions.h"
+#include "speech-service/TranscriptStyle.h"
 
 namespace tarvik::service {
 
@@ -12,14 +14,14 @@ namespace tarvik::service {
 struct StreamQuery {
     /// In hertz, 8000 to 192000.
     int sampleRate = 0;
-    bool interimResults = false;
-    /// Whether transcripts have capitals and full stops.
-    bool punctuate = false;
+    RecognitionOptions recognition;
+    TranscriptStyle style;
 };
 
 /// Parses the query of a request's target: the percent-encoded text after the '?'.
 ///
-/// Unknown parameters are ignored. The error describes the first bad parameter to the client.
+/// Unknown parameters are ignored, except those that ask for what is not done here. The error
+/// describes the first bad parameter to the client.
 Result<StreamQuery> parseStreamQuery(std::string_view query);
 
 }  // namespace tarvik::service

@@ -15,11 +15,14 @@ struct Utterance {
     Seconds duration{};
     /// Whether the words are final. Interim words may change.
     bool isFinal = false;
-    /// Whether the utterance ends with a pause or with the request of the client.
+    /// Whether the client is told that speech has ended: after its endpointing pause, at its
+    /// request and at the end of the stream.
     bool isSpeechFinal = false;
+    /// Whether the words end a sentence. They do not before a hesitation and at a cut.
+    bool isSentenceEnd = false;
     /// Whether the client requested the end of the utterance before a pause.
     bool isFromFinalize = false;
-    /// Whether the utterance continues speech that was cut without a pause.
+    /// Whether the words continue the sentence of the utterance before.
     bool isContinuation = false;
 };
 

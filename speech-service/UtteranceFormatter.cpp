@@ -2,19 +2,15 @@
 
 #include "speech-service/UtteranceFormatter.h"
 
-#include <algorithm>
-#include <array>
+#include <string>
 #include <string_view>
+
+#include "speech-service/Calendar.h"
+#include "speech-service/Figures.h"
 
 namespace tarvik::service {
 
 namespace {
-
-// "march" and "may" are missing, because they are mostly verbs.
-constexpr std::array<std::string_view, 17> calendarNames{
-    "monday", "tuesday",   "wednesday", "thursday", "friday",  "saturday",
-    "sunday", "january",   "february",  "april",    "june",    "july",
-    "august", "september", "october",   "november", "december"};
 
 void capitalize(std::string& word) {
     if (word.front() >= 'a' && word.front() <= 'z') {
@@ -24,26 +20,44 @@ void capitalize(std::string& word) {
 
 bool isAlwaysCapital(std::string_view word) {
     const std::string_view stem = word.substr(0, word.find('\''));
-    return stem == "i" ||
-           std::find(calendarNames.begin(), calendarNames.end(), stem) != calendarNames.end();
+    return stem == "i" || isCalendarName(stem);
+}
+
+bool isWrittenOut(const Utterance& utterance) {
+    return !utterance.words.empty() && !utterance.words.front().written.empty();
+}
+
+void punctuate(std::vector<WrittenWord>& words, const Utterance& utterance) {
+    for (WrittenWord& word : words) {
+        const bool isFirst = &word == &words.front() && !utterance.isContinuation;
+        if (isFirst || isAlwaysCapital(word.spoken.text)) {
+            capitalize(word.written);
+        }
+    }
+    if (!words.empty() && utterance.isSentenceEnd) {
+        words.back().written += '.';
+    }
 }
 
 }  // namespace
 
-std::vector<std::string> writtenWords(const Utterance& utterance) {
-    std::vector<std::string> written;
-    written.reserve(utterance.words.size());
+std::vector<WrittenWord> writtenWords(const Utterance& utterance, const TranscriptStyle& style) {
+    const bool keepsWriting = style.punctuate && isWrittenOut(utterance);
+    std::vector<WrittenWord> words;
+    words.reserve(utterance.words.size());
     for (const Word& word : utterance.words) {
-        written.push_back(word.text);
-        const bool isFirst = written.size() == 1 && !utterance.isContinuation;
-        if (isFirst || isAlwaysCapital(word.text)) {
-            capitalize(written.back());
-        }
+        words.push_back({word, keepsWriting ? word.written : word.text});
     }
-    if (!written.empty() && utterance.isSpeechFinal) {
-        written.back() += '.';
+    if (keepsWriting) {
+        return words;
     }
-    return written;
+    if (style.numerals) {
+        words = withFigures(words);
+    }
+    if (style.punctuate) {
+        punctuate(words, utterance);
+    }
+    return words;
 }
 
 }  // namespace tarvik::service

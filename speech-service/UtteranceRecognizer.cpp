@@ -3,6 +3,8 @@
 #include "speech-service/UtteranceRecognizer.h"
 
 #include <algorithm>
+#include <cmath>
+#include <numeric>
 
 #include "speech-service/Resampler.h"
 
@@ -10,17 +12,23 @@ namespace tarvik::service {
 
 namespace {
 
-// 20 ms: short enough for a good start time of the speech, long enough for a low overhead.
-constexpr std::size_t chunkSize = recognitionRate / 50;
+constexpr std::size_t frameSize = SpeechDetector::frameSize;
+static_assert(frameSize * 100 == recognitionRate);
 
-constexpr Seconds interimInterval{0.5};
+constexpr std::size_t framesIn(Seconds time) {
+    return static_cast<std::size_t>(time / SpeechDetector::frameLength + 0.5);
+}
 
+constexpr std::size_t interimInterval = framesIn(Seconds(0.5));
+// The longest lead of an onset, and some more.
+constexpr std::size_t idleHistory = framesIn(Seconds(1));
+constexpr std::size_t minCutLength = framesIn(Seconds(10));
 // The end of an utterance takes time in proportion to its length, and a closing client waits about
-// 2 s for it. So long speech is cut: at a short pause after softMaxLength, anywhere after
-// maxLength.
-constexpr Seconds softMaxLength{10};
-constexpr Seconds maxLength{18};
-constexpr Seconds minCutPause{0.12};
+// 2 s for it.
+constexpr std::size_t maxLength = framesIn(Seconds(14));
+// The last word before a cut is decoded with a little of what follows.
+constexpr std::size_t cutContext = framesIn(Seconds(0.3));
+constexpr Seconds cutPause{0.15};
 
 std::vector<std::string> textsOf(const std::vector<Word>& words) {
     std::vector<std::string> texts;
@@ -33,98 +41,282 @@ std::vector<std::string> textsOf(const std::vector<Word>& words) {
 
 }  // namespace
 
-UtteranceRecognizer::UtteranceRecognizer(Decoder& decoder, bool interimResults,
-                                         UtteranceHandler onUtterance)
-    : decoder_(decoder), interimResults_(interimResults), onUtterance_(std::move(onUtterance)) {
+Seconds UtteranceRecognizer::timeOf(Frames frames) {
+    return SpeechDetector::frameLength * static_cast<double>(frames);
+}
+
+UtteranceRecognizer::UtteranceRecognizer(Decoder& decoder, const RecognitionOptions& options,
+                                         Handlers handlers)
+    : decoder_(decoder),
+      options_(options),
+      sentencePause_(options.endpointing.value_or(*RecognitionOptions().endpointing)),
+      settlePause_(std::min(sentencePause_, Seconds(0.5))),
+      handlers_(std::move(handlers)) {
     decoder_.startStream();
-    decoder_.startUtterance();
 }
 
 UtteranceRecognizer::~UtteranceRecognizer() {
-    decoder_.endUtterance();
+    if (isInSpeech_) {
+        decoder_.abort();
+        decoder_.endUtterance();
+    }
 }
 
 void UtteranceRecognizer::process(std::span<const std::int16_t> samples) {
-    while (!samples.empty()) {
-        const std::size_t size = std::min(samples.size(), chunkSize);
-        processChunk(samples.first(size));
-        samples = samples.subspan(size);
+    rest_.insert(rest_.end(), samples.begin(), samples.end());
+    std::span<const std::int16_t> unread = rest_;
+    while (unread.size() >= frameSize) {
+        processFrame(unread.first<frameSize>());
+        unread = unread.subspan(frameSize);
     }
+    rest_.erase(rest_.begin(), rest_.end() - static_cast<std::ptrdiff_t>(unread.size()));
 }
 
-void UtteranceRecognizer::finish() {
+void UtteranceRecognizer::processFrame(std::span<const std::int16_t, frameSize> frame) {
+    detector_.process(frame);
+    audio_.insert(audio_.end(), frame.begin(), frame.end());
+    levels_.push_back(detector_.level());
+    ++frames_;
     if (isInSpeech_) {
-        endSpeech(EndReason::request);
+        decoder_.process(frame);
+        continueSpeech();
+    } else if (detector_.hasOnset()) {
+        startSpeech();
+    } else {
+        checkHeld();
+        if (levels_.size() > 2 * idleHistory) {
+            forgetAudioBefore(frames_ - idleHistory);
+        }
+    }
+    checkUtteranceEnd();
+}
+
+void UtteranceRecognizer::startSpeech() {
+    const Frames age = framesIn(detector_.onsetAge());
+    beginUtterance(std::max({lastEnd_, audioStart_, frames_ - std::min(frames_, age)}));
+    if (options_.speechEvents) {
+        handlers_.onSpeechStarted(timeOf(utteranceStart_));
     }
 }
 
-void UtteranceRecognizer::processChunk(std::span<const std::int16_t> chunk) {
-    decoder_.process(chunk);
-    position_ += Seconds(static_cast<double>(chunk.size()) / recognitionRate);
-    if (!decoder_.isInSpeech()) {
-        if (isInSpeech_) {
-            endSpeech(EndReason::pause);
-        }
+void UtteranceRecognizer::beginUtterance(Frames start) {
+    isInSpeech_ = true;
+    utteranceStart_ = start;
+    lastCheck_ = frames_;
+    forgetAudioBefore(start);
+    decoder_.startUtterance();
+    decoder_.process(audio_);
+}
+
+void UtteranceRecognizer::continueSpeech() {
+    if (detector_.pause() >= settlePause_) {
+        settlePause();
         return;
     }
-    if (!isInSpeech_) {
-        startSpeech();
+    const Frames length = frames_ - utteranceStart_;
+    if (length >= maxLength) {
+        cut(utteranceStart_ + minCutLength, frames_ - cutContext);
+        return;
     }
-    if (position_ - lastCheck_ >= interimInterval) {
-        lastCheck_ = position_;
-        const Seconds length = position_ - speechStart_;
-        if (length >= maxLength ||
-            (length >= softMaxLength && decoder_.trailingPause() >= minCutPause)) {
-            endSpeech(EndReason::cut);
-        } else if (interimResults_) {
+    if (length >= minCutLength && detector_.pause() >= cutPause) {
+        cut(frames_ - framesIn(detector_.pause()), frames_);
+        return;
+    }
+    if (frames_ - lastCheck_ >= interimInterval) {
+        lastCheck_ = frames_;
+        if (held_ || options_.interimResults) {
             reportInterim();
         }
     }
 }
 
-void UtteranceRecognizer::startSpeech() {
-    isInSpeech_ = true;
-    speechStart_ = std::max(lastEnd_, position_ - Decoder::preSpeech);
-    lastCheck_ = position_;
+void UtteranceRecognizer::settlePause() {
+    Utterance utterance = utteranceOf(endDecoding());
+    isInSpeech_ = false;
+    lastEnd_ = frames_;
+    hold(std::move(utterance));
+    checkHeld();
+}
+
+void UtteranceRecognizer::hold(Utterance utterance) {
+    if (!utterance.words.empty()) {
+        releaseHeld(false);
+        utterance.isContinuation = isContinuation_;
+        held_ = std::move(utterance);
+    } else if (!lastInterim_.empty()) {
+        // An empty final utterance withdraws interim words. Without interim words nobody needs it.
+        report(utterance);
+    }
+}
+
+void UtteranceRecognizer::cut(Frames earliest, Frames latest) {
+    const std::vector<Word> words = endDecoding();
+    const Frames cut = betweenWords(words, quietest(earliest, latest),
+                                    std::min(earliest, utteranceStart_ + minCutLength), latest);
+    std::vector<Word> before;
+    const Seconds cutTime = timeOf(cut - utteranceStart_);
+    std::copy_if(words.begin(), words.end(), std::back_inserter(before),
+                 [&](const Word& word) { return (word.start + word.end) / 2 < cutTime; });
+    Utterance utterance = utteranceOf(std::move(before));
+    utterance.duration = cutTime;
+    lastEnd_ = cut;
+    hold(std::move(utterance));
+    beginUtterance(cut);
+}
+
+std::vector<Word> UtteranceRecognizer::endDecoding() {
+    handlers_.onSettling(unfinished());
+    return decoder_.endUtterance();
+}
+
+double UtteranceRecognizer::levelAround(Frames frame) const {
+    constexpr Frames reach = 4;
+    const Frames index = frame - audioStart_;
+    const Frames first = index - std::min(index, reach);
+    const Frames last = std::min(index + reach + 1, levels_.size());
+    const auto from = levels_.begin() + static_cast<std::ptrdiff_t>(first);
+    const auto to = levels_.begin() + static_cast<std::ptrdiff_t>(last);
+    return std::accumulate(from, to, 0.0) / static_cast<double>(last - first);
+}
+
+UtteranceRecognizer::Frames UtteranceRecognizer::quietest(Frames earliest, Frames latest) const {
+    Frames best = earliest;
+    for (Frames frame = earliest; frame < latest; ++frame) {
+        best = levelAround(frame) < levelAround(best) ? frame : best;
+    }
+    return best;
+}
+
+// The quietest sound may be the closed lips inside a word. Then the quietest end of a word is
+// taken.
+UtteranceRecognizer::Frames UtteranceRecognizer::betweenWords(const std::vector<Word>& words,
+                                                              Frames cut, Frames earliest,
+                                                              Frames latest) const {
+    const Seconds cutTime = timeOf(cut - utteranceStart_);
+    const bool isInWord = std::any_of(words.begin(), words.end(), [&](const Word& word) {
+        constexpr Seconds tolerance{0.03};
+        return word.start + tolerance < cutTime && cutTime < word.end - tolerance;
+    });
+    if (!isInWord) {
+        return cut;
+    }
+    std::optional<Frames> best;
+    for (const Word& word : words) {
+        const Frames end = utteranceStart_ + framesIn(word.end);
+        if (end >= earliest && end <= latest && (!best || levelAround(end) < levelAround(*best))) {
+            best = end;
+        }
+    }
+    return best.value_or(cut);
+}
+
+Utterance UtteranceRecognizer::utteranceOf(std::vector<Word> words) const {
+    Utterance utterance;
+    utterance.start = timeOf(utteranceStart_);
+    utterance.duration = position() - utterance.start;
+    utterance.isFinal = true;
+    utterance.isContinuation = isContinuation_;
+    utterance.words = std::move(words);
+    for (Word& word : utterance.words) {
+        word.start = std::min(word.start + utterance.start, position());
+        word.end = std::min(word.end + utterance.start, position());
+    }
+    return utterance;
 }
 
 void UtteranceRecognizer::reportInterim() {
-    Utterance utterance;
-    addWords(utterance);
-    if (std::vector<std::string> texts = textsOf(utterance.words); texts != lastInterim_) {
+    decoder_.refresh();
+    Utterance utterance = utteranceOf(decoder_.hypothesis().words);
+    if (!utterance.words.empty()) {
+        releaseHeld(false);
+    }
+    std::vector<std::string> texts = textsOf(utterance.words);
+    if (options_.interimResults && texts != lastInterim_) {
+        utterance.isFinal = false;
+        utterance.isContinuation = isContinuation_;
+        report(utterance);
         lastInterim_ = std::move(texts);
-        onUtterance_(utterance);
     }
 }
 
-void UtteranceRecognizer::endSpeech(EndReason reason) {
-    decoder_.endUtterance();
-    Utterance utterance;
-    addWords(utterance);
-    utterance.isFinal = true;
-    utterance.isSpeechFinal = reason != EndReason::cut;
-    utterance.isFromFinalize = reason == EndReason::request;
-    // An empty final utterance withdraws interim words. Without interim words nobody needs it.
-    const bool mustReport = !utterance.words.empty() || !lastInterim_.empty();
-    lastInterim_.clear();
-    lastEnd_ = position_;
-    isInSpeech_ = false;
-    isContinuation_ = reason == EndReason::cut;
-    decoder_.startUtterance();
-    if (mustReport) {
-        onUtterance_(utterance);
+void UtteranceRecognizer::report(const Utterance& utterance) {
+    if (utterance.isFinal) {
+        lastInterim_.clear();
+    }
+    if (!utterance.words.empty()) {
+        lastWordEnd_ = utterance.words.back().end;
+    }
+    handlers_.onUtterance(utterance);
+}
+
+void UtteranceRecognizer::releaseHeld(bool isSentenceEnd, bool isFromFinalize) {
+    if (!held_) {
+        return;
+    }
+    Utterance utterance = *std::move(held_);
+    held_.reset();
+    utterance.isSentenceEnd = isSentenceEnd;
+    utterance.isSpeechFinal = isSentenceEnd && (options_.endpointing || isFromFinalize);
+    utterance.isFromFinalize = isFromFinalize;
+    isContinuation_ = !isSentenceEnd;
+    report(utterance);
+}
+
+void UtteranceRecognizer::checkHeld() {
+    if (held_ && detector_.pause() >= sentencePause_) {
+        releaseHeld(true);
     }
 }
 
-void UtteranceRecognizer::addWords(Utterance& utterance) const {
-    utterance.start = speechStart_;
-    utterance.duration = position_ - speechStart_;
-    utterance.isContinuation = isContinuation_;
-    utterance.words = decoder_.words();
-    for (Word& word : utterance.words) {
-        word.start = std::min(word.start + speechStart_, position_);
-        word.end = std::min(word.end + speechStart_, position_);
+void UtteranceRecognizer::checkUtteranceEnd() {
+    if (!options_.utteranceEnd || !lastWordEnd_ || isInSpeech_ ||
+        position() - *lastWordEnd_ < *options_.utteranceEnd) {
+        return;
     }
+    releaseHeld(true);
+    handlers_.onUtteranceEnd(*lastWordEnd_);
+    lastWordEnd_.reset();
+}
+
+void UtteranceRecognizer::finish() {
+    if (isInSpeech_) {
+        decoder_.process(rest_);
+        hold(utteranceOf(endDecoding()));
+        isInSpeech_ = false;
+        lastEnd_ = frames_;
+    }
+    rest_.clear();
+    releaseHeld(true, true);
+    isContinuation_ = false;
+}
+
+std::vector<Utterance> UtteranceRecognizer::unfinished() const {
+    std::vector<Utterance> utterances;
+    if (held_) {
+        utterances.push_back(*held_);
+    }
+    if (isInSpeech_) {
+        Hypothesis hypothesis = decoder_.hypothesis();
+        Utterance utterance = utteranceOf(std::move(hypothesis.words));
+        utterance.duration = hypothesis.covered;
+        if (!utterance.words.empty()) {
+            utterance.isContinuation = isContinuation_ || held_;
+            utterances.push_back(std::move(utterance));
+        }
+    }
+    if (!utterances.empty()) {
+        utterances.back().isSentenceEnd = true;
+        utterances.back().isSpeechFinal = true;
+        utterances.back().isFromFinalize = true;
+    }
+    return utterances;
+}
+
+void UtteranceRecognizer::forgetAudioBefore(Frames frame) {
+    const auto frames = static_cast<std::ptrdiff_t>(frame - audioStart_);
+    audio_.erase(audio_.begin(), audio_.begin() + frames * static_cast<std::ptrdiff_t>(frameSize));
+    levels_.erase(levels_.begin(), levels_.begin() + frames);
+    audioStart_ = frame;
 }
 
 }  // namespace tarvik::service

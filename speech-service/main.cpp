@@ -5,10 +5,14 @@
 #include <csignal>
 #include <iostream>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include "speech-service/CertificateStore.h"
 #include "speech-service/CommandLine.h"
+#include "speech-service/EngineChoice.h"
+#include "speech-service/KeyFile.h"
+#include "speech-service/PassedSockets.h"
 #include "speech-service/Server.h"
 
 namespace service = tarvik::service;
@@ -22,11 +26,32 @@ int fail(const tarvik::Error& error, int status) {
     return status;
 }
 
-int serve(std::uint16_t port, const service::CertificateFiles& certificates) {
-    boost::asio::io_context context(1);
+service::ServerOptions serverOptions(const service::CommandLine& commandLine) {
     service::ServerOptions options;
-    options.port = port;
-    const auto server = service::Server::create(context, options, certificates);
+    options.port = commandLine.port;
+    options.sockets = service::takePassedSockets();
+    options.metricsPort = commandLine.metricsPort;
+    options.maxStreams = commandLine.maxStreams;
+    options.refusal = commandLine.refusal;
+    return options;
+}
+
+int serve(const service::CommandLine& commandLine, const service::CertificateFiles& certificates) {
+    service::ServerOptions options = serverOptions(commandLine);
+    if (!commandLine.keyFile.empty()) {
+        auto keys = service::readKeyFile(commandLine.keyFile);
+        if (!keys) {
+            return fail(keys.error(), EXIT_FAILURE);
+        }
+        options.keys = std::move(keys).value();
+    }
+    auto engine = service::createEngine(commandLine.engine, commandLine.model);
+    if (!engine) {
+        return fail(engine.error(), EXIT_FAILURE);
+    }
+    boost::asio::io_context context(1);
+    const auto server =
+        service::Server::create(context, options, certificates, std::move(engine).value());
     if (!server) {
         return fail(server.error(), EXIT_FAILURE);
     }
@@ -38,6 +63,10 @@ int serve(std::uint16_t port, const service::CertificateFiles& certificates) {
     });
     std::cout << "listening on wss://localhost:" << server.value()->port() << service::listenPath
               << std::endl;
+    if (server.value()->metricsPort() != 0) {
+        std::cout << "metrics on http://127.0.0.1:" << server.value()->metricsPort() << "/metrics"
+                  << std::endl;
+    }
     context.run();
     return EXIT_SUCCESS;
 }
@@ -64,5 +93,5 @@ int main(int argumentCount, char** argumentValues) {
         std::cout << certificates.value().authority.string() << std::endl;
         return EXIT_SUCCESS;
     }
-    return serve(commandLine.value().port, certificates.value());
+    return serve(commandLine.value(), certificates.value());
 }

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 #include <signal.h>
 
+#include <fstream>
 #include <vector>
 
 #include "tests/speech-service/ListenClient.h"
@@ -91,6 +92,59 @@ TEST_F(Executable, ExplainsItself) {
     const TestProcess::Result result = TestProcess::run({SPEECH_SERVICE_EXECUTABLE, "--help"});
     EXPECT_TRUE(result.output.starts_with("usage: tarvik-speech-service"));
     EXPECT_EQ(result.status, 0);
+}
+
+TEST_F(Executable, EndsAtItsStartWithoutAModel) {
+    std::vector<std::string> withoutModel = command();
+    withoutModel.push_back("--model=" + (folder_ / "none").string());
+    const TestProcess::Result result = runForErrors(withoutModel);
+    EXPECT_EQ(result.output, "tarvik-speech-service: There is no speech model in " +
+                                 (folder_ / "none").string() + ": en-us/mdef is missing\n");
+    EXPECT_EQ(result.status, 1);
+}
+
+TEST_F(Executable, EndsAtItsStartWithAModelThatIsNone) {
+    std::filesystem::create_directories(folder_ / "model/en-us");
+    for (const char* name : {"en-us/mdef", "en-us.lm.bin", "cmudict-en-us.dict"}) {
+        std::ofstream(folder_ / "model" / name) << "no model";
+    }
+    std::vector<std::string> withoutModel = command();
+    withoutModel.push_back("--model=" + (folder_ / "model").string());
+    const TestProcess::Result result = TestProcess::run(withoutModel);
+    EXPECT_EQ(result.output, "");
+    EXPECT_NE(result.status, 0);
+}
+
+TEST_F(Executable, ServesOnASocketThatItsManagerPasses) {
+    // The manager binds the socket, and the service finds it as its third descriptor.
+    const std::string manager =
+        "import os, socket, sys\n"
+        "listener = socket.create_server(('127.0.0.1', 0))\n"
+        "os.dup2(listener.fileno(), 3)\n"
+        "os.environ.update(LISTEN_PID=str(os.getpid()), LISTEN_FDS='1')\n"
+        "os.execv(sys.argv[1], sys.argv[1:])\n";
+    std::vector<std::string> managed{"/usr/bin/python3", "-c", manager};
+    for (const std::string& argument : command("1")) {
+        managed.push_back(argument);
+    }
+    TestProcess service(managed);
+    ListenClient client(portOf(service), authority());
+    ASSERT_TRUE(client.openAt(16000));
+    service.send(SIGTERM);
+    client.receiveAll();
+    EXPECT_EQ(service.waitForEnd(), 0);
+}
+
+TEST_F(Executable, SaysWhereItsMetricsAre) {
+    std::vector<std::string> measured = command();
+    measured.push_back("--metrics-port=0");
+    TestProcess service(measured);
+    portOf(service);
+    const std::string line = service.readLine().value_or("");
+    EXPECT_TRUE(line.starts_with("metrics on http://127.0.0.1:") && line.ends_with("/metrics"))
+        << line;
+    service.send(SIGTERM);
+    EXPECT_EQ(service.waitForEnd(), 0);
 }
 
 TEST_F(Executable, SaysThatItsPortIsTaken) {

@@ -25,9 +25,16 @@ Request upgrade(std::string_view target, std::string_view subprotocols) {
 
 constexpr std::string_view goodTarget = "/v1/listen?encoding=linear16&sample_rate=16000";
 
-int statusFor(const Request& request) {
-    const Result<StreamQuery> query = checkHandshake(request);
-    return query ? 101 : query.error().code;
+int statusFor(const Request& request, const ServerOptions& options = {}) {
+    const Result<tarvik::service::Handshake> handshake = checkHandshake(request, options);
+    return handshake ? 101 : handshake.error().code;
+}
+
+Request upgradeWith(const char* authorization) {
+    Request request = upgrade(goodTarget, "");
+    request.erase(http::field::sec_websocket_protocol);
+    request.set(http::field::authorization, authorization);
+    return request;
 }
 
 TEST(Handshake, TakesAnyKeyThatIsNotEmpty) {
@@ -37,9 +44,43 @@ TEST(Handshake, TakesAnyKeyThatIsNotEmpty) {
 }
 
 TEST(Handshake, RefusesAMissingKey) {
-    for (const char* subprotocols : {"", "token", "token,", "token,   ", "bearer, k", ", k"}) {
+    for (const char* subprotocols :
+         {"", "token", "token,", "token,   ", "bearer,", "basic, k", ", k"}) {
         EXPECT_EQ(statusFor(upgrade(goodTarget, subprotocols)), 401) << subprotocols;
     }
+}
+
+TEST(Handshake, SelectsTheSubprotocolThatTheKeyFollows) {
+    EXPECT_EQ(checkHandshake(upgrade(goodTarget, "token, k"), {}).value().subprotocol, "token");
+    EXPECT_EQ(checkHandshake(upgrade(goodTarget, "bearer, k"), {}).value().subprotocol, "bearer");
+}
+
+TEST(Handshake, TakesTheKeyInAHeaderAndThenSelectsNoSubprotocol) {
+    for (const char* authorization : {"Token k", "token k", "Bearer k", "BEARER   k"}) {
+        const auto handshake = checkHandshake(upgradeWith(authorization), {});
+        ASSERT_TRUE(handshake) << authorization;
+        EXPECT_EQ(handshake.value().subprotocol, "");
+    }
+    for (const char* authorization : {"Token", "Token ", "Basic k", "k"}) {
+        EXPECT_EQ(statusFor(upgradeWith(authorization)), 401) << authorization;
+    }
+}
+
+TEST(Handshake, TakesTheKeysOfATeamOnly) {
+    ServerOptions options;
+    options.keys = {"alpha", "beta, too"};
+    EXPECT_EQ(statusFor(upgrade(goodTarget, "token, alpha"), options), 101);
+    EXPECT_EQ(statusFor(upgrade(goodTarget, "token, beta, too"), options), 101);
+    EXPECT_EQ(statusFor(upgradeWith("Bearer alpha"), options), 101);
+    EXPECT_EQ(statusFor(upgrade(goodTarget, "token, gamma"), options), 401);
+    EXPECT_EQ(statusFor(upgradeWith("Token alph"), options), 401);
+}
+
+TEST(Handshake, RefusesEveryStreamWithTheStatusThatIsTriedOut) {
+    ServerOptions options;
+    options.refusal = 402;
+    EXPECT_EQ(statusFor(upgrade(goodTarget, "token, k"), options), 402);
+    EXPECT_EQ(statusFor(upgrade("/", "token, k"), options), 404);
 }
 
 TEST(Handshake, RefusesOtherPathsBeforeAskingForAKey) {
@@ -79,6 +120,8 @@ TEST(Handshake, SaysInJsonWhyItRefuses) {
     EXPECT_EQ(body["err_code"].get_string().value(), "INVALID_QUERY_PARAMETER");
     EXPECT_EQ(body["err_msg"].get_string().value(), "A \"bad\"\nthing");
     EXPECT_EQ(body["request_id"].get_string().value(), "id-1");
+    EXPECT_EQ(response["dg-request-id"], "id-1");
+    EXPECT_EQ(response["dg-error"], "A \"bad\" thing");
 }
 
 }  // namespace

@@ -9,6 +9,9 @@
 #include <boost/asio/ssl/host_name_verification.hpp>
 #include <boost/asio/write.hpp>
 #include <boost/beast/core/buffers_to_string.hpp>
+#include <chrono>
+#include <span>
+#include <thread>
 
 namespace tarvik::service {
 
@@ -33,6 +36,9 @@ Message parseMessage(const std::string& json) {
     const simdjson::dom::element root = parser.parse(simdjson::padded_string(json));
     Message message;
     message.type = std::string(root["type"].get_string().value());
+    if (message.type == "SpeechStarted" || message.type == "UtteranceEnd") {
+        return message;
+    }
     message.duration = root["duration"].get_double().value();
     if (message.type != "Results") {
         return message;
@@ -61,7 +67,10 @@ ListenClient::ListenClient(std::uint16_t port, const std::filesystem::path& auth
 
 bool ListenClient::open(const std::string& target, const std::string& subprotocols) {
     socket_.set_option(beast::websocket::stream_base::decorator(
-        [subprotocols](beast::websocket::request_type& request) {
+        [subprotocols, authorization = authorization_](beast::websocket::request_type& request) {
+            if (!authorization.empty()) {
+                request.set(beast::http::field::authorization, authorization);
+            }
             if (!subprotocols.empty()) {
                 request.set(beast::http::field::sec_websocket_protocol, subprotocols);
             }
@@ -105,6 +114,18 @@ void ListenClient::sendAudio(const Audio& audio, std::size_t messageSize) {
     for (std::size_t sent = 0; sent < audio.size(); sent += messageSize) {
         socket_.write(
             asio::buffer(audio.data() + sent, std::min(messageSize, audio.size() - sent)));
+    }
+}
+
+void ListenClient::sendLive(const Audio& audio, int rate) {
+    constexpr std::chrono::milliseconds chunkLength{100};
+    const auto chunkSize = static_cast<std::size_t>(rate / 10 * 2);
+    auto next = std::chrono::steady_clock::now();
+    for (std::size_t sent = 0; sent < audio.size(); sent += chunkSize) {
+        next += chunkLength;
+        std::this_thread::sleep_until(next);
+        const auto chunk = std::span(audio).subspan(sent, std::min(chunkSize, audio.size() - sent));
+        sendAudio({chunk.begin(), chunk.end()});
     }
 }
 

@@ -39,6 +39,9 @@ class ListenClient {
     /// Connects to localhost and does the TLS handshake.
     ListenClient(std::uint16_t port, const std::filesystem::path& authority);
 
+    /// Makes later requests carry this value of Authorization.
+    void authorizeBy(const std::string& authorization) { authorization_ = authorization; }
+
     /// Opens a stream. True when the service accepts; response() has the response in both cases.
     bool open(const std::string& target, const std::string& subprotocols = "token, a key");
 
@@ -59,6 +62,9 @@ class ListenClient {
     /// Sends audio in messages of `messageSize` bytes.
     void sendAudio(const Audio& audio, std::size_t messageSize = 4096);
 
+    /// Sends audio at `rate` as fast as it was spoken.
+    void sendLive(const Audio& audio, int rate);
+
     /// The next message. Empty after the service has closed the stream.
     std::optional<Message> receive();
 
@@ -72,6 +78,7 @@ class ListenClient {
     void readResponse();
 
     std::uint16_t port_;
+    std::string authorization_;
     boost::asio::io_context context_;
     boost::asio::ssl::context tls_;
     boost::beast::websocket::stream<boost::beast::ssl_stream<boost::asio::ip::tcp::socket>> socket_;

@@ -18,6 +18,7 @@
 #include "tests/linux/loop/ThreadShortage.h"
 #include "tests/speech-service/ListenClient.h"
 #include "tests/speech-service/RunningServer.h"
+#include "tests/speech-service/ScriptedEngine.h"
 
 namespace tarvik::service {
 
@@ -34,9 +35,12 @@ class Refusal : public testing::Test {
         EXPECT_EQ(body["err_code"].get_string().value(), code);
         EXPECT_FALSE(body["err_msg"].get_string().value().empty());
         EXPECT_FALSE(body["request_id"].get_string().value().empty());
+        EXPECT_EQ(client.response()["dg-request-id"],
+                  std::string(body["request_id"].get_string().value()));
+        EXPECT_EQ(client.response()["dg-error"], std::string(body["err_msg"].get_string().value()));
     }
 
-    RunningServer server_;
+    RunningServer server_{{}, std::make_shared<ScriptedEngine>()};
 };
 
 /// Counts the lines on std::cerr instead of printing them, until its destruction.
@@ -145,6 +149,17 @@ TEST(Service, RefusesMoreStreamsThanItServes) {
     ListenClient second(server.port(), server.authority());
     EXPECT_FALSE(second.openAt(16000));
     EXPECT_EQ(second.response().result_int(), 429U);
+    EXPECT_EQ(second.response()["dg-error"],
+              "Too many streams are open; this service serves 1 at once");
+}
+
+TEST(Service, RefusesEveryStreamWhenStartedToDoSo) {
+    ServerOptions options;
+    options.refusal = 503;
+    RunningServer server(options, std::make_shared<ScriptedEngine>());
+    ListenClient client(server.port(), server.authority());
+    EXPECT_FALSE(client.openAt(16000));
+    EXPECT_EQ(client.response().result_int(), 503U);
 }
 
 TEST(Service, WaitsBetweenAttemptsWhileItCanAcceptNothing) {

@@ -5,12 +5,17 @@
 #include <boost/asio/post.hpp>
 
 #include "speech-service/CertificateStore.h"
+#include "speech-service/EngineChoice.h"
 
 namespace tarvik::service {
 
-RunningServer::RunningServer(ServerOptions options)
+std::shared_ptr<Engine> realEngine() {
+    return createEngine(defaultEngine, {}).value();
+}
+
+RunningServer::RunningServer(ServerOptions options, std::shared_ptr<Engine> engine)
     : certificates_(prepareCertificates(folder_.path()).value()),
-      server_(Server::create(context_, options, certificates_).value()),
+      server_(Server::create(context_, options, certificates_, std::move(engine)).value()),
       thread_([this] { context_.run(); }) {}
 
 RunningServer::~RunningServer() {

@@ -11,13 +11,18 @@
 
 namespace tarvik::service {
 
+/// The engine that the service has without any option.
+std::shared_ptr<Engine> realEngine();
+
 /// A server on a free port and a thread of its own. The destructor stops the server.
 class RunningServer {
   public:
-    explicit RunningServer(ServerOptions options = {});
+    explicit RunningServer(ServerOptions options = {},
+                           std::shared_ptr<Engine> engine = realEngine());
     ~RunningServer();
 
     std::uint16_t port() const { return server_->port(); }
+    std::uint16_t metricsPort() const { return server_->metricsPort(); }
     const std::filesystem::path& authority() const { return certificates_.authority; }
 
     /// Makes the server stop. Any thread.

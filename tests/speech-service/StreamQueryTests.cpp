@@ -19,15 +19,20 @@ TEST(StreamQuery, ReadsWhatADictationAsksFor) {
         "&encoding=linear16&sample_rate=48000&channels=1");
     ASSERT_TRUE(query);
     EXPECT_EQ(query.value().sampleRate, 48000);
-    EXPECT_TRUE(query.value().interimResults);
-    EXPECT_TRUE(query.value().punctuate);
+    EXPECT_TRUE(query.value().recognition.interimResults);
+    EXPECT_TRUE(query.value().style.punctuate);
+    EXPECT_TRUE(query.value().style.numerals);
 }
 
 TEST(StreamQuery, LeavesInterimResultsAndPunctuationOutUnlessAsked) {
     const Result<StreamQuery> query = parseStreamQuery("encoding=linear16&sample_rate=16000");
     ASSERT_TRUE(query);
-    EXPECT_FALSE(query.value().interimResults);
-    EXPECT_FALSE(query.value().punctuate);
+    EXPECT_FALSE(query.value().recognition.interimResults);
+    EXPECT_FALSE(query.value().recognition.speechEvents);
+    EXPECT_EQ(query.value().recognition.endpointing, Seconds(1));
+    EXPECT_FALSE(query.value().recognition.utteranceEnd);
+    EXPECT_FALSE(query.value().style.punctuate);
+    EXPECT_FALSE(query.value().style.numerals);
 }
 
 TEST(StreamQuery, TakesEveryRateFrom8To192Kilohertz) {
@@ -80,6 +85,62 @@ TEST(StreamQuery, QuotesBadValuesInReadableCharacters) {
     EXPECT_EQ(refusalOf("encoding=a%22%0a%ff&sample_rate=16000"),
               R"(Invalid value "a\"\u000a\ufffd" for the parameter encoding: )"
               "this service understands linear16");
+}
+
+StreamQuery queryOf(const std::string& parameters) {
+    return parseStreamQuery("encoding=linear16&sample_rate=16000&" + parameters).value();
+}
+
+std::string refusalWith(const std::string& parameters) {
+    return refusalOf("encoding=linear16&sample_rate=16000&" + parameters);
+}
+
+TEST(StreamQuery, ReadsHowNumbersAreWritten) {
+    EXPECT_FALSE(queryOf("punctuate=true").style.numerals);
+    EXPECT_TRUE(queryOf("numerals=true").style.numerals);
+    EXPECT_FALSE(queryOf("numerals=true").style.punctuate);
+}
+
+TEST(StreamQuery, ReadsThePauseThatEndsSpeech) {
+    EXPECT_EQ(queryOf("endpointing=300").recognition.endpointing, Seconds(0.3));
+    EXPECT_EQ(queryOf("endpointing=true").recognition.endpointing, Seconds(1));
+    EXPECT_FALSE(queryOf("endpointing=false").recognition.endpointing);
+    for (const char* value : {"0", "10", "199", "5001", "often", ""}) {
+        EXPECT_EQ(refusalWith("endpointing=" + std::string(value)),
+                  "Invalid value \"" + std::string(value) +
+                      "\" for the parameter endpointing: true, false or a whole number of "
+                      "milliseconds from 200 to 5000");
+    }
+}
+
+TEST(StreamQuery, ReadsTheGapThatEndsAnUtterance) {
+    EXPECT_EQ(queryOf("interim_results=true&utterance_end_ms=1500").recognition.utteranceEnd,
+              Seconds(1.5));
+    EXPECT_EQ(refusalWith("interim_results=true&utterance_end_ms=999"),
+              "Invalid value \"999\" for the parameter utterance_end_ms: a whole number of "
+              "milliseconds from 1000 to 5000");
+    EXPECT_EQ(refusalWith("utterance_end_ms=1500"),
+              "Invalid value \"1500\" for the parameter utterance_end_ms: it needs "
+              "interim_results=true");
+}
+
+TEST(StreamQuery, ReadsWhetherToTellWhenSpeechBegins) {
+    EXPECT_TRUE(queryOf("vad_events=true").recognition.speechEvents);
+    EXPECT_EQ(refusalWith("vad_events=1"),
+              "Invalid value \"1\" for the parameter vad_events: true or false");
+}
+
+TEST(StreamQuery, RefusesWhatWouldChangeTheWordsAndIsNotDoneHere) {
+    for (const char* name : {"diarize", "multichannel", "dictation", "profanity_filter",
+                             "detect_entities", "measurements"}) {
+        EXPECT_EQ(refusalWith(std::string(name) + "=true"),
+                  "Invalid value \"true\" for the parameter " + std::string(name) +
+                      ": this service does not do that");
+        EXPECT_EQ(refusalWith(std::string(name) + "=false"), "accepted");
+    }
+    for (const char* name : {"callback", "redact", "replace", "search"}) {
+        EXPECT_NE(refusalWith(std::string(name) + "=x"), "accepted");
+    }
 }
 
 TEST(StreamQuery, DecodesEscapesAndIgnoresWhatItDoesNotKnow) {

@@ -19,10 +19,10 @@ Utterance utteranceOf(const std::string& text) {
     return utterance;
 }
 
-std::string written(const Utterance& utterance) {
+std::string written(const Utterance& utterance, const TranscriptStyle& style = {true, false}) {
     std::string text;
-    for (const std::string& word : writtenWords(utterance)) {
-        text += (text.empty() ? "" : " ") + word;
+    for (const WrittenWord& word : writtenWords(utterance, style)) {
+        text += (text.empty() ? "" : " ") + word.written;
     }
     return text;
 }
@@ -30,7 +30,7 @@ std::string written(const Utterance& utterance) {
 TEST(UtteranceFormatter, WritesAWholeUtteranceAsASentence) {
     Utterance utterance = utteranceOf("this is a test");
     utterance.isFinal = true;
-    utterance.isSpeechFinal = true;
+    utterance.isSentenceEnd = true;
     EXPECT_EQ(written(utterance), "This is a test.");
 }
 
@@ -41,7 +41,7 @@ TEST(UtteranceFormatter, LeavesTheEndOpenWhileSomebodySpeaks) {
 TEST(UtteranceFormatter, GoesOnInTheMiddleOfASentenceAfterACut) {
     Utterance utterance = utteranceOf("and that was all");
     utterance.isContinuation = true;
-    utterance.isSpeechFinal = true;
+    utterance.isSentenceEnd = true;
     EXPECT_EQ(written(utterance), "and that was all.");
 }
 
@@ -52,8 +52,32 @@ TEST(UtteranceFormatter, WritesTheSpeakerAndTheCalendarWithCapitals) {
 
 TEST(UtteranceFormatter, WritesNothingForNothing) {
     Utterance utterance;
-    utterance.isSpeechFinal = true;
-    EXPECT_TRUE(writtenWords(utterance).empty());
+    utterance.isSentenceEnd = true;
+    EXPECT_TRUE(writtenWords(utterance, {true, true}).empty());
+}
+
+TEST(UtteranceFormatter, LeavesTheWordsAsSpokenWithoutPunctuation) {
+    Utterance utterance = utteranceOf("i said ten on monday");
+    utterance.isSentenceEnd = true;
+    EXPECT_EQ(written(utterance, {false, false}), "i said ten on monday");
+}
+
+TEST(UtteranceFormatter, WritesFiguresWhenAsked) {
+    Utterance utterance = utteranceOf("twenty three came on june fourth");
+    utterance.isSentenceEnd = true;
+    EXPECT_EQ(written(utterance, {true, true}), "23 came on June 4th.");
+    EXPECT_EQ(written(utterance, {false, true}), "23 came on june 4th");
+    EXPECT_EQ(written(utterance, {true, false}), "Twenty three came on June fourth.");
+}
+
+TEST(UtteranceFormatter, LeavesTheWritingToAnEngineThatWrites) {
+    Utterance utterance = utteranceOf("hello 23 worlds");
+    utterance.words[0].written = "Hello,";
+    utterance.words[1].written = "23";
+    utterance.words[2].written = "worlds!";
+    utterance.isSentenceEnd = true;
+    EXPECT_EQ(written(utterance, {true, true}), "Hello, 23 worlds!");
+    EXPECT_EQ(written(utterance, {false, false}), "hello 23 worlds");
 }
 
 }  // namespace

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 
-#include "speech-service/Decoder.h"
+#include "speech-service/PocketSphinxDecoder.h"
 
 #include <pocketsphinx.h>
 #if __has_include(<pocketsphinx/err.h>)
@@ -10,13 +10,14 @@
 #endif
 
 #include <algorithm>
-#include <array>
 #include <cstdarg>
 #include <cstdio>
 #include <mutex>
+#include <string>
 #include <string_view>
 
 #include "speech-service/PocketSphinx.h"
+#include "speech-service/Resampler.h"
 
 namespace tarvik::service {
 
@@ -40,11 +41,6 @@ __attribute__((format(printf, 3, 4))) void printErrors(void*, err_lvl_t level, c
     va_end(arguments);
 }
 
-SpeechModel englishModel() {
-    const std::string folder = TARVIK_SPEECH_MODEL;
-    return {folder + "/en-us", folder + "/en-us.lm.bin", folder + "/cmudict-en-us.dict"};
-}
-
 // Sentence marks, silences and noises are in angle brackets, square brackets or plus signs.
 bool isSpokenWord(std::string_view word) {
     return !word.empty() && word.front() != '<' && word.front() != '[' && word.front() != '+';
@@ -57,38 +53,46 @@ std::string withoutVariant(std::string_view word) {
 
 }  // namespace
 
-Decoder::Decoder(std::unique_ptr<PocketSphinx> library) : library_(std::move(library)) {}
+PocketSphinxDecoder::PocketSphinxDecoder(std::unique_ptr<PocketSphinx> library)
+    : library_(std::move(library)) {}
 
-Decoder::~Decoder() = default;
+PocketSphinxDecoder::~PocketSphinxDecoder() = default;
 
-Result<std::unique_ptr<Decoder>> Decoder::load() {
+Result<std::unique_ptr<Decoder>> PocketSphinxDecoder::load(const std::filesystem::path& model) {
     static std::once_flag isReportingSet;
     std::call_once(isReportingSet, [] { err_set_callback(printErrors, nullptr); });
-    std::unique_ptr<PocketSphinx> library = PocketSphinx::load(englishModel());
+    std::unique_ptr<PocketSphinx> library =
+        PocketSphinx::load({model / "en-us", model / "en-us.lm.bin", model / "cmudict-en-us.dict"});
     if (!library) {
-        return Error{0, "The speech models in " TARVIK_SPEECH_MODEL " could not be loaded"};
+        return Error{0, "The speech models in " + model.string() + " could not be loaded"};
     }
-    return std::unique_ptr<Decoder>(new Decoder(std::move(library)));
+    return std::unique_ptr<Decoder>(new PocketSphinxDecoder(std::move(library)));
 }
 
-void Decoder::startStream() {
+void PocketSphinxDecoder::startStream() {
     library_->startStream();
 }
 
-void Decoder::startUtterance() {
-    isEnded_ = false;
-    library_->startUtterance();
+void PocketSphinxDecoder::startUtterance() {
+    processed_ = {};
+    ps_start_utt(library_->decoder());
 }
 
-void Decoder::process(std::span<const std::int16_t> samples) {
-    library_->process(samples);
+void PocketSphinxDecoder::process(std::span<const std::int16_t> samples) {
+    ps_process_raw(library_->decoder(), samples.data(), samples.size(), FALSE, FALSE);
+    processed_ += Seconds(static_cast<double>(samples.size()) / recognitionRate);
 }
 
-bool Decoder::isInSpeech() const {
-    return library_->isInSpeech();
+Hypothesis PocketSphinxDecoder::hypothesis() const {
+    return {words(false), processed_};
 }
 
-std::vector<Word> Decoder::words() const {
+std::vector<Word> PocketSphinxDecoder::endUtterance() {
+    ps_end_utt(library_->decoder());
+    return words(true);
+}
+
+std::vector<Word> PocketSphinxDecoder::words(bool hasConfidence) const {
     std::vector<Word> words;
     logmath_t* logarithms = ps_get_logmath(library_->decoder());
     // ps_seg_next frees the old segment and returns null at the end, so it takes the pointer over.
@@ -103,28 +107,11 @@ std::vector<Word> Decoder::words() const {
         ps_seg_frames(segment.get(), &first, &last);
         const int posterior = ps_seg_prob(segment.get(), nullptr, nullptr, nullptr);
         const double confidence =
-            isEnded_ ? std::clamp(logmath_exp(logarithms, posterior), 0.0, 1.0) : 0.0;
+            hasConfidence ? std::clamp(logmath_exp(logarithms, posterior), 0.0, 1.0) : 0.0;
         words.push_back({withoutVariant(word), Seconds(first / framesPerSecond),
                          Seconds((last + 1) / framesPerSecond), confidence});
     }
     return words;
-}
-
-Seconds Decoder::trailingPause() const {
-    int pauseFrames = 0;
-    std::unique_ptr<ps_seg_t, SegmentDeleter> segment(ps_seg_iter(library_->decoder()));
-    for (; segment; segment.reset(ps_seg_next(segment.release()))) {
-        int first = 0;
-        int last = 0;
-        ps_seg_frames(segment.get(), &first, &last);
-        pauseFrames = isSpokenWord(ps_seg_word(segment.get())) ? 0 : pauseFrames + last + 1 - first;
-    }
-    return Seconds(pauseFrames / framesPerSecond);
-}
-
-void Decoder::endUtterance() {
-    library_->endUtterance();
-    isEnded_ = true;
 }
 
 }  // namespace tarvik::service

@@ -1,0 +1,56 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <atomic>
+#include <condition_variable>
+#include <mutex>
+#include <string>
+#include <vector>
+
+#include "speech-service/Engine.h"
+
+namespace tarvik::service {
+
+/// An engine that understands its own script. Any thread.
+class ScriptedEngine : public Engine {
+  public:
+    ScriptedEngine();
+
+    const EngineInfo& info() const override { return info_; }
+    Result<std::unique_ptr<Decoder>> createDecoder() override;
+
+    /// The words of every utterance before its end and after it. Each word takes 0.3 s.
+    void understand(const std::string& hypothesis, const std::string& words);
+
+    /// The end of an utterance blocks until letSettle(), an abort or the engine's next script.
+    void blockSettling();
+    void letSettle();
+
+    /// Decoding blocks after this much audio of an utterance until letSettle().
+    void blockDecodingAfter(Seconds audio);
+
+    /// Every later createDecoder() fails.
+    void failLoading() { failsLoading_ = true; }
+
+    int loaded() const { return loaded_; }
+    int alive() const { return alive_; }
+    /// The lengths of the utterances that have ended.
+    std::vector<Seconds> lengths() const;
+
+  private:
+    friend class ScriptedDecoder;
+
+    EngineInfo info_;
+    std::atomic<bool> failsLoading_ = false;
+    std::atomic<int> loaded_ = 0;
+    std::atomic<int> alive_ = 0;
+    mutable std::mutex mutex_;
+    std::condition_variable changed_;
+    std::string hypothesis_;
+    std::string words_;
+    bool isSettlingBlocked_ = false;
+    Seconds decodingLimit_;
+    std::vector<Seconds> lengths_;
+};
+
+}  // namespace tarvik::service
