@@ -7,7 +7,9 @@
 #include <cstdlib>
 #include <string>
 #include <utility>
+#include <vector>
 
+#include "platform/linux/system/CommandLine.h"
 #include "platform/linux/system/CoreDumps.h"
 #include "platform/linux/system/MemoryArenas.h"
 #include "platform/linux/system/StandardDescriptors.h"
@@ -78,11 +80,22 @@ std::string variable(const char* name) {
     return value != nullptr ? value : "";
 }
 
+// Ends the process where the command line asks for anything but a start.
+void answerCommandLine(int argumentCount, char** arguments) {
+    const std::vector<std::string_view> after(arguments + (argumentCount > 0 ? 1 : 0),
+                                              arguments + argumentCount);
+    if (const auto answer = linuxdesktop::answerToArguments(after)) {
+        std::fputs(answer->text.c_str(), answer->status == EXIT_SUCCESS ? stdout : stderr);
+        std::exit(answer->status);
+    }
+}
+
 }  // namespace
 
 std::unique_ptr<Platform> makePlatform(int& argumentCount, char** arguments) {
     using linuxdesktop::InstanceClaim;
     linuxdesktop::openStandardDescriptors();
+    answerCommandLine(argumentCount, arguments);
     linuxdesktop::preventCoreDumps();
     linuxdesktop::limitMemoryArenas();
     // Qt takes these out of the environment when it starts.
