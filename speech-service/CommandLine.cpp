@@ -121,9 +121,12 @@ std::string usage() {
            "  --print-ca             make the certificates if there are none, print the path of\n"
            "                         the authority that clients have to trust, and end\n"
            "  --help                 print this text and end\n"
+           "  --version              print the version and end\n"
            "\n"
-           "Clients trust the service through ca.pem in the state directory. A socket that systemd "
-           "passes\ntakes the place of the port.\n";
+           "A service manager may hand over listening sockets (LISTEN_FDS). --port has no meaning\n"
+           "then.\n"
+           "\n"
+           "Clients trust the service through ca.pem in the state directory.\n";
 }
 
 Result<CommandLine> parseCommandLine(std::span<const std::string_view> arguments) {
@@ -137,6 +140,10 @@ Result<CommandLine> parseCommandLine(std::span<const std::string_view> arguments
         if (argument == "--help") {
             commandLine.action = CommandLine::Action::help;
             return commandLine;
+        }
+        if (argument == "--version") {
+            commandLine.action = CommandLine::Action::version;
+            continue;
         }
         if (argument == "--print-ca") {
             commandLine.action = CommandLine::Action::printAuthority;

@@ -15,7 +15,7 @@ namespace tarvik::service {
 
 /// The settings on the command line.
 struct CommandLine {
-    enum class Action { serve, printAuthority, help };
+    enum class Action { serve, printAuthority, version, help };
 
     Action action = Action::serve;
     std::uint16_t port = 8443;

@@ -23,8 +23,9 @@ namespace tarvik::service {
 /// stream is closed. The server may be destroyed only after that.
 class Server {
   public:
-    /// Loads a decoder, which blocks for some tenths of a second, and binds the port. The server
-    /// accepts connections while `context` runs. `context` must outlive the server.
+    /// Loads a decoder, which blocks for some tenths of a second, and binds the port or takes the
+    /// sockets of `options`. The server accepts connections while `context` runs. `context` must
+    /// outlive the server.
     static Result<std::unique_ptr<Server>> create(boost::asio::io_context& context,
                                                   const ServerOptions& options,
                                                   const CertificateFiles& certificates,

@@ -16,7 +16,7 @@ namespace tarvik::service {
 struct ServerOptions {
     /// 0 means any free port.
     std::uint16_t port = 0;
-    /// Sockets that listen already and take the place of the port.
+    /// Listening sockets, which the server takes and closes. `port` has no meaning with them.
     std::vector<int> sockets;
     /// The port of the metrics on the IPv4 loopback address; 0 means any free port.
     std::optional<std::uint16_t> metricsPort;

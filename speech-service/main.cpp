@@ -11,8 +11,8 @@
 #include "speech-service/CertificateStore.h"
 #include "speech-service/CommandLine.h"
 #include "speech-service/EngineChoice.h"
+#include "speech-service/HandedSockets.h"
 #include "speech-service/KeyFile.h"
-#include "speech-service/PassedSockets.h"
 #include "speech-service/Server.h"
 
 namespace service = tarvik::service;
@@ -29,7 +29,6 @@ int fail(const tarvik::Error& error, int status) {
 service::ServerOptions serverOptions(const service::CommandLine& commandLine) {
     service::ServerOptions options;
     options.port = commandLine.port;
-    options.sockets = service::takePassedSockets();
     options.metricsPort = commandLine.metricsPort;
     options.maxStreams = commandLine.maxStreams;
     options.refusal = commandLine.refusal;
@@ -37,7 +36,12 @@ service::ServerOptions serverOptions(const service::CommandLine& commandLine) {
 }
 
 int serve(const service::CommandLine& commandLine, const service::CertificateFiles& certificates) {
+    auto sockets = service::takeHandedSockets();
+    if (!sockets) {
+        return fail(sockets.error(), EXIT_FAILURE);
+    }
     service::ServerOptions options = serverOptions(commandLine);
+    options.sockets = std::move(sockets).value();
     if (!commandLine.keyFile.empty()) {
         auto keys = service::readKeyFile(commandLine.keyFile);
         if (!keys) {
@@ -83,6 +87,10 @@ int main(int argumentCount, char** argumentValues) {
     using Action = service::CommandLine::Action;
     if (commandLine.value().action == Action::help) {
         std::cout << service::usage();
+        return EXIT_SUCCESS;
+    }
+    if (commandLine.value().action == Action::version) {
+        std::cout << "tarvik-speech-service " TARVIK_VERSION "\n";
         return EXIT_SUCCESS;
     }
     const auto certificates = service::prepareCertificates(commandLine.value().stateDirectory);

@@ -115,26 +115,6 @@ TEST_F(Executable, EndsAtItsStartWithAModelThatIsNone) {
     EXPECT_NE(result.status, 0);
 }
 
-TEST_F(Executable, ServesOnASocketThatItsManagerPasses) {
-    // The manager binds the socket, and the service finds it as its third descriptor.
-    const std::string manager =
-        "import os, socket, sys\n"
-        "listener = socket.create_server(('127.0.0.1', 0))\n"
-        "os.dup2(listener.fileno(), 3)\n"
-        "os.environ.update(LISTEN_PID=str(os.getpid()), LISTEN_FDS='1')\n"
-        "os.execv(sys.argv[1], sys.argv[1:])\n";
-    std::vector<std::string> managed{"/usr/bin/python3", "-c", manager};
-    for (const std::string& argument : command("1")) {
-        managed.push_back(argument);
-    }
-    TestProcess service(managed);
-    ListenClient client(portOf(service), authority());
-    ASSERT_TRUE(client.openAt(16000));
-    service.send(SIGTERM);
-    client.receiveAll();
-    EXPECT_EQ(service.waitForEnd(), 0);
-}
-
 TEST_F(Executable, SaysWhereItsMetricsAre) {
     std::vector<std::string> measured = command();
     measured.push_back("--metrics-port=0");
@@ -154,6 +134,54 @@ TEST_F(Executable, SaysThatItsPortIsTaken) {
     EXPECT_EQ(second.output, "tarvik-speech-service: The port " + port +
                                  " cannot be listened on: Address already in use\n");
     EXPECT_EQ(second.status, 1);
+}
+
+// Opens a listening socket, prints its port, and becomes the service as a service manager starts
+// one.
+constexpr const char* handOver =
+    "import os, socket, sys\n"
+    "listener = socket.create_server(('127.0.0.1', 0))\n"
+    "print(listener.getsockname()[1], flush=True)\n"
+    "os.dup2(listener.fileno() if sys.argv[1] == 'listener' else 1, 3)\n"
+    "os.environ['LISTEN_PID'] = str(os.getpid() + (sys.argv[2] == 'other'))\n"
+    "os.environ['LISTEN_FDS'] = '1'\n"
+    "os.execv(sys.argv[3], sys.argv[3:])\n";
+
+class HandedSocket : public Executable {
+  protected:
+    std::vector<std::string> handing(const std::string& what, const std::string& toWhom) const {
+        std::vector<std::string> all = {"/usr/bin/python3", "-c", handOver, what, toWhom};
+        const std::vector<std::string> service = command();
+        all.insert(all.end(), service.begin(), service.end());
+        return all;
+    }
+};
+
+TEST_F(HandedSocket, IsServed) {
+    TestProcess service(handing("listener", "self"));
+    const int handed = std::stoi(service.readLine().value_or("0"));
+    EXPECT_EQ(portOf(service), handed);
+    ListenClient client(static_cast<std::uint16_t>(handed), authority());
+    EXPECT_TRUE(client.openAt(16000));
+    service.send(SIGTERM);
+    client.receiveAll();
+    EXPECT_EQ(service.waitForEnd(), 0);
+}
+
+TEST_F(HandedSocket, IsLeftAloneWhenItIsForAnotherProcess) {
+    TestProcess service(handing("listener", "other"));
+    const int handed = std::stoi(service.readLine().value_or("0"));
+    EXPECT_NE(portOf(service), handed);
+    service.send(SIGTERM);
+    EXPECT_EQ(service.waitForEnd(), 0);
+}
+
+TEST_F(HandedSocket, IsRefusedWhenItIsNone) {
+    const TestProcess::Result result = runForErrors(handing("file", "self"));
+    EXPECT_EQ(result.output,
+              "tarvik-speech-service: The descriptor 3 was handed over and is no listening TCP "
+              "socket\n");
+    EXPECT_EQ(result.status, 1);
 }
 
 }  // namespace
