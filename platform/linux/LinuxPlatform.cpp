@@ -33,7 +33,7 @@ LinuxPlatform::LinuxPlatform(int& argumentCount, char** arguments, InstanceClaim
                 input_.releaseTyping(process, units);
             }}}),
       audio_(mainQueue_, log_),
-      webSockets_(log_),
+      webSockets_(log_, webSocketOptions()),
       workspace_([this] { return input_.frontmostProcess(); }, taskLauncher_, clock_, log_),
       userInterface_(clock_, log_) {
     // Whoever asks during the launch is told what is the case, not that nothing is known yet.
@@ -43,6 +43,15 @@ LinuxPlatform::LinuxPlatform(int& argumentCount, char** arguments, InstanceClaim
              accessibility_.whenFirstKnown(std::move(whenKnown));
          }});
     serve(std::move(claim));
+}
+
+WebSocketOptions LinuxPlatform::webSocketOptions() {
+    WebSocketOptions options;
+    options.authority = userDefaults_.stringForKey("deepgramAuthority").value_or("");
+    options.onKeyAnswer = [this](bool isKeyAccepted) {
+        mainQueue_.async([this, isKeyAccepted] { userInterface_.showKeyAnswer(isKeyAccepted); });
+    };
+    return options;
 }
 
 void LinuxPlatform::serve(InstanceClaim claim) {

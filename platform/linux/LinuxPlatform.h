@@ -54,6 +54,7 @@ class LinuxPlatform final : public platform::Platform {
 
   private:
     void serve(InstanceClaim claim);
+    WebSocketOptions webSocketOptions();
 
     // In the order in which they need each other. The log stands first, so that every other service
     // can report until its end; the main queue stands before everything that posts to it.

@@ -219,8 +219,10 @@ class BadService(DictationTest):
         self.begin(service)
         self.check_one_error_and_a_clean_stop("Invalid credentials.")
         self.assertIn("401", self.application.log.wait_for(ERROR))
+        wait_for(lambda: "refuses the API key" in self.tray.tool_tip, "the tool tip")
         service.refusal = None
         self.check_the_next_recording(service)
+        wait_for(lambda: self.tray.tool_tip == "Tarvik Dictate", "the usual tool tip")
 
     def test_a_reset_connection_is_survived(self):
         service = self.start_scripted_service()

@@ -89,6 +89,11 @@ class Tray:
         ).unpack()[0]
 
     @property
+    def tool_tip(self):
+        """The title of the icon's tool tip."""
+        return self._property("ToolTip")[2]
+
+    @property
     def shows_recording(self):
         """Whether the icon is red."""
         _, _, pixels = max(self._property("IconPixmap"))

@@ -2,20 +2,25 @@
 
 #include "platform/linux/websocket/BeastWebSocketService.h"
 
+#include <utility>
+
 #include "platform/linux/websocket/BeastWebSocketSession.h"
 #include "platform/linux/websocket/SessionContext.h"
 #include "platform/linux/websocket/ThreadRegistry.h"
 
 namespace tarvik::linuxdesktop {
 
-BeastWebSocketService::BeastWebSocketService(platform::Log& log,
-                                             std::chrono::milliseconds closeTimeout,
-                                             std::chrono::milliseconds delegateHoldTime)
+BeastWebSocketService::BeastWebSocketService(platform::Log& log, WebSocketOptions options)
     : threads_(std::make_shared<ThreadRegistry>(log)),
-      context_(new SessionContext{
-          log, closeTimeout, delegateHoldTime, ProxySettings::fromEnvironment(), {}, {}}) {
+      context_(new SessionContext(log, std::move(options))) {
     // The first recording would wait for the trust store.
-    threads_->start([context = context_] { context->trustStore.sslContext(); });
+    threads_->start([context = context_] {
+        context->trustStore.sslContext();
+        if (const auto error = context->trustStore.authorityError()) {
+            context->log.write("TarvikDictate: the authority in " + context->options.authority +
+                               " is not trusted: " + *error);
+        }
+    });
 }
 
 BeastWebSocketService::~BeastWebSocketService() {

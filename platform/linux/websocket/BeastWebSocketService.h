@@ -1,12 +1,12 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-#include <chrono>
 #include <memory>
 #include <vector>
 
 #include "platform/Log.h"
 #include "platform/WebSocket.h"
+#include "platform/linux/websocket/WebSocketOptions.h"
 
 namespace tarvik::linuxdesktop {
 
@@ -16,8 +16,9 @@ struct SessionContext;
 
 /// Web sockets over TLS by Boost.Beast and OpenSSL.
 ///
-/// The server's certificate and host name are verified against the system's trust store.
-/// SSL_CERT_FILE and SSL_CERT_DIR replace the system's trust store. The proxy settings are
+/// The server's certificate and host name are verified against the system's trust store and the
+/// authority of the options. SSL_CERT_FILE and SSL_CERT_DIR replace the system's trust store. An
+/// authority that cannot be read costs one line in the log. The proxy settings are
 /// https_proxy and no_proxy, in either case, as of the construction of the service.
 ///
 /// The serial queue of a session is a thread. The thread starts with the first operation and ends
@@ -30,12 +31,8 @@ struct SessionContext;
 /// the service; their operations do nothing then.
 class BeastWebSocketService final : public platform::WebSocketService {
   public:
-    /// `log` is written to on any thread until the destruction of the service. `closeTimeout`
-    /// bounds a close handshake. `delegateHoldTime` is the time from the end of a connection to the
-    /// release of its delegate.
-    explicit BeastWebSocketService(
-        platform::Log& log, std::chrono::milliseconds closeTimeout = std::chrono::seconds(1),
-        std::chrono::milliseconds delegateHoldTime = std::chrono::seconds(10));
+    /// `log` is written to on any thread until the destruction of the service.
+    explicit BeastWebSocketService(platform::Log& log, WebSocketOptions options = {});
     ~BeastWebSocketService() override;
 
     std::shared_ptr<platform::WebSocketSession> makeSession(

@@ -45,7 +45,7 @@ void BeastWebSocketSession::connectionEnded() {
         holdTimer_.emplace(thread_->context());
     }
     // Setting the expiry cancels an earlier wait.
-    holdTimer_->expires_after(context_->delegateHoldTime);
+    holdTimer_->expires_after(context_->options.delegateHoldTime);
     // A strong reference: the hold must last although nobody else has the session any more.
     holdTimer_->async_wait([self = shared_from_this()](const boost::system::error_code& error) {
         if (!error) {

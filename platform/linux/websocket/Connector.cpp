@@ -140,7 +140,7 @@ void Connector::onConnected(const std::string& destination, tcp::socket socket) 
         context_->knownAddresses.remember(destination, endpoint);
     }
     connection_ = std::make_shared<Connection>(std::move(socket), context_->trustStore.sslContext(),
-                                               context_->closeTimeout);
+                                               context_->options.closeTimeout);
     if (proxy_) {
         openProxyTunnel();
     } else {
@@ -219,6 +219,7 @@ void Connector::handshakeWebSocket() {
 
 void Connector::onWebSocketHandshake(const error_code& error) {
     if (!error) {
+        reportKeyAnswer(true);
         const auto protocol = response_[boost::beast::http::field::sec_websocket_protocol];
         finish(Connected{std::exchange(connection_, nullptr),
                          std::string(protocol.data(), protocol.size())});
@@ -228,6 +229,9 @@ void Connector::onWebSocketHandshake(const error_code& error) {
         fail(networkError("The service broke the opening of the web socket off", error));
         return;
     }
+    if (response_.result() == boost::beast::http::status::unauthorized) {
+        reportKeyAnswer(false);
+    }
     const std::string_view reason(response_.reason().data(), response_.reason().size());
     std::string text =
         "The service refused the web socket: " + httpStatusText(response_.result_int(), reason);
@@ -235,6 +239,12 @@ void Connector::onWebSocketHandshake(const error_code& error) {
         text += ": " + body;
     }
     fail({static_cast<int>(response_.result_int()), std::move(text)});
+}
+
+void Connector::reportKeyAnswer(bool isKeyAccepted) {
+    if (const auto& onKeyAnswer = context_->options.onKeyAnswer) {
+        onKeyAnswer(isKeyAccepted);
+    }
 }
 
 void Connector::fail(Error error) {

@@ -57,6 +57,7 @@ class Connector final : public std::enable_shared_from_this<Connector> {
     void handshakeWebSocket();
     void onWebSocketHandshake(const boost::system::error_code& error);
     void dropConnection();
+    void reportKeyAnswer(bool isKeyAccepted);
     void fail(Error error);
     void finish(Result<Connected> result);
 

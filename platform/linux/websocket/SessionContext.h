@@ -1,23 +1,27 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-#include <chrono>
+#include <utility>
 
 #include "platform/Log.h"
 #include "platform/linux/websocket/KnownAddresses.h"
 #include "platform/linux/websocket/ProxySettings.h"
 #include "platform/linux/websocket/TrustStore.h"
+#include "platform/linux/websocket/WebSocketOptions.h"
 
 namespace tarvik::linuxdesktop {
 
 /// The settings and services that all sessions of a service share.
 struct SessionContext {
+    SessionContext(platform::Log& sessionLog, WebSocketOptions sessionOptions)
+        : log(sessionLog),
+          options(std::move(sessionOptions)),
+          proxies(ProxySettings::fromEnvironment()),
+          trustStore(options.authority) {}
+
     /// For session threads only: they end before the service, and the log outlives the service.
     platform::Log& log;
-    /// The maximum duration of a close handshake. The connection is aborted after it.
-    std::chrono::milliseconds closeTimeout;
-    /// How long a session holds its delegate after the end of the connection.
-    std::chrono::milliseconds delegateHoldTime;
+    const WebSocketOptions options;
     ProxySettings proxies;
     TrustStore trustStore;
     KnownAddresses knownAddresses;

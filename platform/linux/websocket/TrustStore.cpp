@@ -17,6 +17,13 @@ ssl::context& TrustStore::sslContext() {
         // An unreadable store makes every certificate fail to verify, and that error has a reason.
         boost::system::error_code ignored;
         context_->set_default_verify_paths(ignored);
+        if (!authority_.empty()) {
+            boost::system::error_code error;
+            context_->load_verify_file(authority_, error);
+            if (error) {
+                authorityError_ = error.message();
+            }
+        }
         context_->set_verify_mode(ssl::verify_peer, ignored);
         SSL_CTX_set_mode(context_->native_handle(), SSL_MODE_RELEASE_BUFFERS);
         sessions_.collectFrom(context_->native_handle());

@@ -6,6 +6,7 @@
 #include <mutex>
 #include <optional>
 #include <string>
+#include <utility>
 
 #include "platform/linux/websocket/TlsSessions.h"
 
@@ -15,9 +16,16 @@ namespace tarvik::linuxdesktop {
 /// store verifies. SSL_CERT_FILE and SSL_CERT_DIR replace the system's trust store.
 class TrustStore {
   public:
+    /// `authority` is the path of certificates (PEM) that are trusted as well; empty for none.
+    explicit TrustStore(std::string authority = {}) : authority_(std::move(authority)) {}
+
     /// The context of every connection. The first call reads the trust store from the disk, for
     /// some tens of milliseconds. Any thread but the main thread.
     boost::asio::ssl::context& sslContext();
+
+    /// The reason why the authority is not trusted; empty where the authority is. After
+    /// sslContext().
+    std::optional<std::string> authorityError() const { return authorityError_; }
 
     /// Makes the handshake of `ssl` fail unless the server's certificate is for `host`, a name or
     /// an address. False when OpenSSL rejects `host`; the handshake must not start then.
@@ -31,6 +39,8 @@ class TrustStore {
     static std::optional<std::string> verifyError(SSL* ssl);
 
   private:
+    const std::string authority_;
+    std::optional<std::string> authorityError_;
     std::once_flag isLoaded_;
     TlsSessions sessions_;
     std::optional<boost::asio::ssl::context> context_;

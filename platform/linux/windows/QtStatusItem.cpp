@@ -79,15 +79,28 @@ void QtStatusItem::setTitle(const std::string& title) {
     update();
 }
 
+void QtStatusItem::setKeyAccepted(bool isKeyAccepted) {
+    isKeyAccepted_ = isKeyAccepted;
+    if (trayIcon_) {
+        trayIcon_->setToolTip(description());
+    }
+}
+
 QIcon QtStatusItem::icon() const {
     const std::optional<QColor> color = tint_ ? std::optional(systemRed) : std::nullopt;
     return image_ ? image_->icon(color) : textIcon(title_, color);
 }
 
 QString QtStatusItem::description() const {
-    const QString name = image_ ? QString::fromStdString(image_->accessibilityDescription())
-                                : QCoreApplication::applicationName();
-    return tint_ ? name + QStringLiteral(" – recording") : name;
+    QString text = image_ ? QString::fromStdString(image_->accessibilityDescription())
+                          : QCoreApplication::applicationName();
+    if (tint_) {
+        text += QStringLiteral(" – recording");
+    }
+    if (!isKeyAccepted_) {
+        text += QStringLiteral(" – the speech service refuses the API key");
+    }
+    return text;
 }
 
 void QtStatusItem::update() {

@@ -37,6 +37,9 @@ class QtStatusItem final : public QObject,
     void setContentTintColor(std::optional<platform::SystemColor> color) override;
     void setTitle(const std::string& title) override;
 
+    /// A key that the service refuses is told in description().
+    void setKeyAccepted(bool isKeyAccepted);
+
     /// The icon that the tray shows or will show.
     QIcon icon() const;
     /// The icon in words: the tool tip, which is also what a screen reader hears.
@@ -52,6 +55,7 @@ class QtStatusItem final : public QObject,
     std::shared_ptr<QtImage> image_;
     std::optional<platform::SystemColor> tint_;
     std::string title_;
+    bool isKeyAccepted_ = true;
     std::shared_ptr<QtMenu> menu_;
     std::unique_ptr<QSystemTrayIcon> trayIcon_;
     std::unique_ptr<TrayHost> trayHost_;

@@ -39,7 +39,15 @@ std::shared_ptr<platform::Image> imageOf(const QIcon& picture, QSize naturalSize
 }  // namespace
 
 std::shared_ptr<platform::StatusItem> QtUserInterface::makeStatusItem() {
-    return std::make_shared<QtStatusItem>(clock_, log_);
+    const auto item = std::make_shared<QtStatusItem>(clock_, log_);
+    statusItem_ = item;
+    return item;
+}
+
+void QtUserInterface::showKeyAnswer(bool isKeyAccepted) {
+    if (const auto item = statusItem_.lock()) {
+        item->setKeyAccepted(isKeyAccepted);
+    }
 }
 
 std::shared_ptr<platform::Menu> QtUserInterface::makeMenu() {

@@ -1,17 +1,25 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include <memory>
+
 #include "platform/Clock.h"
 #include "platform/Log.h"
 #include "platform/UserInterface.h"
 
 namespace tarvik::linuxdesktop {
 
+class QtStatusItem;
+
 /// The user interface in Qt Widgets. Needs the main thread's QApplication.
 class QtUserInterface final : public platform::UserInterface {
   public:
     /// `clock` and `log` outlive the object and everything that it makes.
     QtUserInterface(const platform::Clock& clock, platform::Log& log) : clock_(clock), log_(log) {}
+
+    /// Tells in the tool tip of the newest status item whether the service refuses the key. Nothing
+    /// else changes.
+    void showKeyAnswer(bool isKeyAccepted);
 
     std::shared_ptr<platform::StatusItem> makeStatusItem() override;
     std::shared_ptr<platform::Menu> makeMenu() override;
@@ -46,6 +54,7 @@ class QtUserInterface final : public platform::UserInterface {
   private:
     const platform::Clock& clock_;
     platform::Log& log_;
+    std::weak_ptr<QtStatusItem> statusItem_;
 };
 
 }  // namespace tarvik::linuxdesktop

@@ -37,9 +37,19 @@ BeastWorld::BeastWorld(const TestCertificate& certificate)
     restartService();
 }
 
-void BeastWorld::restartService() {
+void BeastWorld::restartService(const std::string& authority) {
     service_.reset();
-    service_ = std::make_unique<linuxdesktop::BeastWebSocketService>(log_, closeTimeout, holdTime);
+    service_ = std::make_unique<linuxdesktop::BeastWebSocketService>(
+        log_, linuxdesktop::WebSocketOptions{closeTimeout, holdTime, authority,
+                                             [this](bool isKeyAccepted) {
+                                                 const std::lock_guard lock(keyAnswersMutex_);
+                                                 keyAnswers_.push_back(isKeyAccepted);
+                                             }});
+}
+
+std::vector<bool> BeastWorld::keyAnswers() const {
+    const std::lock_guard lock(keyAnswersMutex_);
+    return keyAnswers_;
 }
 
 platform::UrlRequest BeastWorld::request() {

@@ -44,8 +44,11 @@ class BeastWorld final : public WebSocketWorld {
     const std::string& head() const { return head_; }
     std::vector<std::string> logLines() const;
 
-    /// Replaces the service by a new one, which reads the environment again.
-    void restartService();
+    /// Replaces the service by a new one, which reads the environment again. The service trusts
+    /// the certificates in the file `authority` as well, unless `authority` is empty.
+    void restartService(const std::string& authority = {});
+    /// What the services reported of the key so far.
+    std::vector<bool> keyAnswers() const;
     void endService() { service_.reset(); }
 
   private:
@@ -64,6 +67,8 @@ class BeastWorld final : public WebSocketWorld {
     std::optional<Peer> peer_;
     std::string head_;
     MemoryLog log_;
+    mutable std::mutex keyAnswersMutex_;
+    std::vector<bool> keyAnswers_;
     std::unique_ptr<linuxdesktop::BeastWebSocketService> service_;
 };
 

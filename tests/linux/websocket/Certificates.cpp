@@ -69,37 +69,47 @@ struct Authority {
     }
 };
 
-/// The one that SSL_CERT_FILE names; its file goes with it.
-class TrustedAuthority {
+/// An authority with its certificate in a file, which goes with it.
+class AuthorityFile {
   public:
-    TrustedAuthority() {
+    explicit AuthorityFile(const std::string& name) : authority(name) {
         std::string pattern = std::filesystem::temp_directory_path() / "web-socket-test-XXXXXX";
         check(mkdtemp(pattern.data()) != nullptr);
         folder_ = pattern;
-        const std::string file = folder_ / "authority.pem";
-        const std::unique_ptr<BIO, Deleter<BIO_free_all>> out(BIO_new_file(file.c_str(), "w"));
+        const std::unique_ptr<BIO, Deleter<BIO_free_all>> out(BIO_new_file(path().c_str(), "w"));
         check(out && PEM_write_bio_X509(out.get(), authority.certificate.get()) == 1);
-        setenv("SSL_CERT_FILE", file.c_str(), 1);
     }
-    ~TrustedAuthority() {
+    ~AuthorityFile() {
         std::error_code ignored;  // A folder in the temporary directory does no harm.
         std::filesystem::remove_all(folder_, ignored);
     }
-    TrustedAuthority(const TrustedAuthority&) = delete;
-    TrustedAuthority& operator=(const TrustedAuthority&) = delete;
+    AuthorityFile(const AuthorityFile&) = delete;
+    AuthorityFile& operator=(const AuthorityFile&) = delete;
 
-    Authority authority{"Authority of a test"};
+    std::string path() const { return folder_ / "authority.pem"; }
+
+    const Authority authority;
 
   private:
     std::filesystem::path folder_;
 };
 
+const AuthorityFile& strangeAuthority() {
+    static const AuthorityFile stranger("Authority that nobody knows");
+    return stranger;
+}
+
 }  // namespace
 
+std::string strangeAuthorityFile() {
+    return strangeAuthority().path();
+}
+
 SslContext makeServerContext(const TestCertificate& wanted) {
-    static const TrustedAuthority trusted;
-    static const Authority stranger("Authority that nobody knows");
-    const Authority& authority = wanted.isTrusted ? trusted.authority : stranger;
+    static const AuthorityFile trusted("Authority of a test");
+    static const int isSet = setenv("SSL_CERT_FILE", trusted.path().c_str(), 1);
+    check(isSet == 0);
+    const Authority& authority = (wanted.isTrusted ? trusted : strangeAuthority()).authority;
 
     const Key key(EVP_EC_gen("P-256"));
     const Certificate certificate = makeBlank(key, 2, "Server of a test", wanted.validity);

@@ -26,4 +26,7 @@ struct TestCertificate {
 /// and sets SSL_CERT_FILE to its file, for the whole process.
 SslContext makeServerContext(const TestCertificate& certificate);
 
+/// The file with the authority of the certificates that are not trusted.
+std::string strangeAuthorityFile();
+
 }  // namespace tarvik::tests

@@ -46,6 +46,7 @@ TEST_F(WebSocketConnector, AsksForTheServerByName) {
     ASSERT_TRUE(comes("open token"));
     EXPECT_EQ(world.peer().serverName(), "localhost");
     EXPECT_TRUE(world.head().starts_with("GET / HTTP/1.1\r\n"));
+    EXPECT_EQ(world.keyAnswers(), std::vector<bool>{true});
 }
 
 TEST_F(WebSocketConnector, ReadsAMessageThatComesWithTheUpgradeResponse) {
@@ -68,6 +69,7 @@ TEST_F(WebSocketConnector, ARefusedUpgradeTellsStatusAndBody) {
         failed("The service refused the web socket: HTTP 401 Unauthorized: "
                "{\"err_code\":\"INVALID_AUTH\", \"err_msg\":\" no\"}"));
     EXPECT_EQ(recorder->lastError().code, 401);
+    EXPECT_EQ(world.keyAnswers(), std::vector<bool>{false});
     world.settle();
     EXPECT_EQ(recorder->events().size(), 1U);
 }
@@ -79,6 +81,7 @@ TEST_F(WebSocketConnector, ARefusalMayEndWithTheConnectionAndIsCutShort) {
     world.peer().write("HTTP/1.1 503 Busy\r\n\r\n" + std::string(100'000, 'A'));
     world.peer().end();
     ASSERT_TRUE(failed("HTTP 503 Busy: AAAA"));
+    EXPECT_EQ(world.keyAnswers(), std::vector<bool>{}) << "such a refusal says nothing of the key";
     EXPECT_LT(recorder->lastError().localizedDescription.size(), 600U);
 }
 
@@ -287,6 +290,29 @@ TEST_F(WebSocketCertificates, OfAStrangeAuthority) {
     EXPECT_EQ(
         verifyErrorOf({.names = "IP:127.0.0.1", .isTrusted = false}),
         "The certificate of 127.0.0.1 does not verify: unable to get local issuer certificate");
+}
+
+TEST(WebSocketAuthority, IsTrustedBesideThoseOfTheSystem) {
+    for (const bool isTrustedBySystem : {false, true}) {
+        BeastWorld world({.names = "IP:127.0.0.1", .isTrusted = isTrustedBySystem});
+        world.restartService(strangeAuthorityFile());
+        const auto recorder = std::make_shared<WebSocketRecorder>();
+        const auto session = world.service().makeSession(recorder);
+        const auto task = session->webSocketTask(world.request());
+        task->resume();
+        world.accept("token");
+        EXPECT_TRUE(world.runUntil([&] { return recorder->has("open token"); }));
+        EXPECT_EQ(world.logLines(), std::vector<std::string>{});
+    }
+}
+
+TEST(WebSocketAuthority, ThatIsMissingIsToldInTheLog) {
+    BeastWorld world;
+    world.restartService("/nowhere/ca.pem");
+    ASSERT_TRUE(world.runUntil([&] { return !world.logLines().empty(); }));
+    EXPECT_TRUE(world.logLines().front().starts_with(
+        "TarvikDictate: the authority in /nowhere/ca.pem is not trusted: "))
+        << world.logLines().front();
 }
 
 TEST_F(WebSocketCertificates, OfAnotherHost) {

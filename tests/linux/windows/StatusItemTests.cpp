@@ -95,6 +95,22 @@ TEST_F(StatusItemTest, WhileRecordingTheIconIsFilledInRed) {
     }
 }
 
+TEST_F(StatusItemTest, ARefusedKeyIsToldInWordsAndNotInTheIcon) {
+    const auto item =
+        std::dynamic_pointer_cast<linuxdesktop::QtStatusItem>(userInterface.makeStatusItem());
+    item->setImage(userInterface.systemSymbol("mic", "Tarvik Dictate"));
+    const QImage before = drawn(item->icon(), 22, darkPanel);
+    userInterface.showKeyAnswer(false);
+    EXPECT_EQ(item->description(), "Tarvik Dictate – the speech service refuses the API key");
+    EXPECT_EQ(drawn(item->icon(), 22, darkPanel), before);
+    item->setContentTintColor(platform::SystemColor::red);
+    EXPECT_EQ(item->description(),
+              "Tarvik Dictate – recording – the speech service refuses the API key");
+    item->setContentTintColor(std::nullopt);
+    userInterface.showKeyAnswer(true);
+    EXPECT_EQ(item->description(), "Tarvik Dictate");
+}
+
 TEST_F(StatusItemTest, ATitleStandsInForAMissingPicture) {
     linuxdesktop::QtStatusItem item(clock, log);
     for (const QColor& panel : {QColor(Qt::white), darkPanel}) {
