@@ -1,0 +1,135 @@
+#!/usr/bin/python3
+# SPDX-License-Identifier: MIT
+"""The first minutes with the installed packages: start, local service, a sentence, upgrade, way back.
+
+usage: installed.py PACKAGE...
+
+The packages are installed in place of the present ones while the application runs. This changes the
+system; packaging/linux/test-deb calls it on one that is dropped afterwards.
+"""
+
+import os
+import pathlib
+import signal
+import subprocess
+import sys
+
+from desktop import Desktop, wait_for
+from keyboard import Keyboard
+from microphone import Microphone
+from similarity import MIN_SIMILARITY, similarity, words
+from target import WidgetTarget
+from windows import wait_for_window
+
+NAME = "com.tarvik.dictate"
+READY = "hold-to-talk registered"
+SENTENCE = "the quick brown fox jumps over the lazy dog"
+RECOGNITION_TIMEOUT = 60.0
+OWN_SETTINGS = "[General]\ndeepgramApiKey=my own key\ndeepgramHost=speech.example:444\n"
+
+
+class Session:
+    """A user's session in which the packages are used. The session bus starts the application."""
+
+    def __init__(self, desktop):
+        self._desktop = desktop
+        config = pathlib.Path(desktop.environment["XDG_CONFIG_HOME"])
+        self.settings = config / "Tarvik" / "Tarvik Dictate.conf"
+        self._starts = 0
+
+    def _call_bus(self, member, *arguments):
+        return self._desktop.run(
+            ["dbus-send", "--session", "--print-reply=literal", "--dest=org.freedesktop.DBus", "/",
+             "org.freedesktop.DBus." + member, *arguments], check=False)
+
+    @property
+    def process(self):
+        """The process of the application; nothing where none runs."""
+        reply = self._call_bus("GetConnectionUnixProcessID", "string:" + NAME).split()
+        return int(reply[-1]) if reply else None
+
+    def start(self):
+        self._call_bus("StartServiceByName", "string:" + NAME, "uint32:0")
+        self.wait_until_ready()
+
+    def wait_until_ready(self):
+        """Waits until one more start is complete; closes the setup window, which comes up by itself."""
+        self._starts += 1
+        wait_for(lambda: self._desktop.services_log().count(READY) >= self._starts,
+                 "the hotkeys of the started application")
+        wait_for_window(self._desktop).close()
+
+    def switch(self, where):
+        """Switches the running application over to the local service, or back."""
+        before = self.process
+        print(self._desktop.run(["tarvik-local-speech", where]).strip(), flush=True)
+        self.wait_until_ready()
+        assert self.process not in (None, before), "the application was not started anew"
+
+    def end(self):
+        process = self.process
+        os.kill(process, signal.SIGTERM)
+        wait_for(lambda: not pathlib.Path(f"/proc/{process}/exe").exists(), "the application's end")
+
+    def own_settings(self):
+        """The settings that the user or the switch has made."""
+        return [line for line in self.settings.read_text().splitlines()
+                if line.startswith("deepgram")]
+
+
+def dictate(desktop, session):
+    """Speaks a sentence into a text field; returns the text that arrives."""
+    keyboard, microphone = Keyboard(desktop), Microphone(desktop.fifo())
+    target = WidgetTarget(desktop, "gtk3")
+    keyboard.hold()
+    wait_for(desktop.is_microphone_open, "an open microphone", RECOGNITION_TIMEOUT)
+    microphone.speak(SENTENCE)
+    microphone.wait_until_silent()
+    keyboard.release()
+    wait_for(lambda: words(target.text)[-1:] == words(SENTENCE)[-1:], "the last word",
+             RECOGNITION_TIMEOUT)
+    assert session.process is not None
+    microphone.pull_out()
+    target.close()
+    return target.text
+
+
+def main(packages):
+    with Desktop(wm=True, a11y=True, audio=True) as desktop:
+        session = Session(desktop)
+        session.settings.parent.mkdir(mode=0o700)
+        session.settings.write_text(OWN_SETTINGS)
+        # systemd opens the socket in a session of its own. Here a small program does.
+        desktop.spawn(["systemd-socket-activate", "--listen=127.0.0.1:8443",
+                       "/usr/bin/tarvik-speech-service"])
+        session.start()
+        print("The session bus has started the application.", flush=True)
+        session.switch("on")
+        assert "deepgramApiKey=local" in session.own_settings(), session.own_settings()
+        text = dictate(desktop, session)
+        print(f"Spoken: {SENTENCE}\nArrived: {text}", flush=True)
+        assert similarity(SENTENCE, text) >= MIN_SIMILARITY, "that is not what was spoken"
+
+        process = session.process
+        subprocess.run(["apt-get", "install", "-y", "-qq", *packages], check=True,
+                       stdout=subprocess.DEVNULL, stdin=subprocess.DEVNULL)
+        assert session.process == process, "the upgrade ended the application"
+        session.end()
+        session.start()
+        print("The application runs on after the upgrade, and starts again.", flush=True)
+
+        session.switch("off")
+        assert session.own_settings() == OWN_SETTINGS.splitlines()[1:], session.own_settings()
+        session.end()
+        home = sorted(str(path.relative_to(desktop.folder)) for path in desktop.folder.rglob("*")
+                      if "tarvik" in path.name.lower())
+        print("What is left of the user's:", *home, sep="\n  ", flush=True)
+        assert home == ["config/Tarvik", "config/Tarvik/Tarvik Dictate.conf",
+                        f"config/autostart/{NAME}.desktop", "state/tarvik-speech-service"], home
+        # After the packages are removed, the entry names a program that is not there.
+        entry = desktop.folder / f"config/autostart/{NAME}.desktop"
+        assert "\nTryExec=/usr/bin/tarvik-dictate\n" in entry.read_text()
+
+
+if __name__ == "__main__":
+    main(sys.argv[1:])
