@@ -34,7 +34,14 @@ LinuxPlatform::LinuxPlatform(int& argumentCount, char** arguments, InstanceClaim
             }}}),
       audio_(mainQueue_, log_),
       webSockets_(log_, webSocketOptions()),
-      workspace_([this] { return input_.frontmostProcess(); }, taskLauncher_, clock_, log_),
+      workspace_([this] { return input_.frontmostProcess(); },
+                 [this](SettingsPanel panel) {
+                     return panel == SettingsPanel::microphone
+                                ? audio_.authorizationStatusForAudio() !=
+                                      static_cast<int>(platform::AuthorizationStatus::authorized)
+                                : !accessibility_.isProcessTrusted();
+                 },
+                 taskLauncher_, clock_, log_),
       userInterface_(clock_, log_) {
     // Whoever asks during the launch is told what is the case, not that nothing is known yet.
     application_.holdLaunchUntil(

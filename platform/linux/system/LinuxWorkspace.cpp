@@ -2,7 +2,6 @@
 
 #include "platform/linux/system/LinuxWorkspace.h"
 
-#include <QFileInfo>
 #include <QStandardPaths>
 #include <QUrl>
 #include <utility>
@@ -18,14 +17,14 @@ std::string executable(const std::string& program) {
 
 }  // namespace
 
-LinuxWorkspace::LinuxWorkspace(FrontmostProcess frontmostProcess,
+LinuxWorkspace::LinuxWorkspace(FrontmostProcess frontmostProcess, IsMissing isMissing,
                                platform::TaskLauncher& taskLauncher, const platform::Clock& clock,
                                platform::Log& log)
     : frontmostProcess_(std::move(frontmostProcess)),
+      isMissing_(std::move(isMissing)),
       taskLauncher_(taskLauncher),
       clock_(clock),
-      log_(log),
-      fileManager_(clock) {}
+      log_(log) {}
 
 std::shared_ptr<platform::RunningApplication> LinuxWorkspace::frontmostApplication() {
     const std::optional<platform::ProcessIdentifier> process = frontmostProcess_();
@@ -48,6 +47,9 @@ void LinuxWorkspace::announceWake() {
 
 bool LinuxWorkspace::openUrl(const std::string& url) {
     const std::optional<SettingsPanel> panel = settingsPanelOf(url);
+    if (panel && !isMissing_(*panel)) {
+        return true;
+    }
     const std::optional<Error> failure = panel ? openPanel(*panel) : openLink(url);
     if (failure) {
         log_.write("TarvikDictate: cannot open " + url + ": " + failure->localizedDescription);
@@ -81,11 +83,6 @@ std::optional<Error> LinuxWorkspace::openPanel(SettingsPanel panel) {
                                     : "not installed: " + missing};
 }
 
-void LinuxWorkspace::activateFileViewerSelecting(const std::string& path) {
-    fileManager_.show(path, [this, path] {
-        const QString folder = QFileInfo(QString::fromStdString(path)).path();
-        openUrl(QUrl::fromLocalFile(folder).toString(QUrl::FullyEncoded).toStdString());
-    });
-}
+void LinuxWorkspace::activateFileViewerSelecting(const std::string&) {}
 
 }  // namespace tarvik::linuxdesktop

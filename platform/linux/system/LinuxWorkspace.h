@@ -11,7 +11,6 @@
 #include "platform/Log.h"
 #include "platform/TaskLauncher.h"
 #include "platform/Workspace.h"
-#include "platform/linux/system/FileManager.h"
 #include "platform/linux/system/SettingsPanel.h"
 #include "platform/linux/system/SleepMonitor.h"
 
@@ -19,22 +18,27 @@ namespace tarvik::linuxdesktop {
 
 /// The desktop around the application. Main thread only.
 ///
-/// logind announces waking. Links are handed to xdg-open; links to a page of the system settings
-/// open that page of the desktop's own settings.
+/// logind announces waking. Links are handed to xdg-open. A link to a page of the system settings
+/// opens that page of the desktop's own settings, as long as something is missing that the page can
+/// give.
 class LinuxWorkspace final : public platform::Workspace {
   public:
     /// The process whose window has the keyboard; empty where unknown. Does not wait.
     using FrontmostProcess = std::function<std::optional<platform::ProcessIdentifier>()>;
+    /// Whether the application lacks what the user can give on a page of the settings. Does not
+    /// wait.
+    using IsMissing = std::function<bool(SettingsPanel)>;
 
     /// The references outlive the workspace.
-    LinuxWorkspace(FrontmostProcess frontmostProcess, platform::TaskLauncher& taskLauncher,
-                   const platform::Clock& clock, platform::Log& log);
+    LinuxWorkspace(FrontmostProcess frontmostProcess, IsMissing isMissing,
+                   platform::TaskLauncher& taskLauncher, const platform::Clock& clock,
+                   platform::Log& log);
 
     std::shared_ptr<platform::RunningApplication> frontmostApplication() override;
     void observeDidWake(std::function<void()> handler) override;
     /// On failure the log gets a line with the reason.
     bool openUrl(const std::string& url) override;
-    /// Without a file manager that answers, the folder is opened without a selection.
+    /// Does nothing: these desktops have no list of permissions that a file could be dragged into.
     void activateFileViewerSelecting(const std::string& path) override;
 
   private:
@@ -43,12 +47,12 @@ class LinuxWorkspace final : public platform::Workspace {
     std::optional<Error> openPanel(SettingsPanel panel);
 
     FrontmostProcess frontmostProcess_;
+    IsMissing isMissing_;
     platform::TaskLauncher& taskLauncher_;
     const platform::Clock& clock_;
     platform::Log& log_;
     std::vector<std::function<void()>> wakeObservers_;
     std::unique_ptr<SleepMonitor> sleepMonitor_;
-    FileManager fileManager_;
 };
 
 }  // namespace tarvik::linuxdesktop

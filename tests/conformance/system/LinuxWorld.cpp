@@ -238,7 +238,9 @@ class LinuxSystemWorld final : public SystemWorld {
     std::optional<linuxdesktop::FileUserDefaults> userDefaults_;
     linuxdesktop::ProcessTaskLauncher taskLauncher_;
     linuxdesktop::LinuxBundle bundle_;
-    linuxdesktop::LinuxWorkspace workspace_{[this] { return front_; }, taskLauncher_, clock_, log_};
+    linuxdesktop::LinuxWorkspace workspace_{[this] { return front_; },
+                                            [](linuxdesktop::SettingsPanel) { return true; },
+                                            taskLauncher_, clock_, log_};
     std::optional<linuxdesktop::XdgLoginItem> loginItem_;
     linuxdesktop::QtUserInterface userInterface_{clock_, log_};
     QObject answers_;

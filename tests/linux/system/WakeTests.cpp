@@ -34,8 +34,12 @@ class WakeTest : public ApplicationTest {
     MockLogind logind{folder / "bus"};
     linuxdesktop::ProcessTaskLauncher taskLauncher;
     std::optional<linuxdesktop::LinuxWorkspace> workspace{
-        std::in_place, [] { return std::optional<platform::ProcessIdentifier>(); }, taskLauncher,
-        clock, log};
+        std::in_place,
+        [] { return std::optional<platform::ProcessIdentifier>(); },
+        [](linuxdesktop::SettingsPanel) { return true; },
+        taskLauncher,
+        clock,
+        log};
 };
 
 double processorSeconds() {

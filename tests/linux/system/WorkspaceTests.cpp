@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 
 #include <filesystem>
+#include <set>
 #include <vector>
 
 #include "platform/linux/system/LinuxWorkspace.h"
@@ -51,39 +52,15 @@ class WorkspaceTest : public SessionBusTest {
         return called();
     }
 
-    void startFileManager() {
-        manager_.emplace(std::vector<std::string>{
-            "/usr/bin/python3", "-u", "-m", "dbusmock", "--session", "org.freedesktop.FileManager1",
-            "/org/freedesktop/FileManager1", "org.freedesktop.FileManager1"});
-        EXPECT_TRUE(runUntil([this] {
-            return callFromOutside("org.freedesktop.FileManager1", "/org/freedesktop/FileManager1",
-                                   "org.freedesktop.DBus.Mock", "AddMethod",
-                                   [](sd_bus_message* message) {
-                                       sd_bus_message_append(message, "sssss",
-                                                             "org.freedesktop.FileManager1",
-                                                             "ShowItems", "ass", "", "");
-                                   })
-                .empty();
-        }));
-    }
-
-    /// The next request to show a file that reaches the file manager; waits for the request.
-    std::string shown() {
-        return meanwhile([this] {
-            std::optional<std::string> line;
-            do {
-                line = manager_->readLine();
-            } while (line && line->find("ShowItems") == std::string::npos);
-            return line.value_or("");
-        });
-    }
-
     linuxdesktop::ProcessTaskLauncher taskLauncher;
     linuxdesktop::LinuxWorkspace workspace{
-        [] { return std::optional<platform::ProcessIdentifier>(4711); }, taskLauncher, clock, log};
+        [] { return std::optional<platform::ProcessIdentifier>(4711); },
+        [this](linuxdesktop::SettingsPanel panel) { return missing.contains(panel); }, taskLauncher,
+        clock, log};
+    std::set<linuxdesktop::SettingsPanel> missing = {linuxdesktop::SettingsPanel::microphone,
+                                                     linuxdesktop::SettingsPanel::accessibility};
 
   private:
-    std::optional<TestProcess> manager_;
     std::string savedPath_;
     std::string seen_ = folder / "seen";
 };
@@ -150,39 +127,22 @@ TEST_F(WorkspaceTest, OneLineSaysWhatIsMissing) {
     EXPECT_EQ(log.lines().size(), 3U);
 }
 
-TEST_F(WorkspaceTest, AFileIsShownByTheFileManager) {
-    startFileManager();
-    install({"xdg-open"});
-    workspace.activateFileViewerSelecting("/opt/my folder/tarvik-dictate");
-    EXPECT_NE(shown().find("file:///opt/my%20folder/tarvik-dictate"), std::string::npos);
-    EXPECT_FALSE(std::filesystem::exists(folder / "seen"));
+TEST_F(WorkspaceTest, APanelIsOpenedOnlyWhileSomethingIsMissing) {
+    install({"gnome-control-center"});
+    setenv("XDG_CURRENT_DESKTOP", "GNOME", 1);
+    missing = {linuxdesktop::SettingsPanel::accessibility};
+    EXPECT_TRUE(workspace.openUrl(microphoneLink));
+    EXPECT_EQ(opened(accessibilityLink, "GNOME"), "gnome-control-center universal-access\n");
+    EXPECT_TRUE(log.lines().empty());
 }
 
-TEST_F(WorkspaceTest, WithoutAFileManagerOnTheBusTheFolderIsOpened) {
-    install({"xdg-open"});
-    workspace.activateFileViewerSelecting("/opt/my folder/tarvik-dictate");
-    EXPECT_EQ(called(), "xdg-open file:///opt/my%20folder\n");
-}
-
-TEST_F(WorkspaceTest, WithoutASessionBusTheFolderIsOpened) {
-    install({"xdg-open"});
-    setenv("DBUS_SESSION_BUS_ADDRESS", "unix:path=/nowhere/bus", 1);
-    workspace.activateFileViewerSelecting("/opt/tarvik-dictate");
-    EXPECT_EQ(called(), "xdg-open file:///opt\n");
-}
-
-TEST_F(WorkspaceTest, ABusThatCameBackIsUsedAgain) {
+TEST_F(WorkspaceTest, NoFileManagerShowsTheProgram) {
     install({"xdg-open"});
     workspace.activateFileViewerSelecting("/opt/tarvik-dictate");
-    EXPECT_EQ(called(), "xdg-open file:///opt\n");
-    bus.reset();
-    // The connection notices the loss only in a later turn.
-    workspace.activateFileViewerSelecting("/opt/tarvik-dictate");
-    EXPECT_EQ(called(), "xdg-open file:///opt\n");
-    startBus();
-    startFileManager();
-    workspace.activateFileViewerSelecting("/opt/tarvik-dictate");
-    EXPECT_NE(shown().find("file:///opt/tarvik-dictate"), std::string::npos);
+    // The program after it is the only one that was started.
+    EXPECT_TRUE(workspace.openUrl("https://tarvik.example"));
+    EXPECT_EQ(called(), "xdg-open https://tarvik.example\n");
+    EXPECT_TRUE(log.lines().empty());
 }
 
 }  // namespace
