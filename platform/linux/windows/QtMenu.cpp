@@ -4,6 +4,7 @@
 
 #include <QAction>
 #include <QApplication>
+#include <QKeyEvent>
 #include <QKeySequence>
 #include <algorithm>
 #include <cstddef>
@@ -36,6 +37,8 @@ QKeySequence shortcut(const platform::MenuItem& item) {
 }  // namespace
 
 QtMenu::QtMenu() {
+    // Qt finds no shortcut of a menu that belongs to no window.
+    qApp->installEventFilter(this);
     QObject::connect(&menu_, &QMenu::aboutToShow, &menu_, [this] {
         // Disabled entries have to be legible, also after the theme has changed.
         menu_.setPalette(withLegibleDisabledText(QApplication::palette(&menu_)));
@@ -69,6 +72,25 @@ void QtMenu::setItems(std::vector<platform::MenuItem> items) {
             action.setShortcut(shortcut(item));
         }
     }
+}
+
+// A key goes to the widget with the focus first, and then on to its parents. This happens once, at
+// the first widget.
+bool QtMenu::eventFilter(QObject* receiver, QEvent* event) {
+    if (event->type() != QEvent::KeyPress || !receiver->isWidgetType() ||
+        QApplication::activeModalWidget() != nullptr) {
+        return false;
+    }
+    const auto* key = static_cast<QKeyEvent*>(event);
+    for (QAction* action : menu_.actions()) {
+        if (action->isEnabled() && !action->shortcut().isEmpty() && !key->isAutoRepeat() &&
+            action->shortcut() == QKeySequence(key->keyCombination())) {
+            menu_.close();
+            action->trigger();
+            return true;
+        }
+    }
+    return false;
 }
 
 void QtMenu::addActions() {

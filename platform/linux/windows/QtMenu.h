@@ -11,7 +11,10 @@ namespace tarvik::linuxdesktop {
 
 /// A menu as a QMenu; ⌘ in key equivalents becomes Ctrl. Disabled entries are legible where this
 /// process draws the menu, and not a panel. Main thread only.
-class QtMenu final : public platform::Menu {
+///
+/// The key equivalents work in the menu and in every window of the application, except while a
+/// modal window waits for an answer.
+class QtMenu final : public QObject, public platform::Menu {
   public:
     QtMenu();
 
@@ -21,6 +24,7 @@ class QtMenu final : public platform::Menu {
     QMenu& menu() { return menu_; }
 
   private:
+    bool eventFilter(QObject* receiver, QEvent* event) override;
     void addActions();
 
     std::vector<platform::MenuItem> items_;

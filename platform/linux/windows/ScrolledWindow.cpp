@@ -5,8 +5,8 @@
 #include <xcb/xcb.h>
 
 #include <QCloseEvent>
+#include <QKeyEvent>
 #include <QLayout>
-#include <QShortcut>
 #include <QStyle>
 #include <QWindow>
 
@@ -27,8 +27,6 @@ ScrolledWindow::ScrolledWindow() : area_(new QScrollArea(this)) {
     setCentralWidget(area_);
     // The minimum size comes from the window's description.
     layout()->setSizeConstraint(QLayout::SetNoConstraint);
-    auto* shortcut = new QShortcut(QKeySequence(Qt::CTRL | Qt::Key_W), this);
-    connect(shortcut, &QShortcut::activated, this, [this] { close(); });
     if (xcb_connection_t* connection = x11Connection()) {
         frameExtents_ = x11Atom(connection, "_NET_FRAME_EXTENTS");
     }
@@ -119,6 +117,15 @@ void ScrolledWindow::showEvent(QShowEvent* event) {
     // A spontaneous event tells of a window that the user has restored.
     if (!event->spontaneous()) {
         focusNoControl();
+    }
+}
+
+// Keys that the focused control has no use for arrive here.
+void ScrolledWindow::keyPressEvent(QKeyEvent* event) {
+    if (event->matches(QKeySequence::Cancel) || event->keyCombination() == (Qt::CTRL | Qt::Key_W)) {
+        close();
+    } else {
+        QMainWindow::keyPressEvent(event);
     }
 }
 

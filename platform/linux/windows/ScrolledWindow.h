@@ -10,7 +10,7 @@
 
 namespace tarvik::linuxdesktop {
 
-/// A top-level window that scrolls where its content needs more room. Ctrl+W closes the window.
+/// A top-level window that scrolls where its content needs more room. Ctrl+W and Escape close it.
 /// The window appears without taking the keyboard, and without a focused control. The first Tab
 /// reaches the first control. Main thread only.
 ///
@@ -43,6 +43,7 @@ class ScrolledWindow final : public QMainWindow {
     bool eventFilter(QObject* object, QEvent* event) override;
     bool nativeEvent(const QByteArray& eventType, void* message, qintptr* result) override;
     void showEvent(QShowEvent* event) override;
+    void keyPressEvent(QKeyEvent* event) override;
     void closeEvent(QCloseEvent* event) override;
     void moveEvent(QMoveEvent* event) override;
     void changeEvent(QEvent* event) override;

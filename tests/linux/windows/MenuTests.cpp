@@ -4,6 +4,8 @@
 
 #include <QApplication>
 #include <QCursor>
+#include <QDialog>
+#include <QKeyEvent>
 #include <QScreen>
 #include <QWidget>
 #include <array>
@@ -14,6 +16,7 @@
 #include "platform/linux/windows/ScreenGeometry.h"
 #include "platform/linux/windows/X11Server.h"
 #include "tests/linux/windows/Contrast.h"
+#include "tests/linux/windows/SampleWindow.h"
 #include "tests/linux/windows/StatusNotifierHost.h"
 #include "tests/linux/windows/UserInterfaceTest.h"
 #include "tests/support/TestProcess.h"
@@ -43,6 +46,53 @@ TEST_F(MenuTest, KeyEquivalentsAreShownWithControlForCommand) {
         shown.push_back(action->shortcut().toString(QKeySequence::PortableText).toStdString());
     }
     EXPECT_EQ(shown, (std::vector<std::string>{"Ctrl+,", "Ctrl+Shift+R", "Ctrl+Shift+Z", ""}));
+}
+
+/// A menu with one entry, which counts how often it is chosen.
+class ShortcutTest : public UserInterfaceTest {
+  protected:
+    ShortcutTest() {
+        platform::MenuItem item;
+        item.title = "Setup…";
+        item.keyEquivalent = ",";
+        item.modifierMask = platform::commandKeyFlag;
+        item.action = [this] { ++chosen; };
+        menu.setItems({item});
+    }
+
+    static void press(QWidget& widget, int key, Qt::KeyboardModifiers modifiers) {
+        QKeyEvent event(QEvent::KeyPress, key, modifiers);
+        QApplication::sendEvent(&widget, &event);
+    }
+
+    linuxdesktop::QtMenu menu;
+    int chosen = 0;
+};
+
+TEST_F(ShortcutTest, WorksInAWindowWhateverHasTheFocus) {
+    SampleWindow sample(userInterface);
+    press(*sample.field(), Qt::Key_Comma, Qt::ControlModifier);
+    EXPECT_EQ(chosen, 1);
+    press(sample.widget(), Qt::Key_Comma, Qt::ControlModifier);
+    EXPECT_EQ(chosen, 2);
+    press(*sample.field(), Qt::Key_Comma, Qt::NoModifier);
+    press(*sample.field(), Qt::Key_Comma, Qt::ControlModifier | Qt::ShiftModifier);
+    EXPECT_EQ(chosen, 2);
+}
+
+TEST_F(ShortcutTest, WorksInTheOpenMenuAndClosesIt) {
+    menu.menu().popup(QPoint(10, 10));
+    press(menu.menu(), Qt::Key_Comma, Qt::ControlModifier);
+    EXPECT_EQ(chosen, 1);
+    EXPECT_FALSE(menu.menu().isVisible());
+}
+
+TEST_F(ShortcutTest, WaitsForTheAnswerToAModalWindow) {
+    QDialog dialog;
+    dialog.setModal(true);
+    dialog.show();
+    press(dialog, Qt::Key_Comma, Qt::ControlModifier);
+    EXPECT_EQ(chosen, 0);
 }
 
 TEST_F(MenuTest, DisabledEntriesOfAMenuAreLegibleAndWeakerThanOthersUnderEveryTheme) {

@@ -209,15 +209,17 @@ TEST_F(X11WindowTest, AWindowIsNeverLargerThanTheScreenAndScrolls) {
     EXPECT_GT(widget.findChild<QScrollArea*>()->verticalScrollBar()->maximum(), 0);
 }
 
-TEST_F(X11WindowTest, ControlWClosesAndEscapeDoesNot) {
-    SampleWindow sample(userInterface);
-    bringForward(sample);
-    ASSERT_TRUE(isSettled(sample));
-    TestProcess keys({"xdotool", "key", "Tab", "Escape", "x", "ctrl+w"});
-    EXPECT_TRUE(runUntil([&] { return sample.closings == 1; }));
-    keys.waitForEnd();
-    EXPECT_FALSE(sample.window().isVisible());
-    EXPECT_EQ(sample.field()->text(), "x");
+TEST_F(X11WindowTest, ControlWAndEscapeClose) {
+    for (const char* closing : {"ctrl+w", "Escape"}) {
+        SampleWindow sample(userInterface);
+        bringForward(sample);
+        ASSERT_TRUE(isSettled(sample));
+        TestProcess keys({"xdotool", "key", "Tab", "x", closing});
+        EXPECT_TRUE(runUntil([&] { return sample.closings == 1; })) << closing;
+        keys.waitForEnd();
+        EXPECT_FALSE(sample.window().isVisible());
+        EXPECT_EQ(sample.field()->text(), "x");
+    }
 }
 
 /// Another program, in which the user types.
