@@ -66,6 +66,7 @@ void AlertDialog::addText(const platform::Alert& alert) {
     field_->setText(QString::fromStdString(alert.fieldText));
     field_->setPlaceholderText(QString::fromStdString(alert.fieldPlaceholder));
     field_->setAccessibleName(message->text());
+    field_->setAccessibleDescription(informative->text());
     // Large fonts need more than the height asked for.
     field_->setFixedSize(pixels(alert.fieldWidth),
                          std::max(pixels(alert.fieldHeight), field_->sizeHint().height()));

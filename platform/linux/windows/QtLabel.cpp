@@ -31,6 +31,16 @@ QtLabel::QtLabel(const platform::LabelDescription& description)
 
 void QtLabel::setText(const std::string& text) {
     QLabel::setText(shownText(text));
+    for (const QPointer<QWidget>& control : described_) {
+        if (control) {
+            control->setAccessibleDescription(QLabel::text());
+        }
+    }
+}
+
+void QtLabel::describe(QWidget& control) {
+    described_.emplace_back(&control);
+    control.setAccessibleDescription(QLabel::text());
 }
 
 void QtLabel::setTextColor(platform::Color color) {

@@ -2,8 +2,10 @@
 #pragma once
 
 #include <QLabel>
+#include <QPointer>
 #include <optional>
 #include <string>
+#include <vector>
 
 #include "platform/Views.h"
 
@@ -18,6 +20,11 @@ class QtLabel final : public QLabel, public platform::Label {
     void setText(const std::string& text) override;
     void setTextColor(platform::Color color) override;
 
+    /// Makes the label's text, also a later one, what a screen reader says about `control` after
+    /// the control's name. The control may be destroyed first.
+    void describe(QWidget& control);
+    bool wraps() const { return wrapping_ != platform::LabelWrapping::none; }
+
     QSize sizeHint() const override;
     QSize minimumSizeHint() const override;
     int heightForWidth(int width) const override;
@@ -27,7 +34,6 @@ class QtLabel final : public QLabel, public platform::Label {
 
   private:
     void paintEvent(QPaintEvent* event) override;
-    bool wraps() const { return wrapping_ != platform::LabelWrapping::none; }
     int flags() const;
     QSize textSize(int width) const;
 
@@ -35,6 +41,7 @@ class QtLabel final : public QLabel, public platform::Label {
     platform::TextAlignment alignment_;
     platform::LabelWrapping wrapping_;
     std::optional<int> preferredWidth_;
+    std::vector<QPointer<QWidget>> described_;
 };
 
 }  // namespace tarvik::linuxdesktop

@@ -4,6 +4,7 @@
 
 #include <QBoxLayout>
 
+#include "platform/linux/windows/QtLabel.h"
 #include "platform/linux/windows/Scaling.h"
 #include "platform/linux/windows/WidgetLayout.h"
 
@@ -47,8 +48,60 @@ QtStack::QtStack(const platform::StackDescription& description) : views_(descrip
     if (!isRow) {
         layout->addStretch(1);
     }
+    if (isRow) {
+        relateRow();
+    } else {
+        relateColumn();
+    }
     setSizePolicy(hasStretching ? QSizePolicy::Expanding : QSizePolicy::Preferred,
                   QSizePolicy::Preferred);
+}
+
+template <typename Kind>
+std::vector<Kind*> QtStack::viewsOf() const {
+    std::vector<Kind*> found;
+    for (const std::shared_ptr<platform::View>& view : views_) {
+        if (auto* one = dynamic_cast<Kind*>(view.get())) {
+            found.push_back(one);
+        }
+    }
+    return found;
+}
+
+std::vector<QWidget*> QtStack::controls() const {
+    std::vector<QWidget*> found = viewsOf<QWidget>();
+    std::erase_if(found,
+                  [](const QWidget* widget) { return widget->focusPolicy() == Qt::NoFocus; });
+    return found;
+}
+
+void QtStack::relateRow() {
+    const std::vector<QWidget*> all = controls();
+    const std::vector<QtLabel*> labels = viewsOf<QtLabel>();
+    if (all.empty() || labels.empty()) {
+        return;
+    }
+    labels.front()->setBuddy(all.front());
+    for (std::size_t index = 1; index < labels.size(); ++index) {
+        for (QWidget* control : all) {
+            labels[index]->describe(*control);
+        }
+    }
+}
+
+void QtStack::relateColumn() {
+    const QtStack* above = nullptr;
+    for (const std::shared_ptr<platform::View>& view : views_) {
+        const auto* row = dynamic_cast<const QtStack*>(view.get());
+        if (above != nullptr && row != nullptr && row->controls().empty()) {
+            for (QtLabel* label : row->viewsOf<QtLabel>()) {
+                for (QWidget* control : above->controls()) {
+                    label->describe(*control);
+                }
+            }
+        }
+        above = row;
+    }
 }
 
 QtStack::~QtStack() {

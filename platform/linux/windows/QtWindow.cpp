@@ -7,6 +7,7 @@
 #include <utility>
 
 #include "platform/linux/windows/QtAppearance.h"
+#include "platform/linux/windows/QtLabel.h"
 #include "platform/linux/windows/Scaling.h"
 #include "platform/linux/windows/ScreenGeometry.h"
 #include "platform/linux/windows/WidgetLayout.h"
@@ -73,11 +74,28 @@ QtWindow::~QtWindow() {
 void QtWindow::setContent(std::shared_ptr<platform::View> root,
                           std::optional<platform::RgbColor> background) {
     window_.setContent(&widgetOf(*root));
+    describeWindow(widgetOf(*root));
     if (std::shared_ptr<platform::View> old = std::exchange(root_, std::move(root))) {
         new Retired(std::move(old), window_);
     }
     applyBackground(background);
     fit();
+}
+
+// The texts between the controls are passed by when somebody moves from control to control.
+void QtWindow::describeWindow(const QWidget& content) {
+    QStringList texts;
+    const auto collect = [&texts](const QWidget* widget) {
+        const auto* label = dynamic_cast<const QtLabel*>(widget);
+        if (label != nullptr && label->wraps()) {
+            texts += label->QLabel::text();
+        }
+    };
+    collect(&content);
+    for (const QWidget* widget : content.findChildren<QWidget*>()) {
+        collect(widget);
+    }
+    window_.setAccessibleDescription(texts.join(QLatin1Char('\n')));
 }
 
 void QtWindow::applyBackground(std::optional<platform::RgbColor> background) {

@@ -39,6 +39,7 @@ class QtWindow final : public platform::Window {
     QWidget& widget() { return window_; }
 
   private:
+    void describeWindow(const QWidget& content);
     void applyBackground(std::optional<platform::RgbColor> background);
     void fit();
     void fitUnlessResized();

@@ -115,6 +115,57 @@ TEST_F(ControlTest, AScreenReaderHasANameForEveryControl) {
     EXPECT_EQ(nameOf(sample.find<QLabel>("✗ Not set")), "✗ Not set");
 }
 
+TEST_F(ControlTest, AScreenReaderHearsTheStateBesideAControlAndItsChange) {
+    SampleWindow sample(userInterface);
+    const auto descriptionOf = [](QWidget* widget) {
+        return QAccessible::queryAccessibleInterface(widget)
+            ->text(QAccessible::Description)
+            .toStdString();
+    };
+    QWidget* grant = sample.find<QPushButton>("Grant");
+    EXPECT_EQ(descriptionOf(grant), "✗ Not granted");
+    dynamic_cast<linuxdesktop::QtLabel&>(*sample.find<QLabel>("✗ Not granted"))
+        .setText("✓ Granted");
+    EXPECT_EQ(descriptionOf(grant), "✓ Granted");
+    // The state of the key has a row of its own.
+    auto& keyStatus = dynamic_cast<linuxdesktop::QtLabel&>(*sample.find<QLabel>("✗ Not set"));
+    EXPECT_EQ(descriptionOf(sample.field()), "✗ Not set");
+    keyStatus.setText("✓ Saved");
+    EXPECT_EQ(descriptionOf(sample.field()), "✓ Saved");
+    EXPECT_EQ(descriptionOf(sample.find<QPushButton>("Save")), "✓ Saved");
+    EXPECT_EQ(descriptionOf(sample.find<QCheckBox>("Launch at login")), "");
+}
+
+TEST_F(ControlTest, AScreenReaderKnowsTheLabelOfAFieldAndTheTextOfTheWindow) {
+    SampleWindow sample(userInterface);
+    const auto relations = QAccessible::queryAccessibleInterface(sample.field())->relations();
+    ASSERT_EQ(relations.size(), 1);
+    EXPECT_EQ(relations.front().first->object(), sample.find<QLabel>("Deepgram API key"));
+    EXPECT_TRUE(sample.widget().accessibleDescription().startsWith("1.  Click Grant"));
+    sample.window().setContent(
+        userInterface.makeLabel(
+            {.text = "Another page", .wrapping = platform::LabelWrapping::always}),
+        std::nullopt);
+    // The label is the content itself.
+    EXPECT_EQ(sample.widget().accessibleDescription(), "Another page");
+}
+
+TEST_F(ControlTest, AtTwiceTheTextOnASmallScreenTabReachesTheFieldAndShowsIt) {
+    const QFont usual = QApplication::font();
+    QFont large = usual;
+    large.setPointSizeF(2 * usual.pointSizeF());
+    QApplication::setFont(large);
+    SampleWindow sample(userInterface);
+    sample.widget().resize(1366, 740);
+    ASSERT_TRUE(activate(sample.widget()));
+    pressTab();
+    EXPECT_EQ(QApplication::focusWidget(), sample.field());
+    const QRect seen = sample.field()->visibleRegion().boundingRect();
+    EXPECT_EQ(seen.height(), sample.field()->height());
+    EXPECT_GE(seen.width(), 380);
+    QApplication::setFont(usual);
+}
+
 TEST_F(ControlTest, ASecureFieldShowsNeitherItsTextNorGivesItAway) {
     SampleWindow sample(userInterface);
     sample.field()->setText("secret");
