@@ -37,7 +37,8 @@ endforeach()
 file(CONFIGURE OUTPUT ${CMAKE_CURRENT_BINARY_DIR}/assets.qrc
     CONTENT "<RCC><qresource prefix=\"/\">\n@TARVIK_PICTURE_ENTRIES@</qresource></RCC>\n" @ONLY)
 add_custom_command(OUTPUT ${CMAKE_CURRENT_BINARY_DIR}/qrc_assets.cpp
-    COMMAND Qt6::rcc --name assets --output ${CMAKE_CURRENT_BINARY_DIR}/qrc_assets.cpp
+    # The first version of the format has no times of files, so the bytes depend on the artwork alone.
+    COMMAND Qt6::rcc --format-version 1 --name assets --output ${CMAKE_CURRENT_BINARY_DIR}/qrc_assets.cpp
             ${CMAKE_CURRENT_BINARY_DIR}/assets.qrc
     DEPENDS ${TARVIK_PICTURE_FILES} ${CMAKE_CURRENT_BINARY_DIR}/assets.qrc
     VERBATIM)
