@@ -83,6 +83,12 @@ void AppDelegate::applicationShouldPerform(platform::ApplicationAction action) {
         case platform::ApplicationAction::toggle:
             toggleRecording();
             break;
+        case platform::ApplicationAction::press:
+            startRecording();
+            break;
+        case platform::ApplicationAction::release:
+            stopRecording();
+            break;
         case platform::ApplicationAction::setup:
             openSetupWindow();
             break;

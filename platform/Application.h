@@ -21,6 +21,10 @@ struct LaunchNotification {
 enum class ApplicationAction {
     /// Starts or ends a recording, like the hotkey of long-form dictation.
     toggle,
+    /// Starts a recording, as pressing the hold hotkey does. Does nothing while a recording runs.
+    press,
+    /// Ends the recording, as releasing the hold hotkey does.
+    release,
     /// Brings up the setup window.
     setup,
     /// Asks the user for the API key.

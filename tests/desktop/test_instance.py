@@ -83,6 +83,20 @@ class Instance(DictationTest):
         self.call_application("ActivateAction", "explode", "[]", "{}", check=False)
         application.log.wait_for("there is no action called explode")
 
+    def test_a_shortcut_with_a_press_and_a_release_is_a_hold(self):
+        service = self.start_scripted_service()
+        application = self.start_application(service)
+        target = self.start_target()
+        self.call_application("ActivateAction", "press", "[]", "{}")
+        self.call_application("ActivateAction", "press", "[]", "{}")
+        service.stream().say("While it is held.")
+        wait_for(lambda: target.text == "While it is held.", "the text")
+        self.assertEqual(application.log.count("stopRecording"), 0)
+        self.call_application("ActivateAction", "release", "[]", "{}")
+        application.log.wait_for("stopRecording (session=1)")
+        self.call_application("ActivateAction", "release", "[]", "{}")
+        self.assertEqual(application.log.count("startRecording"), 1)
+
     def test_it_runs_without_a_session_bus(self):
         service = self.start_scripted_service()
         write_settings(self.desktop.environment, {"deepgramApiKey": "a-key"})

@@ -52,6 +52,12 @@ std::optional<platform::ApplicationAction> actionNamed(std::string_view name) {
     if (name == "toggle") {
         return platform::ApplicationAction::toggle;
     }
+    if (name == "press") {
+        return platform::ApplicationAction::press;
+    }
+    if (name == "release") {
+        return platform::ApplicationAction::release;
+    }
     if (name == "setup") {
         return platform::ApplicationAction::setup;
     }

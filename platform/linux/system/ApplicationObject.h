@@ -17,8 +17,8 @@ namespace tarvik::linuxdesktop {
 /// The running application on the session bus: org.freedesktop.Application, by which a second
 /// start, a launcher or a desktop's own shortcut reaches the application. Main thread only.
 ///
-/// Activate and Open bring the application forward; ActivateAction knows "toggle" and "setup" and
-/// answers any other name with an error and a line in the log.
+/// Activate and Open bring the application forward; ActivateAction knows "toggle", "press",
+/// "release" and "setup" and answers any other name with an error and a line in the log.
 ///
 /// A lost session bus costs one line in the log. The object joins a bus at the same address again,
 /// tries that every 8 s at most, and claims the name there.

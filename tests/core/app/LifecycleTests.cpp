@@ -267,6 +267,22 @@ TEST(Shortcuts, ToggleARecordingAndOpenTheSetupWindowAndTheKeyPrompt) {
     EXPECT_EQ(app.platform.userInterface().alerts.size(), 1U);
 }
 
+TEST(Shortcuts, PressAndReleaseAreAHoldThatCountsOnce) {
+    using platform::ApplicationAction;
+    ApplicationUnderTest app(settled());
+    app.launch({false});
+    app.platform.application().setDelegate(app.delegate);
+    app.platform.application().perform(ApplicationAction::release);
+    EXPECT_FALSE(app.isRecording());
+    app.platform.application().perform(ApplicationAction::press);
+    // A desktop that repeats the command of a held key.
+    app.platform.application().perform(ApplicationAction::press);
+    EXPECT_TRUE(app.isRecording());
+    EXPECT_EQ(app.platform.log().linesWith("startRecording").size(), 1U);
+    app.platform.application().perform(ApplicationAction::release);
+    EXPECT_FALSE(app.isRecording());
+}
+
 TEST(Restart, EndsAtOnceAndStartsTheNextInstanceHalfASecondLater) {
     ApplicationUnderTest app;
     app.launchAndSettle();

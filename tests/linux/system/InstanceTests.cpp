@@ -86,11 +86,16 @@ TEST_F(InstanceTest, OpeningBringsItForwardToo) {
 TEST_F(InstanceTest, ActionsAreCarriedOutByNameAndUnknownOnesRefused) {
     startFirst();
     EXPECT_EQ(callAction("toggle"), "");
+    EXPECT_EQ(callAction("press"), "");
+    EXPECT_EQ(callAction("release"), "");
     EXPECT_EQ(callAction("setup"), "");
     EXPECT_TRUE(log.lines().empty());
     EXPECT_EQ(callAction("quit"), SD_BUS_ERROR_INVALID_ARGS);
     EXPECT_EQ(actions, (std::vector<std::pair<ApplicationAction, std::string>>{
-                           {ApplicationAction::toggle, "id"}, {ApplicationAction::setup, "id"}}));
+                           {ApplicationAction::toggle, "id"},
+                           {ApplicationAction::press, "id"},
+                           {ApplicationAction::release, "id"},
+                           {ApplicationAction::setup, "id"}}));
     EXPECT_EQ(log.linesWith("no action called quit").size(), 1U);
     EXPECT_EQ(log.lines().size(), 1U);
 }
