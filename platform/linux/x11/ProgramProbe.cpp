@@ -10,7 +10,7 @@
 #include <string_view>
 #include <system_error>
 
-#include "platform/linux/x11/SocketBacklog.h"
+#include "platform/linux/input/SocketBacklog.h"
 
 namespace tarvik::linuxdesktop {
 

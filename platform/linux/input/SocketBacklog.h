@@ -7,7 +7,7 @@
 
 namespace tarvik::linuxdesktop {
 
-/// What the local sockets between the X server and one program still hold.
+/// What the local sockets between the display server and one program still hold.
 struct SocketBacklog {
     /// Bytes of the server that the program has not read.
     std::uint32_t toProgram = 0;
@@ -15,7 +15,7 @@ struct SocketBacklog {
     std::uint32_t toServer = 0;
 };
 
-/// The address of the X server at the other end of the socket `descriptor`; empty when the server
+/// The address of the display server at the other end of the socket `descriptor`; empty when the server
 /// is not connected by a local socket.
 std::string addressOfServer(int descriptor);
 

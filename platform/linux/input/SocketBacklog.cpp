@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 
-#include "platform/linux/x11/SocketBacklog.h"
+#include "platform/linux/input/SocketBacklog.h"
 
 #include <linux/netlink.h>
 #include <linux/rtnetlink.h>
