@@ -4,6 +4,7 @@
 
 #include <cstdint>
 #include <string>
+#include <type_traits>
 #include <vector>
 
 #include "platform/linux/input/FrontMeans.h"
@@ -11,6 +12,9 @@
 #include "platform/linux/input/LinuxEventManager.h"
 #include "platform/linux/input/LinuxKeyboardEvents.h"
 #include "platform/linux/input/TypingMeans.h"
+#ifdef TARVIK_HAS_WAYLAND
+#include "platform/linux/sway/SwayInput.h"
+#endif
 #ifdef TARVIK_HAS_X11
 #include "platform/linux/x11/X11Input.h"
 #endif
@@ -25,6 +29,9 @@ struct Session {
     platform::Log& log;
     std::weak_ptr<HotKeyListener> listener;
     OnLift onLift;
+#ifdef TARVIK_HAS_WAYLAND
+    std::shared_ptr<SwayInput> sway = {};
+#endif
 #ifdef TARVIK_HAS_X11
     std::shared_ptr<X11Input> x11 = {};
 #endif
@@ -43,6 +50,24 @@ struct Choice {
     Opened<Means> (*open)(Session&);
 };
 
+#ifdef TARVIK_HAS_WAYLAND
+template <typename Means>
+Opened<Means> openSway(Session& session) {
+    if (!session.sway) {
+        session.sway =
+            std::make_shared<SwayInput>(session.mainQueue, session.log, session.listener);
+    }
+    const auto refusal = std::is_same_v<Means, TypingMeans> ? session.sway->typingRefusal()
+                                                            : session.sway->refusal();
+    if (refusal) {
+        return {nullptr, *refusal};
+    }
+    return {session.sway, session.sway->isAvailable()
+                              ? "Sway offers it"
+                              : "Sway has not answered yet, and is used once it does"};
+}
+#endif
+
 #ifdef TARVIK_HAS_X11
 template <typename Means>
 Opened<Means> openX11(Session& session) {
@@ -59,21 +84,31 @@ Opened<Means> openX11(Session& session) {
 }
 #endif
 
-// Tried in this order. A technology that was left out of the build is in no table.
+// Tried in this order. A technology that was left out of the build is in no table. Sway stands
+// before X11, since the question to X11 would start the X server of a Sway session.
 
 const std::vector<Choice<HotKeyMeans>> hotKeyChoices{
+#ifdef TARVIK_HAS_WAYLAND
+    {"Sway", &openSway<HotKeyMeans>},
+#endif
 #ifdef TARVIK_HAS_X11
     {"XInput 2", &openX11<HotKeyMeans>},
 #endif
 };
 
 const std::vector<Choice<TypingMeans>> typingChoices{
+#ifdef TARVIK_HAS_WAYLAND
+    {"a virtual keyboard in Sway", &openSway<TypingMeans>},
+#endif
 #ifdef TARVIK_HAS_X11
     {"XTEST", &openX11<TypingMeans>},
 #endif
 };
 
 const std::vector<Choice<FrontMeans>> frontChoices{
+#ifdef TARVIK_HAS_WAYLAND
+    {"Sway", &openSway<FrontMeans>},
+#endif
 #ifdef TARVIK_HAS_X11
     {"the X server", &openX11<FrontMeans>},
 #endif

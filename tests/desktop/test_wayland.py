@@ -15,7 +15,7 @@ REASON = "the X server belongs to a Wayland session, whose other programs it can
 
 class OnSway(unittest.TestCase):
     def test_the_log_and_the_setup_window_tell_the_truth(self):
-        desktop = self.enterContext(SwayDesktop(a11y=True, audio=True))
+        desktop = self.enterContext(SwayDesktop(tells=False, xwayland="force", a11y=True, audio=True))
         write_settings(desktop.environment,
                        {"deepgramApiKey": "a-key", "lastWelcomeShownForVersion": VERSION})
         application = Application(desktop, BINARIES, {"QT_QPA_PLATFORM": "xcb"},

@@ -8,7 +8,7 @@
 
 #include "platform/linux/x11/FrontWindow.h"
 #include "platform/linux/x11/ProgramProbe.h"
-#include "platform/linux/x11/SocketBacklog.h"
+#include "platform/linux/input/SocketBacklog.h"
 #include "platform/linux/x11/UnreadKeys.h"
 #include "tests/linux/x11/InputFixture.h"
 

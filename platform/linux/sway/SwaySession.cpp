@@ -1,0 +1,113 @@
+// SPDX-License-Identifier: MIT
+
+#include "platform/linux/sway/SwaySession.h"
+
+#include <simdjson.h>
+
+#include <utility>
+
+namespace tarvik::linuxdesktop {
+
+namespace {
+
+bool isReload(std::string_view json) {
+    simdjson::dom::parser parser;
+    std::string_view change;
+    const auto error = parser.parse(json.data(), json.size())["change"].get(change);
+    return error == simdjson::SUCCESS && change == "reload";
+}
+
+}  // namespace
+
+SwaySession::SwaySession(std::unique_ptr<SwayConnection> connection, EventLoop& loop,
+                         platform::Log& log, Events events)
+    : loop_(loop),
+      log_(log),
+      events_(std::move(events)),
+      connection_(std::move(connection)),
+      windows_(*connection_, events_.onFront),
+      hotKeys_(*connection_, loop, log, heard(events_.hotKeys), [this](KeyRepeat::OnKnown onKnown) {
+          if (keyRepeat_) {
+              keyRepeat_->ask(std::move(onKnown));
+          }
+      }) {
+    connection_->attach(
+        loop, [this](SwayConnection::Event event, std::string_view json) { handle(event, json); },
+        [this] { events_.onLost("Sway is gone"); });
+    subscribe();
+}
+
+void SwaySession::subscribe() {
+    connection_->request(SwayConnection::Request::subscribe, R"(["binding","window","workspace"])",
+                         [this](std::string_view) {
+                             // Every change from here on is announced.
+                             windows_.ask([this] { openTyping(); });
+                         });
+}
+
+void SwaySession::openTyping() {
+    auto opened = WaylandConnection::open();
+    if (!opened) {
+        events_.onReady(opened.error().localizedDescription);
+        return;
+    }
+    wayland_ = std::move(opened).value();
+    wayland_->attach(
+        loop_,
+        [this] {
+            if (wayland_->offers(wl_seat_interface)) {
+                keyRepeat_.emplace(*wayland_);
+            }
+            const std::string refusal = VirtualKeyboard::refusal(*wayland_);
+            if (refusal.empty()) {
+                typist_.emplace(*wayland_, windows_, loop_, log_);
+            }
+            events_.onReady(refusal);
+        },
+        [this](const std::string& reason) {
+            events_.onLost("the compositor has ended the connection: " + reason);
+        });
+}
+
+// The listener asks which window is in front. Sway announces no change to or from a launcher.
+SwayHotKeys::Events SwaySession::heard(SwayHotKeys::Events events) {
+    auto onReleased = std::move(events.onReleased);
+    events.onPressed = [this](HotKeyNumber number) {
+        if (typist_) {
+            typist_->accompanyAlt();
+        }
+        reportPress();
+        press_ = number;
+        windows_.ask([this] { reportPress(); });
+    };
+    events.onReleased = [this, onReleased = std::move(onReleased)](HotKeyNumber number) {
+        reportPress();
+        onReleased(number);
+    };
+    return events;
+}
+
+void SwaySession::reportPress() {
+    if (const auto number = std::exchange(press_, std::nullopt)) {
+        events_.hotKeys.onPressed(*number);
+    }
+}
+
+void SwaySession::handle(SwayConnection::Event event, std::string_view json) {
+    if (event == SwayConnection::Event::binding) {
+        hotKeys_.handleBinding(json);
+    } else {
+        if (event == SwayConnection::Event::workspace && isReload(json)) {
+            hotKeys_.handleReload();
+        }
+        windows_.handleEvent(event, json);
+    }
+}
+
+void SwaySession::flush() {
+    if (wayland_) {
+        wayland_->flush();
+    }
+}
+
+}  // namespace tarvik::linuxdesktop

@@ -1,0 +1,213 @@
+// SPDX-License-Identifier: MIT
+
+#include "platform/linux/wayland/VirtualTypist.h"
+
+#include <algorithm>
+#include <string_view>
+#include <utility>
+
+#include "platform/linux/input/SocketBacklog.h"
+
+namespace tarvik::linuxdesktop {
+
+namespace {
+
+using namespace std::chrono_literals;
+
+// How many characters are sent before the focus is asked for again.
+constexpr std::size_t burstLength = 200;
+// How long a target may take to come to the front, or to read what was typed.
+constexpr auto targetTimeout = 30s;
+constexpr auto activationInterval = 50ms;
+// A compositor or a program may take the first keys by the old map. An X server reads the new one
+// from a file, and its programs then read it from the X server.
+constexpr auto keymapDelay = 20ms;
+constexpr auto x11KeymapDelay = 200ms;
+constexpr auto maxReadingDelay = 50ms;
+// For programs of which nobody tells whether they have read their events.
+constexpr auto unobservedDelay = 200ms;
+// A busy program may take longer to read its last keys. Until then the user's own keys go there.
+constexpr auto borrowedFocusTimeout = 500ms;
+// In bytes, with what the kernel adds. A socket takes some 200,000.
+constexpr std::uint32_t maxBacklog = 32'000;
+
+}  // namespace
+
+VirtualTypist::VirtualTypist(WaylandConnection& connection, WindowFocus& focus, EventLoop& loop,
+                             platform::Log& log)
+    : connection_(connection),
+      focus_(focus),
+      log_(log),
+      server_(addressOfServer(connection.descriptor())),
+      keyboard_(connection),
+      delay_(loop) {
+    keyboard_.setKeymap(keymap_.text());
+    keyboard_.setModifiers(0);
+}
+
+void VirtualTypist::type(TypedText text, std::int64_t window, std::function<void()> onTyped) {
+    items_.push_back({std::move(text), window, std::move(onTyped)});
+    if (!isBusy_) {
+        beginNext();
+    }
+}
+
+void VirtualTypist::whenIdle(std::function<void()> onIdle) {
+    onIdle_ = std::move(onIdle);
+    if (!isBusy_) {
+        beginNext();
+    }
+}
+
+void VirtualTypist::accompanyAlt() {
+    keyboard_.setModifiers(TextKeymap::altModifier);
+    tap(TextKeymap::neutralStroke());
+    keyboard_.setModifiers(0);
+    modifiers_ = 0;
+}
+
+void VirtualTypist::beginNext() {
+    isBusy_ = !items_.empty();
+    if (isBusy_) {
+        targetDeadline_ = std::chrono::steady_clock::now() + targetTimeout;
+        findTarget();
+    } else if (const auto onIdle = std::exchange(onIdle_, nullptr)) {
+        onIdle();
+    }
+}
+
+void VirtualTypist::findTarget() {
+    focus_.ask([this] { lookAtFocus(); });
+}
+
+bool VirtualTypist::isInFront() const {
+    const Item& item = items_.front();
+    const WindowFocus::Window front = focus_.front();
+    return !item.text.process || (front.process == *item.text.process &&
+                                  front.number == focus_.windowOf(front.process, item.window));
+}
+
+void VirtualTypist::lookAtFocus() {
+    if (isInFront()) {
+        target_ = focus_.front();
+        prepareKeymap();
+    } else {
+        activateTarget();
+    }
+}
+
+void VirtualTypist::activateTarget() {
+    const platform::ProcessIdentifier process = *current().text.process;
+    const std::int64_t window = focus_.windowOf(process, current().window);
+    if (window == 0) {
+        fail("process " + std::to_string(process) + " has no window");
+    } else if (isLate()) {
+        fail("the window of process " + std::to_string(process) + " does not come to the front");
+    } else {
+        hasActivated_ = true;
+        focus_.activate(window);
+        focus_.ask([this] {
+            if (isInFront()) {
+                lookAtFocus();
+            } else {
+                wait(activationInterval, &VirtualTypist::findTarget);
+            }
+        });
+    }
+}
+
+void VirtualTypist::prepareKeymap() {
+    const std::u32string_view left =
+        std::u32string_view(current().text.characters).substr(current().position);
+    if (!keymap_.cover(left.substr(0, TextKeymap::fittingLength(left)))) {
+        sendBurst();
+    } else if (keyboard_.setKeymap(keymap_.text())) {
+        wait(target_.isX11 ? x11KeymapDelay : keymapDelay, &VirtualTypist::findTarget);
+    } else {
+        fail("no memory for a keyboard map");
+    }
+}
+
+void VirtualTypist::tap(TextKeymap::Stroke stroke) {
+    keyboard_.key(stroke.key, true);
+    keyboard_.key(stroke.key, false);
+}
+
+void VirtualTypist::sendBurst() {
+    const std::u32string_view left =
+        std::u32string_view(current().text.characters).substr(current().position);
+    const std::size_t length = std::min(burstLength, TextKeymap::fittingLength(left));
+    for (const char32_t character : left.substr(0, length)) {
+        const TextKeymap::Stroke stroke = keymap_.strokeOf(character);
+        if (stroke.modifiers != modifiers_) {
+            modifiers_ = stroke.modifiers;
+            keyboard_.setModifiers(modifiers_);
+        }
+        tap(stroke);
+    }
+    if (std::exchange(modifiers_, 0) != 0) {
+        keyboard_.setModifiers(0);
+    }
+    connection_.sync([this, changes = focus_.changeCount(), length] {
+        focus_.ask([this, changes, length] { checkBurst(changes, length); });
+    });
+}
+
+void VirtualTypist::checkBurst(std::uint64_t changesBefore, std::size_t length) {
+    if (current().text.process &&
+        (focus_.changeCount() != changesBefore || focus_.front().number != target_.number)) {
+        report("may have gone to another window, since the keyboard did", length);
+    }
+    current().position += length;
+    burstTime_ = std::chrono::steady_clock::now();
+    readingDelay_ = 1ms;
+    awaitReading();
+}
+
+void VirtualTypist::awaitReading() {
+    const bool isWhole = current().position == current().text.characters.size();
+    const auto backlog = target_.isX11 ? std::nullopt : backlogOf(target_.process, server_);
+    if (!backlog) {
+        wait(unobservedDelay, isWhole ? &VirtualTypist::endText : &VirtualTypist::findTarget);
+    } else if (backlog->toProgram <= (isWhole ? 0 : maxBacklog)) {
+        isWhole ? endText() : findTarget();
+    } else if (isLate()) {
+        isWhole ? endText() : fail("process " + std::to_string(target_.process) + " reads nothing");
+    } else {
+        if (isWhole && std::chrono::steady_clock::now() > burstTime_ + borrowedFocusTimeout) {
+            returnFocus();
+        }
+        wait(readingDelay_, &VirtualTypist::awaitReading);
+        readingDelay_ = std::min<std::chrono::milliseconds>(2 * readingDelay_, maxReadingDelay);
+    }
+}
+
+void VirtualTypist::returnFocus() {
+    if (std::exchange(hasActivated_, false)) {
+        focus_.giveBack();
+    }
+}
+
+void VirtualTypist::endText() {
+    returnFocus();
+    const auto onTyped = std::move(current().onTyped);
+    items_.pop_front();
+    onTyped();
+    beginNext();
+}
+
+void VirtualTypist::fail(const std::string& reason) {
+    report("not delivered: " + reason, current().text.characters.size() - current().position);
+    endText();
+}
+
+void VirtualTypist::report(const std::string& problem, std::size_t characters) {
+    log_.write("TarvikDictate: typed text " + problem + " (" + std::to_string(characters) +
+               " characters)");
+}
+
+void VirtualTypist::wait(std::chrono::milliseconds delay, void (VirtualTypist::*step)()) {
+    delay_.set(delay, [this, step] { (this->*step)(); });
+}
+
+}  // namespace tarvik::linuxdesktop

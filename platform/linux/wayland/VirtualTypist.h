@@ -1,0 +1,93 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <chrono>
+#include <cstddef>
+#include <cstdint>
+#include <deque>
+#include <functional>
+#include <optional>
+#include <string>
+
+#include "platform/Log.h"
+#include "platform/linux/input/TypingMeans.h"
+#include "platform/linux/loop/EventLoop.h"
+#include "platform/linux/wayland/TextKeymap.h"
+#include "platform/linux/wayland/VirtualKeyboard.h"
+#include "platform/linux/wayland/WindowFocus.h"
+
+namespace tarvik::linuxdesktop {
+
+/// Types texts by a virtual keyboard, one after the other. Loop thread only.
+///
+/// Keys go to whatever has the keyboard when they reach the compositor. So the focus is asked for
+/// before each burst of keys and after it. A program that reads nothing gets no more than a burst:
+/// compositors end a program whose events pile up.
+class VirtualTypist {
+  public:
+    /// The references outlive the object. The compositor offers virtual keyboards.
+    VirtualTypist(WaylandConnection& connection, WindowFocus& focus, EventLoop& loop,
+                  platform::Log& log);
+    VirtualTypist(const VirtualTypist&) = delete;
+    VirtualTypist& operator=(const VirtualTypist&) = delete;
+
+    /// Types `text` after every text before it. A text for a process goes to `window`, or to any
+    /// window of the process where `window` is 0 or gone. `onTyped` is called once, in this or a
+    /// later turn: the text has been read by its target, or is lost.
+    void type(TypedText text, std::int64_t window, std::function<void()> onTyped);
+
+    /// Calls `onIdle` once, when no text is left.
+    void whenIdle(std::function<void()> onIdle);
+
+    /// The user has pressed a hotkey with Alt, of which the program in front has seen Alt alone. A
+    /// key between Alt down and Alt up keeps the program from opening its menu.
+    void accompanyAlt();
+
+  private:
+    struct Item {
+        TypedText text;
+        std::int64_t window = 0;
+        std::function<void()> onTyped;
+        // How many characters have been typed.
+        std::size_t position = 0;
+    };
+
+    void beginNext();
+    // Each step ends with the next one, or with the end of the text.
+    void findTarget();
+    void lookAtFocus();
+    void activateTarget();
+    void prepareKeymap();
+    void sendBurst();
+    void checkBurst(std::uint64_t changesBefore, std::size_t length);
+    void awaitReading();
+    void returnFocus();
+    void endText();
+    void fail(const std::string& reason);
+
+    Item& current() { return items_.front(); }
+    bool isInFront() const;
+    void tap(TextKeymap::Stroke stroke);
+    void report(const std::string& problem, std::size_t characters);
+    void wait(std::chrono::milliseconds delay, void (VirtualTypist::*step)());
+    bool isLate() const { return std::chrono::steady_clock::now() > targetDeadline_; }
+
+    WaylandConnection& connection_;
+    WindowFocus& focus_;
+    platform::Log& log_;
+    const std::string server_;
+    VirtualKeyboard keyboard_;
+    TextKeymap keymap_;
+    std::uint32_t modifiers_ = 0;
+    std::deque<Item> items_;
+    bool isBusy_ = false;
+    bool hasActivated_ = false;
+    WindowFocus::Window target_;
+    SteadyTime targetDeadline_;
+    SteadyTime burstTime_;
+    std::chrono::milliseconds readingDelay_{1};
+    Deadline delay_;
+    std::function<void()> onIdle_;
+};
+
+}  // namespace tarvik::linuxdesktop

@@ -1,0 +1,46 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <optional>
+
+#include "platform/Workspace.h"
+
+namespace tarvik::linuxdesktop {
+
+/// Which window has the keyboard, from whatever tells it in a session: the Wayland protocols for
+/// typing do not. Loop thread only.
+class WindowFocus {
+  public:
+    /// A window and its process. 0 stands for none.
+    struct Window {
+        std::int64_t number = 0;
+        platform::ProcessIdentifier process = 0;
+        /// Whether an X server stands between the compositor and the program.
+        bool isX11 = false;
+    };
+
+    virtual ~WindowFocus() = default;
+
+    /// Asks which window has the keyboard. `onKnown` is called in a later turn, when front(),
+    /// windowOf() and changeCount() tell what was the case after this call. Without an answer
+    /// `onKnown` is not called.
+    virtual void ask(std::function<void()> onKnown) = 0;
+
+    /// The window that has the keyboard, as far as is known.
+    virtual Window front() const = 0;
+    /// How often the keyboard has gone to another window so far.
+    virtual std::uint64_t changeCount() const = 0;
+    /// `wanted` where `process` has such a window, or else the window of the process that was in
+    /// front last. 0 if the process has no window.
+    virtual std::int64_t windowOf(platform::ProcessIdentifier process,
+                                  std::int64_t wanted) const = 0;
+
+    /// Gives the keyboard to a window, on whichever workspace it is. The compositor may refuse.
+    virtual void activate(std::int64_t window) = 0;
+    /// Gives the keyboard back to what had it before the first activate() since the last call.
+    virtual void giveBack() = 0;
+};
+
+}  // namespace tarvik::linuxdesktop

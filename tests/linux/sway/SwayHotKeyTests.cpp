@@ -1,0 +1,296 @@
+// SPDX-License-Identifier: MIT
+
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <array>
+#include <csignal>
+#include <random>
+#include <utility>
+
+#include "tests/linux/sway/SwayFixture.h"
+
+namespace tarvik::tests {
+
+namespace {
+
+using namespace std::chrono_literals;
+using platform::eventHotKeyExistsErr;
+using platform::noErr;
+
+using Keys = std::vector<std::uint32_t>;
+
+class SwayHotKeys : public SwayFixture, public testing::Test {
+  protected:
+    std::optional<HotKeyRecorder> recorder{std::in_place, input->eventManager()};
+
+    void restart() {
+        recorder.reset();
+        input.reset();
+        input.emplace(mainQueue, log);
+        recorder.emplace(input->eventManager());
+    }
+};
+
+TEST_F(SwayHotKeys, EachChoiceIsOneLineWithItsReason) {
+    for (const char* line :
+         {"hotkeys by Sway: Sway offers it", "typing by a virtual keyboard in Sway: Sway offers it",
+          "the front window by Sway: Sway offers it"}) {
+        EXPECT_EQ(log.linesWith(line).size(), 1U) << line;
+    }
+    EXPECT_EQ(log.lines().size(), 3U);
+}
+
+TEST_F(SwayHotKeys, AHoldEndsWithTheSpaceBar) {
+    ASSERT_EQ(recorder->add(hold, 1), noErr);
+    pressHold();
+    EXPECT_TRUE(becomes(*recorder, "P1"));
+    user.release(SwayUser::spaceKey);
+    EXPECT_TRUE(becomes(*recorder, "P1R1", 300ms));
+    user.release(SwayUser::altKey);
+}
+
+// Sway reports the release only with the space bar's, but the repeats end with Alt.
+TEST_F(SwayHotKeys, AHoldEndsSoonAfterAltAlone) {
+    ASSERT_EQ(recorder->add(hold, 1), noErr);
+    pressHold();
+    mainQueue.runFor(800ms);
+    EXPECT_EQ(recorder->events, "P1");
+    user.release(SwayUser::altKey);
+    EXPECT_TRUE(becomes(*recorder, "P1R1", 500ms));
+    user.release(SwayUser::spaceKey);
+    mainQueue.runFor(100ms);
+    EXPECT_EQ(recorder->events, "P1R1");
+}
+
+TEST_F(SwayHotKeys, AShortHoldEndsWhenAltAndThenTheSpaceBarGoUp) {
+    ASSERT_EQ(recorder->add(hold, 1), noErr);
+    pressHold();
+    EXPECT_TRUE(becomes(*recorder, "P1"));
+    user.release(SwayUser::altKey);
+    user.release(SwayUser::spaceKey);
+    EXPECT_TRUE(becomes(*recorder, "P1R1", 300ms));
+}
+
+TEST_F(SwayHotKeys, ALongHoldCountsOnce) {
+    ASSERT_EQ(recorder->add(hold, 1), noErr);
+    pressHold();
+    mainQueue.runFor(1500ms);
+    EXPECT_EQ(recorder->events, "P1");
+    releaseHold();
+    EXPECT_TRUE(becomes(*recorder, "P1R1", 300ms));
+    mainQueue.runFor(300ms);
+    EXPECT_EQ(recorder->events, "P1R1");
+}
+
+// Sway never reports these releases.
+TEST_F(SwayHotKeys, AHoldEndsThoughAnotherKeyWasPressedDuringIt) {
+    ASSERT_EQ(recorder->add(hold, 1), noErr);
+    for (const std::uint32_t other : {SwayUser::aKey, SwayUser::shiftKey}) {
+        recorder->events.clear();
+        pressHold();
+        EXPECT_TRUE(becomes(*recorder, "P1"));
+        user.tap(other);
+        releaseHold();
+        EXPECT_TRUE(becomes(*recorder, "P1R1"));
+    }
+}
+
+TEST_F(SwayHotKeys, AHoldOfWhichTheRepeatsEndEndsSoonAfterThem) {
+    ASSERT_EQ(recorder->add(hold, 1), noErr);
+    pressHold();
+    mainQueue.runFor(900ms);
+    EXPECT_EQ(recorder->events, "P1");
+    user.tap(SwayUser::aKey);
+    EXPECT_TRUE(becomes(*recorder, "P1R1", 500ms));
+    releaseHold();
+}
+
+TEST_F(SwayHotKeys, AHoldGoesOnWhileAStoppedSwayRepeatsNothing) {
+    ASSERT_EQ(recorder->add(hold, 1), noErr);
+    pressHold();
+    mainQueue.runFor(900ms);
+    const std::string socket = std::getenv("SWAYSOCK");
+    // sway-ipc.UID.PID.sock
+    const auto end = socket.rfind('.');
+    const auto process = std::stoi(socket.substr(socket.rfind('.', end - 1) + 1));
+    kill(process, SIGSTOP);
+    mainQueue.runFor(700ms);
+    kill(process, SIGCONT);
+    mainQueue.runFor(700ms);
+    EXPECT_EQ(recorder->events, "P1");
+    releaseHold();
+    EXPECT_TRUE(becomes(*recorder, "P1R1"));
+}
+
+TEST_F(SwayHotKeys, WithoutRepeatsTheNextPressEndsAHoldOfWhichNoReleaseWasReported) {
+    user.run("input type:keyboard repeat_rate 0");
+    ASSERT_EQ(recorder->add(hold, 1), noErr);
+    pressHold();
+    mainQueue.runFor(1500ms);
+    EXPECT_EQ(recorder->events, "P1");
+    releaseHold();
+    EXPECT_TRUE(becomes(*recorder, "P1R1", 300ms));
+    pressHold();
+    user.tap(SwayUser::aKey);
+    releaseHold();
+    mainQueue.runFor(1500ms);
+    EXPECT_EQ(recorder->events, "P1R1P1");
+    pressHold();
+    EXPECT_TRUE(becomes(*recorder, "P1R1P1R1P1"));
+    releaseHold();
+    EXPECT_TRUE(becomes(*recorder, "P1R1P1R1P1R1"));
+    EXPECT_EQ(log.linesWith("the keyboard does not repeat its keys").size(), 1U);
+    user.run("input type:keyboard repeat_rate 25");
+}
+
+TEST_F(SwayHotKeys, AUsersOwnBindingIsNamedAndLeftAlone) {
+    user.configure("set $menu nop own binding\nbindsym Mod1+space $menu");
+    EXPECT_EQ(recorder->add(hold, 1), eventHotKeyExistsErr);
+    EXPECT_EQ(recorder->add(toggle, 2), noErr);
+    EXPECT_EQ(log.linesWith("Sway's configuration binds Alt+Space to: nop own binding").size(), 1U);
+}
+
+TEST_F(SwayHotKeys, AReloadOfSwayTakesNothing) {
+    ASSERT_EQ(recorder->add(hold, 1), noErr);
+    ASSERT_EQ(recorder->add(toggle, 2), noErr);
+    user.configure("# nothing");
+    mainQueue.runFor(100ms);
+    pressHold();
+    releaseHold();
+    EXPECT_TRUE(becomes(*recorder, "P1R1"));
+    EXPECT_TRUE(log.linesWith("a hotkey is lost").empty());
+}
+
+TEST_F(SwayHotKeys, ABindingThatAReloadBringsIsNamedAndLeftAlone) {
+    ASSERT_EQ(recorder->add(hold, 1), noErr);
+    user.configure("bindsym Mod1+space nop own");
+    EXPECT_TRUE(mainQueue.runUntil([&] {
+        return log.hasLineWith(
+            "a hotkey is lost: Sway's configuration binds Alt+Space to: nop own");
+    }));
+    pressHold();
+    releaseHold();
+    mainQueue.runFor(100ms);
+    EXPECT_EQ(recorder->events, "");
+}
+
+TEST_F(SwayHotKeys, TheBindingsAreGoneAtTheEnd) {
+    ASSERT_EQ(recorder->add(hold, 1), noErr);
+    ASSERT_EQ(recorder->add(toggle, 2), noErr);
+    recorder.reset();
+    input.reset();
+    for (const char* combination : {"Mod1+space", "Mod1+Shift+space"}) {
+        for (const char* form : {"", "--release "}) {
+            const std::string answer = user.run(std::string("unbindsym ") + form + combination);
+            EXPECT_NE(answer.find("Could not find binding"), std::string::npos) << answer;
+        }
+    }
+    input.emplace(mainQueue, log);
+}
+
+TEST_F(SwayHotKeys, AnotherInstanceIsRefusedWhileTheFirstHasBindings) {
+    ASSERT_EQ(recorder->add(hold, 1), noErr);
+    linuxdesktop::DesktopInput second(mainQueue, log);
+    {
+        HotKeyRecorder other(second.eventManager());
+        EXPECT_EQ(other.add(hold, 1), eventHotKeyExistsErr);
+        EXPECT_EQ(log.linesWith("another instance has bindings in this Sway session").size(), 1U);
+    }
+    pressHold();
+    releaseHold();
+    EXPECT_TRUE(becomes(*recorder, "P1R1"));
+}
+
+TEST_F(SwayHotKeys, WhatAKilledInstanceLeavesIsTakenOver) {
+    recorder.reset();
+    input.reset();
+    const pid_t child = fork();
+    if (child == 0) {
+        RealTimeQueue queue;
+        RecordingLog ownLog;
+        linuxdesktop::DesktopInput killed(queue, ownLog);
+        HotKeyRecorder events(killed.eventManager());
+        _exit(events.add(hold, 1) == noErr ? 7 : 1);
+    }
+    int status = 0;
+    waitpid(child, &status, 0);
+    ASSERT_EQ(WEXITSTATUS(status), 7);
+    restart();
+    ASSERT_EQ(recorder->add(hold, 1), noErr);
+    pressHold();
+    releaseHold();
+    EXPECT_TRUE(becomes(*recorder, "P1R1"));
+}
+
+TEST_F(SwayHotKeys, APressIsHeardAtOnce) {
+    ASSERT_EQ(recorder->add(hold, 1), noErr);
+    std::vector<std::chrono::steady_clock::duration> times;
+    for (int i = 0; i < 20; ++i) {
+        recorder->events.clear();
+        user.press(SwayUser::altKey);
+        const auto start = std::chrono::steady_clock::now();
+        user.press(SwayUser::spaceKey);
+        ASSERT_TRUE(becomes(*recorder, "P1"));
+        times.push_back(std::chrono::steady_clock::now() - start);
+        releaseHold();
+        ASSERT_TRUE(becomes(*recorder, "P1R1"));
+    }
+    std::ranges::sort(times);
+    EXPECT_LT(times[10], 30ms);
+    RecordProperty("medianMicroseconds",
+                   static_cast<int>(times[10] / std::chrono::microseconds(1)));
+}
+
+class SwayHolds : public SwayHotKeys {
+  protected:
+    std::mt19937 random{static_cast<unsigned>(std::random_device()())};
+
+    int number(int limit) { return std::uniform_int_distribution(0, limit - 1)(random); }
+
+    // Presses and releases other keys, and then lets go of all keys in any order.
+    void holdOnce() {
+        Keys others{SwayUser::aKey, SwayUser::shiftKey, SwayUser::controlKey};
+        std::shuffle(others.begin(), others.end(), random);
+        Keys down{SwayUser::altKey, SwayUser::spaceKey};
+        pressHold();
+        ASSERT_TRUE(becomes(*recorder, "P1"));
+        for (int i = 0, count = number(3); i < count; ++i) {
+            mainQueue.runFor(std::chrono::milliseconds(number(60)));
+            user.press(others[static_cast<std::size_t>(i)]);
+            if (number(2) == 0) {
+                user.release(others[static_cast<std::size_t>(i)]);
+            } else {
+                down.push_back(others[static_cast<std::size_t>(i)]);
+            }
+        }
+        std::shuffle(down.begin(), down.end(), random);
+        for (const std::uint32_t key : down) {
+            mainQueue.runFor(std::chrono::milliseconds(number(20)));
+            user.release(key);
+        }
+        EXPECT_TRUE(becomes(*recorder, "P1R1"));
+        recorder->events.clear();
+    }
+
+    void holdOften(int count) {
+        user.run("input type:keyboard repeat_delay 100");
+        ASSERT_EQ(recorder->add(hold, 1), noErr);
+        for (int i = 0; i < count && !HasFailure(); ++i) {
+            holdOnce();
+        }
+        user.run("input type:keyboard repeat_delay 600");
+    }
+};
+
+TEST_F(SwayHolds, EveryHoldEndsInWhicheverOrderKeysGoUp) {
+    holdOften(40);
+}
+
+TEST_F(SwayHolds, SoakOfManyHolds) {
+    holdOften(1000);
+}
+
+}  // namespace
+
+}  // namespace tarvik::tests

@@ -1,0 +1,159 @@
+// SPDX-License-Identifier: MIT
+
+#include <algorithm>
+#include <fstream>
+
+#include "tests/linux/sway/SwayFixture.h"
+
+namespace tarvik::tests {
+
+namespace {
+
+using namespace std::chrono_literals;
+using platform::noErr;
+
+// Every kind of script, combining characters, right to left, and emoji of several characters.
+constexpr std::string_view corpus[] = {
+    "The quick brown fox: 0123456789 !\"#$%&'()*+,-./:;<=>?@[\\]^_`{|}~ ABC xyz",
+    "Zażółć gęślą jaźń – „tak”, Łódź, ŻÓŁĆ…",
+    "Größe, Übermut, ärgerlich – „Ja, heiß!“",
+    "Tiếng Việt có dấu; Tie\u0302\u0301ng",
+    "Съешь же ещё этих мягких французских булок, да выпей чаю.",
+    "Γαζέες καὶ μυρτιὲς δὲν θὰ βρῶ πιὰ",
+    "مرحبا بالعالم، كيف حالك؟",
+    "שלום עולם, מה שלומך?",
+    "こんにちは世界、日本語のテキストです。",
+    "안녕하세요 세계",
+    "Fine 👍🏽 family 👨‍👩‍👧‍👦 flag 🇵🇱 ❤️ end",
+};
+
+class SwayTypingInto : public SwayFixture, public testing::TestWithParam<X11Target::Kind> {
+  protected:
+    X11Target target{GetParam(), mainQueue};
+
+    void SetUp() override { ASSERT_TRUE(comesToFront(target)); }
+
+    void typeCorpus() {
+        std::string expected;
+        for (const std::string_view text : corpus) {
+            type(text, target.process());
+            expected += text;
+            ASSERT_TRUE(becomes(target, expected));
+        }
+    }
+};
+
+TEST_P(SwayTypingInto, IsExactOverTheCorpus) {
+    typeCorpus();
+}
+
+TEST_P(SwayTypingInto, IsExactWhileTheHotkeyIsHeld) {
+    HotKeyRecorder recorder(input->eventManager());
+    ASSERT_EQ(recorder.add(hold, 1), noErr);
+    pressHold();
+    ASSERT_TRUE(becomes(recorder, "P1"));
+    typeCorpus();
+    EXPECT_EQ(recorder.events, "P1");
+    releaseHold();
+    EXPECT_TRUE(becomes(recorder, "P1R1"));
+}
+
+TEST_P(SwayTypingInto, KeepsTheFieldAfterAltWentDownAndUpAlone) {
+    HotKeyRecorder recorder(input->eventManager());
+    ASSERT_EQ(recorder.add(hold, 1), noErr);
+    std::string expected;
+    for (int i = 0; i < 4; ++i) {
+        recorder.events.clear();
+        pressHold();
+        ASSERT_TRUE(becomes(recorder, "P1"));
+        if (i % 2 == 0) {
+            releaseHold();
+        } else {
+            user.release(SwayUser::altKey);
+            user.release(SwayUser::spaceKey);
+        }
+        ASSERT_TRUE(becomes(recorder, "P1R1"));
+        type("after " + std::to_string(i) + " ", target.process());
+        expected += "after " + std::to_string(i) + " ";
+        ASSERT_TRUE(becomes(target, expected));
+    }
+}
+
+TEST_P(SwayTypingInto, IsExactOverTwoThousandCharacters) {
+    std::string text;
+    while (text.size() < 2000) {
+        text += "Zażółć gęślą jaźń, the quick brown fox. ";
+    }
+    const auto start = std::chrono::steady_clock::now();
+    type(text, target.process());
+    ASSERT_TRUE(becomes(target, text, 20s));
+    RecordProperty("milliseconds",
+                   static_cast<int>((std::chrono::steady_clock::now() - start) / 1ms));
+}
+
+INSTANTIATE_TEST_SUITE_P(Toolkits, SwayTypingInto,
+                         testing::Values(X11Target::Kind::gtk3Entry, X11Target::Kind::gtk4Text,
+                                         X11Target::Kind::qt6Entry, X11Target::Kind::qt6Text),
+                         [](const auto& kind) {
+                             return nameOf(kind.param) + std::to_string(kind.index);
+                         });
+
+class SwayTyping : public SwayFixture, public testing::Test {};
+
+TEST_F(SwayTyping, GoesToTheWindowWhereTheRecordingBegan) {
+    X11Target target(X11Target::Kind::gtk3Entry, mainQueue);
+    ASSERT_TRUE(comesToFront(target));
+    target.openSecondWindow(mainQueue);
+    type("for the first window", target.process());
+    EXPECT_TRUE(becomes(target, "for the first window"));
+    EXPECT_EQ(target.textOfSecondWindow(), "");
+}
+
+TEST_F(SwayTyping, GivesTheFocusBack) {
+    X11Target first(X11Target::Kind::gtk3Entry, mainQueue);
+    X11Target second(X11Target::Kind::gtk3Entry, mainQueue);
+    ASSERT_TRUE(comesToFront(second));
+    type("behind", first.process());
+    EXPECT_TRUE(becomes(first, "behind"));
+    EXPECT_TRUE(comesToFront(second));
+}
+
+TEST_F(SwayTyping, ReachesAnotherWorkspaceAndComesBack) {
+    X11Target first(X11Target::Kind::gtk3Entry, mainQueue);
+    ASSERT_TRUE(comesToFront(first));
+    user.run("workspace second");
+    ASSERT_TRUE(mainQueue.runUntil([&] { return !input->frontmostProcess(); }));
+    type("far away", first.process());
+    EXPECT_TRUE(becomes(first, "far away"));
+    EXPECT_TRUE(mainQueue.runUntil([&] { return !input->frontmostProcess(); }));
+    user.run("workspace 1");
+}
+
+TEST_F(SwayTyping, AProgramThatReadsNothingForAWhileGetsEverything) {
+    X11Target target(X11Target::Kind::gtk3Text, mainQueue);
+    ASSERT_TRUE(comesToFront(target));
+    target.hang();
+    std::string text;
+    while (text.size() < 3000) {
+        text += "the quick brown fox jumps over the lazy dog and ";
+    }
+    type(text, target.process());
+    mainQueue.runFor(1500ms);
+    EXPECT_TRUE(input->isTypingInto(target.process()));
+    target.goOn();
+    EXPECT_TRUE(becomes(target, text, 40s));
+    EXPECT_TRUE(target.isRunning());
+}
+
+TEST_F(SwayTyping, TextThatIsLeftAtTheEndIsTyped) {
+    X11Target target(X11Target::Kind::gtk3Entry, mainQueue);
+    ASSERT_TRUE(comesToFront(target));
+    type("the last words, żółć", target.process());
+    input.reset();
+    EXPECT_TRUE(becomes(target, "the last words, żółć"));
+    input.emplace(mainQueue, log);
+}
+
+}  // namespace
+
+}  // namespace tarvik::tests
