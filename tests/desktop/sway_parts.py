@@ -1,0 +1,108 @@
+# SPDX-License-Identifier: MIT
+
+"""What stands on a Sway desktop: the keyboard, the windows, and programs to dictate into."""
+
+import json
+import os
+import subprocess
+
+from desktop import wait_for
+from target import TERMINAL_SCRIPT, Target, WidgetTarget
+
+ALT, SHIFT, SPACE = 56, 42, 57
+ESCAPE, RETURN, A, F9 = 1, 28, 30, 67
+
+
+class WaylandKeyboard:
+    """The keyboard of the desktop. Keys have the kernel's numbers."""
+
+    def __init__(self, desktop, binaries):
+        self._desktop = desktop
+        self._down = []
+        self._process = desktop.spawn(
+            [binaries / "wayland-keyboard"], stdin=subprocess.PIPE, stdout=subprocess.PIPE,
+            text=True)
+        self._process.stdout.readline()
+
+    def _tell(self, verb, key):
+        self._process.stdin.write(f"{verb} {key}\n")
+        self._process.stdin.flush()
+        self._process.stdout.readline()
+
+    def press(self, *keys):
+        for key in keys:
+            self._down.append(key)
+            self._tell("press", key)
+
+    def release(self, *keys):
+        for key in keys:
+            self._down.remove(key)
+            self._tell("release", key)
+
+    def release_all(self):
+        self.release(*reversed(self._down))
+
+    def tap(self, *keys):
+        self.press(*keys)
+        self.release(*reversed(keys))
+
+    def hold(self):
+        self.press(ALT, SPACE)
+
+    def toggle(self):
+        self.tap(ALT, SHIFT, SPACE)
+
+    def close(self):
+        self._desktop.end(self._process)
+        self._process.stdout.close()
+
+
+def sway_tree(desktop):
+    return json.loads(desktop.run(["swaymsg", "-t", "get_tree", "--raw"]))
+
+
+def windows(desktop):
+    """All windows, as Sway describes them."""
+    found = []
+
+    def add(node):
+        if node.get("pid"):
+            found.append(node)
+        for child in node["nodes"] + node["floating_nodes"]:
+            add(child)
+
+    add(sway_tree(desktop))
+    return found
+
+
+def wait_for_sway_window(desktop, condition, what):
+    return wait_for(lambda: next(filter(condition, windows(desktop)), None), what)
+
+
+class SwayTarget(Target):
+    @property
+    def is_active(self):
+        return any(window["focused"] and window["name"] == self.title
+                   for window in windows(self._desktop))
+
+    def activate(self):
+        self._desktop.run(["swaymsg", f"[title=\"^{self.title}$\"] focus"])
+
+    def _find_window(self, *_):
+        wait_for(lambda: self.is_active, f"“{self.title}” in front", process=self.process)
+
+
+class SwayWidgetTarget(SwayTarget, WidgetTarget):
+    """As WidgetTarget."""
+
+
+class FootTarget(SwayTarget):
+    """A terminal. The accessibility interface does not know it."""
+
+    def __init__(self, desktop, title=None):
+        super().__init__(desktop, title)
+        self.process = desktop.spawn(
+            ["foot", "--title", self.title, "--override", "locked-title=yes",
+             "sh", "-c", TERMINAL_SCRIPT, str(self.out)])
+        wait_for(lambda: os.path.exists(f"{self.out}.ready"), "the terminal", process=self.process)
+        self._find_window()

@@ -1,0 +1,187 @@
+#!/usr/bin/python3
+# SPDX-License-Identifier: MIT
+"""Dictation in a Sway session: with real keys into real programs, and what Sway keeps afterwards."""
+
+import os
+import signal
+import unittest
+
+from application import READY
+from desktop import wait_for
+from dictation_test import BINARIES, DictationTest
+from microphone import Microphone
+from similarity import MIN_SIMILARITY, similarity, words
+from sway import SwayDesktop, become_ordinary_user
+from sway_parts import (A, ALT, ESCAPE, F9, SPACE, FootTarget, SwayWidgetTarget,
+                        WaylandKeyboard, wait_for_sway_window, windows)
+from tray import Tray
+
+SENTENCE = "the quick brown fox jumps over the lazy dog"
+RECOGNITION_TIMEOUT = 20.0
+EXACT = "Zażółć – 日本語 😀, done."
+REGISTERED = ("hold-to-talk registered", "tap-to-toggle registered")
+
+
+class OnSway(DictationTest):
+    @classmethod
+    def setUpClass(cls):
+        cls.desktop = cls.enterClassContext(SwayDesktop(a11y=True, audio=True))
+        cls.keyboard = WaylandKeyboard(cls.desktop, BINARIES)
+        cls.addClassCleanup(cls.keyboard.close)
+        cls.microphone = Microphone(cls.desktop.fifo())
+        cls.addClassCleanup(cls.microphone.pull_out)
+        cls.tray = Tray(cls.desktop)
+        cls.addClassCleanup(cls.tray.close)
+
+    def setUp(self):
+        self.may_be_killed = False
+
+    def start_application(self, service=None, closes_setup=True, ready=(*READY, *REGISTERED),
+                          is_killed=False, **options):
+        self.may_be_killed |= is_killed
+        application = super().start_application(service, closes_setup=False, ready=ready, **options)
+        if closes_setup:
+            window = wait_for_sway_window(
+                self.desktop, lambda window: window["pid"] == application.pid, "the setup window")
+            self.desktop.run(["swaymsg", f"[con_id={window['id']}] kill"])
+            wait_for(lambda: window["id"] not in [w["id"] for w in windows(self.desktop)],
+                     "the end of the setup window")
+        return application
+
+    def end_application(self, application):
+        self.keyboard.release_all()
+        status = application.close()
+        if status != 0 or self.has_failed():
+            print(f"The application's log in {self.id()}:", *application.log.lines, sep="\n  ")
+        expected = (0, -signal.SIGKILL) if self.may_be_killed else (0,)
+        self.assertIn(status, expected, "exit status of the application")
+
+    def start_widget(self, toolkit="gtk3", **options):
+        target = SwayWidgetTarget(self.desktop, toolkit, **options)
+        self.addCleanup(target.close)
+        return target
+
+    def start_foot(self):
+        target = FootTarget(self.desktop)
+        self.addCleanup(target.close)
+        return target
+
+    def wait_until_heard(self, target):
+        try:
+            wait_for(lambda: words(target.text)[-1:] == words(SENTENCE)[-1:]
+                     and similarity(SENTENCE, target.text) >= MIN_SIMILARITY,
+                     "the spoken words", RECOGNITION_TIMEOUT)
+        except TimeoutError as error:
+            raise AssertionError(f"{error}; there is {target.text!r}") from None
+
+    def speak_into(self, target):
+        self.keyboard.hold()
+        self.wait_until_listening()
+        self.microphone.speak(SENTENCE)
+        self.wait_until_heard(target)
+        self.keyboard.release(SPACE, ALT)
+
+    def test_speech_becomes_words_in_a_terminal_and_in_a_field(self):
+        application = self.start_application(self.start_local_service())
+        self.speak_into(self.start_foot())
+        self.speak_into(self.start_widget())
+        self.assertEqual(application.log.count("startRecording"), 2)
+        self.assertEqual(application.log.count("stopRecording"), 2)
+
+    def test_a_long_dictation_is_switched_on_and_off(self):
+        service = self.start_scripted_service()
+        application = self.start_application(service)
+        target = self.start_foot()
+        self.keyboard.toggle()
+        stream = service.stream(1)
+        stream.say(EXACT)
+        target.wait_for_text(EXACT)
+        self.assertEqual(application.log.count("stopRecording"), 0)
+        self.keyboard.toggle()
+        application.log.wait_for("stopRecording (session=1)")
+        self.assertEqual(application.log.count("startRecording"), 1)
+
+    def test_text_is_exact_while_the_keys_are_held(self):
+        service = self.start_scripted_service()
+        self.start_application(service)
+        for number, target in enumerate(
+                (self.start_foot(), self.start_widget("gtk3"), self.start_widget("gtk4"),
+                 self.start_widget("qt6", menu_bar=True)), 1):
+            target.activate()
+            wait_for(lambda: target.is_active, "the target")
+            with self.subTest(number=number):
+                self.keyboard.hold()
+                stream = service.stream(number)
+                stream.say(EXACT)
+                target.wait_for_text(EXACT)
+                stream.say("More.")
+                target.wait_for_text(EXACT + " More.")
+                self.keyboard.release(ALT, SPACE)
+
+    def test_a_hold_ends_though_another_key_is_pressed(self):
+        service = self.start_scripted_service()
+        application = self.start_application(service)
+        self.start_foot()
+        self.keyboard.hold()
+        application.log.wait_for("startRecording (session=1)")
+        self.keyboard.tap(A)
+        self.keyboard.release(SPACE, ALT)
+        application.log.wait_for("stopRecording (session=1)", timeout=3)
+
+    def test_bindings_of_the_users_own_give_a_hold(self):
+        call = ("gdbus call --session --dest com.tarvik.dictate --object-path /com/tarvik/dictate "
+                "--method org.freedesktop.Application.ActivateAction {} [] {{}}")
+        service = self.start_scripted_service()
+        application = self.start_application(service)
+        target = self.start_foot()
+        environment = " ".join(f"{name}={self.desktop.environment[name]}"
+                               for name in ("DBUS_SESSION_BUS_ADDRESS",))
+        for flag, action in (("--no-repeat", "press"), ("--release", "release")):
+            self.desktop.run(["swaymsg", "--", "bindsym", flag, "F9", "exec", "env", environment,
+                              call.format(action)])
+        self.keyboard.press(F9)
+        service.stream(1).say("By a pedal.")
+        target.wait_for_text("By a pedal.")
+        self.assertEqual(application.log.count("stopRecording"), 0)
+        self.keyboard.release(F9)
+        application.log.wait_for("stopRecording (session=1)")
+
+    def test_a_killed_instance_leaves_nothing_that_the_next_one_minds(self):
+        service = self.start_scripted_service()
+        killed = self.start_application(service, is_killed=True)
+        self.keyboard.hold()
+        killed.log.wait_for("startRecording")
+        os.kill(killed.pid, signal.SIGKILL)
+        self.keyboard.release(SPACE, ALT)
+        application = self.start_application(service)
+        target = self.start_foot()
+        self.keyboard.hold()
+        application.log.wait_for("startRecording (session=1)")
+        self.keyboard.release(SPACE, ALT)
+        application.log.wait_for("stopRecording (session=1)")
+        self.assertEqual(target.text, "")
+
+    def test_the_prompt_has_the_keyboard(self):
+        application = self.start_application(settings={"deepgramApiKey": ""})
+        self.start_foot()
+        self.keyboard.hold()
+        self.keyboard.release(SPACE, ALT)
+        wait_for_sway_window(
+            self.desktop, lambda window: window["pid"] == application.pid and window["focused"],
+            "the prompt with the keyboard")
+        self.keyboard.tap(ESCAPE)
+        wait_for(lambda: all(window["pid"] != application.pid for window in windows(self.desktop)),
+                 "the end of the prompt")
+
+    def test_sway_has_none_of_our_bindings_afterwards(self):
+        application = self.start_application()
+        application.close()
+        for combination in ("Mod1+space", "Mod1+Shift+space"):
+            for form in ([], ["--release"]):
+                self.assertFalse(self.desktop.succeeds(
+                    ["swaymsg", "--", "unbindsym", *form, combination]), combination)
+
+
+if __name__ == "__main__":
+    become_ordinary_user()
+    unittest.main()
