@@ -13,7 +13,8 @@
 
 namespace tarvik::linuxdesktop {
 
-/// The windows of a Sway session, and which of them has the keyboard. Loop thread only.
+/// The windows of a Sway session, and which of them has the keyboard. Those of this process float
+/// above the others on every workspace. Loop thread only.
 class SwayWindows final : public WindowFocus {
   public:
     /// Gets the window in front whenever it may be another one; number 0 at the end of the object.
