@@ -1,6 +1,6 @@
 # SPDX-License-Identifier: MIT
 
-"""An input method that composes Chinese from typed letters, as a user of Pinyin has it."""
+"""Input methods: one that composes Chinese from typed letters, and one that composes nothing."""
 
 import gi
 
@@ -63,3 +63,21 @@ class InputMethod:
 
     def close(self):
         self._bus.close_sync(None)
+
+
+class IdleInputMethod:
+    """IBus with a keyboard layout alone, as many desktops start it. Programs ask it about each key."""
+
+    ENGINE = "xkb:us::eng"
+    VARIABLES = {"GTK_IM_MODULE": "ibus", "QT_IM_MODULE": "ibus", "XMODIFIERS": "@im=ibus"}
+
+    def __init__(self, desktop):
+        desktop.environment.update(self.VARIABLES)
+        process = desktop.spawn(["ibus-daemon", "--xim", "--panel", "disable", "--config",
+                                 "disable", "--cache", "none"])
+        wait_for(lambda: "@server=ibus" in desktop.run(["xprop", "-root", "XIM_SERVERS"])
+                 and self._is_chosen(desktop), "the input method", process=process)
+
+    def _is_chosen(self, desktop):
+        desktop.run(["ibus", "engine", self.ENGINE], check=False)
+        return self.ENGINE in desktop.run(["ibus", "engine"], check=False)

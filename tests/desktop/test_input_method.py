@@ -2,16 +2,66 @@
 # SPDX-License-Identifier: MIT
 """Text typed into programs while an input method composes what is typed there."""
 
+import contextlib
+import signal
+import threading
 import unittest
 
 from desktop import wait_for
 from dictation_test import DictationTest
-from input_method import InputMethod
+from input_method import IdleInputMethod, InputMethod
 
 LATIN = "Hello wörld. My tailor is rich, and (so) the quick brown fox: 1, 2; \"3\"!"
 CHINESE = "今天天气很好，我们去公园吧。"
 # Keys are typed one by one while an input method runs.
 TIMEOUT = 20
+
+# In seconds. A program that a busy machine runs now and then.
+STOPPED = 0.06
+RUNNING = 0.02
+SLOW_TIMEOUT = 60
+
+
+@contextlib.contextmanager
+def rarely_running(program):
+    """Lets a program run a quarter of the time."""
+    is_over = threading.Event()
+
+    def stop_and_go():
+        while not is_over.is_set():
+            program.process.send_signal(signal.SIGSTOP)
+            is_over.wait(STOPPED)
+            program.process.send_signal(signal.SIGCONT)
+            is_over.wait(RUNNING)
+
+    thread = threading.Thread(target=stop_and_go)
+    thread.start()
+    try:
+        yield
+    finally:
+        is_over.set()
+        thread.join()
+
+
+class Idle(DictationTest):
+    @classmethod
+    def setUpClass(cls):
+        super().setUpClass()
+        IdleInputMethod(cls.desktop)
+
+    def test_text_keeps_its_order_in_a_program_that_is_slow(self):
+        service = self.start_scripted_service()
+        application = self.start_application(service)
+        target = self.start_target("qt6")
+        # Blanks and letters change places first.
+        text = " ".join("abcdefghijklmnopqrst")
+        with rarely_running(target):
+            # D-Bus carries no null character, so accessibility refuses this piece.
+            self.dictate(service, "\0" + text)
+            target.wait_for_text(text, SLOW_TIMEOUT)
+        self.keyboard.release()
+        application.log.wait_for("stopRecording (session=1)")
+        self.assertGreaterEqual(target.typed_keys, len(text))
 
 
 class Composing(DictationTest):

@@ -10,6 +10,7 @@ namespace tarvik::linuxdesktop {
 namespace {
 
 using namespace std::chrono_literals;
+using std::chrono::milliseconds;
 
 // For a program to come to the front or to read what was typed there.
 constexpr auto targetTimeout = 300ms;
@@ -27,7 +28,8 @@ constexpr std::size_t reservedStrokes = 8;
 constexpr std::size_t maxBurstLength = 40;
 // A program with an input method sends each key there and back, and may mix up keys that come
 // faster.
-constexpr auto inputMethodInterval = 12ms;
+constexpr milliseconds inputMethodInterval = 12ms;
+constexpr int furtherPings = 2;
 
 }  // namespace
 
@@ -268,8 +270,7 @@ void Typist::typeRound() {
                 unread_.add(target_, burst);
                 listen();
                 if (isPaced) {
-                    wait(
-                        inputMethodInterval, [] { return false; }, [this](bool) { typeRound(); });
+                    waitForInputMethod(furtherPings);
                     return;
                 }
                 break;
@@ -285,6 +286,27 @@ void Typist::typeRound() {
         }
     }
     endRound();
+}
+
+// Nothing tells when a program has got the answer of its input method. A program that answers the
+// first ping has asked the input method. The further pings come after the answer in most cases.
+void Typist::waitForInputMethod(int pings) {
+    const bool answersPings = unread_.isPinged(target_);
+    wait(
+        answersPings ? UnreadKeys::maxTimeout : inputMethodInterval,
+        [this, answersPings] { return answersPings && isRead(target_); },
+        [this, answersPings, pings](bool) {
+            if (!answersPings || pings == 0) {
+                typeRound();
+                return;
+            }
+            wait(
+                pings == furtherPings ? inputMethodInterval : 0ms, [] { return false; },
+                [this, pings](bool) {
+                    unread_.add(target_, {});
+                    waitForInputMethod(pings - 1);
+                });
+        });
 }
 
 void Typist::waitForKeyboard() {

@@ -85,6 +85,7 @@ class Typist {
     void waitFor(xcb_window_t window);
     void letOthersPass(xcb_window_t waitsFor);
     void typeRound();
+    void waitForInputMethod(int pings);
     void waitForKeyboard();
     void endRound();
     void endText();

@@ -51,6 +51,11 @@ bool UnreadKeys::contains(xcb_window_t window) const {
     return found != windows_.end() && !found->second.isDoubtful;
 }
 
+bool UnreadKeys::isPinged(xcb_window_t window) const {
+    const auto found = windows_.find(window);
+    return found != windows_.end() && found->second.isPinged;
+}
+
 void UnreadKeys::add(xcb_window_t window, std::u32string_view characters) {
     if (window != XCB_NONE) {
         // The end of the window is reported from here on.

@@ -54,6 +54,9 @@ class UnreadKeys {
     /// Whether the keys in a window are waited for.
     bool contains(xcb_window_t window) const;
 
+    /// Whether keys in a window are waited for whose program says that it answers pings.
+    bool isPinged(xcb_window_t window) const;
+
     /// Characters have been typed into a window; or none, to find out whether its program answers
     /// pings.
     void add(xcb_window_t window, std::u32string_view characters);
