@@ -54,7 +54,7 @@ Typist::Typist(XcbConnection& connection, Keyboard& keyboard, FrontWindow& front
                               characters + dropWaitingFor(window));
                }}),
       targetWindow_(connection, front, loop, [this] { handleChange(); }),
-      waitingDeadline_(loop),
+      wait_(loop),
       restoreDeadline_(loop) {}
 
 Typist::~Typist() {
@@ -108,7 +108,7 @@ void Typist::beginNext() {
     } else if (queue_.isEmpty()) {
         endTyping();
     } else {
-        wait(
+        wait_.begin(
             UnreadKeys::maxTimeout, [this, isReady] { return queue_.hasNext(isReady); },
             [this](bool) { beginNext(); });
     }
@@ -118,7 +118,7 @@ void Typist::beginNext() {
 void Typist::endTyping() {
     const auto isRead = [this] { return !unread_.anyWindow(); };
     if (whenIdle_ && keyboard_.hasRemappedKeys() && !isRead()) {
-        wait(lookUpTimeoutAtEnd, isRead, [this](bool) {
+        wait_.begin(lookUpTimeoutAtEnd, isRead, [this](bool) {
             unread_.clear();
             beginNext();
         });
@@ -173,7 +173,7 @@ void Typist::reachTarget() {
 
 void Typist::bringToFront(xcb_window_t window) {
     targetWindow_.bringToFront(window);
-    wait(
+    wait_.begin(
         targetTimeout, [this, window] { return front_.isInFront(*current().process, window); },
         [this, window](bool isInFront) {
             if (isInFront) {
@@ -240,7 +240,7 @@ void Typist::planRound() {
 // Other texts go first meanwhile, unless the target has been brought to the front for its text.
 void Typist::waitFor(xcb_window_t window) {
     if (targetWindow_.isBroughtToFront()) {
-        wait(
+        wait_.begin(
             UnreadKeys::maxTimeout, [this, window] { return isRead(window); },
             [this](bool) { planRound(); });
         return;
@@ -292,7 +292,7 @@ void Typist::typeRound() {
 // first ping has asked the input method. The further pings come after the answer in most cases.
 void Typist::waitForInputMethod(int pings) {
     const bool answersPings = unread_.isPinged(target_);
-    wait(
+    wait_.begin(
         answersPings ? UnreadKeys::maxTimeout : inputMethodInterval,
         [this, answersPings] { return answersPings && isRead(target_); },
         [this, answersPings, pings](bool) {
@@ -300,12 +300,10 @@ void Typist::waitForInputMethod(int pings) {
                 typeRound();
                 return;
             }
-            wait(
-                pings == furtherPings ? inputMethodInterval : 0ms, [] { return false; },
-                [this, pings](bool) {
-                    unread_.add(target_, {});
-                    waitForInputMethod(pings - 1);
-                });
+            wait_.pause(pings == furtherPings ? inputMethodInterval : 0ms, [this, pings] {
+                unread_.add(target_, {});
+                waitForInputMethod(pings - 1);
+            });
         });
 }
 
@@ -318,8 +316,7 @@ void Typist::waitForKeyboard() {
         fail("another program has taken the keyboard");
         return;
     }
-    wait(
-        keyboardInterval, [] { return false; }, [this](bool) { reachTarget(); });
+    wait_.pause(keyboardInterval, [this] { reachTarget(); });
 }
 
 void Typist::endRound() {
@@ -327,7 +324,7 @@ void Typist::endRound() {
         planRound();
     } else if (targetWindow_.isBroughtToFront()) {
         // Until then the user's own keys go to the wrong window.
-        wait(
+        wait_.begin(
             targetTimeout, [this] { return isRead(targetWindow_.broughtToFront()); },
             [this](bool) { endText(); });
     } else {
@@ -375,29 +372,12 @@ void Typist::tryAgain(const std::string& reason, const std::function<void()>& st
     if (++failures_ > maxFailures || connection_.isBroken()) {
         fail(reason);
     } else {
-        wait(
-            0ms, [] { return false; }, [step](bool) { step(); });
+        wait_.pause(0ms, step);
     }
-}
-
-void Typist::wait(std::chrono::milliseconds timeout, std::function<bool()> condition,
-                  std::function<void(bool)> next) {
-    waiting_ = {std::move(condition), std::move(next)};
-    waitingDeadline_.set(timeout, [this] { endWaiting(waiting_->condition()); });
-    handleChange();
 }
 
 void Typist::handleChange() {
-    if (waiting_ && waiting_->condition()) {
-        endWaiting(true);
-    }
-}
-
-void Typist::endWaiting(bool holds) {
-    const auto next = std::move(waiting_->next);
-    waiting_.reset();
-    waitingDeadline_.clear();
-    next(holds);
+    wait_.handleChange();
 }
 
 void Typist::probeTarget() {

@@ -14,6 +14,7 @@
 #include "platform/Workspace.h"
 #include "platform/linux/input/TypingMeans.h"
 #include "platform/linux/loop/PollLoop.h"
+#include "platform/linux/x11/ConditionWait.h"
 #include "platform/linux/x11/FrontWindow.h"
 #include "platform/linux/x11/HotKeys.h"
 #include "platform/linux/x11/KeyBurst.h"
@@ -68,10 +69,6 @@ class Typist {
         // What keeps the keystroke that it has.
         std::set<char32_t> kept;
     };
-    struct Waiting {
-        std::function<bool()> condition;
-        std::function<void(bool)> next;
-    };
 
     void beginNext();
     void endTyping();
@@ -95,9 +92,6 @@ class Typist {
     void failForProcess(const std::string& reason);
     void tryAgain(const std::string& reason, const std::function<void()>& step);
 
-    void wait(std::chrono::milliseconds timeout, std::function<bool()> condition,
-              std::function<void(bool)> next);
-    void endWaiting(bool holds);
     void scheduleRestore();
     void listen();
 
@@ -127,8 +121,7 @@ class Typist {
     // The window that has to be in front; XCB_NONE where any of the process will do.
     xcb_window_t inFront_ = XCB_NONE;
 
-    std::optional<Waiting> waiting_;
-    Deadline waitingDeadline_;
+    ConditionWait wait_;
     Deadline restoreDeadline_;
 };
 
