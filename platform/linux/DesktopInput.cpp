@@ -164,6 +164,10 @@ std::optional<platform::ProcessIdentifier> DesktopInput::frontmostProcess() cons
     return front_ ? front_->frontmostProcess() : std::nullopt;
 }
 
+std::optional<platform::ProcessIdentifier> DesktopInput::chooseTarget() {
+    return front_ ? front_->chooseTarget() : std::nullopt;
+}
+
 bool DesktopInput::canType() const {
     return typing_ && typing_->isAvailable();
 }

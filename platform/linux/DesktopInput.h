@@ -39,6 +39,8 @@ class DesktopInput {
 
     /// As FrontMeans; empty without a means. Any thread.
     std::optional<platform::ProcessIdentifier> frontmostProcess() const;
+    /// As FrontMeans; empty without a means.
+    std::optional<platform::ProcessIdentifier> chooseTarget();
     /// Whether text can be typed at present. Any thread.
     bool canType() const;
     /// Whether text for `process` is still on its way by typing.

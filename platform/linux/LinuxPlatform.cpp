@@ -34,7 +34,8 @@ LinuxPlatform::LinuxPlatform(int& argumentCount, char** arguments, InstanceClaim
             }}}),
       audio_(mainQueue_, log_),
       webSockets_(log_, webSocketOptions()),
-      workspace_([this] { return input_.frontmostProcess(); },
+      // The core asks the workspace for the process in front where a recording begins.
+      workspace_([this] { return input_.chooseTarget(); },
                  [this](SettingsPanel panel) {
                      return panel == SettingsPanel::microphone
                                 ? audio_.authorizationStatusForAudio() !=

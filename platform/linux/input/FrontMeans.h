@@ -13,9 +13,13 @@ class FrontMeans {
     virtual ~FrontMeans() = default;
 
     /// The process whose window has the keyboard, this one included. Empty when there is none, or
-    /// when the process is not known. Answers what was noticed last, without asking anybody. A
-    /// means that also types remembers the window: text for this process goes there. Any thread.
+    /// when the process is not known. Answers what was noticed last, without asking anybody. Any
+    /// thread.
     virtual std::optional<platform::ProcessIdentifier> frontmostProcess() const = 0;
+
+    /// The same, for a recording that begins. A means that also types remembers the window until
+    /// the next call: text for this process goes there. Main thread.
+    virtual std::optional<platform::ProcessIdentifier> chooseTarget() { return frontmostProcess(); }
 };
 
 }  // namespace tarvik::linuxdesktop

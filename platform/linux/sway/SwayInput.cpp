@@ -182,12 +182,7 @@ void SwayInput::type(TypedText text, std::function<void()> onDone) {
             mainQueue_.async(onDone);
         }
     };
-    WindowFocus::Window asked;
-    {
-        const std::lock_guard lock(mutex_);
-        asked = asked_;
-    }
-    const std::int64_t window = asked.process == text.process ? asked.number : 0;
+    const std::int64_t window = target_.process == text.process ? target_.number : 0;
     loop_.post([this, text = std::move(text), window, onTyped = std::move(onTyped)]() mutable {
         if (session_ && session_->typist() != nullptr) {
             session_->typist()->type(std::move(text), window, std::move(onTyped));
@@ -201,8 +196,15 @@ void SwayInput::type(TypedText text, std::function<void()> onDone) {
 
 std::optional<platform::ProcessIdentifier> SwayInput::frontmostProcess() const {
     const std::lock_guard lock(mutex_);
-    asked_ = front_;
     return front_.process > 0 ? std::optional(front_.process) : std::nullopt;
+}
+
+std::optional<platform::ProcessIdentifier> SwayInput::chooseTarget() {
+    {
+        const std::lock_guard lock(mutex_);
+        target_ = front_;
+    }
+    return target_.process > 0 ? std::optional(target_.process) : std::nullopt;
 }
 
 }  // namespace tarvik::linuxdesktop

@@ -53,11 +53,12 @@ class SwayInput final : public HotKeyMeans, public TypingMeans, public FrontMean
     /// session.
     void expectLift(std::uint32_t /*modifiers*/) override {}
 
-    /// A text for the process of the last frontmostProcess() goes to the window that was in front
+    /// A text for the process of the last chooseTarget() goes to the window that was in front
     /// then, while the window exists.
     void type(TypedText text, std::function<void()> onDone) override;
 
     std::optional<platform::ProcessIdentifier> frontmostProcess() const override;
+    std::optional<platform::ProcessIdentifier> chooseTarget() override;
 
   private:
     void run(const std::shared_ptr<std::promise<void>>& ready);
@@ -74,11 +75,11 @@ class SwayInput final : public HotKeyMeans, public TypingMeans, public FrontMean
     PollLoop loop_;
     Deadline endDeadline_{loop_};
     std::atomic<bool> isConnected_ = false;
+    // Of the last chooseTarget(). Main thread only.
+    WindowFocus::Window target_;
     mutable std::mutex mutex_;
     // All under the mutex.
     WindowFocus::Window front_;
-    // The answer of the last frontmostProcess(), where a recording began.
-    mutable WindowFocus::Window asked_;
     std::optional<std::string> refusal_;
     std::optional<std::string> typingRefusal_;
     std::unique_ptr<SwaySession> session_;

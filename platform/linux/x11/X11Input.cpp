@@ -164,8 +164,7 @@ void X11Input::type(TypedText text, std::function<void()> onDone) {
             mainQueue_.async(onDone);
         }
     };
-    const FrontWindow::Known asked = asked_;
-    const xcb_window_t window = asked.process == text.process ? asked.window : XCB_NONE;
+    const xcb_window_t window = target_.process == text.process ? target_.window : XCB_NONE;
     loop_.post([this, text = std::move(text), window, onTyped = std::move(onTyped)]() mutable {
         if (session_) {
             session_->typist().type(std::move(text), window, std::move(onTyped));
@@ -179,8 +178,12 @@ void X11Input::type(TypedText text, std::function<void()> onDone) {
 
 std::optional<platform::ProcessIdentifier> X11Input::frontmostProcess() const {
     const FrontWindow::Known front = front_;
-    asked_ = front;
     return front.process > 0 ? std::optional(front.process) : std::nullopt;
+}
+
+std::optional<platform::ProcessIdentifier> X11Input::chooseTarget() {
+    target_ = front_;
+    return target_.process > 0 ? std::optional(target_.process) : std::nullopt;
 }
 
 }  // namespace tarvik::linuxdesktop

@@ -56,11 +56,12 @@ class X11Input final : public HotKeyMeans, public TypingMeans, public FrontMeans
     /// and no other means types in the session of an X server.
     void expectLift(std::uint32_t /*modifiers*/) override {}
 
-    /// A text for the process of the last frontmostProcess() goes to the window that was in front
+    /// A text for the process of the last chooseTarget() goes to the window that was in front
     /// then, while the window exists.
     void type(TypedText text, std::function<void()> onDone) override;
 
     std::optional<platform::ProcessIdentifier> frontmostProcess() const override;
+    std::optional<platform::ProcessIdentifier> chooseTarget() override;
 
   private:
     void run(std::promise<void>& connected);
@@ -79,8 +80,8 @@ class X11Input final : public HotKeyMeans, public TypingMeans, public FrontMeans
     XcbConnector connector_;
     std::atomic<bool> isConnected_ = false;
     std::atomic<FrontWindow::Known> front_ = FrontWindow::Known();
-    // The answer of the last frontmostProcess(), where a recording began.
-    mutable std::atomic<FrontWindow::Known> asked_ = FrontWindow::Known();
+    // Of the last chooseTarget(). Main thread only.
+    FrontWindow::Known target_;
     // Written before `hasAnswered_` is set, and never again.
     std::string refusal_;
     std::atomic<bool> hasAnswered_ = false;

@@ -58,7 +58,7 @@ class SwayFixture {
         return holds;
     }
     bool comesToFront(const X11Target& target) {
-        return mainQueue.runUntil([&] { return input->frontmostProcess() == target.process(); });
+        return mainQueue.runUntil([&] { return input->chooseTarget() == target.process(); });
     }
     void pressHold() {
         user.press(SwayUser::altKey);

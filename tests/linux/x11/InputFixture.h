@@ -76,7 +76,7 @@ class InputFixture {
         return holds;
     }
     bool comesToFront(const X11Target& target) {
-        return mainQueue.runUntil([&] { return input->frontmostProcess() == target.process(); });
+        return mainQueue.runUntil([&] { return input->chooseTarget() == target.process(); });
     }
     void pressHold() {
         user->press(X11User::altKey);
