@@ -16,7 +16,7 @@ ACCESSIBLE = ("GTK 3 entry", "GTK 3 text view", "GTK 3 password field", "GTK 4 e
 
 class Targets(unittest.TestCase):
     def check(self, name, columns, road=None):
-        row = measure_row(name, Plan(columns, BINARIES, repetitions=1, time_limit=250))
+        row = measure_row(name, Plan(columns, BINARIES, repetitions=1))
         if "missing" in row:
             self.skipTest(f"{row['missing']} is not installed")
         self.assertNotIn("error", row)

@@ -25,7 +25,7 @@ class AccessibilityWorker {
     /// Starts the thread. Where the system has no thread left, one line in the log says so, and
     /// there is no accessibility: nothing is ever connected. `log` outlives the worker.
     explicit AccessibilityWorker(platform::Log& log);
-    /// Ends the thread after the requests before it; they are bounded by their timeouts.
+    /// Ends the thread after all earlier requests, which end by their timeouts.
     ~AccessibilityWorker();
     AccessibilityWorker(const AccessibilityWorker&) = delete;
     AccessibilityWorker& operator=(const AccessibilityWorker&) = delete;
@@ -48,7 +48,7 @@ class AccessibilityWorker {
 
   private:
     void run();
-    /// Runs `task` on the thread; drops it where there is none.
+    /// Runs `task` on the thread; drops `task` where there is no thread.
     void post(std::function<void()> task);
     void runWrite(const std::shared_ptr<WriteReply>& reply, AtspiElement& element,
                   const std::string& text, SteadyTime deadline);

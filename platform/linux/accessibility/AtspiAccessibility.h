@@ -17,8 +17,9 @@ namespace tarvik::linuxdesktop {
 
 class AccessibilityWorker;
 
-/// Accessibility over AT-SPI. A thread of its own speaks D-Bus and tracks the focus all the time:
-/// once the hotkey is pressed it is too late to ask, because the key grab takes the focus away.
+/// Accessibility over AT-SPI. A thread of its own speaks D-Bus and tracks the focus all the time.
+/// A query at the press of the hotkey would come too late, because the key grab takes the focus
+/// away.
 ///
 /// Main thread only. The constructor does not block. The desktop's replies come a few milliseconds
 /// later; until then nothing is focused and no process is trusted. A missing or lost bus costs one

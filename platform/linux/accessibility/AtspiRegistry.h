@@ -11,8 +11,8 @@
 
 namespace tarvik::linuxdesktop {
 
-/// A connection to the accessibility bus on which programs report their focus. It belongs to the
-/// thread of its loop; nothing blocks.
+/// A connection to the accessibility bus on which programs report their focus. Belongs to the
+/// loop's thread; nothing blocks.
 class AtspiRegistry {
   public:
     /// Called in turns of the loop or inside the bus's dispatchUntil().

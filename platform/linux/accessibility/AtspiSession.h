@@ -11,7 +11,7 @@
 namespace tarvik::linuxdesktop {
 
 /// What the session bus knows of accessibility: the desktop's switch, and the address of the
-/// accessibility bus. It belongs to the thread of its loop; nothing blocks.
+/// accessibility bus. Belongs to the loop's thread; nothing blocks.
 class AtspiSession {
   public:
     /// Called in turns of the loop.

@@ -19,7 +19,7 @@ class CallBatch {
     CallBatch(const CallBatch&) = delete;
     CallBatch& operator=(const CallBatch&) = delete;
 
-    /// Gives the calls that follow no timeout, so that a reply is handled however late it comes.
+    /// Gives the calls that follow no timeout, so that a late reply is handled too.
     /// When await() has failed, a later turn of the loop still calls each `onReply`, and
     /// `onComplete` after the last one. Both own what they use. Neither is called once the program
     /// has left the bus.

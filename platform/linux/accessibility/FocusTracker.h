@@ -42,8 +42,8 @@ class FocusTracker {
         std::shared_ptr<AtspiElement> focus;
         /// The widget that had the focus before; empty once the focus has fallen back to it.
         std::shared_ptr<AtspiElement> previousFocus;
-        /// The widget has reported that it lost the focus, and that is not refuted. Stays true when
-        /// no widget has the focus any more.
+        /// The widget has reported the loss of the focus, and no query has refuted the report.
+        /// Stays true when no widget has the focus any more.
         bool isLossReported = false;
         /// The tracker's sequence number at the program's latest focus event. A reply to an older
         /// query is outdated.
@@ -63,8 +63,8 @@ class FocusTracker {
     void setFocus(Program& program, const std::string& path);
     void checkFocus(const BusObject& window, bool isSameWindow);
     /// Asks a program whether its widget has the focus that was reported. A widget without the
-    /// focus in an active window gives way to the previous one, if that has the focus. During a key
-    /// grab the window is inactive too.
+    /// focus in an active window gives way to the previous widget, if the previous widget has the
+    /// focus. During a key grab the window is inactive too.
     void confirmFocus(const std::string& busName);
     /// Asks an object for its states. `onStates` gets nothing from an object that is gone, and is
     /// not called without a reply.

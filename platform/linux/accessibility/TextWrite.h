@@ -23,12 +23,12 @@ class CallBatch;
 ///
 /// A call that changes the text follows only when the program has just replied to queries, because
 /// a sent message cannot be called back. When the program does not reply to an insertion in time,
-/// the write is pending, and the late replies settle the write: the inserted text stays if all of
-/// it is there and still wanted, and is deleted again otherwise. Late replies to a deletion undo
-/// it where the user had typed over the selection meanwhile. So no text arrives twice, and no text
-/// of the user is lost. Until the late replies are there, every further write into the program
-/// fails at once. Two cases may end otherwise: a program that goes on after this process has
-/// ended, and one that handles keys between two messages that it finds together.
+/// the write is pending, and the late replies settle the write: the inserted text stays if the
+/// whole text is there and still wanted, and is deleted again otherwise. Late replies to a deletion
+/// undo the deletion where the user had typed over the selection meanwhile. So no text arrives
+/// twice, and no text of the user is lost. Until the late replies are there, every further write
+/// into the program fails at once. Two cases may end otherwise: a program that goes on after this
+/// process has ended, and one that handles keys between two messages that it finds together.
 class TextWrite {
   public:
     /// All outlive the write. `onUnreliable` gets a line for the log when the program does not
