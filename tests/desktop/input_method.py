@@ -1,6 +1,6 @@
 # SPDX-License-Identifier: MIT
 
-"""Input methods: one that composes Chinese from typed letters, and one that composes nothing."""
+"""Input methods: one that composes Korean syllables, and one that composes nothing."""
 
 import gi
 
@@ -15,13 +15,13 @@ VARIABLES = {"GTK_IM_MODULE": "fcitx", "QT_IM_MODULE": "fcitx", "XMODIFIERS": "@
 PROFILE = """[Groups/0]
 Name=Default
 Default Layout=us
-DefaultIM=pinyin
+DefaultIM=hangul
 
 [Groups/0/Items/0]
 Name=keyboard-us
 
 [Groups/0/Items/1]
-Name=pinyin
+Name=hangul
 
 [GroupOrder]
 0=Default
@@ -32,7 +32,7 @@ ActiveByDefault=True
 
 
 class InputMethod:
-    """Fcitx 5 with Pinyin, which is on in every window from the start."""
+    """Fcitx 5 with Hangul, which is on in every window from the start."""
 
     def __init__(self, desktop):
         folder = desktop.folder / "config" / "fcitx5"

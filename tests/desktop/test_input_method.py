@@ -92,8 +92,8 @@ class Composing(DictationTest):
         self.keyboard.release()
         self.application.log.wait_for("stopRecording (session=1)")
         self.assertTrue(self.input_method.is_composing)
-        self.keyboard.type("nihao ")
-        wait_for(lambda: target.text.startswith(text + "你好"), "composed text")
+        self.keyboard.type("gksrmf ")
+        wait_for(lambda: target.text.startswith(text + "한글"), "composed text")
 
     def test_text_arrives_unchanged_in_a_gtk_program(self):
         self.check_dictation(self.start_gtk(), LATIN, CHINESE)
