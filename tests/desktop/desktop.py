@@ -56,8 +56,8 @@ GTK_SETTINGS = """[Settings]
 gtk-theme-name=Adwaita
 gtk-icon-theme-name=Adwaita
 gtk-font-name=Sans 10
-gtk-key-theme-name=Default
 """
+GTK_3_SETTINGS = GTK_SETTINGS + "gtk-key-theme-name=Default\n"
 
 FONTS = pathlib.Path(__file__).parent / "fonts"
 
@@ -198,10 +198,10 @@ class Desktop:
         system = self.folder / "system"
         system.mkdir()
         (system / "pulse.conf").touch()
-        for version in ("gtk-3.0", "gtk-4.0"):
-            settings = self.folder / "config" / version / "settings.ini"
-            settings.parent.mkdir()
-            settings.write_text(GTK_SETTINGS)
+        for version, settings in (("gtk-3.0", GTK_3_SETTINGS), ("gtk-4.0", GTK_SETTINGS)):
+            file = self.folder / "config" / version / "settings.ini"
+            file.parent.mkdir()
+            file.write_text(settings)
         fonts = os.environ.get("TARVIK_TEST_FONTS", "normal")
         self.environment |= {
             "TZ": "UTC",

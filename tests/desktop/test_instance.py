@@ -11,6 +11,7 @@ import unittest
 from application import write_settings
 from desktop import wait_for
 from dictation_test import BINARIES, DictationTest
+from timing import check_within
 from windows import wait_for_window
 
 RUNNING = "TarvikDictate: it runs already"
@@ -47,11 +48,15 @@ class Instance(DictationTest):
         wait_for(lambda: "loginItemAutoConfigured=true" in self.settings_file.read_text(),
                  "the first settings")
         before = self.settings_file.read_bytes()
-        status, lines, seconds = self.second_start(DESKTOP_STARTUP_ID="launcher_TIME0")
-        self.assertEqual(status, 0)
-        self.assertEqual(len(lines), 1, lines)
-        self.assertIn(RUNNING, lines[0])
-        self.assertLess(seconds, 1)
+
+        def start():
+            status, lines, seconds = self.second_start(DESKTOP_STARTUP_ID="launcher_TIME0")
+            self.assertEqual(status, 0)
+            self.assertEqual(len(lines), 1, lines)
+            self.assertIn(RUNNING, lines[0])
+            return seconds
+
+        check_within(1, start)
         self.assertEqual(self.settings_file.read_bytes(), before)
         self.assertIsNone(application.process.poll())
         # The hotkeys still belong to the first instance.

@@ -44,7 +44,7 @@ TEST_P(X11ProgramProbe, FindsAProgramBehindFromAKeyUntilTheProgramHasHandledTheK
     EXPECT_EQ(probe.find(target.process()), Finding::behind);
     target.goOn();
     EXPECT_TRUE(finds(Finding::idle, target.process()));
-    EXPECT_EQ(target.text(), "q");
+    EXPECT_TRUE(becomes(target, "q"));
 }
 
 INSTANTIATE_TEST_SUITE_P(, X11ProgramProbe,
