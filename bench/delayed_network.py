@@ -67,8 +67,7 @@ class DelayedNetwork:
 
     def __enter__(self):
         self._process = subprocess.Popen(
-            [sys.executable, "-B", __file__, str(self._round_trip)], stdin=subprocess.PIPE,
-            stdout=subprocess.PIPE, text=True)
+            self.command(), stdin=subprocess.PIPE, stdout=subprocess.PIPE, text=True)
         numbers = self._process.stdout.readline().split()
         if not numbers:
             raise RuntimeError("the delayed network did not start; it needs root")
@@ -81,6 +80,10 @@ class DelayedNetwork:
         self._process.stdin.close()
         self._process.stdout.close()
         self._process.wait()
+
+    def command(self):
+        """The command of the program that carries the packets."""
+        return [sys.executable, "-B", __file__, str(self._round_trip)]
 
     def listener(self):
         """A socket for a server on the service's host."""
