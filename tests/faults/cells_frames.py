@@ -111,7 +111,7 @@ CELLS = [
     Cell("fifty final pieces and the close in one packet",
          sends(b"".join(final(f"w{n}") for n in range(50)) + frame(CLOSE, code(1000))),
          (CLOSED + "1000)",), "One " + " ".join(f"w{n}" for n in range(50))),
-    Cell("a final piece and a broken frame in one packet", sends(final("two") + b"\xff" * 8),
+    Cell("a final piece and a broken frame in one packet", sends(final("two") + b"\xff" * 64),
          (LOST, UNSENT), "One two", is_fast=True),
     Cell("a final piece and the end of TCP", lambda world: then(
         world, sends(final("two")), lambda w: w.stream.wait_until_read(), lambda w: w.board.line.close()),
