@@ -36,10 +36,7 @@ void FrameKinds::process(std::span<unsigned char> bytes) {
                 processShortLength(bytes.front());
                 break;
             case Part::longLength:
-                remaining_ = remaining_ << 8 | bytes.front();
-                if (--lengthBytes_ == 0) {
-                    beginPayload();
-                }
+                processLongLength(bytes.front());
                 break;
             case Part::payload:
                 used = static_cast<std::size_t>(std::min<std::uint64_t>(remaining_, bytes.size()));
@@ -91,6 +88,21 @@ void FrameKinds::processShortLength(unsigned char byte) {
     }
     remaining_ = length;
     beginPayload();
+}
+
+// A length of 64 bits must not begin with a one (RFC 6455, 5.2), which Beast does not check: it
+// would take everything that follows for one endless frame. A length of zero in this form breaks
+// the protocol as well, and Beast ends the connection.
+void FrameKinds::processLongLength(unsigned char& byte) {
+    constexpr unsigned char topBit = 0x80;
+    isLengthTooLong_ = isLengthTooLong_ || (lengthBytes_ == 8 && (byte & topBit) != 0);
+    if (isLengthTooLong_) {
+        byte = 0;
+    }
+    remaining_ = remaining_ << 8 | byte;
+    if (--lengthBytes_ == 0) {
+        beginPayload();
+    }
 }
 
 void FrameKinds::beginPayload() {

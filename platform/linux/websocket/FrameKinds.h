@@ -29,12 +29,14 @@ class FrameKinds {
     void processHandshake(unsigned char byte);
     void processFirstByte(unsigned char& byte);
     void processShortLength(unsigned char byte);
+    void processLongLength(unsigned char& byte);
     void beginPayload();
 
     Part part_ = Part::handshake;
     std::string statusLine_;
     std::size_t lineEndMatched_ = 0;
     std::size_t lengthBytes_ = 0;
+    bool isLengthTooLong_ = false;
     std::uint64_t remaining_ = 0;
     std::deque<platform::WebSocketMessage::Kind> kinds_;
 };

@@ -1,7 +1,10 @@
 // SPDX-License-Identifier: MIT
 
+#include <unistd.h>
+
 #include <atomic>
 #include <chrono>
+#include <fstream>
 #include <thread>
 
 #include "tests/linux/websocket/BeastTest.h"
@@ -45,16 +48,26 @@ TEST_F(WebSocketConnection, AMessageBeyondTheLimitIsDroppedWithOneLineAndReceivi
                                         "TarvikDictate: dropped a message of 1048577" + end}));
 }
 
+TEST_F(WebSocketConnection, EndsWhenAFrameClaimsMoreThan63BitsOfLength) {
+    open();
+    world.sendText("before");
+    world.peer().write("\x82\x7F" + std::string(8, '\xFF') + "x");
+    ASSERT_TRUE(comes("failed receive"));
+    EXPECT_EQ(recorder->lastError().localizedDescription.substr(0, 38),
+              "The connection to the service was lost");
+}
+
 class WebSocketBacklog : public BeastTest {
   protected:
     static constexpr auto waiting =
         "TarvikDictate: the network is too slow, more than 5 s of sound wait to be sent";
 
-    /// Sends more than the network takes, and then a chunk of sound now and then.
+    /// Sends more than the network takes, in chunks as of sound, and then a chunk now and then.
     void sendUntilTheLogTellsOfTheBacklog() {
         open();
-        for (int count = 0; count < 32; ++count) {
-            send(std::string(mebibyte, 's'));
+        memoryBefore = residentBytes();
+        for (int count = 0; count < backlogChunks; ++count) {
+            send(std::string(chunkSize, 's'));
         }
         ASSERT_TRUE(world.runUntil([this] {
             send("s");
@@ -68,6 +81,22 @@ class WebSocketBacklog : public BeastTest {
         ++handedOver;
     }
 
+    /// The memory of this process, in bytes.
+    static std::size_t residentBytes() {
+        std::ifstream sizes("/proc/self/statm");
+        std::size_t all = 0;
+        std::size_t resident = 0;
+        sizes >> all >> resident;
+        return resident * static_cast<std::size_t>(sysconf(_SC_PAGESIZE));
+    }
+
+    bool isMemoryGivenBack() {
+        return world.runUntil([this] { return residentBytes() < memoryBefore + 8 * mebibyte; });
+    }
+
+    static constexpr std::size_t chunkSize = 4096;
+    static constexpr int backlogChunks = 10'000;
+    std::size_t memoryBefore = 0;
     std::atomic<int> sent = 0;
     std::atomic<int> unsent = 0;
     int handedOver = 0;
@@ -93,6 +122,7 @@ TEST_F(WebSocketBacklog, IsToldToBeLostWhenTheConnectionEnds) {
     EXPECT_EQ(world.logLines().back(), "TarvikDictate: the waiting sound is lost");
     EXPECT_TRUE(world.runUntil([this] { return sent + unsent == handedOver; }));
     EXPECT_GT(unsent, 0);
+    EXPECT_TRUE(isMemoryGivenBack());
 }
 
 TEST_F(WebSocketConnection, DropsTextThatIsNotUtf8AndGoesOn) {
