@@ -190,7 +190,7 @@ class FaultTest(DictationTest):
 
     def check_text(self, cell):
         if self.target.process.poll() is None:
-            self.target.wait_for_text(cell.text if cell.opens or cell.text != FIRST else "")
+            self.target.wait_for_text(cell.text if cell.opens or cell.text != FIRST else "", timeout=20)
 
     def check_log(self, cell):
         lines = [line for line in self.log.lines[self.first_line:self.last_line]
