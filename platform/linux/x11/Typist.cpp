@@ -19,7 +19,7 @@ constexpr auto keyboardInterval = 50ms;
 // The end of the program waits no longer than a second in all.
 constexpr auto lookUpTimeoutAtEnd = 700ms;
 // Keys may be needed again for the next piece of a dictation.
-constexpr auto restoreDelay = 700ms;
+constexpr milliseconds restoreDelay = 700ms;
 constexpr int maxFailures = 12;
 // Keystrokes that are left over, so that a program that stops with all others unread holds up no
 // other program.
@@ -132,10 +132,13 @@ void Typist::endTyping() {
     }
 }
 
-// A key that is restored too early yields nothing to a target that looks the key up late.
+// A key that is restored too early yields nothing to a target that looks the key up late. Programs
+// look a key up once more when their input method has answered, which nothing tells.
 void Typist::scheduleRestore() {
     if (!isBusy_ && unread_.isEmpty() && keyboard_.hasRemappedKeys()) {
-        restoreDeadline_.set(restoreDelay, [this] { keyboard_.restore(); });
+        const milliseconds delay =
+            keyboard_.hasInputMethod() ? UnreadKeys::maxTimeout : restoreDelay;
+        restoreDeadline_.set(delay, [this] { keyboard_.restore(); });
     }
 }
 
