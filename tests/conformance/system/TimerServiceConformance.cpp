@@ -57,12 +57,13 @@ TEST_P(TimerServiceConformance, DroppingATimerStopsIt) {
     int ticks = 0;
     std::unique_ptr<platform::Timer> timer =
         world->timers().scheduledRepeatingTimer(Seconds(0.005), [&] { ++ticks; });
-    EXPECT_TRUE(world->runUntil([&] { return ticks == 2; }));
+    EXPECT_TRUE(world->runUntil([&] { return ticks >= 2; }));
     timer.reset();
+    const int ticksBefore = ticks;
     bool isLater = false;
     world->mainQueue().asyncAfter(Seconds(0.05), [&] { isLater = true; });
     EXPECT_TRUE(world->runUntil([&] { return isLater; }));
-    EXPECT_EQ(ticks, 2);
+    EXPECT_EQ(ticks, ticksBefore);
 }
 
 TEST_P(TimerServiceConformance, MissedTicksAreSkipped) {
