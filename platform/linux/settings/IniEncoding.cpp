@@ -167,6 +167,9 @@ std::string encodeIniValue(std::string_view text) {
 
 std::optional<std::string> decodeIniValue(std::string_view value) {
     std::optional<std::string> text = ValueReader(value).read();
+    if (text && text->find('\0') != std::string::npos) {
+        return std::nullopt;
+    }
     if (!text || !text->starts_with('@')) {
         return text;
     }

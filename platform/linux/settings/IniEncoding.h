@@ -13,8 +13,8 @@ namespace tarvik::linuxdesktop {
 /// The value that stands for `text`; quoted where it could be taken for anything but a text.
 std::string encodeIniValue(std::string_view text);
 
-/// The text that `value` stands for; empty for a list and for the types that QSettings writes with
-/// an @.
+/// The text that `value` stands for; empty for a list, for the types that QSettings writes with
+/// an @, and for a value with a zero character.
 std::optional<std::string> decodeIniValue(std::string_view value);
 
 /// The key in the file that stands for `text`.

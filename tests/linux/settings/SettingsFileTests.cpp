@@ -174,6 +174,13 @@ TEST_F(SettingsFileTest, ANewEntryIsNoPartOfALastLineThatGoesOn) {
     }
 }
 
+TEST_F(SettingsFileTest, ATextWithAZeroCharacterReadsAsAbsent) {
+    putFile(path, "[General]\ndeepgramApiKey=a\\x0\ndeepgramHost=\\0.example\n");
+    open();
+    EXPECT_EQ(defaults->stringForKey("deepgramApiKey"), std::nullopt);
+    EXPECT_EQ(defaults->stringForKey("deepgramHost"), std::nullopt);
+}
+
 TEST_F(SettingsFileTest, NumbersThatDoNotFitReadAsAbsent) {
     putFile(
         path,
