@@ -201,11 +201,14 @@ LateInsertion TextWrite::lateInsertion() {
 
 AXError TextWrite::verifyInsertion() {
     const bool canChange = insertion_->isAccepted && !hasGrown();
-    if (isInserted() || (learnsUtf16Units() && isInserted()) ||
-        (canChange && waitUntil([this] { return isInserted(); }))) {
+    // Asked before the wait, which may take all the time that is left. A text that is not there yet
+    // must not count as truncated.
+    const bool isCut = canChange && hasBegun() && isTruncated();
+    if (!isCut && (isInserted() || (learnsUtf16Units() && isInserted()) ||
+                   (canChange && waitUntil([this] { return isInserted(); })))) {
         return platform::axErrorSuccess;
     }
-    if (insertion_->isAccepted && isTruncated()) {
+    if (isCut || (insertion_->isAccepted && isTruncated())) {
         restoreTail();
         return platform::axErrorFailure;
     }
@@ -233,6 +236,12 @@ bool TextWrite::learnsUtf16Units() {
     }
     element_.application->isKnownToCountUtf16Units = false;
     return false;
+}
+
+// Whether the replies show at least the beginning of the text.
+bool TextWrite::hasBegun() const {
+    return !found_.empty() && text_.starts_with(found_) && insertion_->tail &&
+           !insertion_->tail->starts_with(found_);
 }
 
 // Qt's line edit sets its whole text anew, and truncates it at its length limit.

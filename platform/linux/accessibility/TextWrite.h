@@ -57,6 +57,7 @@ class TextWrite {
     bool learnsUtf16Units();
     bool hasGrown() const;
     bool isInserted();
+    bool hasBegun() const;
     bool isTruncated();
     void restoreTail();
     platform::AXError failWithoutReply();

@@ -43,7 +43,7 @@ ENTRY = 79
 
 parser = argparse.ArgumentParser(description=__doc__)
 parser.add_argument("--behaviour", default="honest",
-                    choices=["honest", "liar", "late", "refusing", "short", "cutting",
+                    choices=["honest", "liar", "late", "refusing", "short", "cutting", "cutting-slowly",
                              "silent-on-insertion", "silent-and-refusing", "silent-and-short",
                              "silent-and-utf16", "silent-on-deletion", "dying-on-insertion", "slow", "undeletable",
                              "nonsense", "garbling", "unreadable", "utf16", "masking"])
@@ -106,7 +106,7 @@ class Field:
             text = "".join(char if ord(char) <= 0xFFFF else char.encode().decode("latin-1")
                            for char in text)
         self.replace(position, position, text)
-        if self.behaviour == "cutting":
+        if self.behaviour in ("cutting", "cutting-slowly"):
             self.replace(len(self.first_text), len(self.text), "")
 
 
@@ -192,6 +192,8 @@ class Widget(dbus.service.Object):
         if self.field.behaviour == "nonsense":
             self.answer(reply, lambda: (dbus.Int32(2147483647),))
         elif name == "CharacterCount":
+            if self.field.behaviour == "cutting-slowly":
+                time.sleep(0.1)
             self.answer(reply, lambda: (dbus.Int32(len(self.field.text)),))
             # The last request before the writer changes anything.
             if self.field.behaviour == "silent-on-deletion" and not self.field.was_silent:

@@ -357,6 +357,13 @@ TEST_F(AtspiAccessibility, AFieldThatMakesALittleRoomAtItsEndGetsItsEndBack) {
         << target->text();
 }
 
+TEST_F(AtspiAccessibility, AFieldOfASlowProgramGetsItsEndBackBeforeTheTimeIsUp) {
+    open("cutting-slowly", "begin end", {"--select", "6:6"});
+    EXPECT_NE(write(element, "middle"), platform::axErrorSuccess);
+    EXPECT_TRUE(becomesTrue([this] { return target->text() == "begin end"; }, timeout))
+        << target->text();
+}
+
 TEST_F(AtspiAccessibility, AFieldThatShowsSomethingElseIsLeftWithoutIt) {
     open("garbling", "begin end", {"--select", "6:6"});
     EXPECT_EQ(write(element, "of the "), platform::axErrorSuccess);
