@@ -57,7 +57,7 @@ void SwayWindows::handleEvent(SwayConnection::Event event, std::string_view json
     if (change.kind == "new" && change.process == getpid()) {
         // A window of this process keeps its own size, and stays in front on every workspace.
         connection_.run("[con_id=" + std::to_string(change.window) +
-                        "] floating enable, sticky enable");
+                        "] floating enable, sticky enable, move position center");
     }
     if (event == SwayConnection::Event::workspace || change.kind == "focus" ||
         change.kind == "close" || change.kind == "new") {

@@ -7,6 +7,7 @@
 #include <utility>
 
 #include "platform/linux/input/SocketBacklog.h"
+#include "platform/linux/wayland/NarrowKeys.h"
 
 namespace tarvik::linuxdesktop {
 
@@ -90,9 +91,31 @@ bool VirtualTypist::isInFront() const {
 void VirtualTypist::lookAtFocus() {
     if (isInFront()) {
         target_ = focus_.front();
-        prepareKeymap();
+        leaveOutWideCharacters();
+        if (current().position == current().text.characters.size()) {
+            endText();
+        } else {
+            prepareKeymap();
+        }
     } else {
         activateTarget();
+    }
+}
+
+void VirtualTypist::leaveOutWideCharacters() {
+    constexpr char32_t lastNarrow = 0xFFFF;
+    std::u32string& characters = current().text.characters;
+    const auto isWide = [](char32_t character) { return character > lastNarrow; };
+    if (target_.isX11 || std::ranges::none_of(characters, isWide) ||
+        !hasNarrowKeys(target_.process)) {
+        return;
+    }
+    const auto left = characters.begin() + static_cast<std::ptrdiff_t>(current().position);
+    const auto end = std::remove_if(left, characters.end(), isWide);
+    if (const auto count = characters.end() - end; count > 0) {
+        characters.erase(end, characters.end());
+        report("not delivered: the program would make other characters of these",
+               static_cast<std::size_t>(count));
     }
 }
 

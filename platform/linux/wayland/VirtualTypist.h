@@ -56,6 +56,8 @@ class VirtualTypist {
     // Each step ends with the next one, or with the end of the text.
     void findTarget();
     void lookAtFocus();
+    // No character is better than a wrong one.
+    void leaveOutWideCharacters();
     void activateTarget();
     void prepareKeymap();
     void sendBurst();
