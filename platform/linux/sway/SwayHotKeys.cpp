@@ -98,9 +98,6 @@ SwayHotKeys::SwayHotKeys(SwayConnection& connection, EventLoop& loop, platform::
 
 SwayHotKeys::~SwayHotKeys() {
     endHold();
-    if (lock_) {
-        unlink(lockPath_.c_str());
-    }
 }
 
 void SwayHotKeys::add(HotKeyNumber number, std::uint32_t keyCode, std::uint32_t modifiers,
@@ -142,14 +139,15 @@ void SwayHotKeys::add(HotKeyNumber number, std::uint32_t keyCode, std::uint32_t 
     });
 }
 
-// A process that ends gives its lock up, however it ends.
+// A process that ends gives its lock up, however it ends. The empty file stays until the session's
+// end: whoever removed it might remove another instance's.
 bool SwayHotKeys::claim() {
     if (lock_) {
         return true;
     }
     const char* socket = std::getenv("SWAYSOCK");
-    lockPath_ = std::string(socket != nullptr ? socket : "") + ".tarvik-dictate";
-    FileDescriptor file(open(lockPath_.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0600));
+    const std::string path = std::string(socket != nullptr ? socket : "") + ".tarvik-dictate";
+    FileDescriptor file(open(path.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0600));
     if (!file) {
         // Where no file can be made, bindings count more than telling instances apart.
         return true;

@@ -95,8 +95,7 @@ class SwayHotKeys {
     std::optional<Hold> hold_;
     Deadline repeatDeadline_;
     bool hasToldOfNoRepeat_ = false;
-    // Held while there are hotkeys: another instance would take the bindings over unnoticed.
-    std::string lockPath_;
+    // Held from the first hotkey on: another instance would take the bindings over unnoticed.
     FileDescriptor lock_;
 };
 
