@@ -17,7 +17,7 @@ using namespace std::chrono_literals;
 
 // How many characters are sent before the focus is asked for again.
 constexpr std::size_t burstLength = 200;
-// How long a target may take to come to the front, or to read what was typed.
+// How long a target may take to come to the front, or to read a burst.
 constexpr auto targetTimeout = 30s;
 constexpr auto activationInterval = 50ms;
 // A compositor or a program may take the first keys by the old map. An X server reads the new one
@@ -183,6 +183,8 @@ void VirtualTypist::checkBurst(std::uint64_t changesBefore, std::size_t length) 
     }
     current().position += length;
     burstTime_ = std::chrono::steady_clock::now();
+    // A slow program has the whole time for each burst.
+    targetDeadline_ = burstTime_ + targetTimeout;
     readingDelay_ = 1ms;
     awaitReading();
 }
