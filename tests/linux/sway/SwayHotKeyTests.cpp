@@ -3,8 +3,9 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include <array>
+#include <algorithm>
 #include <csignal>
+#include <cstdlib>
 #include <random>
 #include <utility>
 
