@@ -15,8 +15,8 @@ struct SocketBacklog {
     std::uint32_t toServer = 0;
 };
 
-/// The address of the display server at the other end of the socket `descriptor`; empty when the server
-/// is not connected by a local socket.
+/// The address of the display server at the other end of the socket `descriptor`; empty when the
+/// server is not connected by a local socket.
 std::string addressOfServer(int descriptor);
 
 /// The backlog of all connections between `process` and the server at `address`. Empty when the
