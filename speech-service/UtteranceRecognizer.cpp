@@ -132,6 +132,7 @@ void UtteranceRecognizer::continueSpeech() {
 
 void UtteranceRecognizer::settlePause() {
     Utterance utterance = utteranceOf(endDecoding());
+    utterance.isSpeechFinal = options_.endpointing.has_value();
     isInSpeech_ = false;
     lastEnd_ = frames_;
     hold(std::move(utterance));
@@ -281,7 +282,10 @@ void UtteranceRecognizer::checkUtteranceEnd() {
 void UtteranceRecognizer::finish() {
     if (isInSpeech_) {
         decoder_.process(rest_);
-        hold(utteranceOf(endDecoding()));
+        Utterance utterance = utteranceOf(endDecoding());
+        utterance.isSpeechFinal = true;
+        utterance.isFromFinalize = true;
+        hold(std::move(utterance));
         isInSpeech_ = false;
         lastEnd_ = frames_;
     }

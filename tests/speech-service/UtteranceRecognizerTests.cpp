@@ -170,6 +170,7 @@ TEST_F(Recognizer, ReportsInterimWordsOnceAndWithdrawsThem) {
     ASSERT_EQ(utterances_.size(), 2U);
     EXPECT_TRUE(utterances_[1].isFinal);
     EXPECT_TRUE(utterances_[1].words.empty());
+    EXPECT_TRUE(utterances_[1].isSpeechFinal);
 }
 
 // Words of 0.3 s each, so that one lasts from 12 to 12.3 s.
