@@ -2,6 +2,7 @@
 
 #include "speech-service/WhisperEngine.h"
 
+#include <ggml-backend.h>
 #include <whisper.h>
 
 #include <cerrno>
@@ -39,7 +40,15 @@ Result<std::unique_ptr<Engine>> WhisperEngine::create(const std::filesystem::pat
         return Error{ENOENT, "There is no speech model in " + model.string()};
     }
     static std::once_flag isReportingSet;
-    std::call_once(isReportingSet, [] { whisper_log_set(printErrors, nullptr); });
+    std::call_once(isReportingSet, [] {
+        whisper_log_set(printErrors, nullptr);
+        // The code for each kind of processor is in a file of its own.
+        ggml_backend_load_all();
+    });
+    // The library ends the process otherwise.
+    if (!ggml_backend_dev_by_type(GGML_BACKEND_DEVICE_TYPE_CPU)) {
+        return Error{ENODEV, "The library of whisper.cpp has no code for this processor"};
+    }
     whisper_context_params parameters = whisper_context_default_params();
     whisper_context* context =
         whisper_init_from_file_with_params_no_state(model.c_str(), parameters);

@@ -185,16 +185,16 @@ std::string numberedWords(int count) {
 TEST_F(Recognizer, CutsLongSpeechWhereItIsQuietest) {
     engine_.understand("so far", numberedWords(46));
     start();
-    // The utterance begins about 0.15 s before the voice.
-    recognizer_->process(quiet(1) + voice(12) + voice(0.05, -40) + voice(4));
+    // The utterance begins about 0.15 s before the voice, and w39 ends 12 s after that.
+    recognizer_->process(quiet(1) + voice(11.82) + voice(0.06, -40) + voice(4.17));
     const std::vector<Seconds> lengths = engine_.lengths();
     ASSERT_EQ(lengths.size(), 1U);
     EXPECT_NEAR(lengths[0].count(), 14, 0.05);
     engine_.understand("more", "more");
     recognizer_->process(quiet(1.2));
     ASSERT_EQ(utterances_.size(), 2U);
-    // The cut is near 12.15 s, which is inside w40; its ends are at 12 and 12.3 s.
-    EXPECT_NEAR(utterances_[0].duration.count(), 12.15, 0.2);
+    EXPECT_NEAR(utterances_[0].duration.count(), 12, 0.06);
+    EXPECT_EQ(utterances_[0].words.size(), 40U);
     EXPECT_FALSE(utterances_[0].isSentenceEnd);
     EXPECT_TRUE(utterances_[1].isContinuation);
     // Nothing is skipped and nothing is decoded into both.
