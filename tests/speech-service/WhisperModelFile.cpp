@@ -105,7 +105,9 @@ void writeRandomWhisperModel(const std::filesystem::path& path) {
     model.number(frequencies);
     model.floats(static_cast<std::size_t>(mels * frequencies));
     model.number(plainTokens);
-    for (std::int32_t token = 0; token < plainTokens; ++token) {
+    // The library looks the blank up in every vocabulary.
+    model.text(" ");
+    for (std::int32_t token = 1; token < plainTokens; ++token) {
         model.text(" w" + std::to_string(token));
     }
     model.tensor("encoder.positional_embedding", {width, audioContext});
