@@ -23,7 +23,7 @@ constexpr Seconds maxQueuedAudio{30};
 constexpr Seconds chunkLength{0.1};
 // The audio of a live stream is never longer than the stream is old, but for what buffers held.
 constexpr Seconds liveTolerance{0.5};
-constexpr Seconds allTime{std::numeric_limits<double>::infinity()};
+constexpr Seconds unlimited{std::numeric_limits<double>::infinity()};
 
 std::size_t bytesIn(Seconds length, int sampleRate) {
     return static_cast<std::size_t>(length.count() * sampleRate) * bytesPerSample;
@@ -173,7 +173,7 @@ void DecodeWorker::onDeadline() {
     std::vector<Utterance> utterances = std::exchange(unfinished_, {});
     const bool isComplete = isUnfinishedComplete_;
     if (isComplete) {
-        givenOutUntil_ = allTime;
+        givenOutUntil_ = unlimited;
     } else if (!utterances.empty()) {
         Utterance& last = utterances.back();
         givenOutUntil_ = last.start + last.duration;

@@ -73,7 +73,7 @@ TEST(Handshake, TakesTheKeysOfATeamOnly) {
     EXPECT_EQ(statusFor(upgrade(goodTarget, "token, beta, too"), options), 101);
     EXPECT_EQ(statusFor(upgradeWith("Bearer alpha"), options), 101);
     EXPECT_EQ(statusFor(upgrade(goodTarget, "token, gamma"), options), 401);
-    EXPECT_EQ(statusFor(upgradeWith("Token alph"), options), 401);
+    EXPECT_EQ(statusFor(upgradeWith("Token alpha2"), options), 401);
 }
 
 TEST(Handshake, RefusesEveryStreamWithTheStatusThatIsTriedOut) {
