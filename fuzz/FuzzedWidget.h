@@ -20,6 +20,10 @@ class FuzzedWidget {
     /// Replies to a call that this kind of widget knows; false for any other call.
     bool handle(sd_bus_message* call, const std::string& member);
 
+    /// Whether a write has to look at the widget after the insertion to know what happened to the
+    /// text behind it. The look is not possible any more when the time is up.
+    bool cutsItsEnd() const { return fault_ == Fault::cut; }
+
     /// The whole text, as UTF-8.
     std::string text() const { return textOf(units_); }
     /// The text without the selection, and what stands before and behind the caret in it.
