@@ -5,6 +5,7 @@
 #include <atomic>
 #include <chrono>
 #include <fstream>
+#include <functional>
 #include <thread>
 
 #include "tests/linux/websocket/BeastTest.h"
@@ -235,6 +236,35 @@ TEST_F(WebSocketConnection, AnswersACloseFrameWithTheSameCode) {
     EXPECT_EQ(recorder->lastError().localizedDescription,
               "The service closed the connection (1000: done)");
     EXPECT_EQ(recorder->lastError().code, 1000);
+}
+
+TEST_F(WebSocketConnection, ACloseFrameIsToldAlthoughMessagesAreSentWhileTheLastOnesAreReceived) {
+    session = world.service().makeSession(recorder);
+    task = session->webSocketTask(world.request());
+    task->resume();
+    world.accept("token");
+    // More than the client keeps, so that the receiving goes on when the close frame is read.
+    constexpr std::size_t messageCount = 100;
+    for (std::size_t number = 0; number < messageCount; ++number) {
+        world.sendText("message");
+    }
+    world.sendClose(1000, "bye");
+    std::atomic<std::size_t> received = 0;
+    const std::function<void()> receiveAndSend = [&] {
+        task->receive([&](const Result<platform::WebSocketMessage>& result) {
+            if (result) {
+                ++received;
+                recorder->sendText(*task, "answer");
+                receiveAndSend();
+            } else {
+                recorder->receive(*task);
+            }
+        });
+    };
+    receiveAndSend();
+    ASSERT_TRUE(comes("failed receive"));
+    EXPECT_TRUE(recorder->has("close 1000 bye"));
+    EXPECT_EQ(received, messageCount);
 }
 
 TEST_F(WebSocketConnection, ACloseFrameWithoutACodeIsToldAs1005) {
