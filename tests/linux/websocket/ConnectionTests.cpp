@@ -96,7 +96,7 @@ class WebSocketBacklog : public BeastTest {
     }
 
     static constexpr std::size_t chunkSize = 4096;
-    static constexpr int backlogChunks = 10'000;
+    static constexpr int backlogChunks = 4'000;
     std::size_t memoryBefore = 0;
     std::atomic<int> sent = 0;
     std::atomic<int> unsent = 0;
@@ -112,6 +112,7 @@ TEST_F(WebSocketBacklog, IsToldOnceAndLeavesCompletelyWhenTheServiceReadsAgain) 
     EXPECT_TRUE(world.runUntil([this] { return sent == handedOver; }));
     EXPECT_TRUE(world.runUntil([this] { return world.logLines().size() == 2; }));
     EXPECT_EQ(world.logLines().back(), "TarvikDictate: all waiting sound has left");
+    EXPECT_TRUE(isMemoryGivenBack());
     task->cancel(platform::closeCodeGoingAway);
     reader.join();
 }
