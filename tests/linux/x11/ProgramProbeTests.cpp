@@ -6,9 +6,9 @@
 #include <memory>
 #include <set>
 
+#include "platform/linux/input/SocketBacklog.h"
 #include "platform/linux/x11/FrontWindow.h"
 #include "platform/linux/x11/ProgramProbe.h"
-#include "platform/linux/input/SocketBacklog.h"
 #include "platform/linux/x11/UnreadKeys.h"
 #include "tests/linux/x11/InputFixture.h"
 

@@ -136,7 +136,7 @@ TEST_F(X11SessionTest, TellsHowMuchIsLostWhereAnotherProgramKeepsTheKeyboard) {
                                      std::chrono::milliseconds(200));
     X11User locker;
     locker.grabWholeKeyboard();
-    refused.typist().type({std::nullopt, U"Ende"}, XCB_NONE, [this] { loop.quit(); });
+    refused.typist().type({std::nullopt, U"lost"}, XCB_NONE, [this] { loop.quit(); });
     loop.run([&] { refused.drain(); });
     EXPECT_TRUE(
         log.hasLineWith("TarvikDictate: typed text not delivered: another program has "
