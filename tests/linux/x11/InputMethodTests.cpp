@@ -2,6 +2,7 @@
 
 #include <xkbcommon/xkbcommon-keysyms.h>
 
+#include <chrono>
 #include <cstddef>
 #include <memory>
 #include <vector>
@@ -113,6 +114,21 @@ TEST_F(X11BypassedTyping, LocksTheModifierForTheKeysAlone) {
     EXPECT_TRUE(becomes(target, "Mixed Case żółć"));
     EXPECT_TRUE(user->isLocked(XCB_MOD_MASK_LOCK));
     EXPECT_FALSE(user->isLocked(XCB_MOD_MASK_3));
+}
+
+// A program looks a key up once more after the input method has answered, however late that is.
+TEST_F(X11BypassedTyping, LeavesRemappedKeysWhereAProgramMayStillLookThemUp) {
+    const X11Target target(X11Target::Kind::gtk3Entry, mainQueue);
+    ASSERT_TRUE(comesToFront(target));
+    const AnnouncedMethod method;
+    const int spare = user->keysWithoutSymbol();
+    type("żж", target.process());
+    EXPECT_TRUE(becomes(target, "żж"));
+    // Without an input method the keys are restored after 700 ms.
+    mainQueue.runFor(std::chrono::milliseconds(1500));
+    EXPECT_LT(user->keysWithoutSymbol(), spare);
+    input.reset();
+    EXPECT_EQ(user->keysWithoutSymbol(), spare);
 }
 
 }  // namespace
