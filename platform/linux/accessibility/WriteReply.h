@@ -5,6 +5,7 @@
 #include <functional>
 #include <mutex>
 #include <optional>
+#include <utility>
 
 #include "platform/Accessibility.h"
 #include "platform/linux/loop/EventLoop.h"

@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-#include "tests/linux/accessibility/AtspiFixture.h"
+#include "tests/linux/accessibility/FakeProgramFixture.h"
 #include "tests/linux/loop/ThreadShortage.h"
 
 namespace tarvik::tests {
@@ -15,53 +15,7 @@ namespace {
 
 using platform::AXUIElementRef;
 
-/// What tells a refusal at once from one that waited.
-constexpr Seconds atOnce{0.05};
-/// All that a write may take, and what it takes a busy machine to wake the thread that waits.
-constexpr Seconds half = Seconds(0.5) + Seconds(0.05);
-
-class AtspiAccessibility : public AtspiFixture {
-  protected:
-    void SetUp() override { startService(); }
-
-    /// A program of this behaviour; its field holds the text and has its caret at the end, or the
-    /// selection.
-    void open(const std::string& behaviour, const std::string& text,
-              const std::vector<std::string>& more = {}) {
-        std::vector<std::string> options{"--behaviour", behaviour, "--text", text};
-        options.insert(options.end(), more.begin(), more.end());
-        target = openFake(options);
-        element = awaitFocus();
-    }
-
-    /// The focused element, after it has moved to the honest field of the same program.
-    AXUIElementRef focusSecondField() {
-        EXPECT_EQ(target->command("second"), "done");
-        AXUIElementRef second;
-        EXPECT_TRUE(becomesTrue(
-            [&] {
-                second = focusedElement();
-                return second && second != element;
-            },
-            timeout));
-        return second;
-    }
-
-    std::string insertions() { return target->command("insertions"); }
-
-    /// Ends the silence of the program; what its field holds when all that follows is done.
-    std::string textAfterWaking() {
-        EXPECT_EQ(target->command("wake"), "done");
-        // The service has heard it when it has served somebody else since.
-        const auto other = openFake({});
-        EXPECT_EQ(write(awaitFocus(), "text"), platform::axErrorSuccess);
-        EXPECT_EQ(target->command("settle"), "done");
-        return target->text();
-    }
-
-    std::unique_ptr<TargetProcess> target;
-    AXUIElementRef element;
-};
+using AtspiAccessibility = FakeProgramFixture;
 
 TEST_F(AtspiAccessibility, AnHonestProgramTakesTheText) {
     open("honest", "one two", {"--select", "4:7"});
@@ -199,83 +153,6 @@ TEST_F(AtspiAccessibility, WithoutAThreadThereIsNoneAndOneLineSaysWhy) {
     EXPECT_EQ(log.lines(), std::vector<std::string>{"TarvikDictate: no thread for accessibility: "
                                                     "Resource temporarily unavailable"});
     EXPECT_EQ(target->text(), "as it was");
-}
-
-/// Programs that reply too late, where typed text can wait for their replies.
-class AtspiPendingWrite : public AtspiAccessibility {
-  protected:
-    void SetUp() override {
-        canBeHeld = true;
-        AtspiAccessibility::SetUp();
-    }
-    /// Writes, while the program does not reply in time.
-    void writeLate(const std::string& text) {
-        EXPECT_NE(write(element, text), platform::axErrorSuccess);
-        EXPECT_LT(lastDuration, half);
-        EXPECT_EQ(heldFor, target->identifier());
-    }
-    /// How much of the held text is dropped once the program goes on.
-    std::size_t unitsArrivedAfterWaking() {
-        EXPECT_EQ(target->command("wake"), "done");
-        EXPECT_TRUE(mainQueue.runUntil([this] { return arrivedUnits.has_value(); }));
-        EXPECT_EQ(target->command("settle"), "done");
-        return arrivedUnits.value_or(0);
-    }
-};
-
-TEST_F(AtspiPendingWrite, StaysWhenItHasArrivedAndIsNotTyped) {
-    open("silent-on-insertion", "begin end", {"--select", "6:6"});
-    writeLate("middle ");
-    EXPECT_EQ(unitsArrivedAfterWaking(), 7U);
-    EXPECT_EQ(target->command("behave honest"), "done");
-    EXPECT_EQ(write(element, "and "), platform::axErrorSuccess);
-    EXPECT_EQ(target->text(), "begin middle and end");
-}
-
-TEST_F(AtspiPendingWrite, IsTypedWhenTheProgramRefusesTheText) {
-    open("silent-and-refusing", "as it was");
-    writeLate(" text");
-    EXPECT_EQ(unitsArrivedAfterWaking(), 0U);
-    EXPECT_EQ(target->text(), "as it was");
-}
-
-TEST_F(AtspiPendingWrite, IsTypedWhenTheProgramTakesPartOfTheText) {
-    open("silent-and-short", "as it was");
-    writeLate(" text");
-    EXPECT_EQ(unitsArrivedAfterWaking(), 0U);
-    EXPECT_EQ(textAfterWaking(), "as it was");
-}
-
-// LibreOffice loads a font at the first emoji, which takes half a second.
-TEST_F(AtspiPendingWrite, StaysInAProgramThatTurnsOutToCountUtf16Units) {
-    open("silent-and-utf16", "begin ");
-    writeLate("😀 👩🏿‍💻 end");
-    EXPECT_EQ(unitsArrivedAfterWaking(), 14U);
-    EXPECT_EQ(target->text(), "begin 😀 👩🏿‍💻 end");
-}
-
-TEST_F(AtspiPendingWrite, IsTypedWhenTheProgramEnds) {
-    open("silent-on-insertion", "as it was");
-    writeLate(" text");
-    target->command("quit");
-    EXPECT_TRUE(mainQueue.runUntil([this] { return arrivedUnits.has_value(); }));
-    EXPECT_EQ(arrivedUnits, 0U);
-}
-
-TEST_F(AtspiPendingWrite, IsWaitedForByTheNextOne) {
-    open("silent-on-insertion", "one");
-    writeLate(" two");
-    EXPECT_NE(write(element, " typed"), platform::axErrorSuccess);
-    EXPECT_LT(lastDuration, half);
-    // The main thread waits once.
-    EXPECT_NE(write(element, " typed"), platform::axErrorSuccess);
-    EXPECT_LT(lastDuration, atOnce);
-    EXPECT_EQ(target->command("behave honest"), "done");
-    EXPECT_EQ(target->command("wake"), "done");
-    EXPECT_TRUE(becomesTrue([this] { return write(element, " three") == platform::axErrorSuccess; },
-                            timeout));
-    EXPECT_EQ(arrivedUnits, 4U);
-    EXPECT_EQ(target->text(), "one two three");
 }
 
 class AtspiProgramThatFellSilent : public AtspiAccessibility,
