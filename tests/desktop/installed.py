@@ -14,6 +14,7 @@ import signal
 import subprocess
 import sys
 
+import reaper
 from desktop import Desktop, wait_for
 from keyboard import Keyboard
 from microphone import Microphone
@@ -99,8 +100,10 @@ def main(packages):
         session = Session(desktop)
         session.settings.parent.mkdir(mode=0o700)
         session.settings.write_text(OWN_SETTINGS)
-        # systemd opens the socket in a session of its own. Here a small program does.
+        # systemd opens the socket in a session of its own. Here a small program does, which hands on
+        # the named variables only.
         desktop.spawn(["systemd-socket-activate", "--listen=127.0.0.1:8443",
+                       "--setenv=XDG_STATE_HOME", "--setenv=" + reaper.MARK,
                        "/usr/bin/tarvik-speech-service"])
         session.start()
         print("The session bus has started the application.", flush=True)
