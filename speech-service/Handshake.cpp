@@ -20,7 +20,7 @@ std::string_view viewOf(boost::beast::string_view text) {
 }
 
 struct Credentials {
-    std::string_view key;
+    std::string key;
     std::string subprotocol;
 };
 
@@ -48,11 +48,11 @@ std::optional<Credentials> credentialsOf(const Request& request) {
     }
     const std::string_view subprotocols = viewOf(request[http::field::sec_websocket_protocol]);
     const std::size_t comma = subprotocols.find(',');
-    const std::string_view word = trimmed(subprotocols.substr(0, comma));
+    const std::string word = trimmed(subprotocols.substr(0, comma));
     if (comma == std::string_view::npos || !isKeyWord(word)) {
         return std::nullopt;
     }
-    return Credentials{trimmed(subprotocols.substr(comma + 1)), std::string(word)};
+    return Credentials{trimmed(subprotocols.substr(comma + 1)), word};
 }
 
 Result<std::string> checkKey(const Request& request, const ServerOptions& options) {

@@ -16,7 +16,7 @@ Result<std::set<std::string, std::less<>>> readKeyFile(const std::filesystem::pa
     }
     std::set<std::string, std::less<>> keys;
     for (std::string line; std::getline(file, line);) {
-        const std::string_view key = trimmed(line);
+        const std::string key = trimmed(line);
         if (!key.empty() && key.front() != '#') {
             keys.emplace(key);
         }

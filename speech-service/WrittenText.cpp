@@ -53,7 +53,7 @@ std::vector<Word> wordsOfWrittenText(const TextPieces& pieces) {
     std::vector<Word> words;
     bool isNewWord = true;
     for (const TextPiece& piece : pieces) {
-        const std::string_view text = trimmed(piece.text);
+        const std::string text = trimmed(piece.text);
         isNewWord = isNewWord || piece.text.starts_with(' ');
         if (text.empty()) {
             continue;
