@@ -112,11 +112,17 @@ void UnreadKeys::whenRead(xcb_window_t window, std::function<void()> action) {
 
 void UnreadKeys::handleAnswer(const WindowPing::Answer& answer) {
     const auto found = windows_.find(answer.window);
-    if (found != windows_.end() && found->second.isPinged &&
-        answer.serial >= found->second.serial) {
+    if (found == windows_.end() || !found->second.isPinged) {
+        return;
+    }
+    if (answer.serial >= found->second.serial) {
         remove(answer.window);
         setDeadline();
         events_.onChange();
+    } else if (!found->second.isDoubtful) {
+        // The program is slow and reads on.
+        found->second.deadline = std::chrono::steady_clock::now() + timeout_;
+        setDeadline();
     }
 }
 

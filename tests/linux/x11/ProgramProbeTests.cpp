@@ -146,6 +146,31 @@ TEST_F(X11UnreadKeys, OfAProgramThatReadsNothingAreReportedOnceAndKeepTheirSymbo
     EXPECT_EQ(settled, 1);
 }
 
+// The program needs longer for all keys than the timeout, and answers the earlier pings meanwhile.
+TEST_F(X11UnreadKeys, OfASlowProgramAreWaitedForWhileItReadsOn) {
+    const X11Target target(X11Target::Kind::gtk3Text, mainQueue);
+    ASSERT_TRUE(comesToFront(target));
+    std::atomic<linuxdesktop::FrontWindow::Known> known;
+    linuxdesktop::FrontWindow front(*connection, known);
+    const xcb_window_t window = front.window();
+    UnreadKeys slow{*connection, loop, ping, events, 300ms};
+    target.hang();
+    slow.add(window, U"ж");
+    slow.add(window, U"д");
+    const auto start = std::chrono::steady_clock::now();
+    EXPECT_FALSE(runUntil(
+                     [&] {
+                         // Older than the last ping.
+                         slow.handleAnswer({window, 0});
+                         return lost != 0 || std::chrono::steady_clock::now() - start > 900ms;
+                     },
+                     1s) &&
+                 lost != 0);
+    EXPECT_TRUE(slow.contains(window));
+    EXPECT_TRUE(runUntil([&] { return lost == 2; }, 5s));
+    target.goOn();
+}
+
 // The next program often gets the numbers of the last one's windows.
 TEST_F(X11UnreadKeys, OfAWindowThatIsGoneAreWaitedForNoLonger) {
     const xcb_window_t window = xcb_generate_id(connection->get());
