@@ -16,9 +16,12 @@ std::optional<SteadyTime> EventLoop::nextDeadline() const {
 
 void EventLoop::runDeadlines() {
     const auto now = std::chrono::steady_clock::now();
-    const auto isDue = [&](const Deadline* deadline) { return deadline->time_ <= now; };
-    for (auto due = std::ranges::find_if(deadlines_, isDue); due != deadlines_.end();
-         due = std::ranges::find_if(deadlines_, isDue)) {
+    while (!deadlines_.empty()) {
+        // The earliest first: a late loop has several to run.
+        const auto due = std::ranges::min_element(deadlines_, {}, &Deadline::time_);
+        if ((*due)->time_ > now) {
+            return;
+        }
         Deadline& deadline = **due;
         deadlines_.erase(due);
         // Before the action, which may run a nested loop.

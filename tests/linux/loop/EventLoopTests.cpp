@@ -119,6 +119,20 @@ TEST_P(EventLoopTest, DeadlinesComeInTheirOrderAndNotBeforeTheirTime) {
     EXPECT_GE(steady_clock::now() - start, 60ms);
 }
 
+TEST_P(EventLoopTest, DeadlinesThatAreDueTogetherComeInTheirOrder) {
+    std::vector<int> order;
+    Deadline later(driver->loop());
+    Deadline sooner(driver->loop());
+    const auto start = steady_clock::now();
+    later.set(start + 2ms, [&] { order.push_back(2); });
+    sooner.set(start + 1ms, [&] { order.push_back(1); });
+    // The thread is busy until both are due.
+    while (steady_clock::now() < start + 3ms) {
+    }
+    EXPECT_TRUE(driver->runUntil([&] { return order.size() == 2; }));
+    EXPECT_EQ(order, (std::vector<int>{1, 2}));
+}
+
 TEST_P(EventLoopTest, ADeadlineCallsOnceAndIsSetAgainByItsOwnAction) {
     int calls = 0;
     Deadline deadline(driver->loop());
