@@ -106,6 +106,14 @@ void checkTruthful(const fuzz::FuzzedWidget& widget, const std::string& original
     }
 }
 
+// Nobody awaits the messages that undo a change, so one that is answered follows.
+void settle(MessageBus& bus, const AtspiElement& element) {
+    bool isSettled = false;
+    bus.call(bus.newCall(element.object(), "a.b", "GetNSelections"), lateTimeout,
+             [&](sd_bus_message*) { isSettled = true; });
+    bus.dispatchUntil([&] { return isSettled; }, steady_clock::now() + lateTimeout);
+}
+
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
@@ -133,14 +141,11 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         // A slow machine: the late replies undo what was not in time.
         opened.value()->dispatchUntil([&] { return application->lateReplies.expired(); },
                                       steady_clock::now() + lateTimeout);
-        // The messages that undo it are not awaited by anybody, so one that is answered follows.
-        bool isSettled = false;
-        opened.value()->call(opened.value()->newCall(element.object(), "a.b", "GetNSelections"),
-                             lateTimeout, [&](sd_bus_message*) { isSettled = true; });
-        opened.value()->dispatchUntil([&] { return isSettled; }, steady_clock::now() + lateTimeout);
+        settle(*opened.value(), element);
         checkTruthful(program.widget(), original, isWritten, text);
         if (isWritten && isUndone) {
             write.undo();
+            settle(*opened.value(), element);
             checkTruthful(program.widget(), original, false, text);
         }
     }
