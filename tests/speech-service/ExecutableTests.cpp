@@ -143,6 +143,7 @@ constexpr const char* handOver =
     "listener = socket.create_server(('127.0.0.1', 0))\n"
     "print(listener.getsockname()[1], flush=True)\n"
     "os.dup2(listener.fileno() if sys.argv[1] == 'listener' else 1, 3)\n"
+    "os.set_inheritable(3, True)\n"
     "os.environ['LISTEN_PID'] = str(os.getpid() + (sys.argv[2] == 'other'))\n"
     "os.environ['LISTEN_FDS'] = '1'\n"
     "os.execv(sys.argv[3], sys.argv[3:])\n";
