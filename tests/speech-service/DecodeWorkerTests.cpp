@@ -102,7 +102,8 @@ TEST_F(Worker, ReportsWhatIsKnownAtTheDeadlineAndTheRestLater) {
     // The words last 0.6 s, which is the audio that is decoded at the deadline; three are settled.
     engine_->understand("w0 w1", "w0 w1 w2");
     engine_->blockDecodingAfter(Seconds(0.75));
-    start();
+    // Enough for the decoding up to there on a busy machine.
+    start(Seconds(3));
     appendLive(quiet(0.2) + voice(1.2));
     worker_->end();
     while (reports_.empty()) {
