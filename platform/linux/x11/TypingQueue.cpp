@@ -45,6 +45,17 @@ std::vector<TypingQueue::Item> TypingQueue::takeWaitingFor(xcb_window_t window) 
     return taken;
 }
 
+std::size_t TypingQueue::drop(const std::vector<Item>& items) {
+    std::size_t lost = 0;
+    for (const Item& item : items) {
+        lost += item.text.characters.size() - item.position;
+        for (const auto& onTyped : item.onTyped) {
+            onTyped();
+        }
+    }
+    return lost;
+}
+
 // A text for whatever has the keyboard may be for any process, so it overtakes nothing, and nothing
 // overtakes it.
 std::deque<TypingQueue::Item>::const_iterator TypingQueue::findNext(const IsRead& isRead) const {

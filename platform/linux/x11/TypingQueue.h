@@ -45,6 +45,8 @@ class TypingQueue {
     std::optional<Item> take(const IsRead& isRead);
     /// Takes the items that wait for a window, and those behind them for the same processes.
     std::vector<Item> takeWaitingFor(xcb_window_t window);
+    /// Calls the handlers of items that will not be typed. Answers how many characters are lost.
+    static std::size_t drop(const std::vector<Item>& items);
 
   private:
     std::deque<Item>::const_iterator findNext(const IsRead& isRead) const;

@@ -51,7 +51,7 @@ Typist::Typist(XcbConnection& connection, Keyboard& keyboard, FrontWindow& front
                },
                [this](xcb_window_t window, std::size_t characters) {
                    reportLoss("its program has not answered for 30 s",
-                              characters + dropWaitingFor(window));
+                              characters + TypingQueue::drop(queue_.takeWaitingFor(window)));
                }}),
       targetWindow_(connection, front, loop, [this] { handleChange(); }),
       wait_(loop),
@@ -348,18 +348,6 @@ void Typist::endText() {
 void Typist::fail(const std::string& reason) {
     reportLoss(reason, current().characters.size() - item_->position);
     endText();
-}
-
-// Answers the number of characters that will not be typed.
-std::size_t Typist::dropWaitingFor(xcb_window_t window) {
-    std::size_t dropped = 0;
-    for (const TypingQueue::Item& item : queue_.takeWaitingFor(window)) {
-        dropped += item.text.characters.size() - item.position;
-        for (const auto& onTyped : item.onTyped) {
-            onTyped();
-        }
-    }
-    return dropped;
 }
 
 void Typist::reportLoss(const std::string& reason, std::size_t characters) {

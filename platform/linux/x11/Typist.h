@@ -87,7 +87,6 @@ class Typist {
     void endRound();
     void endText();
     void fail(const std::string& reason);
-    std::size_t dropWaitingFor(xcb_window_t window);
     void reportLoss(const std::string& reason, std::size_t characters);
     void failForProcess(const std::string& reason);
     void tryAgain(const std::string& reason, const std::function<void()>& step);
