@@ -86,7 +86,7 @@ class OnSway(DictationTest):
         self.speak_into(self.start_foot())
         self.speak_into(self.start_widget())
         self.assertEqual(application.log.count("startRecording"), 2)
-        self.assertEqual(application.log.count("stopRecording"), 2)
+        wait_for(lambda: application.log.count("stopRecording") == 2, "the end of both recordings")
 
     def test_a_long_dictation_is_switched_on_and_off(self):
         service = self.start_scripted_service()

@@ -3,6 +3,7 @@
 #include "platform/linux/sway/SwayInput.h"
 
 #include <chrono>
+#include <system_error>
 #include <utility>
 
 #include "platform/linux/loop/Thread.h"
@@ -25,15 +26,30 @@ SwayInput::SwayInput(platform::MainQueue& mainQueue, platform::Log& log,
     : mainQueue_(mainQueue),
       log_(log),
       listener_(std::make_shared<std::weak_ptr<HotKeyListener>>(std::move(listener))) {
+    auto opened = SwayConnection::open();
+    if (!opened) {
+        refusal_ = opened.error().localizedDescription;
+        return;
+    }
     const auto ready = std::make_shared<std::promise<void>>();
     const std::future<void> isReady = ready->get_future();
-    thread_ = startThread("input", [this, ready] { run(ready); });
+    session_ = std::make_unique<SwaySession>(std::move(opened).value(), loop_, log_, events(ready));
+    try {
+        thread_ = startThread("input", [this] { run(); });
+    } catch (const std::system_error& failure) {
+        session_.reset();
+        refusal_ = "no thread can speak to Sway: " + failure.code().message();
+        return;
+    }
     if (isReady.wait_for(swayTimeout) != std::future_status::ready) {
         log.write("TarvikDictate: Sway does not answer");
     }
 }
 
 SwayInput::~SwayInput() {
+    if (!thread_.joinable()) {
+        return;
+    }
     loop_.post([this] { finish(); });
     thread_.join();
 }
@@ -48,15 +64,7 @@ std::optional<std::string> SwayInput::typingRefusal() const {
     return refusal_ ? refusal_ : typingRefusal_;
 }
 
-void SwayInput::run(const std::shared_ptr<std::promise<void>>& ready) {
-    auto opened = SwayConnection::open();
-    if (opened) {
-        session_ =
-            std::make_unique<SwaySession>(std::move(opened).value(), loop_, log_, events(ready));
-    } else {
-        refuse(opened.error().localizedDescription);
-        ready->set_value();
-    }
+void SwayInput::run() {
     loop_.run([this] {
         if (session_) {
             session_->flush();

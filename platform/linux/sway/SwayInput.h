@@ -61,7 +61,7 @@ class SwayInput final : public HotKeyMeans, public TypingMeans, public FrontMean
     std::optional<platform::ProcessIdentifier> chooseTarget() override;
 
   private:
-    void run(const std::shared_ptr<std::promise<void>>& ready);
+    void run();
     SwaySession::Events events(const std::shared_ptr<std::promise<void>>& ready);
     void refuse(const std::string& reason);
     void lose(const std::string& reason);

@@ -7,6 +7,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "base/Text.h"
 #include "platform/linux/DesktopInput.h"
@@ -18,6 +19,17 @@
 #include "tests/support/RecordingLog.h"
 
 namespace tarvik::tests {
+
+/// What a log says from a line on, without the reasons why no Wayland desktop serves: a build may
+/// leave those out.
+inline std::vector<std::string> linesWithoutWayland(const RecordingLog& log,
+                                                    std::size_t first = 0) {
+    std::vector<std::string> lines = log.lines();
+    lines.erase(lines.begin(), lines.begin() + static_cast<std::ptrdiff_t>(first));
+    std::erase_if(lines,
+                  [](const std::string& line) { return line.find("SWAYSOCK") != line.npos; });
+    return lines;
+}
 
 /// The X11 input on a desktop with a window manager that binds Alt+Space itself.
 class InputFixture {
