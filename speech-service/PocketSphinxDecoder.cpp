@@ -97,19 +97,25 @@ std::vector<Word> PocketSphinxDecoder::words(bool hasConfidence) const {
     logmath_t* logarithms = ps_get_logmath(library_->decoder());
     // ps_seg_next frees the old segment and returns null at the end, so it takes the pointer over.
     std::unique_ptr<ps_seg_t, SegmentDeleter> segment(ps_seg_iter(library_->decoder()));
+    // Some releases count the frames from the start of the stream. An utterance begins with the
+    // mark of a sentence.
+    int start = 0;
+    int last = 0;
+    if (segment) {
+        ps_seg_frames(segment.get(), &start, &last);
+    }
     for (; segment; segment.reset(ps_seg_next(segment.release()))) {
         const std::string_view word = ps_seg_word(segment.get());
         if (!isSpokenWord(word)) {
             continue;
         }
         int first = 0;
-        int last = 0;
         ps_seg_frames(segment.get(), &first, &last);
         const int posterior = ps_seg_prob(segment.get(), nullptr, nullptr, nullptr);
         const double confidence =
             hasConfidence ? std::clamp(logmath_exp(logarithms, posterior), 0.0, 1.0) : 0.0;
-        words.push_back({withoutVariant(word), Seconds(first / framesPerSecond),
-                         Seconds((last + 1) / framesPerSecond), confidence});
+        words.push_back({withoutVariant(word), Seconds((first - start) / framesPerSecond),
+                         Seconds((last + 1 - start) / framesPerSecond), confidence});
     }
     return words;
 }

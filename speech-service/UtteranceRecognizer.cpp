@@ -144,8 +144,9 @@ void UtteranceRecognizer::hold(Utterance utterance) {
         releaseHeld(false);
         utterance.isContinuation = isContinuation_;
         held_ = std::move(utterance);
-    } else if (!lastInterim_.empty()) {
-        // An empty final utterance withdraws interim words. Without interim words nobody needs it.
+    } else if (!held_ && !lastInterim_.empty()) {
+        // An empty final utterance withdraws interim words. Without interim words nobody needs it,
+        // and those of the held utterance are the last ones while there is one.
         report(utterance);
     }
 }

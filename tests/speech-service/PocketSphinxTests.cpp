@@ -85,6 +85,17 @@ TEST_F(PocketSphinx, KnowsMostWordsBeforeTheEnd) {
     EXPECT_NEAR(words.front().start.count(), 0.3, 0.15);
 }
 
+TEST_F(PocketSphinx, CountsTheTimesFromTheStartOfEachUtterance) {
+    decoder_->startStream();
+    const Sound sound = spoken("thank you for your letter", 0.2, 0.3);
+    for (int utterance = 0; utterance < 3; ++utterance) {
+        decoder_->startUtterance();
+        decoder_->process(sound);
+        EXPECT_NEAR(decoder_->hypothesis().words.front().start.count(), 0.3, 0.15);
+        EXPECT_NEAR(decoder_->endUtterance().front().start.count(), 0.3, 0.15);
+    }
+}
+
 TEST_F(PocketSphinx, ForgetsTheStreamBefore) {
     const Sound sound = spoken("the words appear in the editor", 0.5, 1.5);
     const std::string first = textOf(finalsOf(sound));

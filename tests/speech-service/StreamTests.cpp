@@ -257,6 +257,7 @@ TEST_F(Stream, CutsSpeechThatDoesNotPause) {
     EXPECT_TRUE(finals.back().isSpeechFinal);
     for (const Message& final : finals) {
         EXPECT_LE(final.duration, 14.1);
+        EXPECT_NE(final.transcript, "");
     }
 }
 

@@ -95,6 +95,20 @@ TEST_F(Recognizer, EndsTheSentenceWhenOnlyACoughFollows) {
     EXPECT_TRUE(utterances_[0].isSentenceEnd);
 }
 
+TEST_F(Recognizer, WithdrawsNoInterimWordsThatAreHeldBack) {
+    RecognitionOptions options;
+    options.interimResults = true;
+    start(options);
+    // Cut in the first pause after 10 s. Nothing follows the cut.
+    recognizer_->process(quiet(1) + voice(11) + quiet(0.25));
+    engine_.understand("", "");
+    recognizer_->process(quiet(0.4));
+    recognizer_->finish();
+    std::erase_if(utterances_, [](const Utterance& utterance) { return !utterance.isFinal; });
+    ASSERT_EQ(utterances_.size(), 1U);
+    EXPECT_FALSE(utterances_[0].words.empty());
+}
+
 TEST_F(Recognizer, StartsTheNextSentenceAfterAPause) {
     start();
     recognizer_->process(quiet(1) + voice(2) + quiet(1.2) + voice(2) + quiet(1.2));
