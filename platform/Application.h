@@ -47,7 +47,7 @@ class ApplicationDelegate {
     /// The application is about to end. The delegate calls `onReady` once, inside this call or
     /// within a few seconds, when nothing is left to finish. The event loop runs until then. macOS
     /// ends the application without this call.
-    virtual void applicationShouldTerminate(std::function<void()> onReady) { onReady(); }
+    virtual void applicationShouldTerminate(std::function<void()> onReady) = 0;
 };
 
 /// The running application. Main thread only.

@@ -22,6 +22,7 @@ class RecordingDelegate final : public platform::ApplicationDelegate {
     }
     bool applicationShouldHandleReopen(bool) override { return true; }
     void applicationShouldPerform(platform::ApplicationAction) override {}
+    void applicationShouldTerminate(std::function<void()> onReady) override { onReady(); }
 
     int launches = 0;
 

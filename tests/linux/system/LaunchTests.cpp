@@ -24,6 +24,7 @@ class LaunchRecorder final : public platform::ApplicationDelegate {
     void applicationShouldPerform(platform::ApplicationAction action) override {
         events.emplace_back(action == platform::ApplicationAction::toggle ? "toggle" : "setup");
     }
+    void applicationShouldTerminate(std::function<void()> onReady) override { onReady(); }
 
     std::vector<std::string> events;
     std::function<void()> onLaunch = [] {};

@@ -120,6 +120,7 @@ class X11StartupTest : public UserInterfaceTest {
             return true;
         }
         void applicationShouldPerform(platform::ApplicationAction) override {}
+        void applicationShouldTerminate(std::function<void()> onReady) override { onReady(); }
 
       private:
         std::function<void()> onReopening_;
@@ -187,6 +188,7 @@ TEST_F(StartupNotificationTest, AWaylandTokenIsThereForTheWindowThatItsUserAsked
             return true;
         }
         void applicationShouldPerform(platform::ApplicationAction) override {}
+        void applicationShouldTerminate(std::function<void()> onReady) override { onReady(); }
 
         std::string token;
 
