@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 
 #include <QWidget>
+#include <functional>
 #include <string>
 #include <thread>
 #include <vector>
