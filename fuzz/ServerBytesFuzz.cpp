@@ -40,8 +40,8 @@ struct World {
     tests::LoopbackListener listener{"127.0.0.1"};
     NoLog log;
     tests::RealTimeQueue queue;
-    linuxdesktop::BeastWebSocketService service{log, std::chrono::milliseconds(50),
-                                                std::chrono::milliseconds(0)};
+    linuxdesktop::BeastWebSocketService service{
+        log, {std::chrono::milliseconds(50), std::chrono::milliseconds(0)}};
 };
 
 World& world() {

@@ -41,16 +41,22 @@ void checkQuery(const std::string& text) {
     }
     const StreamQuery& query = parsed.value();
     promise(query.sampleRate >= 8000 && query.sampleRate <= 192000, "a rate is within its limits");
-    const auto isSame = [&query](const std::string& other) {
-        const auto again = parseStreamQuery(other);
-        return again && again.value().sampleRate == query.sampleRate &&
-               again.value().interimResults == query.interimResults &&
-               again.value().punctuate == query.punctuate;
+    const auto isAlike = [&query](const Result<StreamQuery>& other) {
+        return other && other.value().sampleRate == query.sampleRate &&
+               other.value().recognition.interimResults == query.recognition.interimResults &&
+               other.value().style.punctuate == query.style.punctuate;
     };
-    promise(isSame("unknown=1&" + text), "an unknown parameter changes nothing");
-    promise(isSame("encoding=linear16&sample_rate=" + std::to_string(query.sampleRate) +
-                   "&interim_results=" + (query.interimResults ? "true" : "false") +
-                   "&punctuate=" + (query.punctuate ? "true" : "false")),
+    const auto withUnknown = parseStreamQuery("unknown=1&" + text);
+    promise(isAlike(withUnknown) &&
+                withUnknown.value().recognition.endpointing == query.recognition.endpointing &&
+                withUnknown.value().recognition.utteranceEnd == query.recognition.utteranceEnd &&
+                withUnknown.value().recognition.speechEvents == query.recognition.speechEvents &&
+                withUnknown.value().style.numerals == query.style.numerals,
+            "an unknown parameter changes nothing");
+    promise(isAlike(parseStreamQuery(
+                "encoding=linear16&sample_rate=" + std::to_string(query.sampleRate) +
+                "&interim_results=" + (query.recognition.interimResults ? "true" : "false") +
+                "&punctuate=" + (query.style.punctuate ? "true" : "false"))),
             "a query that says the same gives the same stream");
 }
 

@@ -113,7 +113,7 @@ void SpeechDetector::followBackground() {
 
 double SpeechDetector::periodicity() const {
     double best = 0;
-    const auto* window = pitchSamples_.data() + maxLag;
+    const std::span<const double, pitchWindow> window(pitchSamples_.data() + maxLag, pitchWindow);
     double power = 0;
     for (std::size_t i = 0; i < pitchWindow; ++i) {
         power += window[i] * window[i];
@@ -122,7 +122,7 @@ double SpeechDetector::periodicity() const {
         double product = 0;
         double earlierPower = 0;
         for (std::size_t i = 0; i < pitchWindow; ++i) {
-            const double earlier = window[i - lag];
+            const double earlier = pitchSamples_[maxLag + i - lag];
             product += window[i] * earlier;
             earlierPower += earlier * earlier;
         }
