@@ -56,8 +56,10 @@ SwayUser::SwayUser() : display_(wl_display_connect(nullptr)) {
             }
         },
         [](void*, wl_registry*, std::uint32_t) {}};
-    wl_registry_add_listener(wl_display_get_registry(display_), &listener, this);
+    wl_registry* registry = wl_display_get_registry(display_);
+    wl_registry_add_listener(registry, &listener, this);
     wl_display_roundtrip(display_);
+    wl_registry_destroy(registry);
     keyboard_ = zwp_virtual_keyboard_manager_v1_create_virtual_keyboard(manager_, seat_);
     const std::string keymap = americanKeymap();
     const int file = memfd_create("keymap", MFD_CLOEXEC);
@@ -79,6 +81,8 @@ SwayUser::~SwayUser() {
         configure(*std::exchange(configuration_, std::nullopt), std::ios::trunc);
     }
     zwp_virtual_keyboard_v1_destroy(keyboard_);
+    zwp_virtual_keyboard_manager_v1_destroy(manager_);
+    wl_seat_destroy(seat_);
     wl_display_roundtrip(display_);
     wl_display_disconnect(display_);
 }
