@@ -13,7 +13,8 @@ namespace tarvik::linuxdesktop {
 namespace {
 
 bool isUtf8(std::string_view content) {
-    QStringDecoder decoder(QStringDecoder::Utf8);
+    // Otherwise the decoder awaits the rest of a character that is cut at the end.
+    QStringDecoder decoder(QStringDecoder::Utf8, QStringDecoder::Flag::Stateless);
     const QString decoded =
         decoder(QByteArrayView(content.data(), static_cast<qsizetype>(content.size())));
     return !decoder.hasError() && content.find('\0') == std::string_view::npos;

@@ -6,6 +6,8 @@
 #include <array>
 #include <cctype>
 
+#include "base/Text.h"
+
 namespace tarvik::linuxdesktop {
 
 namespace {
@@ -20,6 +22,11 @@ constexpr std::array escapes = {Escape{'a', '\a'}, Escape{'b', '\b'}, Escape{'f'
 
 bool isHexDigit(char c) {
     return std::isxdigit(static_cast<unsigned char>(c)) != 0;
+}
+
+// A byte of a character in UTF-8 after the first one.
+bool isContinuation(char c) {
+    return (static_cast<unsigned char>(c) & 0xC0) == 0x80;
 }
 
 bool isBlank(char c) {
@@ -94,6 +101,9 @@ class ValueReader {
             return;
         }
         const char letter = take();
+        while (!rest_.empty() && isContinuation(rest_.front())) {
+            take();
+        }
         for (const Escape& escape : escapes) {
             if (escape.letter == letter) {
                 text_ += escape.character;
@@ -184,8 +194,8 @@ std::optional<std::string> decodeIniValue(std::string_view value) {
 
 std::string encodeIniKey(std::string_view text) {
     std::string key;
-    for (const QChar unit : QString::fromUtf8(text.data(), static_cast<qsizetype>(text.size()))) {
-        const char16_t code = unit.unicode();
+    // Qt's own conversion drops a byte order mark.
+    for (const char16_t code : utf16FromUtf8(text)) {
         const bool isPlain = code < 0x80 && (std::isalnum(static_cast<int>(code)) != 0 ||
                                              code == '_' || code == '-' || code == '.');
         if (isPlain) {
@@ -203,7 +213,7 @@ std::string encodeIniKey(std::string_view text) {
 
 std::string decodeIniKey(std::string_view key) {
     QString text;
-    const QString written = QString::fromUtf8(key.data(), static_cast<qsizetype>(key.size()));
+    const QString written = QString::fromStdU16String(utf16FromUtf8(key));
     for (qsizetype i = 0; i < written.size(); ++i) {
         const bool isWide = written.mid(i, 2) == QLatin1String("%U");
         const qsizetype digits = isWide ? 4 : 2;
