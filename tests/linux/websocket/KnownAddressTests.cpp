@@ -75,7 +75,8 @@ TEST_F(WebSocketKnownAddress, IsLeftWhenTheRecordingEndsDuringTheLookup) {
     startByName();
     Peer peer = world.listener().accept();
     task->cancel(platform::closeCodeGoingAway);
-    EXPECT_TRUE(peer.readEnd());
+    // The TLS handshake may have begun, and then the connection ends within it.
+    EXPECT_EQ(peer.readHead(), "");
 }
 
 }  // namespace
