@@ -373,17 +373,6 @@ TEST_F(AudioPulse, AServerThatIsAwayForLongIsFoundAsSoonAsItIsBack) {
     EXPECT_TRUE(within([this] { return recorder.buffers() > 0; }));
 }
 
-TEST(AudioPulseLog, TellsOnceOfAMicrophoneThatDeliversNothing) {
-    PulseWorld world;
-    AudioRecorder recorder(world.service());
-    const ManualMicrophone microphone(world.server());
-    ASSERT_TRUE(world.runUntil([&] { return recorder.changes() == 1; }, timeout));
-    ASSERT_FALSE(recorder.start());
-    const std::string line =
-        "TarvikDictate: sound — the microphone manual has delivered nothing for 3 s";
-    EXPECT_TRUE(world.runUntil([&] { return world.log().lines().back() == line; }, timeout));
-}
-
 TEST_F(AudioPulse, EnginesMayBeDestroyedAtAnyTime) {
     plugFirst(16000);
     for (int round = 0; round < 20; ++round) {
