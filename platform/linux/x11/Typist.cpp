@@ -62,8 +62,9 @@ Typist::~Typist() {
         queue_.putBack(std::move(*item_));
     }
     for (const TypingQueue::Item& item : queue_.items()) {
-        reportLoss("the connection to the X server ends",
-                   item.text.characters.size() - item.position);
+        if (const auto lost = item.text.characters.size() - item.position; lost > 0) {
+            reportLoss("the connection to the X server ends", lost);
+        }
         for (const auto& onTyped : item.onTyped) {
             onTyped();
         }
@@ -144,6 +145,11 @@ void Typist::scheduleRestore() {
 
 void Typist::reachTarget() {
     using Place = TargetWindow::Place;
+    if (item_->position == current().characters.size()) {
+        // The text was put back until its last key was read.
+        endText();
+        return;
+    }
     const auto process = current().process;
     behind_ = XCB_NONE;
     inFront_ = XCB_NONE;
@@ -245,7 +251,7 @@ void Typist::waitFor(xcb_window_t window) {
     if (targetWindow_.isBroughtToFront()) {
         wait_.begin(
             UnreadKeys::maxTimeout, [this, window] { return isRead(window); },
-            [this](bool) { planRound(); });
+            [this](bool) { reachTarget(); });
         return;
     }
     letOthersPass(window);
@@ -258,6 +264,10 @@ void Typist::letOthersPass(xcb_window_t waitsFor) {
 }
 
 void Typist::typeRound() {
+    if (item_->pings > 0) {
+        pingAgain();
+        return;
+    }
     const TypedText& text = current();
     const bool isPaced = keyboard_.hasInputMethod();
     const std::size_t burstLength = isPaced ? 1 : maxBurstLength;
@@ -273,7 +283,8 @@ void Typist::typeRound() {
                 unread_.add(target_, burst);
                 listen();
                 if (isPaced) {
-                    waitForInputMethod(furtherPings);
+                    item_->pings = furtherPings;
+                    waitForInputMethod();
                     return;
                 }
                 break;
@@ -293,21 +304,28 @@ void Typist::typeRound() {
 
 // Nothing tells when a program has got the answer of its input method. A program that answers the
 // first ping has asked the input method. The further pings come after the answer in most cases.
-void Typist::waitForInputMethod(int pings) {
-    const bool answersPings = unread_.isPinged(target_);
+void Typist::waitForInputMethod() {
+    if (!unread_.isPinged(target_)) {
+        item_->pings = 0;
+        wait_.pause(inputMethodInterval, [this] { typeRound(); });
+        return;
+    }
     wait_.begin(
-        answersPings ? UnreadKeys::maxTimeout : inputMethodInterval,
-        [this, answersPings] { return answersPings && isRead(target_); },
-        [this, answersPings, pings](bool) {
-            if (!answersPings || pings == 0) {
+        targetTimeout, [this] { return isRead(target_); },
+        [this](bool hasAnswered) {
+            if (hasAnswered) {
                 typeRound();
-                return;
+            } else {
+                waitFor(target_);
             }
-            wait_.pause(pings == furtherPings ? inputMethodInterval : 0ms, [this, pings] {
-                unread_.add(target_, {});
-                waitForInputMethod(pings - 1);
-            });
         });
+}
+
+void Typist::pingAgain() {
+    wait_.pause(item_->pings-- == furtherPings ? inputMethodInterval : 0ms, [this] {
+        unread_.add(target_, {});
+        waitForInputMethod();
+    });
 }
 
 void Typist::waitForKeyboard() {

@@ -82,7 +82,8 @@ class Typist {
     void waitFor(xcb_window_t window);
     void letOthersPass(xcb_window_t waitsFor);
     void typeRound();
-    void waitForInputMethod(int pings);
+    void waitForInputMethod();
+    void pingAgain();
     void waitForKeyboard();
     void endRound();
     void endText();

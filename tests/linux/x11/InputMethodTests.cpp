@@ -116,6 +116,23 @@ TEST_F(X11BypassedTyping, LocksTheModifierForTheKeysAlone) {
     EXPECT_FALSE(user->isLocked(XCB_MOD_MASK_3));
 }
 
+TEST_F(X11BypassedTyping, LetsOtherTextsPassWhileAProgramReadsNothing) {
+    const X11Target fast(X11Target::Kind::gtk3Entry, mainQueue);
+    const X11Target slow(X11Target::Kind::gtk3Entry, mainQueue);
+    ASSERT_TRUE(comesToFront(slow));
+    const AnnouncedMethod method;
+    std::string forFast;
+    std::string forSlow;
+    for (const std::string text : {"many keys", "1"}) {
+        slow.hang();
+        type(text, slow.process());
+        type(text, fast.process());
+        EXPECT_TRUE(becomes(fast, forFast += text));
+        slow.goOn();
+        EXPECT_TRUE(becomes(slow, forSlow += text));
+    }
+}
+
 // A program looks a key up once more after the input method has answered, however late that is.
 TEST_F(X11BypassedTyping, LeavesRemappedKeysWhereAProgramMayStillLookThemUp) {
     const X11Target target(X11Target::Kind::gtk3Entry, mainQueue);
