@@ -156,12 +156,10 @@ void Typist::reachTarget() {
     const auto target = process ? targetWindow_.find(*process, item_->window)
                                 : TargetWindow::Target{Place::inFront};
     switch (target.place) {
-        case Place::inFront:
-            inFront_ = target.window;
-            planRound();
-            break;
         case Place::behind:
             behind_ = target.window;
+            [[fallthrough]];
+        case Place::inFront:
             inFront_ = target.window;
             planRound();
             break;
@@ -246,15 +244,16 @@ void Typist::planRound() {
     }
 }
 
-// Other texts go first meanwhile, unless the target has been brought to the front for its text.
+// Other texts go first meanwhile, unless the target has been brought to the front for its text, or
+// the keys have gone to no window.
 void Typist::waitFor(xcb_window_t window) {
-    if (targetWindow_.isBroughtToFront()) {
+    if (targetWindow_.isBroughtToFront() || window == XCB_NONE) {
         wait_.begin(
             UnreadKeys::maxTimeout, [this, window] { return isRead(window); },
             [this](bool) { reachTarget(); });
-        return;
+    } else {
+        letOthersPass(window);
     }
-    letOthersPass(window);
 }
 
 void Typist::letOthersPass(xcb_window_t waitsFor) {
@@ -373,10 +372,6 @@ void Typist::reportLoss(const std::string& reason, std::size_t characters) {
                std::to_string(characters) + " characters)");
 }
 
-void Typist::failForProcess(const std::string& reason) {
-    fail("process " + std::to_string(*current().process) + " " + reason);
-}
-
 void Typist::tryAgain(const std::string& reason, const std::function<void()>& step) {
     if (++failures_ > maxFailures || connection_.isBroken()) {
         fail(reason);
@@ -385,20 +380,10 @@ void Typist::tryAgain(const std::string& reason, const std::function<void()>& st
     }
 }
 
-void Typist::handleChange() {
-    wait_.handleChange();
-}
-
 void Typist::probeTarget() {
     if (const xcb_window_t window = front_.window(); window != XCB_NONE) {
         unread_.add(window, {});
         listen();
-    }
-}
-
-void Typist::handleMessage(const xcb_client_message_event_t& message) {
-    if (const auto answer = ping_.answerIn(message)) {
-        unread_.handleAnswer(*answer);
     }
 }
 

@@ -55,9 +55,13 @@ class Typist {
     /// out before text comes.
     void probeTarget();
     /// Something has changed that typing may be waiting for.
-    void handleChange();
+    void handleChange() { wait_.handleChange(); }
     /// A message has come on the root window.
-    void handleMessage(const xcb_client_message_event_t& message);
+    void handleMessage(const xcb_client_message_event_t& message) {
+        if (const auto answer = ping_.answerIn(message)) {
+            unread_.handleAnswer(*answer);
+        }
+    }
     /// A window is gone.
     void handleDestroyed(xcb_window_t window) { unread_.handleDestroyed(window); }
 
@@ -89,7 +93,9 @@ class Typist {
     void endText();
     void fail(const std::string& reason);
     void reportLoss(const std::string& reason, std::size_t characters);
-    void failForProcess(const std::string& reason);
+    void failForProcess(const std::string& reason) {
+        fail("process " + std::to_string(*current().process) + " " + reason);
+    }
     void tryAgain(const std::string& reason, const std::function<void()>& step);
 
     void scheduleRestore();

@@ -11,6 +11,7 @@
 #include <memory>
 #include <string>
 #include <utility>
+#include <vector>
 
 #include "platform/linux/x11/X11Session.h"
 #include "tests/linux/x11/X11Server.h"
@@ -145,6 +146,18 @@ TEST_F(X11SessionTest, TellsHowMuchIsLostWhereAnotherProgramKeepsTheKeyboard) {
 }
 
 // Nothing is left to wait for after it.
+// No window reads the keys, so that nothing but time tells when they can be used again.
+TEST_F(X11SessionTest, TypesMoreThanThereAreSpareKeysWhereNoWindowIsInFront) {
+    std::u32string text;
+    for (char32_t character = U'\u4E00'; character < U'\u4F00'; ++character) {
+        text += character;
+    }
+    session.typist().type({std::nullopt, text}, XCB_NONE, [] {});
+    session.typist().whenIdle([this] { loop.quit(); });
+    loop.run([this] { session.drain(); });
+    EXPECT_EQ(log.lines(), std::vector<std::string>());
+}
+
 TEST_F(X11SessionTest, TellsAtItsEndThatTypingIsOver) {
     bool isOver = false;
     bool isTyped = false;
