@@ -60,13 +60,15 @@ class WriteReply {
         if (outcome_) {
             return *outcome_;
         }
-        outcome_ = hasArrived && !isGivenUp_;
+        const bool isWanted = hasArrived && !isGivenUp_;
+        outcome_ = isWanted;
         changed_.notify_one();
         if (const auto onSettled = onSettled_) {
             lock.unlock();
             onSettled();
         }
-        return hasArrived && !isGivenUp_;
+        // giveUp() may have been called since. It has answered that the text has arrived.
+        return isWanted;
     }
 
     /// Blocks until a pending write is settled: whether the text has arrived. Empty when `deadline`

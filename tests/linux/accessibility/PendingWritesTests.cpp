@@ -64,6 +64,14 @@ TEST_F(PendingWritesTest, ThatArriveAreNotTypedWhateverComesFirst) {
     EXPECT_EQ(released, std::vector<std::size_t>{4});
 }
 
+TEST_F(PendingWritesTest, ThatHaveArrivedStayAlthoughTheyAreGivenUpRightAfterwards) {
+    const auto reply = newPendingReply();
+    bool hasArrived = false;
+    reply->whenSettled([&] { hasArrived = reply->giveUp(); });
+    EXPECT_TRUE(reply->settle(true));
+    EXPECT_TRUE(hasArrived);
+}
+
 TEST_F(PendingWritesTest, AreNotWantedWhereNothingCanBeHeld) {
     canType = false;
     const auto writes = newWrites(20ms);
