@@ -32,8 +32,9 @@ class AccessibilityWorker {
 
     const AccessibilityState& state() const { return state_; }
 
-    /// Replaces the selection of an element. The status is there right before `deadline`, or the
-    /// write is pending. A pending write is settled once the program has replied or left the bus.
+    /// Replaces the selection of an element. The reply has its status shortly before `deadline`. A
+    /// write whose program has not replied by then is pending. A pending write is settled once the
+    /// program has replied or left the bus.
     std::shared_ptr<WriteReply> startWrite(const std::shared_ptr<AtspiElement>& element,
                                            const std::string& text, SteadyTime deadline);
     /// Calls `handler` on the worker's thread once the first replies of the desktop are in. Without

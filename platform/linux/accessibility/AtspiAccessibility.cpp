@@ -17,9 +17,9 @@ namespace {
 
 class SystemWideElement final : public platform::AXUIElement {};
 
-// For one write in all.
+// One write, with the wait for an earlier pending one.
 constexpr std::chrono::milliseconds mainThreadTimeout{500};
-// Typed text waits no longer for a program either.
+// The time for which text can wait before it is typed.
 constexpr std::chrono::seconds pendingTimeout{30};
 
 }  // namespace

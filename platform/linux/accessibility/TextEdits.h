@@ -52,7 +52,8 @@ struct InsertionReplies {
 /// Fields with a length limit are shorter. A larger tail would be read with every piece of text.
 inline constexpr std::int64_t maxTailLength = 1000;
 
-/// Hears whether the text of a late insertion has arrived, and answers whether it is still wanted.
+/// Gets whether the text of a late insertion has arrived. Returns whether the text stays; otherwise
+/// what has arrived is deleted.
 using OnSettled = std::function<bool(bool hasArrived)>;
 
 /// What becomes of an insertion whose replies come late.

@@ -34,7 +34,7 @@ std::optional<CommandLineAnswer> answerToArguments(std::span<const std::string_v
     if (arguments.size() == 1 && argument == "--version") {
         return CommandLineAnswer{"Tarvik Dictate " TARVIK_VERSION "\n", 0};
     }
-    // The first argument that is no option of its own right, even after a good one.
+    // The text names the argument that is wrong. After an option, that is the second argument.
     const bool isOption = argument == "--help" || argument == "--version";
     return CommandLineAnswer{"tarvik-dictate: there is no argument \"" +
                                  std::string(isOption ? arguments[1] : argument) +

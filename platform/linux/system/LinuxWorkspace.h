@@ -23,7 +23,8 @@ namespace tarvik::linuxdesktop {
 /// give.
 class LinuxWorkspace final : public platform::Workspace {
   public:
-    /// The process whose window has the keyboard; empty where unknown. Does not wait.
+    /// The process whose window has the keyboard; empty where unknown. Called by
+    /// frontmostApplication() only, so it may choose the target of a recording. Does not wait.
     using FrontmostProcess = std::function<std::optional<platform::ProcessIdentifier>()>;
     /// Whether the application lacks what the user can give on a page of the settings. Does not
     /// wait.
