@@ -5,6 +5,7 @@
 #include <QString>
 #include <cstdio>
 #include <cstdlib>
+#include <mutex>
 #include <utility>
 #include <vector>
 
@@ -12,10 +13,12 @@ namespace tarvik::linuxdesktop {
 
 namespace {
 
-// A message handler reaches static data only.
+// A message handler reaches static data only. Threads that Qt has started may report too.
+std::mutex heldMutex;
 std::vector<std::pair<QtMsgType, QString>> held;
 
 void holdMessage(QtMsgType type, const QMessageLogContext&, const QString& text) {
+    const std::lock_guard lock(heldMutex);
     if (type != QtFatalMsg) {
         held.emplace_back(type, text);
         return;
@@ -33,7 +36,10 @@ StartMessages::StartMessages() : previous_(qInstallMessageHandler(&holdMessage))
 
 StartMessages::~StartMessages() {
     qInstallMessageHandler(previous_);
-    for (const auto& [type, text] : std::exchange(held, {})) {
+    std::unique_lock lock(heldMutex);
+    const auto messages = std::exchange(held, {});
+    lock.unlock();
+    for (const auto& [type, text] : messages) {
         qt_message_output(type, {}, text);
     }
 }

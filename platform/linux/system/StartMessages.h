@@ -5,7 +5,8 @@
 
 namespace tarvik::linuxdesktop {
 
-/// Holds Qt's messages back while the QApplication is made. Main thread only; one at a time.
+/// Holds Qt's messages back while the QApplication is made. Main thread only; one at a time. The
+/// messages may come from any thread.
 ///
 /// Without a display Qt ends the process with a core dump and several messages. Here one line on
 /// standard error gives the reason, and the exit status is 1. When Qt starts, the destructor passes
