@@ -8,7 +8,7 @@
 #include <cctype>
 #include <filesystem>
 #include <fstream>
-#include <iterator>
+#include <sstream>
 #include <utility>
 
 namespace tarvik::linuxdesktop {
@@ -172,9 +172,11 @@ void ConfiguredBindings::include(const std::string& pattern, const std::string& 
     if (wordexp(absolute.c_str(), &words, WRDE_NOCMD) == 0) {
         for (std::size_t index = 0; index < words.we_wordc; ++index) {
             const std::filesystem::path path(words.we_wordv[index]);
-            std::ifstream file(path);
-            const std::string text{std::istreambuf_iterator<char>(file), {}};
-            read(text, path.parent_path().string(), depth + 1);
+            const std::ifstream file(path);
+            std::ostringstream text;
+            // A folder is an error of the stream here. An iterator would throw.
+            text << file.rdbuf();
+            read(text.str(), path.parent_path().string(), depth + 1);
         }
         wordfree(&words);
     }

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <filesystem>
 #include <fstream>
 
 #include "platform/linux/sway/ConfiguredBindings.h"
@@ -69,6 +70,15 @@ TEST(SwayConfiguration, FollowsIncludedFiles) {
     EXPECT_EQ(ConfiguredBindings("include " + (folder.path() / "missing").string(), path)
                   .commandOfSpace(Modifiers{"mod1"}),
               std::nullopt);
+}
+
+TEST(SwayConfiguration, PassesOverAFolderAmongIncludedFiles) {
+    const TemporaryFolder folder;
+    const std::string path = (folder.path() / "config").string();
+    std::filesystem::create_directory(folder.path() / "a.conf");
+    std::ofstream(folder.path() / "b.conf") << "bindsym Mod1+space kill\n";
+    EXPECT_EQ(ConfiguredBindings("include *.conf\n", path).commandOfSpace(Modifiers{"mod1"}),
+              "kill");
 }
 
 }  // namespace
