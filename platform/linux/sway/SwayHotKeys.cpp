@@ -173,7 +173,9 @@ void SwayHotKeys::withOwner(std::uint32_t modifiers,
 }
 
 void SwayHotKeys::bind(HotKeyNumber number, std::function<void(bool isBound)> onBound) {
-    connection_.run(bindCommands(number, hotKeys_[number].modifiers),
+    HotKey& hotKey = hotKeys_[number];
+    hotKey.isBound = true;
+    connection_.run(bindCommands(number, hotKey.modifiers),
                     [this, number, onBound = std::move(onBound)](std::string_view reply) {
                         const bool isBound = hasSucceeded(reply);
                         if (const auto found = hotKeys_.find(number); found != hotKeys_.end()) {
@@ -189,18 +191,19 @@ void SwayHotKeys::remove(HotKeyNumber number, std::function<void()> onDone) {
         onDone();
         return;
     }
-    const std::uint32_t modifiers = found->second.modifiers;
+    const HotKey removed = found->second;
     hotKeys_.erase(found);
     if (hold_ && hold_->number == number) {
         hold_.reset();
         repeatDeadline_.clear();
     }
-    unbind(modifiers, std::move(onDone));
-}
-
-void SwayHotKeys::unbind(std::uint32_t modifiers, std::function<void()> onDone) {
-    connection_.run(unbindCommands(modifiers),
-                    [onDone = std::move(onDone)](std::string_view) { onDone(); });
+    if (removed.isBound) {
+        connection_.run(unbindCommands(removed.modifiers),
+                        [onDone = std::move(onDone)](std::string_view) { onDone(); });
+    } else {
+        // Another binding of the combination is the user's own.
+        onDone();
+    }
 }
 
 void SwayHotKeys::removeAll(std::function<void()> onDone) {

@@ -60,6 +60,7 @@ class SwayHotKeys {
   private:
     struct HotKey {
         std::uint32_t modifiers = 0;
+        // Sway has been asked to make the binding, and has not refused.
         bool isBound = false;
     };
     struct Hold {
@@ -75,7 +76,6 @@ class SwayHotKeys {
     void withOwner(std::uint32_t modifiers,
                    std::function<void(std::optional<std::string> command)> onKnown);
     void bind(HotKeyNumber number, std::function<void(bool isBound)> onBound);
-    void unbind(std::uint32_t modifiers, std::function<void()> onDone);
     void restore(HotKeyNumber number);
     void handlePress(HotKeyNumber number);
     void handleRepeat(HotKeyNumber number, KeyRepeat::Setting setting);

@@ -174,6 +174,9 @@ TEST_F(SwayHotKeys, ABindingThatAReloadBringsIsNamedAndLeftAlone) {
     releaseHold();
     mainQueue.runFor(100ms);
     EXPECT_EQ(recorder->events, "");
+    recorder.reset();
+    const std::string answer = user.run("unbindsym Mod1+space");
+    EXPECT_EQ(answer.find("Could not find binding"), std::string::npos) << answer;
 }
 
 TEST_F(SwayHotKeys, TheBindingsAreGoneAtTheEnd) {
