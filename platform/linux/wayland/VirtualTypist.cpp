@@ -46,6 +46,15 @@ VirtualTypist::VirtualTypist(WaylandConnection& connection, WindowFocus& focus, 
     keyboard_.setModifiers(0);
 }
 
+VirtualTypist::~VirtualTypist() {
+    for (const Item& item : items_) {
+        if (const std::size_t left = item.text.characters.size() - item.position; left > 0) {
+            report("not delivered: the connection to the compositor ends", left);
+        }
+        item.onTyped();
+    }
+}
+
 void VirtualTypist::type(TypedText text, std::int64_t window, std::function<void()> onTyped) {
     items_.push_back({std::move(text), window, std::move(onTyped)});
     if (!isBusy_) {

@@ -28,6 +28,8 @@ class VirtualTypist {
     /// The references outlive the object. The compositor offers virtual keyboards.
     VirtualTypist(WaylandConnection& connection, WindowFocus& focus, EventLoop& loop,
                   platform::Log& log);
+    /// What has not been typed is lost: one line in the log per text, and `onTyped`.
+    ~VirtualTypist();
     VirtualTypist(const VirtualTypist&) = delete;
     VirtualTypist& operator=(const VirtualTypist&) = delete;
 

@@ -26,6 +26,9 @@ class ScriptedFocus final : public WindowFocus {
     explicit ScriptedFocus(PollLoop& loop) : loop_(loop) {}
 
     void ask(std::function<void()> onKnown) override {
+        if (!answers) {
+            return;
+        }
         loop_.post([this, onKnown = std::move(onKnown)] {
             changes_ += ++asked_ == changesBefore ? 2U : 0U;
             onKnown();
@@ -39,6 +42,7 @@ class ScriptedFocus final : public WindowFocus {
     void activate(std::int64_t) override {}
     void giveBack() override {}
 
+    bool answers = true;
     bool hasWindow = true;
     // The number of the question before which the keyboard went away and came back; 0 for never.
     int changesBefore = 0;
@@ -51,7 +55,8 @@ class ScriptedFocus final : public WindowFocus {
 
 class VirtualTypistTest : public testing::Test {
   protected:
-    // Types a text into the only window, to its end.
+    // Types a text into the only window, to its end. Without answers about the focus the typist
+    // ends first.
     void type(const std::u32string& text) {
         auto opened = WaylandConnection::open();
         ASSERT_TRUE(opened);
@@ -61,7 +66,13 @@ class VirtualTypistTest : public testing::Test {
             loop,
             [&] {
                 typist = std::make_unique<VirtualTypist>(*connection, focus, loop, log);
-                typist->type({process, text}, 0, [&] { loop.quit(); });
+                typist->type({process, text}, 0, [&] {
+                    ++typedCount;
+                    loop.quit();
+                });
+                if (!focus.answers) {
+                    loop.quit();
+                }
             },
             [&](const std::string& reason) {
                 ADD_FAILURE() << reason;
@@ -73,6 +84,7 @@ class VirtualTypistTest : public testing::Test {
     RecordingLog log;
     PollLoop loop;
     ScriptedFocus focus{loop};
+    int typedCount = 0;
 };
 
 TEST_F(VirtualTypistTest, SaysNothingAboutATextThatWasTypedWhereItBelongs) {
@@ -97,6 +109,16 @@ TEST_F(VirtualTypistTest, TypesNothingForAProcessWithoutAWindow) {
     EXPECT_EQ(
         log.linesWith("typed text not delivered: process 1 has no window (7 characters)").size(),
         1U);
+}
+
+TEST_F(VirtualTypistTest, TellsOfATextThatIsLeftAtItsEnd) {
+    focus.answers = false;
+    type(U"left");
+    EXPECT_EQ(typedCount, 1);
+    EXPECT_EQ(log.linesWith("typed text not delivered: the connection to the compositor ends "
+                            "(4 characters)")
+                  .size(),
+              1U);
 }
 
 }  // namespace
