@@ -88,12 +88,15 @@ SwaySession::Events SwayInput::events(const std::shared_ptr<std::promise<void>>&
                 front_ = front;
             },
             [this, ready](const std::string& typingRefusal) {
+                // One turn may bring the end of one connection and the answer on the other.
+                if (std::exchange(hasAnswered_, true)) {
+                    return;
+                }
                 if (!typingRefusal.empty()) {
                     const std::lock_guard lock(mutex_);
                     typingRefusal_ = typingRefusal;
                 }
                 isConnected_ = true;
-                hasAnswered_ = true;
                 ready->set_value();
             },
             [this, ready](const std::string& reason) {
