@@ -31,6 +31,13 @@ class SwayHotKeys : public SwayFixture, public testing::Test {
         input.emplace(mainQueue, log);
         recorder.emplace(input->eventManager());
     }
+    // Holds the hotkey for a time that brings nothing but the press.
+    void holdFor(std::chrono::milliseconds time) {
+        ASSERT_EQ(recorder->add(hold, 1), noErr);
+        pressHold();
+        mainQueue.runFor(time);
+        EXPECT_EQ(recorder->events, "P1");
+    }
 };
 
 TEST_F(SwayHotKeys, EachChoiceIsOneLineWithItsReason) {
@@ -53,10 +60,7 @@ TEST_F(SwayHotKeys, AHoldEndsWithTheSpaceBar) {
 
 // Sway reports the release only with the space bar's, but the repeats end with Alt.
 TEST_F(SwayHotKeys, AHoldEndsSoonAfterAltAlone) {
-    ASSERT_EQ(recorder->add(hold, 1), noErr);
-    pressHold();
-    mainQueue.runFor(800ms);
-    EXPECT_EQ(recorder->events, "P1");
+    holdFor(800ms);
     user.release(SwayUser::altKey);
     EXPECT_TRUE(becomes(*recorder, "P1R1", 500ms));
     user.release(SwayUser::spaceKey);
@@ -74,10 +78,7 @@ TEST_F(SwayHotKeys, AShortHoldEndsWhenAltAndThenTheSpaceBarGoUp) {
 }
 
 TEST_F(SwayHotKeys, ALongHoldCountsOnce) {
-    ASSERT_EQ(recorder->add(hold, 1), noErr);
-    pressHold();
-    mainQueue.runFor(1500ms);
-    EXPECT_EQ(recorder->events, "P1");
+    holdFor(1500ms);
     releaseHold();
     EXPECT_TRUE(becomes(*recorder, "P1R1", 300ms));
     mainQueue.runFor(300ms);
@@ -98,19 +99,14 @@ TEST_F(SwayHotKeys, AHoldEndsThoughAnotherKeyWasPressedDuringIt) {
 }
 
 TEST_F(SwayHotKeys, AHoldOfWhichTheRepeatsEndEndsSoonAfterThem) {
-    ASSERT_EQ(recorder->add(hold, 1), noErr);
-    pressHold();
-    mainQueue.runFor(900ms);
-    EXPECT_EQ(recorder->events, "P1");
+    holdFor(900ms);
     user.tap(SwayUser::aKey);
     EXPECT_TRUE(becomes(*recorder, "P1R1", 500ms));
     releaseHold();
 }
 
 TEST_F(SwayHotKeys, AHoldGoesOnWhileAStoppedSwayRepeatsNothing) {
-    ASSERT_EQ(recorder->add(hold, 1), noErr);
-    pressHold();
-    mainQueue.runFor(900ms);
+    holdFor(900ms);
     const std::string socket = std::getenv("SWAYSOCK");
     // sway-ipc.UID.PID.sock
     const auto end = socket.rfind('.');
@@ -126,10 +122,7 @@ TEST_F(SwayHotKeys, AHoldGoesOnWhileAStoppedSwayRepeatsNothing) {
 
 TEST_F(SwayHotKeys, WithoutRepeatsTheNextPressEndsAHoldOfWhichNoReleaseWasReported) {
     user.run("input type:keyboard repeat_rate 0");
-    ASSERT_EQ(recorder->add(hold, 1), noErr);
-    pressHold();
-    mainQueue.runFor(1500ms);
-    EXPECT_EQ(recorder->events, "P1");
+    holdFor(1500ms);
     releaseHold();
     EXPECT_TRUE(becomes(*recorder, "P1R1", 300ms));
     pressHold();
