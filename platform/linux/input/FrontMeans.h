@@ -18,7 +18,7 @@ class FrontMeans {
     virtual std::optional<platform::ProcessIdentifier> frontmostProcess() const = 0;
 
     /// The same, for a recording that begins. A means that also types remembers the window until
-    /// the next call: text for this process goes there. Main thread.
+    /// the next call: text for this process goes there, while the window exists. Main thread.
     virtual std::optional<platform::ProcessIdentifier> chooseTarget() { return frontmostProcess(); }
 };
 

@@ -26,7 +26,7 @@ class HotKeyListener {
     virtual void onLost(HotKeyNumber number, const std::string& reason) = 0;
 };
 
-/// One way to hear hotkeys in a desktop session. Main thread only.
+/// One way to hear hotkeys in a desktop session. Main thread only, unless a line says otherwise.
 ///
 /// Some desktops decide at once who gets a combination, others ask their user. So the answer to a
 /// registration is final only when it is an error. After noErr a later refusal is reported by
@@ -36,7 +36,7 @@ class HotKeyMeans {
     /// Takes the hotkeys back. No listener is called any more.
     virtual ~HotKeyMeans() = default;
 
-    /// Whether hotkeys can be heard at present.
+    /// Whether hotkeys can be heard at present. Any thread.
     virtual bool isAvailable() const = 0;
 
     /// Asks for a combination of the event manager's key code and modifier mask.

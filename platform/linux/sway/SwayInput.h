@@ -43,7 +43,6 @@ class SwayInput final : public HotKeyMeans, public TypingMeans, public FrontMean
     /// The same for typing.
     std::optional<std::string> typingRefusal() const;
 
-    /// Any thread.
     bool isAvailable() const override { return isConnected_; }
 
     platform::OSStatus registerHotKey(HotKeyNumber number, std::uint32_t keyCode,
@@ -53,8 +52,6 @@ class SwayInput final : public HotKeyMeans, public TypingMeans, public FrontMean
     /// session.
     void expectLift(std::uint32_t /*modifiers*/) override {}
 
-    /// A text for the process of the last chooseTarget() goes to the window that was in front
-    /// then, while the window exists.
     void type(TypedText text, std::function<void()> onDone) override;
 
     std::optional<platform::ProcessIdentifier> frontmostProcess() const override;

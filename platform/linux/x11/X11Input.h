@@ -46,7 +46,6 @@ class X11Input final : public HotKeyMeans, public TypingMeans, public FrontMeans
     /// then. Empty while it serves, and while it has not answered yet.
     std::optional<std::string> refusal() const;
 
-    /// Any thread.
     bool isAvailable() const override { return isConnected_; }
 
     platform::OSStatus registerHotKey(HotKeyNumber number, std::uint32_t keyCode,
@@ -56,8 +55,6 @@ class X11Input final : public HotKeyMeans, public TypingMeans, public FrontMeans
     /// and no other means types in the session of an X server.
     void expectLift(std::uint32_t /*modifiers*/) override {}
 
-    /// A text for the process of the last chooseTarget() goes to the window that was in front
-    /// then, while the window exists.
     void type(TypedText text, std::function<void()> onDone) override;
 
     std::optional<platform::ProcessIdentifier> frontmostProcess() const override;
