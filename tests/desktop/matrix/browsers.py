@@ -124,16 +124,27 @@ FIREFOX_SETTINGS = {
 }
 
 
+def firefox_command(desktop, address):
+    profile = desktop.folder / "firefox"
+    profile.mkdir()
+    (profile / "user.js").write_text("".join(
+        f"user_pref({json.dumps(name)}, {json.dumps(value)});\n"
+        for name, value in FIREFOX_SETTINGS.items()))
+    return ["firefox-esr", "--no-remote", "--profile", str(profile), address]
+
+
+def chromium_command(desktop, address, *options):
+    # The sandbox refuses to run as root.
+    return ["chromium", "--no-sandbox", "--no-first-run", "--disable-background-networking",
+            "--disable-component-update", "--password-store=basic", *options,
+            f"--user-data-dir={desktop.folder / 'chromium'}", f"--app={address}"]
+
+
 class Firefox(Browser):
     program = "firefox-esr"
 
     def command(self, address):
-        profile = self.desktop.folder / "firefox"
-        profile.mkdir()
-        (profile / "user.js").write_text("".join(
-            f"user_pref({json.dumps(name)}, {json.dumps(value)});\n"
-            for name, value in FIREFOX_SETTINGS.items()))
-        return ["firefox-esr", "--no-remote", "--profile", str(profile), address]
+        return firefox_command(self.desktop, address)
 
 
 class FirefoxEditable(Firefox):
@@ -145,10 +156,7 @@ class Chromium(Browser):
     options = ()
 
     def command(self, address):
-        # The sandbox refuses to run as root.
-        return ["chromium", "--no-sandbox", "--no-first-run", "--disable-background-networking",
-                "--disable-component-update", "--password-store=basic", *self.options,
-                f"--user-data-dir={self.desktop.folder / 'chromium'}", f"--app={address}"]
+        return chromium_command(self.desktop, address, *self.options)
 
 
 class ChromiumAccessible(Chromium):
