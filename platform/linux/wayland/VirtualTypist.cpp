@@ -154,6 +154,8 @@ void VirtualTypist::prepareKeymap() {
     if (!keymap_.cover(left.substr(0, TextKeymap::fittingLength(left)))) {
         sendBurst();
     } else if (keyboard_.setKeymap(keymap_.text())) {
+        // Programs get the map of the keyboard that was used last.
+        tap(TextKeymap::neutralStroke());
         wait(target_.isX11 ? x11KeymapDelay : keymapDelay, &VirtualTypist::findTarget);
     } else {
         fail("no memory for a keyboard map");
