@@ -256,8 +256,9 @@ std::optional<DecodeWorker::Task> DecodeWorker::pop() {
 
 void DecodeWorker::finish(const std::optional<Error>& error) {
     post([this, error] {
-        deadlineTimer_.cancel();
         callbacks_.onEnd(error);
+        // The deadline may have passed: its callback must not follow the end.
+        cancel();
     });
     // Not through post(), which drops the callback of a cancelled worker: the join must happen.
     boost::asio::post(executor_, [self = shared_from_this()] {
