@@ -202,9 +202,10 @@ void DecodeWorker::keepUnfinished(std::vector<Utterance> utterances, bool isAllA
     if (givenOutUntil_ > Seconds(0)) {
         return;
     }
+    // Without words the first pass may have understood nothing, or not have begun.
     const bool isCovered =
-        utterances.empty() || utterances.back().start + utterances.back().duration >=
-                                  position - SpeechDetector::frameLength;
+        !utterances.empty() && utterances.back().start + utterances.back().duration >=
+                                   position - SpeechDetector::frameLength;
     isUnfinishedComplete_ = isAllAudio && isCovered;
     unfinished_ = std::move(utterances);
 }

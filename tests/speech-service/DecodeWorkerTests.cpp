@@ -131,6 +131,20 @@ TEST_F(Worker, EndsOnceWhenTheDeadlinePassesRightAfterTheWords) {
     EXPECT_EQ(ends_, 1);
 }
 
+TEST_F(Worker, WaitsForTheWordsWhenTheFirstPassKnowsNone) {
+    engine_->understand("", "all of it");
+    engine_->blockSettling();
+    start();
+    appendLive(quiet(0.3) + voice(0.5));
+    worker_->end();
+    context_.run_for(500ms);
+    EXPECT_EQ(ends_, 0);
+    engine_->letSettle();
+    runUntilEnd();
+    EXPECT_EQ(reports_, std::vector<std::string>{"all of it."});
+    context_.run();
+}
+
 TEST_F(Worker, HasNoDeadlineForAudioThatCameFasterThanSpeech) {
     engine_->blockSettling();
     start();
