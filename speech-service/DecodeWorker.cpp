@@ -29,6 +29,11 @@ std::size_t bytesIn(Seconds length, int sampleRate) {
     return static_cast<std::size_t>(length.count() * sampleRate) * bytesPerSample;
 }
 
+void eraseWordsBefore(Seconds time, Utterance& utterance) {
+    std::erase_if(utterance.words,
+                  [time](const Word& word) { return (word.start + word.end) / 2 < time; });
+}
+
 }  // namespace
 
 /// The stages of the decoding thread: samples, resampler, recognizer.
@@ -55,9 +60,7 @@ class DecodeWorker::Pipeline {
             const std::size_t size = std::min(rest.size(), bytesPerChunk);
             recognizer_.process(resampler_.process(pcm_.read(rest.first(size))));
             rest = rest.subspan(size);
-            if (worker_.isEnding_) {
-                keepUnfinished(recognizer_.unfinished());
-            }
+            keepUnfinished(recognizer_.unfinished());
         }
     }
 
@@ -140,9 +143,8 @@ void DecodeWorker::finalize() {
 }
 
 void DecodeWorker::end() {
-    isEnding_ = isLive_;
     push(End{});
-    if (isEnding_) {
+    if (isLive_) {
         deadlineTimer_.expires_after(
             std::chrono::duration_cast<Clock::duration>(options_.endDeadline));
         deadlineTimer_.async_wait(weakly(*this, [](DecodeWorker& self, auto error) {
@@ -212,9 +214,7 @@ void DecodeWorker::keepUnfinished(std::vector<Utterance> utterances, bool isAllA
 
 void DecodeWorker::report(Utterance utterance) {
     const std::lock_guard lock(mutex_);
-    std::erase_if(utterance.words, [this](const Word& word) {
-        return (word.start + word.end) / 2 < givenOutUntil_;
-    });
+    eraseWordsBefore(givenOutUntil_, utterance);
     if (givenOutUntil_ > Seconds(0)) {
         if (utterance.words.empty()) {
             return;
@@ -222,7 +222,11 @@ void DecodeWorker::report(Utterance utterance) {
         utterance.isContinuation = true;
     }
     if (utterance.isFinal) {
-        unfinished_.clear();
+        // The words of the next utterance may be among them.
+        for (Utterance& unfinished : unfinished_) {
+            eraseWordsBefore(utterance.start + utterance.duration, unfinished);
+        }
+        std::erase_if(unfinished_, [](const Utterance& each) { return each.words.empty(); });
     }
     post([this, utterance = std::move(utterance)] { callbacks_.onUtterance(utterance); });
 }

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include <atomic>
 #include <boost/asio/any_io_executor.hpp>
 #include <boost/asio/executor_work_guard.hpp>
 #include <boost/asio/steady_timer.hpp>
@@ -126,7 +127,6 @@ class DecodeWorker : public std::enable_shared_from_this<DecodeWorker> {
     /// Words before this time of the stream are known to the owner.
     Seconds givenOutUntil_{};
     Decoder* decoder_ = nullptr;
-    std::atomic<bool> isEnding_ = false;
     std::atomic<bool> isCancelled_ = false;
     std::thread thread_;
 };
