@@ -8,7 +8,7 @@
 namespace tarvik::service {
 
 /// The English names of days and months that are nothing else. "march" and "may" are missing,
-/// because they are mostly verbs.
+/// because they are verbs more often.
 inline constexpr std::array<std::string_view, 17> calendarNames{
     "monday", "tuesday",   "wednesday", "thursday", "friday",  "saturday",
     "sunday", "january",   "february",  "april",    "june",    "july",

@@ -222,7 +222,7 @@ std::vector<WrittenWord> withFigures(const std::vector<WrittenWord>& words) {
     for (std::size_t i = 0; i < words.size();) {
         const std::string_view before = i > 0 ? texts[i - 1] : std::string_view();
         if (std::optional<Figure> figure = figureAt(SpokenWords(texts).subspan(i), before)) {
-            // A month before its day gets its capital also where its name is mostly a verb.
+            // A month before its day gets its capital even if its name is also a verb.
             if (!isCalendarName(before) && dayAt(SpokenWords(texts).subspan(i), before)) {
                 result.back().written.front() =
                     static_cast<char>(result.back().written.front() & ~0x20);
