@@ -34,67 +34,42 @@ std::filesystem::path defaultStateDirectory() {
     return std::filesystem::path(home ? home : "/") / ".local/state" / name;
 }
 
-/// Sets `number` to the number in `value`.
-template <typename Number, typename Field>
-std::optional<Error> setNumber(Field& field, std::string_view option, std::string_view value,
-                               Number min, Number max) {
-    const std::optional<Number> number = numberFrom<Number>(value, min, max);
-    if (!number) {
-        return Error{2, std::string(option) + " takes a number from " + std::to_string(min) +
-                            " to " + std::to_string(max) + ", not \"" + std::string(value) + "\""};
-    }
-    field = *number;
-    return std::nullopt;
-}
-
-std::optional<Error> setText(auto& field, std::string_view option, std::string_view value,
-                             std::string_view what) {
-    if (value.empty()) {
-        return Error{2, std::string(option) + " takes " + std::string(what)};
-    }
-    field = value;
-    return std::nullopt;
-}
-
 struct Option {
     std::string_view name;
-    std::optional<Error> (*apply)(CommandLine& commandLine, std::string_view option,
-                                  std::string_view value);
+    std::optional<Error> (*set)(CommandLine& line, const Option& option, std::string_view value);
+    /// What a text names, for the error.
+    std::string_view what{};
 };
 
+template <typename Number, auto field, Number min, Number max>
+std::optional<Error> setNumber(CommandLine& line, const Option& option, std::string_view value) {
+    const std::optional<Number> number = numberFrom<Number>(value, min, max);
+    if (!number) {
+        return Error{2, std::string(option.name) + " takes a number from " + std::to_string(min) +
+                            " to " + std::to_string(max) + ", not \"" + std::string(value) + "\""};
+    }
+    line.*field = *number;
+    return std::nullopt;
+}
+
+template <auto field>
+std::optional<Error> setText(CommandLine& line, const Option& option, std::string_view value) {
+    if (value.empty()) {
+        return Error{2, std::string(option.name) + " takes " + std::string(option.what)};
+    }
+    line.*field = value;
+    return std::nullopt;
+}
+
 constexpr Option options[] = {
-    {"--port",
-     [](CommandLine& line, std::string_view option, std::string_view value) {
-         return setNumber<std::uint16_t>(line.port, option, value, 0, 65535);
-     }},
-    {"--state-directory",
-     [](CommandLine& line, std::string_view option, std::string_view value) {
-         return setText(line.stateDirectory, option, value, "a folder");
-     }},
-    {"--engine",
-     [](CommandLine& line, std::string_view option, std::string_view value) {
-         return setText(line.engine, option, value, "the name of an engine");
-     }},
-    {"--model",
-     [](CommandLine& line, std::string_view option, std::string_view value) {
-         return setText(line.model, option, value, "a file or a folder");
-     }},
-    {"--max-streams",
-     [](CommandLine& line, std::string_view option, std::string_view value) {
-         return setNumber<unsigned>(line.maxStreams, option, value, 1, 10000);
-     }},
-    {"--metrics-port",
-     [](CommandLine& line, std::string_view option, std::string_view value) {
-         return setNumber<std::uint16_t>(line.metricsPort, option, value, 0, 65535);
-     }},
-    {"--keys",
-     [](CommandLine& line, std::string_view option, std::string_view value) {
-         return setText(line.keyFile, option, value, "a file");
-     }},
-    {"--refuse",
-     [](CommandLine& line, std::string_view option, std::string_view value) {
-         return setNumber<int>(line.refusal, option, value, 400, 599);
-     }},
+    {"--port", setNumber<std::uint16_t, &CommandLine::port, 0, 65535>},
+    {"--state-directory", setText<&CommandLine::stateDirectory>, "a folder"},
+    {"--engine", setText<&CommandLine::engine>, "the name of an engine"},
+    {"--model", setText<&CommandLine::model>, "a file or a folder"},
+    {"--max-streams", setNumber<unsigned, &CommandLine::maxStreams, 1, 10000>},
+    {"--metrics-port", setNumber<std::uint16_t, &CommandLine::metricsPort, 0, 65535>},
+    {"--keys", setText<&CommandLine::keyFile>, "a file"},
+    {"--refuse", setNumber<int, &CommandLine::refusal, 400, 599>},
 };
 
 }  // namespace
@@ -163,7 +138,7 @@ Result<CommandLine> parseCommandLine(std::span<const std::string_view> arguments
             value = arguments.front();
             arguments = arguments.subspan(1);
         }
-        if (std::optional<Error> error = known->apply(commandLine, option, value)) {
+        if (std::optional<Error> error = known->set(commandLine, *known, value)) {
             return *std::move(error);
         }
     }
