@@ -271,8 +271,12 @@ void UtteranceRecognizer::checkHeld() {
 }
 
 void UtteranceRecognizer::checkUtteranceEnd() {
-    if (!options_.utteranceEnd || !lastWordEnd_ || isInSpeech_ ||
-        position() - *lastWordEnd_ < *options_.utteranceEnd) {
+    if (!options_.utteranceEnd || !lastWordEnd_ || isInSpeech_) {
+        return;
+    }
+    // Words that are held back may follow the last reported one.
+    const Seconds lastWordEnd = held_ ? held_->words.back().end : *lastWordEnd_;
+    if (position() - lastWordEnd < *options_.utteranceEnd) {
         return;
     }
     releaseHeld(true);

@@ -256,6 +256,19 @@ TEST_F(Recognizer, TellsOnceWhenNoWordCameForTheTimeThatTheClientWants) {
     EXPECT_NEAR(utteranceEnds_[0].count(), utterances_.back().words.back().end.count(), 0.001);
 }
 
+TEST_F(Recognizer, CountsThatTimeFromTheWordsThatItHoldsBack) {
+    // The interim words end long before the settled ones.
+    engine_.understand("so far", numberedWords(7));
+    RecognitionOptions options;
+    options.interimResults = true;
+    options.utteranceEnd = Seconds(1);
+    start(options);
+    recognizer_->process(quiet(1) + voice(2) + quiet(0.7));
+    EXPECT_TRUE(utteranceEnds_.empty());
+    recognizer_->process(quiet(0.5));
+    EXPECT_EQ(utteranceEnds_.size(), 1U);
+}
+
 TEST_F(Recognizer, TakesAudioInPiecesOfAnySize) {
     start();
     const Sound sound = quiet(1) + voice(1) + quiet(1.2);
