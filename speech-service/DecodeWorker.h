@@ -72,10 +72,11 @@ class DecodeWorker : public std::enable_shared_from_this<DecodeWorker> {
     ///
     /// If the audio came no faster than people speak, its sender waits as people do. Then the words
     /// that the first pass knows at the deadline are reported as final. The stream ends with them,
-    /// unless audio is still queued: its words are reported when they are decoded.
+    /// unless they do not cover all audio: later words are reported when they are decoded.
     void end();
 
-    /// Ends the thread within the decoding of 0.1 s of audio. No callback is called after this.
+    /// Ends the thread within the decoding of 0.1 s of audio. The end of an utterance takes longer
+    /// with a decoder that cannot abort. No callback is called after this.
     void cancel();
 
     /// The total length of the appended audio.
