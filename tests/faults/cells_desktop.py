@@ -8,6 +8,7 @@ import signal
 from cell import Cell
 from desktop import wait_for
 from fault_test import FaultTest, add_cells
+from faults import expects, is_read, says, steps, waits
 from processes import kill_processes
 from scripted_service import transcript
 from tray import Tray
@@ -21,25 +22,6 @@ class Desktop(FaultTest):
     pass
 
 
-def steps(*faults):
-    def fault(world):
-        for each in faults:
-            each(world)
-    return fault
-
-
-def says(text):
-    return lambda world: world.stream.send(transcript(text))
-
-
-def expects(text, timeout=10):
-    return lambda world: world.target.wait_for_text(text, timeout)
-
-
-def is_read(world):
-    world.stream.wait_until_read()
-
-
 def kills_target(world):
     world.target.process.kill()
     world.target.process.wait()
@@ -51,10 +33,6 @@ def stops_target(world):
 
 def continues_target(world):
     os.kill(world.target.process.pid, signal.SIGCONT)
-
-
-def waits(seconds):
-    return lambda world: world.wait(seconds)
 
 
 def minimises(world):

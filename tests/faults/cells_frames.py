@@ -6,6 +6,7 @@ import struct
 
 from cell import Cell
 from fault_test import FaultTest, add_cells
+from faults import is_read, steps, waits
 from scripted_service import transcript
 
 LOST = "Deepgram error: The connection to the service was lost"
@@ -70,11 +71,6 @@ def code(number, reason=b""):
     return struct.pack("!H", number) + reason
 
 
-def then(world, *steps):
-    for step in steps:
-        step(world)
-
-
 def padded(size):
     """A final piece, "two", in a message of `size` bytes."""
     message = transcript("two").encode()
@@ -113,12 +109,11 @@ CELLS = [
          (CLOSED + "1000)",), "One " + " ".join(f"w{n}" for n in range(50))),
     Cell("a final piece and a broken frame in one packet", sends(final("two") + b"\xff" * 64),
          (LOST, UNSENT), "One two", is_fast=True),
-    Cell("a final piece and the end of TCP", lambda world: then(
-        world, sends(final("two")), lambda w: w.stream.wait_until_read(), lambda w: w.board.line.close()),
-        (LOST, UNSENT), "One two", is_fast=True),
-    Cell("half a frame and the end of TCP", lambda world: then(
-        world, sends(final("two")[:-5]), lambda w: w.wait(0.1), lambda w: w.board.line.close()),
-        (LOST, UNSENT)),
+    Cell("a final piece and the end of TCP",
+         steps(sends(final("two")), is_read, lambda w: w.board.line.close()),
+         (LOST, UNSENT), "One two", is_fast=True),
+    Cell("half a frame and the end of TCP",
+         steps(sends(final("two")[:-5]), waits(0.1), lambda w: w.board.line.close()), (LOST, UNSENT)),
     harmless("a ping", frame(PING, b"x" * 125), is_fast=True),
     harmless("a thousand pings", frame(PING, b"x" * 125) * 1000),
     harmless("a pong that nobody asked for", frame(PONG, b"x")),

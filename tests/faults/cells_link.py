@@ -6,11 +6,12 @@ import os
 import time
 import unittest
 
-import cells_network
 from cell import Cell
-from cells_network import CANCELLED, LEFT, TIMEOUT, UNSENT, WAITED_IN_VAIN, WAITING, says, steps
+from cells_network import (
+    CANCELLED, LEFT, TIMEOUT, UNSENT, WAITED_IN_VAIN, WAITING, all_sound_arrives)
 from delayed_network import SERVICE_ADDRESS
 from fault_test import FaultTest, add_cells
+from faults import expects, says, steps, stops, waits, waits_for
 from lossy_network import LossyNetwork
 from scripted_service import ScriptedService
 
@@ -43,18 +44,10 @@ def heals(world):
     world.network.heal()
 
 
-def waits(seconds):
-    return lambda world: world.wait(seconds)
-
-
 def poor(name, text="One two", **what):
     """A cell: the network is poor, and yet a piece arrives and all sound leaves."""
-    return Cell(name, steps(link(**what), starts_counting, waits(1), says("two"), expects_late(text),
-                            cells_network.all_sound_arrives), text=text, heal=heals)
-
-
-def expects_late(text):
-    return lambda world: world.target.wait_for_text(text, timeout=20)
+    return Cell(name, steps(link(**what), starts_counting, waits(1), says("two"), expects(text, timeout=20),
+                            all_sound_arrives), text=text, heal=heals)
 
 
 def starts_counting(world):
@@ -70,19 +63,19 @@ CELLS = [
     poor("a round trip of 400 ms", delay=0.2),
     poor("everything at once", loss=0.03, duplicate=0.1, reorder=0.1, corrupt=0.02, delay=0.02),
     Cell("two seconds without a network",
-         steps(starts_counting, link(loss=1), waits(2), heals, says("two"), expects_late("One two"),
-               cells_network.all_sound_arrives), text="One two", heal=heals),
+         steps(starts_counting, link(loss=1), waits(2), heals, says("two"), expects("One two", timeout=20),
+               all_sound_arrives), text="One two", heal=heals),
     Cell("eight seconds without a network",
-         steps(starts_counting, link(loss=1), lambda w: w.wait_for_lines(WAITING), heals,
-               lambda w: w.wait_for_lines(LEFT, timeout=30), cells_network.all_sound_arrives,
-               says("two"), expects_late("One two")), (WAITING, LEFT), "One two", heal=heals),
+         steps(starts_counting, link(loss=1), waits_for(WAITING), heals,
+               waits_for(LEFT, timeout=30), all_sound_arrives,
+               says("two"), expects("One two", timeout=20)), (WAITING, LEFT), "One two", heal=heals),
     Cell("no network until the end",
-         steps(link(loss=1), lambda w: w.wait_for_lines(WAITING), cells_network.stops,
-               lambda w: w.wait_for_lines(WAITED_IN_VAIN)),
+         steps(link(loss=1), waits_for(WAITING), stops,
+               waits_for(WAITED_IN_VAIN)),
          (WAITING, WAITED_IN_VAIN, UNSENT, CANCELLED), heal=heals, is_red=False),
     Cell("a network slower than the sound",
-         steps(starts_counting, link(rate=12000), lambda w: w.wait_for_lines(WAITING, timeout=40), heals,
-               lambda w: w.wait_for_lines(LEFT, timeout=30), cells_network.all_sound_arrives),
+         steps(starts_counting, link(rate=12000), waits_for(WAITING, timeout=40), heals,
+               waits_for(LEFT, timeout=30), all_sound_arrives),
          (WAITING, LEFT), heal=heals),
     # The resolver of the system gives up after ten seconds.
     Cell("no network at the start", before=link(loss=1), opens=False, heal=heals,

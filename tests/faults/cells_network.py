@@ -7,8 +7,9 @@ import time
 from cell import Cell
 from desktop import wait_for
 from fault_test import FaultTest, add_cells
+from faults import (
+    closes_again, expects, is_read, never_closes, says, steps, stops, waits, waits_for)
 from peers import raw
-from scripted_service import transcript
 
 LOST = "Deepgram error: The connection to the service was lost"
 UNSENT = "Deepgram error: A message could not be sent: "
@@ -24,23 +25,12 @@ BYTES_PER_SECOND = 32000
 MIN_PART = 0.8
 
 
-def steps(*faults):
-    def fault(world):
-        for each in faults:
-            each(world)
-    return fault
-
-
 def loses(action):
     """A fault: the connection ends by `action` on its line, and the log says so."""
     def fault(world):
         action(world.board.line)
         world.wait_for_lines(LOST)
     return fault
-
-
-def waits(seconds):
-    return lambda world: world.wait(seconds)
 
 
 def stops_reading(world):
@@ -68,29 +58,8 @@ def writes_again(world):
     world.board.line.is_downward_open.set()
 
 
-def says(text):
-    return lambda world: world.stream.send(transcript(text))
-
-
-def expects(text):
-    return lambda world: world.target.wait_for_text(text)
-
-
-def stops(world):
-    """Ends the recording here, for what happens after it."""
-    world.stop()
-
-
 def wait_for_end_of_sound(world):
     wait_for(lambda: world.stream.is_audio_ended, "the end of the sound")
-
-
-def never_closes(world):
-    world.service.closes_at_end = False
-
-
-def closes_again(world):
-    world.service.closes_at_end = True
 
 
 def after_the_stop(name, *faults, log=(), text="One", **options):
@@ -123,10 +92,9 @@ CELLS = [
     Cell("two seconds without a reader", steps(stops_reading, waits(2), reads_again, all_sound_arrives),
          is_fast=True),
     Cell("nine seconds without a reader",
-         steps(stops_reading, lambda w: w.wait_for_lines(WAITING), reads_again,
-               lambda w: w.wait_for_lines(LEFT), all_sound_arrives), (WAITING, LEFT)),
-    Cell("no reader until the end", steps(stops_reading, lambda w: w.wait_for_lines(WAITING), stops,
-                                          lambda w: w.wait_for_lines(WAITED_IN_VAIN)),
+         steps(stops_reading, waits_for(WAITING), reads_again, waits_for(LEFT), all_sound_arrives),
+         (WAITING, LEFT)),
+    Cell("no reader until the end", steps(stops_reading, waits_for(WAITING), stops, waits_for(WAITED_IN_VAIN)),
          (WAITING, WAITED_IN_VAIN, UNSENT, CANCELLED), is_red=False),
     Cell("final pieces that come two seconds late",
          steps(stops_writing, says("two"), says("three"), waits(2), writes_again, expects("One two three")),
@@ -137,13 +105,12 @@ CELLS = [
     Cell("two pieces before a reset", steps(says("two"), expects("One two"),
                                             loses(lambda line: line.reset())),
          (LOST, UNSENT), "One two"),
-    after_the_stop("a stream that is not closed", lambda w: w.wait_for_lines(CANCELLED), log=(CANCELLED,)),
+    after_the_stop("a stream that is not closed", waits_for(CANCELLED), log=(CANCELLED,)),
     after_the_stop("a final piece after the end of the sound", says("two"), expects("One two"),
                    lambda w: w.stream.close(), text="One two", may_log=(CANCELLED,), is_fast=True),
     after_the_stop("a final piece a second after the end of the sound", waits(1), says("two"),
                    expects("One two"), lambda w: w.stream.close(), text="One two", may_log=(CANCELLED,)),
-    after_the_stop("a reset after the end of the sound", lambda w: w.stream.wait_until_read(),
-                   loses(lambda line: line.reset()), log=(LOST,)),
+    after_the_stop("a reset after the end of the sound", is_read, loses(lambda line: line.reset()), log=(LOST,)),
 ]
 
 

@@ -5,6 +5,7 @@
 from cell import Cell
 from desktop import wait_for
 from fault_test import FaultTest, add_cells
+from faults import steps, waits_for
 from peers import program
 
 REBUILT = "audio configuration changed — rebuilding engine"
@@ -55,19 +56,8 @@ class Pipewire(FaultTest):
         wait_for(lambda: len(self.stream.audio) > before + 32000, "a third of a second of sound", 15)
 
 
-def steps(*faults):
-    def fault(world):
-        for each in faults:
-            each(world)
-    return fault
-
-
 def sound(world):
     world.sound_comes()
-
-
-def waits_for(*lines):
-    return lambda world: world.wait_for_lines(*lines)
 
 
 CELLS = [

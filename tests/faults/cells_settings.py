@@ -8,6 +8,7 @@ import subprocess
 from cell import Cell
 from desktop import wait_for
 from fault_test import FaultTest, add_cells
+from faults import steps, stops, waits_for
 
 NO_HOST = "is not a host to stream to — not connecting"
 NOT_SAVED = "settings cannot be saved, the earlier ones are kept"
@@ -26,13 +27,6 @@ def waits_a_second(world):
 
 def is_counted(world):
     wait_for(lambda: "totalDictationSeconds=" in world.settings_path.read_text(), "the stored seconds")
-
-
-def steps(*faults):
-    def fault(world):
-        for each in faults:
-            each(world)
-    return fault
 
 
 def host(name, value, log=(NO_HOST,), **options):
@@ -90,10 +84,6 @@ def makes_read_only(world):
     folder = str(world.settings_path.parent)
     subprocess.run(["mount", "--bind", folder, folder], check=True)
     subprocess.run(["mount", "-o", "remount,ro,bind", folder], check=True)
-
-
-def stops(world):
-    world.stop()
 
 
 def whole_settings(world):
@@ -154,7 +144,7 @@ def unsaved(name, fault, heal, log=(NOT_SAVED,), checks=whole_settings, **option
     def whole(world):
         heal(world)
         checks(world)
-    return Cell(name, steps(fault, waits_a_second, stops, lambda w: w.wait_for_lines(*log)), log,
+    return Cell(name, steps(fault, waits_a_second, stops, waits_for(*log)), log,
                 is_red=False, heal=whole, is_lasting=True,
                 settings={"firstOfMany": name.replace(" ", "")}, **options)
 

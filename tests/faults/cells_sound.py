@@ -8,6 +8,7 @@ import signal
 from cell import Cell
 from desktop import wait_for
 from fault_test import FaultTest, add_cells
+from faults import steps, waits, waits_for
 from microphone import Microphone, peak
 from test_microphone import VOICE_LEVEL, VOICE_LOUDNESS, tone
 
@@ -55,13 +56,6 @@ class Sound(FaultTest):
 
     def pactl(self, *arguments):
         self.desktop.run(["pactl", *arguments])
-
-
-def steps(*faults):
-    def fault(world):
-        for each in faults:
-            each(world)
-    return fault
 
 
 def heard(world):
@@ -128,10 +122,6 @@ def unmutes(world):
     world.pactl("set-source-mute", "vmic", "0")
 
 
-def waits_for(*lines):
-    return lambda world: world.wait_for_lines(*lines)
-
-
 def changed(name, rate, channels):
     """A cell: another microphone becomes the default, and is heard."""
     return Cell(name, steps(another(rate, channels), heard), ("sound — now microphone better", REBUILT),
@@ -160,8 +150,7 @@ CELLS = [
     Cell("the sound server hangs for four seconds",
          steps(stops_server, waits_for(NOTHING_COMES), continues_server, heard), (NOTHING_COMES,),
          heal=continues_server, parts=("PulseAudio",)),
-    Cell("the sound server hangs for a second", steps(stops_server, lambda w: w.wait(1), continues_server,
-                                                      heard),
+    Cell("the sound server hangs for a second", steps(stops_server, waits(1), continues_server, heard),
          heal=continues_server, parts=("PulseAudio",)),
     Cell("the sound server killed and started again", steps(kills_server, starts_server, heard),
          (LOST, REBUILT, BACK), may_log=(CLOSED, NO_FORMAT, REBUILT), parts=("PulseAudio",)),

@@ -14,6 +14,7 @@ from application import Log
 from cell import Cell
 from desktop import wait_for
 from fault_test import BINARIES, FaultTest, add_cells
+from faults import closes_again, expects, is_read, never_closes, says, steps, waits
 from mock_logind import MockLogind
 from scripted_service import transcript
 from windows import wait_for_window
@@ -52,19 +53,8 @@ class System(FaultTest):
         return int(line.partition("=")[2])
 
 
-def steps(*faults):
-    def fault(world):
-        for each in faults:
-            each(world)
-    return fault
-
-
 def sends(number):
     return lambda world: os.kill(world.pid, number)
-
-
-def waits(seconds):
-    return lambda world: world.wait(seconds)
 
 
 def ended_in_order(world):
@@ -73,22 +63,6 @@ def ended_in_order(world):
     wait_for(lambda: world.stream.is_closed, "the end of the stream")
     world.assertTrue(world.stream.is_audio_ended)
     world.assertGreaterEqual(world.stored_seconds(), 1)
-
-
-def says(text):
-    return lambda world: world.stream.send(transcript(text))
-
-
-def expects(text):
-    return lambda world: world.target.wait_for_text(text)
-
-
-def never_closes(world):
-    world.service.closes_at_end = False
-
-
-def closes_again(world):
-    world.service.closes_at_end = True
 
 
 def is_ending(world):
@@ -180,9 +154,8 @@ CELLS = [
          before=never_closes, heal=closes_again, is_fast=True),
     ends("the end with a service that never closes", waits(1.2), sends(signal.SIGTERM), ended_in_order,
          before=never_closes, heal=closes_again, log=(CANCELLED,)),
-    ends("a final piece right before the end", waits(1.2), says("two"),
-         lambda w: w.stream.wait_until_read(), sends(signal.SIGTERM), ended_in_order, text="One two",
-         is_fast=True),
+    ends("a final piece right before the end", waits(1.2), says("two"), is_read,
+         sends(signal.SIGTERM), ended_in_order, text="One two", is_fast=True),
     ends("the end of an application that connects", sends(signal.SIGTERM), opens=False,
          before=lambda w: setattr(w.service, "answer_delay", 3)),
     ends("the end right after the stop", lambda w: w.press(), says("two"), sends(signal.SIGTERM),

@@ -4,6 +4,7 @@
 
 from cell import Cell
 from fault_test import FaultTest, add_cells
+from faults import waits
 from peers import free_port, over_tls, sends, start_server
 
 REFUSED = "Deepgram error: The service refused the web socket: HTTP "
@@ -147,7 +148,7 @@ CELLS = [
     Cell("nginx that knows no such path", before=nginx("return 404;"), heal=end_server, opens=False,
          log=(REFUSED + "404 Not Found",), parts=("nginx",)),
     Cell("nginx with a short timeout",
-         before=nginx("proxy_read_timeout 1s;"), heal=end_server, fault=lambda world: world.wait(1.5),
+         before=nginx("proxy_read_timeout 1s;"), heal=end_server, fault=waits(1.5),
          parts=("nginx",)),
     Cell("nginx that is killed",
          before=nginx(), fault=lambda world: (end_server(world), wait_for_loss(world)),
@@ -158,7 +159,7 @@ CELLS = [
     Cell("HAProxy whose service is silent", before=haproxy(server="1s"),
          heal=end_server, log=(), parts=("HAProxy",)),
     Cell("HAProxy that cuts an idle tunnel",
-         before=haproxy(tunnel="1s"), heal=end_server, fault=lambda world: world.wait(1.5),
+         before=haproxy(tunnel="1s"), heal=end_server, fault=waits(1.5),
          parts=("HAProxy",)),
 ]
 
