@@ -99,7 +99,7 @@ class Desktop:
                 self._start_x_server()
             self._start_session_bus()
             if self.wants["wm"]:
-                self._start_window_manager()
+                self.start_window_manager()
             if self.wants["a11y"]:
                 self._start_accessibility_bus()
             if self.wants["audio"]:
@@ -252,7 +252,8 @@ class Desktop:
             ["dbus-daemon", f"--config-file={config}", "--nofork", "--nopidfile"])
         wait_for(socket.exists, "the session bus", process=self.session_bus)
 
-    def _start_window_manager(self):
+    def start_window_manager(self):
+        """Starts the window manager, also again after its end."""
         config = self.folder / "openbox.xml"
         config.write_text(OPENBOX_CONFIG)
         manager = self.spawn(["openbox", "--config-file", str(config)])

@@ -56,7 +56,7 @@ def kills_window_manager(world):
 
 
 def starts_window_manager(world):
-    world.desktop._start_window_manager()
+    world.desktop.start_window_manager()
     world.target.activate()
 
 
