@@ -121,10 +121,10 @@ class Stream:
 
 
 class ScriptedService:
-    """Serves until it is closed, on loopback or on the bound socket `listener`. With `refusal`, a status
-    and a body, it refuses all connections."""
+    """Serves until it is closed, on loopback or on the bound socket `listener`, and with `tls_version`
+    in this version of TLS alone. With `refusal`, a status and a body, it refuses all connections."""
 
-    def __init__(self, key, certificate, listener=None):
+    def __init__(self, key, certificate, listener=None, tls_version=None):
         self.streams = []
         self.refusal = None
         # Seconds from the request that opens a socket to the answer.
@@ -134,6 +134,8 @@ class ScriptedService:
         self.closes_at_end = True
         self._context = ssl.SSLContext(ssl.PROTOCOL_TLS_SERVER)
         self._context.load_cert_chain(certificate, key)
+        if tls_version is not None:
+            self._context.minimum_version = self._context.maximum_version = tls_version
         self._loop = asyncio.new_event_loop()
         self._thread = threading.Thread(target=self._loop.run_forever, daemon=True)
         self._thread.start()

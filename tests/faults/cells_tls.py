@@ -2,7 +2,9 @@
 
 """Certificates and TLS connections."""
 
+import socket
 import ssl
+import struct
 
 from authority import Authority
 from cell import Cell, nothing
@@ -108,9 +110,6 @@ def hangs(world):
 
 
 def resets(world):
-    import struct
-    import socket
-
     def answer(near):
         near.recv(1)
         near.setsockopt(socket.SOL_SOCKET, socket.SO_LINGER, struct.pack("ii", 1, 0))
@@ -122,23 +121,13 @@ def closes_notified(world):
     world.board.answer = over_tls(world.certificate, sends(b""))
 
 
-def old_version(version):
-    def before(world):
-        world.board.answer = over_tls(world.certificate, sends(b""), minimum_version=version,
-                                      maximum_version=version)
-    return before
-
-
 def tls_version(version):
     """A fault: the service speaks this version alone."""
     def before(world):
-        world.other = ScriptedService(*world.certificate)
-        world.other._context.minimum_version = world.other._context.maximum_version = version
+        world.other = ScriptedService(*world.certificate, tls_version=version)
         world.addCleanup(world.other.close)
-        streams = world.other.streams
         world.service, world.usual = world.other, world.service
         world.board.peer = world.other.port
-        assert streams == []
     return before
 
 
@@ -177,7 +166,7 @@ CELLS = [
     refused("a middle that is no authority", lambda a, _: intermediate(a, is_authority=False),
             "invalid CA certificate"),
     refused("a certificate for clients alone", lambda a, _: a.certificate("client", usage="clientAuth"),
-            ""),
+            "unsuitable certificate purpose"),
     weak("a weak key", kind="1024"),
     weak("a signature with SHA-1", digest="sha1"),
     Cell("TLS 1.2 alone", before=tls_version(ssl.TLSVersion.TLSv1_2), heal=usual_service, is_fast=True),

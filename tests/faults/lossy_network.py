@@ -33,7 +33,7 @@ HEADERS = 60
 
 
 class LossyNetwork(delayed_network.DelayedNetwork):
-    """A context manager that runs the network. `answers` is false while no name is answered."""
+    """A context manager that runs the network."""
 
     def __init__(self, folder):
         super().__init__(folder, 0)

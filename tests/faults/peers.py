@@ -54,14 +54,12 @@ def raw(*chunks):
     return answer
 
 
-def over_tls(certificate, respond, **limits):
+def over_tls(certificate, respond):
     """An answer of a board: makes a TLS connection, reads the request, and calls `respond` with the
-    connection and the request. `limits` are attributes of the TLS context."""
+    connection and the request."""
     context = ssl.SSLContext(ssl.PROTOCOL_TLS_SERVER)
     key, chain = certificate
     context.load_cert_chain(chain, key)
-    for name, value in limits.items():
-        setattr(context, name, value)
 
     def answer(near):
         near.settimeout(REQUEST_TIMEOUT)
