@@ -12,7 +12,7 @@ import unittest
 ROOT = pathlib.Path(__file__).resolve().parents[2]
 RUNS = "Tarvik Dictate is running"
 APPLICATION = """#!/bin/sh
-echo "started" >>"$TEST_CALLS"
+echo "started no_proxy=$no_proxy proxy=$https_proxy" >>"$TEST_CALLS"
 cp "$XDG_CONFIG_HOME/Tarvik/Tarvik Dictate.conf" "$TEST_CALLS.settings"
 echo "$TEST_LOG" >&2
 exit "$TEST_STATUS"
@@ -108,6 +108,16 @@ class Run(unittest.TestCase):
         settings = self.seen_settings()
         self.assertEqual(settings.count("deepgramHost=localhost:4711"), 1, settings)
         self.assertEqual(settings.count("deepgramAuthority="), 1, settings)
+
+    def test_loopback_is_never_asked_for_through_a_proxy(self):
+        self.start(https_proxy="http://proxy.example:3128")
+        self.assertIn("started no_proxy=localhost,127.0.0.1,::1 proxy=http://proxy.example:3128\n",
+                      self.calls.read_text())
+
+    def test_the_users_own_exceptions_from_the_proxy_stay(self):
+        for name in ("no_proxy", "NO_PROXY"):
+            self.start(**{name: "intranet.example"})
+            self.assertIn("no_proxy=localhost,127.0.0.1,::1,intranet.example ", self.calls.read_text())
 
     def test_a_wayland_session_that_cannot_be_served_is_told_before_the_build(self):
         result = self.start(WAYLAND_DISPLAY="wayland-0")
