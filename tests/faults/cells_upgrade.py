@@ -4,7 +4,7 @@
 
 from cell import Cell
 from fault_test import FaultTest, add_cells
-from faults import waits
+from faults import steps, waits
 from peers import free_port, over_tls, sends, start_server
 
 REFUSED = "Deepgram error: The service refused the web socket: HTTP "
@@ -156,8 +156,8 @@ CELLS = [
     Cell("HAProxy as a reverse proxy", before=haproxy(), heal=end_server, parts=("HAProxy",)),
     Cell("HAProxy whose service is down", before=haproxy(peer=1), heal=end_server, opens=False,
          log=(REFUSED + "503 Service Unavailable",), parts=("HAProxy",)),
-    Cell("HAProxy whose service is silent", before=haproxy(server="1s"),
-         heal=end_server, log=(), parts=("HAProxy",)),
+    Cell("HAProxy whose service is silent", before=steps(late(3), haproxy(server="1s")), heal=end_server,
+         opens=False, log=(REFUSED + "504 Gateway Time-out",), parts=("HAProxy",)),
     Cell("HAProxy that cuts an idle tunnel",
          before=haproxy(tunnel="1s"), heal=end_server, fault=waits(1.5),
          parts=("HAProxy",)),
