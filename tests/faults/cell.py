@@ -38,6 +38,8 @@ class Cell:
     # Whether the application has ended by the fault, and then its exit status.
     ends: bool = False
     status: int = 0
+    # Whether only root can make the fault. Anybody else skips the cell.
+    needs_root: bool = False
     # Whether the cell is cheap and telling enough for every run of the tests.
     is_fast: bool = False
     # Names of the parts that another project wrote and that this cell uses.
