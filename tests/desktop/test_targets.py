@@ -8,7 +8,7 @@ import unittest
 
 from dictation_test import BINARIES
 from matrix.page import reason
-from matrix.run import Plan, measure_row
+from matrix.run import Plan, is_typed_anyway, measure_row
 
 ACCESSIBLE = ("GTK 3 entry", "GTK 3 text view", "GTK 3 password field", "GTK 4 entry",
               "GTK 4 text view", "Qt 6 line", "Qt 6 text area")
@@ -20,6 +20,8 @@ class Targets(unittest.TestCase):
         if "missing" in row:
             self.skipTest(f"{row['missing']} is not installed")
         self.assertNotIn("error", row)
+        needless = {"typed"} if is_typed_anyway(row["columns"]) else set()
+        self.assertEqual(set(row["columns"]) | needless, set(columns) | needless)
         for column, outcome in row["columns"].items():
             with self.subTest(row=name, column=column):
                 wrong = [text for text in outcome["wrong"] if not reason(name, column, text)]
