@@ -134,6 +134,7 @@ class Soak(DictationTest):
                   + " | ".join(map(str, held)) + " |")
 
     def check(self):
+        self.assertGreater(len(self.samples), 1, "a run this short shows no growth")
         first = self.samples[0][2]
         for seconds, _, held in self.samples[1:]:
             for field in ("descriptors", "threads", "x_resources", "x_pixmap_bytes",
