@@ -183,7 +183,7 @@ CELLS = [
     Cell("two descriptors left", before=leaves_descriptors(2), heal=gives_descriptors, opens=False,
          log=("Deepgram error: ",)),
     limited("no core files", "--core=0"),
-    limited("a gigabyte of address space", "--as=1500000000"),
+    limited("1.5 GB of address space", "--as=1500000000"),
     with_environment("a Turkish locale", LC_ALL="tr_TR.UTF-8"),
     with_environment("a locale that is not installed", LC_ALL="xx_XX.UTF-8"),
     with_environment("the plain C locale", LC_ALL="C"),
