@@ -52,7 +52,7 @@ class Line:
         for end in (self.near, self.far):
             with contextlib.suppress(OSError):
                 end.setsockopt(socket.SOL_SOCKET, socket.SO_LINGER, struct.pack("ii", 1, 0))
-            # A thread waits for the socket, and so close() alone would send nothing.
+            # The reset leaves when select() in _carry() lets go of the socket, 0.2 s later at most.
             with contextlib.suppress(OSError):
                 end.close()
 
