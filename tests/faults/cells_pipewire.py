@@ -40,7 +40,8 @@ class Pipewire(FaultTest):
         cls.desktop.run(["pactl", "load-module", "module-null-sink", "media.class=Audio/Source/Virtual",
                          f"sink_name={name}", f"rate={rate}"])
         wait_for(lambda: name in cls.desktop.run(["pactl", "list", "short", "sources"]), "the microphone")
-        cls.desktop.run(["pactl", "set-default-source", name])
+        # WirePlumber has the say in this, and may still be starting.
+        wait_for(lambda: cls.desktop.succeeds(["pactl", "set-default-source", name]), "the default microphone")
 
     def unplug(self, name="vmic"):
         modules = self.desktop.run(["pactl", "list", "short", "modules"]).splitlines()
