@@ -71,7 +71,7 @@ CELLS = [
          ("sound — now microphone second", REBUILT), heal=lambda w: w.unplug("second"),
          may_log=("sound — now no microphone", NO_FORMAT, REBUILT), parts=("PipeWire",)),
     Cell("pipewire-pulse killed and started again",
-         steps(lambda w: w.kill("pipewire-pulse"), waits_for(LOST),
+         steps(lambda w: w.kill("pipewire-pulse"), waits_for(LOST, NO_FORMAT),
                lambda w: w.start_server("pipewire-pulse"), lambda w: w.plug(), sound),
          (LOST, REBUILT, NO_FORMAT, "sound — now microphone vmic", REBUILT), may_log=(CLOSED,), parts=("PipeWire",)),
     Cell("loudness that changes all the time", lambda w: [
