@@ -75,6 +75,21 @@ class LocalSpeech(unittest.TestCase):
         self.call("off")
         self.assertEqual(self.settings.read_text(), "[General]\n")
 
+    def test_settings_without_a_group_get_one(self):
+        for before in ("", "[Other]\nx=1\n"):
+            self.write(before)
+            self.call("on")
+            self.assertEqual(self.settings.read_text(), before + "[General]\n" + LOCAL)
+            self.call("off")
+
+    def test_an_entry_with_blanks_is_replaced_and_comes_back(self):
+        before = "[General]\n deepgramApiKey = mine\ndeepgramHost\t=a.example\n"
+        self.write(before)
+        self.call("on")
+        self.assertEqual(self.settings.read_text(), "[General]\n" + LOCAL)
+        self.call("off")
+        self.assertEqual(self.settings.read_text(), before)
+
     def test_nobody_else_can_read_a_key(self):
         self.write("[General]\ndeepgramApiKey=mine\n")
         self.call("on")
