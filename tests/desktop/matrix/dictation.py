@@ -20,8 +20,9 @@ def start_blind_bus(desktop):
     """Starts a session bus from which accessibility cannot be reached; returns its address."""
     socket = desktop.folder / "runtime" / "blind-bus"
     config = desktop.folder / "blind-bus.conf"
-    config.write_text(BUS_CONFIG.format(socket=socket).replace(
-        "  <standard_session_servicedirs/>\n", ""))
+    no_services = desktop.folder / "no-services"
+    no_services.mkdir(exist_ok=True)
+    config.write_text(BUS_CONFIG.format(socket=socket, services=no_services))
     bus = desktop.spawn(["dbus-daemon", f"--config-file={config}", "--nofork", "--nopidfile"])
     wait_for(socket.exists, "the second session bus", process=bus)
     address = f"unix:path={socket}"
