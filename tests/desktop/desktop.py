@@ -12,6 +12,7 @@ import os
 import pathlib
 import shutil
 import signal
+import socket
 import subprocess
 import sys
 import tempfile
@@ -76,6 +77,12 @@ def wait_for(condition, what, timeout=START_TIMEOUT, process=None):
         if time.monotonic() > deadline:
             raise TimeoutError(f"waited {timeout} s for {what}")
         time.sleep(0.01)
+
+
+def accepts_connections(path):
+    """Whether a server listens at the socket `path`. The file is there a little earlier."""
+    with socket.socket(socket.AF_UNIX) as client:
+        return client.connect_ex(str(path)) == 0
 
 
 class Desktop:
@@ -239,18 +246,18 @@ class Desktop:
         self.environment["DISPLAY"] = ":" + line.strip()
 
     def _start_session_bus(self):
-        socket = self.folder / "runtime" / "bus"
+        path = self.folder / "runtime" / "bus"
         config = self.folder / "session-bus.conf"
         services = self.folder / "services"
         services.mkdir()
         for name in SERVICES:
             with contextlib.suppress(FileNotFoundError):
                 shutil.copy(f"/usr/share/dbus-1/services/{name}.service", services)
-        config.write_text(BUS_CONFIG.format(socket=socket, services=services))
-        self.environment["DBUS_SESSION_BUS_ADDRESS"] = f"unix:path={socket}"
+        config.write_text(BUS_CONFIG.format(socket=path, services=services))
+        self.environment["DBUS_SESSION_BUS_ADDRESS"] = f"unix:path={path}"
         self.session_bus = self.spawn(
             ["dbus-daemon", f"--config-file={config}", "--nofork", "--nopidfile"])
-        wait_for(socket.exists, "the session bus", process=self.session_bus)
+        wait_for(lambda: accepts_connections(path), "the session bus", process=self.session_bus)
 
     def start_window_manager(self):
         """Starts the window manager, also again after its end."""

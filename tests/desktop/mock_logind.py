@@ -3,7 +3,7 @@
 """A private system bus with a mock of logind, which announces sleep and wake."""
 
 from bus import Bus, boolean
-from desktop import wait_for
+from desktop import accepts_connections, wait_for
 
 NAME, PATH, INTERFACE = ("org.freedesktop.login1", "/org/freedesktop/login1",
                          "org.freedesktop.login1.Manager")
@@ -30,7 +30,7 @@ class MockLogind:
         config = desktop.folder / "system-bus.conf"
         config.write_text(CONFIG.format(socket=socket))
         bus = desktop.spawn(["dbus-daemon", f"--config-file={config}", "--nofork", "--nopidfile"])
-        wait_for(socket.exists, "the system bus", process=bus)
+        wait_for(lambda: accepts_connections(socket), "the system bus", process=bus)
         self.environment = {"DBUS_SYSTEM_BUS_ADDRESS": f"unix:path={socket}"}
         desktop.spawn(["/usr/bin/python3", "-m", "dbusmock", "--system", "--template", "logind"],
                       env=desktop.environment | self.environment)

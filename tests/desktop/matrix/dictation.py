@@ -6,8 +6,7 @@ import contextlib
 import time
 
 from application import VERSION, Application, write_settings
-from bus import Bus
-from desktop import BUS_CONFIG, wait_for
+from desktop import BUS_CONFIG, accepts_connections, wait_for
 from scripted_service import ScriptedService, make_certificate, transcript
 from windows import wait_for_window
 
@@ -24,9 +23,8 @@ def start_blind_bus(desktop):
     no_services.mkdir(exist_ok=True)
     config.write_text(BUS_CONFIG.format(socket=socket, services=no_services))
     bus = desktop.spawn(["dbus-daemon", f"--config-file={config}", "--nofork", "--nopidfile"])
-    wait_for(socket.exists, "the second session bus", process=bus)
+    wait_for(lambda: accepts_connections(socket), "the second session bus", process=bus)
     address = f"unix:path={socket}"
-    Bus(address).close()
     return address
 
 
