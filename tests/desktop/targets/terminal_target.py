@@ -17,5 +17,6 @@ length = 0
 with open(sys.argv[1], "wb", buffering=0) as file:
     while received := os.read(0, 65536):
         length += len(received)
-        journal.changed(length)
         file.write(received)
+        # A reader of the journal finds the text in the file.
+        journal.changed(length)
