@@ -190,6 +190,9 @@ void QtWindow::show() {
         showOnAllDesktops(window_);
     }
     window_.show();
+    if (description_.level == platform::WindowLevel::floating) {
+        layer_.enter();
+    }
 }
 
 void QtWindow::orderFrontRegardless() {

@@ -6,6 +6,7 @@
 #include <optional>
 
 #include "platform/Window.h"
+#include "platform/linux/windows/FloatingLayer.h"
 #include "platform/linux/windows/ScrolledWindow.h"
 
 namespace tarvik::linuxdesktop {
@@ -17,10 +18,11 @@ namespace tarvik::linuxdesktop {
 ///
 /// The content has all the room that it needs, up to the size of the screen, and scrolls where the
 /// user makes the window smaller. The whole window is put on the main screen, wherever its origin
-/// would be. Windows stay when another application becomes active, whatever the description says:
-/// hiding them has no counterpart on these desktops. The frame is the window manager's: a
-/// transparent title bar is at best as dark as the background, and in place of a hidden title
-/// stands the application's name.
+/// would be. A floating window is above the windows of other programs until the user turns to one
+/// of them, or to another window. Windows stay when another application becomes active, whatever
+/// the description says: hiding them has no counterpart on these desktops. The frame is the window
+/// manager's: a transparent title bar is at best as dark as the background, and in place of a
+/// hidden title stands the application's name.
 class QtWindow final : public platform::Window {
   public:
     explicit QtWindow(platform::WindowDescription description);
@@ -51,6 +53,7 @@ class QtWindow final : public platform::Window {
     platform::WindowDescription description_;
     std::shared_ptr<platform::View> root_;
     ScrolledWindow window_;
+    FloatingLayer layer_{window_};
     /// The intended position, until the window manager has told the size of its frame.
     struct Placement {
         QRect frame;

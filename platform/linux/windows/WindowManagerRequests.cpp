@@ -5,6 +5,8 @@
 #include <xcb/xcb.h>
 
 #include <QWidget>
+#include <algorithm>
+#include <array>
 #include <cstdint>
 #include <string_view>
 
@@ -15,22 +17,26 @@ namespace tarvik::linuxdesktop {
 
 namespace {
 
-// Window managers let an application take the keyboard only right after input to its own windows,
-// and a hotkey is none. A request that names a pager as its source is always granted.
-void requestActivation(xcb_connection_t* connection, xcb_window_t window, xcb_timestamp_t time) {
+void sendToWindowManager(xcb_connection_t* connection, xcb_window_t window, std::string_view type,
+                         const std::array<std::uint32_t, 4>& data) {
     const xcb_window_t root = xcb_setup_roots_iterator(xcb_get_setup(connection)).data->root;
-    constexpr std::uint32_t fromPager = 2;
     xcb_client_message_event_t event{};
     event.response_type = XCB_CLIENT_MESSAGE;
     event.format = 32;
     event.window = window;
-    event.type = x11Atom(connection, "_NET_ACTIVE_WINDOW");
-    event.data.data32[0] = fromPager;
-    event.data.data32[1] = time;
+    event.type = x11Atom(connection, type);
+    std::ranges::copy(data, event.data.data32);
     xcb_send_event(connection, 0, root,
                    XCB_EVENT_MASK_SUBSTRUCTURE_REDIRECT | XCB_EVENT_MASK_SUBSTRUCTURE_NOTIFY,
                    reinterpret_cast<const char*>(&event));
     xcb_flush(connection);
+}
+
+// Window managers let an application take the keyboard only right after input to its own windows,
+// and a hotkey is none. A request that names a pager as its source is always granted.
+void requestActivation(xcb_connection_t* connection, xcb_window_t window, xcb_timestamp_t time) {
+    constexpr std::uint32_t fromPager = 2;
+    sendToWindowManager(connection, window, "_NET_ACTIVE_WINDOW", {fromPager, time});
 }
 
 }  // namespace
@@ -69,6 +75,18 @@ void clearUserTime(QWidget& window) {
     xcb_change_property(connection, XCB_PROP_MODE_REPLACE, holder,
                         x11Atom(connection, "_NET_WM_USER_TIME"), XCB_ATOM_CARDINAL, bits, 1,
                         &noUserAction);
+}
+
+// Qt asks for both states when a window appears.
+void keepAbove(QWidget& window, bool isAbove) {
+    xcb_connection_t* connection = x11Connection();
+    if (connection == nullptr) {
+        return;
+    }
+    constexpr std::uint32_t fromApplication = 1;
+    sendToWindowManager(connection, static_cast<xcb_window_t>(window.winId()), "_NET_WM_STATE",
+                        {isAbove ? 1U : 0U, x11Atom(connection, "_NET_WM_STATE_ABOVE"),
+                         x11Atom(connection, "_NET_WM_STATE_STAYS_ON_TOP"), fromApplication});
 }
 
 void preferDarkFrame(QWidget& window) {

@@ -16,6 +16,10 @@ void showOnAllDesktops(QWidget& window);
 /// the X server.
 void clearUserTime(QWidget& window);
 
+/// Puts `window`, which is shown, into the layer above the windows of all programs, or takes it out
+/// of that layer.
+void keepAbove(QWidget& window, bool isAbove);
+
 /// Asks for a dark title bar, whatever the desktop's theme is.
 void preferDarkFrame(QWidget& window);
 

@@ -38,6 +38,10 @@ class X11WindowTest : public UserInterfaceTest {
         const linuxdesktop::UserAction choice;
         sample.window().orderFrontRegardless();
     }
+    bool isAbove(SampleWindow& sample) {
+        const auto states = program.property(frameWindow(sample), "_NET_WM_STATE");
+        return std::count(states.begin(), states.end(), program.atom("_NET_WM_STATE_ABOVE")) == 1;
+    }
     static xcb_window_t frameWindow(SampleWindow& sample) {
         return static_cast<xcb_window_t>(sample.widget().winId());
     }
@@ -136,11 +140,7 @@ TEST_F(X11WindowTest, AFloatingWindowIsAboveAndOnEveryDesktopEachTimeItIsShown) 
             return program.property(frameWindow(sample), "_NET_WM_DESKTOP") ==
                    std::vector<std::uint32_t>{0xFFFFFFFF};
         }));
-        EXPECT_TRUE(runUntil([&] {
-            const auto states = program.property(frameWindow(sample), "_NET_WM_STATE");
-            return std::count(states.begin(), states.end(), program.atom("_NET_WM_STATE_ABOVE")) ==
-                   1;
-        }));
+        EXPECT_TRUE(runUntil([&] { return isAbove(sample); }));
         sample.window().close();
         EXPECT_TRUE(runUntil(
             [&] { return program.property(frameWindow(sample), "_NET_WM_DESKTOP").empty(); }));
@@ -275,6 +275,24 @@ TEST_F(X11TypingTest, AnotherWindowComesToTheFrontWithoutTheKeyboard) {
     sample.window().orderFrontRegardless();
     EXPECT_TRUE(runUntil([&] { return isInFront(sample); }));
     checkTyping("again ");
+}
+
+TEST_F(X11TypingTest, AFloatingWindowIsAboveUntilTheUserTurnsToAnotherWindow) {
+    const std::string terminalWindow = std::to_string(program.activeWindow());
+    SampleWindow sample(userInterface);
+    for (const bool isShownAnew : {false, true}) {
+        sample.window().show();
+        EXPECT_TRUE(runUntil([&] { return isAbove(sample); })) << isShownAnew;
+        // The user has not turned to another window yet.
+        checkTyping("typed on ");
+        EXPECT_TRUE(isAbove(sample)) << isShownAnew;
+        bringForward(sample);
+        ASSERT_TRUE(isSettled(sample));
+        EXPECT_TRUE(isAbove(sample)) << isShownAnew;
+        const TestProcess turning({"xdotool", "windowactivate", terminalWindow});
+        EXPECT_TRUE(runUntil([&] { return hasKeyboard() && !isAbove(sample); })) << isShownAnew;
+        EXPECT_TRUE(runUntil([&] { return !isInFront(sample); })) << isShownAnew;
+    }
 }
 
 TEST_F(X11TypingTest, AMinimisedWindowComesBackWithoutTheKeyboard) {
