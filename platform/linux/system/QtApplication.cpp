@@ -25,6 +25,9 @@ int& prepareQt(int& argumentCount) {
     QCoreApplication::setOrganizationName(QStringLiteral("Tarvik"));
     QCoreApplication::setApplicationName(QStringLiteral("Tarvik Dictate"));
     QGuiApplication::setDesktopFileName(QStringLiteral("com.tarvik.dictate"));
+    // All texts are English. A theme may load Qt's translation into a language that is written from
+    // right to left; without this line full stops would then stand in front of their sentences.
+    QGuiApplication::setLayoutDirection(Qt::LeftToRight);
     return argumentCount;
 }
 

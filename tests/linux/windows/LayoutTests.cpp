@@ -2,6 +2,7 @@
 
 #include <QLabel>
 #include <QPushButton>
+#include <QTranslator>
 #include <map>
 
 #include "platform/linux/windows/QtWindow.h"
@@ -73,6 +74,26 @@ TEST_F(LayoutTest, AWindowGrowsWithItsContentUnlessTheUserHasResizedIt) {
             EXPECT_TRUE(runUntil([&] { return widget.height() > before; }));
         }
     }
+}
+
+/// Qt's own translation into a language that is written from right to left.
+class RightToLeftTranslation final : public QTranslator {
+  public:
+    QString translate(const char* /*context*/, const char* text, const char* /*hint*/,
+                      int /*number*/) const override {
+        return qstrcmp(text, "QT_LAYOUT_DIRECTION") == 0 ? QStringLiteral("RTL") : QString();
+    }
+    bool isEmpty() const override { return false; }
+};
+
+TEST_F(LayoutTest, EnglishIsWrittenFromLeftToRightOnEveryDesktop) {
+    RightToLeftTranslation translation;
+    ASSERT_TRUE(QCoreApplication::installTranslator(&translation));
+    QApplication::processEvents();
+    SampleWindow sample(userInterface);
+    EXPECT_EQ(sample.widget().layoutDirection(), Qt::LeftToRight);
+    EXPECT_LT(sample.rectOf(*sample.field()).left(),
+              sample.rectOf(*sample.find<QPushButton>("Save")).left());
 }
 
 TEST_F(LayoutTest, ALongKeyLeavesTheLayoutAsItWas) {
