@@ -3,7 +3,10 @@
 #include "platform/linux/windows/LegibleLineEdit.h"
 
 #include <QEvent>
+#include <QPainter>
 #include <limits>
+
+#include "platform/linux/windows/QtAppearance.h"
 
 namespace tarvik::linuxdesktop {
 
@@ -23,6 +26,16 @@ void LegibleLineEdit::changeEvent(QEvent* event) {
     QLineEdit::changeEvent(event);
     if (event->type() == QEvent::PaletteChange) {
         colorPlaceholder();
+    }
+}
+
+void LegibleLineEdit::paintEvent(QPaintEvent* event) {
+    QLineEdit::paintEvent(event);
+    // The style shows the focus by a border of its own.
+    if (hasHighContrast() && !hasFocus()) {
+        QPainter painter(this);
+        painter.setPen(palette().color(QPalette::WindowText));
+        painter.drawRect(rect().adjusted(0, 0, -1, -1));
     }
 }
 

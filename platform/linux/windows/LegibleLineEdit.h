@@ -5,15 +5,16 @@
 
 namespace tarvik::linuxdesktop {
 
-/// A line edit that takes a text of any length and has a legible placeholder. Some desktops
-/// describe every colour but the placeholder's, and Qt then draws the placeholder black. Main
-/// thread only.
+/// A line edit that takes a text of any length, has a legible placeholder, and a border under
+/// themes of high contrast. Some desktops describe every colour but the placeholder's, and Qt then
+/// draws the placeholder black. Main thread only.
 class LegibleLineEdit : public QLineEdit {
   public:
     explicit LegibleLineEdit(QWidget* parent = nullptr);
 
   protected:
     void changeEvent(QEvent* event) override;
+    void paintEvent(QPaintEvent* event) override;
 
   private:
     void colorPlaceholder();

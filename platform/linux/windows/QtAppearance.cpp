@@ -3,6 +3,7 @@
 #include "platform/linux/windows/QtAppearance.h"
 
 #include <QGuiApplication>
+#include <cstdlib>
 #include <utility>
 #include <variant>
 
@@ -90,6 +91,17 @@ QPalette withLegibleDisabledText(QPalette base) {
                       withAlpha(base.color(QPalette::Active, role), tertiaryAlpha));
     }
     return base;
+}
+
+bool hasHighContrast() {
+    constexpr int nearlyBlack = 5;
+    constexpr int nearlyWhite = 250;
+    constexpr int minDifference = 200;
+    const QPalette palette = QGuiApplication::palette();
+    const int window = qGray(palette.color(QPalette::Window).rgb());
+    const int text = qGray(palette.color(QPalette::WindowText).rgb());
+    return (window <= nearlyBlack || window >= nearlyWhite) &&
+           std::abs(window - text) >= minDifference;
 }
 
 QPalette paletteOn(const QColor& background, const QPalette& base) {

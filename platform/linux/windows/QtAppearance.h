@@ -23,6 +23,11 @@ QColor qtColor(const platform::Color& color, const QPalette& palette);
 /// `base` with disabled text that is legible and weaker than other text.
 QPalette withLegibleDisabledText(QPalette base);
 
+/// Whether the desktop's theme is one of high contrast: black or white windows, and text that
+/// stands out from them as far as can be. Controls need a border of their own there, because styles
+/// derive the border from the colour of the window.
+bool hasHighContrast();
+
 /// The palette of a window with its own `background`: text and controls are legible on the
 /// background, and the accent is that of `base`.
 QPalette paletteOn(const QColor& background, const QPalette& base);

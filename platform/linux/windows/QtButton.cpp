@@ -14,7 +14,7 @@ namespace tarvik::linuxdesktop {
 
 namespace {
 
-double ringWidth() {
+double focusWidth() {
     return pixels(2);
 }
 
@@ -63,11 +63,11 @@ QSize QtButton::sizeHint() const {
     return natural + (isLarge_ ? QSize(pixels(28), pixels(6)) : QSize(pixels(14), pixels(2)));
 }
 
-void QtButton::paintFocusRing(QPainter& painter) const {
-    const double half = ringWidth() / 2;
+void QtButton::paintRing(QPainter& painter, double width) const {
+    const double half = width / 2;
     painter.setRenderHint(QPainter::Antialiasing);
     painter.setBrush(Qt::NoBrush);
-    painter.setPen(QPen(palette().color(QPalette::WindowText), ringWidth()));
+    painter.setPen(QPen(palette().color(QPalette::WindowText), width));
     painter.drawRoundedRect(QRectF(rect()).adjusted(half, half, -half, -half), radius(), radius());
 }
 
@@ -85,10 +85,10 @@ void QtButton::paintBezel(QPainter& painter, const QColor& color) const {
         return;
     }
     // The gap makes the ring visible whatever the two colours are.
-    const double inset = ringWidth() + 1;
+    const double inset = focusWidth() + 1;
     painter.drawRoundedRect(QRectF(rect()).adjusted(inset, inset, -inset, -inset),
-                            radius() - ringWidth(), radius() - ringWidth());
-    paintFocusRing(painter);
+                            radius() - focusWidth(), radius() - focusWidth());
+    paintRing(painter, focusWidth());
 }
 
 void QtButton::paintEvent(QPaintEvent*) {
@@ -112,7 +112,9 @@ void QtButton::paintEvent(QPaintEvent*) {
     painter.drawControl(QStyle::CE_PushButton, option);
     // On dark windows styles draw the focus in a darkened accent, which can hardly be seen.
     if (!isFlat() && hasFocus() && palette().color(QPalette::Window).lightnessF() < 0.5F) {
-        paintFocusRing(painter);
+        paintRing(painter, focusWidth());
+    } else if (!isFlat() && hasHighContrast()) {
+        paintRing(painter, focusWidth() / 2);
     }
 }
 

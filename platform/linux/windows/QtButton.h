@@ -24,7 +24,7 @@ class QtButton final : public QPushButton, public platform::Button {
 
   private:
     void paintEvent(QPaintEvent* event) override;
-    void paintFocusRing(QPainter& painter) const;
+    void paintRing(QPainter& painter, double width) const;
     void paintBezel(QPainter& painter, const QColor& color) const;
 
     std::string title_;

@@ -78,6 +78,29 @@ TEST_F(ThemeTest, AnEmptyBoxCanBeSeenUnderEveryTheme) {
     }
 }
 
+TEST_F(ThemeTest, ButtonsAndFieldsHaveABorderUnderHighContrast) {
+    const std::shared_ptr<platform::View> controls[] = {
+        userInterface.makeButton({.title = "Grant"}), userInterface.makeTextField({})};
+    for (const QColor& window : {QColor(Qt::black), QColor(Qt::white)}) {
+        QApplication::setPalette(themed(window));
+        for (const auto& control : controls) {
+            auto& widget = dynamic_cast<QWidget&>(*control);
+            widget.resize(widget.sizeHint());
+            const QImage drawn = widget.grab().toImage();
+            double left = 0;
+            double top = 0;
+            for (int distance = 0; distance < 3; ++distance) {
+                left = std::max(left,
+                                contrast(drawn.pixelColor(distance, drawn.height() / 2), window));
+                top =
+                    std::max(top, contrast(drawn.pixelColor(drawn.width() / 2, distance), window));
+            }
+            EXPECT_GE(left, 4.5) << widget.metaObject()->className() << window.name().toStdString();
+            EXPECT_GE(top, 4.5) << widget.metaObject()->className() << window.name().toStdString();
+        }
+    }
+}
+
 TEST_F(ThemeTest, AColourFollowsTheThemeWhileItIsShown) {
     QApplication::setPalette(themed(Qt::white));
     const auto status = label({.text = "✓ Granted", .color = platform::SystemColor::green});
