@@ -3,6 +3,8 @@
 #include <QIcon>
 #include <QImage>
 #include <QPainter>
+#include <algorithm>
+#include <cstdlib>
 
 #include "platform/linux/windows/QtStatusItem.h"
 #include "tests/linux/windows/Contrast.h"
@@ -91,6 +93,31 @@ TEST_F(StatusItemTest, WhileRecordingTheIconIsFilledInRed) {
             EXPECT_GE(solidPixels(image, recordingRed), extent.width() * extent.height() / 4)
                 << side;
             EXPECT_EQ(image.pixelColor(side / 2, side / 3), recordingRed) << side;
+        }
+    }
+}
+
+TEST_F(StatusItemTest, TheIdleIconIsAsLargeAsTheRedOneAndHasAStemOnEveryPanel) {
+    linuxdesktop::QtStatusItem item(clock, log);
+    for (const QColor& panel :
+         {QColor(Qt::white), QColor(0xef, 0xef, 0xef), darkPanel, QColor(Qt::black)}) {
+        for (const int side : {16, 22, 24, 32, 48}) {
+            item.setImage(userInterface.systemSymbol("mic", "Tarvik Dictate"));
+            item.setContentTintColor(std::nullopt);
+            const QImage idle = drawn(item.icon(), side, panel);
+            item.setImage(userInterface.systemSymbol("mic.fill", "Tarvik Dictate"));
+            item.setContentTintColor(platform::SystemColor::red);
+            const QRect red = impressionOf(drawn(item.icon(), side, panel), panel).extent;
+            const QRect extent = impressionOf(idle, panel).extent;
+            const std::string which = panel.name().toStdString() + " " + std::to_string(side);
+            EXPECT_LE(std::abs(extent.width() - red.width()), 1 + side / 12) << which;
+            EXPECT_LE(std::abs(extent.height() - red.height()), 1 + side / 24) << which;
+            // Between the holder and the foot.
+            double stem = 0;
+            for (int x = side / 3; x <= side * 2 / 3; ++x) {
+                stem = std::max(stem, contrast(idle.pixelColor(x, side * 5 / 6), panel));
+            }
+            EXPECT_GE(stem, 3) << which;
         }
     }
 }
