@@ -5,7 +5,6 @@
 import contextlib
 import dataclasses
 import os
-import pathlib
 import socket
 import subprocess
 import threading
@@ -14,7 +13,7 @@ import time
 from application import VERSION, Application, write_settings
 from desktop import Desktop, wait_for
 from microphone import Microphone
-from resource_usage import processor_time, wait_until_idle, wakeups
+from resource_usage import memory, processor_time, wait_until_idle, wakeups
 from samples import sample_until_settled
 from scripted_service import ScriptedService, make_certificate
 from target import WidgetTarget
@@ -133,15 +132,6 @@ def final_message_to_text(binaries, text):
         target.close()
     yield "dictated", *dictated
     yield "xdotool type", *typed
-
-
-def memory(pid):
-    """The resident and the private memory of a process in KiB."""
-    sizes = {}
-    for line in pathlib.Path(f"/proc/{pid}/smaps_rollup").read_text().splitlines()[1:]:
-        name, value = line.split(":")
-        sizes[name] = int(value.split()[0])
-    return {"Rss": sizes["Rss"], "Private": sizes["Private_Clean"] + sizes["Private_Dirty"]}
 
 
 @dataclasses.dataclass

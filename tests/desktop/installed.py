@@ -13,11 +13,13 @@ import pathlib
 import signal
 import subprocess
 import sys
+import time
 
 import reaper
 from desktop import Desktop, wait_for
 from keyboard import Keyboard
 from microphone import Microphone
+from resource_usage import memory, wait_until_idle, wakeups
 from similarity import MIN_SIMILARITY, similarity, words
 from target import WidgetTarget
 from windows import wait_for_window
@@ -26,6 +28,11 @@ NAME = "com.tarvik.dictate"
 READY = "hold-to-talk registered"
 SENTENCE = "the quick brown fox jumps over the lazy dog"
 RECOGNITION_TIMEOUT = 60.0
+IDLE_SECONDS = 60
+# Nothing in the application is periodic; a message of the desktop may come.
+MAX_WAKEUPS = 5
+# In KiB.
+MAX_RESIDENT, MAX_PRIVATE = 42 * 1024, 20 * 1024
 OWN_SETTINGS = "[General]\ndeepgramApiKey=my own key\ndeepgramHost=speech.example:444\n"
 
 
@@ -78,6 +85,18 @@ class Session:
                 if line.startswith("deepgram")]
 
 
+def check_idle(session):
+    """Measures a minute in which nothing happens, after the setup window was open."""
+    wait_until_idle(session.process)
+    before, end = wakeups(session.process), time.monotonic() + IDLE_SECONDS
+    wait_for(lambda: time.monotonic() > end, "the end of the minute", IDLE_SECONDS + 5)
+    count, used = wakeups(session.process) - before, memory(session.process)
+    print(f"Idle: {count} wake-ups in a minute, {used['Rss']} KiB resident, {used['Private']} KiB "
+          "of them private", flush=True)
+    assert count <= MAX_WAKEUPS, count
+    assert used["Rss"] <= MAX_RESIDENT and used["Private"] <= MAX_PRIVATE, used
+
+
 def dictate(desktop, session):
     """Speaks a sentence into a text field; returns the text that arrives."""
     keyboard, microphone = Keyboard(desktop), Microphone(desktop.fifo())
@@ -107,6 +126,7 @@ def main(packages):
                        "/usr/bin/tarvik-speech-service"])
         session.start()
         print("The session bus has started the application.", flush=True)
+        check_idle(session)
         session.switch("on")
         assert "deepgramApiKey=local" in session.own_settings(), session.own_settings()
         text = dictate(desktop, session)

@@ -1,6 +1,6 @@
 # SPDX-License-Identifier: MIT
 
-"""The processor time and the wake-ups of a process."""
+"""The processor time, the wake-ups and the memory of a process."""
 
 import os
 import pathlib
@@ -25,6 +25,15 @@ def wakeups(pid):
         for status in pathlib.Path(f"/proc/{pid}/task").glob("*/status")
         for line in status.read_text().splitlines() if line.startswith("voluntary_ctxt_switches")
     )
+
+
+def memory(pid):
+    """The resident and the private memory of a process in KiB."""
+    sizes = {}
+    for line in pathlib.Path(f"/proc/{pid}/smaps_rollup").read_text().splitlines()[1:]:
+        name, value = line.split(":")
+        sizes[name] = int(value.split()[0])
+    return {"Rss": sizes["Rss"], "Private": sizes["Private_Clean"] + sizes["Private_Dirty"]}
 
 
 def wait_until_idle(pid):
