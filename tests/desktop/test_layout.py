@@ -120,5 +120,28 @@ class DoubleSizeText(Layout, unittest.TestCase):
     scale = 2
 
 
+class TripleSizeText(Layout, unittest.TestCase):
+    scale = 3
+
+
+class DoubleSizeTextOnASmallScreen(unittest.TestCase):
+    def test_the_setup_window_fits_and_a_tab_shows_the_key_field(self):
+        width, height = 1366, 768
+        desktop = self.enterContext(Desktop(wm=True, a11y=True, audio=True, size=f"{width}x{height}"))
+        set_text_scale(desktop, 2)
+        scenarios = self.enterContext(WindowScenarios(desktop, BINARIES, scale=2))
+        with scenarios.setup() as setup:
+            wait_for(lambda: is_inside(setup.window.frame, (0, 0, width, height)),
+                     "the whole window on the screen")
+            scenarios.keyboard.press("Tab")
+            wait_for(lambda: setup.key_field.has("focused"), "the focus in the field")
+            wait_for(lambda: is_inside(setup.key_field.extents, setup.content.extents),
+                     "the field in sight")
+            scenarios.keyboard.type("a-new-key")
+            scenarios.keyboard.press("Tab")
+            wait_for(lambda: is_inside(setup.button("Save").extents, setup.content.extents),
+                     "the button in sight")
+
+
 if __name__ == "__main__":
     unittest.main()
