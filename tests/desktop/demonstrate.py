@@ -21,7 +21,8 @@ from windows import wait_for_window
 
 LOOK_FILES = pathlib.Path(__file__).parent / "look"
 SIZE = (1040, 760)
-WINDOW = (740, 320)
+# Left, top, width and height: the middle of the screen.
+EDITOR = (150, 220, 740, 320)
 PANEL_HEIGHT = 34
 PANELS = {
     "xfce4-panel": ["xfce4-panel", "--disable-wm-check"],
@@ -61,19 +62,18 @@ def decorate(desktop, panel="xfce4-panel"):
 
 
 class Editor:
-    """A text editor with an empty document."""
+    """A text editor with an empty document. `place` is left, top, width and height of its window."""
 
-    def __init__(self, desktop):
+    def __init__(self, desktop, place, program="gnome-text-editor"):
         self._desktop = desktop
         self._file = pathlib.Path(desktop.environment["HOME"]) / "Notes.txt"
         self._file.touch()
-        process = desktop.spawn(["gnome-text-editor", self._file])
+        process = desktop.spawn([program, self._file])
         self._window = wait_for(
             lambda: self._desktop.run(
                 ["xdotool", "search", "--onlyvisible", "--name", "Notes.txt"], check=False).strip(),
             "the editor", process=process)
-        width, height = WINDOW
-        left, top = (SIZE[0] - width) // 2, (SIZE[1] - height) // 2
+        left, top, width, height = place
         desktop.run(["xdotool", "windowactivate", "--sync", self._window,
                      "windowsize", "--sync", self._window, str(width), str(height),
                      "windowmove", self._window, str(left), str(top)])
@@ -98,20 +98,22 @@ def colors(desktop, area):
     return {line.split()[2] for line in pixels.splitlines()[1:]}
 
 
-def wait_for_page(desktop):
-    """Waits until the editor's page is visible."""
-    middle = f"8x8+{SIZE[0] // 2}+{SIZE[1] // 2}"
+def wait_for_page(desktop, editor):
+    """Waits until the page of the editor at this place is visible."""
+    left, top, width, height = editor
+    middle = f"8x8+{left + width // 2}+{top + height // 2}"
     wait_for(lambda: colors(desktop, middle) <= PAPER, "the editor's page")
 
 
 def wait_for_status_icon(desktop):
-    tray = f"40x{PANEL_HEIGHT - 4}+{SIZE[0] - 90}+2"
+    width = int(desktop.size.partition("x")[0])
+    tray = f"40x{PANEL_HEIGHT - 4}+{width - 90}+2"
     wait_for(lambda: len(colors(desktop, tray)) > 3, "the status icon")
 
 
-def is_streaming(service):
-    """Whether the service has a connection."""
-    port = f":{int(service.host.rpartition(':')[2]):04X}"
+def is_streaming(host):
+    """Whether the service at this host and port has a connection."""
+    port = f":{int(host.rpartition(':')[2]):04X}"
     for table in ("/proc/net/tcp", "/proc/net/tcp6"):
         for line in pathlib.Path(table).read_text().splitlines()[1:]:
             _, local, _, state, *_ = line.split()
@@ -129,7 +131,7 @@ def demonstrate(binaries, folder):
                        {"deepgramApiKey": "local", "deepgramHost": service.host,
                         "lastWelcomeShownForVersion": VERSION})
         microphone = Microphone(desktop.fifo())
-        editor = Editor(desktop)
+        editor = Editor(desktop, EDITOR)
         application = Application(desktop, binaries, {"SSL_CERT_FILE": str(service.authority)})
         keyboard = Keyboard(desktop)
         setup = wait_for_window(desktop)
@@ -140,7 +142,7 @@ def demonstrate(binaries, folder):
         picture(desktop, folder / "1-setup.png")
         setup.close()
         editor.activate()
-        wait_for_page(desktop)
+        wait_for_page(desktop, EDITOR)
         picture(desktop, folder / "2-before.png")
 
         print("Holding Alt+Space and speaking …", flush=True)
@@ -156,7 +158,7 @@ def demonstrate(binaries, folder):
         keyboard.release()
         print("Let go.", flush=True)
         application.log.wait_for("audio.stop")
-        wait_for(lambda: not is_streaming(service), "the end of the stream")
+        wait_for(lambda: not is_streaming(service.host), "the end of the stream")
         # The last words may arrive between the picture and the text, so both are repeated until the
         # text stays the same.
         text = ""

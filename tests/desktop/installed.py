@@ -16,16 +16,18 @@ import sys
 import time
 
 import reaper
+from demonstrate import EDITOR, Editor, is_streaming
 from desktop import Desktop, wait_for
 from keyboard import Keyboard
 from microphone import Microphone
 from resource_usage import memory, wait_until_idle, wakeups
 from similarity import MIN_SIMILARITY, similarity, words
-from target import WidgetTarget
 from windows import wait_for_window
 
 NAME = "com.tarvik.dictate"
 READY = "hold-to-talk registered"
+SERVICE = "127.0.0.1:8443"
+STOPPED = "TarvikDictate: audio.stop"
 SENTENCE = "the quick brown fox jumps over the lazy dog"
 RECOGNITION_TIMEOUT = 60.0
 IDLE_SECONDS = 60
@@ -97,21 +99,22 @@ def check_idle(session):
     assert used["Rss"] <= MAX_RESIDENT and used["Private"] <= MAX_PRIVATE, used
 
 
-def dictate(desktop, session):
-    """Speaks a sentence into a text field; returns the text that arrives."""
+def dictate(desktop):
+    """Speaks a sentence into an editor; returns the text that the editor saves."""
     keyboard, microphone = Keyboard(desktop), Microphone(desktop.fifo())
-    target = WidgetTarget(desktop, "gtk3")
+    editor = Editor(desktop, EDITOR, "mousepad")
+    stops = desktop.services_log().count(STOPPED)
     keyboard.hold()
     wait_for(desktop.is_microphone_open, "an open microphone", RECOGNITION_TIMEOUT)
     microphone.speak(SENTENCE)
     microphone.wait_until_silent()
     keyboard.release()
-    wait_for(lambda: words(target.text)[-1:] == words(SENTENCE)[-1:], "the last word",
+    wait_for(lambda: desktop.services_log().count(STOPPED) > stops, "the end of the recording")
+    wait_for(lambda: not is_streaming(SERVICE), "the end of the stream", RECOGNITION_TIMEOUT)
+    wait_for(lambda: words(editor.saved_text())[-1:] == words(SENTENCE)[-1:], "the last word",
              RECOGNITION_TIMEOUT)
-    assert session.process is not None
     microphone.pull_out()
-    target.close()
-    return target.text
+    return editor.saved_text()
 
 
 def main(packages):
@@ -121,7 +124,7 @@ def main(packages):
         session.settings.write_text(OWN_SETTINGS)
         # systemd opens the socket in a session of its own. Here a small program does, which hands on
         # the named variables only.
-        desktop.spawn(["systemd-socket-activate", "--listen=127.0.0.1:8443",
+        desktop.spawn(["systemd-socket-activate", "--listen=" + SERVICE,
                        "--setenv=XDG_STATE_HOME", "--setenv=" + reaper.MARK,
                        "/usr/bin/tarvik-speech-service"])
         session.start()
@@ -129,7 +132,7 @@ def main(packages):
         check_idle(session)
         session.switch("on")
         assert "deepgramApiKey=local" in session.own_settings(), session.own_settings()
-        text = dictate(desktop, session)
+        text = dictate(desktop)
         print(f"Spoken: {SENTENCE}\nArrived: {text}", flush=True)
         assert similarity(SENTENCE, text) >= MIN_SIMILARITY, "that is not what was spoken"
 
