@@ -13,6 +13,7 @@
 #include "platform/linux/windows/Assets.h"
 #include "platform/linux/windows/LegibleLineEdit.h"
 #include "platform/linux/windows/LinuxTexts.h"
+#include "platform/linux/windows/Mnemonics.h"
 #include "platform/linux/windows/Scaling.h"
 #include "platform/linux/windows/UserAction.h"
 #include "platform/linux/windows/WindowManagerRequests.h"
@@ -89,6 +90,7 @@ void AlertDialog::addButtons(const std::vector<std::string>& titles) {
         connect(button, &QPushButton::clicked, this, [this, code] { done(code_ = code); });
         ++code;
     }
+    giveMnemonics(*box);
     auto* grid = static_cast<QGridLayout*>(layout());
     grid->setRowMinimumHeight(3, pixels(8));
     grid->addWidget(box, 4, 0, 1, 2);

@@ -6,6 +6,7 @@
 #include <QPalette>
 #include <utility>
 
+#include "platform/linux/windows/Mnemonics.h"
 #include "platform/linux/windows/QtAppearance.h"
 #include "platform/linux/windows/QtLabel.h"
 #include "platform/linux/windows/Scaling.h"
@@ -73,6 +74,7 @@ QtWindow::~QtWindow() {
 
 void QtWindow::setContent(std::shared_ptr<platform::View> root,
                           std::optional<platform::RgbColor> background) {
+    giveMnemonics(widgetOf(*root));
     window_.setContent(&widgetOf(*root));
     describeWindow(widgetOf(*root));
     if (std::shared_ptr<platform::View> old = std::exchange(root_, std::move(root))) {

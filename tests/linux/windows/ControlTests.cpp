@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
 
+#include <QAbstractButton>
 #include <QAccessible>
 #include <QCheckBox>
 #include <QKeyEvent>
@@ -57,6 +58,17 @@ TEST_F(ControlTest, TheFirstShiftTabReachesTheLastControlAndScrollsToIt) {
     const auto* last = sample.find<QPushButton>("Restart Tarvik Dictate");
     EXPECT_EQ(QApplication::focusWidget(), last);
     EXPECT_EQ(last->visibleRegion().boundingRect().size(), last->size());
+}
+
+TEST_F(ControlTest, EveryControlHasALetterOfItsOwn) {
+    SampleWindow sample(userInterface);
+    QStringList letters;
+    for (const QAbstractButton* control : sample.content().findChildren<QAbstractButton*>()) {
+        letters += control->shortcut().toString();
+        EXPECT_TRUE(letters.back().startsWith("Alt+")) << control->text().toStdString();
+    }
+    EXPECT_EQ(letters.size(), 4);
+    EXPECT_EQ(letters.removeDuplicates(), 0) << letters.join(' ').toStdString();
 }
 
 TEST_F(ControlTest, NoControlHasTheFocusWhenAWindowAppearsSoThatKeysDoNothing) {

@@ -26,11 +26,11 @@ class SampleWindow {
     QWidget& content() { return *widget().findChild<QScrollArea*>()->widget(); }
     QLineEdit* field() { return content().findChild<QLineEdit*>(); }
     QWidget* separator() { return dynamic_cast<QWidget*>(separator_.get()); }
-    /// The control or label with `text`.
+    /// The control or label with `text`, which marks no letter.
     template <typename Widget>
     Widget* find(const char* text) {
         for (Widget* candidate : content().findChildren<Widget*>()) {
-            if (candidate->text() == QString::fromUtf8(text)) {
+            if (candidate->text().remove(QLatin1Char('&')) == QString::fromUtf8(text)) {
                 return candidate;
             }
         }

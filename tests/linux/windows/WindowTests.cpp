@@ -222,6 +222,16 @@ TEST_F(X11WindowTest, ControlWAndEscapeClose) {
     }
 }
 
+TEST_F(X11WindowTest, AltAndALetterPressTheControlWhateverHasTheFocus) {
+    SampleWindow sample(userInterface);
+    bringForward(sample);
+    ASSERT_TRUE(isSettled(sample));
+    TestProcess keys({"xdotool", "key", "alt+s", "Tab", "x", "alt+s"});
+    EXPECT_TRUE(runUntil([&] { return sample.saves == 2; }));
+    keys.waitForEnd();
+    EXPECT_EQ(sample.field()->text(), "x");
+}
+
 /// Another program, in which the user types.
 class X11TypingTest : public X11WindowTest {
   protected:
