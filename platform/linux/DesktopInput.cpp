@@ -5,8 +5,10 @@
 #include <cstdint>
 #include <string>
 #include <type_traits>
+#include <utility>
 #include <vector>
 
+#include "platform/linux/accessibility/AtspiFront.h"
 #include "platform/linux/input/FrontMeans.h"
 #include "platform/linux/input/HotKeyMeans.h"
 #include "platform/linux/input/LinuxEventManager.h"
@@ -29,6 +31,7 @@ struct Session {
     platform::Log& log;
     std::weak_ptr<HotKeyListener> listener;
     OnLift onLift;
+    std::shared_ptr<const AccessibilityState> accessibility;
 #ifdef TARVIK_HAS_WAYLAND
     std::shared_ptr<SwayInput> sway = {};
 #endif
@@ -84,6 +87,16 @@ Opened<Means> openX11(Session& session) {
 }
 #endif
 
+Opened<FrontMeans> openAtspi(Session& session) {
+    if (!session.accessibility) {
+        return {nullptr, "no accessibility service runs"};
+    }
+    return {std::make_shared<AtspiFront>(session.accessibility),
+            session.accessibility->isConnected
+                ? "programs report their active windows"
+                : "programs do not report their windows yet, and it is used once they do"};
+}
+
 // Tried in this order. A technology that was left out of the build is in no table. Sway stands
 // before X11, since the question to X11 would start the X server of a Sway session.
 
@@ -112,6 +125,7 @@ const std::vector<Choice<FrontMeans>> frontChoices{
 #ifdef TARVIK_HAS_X11
     {"the X server", &openX11<FrontMeans>},
 #endif
+    {"AT-SPI", &openAtspi},
 };
 
 /// The first means that serves the session; empty when none does.
@@ -133,15 +147,18 @@ std::shared_ptr<Means> choose(const char* service, const std::vector<Choice<Mean
 
 }  // namespace
 
-DesktopInput::DesktopInput(platform::MainQueue& mainQueue, platform::Log& log)
+DesktopInput::DesktopInput(platform::MainQueue& mainQueue, platform::Log& log,
+                           std::shared_ptr<const AccessibilityState> accessibility)
     : eventManager_(std::make_shared<LinuxEventManager>(log)) {
     // Set below, before anything is typed. A means that types ends before the hotkeys do.
     const auto lifted = std::make_shared<HotKeyMeans*>(nullptr);
-    Session session{mainQueue, log, eventManager_, [lifted](std::uint32_t modifiers) {
+    Session session{mainQueue, log, eventManager_,
+                    [lifted](std::uint32_t modifiers) {
                         if (*lifted != nullptr) {
                             (*lifted)->expectLift(modifiers);
                         }
-                    }};
+                    },
+                    std::move(accessibility)};
     hotKeys_ = choose("hotkeys", hotKeyChoices, session);
     *lifted = hotKeys_.get();
     typing_ = choose("typing", typingChoices, session);

@@ -13,6 +13,7 @@
 
 namespace tarvik::linuxdesktop {
 
+struct AccessibilityState;
 class FrontMeans;
 class HotKeyMeans;
 class LinuxEventManager;
@@ -27,8 +28,9 @@ class TypingMeans;
 class DesktopInput {
   public:
     /// Asks the session; waits 1 s at the most for each server that does not answer. The references
-    /// outlive the object.
-    DesktopInput(platform::MainQueue& mainQueue, platform::Log& log);
+    /// outlive the object. `accessibility` is empty where no accessibility service runs.
+    DesktopInput(platform::MainQueue& mainQueue, platform::Log& log,
+                 std::shared_ptr<const AccessibilityState> accessibility = nullptr);
     /// Drops the hotkeys and types the text that was posted before, as the means promise.
     ~DesktopInput();
     DesktopInput(const DesktopInput&) = delete;

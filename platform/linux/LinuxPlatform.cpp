@@ -22,9 +22,10 @@ LinuxPlatform::LinuxPlatform(int& argumentCount, char** arguments, InstanceClaim
       timers_(clock_),
       userDefaults_(FileUserDefaults::standardPath(), log_),
       loginItem_(bundle_.bundlePath()),
-      input_(mainQueue_, log_),
+      accessibilityWorker_(std::make_shared<AccessibilityWorker>(log_)),
+      input_(mainQueue_, log_, {accessibilityWorker_, &accessibilityWorker_->state()}),
       accessibility_(
-          log_, mainQueue_,
+          accessibilityWorker_, mainQueue_,
           {[this] { return input_.frontmostProcess(); },
            [this] { return input_.canType(); },
            [this](platform::ProcessIdentifier process) { return input_.isTypingInto(process); },

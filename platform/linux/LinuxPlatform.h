@@ -6,6 +6,7 @@
 
 #include "platform/Platform.h"
 #include "platform/linux/DesktopInput.h"
+#include "platform/linux/accessibility/AccessibilityWorker.h"
 #include "platform/linux/accessibility/AtspiAccessibility.h"
 #include "platform/linux/audio/PulseAudioService.h"
 #include "platform/linux/loop/MonotonicClock.h"
@@ -67,6 +68,7 @@ class LinuxPlatform final : public platform::Platform {
     LinuxBundle bundle_;
     ProcessTaskLauncher taskLauncher_;
     XdgLoginItem loginItem_;
+    std::shared_ptr<AccessibilityWorker> accessibilityWorker_;
     DesktopInput input_;
     AtspiAccessibility accessibility_;
     PulseAudioService audio_;

@@ -24,11 +24,11 @@ constexpr std::chrono::seconds pendingTimeout{30};
 
 }  // namespace
 
-AtspiAccessibility::AtspiAccessibility(platform::Log& log, platform::MainQueue& mainQueue,
-                                       Input input)
+AtspiAccessibility::AtspiAccessibility(std::shared_ptr<AccessibilityWorker> worker,
+                                       platform::MainQueue& mainQueue, Input input)
     : input_(std::move(input)),
       pendingWrites_(std::make_shared<PendingWrites>(mainQueue, input_.typing, pendingTimeout)),
-      worker_(std::make_unique<AccessibilityWorker>(log)) {}
+      worker_(std::move(worker)) {}
 
 AtspiAccessibility::~AtspiAccessibility() = default;
 

@@ -8,7 +8,6 @@
 #include <string_view>
 
 #include "platform/Accessibility.h"
-#include "platform/Log.h"
 #include "platform/MainQueue.h"
 #include "platform/Workspace.h"
 #include "platform/linux/accessibility/PendingWrites.h"
@@ -40,9 +39,10 @@ class AtspiAccessibility final : public platform::Accessibility {
         PendingWrites::Typing typing;
     };
 
-    /// The references outlive this object.
-    AtspiAccessibility(platform::Log& log, platform::MainQueue& mainQueue, Input input);
-    /// Ends the thread. Blocks until its current request is done.
+    /// `worker` is the thread, which others may share. `mainQueue` outlives this object.
+    AtspiAccessibility(std::shared_ptr<AccessibilityWorker> worker, platform::MainQueue& mainQueue,
+                       Input input);
+    /// Ends the thread, unless others share it, and blocks until its current request is done.
     ~AtspiAccessibility() override;
 
     /// Calls `handler` once, on the service's thread, as soon as it is known whether the process is
@@ -64,7 +64,7 @@ class AtspiAccessibility final : public platform::Accessibility {
   private:
     Input input_;
     std::shared_ptr<PendingWrites> pendingWrites_;
-    std::unique_ptr<AccessibilityWorker> worker_;
+    const std::shared_ptr<AccessibilityWorker> worker_;
 };
 
 }  // namespace tarvik::linuxdesktop

@@ -7,6 +7,7 @@
 #include <utility>
 #include <vector>
 
+#include "platform/linux/accessibility/AccessibilityWorker.h"
 #include "tests/linux/accessibility/TargetProcess.h"
 
 namespace tarvik::tests {
@@ -47,7 +48,7 @@ AtspiWorld::AtspiWorld(std::string program, std::string widget)
 
 void AtspiWorld::restartService() {
     service_ = std::make_unique<linuxdesktop::AtspiAccessibility>(
-        log_, mainQueue_,
+        std::make_shared<linuxdesktop::AccessibilityWorker>(log_), mainQueue_,
         linuxdesktop::AtspiAccessibility::Input{
             [this] { return processInFront; },
             [] { return true; },

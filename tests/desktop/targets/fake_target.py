@@ -5,13 +5,13 @@ one reports that it has the focus and misbehaves like a toolkit with a defect. T
 honest. The program has no window unless it is told to.
 
 Prints "ready" after the first focus event. Commands on standard input: "focus" reports the focus
-again, "blur" reports its loss, "lose" takes the focus away inside the window, "grab" acts like a
-key grab, which makes the window inactive as well, "pane" has something around the field report the
-focus that the field has, "second" reports the focus of the second field, "read" prints the
-text of the second field, "insertions" prints the number of requested insertions, "behave NAME"
-changes the behaviour, "type TEXT" acts like typed keys, "wake" ends a silence, "settle" prints
-"done" when all requests sent so far are handled, "quit" ends the program. The other commands print
-"done" at once.
+again, "blur" reports its loss, "activate" and "deactivate" report that its window is active or is
+not, "lose" takes the focus away inside the window, "grab" acts like a key grab, which makes the
+window inactive as well, "pane" has something around the field report the focus that the field has,
+"second" reports the focus of the second field, "read" prints the text of the second field,
+"insertions" prints the number of requested insertions, "behave NAME" changes the behaviour, "type
+TEXT" acts like typed keys, "wake" ends a silence, "settle" prints "done" when all requests sent so
+far are handled, "quit" ends the program. The other commands print "done" at once.
 """
 
 import argparse
@@ -299,6 +299,8 @@ def command(line):
         focus(widget)
     elif line == "blur":
         focus(widget, 0)
+    elif line in ("activate", "deactivate"):
+        activate(line == "activate")
     elif line in ("lose", "grab"):
         field.has_focus = False
         focus(widget, 0)

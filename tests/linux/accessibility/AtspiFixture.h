@@ -9,6 +9,7 @@
 #include <string>
 
 #include "platform/Accessibility.h"
+#include "platform/linux/accessibility/AccessibilityWorker.h"
 #include "platform/linux/accessibility/AtspiAccessibility.h"
 #include "tests/linux/accessibility/TargetProcess.h"
 #include "tests/support/RealTimeQueue.h"
@@ -23,7 +24,7 @@ class AtspiFixture : public testing::Test {
 
     void startService() {
         service = std::make_unique<linuxdesktop::AtspiAccessibility>(
-            log, mainQueue,
+            std::make_shared<linuxdesktop::AccessibilityWorker>(log), mainQueue,
             linuxdesktop::AtspiAccessibility::Input{
                 [this] { return processInFront; },
                 [this] { return canType; },

@@ -341,6 +341,7 @@ TEST_F(X11Delivery, RefusesEverythingWithoutAServer) {
         "TarvikDictate: typing not by XTEST: no X server at :4711",
         "TarvikDictate: nothing in this session serves typing",
         "TarvikDictate: the front window not by the X server: no X server at :4711",
+        "TarvikDictate: the front window not by AT-SPI: no accessibility service runs",
         "TarvikDictate: nothing in this session serves the front window"};
     EXPECT_EQ(linesWithoutWayland(log, linesBefore), lines);
     EXPECT_FALSE(without.canType());

@@ -1,0 +1,13 @@
+// SPDX-License-Identifier: MIT
+
+#include "platform/linux/accessibility/AtspiFront.h"
+
+namespace tarvik::linuxdesktop {
+
+std::optional<platform::ProcessIdentifier> AtspiFront::frontmostProcess() const {
+    // Without a connection, the last report may be outdated.
+    const auto focus = state_->isConnected ? state_->focus.load() : nullptr;
+    return focus ? focus->activeProcess : std::nullopt;
+}
+
+}  // namespace tarvik::linuxdesktop

@@ -1,0 +1,26 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <memory>
+#include <optional>
+#include <utility>
+
+#include "platform/linux/accessibility/AccessibilityState.h"
+#include "platform/linux/input/FrontMeans.h"
+
+namespace tarvik::linuxdesktop {
+
+/// The process whose window is active, as its program reports it over the accessibility bus. A
+/// program that reports nothing is never in front. Costs nothing until it is asked.
+class AtspiFront final : public FrontMeans {
+  public:
+    explicit AtspiFront(std::shared_ptr<const AccessibilityState> state)
+        : state_(std::move(state)) {}
+
+    std::optional<platform::ProcessIdentifier> frontmostProcess() const override;
+
+  private:
+    const std::shared_ptr<const AccessibilityState> state_;
+};
+
+}  // namespace tarvik::linuxdesktop

@@ -1,0 +1,101 @@
+// SPDX-License-Identifier: MIT
+
+#include <gtest/gtest.h>
+
+#include <memory>
+#include <optional>
+#include <string>
+#include <utility>
+
+#include "platform/linux/accessibility/AccessibilityWorker.h"
+#include "platform/linux/accessibility/AtspiFront.h"
+#include "tests/linux/accessibility/PrivateSession.h"
+#include "tests/linux/accessibility/TargetProcess.h"
+#include "tests/support/RecordingLog.h"
+
+namespace tarvik::tests {
+
+namespace {
+
+using linuxdesktop::AccessibilityWorker;
+
+constexpr Seconds timeout{10};
+
+class AtspiFront : public testing::Test {
+  protected:
+    // The environment changes only while no other thread reads it.
+    void TearDown() override { worker.reset(); }
+
+    void startWorker() {
+        worker = std::make_shared<AccessibilityWorker>(log);
+        front = std::make_unique<linuxdesktop::AtspiFront>(
+            std::shared_ptr<const linuxdesktop::AccessibilityState>(worker, &worker->state()));
+    }
+    void start() {
+        session.startBus();
+        startWorker();
+        ASSERT_TRUE(becomesTrue([this] { return worker->state().isConnected.load(); }, timeout));
+    }
+    bool becomes(std::optional<platform::ProcessIdentifier> process) {
+        const bool holds =
+            becomesTrue([&] { return front->frontmostProcess() == process; }, timeout);
+        EXPECT_EQ(front->frontmostProcess(), process);
+        return holds;
+    }
+
+    PrivateSession session;
+    RecordingLog log;
+    std::shared_ptr<AccessibilityWorker> worker;
+    std::unique_ptr<linuxdesktop::AtspiFront> front;
+};
+
+TEST_F(AtspiFront, IsTheProgramThatActivatedItsWindowLast) {
+    start();
+    EXPECT_EQ(front->frontmostProcess(), std::nullopt);
+    TargetProcess first("fake_target.py", {"--window"});
+    EXPECT_TRUE(becomes(first.identifier()));
+    TargetProcess second("fake_target.py", {"--window"});
+    EXPECT_TRUE(becomes(second.identifier()));
+    // The report of the window that was in front before comes late.
+    EXPECT_EQ(first.command("deactivate"), "done");
+    EXPECT_EQ(first.command("settle"), "done");
+    EXPECT_TRUE(becomes(second.identifier()));
+    EXPECT_EQ(first.command("activate"), "done");
+    EXPECT_TRUE(becomes(first.identifier()));
+}
+
+TEST_F(AtspiFront, IsTheProgramWhoseWindowWasActiveBefore) {
+    session.startBus();
+    TargetProcess target("fake_target.py", {"--window"});
+    startWorker();
+    EXPECT_TRUE(becomes(target.identifier()));
+}
+
+TEST_F(AtspiFront, IsNoneWhileNoProgramReportsAnActiveWindow) {
+    start();
+    TargetProcess target("fake_target.py", {"--window"});
+    EXPECT_TRUE(becomes(target.identifier()));
+    EXPECT_EQ(target.command("deactivate"), "done");
+    EXPECT_TRUE(becomes(std::nullopt));
+    EXPECT_EQ(target.command("activate"), "done");
+    EXPECT_TRUE(becomes(target.identifier()));
+    target.kill();
+    EXPECT_TRUE(becomes(std::nullopt));
+}
+
+TEST_F(AtspiFront, IsNoneWithoutABusAndIsKnownAgainWithTheNextOne) {
+    startWorker();
+    EXPECT_EQ(front->frontmostProcess(), std::nullopt);
+    session.startBus();
+    worker->connect();
+    ASSERT_TRUE(becomesTrue([this] { return worker->state().isConnected.load(); }, timeout));
+    auto target =
+        std::make_unique<TargetProcess>("fake_target.py", std::vector<std::string>{"--window"});
+    EXPECT_TRUE(becomes(target->identifier()));
+    session.killBus();
+    EXPECT_TRUE(becomes(std::nullopt));
+}
+
+}  // namespace
+
+}  // namespace tarvik::tests
