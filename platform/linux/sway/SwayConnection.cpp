@@ -37,24 +37,29 @@ void append(std::string& bytes, std::uint32_t number) {
 }  // namespace
 
 Result<std::unique_ptr<SwayConnection>> SwayConnection::open() {
-    const char* path = std::getenv("SWAYSOCK");
-    if (path == nullptr || *path == '\0') {
+    const std::string path = socketPath().string();
+    if (path.empty()) {
         return Error{ENOENT, "SWAYSOCK is not set"};
     }
     sockaddr_un address{};
     address.sun_family = AF_UNIX;
-    if (std::strlen(path) >= sizeof address.sun_path) {
+    if (path.size() >= sizeof address.sun_path) {
         return Error{ENAMETOOLONG, "SWAYSOCK is too long"};
     }
-    std::strcpy(address.sun_path, path);
+    std::strcpy(address.sun_path, path.c_str());
     FileDescriptor socket(::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0));
     if (!socket || connect(socket.number(), reinterpret_cast<const sockaddr*>(&address),
                            sizeof address) != 0) {
         const int number = errno;
-        return Error{number, std::string("nobody answers at ") + path + ": " +
-                                 std::generic_category().message(number)};
+        return Error{number,
+                     "nobody answers at " + path + ": " + std::generic_category().message(number)};
     }
     return std::unique_ptr<SwayConnection>(new SwayConnection(std::move(socket)));
+}
+
+std::filesystem::path SwayConnection::socketPath() {
+    const char* path = std::getenv("SWAYSOCK");
+    return path != nullptr ? path : "";
 }
 
 void SwayConnection::attach(EventLoop& loop, OnEvent onEvent, std::function<void()> onLost) {

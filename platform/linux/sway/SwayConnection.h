@@ -4,6 +4,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <deque>
+#include <filesystem>
 #include <functional>
 #include <memory>
 #include <string>
@@ -40,6 +41,8 @@ class SwayConnection {
 
     /// Connects to the socket that SWAYSOCK names. An error when nobody listens there.
     static Result<std::unique_ptr<SwayConnection>> open();
+    /// The socket to which open() connects; empty when SWAYSOCK is not set.
+    static std::filesystem::path socketPath();
     SwayConnection(const SwayConnection&) = delete;
     SwayConnection& operator=(const SwayConnection&) = delete;
 

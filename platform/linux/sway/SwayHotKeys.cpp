@@ -27,6 +27,8 @@ constexpr auto intervalTolerance = 70ms;
 // Where the compositor does not tell.
 constexpr KeyRepeat::Setting usualRepeat{600ms, 40ms};
 
+constexpr const char* otherInstance = "another instance has bindings in this Sway session";
+
 // What the bindings of this process say, before the number of the hotkey.
 std::string mark() {
     return "com.tarvik.dictate " + std::to_string(getpid()) + " ";
@@ -114,7 +116,7 @@ void SwayHotKeys::add(HotKeyNumber number, std::uint32_t keyCode, std::uint32_t 
         return;
     }
     if (!claim()) {
-        log_.write("TarvikDictate: another instance has bindings in this Sway session");
+        log_.write(std::string("TarvikDictate: ") + otherInstance);
         onStatus(platform::eventHotKeyExistsErr);
         return;
     }
@@ -127,11 +129,13 @@ void SwayHotKeys::add(HotKeyNumber number, std::uint32_t keyCode, std::uint32_t 
             log_.write("TarvikDictate: Sway's configuration binds " + userText(modifiers) +
                        " to: " + *command);
             hotKeys_.erase(number);
+            releaseIfEmpty();
             onStatus(platform::eventHotKeyExistsErr);
         } else {
             bind(number, [this, number, onStatus](bool isBound) {
                 if (!isBound) {
                     hotKeys_.erase(number);
+                    releaseIfEmpty();
                 }
                 onStatus(isBound ? platform::noErr : platform::eventInternalErr);
             });
@@ -145,8 +149,7 @@ bool SwayHotKeys::claim() {
     if (lock_) {
         return true;
     }
-    const char* socket = std::getenv("SWAYSOCK");
-    const std::string path = std::string(socket != nullptr ? socket : "") + ".tarvik-dictate";
+    const std::string path = SwayConnection::socketPath().string() + ".tarvik-dictate";
     FileDescriptor file(open(path.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0600));
     if (!file) {
         // Where no file can be made, bindings count more than telling instances apart.
@@ -157,6 +160,12 @@ bool SwayHotKeys::claim() {
     }
     lock_ = std::move(file);
     return true;
+}
+
+void SwayHotKeys::releaseIfEmpty() {
+    if (hotKeys_.empty()) {
+        lock_ = FileDescriptor();
+    }
 }
 
 void SwayHotKeys::withOwner(std::uint32_t modifiers,
@@ -199,9 +208,13 @@ void SwayHotKeys::remove(HotKeyNumber number, std::function<void()> onDone) {
     }
     if (removed.isBound) {
         connection_.run(unbindCommands(removed.modifiers),
-                        [onDone = std::move(onDone)](std::string_view) { onDone(); });
+                        [this, onDone = std::move(onDone)](std::string_view) {
+                            releaseIfEmpty();
+                            onDone();
+                        });
     } else {
         // Another binding of the combination is the user's own.
+        releaseIfEmpty();
         onDone();
     }
 }
@@ -215,7 +228,23 @@ void SwayHotKeys::removeAll(std::function<void()> onDone) {
     }
     // The reply to the last request comes after those before it.
     connection_.request(SwayConnection::Request::getVersion, "",
-                        [onDone = std::move(onDone)](std::string_view) { onDone(); });
+                        [this, onDone = std::move(onDone)](std::string_view) {
+                            releaseIfEmpty();
+                            onDone();
+                        });
+}
+
+void SwayHotKeys::resume(const std::map<HotKeyNumber, std::uint32_t>& hotKeys) {
+    const bool isOwner = claim();
+    for (const auto& [number, modifiers] : hotKeys) {
+        if (isOwner) {
+            hotKeys_[number] = {modifiers, true};
+        } else {
+            events_.onLost(number, otherInstance);
+        }
+    }
+    // To the new connection, Sway has just read its configuration.
+    handleReload();
 }
 
 void SwayHotKeys::handleReload() {

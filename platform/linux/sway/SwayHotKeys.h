@@ -51,6 +51,9 @@ class SwayHotKeys {
     void remove(HotKeyNumber number, std::function<void()> onDone);
     /// As remove(), for every hotkey.
     void removeAll(std::function<void()> onDone);
+    /// Binds hotkeys, with their modifiers, of a connection that was lost. One that cannot be bound
+    /// is reported by `onLost`.
+    void resume(const std::map<HotKeyNumber, std::uint32_t>& hotKeys);
 
     /// Handles an event about a binding.
     void handleBinding(std::string_view json);
@@ -73,6 +76,8 @@ class SwayHotKeys {
     };
 
     bool claim();
+    // Gives the claim up where no hotkey is left.
+    void releaseIfEmpty();
     void withOwner(std::uint32_t modifiers,
                    std::function<void(std::optional<std::string> command)> onKnown);
     void bind(HotKeyNumber number, std::function<void(bool isBound)> onBound);
@@ -95,7 +100,8 @@ class SwayHotKeys {
     std::optional<Hold> hold_;
     Deadline repeatDeadline_;
     bool hasToldOfNoRepeat_ = false;
-    // Held from the first hotkey on: another instance would take the bindings over unnoticed.
+    // Held from the first hotkey to the end of the last one: another instance would take the
+    // bindings over unnoticed.
     FileDescriptor lock_;
 };
 

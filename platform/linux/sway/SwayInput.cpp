@@ -19,21 +19,41 @@ constexpr auto swayTimeout = 1s;
 constexpr auto typingTimeoutAtEnd = 800ms;
 constexpr auto unbindingTimeout = 150ms;
 
+// The status of one registration. A connection that is lost meanwhile drops the answer, which then
+// says so.
+class StatusAnswer {
+  public:
+    StatusAnswer() = default;
+    ~StatusAnswer() { give(platform::eventInternalErr); }
+    StatusAnswer(const StatusAnswer&) = delete;
+    StatusAnswer& operator=(const StatusAnswer&) = delete;
+
+    std::future<platform::OSStatus> future() { return status_.get_future(); }
+    void give(platform::OSStatus status) {
+        if (!std::exchange(isGiven_, true)) {
+            status_.set_value(status);
+        }
+    }
+
+  private:
+    std::promise<platform::OSStatus> status_;
+    bool isGiven_ = false;
+};
+
 }  // namespace
 
 SwayInput::SwayInput(platform::MainQueue& mainQueue, platform::Log& log,
                      std::weak_ptr<HotKeyListener> listener)
     : mainQueue_(mainQueue),
       log_(log),
-      listener_(std::make_shared<std::weak_ptr<HotKeyListener>>(std::move(listener))) {
+      listener_(std::make_shared<std::weak_ptr<HotKeyListener>>(std::move(listener))),
+      reconnection_(loop_, SwayConnection::socketPath(), [this] { return connectAgain(); }) {
     auto opened = SwayConnection::open();
     if (!opened) {
         refusal_ = opened.error().localizedDescription;
         return;
     }
-    const auto ready = std::make_shared<std::promise<void>>();
-    const std::future<void> isReady = ready->get_future();
-    session_ = std::make_unique<SwaySession>(std::move(opened).value(), loop_, log_, events(ready));
+    begin(std::move(opened).value());
     try {
         thread_ = startThread("input", [this] { run(); });
     } catch (const std::system_error& failure) {
@@ -41,7 +61,7 @@ SwayInput::SwayInput(platform::MainQueue& mainQueue, platform::Log& log,
         refusal_ = "no thread can speak to Sway: " + failure.code().message();
         return;
     }
-    if (isReady.wait_for(swayTimeout) != std::future_status::ready) {
+    if (firstAnswer_.get_future().wait_for(swayTimeout) != std::future_status::ready) {
         log.write("TarvikDictate: Sway does not answer");
     }
 }
@@ -73,7 +93,21 @@ void SwayInput::run() {
     session_.reset();
 }
 
-SwaySession::Events SwayInput::events(const std::shared_ptr<std::promise<void>>& ready) {
+void SwayInput::begin(std::unique_ptr<SwayConnection> connection) {
+    isLost_ = false;
+    session_ = std::make_unique<SwaySession>(std::move(connection), loop_, log_, events());
+}
+
+bool SwayInput::connectAgain() {
+    auto opened = SwayConnection::open();
+    if (!opened) {
+        return false;
+    }
+    begin(std::move(opened).value());
+    return true;
+}
+
+SwaySession::Events SwayInput::events() {
     return {{[this](HotKeyNumber number) {
                  tellListener([number](HotKeyListener& to) { to.onPressed(number); });
              },
@@ -87,37 +121,44 @@ SwaySession::Events SwayInput::events(const std::shared_ptr<std::promise<void>>&
                 const std::lock_guard lock(mutex_);
                 front_ = front;
             },
-            [this, ready](const std::string& typingRefusal) {
-                // One turn may bring the end of one connection and the answer on the other.
-                if (std::exchange(hasAnswered_, true)) {
-                    return;
-                }
-                if (!typingRefusal.empty()) {
-                    const std::lock_guard lock(mutex_);
-                    typingRefusal_ = typingRefusal;
-                }
-                isConnected_ = true;
-                ready->set_value();
-            },
-            [this, ready](const std::string& reason) {
-                if (!std::exchange(hasAnswered_, true)) {
-                    refuse(reason);
-                    ready->set_value();
-                }
-                lose(reason);
-            }};
+            [this](const std::string& typingRefusal) { handleReady(typingRefusal); },
+            [this](const std::string& reason) { handleLoss(reason); }};
 }
 
-void SwayInput::refuse(const std::string& reason) {
-    const std::lock_guard lock(mutex_);
-    refusal_ = reason;
+void SwayInput::handleReady(const std::string& typingRefusal) {
+    // One turn may bring the end of one connection and the answer on the other.
+    if (isLost_) {
+        return;
+    }
+    {
+        const std::lock_guard lock(mutex_);
+        typingRefusal_ = typingRefusal.empty() ? std::nullopt : std::optional(typingRefusal);
+    }
+    isConnected_ = true;
+    if (std::exchange(hasAnswered_, true)) {
+        log_.write("TarvikDictate: Sway is back");
+        session_->hotKeys().resume(hotKeys_);
+    } else {
+        firstAnswer_.set_value();
+    }
 }
 
-void SwayInput::lose(const std::string& reason) {
+void SwayInput::handleLoss(const std::string& reason) {
+    if (std::exchange(isLost_, true)) {
+        return;
+    }
     log_.write("TarvikDictate: " + reason);
     isConnected_ = false;
+    if (!std::exchange(hasAnswered_, true)) {
+        const std::lock_guard lock(mutex_);
+        refusal_ = reason;
+        firstAnswer_.set_value();
+    }
     // The caller is a part of the session.
-    loop_.post([this] { session_.reset(); });
+    loop_.post([this] {
+        session_.reset();
+        reconnection_.begin();
+    });
 }
 
 void SwayInput::tellListener(std::function<void(HotKeyListener&)> event) {
@@ -131,6 +172,7 @@ void SwayInput::tellListener(std::function<void(HotKeyListener&)> event) {
 }
 
 void SwayInput::finish() {
+    reconnection_.end();
     const auto end = [this] {
         if (!session_) {
             loop_.quit();
@@ -149,22 +191,24 @@ void SwayInput::finish() {
 
 platform::OSStatus SwayInput::registerHotKey(HotKeyNumber number, std::uint32_t keyCode,
                                              std::uint32_t modifiers) {
-    const auto answer = std::make_shared<std::promise<platform::OSStatus>>();
-    std::future<platform::OSStatus> status = answer->get_future();
+    const auto answer = std::make_shared<StatusAnswer>();
+    std::future<platform::OSStatus> status = answer->future();
     loop_.post([this, answer, number, keyCode, modifiers] {
         if (session_) {
-            session_->hotKeys().add(
-                number, keyCode, modifiers,
-                [answer](platform::OSStatus result) { answer->set_value(result); });
-        } else {
-            answer->set_value(platform::eventInternalErr);
+            session_->hotKeys().add(number, keyCode, modifiers,
+                                    [answer](platform::OSStatus result) { answer->give(result); });
         }
     });
     if (isConnected_ && status.wait_for(swayTimeout) == std::future_status::ready) {
-        return status.get();
+        const platform::OSStatus result = status.get();
+        if (result == platform::noErr) {
+            loop_.post([this, number, modifiers] { hotKeys_[number] = modifiers; });
+        }
+        return result;
     }
     // Sway may still make the binding, after everybody has forgotten it.
     loop_.post([this, number] {
+        hotKeys_.erase(number);
         if (session_) {
             session_->hotKeys().remove(number, [] {});
         }
@@ -176,6 +220,7 @@ void SwayInput::unregisterHotKey(HotKeyNumber number) {
     const auto answer = std::make_shared<std::promise<void>>();
     const std::future<void> isDone = answer->get_future();
     loop_.post([this, answer, number] {
+        hotKeys_.erase(number);
         if (session_) {
             session_->hotKeys().remove(number, [answer] { answer->set_value(); });
         } else {

@@ -2,8 +2,10 @@
 #pragma once
 
 #include <atomic>
+#include <cstdint>
 #include <functional>
 #include <future>
+#include <map>
 #include <memory>
 #include <mutex>
 #include <optional>
@@ -16,6 +18,7 @@
 #include "platform/linux/input/HotKeyMeans.h"
 #include "platform/linux/input/TypingMeans.h"
 #include "platform/linux/loop/PollLoop.h"
+#include "platform/linux/loop/Reconnection.h"
 #include "platform/linux/sway/SwaySession.h"
 #include "platform/linux/wayland/WindowFocus.h"
 
@@ -29,7 +32,8 @@ namespace tarvik::linuxdesktop {
 class SwayInput final : public HotKeyMeans, public TypingMeans, public FrontMeans {
   public:
     /// Connects to the Sway that SWAYSOCK names, for which it waits 1 s at the most. A Sway that
-    /// answers later is used from then on. The references outlive the object.
+    /// answers later is used from then on. A Sway that ends a connection is connected to again,
+    /// and gets the hotkeys that were registered. The references outlive the object.
     SwayInput(platform::MainQueue& mainQueue, platform::Log& log,
               std::weak_ptr<HotKeyListener> listener);
     /// Ends the thread and removes the bindings. Text that was taken before is typed first, as far
@@ -58,10 +62,13 @@ class SwayInput final : public HotKeyMeans, public TypingMeans, public FrontMean
     std::optional<platform::ProcessIdentifier> chooseTarget() override;
 
   private:
+    // The operations from here on are for the loop's thread.
     void run();
-    SwaySession::Events events(const std::shared_ptr<std::promise<void>>& ready);
-    void refuse(const std::string& reason);
-    void lose(const std::string& reason);
+    void begin(std::unique_ptr<SwayConnection> connection);
+    bool connectAgain();
+    SwaySession::Events events();
+    void handleReady(const std::string& typingRefusal);
+    void handleLoss(const std::string& reason);
     void finish();
     void tellListener(std::function<void(HotKeyListener&)> event);
 
@@ -71,6 +78,7 @@ class SwayInput final : public HotKeyMeans, public TypingMeans, public FrontMean
     const std::shared_ptr<const std::weak_ptr<HotKeyListener>> listener_;
     PollLoop loop_;
     Deadline endDeadline_{loop_};
+    Reconnection reconnection_;
     std::atomic<bool> isConnected_ = false;
     // Of the last chooseTarget(). Main thread only.
     WindowFocus::Window target_;
@@ -79,8 +87,13 @@ class SwayInput final : public HotKeyMeans, public TypingMeans, public FrontMean
     WindowFocus::Window front_;
     std::optional<std::string> refusal_;
     std::optional<std::string> typingRefusal_;
+    std::promise<void> firstAnswer_;
+    // From here on for the loop's thread.
     std::unique_ptr<SwaySession> session_;
     bool hasAnswered_ = false;
+    bool isLost_ = false;
+    // The registered hotkeys with their modifiers, for the next session.
+    std::map<HotKeyNumber, std::uint32_t> hotKeys_;
     std::thread thread_;
 };
 

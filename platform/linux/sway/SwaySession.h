@@ -28,7 +28,7 @@ class SwaySession {
         SwayWindows::OnFront onFront;
         /// Sway has answered. With a text, nothing can be typed, and the text says why.
         std::function<void(const std::string& typingRefusal)> onReady;
-        /// Sway is gone, or has ended one of the connections.
+        /// Sway is gone, or has ended one of the connections. May be called for each of them.
         std::function<void(const std::string& reason)> onLost;
     };
 

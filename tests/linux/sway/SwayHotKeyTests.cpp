@@ -31,6 +31,14 @@ class SwayHotKeys : public SwayFixture, public testing::Test {
         input.emplace(mainQueue, log);
         recorder.emplace(input->eventManager());
     }
+    void expectNoBindings() {
+        for (const char* combination : {"Mod1+space", "Mod1+Shift+space"}) {
+            for (const char* form : {"", "--release "}) {
+                const std::string answer = user.run(std::string("unbindsym ") + form + combination);
+                EXPECT_NE(answer.find("Could not find binding"), std::string::npos) << answer;
+            }
+        }
+    }
     // Holds the hotkey for a time that brings nothing but the press.
     void holdFor(std::chrono::milliseconds time) {
         ASSERT_EQ(recorder->add(hold, 1), noErr);
@@ -177,13 +185,30 @@ TEST_F(SwayHotKeys, TheBindingsAreGoneAtTheEnd) {
     ASSERT_EQ(recorder->add(toggle, 2), noErr);
     recorder.reset();
     input.reset();
-    for (const char* combination : {"Mod1+space", "Mod1+Shift+space"}) {
-        for (const char* form : {"", "--release "}) {
-            const std::string answer = user.run(std::string("unbindsym ") + form + combination);
-            EXPECT_NE(answer.find("Could not find binding"), std::string::npos) << answer;
-        }
-    }
+    expectNoBindings();
     input.emplace(mainQueue, log);
+}
+
+// The application lives on for a while when it restarts during a recording.
+TEST_F(SwayHotKeys, AnotherInstanceHasTheHotkeysOnceTheFirstHasUnregisteredThem) {
+    ASSERT_EQ(recorder->add(hold, 1), noErr);
+    ASSERT_EQ(recorder->add(toggle, 2), noErr);
+    recorder.reset();
+    linuxdesktop::DesktopInput second(mainQueue, log);
+    HotKeyRecorder other(second.eventManager());
+    EXPECT_EQ(other.add(hold, 1), noErr);
+    EXPECT_EQ(other.add(toggle, 2), noErr);
+    pressHold();
+    releaseHold();
+    EXPECT_TRUE(becomes(other, "P1R1"));
+}
+
+TEST_F(SwayHotKeys, AHotkeyThatTheUserHasKeepsNoOtherInstanceAway) {
+    user.configure("bindsym Mod1+space nop own binding");
+    ASSERT_EQ(recorder->add(hold, 1), eventHotKeyExistsErr);
+    linuxdesktop::DesktopInput second(mainQueue, log);
+    HotKeyRecorder other(second.eventManager());
+    EXPECT_EQ(other.add(toggle, 2), noErr);
 }
 
 TEST_F(SwayHotKeys, AnotherInstanceIsRefusedWhileTheFirstHasBindings) {
@@ -199,26 +224,67 @@ TEST_F(SwayHotKeys, AnotherInstanceIsRefusedWhileTheFirstHasBindings) {
     EXPECT_TRUE(becomes(*recorder, "P1R1"));
 }
 
-TEST_F(SwayHotKeys, WhatAKilledInstanceLeavesIsTakenOver) {
-    recorder.reset();
-    input.reset();
-    const pid_t child = fork();
-    if (child == 0) {
+enum class Step { nothing, oneHotkey, bothHotkeys, hold, oneUnregistered, allUnregistered };
+
+class SwayHotKeysOfAKilledInstance : public SwayHotKeys, public testing::WithParamInterface<Step> {
+  protected:
+    // Goes as far as `step`, in a process of its own.
+    static void killAt(Step step) {
         RealTimeQueue queue;
         RecordingLog ownLog;
         linuxdesktop::DesktopInput killed(queue, ownLog);
         HotKeyRecorder events(killed.eventManager());
-        _exit(events.add(hold, 1) == noErr ? 7 : 1);
+        platform::EventHotKeyRef first = nullptr;
+        platform::EventHotKeyRef second = nullptr;
+        bool isThere = true;
+        if (step >= Step::oneHotkey) {
+            isThere = events.add(hold, 1, &first) == noErr;
+        }
+        if (step >= Step::bothHotkeys) {
+            isThere = isThere && events.add(toggle, 2, &second) == noErr;
+        }
+        SwayUser ownUser;
+        if (step == Step::hold) {
+            ownUser.press(SwayUser::altKey);
+            ownUser.press(SwayUser::spaceKey);
+            isThere = isThere && queue.runUntil([&] { return events.events == "P1"; });
+        }
+        if (step >= Step::oneUnregistered) {
+            isThere = isThere && events.remove(first) == noErr;
+        }
+        if (step == Step::allUnregistered) {
+            isThere = isThere && events.remove(second) == noErr;
+        }
+        if (isThere) {
+            kill(getpid(), SIGKILL);
+        }
+        _exit(1);
+    }
+};
+
+TEST_P(SwayHotKeysOfAKilledInstance, LeaveNothingBehindLongerThanUntilTheNextStart) {
+    recorder.reset();
+    input.reset();
+    const pid_t child = fork();
+    if (child == 0) {
+        killAt(GetParam());
     }
     int status = 0;
     waitpid(child, &status, 0);
-    ASSERT_EQ(WEXITSTATUS(status), 7);
+    ASSERT_TRUE(WIFSIGNALED(status));
     restart();
     ASSERT_EQ(recorder->add(hold, 1), noErr);
+    ASSERT_EQ(recorder->add(toggle, 2), noErr);
     pressHold();
     releaseHold();
     EXPECT_TRUE(becomes(*recorder, "P1R1"));
+    recorder.reset();
+    expectNoBindings();
 }
+
+INSTANTIATE_TEST_SUITE_P(Steps, SwayHotKeysOfAKilledInstance,
+                         testing::Values(Step::nothing, Step::oneHotkey, Step::bothHotkeys,
+                                         Step::hold, Step::oneUnregistered, Step::allUnregistered));
 
 TEST_F(SwayHotKeys, APressIsHeardAtOnce) {
     ASSERT_EQ(recorder->add(hold, 1), noErr);
@@ -241,7 +307,11 @@ TEST_F(SwayHotKeys, APressIsHeardAtOnce) {
 
 class SwayHolds : public SwayHotKeys {
   protected:
+    using Clock = std::chrono::steady_clock;
+
     std::mt19937 random{static_cast<unsigned>(std::random_device()())};
+    // How long after the first of its keys went up each hold has ended.
+    std::vector<Clock::duration> delays;
 
     int number(int limit) { return std::uniform_int_distribution(0, limit - 1)(random); }
 
@@ -250,6 +320,9 @@ class SwayHolds : public SwayHotKeys {
         Keys others{SwayUser::aKey, SwayUser::shiftKey, SwayUser::controlKey};
         std::shuffle(others.begin(), others.end(), random);
         Keys down{SwayUser::altKey, SwayUser::spaceKey};
+        std::optional<Clock::time_point> keyUpTime;
+        Clock::time_point endTime;
+        recorder->onEvent = [&endTime] { endTime = Clock::now(); };
         pressHold();
         ASSERT_TRUE(becomes(*recorder, "P1"));
         for (int i = 0, count = number(3); i < count; ++i) {
@@ -264,10 +337,16 @@ class SwayHolds : public SwayHotKeys {
         std::shuffle(down.begin(), down.end(), random);
         for (const std::uint32_t key : down) {
             mainQueue.runFor(std::chrono::milliseconds(number(20)));
+            if (!keyUpTime && (key == SwayUser::altKey || key == SwayUser::spaceKey)) {
+                keyUpTime = Clock::now();
+            }
             user.release(key);
         }
         EXPECT_TRUE(becomes(*recorder, "P1R1"));
+        recorder->onEvent = nullptr;
         recorder->events.clear();
+        // Another key may have ended the hold before.
+        delays.push_back(std::max(endTime - *keyUpTime, Clock::duration::zero()));
     }
 
     void holdOften(int count) {
@@ -277,7 +356,11 @@ class SwayHolds : public SwayHotKeys {
             holdOnce();
         }
         user.run("input type:keyboard repeat_delay 600");
+        std::ranges::sort(delays);
+        RecordProperty("medianMilliseconds", milliseconds(delays[delays.size() / 2]));
+        RecordProperty("maxMilliseconds", milliseconds(delays.back()));
     }
+    static int milliseconds(Clock::duration time) { return static_cast<int>(time / 1ms); }
 };
 
 TEST_F(SwayHolds, EveryHoldEndsInWhicheverOrderKeysGoUp) {
@@ -286,6 +369,8 @@ TEST_F(SwayHolds, EveryHoldEndsInWhicheverOrderKeysGoUp) {
 
 TEST_F(SwayHolds, SoakOfManyHolds) {
     holdOften(1000);
+    EXPECT_EQ(delays.size(), 1000U);
+    EXPECT_LE(delays.back(), 300ms);
 }
 
 }  // namespace

@@ -1,0 +1,72 @@
+// SPDX-License-Identifier: MIT
+
+#include "tests/linux/sway/RestartedSway.h"
+
+#include <chrono>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <stdexcept>
+#include <thread>
+#include <vector>
+
+namespace tarvik::tests {
+
+namespace {
+
+using namespace std::chrono_literals;
+
+constexpr auto startTimeout = 20s;
+
+}  // namespace
+
+RestartedSway::RestartedSway() {
+    std::ofstream(folder_.path() / "config") << "xwayland disable\n"
+                                                "seat seat0 fallback true\n"
+                                                "focus_on_window_activation focus\n";
+    setVariable("XDG_RUNTIME_DIR", folder_.path());
+    setVariable("SWAYSOCK", folder_.path() / "sway.sock");
+    setVariable("WAYLAND_DISPLAY", "wayland-1");
+    setVariable("TARVIK_SWAY_CONFIG", folder_.path() / "config");
+}
+
+RestartedSway::~RestartedSway() {
+    for (const auto& [name, value] : variablesBefore_) {
+        if (value) {
+            setenv(name.c_str(), value->c_str(), 1);
+        } else {
+            unsetenv(name.c_str());
+        }
+    }
+}
+
+void RestartedSway::setVariable(const std::string& name, const std::string& value) {
+    const char* before = std::getenv(name.c_str());
+    variablesBefore_[name] = before != nullptr ? std::optional<std::string>(before) : std::nullopt;
+    setenv(name.c_str(), value.c_str(), 1);
+}
+
+void RestartedSway::start() {
+    // Sway takes SWAYSOCK for its own socket only while there is no such file.
+    std::filesystem::remove(folder_.path() / "sway.sock");
+    sway_.emplace(std::vector<std::string>{"env", "-u", "WAYLAND_DISPLAY", "WLR_BACKENDS=headless",
+                                           "WLR_LIBINPUT_NO_DEVICES=1", "WLR_RENDERER=pixman",
+                                           "sway", "-c", folder_.path() / "config"},
+                  TestProcess::Options{{}, TestProcess::ErrorOutput::dropped});
+    const auto deadline = std::chrono::steady_clock::now() + startTimeout;
+    while (TestProcess::run({"swaymsg", "-t", "get_version"},
+                            TestProcess::Options{{}, TestProcess::ErrorOutput::dropped})
+               .status != 0) {
+        if (std::chrono::steady_clock::now() > deadline) {
+            throw std::runtime_error("Sway does not start");
+        }
+        std::this_thread::sleep_for(20ms);
+    }
+}
+
+void RestartedSway::end() {
+    sway_->send(SIGTERM);
+    sway_->waitForEnd();
+}
+
+}  // namespace tarvik::tests

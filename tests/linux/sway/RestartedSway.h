@@ -1,0 +1,39 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <csignal>
+#include <map>
+#include <optional>
+#include <string>
+
+#include "tests/support/TemporaryFolder.h"
+#include "tests/support/TestProcess.h"
+
+namespace tarvik::tests {
+
+/// A Sway of a test's own, which always has the same sockets. The environment names the sockets
+/// while the object lives.
+class RestartedSway {
+  public:
+    RestartedSway();
+    ~RestartedSway();
+    RestartedSway(const RestartedSway&) = delete;
+    RestartedSway& operator=(const RestartedSway&) = delete;
+
+    /// Starts Sway and waits until it answers.
+    void start();
+    /// Kills Sway, which leaves its sockets behind.
+    void kill() { sway_->kill(); }
+    /// Has Sway end by itself.
+    void end();
+    void stop() { sway_->send(SIGSTOP); }
+
+  private:
+    void setVariable(const std::string& name, const std::string& value);
+
+    TemporaryFolder folder_;
+    std::map<std::string, std::optional<std::string>> variablesBefore_;
+    std::optional<TestProcess> sway_;
+};
+
+}  // namespace tarvik::tests
