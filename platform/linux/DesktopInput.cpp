@@ -16,6 +16,7 @@
 #include "platform/linux/input/TypingMeans.h"
 #ifdef TARVIK_HAS_WAYLAND
 #include "platform/linux/sway/SwayInput.h"
+#include "platform/linux/wayland/WaylandInput.h"
 #endif
 #ifdef TARVIK_HAS_X11
 #include "platform/linux/x11/X11Input.h"
@@ -34,6 +35,7 @@ struct Session {
     std::shared_ptr<const AccessibilityState> accessibility;
 #ifdef TARVIK_HAS_WAYLAND
     std::shared_ptr<SwayInput> sway = {};
+    std::shared_ptr<WaylandInput> wayland = {};
 #endif
 #ifdef TARVIK_HAS_X11
     std::shared_ptr<X11Input> x11 = {};
@@ -69,6 +71,31 @@ Opened<Means> openSway(Session& session) {
                               ? "Sway offers it"
                               : "Sway has not answered yet, and is used once it does"};
 }
+
+std::optional<std::string> refusalOfWayland(Session& session) {
+    if (!session.wayland) {
+        session.wayland = std::make_shared<WaylandInput>(
+            session.mainQueue, session.log,
+            session.accessibility ? std::make_shared<AtspiFront>(session.accessibility) : nullptr);
+    }
+    return session.wayland->refusal();
+}
+
+Opened<HotKeyMeans> refuseWaylandHotKeys(Session& session) {
+    return {nullptr, refusalOfWayland(session).value_or(
+                         "the compositor offers none, but its own bindings can call the actions "
+                         "press and release")};
+}
+
+template <typename Means>
+Opened<Means> openWayland(Session& session) {
+    if (const auto refusal = refusalOfWayland(session)) {
+        return {nullptr, *refusal};
+    }
+    return {session.wayland, session.wayland->isAvailable()
+                                 ? "the compositor offers it"
+                                 : "the compositor has not answered yet, and is used once it does"};
+}
 #endif
 
 #ifdef TARVIK_HAS_X11
@@ -97,12 +124,13 @@ Opened<FrontMeans> openAtspi(Session& session) {
                 : "programs do not report their windows yet, and it is used once they do"};
 }
 
-// Tried in this order. A technology that was left out of the build is in no table. Sway stands
-// before X11, since the question to X11 would start the X server of a Sway session.
+// Tried in this order. A technology that was left out of the build is in no table. Sway and Wayland
+// stand before X11, since the question to X11 would start the X server of a Wayland session.
 
 const std::vector<Choice<HotKeyMeans>> hotKeyChoices{
 #ifdef TARVIK_HAS_WAYLAND
     {"Sway", &openSway<HotKeyMeans>},
+    {"Wayland", &refuseWaylandHotKeys},
 #endif
 #ifdef TARVIK_HAS_X11
     {"XInput 2", &openX11<HotKeyMeans>},
@@ -112,6 +140,7 @@ const std::vector<Choice<HotKeyMeans>> hotKeyChoices{
 const std::vector<Choice<TypingMeans>> typingChoices{
 #ifdef TARVIK_HAS_WAYLAND
     {"a virtual keyboard in Sway", &openSway<TypingMeans>},
+    {"a virtual keyboard in Wayland", &openWayland<TypingMeans>},
 #endif
 #ifdef TARVIK_HAS_X11
     {"XTEST", &openX11<TypingMeans>},
@@ -121,6 +150,7 @@ const std::vector<Choice<TypingMeans>> typingChoices{
 const std::vector<Choice<FrontMeans>> frontChoices{
 #ifdef TARVIK_HAS_WAYLAND
     {"Sway", &openSway<FrontMeans>},
+    {"Wayland and AT-SPI", &openWayland<FrontMeans>},
 #endif
 #ifdef TARVIK_HAS_X11
     {"the X server", &openX11<FrontMeans>},

@@ -1,6 +1,6 @@
 # SPDX-License-Identifier: MIT
 
-"""A private Wayland desktop: Sway without a screen, and its X server for X programs."""
+"""Private Wayland desktops: Sway without a screen, and its X server for X programs; labwc."""
 
 import os
 import pwd
@@ -12,8 +12,28 @@ CONFIG = """
 xwayland {xwayland}
 seat seat0 fallback true
 focus_on_window_activation focus
-exec printf '%s\\n' "$DISPLAY" "$WAYLAND_DISPLAY" "$SWAYSOCK" > {names}.new && mv {names}.new {names}
+exec {tell}
 """
+# Bindings of the user's own.
+BINDINGS = """
+bindsym --no-repeat Mod1+space exec {dictate} press
+bindsym --release Mod1+space exec {dictate} release
+"""
+LABWC_CONFIG = """<?xml version="1.0"?>
+<labwc_config>
+  <keyboard>
+    <keybind key="A-space"><action name="Execute" command="{dictate} toggle"/></keybind>
+  </keyboard>
+</labwc_config>
+"""
+DICTATE = """#!/bin/sh
+exec gdbus call --address unix:path={bus} --dest com.tarvik.dictate \\
+    --object-path /com/tarvik/dictate \\
+    --method org.freedesktop.Application.ActivateAction "$1" [] {{}}
+"""
+# What a compositor runs when it is ready.
+TELL = """printf '%s\\n' "$DISPLAY" "$WAYLAND_DISPLAY" "$SWAYSOCK" > {names}.new && mv {names}.new {names}"""
+HEADLESS = {"WLR_BACKENDS": "headless", "WLR_LIBINPUT_NO_DEVICES": "1", "WLR_RENDERER": "pixman"}
 
 
 def become_ordinary_user():
@@ -27,7 +47,8 @@ def become_ordinary_user():
 
 
 class SwayDesktop(Desktop):
-    """`tells` is whether programs are told where to reach Sway itself, as those that Sway starts are.
+    """`tells` is whether programs are told where to reach Sway itself, as those that Sway starts are. If
+    they are not, bindings of the user's own call the application.
     `xwayland` is a value of Sway's command of the same name."""
 
     def __init__(self, tells=True, xwayland="disable", **options):
@@ -38,16 +59,42 @@ class SwayDesktop(Desktop):
     def _start_x_server(self):
         self.config = self.folder / "sway.conf"
         names = self.folder / "displays"
-        self.config.write_text(CONFIG.format(names=names, xwayland=self.xwayland))
-        sway = self.spawn(
-            ["sway", "-c", str(self.config)],
-            env=self.environment | {"WLR_BACKENDS": "headless", "WLR_LIBINPUT_NO_DEVICES": "1",
-                                    "WLR_RENDERER": "pixman"})
-        wait_for(names.exists, "Sway", process=sway)
-        display, wayland_display, socket = names.read_text().splitlines()
-        self.environment |= {"WAYLAND_DISPLAY": wayland_display, "XDG_SESSION_TYPE": "wayland",
-                             "XDG_CURRENT_DESKTOP": "sway"}
-        if display:
-            self.environment["DISPLAY"] = display
+        bindings = "" if self.tells else BINDINGS.format(dictate=self._dictate_script())
+        self.config.write_text(
+            CONFIG.format(tell=TELL.format(names=names), xwayland=self.xwayland) + bindings)
+        socket = self._start_compositor(["sway", "-c", str(self.config)], names)
         if self.tells:
             self.environment |= {"SWAYSOCK": socket, "TARVIK_SWAY_CONFIG": str(self.config)}
+
+    def _dictate_script(self):
+        """A program that calls an action of the application."""
+        script = self.folder / "dictate"
+        script.write_text(DICTATE.format(bus=self.folder / "runtime" / "bus"))
+        script.chmod(0o755)
+        return script
+
+    def _start_compositor(self, command, names):
+        """Starts a compositor that writes its displays into the file `names`; returns the path of its
+        own socket, which is empty without one."""
+        compositor = self.spawn(command, env=self.environment | HEADLESS)
+        wait_for(names.exists, command[0], process=compositor)
+        display, wayland_display, socket = names.read_text().splitlines()
+        self.environment |= {"WAYLAND_DISPLAY": wayland_display, "XDG_SESSION_TYPE": "wayland",
+                             "XDG_CURRENT_DESKTOP": command[0]}
+        if display:
+            self.environment["DISPLAY"] = display
+        return socket
+
+
+class LabwcDesktop(SwayDesktop):
+    """labwc, a compositor with the protocols of wlroots and without a socket of its own."""
+
+    def _start_x_server(self):
+        names = self.folder / "displays"
+        tell = self.folder / "tell"
+        tell.write_text("#!/bin/sh\n" + TELL.format(names=names) + "\n")
+        tell.chmod(0o755)
+        config = self.folder / "config" / "labwc" / "rc.xml"
+        config.parent.mkdir()
+        config.write_text(LABWC_CONFIG.format(dictate=self._dictate_script()))
+        self._start_compositor(["labwc", "-s", str(tell)], names)

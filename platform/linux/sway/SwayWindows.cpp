@@ -89,19 +89,23 @@ void SwayWindows::remember(Window window) {
     }
 }
 
-std::int64_t SwayWindows::windowOf(platform::ProcessIdentifier process, std::int64_t wanted) const {
+std::int64_t SwayWindows::windowOf(std::optional<platform::ProcessIdentifier> process,
+                                   std::int64_t wanted) const {
     const auto belongs = [&](std::int64_t number) {
         return std::ranges::any_of(tree_.windows(), [&](const Window& window) {
-            return window.number == number && window.process == process;
+            return window.number == number && (!process || window.process == *process);
         });
     };
     if (belongs(wanted)) {
         return wanted;
     }
+    if (!process) {
+        return 0;
+    }
     if (const auto recent = std::ranges::find_if(history_, belongs); recent != history_.end()) {
         return *recent;
     }
-    const auto any = std::ranges::find(tree_.windows(), process, &Window::process);
+    const auto any = std::ranges::find(tree_.windows(), *process, &Window::process);
     return any != tree_.windows().end() ? any->number : 0;
 }
 

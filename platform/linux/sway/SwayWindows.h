@@ -32,7 +32,8 @@ class SwayWindows final : public WindowFocus {
     void ask(std::function<void()> onKnown) override;
     Window front() const override { return tree_.focused(); }
     std::uint64_t changeCount() const override { return changeCount_; }
-    std::int64_t windowOf(platform::ProcessIdentifier process, std::int64_t wanted) const override;
+    std::int64_t windowOf(std::optional<platform::ProcessIdentifier> process,
+                          std::int64_t wanted) const override;
     void activate(std::int64_t window) override;
     void giveBack() override;
 

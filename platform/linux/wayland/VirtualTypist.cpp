@@ -92,9 +92,9 @@ void VirtualTypist::findTarget() {
 
 bool VirtualTypist::isInFront() const {
     const Item& item = items_.front();
-    const WindowFocus::Window front = focus_.front();
-    return !item.text.process || (front.process == *item.text.process &&
-                                  front.number == focus_.windowOf(front.process, item.window));
+    const std::int64_t front = focus_.front().number;
+    return !item.hasTarget() ||
+           (front != 0 && front == focus_.windowOf(item.text.process, item.window));
 }
 
 void VirtualTypist::lookAtFocus() {
@@ -129,12 +129,15 @@ void VirtualTypist::leaveOutWideCharacters() {
 }
 
 void VirtualTypist::activateTarget() {
-    const platform::ProcessIdentifier process = *current().text.process;
+    const auto process = current().text.process;
     const std::int64_t window = focus_.windowOf(process, current().window);
     if (window == 0) {
-        fail("process " + std::to_string(process) + " has no window");
+        fail(process ? "process " + std::to_string(*process) + " has no window"
+                     : "the window is gone");
     } else if (isLate()) {
-        fail("the window of process " + std::to_string(process) + " does not come to the front");
+        fail(std::string("the window ") +
+             (process ? "of process " + std::to_string(*process) + " " : "") +
+             "does not come to the front");
     } else {
         hasActivated_ = true;
         focus_.activate(window);
@@ -188,7 +191,7 @@ void VirtualTypist::sendBurst() {
 }
 
 void VirtualTypist::checkBurst(std::uint64_t changesBefore, std::size_t length) {
-    if (current().text.process &&
+    if (current().hasTarget() &&
         (focus_.changeCount() != changesBefore || focus_.front().number != target_.number)) {
         report("may have gone to another window, since the keyboard did", length);
     }

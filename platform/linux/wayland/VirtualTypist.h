@@ -34,8 +34,9 @@ class VirtualTypist {
     VirtualTypist& operator=(const VirtualTypist&) = delete;
 
     /// Types `text` after every text before it. A text for a process goes to `window`, or to any
-    /// window of the process where `window` is 0 or gone. `onTyped` is called once, in this or a
-    /// later turn: the text has been read by its target, or is lost.
+    /// window of the process where `window` is 0 or gone. A text without a process goes to `window`
+    /// or nowhere, and where `window` is 0, to whatever has the keyboard. `onTyped` is called once,
+    /// in this or a later turn: the text has been read by its target, or is lost.
     void type(TypedText text, std::int64_t window, std::function<void()> onTyped);
 
     /// Calls `onIdle` once, when no text is left.
@@ -52,6 +53,9 @@ class VirtualTypist {
         std::function<void()> onTyped;
         // How many characters have been typed.
         std::size_t position = 0;
+
+        // Whether only one window or process may get the text.
+        bool hasTarget() const { return text.process || window != 0; }
     };
 
     void beginNext();

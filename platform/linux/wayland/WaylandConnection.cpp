@@ -12,16 +12,29 @@
 
 namespace tarvik::linuxdesktop {
 
+namespace {
+
+const char* displayName() {
+    const char* name = std::getenv("WAYLAND_DISPLAY");
+    return name != nullptr ? name : "wayland-0";
+}
+
+}  // namespace
+
 Result<std::unique_ptr<WaylandConnection>> WaylandConnection::open() {
     wl_display* display = wl_display_connect(nullptr);
     if (display == nullptr) {
         const int number = errno;
-        const char* name = std::getenv("WAYLAND_DISPLAY");
-        return Error{number, std::string("no Wayland compositor at ") +
-                                 (name != nullptr ? name : "wayland-0") + ": " +
+        return Error{number, std::string("no Wayland compositor at ") + displayName() + ": " +
                                  std::generic_category().message(number)};
     }
     return std::unique_ptr<WaylandConnection>(new WaylandConnection(display));
+}
+
+std::filesystem::path WaylandConnection::socketPath() {
+    const char* runtime = std::getenv("XDG_RUNTIME_DIR");
+    // An absolute name stays as it is.
+    return std::filesystem::path(runtime != nullptr ? runtime : "") / displayName();
 }
 
 WaylandConnection::~WaylandConnection() {

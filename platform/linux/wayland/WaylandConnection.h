@@ -4,6 +4,7 @@
 #include <wayland-client.h>
 
 #include <cstdint>
+#include <filesystem>
 #include <functional>
 #include <map>
 #include <memory>
@@ -20,6 +21,8 @@ class WaylandConnection {
   public:
     /// Connects to the compositor that WAYLAND_DISPLAY names. An error when nobody listens there.
     static Result<std::unique_ptr<WaylandConnection>> open();
+    /// The socket to which open() connects.
+    static std::filesystem::path socketPath();
     ~WaylandConnection();
     WaylandConnection(const WaylandConnection&) = delete;
     WaylandConnection& operator=(const WaylandConnection&) = delete;

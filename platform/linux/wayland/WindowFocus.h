@@ -13,7 +13,7 @@ namespace tarvik::linuxdesktop {
 /// typing do not. Loop thread only.
 class WindowFocus {
   public:
-    /// A window and its process. 0 stands for none.
+    /// A window and its process. 0 stands for none, or for one that is not known.
     struct Window {
         std::int64_t number = 0;
         platform::ProcessIdentifier process = 0;
@@ -33,8 +33,9 @@ class WindowFocus {
     /// How often the keyboard has gone to another window so far.
     virtual std::uint64_t changeCount() const = 0;
     /// `wanted` where `process` has such a window, or else the window of the process that was in
-    /// front last. 0 if the process has no window.
-    virtual std::int64_t windowOf(platform::ProcessIdentifier process,
+    /// front last. 0 if the process has no window. Without a process, `wanted` where such a window
+    /// exists, or else 0.
+    virtual std::int64_t windowOf(std::optional<platform::ProcessIdentifier> process,
                                   std::int64_t wanted) const = 0;
 
     /// Gives the keyboard to a window, on whichever workspace it is. The compositor may refuse.

@@ -1,9 +1,13 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include <gtest/gtest.h>
+
+#include <memory>
 #include <optional>
 
 #include "platform/linux/DesktopInput.h"
+#include "platform/linux/accessibility/AccessibilityWorker.h"
 #include "tests/conformance/input/InputWorld.h"
 #include "tests/linux/x11/X11Target.h"
 #include "tests/support/RealTimeQueue.h"
@@ -50,7 +54,9 @@ class LinuxInputWorld : public InputWorld {
 
     void startPrograms() override {
         first_.emplace(X11Target::Kind::gtk3Entry, mainQueue_);
+        beginRecording(first_->process());
         second_.emplace(X11Target::Kind::gtk3Entry, mainQueue_);
+        beginRecording(second_->process());
     }
     platform::ProcessIdentifier processOf(Program program) override {
         return program == Program::first ? first_->process() : second_->process();
@@ -67,12 +73,24 @@ class LinuxInputWorld : public InputWorld {
     }
 
   protected:
+    explicit LinuxInputWorld(
+        const std::shared_ptr<linuxdesktop::AccessibilityWorker>& worker = nullptr)
+        : input_(mainQueue_, log_,
+                 worker ? std::shared_ptr<const linuxdesktop::AccessibilityState>(worker,
+                                                                                  &worker->state())
+                        : nullptr) {}
+
     RealTimeQueue mainQueue_;
     RecordingLog log_;
     User user_;
 
   private:
-    linuxdesktop::DesktopInput input_{mainQueue_, log_};
+    // As a recording does, with the program in front.
+    void beginRecording(platform::ProcessIdentifier process) {
+        EXPECT_TRUE(runUntil([&] { return input_.chooseTarget() == process; }));
+    }
+
+    linuxdesktop::DesktopInput input_;
     std::optional<X11Target> first_;
     std::optional<X11Target> second_;
 };

@@ -4,13 +4,16 @@
 #include <gtest/gtest.h>
 
 #include <chrono>
+#include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include "base/Text.h"
 #include "platform/linux/DesktopInput.h"
+#include "platform/linux/accessibility/AccessibilityWorker.h"
 #include "tests/conformance/input/HotKeyRecorder.h"
 #include "tests/linux/sway/SwayUser.h"
 #include "tests/linux/x11/X11Target.h"
@@ -19,9 +22,13 @@
 
 namespace tarvik::tests {
 
-/// The input of a Sway session.
+/// The input of a Sway session, or of another session with the same keyboard and programs.
 class SwayFixture {
   protected:
+    explicit SwayFixture(
+        std::shared_ptr<linuxdesktop::AccessibilityWorker> accessibilityWorker = nullptr)
+        : worker(std::move(accessibilityWorker)) {}
+
     static constexpr auto hold = HotKeyRecorder::hold;
     static constexpr auto toggle = HotKeyRecorder::toggle;
 
@@ -74,10 +81,14 @@ class SwayFixture {
         }
     }
 
+    const std::shared_ptr<linuxdesktop::AccessibilityWorker> worker;
     RealTimeQueue mainQueue;
     RecordingLog log;
     SwayUser user;
-    std::optional<linuxdesktop::DesktopInput> input{std::in_place, mainQueue, log};
+    std::optional<linuxdesktop::DesktopInput> input{
+        std::in_place, mainQueue, log,
+        worker ? std::shared_ptr<const linuxdesktop::AccessibilityState>(worker, &worker->state())
+               : nullptr};
 };
 
 }  // namespace tarvik::tests

@@ -6,6 +6,7 @@
 #include <iterator>
 
 #include "tests/linux/sway/SwayFixture.h"
+#include "tests/linux/sway/TypingCorpus.h"
 #include "tests/support/TemporaryFolder.h"
 #include "tests/support/TestProcess.h"
 
@@ -16,21 +17,6 @@ namespace {
 using namespace std::chrono_literals;
 using platform::noErr;
 
-// Every kind of script, combining characters, right to left, and emoji of several characters.
-constexpr std::string_view corpus[] = {
-    "The quick brown fox: 0123456789 !\"#$%&'()*+,-./:;<=>?@[\\]^_`{|}~ ABC xyz",
-    "Zażółć gęślą jaźń – „tak”, Łódź, ŻÓŁĆ…",
-    "Größe, Übermut, ärgerlich – „Ja, heiß!“",
-    "Tiếng Việt có dấu; Tie\u0302\u0301ng",
-    "Съешь же ещё этих мягких французских булок, да выпей чаю.",
-    "Γαζέες καὶ μυρτιὲς δὲν θὰ βρῶ πιὰ",
-    "مرحبا بالعالم، كيف حالك؟",
-    "שלום עולם, מה שלומך?",
-    "こんにちは世界、日本語のテキストです。",
-    "안녕하세요 세계",
-    "Fine 👍🏽 family 👨‍👩‍👧‍👦 flag 🇵🇱 ❤️ end",
-};
-
 class SwayTypingInto : public SwayFixture, public testing::TestWithParam<X11Target::Kind> {
   protected:
     X11Target target{GetParam(), mainQueue};
@@ -39,7 +25,7 @@ class SwayTypingInto : public SwayFixture, public testing::TestWithParam<X11Targ
 
     void typeCorpus() {
         std::string expected;
-        for (const std::string_view text : corpus) {
+        for (const std::string_view text : typingCorpus) {
             type(text, target.process());
             expected += text;
             ASSERT_TRUE(becomes(target, expected));

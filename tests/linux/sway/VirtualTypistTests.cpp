@@ -36,7 +36,7 @@ class ScriptedFocus final : public WindowFocus {
     }
     Window front() const override { return {hasWindow ? 7 : 0, hasWindow ? process : 0}; }
     std::uint64_t changeCount() const override { return changes_; }
-    std::int64_t windowOf(platform::ProcessIdentifier, std::int64_t) const override {
+    std::int64_t windowOf(std::optional<platform::ProcessIdentifier>, std::int64_t) const override {
         return front().number;
     }
     void activate(std::int64_t) override {}
