@@ -10,7 +10,7 @@ from desktop import wait_for
 from target import TERMINAL_SCRIPT, Target, WidgetTarget
 
 ALT, SHIFT, SPACE = 56, 42, 57
-ESCAPE, RETURN, A, F9 = 1, 28, 30, 67
+ESCAPE, RETURN, A, B, F9 = 1, 28, 30, 48, 67
 
 
 class WaylandKeyboard:

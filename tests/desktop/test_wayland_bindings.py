@@ -1,0 +1,142 @@
+#!/usr/bin/python3
+# SPDX-License-Identifier: MIT
+"""Dictation with a compositor of which only the protocols of wlroots are known. Its own bindings call
+the application: Sway that does not tell its socket, and labwc where it is installed."""
+
+import shutil
+import unittest
+
+from accessible import ScreenReader
+from desktop import wait_for
+from dictation_test import BINARIES, DictationTest
+from microphone import Microphone
+from setup_window import RESTART
+from sway import LabwcDesktop, SwayDesktop, become_ordinary_user
+from sway_parts import A, ALT, B, SPACE, FootTarget, WaylandKeyboard
+from target import WidgetTarget
+from tray import Tray
+
+EXACT = "Zażółć – 日本語 😀, done."
+SERVED = ("typing by a virtual keyboard in Wayland: the compositor offers it",
+          "the front window by Wayland and AT-SPI: the compositor offers it",
+          "accessibility trusted → true")
+
+
+class Widget(WidgetTarget):
+    """It tells itself that it has the keyboard."""
+
+    def _find_window(self, *_):
+        pass
+
+
+class Terminal(FootTarget):
+    """Nobody tells that it has the keyboard."""
+
+    def _find_window(self, *_):
+        pass
+
+
+class AnyCompositor:
+    """The tests; a class beside it has the desktop."""
+
+    @classmethod
+    def setUpClass(cls):
+        cls.desktop = cls.enterClassContext(cls.make_desktop())
+        cls.keyboard = WaylandKeyboard(cls.desktop, BINARIES)
+        cls.addClassCleanup(cls.keyboard.close)
+        cls.microphone = Microphone(cls.desktop.fifo())
+        cls.addClassCleanup(cls.microphone.pull_out)
+        cls.tray = Tray(cls.desktop)
+        cls.addClassCleanup(cls.tray.close)
+
+    def start_application(self, service):
+        application = super().start_application(service, closes_setup=False, ready=SERVED)
+        # It comes to the front by itself.
+        reader = ScreenReader(self.desktop)
+        self.addCleanup(reader.close)
+        reader.window_with(RESTART)
+        return application
+
+    def end_application(self, application):
+        self.keyboard.release_all()
+        status = application.close()
+        if status != 0 or self.has_failed():
+            print(f"The application's log in {self.id()}:", *application.log.lines, sep="\n  ")
+        self.assertEqual(status, 0, "exit status of the application")
+
+    def start(self, target, *arguments):
+        started = target(self.desktop, *arguments)
+        self.addCleanup(started.close)
+        return started
+
+    def start_terminal(self):
+        """Starts a terminal, and types into it until it has the keyboard."""
+        terminal = self.start(Terminal)
+        wait_for(lambda: self.keyboard.tap(A) or terminal.text, "the keyboard in the terminal")
+        self.keyboard.tap(B)
+        wait_for(lambda: terminal.text.endswith("b"), "the last key in the terminal")
+        return terminal
+
+    def dictate_into(self, target, service, application):
+        before = target.text
+        number = len(service.streams) + 1
+        self.begin()
+        stream = service.stream(number)
+        stream.say(EXACT)
+        target.wait_for_text(before + EXACT, timeout=10)
+        stream.say("More.")
+        target.wait_for_text(before + EXACT + " More.", timeout=10)
+        self.end()
+        application.log.wait_for(f"stopRecording (session={number})")
+
+    def test_the_words_go_into_the_window_where_it_began(self):
+        service = self.start_scripted_service()
+        application = self.start_application(service)
+        self.dictate_into(self.start(Widget, "gtk3"), service, application)
+        self.dictate_into(self.start(Widget, "qt6"), service, application)
+        self.dictate_into(self.start_terminal(), service, application)
+
+    def test_the_words_stay_in_a_terminal_when_another_window_takes_the_keyboard(self):
+        service = self.start_scripted_service()
+        self.start_application(service)
+        terminal = self.start_terminal()
+        before = terminal.text
+        self.begin()
+        stream = service.stream(1)
+        stream.say("Here.")
+        terminal.wait_for_text(before + "Here.", timeout=10)
+        other = self.start(Widget, "gtk3")
+        stream.say("There.")
+        terminal.wait_for_text(before + "Here. There.", timeout=10)
+        self.assertEqual(other.text, "")
+
+
+class OnSwayWithoutItsSocket(AnyCompositor, DictationTest):
+    @staticmethod
+    def make_desktop():
+        return SwayDesktop(tells=False, a11y=True, audio=True)
+
+    def begin(self):
+        self.keyboard.hold()
+
+    def end(self):
+        self.keyboard.release(SPACE, ALT)
+
+
+@unittest.skipUnless(shutil.which("labwc"), "labwc is not installed")
+class OnLabwc(AnyCompositor, DictationTest):
+    """labwc binds a combination once, so that nothing is called at the release."""
+
+    @staticmethod
+    def make_desktop():
+        return LabwcDesktop(a11y=True, audio=True)
+
+    def begin(self):
+        self.keyboard.tap(ALT, SPACE)
+
+    end = begin
+
+
+if __name__ == "__main__":
+    become_ordinary_user()
+    unittest.main()
