@@ -7,6 +7,7 @@ import os
 import subprocess
 
 from desktop import wait_for
+from matrix.browsers import PageServer, chromium_command, firefox_command
 from target import TERMINAL_SCRIPT, Target, WidgetTarget
 
 ALT, SHIFT, SPACE = 56, 42, 57
@@ -106,3 +107,32 @@ class FootTarget(SwayTarget):
              "sh", "-c", TERMINAL_SCRIPT, str(self.out)])
         wait_for(lambda: os.path.exists(f"{self.out}.ready"), "the terminal", process=self.process)
         self._find_window()
+
+
+class BrowserTarget(SwayTarget):
+    """A page of a server on loopback."""
+
+    def __init__(self, desktop, command):
+        super().__init__(desktop, None)
+        self._server = PageServer(desktop.folder / "journal")
+        self.process = desktop.spawn(command(self._server.address + "/field"))
+        self._server.wait_until_ready()
+        wait_for(lambda: any(w["focused"] for w in windows(desktop)), "the browser")
+
+    @property
+    def text(self):
+        return self._server.tell("publish")
+
+    def close(self):
+        super().close()
+        self._server.close()
+
+
+def firefox(desktop):
+    return BrowserTarget(desktop, lambda address: [
+        "env", "MOZ_ENABLE_WAYLAND=1", *firefox_command(desktop, address)])
+
+
+def chromium(desktop):
+    return BrowserTarget(desktop, lambda address: chromium_command(
+        desktop, address, "--ozone-platform=wayland", "--disable-gpu"))

@@ -22,7 +22,9 @@ EXACT = "Zażółć – 日本語 😀, done."
 REGISTERED = ("hold-to-talk registered", "tap-to-toggle registered")
 
 
-class OnSway(DictationTest):
+class OnSwayTest(DictationTest):
+    """A private Sway desktop with a microphone and a keyboard, for all tests of the class."""
+
     @classmethod
     def setUpClass(cls):
         cls.desktop = cls.enterClassContext(SwayDesktop(a11y=True, audio=True))
@@ -66,6 +68,8 @@ class OnSway(DictationTest):
         self.addCleanup(target.close)
         return target
 
+
+class OnSway(OnSwayTest):
     def wait_until_heard(self, target):
         try:
             wait_for(lambda: words(target.text)[-1:] == words(SENTENCE)[-1:]

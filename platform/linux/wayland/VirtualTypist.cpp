@@ -32,6 +32,11 @@ constexpr auto borrowedFocusTimeout = 500ms;
 // In bytes, with what the kernel adds. A socket takes some 200,000.
 constexpr std::uint32_t maxBacklog = 32'000;
 
+bool isWide(char32_t character) {
+    constexpr char32_t lastNarrow = 0xFFFF;
+    return character > lastNarrow;
+}
+
 }  // namespace
 
 VirtualTypist::VirtualTypist(WaylandConnection& connection, WindowFocus& focus, EventLoop& loop,
@@ -40,6 +45,7 @@ VirtualTypist::VirtualTypist(WaylandConnection& connection, WindowFocus& focus, 
       focus_(focus),
       log_(log),
       server_(addressOfServer(connection.descriptor())),
+      loop_(loop),
       keyboard_(connection),
       delay_(loop) {
     keyboard_.setKeymap(keymap_.text());
@@ -98,34 +104,57 @@ bool VirtualTypist::isInFront() const {
 }
 
 void VirtualTypist::lookAtFocus() {
-    if (isInFront()) {
-        target_ = focus_.front();
-        leaveOutWideCharacters();
-        if (current().position == current().text.characters.size()) {
-            endText();
-        } else {
-            prepareKeymap();
-        }
-    } else {
+    if (!isInFront()) {
         activateTarget();
+        return;
+    }
+    target_ = focus_.front();
+    if (charactersLeft().empty()) {
+        endText();
+    } else if (needsInputMethod()) {
+        beginInputMethod();
+    } else {
+        prepareKeymap();
     }
 }
 
-void VirtualTypist::leaveOutWideCharacters() {
-    constexpr char32_t lastNarrow = 0xFFFF;
-    std::u32string& characters = current().text.characters;
-    const auto isWide = [](char32_t character) { return character > lastNarrow; };
-    if (target_.isX11 || std::ranges::none_of(characters, isWide) ||
-        !hasNarrowKeys(target_.process)) {
+bool VirtualTypist::needsInputMethod() const {
+    return !target_.isX11 && std::ranges::any_of(charactersLeft(), isWide) &&
+           hasNarrowKeys(target_.process);
+}
+
+void VirtualTypist::beginInputMethod() {
+    if (const std::string refusal = InputMethod::refusal(connection_); !refusal.empty()) {
+        commitByInputMethod(refusal);
         return;
     }
+    inputMethod_.emplace(connection_, loop_, [this](const std::string& refusal) {
+        // A text field may have come to the front that is not the target's.
+        focus_.ask([this, refusal] { commitByInputMethod(refusal); });
+    });
+}
+
+void VirtualTypist::commitByInputMethod(const std::string& refusal) {
+    if (!isInFront()) {
+        inputMethod_.reset();
+        findTarget();
+    } else if (refusal.empty() && inputMethod_->isActive()) {
+        inputMethod_->commit(charactersLeft());
+        verifyBurst(charactersLeft().size());
+    } else {
+        inputMethod_.reset();
+        leaveOutWideCharacters(refusal.empty() ? "its text field listens no more" : refusal);
+        lookAtFocus();
+    }
+}
+
+void VirtualTypist::leaveOutWideCharacters(const std::string& reason) {
+    std::u32string& characters = current().text.characters;
     const auto left = characters.begin() + static_cast<std::ptrdiff_t>(current().position);
     const auto end = std::remove_if(left, characters.end(), isWide);
-    if (const auto count = characters.end() - end; count > 0) {
-        characters.erase(end, characters.end());
-        report("not delivered: the program would make other characters of these",
-               static_cast<std::size_t>(count));
-    }
+    const auto count = static_cast<std::size_t>(characters.end() - end);
+    characters.erase(end, characters.end());
+    report("not delivered: the program would make other characters of these, and " + reason, count);
 }
 
 void VirtualTypist::activateTarget() {
@@ -152,8 +181,7 @@ void VirtualTypist::activateTarget() {
 }
 
 void VirtualTypist::prepareKeymap() {
-    const std::u32string_view left =
-        std::u32string_view(current().text.characters).substr(current().position);
+    const std::u32string_view left = charactersLeft();
     if (!keymap_.cover(left.substr(0, TextKeymap::fittingLength(left)))) {
         sendBurst();
     } else if (keyboard_.setKeymap(keymap_.text())) {
@@ -165,14 +193,18 @@ void VirtualTypist::prepareKeymap() {
     }
 }
 
+std::u32string_view VirtualTypist::charactersLeft() const {
+    const Item& item = items_.front();
+    return std::u32string_view(item.text.characters).substr(item.position);
+}
+
 void VirtualTypist::tap(TextKeymap::Stroke stroke) {
     keyboard_.key(stroke.key, true);
     keyboard_.key(stroke.key, false);
 }
 
 void VirtualTypist::sendBurst() {
-    const std::u32string_view left =
-        std::u32string_view(current().text.characters).substr(current().position);
+    const std::u32string_view left = charactersLeft();
     const std::size_t length = std::min(burstLength, TextKeymap::fittingLength(left));
     for (const char32_t character : left.substr(0, length)) {
         const TextKeymap::Stroke stroke = keymap_.strokeOf(character);
@@ -185,12 +217,17 @@ void VirtualTypist::sendBurst() {
     if (std::exchange(modifiers_, 0) != 0) {
         keyboard_.setModifiers(0);
     }
+    verifyBurst(length);
+}
+
+void VirtualTypist::verifyBurst(std::size_t length) {
     connection_.sync([this, changes = focus_.changeCount(), length] {
         focus_.ask([this, changes, length] { checkBurst(changes, length); });
     });
 }
 
 void VirtualTypist::checkBurst(std::uint64_t changesBefore, std::size_t length) {
+    inputMethod_.reset();
     if (current().hasTarget() &&
         (focus_.changeCount() != changesBefore || focus_.front().number != target_.number)) {
         report("may have gone to another window, since the keyboard did", length);

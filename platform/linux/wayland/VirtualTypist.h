@@ -8,10 +8,12 @@
 #include <functional>
 #include <optional>
 #include <string>
+#include <string_view>
 
 #include "platform/Log.h"
 #include "platform/linux/input/TypingMeans.h"
 #include "platform/linux/loop/EventLoop.h"
+#include "platform/linux/wayland/InputMethod.h"
 #include "platform/linux/wayland/TextKeymap.h"
 #include "platform/linux/wayland/VirtualKeyboard.h"
 #include "platform/linux/wayland/WindowFocus.h"
@@ -19,6 +21,9 @@
 namespace tarvik::linuxdesktop {
 
 /// Types texts by a virtual keyboard, one after the other. Loop thread only.
+///
+/// A text with characters that its program would cut to 16 bits goes through an input method, if
+/// the user has none and a text field listens. Otherwise those characters are left out.
 ///
 /// Keys go to whatever has the keyboard when they reach the compositor. So the focus is asked for
 /// before each burst of keys and after it. A program that reads nothing gets no more than a burst:
@@ -62,8 +67,11 @@ class VirtualTypist {
     // Each step ends with the next one, or with the end of the text.
     void findTarget();
     void lookAtFocus();
+    // For a program that cuts typed characters to 16 bits.
+    void beginInputMethod();
+    void commitByInputMethod(const std::string& refusal);
     // No character is better than a wrong one.
-    void leaveOutWideCharacters();
+    void leaveOutWideCharacters(const std::string& reason);
     void activateTarget();
     void prepareKeymap();
     void sendBurst();
@@ -75,6 +83,11 @@ class VirtualTypist {
 
     Item& current() { return items_.front(); }
     bool isInFront() const;
+    // Whether the target would make other characters of some that are left.
+    bool needsInputMethod() const;
+    std::u32string_view charactersLeft() const;
+    // After the last request of a burst of so many characters.
+    void verifyBurst(std::size_t length);
     void tap(TextKeymap::Stroke stroke);
     void report(const std::string& problem, std::size_t characters);
     void wait(std::chrono::milliseconds delay, void (VirtualTypist::*step)());
@@ -84,7 +97,10 @@ class VirtualTypist {
     WindowFocus& focus_;
     platform::Log& log_;
     const std::string server_;
+    EventLoop& loop_;
     VirtualKeyboard keyboard_;
+    // For one text, or a part of it.
+    std::optional<InputMethod> inputMethod_;
     TextKeymap keymap_;
     std::uint32_t modifiers_ = 0;
     std::deque<Item> items_;
