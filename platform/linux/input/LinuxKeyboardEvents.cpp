@@ -2,6 +2,7 @@
 
 #include "platform/linux/input/LinuxKeyboardEvents.h"
 
+#include <algorithm>
 #include <string>
 #include <utility>
 
@@ -28,8 +29,10 @@ class TypedEvent final : public platform::KeyboardEvent {
 }  // namespace
 
 LinuxKeyboardEvents::~LinuxKeyboardEvents() {
-    for (const auto& [process, units] : held_) {
-        runs_.add(process, units);
+    for (const auto& [holding, runs] : held_) {
+        for (const Run& run : runs) {
+            runs_.add(run.process, run.units);
+        }
     }
     for (TypedText& text : runs_.takeEverything()) {
         means_->type(std::move(text), {});
@@ -66,12 +69,25 @@ void LinuxKeyboardEvents::add(Target process,
     if (key == nullptr || !key->isDown() || key->units().empty()) {
         return;
     }
-    const auto held = process ? held_.find(*process) : held_.end();
-    if (held != held_.end()) {
-        held->second += key->units();
+    if (const auto held = holdOf(process); held != held_.end()) {
+        held->second.push_back({process, key->units()});
     } else {
         addRun(process, key->units());
     }
+}
+
+// A hold begins with the text that is posted next, whatever its target is. Later text stays behind
+// earlier text for the same target.
+LinuxKeyboardEvents::Held::iterator LinuxKeyboardEvents::holdOf(Target process) {
+    const auto begins =
+        std::ranges::find_if(held_, [](const auto& held) { return held.second.empty(); });
+    return begins != held_.end() ? begins : std::ranges::find_if(held_, [&](const auto& held) {
+        return held.first == process || holds(held.second, process);
+    });
+}
+
+bool LinuxKeyboardEvents::holds(const std::vector<Run>& runs, Target process) {
+    return std::ranges::any_of(runs, [&](const Run& run) { return run.process == process; });
 }
 
 void LinuxKeyboardEvents::addRun(Target process, std::u16string_view units) {
@@ -104,13 +120,27 @@ bool LinuxKeyboardEvents::hold(platform::ProcessIdentifier process) {
 }
 
 void LinuxKeyboardEvents::release(platform::ProcessIdentifier process, std::size_t units) {
-    if (const auto held = held_.extract(process); held && held.mapped().size() > units) {
-        addRun(process, std::u16string_view(held.mapped()).substr(units));
+    const auto held = held_.extract(process);
+    if (!held) {
+        return;
+    }
+    for (const Run& run : held.mapped()) {
+        const std::size_t dropped = std::min(units, run.units.size());
+        units -= dropped;
+        if (dropped < run.units.size()) {
+            addRun(run.process, std::u16string_view(run.units).substr(dropped));
+        }
     }
 }
 
+bool LinuxKeyboardEvents::isOnItsWay(Target process) const {
+    return onTheirWay_.contains(process) || runs_.contains(process) ||
+           std::ranges::any_of(held_,
+                               [&](const auto& held) { return holds(held.second, process); });
+}
+
 bool LinuxKeyboardEvents::isTypingInto(platform::ProcessIdentifier process) const {
-    return held_.contains(process) || onTheirWay_.contains(process) || runs_.contains(process);
+    return held_.contains(process) || isOnItsWay(process) || isOnItsWay(std::nullopt);
 }
 
 }  // namespace tarvik::linuxdesktop

@@ -42,19 +42,31 @@ class LinuxKeyboardEvents final : public platform::KeyboardEvents,
                    const std::shared_ptr<platform::KeyboardEvent>& event) override;
     void post(int tap, const std::shared_ptr<platform::KeyboardEvent>& event) override;
 
-    /// Keeps the text that is posted for `process` from here on. False when no means types at
-    /// present.
+    /// Keeps the text that is posted next, and all further text for `process` or for the target of
+    /// that next text. The next text may be posted without a process, where the core does not know
+    /// the process. False when no means types at present.
     bool hold(platform::ProcessIdentifier process);
-    /// Types what was kept for `process`, without the first `units` UTF-16 units.
+    /// Types what was kept since hold(), without the first `units` UTF-16 units.
     void release(platform::ProcessIdentifier process, std::size_t units);
 
-    /// Whether `process` has not yet read, and not lost, all text that was posted for it.
+    /// Whether `process` has not yet read, and not lost, all text that was posted for it. Text
+    /// without a process may be for any process.
     bool isTypingInto(platform::ProcessIdentifier process) const;
 
   private:
     using Target = std::optional<platform::ProcessIdentifier>;
 
+    struct Run {
+        Target process;
+        std::u16string units;
+    };
+    /// The runs since hold(), by its process.
+    using Held = std::map<platform::ProcessIdentifier, std::vector<Run>>;
+
     bool isAvailable() const { return means_ != nullptr && means_->isAvailable(); }
+    Held::iterator holdOf(Target process);
+    static bool holds(const std::vector<Run>& runs, Target process);
+    bool isOnItsWay(Target process) const;
     void add(Target process, const std::shared_ptr<platform::KeyboardEvent>& event);
     void addRun(Target process, std::u16string_view units);
     void handOver(std::vector<TypedText> texts);
@@ -63,7 +75,7 @@ class LinuxKeyboardEvents final : public platform::KeyboardEvents,
     platform::MainQueue& mainQueue_;
     TypedRuns runs_;
     bool isHandingOver_ = false;
-    std::map<platform::ProcessIdentifier, std::u16string> held_;
+    Held held_;
     // How many texts each process has on their way; never 0.
     std::map<Target, int> onTheirWay_;
 };

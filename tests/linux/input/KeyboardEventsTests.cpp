@@ -108,6 +108,46 @@ TEST_F(LinuxKeyboardEventsTest, DropsWhatHasArrivedAnotherWay) {
     EXPECT_EQ(typing.texts[0].characters, U" two");
 }
 
+// The core posts the text of a write without a process where it does not know who is in front.
+TEST_F(LinuxKeyboardEventsTest, HoldsTheNextTextAlsoWhereItHasNoProcess) {
+    EXPECT_TRUE(keyboard->hold(first));
+    post(u"one ", std::nullopt);
+    post(u"\xD83D\xDE00 ", std::nullopt);
+    post(u"two", first);
+    post(u"three", second);
+    ASSERT_TRUE(handsOver(1));
+    EXPECT_EQ(typing.texts[0].process, second);
+    keyboard->release(first, 7);
+    ASSERT_TRUE(handsOver(2));
+    EXPECT_EQ(typing.texts[1].process, first);
+    EXPECT_EQ(typing.texts[1].characters, U"two");
+    EXPECT_TRUE(keyboard->hold(first));
+    post(u"four ", std::nullopt);
+    post(u"five", std::nullopt);
+    keyboard->release(first, 0);
+    ASSERT_TRUE(handsOver(3));
+    EXPECT_EQ(typing.texts[2].process, std::nullopt);
+    EXPECT_EQ(typing.texts[2].characters, U"four five");
+}
+
+TEST_F(LinuxKeyboardEventsTest, HoldsNoTextWithoutAProcessForAHoldOfAnotherText) {
+    EXPECT_TRUE(keyboard->hold(first));
+    post(u"one", first);
+    post(u"two", std::nullopt);
+    ASSERT_TRUE(handsOver(1));
+    EXPECT_EQ(typing.texts[0].characters, U"two");
+}
+
+// Text without a process may be for any of them.
+TEST_F(LinuxKeyboardEventsTest, KnowsThatTextWithoutAProcessMayBeForAny) {
+    post(u"one", std::nullopt);
+    EXPECT_TRUE(keyboard->isTypingInto(first));
+    ASSERT_TRUE(handsOver(1));
+    EXPECT_TRUE(keyboard->isTypingInto(second));
+    typing.onDones[0]();
+    EXPECT_FALSE(keyboard->isTypingInto(first));
+}
+
 TEST_F(LinuxKeyboardEventsTest, HandsHeldTextOverAtTheEnd) {
     EXPECT_TRUE(keyboard->hold(first));
     post(u"last", first);
