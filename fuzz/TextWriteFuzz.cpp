@@ -8,7 +8,11 @@
 #include <chrono>
 #include <cstddef>
 #include <cstdint>
+#include <deque>
+#include <functional>
+#include <memory>
 #include <string>
+#include <utility>
 
 #include "fuzz/BusValues.h"
 #include "fuzz/FakeBus.h"
@@ -126,14 +130,18 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     auto opened = MessageBus::open(bus.address());
     promise(bool(opened), "the bus can be joined");
     const auto application = std::make_shared<AtspiApplication>(":1.7");
-    AtspiElement element(application, "/widget");
+    const auto element = std::make_shared<AtspiElement>(application, "/widget");
 
     // A text that arrives late is typed by then, and not wanted any more.
-    TextWrite write(
-        *opened.value(), element, text, [](const std::string&) {}, [](bool) { return false; });
+    std::deque<std::function<void()>> deferred;
+    const auto write = std::make_shared<TextWrite>(
+        *opened.value(), element, text,
+        TextWrite::Handlers{
+            [](const std::string&) {}, [](bool) { return false; },
+            [&](std::function<void()> task) { deferred.push_back(std::move(task)); }});
     const bool hasTime = program.isTrue() && program.widget().cutsItsEnd();
     const auto deadline = steady_clock::now() + (hasTime ? lateTimeout : timeout);
-    const bool isWritten = write.run(deadline) == platform::axErrorSuccess;
+    const bool isWritten = write->run(deadline) == platform::axErrorSuccess;
     promise(program.insertions() <= 1, "a text is inserted once at most");
     if (isWritten) {
         promise(program.insertions() == 1, "a written text was inserted");
@@ -141,13 +149,17 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     }
     if (program.isTrue()) {
         // A slow machine: the late replies undo what was not in time.
-        opened.value()->dispatchUntil([&] { return application->lateReplies.expired(); },
-                                      steady_clock::now() + lateTimeout);
-        settle(*opened.value(), element);
+        opened.value()->dispatchUntil(
+            [&] { return !deferred.empty() || application->lateReplies.expired(); },
+            steady_clock::now() + lateTimeout);
+        for (const auto& task : std::exchange(deferred, {})) {
+            task();
+        }
+        settle(*opened.value(), *element);
         checkTruthful(program.widget(), original, isWritten, text);
         if (isWritten && isUndone) {
-            write.undo();
-            settle(*opened.value(), element);
+            write->undo();
+            settle(*opened.value(), *element);
             checkTruthful(program.widget(), original, false, text);
         }
     }

@@ -65,12 +65,13 @@ std::shared_ptr<WriteReply> AccessibilityWorker::startWrite(
         return reply;
     }
     loop_.post([this, reply, element, text, deadline = deadline - statusMargin] {
-        runWrite(reply, *element, text, deadline);
+        runWrite(reply, element, text, deadline);
     });
     return reply;
 }
 
-void AccessibilityWorker::runWrite(const std::shared_ptr<WriteReply>& reply, AtspiElement& element,
+void AccessibilityWorker::runWrite(const std::shared_ptr<WriteReply>& reply,
+                                   const std::shared_ptr<AtspiElement>& element,
                                    const std::string& text, SteadyTime deadline) {
     const auto settlement = std::make_shared<Settlement>(reply);
     MessageBus* bus = desktop_->accessibilityBus();
@@ -78,16 +79,18 @@ void AccessibilityWorker::runWrite(const std::shared_ptr<WriteReply>& reply, Ats
         reply->deliver(platform::axErrorAPIDisabled, false);
         return;
     }
-    TextWrite write(
+    const auto write = std::make_shared<TextWrite>(
         *bus, element, text,
-        [this](const std::string& reason) {
-            log_.write("TarvikDictate: accessibility — " + reason);
-        },
-        [settlement](bool hasArrived) { return settlement->settle(hasArrived); });
-    const platform::AXError status = write.run(deadline);
-    const bool isAwaited = reply->deliver(status, write.isPending());
+        TextWrite::Handlers{
+            [this](const std::string& reason) {
+                log_.write("TarvikDictate: accessibility — " + reason);
+            },
+            [settlement](bool hasArrived) { return settlement->settle(hasArrived); },
+            [this](std::function<void()> task) { loop_.post(std::move(task)); }});
+    const platform::AXError status = write->run(deadline);
+    const bool isAwaited = reply->deliver(status, write->isPending());
     if (!isAwaited && status == platform::axErrorSuccess && !settlement->settle(true)) {
-        write.undo();
+        write->undo();
     }
 }
 

@@ -51,8 +51,9 @@ class AccessibilityWorker {
     void run();
     /// Runs `task` on the thread; drops `task` where there is no thread.
     void post(std::function<void()> task);
-    void runWrite(const std::shared_ptr<WriteReply>& reply, AtspiElement& element,
-                  const std::string& text, SteadyTime deadline);
+    void runWrite(const std::shared_ptr<WriteReply>& reply,
+                  const std::shared_ptr<AtspiElement>& element, const std::string& text,
+                  SteadyTime deadline);
 
     platform::Log& log_;
     AccessibilityState state_;

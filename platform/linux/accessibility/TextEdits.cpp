@@ -30,31 +30,6 @@ bool hitOtherText(const DeletionReplies& replies) {
            *replies.count < *replies.countBefore;
 }
 
-// As much of `text` as `found` begins with, in whole characters.
-std::string commonPrefix(const std::string& text, const std::string& found) {
-    auto end = std::mismatch(text.begin(), text.end(), found.begin(), found.end()).first;
-    while (end != text.begin() && end != text.end() && (*end & 0xC0) == 0x80) {
-        --end;
-    }
-    return {text.begin(), end};
-}
-
-// The length of the whole text where all of it is there, and 0 otherwise. LibreOffice counts UTF-16
-// units, which an earlier insertion may not have shown: then `found` is the beginning of the text.
-std::int64_t arrivedLength(const InsertionReplies& replies, const AtspiText& widget,
-                           const std::string& text, bool isMasked) {
-    const std::int64_t grown = replies.insertedLength();
-    const std::int64_t length = widget.lengthOf(text);
-    const std::int64_t units = AtspiText::utf16LengthOf(text);
-    const std::string found = replies.found.value_or("");
-    if (found == text || ((found.empty() || isMasked) && grown == length)) {
-        return grown >= length ? length : 0;
-    }
-    // The beginning may end in the middle of a character of two units.
-    const bool isBeginning = AtspiText::utf16LengthOf(commonPrefix(text, found)) >= length - 1;
-    return units > length && grown == units && isBeginning ? units : 0;
-}
-
 }  // namespace
 
 std::int64_t InsertionReplies::insertedLength() const {
@@ -83,27 +58,12 @@ std::shared_ptr<const DeletionReplies> addDeletion(CallBatch& calls, MessageBus&
     return replies;
 }
 
-std::shared_ptr<const InsertionReplies> addInsertion(CallBatch& calls, MessageBus& bus,
-                                                     const AtspiText& widget, std::int64_t offset,
-                                                     std::int64_t count, const std::string& text,
-                                                     LateInsertion late) {
+std::shared_ptr<const InsertionReplies> addInsertion(CallBatch& calls, const AtspiText& widget,
+                                                     std::int64_t offset, std::int64_t count,
+                                                     const std::string& text,
+                                                     std::function<void()> onLateReplies) {
     const auto replies = std::make_shared<InsertionReplies>();
-    calls.handleLateReplies([replies, bus = &bus, widget, offset, text, late = std::move(late)] {
-        const std::int64_t arrived = arrivedLength(*replies, widget, text, late.isMasked);
-        if (late.onSettled(arrived > 0)) {
-            if (replies->caret == offset) {
-                bus->send(widget.newCaretMove(offset + arrived));
-            }
-            return;
-        }
-        // Typed characters may have made the count grow too, but other text than `text` is found.
-        const std::string inserted = commonPrefix(text, replies->found.value_or(""));
-        const auto length =
-            std::max(arrived, std::min(replies->insertedLength(), widget.lengthOf(inserted)));
-        if (length > 0) {
-            bus->send(widget.newDeletion(offset, offset + length));
-        }
-    });
+    calls.handleLateReplies(std::move(onLateReplies));
     calls.add(widget.newCharacterCount(), keep(replies, replies->countBefore));
     calls.add(widget.newReading(offset, std::min(offset + maxTailLength, count)),
               keep(replies, replies->tail));

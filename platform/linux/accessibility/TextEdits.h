@@ -52,23 +52,11 @@ struct InsertionReplies {
 /// Fields with a length limit are shorter. A larger tail would be read with every piece of text.
 inline constexpr std::int64_t maxTailLength = 1000;
 
-/// Gets whether the text of a late insertion has arrived. Returns whether the text stays; otherwise
-/// what has arrived is deleted.
-using OnSettled = std::function<bool(bool hasArrived)>;
-
-/// What becomes of an insertion whose replies come late.
-struct LateInsertion {
-    /// Whether the widget hides its text.
-    bool isMasked = false;
-    OnSettled onSettled;
-};
-
 /// Adds the insertion of `text` at `offset`, in a text of `count`, to `calls`, before any other
-/// call. When the replies come late, the inserted text is deleted again, unless all of it has
-/// arrived and is wanted. `bus` outlives the replies.
-std::shared_ptr<const InsertionReplies> addInsertion(CallBatch& calls, MessageBus& bus,
-                                                     const AtspiText& widget, std::int64_t offset,
-                                                     std::int64_t count, const std::string& text,
-                                                     LateInsertion late);
+/// call. When the replies come late, `onLateReplies` is called in a handler of the bus.
+std::shared_ptr<const InsertionReplies> addInsertion(CallBatch& calls, const AtspiText& widget,
+                                                     std::int64_t offset, std::int64_t count,
+                                                     const std::string& text,
+                                                     std::function<void()> onLateReplies);
 
 }  // namespace tarvik::linuxdesktop

@@ -23,6 +23,8 @@ constexpr milliseconds queryTimeout{300};
 // Some programs carry a change out shortly after they have confirmed it.
 constexpr milliseconds settleTimeout{200};
 constexpr milliseconds settlePollInterval{20};
+// To find out what became of a pending write, once the program replies again.
+constexpr milliseconds lateTimeout{500};
 constexpr const char* silence = "does not answer";
 
 std::string lineAbout(const AtspiApplication& application, const char* reason) {
@@ -31,24 +33,32 @@ std::string lineAbout(const AtspiApplication& application, const char* reason) {
            "; its text will be typed";
 }
 
+// As much of `text` as `found` begins with, in whole characters.
+std::string commonPrefix(const std::string& text, const std::string& found) {
+    auto end = std::mismatch(text.begin(), text.end(), found.begin(), found.end()).first;
+    while (end != text.begin() && end != text.end() && (*end & 0xC0) == 0x80) {
+        --end;
+    }
+    return {text.begin(), end};
+}
+
 }  // namespace
 
-TextWrite::TextWrite(MessageBus& bus, AtspiElement& element, const std::string& text,
-                     std::function<void(const std::string&)> onUnreliable, OnSettled onSettled)
+TextWrite::TextWrite(MessageBus& bus, std::shared_ptr<AtspiElement> element, std::string text,
+                     Handlers handlers)
     : bus_(bus),
-      element_(element),
-      widget_(bus, element),
-      text_(text),
-      onUnreliable_(std::move(onUnreliable)),
-      onSettled_(std::move(onSettled)) {}
+      element_(std::move(element)),
+      widget_(bus, *element_),
+      text_(std::move(text)),
+      handlers_(std::move(handlers)) {}
 
 AXError TextWrite::run(SteadyTime deadline) {
     deadline_ = deadline;
-    if (element_.application->isGone) {
+    if (element_->application->isGone) {
         return platform::axErrorInvalidUIElement;
     }
     // A late undo would hit whatever is written before it.
-    if (element_.isUnreliable() || !element_.application->lateReplies.expired()) {
+    if (element_->isUnreliable() || !element_->application->lateReplies.expired()) {
         return platform::axErrorCannotComplete;
     }
     // Checked before anything is changed: whether a message can carry the text.
@@ -67,13 +77,13 @@ AXError TextWrite::inspect() {
     if (!queryCapabilities(deadline)) {
         return failWithoutReply();
     }
-    if (!element_.isEditableText) {
+    if (!element_->isEditableText) {
         return platform::axErrorInvalidUIElement;
     }
-    if (!*element_.isEditableText) {
+    if (!*element_->isEditableText) {
         return platform::axErrorAttributeUnsupported;
     }
-    if (element_.application->toolkit.empty()) {
+    if (element_->application->toolkit.empty()) {
         // The toolkit decides the unit of offsets; a wrong guess would corrupt the text.
         return platform::axErrorCannotComplete;
     }
@@ -94,21 +104,21 @@ AXError TextWrite::inspect() {
 
 bool TextWrite::queryCapabilities(SteadyTime deadline) {
     CallBatch queries(bus_, deadline);
-    if (!element_.isEditableText) {
+    if (!element_->isEditableText) {
         queries.add(newAccessibleCall("GetInterfaces"), [this](sd_bus_message* reply) {
-            element_.isEditableText = atspi::hasEditableTextIn(reply);
+            element_->isEditableText = atspi::hasEditableTextIn(reply);
         });
     }
-    if (!element_.isPasswordField) {
+    if (!element_->isPasswordField) {
         queries.add(newAccessibleCall("GetRole"), [this](sd_bus_message* reply) {
-            element_.isPasswordField = unsignedIn(reply) == atspi::passwordTextRole;
+            element_->isPasswordField = unsignedIn(reply) == atspi::passwordTextRole;
         });
     }
-    if (element_.application->toolkit.empty()) {
-        queries.add(bus_.newPropertyCall(element_.application->root(), atspi::applicationInterface,
+    if (element_->application->toolkit.empty()) {
+        queries.add(bus_.newPropertyCall(element_->application->root(), atspi::applicationInterface,
                                          "ToolkitName"),
                     [this](sd_bus_message* reply) {
-                        element_.application->toolkit = textPropertyIn(reply).value_or("");
+                        element_->application->toolkit = textPropertyIn(reply).value_or("");
                     });
     }
     return queries.await();
@@ -146,7 +156,7 @@ AXError TextWrite::deleteSelection() {
     CallBatch calls(bus_, deadline_);
     const auto deletion = addDeletion(calls, bus_, widget_, selectionStart_, selectionEnd_);
     if (!calls.await()) {
-        element_.application->lateReplies = deletion;
+        element_->application->lateReplies = deletion;
         return failWithoutReply();
     }
     count_ = deletion->count;
@@ -163,17 +173,15 @@ AXError TextWrite::deleteSelection() {
 
 AXError TextWrite::insert() {
     CallBatch calls(bus_, deadline_);
-    insertion_ = addInsertion(calls, bus_, widget_, offset_, countBefore_, text_, lateInsertion());
+    insertion_ = addInsertion(
+        calls, widget_, offset_, countBefore_, text_,
+        [self = shared_from_this()] { self->handlers_.defer([self] { self->settle(); }); });
     if (!calls.await()) {
-        element_.application->lateReplies = insertion_;
+        element_->application->lateReplies = insertion_;
         isPending_ = bus_.isOpen();
-        element_.application->isUnresponsive = isPending_;
+        element_->application->isUnresponsive = isPending_;
         return isPending_ ? platform::axErrorCannotComplete : platform::axErrorAPIDisabled;
     }
-    countBefore_ = insertion_->countBefore.value_or(countBefore_);
-    count_ = insertion_->count;
-    found_ = insertion_->found.value_or("");
-    caret_ = insertion_->caret;
     const AXError status = verifyInsertion();
     if (status == platform::axErrorSuccess) {
         moveCaret(offset_ + std::max(*count_ - countBefore_, lengthOfText()));
@@ -184,22 +192,37 @@ AXError TextWrite::insert() {
     return status;
 }
 
-LateInsertion TextWrite::lateInsertion() {
-    return {element_.isPasswordField == true,
-            [onSettled = onSettled_, onUnreliable = onUnreliable_,
-             application = element_.application](bool hasArrived) {
-                const bool isWanted = onSettled(hasArrived);
-                if (isWanted) {
-                    // The program was slow and has done what it was told.
-                    application->isUnresponsive = false;
-                } else {
-                    onUnreliable(lineAbout(*application, silence));
-                }
-                return isWanted;
-            }};
+// The caret stays wherever the user has moved it meanwhile.
+void TextWrite::settle() {
+    if (element_->application->isGone) {
+        return;
+    }
+    deadline_ = steady_clock::now() + lateTimeout;
+    const bool hasArrived = verifyInsertion() == platform::axErrorSuccess;
+    if (hasArrived && caret_ == offset_) {
+        moveCaret(offset_ + lengthOfText());
+    }
+    if (hasArrived) {
+        // The program was slow and has done what it was told.
+        element_->application->isUnresponsive = false;
+    }
+    if (handlers_.onSettled(hasArrived)) {
+        return;
+    }
+    if (!element_->hasLied) {
+        handlers_.onUnreliable(lineAbout(*element_->application, silence));
+    }
+    if (hasArrived && insertion_->isAccepted) {
+        takeBack(lengthOfText());
+    }
 }
 
+// The text that is read decides, also where the program has refused to insert it.
 AXError TextWrite::verifyInsertion() {
+    countBefore_ = insertion_->countBefore.value_or(countBefore_);
+    count_ = insertion_->count;
+    found_ = insertion_->found.value_or("");
+    caret_ = insertion_->caret;
     const bool canChange = insertion_->isAccepted && !hasGrown();
     // Asked before the wait, which may take all the time that is left. A text that is not there yet
     // must not count as truncated.
@@ -212,15 +235,27 @@ AXError TextWrite::verifyInsertion() {
         restoreTail();
         return platform::axErrorFailure;
     }
-    const std::int64_t inserted = insertion_->insertedLength();
-    if (inserted == 0) {
+    if (insertion_->insertedLength() == 0) {
         return insertion_->isAccepted ? failAfterLie("does not insert what it says it inserts")
                                       : platform::axErrorFailure;
     }
     // Part of the text was inserted, for example into a field with a length limit. Or something
     // else was: the Java bridge garbles characters beyond U+FFFF.
-    takeBack(inserted);
+    takeBack(lengthToTakeBack());
     return platform::axErrorFailure;
+}
+
+// Keys may have come between the replies to a pending write. Only what looks like the text is
+// deleted then.
+std::int64_t TextWrite::lengthToTakeBack() {
+    const std::int64_t inserted = insertion_->insertedLength();
+    if (!isPending_) {
+        return inserted;
+    }
+    readText(inserted);
+    return text_.starts_with(found_) && !found_.empty()
+               ? inserted
+               : std::min(inserted, widget_.lengthOf(commonPrefix(text_, found_)));
 }
 
 // The text was counted in characters, so only its beginning was read back.
@@ -230,11 +265,11 @@ bool TextWrite::learnsUtf16Units() {
         lengthOfText() == units) {
         return false;
     }
-    element_.application->isKnownToCountUtf16Units = true;
-    if (readText() && found_ == text_) {
+    element_->application->isKnownToCountUtf16Units = true;
+    if (readText(lengthOfText()) && found_ == text_) {
         return true;
     }
-    element_.application->isKnownToCountUtf16Units = false;
+    element_->application->isKnownToCountUtf16Units = false;
     return false;
 }
 
@@ -263,22 +298,24 @@ void TextWrite::restoreTail() {
 }
 
 void TextWrite::undo() {
-    takeBack(lengthOfText());
-    moveCaret(offset_);
+    if (insertion_->isAccepted) {
+        takeBack(lengthOfText());
+        moveCaret(offset_);
+    }
 }
 
 AXError TextWrite::failWithoutReply() {
     if (!bus_.isOpen()) {
         return platform::axErrorAPIDisabled;
     }
-    element_.application->isUnresponsive = true;
-    onUnreliable_(lineAbout(*element_.application, silence));
+    element_->application->isUnresponsive = true;
+    handlers_.onUnreliable(lineAbout(*element_->application, silence));
     return platform::axErrorCannotComplete;
 }
 
 AXError TextWrite::failAfterLie(const char* reason) {
-    element_.hasLied = true;
-    onUnreliable_(lineAbout(*element_.application, reason));
+    element_->hasLied = true;
+    handlers_.onUnreliable(lineAbout(*element_->application, reason));
     return platform::axErrorCannotComplete;
 }
 
@@ -287,7 +324,7 @@ bool TextWrite::waitUntil(const std::function<bool()>& condition) {
     while (steady_clock::now() < deadline) {
         bus_.dispatchUntil([] { return false; },
                            std::min(deadline, steady_clock::now() + settlePollInterval));
-        if (!readText()) {
+        if (!readText(lengthOfText())) {
             return false;
         }
         if (condition()) {
@@ -308,18 +345,18 @@ bool TextWrite::isInserted() {
     }
     // The single-line field of GTK 4 replies with an empty text, and a password field with bullets.
     // There only the count can tell.
-    if (found_.empty() || element_.isPasswordField == true) {
+    if (found_.empty() || element_->isPasswordField == true) {
         return hasGrown();
     }
     // The user may be deleting at the same time, so fewer characters can be right.
     return found_ == text_ && (hasGrown() || !isTruncated());
 }
 
-bool TextWrite::readText() {
+bool TextWrite::readText(std::int64_t length) {
     CallBatch query(bus_, deadline_);
     query.add(widget_.newCharacterCount(),
               [this](sd_bus_message* reply) { count_ = integerPropertyIn(reply); });
-    query.add(widget_.newReading(offset_, offset_ + lengthOfText()),
+    query.add(widget_.newReading(offset_, offset_ + length),
               [this](sd_bus_message* reply) { found_ = textIn(reply).value_or(""); });
     return query.await();
 }
@@ -343,7 +380,7 @@ void TextWrite::moveCaret(std::int64_t offset) {
 }
 
 BusMessage TextWrite::newAccessibleCall(const char* member) {
-    return bus_.newCall(element_.object(), atspi::accessibleInterface, member);
+    return bus_.newCall(element_->object(), atspi::accessibleInterface, member);
 }
 
 }  // namespace tarvik::linuxdesktop

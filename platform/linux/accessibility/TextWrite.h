@@ -18,25 +18,39 @@ namespace tarvik::linuxdesktop {
 
 class CallBatch;
 
+/// Gets whether the text of a pending write has arrived. Returns whether the text is still wanted.
+using OnSettled = std::function<bool(bool hasArrived)>;
+/// Runs a task on the bus's thread, later and outside handlers of the bus.
+using Defer = std::function<void(std::function<void()> task)>;
+
 /// One replacement of the selection of one widget. Belongs to the bus's thread, outside handlers of
 /// the bus. The operations block until their deadline at the most.
 ///
 /// A call that changes the text follows only when the program has just replied to queries, because
 /// a sent message cannot be called back. When the program does not reply to an insertion in time,
-/// the write is pending, and the late replies settle the write: the inserted text stays if the
-/// whole text is there and still wanted, and is deleted again otherwise. Late replies to a deletion
+/// the write is pending. The late replies settle a pending write by the rule of every write: the
+/// text has arrived if it is read where it was inserted, now or 0.2 s later. A text that has not
+/// arrived whole, or is not wanted any more, is deleted again. Late replies to a deletion
 /// undo the deletion where the user had typed over the selection meanwhile. So no text arrives
 /// twice, and no text of the user is lost. Until the late replies are there, every further write
 /// into the program fails at once. Two cases may end otherwise: a program that goes on after this
 /// process has ended, and one that handles keys between two messages that it finds together.
-class TextWrite {
+class TextWrite : public std::enable_shared_from_this<TextWrite> {
   public:
-    /// All outlive the write. `onUnreliable` gets a line for the log when the program does not
-    /// reply, or when the widget lies. `onSettled` hears of a pending write whether the text has
-    /// arrived, and answers whether the text is still wanted. A write whose program leaves the bus
-    /// destroys `onSettled` without a call.
-    TextWrite(MessageBus& bus, AtspiElement& element, const std::string& text,
-              std::function<void(const std::string&)> onUnreliable, OnSettled onSettled);
+    /// What the write reports, and what it uses.
+    struct Handlers {
+        /// Gets a line for the log when the program does not reply, or when the widget lies.
+        std::function<void(const std::string&)> onUnreliable;
+        /// Called when a pending write is settled. A write whose program leaves the bus destroys
+        /// the handler without a call.
+        OnSettled onSettled;
+        Defer defer;
+    };
+
+    /// `bus` outlives the write, or the element's program is gone by then. A shared_ptr holds the
+    /// write.
+    TextWrite(MessageBus& bus, std::shared_ptr<AtspiElement> element, std::string text,
+              Handlers handlers);
 
     /// Writes, and returns what Accessibility::setAttributeValue does, by `deadline`.
     platform::AXError run(SteadyTime deadline);
@@ -52,7 +66,7 @@ class TextWrite {
     void addSelectionQueries(CallBatch& queries);
     platform::AXError deleteSelection();
     platform::AXError insert();
-    LateInsertion lateInsertion();
+    void settle();
     platform::AXError verifyInsertion();
     bool learnsUtf16Units();
     bool hasGrown() const;
@@ -63,19 +77,19 @@ class TextWrite {
     platform::AXError failWithoutReply();
     platform::AXError failAfterLie(const char* reason);
     bool waitUntil(const std::function<bool()>& condition);
-    bool readText();
+    bool readText(std::int64_t length);
     void takeBack(std::int64_t length);
+    std::int64_t lengthToTakeBack();
     void moveCaret(std::int64_t offset);
 
     BusMessage newAccessibleCall(const char* member);
     std::int64_t lengthOfText() const { return widget_.lengthOf(text_); }
 
     MessageBus& bus_;
-    AtspiElement& element_;
+    const std::shared_ptr<AtspiElement> element_;
     const AtspiText widget_;
-    const std::string& text_;
-    std::function<void(const std::string&)> onUnreliable_;
-    OnSettled onSettled_;
+    const std::string text_;
+    const Handlers handlers_;
     bool isPending_ = false;
     SteadyTime deadline_;
 

@@ -45,8 +45,9 @@ parser = argparse.ArgumentParser(description=__doc__)
 parser.add_argument("--behaviour", default="honest",
                     choices=["honest", "liar", "late", "refusing", "short", "cutting", "cutting-slowly",
                              "silent-on-insertion", "silent-and-refusing", "silent-and-short",
-                             "silent-and-utf16", "silent-on-deletion", "dying-on-insertion", "slow", "undeletable",
-                             "nonsense", "garbling", "unreadable", "utf16", "masking"])
+                             "silent-and-utf16", "silent-and-late", "silent-and-utf16-short",
+                             "silent-on-deletion", "dying-on-insertion", "slow", "undeletable",
+                             "nonsense", "garbling", "unreadable", "utf16", "utf16-cutting", "masking"])
 parser.add_argument("--window", action="store_true")
 parser.add_argument("--toolkit", default="fake")
 parser.add_argument("--text", default="")
@@ -70,7 +71,7 @@ def characters(units):
 class Field:
     def __init__(self, behaviour, text, selection, on_change):
         self.behaviour = behaviour
-        self.counts_utf16 = behaviour in ("utf16", "silent-and-utf16")
+        self.counts_utf16 = "utf16" in behaviour
         self.text = self.first_text = utf16_units(text) if self.counts_utf16 else text
         self.on_change = on_change
         self.start = self.end = len(self.text)
@@ -97,16 +98,18 @@ class Field:
         self.waiting = []
 
     def insert(self, position, text):
+        if self.counts_utf16:
+            text = utf16_units(text)
         if self.behaviour in ("short", "silent-and-short"):
             text = text[:3]
-        elif self.counts_utf16:
-            text = utf16_units(text)
+        elif self.behaviour == "silent-and-utf16-short":
+            text = text[:6]
         elif self.behaviour == "garbling":
             # Every byte of a long character becomes a character of its own.
             text = "".join(char if ord(char) <= 0xFFFF else char.encode().decode("latin-1")
                            for char in text)
         self.replace(position, position, text)
-        if self.behaviour in ("cutting", "cutting-slowly"):
+        if self.behaviour in ("cutting", "cutting-slowly", "utf16-cutting"):
             self.replace(len(self.first_text), len(self.text), "")
 
 
@@ -252,7 +255,7 @@ class Widget(dbus.service.Object):
         def work():
             if self.field.behaviour in ("refusing", "silent-and-refusing"):
                 return (False,)
-            if self.field.behaviour == "late":
+            if self.field.behaviour in ("late", "silent-and-late"):
                 GLib.timeout_add(80, lambda: self.field.insert(position, text))
             elif self.field.behaviour != "liar":
                 self.field.insert(position, text)
@@ -260,8 +263,8 @@ class Widget(dbus.service.Object):
 
         if self.field.behaviour == "dying-on-insertion":
             os._exit(1)
-        if self.field.behaviour in ("silent-on-insertion", "silent-and-refusing",
-                                    "silent-and-short", "silent-and-utf16"):
+        if (self.field.behaviour == "silent-on-insertion" or
+                self.field.behaviour.startswith("silent-and-")):
             self.field.fall_silent()
         self.answer(reply, work)
 

@@ -4,6 +4,7 @@
 #include <signal.h>
 
 #include <chrono>
+#include <functional>
 #include <future>
 #include <memory>
 #include <string>
@@ -135,17 +136,19 @@ TEST_F(AtspiBus, AProgramIsNotBlamedForABusThatIsLost) {
     ASSERT_TRUE(opened) << opened.error().localizedDescription;
     const auto bus = std::move(opened).value();
     const auto program = std::make_shared<linuxdesktop::AtspiApplication>(":1.1");
-    linuxdesktop::AtspiElement widget(program, "/widget");
+    const auto widget = std::make_shared<linuxdesktop::AtspiElement>(program, "/widget");
     session.killBus();
-    const std::string text = "text";
     std::vector<std::string> reasons;
-    linuxdesktop::TextWrite toWrite(
-        *bus, widget, text, [&](const std::string& reason) { reasons.push_back(reason); },
-        [](bool /*hasArrived*/) { return false; });
-    EXPECT_EQ(toWrite.run(std::chrono::steady_clock::now() + std::chrono::seconds(5)),
+    const auto toWrite = std::make_shared<linuxdesktop::TextWrite>(
+        *bus, widget, "text",
+        linuxdesktop::TextWrite::Handlers{
+            [&](const std::string& reason) { reasons.push_back(reason); },
+            [](bool /*hasArrived*/) { return false; },
+            [](const std::function<void()>& task) { task(); }});
+    EXPECT_EQ(toWrite->run(std::chrono::steady_clock::now() + std::chrono::seconds(5)),
               platform::axErrorAPIDisabled);
     EXPECT_EQ(reasons, std::vector<std::string>());
-    EXPECT_FALSE(widget.isUnreliable());
+    EXPECT_FALSE(widget->isUnreliable());
 }
 
 TEST_F(AtspiBus, WhatStartsTheAccessibilityBusMayEndToo) {

@@ -54,6 +54,21 @@ TEST_F(AtspiPendingWrite, IsTypedWhenTheProgramTakesPartOfTheText) {
     EXPECT_EQ(textAfterWaking(), "as it was");
 }
 
+// The program confirms first, as other programs do in time.
+TEST_F(AtspiPendingWrite, StaysWhenItIsCarriedOutALittleAfterTheLateReply) {
+    open("silent-and-late", "begin end", {"--select", "6:6"});
+    writeLate("middle ");
+    EXPECT_EQ(unitsArrivedAfterWaking(), 7U);
+    EXPECT_EQ(target->text(), "begin middle end");
+}
+
+TEST_F(AtspiPendingWrite, LeavesNothingInAProgramThatCountsUtf16UnitsAndTakesAPart) {
+    open("silent-and-utf16-short", "begin end", {"--select", "6:6"});
+    writeLate("😀😀😀😀");
+    EXPECT_EQ(unitsArrivedAfterWaking(), 0U);
+    EXPECT_EQ(textAfterWaking(), "begin end");
+}
+
 // LibreOffice loads a font at the first emoji, which takes half a second.
 TEST_F(AtspiPendingWrite, StaysInAProgramThatTurnsOutToCountUtf16Units) {
     open("silent-and-utf16", "begin ");
