@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <chrono>
+#include <string_view>
 #include <utility>
 
 #include "platform/linux/accessibility/CallBatch.h"
@@ -40,6 +41,15 @@ std::string commonPrefix(const std::string& text, const std::string& found) {
         --end;
     }
     return {text.begin(), end};
+}
+
+// Whether `text` is less than all of `whole`, without its end. The cut may have split a character.
+bool isCutFrom(std::string_view text, std::string_view whole) {
+    constexpr std::string_view half = "\uFFFD";
+    if (text.ends_with(half)) {
+        text.remove_suffix(half.size());
+    }
+    return text.size() < whole.size() && whole.starts_with(text);
 }
 
 }  // namespace
@@ -279,17 +289,21 @@ bool TextWrite::hasBegun() const {
            !insertion_->tail->starts_with(found_);
 }
 
-// Qt's line edit sets its whole text anew, and truncates it at its length limit.
+// Qt's line edit sets its whole text anew, and truncates it at its length limit. Whatever the user
+// has typed meanwhile is no truncation. The program's unit may not be known yet.
 bool TextWrite::isTruncated() {
-    if (!count_ || !insertion_->tail ||
-        widget_.lengthOf(*insertion_->tail) != countBefore_ - offset_) {
+    const std::string tail = insertion_->tail.value_or("");
+    const std::int64_t length = countBefore_ - offset_;
+    const bool isWhole =
+        widget_.lengthOf(tail) == length || AtspiText::utf16LengthOf(tail) == length;
+    if (!count_ || tail.empty() || !isWhole) {
         return false;
     }
     std::optional<std::string> after;
     CallBatch query(bus_, deadline_);
     query.add(widget_.newReading(offset_, *count_),
               [&](sd_bus_message* reply) { after = textIn(reply); });
-    return query.await() && after && !after->ends_with(*insertion_->tail);
+    return query.await() && after && isCutFrom(*after, text_ + tail);
 }
 
 void TextWrite::restoreTail() {

@@ -227,6 +227,13 @@ TEST_F(AtspiAccessibility, AFieldThatMakesRoomAtItsEndGetsItsEndBack) {
     EXPECT_EQ(insertions(), "2");
 }
 
+TEST_F(AtspiAccessibility, AFieldOfAProgramThatCountsUtf16UnitsGetsItsEndBack) {
+    open("utf16-cutting", "begin 😀 end", {"--select", "6:6"});
+    EXPECT_NE(write(element, "middle"), platform::axErrorSuccess);
+    EXPECT_TRUE(becomesTrue([this] { return target->text() == "begin 😀 end"; }, timeout))
+        << target->text();
+}
+
 TEST_F(AtspiAccessibility, AFieldThatMakesALittleRoomAtItsEndGetsItsEndBack) {
     open("cutting", "begin end", {"--select", "2:5"});
     EXPECT_NE(write(element, "middle"), platform::axErrorSuccess);
