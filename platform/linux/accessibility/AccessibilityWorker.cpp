@@ -6,7 +6,7 @@
 #include <system_error>
 #include <utility>
 
-#include "platform/linux/accessibility/TextWrite.h"
+#include "platform/linux/accessibility/WriteRequest.h"
 #include "platform/linux/loop/Thread.h"
 
 namespace tarvik::linuxdesktop {
@@ -18,21 +18,6 @@ namespace {
 // The worker's deadline is earlier than the main thread's, so that a status at the deadline still
 // counts.
 constexpr milliseconds statusMargin{40};
-
-// Settles a write whose outcome nobody will report: the program has left the bus, or nothing was
-// sent.
-class Settlement {
-  public:
-    explicit Settlement(std::shared_ptr<WriteReply> reply) : reply_(std::move(reply)) {}
-    ~Settlement() { reply_->settle(false); }
-    Settlement(const Settlement&) = delete;
-    Settlement& operator=(const Settlement&) = delete;
-
-    bool settle(bool hasArrived) { return reply_->settle(hasArrived); }
-
-  private:
-    std::shared_ptr<WriteReply> reply_;
-};
 
 }  // namespace
 
@@ -73,25 +58,19 @@ std::shared_ptr<WriteReply> AccessibilityWorker::startWrite(
 void AccessibilityWorker::runWrite(const std::shared_ptr<WriteReply>& reply,
                                    const std::shared_ptr<AtspiElement>& element,
                                    const std::string& text, SteadyTime deadline) {
-    const auto settlement = std::make_shared<Settlement>(reply);
     MessageBus* bus = desktop_->accessibilityBus();
     if (!bus || !reply->isAwaited()) {
         reply->deliver(platform::axErrorAPIDisabled, false);
+        reply->settle(false);
         return;
     }
-    const auto write = std::make_shared<TextWrite>(
+    std::make_shared<WriteRequest>(
         *bus, element, text,
-        TextWrite::Handlers{
-            [this](const std::string& reason) {
-                log_.write("TarvikDictate: accessibility — " + reason);
-            },
-            [settlement](bool hasArrived) { return settlement->settle(hasArrived); },
-            [this](std::function<void()> task) { loop_.post(std::move(task)); }});
-    const platform::AXError status = write->run(deadline);
-    const bool isAwaited = reply->deliver(status, write->isPending());
-    if (!isAwaited && status == platform::axErrorSuccess && !settlement->settle(true)) {
-        write->undo();
-    }
+        [this](const std::string& reason) {
+            log_.write("TarvikDictate: accessibility — " + reason);
+        },
+        [this](std::function<void()> task) { loop_.post(std::move(task)); }, reply)
+        ->run(deadline);
 }
 
 void AccessibilityWorker::whenFirstKnown(std::function<void()> handler) {

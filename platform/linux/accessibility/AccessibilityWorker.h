@@ -34,7 +34,7 @@ class AccessibilityWorker {
 
     /// Replaces the selection of an element. The reply has its status shortly before `deadline`. A
     /// write whose program has not replied by then is pending. A pending write is settled once the
-    /// program has replied or left the bus.
+    /// program has replied or left the bus, or has not taken part in it for 5 s.
     std::shared_ptr<WriteReply> startWrite(const std::shared_ptr<AtspiElement>& element,
                                            const std::string& text, SteadyTime deadline);
     /// Calls `handler` on the worker's thread once the first replies of the desktop are in. Without

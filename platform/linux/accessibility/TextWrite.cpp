@@ -4,7 +4,6 @@
 
 #include <algorithm>
 #include <chrono>
-#include <string_view>
 #include <utility>
 
 #include "platform/linux/accessibility/CallBatch.h"
@@ -32,24 +31,6 @@ std::string lineAbout(const AtspiApplication& application, const char* reason) {
     const auto process = application.process();
     return "process " + (process ? std::to_string(*process) : application.busName) + " " + reason +
            "; its text will be typed";
-}
-
-// As much of `text` as `found` begins with, in whole characters.
-std::string commonPrefix(const std::string& text, const std::string& found) {
-    auto end = std::mismatch(text.begin(), text.end(), found.begin(), found.end()).first;
-    while (end != text.begin() && end != text.end() && (*end & 0xC0) == 0x80) {
-        --end;
-    }
-    return {text.begin(), end};
-}
-
-// Whether `text` is less than all of `whole`, without its end. The cut may have split a character.
-bool isCutFrom(std::string_view text, std::string_view whole) {
-    constexpr std::string_view half = "\uFFFD";
-    if (text.ends_with(half)) {
-        text.remove_suffix(half.size());
-    }
-    return text.size() < whole.size() && whole.starts_with(text);
 }
 
 }  // namespace
@@ -163,6 +144,7 @@ void TextWrite::addSelectionQueries(CallBatch& queries) {
 }
 
 AXError TextWrite::deleteSelection() {
+    isChanging_ = true;
     CallBatch calls(bus_, deadline_);
     const auto deletion = addDeletion(calls, bus_, widget_, selectionStart_, selectionEnd_);
     if (!calls.await()) {
@@ -318,12 +300,19 @@ void TextWrite::undo() {
     }
 }
 
+void TextWrite::reportSilence() {
+    handlers_.onUnreliable(lineAbout(*element_->application, silence));
+}
+
 AXError TextWrite::failWithoutReply() {
     if (!bus_.isOpen()) {
         return platform::axErrorAPIDisabled;
     }
     element_->application->isUnresponsive = true;
-    handlers_.onUnreliable(lineAbout(*element_->application, silence));
+    hasNotBegun_ = !isChanging_;
+    if (isChanging_) {
+        reportSilence();
+    }
     return platform::axErrorCannotComplete;
 }
 
@@ -377,20 +366,21 @@ bool TextWrite::readText(std::int64_t length) {
 
 void TextWrite::takeBack(std::int64_t length) {
     // Awaited, so that the text which is typed instead does not arrive before the deletion.
-    CallBatch deletion(bus_, deadline_);
-    deletion.add(widget_.newDeletion(offset_, offset_ + length), [](sd_bus_message* /*reply*/) {});
-    deletion.await();
+    awaitReply(widget_.newDeletion(offset_, offset_ + length));
 }
 
 void TextWrite::moveCaret(std::int64_t offset) {
-    if (caret_ == offset) {
-        return;
+    if (caret_ != offset) {
+        // Awaited, so that the caret does not move after the user's next action. The text is right
+        // whatever the reply is.
+        awaitReply(widget_.newCaretMove(offset));
     }
-    // Awaited, so that the caret does not move after the user's next action. The text is right
-    // whatever the reply is.
-    CallBatch move(bus_, deadline_);
-    move.add(widget_.newCaretMove(offset), [](sd_bus_message* /*reply*/) {});
-    move.await();
+}
+
+void TextWrite::awaitReply(BusMessage call) {
+    CallBatch calls(bus_, deadline_);
+    calls.add(std::move(call), [](sd_bus_message* /*reply*/) {});
+    calls.await();
 }
 
 BusMessage TextWrite::newAccessibleCall(const char* member) {

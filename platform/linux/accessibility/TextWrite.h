@@ -56,6 +56,11 @@ class TextWrite : public std::enable_shared_from_this<TextWrite> {
     platform::AXError run(SteadyTime deadline);
     /// Whether the program has been told to insert the text and has not replied; after run().
     bool isPending() const { return isPending_; }
+    /// Whether the program has not even replied to queries, and nothing was changed; after run().
+    /// Nobody has been told of that silence yet.
+    bool hasNotBegun() const { return hasNotBegun_; }
+    /// Writes the line which says that the program does not reply.
+    void reportSilence();
     /// Deletes the inserted text again; after a run() that succeeded.
     void undo();
 
@@ -81,6 +86,7 @@ class TextWrite : public std::enable_shared_from_this<TextWrite> {
     void takeBack(std::int64_t length);
     std::int64_t lengthToTakeBack();
     void moveCaret(std::int64_t offset);
+    void awaitReply(BusMessage call);
 
     BusMessage newAccessibleCall(const char* member);
     std::int64_t lengthOfText() const { return widget_.lengthOf(text_); }
@@ -91,6 +97,8 @@ class TextWrite : public std::enable_shared_from_this<TextWrite> {
     const std::string text_;
     const Handlers handlers_;
     bool isPending_ = false;
+    bool hasNotBegun_ = false;
+    bool isChanging_ = false;
     SteadyTime deadline_;
 
     std::optional<atspi::StateSet> states_;

@@ -18,7 +18,8 @@ namespace tarvik::linuxdesktop {
 /// the worker undoes the write. The mutex decides which of the two happens.
 class WriteReply {
   public:
-    /// Hands the status over; `isPending` when the program has not replied to the insertion. False
+    /// Hands the status over; `isPending` when the program has not replied, and may get the text
+    /// later. False
     /// when the main thread has stopped waiting, and the write is pending. Worker thread.
     bool deliver(platform::AXError status, bool isPending) {
         const std::lock_guard lock(mutex_);
@@ -51,6 +52,12 @@ class WriteReply {
     bool isPending() const {
         const std::lock_guard lock(mutex_);
         return isPending_;
+    }
+
+    /// Whether the text of a pending write is still wanted. Any thread.
+    bool isWanted() const {
+        const std::lock_guard lock(mutex_);
+        return !isGivenUp_;
     }
 
     /// Ends a pending write: whether the text stands in the element. False when nobody wants the

@@ -44,7 +44,7 @@ ENTRY = 79
 parser = argparse.ArgumentParser(description=__doc__)
 parser.add_argument("--behaviour", default="honest",
                     choices=["honest", "liar", "late", "refusing", "short", "cutting", "cutting-slowly",
-                             "silent-on-insertion", "silent-and-refusing", "silent-and-short",
+                             "silent-on-query", "silent-on-insertion", "silent-and-refusing", "silent-and-short",
                              "silent-and-utf16", "silent-and-late", "silent-and-utf16-short",
                              "silent-on-deletion", "dying-on-insertion", "slow", "undeletable",
                              "nonsense", "garbling", "unreadable", "utf16", "utf16-cutting", "masking"])
@@ -182,6 +182,8 @@ class Widget(dbus.service.Object):
     def GetInterfaces(self, reply, error):
         if self.field.behaviour == "slow":
             time.sleep(0.7)
+        elif self.field.behaviour == "silent-on-query" and not self.field.was_silent:
+            self.field.fall_silent()
         self.answer(reply, lambda: ([ACCESSIBLE, TEXT, EDITABLE_TEXT],))
 
     @dbus.service.method(ACCESSIBLE, out_signature="u", async_callbacks=("reply", "error"))

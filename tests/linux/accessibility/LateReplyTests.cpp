@@ -77,6 +77,25 @@ TEST_F(AtspiPendingWrite, StaysInAProgramThatTurnsOutToCountUtf16Units) {
     EXPECT_EQ(target->text(), "begin 😀 👩🏿‍💻 end");
 }
 
+TEST_F(AtspiPendingWrite, BeginsOnceABusyProgramRepliesToQueriesAgain) {
+    open("silent-on-query", "begin end", {"--select", "6:6"});
+    writeLate("middle ");
+    EXPECT_EQ(insertions(), "0");
+    EXPECT_EQ(unitsArrivedAfterWaking(), 7U);
+    EXPECT_EQ(target->text(), "begin middle end");
+    EXPECT_EQ(write(element, "and "), platform::axErrorSuccess);
+    EXPECT_EQ(target->text(), "begin middle and end");
+}
+
+TEST_F(AtspiPendingWrite, IsTypedWhenTheProgramStaysBusy) {
+    open("silent-on-query", "as it was");
+    writeLate(" text");
+    EXPECT_TRUE(mainQueue.runUntil([this] { return arrivedUnits.has_value(); }));
+    EXPECT_EQ(arrivedUnits, 0U);
+    EXPECT_EQ(textAfterWaking(), "as it was");
+    EXPECT_EQ(insertions(), "0");
+}
+
 TEST_F(AtspiPendingWrite, IsTypedWhenTheProgramEnds) {
     open("silent-on-insertion", "as it was");
     writeLate(" text");

@@ -1,0 +1,83 @@
+// SPDX-License-Identifier: MIT
+
+#include "platform/linux/accessibility/WriteRequest.h"
+
+#include <chrono>
+#include <utility>
+
+#include "platform/linux/accessibility/AtspiProtocol.h"
+#include "platform/linux/bus/BusReplies.h"
+
+namespace tarvik::linuxdesktop {
+
+namespace {
+
+using namespace std::chrono_literals;
+
+// LibreOffice loads fonts for some seconds on a busy machine. It drops emoji that are typed.
+constexpr auto busyTimeout = 5s;
+constexpr auto attemptTimeout = 500ms;
+
+}  // namespace
+
+WriteRequest::WriteRequest(MessageBus& bus, std::shared_ptr<AtspiElement> element, std::string text,
+                           std::function<void(const std::string&)> onUnreliable, Defer defer,
+                           std::shared_ptr<WriteReply> reply)
+    : bus_(bus),
+      element_(std::move(element)),
+      text_(std::move(text)),
+      onUnreliable_(std::move(onUnreliable)),
+      defer_(std::move(defer)),
+      reply_(std::move(reply)) {}
+
+WriteRequest::~WriteRequest() {
+    reply_->settle(false);
+}
+
+std::shared_ptr<TextWrite> WriteRequest::newWrite() {
+    return std::make_shared<TextWrite>(
+        bus_, element_, text_,
+        TextWrite::Handlers{onUnreliable_,
+                            [self = shared_from_this()](bool hasArrived) {
+                                return self->reply_->settle(hasArrived);
+                            },
+                            defer_});
+}
+
+void WriteRequest::run(SteadyTime deadline) {
+    const auto write = newWrite();
+    const platform::AXError status = write->run(deadline);
+    const bool isAwaited = reply_->deliver(status, write->isPending() || write->hasNotBegun());
+    if (write->hasNotBegun()) {
+        awaitProgram();
+    } else if (!isAwaited && status == platform::axErrorSuccess && !reply_->settle(true)) {
+        write->undo();
+    }
+}
+
+void WriteRequest::awaitProgram() {
+    bus_.call(bus_.newCall(element_->object(), atspi::accessibleInterface, "GetState"), busyTimeout,
+              [self = shared_from_this()](sd_bus_message* reply) {
+                  if (isNoReply(reply)) {
+                      self->newWrite()->reportSilence();
+                  } else {
+                      self->defer_([self] { self->runAgain(); });
+                  }
+              });
+}
+
+void WriteRequest::runAgain() {
+    if (element_->application->isGone || !reply_->isWanted()) {
+        return;
+    }
+    element_->application->isUnresponsive = false;
+    const auto write = newWrite();
+    const platform::AXError status = write->run(std::chrono::steady_clock::now() + attemptTimeout);
+    if (write->hasNotBegun()) {
+        write->reportSilence();
+    } else if (status == platform::axErrorSuccess && !reply_->settle(true)) {
+        write->undo();
+    }
+}
+
+}  // namespace tarvik::linuxdesktop

@@ -1,0 +1,47 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <functional>
+#include <memory>
+#include <string>
+
+#include "platform/linux/accessibility/AtspiElement.h"
+#include "platform/linux/accessibility/TextWrite.h"
+#include "platform/linux/accessibility/WriteReply.h"
+#include "platform/linux/bus/MessageBus.h"
+
+namespace tarvik::linuxdesktop {
+
+/// A text that the main thread wants to have written, up to its outcome. A program that does not
+/// even reply to queries is told nothing; it gets the text when it replies within 5 s. Belongs to
+/// the bus's thread.
+class WriteRequest : public std::enable_shared_from_this<WriteRequest> {
+  public:
+    /// `bus` outlives the request, or the element's program is gone by then. `onUnreliable` gets
+    /// lines for the log. `reply` is the main thread's. A shared_ptr holds the request.
+    WriteRequest(MessageBus& bus, std::shared_ptr<AtspiElement> element, std::string text,
+                 std::function<void(const std::string&)> onUnreliable, Defer defer,
+                 std::shared_ptr<WriteReply> reply);
+    /// A write without an outcome by then has not arrived: its program has left the bus, or was
+    /// told nothing.
+    ~WriteRequest();
+    WriteRequest(const WriteRequest&) = delete;
+    WriteRequest& operator=(const WriteRequest&) = delete;
+
+    /// Writes. The reply has its status by `deadline`.
+    void run(SteadyTime deadline);
+
+  private:
+    std::shared_ptr<TextWrite> newWrite();
+    void awaitProgram();
+    void runAgain();
+
+    MessageBus& bus_;
+    const std::shared_ptr<AtspiElement> element_;
+    const std::string text_;
+    const std::function<void(const std::string&)> onUnreliable_;
+    const Defer defer_;
+    const std::shared_ptr<WriteReply> reply_;
+};
+
+}  // namespace tarvik::linuxdesktop
