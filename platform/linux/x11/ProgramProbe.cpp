@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <array>
+#include <chrono>
 #include <filesystem>
 #include <fstream>
 #include <limits>
@@ -17,6 +18,8 @@ namespace tarvik::linuxdesktop {
 namespace {
 
 using Finding = ProgramProbe::Finding;
+
+constexpr std::chrono::milliseconds fenceTimeout{5};
 
 // What one look at a program tells.
 struct Sight {
@@ -89,15 +92,17 @@ ProgramProbe::ProgramProbe(XcbConnection& connection)
     : connection_(connection), server_(addressOfServer(connection.descriptor())) {}
 
 // A program also sleeps while it waits for an answer of the server, in the middle of handling a
-// key. The server answers every request that it has read before it answers the next one of this
-// connection, so such a program wakes up between the two looks.
+// key. The server may have read the program's requests, and serve other clients before it handles
+// them. Once the fence is passed, such a program has its answer and wakes up.
 ProgramProbe::Finding ProgramProbe::find(std::int32_t process) {
     connection_.synchronise();
     const Sight first = look(process, server_);
     if (first.finding != Finding::idle) {
         return first.finding;
     }
-    connection_.synchronise();
+    if (!fence_.isPassed(fenceTimeout)) {
+        return Finding::busy;
+    }
     const Sight second = look(process, server_);
     const bool hasSlept = second.finding != Finding::idle || second.switches == first.switches;
     return hasSlept ? second.finding : Finding::busy;

@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <string>
 
+#include "platform/linux/x11/ServerFence.h"
 #include "platform/linux/x11/XcbConnection.h"
 
 namespace tarvik::linuxdesktop {
@@ -25,11 +26,13 @@ class ProgramProbe {
 
     explicit ProgramProbe(XcbConnection& connection);
 
-    /// Waits for the server, never for the program.
+    /// Waits for the server, for a few milliseconds at the most where the server is busy with other
+    /// clients. Never waits for the program.
     Finding find(std::int32_t process);
 
   private:
     XcbConnection& connection_;
+    ServerFence fence_;
     const std::string server_;
 };
 

@@ -79,6 +79,27 @@ TEST_P(X11MainLoopProbe, KnowsNothingOfAProgramWithoutAWindow) {
 INSTANTIATE_TEST_SUITE_P(, X11MainLoopProbe, testing::Values(X11Target::Kind::tkText),
                          [](const auto& kind) { return nameOf(kind.param); });
 
+class X11WaitingProgram : public InputFixture, public testing::Test {};
+
+// The server has read the program's requests already, and has not handled them.
+TEST_F(X11WaitingProgram, IsNotIdleBeforeTheServerHasAnswered) {
+    const auto connection = XcbConnection::open().value();
+    ProgramProbe probe(*connection);
+    TestProcess program({"/usr/bin/python3", TARVIK_TARGETS "/slow_requests.py"});
+    ASSERT_EQ(program.readLine(), "waiting");
+    std::string output;
+    int looks = 0;
+    while (!program.readOutput(output) && output.empty()) {
+        const Finding finding = probe.find(program.identifier());
+        program.readOutput(output);
+        EXPECT_TRUE(finding != Finding::idle || !output.empty());
+        ++looks;
+    }
+    EXPECT_GT(looks, 3);
+    EXPECT_TRUE(
+        mainQueue.runUntil([&] { return probe.find(program.identifier()) == Finding::idle; }, 5s));
+}
+
 class X11UnreadKeys : public InputFixture, public testing::Test {
   protected:
     /// Runs the loop until `condition` holds; false when it does not within `timeout`.
