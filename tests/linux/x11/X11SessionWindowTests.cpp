@@ -1,0 +1,171 @@
+// SPDX-License-Identifier: MIT
+
+#include <unistd.h>
+
+#include <chrono>
+#include <functional>
+#include <memory>
+#include <utility>
+#include <vector>
+
+#include "tests/linux/x11/X11SessionTest.h"
+
+namespace tarvik::tests {
+
+namespace {
+
+// Of this process, and announcing that it answers pings.
+class X11SessionWithWindow : public X11SessionTest {
+  protected:
+    X11SessionWithWindow() {
+        xcb_create_window(other->get(), XCB_COPY_FROM_PARENT, window, other->root(), 0, 0, 100, 100,
+                          0, XCB_WINDOW_CLASS_INPUT_OUTPUT, XCB_COPY_FROM_PARENT, 0, nullptr);
+        const xcb_atom_t ping = other->atom("_NET_WM_PING");
+        xcb_change_property(other->get(), XCB_PROP_MODE_REPLACE, window,
+                            other->atom("WM_PROTOCOLS"), XCB_ATOM_ATOM, 32, 1, &ping);
+        xcb_map_window(other->get(), window);
+        other->synchronise();
+    }
+
+    // Answers pings as toolkits do: the message goes back to the root window. Notes where a key
+    // arrives.
+    void readEvents() {
+        while (const linuxdesktop::XcbReply<xcb_generic_event_t> event{
+            xcb_poll_for_event(other->get())}) {
+            if ((event->response_type & 0x7F) == XCB_CLIENT_MESSAGE) {
+                pings.push_back(reinterpret_cast<const xcb_client_message_event_t&>(*event));
+            } else if (event->response_type == XCB_KEY_PRESS) {
+                typedInto = reinterpret_cast<const xcb_key_press_event_t&>(*event).event;
+            }
+        }
+        for (auto& ping : answersPings ? std::exchange(pings, {}) : Pings()) {
+            ping.window = other->root();
+            xcb_send_event(other->get(), 0, other->root(), XCB_EVENT_MASK_SUBSTRUCTURE_NOTIFY,
+                           reinterpret_cast<const char*>(&ping));
+        }
+        other->synchronise();
+    }
+    /// Runs the session and the program of the window until `condition` holds; false when it does
+    /// not in time.
+    bool runUntil(const std::function<bool()>& condition, std::chrono::milliseconds timeout) {
+        const auto deadline = std::chrono::steady_clock::now() + timeout;
+        while (!condition() && std::chrono::steady_clock::now() < deadline) {
+            linuxdesktop::Deadline turn(loop);
+            turn.set(std::chrono::milliseconds(20), [this] { loop.quit(); });
+            loop.run([this] {
+                session.drain();
+                readEvents();
+            });
+        }
+        return condition();
+    }
+    void focus(xcb_window_t target) {
+        xcb_set_input_focus(other->get(), XCB_INPUT_FOCUS_NONE, target, XCB_CURRENT_TIME);
+        other->synchronise();
+    }
+    linuxdesktop::XcbReply<xcb_get_input_focus_reply_t> focused() {
+        return linuxdesktop::XcbReply<xcb_get_input_focus_reply_t>(
+            xcb_get_input_focus_reply(other->get(), xcb_get_input_focus(other->get()), nullptr));
+    }
+    void type(xcb_window_t wanted) {
+        bool isTyped = false;
+        session.typist().type({getpid(), U"x"}, wanted, [&] { isTyped = true; });
+        EXPECT_TRUE(runUntil([&] { return isTyped; }, std::chrono::seconds(15)));
+    }
+    // Where a key arrives that is typed for `wanted`.
+    xcb_window_t windowTypedInto(xcb_window_t wanted) {
+        typedInto = XCB_NONE;
+        type(wanted);
+        other->synchronise();
+        readEvents();
+        return typedInto;
+    }
+    bool hearsOfOtherWindows() {
+        const linuxdesktop::XcbReply<xcb_get_window_attributes_reply_t> root(
+            xcb_get_window_attributes_reply(
+                connection->get(), xcb_get_window_attributes(connection->get(), connection->root()),
+                nullptr));
+        return (root->your_event_mask & XCB_EVENT_MASK_SUBSTRUCTURE_NOTIFY) != 0;
+    }
+
+    std::unique_ptr<linuxdesktop::XcbConnection> other =
+        linuxdesktop::XcbConnection::open().value();
+    const xcb_window_t window = xcb_generate_id(other->get());
+    xcb_window_t typedInto = XCB_NONE;
+    using Pings = std::vector<xcb_client_message_event_t>;
+
+    bool answersPings = true;
+    // Those that are not answered.
+    Pings pings;
+};
+
+TEST_F(X11SessionWithWindow, GivesTheFocusBackToWhereverItWas) {
+    for (const xcb_window_t earlier : {xcb_window_t{XCB_INPUT_FOCUS_POINTER_ROOT},
+                                       xcb_window_t{XCB_INPUT_FOCUS_NONE}, connection->root()}) {
+        focus(earlier);
+        type(XCB_NONE);
+        EXPECT_FALSE(log.hasLineWith("not delivered"));
+        EXPECT_EQ(focused()->focus, earlier);
+        EXPECT_EQ(focused()->revert_to, XCB_INPUT_FOCUS_NONE);
+    }
+}
+
+TEST_F(X11SessionWithWindow, WaitsForNoWindowThatIsGone) {
+    using namespace std::chrono_literals;
+    focus(window);
+    type(XCB_NONE);
+    answersPings = false;
+    bool isTyped = false;
+    session.typist().type({getpid(), U"ж"}, XCB_NONE, [&] { isTyped = true; });
+    EXPECT_TRUE(runUntil([this] { return !pings.empty(); }, 15s));
+    xcb_destroy_window(other->get(), window);
+    other->synchronise();
+    EXPECT_TRUE(runUntil([&] { return isTyped; }, 15s));
+    EXPECT_FALSE(log.hasLineWith("not delivered"));
+}
+
+// A program may have several windows, and another one in front by the time that the text comes.
+TEST_F(X11SessionWithWindow, TypesIntoTheWindowOfTheProcessThatIsAskedFor) {
+    const xcb_window_t later = xcb_generate_id(other->get());
+    xcb_create_window(other->get(), XCB_COPY_FROM_PARENT, later, other->root(), 0, 0, 100, 100, 0,
+                      XCB_WINDOW_CLASS_INPUT_OUTPUT, XCB_COPY_FROM_PARENT, 0, nullptr);
+    xcb_map_window(other->get(), later);
+    for (const xcb_window_t each : {window, later}) {
+        other->selectEvents(each, XCB_EVENT_MASK_KEY_PRESS);
+    }
+    focus(later);
+    EXPECT_EQ(windowTypedInto(window), window);
+    EXPECT_EQ(focused()->focus, later);
+    EXPECT_EQ(windowTypedInto(later), later);
+    xcb_destroy_window(other->get(), window);
+    other->synchronise();
+    EXPECT_EQ(windowTypedInto(window), later);
+}
+
+// Each window that anybody opens or moves would wake the application for ever.
+TEST_F(X11SessionWithWindow, StopsListeningForAnAnswerThatDoesNotCome) {
+    using namespace std::chrono_literals;
+    focus(window);
+    ASSERT_EQ(session.hotKeys().add(1, platform::spaceKeyCode, platform::optionKeyMask),
+              platform::noErr);
+    hear();
+    user.press(X11User::altKey);
+    user.press(X11User::spaceKey);
+    EXPECT_FALSE(user.isDown(X11User::spaceKey));
+    hear();
+    EXPECT_EQ(events, "P");
+    EXPECT_TRUE(hearsOfOtherWindows());
+    linuxdesktop::Deadline end(loop);
+    end.set(5s, [this] { loop.quit(); });
+    loop.run([this] {
+        session.drain();
+        if (!hearsOfOtherWindows()) {
+            loop.quit();
+        }
+    });
+    EXPECT_FALSE(hearsOfOtherWindows());
+}
+
+}  // namespace
+
+}  // namespace tarvik::tests
