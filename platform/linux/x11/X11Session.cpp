@@ -139,8 +139,8 @@ void X11Session::handleXinput(const xcb_ge_generic_event_t& event) {
     }
 }
 
-// A window may vanish at any time, also between two requests about it. It may be unmapped just
-// before it gets the focus.
+// A window may vanish at any time, also between two requests about it, and so may a keyboard. A
+// window may be unmapped just before it gets the focus.
 void X11Session::report(const xcb_generic_error_t& error) {
     constexpr std::uint8_t badWindow = 3;
     constexpr std::uint8_t badMatch = 8;
@@ -149,7 +149,7 @@ void X11Session::report(const xcb_generic_error_t& error) {
         // The window has gone before its events were chosen.
         typist_.handleDestroyed(error.resource_id);
     }
-    if (error.error_code != badWindow && !isUnmapped) {
+    if (error.error_code != badWindow && !isUnmapped && !connection_.isMissingKeyboard(error)) {
         log_.write("TarvikDictate: the X server refused request " +
                    std::to_string(error.major_code) + "." + std::to_string(error.minor_code) +
                    " with error " + std::to_string(error.error_code));

@@ -66,6 +66,7 @@ const char* XcbConnection::useExtensions() {
     }
     xinputOpcode_ = xinput->major_opcode;
     xinputFirstEvent_ = xinput->first_event;
+    xinputFirstError_ = xinput->first_error;
     xkbFirstEvent_ = xkb->first_event;
     const auto xinputVersion = xcb_input_xi_query_version(connection_, 2, 2);
     const auto xkbUse = xcb_xkb_use_extension(connection_, 1, 0);
@@ -148,6 +149,11 @@ void XcbConnection::findKeyboards() {
             testKeyboard_ = device.deviceid;
         }
     }
+}
+
+bool XcbConnection::isMissingKeyboard(const xcb_generic_error_t& error) const {
+    return error.major_code == xinputOpcode_ &&
+           error.error_code == xinputFirstError_ + XCB_INPUT_DEVICE;
 }
 
 void XcbConnection::shutDown() {

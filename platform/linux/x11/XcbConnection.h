@@ -45,6 +45,8 @@ class XcbConnection {
     std::uint8_t xinputOpcode() const { return xinputOpcode_; }
     std::uint8_t xinputFirstEvent() const { return xinputFirstEvent_; }
     std::uint8_t xkbFirstEvent() const { return xkbFirstEvent_; }
+    /// Whether an error says that a keyboard does not exist.
+    bool isMissingKeyboard(const xcb_generic_error_t& error) const;
 
     /// True once the server is gone. Every request is ignored from then on. Any thread.
     bool isBroken() const { return xcb_connection_has_error(connection_) != 0; }
@@ -86,6 +88,7 @@ class XcbConnection {
     std::vector<std::uint16_t> keyboards_;
     std::uint8_t xinputOpcode_ = 0;
     std::uint8_t xinputFirstEvent_ = 0;
+    std::uint8_t xinputFirstError_ = 0;
     std::uint8_t xkbFirstEvent_ = 0;
     bool knowsProcesses_ = false;
     // By window and owner.

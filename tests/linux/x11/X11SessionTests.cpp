@@ -86,6 +86,19 @@ TEST_F(X11SessionTest, TellsHowMuchIsLostWhereAnotherProgramKeepsTheKeyboard) {
     EXPECT_EQ(locker.grabbedPresses(), 0);
 }
 
+// Its event comes after the requests about it.
+TEST_F(X11SessionTest, SaysNothingOfAKeyboardThatIsUnpluggedMeanwhile) {
+    const std::size_t keyboards = connection->keyboards().size();
+    user.addSecondKeyboard();
+    hear();
+    EXPECT_GT(connection->keyboards().size(), keyboards);
+    user.removeSecondKeyboard();
+    session.typist().type({std::nullopt, U"x"}, XCB_NONE, [] {});
+    hear();
+    EXPECT_EQ(connection->keyboards().size(), keyboards);
+    EXPECT_EQ(log.lines(), std::vector<std::string>());
+}
+
 // No window reads the keys, so that nothing but time tells when they can be used again.
 TEST_F(X11SessionTest, TypesMoreThanThereAreSpareKeysWhereNoWindowIsInFront) {
     std::u32string text;

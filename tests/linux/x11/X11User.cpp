@@ -6,6 +6,7 @@
 #include <xcb/xtest.h>
 
 #include <algorithm>
+#include <array>
 #include <span>
 #include <stdexcept>
 #include <string_view>
@@ -122,6 +123,41 @@ void X11User::changeHierarchy(std::uint16_t change, std::uint16_t master) {
     const xcb_input_attach_slave_t request{change, lengthInWords, device_, master};
     xcb_input_xi_change_hierarchy(connection_, 1,
                                   reinterpret_cast<const xcb_input_hierarchy_change_t*>(&request));
+    isDown(spaceKey);
+}
+
+void X11User::addSecondKeyboard() {
+    constexpr std::string_view name = "second";
+    struct {
+        xcb_input_add_master_t head{};
+        std::array<char, 8> name{};
+    } change;
+    change.head.type = XCB_INPUT_HIERARCHY_CHANGE_TYPE_ADD_MASTER;
+    change.head.len = sizeof change / 4;
+    change.head.name_len = static_cast<std::uint16_t>(name.size());
+    change.head.enable = 1;
+    std::ranges::copy(name, change.name.begin());
+    xcb_input_xi_change_hierarchy(connection_, 1,
+                                  reinterpret_cast<const xcb_input_hierarchy_change_t*>(&change));
+    isDown(spaceKey);
+}
+
+// The server removes the keyboard together with its pointer.
+void X11User::removeSecondKeyboard() {
+    const XcbReply<xcb_input_xi_query_device_reply_t> reply(xcb_input_xi_query_device_reply(
+        connection_, xcb_input_xi_query_device(connection_, XCB_INPUT_DEVICE_ALL_MASTER), nullptr));
+    xcb_input_remove_master_t change{};
+    change.type = XCB_INPUT_HIERARCHY_CHANGE_TYPE_REMOVE_MASTER;
+    change.len = sizeof change / 4;
+    change.return_mode = XCB_INPUT_CHANGE_MODE_FLOAT;
+    auto devices = xcb_input_xi_query_device_infos_iterator(reply.get());
+    for (; devices.rem > 0; xcb_input_xi_device_info_next(&devices)) {
+        if (devices.data->type == XCB_INPUT_DEVICE_TYPE_MASTER_KEYBOARD) {
+            change.deviceid = devices.data->deviceid;
+        }
+    }
+    xcb_input_xi_change_hierarchy(connection_, 1,
+                                  reinterpret_cast<const xcb_input_hierarchy_change_t*>(&change));
     isDown(spaceKey);
 }
 

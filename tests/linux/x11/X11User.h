@@ -41,6 +41,9 @@ class X11User {
     /// Takes the hardware away from the server's keyboard, and gives it back.
     void unplug();
     void plugIn();
+    /// Adds another keyboard with a pointer, which programs can press, and removes both.
+    void addSecondKeyboard();
+    void removeSecondKeyboard();
 
     /// Grabs a key for this program as hotkeys are grabbed; false when another one has it.
     bool grabHotKey(std::uint8_t key, std::uint32_t modifiers);
