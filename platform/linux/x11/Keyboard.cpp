@@ -178,11 +178,16 @@ std::uint32_t Keyboard::eventManagerMask(const std::vector<xcb_keycode_t>& keys)
 }
 
 std::optional<xcb_keycode_t> Keyboard::silentKey() const {
+    std::optional<xcb_keycode_t> first;
     for (std::size_t i = 0; i < map_.size(); ++i) {
         const auto code = static_cast<xcb_keycode_t>(map_.firstCode() + i);
-        if (map_[code].isSpare()) {
-            return code;
+        if (!map_[code].isSpare()) {
+            continue;
         }
+        if (first || !remapped_.empty()) {
+            return first.value_or(code);
+        }
+        first = code;
     }
     return std::nullopt;
 }

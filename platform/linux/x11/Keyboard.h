@@ -64,7 +64,8 @@ class Keyboard {
     /// The event manager's modifiers that any of these keys stands for.
     std::uint32_t eventManagerMask(const std::vector<xcb_keycode_t>& keys) const;
 
-    /// A key that yields nothing, and is never remapped; empty when the keyboard has no spare key.
+    /// A key that yields nothing, and is never remapped. Empty when the keyboard has no spare key,
+    /// or just one, which serves text.
     std::optional<xcb_keycode_t> silentKey() const;
 
     /// The keystroke that types `character` while layout `group` is active, no modifier counts but

@@ -3,6 +3,7 @@
 #include <dlfcn.h>
 #include <gtest/gtest.h>
 #include <poll.h>
+#include <xkbcommon/xkbcommon-keysyms.h>
 
 #include <chrono>
 #include <functional>
@@ -96,6 +97,16 @@ TEST_F(X11SessionTest, SaysNothingOfAKeyboardThatIsUnpluggedMeanwhile) {
     session.typist().type({std::nullopt, U"x"}, XCB_NONE, [] {});
     hear();
     EXPECT_EQ(connection->keyboards().size(), keyboards);
+    EXPECT_EQ(log.lines(), std::vector<std::string>());
+}
+
+// One key without a symbol is left, and its two characters at a time.
+TEST_F(X11SessionTest, TypesWithASingleSpareKey) {
+    user.fillKeysWithoutSymbol(1, XKB_KEY_F35);
+    hear();
+    session.typist().type({std::nullopt, U"жду поезд"}, XCB_NONE, [] {});
+    session.typist().whenIdle([this] { loop.quit(); });
+    loop.run([this] { session.drain(); });
     EXPECT_EQ(log.lines(), std::vector<std::string>());
 }
 

@@ -243,6 +243,21 @@ int X11User::keysWithoutSymbol() {
     return empty;
 }
 
+void X11User::fillKeysWithoutSymbol(int left, std::uint32_t symbol) {
+    const auto reply = map();
+    const std::size_t each = reply->keysyms_per_keycode;
+    const std::span symbols(xcb_get_keyboard_mapping_keysyms(reply.get()), reply->length);
+    int empty = keysWithoutSymbol();
+    for (std::size_t first = 0; first < symbols.size() && empty > left; first += each) {
+        if (symbols[first] == XCB_NO_SYMBOL) {
+            setSymbol(
+                static_cast<std::uint8_t>(xcb_get_setup(connection_)->min_keycode + first / each),
+                symbol);
+            empty = keysWithoutSymbol();
+        }
+    }
+}
+
 void X11User::setSymbol(std::uint8_t key, std::uint32_t symbol) {
     xcb_change_keyboard_mapping(connection_, 1, key, 1, &symbol);
     isDown(key);

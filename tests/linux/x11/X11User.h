@@ -62,6 +62,8 @@ class X11User {
 
     /// How many keys have no symbol.
     int keysWithoutSymbol();
+    /// Gives the keys without a symbol this one, but for the last `left` of them.
+    void fillKeysWithoutSymbol(int left, std::uint32_t symbol);
     /// Changes what a key yields.
     void setSymbol(std::uint8_t key, std::uint32_t symbol);
     /// Writes the keyboard map as it is, as programs do that speak only the core protocol.
