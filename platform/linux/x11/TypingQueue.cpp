@@ -12,6 +12,7 @@ void TypingQueue::push(TypedText text, xcb_window_t window, std::function<void()
         items_.back().window == window) {
         items_.back().text.characters += text.characters;
         items_.back().onTyped.push_back(std::move(onTyped));
+        items_.back().posted = std::chrono::steady_clock::now();
     } else {
         items_.push_back({std::move(text), window, {std::move(onTyped)}});
     }

@@ -3,6 +3,7 @@
 
 #include <xcb/xcb.h>
 
+#include <chrono>
 #include <cstddef>
 #include <deque>
 #include <functional>
@@ -28,8 +29,8 @@ class TypingQueue {
         /// The window whose keys have to be read, or that has to come to the front, before typing
         /// goes on.
         xcb_window_t waitsFor = XCB_NONE;
-        /// How many pings are to be answered before the next key, where an input method runs.
-        int pings = 0;
+        /// When the last of the joined texts came.
+        std::chrono::steady_clock::time_point posted = std::chrono::steady_clock::now();
     };
     /// Whether the keys in a window have been read.
     using IsRead = std::function<bool(xcb_window_t window)>;

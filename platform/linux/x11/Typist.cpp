@@ -26,10 +26,6 @@ constexpr int maxFailures = 12;
 constexpr std::size_t reservedStrokes = 8;
 // The server listens to this client alone during a burst, so bursts are short.
 constexpr std::size_t maxBurstLength = 40;
-// A program with an input method sends each key there and back, and may mix up keys that come
-// faster.
-constexpr milliseconds inputMethodInterval = 12ms;
-constexpr int furtherPings = 2;
 
 }  // namespace
 
@@ -55,6 +51,7 @@ Typist::Typist(XcbConnection& connection, Keyboard& keyboard, FrontWindow& front
                }}),
       targetWindow_(connection, front, loop, [this] { handleChange(); }),
       wait_(loop),
+      pacing_(unread_, wait_),
       restoreDeadline_(loop) {}
 
 Typist::~Typist() {
@@ -102,7 +99,6 @@ void Typist::beginNext() {
     const auto isReady = [this](xcb_window_t window) { return this->isReady(window); };
     item_ = queue_.take(isReady);
     failures_ = 0;
-    keyboardDeadline_.reset();
     target_ = XCB_NONE;
     if (item_) {
         reachTarget();
@@ -126,6 +122,7 @@ void Typist::endTyping() {
         return;
     }
     isBusy_ = false;
+    keyboardTaken_.reset();
     listen();
     scheduleRestore();
     if (const auto action = std::exchange(whenIdle_, nullptr)) {
@@ -145,11 +142,6 @@ void Typist::scheduleRestore() {
 
 void Typist::reachTarget() {
     using Place = TargetWindow::Place;
-    if (item_->position == current().characters.size()) {
-        // The text was put back until its last key was read.
-        endText();
-        return;
-    }
     const auto process = current().process;
     behind_ = XCB_NONE;
     inFront_ = XCB_NONE;
@@ -244,16 +236,25 @@ void Typist::planRound() {
     }
 }
 
-// Other texts go first meanwhile, unless the target has been brought to the front for its text, or
-// the keys have gone to no window.
+// Other texts go first meanwhile, unless the keys have gone to no window. A target that has been
+// brought to the front for its text has a short time to read.
 void Typist::waitFor(xcb_window_t window) {
-    if (targetWindow_.isBroughtToFront() || window == XCB_NONE) {
-        wait_.begin(
-            UnreadKeys::maxTimeout, [this, window] { return isRead(window); },
-            [this](bool) { reachTarget(); });
-    } else {
+    if (!targetWindow_.isBroughtToFront() && window != XCB_NONE) {
         letOthersPass(window);
+        return;
     }
+    wait_.begin(
+        targetTimeout, [this, window] { return isRead(window); },
+        [this, window](bool hasRead) {
+            if (hasRead) {
+                reachTarget();
+                return;
+            }
+            if (targetWindow_.isBroughtToFront()) {
+                targetWindow_.giveFocusBack();
+            }
+            waitFor(window);
+        });
 }
 
 void Typist::letOthersPass(xcb_window_t waitsFor) {
@@ -263,14 +264,15 @@ void Typist::letOthersPass(xcb_window_t waitsFor) {
 }
 
 void Typist::typeRound() {
-    if (item_->pings > 0) {
-        pingAgain();
-        return;
-    }
     const TypedText& text = current();
     const bool isPaced = keyboard_.hasInputMethod();
     const std::size_t burstLength = isPaced ? 1 : maxBurstLength;
     while (item_->position < roundEnd_) {
+        if (pacing_.isDue(target_)) {
+            pacing_.await(target_,
+                          [this](bool isOver) { isOver ? typeRound() : waitFor(target_); });
+            return;
+        }
         const auto burst =
             std::u32string_view(text.characters)
                 .substr(item_->position, std::min(burstLength, roundEnd_ - item_->position));
@@ -278,13 +280,11 @@ void Typist::typeRound() {
             case KeyBurst::Outcome::done:
                 item_->position += burst.size();
                 failures_ = 0;
-                keyboardDeadline_.reset();
+                keyboardTaken_.reset();
                 unread_.add(target_, burst);
                 listen();
                 if (isPaced) {
-                    item_->pings = furtherPings;
-                    waitForInputMethod();
-                    return;
+                    pacing_.handleKey(target_);
                 }
                 break;
             case KeyBurst::Outcome::notInFront:
@@ -301,38 +301,12 @@ void Typist::typeRound() {
     endRound();
 }
 
-// Nothing tells when a program has got the answer of its input method. A program that answers the
-// first ping has asked the input method. The further pings come after the answer in most cases.
-void Typist::waitForInputMethod() {
-    if (!unread_.isPinged(target_)) {
-        item_->pings = 0;
-        wait_.pause(inputMethodInterval, [this] { typeRound(); });
-        return;
-    }
-    wait_.begin(
-        targetTimeout, [this] { return isRead(target_); },
-        [this](bool hasAnswered) {
-            if (hasAnswered) {
-                typeRound();
-            } else {
-                waitFor(target_);
-            }
-        });
-}
-
-void Typist::pingAgain() {
-    wait_.pause(item_->pings-- == furtherPings ? inputMethodInterval : 0ms, [this] {
-        unread_.add(target_, {});
-        waitForInputMethod();
-    });
-}
-
+// Each text has the whole time, but all of them wait at once.
 void Typist::waitForKeyboard() {
     const auto now = std::chrono::steady_clock::now();
-    if (!keyboardDeadline_) {
-        keyboardDeadline_ = now + maxKeyboardWait_;
-    }
-    if (now >= *keyboardDeadline_ || connection_.isBroken()) {
+    keyboardTaken_ = keyboardTaken_.value_or(now);
+    if (now >= std::max(*keyboardTaken_, item_->posted) + maxKeyboardWait_ ||
+        connection_.isBroken()) {
         fail("another program has taken the keyboard");
         return;
     }

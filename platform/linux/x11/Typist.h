@@ -17,6 +17,7 @@
 #include "platform/linux/x11/ConditionWait.h"
 #include "platform/linux/x11/FrontWindow.h"
 #include "platform/linux/x11/HotKeys.h"
+#include "platform/linux/x11/InputMethodPacing.h"
 #include "platform/linux/x11/KeyBurst.h"
 #include "platform/linux/x11/Keyboard.h"
 #include "platform/linux/x11/TargetWindow.h"
@@ -32,7 +33,7 @@ namespace tarvik::linuxdesktop {
 class Typist {
   public:
     /// A text waits so long for a program that has taken the keyboard, such as a menu or a locked
-    /// screen. After that the text is lost, which the log tells.
+    /// screen, however many texts wait before it. After that the text is lost, which the log tells.
     static constexpr std::chrono::milliseconds keyboardTimeout{30'000};
 
     Typist(XcbConnection& connection, Keyboard& keyboard, FrontWindow& front, HotKeys& hotKeys,
@@ -63,7 +64,10 @@ class Typist {
         }
     }
     /// A window is gone.
-    void handleDestroyed(xcb_window_t window) { unread_.handleDestroyed(window); }
+    void handleDestroyed(xcb_window_t window) {
+        pacing_.handleDestroyed(window);
+        unread_.handleDestroyed(window);
+    }
 
   private:
     struct Round {
@@ -86,8 +90,6 @@ class Typist {
     void waitFor(xcb_window_t window);
     void letOthersPass(xcb_window_t waitsFor);
     void typeRound();
-    void waitForInputMethod();
-    void pingAgain();
     void waitForKeyboard();
     void endRound();
     void endText();
@@ -119,8 +121,8 @@ class Typist {
     std::optional<TypingQueue::Item> item_;
     std::size_t roundEnd_ = 0;
     int failures_ = 0;
-    // When another program that has the keyboard is given up.
-    std::optional<SteadyTime> keyboardDeadline_;
+    // Since when another program has the keyboard.
+    std::optional<SteadyTime> keyboardTaken_;
     xcb_window_t target_ = XCB_NONE;
     // The target's window, where the target is not in front and takes the focus all the same.
     xcb_window_t behind_ = XCB_NONE;
@@ -128,6 +130,7 @@ class Typist {
     xcb_window_t inFront_ = XCB_NONE;
 
     ConditionWait wait_;
+    InputMethodPacing pacing_;
     Deadline restoreDeadline_;
 };
 

@@ -228,7 +228,8 @@ bool UnreadKeys::readsMarkers(xcb_window_t window, Keys& keys) {
 
 void UnreadKeys::expire(xcb_window_t window) {
     Keys& keys = windows_[window];
-    if (keys.isDoubtful || keys.characters.empty()) {
+    // Keys that went to no window are no program's to read.
+    if (keys.isDoubtful || keys.characters.empty() || window == XCB_NONE) {
         remove(window);
         return;
     }

@@ -133,6 +133,25 @@ TEST_F(X11BypassedTyping, LetsOtherTextsPassWhileAProgramReadsNothing) {
     }
 }
 
+// The user's own keys would go to the window that has been brought to the front.
+TEST_F(X11BypassedTyping, GivesTheFocusBackWhileAProgramBroughtToTheFrontReadsNothing) {
+    const X11Target slow(X11Target::Kind::gtk3Entry, mainQueue);
+    ASSERT_TRUE(comesToFront(slow));
+    moveFrontWindowAway();
+    const X11Target fast(X11Target::Kind::gtk3Entry, mainQueue);
+    ASSERT_TRUE(comesToFront(fast));
+    const AnnouncedMethod method;
+    slow.hang();
+    type("many keys", slow.process());
+    type("one", fast.process());
+    EXPECT_TRUE(becomes(fast, "one"));
+    EXPECT_TRUE(comesToFront(fast));
+    slow.goOn();
+    EXPECT_TRUE(becomes(slow, "many keys"));
+    EXPECT_TRUE(comesToFront(fast));
+    EXPECT_FALSE(log.hasLineWith("not delivered"));
+}
+
 // A program looks a key up once more after the input method has answered, however late that is.
 TEST_F(X11BypassedTyping, LeavesRemappedKeysWhereAProgramMayStillLookThemUp) {
     const X11Target target(X11Target::Kind::gtk3Entry, mainQueue);

@@ -137,6 +137,18 @@ TEST_F(X11UnreadKeys, OfAnUnknownProgramAreNotWaitedForAfterADelayAndKeptWherePo
     EXPECT_EQ(lost, 0U);
 }
 
+// Nobody reads them, so nothing is to be said, and no text waits for them.
+TEST_F(X11UnreadKeys, OfNoWindowAreNeverReportedAsLost) {
+    int reports = 0;
+    UnreadKeys expiring{
+        *connection, loop, ping, {[] {}, [&](xcb_window_t, std::size_t) { ++reports; }}, 50ms};
+    bool isRead = false;
+    expiring.add(XCB_NONE, U"ж");
+    expiring.whenRead(XCB_NONE, [&] { isRead = true; });
+    EXPECT_TRUE(runUntil([&] { return isRead && expiring.isEmpty(); }, 5s));
+    EXPECT_EQ(reports, 0);
+}
+
 // The program reads the right characters when it goes on after all.
 TEST_F(X11UnreadKeys, OfAProgramThatReadsNothingAreReportedOnceAndKeepTheirSymbols) {
     const X11Target terminal(X11Target::Kind::terminal, mainQueue);

@@ -87,6 +87,25 @@ TEST_F(X11SessionTest, TellsHowMuchIsLostWhereAnotherProgramKeepsTheKeyboard) {
     EXPECT_EQ(locker.grabbedPresses(), 0);
 }
 
+// Each of them could have been typed when the keyboard was free again.
+TEST_F(X11SessionTest, WaitsWithEveryTextAtOnceForTheKeyboard) {
+    using namespace std::chrono_literals;
+    const auto other = linuxdesktop::XcbConnection::open().value();
+    linuxdesktop::X11Session refused(*other, loop, log,
+                                     {[](HotKeyNumber) {}, [](HotKeyNumber) {}, {}}, {}, front, 1s);
+    X11User locker;
+    locker.grabWholeKeyboard();
+    const auto start = std::chrono::steady_clock::now();
+    // Texts for one window would be joined.
+    for (const xcb_window_t window : {1U, 2U, 3U, 4U}) {
+        refused.typist().type({std::nullopt, U"lost"}, window, [] {});
+    }
+    refused.typist().whenIdle([this] { loop.quit(); });
+    loop.run([&] { refused.drain(); });
+    EXPECT_EQ(log.linesWith("has taken the keyboard (4 characters)").size(), 4U);
+    EXPECT_LT(std::chrono::steady_clock::now() - start, 3s);
+}
+
 // Its event comes after the requests about it.
 TEST_F(X11SessionTest, SaysNothingOfAKeyboardThatIsUnpluggedMeanwhile) {
     const std::size_t keyboards = connection->keyboards().size();

@@ -1,0 +1,58 @@
+// SPDX-License-Identifier: MIT
+
+#include "platform/linux/x11/InputMethodPacing.h"
+
+#include <chrono>
+#include <utility>
+
+namespace tarvik::linuxdesktop {
+
+namespace {
+
+using namespace std::chrono_literals;
+using std::chrono::milliseconds;
+
+constexpr milliseconds answerTimeout = 300ms;
+constexpr milliseconds keyInterval = 12ms;
+constexpr int furtherPings = 2;
+
+}  // namespace
+
+void InputMethodPacing::handleKey(xcb_window_t window) {
+    paces_[window] = {unread_.isPinged(window), furtherPings};
+}
+
+// Nothing tells when a program has got the answer of its input method. A program that answers the
+// first ping has asked the input method. The further pings come after the answer in most cases.
+void InputMethodPacing::await(xcb_window_t window, std::function<void(bool)> next) {
+    if (!paces_[window].isPinged) {
+        paces_.erase(window);
+        wait_.pause(keyInterval, [next = std::move(next)] { next(true); });
+        return;
+    }
+    wait_.begin(
+        answerTimeout, [this, window] { return !unread_.contains(window); },
+        [this, window, next = std::move(next)](bool hasAnswered) {
+            if (hasAnswered) {
+                pingAgain(window, next);
+            } else {
+                next(false);
+            }
+        });
+}
+
+void InputMethodPacing::pingAgain(xcb_window_t window, const std::function<void(bool)>& next) {
+    Pace& pace = paces_[window];
+    if (pace.pings == 0) {
+        paces_.erase(window);
+        next(true);
+        return;
+    }
+    const bool isFirst = pace.pings-- == furtherPings;
+    wait_.pause(isFirst ? keyInterval : 0ms, [this, window, next] {
+        unread_.add(window, {});
+        await(window, next);
+    });
+}
+
+}  // namespace tarvik::linuxdesktop
