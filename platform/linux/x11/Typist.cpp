@@ -221,8 +221,16 @@ void Typist::planRound() {
     target_ = behind_ != XCB_NONE ? behind_ : front_.window();
     keyboard_.refresh();
     const Round round = nextRound();
-    if (round.end < current().characters.size() && !isRead(target_)) {
+    const bool isLast = round.end == current().characters.size();
+    if (!isRead(target_) && (!isLast || !round.lacking.empty())) {
         waitFor(target_);
+        return;
+    }
+    if (const auto other = unread_.windowTypedInto(targetTimeout);
+        other && !round.lacking.empty()) {
+        wait_.begin(
+            targetTimeout, [this, other] { return isRead(*other); },
+            [this](bool) { reachTarget(); });
         return;
     }
     if (round.end > item_->position) {

@@ -51,6 +51,15 @@ bool UnreadKeys::contains(xcb_window_t window) const {
     return found != windows_.end() && !found->second.isDoubtful;
 }
 
+std::optional<xcb_window_t> UnreadKeys::windowTypedInto(milliseconds time) const {
+    const auto now = std::chrono::steady_clock::now();
+    const auto found = std::ranges::find_if(windows_, [&](const auto& entry) {
+        const Keys& keys = entry.second;
+        return !keys.isDoubtful && !keys.characters.empty() && keys.typed > now - time;
+    });
+    return found == windows_.end() ? std::nullopt : std::optional(found->first);
+}
+
 bool UnreadKeys::isPinged(xcb_window_t window) const {
     const auto found = windows_.find(window);
     return found != windows_.end() && found->second.isPinged;

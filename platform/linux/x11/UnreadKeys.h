@@ -54,6 +54,10 @@ class UnreadKeys {
     /// Whether the keys in a window are waited for.
     bool contains(xcb_window_t window) const;
 
+    /// A window whose keys were typed within the last `time` and are waited for: its program may be
+    /// reading the map. Empty when there is none.
+    std::optional<xcb_window_t> windowTypedInto(std::chrono::milliseconds time) const;
+
     /// Whether keys in a window are waited for whose program says that it answers pings.
     bool isPinged(xcb_window_t window) const;
 

@@ -124,6 +124,24 @@ TEST_F(X11SessionWithWindow, WaitsForNoWindowThatIsGone) {
     EXPECT_FALSE(log.hasLineWith("not delivered"));
 }
 
+// The X library forgets an announcement that comes while it reads the map. The program would look
+// up the later keys in the map before the change.
+TEST_F(X11SessionWithWindow, ChangesTheMapOnlyWhenTheProgramHasReadTheKeysBefore) {
+    using namespace std::chrono_literals;
+    focus(window);
+    type(XCB_NONE);
+    answersPings = false;
+    session.typist().type({getpid(), U"ж"}, XCB_NONE, [] {});
+    EXPECT_TRUE(runUntil([this] { return !pings.empty(); }, 15s));
+    const int spare = user.keysWithoutSymbol();
+    bool isTyped = false;
+    session.typist().type({getpid(), U"д"}, XCB_NONE, [&] { isTyped = true; });
+    EXPECT_FALSE(runUntil([&] { return user.keysWithoutSymbol() < spare; }, 400ms));
+    answersPings = true;
+    EXPECT_TRUE(runUntil([&] { return isTyped; }, 15s));
+    EXPECT_EQ(user.keysWithoutSymbol(), spare - 1);
+}
+
 // A program may have several windows, and another one in front by the time that the text comes.
 TEST_F(X11SessionWithWindow, TypesIntoTheWindowOfTheProcessThatIsAskedFor) {
     const xcb_window_t later = xcb_generate_id(other->get());
