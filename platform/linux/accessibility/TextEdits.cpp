@@ -32,22 +32,6 @@ bool hitOtherText(const DeletionReplies& replies) {
 
 }  // namespace
 
-std::string commonPrefix(const std::string& text, const std::string& found) {
-    auto end = std::mismatch(text.begin(), text.end(), found.begin(), found.end()).first;
-    while (end != text.begin() && end != text.end() && (*end & 0xC0) == 0x80) {
-        --end;
-    }
-    return {text.begin(), end};
-}
-
-bool isCutFrom(std::string_view text, std::string_view whole) {
-    constexpr std::string_view half = "\uFFFD";
-    if (text.ends_with(half)) {
-        text.remove_suffix(half.size());
-    }
-    return text.size() < whole.size() && whole.starts_with(text);
-}
-
 std::int64_t InsertionReplies::insertedLength() const {
     return isAccepted && countBefore && count ? std::max<std::int64_t>(*count - *countBefore, 0)
                                               : 0;

@@ -6,7 +6,6 @@
 #include <memory>
 #include <optional>
 #include <string>
-#include <string_view>
 
 #include "platform/linux/accessibility/AtspiText.h"
 #include "platform/linux/accessibility/CallBatch.h"
@@ -52,12 +51,6 @@ struct InsertionReplies {
 
 /// Fields with a length limit are shorter. A larger tail would be read with every piece of text.
 inline constexpr std::int64_t maxTailLength = 1000;
-
-/// As much of `text` as `found` begins with, in whole characters.
-std::string commonPrefix(const std::string& text, const std::string& found);
-
-/// Whether `text` is less than all of `whole`, without its end. The cut may have split a character.
-bool isCutFrom(std::string_view text, std::string_view whole);
 
 /// Adds the insertion of `text` at `offset`, in a text of `count`, to `calls`, before any other
 /// call. When the replies come late, `onLateReplies` is called in a handler of the bus.

@@ -7,6 +7,7 @@
 #include <utility>
 
 #include "platform/linux/accessibility/CallBatch.h"
+#include "platform/linux/accessibility/TextParts.h"
 #include "platform/linux/bus/BusReplies.h"
 
 namespace tarvik::linuxdesktop {
@@ -205,7 +206,7 @@ void TextWrite::settle() {
         handlers_.onUnreliable(lineAbout(*element_->application, silence));
     }
     if (hasArrived && insertion_->isAccepted) {
-        takeBack(lengthOfText());
+        takeBack(lengthThatArrived());
     }
 }
 
@@ -295,9 +296,15 @@ void TextWrite::restoreTail() {
 
 void TextWrite::undo() {
     if (insertion_->isAccepted) {
-        takeBack(lengthOfText());
+        takeBack(lengthThatArrived());
         moveCaret(offset_);
     }
+}
+
+// A text that cannot be read does not show that its program counts UTF-16 units.
+std::int64_t TextWrite::lengthThatArrived() const {
+    const std::int64_t units = AtspiText::utf16LengthOf(text_);
+    return count_ && *count_ - countBefore_ == units ? units : lengthOfText();
 }
 
 void TextWrite::reportSilence() {

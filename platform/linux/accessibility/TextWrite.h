@@ -85,6 +85,7 @@ class TextWrite : public std::enable_shared_from_this<TextWrite> {
     bool readText(std::int64_t length);
     void takeBack(std::int64_t length);
     std::int64_t lengthToTakeBack();
+    std::int64_t lengthThatArrived() const;
     void moveCaret(std::int64_t offset);
     void awaitReply(BusMessage call);
 

@@ -46,6 +46,7 @@ parser.add_argument("--behaviour", default="honest",
                     choices=["honest", "liar", "late", "refusing", "short", "cutting", "cutting-slowly",
                              "silent-on-query", "silent-on-insertion", "silent-and-refusing", "silent-and-short",
                              "silent-and-utf16", "silent-and-late", "silent-and-utf16-short",
+                             "silent-and-utf16-unreadable",
                              "silent-on-deletion", "dying-on-insertion", "slow", "undeletable",
                              "nonsense", "garbling", "unreadable", "utf16", "utf16-cutting", "masking"])
 parser.add_argument("--window", action="store_true")
@@ -224,7 +225,7 @@ class Widget(dbus.service.Object):
     def GetText(self, start, end, reply, error):
         def work():
             text = characters(self.field.text[start:end])
-            if self.field.behaviour == "unreadable":
+            if "unreadable" in self.field.behaviour:
                 return ("",)
             return ("•" * len(text) if self.field.behaviour == "masking" else text,)
 

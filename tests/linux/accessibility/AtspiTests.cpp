@@ -134,6 +134,13 @@ TEST_F(AtspiAccessibility, AProgramThatFallsSilentOverATextKeepsNothingOfItWhenI
     EXPECT_EQ(insertions(), "1");
 }
 
+// The text shows nothing of the program's unit.
+TEST_F(AtspiAccessibility, AProgramThatFallsSilentAndCountsUtf16UnitsKeepsNothingOfTheText) {
+    open("silent-and-utf16-unreadable", "begin end", {"--select", "6:6"});
+    EXPECT_NE(write(element, "😀😀"), platform::axErrorSuccess);
+    EXPECT_EQ(textAfterWaking(), "begin end");
+}
+
 TEST_F(AtspiAccessibility, WithoutAThreadThereIsNoneAndOneLineSaysWhy) {
     open("honest", "as it was");
     service.reset();
