@@ -50,8 +50,8 @@ class AppDelegate : public platform::ApplicationDelegate,
     /// Ends this process. A new process of the application starts half a second later.
     void restartApp();
 
-    /// Starts a recording. Does nothing while a recording runs. Without a stored API key the key
-    /// prompt appears instead.
+    /// Starts a recording. Does nothing while a recording runs, and while the application waits for
+    /// its end. Without a stored API key the key prompt appears instead.
     void startRecording();
     /// Ends the recording. Does nothing when no recording runs. Transcripts that arrive later are
     /// still inserted. The capture runs on for 0.3 s without sending audio, so that a recording

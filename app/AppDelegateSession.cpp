@@ -42,7 +42,7 @@ void AppDelegate::toggleRecording() {
 }
 
 void AppDelegate::startRecording() {
-    if (isRecording_) {
+    if (isRecording_ || onReadyToTerminate_) {
         return;
     }
     const std::optional<std::string> apiKey = KeychainStore::shared().apiKey();

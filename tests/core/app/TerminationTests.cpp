@@ -110,6 +110,16 @@ TEST_F(Termination, TheHotkeysDoNothingAfterIt) {
     EXPECT_EQ(app.platform.eventManager().hotKeys(), 0U);
 }
 
+// A wake registers the hotkeys again.
+TEST_F(Termination, NoRecordingStartsWhileAStreamIsWaitedFor) {
+    app.startStreaming();
+    terminate();
+    app.delegate->handleSystemWake();
+    app.delegate->startRecording();
+    EXPECT_FALSE(app.isRecording());
+    EXPECT_FALSE(isReady);
+}
+
 TEST(DeferredBlock, TheSetupWindowNeedsTheDelegate) {
     ApplicationUnderTest app;
     app.launch();
