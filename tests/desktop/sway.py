@@ -22,7 +22,9 @@ bindsym --release Mod1+space exec {dictate} release
 LABWC_CONFIG = """<?xml version="1.0"?>
 <labwc_config>
   <keyboard>
-    <keybind key="A-space"><action name="Execute" command="{dictate} toggle"/></keybind>
+    <keybind key="A-space" onRelease="yes">
+      <action name="Execute" command="{dictate} toggle"/>
+    </keybind>
   </keyboard>
 </labwc_config>
 """
