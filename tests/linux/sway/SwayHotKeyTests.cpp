@@ -39,10 +39,21 @@ class SwayHotKeys : public SwayFixture, public testing::Test {
             }
         }
     }
-    // Holds the hotkey for a time that brings nothing but the press.
-    void holdFor(std::chrono::milliseconds time) {
+    // Presses and releases the hotkey, which is heard.
+    void expectHold(const HotKeyRecorder& hearer) {
+        pressHold();
+        releaseHold();
+        EXPECT_TRUE(becomes(hearer, "P1R1"));
+    }
+    // Registers the hotkey and presses it, which is heard.
+    void beginHold() {
         ASSERT_EQ(recorder->add(hold, 1), noErr);
         pressHold();
+        EXPECT_TRUE(becomes(*recorder, "P1"));
+    }
+    // Holds the hotkey for a time that brings nothing but the press.
+    void holdFor(std::chrono::milliseconds time) {
+        beginHold();
         mainQueue.runFor(time);
         EXPECT_EQ(recorder->events, "P1");
     }
@@ -58,9 +69,7 @@ TEST_F(SwayHotKeys, EachChoiceIsOneLineWithItsReason) {
 }
 
 TEST_F(SwayHotKeys, AHoldEndsWithTheSpaceBar) {
-    ASSERT_EQ(recorder->add(hold, 1), noErr);
-    pressHold();
-    EXPECT_TRUE(becomes(*recorder, "P1"));
+    beginHold();
     user.release(SwayUser::spaceKey);
     EXPECT_TRUE(becomes(*recorder, "P1R1", 300ms));
     user.release(SwayUser::altKey);
@@ -77,9 +86,7 @@ TEST_F(SwayHotKeys, AHoldEndsSoonAfterAltAlone) {
 }
 
 TEST_F(SwayHotKeys, AShortHoldEndsWhenAltAndThenTheSpaceBarGoUp) {
-    ASSERT_EQ(recorder->add(hold, 1), noErr);
-    pressHold();
-    EXPECT_TRUE(becomes(*recorder, "P1"));
+    beginHold();
     user.release(SwayUser::altKey);
     user.release(SwayUser::spaceKey);
     EXPECT_TRUE(becomes(*recorder, "P1R1", 300ms));
@@ -158,9 +165,7 @@ TEST_F(SwayHotKeys, AReloadOfSwayTakesNothing) {
     ASSERT_EQ(recorder->add(toggle, 2), noErr);
     user.configure("# nothing");
     mainQueue.runFor(100ms);
-    pressHold();
-    releaseHold();
-    EXPECT_TRUE(becomes(*recorder, "P1R1"));
+    expectHold(*recorder);
     EXPECT_TRUE(log.linesWith("a hotkey is lost").empty());
 }
 
@@ -198,9 +203,7 @@ TEST_F(SwayHotKeys, AnotherInstanceHasTheHotkeysOnceTheFirstHasUnregisteredThem)
     HotKeyRecorder other(second.eventManager());
     EXPECT_EQ(other.add(hold, 1), noErr);
     EXPECT_EQ(other.add(toggle, 2), noErr);
-    pressHold();
-    releaseHold();
-    EXPECT_TRUE(becomes(other, "P1R1"));
+    expectHold(other);
 }
 
 TEST_F(SwayHotKeys, AHotkeyThatTheUserHasKeepsNoOtherInstanceAway) {
@@ -219,9 +222,7 @@ TEST_F(SwayHotKeys, AnotherInstanceIsRefusedWhileTheFirstHasBindings) {
         EXPECT_EQ(other.add(hold, 1), eventHotKeyExistsErr);
         EXPECT_EQ(log.linesWith("another instance has bindings in this Sway session").size(), 1U);
     }
-    pressHold();
-    releaseHold();
-    EXPECT_TRUE(becomes(*recorder, "P1R1"));
+    expectHold(*recorder);
 }
 
 enum class Step { nothing, oneHotkey, bothHotkeys, hold, oneUnregistered, allUnregistered };
@@ -275,9 +276,7 @@ TEST_P(SwayHotKeysOfAKilledInstance, LeaveNothingBehindLongerThanUntilTheNextSta
     restart();
     ASSERT_EQ(recorder->add(hold, 1), noErr);
     ASSERT_EQ(recorder->add(toggle, 2), noErr);
-    pressHold();
-    releaseHold();
-    EXPECT_TRUE(becomes(*recorder, "P1R1"));
+    expectHold(*recorder);
     recorder.reset();
     expectNoBindings();
 }
