@@ -22,7 +22,7 @@ namespace {
 using namespace std::chrono_literals;
 
 // How much later than a keyboard's settings say its repeats may come.
-constexpr auto delayTolerance = 200ms;
+constexpr auto delayTolerance = 150ms;
 constexpr auto intervalTolerance = 70ms;
 // Where the compositor does not tell.
 constexpr KeyRepeat::Setting usualRepeat{600ms, 40ms};
