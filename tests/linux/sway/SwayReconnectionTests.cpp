@@ -122,6 +122,39 @@ TEST_F(SwayReconnection, ARegistrationDuringWhichSwayDiesIsRefused) {
     killer.join();
 }
 
+// The same Sway, which does not tell its socket while the input is made.
+class WaylandReconnection : private OwnSway, public testing::Test {
+  protected:
+    WaylandReconnection() {
+        const std::string socket = std::getenv("SWAYSOCK");
+        unsetenv("SWAYSOCK");
+        input.emplace(mainQueue, log);
+        setenv("SWAYSOCK", socket.c_str(), 1);
+    }
+
+    using OwnSway::sway;
+    RealTimeQueue mainQueue;
+    RecordingLog log;
+    std::optional<linuxdesktop::DesktopInput> input;
+};
+
+TEST_F(WaylandReconnection, TypingIsBackWithTheNextCompositor) {
+    ASSERT_TRUE(input->canType());
+    sway.kill();
+    ASSERT_TRUE(mainQueue.runUntil([&] { return !input->canType(); }));
+    sway.start();
+    ASSERT_TRUE(mainQueue.runUntil([&] { return input->canType(); }));
+    EXPECT_EQ(log.linesWith("the Wayland compositor is back").size(), 1U);
+    const SwayUser user;
+    const X11Target target(X11Target::Kind::gtk3Entry, mainQueue);
+    const auto event = input->keyboardEvents().createKeyboardEvent(
+        input->keyboardEvents().createSource(platform::eventSourceStateCombinedSession), 0, true);
+    ASSERT_NE(event, nullptr);
+    input->keyboardEvents().setUnicodeString(*event, u"again");
+    input->keyboardEvents().post(platform::hidEventTap, event);
+    EXPECT_TRUE(mainQueue.runUntil([&] { return target.text() == "again"; })) << target.text();
+}
+
 }  // namespace
 
 }  // namespace tarvik::tests
