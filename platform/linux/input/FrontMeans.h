@@ -18,7 +18,8 @@ class FrontMeans {
     virtual std::optional<platform::ProcessIdentifier> frontmostProcess() const = 0;
 
     /// The same, for a recording that begins. A means that also types remembers the window until
-    /// the next call: text for this process goes there, while the window exists. Main thread.
+    /// the next call: text for this process goes there, while the window exists. Of a window whose
+    /// process is not known, the same may hold for text without a process. Main thread.
     virtual std::optional<platform::ProcessIdentifier> chooseTarget() { return frontmostProcess(); }
 };
 
