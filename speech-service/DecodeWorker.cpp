@@ -172,23 +172,28 @@ Seconds DecodeWorker::appended() const {
 
 void DecodeWorker::onDeadline() {
     const std::lock_guard lock(mutex_);
+    isOverdue_ = true;
+    reportUnfinished();
+}
+
+void DecodeWorker::reportUnfinished() {
     std::vector<Utterance> utterances = std::exchange(unfinished_, {});
     const bool isComplete = isUnfinishedComplete_;
     if (isComplete) {
-        givenOutUntil_ = unlimited;
+        reportedUntil_ = unlimited;
     } else if (!utterances.empty()) {
         Utterance& last = utterances.back();
-        givenOutUntil_ = last.start + last.duration;
+        reportedUntil_ = last.start + last.duration;
         last.isSentenceEnd = false;
         last.isSpeechFinal = false;
     }
     // Behind everything that the thread has posted so far.
     post([this, utterances = std::move(utterances), isComplete] {
-        giveOut(utterances, isComplete);
+        deliver(utterances, isComplete);
     });
 }
 
-void DecodeWorker::giveOut(const std::vector<Utterance>& utterances, bool isComplete) {
+void DecodeWorker::deliver(const std::vector<Utterance>& utterances, bool isComplete) {
     for (const Utterance& utterance : utterances) {
         callbacks_.onUtterance(utterance);
     }
@@ -201,21 +206,36 @@ void DecodeWorker::giveOut(const std::vector<Utterance>& utterances, bool isComp
 void DecodeWorker::keepUnfinished(std::vector<Utterance> utterances, bool isAllAudio,
                                   Seconds position) {
     const std::lock_guard lock(mutex_);
-    if (givenOutUntil_ > Seconds(0)) {
+    if (reportedUntil_ == unlimited) {
         return;
     }
+    const Seconds end =
+        utterances.empty() ? Seconds(0) : utterances.back().start + utterances.back().duration;
+    eraseReported(utterances);
     // Without words the first pass may have understood nothing, or not have begun.
-    const bool isCovered =
-        !utterances.empty() && utterances.back().start + utterances.back().duration >=
-                                   position - SpeechDetector::frameLength;
+    const bool isCovered = !utterances.empty() && end >= position - SpeechDetector::frameLength;
     isUnfinishedComplete_ = isAllAudio && isCovered;
     unfinished_ = std::move(utterances);
+    if (isOverdue_ && isUnfinishedComplete_) {
+        reportUnfinished();
+    }
+}
+
+void DecodeWorker::eraseReported(std::vector<Utterance>& utterances) const {
+    if (reportedUntil_ == Seconds(0)) {
+        return;
+    }
+    for (Utterance& utterance : utterances) {
+        eraseWordsBefore(reportedUntil_, utterance);
+        utterance.isContinuation = true;
+    }
+    std::erase_if(utterances, [](const Utterance& each) { return each.words.empty(); });
 }
 
 void DecodeWorker::report(Utterance utterance) {
     const std::lock_guard lock(mutex_);
-    eraseWordsBefore(givenOutUntil_, utterance);
-    if (givenOutUntil_ > Seconds(0)) {
+    eraseWordsBefore(reportedUntil_, utterance);
+    if (reportedUntil_ > Seconds(0)) {
         if (utterance.words.empty()) {
             return;
         }

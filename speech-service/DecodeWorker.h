@@ -71,8 +71,9 @@ class DecodeWorker : public std::enable_shared_from_this<DecodeWorker> {
     /// Decodes the queued audio and then ends the thread.
     ///
     /// If the audio came no faster than people speak, its sender waits as people do. Then the words
-    /// that the first pass knows at the deadline are reported as final. The stream ends with them,
-    /// unless they do not cover all audio: later words are reported when they are decoded.
+    /// that the first pass knows at the deadline are reported as final. The stream ends with them
+    /// if they cover all audio. Otherwise the stream ends when the first pass has covered all
+    /// audio, and the words since the deadline are reported then.
     void end();
 
     /// Ends the thread within the decoding of 0.1 s of audio. The end of an utterance takes longer
@@ -99,8 +100,12 @@ class DecodeWorker : public std::enable_shared_from_this<DecodeWorker> {
     std::optional<Error> decode();
     void finish(const std::optional<Error>& error);
     void onDeadline();
-    void giveOut(const std::vector<Utterance>& utterances, bool isComplete);
+    /// Reports the unfinished words as final. With mutex_ locked.
+    void reportUnfinished();
+    void deliver(const std::vector<Utterance>& utterances, bool isComplete);
     void keepUnfinished(std::vector<Utterance> utterances, bool isAllAudio, Seconds position);
+    /// Leaves what the owner does not know yet. With mutex_ locked.
+    void eraseReported(std::vector<Utterance>& utterances) const;
     void report(Utterance utterance);
     /// The decoder that cancel() aborts.
     void lend(Decoder* decoder);
@@ -121,12 +126,14 @@ class DecodeWorker : public std::enable_shared_from_this<DecodeWorker> {
     std::condition_variable wake_;
     std::deque<Task> tasks_;
     std::size_t queuedBytes_ = 0;
-    /// The words that the deadline would give out.
+    /// The words that the deadline would report.
     std::vector<Utterance> unfinished_;
     /// Whether no word can follow the unfinished ones.
     bool isUnfinishedComplete_ = false;
+    /// Whether the deadline has passed.
+    bool isOverdue_ = false;
     /// Words before this time of the stream are known to the owner.
-    Seconds givenOutUntil_{};
+    Seconds reportedUntil_{};
     Decoder* decoder_ = nullptr;
     std::atomic<bool> isCancelled_ = false;
     std::thread thread_;

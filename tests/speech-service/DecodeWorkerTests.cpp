@@ -117,6 +117,26 @@ TEST_F(Worker, ReportsWhatIsKnownAtTheDeadlineAndTheRestLater) {
     context_.run();
 }
 
+TEST_F(Worker, ReportsTheRestWithoutSettlingAfterTheDeadline) {
+    engine_->understand("w0 w1", "never");
+    engine_->blockSettling();
+    engine_->blockDecodingAfter(Seconds(0.75));
+    // Enough for the decoding up to there on a busy machine.
+    start(Seconds(3));
+    appendLive(quiet(0.2) + voice(1.2));
+    worker_->end();
+    while (reports_.empty()) {
+        ASSERT_NE(context_.run_one_for(20s), 0U);
+    }
+    EXPECT_EQ(reports_, std::vector<std::string>{"w0 w1"});
+    engine_->understand("w0 w1 w2 w3", "never");
+    engine_->blockDecodingAfter(Seconds(60));
+    runUntilEnd();
+    EXPECT_EQ(reports_, (std::vector<std::string>{"w0 w1", "w2 w3."}));
+    EXPECT_FALSE(error_);
+    context_.run();
+}
+
 TEST_F(Worker, EndsOnceWhenTheDeadlinePassesRightAfterTheWords) {
     start(Seconds(0.2));
     appendLive(quiet(0.3) + voice(0.5));

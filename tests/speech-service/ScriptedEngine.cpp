@@ -91,6 +91,7 @@ void ScriptedEngine::blockSettling() {
 void ScriptedEngine::blockDecodingAfter(Seconds audio) {
     const std::lock_guard lock(mutex_);
     decodingLimit_ = audio;
+    changed_.notify_all();
 }
 
 void ScriptedEngine::letSettle() {

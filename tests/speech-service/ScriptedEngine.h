@@ -22,11 +22,11 @@ class ScriptedEngine : public Engine {
     /// The words of every utterance before its end and after it. Each word takes 0.3 s.
     void understand(const std::string& hypothesis, const std::string& words);
 
-    /// The end of an utterance blocks until letSettle(), an abort or the engine's next script.
+    /// The end of an utterance blocks until letSettle() or an abort.
     void blockSettling();
     void letSettle();
 
-    /// Decoding blocks after this much audio of an utterance until letSettle().
+    /// Decoding blocks after this much audio of an utterance until letSettle() or another limit.
     void blockDecodingAfter(Seconds audio);
 
     /// Every later createDecoder() fails.
