@@ -16,15 +16,14 @@ constexpr std::int32_t vocabulary = 51864;
 constexpr std::int32_t plainTokens = 50256;
 constexpr std::int32_t audioContext = 1500;
 constexpr std::int32_t textContext = 448;
-constexpr std::int32_t width = 64;
-constexpr std::int32_t heads = 1;
-constexpr std::int32_t layers = 4;
+constexpr std::int32_t headWidth = 64;
 constexpr std::int32_t mels = 80;
 constexpr std::int32_t frequencies = 201;
 
 class ModelWriter {
   public:
-    explicit ModelWriter(const std::filesystem::path& path) : file_(path, std::ios::binary) {}
+    ModelWriter(const std::filesystem::path& path, const WhisperSize& size)
+        : file_(path, std::ios::binary), size_(size) {}
 
     void number(std::int32_t value) {
         file_.write(reinterpret_cast<const char*>(&value), sizeof value);
@@ -40,21 +39,33 @@ class ModelWriter {
         for (float& value : values) {
             value = distribution_(generator_);
         }
-        file_.write(reinterpret_cast<const char*>(values.data()),
-                    static_cast<std::streamsize>(count * sizeof(float)));
+        write(values);
+    }
+
+    /// Numbers of 16 bits from 0.03 to 0.06, of both signs.
+    void halves(std::size_t count) {
+        constexpr unsigned signAndFraction = 0x83FF;
+        constexpr unsigned exponent = 0x2800;
+        std::vector<std::uint16_t> values(count);
+        for (std::uint16_t& value : values) {
+            value = static_cast<std::uint16_t>((generator_() & signAndFraction) | exponent);
+        }
+        write(values);
     }
 
     void tensor(const std::string& name, const std::vector<std::int32_t>& sizes) {
+        // The library wants only the matrices in 16 bits.
+        const bool isHalf = size_.isHalfPrecision && sizes.size() > 1 && name.ends_with(".weight");
         number(static_cast<std::int32_t>(sizes.size()));
         number(static_cast<std::int32_t>(name.size()));
-        number(0);  // 32-bit numbers
+        number(isHalf ? 1 : 0);
         std::size_t count = 1;
         for (const std::int32_t size : sizes) {
             number(size);
             count *= static_cast<std::size_t>(size);
         }
         file_ << name;
-        floats(count);
+        isHalf ? halves(count) : floats(count);
     }
 
     void layer(const std::string& name, std::int32_t inputs, std::int32_t outputs) {
@@ -63,21 +74,21 @@ class ModelWriter {
     }
 
     void norm(const std::string& name) {
-        tensor(name + ".weight", {width});
-        tensor(name + ".bias", {width});
+        tensor(name + ".weight", {size_.width});
+        tensor(name + ".bias", {size_.width});
     }
 
     void attention(const std::string& name) {
-        layer(name + ".query", width, width);
-        tensor(name + ".key.weight", {width, width});
-        layer(name + ".value", width, width);
-        layer(name + ".out", width, width);
+        layer(name + ".query", size_.width, size_.width);
+        tensor(name + ".key.weight", {size_.width, size_.width});
+        layer(name + ".value", size_.width, size_.width);
+        layer(name + ".out", size_.width, size_.width);
     }
 
     void block(const std::string& name, bool hasCrossAttention) {
         norm(name + ".mlp_ln");
-        layer(name + ".mlp.0", width, 4 * width);
-        layer(name + ".mlp.2", 4 * width, width);
+        layer(name + ".mlp.0", size_.width, 4 * size_.width);
+        layer(name + ".mlp.2", 4 * size_.width, size_.width);
         norm(name + ".attn_ln");
         attention(name + ".attn");
         if (hasCrossAttention) {
@@ -87,18 +98,28 @@ class ModelWriter {
     }
 
   private:
+    template <typename Value>
+    void write(const std::vector<Value>& values) {
+        file_.write(reinterpret_cast<const char*>(values.data()),
+                    static_cast<std::streamsize>(values.size() * sizeof(Value)));
+    }
+
     std::ofstream file_;
+    WhisperSize size_;
     std::mt19937 generator_{1};
     std::normal_distribution<float> distribution_{0, 0.05F};
 };
 
 }  // namespace
 
-void writeRandomWhisperModel(const std::filesystem::path& path) {
-    ModelWriter model(path);
+void writeRandomWhisperModel(const std::filesystem::path& path, const WhisperSize& size) {
+    const auto [width, layers, isHalfPrecision] = size;
+    const std::int32_t heads = width / headWidth;
+    ModelWriter model(path, size);
     model.number(0x67676d6c);
-    for (const std::int32_t parameter : {vocabulary, audioContext, width, heads, layers,
-                                         textContext, width, heads, layers, mels, 0}) {
+    for (const std::int32_t parameter :
+         {vocabulary, audioContext, width, heads, layers, textContext, width, heads, layers, mels,
+          isHalfPrecision ? 1 : 0}) {
         model.number(parameter);
     }
     model.number(mels);

@@ -33,6 +33,20 @@ TEST(Whisper, NeedsAModelThatIsOne) {
               "The speech model in " + (folder / "empty").string() + " could not be loaded");
 }
 
+TEST(Whisper, TakesAModelInHalfPrecision) {
+    const tests::TemporaryFolder folder;
+    writeRandomWhisperModel(folder / "half.bin", {.isHalfPrecision = true});
+    const auto engine = createEngine("whisper", folder / "half.bin");
+    ASSERT_TRUE(engine);
+    const auto decoder = engine.value()->createDecoder();
+    ASSERT_TRUE(decoder);
+    decoder.value()->startStream();
+    decoder.value()->startUtterance();
+    decoder.value()->process(voice(1));
+    decoder.value()->endUtterance();
+    EXPECT_NEAR(decoder.value()->hypothesis().covered.count(), 1, 0.01);
+}
+
 class RandomWhisper : public testing::Test {
   protected:
     static void SetUpTestSuite() {
