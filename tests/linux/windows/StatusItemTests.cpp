@@ -111,7 +111,7 @@ TEST_F(StatusItemTest, TheIdleIconIsAsLargeAsTheRedOneAndHasAStemOnEveryPanel) {
             const QRect extent = impressionOf(idle, panel).extent;
             const std::string which = panel.name().toStdString() + " " + std::to_string(side);
             EXPECT_LE(std::abs(extent.width() - red.width()), 1 + side / 12) << which;
-            EXPECT_LE(std::abs(extent.height() - red.height()), 1 + side / 24) << which;
+            EXPECT_LE(std::abs(extent.height() - red.height()), 1 + side / 12) << which;
             // Between the holder and the foot.
             double stem = 0;
             for (int x = side / 3; x <= side * 2 / 3; ++x) {
