@@ -10,6 +10,7 @@ system; packaging/linux/test-deb calls it on one that is dropped afterwards.
 
 import os
 import pathlib
+import shutil
 import signal
 import subprocess
 import sys
@@ -46,6 +47,9 @@ class Session:
         config = pathlib.Path(desktop.environment["XDG_CONFIG_HOME"])
         self.settings = config / "Tarvik" / "Tarvik Dictate.conf"
         self._starts = 0
+        # A private session bus knows few services until it is told of more.
+        shutil.copy(f"/usr/share/dbus-1/services/{NAME}.service", desktop.folder / "services")
+        self._call_bus("ReloadConfig")
 
     def _call_bus(self, member, *arguments):
         return self._desktop.run(
