@@ -145,10 +145,18 @@ bool MessageBus::call(BusMessage message, std::chrono::microseconds timeout, OnR
 
 void MessageBus::send(BusMessage message) {
     if (message) {
+        // A signal expects none, and refuses to be asked.
         sd_bus_message_set_expect_reply(message.get(), 0);
         sd_bus_send(bus_.get(), message.get(), nullptr);
         updateWatch();
     }
+}
+
+BusMessage MessageBus::newSignal(const std::string& path, const char* interface,
+                                 const char* member) {
+    sd_bus_message* message = nullptr;
+    sd_bus_message_new_signal(bus_.get(), &message, path.c_str(), interface, member);
+    return BusMessage(message);
 }
 
 void MessageBus::addObject(const char* path, const char* interface, const sd_bus_vtable* methods,

@@ -77,8 +77,11 @@ class MessageBus {
     /// Sends a call; `onReply` is called exactly once, unless the connection is destroyed first.
     /// False, and no call of `onReply`, when nothing can be sent. An empty `message` cannot.
     bool call(BusMessage message, std::chrono::microseconds timeout, OnReply onReply);
-    /// Sends a call without waiting for its reply.
+    /// Sends a signal, or a call without waiting for its reply.
     void send(BusMessage message);
+
+    /// A signal of an own object. Empty when the message could not be made.
+    BusMessage newSignal(const std::string& path, const char* interface, const char* member);
 
     /// Replies to calls to the object at `path` by `methods`, whose handlers get `data`. Both
     /// outlive the connection.

@@ -25,6 +25,8 @@ class FileDescriptor {
 
     explicit operator bool() const { return number_ >= 0; }
     int number() const { return number_; }
+    /// Leaves the descriptor to the caller, who closes it.
+    [[nodiscard]] int release() { return std::exchange(number_, -1); }
 
   private:
     int number_ = -1;

@@ -37,6 +37,16 @@ std::filesystem::path WaylandConnection::socketPath() {
     return std::filesystem::path(runtime != nullptr ? runtime : "") / displayName();
 }
 
+Result<std::unique_ptr<WaylandConnection>> WaylandConnection::openOn(FileDescriptor socket) {
+    // The library closes the socket, also when it fails.
+    wl_display* display = wl_display_connect_to_fd(socket.release());
+    if (display == nullptr) {
+        const int number = errno;
+        return Error{number, std::generic_category().message(number)};
+    }
+    return std::unique_ptr<WaylandConnection>(new WaylandConnection(display));
+}
+
 WaylandConnection::~WaylandConnection() {
     for (const auto& [callback, onDone] : awaited_) {
         wl_callback_destroy(callback);

@@ -12,6 +12,7 @@
 
 #include "base/Result.h"
 #include "platform/linux/loop/EventLoop.h"
+#include "platform/linux/loop/FileDescriptor.h"
 
 namespace tarvik::linuxdesktop {
 
@@ -23,6 +24,8 @@ class WaylandConnection {
     static Result<std::unique_ptr<WaylandConnection>> open();
     /// The socket to which open() connects.
     static std::filesystem::path socketPath();
+    /// Takes a connected socket that the compositor has made for this process.
+    static Result<std::unique_ptr<WaylandConnection>> openOn(FileDescriptor socket);
     ~WaylandConnection();
     WaylandConnection(const WaylandConnection&) = delete;
     WaylandConnection& operator=(const WaylandConnection&) = delete;
