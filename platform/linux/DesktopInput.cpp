@@ -15,6 +15,7 @@
 #include "platform/linux/input/LinuxKeyboardEvents.h"
 #include "platform/linux/input/TypingMeans.h"
 #ifdef TARVIK_HAS_WAYLAND
+#include "platform/linux/kwin/KWinInput.h"
 #include "platform/linux/sway/SwayInput.h"
 #include "platform/linux/wayland/WaylandInput.h"
 #endif
@@ -35,6 +36,7 @@ struct Session {
     std::shared_ptr<const AccessibilityState> accessibility;
 #ifdef TARVIK_HAS_WAYLAND
     std::shared_ptr<SwayInput> sway = {};
+    std::shared_ptr<KWinInput> kwin = {};
     std::shared_ptr<WaylandInput> wayland = {};
 #endif
 #ifdef TARVIK_HAS_X11
@@ -70,6 +72,20 @@ Opened<Means> openSway(Session& session) {
     return {session.sway, session.sway->isAvailable()
                               ? "Sway offers it"
                               : "Sway has not answered yet, and is used once it does"};
+}
+
+template <typename Means>
+Opened<Means> openKWin(Session& session) {
+    if (!session.kwin) {
+        session.kwin =
+            std::make_shared<KWinInput>(session.mainQueue, session.log, session.listener);
+    }
+    const auto refusal =
+        std::is_same_v<Means, HotKeyMeans> ? session.kwin->refusal() : session.kwin->frontRefusal();
+    if (refusal) {
+        return {nullptr, *refusal};
+    }
+    return {session.kwin, "KWin offers it"};
 }
 
 std::optional<std::string> refusalOfWayland(Session& session) {
@@ -124,12 +140,14 @@ Opened<FrontMeans> openAtspi(Session& session) {
                 : "programs do not report their windows yet, and it is used once they do"};
 }
 
-// Tried in this order. A technology that was left out of the build is in no table. Sway and Wayland
-// stand before X11, since the question to X11 would start the X server of a Wayland session.
+// Tried in this order. A technology that was left out of the build is in no table. What Wayland
+// compositors offer stands before X11, since the question to X11 would start a compositor's X
+// server. KWin and Sway stand before what any compositor may offer.
 
 const std::vector<Choice<HotKeyMeans>> hotKeyChoices{
 #ifdef TARVIK_HAS_WAYLAND
     {"Sway", &openSway<HotKeyMeans>},
+    {"KGlobalAccel", &openKWin<HotKeyMeans>},
     {"Wayland", &refuseWaylandHotKeys},
 #endif
 #ifdef TARVIK_HAS_X11
@@ -140,6 +158,7 @@ const std::vector<Choice<HotKeyMeans>> hotKeyChoices{
 const std::vector<Choice<TypingMeans>> typingChoices{
 #ifdef TARVIK_HAS_WAYLAND
     {"a virtual keyboard in Sway", &openSway<TypingMeans>},
+    {"KWin's input method", &openKWin<TypingMeans>},
     {"a virtual keyboard in Wayland", &openWayland<TypingMeans>},
 #endif
 #ifdef TARVIK_HAS_X11
@@ -150,6 +169,7 @@ const std::vector<Choice<TypingMeans>> typingChoices{
 const std::vector<Choice<FrontMeans>> frontChoices{
 #ifdef TARVIK_HAS_WAYLAND
     {"Sway", &openSway<FrontMeans>},
+    {"KWin", &openKWin<FrontMeans>},
     {"Wayland and AT-SPI", &openWayland<FrontMeans>},
 #endif
 #ifdef TARVIK_HAS_X11

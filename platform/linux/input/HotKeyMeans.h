@@ -41,7 +41,8 @@ class HotKeyMeans {
 
     /// Asks for a combination of the event manager's key code and modifier mask.
     ///
-    /// noErr: the combination is registered, or the desktop is asking its user.
+    /// noErr: the combination is registered, or the desktop is asking its user, or is too busy to
+    /// decide yet.
     /// eventHotKeyExistsErr: somebody else has it. eventHotKeyInvalidErr: this desktop cannot have
     /// such a hotkey. eventInternalErr: the desktop does not answer. Waits 1 s at the most.
     virtual platform::OSStatus registerHotKey(HotKeyNumber number, std::uint32_t keyCode,

@@ -1,0 +1,169 @@
+// SPDX-License-Identifier: MIT
+
+#include "tests/linux/kwin/FakeGlobalAccel.h"
+
+#include <poll.h>
+
+#include <cerrno>
+#include <cstdlib>
+#include <stdexcept>
+#include <vector>
+
+namespace tarvik::tests {
+
+namespace {
+
+using linuxdesktop::BusMessage;
+
+constexpr const char* path = "/kglobalaccel";
+constexpr const char* accelInterface = "org.kde.KGlobalAccel";
+constexpr const char* program = "com.tarvik.dictate";
+constexpr int pollMilliseconds = 20;
+
+std::vector<std::string> textsIn(sd_bus_message* message) {
+    std::vector<std::string> texts;
+    char** words = nullptr;
+    if (sd_bus_message_read_strv(message, &words) > 0) {
+        for (char** word = words; *word != nullptr; ++word) {
+            texts.emplace_back(*word);
+            std::free(*word);
+        }
+        std::free(words);
+    }
+    return texts;
+}
+
+}  // namespace
+
+template <int (FakeGlobalAccel::*method)(sd_bus_message*)>
+int FakeGlobalAccel::handle(sd_bus_message* call, void* self, sd_bus_error* /*error*/) {
+    auto& fake = *static_cast<FakeGlobalAccel*>(self);
+    return fake.manner_ == Manner::byErrors ? -EACCES : (fake.*method)(call);
+}
+
+const sd_bus_vtable FakeGlobalAccel::methods[] = {
+    SD_BUS_VTABLE_START(0),
+    SD_BUS_METHOD("doRegister", "as", "", &handle<&FakeGlobalAccel::doRegister>,
+                  SD_BUS_VTABLE_UNPRIVILEGED),
+    SD_BUS_METHOD("setShortcutKeys", "asa(ai)u", "a(ai)",
+                  &handle<&FakeGlobalAccel::setShortcutKeys>, SD_BUS_VTABLE_UNPRIVILEGED),
+    SD_BUS_METHOD("unregister", "ss", "b", &handle<&FakeGlobalAccel::unregister>,
+                  SD_BUS_VTABLE_UNPRIVILEGED),
+    SD_BUS_METHOD("globalShortcutsByKey", "(ai)(i)", "a(ssssssaiai)",
+                  &handle<&FakeGlobalAccel::globalShortcutsByKey>, SD_BUS_VTABLE_UNPRIVILEGED),
+    SD_BUS_VTABLE_END};
+
+FakeGlobalAccel::FakeGlobalAccel(bool isKWin, std::int32_t takenKey) : takenKey_(takenKey) {
+    sd_bus* opened = nullptr;
+    if (sd_bus_open_user(&opened) < 0) {
+        throw std::runtime_error("no session bus");
+    }
+    bus_.reset(opened);
+    sd_bus_add_object_vtable(opened, nullptr, path, accelInterface, methods, this);
+    if (isKWin) {
+        sd_bus_request_name(opened, "org.kde.KWin", 0);
+    }
+    sd_bus_request_name(opened, "org.kde.kglobalaccel", 0);
+    thread_ = std::thread([this] { serve(); });
+}
+
+FakeGlobalAccel::~FakeGlobalAccel() {
+    ends_ = true;
+    thread_.join();
+}
+
+void FakeGlobalAccel::serve() {
+    while (!ends_) {
+        bool isLate = false;
+        {
+            const std::lock_guard lock(mutex_);
+            isLate = manner_ == Manner::later;
+            while (!isLate && sd_bus_process(bus_.get(), nullptr) > 0) {
+            }
+        }
+        // What has come and is not answered yet would end every wait at once.
+        pollfd awaited{sd_bus_get_fd(bus_.get()), POLLIN, 0};
+        poll(&awaited, isLate ? 0 : 1, pollMilliseconds);
+    }
+}
+
+void FakeGlobalAccel::setManner(Manner manner) {
+    const std::lock_guard lock(mutex_);
+    manner_ = manner;
+}
+
+std::map<std::string, std::int32_t> FakeGlobalAccel::actions() {
+    const std::lock_guard lock(mutex_);
+    return actions_;
+}
+
+void FakeGlobalAccel::leave(const std::string& action, std::int32_t key) {
+    const std::lock_guard lock(mutex_);
+    actions_[action] = key;
+}
+
+void FakeGlobalAccel::emitKey(const char* signal, const std::string& action) {
+    const std::lock_guard lock(mutex_);
+    sd_bus_emit_signal(bus_.get(), "/component/com_tarvik_dictate",
+                       "org.kde.kglobalaccel.Component", signal, "ssx", program, action.c_str(),
+                       std::int64_t{0});
+    sd_bus_flush(bus_.get());
+}
+
+void FakeGlobalAccel::change(const std::string& action, std::int32_t key) {
+    const std::lock_guard lock(mutex_);
+    actions_[action] = key;
+    sd_bus_emit_signal(bus_.get(), path, accelInterface, "yourShortcutsChanged", "asa(ai)", 4,
+                       program, action.c_str(), "Tarvik Dictate", "Dictate", 1, 4, key, 0, 0, 0);
+    sd_bus_flush(bus_.get());
+}
+
+int FakeGlobalAccel::doRegister(sd_bus_message* call) {
+    const std::vector<std::string> action = textsIn(call);
+    if (action.size() != 4 || action[0] != program) {
+        return -EINVAL;
+    }
+    actions_.try_emplace(action[1], 0);
+    return sd_bus_reply_method_return(call, "");
+}
+
+int FakeGlobalAccel::setShortcutKeys(sd_bus_message* call) {
+    const std::vector<std::string> action = textsIn(call);
+    std::int32_t key = 0;
+    std::int32_t none = 0;
+    std::uint32_t flags = 0;
+    if (sd_bus_message_read(call, "a(ai)u", 1, 4, &key, &none, &none, &none, &flags) <= 0 ||
+        action.size() != 4 || !actions_.contains(action[1])) {
+        return -EINVAL;
+    }
+    constexpr std::uint32_t replacesKeys = 4;
+    std::int32_t& kept = actions_[action[1]];
+    if (kept == 0 || (flags & replacesKeys) != 0) {
+        kept = key == takenKey_ ? 0 : key;
+    }
+    return sd_bus_reply_method_return(call, "a(ai)", 1, 4, kept, 0, 0, 0);
+}
+
+int FakeGlobalAccel::unregister(sd_bus_message* call) {
+    const char* component = nullptr;
+    const char* action = nullptr;
+    sd_bus_message_read(call, "ss", &component, &action);
+    return sd_bus_reply_method_return(call, "b", static_cast<int>(actions_.erase(action)));
+}
+
+int FakeGlobalAccel::globalShortcutsByKey(sd_bus_message* call) {
+    std::int32_t key = 0;
+    std::int32_t none = 0;
+    std::int32_t match = 0;
+    if (sd_bus_message_read(call, "(ai)(i)", 4, &key, &none, &none, &none, &match) <= 0) {
+        return -EINVAL;
+    }
+    if (key != takenKey_) {
+        return sd_bus_reply_method_return(call, "a(ssssssaiai)", 0);
+    }
+    return sd_bus_reply_method_return(call, "a(ssssssaiai)", 1, "_launch", "Run Command",
+                                      "org.kde.krunner.desktop", "KRunner", "default",
+                                      "Default Context", 4, key, 0, 0, 0, 4, key, 0, 0, 0);
+}
+
+}  // namespace tarvik::tests

@@ -1,0 +1,69 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <systemd/sd-bus.h>
+
+#include <atomic>
+#include <cstdint>
+#include <map>
+#include <mutex>
+#include <string>
+#include <thread>
+
+#include "platform/linux/bus/BusHandles.h"
+
+namespace tarvik::tests {
+
+/// A KWin without a screen that only has global shortcuts, on the session bus of the process. Its
+/// own thread answers.
+class FakeGlobalAccel {
+  public:
+    static constexpr std::int32_t altSpace = 0x08000020;
+    static constexpr std::int32_t altShiftSpace = 0x0A000020;
+
+    /// How calls are answered: at once, when the manner is another one again, or by errors.
+    enum class Manner { properly, later, byErrors };
+
+    /// `isKWin` is whether the same program is KWin. An action of another program, "KRunner, Run
+    /// Command", has `takenKey`.
+    explicit FakeGlobalAccel(bool isKWin = true, std::int32_t takenKey = 0);
+    /// Leaves the bus.
+    ~FakeGlobalAccel();
+    FakeGlobalAccel(const FakeGlobalAccel&) = delete;
+    FakeGlobalAccel& operator=(const FakeGlobalAccel&) = delete;
+
+    void setManner(Manner manner);
+    /// The key of an action of our program, as "alt-space"; empty without such an action.
+    std::map<std::string, std::int32_t> actions();
+    /// What a process of ours left behind that was killed.
+    void leave(const std::string& action, std::int32_t key);
+    /// The key of an action of ours goes down, or up.
+    void press(const std::string& action) { emitKey("globalShortcutPressed", action); }
+    void release(const std::string& action) { emitKey("globalShortcutReleased", action); }
+    /// The user gives another key to an action of ours.
+    void change(const std::string& action, std::int32_t key);
+
+  private:
+    void serve();
+    void emitKey(const char* signal, const std::string& action);
+
+    template <int (FakeGlobalAccel::*method)(sd_bus_message*)>
+    static int handle(sd_bus_message* call, void* self, sd_bus_error* error);
+    int doRegister(sd_bus_message* call);
+    int setShortcutKeys(sd_bus_message* call);
+    int unregister(sd_bus_message* call);
+    int globalShortcutsByKey(sd_bus_message* call);
+
+    static const sd_bus_vtable methods[];
+
+    std::mutex mutex_;
+    // All under the mutex.
+    linuxdesktop::BusHandle bus_;
+    Manner manner_ = Manner::properly;
+    const std::int32_t takenKey_;
+    std::map<std::string, std::int32_t> actions_;
+    std::atomic<bool> ends_ = false;
+    std::thread thread_;
+};
+
+}  // namespace tarvik::tests

@@ -1,0 +1,208 @@
+// SPDX-License-Identifier: MIT
+
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <csignal>
+#include <random>
+#include <string>
+#include <vector>
+
+#include "tests/linux/kwin/KWinFixture.h"
+#include "tests/linux/x11/X11Target.h"
+
+namespace tarvik::tests {
+
+namespace {
+
+using namespace std::chrono_literals;
+using platform::eventHotKeyExistsErr;
+using platform::noErr;
+
+using Keys = std::vector<std::uint32_t>;
+
+class KWinHotKeys : public KWinFixture {
+  protected:
+    std::optional<HotKeyRecorder> recorder{std::in_place, input->eventManager()};
+};
+
+TEST_F(KWinHotKeys, EachChoiceIsOneLineWithItsReason) {
+    EXPECT_EQ(log.linesWith("hotkeys by KGlobalAccel: KWin offers it").size(), 1U);
+    EXPECT_EQ(log.linesWith("the front window by KWin: KWin offers it").size(), 1U);
+}
+
+TEST_F(KWinHotKeys, AHoldEndsWithTheSpaceBar) {
+    ASSERT_EQ(recorder->add(hold, 1), noErr);
+    pressHold();
+    EXPECT_TRUE(becomes(*recorder, "P1"));
+    user.release(KWinUser::spaceKey);
+    EXPECT_TRUE(becomes(*recorder, "P1R1", 300ms));
+    user.release(KWinUser::altKey);
+}
+
+TEST_F(KWinHotKeys, AHoldEndsWithAlt) {
+    ASSERT_EQ(recorder->add(hold, 1), noErr);
+    pressHold();
+    EXPECT_TRUE(becomes(*recorder, "P1"));
+    user.release(KWinUser::altKey);
+    EXPECT_TRUE(becomes(*recorder, "P1R1", 300ms));
+    user.release(KWinUser::spaceKey);
+    mainQueue.runFor(100ms);
+    EXPECT_EQ(recorder->events, "P1R1");
+}
+
+TEST_F(KWinHotKeys, ALongHoldCountsOnce) {
+    ASSERT_EQ(recorder->add(hold, 1), noErr);
+    pressHold();
+    mainQueue.runFor(1500ms);
+    EXPECT_EQ(recorder->events, "P1");
+    releaseHold();
+    EXPECT_TRUE(becomes(*recorder, "P1R1", 300ms));
+    mainQueue.runFor(300ms);
+    EXPECT_EQ(recorder->events, "P1R1");
+}
+
+TEST_F(KWinHotKeys, AnotherProgramsShortcutIsNamedAndLeftAlone) {
+    user.take(hold);
+    EXPECT_EQ(recorder->add(hold, 1), eventHotKeyExistsErr);
+    EXPECT_EQ(recorder->add(toggle, 2), noErr);
+    EXPECT_EQ(log.linesWith("KDE has given Alt+Space to: Other Program, Launch").size(), 1U);
+    EXPECT_EQ(KWinUser::ownerOf(hold), "other.program, launch-2048");
+}
+
+TEST_F(KWinHotKeys, TheShortcutsAreGoneAtTheEnd) {
+    ASSERT_EQ(recorder->add(hold, 1), noErr);
+    ASSERT_EQ(recorder->add(toggle, 2), noErr);
+    EXPECT_EQ(KWinUser::ownerOf(hold), "com.tarvik.dictate, alt-space");
+    EXPECT_EQ(KWinUser::ownerOf(toggle), "com.tarvik.dictate, alt-shift-space");
+    recorder.reset();
+    EXPECT_EQ(KWinUser::ownerOf(hold), "");
+    EXPECT_EQ(KWinUser::ownerOf(toggle), "");
+}
+
+TEST_F(KWinHotKeys, WhatAKilledInstanceLeavesIsTakenOver) {
+    recorder.reset();
+    input.reset();
+    const pid_t child = fork();
+    if (child == 0) {
+        RealTimeQueue queue;
+        RecordingLog ownLog;
+        linuxdesktop::DesktopInput killed(queue, ownLog);
+        KWinUser::ownerOf(hold);
+        HotKeyRecorder events(killed.eventManager());
+        _exit(events.add(hold, 1) == noErr ? 7 : 1);
+    }
+    int status = 0;
+    waitpid(child, &status, 0);
+    ASSERT_EQ(WEXITSTATUS(status), 7);
+    EXPECT_EQ(KWinUser::ownerOf(hold), "com.tarvik.dictate, alt-space");
+    input.emplace(mainQueue, log);
+    KWinUser::ownerOf(hold);
+    recorder.emplace(input->eventManager());
+    ASSERT_EQ(recorder->add(hold, 1), noErr);
+    pressHold();
+    releaseHold();
+    EXPECT_TRUE(becomes(*recorder, "P1R1"));
+    recorder.reset();
+    EXPECT_EQ(KWinUser::ownerOf(hold), "");
+}
+
+TEST_F(KWinHotKeys, APressIsHeardAtOnce) {
+    ASSERT_EQ(recorder->add(hold, 1), noErr);
+    std::vector<std::chrono::steady_clock::duration> times;
+    for (int i = 0; i < 20; ++i) {
+        recorder->events.clear();
+        user.press(KWinUser::altKey);
+        const auto start = std::chrono::steady_clock::now();
+        user.press(KWinUser::spaceKey);
+        ASSERT_TRUE(becomes(*recorder, "P1"));
+        times.push_back(std::chrono::steady_clock::now() - start);
+        releaseHold();
+        ASSERT_TRUE(becomes(*recorder, "P1R1"));
+    }
+    std::ranges::sort(times);
+    EXPECT_LT(times[10], 30ms);
+    RecordProperty("medianMicroseconds",
+                   static_cast<int>(times[10] / std::chrono::microseconds(1)));
+}
+
+/// Programs with a menu that a lone Alt opens.
+class KWinLoneAlt : public KWinHotKeys, public testing::WithParamInterface<X11Target::Kind> {};
+
+TEST_P(KWinLoneAlt, KeepsTheFieldOfAProgramWithAMenu) {
+    X11Target target(GetParam(), mainQueue);
+    ASSERT_EQ(recorder->add(hold, 1), noErr);
+    std::string expected;
+    for (int i = 0; i < 4; ++i) {
+        recorder->events.clear();
+        pressHold();
+        ASSERT_TRUE(becomes(*recorder, "P1"));
+        if (i % 2 == 0) {
+            releaseHold();
+        } else {
+            user.release(KWinUser::altKey);
+            user.release(KWinUser::spaceKey);
+        }
+        ASSERT_TRUE(becomes(*recorder, "P1R1"));
+        user.tap(KWinUser::aKey);
+        expected += "a";
+        EXPECT_TRUE(mainQueue.runUntil([&] { return target.text() == expected; }, 3s))
+            << target.text();
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(Toolkits, KWinLoneAlt,
+                         testing::Values(X11Target::Kind::gtk3Entry, X11Target::Kind::qt6Entry),
+                         [](const auto& kind) { return nameOf(kind.param); });
+
+class KWinHolds : public KWinHotKeys {
+  protected:
+    std::mt19937 random{static_cast<unsigned>(std::random_device()())};
+
+    int number(int limit) { return std::uniform_int_distribution(0, limit - 1)(random); }
+
+    // Presses and releases other keys, and then lets go of all keys in any order.
+    void holdOnce() {
+        Keys others{KWinUser::aKey, KWinUser::shiftKey, KWinUser::controlKey};
+        std::shuffle(others.begin(), others.end(), random);
+        Keys down{KWinUser::altKey, KWinUser::spaceKey};
+        pressHold();
+        ASSERT_TRUE(becomes(*recorder, "P1"));
+        for (int i = 0, count = number(3); i < count; ++i) {
+            mainQueue.runFor(std::chrono::milliseconds(number(60)));
+            user.press(others[static_cast<std::size_t>(i)]);
+            if (number(2) == 0) {
+                user.release(others[static_cast<std::size_t>(i)]);
+            } else {
+                down.push_back(others[static_cast<std::size_t>(i)]);
+            }
+        }
+        std::shuffle(down.begin(), down.end(), random);
+        for (const std::uint32_t key : down) {
+            mainQueue.runFor(std::chrono::milliseconds(number(20)));
+            user.release(key);
+        }
+        EXPECT_TRUE(becomes(*recorder, "P1R1", 300ms));
+        recorder->events.clear();
+    }
+
+    void holdOften(int count) {
+        ASSERT_EQ(recorder->add(hold, 1), noErr);
+        for (int i = 0; i < count && !HasFailure(); ++i) {
+            holdOnce();
+        }
+    }
+};
+
+TEST_F(KWinHolds, EveryHoldEndsInWhicheverOrderKeysGoUp) {
+    holdOften(40);
+}
+
+TEST_F(KWinHolds, SoakOfManyHolds) {
+    holdOften(1000);
+}
+
+}  // namespace
+
+}  // namespace tarvik::tests
