@@ -17,11 +17,13 @@ ESCAPE, RETURN, A, B, F9 = 1, 28, 30, 48, 67
 class WaylandKeyboard:
     """The keyboard of the desktop. Keys have the kernel's numbers."""
 
+    program = "wayland-keyboard"
+
     def __init__(self, desktop, binaries):
         self._desktop = desktop
         self._down = []
         self._process = desktop.spawn(
-            [binaries / "wayland-keyboard"], stdin=subprocess.PIPE, stdout=subprocess.PIPE,
+            [binaries / self.program], stdin=subprocess.PIPE, stdout=subprocess.PIPE,
             text=True)
         self._process.stdout.readline()
 

@@ -1,0 +1,143 @@
+#!/usr/bin/python3
+# SPDX-License-Identifier: MIT
+"""Dictation in a KWin session: with real keys into real programs, and what KWin keeps afterwards."""
+
+import os
+import signal
+import sys
+import unittest
+
+from application import READY, VERSION, Application, write_settings
+from desktop import wait_for
+from dictation_test import BINARIES, DictationTest
+from kwin import SKIPPED, KWinDesktop, kwin_version
+from kwin_parts import KWinKeyboard, KWinWidgetTarget
+from microphone import Microphone
+from sway import become_ordinary_user
+from sway_parts import ALT, SPACE
+from tray import Tray
+
+EXACT = "Zażółć – 日本語 😀, done."
+REGISTERED = ("hold-to-talk registered", "tap-to-toggle registered")
+
+
+class OnKWin(DictationTest):
+    @classmethod
+    def setUpClass(cls):
+        cls.desktop = cls.enterClassContext(KWinDesktop(a11y=True, audio=True))
+        cls.keyboard = KWinKeyboard(cls.desktop, BINARIES)
+        cls.addClassCleanup(cls.keyboard.close)
+        cls.microphone = Microphone(cls.desktop.fifo())
+        cls.addClassCleanup(cls.microphone.pull_out)
+        cls.tray = Tray(cls.desktop)
+        cls.addClassCleanup(cls.tray.close)
+
+    def setUp(self):
+        self.may_be_killed = False
+
+    def start_application(self, service=None, ready=(*READY, *REGISTERED), is_killed=False,
+                          **options):
+        self.may_be_killed |= is_killed
+        return super().start_application(service, closes_setup=False, ready=ready, **options)
+
+    def end_application(self, application):
+        self.keyboard.release_all()
+        status = application.close()
+        if status != 0 or self.has_failed():
+            print(f"The application's log in {self.id()}:", *application.log.lines, sep="\n  ")
+        expected = (0, -signal.SIGKILL) if self.may_be_killed else (0,)
+        self.assertIn(status, expected, "exit status of the application")
+
+    def start_widget(self, toolkit, environment=None):
+        target = KWinWidgetTarget(self.desktop, toolkit, environment=environment)
+        self.addCleanup(target.close)
+        return target
+
+    def start_inaccessible_widget(self):
+        """A field that accessibility does not know."""
+        return self.start_widget("gtk3", {"NO_AT_BRIDGE": "1"})
+
+    def test_text_is_exact_while_the_keys_are_held(self):
+        service = self.start_scripted_service()
+        application = self.start_application(service)
+        for number, toolkit in enumerate(("gtk3", "gtk4", "qt6"), 1):
+            target = self.start_widget(toolkit)
+            with self.subTest(toolkit=toolkit):
+                self.keyboard.hold()
+                stream = service.stream(number)
+                stream.say(EXACT)
+                target.wait_for_text(EXACT)
+                stream.say("More.")
+                target.wait_for_text(EXACT + " More.")
+                self.keyboard.release(ALT, SPACE)
+                application.log.wait_for(f"stopRecording (session={number})")
+
+    def test_text_is_typed_where_accessibility_takes_none(self):
+        service = self.start_scripted_service()
+        application = self.start_application(service)
+        target = self.start_inaccessible_widget()
+        self.keyboard.hold()
+        service.stream(1).say(EXACT)
+        target.wait_for_text(EXACT)
+        self.keyboard.release(SPACE, ALT)
+        application.log.wait_for("stopRecording (session=1)")
+        settings = self.desktop.folder / "config" / "kwinrc"
+        self.assertIn("tarvik-dictate-input-method", settings.read_text())
+        application.close()
+        self.assertNotIn("tarvik-dictate-input-method", settings.read_text())
+
+    def test_a_long_dictation_is_switched_on_and_off(self):
+        service = self.start_scripted_service()
+        application = self.start_application(service)
+        target = self.start_widget("qt6")
+        self.keyboard.toggle()
+        service.stream(1).say(EXACT)
+        target.wait_for_text(EXACT)
+        self.assertEqual(application.log.count("stopRecording"), 0)
+        self.keyboard.toggle()
+        application.log.wait_for("stopRecording (session=1)")
+        self.assertEqual(application.log.count("startRecording"), 1)
+
+    def test_a_killed_instance_leaves_nothing_that_the_next_one_minds(self):
+        service = self.start_scripted_service()
+        settings = self.desktop.folder / "config" / "kwinrc"
+        killed = self.start_application(service, is_killed=True)
+        target = self.start_inaccessible_widget()
+        self.keyboard.hold()
+        service.stream(1).say(EXACT)
+        target.wait_for_text(EXACT)
+        os.kill(killed.pid, signal.SIGKILL)
+        self.keyboard.release(SPACE, ALT)
+        self.assertIn("tarvik-dictate-input-method", settings.read_text())
+        application = self.start_application(service)
+        application.log.wait_for("KWin's input method is what it was before a killed run")
+        self.assertNotIn("tarvik-dictate-input-method", settings.read_text())
+        self.keyboard.hold()
+        application.log.wait_for("startRecording (session=1)")
+        self.keyboard.release(SPACE, ALT)
+        application.log.wait_for("stopRecording (session=1)")
+
+
+class Untrusted(unittest.TestCase):
+    """KWin asks for desktop files, and the application runs from a build folder."""
+
+    def test_the_application_makes_a_desktop_file_and_removes_it(self):
+        desktop = self.enterContext(KWinDesktop(trusts_all=False, a11y=True, audio=True))
+        write_settings(desktop.environment,
+                       {"deepgramApiKey": "a-key", "lastWelcomeShownForVersion": VERSION})
+        application = Application(desktop, BINARIES, {}, [
+            "no desktop file lets KWin show its windows to", "the front window by KWin"])
+        self.addCleanup(application.close)
+        entry = desktop.folder / "data/applications/com.tarvik.dictate.kwin.desktop"
+        self.assertIn(f"Exec={BINARIES.resolve()}/tarvik-dictate\n", entry.read_text())
+        self.assertEqual(application.close(), 0)
+        self.assertFalse(entry.exists())
+        self.assertEqual(application.log.count("KWin does not show its windows"), 0)
+
+
+if __name__ == "__main__":
+    if kwin_version() is None:
+        print("skipped: kwin_wayland is not installed")
+        sys.exit(SKIPPED)
+    become_ordinary_user()
+    unittest.main()
