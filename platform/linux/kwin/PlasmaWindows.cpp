@@ -111,20 +111,23 @@ void PlasmaWindows::ask(std::function<void()> onKnown) {
     connection_.sync(std::move(onKnown));
 }
 
-std::int64_t PlasmaWindows::windowOf(platform::ProcessIdentifier process,
+std::int64_t PlasmaWindows::windowOf(std::optional<platform::ProcessIdentifier> process,
                                      std::int64_t wanted) const {
     const auto belongs = [&](std::int64_t number) {
         const auto found = windows_.find(number);
-        return found != windows_.end() && found->second.process == process;
+        return found != windows_.end() && (!process || found->second.process == *process);
     };
     if (belongs(wanted)) {
         return wanted;
+    }
+    if (!process) {
+        return 0;
     }
     if (const auto recent = std::ranges::find_if(history_, belongs); recent != history_.end()) {
         return *recent;
     }
     const auto any = std::ranges::find_if(
-        windows_, [&](const auto& entry) { return entry.second.process == process; });
+        windows_, [&](const auto& entry) { return entry.second.process == *process; });
     return any != windows_.end() ? any->first : 0;
 }
 

@@ -6,6 +6,7 @@
 #include <functional>
 #include <map>
 #include <memory>
+#include <optional>
 #include <string>
 
 #include "platform/linux/kwin/WindowManagementProtocol.h"
@@ -34,7 +35,8 @@ class PlasmaWindows final : public WindowFocus {
     void ask(std::function<void()> onKnown) override;
     Window front() const override;
     std::uint64_t changeCount() const override { return changeCount_; }
-    std::int64_t windowOf(platform::ProcessIdentifier process, std::int64_t wanted) const override;
+    std::int64_t windowOf(std::optional<platform::ProcessIdentifier> process,
+                          std::int64_t wanted) const override;
     void activate(std::int64_t window) override;
     void giveBack() override;
 
