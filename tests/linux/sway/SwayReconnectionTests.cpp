@@ -80,7 +80,7 @@ TEST_F(SwayReconnection, AHoldEndsWhenSwayIsKilledAndTheNextOneIsHeard) {
     user.reset();
     EXPECT_TRUE(mainQueue.runUntil([&] { return recorder.events == "P1R1"; })) << recorder.events;
     recorder.events.clear();
-    // Later than the tries that follow the loss.
+    // The first tries after the loss fail.
     mainQueue.runFor(1s);
     sway.start();
     ASSERT_TRUE(logs("Sway is back"));
