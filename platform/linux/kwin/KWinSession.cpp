@@ -56,6 +56,7 @@ void KWinSession::askOwners() {
                         : isKWin_     ? ""
                                       : "KWin does not have the shortcuts of this session");
         if (isKWin_) {
+            permission_.emplace(log_);
             openWayland();
         }
     });
@@ -116,7 +117,7 @@ void KWinSession::handleOffers() {
         wayland_->keyboard.emplace(connection);
     }
     // After a change of the desktop files, KWin answers as before for a while.
-    if (!wayland_->windows && (permission_.request() || offerRetries_ > 0) &&
+    if (!wayland_->windows && (permission_->request() || offerRetries_ > 0) &&
         offerRetries_ < maxOfferRetries) {
         ++offerRetries_;
         reopening_.set(permissionInterval, [this] { openWayland(); });

@@ -82,7 +82,8 @@ class KWinSession {
     std::optional<HotKeyNumber> press_;
     GlobalAccelHotKeys hotKeys_;
     std::optional<Wayland> wayland_;
-    KWinPermission permission_{log_};
+    // From the answer of the bus on, where this is a KWin session.
+    std::optional<KWinPermission> permission_;
     // Ends a lost connection, which cannot end itself, or makes the next one.
     Deadline reopening_{loop_};
     int offerRetries_ = 0;

@@ -19,10 +19,9 @@ constexpr auto idleTimeout = 3s;
 
 }  // namespace
 
-KWinTypist::KWinTypist(WindowFocus& focus, InputMethodSlot& slot, EventLoop& loop,
-                       platform::Log& log)
+KWinTypist::KWinTypist(WindowFocus& focus, FocusedField& field, EventLoop& loop, platform::Log& log)
     : focus_(focus),
-      slot_(slot),
+      field_(field),
       log_(log),
       delay_(loop),
       answerDeadline_(loop),
@@ -57,7 +56,7 @@ void KWinTypist::beginNext() {
         findTarget();
         return;
     }
-    idleDeadline_.set(idleTimeout, [this] { slot_.giveBack(); });
+    idleDeadline_.set(idleTimeout, [this] { field_.giveBack(); });
     if (const auto onIdle = std::exchange(onIdle_, nullptr)) {
         onIdle();
     }
@@ -97,7 +96,7 @@ void KWinTypist::activateTarget() {
 }
 
 void KWinTypist::awaitField() {
-    slot_.request([this](const std::string& refusal) {
+    field_.request([this](const std::string& refusal) {
         if (!refusal.empty()) {
             fail(refusal);
             return;
@@ -119,13 +118,13 @@ void KWinTypist::commit() {
         report("may be lost: KWin does not answer", current().text.characters.size());
         endText();
     });
-    slot_.commit(current().text.characters,
-                 [this, changes = focus_.changeCount(), number = number_] {
-                     if (isCurrent(number)) {
-                         answerDeadline_.clear();
-                         focus_.ask([this, changes] { checkFocus(changes); });
-                     }
-                 });
+    field_.commit(current().text.characters,
+                  [this, changes = focus_.changeCount(), number = number_] {
+                      if (isCurrent(number)) {
+                          answerDeadline_.clear();
+                          focus_.ask([this, changes] { checkFocus(changes); });
+                      }
+                  });
 }
 
 void KWinTypist::checkFocus(std::uint64_t changesBefore) {

@@ -10,7 +10,7 @@
 
 #include "platform/Log.h"
 #include "platform/linux/input/TypingMeans.h"
-#include "platform/linux/kwin/InputMethodSlot.h"
+#include "platform/linux/kwin/FocusedField.h"
 #include "platform/linux/loop/EventLoop.h"
 #include "platform/linux/wayland/WindowFocus.h"
 
@@ -23,7 +23,7 @@ namespace tarvik::linuxdesktop {
 class KWinTypist {
   public:
     /// The references outlive the object.
-    KWinTypist(WindowFocus& focus, InputMethodSlot& slot, EventLoop& loop, platform::Log& log);
+    KWinTypist(WindowFocus& focus, FocusedField& field, EventLoop& loop, platform::Log& log);
     /// What has not been typed is lost: one line in the log per text, and `onTyped`.
     ~KWinTypist();
     KWinTypist(const KWinTypist&) = delete;
@@ -60,7 +60,7 @@ class KWinTypist {
     void report(const std::string& problem, std::size_t characters);
 
     WindowFocus& focus_;
-    InputMethodSlot& slot_;
+    FocusedField& field_;
     platform::Log& log_;
     std::deque<Item> items_;
     // Of the first item. Tells a late answer.
