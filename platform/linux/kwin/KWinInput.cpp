@@ -30,6 +30,11 @@ KWinInput::KWinInput(platform::MainQueue& mainQueue, platform::Log& log,
         refusal_ = "there is no session bus: " + opened.error().localizedDescription;
         return;
     }
+    if (std::string refusal = KWinSession::refusal(*opened.value()); !refusal.empty()) {
+        refusal_ = std::move(refusal);
+        return;
+    }
+    isConnected_ = true;
     const auto ready = std::make_shared<std::promise<void>>();
     const std::future<void> isReady = ready->get_future();
     session_ = std::make_unique<KWinSession>(std::move(opened).value(), loop_, log_, events(ready));
@@ -37,14 +42,11 @@ KWinInput::KWinInput(platform::MainQueue& mainQueue, platform::Log& log,
         thread_ = startThread("input", [this] { run(); });
     } catch (const std::system_error& failure) {
         session_.reset();
+        isConnected_ = false;
         refusal_ = "no thread can speak to KWin: " + failure.code().message();
         return;
     }
     isReady.wait_for(kwinTimeout);
-    const std::lock_guard lock(mutex_);
-    if (!refusal_ && !isConnected_) {
-        refusal_ = "the session bus does not answer";
-    }
 }
 
 KWinInput::~KWinInput() {
@@ -87,15 +89,6 @@ KWinSession::Events KWinInput::events(const std::shared_ptr<std::promise<void>>&
             [this](WindowFocus::Window front) {
                 const std::lock_guard lock(mutex_);
                 front_ = front;
-            },
-            [this, ready](const std::string& refusal) {
-                const std::lock_guard lock(mutex_);
-                if (refusal.empty()) {
-                    isConnected_ = true;
-                } else {
-                    refusal_ = refusal;
-                    ready->set_value();
-                }
             },
             [this, ready](const std::string& frontRefusal) {
                 const std::lock_guard lock(mutex_);

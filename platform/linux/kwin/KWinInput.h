@@ -28,7 +28,7 @@ namespace tarvik::linuxdesktop {
 class KWinInput final : public HotKeyMeans, public TypingMeans, public FrontMeans {
   public:
     /// Asks the session bus for KWin, and KWin for what it offers, for which it waits 1 s at the
-    /// most. What KWin answers later is used from then on. The references outlive the object.
+    /// most each. What KWin answers later is used from then on. The references outlive the object.
     KWinInput(platform::MainQueue& mainQueue, platform::Log& log,
               std::weak_ptr<HotKeyListener> listener);
     /// Ends the thread, gives the input method back and deletes the shortcuts. Text that was taken

@@ -4,6 +4,7 @@
 
 #include <chrono>
 #include <utility>
+#include <vector>
 
 #include "platform/linux/bus/BusReplies.h"
 
@@ -37,7 +38,7 @@ KWinSession::KWinSession(std::unique_ptr<MessageBus> bus, EventLoop& loop, platf
     bus_->observe("type='signal',sender='org.freedesktop.DBus',member='NameOwnerChanged',arg0='" +
                       std::string(GlobalAccel::busName) + "'",
                   [this](sd_bus_message* signal) { handleOwnerChange(signal); });
-    askOwners();
+    openWayland();
 }
 
 KWinSession::~KWinSession() {
@@ -47,34 +48,32 @@ KWinSession::~KWinSession() {
 
 // On X11 the shortcuts belong to a program of their own, and outside of KDE such a program may run
 // though it hears no key.
-void KWinSession::askOwners() {
-    const auto kwin = std::make_shared<std::string>();
-    askOwner(kwinName, [kwin](const std::string& owner) { *kwin = owner; });
-    askOwner(GlobalAccel::busName, [this, kwin](const std::string& owner) {
-        isKWin_ = !kwin->empty() && *kwin == owner;
-        events_.onKnown(kwin->empty() ? "there is no KWin on the session bus"
-                        : isKWin_     ? ""
-                                      : "KWin does not have the shortcuts of this session");
-        if (isKWin_) {
-            permission_.emplace(log_);
-            openWayland();
-        }
-    });
-}
-
-void KWinSession::askOwner(const char* name,
-                           std::function<void(const std::string& owner)> onKnown) {
-    bus_->call(bus_->newCall(busDaemon, "org.freedesktop.DBus", "GetNameOwner", "s", name),
-               ownerTimeout, [onKnown = std::move(onKnown)](sd_bus_message* reply) {
-                   onKnown(textIn(reply).value_or(""));
-               });
+std::string KWinSession::refusal(MessageBus& bus) {
+    // A late reply finds nobody waiting.
+    const auto owners = std::make_shared<std::vector<std::string>>();
+    for (const char* name : {kwinName, GlobalAccel::busName}) {
+        bus.call(bus.newCall(busDaemon, "org.freedesktop.DBus", "GetNameOwner", "s", name),
+                 ownerTimeout, [owners](sd_bus_message* reply) {
+                     if (!isNoReply(reply)) {
+                         owners->push_back(textIn(reply).value_or(""));
+                     }
+                 });
+    }
+    if (!bus.dispatchUntil([owners] { return owners->size() == 2; },
+                           std::chrono::steady_clock::now() + ownerTimeout)) {
+        return "the session bus does not answer";
+    }
+    if (owners->front().empty()) {
+        return "there is no KWin on the session bus";
+    }
+    return owners->front() == owners->back() ? "" : "KWin does not have the shortcuts of this session";
 }
 
 void KWinSession::handleOwnerChange(sd_bus_message* signal) {
     const char* name = nullptr;
     const char* before = nullptr;
     const char* now = nullptr;
-    if (!isKWin_ || sd_bus_message_read(signal, "sss", &name, &before, &now) <= 0) {
+    if (sd_bus_message_read(signal, "sss", &name, &before, &now) <= 0) {
         return;
     }
     if (*before != '\0') {
@@ -117,7 +116,7 @@ void KWinSession::handleOffers() {
         wayland_->keyboard.emplace(connection);
     }
     // After a change of the desktop files, KWin answers as before for a while.
-    if (!wayland_->windows && (permission_->request() || offerRetries_ > 0) &&
+    if (!wayland_->windows && (permission_.request() || offerRetries_ > 0) &&
         offerRetries_ < maxOfferRetries) {
         ++offerRetries_;
         reopening_.set(permissionInterval, [this] { openWayland(); });

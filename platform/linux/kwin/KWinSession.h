@@ -30,17 +30,18 @@ class KWinSession {
     struct Events {
         GlobalAccelHotKeys::Events hotKeys;
         PlasmaWindows::OnFront onFront;
-        /// The session bus has told whether KWin has the shortcuts of the session. A text says why
-        /// not. Once.
-        std::function<void(const std::string& refusal)> onKnown;
-        /// KWin has told what it offers over Wayland. A text says why it shows no windows. Once,
-        /// after `onKnown` without a text.
+        /// KWin has told what it offers over Wayland. A text says why it shows no windows. Once.
         std::function<void(const std::string& frontRefusal)> onReady;
         /// The session bus is gone.
         std::function<void(const std::string& reason)> onLost;
     };
 
-    /// The references outlive the object. The callbacks do not destroy the object.
+    /// Why KWin does not have the shortcuts of the session with this bus; empty where it has. Waits
+    /// 0.9 s at the most, and the bus belongs to no loop yet.
+    static std::string refusal(MessageBus& bus);
+
+    /// There is no refusal. The references outlive the object. The callbacks do not destroy the
+    /// object.
     KWinSession(std::unique_ptr<MessageBus> bus, EventLoop& loop, platform::Log& log,
                 Events events);
     /// Ends a hold.
@@ -66,8 +67,6 @@ class KWinSession {
     };
 
     GlobalAccelHotKeys::Events heard(GlobalAccelHotKeys::Events events);
-    void askOwners();
-    void askOwner(const char* name, std::function<void(const std::string& owner)> onKnown);
     void handleOwnerChange(sd_bus_message* signal);
     void openWayland();
     void handleOffers();
@@ -82,12 +81,10 @@ class KWinSession {
     std::optional<HotKeyNumber> press_;
     GlobalAccelHotKeys hotKeys_;
     std::optional<Wayland> wayland_;
-    // From the answer of the bus on, where this is a KWin session.
-    std::optional<KWinPermission> permission_;
+    KWinPermission permission_{log_};
     // Ends a lost connection, which cannot end itself, or makes the next one.
     Deadline reopening_{loop_};
     int offerRetries_ = 0;
-    bool isKWin_ = false;
 };
 
 }  // namespace tarvik::linuxdesktop
