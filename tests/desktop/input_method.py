@@ -65,19 +65,29 @@ class InputMethod:
         self._bus.close_sync(None)
 
 
-class IdleInputMethod:
-    """IBus with a keyboard layout alone, as many desktops start it. Programs ask it about each key."""
+class IBus:
+    """IBus with one engine, in every window from the start. Programs ask it about each key."""
 
-    ENGINE = "xkb:us::eng"
+    # A keyboard layout alone, as many desktops start IBus.
+    IDLE = "xkb:us::eng"
+    # Composes Chinese from Latin letters.
+    PINYIN = "libpinyin"
     VARIABLES = {"GTK_IM_MODULE": "ibus", "QT_IM_MODULE": "ibus", "XMODIFIERS": "@im=ibus"}
 
-    def __init__(self, desktop):
+    def __init__(self, desktop, engine):
+        self._desktop = desktop
+        self._engine = engine
         desktop.environment.update(self.VARIABLES)
+        # An engine that composes does not start without a service for its settings.
         process = desktop.spawn(["ibus-daemon", "--xim", "--panel", "disable", "--config",
-                                 "disable", "--cache", "none"])
+                                 "/usr/libexec/ibus-memconf", "--cache", "none"])
         wait_for(lambda: "@server=ibus" in desktop.run(["xprop", "-root", "XIM_SERVERS"])
-                 and self._is_chosen(desktop), "the input method", process=process)
+                 and self._choose(), "the input method", process=process)
 
-    def _is_chosen(self, desktop):
-        desktop.run(["ibus", "engine", self.ENGINE], check=False)
-        return self.ENGINE in desktop.run(["ibus", "engine"], check=False)
+    def _choose(self):
+        self._desktop.run(["ibus", "engine", self._engine], check=False)
+        return self.is_chosen
+
+    @property
+    def is_chosen(self):
+        return self._engine in self._desktop.run(["ibus", "engine"], check=False)

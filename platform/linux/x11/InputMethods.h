@@ -13,12 +13,17 @@ class InputMethods {
   public:
     explicit InputMethods(XcbConnection& connection);
 
-    /// Whether an input method runs, as far as the server is told of it. Asks the server.
-    bool isRunning();
+    struct Running {
+        bool isAny = false;
+        bool isIBus = false;
+    };
+    /// Which input methods run, as far as the server is told of them. Asks the server.
+    Running find();
 
   private:
     XcbConnection& connection_;
     xcb_atom_t servers_;
+    xcb_atom_t ibus_;
 };
 
 }  // namespace tarvik::linuxdesktop

@@ -19,12 +19,18 @@ constexpr std::size_t modifierCount = 8;
 // The events of a change come right after the change.
 constexpr std::size_t maxOwnChanges = 8;
 
+bool isAscii(char32_t character) {
+    return character < 0x80;
+}
+
 // Some toolkits decode the older symbols of characters beyond Latin-1 as other characters. They
-// agree on the symbols that contain the code point.
-std::uint32_t symbolOf(char32_t character) {
+// agree on the symbols that contain the code point. The engines of IBus compose nothing from those.
+// xterm knows such symbols of ASCII and beyond Latin-1, but not those in between.
+std::uint32_t symbolOf(char32_t character, bool hidesAscii) {
     constexpr char32_t latin1End = 0x100;
     constexpr std::uint32_t codePointSymbols = 0x01000000;
-    return character < latin1End ? character : codePointSymbols | character;
+    const bool isPlain = character < latin1End && !(hidesAscii && isAscii(character));
+    return isPlain ? character : codePointSymbols | character;
 }
 
 // Of keys that act, of the keypad, or of modifiers.
@@ -60,7 +66,7 @@ void Keyboard::refresh() {
     if (isStale_) {
         reread();
     }
-    hasInputMethod_ = inputMethods_.isRunning();
+    methods_ = inputMethods_.find();
 }
 
 void Keyboard::reread() {
@@ -153,7 +159,7 @@ std::uint8_t Keyboard::bypassMask() const {
         const auto code = static_cast<xcb_keycode_t>(map_.firstCode() + i);
         isFree = map_[code].width <= maxLevels || isFunction(map_.symbol({code}, 0));
     }
-    return hasInputMethod_ && isFree ? XCB_MOD_MASK_3 : 0;
+    return methods_.isAny && isFree ? XCB_MOD_MASK_3 : 0;
 }
 
 std::vector<xcb_keycode_t> Keyboard::modifierKeys(std::uint8_t mask) const {
@@ -196,6 +202,10 @@ std::optional<Keystroke> Keyboard::strokeFor(char32_t character, std::uint8_t gr
                                              const KeysDown& down) const {
     if (const auto found = remapped_.find(character); found != remapped_.end()) {
         return found->second.stroke;
+    }
+    if (methods_.isIBus && isAscii(character)) {
+        // Its engines compose from the layout's keys, whatever modifier comes with them.
+        return std::nullopt;
     }
     const auto strokes = layout_.of(character, group);
     const auto found =
@@ -269,7 +279,7 @@ void Keyboard::remapKeys(const std::set<char32_t>& characters, const std::set<ch
         if (!stroke) {
             break;
         }
-        remapped[character] = {*stroke, uses_};
+        remapped[character] = {*stroke, symbolOf(character, methods_.isIBus), uses_};
         changed.insert(stroke->key);
     }
     remapped_.merge(remapped);
@@ -305,8 +315,8 @@ RemappedSymbols Keyboard::ownSymbols() const {
     RemappedSymbols symbols;
     for (const auto& [character, remapped] : remapped_) {
         SymbolPair& pair = symbols[remapped.stroke.key];
-        pair[remapped.stroke.isShifted ? 1 : 0] = symbolOf(character);
-        std::ranges::replace(pair, 0U, symbolOf(character));
+        pair[remapped.stroke.isShifted ? 1 : 0] = remapped.symbol;
+        std::ranges::replace(pair, 0U, remapped.symbol);
     }
     return symbols;
 }

@@ -31,8 +31,9 @@ KeysDown keysIn(std::span<const std::uint8_t> bits);
 KeysDown keysDown(XcbConnection& connection, xcb_query_keymap_cookie_t request);
 
 /// Which key yields which symbol, as far as hotkeys and typing need to know. A character that the
-/// layouts lack gets a spare key, one without a symbol, for a while. A spare key serves two
-/// characters, one of them with Shift. Input thread only.
+/// layouts lack gets a spare key, one without a symbol, for a while. While IBus runs, every
+/// character of ASCII does. A spare key serves two characters, one of them with Shift. Input thread
+/// only.
 class Keyboard {
   public:
     explicit Keyboard(XcbConnection& connection)
@@ -54,7 +55,7 @@ class Keyboard {
     std::uint8_t modifierMask(std::initializer_list<std::uint32_t> symbols) const;
     std::uint8_t numLockMask() const;
     /// Whether an input method runs.
-    bool hasInputMethod() const { return hasInputMethod_; }
+    bool hasInputMethod() const { return methods_.isAny; }
     /// A modifier with which keys type what they type without, and which makes an input method
     /// leave the keys alone. 0 while none runs, or when the modifier stands for something else.
     std::uint8_t bypassMask() const;
@@ -87,6 +88,7 @@ class Keyboard {
   private:
     struct Remapped {
         Keystroke stroke;
+        std::uint32_t symbol = 0;
         // Of the last call of remapKeys() that kept the character.
         std::uint64_t use = 0;
     };
@@ -111,7 +113,7 @@ class Keyboard {
     RemappedSymbols others_;
     std::set<std::uint32_t> ownChanges_;
     bool isStale_ = true;
-    bool hasInputMethod_ = false;
+    InputMethods::Running methods_;
 };
 
 }  // namespace tarvik::linuxdesktop

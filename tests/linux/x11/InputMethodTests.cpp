@@ -5,6 +5,7 @@
 #include <chrono>
 #include <cstddef>
 #include <memory>
+#include <string_view>
 #include <vector>
 
 #include "platform/linux/x11/Keyboard.h"
@@ -24,8 +25,8 @@ constexpr xcb_keycode_t spareKey = 248;
 /// A program that announces itself as an input method, and composes nothing.
 class AnnouncedMethod {
   public:
-    AnnouncedMethod() {
-        const xcb_atom_t server = connection->atom("@server=test");
+    explicit AnnouncedMethod(std::string_view name = "@server=test") {
+        const xcb_atom_t server = connection->atom(name);
         const xcb_window_t window = xcb_generate_id(connection->get());
         xcb_create_window(connection->get(), XCB_COPY_FROM_PARENT, window, connection->root(), 0, 0,
                           1, 1, 0, XCB_WINDOW_CLASS_INPUT_ONLY, XCB_COPY_FROM_PARENT, 0, nullptr);
@@ -82,6 +83,23 @@ TEST_F(X11InputMethod, IsBypassedWhileItRuns) {
     user.isDown(X11User::spaceKey);
     EXPECT_EQ(bypass(), 0);
     EXPECT_FALSE(keyboard.hasInputMethod());
+}
+
+// Its engines compose from the letters of the layout, also with the modifier.
+TEST_F(X11InputMethod, GetsNoLetterOfTheLayoutWhereItIsIBus) {
+    keyboard.reread();
+    EXPECT_TRUE(keyboard.strokeFor(U'a', 0, {}));
+    keyboard.remapKeys({U'é'}, {});
+    const AnnouncedMethod method("@server=ibus");
+    keyboard.refresh();
+    EXPECT_FALSE(keyboard.strokeFor(U'a', 0, {}));
+    keyboard.remapKeys({U'a'}, {});
+    // Nothing is forgotten of what was remapped before.
+    keyboard.reread();
+    EXPECT_TRUE(keyboard.strokeFor(U'é', 0, {}));
+    const auto stroke = keyboard.strokeFor(U'a', 0, {});
+    ASSERT_TRUE(stroke);
+    EXPECT_EQ(user.symbol(stroke->key), 0x01000061U);
 }
 
 TEST_F(X11InputMethod, IsBypassedWhereTheModifierOnlyChoosesALevel) {

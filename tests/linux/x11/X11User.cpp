@@ -243,6 +243,12 @@ int X11User::keysWithoutSymbol() {
     return empty;
 }
 
+std::uint32_t X11User::symbol(std::uint8_t key) {
+    const auto reply = map();
+    const auto row = std::size_t{key} - xcb_get_setup(connection_)->min_keycode;
+    return xcb_get_keyboard_mapping_keysyms(reply.get())[row * reply->keysyms_per_keycode];
+}
+
 void X11User::fillKeysWithoutSymbol(int left, std::uint32_t symbol) {
     const auto reply = map();
     const std::size_t each = reply->keysyms_per_keycode;

@@ -62,6 +62,8 @@ class X11User {
 
     /// How many keys have no symbol.
     int keysWithoutSymbol();
+    /// What a key yields without modifiers.
+    std::uint32_t symbol(std::uint8_t key);
     /// Gives the keys without a symbol this one, but for the last `left` of them.
     void fillKeysWithoutSymbol(int left, std::uint32_t symbol);
     /// Changes what a key yields.
