@@ -88,6 +88,7 @@ std::optional<Error> PulseAudioEngine::start() {
         return std::nullopt;
     }
     isRunning_ = false;
+    deliveryTimer_.cancel();
     if (!server_->isReady()) {
         return Error{PA_ERR_CONNECTIONREFUSED, "no sound server answers"};
     }
