@@ -294,6 +294,7 @@ void BeastWebSocketTask::end(const Error& error) {
 void BeastWebSocketTask::drop() {
     state_ = State::ended;
     outgoing_.clear();
+    reportEndOfBacklog("the waiting sound is lost");
     receiveHandlers_.clear();
     inbox_.clear();
     if (connector_) {

@@ -127,6 +127,13 @@ TEST_F(WebSocketBacklog, IsToldToBeLostWhenTheConnectionEnds) {
     EXPECT_TRUE(isMemoryGivenBack());
 }
 
+TEST_F(WebSocketBacklog, IsToldToBeLostWhenTheServiceEnds) {
+    sendUntilTheLogTellsOfTheBacklog();
+    world.endService();
+    EXPECT_TRUE(world.runUntil([this] { return world.logLines().size() == 2; }));
+    EXPECT_EQ(world.logLines().back(), "TarvikDictate: the waiting sound is lost");
+}
+
 TEST_F(WebSocketConnection, DropsTextThatIsNotUtf8AndGoesOn) {
     open();
     world.sendText("before");
