@@ -10,7 +10,6 @@
 #include <chrono>
 #include <fstream>
 #include <future>
-#include <iostream>
 #include <sstream>
 #include <thread>
 #include <vector>
@@ -149,9 +148,15 @@ Seconds firstPassTime(const Service& service, const Audio& sound) {
     return service.processorTime() - before;
 }
 
+struct Tally {
+    int whole = 0;
+    /// Sentences that lack words and had less processor time than the first pass takes.
+    int starved = 0;
+};
+
 /// Dictates `count` sentences to the service on a busy machine. None may lack a word for which the
 /// machine gave the service the processor time that the first pass takes.
-void expectEverySentenceWhole(int count) {
+Tally dictateOnBusyMachine(int count) {
     // Other programs push the service out of the caches.
     constexpr double margin = 1.3;
     Service service;
@@ -162,8 +167,7 @@ void expectEverySentenceWhole(int count) {
         sounds.push_back(speech(sentence.spoken, 16000, 0.2, 0.3));
         needs.push_back(firstPassTime(service, sounds.back()));
     }
-    int whole = 0;
-    int starved = 0;
+    Tally tally;
     {
         const BusyProcessors busy;
         for (int i = 0; i < count; ++i) {
@@ -175,23 +179,30 @@ void expectEverySentenceWhole(int count) {
                 << "sentence " << i << ": \"" << dictation.text << "\" after "
                 << dictation.processorTime.count() << " s of a processor, where "
                 << needs[which].count() << " s are enough";
-            whole += isWhole ? 1 : 0;
-            starved += !isWhole && isStarved ? 1 : 0;
+            tally.whole += isWhole ? 1 : 0;
+            tally.starved += !isWhole && isStarved ? 1 : 0;
             // Settling goes on after the deadline, and nobody dictates in the same second.
             service.waitUntilIdle();
         }
     }
-    std::cout << whole << " of " << count << " sentences were whole; the machine had no processor "
-              << "time for " << starved << "\n";
     service.end();
+    return tally;
 }
 
 TEST(BusyMachine, HearsEverySentenceWhole) {
-    expectEverySentenceWhole(3);
+    constexpr int count = 3;
+    const Tally tally = dictateOnBusyMachine(count);
+    EXPECT_EQ(tally.whole + tally.starved, count);
+    if (tally.starved > 0) {
+        GTEST_SKIP() << tally.starved << " of " << count
+                     << " sentences had less processor time than their decoding takes";
+    }
 }
 
+// For a machine that is busy with nothing but this test.
 TEST(BusyMachineSoak, HearsAHundredSentencesWhole) {
-    expectEverySentenceWhole(100);
+    constexpr int count = 100;
+    EXPECT_EQ(dictateOnBusyMachine(count).whole, count);
 }
 
 }  // namespace
