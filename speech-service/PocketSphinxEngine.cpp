@@ -24,7 +24,8 @@ PocketSphinxEngine::PocketSphinxEngine(std::filesystem::path model)
     : model_(std::move(model)),
       info_{"en-us", "5prealpha", "pocketsphinx",
             // A random id, the same on every machine.
-            "5e2f7c1a-9d0b-4c43-8f57-1b6a0c9e4d72", std::size_t{96} * 1024 * 1024, 4} {}
+            // Measured: 99 MiB a stream, and 0.34 s of a processor for a second of sound.
+            "5e2f7c1a-9d0b-4c43-8f57-1b6a0c9e4d72", std::size_t{99} * 1024 * 1024, 2} {}
 
 Result<std::unique_ptr<Decoder>> PocketSphinxEngine::createDecoder() {
     return PocketSphinxDecoder::load(model_);
