@@ -2,8 +2,10 @@
 
 #include "platform/linux/windows/ScrolledWindow.h"
 
+#include <malloc.h>
 #include <xcb/xcb.h>
 
+#include <QBackingStore>
 #include <QCloseEvent>
 #include <QKeyEvent>
 #include <QLayout>
@@ -118,6 +120,20 @@ void ScrolledWindow::showEvent(QShowEvent* event) {
     if (!event->spontaneous()) {
         focusNoControl();
     }
+}
+
+// The pixels of a hidden window, and the heap that the window has used, are megabytes. Qt makes the
+// pixels anew when the window is shown again.
+void ScrolledWindow::hideEvent(QHideEvent* event) {
+    QMainWindow::hideEvent(event);
+    // A spontaneous event tells of a window that the user has minimised.
+    if (event->spontaneous()) {
+        return;
+    }
+    if (QBackingStore* pixels = backingStore()) {
+        pixels->resize(QSize(1, 1));
+    }
+    malloc_trim(0);
 }
 
 // Keys that the focused control has no use for arrive here.

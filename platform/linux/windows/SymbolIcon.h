@@ -12,7 +12,7 @@ namespace tarvik::linuxdesktop {
 enum class Symbol { microphone, filledMicrophone };
 
 /// The symbol as an icon that is drawn for each size. Without a `color` the symbol is a light line
-/// along a dark one: on a panel of any colour at least one of the two is visible.
+/// within a dark one: on a panel of any colour at least one of the two is visible.
 QIcon symbolIcon(Symbol symbol, const std::optional<QColor>& color);
 
 /// A short text as an icon, drawn in the same way.
