@@ -34,8 +34,9 @@ RECOGNITION_TIMEOUT = 60.0
 IDLE_SECONDS = 60
 # Nothing in the application is periodic; a message of the desktop may come.
 MAX_WAKEUPS = 5
-# In KiB.
-MAX_RESIDENT, MAX_PRIVATE = 42 * 1024, 20 * 1024
+# In KiB. On a bare system nobody else uses Qt, so that its pages are private, too. They would be shared
+# on a desktop with other programs of Qt 6.
+MAX_RESIDENT, MAX_WRITTEN = 42 * 1024, 8 * 1024
 OWN_SETTINGS = "[General]\ndeepgramApiKey=my own key\ndeepgramHost=speech.example:444\n"
 
 
@@ -98,9 +99,9 @@ def check_idle(session):
     wait_for(lambda: time.monotonic() > end, "the end of the minute", IDLE_SECONDS + 5)
     count, used = wakeups(session.process) - before, memory(session.process)
     print(f"Idle: {count} wake-ups in a minute, {used['Rss']} KiB resident, {used['Private']} KiB "
-          "of them private", flush=True)
+          f"of them private, {used['Written']} KiB of these written", flush=True)
     assert count <= MAX_WAKEUPS, count
-    assert used["Rss"] <= MAX_RESIDENT and used["Private"] <= MAX_PRIVATE, used
+    assert used["Rss"] <= MAX_RESIDENT and used["Written"] <= MAX_WRITTEN, used
 
 
 def dictate(desktop):
