@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
 
+#include <QBackingStore>
 #include <QScreen>
 #include <QScrollArea>
 #include <QScrollBar>
@@ -219,6 +220,18 @@ TEST_F(X11WindowTest, ControlWAndEscapeClose) {
         keys.waitForEnd();
         EXPECT_FALSE(sample.window().isVisible());
         EXPECT_EQ(sample.field()->text(), "x");
+    }
+}
+
+TEST_F(X11WindowTest, AClosedWindowKeepsNoPixelsAndIsDrawnAnew) {
+    SampleWindow sample(userInterface);
+    const auto pixels = [&] { return sample.widget().backingStore()->size(); };
+    for (int times = 0; times < 2; ++times) {
+        bringForward(sample);
+        ASSERT_TRUE(isSettled(sample));
+        EXPECT_TRUE(runUntil([&] { return pixels() == sample.widget().size(); }));
+        sample.window().close();
+        EXPECT_TRUE(runUntil([&] { return pixels().width() <= 1; }));
     }
 }
 
