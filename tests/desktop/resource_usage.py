@@ -18,13 +18,18 @@ def processor_time(pid):
     return (int(fields[11]) + int(fields[12])) / os.sysconf("SC_CLK_TCK")
 
 
-def wakeups(pid):
-    """The number of voluntary context switches of all threads of the process so far."""
-    return sum(
-        int(line.split()[1])
+def wakeups_of_threads(pid):
+    """The number of voluntary context switches so far of each thread that the process has now."""
+    return {
+        status.parent.name: int(line.split()[1])
         for status in pathlib.Path(f"/proc/{pid}/task").glob("*/status")
         for line in status.read_text().splitlines() if line.startswith("voluntary_ctxt_switches")
-    )
+    }
+
+
+def wakeups(pid):
+    """The number of voluntary context switches of all threads of the process so far."""
+    return sum(wakeups_of_threads(pid).values())
 
 
 def memory(pid):
