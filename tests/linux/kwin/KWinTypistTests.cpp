@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <optional>
 #include <string>
 #include <utility>
 #include <vector>
@@ -32,7 +33,8 @@ class ScriptedSession final : public WindowFocus, public FocusedField {
         return isInFront ? Window{window, process} : Window{window + 1, process + 1};
     }
     std::uint64_t changeCount() const override { return changes; }
-    std::int64_t windowOf(platform::ProcessIdentifier asked, std::int64_t) const override {
+    std::int64_t windowOf(std::optional<platform::ProcessIdentifier> asked,
+                          std::int64_t) const override {
         return hasWindow && asked == process ? window : 0;
     }
     void activate(std::int64_t) override { isInFront = true; }
