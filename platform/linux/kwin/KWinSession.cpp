@@ -66,7 +66,8 @@ std::string KWinSession::refusal(MessageBus& bus) {
     if (owners->front().empty()) {
         return "there is no KWin on the session bus";
     }
-    return owners->front() == owners->back() ? "" : "KWin does not have the shortcuts of this session";
+    return owners->front() == owners->back() ? ""
+                                             : "KWin does not have the shortcuts of this session";
 }
 
 void KWinSession::handleOwnerChange(sd_bus_message* signal) {
