@@ -2,6 +2,9 @@
 
 #include "speech-service/DecodeWorker.h"
 
+#include <sys/resource.h>
+#include <unistd.h>
+
 #include <algorithm>
 #include <boost/asio/post.hpp>
 #include <limits>
@@ -23,6 +26,7 @@ constexpr Seconds maxQueuedAudio{30};
 constexpr Seconds chunkLength{0.1};
 // The audio of a live stream is never longer than the stream is old, but for what buffers held.
 constexpr Seconds liveTolerance{0.5};
+constexpr int lowestPriority = 19;
 constexpr Seconds unlimited{std::numeric_limits<double>::infinity()};
 
 std::size_t bytesIn(Seconds length, int sampleRate) {
@@ -161,6 +165,9 @@ void DecodeWorker::cancel() {
     isCancelled_ = true;
     if (decoder_) {
         decoder_->abort();
+        // A decoder that cannot abort must not slow the next stream down. A system that forbids
+        // this changes nothing else.
+        setpriority(PRIO_PROCESS, static_cast<id_t>(threadId_), lowestPriority);
     }
     wake_.notify_one();
 }
@@ -319,6 +326,7 @@ std::optional<Error> DecodeWorker::decode() {
 void DecodeWorker::lend(Decoder* decoder) {
     const std::lock_guard lock(mutex_);
     decoder_ = decoder;
+    threadId_ = decoder ? gettid() : 0;
 }
 
 void DecodeWorker::post(std::function<void()> callback) {

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include <sys/types.h>
+
 #include <atomic>
 #include <boost/asio/any_io_executor.hpp>
 #include <boost/asio/executor_work_guard.hpp>
@@ -77,7 +79,8 @@ class DecodeWorker : public std::enable_shared_from_this<DecodeWorker> {
     void end();
 
     /// Ends the thread within the decoding of 0.1 s of audio. The end of an utterance takes longer
-    /// with a decoder that cannot abort. No callback is called after this.
+    /// with a decoder that cannot abort, and has the lowest priority then. No callback is called
+    /// after this.
     void cancel();
 
     /// The total length of the appended audio.
@@ -107,7 +110,7 @@ class DecodeWorker : public std::enable_shared_from_this<DecodeWorker> {
     /// Leaves what the owner does not know yet. With mutex_ locked.
     void eraseReported(std::vector<Utterance>& utterances) const;
     void report(Utterance utterance);
-    /// The decoder that cancel() aborts.
+    /// The decoder that cancel() aborts, which the calling thread uses. Null ends that.
     void lend(Decoder* decoder);
     void post(std::function<void()> callback);
 
@@ -135,6 +138,8 @@ class DecodeWorker : public std::enable_shared_from_this<DecodeWorker> {
     /// Words before this time of the stream are known to the owner.
     Seconds reportedUntil_{};
     Decoder* decoder_ = nullptr;
+    /// The thread that uses the decoder.
+    pid_t threadId_ = 0;
     std::atomic<bool> isCancelled_ = false;
     std::thread thread_;
 };

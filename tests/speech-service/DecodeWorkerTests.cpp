@@ -98,6 +98,18 @@ TEST_F(Worker, ReportsTheFirstPassAtTheDeadlineWhenSettlingIsSlow) {
     EXPECT_EQ(reports_.size(), 1U);
 }
 
+TEST_F(Worker, SettlesWithTheLowestPriorityAfterTheDeadline) {
+    engine_->blockSettling();
+    engine_->forbidAbort();
+    start();
+    appendLive(quiet(0.3) + voice(0.5));
+    worker_->end();
+    runUntilEnd();
+    engine_->letSettle();
+    context_.run();
+    EXPECT_EQ(engine_->priority(), 19);
+}
+
 TEST_F(Worker, ReportsWhatIsKnownAtTheDeadlineAndTheRestLater) {
     // The words last 0.6 s, which is the audio that is decoded at the deadline; three are settled.
     engine_->understand("w0 w1", "w0 w1 w2");

@@ -2,6 +2,8 @@
 
 #include "tests/speech-service/ScriptedEngine.h"
 
+#include <sys/resource.h>
+
 #include <limits>
 #include <sstream>
 
@@ -48,8 +50,11 @@ class ScriptedDecoder : public Decoder {
 
     std::vector<Word> endUtterance() override {
         std::unique_lock lock(engine_.mutex_);
-        engine_.changed_.wait(lock, [this] { return isAborted_ || !engine_.isSettlingBlocked_; });
+        engine_.changed_.wait(lock, [this] {
+            return (isAborted_ && engine_.canAbort_) || !engine_.isSettlingBlocked_;
+        });
         engine_.lengths_.push_back(length_);
+        engine_.priority_ = getpriority(PRIO_PROCESS, 0);
         return wordsOf(engine_.words_, 1);
     }
 

@@ -26,11 +26,17 @@ class ScriptedEngine : public Engine {
     void blockSettling();
     void letSettle();
 
+    /// The end of an utterance no longer ends by an abort.
+    void forbidAbort() { canAbort_ = false; }
+
     /// Decoding blocks after this much audio of an utterance until letSettle() or another limit.
     void blockDecodingAfter(Seconds audio);
 
     /// Every later createDecoder() fails.
     void failLoading() { failsLoading_ = true; }
+
+    /// The priority of the thread that ended the last utterance: 0 is normal, 19 is lowest.
+    int priority() const { return priority_; }
 
     int loaded() const { return loaded_; }
     int alive() const { return alive_; }
@@ -42,8 +48,10 @@ class ScriptedEngine : public Engine {
 
     EngineInfo info_;
     std::atomic<bool> failsLoading_ = false;
+    std::atomic<bool> canAbort_ = true;
     std::atomic<int> loaded_ = 0;
     std::atomic<int> alive_ = 0;
+    std::atomic<int> priority_ = 0;
     mutable std::mutex mutex_;
     std::condition_variable changed_;
     std::string hypothesis_;
