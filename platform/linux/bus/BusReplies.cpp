@@ -50,6 +50,10 @@ std::optional<std::string> textPropertyIn(sd_bus_message* reply) {
     return textOf(reply, "v", "s");
 }
 
+std::optional<std::string> pathPropertyIn(sd_bus_message* reply) {
+    return textOf(reply, "v", "o");
+}
+
 std::optional<std::int32_t> integerPropertyIn(sd_bus_message* reply) {
     return valueIn<std::int32_t>(reply, "v", "i");
 }

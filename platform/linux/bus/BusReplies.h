@@ -20,6 +20,7 @@ std::optional<bool> booleanIn(sd_bus_message* reply);
 
 /// The value of a property that was asked for.
 std::optional<std::string> textPropertyIn(sd_bus_message* reply);
+std::optional<std::string> pathPropertyIn(sd_bus_message* reply);
 std::optional<std::int32_t> integerPropertyIn(sd_bus_message* reply);
 std::optional<bool> booleanPropertyIn(sd_bus_message* reply);
 

@@ -62,6 +62,14 @@ Result<std::unique_ptr<MessageBus>> MessageBus::openSystem() {
 }
 
 Result<std::unique_ptr<MessageBus>> MessageBus::open(const std::string& address) {
+    return open(address, true);
+}
+
+Result<std::unique_ptr<MessageBus>> MessageBus::openPeer(const std::string& address) {
+    return open(address, false);
+}
+
+Result<std::unique_ptr<MessageBus>> MessageBus::open(const std::string& address, bool isBus) {
     sd_bus* made = nullptr;
     int result = sd_bus_new(&made);
     BusHandle bus(made);
@@ -69,7 +77,7 @@ Result<std::unique_ptr<MessageBus>> MessageBus::open(const std::string& address)
         result = sd_bus_set_address(made, address.c_str());
     }
     if (result >= 0) {
-        result = sd_bus_set_bus_client(made, 1);
+        result = sd_bus_set_bus_client(made, isBus ? 1 : 0);
     }
     if (result >= 0) {
         result = sd_bus_start(made);
@@ -162,6 +170,11 @@ BusMessage MessageBus::newSignal(const std::string& path, const char* interface,
 void MessageBus::addObject(const char* path, const char* interface, const sd_bus_vtable* methods,
                            void* data) {
     sd_bus_add_object_vtable(bus_.get(), nullptr, path, interface, methods, data);
+}
+
+void MessageBus::addObjects(const char* prefix, const char* interface, const sd_bus_vtable* methods,
+                            void* data) {
+    sd_bus_add_fallback_vtable(bus_.get(), nullptr, prefix, interface, methods, nullptr, data);
 }
 
 void MessageBus::releaseName(const char* name) {

@@ -45,6 +45,9 @@ class MessageBus {
     static Result<std::unique_ptr<MessageBus>> openSession();
     static Result<std::unique_ptr<MessageBus>> openSystem();
     static Result<std::unique_ptr<MessageBus>> open(const std::string& address);
+    /// Connects to the program at `address`, which speaks D-Bus without being a message bus. Its
+    /// calls need no destination. Rules of observe() filter what it sends, and are not sent to it.
+    static Result<std::unique_ptr<MessageBus>> openPeer(const std::string& address);
     MessageBus(const MessageBus&) = delete;
     MessageBus& operator=(const MessageBus&) = delete;
 
@@ -87,6 +90,9 @@ class MessageBus {
     /// outlive the connection.
     void addObject(const char* path, const char* interface, const sd_bus_vtable* methods,
                    void* data);
+    /// As addObject(), for every object whose path begins with `prefix` and a slash.
+    void addObjects(const char* prefix, const char* interface, const sd_bus_vtable* methods,
+                    void* data);
     /// Gives up a name on the bus.
     void releaseName(const char* name);
 
@@ -98,6 +104,7 @@ class MessageBus {
 
   private:
     explicit MessageBus(BusHandle bus) : bus_(std::move(bus)) {}
+    static Result<std::unique_ptr<MessageBus>> open(const std::string& address, bool isBus);
 
     void dispatch();
     void lose(int number);

@@ -223,6 +223,34 @@ TEST_P(MessageBusTest, AnObjectRepliesToCallsAndSoDoItsProperties) {
     EXPECT_EQ(number, 42);
 }
 
+TEST_P(MessageBusTest, ManyObjectsReplyByTheSameMethods) {
+    Echo echo;
+    bus->addObjects(objectPath, interfaceName, Echo::methods, &echo);
+    for (const char* path : {"/tarvik/test/1", "/tarvik/test/2"}) {
+        EXPECT_TRUE(
+            call(bus->newCall({uniqueNameOf(*bus), path}, interfaceName, "Echo", "s", path)));
+    }
+    EXPECT_TRUE(awaitReplies(2));
+    EXPECT_EQ(replies, (std::vector<std::string>{"/tarvik/test/1", "/tarvik/test/2"}));
+}
+
+TEST_P(MessageBusTest, AnOwnSignalIsSeenByWhoeverListens) {
+    std::string seen;
+    bool isObserving = false;
+    bus->observe(
+        "type='signal',interface='tarvik.Test',member='Changed'",
+        [&](sd_bus_message* signal) {
+            seen = std::string(sd_bus_message_get_path(signal)) + " " + textIn(signal).value_or("");
+        },
+        [&] { isObserving = true; });
+    ASSERT_TRUE(driver->runUntil([&] { return isObserving; }));
+    BusMessage signal = bus->newSignal(objectPath, interfaceName, "Changed");
+    ASSERT_GE(sd_bus_message_append(signal.get(), "s", "news"), 0);
+    bus->sendSignal(std::move(signal));
+    EXPECT_TRUE(driver->runUntil([&] { return !seen.empty(); }));
+    EXPECT_EQ(seen, "/tarvik/test news");
+}
+
 TEST_P(MessageBusTest, AMessageThatIsSentIsDeliveredAndItsReplyIsNot) {
     Echo echo;
     bus->addObject(objectPath, interfaceName, Echo::methods, &echo);
