@@ -1,0 +1,34 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <systemd/sd-bus.h>
+
+#include <memory>
+#include <optional>
+#include <string>
+
+#include "base/Result.h"
+#include "platform/linux/bus/MessageBus.h"
+
+namespace tarvik::linuxdesktop {
+
+// How IBus writes its objects into messages, and how a connection to IBus begins.
+
+/// Connects to IBus at `address`. IBus calls its clients without naming a destination, as no
+/// message bus does, but wants to be greeted and told of rules as one.
+Result<std::unique_ptr<MessageBus>> openIbus(const std::string& address);
+/// Calls `onSignal` for each signal of IBus that matches `rule`.
+void observeIbus(MessageBus& bus, const std::string& rule, MessageBus::OnSignal onSignal);
+
+/// What the names of this application's engines begin with. Each connection has a name of its own:
+/// of two engines with one name, IBus knows the first.
+inline constexpr const char* ownEngineBeginning = "tarvik-dictate-";
+
+/// Appends `text`, UTF-8, as a text without attributes. False when the text is not UTF-8.
+bool appendIbusText(sd_bus_message* message, const std::string& text);
+/// Appends the description of this application with one engine.
+bool appendIbusComponent(sd_bus_message* message, const std::string& engine);
+/// The name of the engine that a reply describes, in however many variants the description is.
+std::optional<std::string> engineNameIn(sd_bus_message* reply);
+
+}  // namespace tarvik::linuxdesktop
