@@ -339,7 +339,7 @@ void IbusEngine::setField(const std::string& path, bool isField) {
 void IbusEngine::commit(const std::string& text) {
     BusMessage signal = bus_->newSignal(field_, engineInterface, "CommitText");
     if (signal && appendIbusText(signal.get(), text)) {
-        bus_->sendSignal(std::move(signal));
+        bus_->send(std::move(signal));
     }
 }
 
@@ -352,7 +352,7 @@ void IbusEngine::forward(std::uint32_t state) {
     BusMessage signal = bus_->newSignal(field_, engineInterface, "ForwardKeyEvent");
     if (signal &&
         sd_bus_message_append(signal.get(), "uuu", controlSymbol, controlCode, state) >= 0) {
-        bus_->sendSignal(std::move(signal));
+        bus_->send(std::move(signal));
     }
 }
 

@@ -246,7 +246,7 @@ TEST_P(MessageBusTest, AnOwnSignalIsSeenByWhoeverListens) {
     ASSERT_TRUE(driver->runUntil([&] { return isObserving; }));
     BusMessage signal = bus->newSignal(objectPath, interfaceName, "Changed");
     ASSERT_GE(sd_bus_message_append(signal.get(), "s", "news"), 0);
-    bus->sendSignal(std::move(signal));
+    bus->send(std::move(signal));
     EXPECT_TRUE(driver->runUntil([&] { return !seen.empty(); }));
     EXPECT_EQ(seen, "/tarvik/test news");
 }
