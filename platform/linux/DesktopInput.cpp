@@ -9,6 +9,9 @@
 #include <vector>
 
 #include "platform/linux/accessibility/AtspiFront.h"
+#ifdef TARVIK_HAS_GNOME
+#include "platform/linux/gnome/GnomeInput.h"
+#endif
 #include "platform/linux/input/FrontMeans.h"
 #include "platform/linux/input/HotKeyMeans.h"
 #include "platform/linux/input/LinuxEventManager.h"
@@ -34,6 +37,9 @@ struct Session {
     std::weak_ptr<HotKeyListener> listener;
     OnLift onLift;
     std::shared_ptr<const AccessibilityState> accessibility;
+#ifdef TARVIK_HAS_GNOME
+    std::shared_ptr<GnomeInput> gnome = {};
+#endif
 #ifdef TARVIK_HAS_WAYLAND
     std::shared_ptr<SwayInput> sway = {};
     std::shared_ptr<KWinInput> kwin = {};
@@ -114,6 +120,34 @@ Opened<Means> openWayland(Session& session) {
 }
 #endif
 
+#ifdef TARVIK_HAS_GNOME
+/// Which process has the keyboard, in a session where only accessibility tells.
+GnomeInput::Front frontByAccessibility(const Session& session) {
+    if (!session.accessibility) {
+        return {};
+    }
+    return [front = std::make_shared<const AtspiFront>(session.accessibility)] {
+        return front->frontmostProcess();
+    };
+}
+
+template <typename Means>
+Opened<Means> openGnome(Session& session) {
+    if (!session.gnome) {
+        session.gnome = std::make_shared<GnomeInput>(
+            session.mainQueue, session.log, session.listener, frontByAccessibility(session));
+    }
+    const auto refusal = std::is_same_v<Means, TypingMeans> ? session.gnome->typingRefusal()
+                                                            : session.gnome->refusal();
+    if (refusal) {
+        return {nullptr, *refusal};
+    }
+    return {session.gnome, session.gnome->isAvailable()
+                               ? "GNOME Shell offers it"
+                               : "GNOME Shell has not answered yet, and is used once it does"};
+}
+#endif
+
 #ifdef TARVIK_HAS_X11
 template <typename Means>
 Opened<Means> openX11(Session& session) {
@@ -142,12 +176,17 @@ Opened<FrontMeans> openAtspi(Session& session) {
 
 // Tried in this order. A technology that was left out of the build is in no table. What Wayland
 // compositors offer stands before X11, since the question to X11 would start a compositor's X
-// server. KWin and Sway stand before what any compositor may offer.
+// server. What one compositor has stands before what any compositor may offer.
 
 const std::vector<Choice<HotKeyMeans>> hotKeyChoices{
 #ifdef TARVIK_HAS_WAYLAND
     {"Sway", &openSway<HotKeyMeans>},
     {"KGlobalAccel", &openKWin<HotKeyMeans>},
+#endif
+#ifdef TARVIK_HAS_GNOME
+    {"custom shortcuts of GNOME", &openGnome<HotKeyMeans>},
+#endif
+#ifdef TARVIK_HAS_WAYLAND
     {"Wayland", &refuseWaylandHotKeys},
 #endif
 #ifdef TARVIK_HAS_X11
@@ -159,6 +198,11 @@ const std::vector<Choice<TypingMeans>> typingChoices{
 #ifdef TARVIK_HAS_WAYLAND
     {"a virtual keyboard in Sway", &openSway<TypingMeans>},
     {"KWin's input method", &openKWin<TypingMeans>},
+#endif
+#ifdef TARVIK_HAS_GNOME
+    {"an engine of IBus in GNOME", &openGnome<TypingMeans>},
+#endif
+#ifdef TARVIK_HAS_WAYLAND
     {"a virtual keyboard in Wayland", &openWayland<TypingMeans>},
 #endif
 #ifdef TARVIK_HAS_X11
@@ -218,6 +262,16 @@ DesktopInput::DesktopInput(platform::MainQueue& mainQueue, platform::Log& log,
 }
 
 DesktopInput::~DesktopInput() = default;
+
+bool DesktopInput::canTakeOverHotKeys() const {
+    return hotKeys_ && hotKeys_->canTakeOver();
+}
+
+void DesktopInput::takeOverHotKeys() {
+    if (hotKeys_) {
+        hotKeys_->takeOver();
+    }
+}
 
 platform::EventManager& DesktopInput::eventManager() {
     return *eventManager_;

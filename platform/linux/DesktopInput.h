@@ -36,6 +36,10 @@ class DesktopInput {
     DesktopInput(const DesktopInput&) = delete;
     DesktopInput& operator=(const DesktopInput&) = delete;
 
+    /// As HotKeyMeans.
+    bool canTakeOverHotKeys() const;
+    void takeOverHotKeys();
+
     platform::EventManager& eventManager();
     platform::KeyboardEvents& keyboardEvents();
 

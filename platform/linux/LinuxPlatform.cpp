@@ -27,7 +27,7 @@ LinuxPlatform::LinuxPlatform(int& argumentCount, char** arguments, InstanceClaim
       accessibility_(
           accessibilityWorker_, mainQueue_,
           {[this] { return input_.frontmostProcess(); },
-           [this] { return input_.canType(); },
+           [this] { return input_.canType() && !input_.canTakeOverHotKeys(); },
            [this](platform::ProcessIdentifier process) { return input_.isTypingInto(process); },
            {[this](platform::ProcessIdentifier process) { return input_.holdTyping(process); },
             [this](platform::ProcessIdentifier process, std::size_t units) {
@@ -38,10 +38,16 @@ LinuxPlatform::LinuxPlatform(int& argumentCount, char** arguments, InstanceClaim
       // The core asks the workspace for the process in front where a recording begins.
       workspace_([this] { return input_.chooseTarget(); },
                  [this](SettingsPanel panel) {
-                     return panel == SettingsPanel::microphone
-                                ? audio_.authorizationStatusForAudio() !=
-                                      static_cast<int>(platform::AuthorizationStatus::authorized)
-                                : !accessibility_.isProcessTrusted();
+                     if (panel == SettingsPanel::microphone) {
+                         return audio_.authorizationStatusForAudio() !=
+                                static_cast<int>(platform::AuthorizationStatus::authorized);
+                     }
+                     // The page would not give a hotkey.
+                     if (input_.canTakeOverHotKeys()) {
+                         input_.takeOverHotKeys();
+                         return false;
+                     }
+                     return !accessibility_.isProcessTrusted();
                  },
                  taskLauncher_, clock_, log_),
       userInterface_(clock_, log_) {

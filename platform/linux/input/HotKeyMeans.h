@@ -54,6 +54,13 @@ class HotKeyMeans {
     /// Typing is about to lift these modifiers, a mask of the event manager, which the user holds.
     /// Their release is not the user's and does not end a hold. Any thread; never blocks.
     virtual void expectLift(std::uint32_t modifiers) = 0;
+
+    /// Whether another part of the desktop has a combination that was refused, and takeOver() would
+    /// get the combination. Any thread.
+    virtual bool canTakeOver() const { return false; }
+    /// The user asks for such a combination. The means takes it, and gives it back when the
+    /// application ends; the next start registers it. Does not wait.
+    virtual void takeOver() {}
 };
 
 }  // namespace tarvik::linuxdesktop

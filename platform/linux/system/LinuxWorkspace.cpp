@@ -17,11 +17,11 @@ std::string executable(const std::string& program) {
 
 }  // namespace
 
-LinuxWorkspace::LinuxWorkspace(FrontmostProcess frontmostProcess, IsMissing isMissing,
+LinuxWorkspace::LinuxWorkspace(FrontmostProcess frontmostProcess, NeedsPanel needsPanel,
                                platform::TaskLauncher& taskLauncher, const platform::Clock& clock,
                                platform::Log& log)
     : frontmostProcess_(std::move(frontmostProcess)),
-      isMissing_(std::move(isMissing)),
+      needsPanel_(std::move(needsPanel)),
       taskLauncher_(taskLauncher),
       clock_(clock),
       log_(log) {}
@@ -47,7 +47,7 @@ void LinuxWorkspace::announceWake() {
 
 bool LinuxWorkspace::openUrl(const std::string& url) {
     const std::optional<SettingsPanel> panel = settingsPanelOf(url);
-    if (panel && !isMissing_(*panel)) {
+    if (panel && !needsPanel_(*panel)) {
         return true;
     }
     const std::optional<Error> failure = panel ? openPanel(*panel) : openLink(url);

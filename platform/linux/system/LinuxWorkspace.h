@@ -26,12 +26,12 @@ class LinuxWorkspace final : public platform::Workspace {
     /// The process whose window has the keyboard; empty where unknown. Called by
     /// frontmostApplication() only, so it may choose the target of a recording. Does not wait.
     using FrontmostProcess = std::function<std::optional<platform::ProcessIdentifier>()>;
-    /// Whether the application lacks what the user can give on a page of the settings. Does not
-    /// wait.
-    using IsMissing = std::function<bool(SettingsPanel)>;
+    /// The user asks for a page of the settings. Grants what needs no page, and tells whether the
+    /// application lacks what the user can give on the page. Does not wait.
+    using NeedsPanel = std::function<bool(SettingsPanel)>;
 
     /// The references outlive the workspace.
-    LinuxWorkspace(FrontmostProcess frontmostProcess, IsMissing isMissing,
+    LinuxWorkspace(FrontmostProcess frontmostProcess, NeedsPanel needsPanel,
                    platform::TaskLauncher& taskLauncher, const platform::Clock& clock,
                    platform::Log& log);
 
@@ -48,7 +48,7 @@ class LinuxWorkspace final : public platform::Workspace {
     std::optional<Error> openPanel(SettingsPanel panel);
 
     FrontmostProcess frontmostProcess_;
-    IsMissing isMissing_;
+    NeedsPanel needsPanel_;
     platform::TaskLauncher& taskLauncher_;
     const platform::Clock& clock_;
     platform::Log& log_;

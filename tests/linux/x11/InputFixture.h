@@ -28,6 +28,7 @@ inline std::vector<std::string> linesWithoutWayland(const RecordingLog& log,
     lines.erase(lines.begin(), lines.begin() + static_cast<std::ptrdiff_t>(first));
     std::erase_if(lines, [](const std::string& line) {
         return line.find("SWAYSOCK") != line.npos || line.find("KWin") != line.npos ||
+               line.find("WAYLAND_DISPLAY") != line.npos ||
                line.find("no Wayland compositor") != line.npos;
     });
     return lines;

@@ -1,0 +1,278 @@
+// SPDX-License-Identifier: MIT
+
+#include "platform/linux/gnome/GnomeHotKeys.h"
+
+#include <algorithm>
+#include <utility>
+
+#include "platform/linux/bus/BusReplies.h"
+
+namespace tarvik::linuxdesktop {
+
+namespace {
+
+using namespace std::chrono_literals;
+
+constexpr auto busTimeout = 1s;
+// How much later than the keyboard's settings say a command may call.
+constexpr auto callTolerance = 300ms;
+// An end too early costs words, and one too late costs silence.
+constexpr auto firstCallTolerance = 1s;
+constexpr auto unseenTolerance = 2s;
+constexpr int repeatTolerance = 4;
+constexpr int maxMissedCalls = 3;
+// After the end of a hold, its repeats follow each other faster than that. Nobody presses so fast.
+constexpr auto minLateInterval = 250ms;
+
+constexpr const char* objectName = "com.tarvik.dictate.HotKeys";
+constexpr const char* objectPath = "/com/tarvik/dictate/HotKeys";
+constexpr const char* objectInterface = "com.tarvik.dictate.HotKeys";
+
+// Of the bus, to a request for a name.
+constexpr std::uint32_t doNotQueue = 4;
+constexpr std::uint32_t isOwner = 1;
+
+constexpr const char* holdName = "hold";
+constexpr const char* toggleName = "toggle";
+
+// As the kernel numbers keys.
+constexpr std::uint32_t spaceCode = 57;
+constexpr std::uint32_t leftAltCode = 56;
+constexpr std::uint32_t rightAltCode = 100;
+constexpr std::uint32_t leftShiftCode = 42;
+constexpr std::uint32_t rightShiftCode = 54;
+
+bool isToggle(std::uint32_t modifiers) {
+    return (modifiers & platform::shiftKeyMask) != 0;
+}
+
+bool belongsTo(std::uint32_t modifiers, std::uint32_t code) {
+    return code == spaceCode || code == leftAltCode || code == rightAltCode ||
+           (isToggle(modifiers) && (code == leftShiftCode || code == rightShiftCode));
+}
+
+std::string userText(std::uint32_t modifiers) {
+    return isToggle(modifiers) ? "Alt+Shift+Space" : "Alt+Space";
+}
+
+std::string command(std::uint32_t modifiers) {
+    return std::string("gdbus call --session --dest ") + objectName + " --object-path " +
+           objectPath + " --method " + objectInterface + ".Press " +
+           (isToggle(modifiers) ? toggleName : holdName);
+}
+
+}  // namespace
+
+const sd_bus_vtable GnomeHotKeys::methods[] = {
+    SD_BUS_VTABLE_START(0),
+    SD_BUS_METHOD("Press", "s", "", &GnomeHotKeys::onPress, SD_BUS_VTABLE_UNPRIVILEGED),
+    SD_BUS_VTABLE_END};
+
+GnomeHotKeys::GnomeHotKeys(MessageBus& bus, IbusEngine& engine, EventLoop& loop, platform::Log& log,
+                           Events events)
+    : bus_(bus), engine_(engine), log_(log), events_(std::move(events)), repeatDeadline_(loop) {
+    bus_.addObject(objectPath, objectInterface, methods, this);
+}
+
+GnomeHotKeys::~GnomeHotKeys() {
+    endHold();
+}
+
+void GnomeHotKeys::add(HotKeyNumber number, std::uint32_t keyCode, std::uint32_t modifiers,
+                       OnStatus onStatus) {
+    if (keyCode != platform::spaceKeyCode ||
+        (modifiers & ~platform::shiftKeyMask) != platform::optionKeyMask) {
+        onStatus(platform::eventHotKeyInvalidErr);
+        return;
+    }
+    const bool isTaken = std::ranges::any_of(
+        hotKeys_, [modifiers](const auto& entry) { return entry.second == modifiers; });
+    if (isTaken) {
+        onStatus(platform::eventHotKeyExistsErr);
+        return;
+    }
+    claim([this, number, modifiers, onStatus = std::move(onStatus)](bool isFirst) {
+        if (isFirst) {
+            bind(number, modifiers, onStatus);
+        } else {
+            log_.write("TarvikDictate: another instance has shortcuts in this GNOME session");
+            onStatus(platform::eventHotKeyExistsErr);
+        }
+    });
+}
+
+void GnomeHotKeys::claim(std::function<void(bool isFirst)> onAnswer) {
+    if (isOwner_) {
+        onAnswer(true);
+        return;
+    }
+    bus_.call(bus_.newCall({"org.freedesktop.DBus", "/org/freedesktop/DBus"},
+                           "org.freedesktop.DBus", "RequestName", "su", objectName, doNotQueue),
+              busTimeout, [this, onAnswer = std::move(onAnswer)](sd_bus_message* reply) {
+                  if (unsignedIn(reply) == isOwner) {
+                      isOwner_ = true;
+                      shortcuts_.takeFromWindowMenuAgain();
+                  }
+                  onAnswer(isOwner_);
+              });
+}
+
+void GnomeHotKeys::bind(HotKeyNumber number, std::uint32_t modifiers, OnStatus onStatus) {
+    if (const auto owner = shortcuts_.ownerOf(modifiers)) {
+        log_.write("TarvikDictate: " + userText(modifiers) +
+                   " belongs to GNOME's shortcut: " + *owner);
+        if (shortcuts_.isInWindowMenu(modifiers)) {
+            events_.onTaken(true);
+        }
+        onStatus(platform::eventHotKeyExistsErr);
+    } else if (shortcuts_.bind(modifiers, command(modifiers))) {
+        hotKeys_[number] = modifiers;
+        onStatus(platform::noErr);
+    } else {
+        onStatus(platform::eventInternalErr);
+    }
+}
+
+void GnomeHotKeys::remove(HotKeyNumber number) {
+    const auto found = hotKeys_.find(number);
+    if (found == hotKeys_.end()) {
+        return;
+    }
+    if (hold_ && hold_->number == number) {
+        hold_.reset();
+        repeatDeadline_.clear();
+        engine_.release();
+    }
+    shortcuts_.unbind(found->second);
+    hotKeys_.erase(found);
+}
+
+void GnomeHotKeys::removeAll() {
+    endHold();
+    for (const auto& [number, modifiers] : std::exchange(hotKeys_, {})) {
+        shortcuts_.unbind(modifiers);
+    }
+    if (std::exchange(isOwner_, false)) {
+        shortcuts_.giveBackToWindowMenu();
+        bus_.releaseName(objectName);
+    }
+}
+
+void GnomeHotKeys::takeFromWindowMenu() {
+    if (shortcuts_.takeFromWindowMenu()) {
+        events_.onTaken(false);
+        log_.write(
+            "TarvikDictate: the menu of windows has given Alt+Space up, and gets it back when the "
+            "application ends");
+    }
+}
+
+int GnomeHotKeys::onPress(sd_bus_message* call, void* self, sd_bus_error*) {
+    const std::string name = textIn(call).value_or("");
+    static_cast<GnomeHotKeys*>(self)->handlePress(
+        platform::optionKeyMask | (name == toggleName ? platform::shiftKeyMask : 0));
+    return sd_bus_reply_method_return(call, "");
+}
+
+std::optional<GnomeHotKeys::Repeat> GnomeHotKeys::repeatSetting() {
+    const GnomeSettings keyboard("org.gnome.desktop.peripherals.keyboard");
+    if (!keyboard.flag("repeat").value_or(true)) {
+        return std::nullopt;
+    }
+    return Repeat{std::chrono::milliseconds(keyboard.number("delay").value_or(500)),
+                  std::chrono::milliseconds(keyboard.number("repeat-interval").value_or(30))};
+}
+
+void GnomeHotKeys::handlePress(std::uint32_t modifiers) {
+    const auto found = std::ranges::find_if(
+        hotKeys_, [modifiers](const auto& entry) { return entry.second == modifiers; });
+    if (found == hotKeys_.end()) {
+        return;
+    }
+    const HotKeyNumber number = found->first;
+    const SteadyTime now = std::chrono::steady_clock::now();
+    if (hold_ && hold_->number == number && hold_->repeat) {
+        if (++hold_->repeats > 1) {
+            hold_->maxGap = std::max(hold_->maxGap, now - hold_->callTime);
+        }
+        hold_->callTime = now;
+        hold_->isSeen = engine_.hasField();
+        watchRepeats();
+        return;
+    }
+    if (number == endedNumber_ && now < lateUntil_) {
+        lateUntil_ = now + lateInterval_;
+        return;
+    }
+    // Of a hold that has not ended, nobody has seen the release.
+    endHold();
+    hold_ = Hold{number, repeatSetting()};
+    events_.onPressed(number);
+    engine_.acquire();
+    accompanyAlt();
+    watchRepeats();
+}
+
+void GnomeHotKeys::watchRepeats() {
+    if (!hold_ || !hold_->repeat) {
+        return;
+    }
+    // A busy machine runs the commands at another pace than the keyboard's.
+    const auto slack = std::max<SteadyTime::duration>(
+        repeatTolerance * hold_->repeat->interval + callTolerance, maxMissedCalls * hold_->maxGap);
+    const auto first = hold_->repeats == 0 ? hold_->repeat->delay + firstCallTolerance : 0ms;
+    repeatDeadline_.set(std::chrono::steady_clock::now() + first + slack, [this] {
+        if (!engine_.hasField()) {
+            endHold();
+        } else if (!hold_->isSeen) {
+            // Only keys that were up before the engine had the field have gone unseen.
+            repeatDeadline_.set(unseenTolerance, [this] { endHold(); });
+        }
+    });
+}
+
+void GnomeHotKeys::handleKey(const IbusEngine::Key& key) {
+    if (!hold_) {
+        return;
+    }
+    if (key.isUp && belongsTo(hotKeys_[hold_->number], key.code)) {
+        accompanyAlt();
+        endedNumber_ = hold_->number;
+        lateInterval_ =
+            std::max<SteadyTime::duration>(minLateInterval, maxMissedCalls * hold_->maxGap);
+        lateUntil_ = std::chrono::steady_clock::now() + lateInterval_;
+        endHold();
+    } else if (!key.isUp && !key.hasAlt) {
+        // Alt went up before the engine had the field.
+        endHold();
+    } else {
+        hold_->isSeen = true;
+    }
+}
+
+void GnomeHotKeys::handleField() {
+    if (!hold_) {
+        return;
+    }
+    if (engine_.hasField()) {
+        accompanyAlt();
+    } else if (std::exchange(hold_->isSeen, false)) {
+        watchRepeats();
+    }
+}
+
+void GnomeHotKeys::accompanyAlt() {
+    if (engine_.hasField() && !std::exchange(hold_->isAccompanied, true)) {
+        engine_.tapControl();
+    }
+}
+
+void GnomeHotKeys::endHold() {
+    repeatDeadline_.clear();
+    if (const auto ended = std::exchange(hold_, std::nullopt)) {
+        events_.onReleased(ended->number);
+        engine_.release();
+    }
+}
+
+}  // namespace tarvik::linuxdesktop

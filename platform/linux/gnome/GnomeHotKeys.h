@@ -1,0 +1,111 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <systemd/sd-bus.h>
+
+#include <chrono>
+#include <cstdint>
+#include <functional>
+#include <map>
+#include <optional>
+#include <string>
+
+#include "platform/EventManager.h"
+#include "platform/Log.h"
+#include "platform/linux/bus/MessageBus.h"
+#include "platform/linux/gnome/GnomeShortcuts.h"
+#include "platform/linux/ibus/IbusEngine.h"
+#include "platform/linux/input/HotKeyMeans.h"
+#include "platform/linux/loop/EventLoop.h"
+
+namespace tarvik::linuxdesktop {
+
+/// Key combinations as custom shortcuts of GNOME, and which of them is held. Loop thread only.
+///
+/// GNOME runs a command when a shortcut is pressed, and again at each repeat of the key. The
+/// command calls an object on the session bus. No command tells of a release. The engine of IBus
+/// sees the keys go up while a text field has the keyboard. Elsewhere a hold ends with its repeats.
+class GnomeHotKeys {
+  public:
+    /// As in HotKeyListener, but on the loop's thread.
+    struct Events {
+        std::function<void(HotKeyNumber)> onPressed;
+        std::function<void(HotKeyNumber)> onReleased;
+        /// Whether the menu of windows has a combination that was asked for.
+        std::function<void(bool isTaken)> onTaken;
+    };
+    using OnStatus = std::function<void(platform::OSStatus)>;
+
+    /// The references outlive the object.
+    GnomeHotKeys(MessageBus& bus, IbusEngine& engine, EventLoop& loop, platform::Log& log,
+                 Events events);
+    /// Ends a hold. Shortcuts that are left stay until the next start.
+    ~GnomeHotKeys();
+    GnomeHotKeys(const GnomeHotKeys&) = delete;
+    GnomeHotKeys& operator=(const GnomeHotKeys&) = delete;
+
+    /// Has GNOME make a shortcut of the event manager's key and modifiers. `onStatus` gets a status
+    /// of the event manager as HotKeyMeans::registerHotKey() answers it, in this or a later turn.
+    void add(HotKeyNumber number, std::uint32_t keyCode, std::uint32_t modifiers,
+             OnStatus onStatus);
+    void remove(HotKeyNumber number);
+    /// As remove(), for every hotkey; and what was taken from the menu of windows goes back.
+    void removeAll();
+
+    /// The user has asked for the combinations. The menu of windows loses the one of the hold
+    /// hotkey; a later add() has it.
+    void takeFromWindowMenu();
+
+    /// The engine has seen a key.
+    void handleKey(const IbusEngine::Key& key);
+    /// The engine has got or lost a text field.
+    void handleField();
+
+  private:
+    struct Repeat {
+        std::chrono::milliseconds delay;
+        std::chrono::milliseconds interval;
+    };
+    struct Hold {
+        HotKeyNumber number = 0;
+        // Empty when the keyboard does not repeat its keys.
+        std::optional<Repeat> repeat;
+        // How often the key has repeated.
+        int repeats = 0;
+        // Of the last repeat, and the longest time between two of them.
+        SteadyTime callTime = {};
+        SteadyTime::duration maxGap{0};
+        // The engine has a field, and a key was down after the engine got the field. So the
+        // engine will see the key go up.
+        bool isSeen = false;
+        // A tap of Ctrl has accompanied Alt.
+        bool isAccompanied = false;
+    };
+
+    void claim(std::function<void(bool isFirst)> onAnswer);
+    void bind(HotKeyNumber number, std::uint32_t modifiers, OnStatus onStatus);
+    static std::optional<Repeat> repeatSetting();
+    static int onPress(sd_bus_message* call, void* self, sd_bus_error* error);
+    void handlePress(std::uint32_t modifiers);
+    void watchRepeats();
+    void accompanyAlt();
+    void endHold();
+
+    static const sd_bus_vtable methods[];
+
+    MessageBus& bus_;
+    IbusEngine& engine_;
+    platform::Log& log_;
+    Events events_;
+    GnomeShortcuts shortcuts_;
+    std::map<HotKeyNumber, std::uint32_t> hotKeys_;
+    bool isOwner_ = false;
+    std::optional<Hold> hold_;
+    Deadline repeatDeadline_;
+    // A hold that has ended, of which repeats may still be on their way.
+    HotKeyNumber endedNumber_ = 0;
+    SteadyTime lateUntil_;
+    SteadyTime::duration lateInterval_{0};
+};
+
+}  // namespace tarvik::linuxdesktop

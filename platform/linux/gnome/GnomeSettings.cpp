@@ -1,0 +1,132 @@
+// SPDX-License-Identifier: MIT
+
+#include "platform/linux/gnome/GnomeSettings.h"
+
+#include <gio/gio.h>
+
+#include <algorithm>
+#include <utility>
+
+namespace tarvik::linuxdesktop {
+
+namespace {
+
+std::string childText(GVariant* parent, std::size_t index) {
+    GVariant* child = g_variant_get_child_value(parent, index);
+    const std::string text = g_variant_get_string(child, nullptr);
+    g_variant_unref(child);
+    return text;
+}
+
+}  // namespace
+
+// A group or a key that is unknown would end the process.
+GnomeSettings::GnomeSettings(const std::string& schema, const std::string& path) {
+    GSettingsSchemaSource* source = g_settings_schema_source_get_default();
+    GSettingsSchema* found =
+        source != nullptr ? g_settings_schema_source_lookup(source, schema.c_str(), TRUE) : nullptr;
+    if (found == nullptr) {
+        return;
+    }
+    char** keys = g_settings_schema_list_keys(found);
+    for (char** key = keys; *key != nullptr; ++key) {
+        keys_.emplace_back(*key);
+    }
+    g_strfreev(keys);
+    settings_ = g_settings_new_full(found, nullptr, path.empty() ? nullptr : path.c_str());
+    g_settings_schema_unref(found);
+}
+
+GnomeSettings::~GnomeSettings() {
+    if (settings_ != nullptr) {
+        g_object_unref(settings_);
+    }
+}
+
+bool GnomeSettings::has(const std::string& key) const {
+    return std::ranges::find(keys_, key) != keys_.end();
+}
+
+void GnomeSettings::Unreferenced::operator()(GVariant* value) const {
+    g_variant_unref(value);
+}
+
+GnomeSettings::Value GnomeSettings::value(const std::string& key, const char* type) const {
+    if (!has(key)) {
+        return nullptr;
+    }
+    Value found(g_settings_get_value(settings_, key.c_str()));
+    return g_variant_is_of_type(found.get(), G_VARIANT_TYPE(type)) != FALSE ? std::move(found)
+                                                                            : nullptr;
+}
+
+std::optional<bool> GnomeSettings::flag(const std::string& key) const {
+    const Value found = value(key, "b");
+    return found ? std::optional(g_variant_get_boolean(found.get()) != FALSE) : std::nullopt;
+}
+
+std::optional<std::uint32_t> GnomeSettings::number(const std::string& key) const {
+    const Value found = value(key, "u");
+    return found ? std::optional(g_variant_get_uint32(found.get())) : std::nullopt;
+}
+
+std::optional<std::string> GnomeSettings::text(const std::string& key) const {
+    const Value found = value(key, "s");
+    return found ? std::optional<std::string>(g_variant_get_string(found.get(), nullptr))
+                 : std::nullopt;
+}
+
+std::optional<GnomeSettings::Texts> GnomeSettings::texts(const std::string& key) const {
+    const Value found = value(key, "as");
+    if (!found) {
+        return std::nullopt;
+    }
+    Texts texts;
+    for (std::size_t index = 0; index < g_variant_n_children(found.get()); ++index) {
+        texts.push_back(childText(found.get(), index));
+    }
+    return texts;
+}
+
+std::optional<GnomeSettings::TextPairs> GnomeSettings::pairs(const std::string& key) const {
+    const Value found = value(key, "a(ss)");
+    if (!found) {
+        return std::nullopt;
+    }
+    TextPairs pairs;
+    for (std::size_t index = 0; index < g_variant_n_children(found.get()); ++index) {
+        const Value pair(g_variant_get_child_value(found.get(), index));
+        pairs.emplace_back(childText(pair.get(), 0), childText(pair.get(), 1));
+    }
+    return pairs;
+}
+
+bool GnomeSettings::set(const std::string& key, const std::string& text) {
+    if (!has(key) || g_settings_set_string(settings_, key.c_str(), text.c_str()) == FALSE) {
+        return false;
+    }
+    g_settings_sync();
+    return true;
+}
+
+bool GnomeSettings::set(const std::string& key, const Texts& texts) {
+    std::vector<const char*> pointers;
+    for (const std::string& text : texts) {
+        pointers.push_back(text.c_str());
+    }
+    pointers.push_back(nullptr);
+    if (!has(key) || g_settings_set_strv(settings_, key.c_str(), pointers.data()) == FALSE) {
+        return false;
+    }
+    g_settings_sync();
+    return true;
+}
+
+void GnomeSettings::reset(const std::string& key) {
+    if (has(key)) {
+        g_settings_reset(settings_, key.c_str());
+        g_settings_sync();
+    }
+}
+
+}  // namespace tarvik::linuxdesktop
