@@ -10,7 +10,7 @@ ROOT = "/org/a11y/atspi/accessible/root"
 INTERFACE = "org.a11y.atspi."
 SCREEN_COORDINATES = 0
 # Bits of the state, as the interface numbers them.
-STATES = {"checked": 4, "editable": 7, "enabled": 8, "focusable": 11, "focused": 12, "showing": 25}
+STATES = {"active": 1, "checked": 4, "editable": 7, "enabled": 8, "focusable": 11, "focused": 12, "showing": 25}
 CONTROLS = ("push button", "check box", "text", "password text")
 PASSWORD_TEXT = 40
 
@@ -79,6 +79,10 @@ class Accessible:
     def extents(self):
         """Left, top, width and height on the screen."""
         return self._call("Component", "GetExtents", "(u)", SCREEN_COORDINATES)[0]
+
+    def press(self):
+        """Does what a click on a button does."""
+        self._call("Action", "DoAction", "(i)", 0)
 
     @property
     def texts(self):

@@ -1,0 +1,190 @@
+#!/usr/bin/python3
+# SPDX-License-Identifier: MIT
+"""Dictation in a GNOME session: with real keys into real programs, and what GNOME keeps afterwards."""
+
+import os
+import signal
+import unittest
+
+from accessible import ScreenReader
+from application import READY
+from desktop import wait_for
+from dictation_test import BINARIES, DictationTest
+from gnome import GnomeDesktop, missing
+from gnome_parts import (ALT, SPACE, GnomeFootTarget, GnomeKeyboard, GnomeWidgetTarget,
+                         close_setup_window)
+from microphone import Microphone
+from setup_window import RESTART
+from similarity import MIN_SIMILARITY, similarity, words
+from sway import become_ordinary_user
+from tray import Tray
+
+SENTENCE = "the quick brown fox jumps over the lazy dog"
+RECOGNITION_TIMEOUT = 20.0
+EXACT = "Zażółć – 日本語 😀, done."
+REGISTERED = ("hold-to-talk registered", "tap-to-toggle registered")
+ENGINE = "xkb:us::eng"
+WINDOW_KEYS = "org.gnome.desktop.wm.keybindings"
+WINDOW_MENU = "activate-window-menu"
+MEDIA_KEYS = "org.gnome.settings-daemon.plugins.media-keys"
+# Programs that accessibility does not reach get the text by typing alone.
+WITHOUT_ACCESSIBILITY = {"GTK_A11Y": "none", "NO_AT_BRIDGE": "1"}
+
+
+class OnGnome(DictationTest):
+    @classmethod
+    def setUpClass(cls):
+        cls.desktop = cls.enterClassContext(GnomeDesktop(a11y=True, audio=True))
+        cls.keyboard = GnomeKeyboard(cls.desktop)
+        cls.microphone = Microphone(cls.desktop.fifo())
+        cls.addClassCleanup(cls.microphone.pull_out)
+        cls.tray = Tray(cls.desktop)
+        cls.addClassCleanup(cls.tray.close)
+
+    def setUp(self):
+        self.may_be_killed = False
+
+    def start_application(self, service=None, closes_setup=True, ready=(*READY, *REGISTERED),
+                          is_killed=False, **options):
+        self.may_be_killed |= is_killed
+        application = super().start_application(service, closes_setup=False, ready=ready, **options)
+        if closes_setup:
+            close_setup_window(self.desktop, self.keyboard)
+        return application
+
+    def end_application(self, application):
+        self.keyboard.release_all()
+        status = application.close()
+        if status != 0 or self.has_failed():
+            print(f"The application's log in {self.id()}:", *application.log.lines, sep="\n  ")
+        expected = (0, -signal.SIGKILL) if self.may_be_killed else (0,)
+        self.assertIn(status, expected, "exit status of the application")
+
+    def start_widget(self, toolkit, **options):
+        target = GnomeWidgetTarget(self.desktop, toolkit, **options)
+        self.addCleanup(target.close)
+        return target
+
+    def start_foot(self):
+        target = GnomeFootTarget(self.desktop)
+        self.addCleanup(target.close)
+        return target
+
+    def engine(self):
+        return self.desktop.run(["ibus", "engine"], check=False).strip()
+
+    def wait_for_layout(self):
+        wait_for(lambda: self.engine() == ENGINE, "the user's engine")
+
+    def wait_until_heard(self, target):
+        try:
+            wait_for(lambda: words(target.text)[-1:] == words(SENTENCE)[-1:]
+                     and similarity(SENTENCE, target.text) >= MIN_SIMILARITY,
+                     "the spoken words", RECOGNITION_TIMEOUT)
+        except TimeoutError as error:
+            raise AssertionError(f"{error}; there is {target.text!r}") from None
+
+    def speak_into(self, target):
+        self.keyboard.hold()
+        self.wait_until_listening()
+        self.microphone.speak(SENTENCE)
+        self.wait_until_heard(target)
+        self.keyboard.release(SPACE, ALT)
+
+    def targets(self):
+        """One after the other, each in front while it is used."""
+        for start in (lambda: self.start_widget("gtk4"), lambda: self.start_widget("qt6"),
+                      lambda: self.start_widget("gtk4", environment=WITHOUT_ACCESSIBILITY),
+                      self.start_foot):
+            target = start()
+            yield target
+            target.close()
+
+    def test_speech_becomes_words_in_fields(self):
+        application = self.start_application(self.start_local_service())
+        for toolkit in ("gtk4", "qt6"):
+            target = self.start_widget(toolkit)
+            self.speak_into(target)
+            target.close()
+        self.assertEqual(application.log.count("startRecording"), 2)
+        wait_for(lambda: application.log.count("stopRecording") == 2, "the end of both recordings")
+        self.wait_for_layout()
+
+    def test_text_is_exact_while_the_keys_are_held(self):
+        service = self.start_scripted_service()
+        application = self.start_application(service)
+        for number, target in enumerate(self.targets(), 1):
+            with self.subTest(number=number):
+                self.keyboard.hold()
+                stream = service.stream(number)
+                stream.say(EXACT)
+                target.wait_for_text(EXACT)
+                stream.say("More.")
+                target.wait_for_text(EXACT + " More.")
+                self.assertEqual(application.log.count("stopRecording"), number - 1)
+                self.keyboard.release(ALT, SPACE)
+                application.log.wait_for(f"stopRecording (session={number})")
+                self.wait_for_layout()
+
+    def test_a_long_dictation_is_switched_on_and_off(self):
+        service = self.start_scripted_service()
+        application = self.start_application(service)
+        for number, target in enumerate(self.targets(), 1):
+            with self.subTest(number=number):
+                self.keyboard.toggle()
+                stream = service.stream(number)
+                stream.say(EXACT)
+                target.wait_for_text(EXACT)
+                self.assertEqual(application.log.count("stopRecording"), number - 1)
+                self.keyboard.toggle()
+                application.log.wait_for(f"stopRecording (session={number})")
+                self.wait_for_layout()
+        self.assertEqual(application.log.count("startRecording"), number)
+
+    def test_a_killed_instance_leaves_nothing_that_the_next_one_minds(self):
+        service = self.start_scripted_service()
+        killed = self.start_application(service, is_killed=True)
+        target = self.start_foot()
+        self.keyboard.hold()
+        service.stream(1).say("Before.")
+        target.wait_for_text("Before.")
+        os.kill(killed.pid, signal.SIGKILL)
+        killed.process.wait()
+        self.keyboard.release(SPACE, ALT)
+        self.assertNotEqual(self.engine(), ENGINE)
+        self.start_application(service)
+        self.wait_for_layout()
+
+    def test_gnome_has_none_of_our_shortcuts_afterwards(self):
+        application = self.start_application()
+        self.assertIn("tarvik-dictate", self.desktop.get(MEDIA_KEYS, "custom-keybindings"))
+        application.close()
+        self.assertEqual(self.desktop.get(MEDIA_KEYS, "custom-keybindings"), "@as []")
+        self.assertEqual(self.engine(), ENGINE)
+
+    def test_the_menu_of_windows_gives_its_shortcut_up_at_a_click(self):
+        self.desktop.set(WINDOW_KEYS, WINDOW_MENU, "['<Alt>space']")
+        self.addCleanup(self.desktop.set, WINDOW_KEYS, WINDOW_MENU, "[]")
+        untrusted = (READY[0], "accessibility trusted → false", "hold register failed: -9878",
+                     "Alt+Space belongs to GNOME's shortcut: the menu of windows")
+        application = self.start_application(closes_setup=False, ready=untrusted)
+        self.assertEqual(self.desktop.get(WINDOW_KEYS, WINDOW_MENU), "['<Alt>space']")
+        reader = ScreenReader(self.desktop)
+        self.addCleanup(reader.close)
+        window = reader.window_with(RESTART)
+        window.find("Grant Accessibility").press()
+        application.log.wait_for("the menu of windows has given Alt+Space up")
+        self.assertEqual(self.desktop.get(WINDOW_KEYS, WINDOW_MENU), "@as []")
+        application.close()
+        self.assertEqual(self.desktop.get(WINDOW_KEYS, WINDOW_MENU), "['<Alt>space']")
+        # The agreement holds for the next start.
+        self.start_application(closes_setup=False)
+        self.assertEqual(self.desktop.get(WINDOW_KEYS, WINDOW_MENU), "@as []")
+
+
+if __name__ == "__main__":
+    if missing():
+        print(f"Skipped: {missing()}.")
+        raise SystemExit(77)
+    become_ordinary_user()
+    unittest.main()
