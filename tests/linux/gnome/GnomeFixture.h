@@ -73,10 +73,12 @@ class GnomeFixture {
         ASSERT_TRUE(isHeard);
         std::size_t known = 0;
         do {
+            ASSERT_TRUE(mainQueue.runUntil([&] {
+                return recorder.events.ends_with("R" + std::to_string(id));
+            })) << recorder.events;
             known = recorder.events.size();
             mainQueue.runFor(1500ms);
         } while (recorder.events.size() != known);
-        ASSERT_TRUE(recorder.events.ends_with("R" + std::to_string(id))) << recorder.events;
         recorder.events.clear();
     }
 
