@@ -145,6 +145,7 @@ TEST_P(X11Typing, LeavesTheUserTheirOwnKeysWhileItReachesAWindowBehind) {
 // A menu bar that takes the keyboard would take the letters for its menu "File" and for "Quit".
 TEST_P(X11Typing, IsStillInTheFieldAfterAHoldWithoutText) {
     const X11Target target(GetParam(), mainQueue);
+    ASSERT_TRUE(comesToFront(target));
     HotKeyRecorder recorder(input->eventManager());
     ASSERT_EQ(recorder.add(hold, 1), platform::noErr);
     std::string text;
@@ -169,6 +170,7 @@ TEST_P(X11Typing, IsStillInTheFieldAfterAHoldWithoutText) {
 // Nobody but the program in front wants a key that is pressed while Alt is still held.
 TEST_P(X11Typing, LetsOtherKeysThroughWhileAltIsHeldAfterAHold) {
     const X11Target target(GetParam(), mainQueue);
+    ASSERT_TRUE(comesToFront(target));
     HotKeyRecorder recorder(input->eventManager());
     ASSERT_EQ(recorder.add(hold, 1), platform::noErr);
     pressHold();
@@ -187,6 +189,7 @@ TEST_P(X11Typing, LetsOtherKeysThroughWhileAltIsHeldAfterAHold) {
 // A menu, for example.
 TEST_P(X11Typing, LeavesTheKeyboardToOthersDuringAHold) {
     const X11Target target(GetParam(), mainQueue);
+    ASSERT_TRUE(comesToFront(target));
     HotKeyRecorder recorder(input->eventManager());
     ASSERT_EQ(recorder.add(hold, 1), platform::noErr);
     pressHold();
