@@ -184,7 +184,8 @@ class LinuxSystemWorld final : public SystemWorld {
             alert->findChild<QLineEdit*>()->setText(QString::fromStdString(text));
             const QString title = button == 0 ? "Save" : "Cancel";
             for (QPushButton* candidate : alert->findChildren<QPushButton*>()) {
-                if (candidate->text() == title) {
+                // Without the marks of the letters that press the button with Alt.
+                if (candidate->text().remove('&') == title) {
                     candidate->click();
                     return;
                 }
