@@ -2,13 +2,11 @@
 
 #include "platform/linux/ibus/IbusEngine.h"
 
-#include <unistd.h>
-
-#include <atomic>
 #include <string_view>
 #include <utility>
 
 #include "platform/linux/bus/BusReplies.h"
+#include "platform/linux/ibus/EngineNames.h"
 #include "platform/linux/ibus/IbusAddress.h"
 #include "platform/linux/ibus/IbusMessages.h"
 
@@ -38,20 +36,6 @@ constexpr std::uint32_t controlCode = 29;
 
 IbusEngine& engineOf(void* self) {
     return *static_cast<IbusEngine*>(self);
-}
-
-// Engines of keyboard layouts pass on what is pressed. All others compose.
-bool composes(const std::string& engine) {
-    return !engine.starts_with("xkb:");
-}
-
-bool isOwn(const std::string& engine) {
-    return engine.starts_with(ownEngineBeginning);
-}
-
-std::string nextName() {
-    static std::atomic<int> count = 0;
-    return ownEngineBeginning + std::to_string(getpid()) + "-" + std::to_string(++count);
 }
 
 }  // namespace
@@ -88,7 +72,7 @@ const sd_bus_vtable IbusEngine::serviceMethods[] = {
 
 IbusEngine::IbusEngine(EventLoop& loop, AskConfigured askConfigured, Handlers handlers)
     : loop_(loop),
-      name_(nextName()),
+      name_(nextEngineName()),
       askConfigured_(std::move(askConfigured)),
       handlers_(std::move(handlers)),
       endDelay_(loop) {}
@@ -187,7 +171,7 @@ void IbusEngine::leave(std::function<void()> onDone) {
 void IbusEngine::awaitDrop(int attempts, std::function<void()> onDone) {
     askEngine([this, attempts, onDone = std::move(onDone)](std::optional<std::string> known) {
         const auto previous = previous_.read();
-        const bool isDropped = known && (known->empty() || isOwn(*known));
+        const bool isDropped = known && (known->empty() || isOwnEngine(*known));
         if (isDropped && previous) {
             setEngine(*previous, [this, onDone](bool hasSucceeded) {
                 if (hasSucceeded) {
@@ -229,7 +213,7 @@ void IbusEngine::take() {
             refuse("IBus does not answer");
             return;
         }
-        const bool isUsers = !known->empty() && !isOwn(*known);
+        const bool isUsers = !known->empty() && !isOwnEngine(*known);
         const std::string engine = isUsers ? *known : previous_.read().value_or(askConfigured_());
         if (composes(engine)) {
             refuse("the input method " + engine + " composes text");
@@ -260,7 +244,7 @@ void IbusEngine::restore() {
         const auto previous = previous_.read();
         if (!known) {
             refuse("IBus does not answer");
-        } else if (!known->empty() && !isOwn(*known)) {
+        } else if (!known->empty() && !isOwnEngine(*known)) {
             previous_.write(*known);
             finishStep();
         } else if (previous) {
@@ -293,7 +277,7 @@ void IbusEngine::setEngine(const std::string& name, std::function<void(bool hasS
 }
 
 void IbusEngine::handleEngineChange(const std::string& name) {
-    if (name.empty() || isOwn(name)) {
+    if (name.empty() || isOwnEngine(name)) {
         return;
     }
     previous_.write(name);

@@ -20,10 +20,6 @@ Result<std::unique_ptr<MessageBus>> openIbus(const std::string& address);
 /// Calls `onSignal` for each signal of IBus that matches `rule`.
 void observeIbus(MessageBus& bus, const std::string& rule, MessageBus::OnSignal onSignal);
 
-/// What the names of this application's engines begin with. Each connection has a name of its own:
-/// of two engines with one name, IBus knows the first.
-inline constexpr const char* ownEngineBeginning = "tarvik-dictate-";
-
 /// Appends `text`, UTF-8, as a text without attributes. False when the text is not UTF-8.
 bool appendIbusText(sd_bus_message* message, const std::string& text);
 /// Appends the description of this application with one engine.

@@ -11,6 +11,7 @@
 #include <optional>
 #include <string>
 
+#include "platform/linux/ibus/EngineNames.h"
 #include "platform/linux/ibus/IbusAddress.h"
 #include "platform/linux/ibus/IbusMessages.h"
 #include "platform/linux/loop/PollLoop.h"
@@ -54,7 +55,7 @@ class IbusFixture : public testing::Test {
         program->askEngine();
         runUntil([this] { return program->engine.has_value(); });
         const std::string engine = program->engine.value_or("no answer");
-        return engine.starts_with(linuxdesktop::ownEngineBeginning) ? own : engine;
+        return linuxdesktop::isOwnEngine(engine) ? own : engine;
     }
 
     bool runUntil(const std::function<bool()>& condition,
