@@ -60,10 +60,10 @@ class KWinSession {
     // One connection over Wayland, and what KWin offers there.
     struct Wayland {
         std::unique_ptr<WaylandConnection> connection;
-        std::optional<PlasmaWindows> windows = {};
-        std::optional<FakeKeyboard> keyboard = {};
-        std::optional<InputMethodSlot> slot = {};
-        std::optional<KWinTypist> typist = {};
+        std::optional<PlasmaWindows> windows;
+        std::optional<FakeKeyboard> keyboard;
+        std::optional<InputMethodSlot> slot;
+        std::optional<KWinTypist> typist;
     };
 
     GlobalAccelHotKeys::Events heard(GlobalAccelHotKeys::Events events);
