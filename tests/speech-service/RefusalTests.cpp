@@ -184,8 +184,8 @@ TEST(Service, WaitsBetweenAttemptsWhileItCanAcceptNothing) {
     const int before = failures.lines();
     {
         const NoMoreDescriptors noMore;
-        late.connect({boost::asio::ip::address_v4::loopback(), server.port()});
         const auto begin = std::chrono::steady_clock::now();
+        late.connect({boost::asio::ip::address_v4::loopback(), server.port()});
         while (failures.lines() < before + 3) {
             ASSERT_LT(std::chrono::steady_clock::now() - begin, std::chrono::seconds(10));
             std::this_thread::yield();
