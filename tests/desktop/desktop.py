@@ -180,8 +180,9 @@ class Desktop:
         self._reaper.stdout.readline()
 
     def _make_environment(self):
-        sanitizers = ("ASAN_OPTIONS", "TSAN_OPTIONS", "UBSAN_OPTIONS", "LSAN_OPTIONS")
-        self.environment = {name: os.environ[name] for name in sanitizers if name in os.environ}
+        kept = ("ASAN_OPTIONS", "TSAN_OPTIONS", "UBSAN_OPTIONS", "LSAN_OPTIONS",
+                "TARVIK_FUZZ_SECONDS", "TARVIK_FUZZ_SEED")
+        self.environment = {name: os.environ[name] for name in kept if name in os.environ}
         # Only the distribution's programs: its Python has the bindings of the desktop libraries.
         self.environment["PATH"] = "/usr/local/sbin:/usr/sbin:/sbin:/usr/bin:/bin"
         self.environment["LANG"] = "C.UTF-8"
