@@ -87,6 +87,32 @@ std::u16string utf16FromUtf8(std::string_view text) {
     return units;
 }
 
+std::string utf8FromUtf32(std::u32string_view characters) {
+    std::string text;
+    const auto append = [&text](char32_t byte) {
+        text += static_cast<char>(static_cast<unsigned char>(byte));
+    };
+    for (const char32_t character : characters) {
+        const auto appendFollowing = [&](int shift) { append(0x80 | (character >> shift & 0x3F)); };
+        if (character < 0x80) {
+            append(character);
+        } else if (character < 0x800) {
+            append(0xC0 | character >> 6);
+            appendFollowing(0);
+        } else if (character < 0x10000) {
+            append(0xE0 | character >> 12);
+            appendFollowing(6);
+            appendFollowing(0);
+        } else {
+            append(0xF0 | character >> 18);
+            appendFollowing(12);
+            appendFollowing(6);
+            appendFollowing(0);
+        }
+    }
+    return text;
+}
+
 std::string shortened(std::string_view text, std::size_t maxCharacters) {
     std::size_t cut = 0;
     std::size_t index = 0;

@@ -15,6 +15,9 @@ constexpr std::string_view trueOrFalse(bool value) {
 /// Converts UTF-8 to UTF-16 code units. Each byte that is part of no character becomes U+FFFD.
 std::u16string utf16FromUtf8(std::string_view text);
 
+/// Converts characters, none of them a surrogate, to UTF-8.
+std::string utf8FromUtf32(std::u32string_view characters);
+
 /// `text` (UTF-8) with at most `maxCharacters` characters. An ellipsis takes the place of what was
 /// cut off.
 std::string shortened(std::string_view text, std::size_t maxCharacters);

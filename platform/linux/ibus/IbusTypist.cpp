@@ -6,6 +6,8 @@
 #include <string_view>
 #include <utility>
 
+#include "base/Text.h"
+
 namespace tarvik::linuxdesktop {
 
 namespace {
@@ -19,35 +21,6 @@ constexpr auto targetTimeout = 2s;
 constexpr auto pollInterval = 50ms;
 // The next text of a dictation often follows soon.
 constexpr auto lingerInterval = 300ms;
-
-void append(std::string& utf8, char32_t character) {
-    const auto tail = [&](int shift) {
-        utf8 += static_cast<char>(0x80 | ((character >> shift) & 0x3F));
-    };
-    if (character < 0x80) {
-        utf8 += static_cast<char>(character);
-    } else if (character < 0x800) {
-        utf8 += static_cast<char>(0xC0 | (character >> 6));
-        tail(0);
-    } else if (character < 0x10000) {
-        utf8 += static_cast<char>(0xE0 | (character >> 12));
-        tail(6);
-        tail(0);
-    } else {
-        utf8 += static_cast<char>(0xF0 | (character >> 18));
-        tail(12);
-        tail(6);
-        tail(0);
-    }
-}
-
-std::string utf8From(std::u32string_view characters) {
-    std::string utf8;
-    for (const char32_t character : characters) {
-        append(utf8, character);
-    }
-    return utf8;
-}
 
 }  // namespace
 
@@ -124,7 +97,7 @@ void IbusTypist::sendPiece() {
     delay_.clear();
     const std::u32string_view left =
         std::u32string_view(current().text.characters).substr(current().position, pieceLength);
-    engine_.commit(utf8From(left));
+    engine_.commit(utf8FromUtf32(left));
     const auto check = [this, text = textCount_, count = engine_.fieldCount(),
                         length = left.size()] {
         if (text == textCount_) {

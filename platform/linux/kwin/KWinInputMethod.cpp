@@ -3,10 +3,11 @@
 #include "platform/linux/kwin/KWinInputMethod.h"
 
 #include <algorithm>
-#include <array>
 #include <cstddef>
 #include <string>
 #include <utility>
+
+#include "base/Text.h"
 
 namespace tarvik::linuxdesktop {
 
@@ -14,21 +15,6 @@ namespace {
 
 // A message holds 4096 bytes at the most, and a character four.
 constexpr std::size_t maxCommitLength = 900;
-
-void appendUtf8(std::string& text, char32_t character) {
-    const int following = character < 0x80      ? 0
-                          : character < 0x800   ? 1
-                          : character < 0x10000 ? 2
-                                                : 3;
-    constexpr std::array<unsigned, 4> leads{0, 0xC0, 0xE0, 0xF0};
-    const auto byte = [](char32_t bits) {
-        return static_cast<char>(static_cast<unsigned char>(bits));
-    };
-    text += byte(leads[static_cast<std::size_t>(following)] | character >> (6 * following));
-    for (int shift = 6 * (following - 1); shift >= 0; shift -= 6) {
-        text += byte(0x80U | (character >> shift & 0x3FU));
-    }
-}
 
 }  // namespace
 
@@ -77,10 +63,7 @@ void KWinInputMethod::setContext(zwp_input_method_context_v1* context) {
 void KWinInputMethod::commit(std::u32string_view text) {
     while (context_ && !text.empty()) {
         const std::size_t length = std::min(text.size(), maxCommitLength);
-        std::string encoded;
-        for (const char32_t character : text.substr(0, length)) {
-            appendUtf8(encoded, character);
-        }
+        const std::string encoded = utf8FromUtf32(text.substr(0, length));
         zwp_input_method_context_v1_commit_string(context_.get(), serial_, encoded.c_str());
         text.remove_prefix(length);
     }

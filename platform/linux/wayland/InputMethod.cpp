@@ -5,6 +5,8 @@
 #include <chrono>
 #include <utility>
 
+#include "base/Text.h"
+
 namespace tarvik::linuxdesktop {
 
 namespace {
@@ -15,26 +17,6 @@ using namespace std::chrono_literals;
 constexpr auto activationTimeout = 300ms;
 // In bytes. A message has 4,096 at the most, with its head.
 constexpr std::size_t maxCommit = 3900;
-
-void appendUtf8(std::string& text, char32_t character) {
-    const auto append = [&text](std::uint32_t byte) { text += static_cast<char>(byte); };
-    const auto appendFollowing = [&](int shift) { append(0x80U | (character >> shift & 0x3FU)); };
-    if (character < 0x80) {
-        append(character);
-    } else if (character < 0x800) {
-        append(0xC0U | character >> 6);
-        appendFollowing(0);
-    } else if (character < 0x10000) {
-        append(0xE0U | character >> 12);
-        appendFollowing(6);
-        appendFollowing(0);
-    } else {
-        append(0xF0U | character >> 18);
-        appendFollowing(12);
-        appendFollowing(6);
-        appendFollowing(0);
-    }
-}
 
 }  // namespace
 
@@ -95,8 +77,7 @@ void InputMethod::commit(std::u32string_view characters) {
     };
     std::string piece;
     for (const char32_t character : characters) {
-        std::string encoded;
-        appendUtf8(encoded, character);
+        const std::string encoded = utf8FromUtf32({&character, 1});
         if (piece.size() + encoded.size() > maxCommit) {
             send(std::exchange(piece, {}));
         }

@@ -67,6 +67,15 @@ TEST(Utf16, IsExactForCharactersOfEveryPlane) {
     }
 }
 
+TEST(Utf8, IsExactAtTheLimitsOfEachLength) {
+    EXPECT_EQ(utf8FromUtf32(U""), "");
+    EXPECT_EQ(utf8FromUtf32({U"\0\x7F", 2}), std::string_view("\0\x7F", 2));
+    EXPECT_EQ(utf8FromUtf32(U"\x80\x7FF"), "\xC2\x80\xDF\xBF");
+    EXPECT_EQ(utf8FromUtf32(U"\x800\xD7FF\xE000\xFFFF"),
+              "\xE0\xA0\x80\xED\x9F\xBF\xEE\x80\x80\xEF\xBF\xBF");
+    EXPECT_EQ(utf8FromUtf32(U"\x10000\x10FFFF"), "\xF0\x90\x80\x80\xF4\x8F\xBF\xBF");
+}
+
 TEST(Utf16, OfASurrogateIsOneReplacementCharacterPerByte) {
     for (char32_t character = 0xD800; character <= 0xDFFF; ++character) {
         ASSERT_EQ(utf16FromUtf8(utf8(character)), std::u16string(3, 0xFFFD));
