@@ -24,9 +24,7 @@ constexpr auto endTimeout = 1s;
 
 GnomeInput::GnomeInput(platform::MainQueue& mainQueue, platform::Log& log,
                        std::weak_ptr<HotKeyListener> listener, Front front)
-    : mainQueue_(mainQueue),
-      log_(log),
-      listener_(std::make_shared<std::weak_ptr<HotKeyListener>>(std::move(listener))) {
+    : mainQueue_(mainQueue), log_(log), notifier_(mainQueue, std::move(listener)) {
     // GNOME on X11 is served by what serves every X11 session.
     if (const char* display = std::getenv("WAYLAND_DISPLAY");
         display == nullptr || *display == '\0') {
@@ -83,12 +81,8 @@ GnomeSession::Events GnomeInput::events(const std::shared_ptr<std::promise<void>
             return front() == process;
         };
     }
-    return {{[this](HotKeyNumber number) {
-                 tellListener([number](HotKeyListener& heard) { heard.onPressed(number); });
-             },
-             [this](HotKeyNumber number) {
-                 tellListener([number](HotKeyListener& heard) { heard.onReleased(number); });
-             },
+    return {{[this](HotKeyNumber number) { notifier_.tellPressed(number); },
+             [this](HotKeyNumber number) { notifier_.tellReleased(number); },
              [this](bool isTaken) { canTakeOver_ = isTaken; }},
             [this, ready](const std::string& typingRefusal) {
                 {
@@ -131,16 +125,6 @@ void GnomeInput::finish() {
     };
     endDeadline_.set(typingTimeoutAtEnd, end);
     session_->typist().whenIdle(end);
-}
-
-void GnomeInput::tellListener(std::function<void(HotKeyListener&)> event) {
-    mainQueue_.async([weakListener = std::weak_ptr(listener_), event = std::move(event)] {
-        if (const auto listener = weakListener.lock()) {
-            if (const auto listening = listener->lock()) {
-                event(*listening);
-            }
-        }
-    });
 }
 
 platform::OSStatus GnomeInput::registerHotKey(HotKeyNumber number, std::uint32_t keyCode,

@@ -16,6 +16,7 @@
 #include "platform/Workspace.h"
 #include "platform/linux/gnome/GnomeSession.h"
 #include "platform/linux/input/HotKeyMeans.h"
+#include "platform/linux/input/HotKeyNotifier.h"
 #include "platform/linux/input/TypingMeans.h"
 #include "platform/linux/loop/PollLoop.h"
 
@@ -64,12 +65,10 @@ class GnomeInput final : public HotKeyMeans, public TypingMeans {
     GnomeSession::Events events(const std::shared_ptr<std::promise<void>>& ready, Front front);
     void refuse(const std::string& reason);
     void finish();
-    void tellListener(std::function<void(HotKeyListener&)> event);
 
     platform::MainQueue& mainQueue_;
     platform::Log& log_;
-    // Blocks of the main queue hold the pointer weakly, so that none calls after the end.
-    const std::shared_ptr<const std::weak_ptr<HotKeyListener>> listener_;
+    const HotKeyNotifier notifier_;
     PollLoop loop_;
     Deadline endDeadline_{loop_};
     std::atomic<bool> isReady_ = false;

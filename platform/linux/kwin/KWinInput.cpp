@@ -22,9 +22,7 @@ constexpr auto deletingTimeout = 500ms;
 
 KWinInput::KWinInput(platform::MainQueue& mainQueue, platform::Log& log,
                      std::weak_ptr<HotKeyListener> listener)
-    : mainQueue_(mainQueue),
-      log_(log),
-      listener_(std::make_shared<std::weak_ptr<HotKeyListener>>(std::move(listener))) {
+    : mainQueue_(mainQueue), log_(log), notifier_(mainQueue, std::move(listener)) {
     auto opened = MessageBus::openSession();
     if (!opened) {
         refusal_ = "there is no session bus: " + opened.error().localizedDescription;
@@ -77,14 +75,10 @@ void KWinInput::run() {
 }
 
 KWinSession::Events KWinInput::events(const std::shared_ptr<std::promise<void>>& ready) {
-    return {{[this](HotKeyNumber number) {
-                 tellListener([number](HotKeyListener& to) { to.onPressed(number); });
-             },
-             [this](HotKeyNumber number) {
-                 tellListener([number](HotKeyListener& to) { to.onReleased(number); });
-             },
+    return {{[this](HotKeyNumber number) { notifier_.tellPressed(number); },
+             [this](HotKeyNumber number) { notifier_.tellReleased(number); },
              [this](HotKeyNumber number, const std::string& reason) {
-                 tellListener([number, reason](HotKeyListener& to) { to.onLost(number, reason); });
+                 notifier_.tellLost(number, reason);
              }},
             [this](WindowFocus::Window front) {
                 const std::lock_guard lock(mutex_);
@@ -103,16 +97,6 @@ KWinSession::Events KWinInput::events(const std::shared_ptr<std::promise<void>>&
                 // The caller is a part of the session.
                 loop_.post([this] { session_.reset(); });
             }};
-}
-
-void KWinInput::tellListener(std::function<void(HotKeyListener&)> event) {
-    mainQueue_.async([weakListener = std::weak_ptr(listener_), event = std::move(event)] {
-        if (const auto listener = weakListener.lock()) {
-            if (const auto listening = listener->lock()) {
-                event(*listening);
-            }
-        }
-    });
 }
 
 void KWinInput::finish() {
@@ -158,11 +142,9 @@ void KWinInput::settle(Answer& answer, HotKeyNumber number, platform::OSStatus s
     if (!answer.isSettled.exchange(true)) {
         answer.status.set_value(status);
     } else if (status != platform::noErr) {
-        tellListener([number, status](HotKeyListener& to) {
-            to.onLost(number, status == platform::eventHotKeyExistsErr
-                                  ? "another program has the combination"
-                                  : "KDE does not answer");
-        });
+        notifier_.tellLost(number, status == platform::eventHotKeyExistsErr
+                                       ? "another program has the combination"
+                                       : "KDE does not answer");
     }
 }
 

@@ -14,6 +14,7 @@
 #include "platform/MainQueue.h"
 #include "platform/linux/input/FrontMeans.h"
 #include "platform/linux/input/HotKeyMeans.h"
+#include "platform/linux/input/HotKeyNotifier.h"
 #include "platform/linux/input/TypingMeans.h"
 #include "platform/linux/kwin/KWinSession.h"
 #include "platform/linux/loop/PollLoop.h"
@@ -67,12 +68,10 @@ class KWinInput final : public HotKeyMeans, public TypingMeans, public FrontMean
     KWinSession::Events events(const std::shared_ptr<std::promise<void>>& ready);
     void finish();
     void settle(Answer& answer, HotKeyNumber number, platform::OSStatus status);
-    void tellListener(std::function<void(HotKeyListener&)> event);
 
     platform::MainQueue& mainQueue_;
     platform::Log& log_;
-    // Blocks of the main queue hold the pointer weakly, so that none calls after the end.
-    const std::shared_ptr<const std::weak_ptr<HotKeyListener>> listener_;
+    const HotKeyNotifier notifier_;
     PollLoop loop_;
     Deadline endDeadline_{loop_};
     std::atomic<bool> isConnected_ = false;

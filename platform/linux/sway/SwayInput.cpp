@@ -46,7 +46,7 @@ SwayInput::SwayInput(platform::MainQueue& mainQueue, platform::Log& log,
                      std::weak_ptr<HotKeyListener> listener)
     : mainQueue_(mainQueue),
       log_(log),
-      listener_(std::make_shared<std::weak_ptr<HotKeyListener>>(std::move(listener))),
+      notifier_(mainQueue, std::move(listener)),
       reconnection_(loop_, SwayConnection::socketPath(), [this] { return connectAgain(); }) {
     auto opened = SwayConnection::open();
     if (!opened) {
@@ -108,14 +108,10 @@ bool SwayInput::connectAgain() {
 }
 
 SwaySession::Events SwayInput::events() {
-    return {{[this](HotKeyNumber number) {
-                 tellListener([number](HotKeyListener& to) { to.onPressed(number); });
-             },
-             [this](HotKeyNumber number) {
-                 tellListener([number](HotKeyListener& to) { to.onReleased(number); });
-             },
+    return {{[this](HotKeyNumber number) { notifier_.tellPressed(number); },
+             [this](HotKeyNumber number) { notifier_.tellReleased(number); },
              [this](HotKeyNumber number, const std::string& reason) {
-                 tellListener([number, reason](HotKeyListener& to) { to.onLost(number, reason); });
+                 notifier_.tellLost(number, reason);
              }},
             [this](WindowFocus::Window front) {
                 const std::lock_guard lock(mutex_);
@@ -158,16 +154,6 @@ void SwayInput::handleLoss(const std::string& reason) {
     loop_.post([this] {
         session_.reset();
         reconnection_.begin();
-    });
-}
-
-void SwayInput::tellListener(std::function<void(HotKeyListener&)> event) {
-    mainQueue_.async([weakListener = std::weak_ptr(listener_), event = std::move(event)] {
-        if (const auto listener = weakListener.lock()) {
-            if (const auto listening = listener->lock()) {
-                event(*listening);
-            }
-        }
     });
 }
 

@@ -16,6 +16,7 @@
 #include "platform/MainQueue.h"
 #include "platform/linux/input/FrontMeans.h"
 #include "platform/linux/input/HotKeyMeans.h"
+#include "platform/linux/input/HotKeyNotifier.h"
 #include "platform/linux/input/TypingMeans.h"
 #include "platform/linux/loop/PollLoop.h"
 #include "platform/linux/loop/Reconnection.h"
@@ -70,12 +71,10 @@ class SwayInput final : public HotKeyMeans, public TypingMeans, public FrontMean
     void handleReady(const std::string& typingRefusal);
     void handleLoss(const std::string& reason);
     void finish();
-    void tellListener(std::function<void(HotKeyListener&)> event);
 
     platform::MainQueue& mainQueue_;
     platform::Log& log_;
-    // Blocks of the main queue hold the pointer weakly, so that none calls after the end.
-    const std::shared_ptr<const std::weak_ptr<HotKeyListener>> listener_;
+    const HotKeyNotifier notifier_;
     PollLoop loop_;
     Deadline endDeadline_{loop_};
     Reconnection reconnection_;

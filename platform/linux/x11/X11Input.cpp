@@ -27,7 +27,7 @@ X11Input::X11Input(platform::MainQueue& mainQueue, platform::Log& log,
                    std::weak_ptr<HotKeyListener> listener, OnLift onLift)
     : mainQueue_(mainQueue),
       log_(log),
-      listener_(std::make_shared<std::weak_ptr<HotKeyListener>>(std::move(listener))),
+      notifier_(mainQueue, std::move(listener)),
       onLift_(std::move(onLift)) {
     const auto connected = std::make_shared<std::promise<void>>();
     const std::future<void> isReady = connected->get_future();
@@ -72,17 +72,11 @@ void X11Input::run(std::promise<void>& connected) {
         waitedFor_ = connection_.get();
         session_ = std::make_unique<X11Session>(
             *connection_, loop_, log_,
-            HotKeys::Events{
-                [this](HotKeyNumber number) {
-                    tellListener([number](HotKeyListener& to) { to.onPressed(number); });
-                },
-                [this](HotKeyNumber number) {
-                    tellListener([number](HotKeyListener& to) { to.onReleased(number); });
-                },
-                [this](HotKeyNumber number, const std::string& reason) {
-                    tellListener(
-                        [number, reason](HotKeyListener& to) { to.onLost(number, reason); });
-                }},
+            HotKeys::Events{[this](HotKeyNumber number) { notifier_.tellPressed(number); },
+                            [this](HotKeyNumber number) { notifier_.tellReleased(number); },
+                            [this](HotKeyNumber number, const std::string& reason) {
+                                notifier_.tellLost(number, reason);
+                            }},
             onLift_, front_);
         // The events themselves are read before the next sleep.
         watch_ = loop_.watch(connection_->descriptor(), POLLIN, [] {});
@@ -94,16 +88,6 @@ void X11Input::run(std::promise<void>& connected) {
     watch_.reset();
     session_.reset();
     ended_.set_value();
-}
-
-void X11Input::tellListener(std::function<void(HotKeyListener&)> event) {
-    mainQueue_.async([weakListener = std::weak_ptr(listener_), event = std::move(event)] {
-        if (const auto listener = weakListener.lock()) {
-            if (const auto listening = listener->lock()) {
-                event(*listening);
-            }
-        }
-    });
 }
 
 void X11Input::drain() {

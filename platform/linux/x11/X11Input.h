@@ -14,6 +14,7 @@
 #include "platform/MainQueue.h"
 #include "platform/linux/input/FrontMeans.h"
 #include "platform/linux/input/HotKeyMeans.h"
+#include "platform/linux/input/HotKeyNotifier.h"
 #include "platform/linux/input/TypingMeans.h"
 #include "platform/linux/loop/PollLoop.h"
 #include "platform/linux/x11/FrontWindow.h"
@@ -65,12 +66,10 @@ class X11Input final : public HotKeyMeans, public TypingMeans, public FrontMeans
     void drain();
     void finish();
     void dropHotKey(HotKeyNumber number);
-    void tellListener(std::function<void(HotKeyListener&)> event);
 
     platform::MainQueue& mainQueue_;
     platform::Log& log_;
-    // Blocks of the main queue hold the pointer weakly, so that none calls after the end.
-    const std::shared_ptr<const std::weak_ptr<HotKeyListener>> listener_;
+    const HotKeyNotifier notifier_;
     const OnLift onLift_;
     PollLoop loop_;
     Deadline endDeadline_{loop_};
