@@ -119,9 +119,8 @@ Speech allSentences(std::size_t first) {
 class Reader : public testing::TestWithParam<std::size_t> {};
 
 TEST_P(Reader, IsNeverCutInsideAWord) {
-    if (!std::filesystem::exists(READ_SENTENCES)) {
-        GTEST_SKIP() << "the package pocketsphinx-testdata is missing";
-    }
+    ASSERT_TRUE(std::filesystem::exists(READ_SENTENCES))
+        << "the package pocketsphinx-testdata is missing";
     const std::unique_ptr<Engine> engine = createEngine(defaultEngine, {}).value();
     const std::unique_ptr<Decoder> decoder = engine->createDecoder().value();
     // An alignment counts the silent, closed lips before a "p" to the word.
