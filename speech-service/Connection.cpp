@@ -7,6 +7,7 @@
 #include <boost/uuid/random_generator.hpp>
 #include <boost/uuid/uuid_io.hpp>
 #include <iostream>
+#include <utility>
 
 #include "base/Weakly.h"
 
@@ -16,8 +17,6 @@ namespace beast = boost::beast;
 namespace ssl = boost::asio::ssl;
 
 namespace {
-
-constexpr std::chrono::seconds handshakeTimeout{10};
 
 std::string newRequestId() {
     return to_string(boost::uuids::random_generator()());
@@ -38,12 +37,22 @@ void Connection::start() {
 }
 
 void Connection::startTimeout() {
-    timeoutTimer_.expires_after(handshakeTimeout);
+    timeoutTimer_.expires_after(std::chrono::duration_cast<std::chrono::steady_clock::duration>(
+        context_.options.handshakeTimeout));
     timeoutTimer_.async_wait(weakly(*this, [](Connection& self, beast::error_code error) {
         if (!error) {
-            self.abort();
+            self.onTimeout();
         }
     }));
+}
+
+void Connection::onTimeout() {
+    if (isWaitingForRoom_) {
+        startTimeout();
+        refuseForLackOfRoom();
+    } else {
+        abort();
+    }
 }
 
 void Connection::onTlsHandshake(beast::error_code error) {
@@ -71,24 +80,49 @@ void Connection::onRequest(beast::error_code error) {
         // A connection without a request is a check for the service, not an error.
         return;
     }
-    const Result<Handshake> handshake = checkHandshake(parser_.get(), context_.options);
+    Result<Handshake> handshake = checkHandshake(parser_.get(), context_.options);
     if (!handshake) {
         refuse(handshake.error());
-    } else if (context_.streams.count() >= context_.maxStreams) {
-        refuse({429, "Too many streams are open; this service serves " +
-                         std::to_string(context_.maxStreams) + " at once"});
+        return;
+    }
+    handshake_ = std::move(handshake).value();
+    admit();
+}
+
+void Connection::admit() {
+    if (context_.streams.count() < context_.maxStreams) {
+        upgradeToStream();
+    } else if (context_.streams.openCount() < context_.maxStreams) {
+        waitForRoom();
     } else {
-        upgradeToStream(handshake.value());
+        refuseForLackOfRoom();
     }
 }
 
-void Connection::upgradeToStream(const Handshake& handshake) {
+// A stream whose client is gone keeps its decoder until the decoding thread takes notice.
+void Connection::waitForRoom() {
+    isWaitingForRoom_ = true;
+    context_.roomTimer->async_wait([self = shared_from_this()](beast::error_code) {
+        const bool isOpen = beast::get_lowest_layer(self->socket_).is_open();
+        if (std::exchange(self->isWaitingForRoom_, false) && isOpen) {
+            self->admit();
+        }
+    });
+}
+
+void Connection::upgradeToStream() {
     timeoutTimer_.cancel();
-    const auto stream =
-        std::make_shared<Stream>(std::move(socket_), handshake, newRequestId(), context_);
+    const auto stream = std::make_shared<Stream>(std::move(socket_), std::move(handshake_),
+                                                 newRequestId(), context_);
     context_.streams.add(stream);
     context_.metrics->addStream();
     stream->accept(parser_.get());
+}
+
+void Connection::refuseForLackOfRoom() {
+    isWaitingForRoom_ = false;
+    refuse({429, "Too many streams are open; this service serves " +
+                     std::to_string(context_.maxStreams) + " at once"});
 }
 
 void Connection::refuse(const Error& error) {

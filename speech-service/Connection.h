@@ -14,7 +14,7 @@
 namespace tarvik::service {
 
 /// A connection from its acceptance to its only request. The connection refuses the request or
-/// upgrades to a stream. TLS handshake and request share a timeout of 10 s.
+/// upgrades to a stream. One timeout covers TLS handshake, request and the wait for room.
 ///
 /// On the server's executor only. Pending operations hold the connection; `context` must outlive
 /// the connection.
@@ -30,10 +30,14 @@ class Connection : public OpenConnection, public std::enable_shared_from_this<Co
 
   private:
     void startTimeout();
+    void onTimeout();
     void abort();
     void onTlsHandshake(boost::beast::error_code error);
     void onRequest(boost::beast::error_code error);
-    void upgradeToStream(const Handshake& handshake);
+    void admit();
+    void waitForRoom();
+    void upgradeToStream();
+    void refuseForLackOfRoom();
     void refuse(const Error& error);
     void answer(const Error& error, Response response);
 
@@ -43,6 +47,8 @@ class Connection : public OpenConnection, public std::enable_shared_from_this<Co
     boost::beast::flat_buffer incoming_;
     boost::beast::http::request_parser<boost::beast::http::empty_body> parser_;
     Response response_;
+    Handshake handshake_;
+    bool isWaitingForRoom_ = false;
 };
 
 }  // namespace tarvik::service

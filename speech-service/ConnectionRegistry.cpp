@@ -2,6 +2,8 @@
 
 #include "speech-service/ConnectionRegistry.h"
 
+#include <algorithm>
+
 namespace tarvik::service {
 
 void ConnectionRegistry::add(const std::shared_ptr<OpenConnection>& connection) {
@@ -12,6 +14,14 @@ void ConnectionRegistry::add(const std::shared_ptr<OpenConnection>& connection) 
 std::size_t ConnectionRegistry::count() {
     removeClosed();
     return connections_.size();
+}
+
+std::size_t ConnectionRegistry::openCount() const {
+    const auto isOpen = [](const std::weak_ptr<OpenConnection>& weakConnection) {
+        const std::shared_ptr<OpenConnection> connection = weakConnection.lock();
+        return connection && !connection->hasEnded();
+    };
+    return static_cast<std::size_t>(std::ranges::count_if(connections_, isOpen));
 }
 
 void ConnectionRegistry::goAway() {

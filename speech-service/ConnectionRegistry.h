@@ -14,8 +14,11 @@ class ConnectionRegistry {
   public:
     void add(const std::shared_ptr<OpenConnection>& connection);
 
-    /// The number of open connections.
+    /// The number of connections, those that have ended included until their destruction.
     std::size_t count();
+
+    /// The number of connections that have not ended.
+    std::size_t openCount() const;
 
     /// Ends every open connection.
     void goAway();

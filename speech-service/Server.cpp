@@ -33,9 +33,11 @@ bool isUnavailable(const error_code& error) {
 Server::Server(asio::io_context& context, const ServerOptions& options,
                std::shared_ptr<Engine> engine)
     : context_(context),
-      serverContext_{asio::ssl::context(asio::ssl::context::tls_server), options,
-                     options.maxStreams.value_or(maxStreamsHere(engine->info())),
-                     DecoderPool::create(std::move(engine))},
+      serverContext_{
+          asio::ssl::context(asio::ssl::context::tls_server), options,
+          options.maxStreams.value_or(maxStreamsHere(engine->info())),
+          DecoderPool::create(std::move(engine)),
+          std::make_shared<asio::steady_timer>(context, asio::steady_timer::time_point::max())},
       decoderTimer_(context) {}
 
 Result<std::unique_ptr<Server>> Server::create(asio::io_context& context,

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <boost/asio/ssl/context.hpp>
+#include <boost/asio/steady_timer.hpp>
 #include <memory>
 
 #include "speech-service/ConnectionRegistry.h"
@@ -17,6 +18,8 @@ struct ServerContext {
     ServerOptions options;
     std::size_t maxStreams = 0;
     std::shared_ptr<DecoderPool> decoders;
+    /// Never expires. The destruction of a stream makes room, and ends the waits.
+    std::shared_ptr<boost::asio::steady_timer> roomTimer;
     std::shared_ptr<Metrics> metrics = std::make_shared<Metrics>();
     ConnectionRegistry streams{};
     /// The connections that have not become a stream yet.

@@ -20,6 +20,8 @@ struct ServerOptions {
     std::vector<int> sockets;
     /// The port of the metrics on the IPv4 loopback address; 0 means any free port.
     std::optional<std::uint16_t> metricsPort;
+    /// The maximum time from the acceptance of a connection to its stream or refusal.
+    Seconds handshakeTimeout{10};
     /// The maximum time without audio and KeepAlive messages.
     Seconds idleTimeout{10};
     /// The maximum time without audio, KeepAlive messages or not.

@@ -53,11 +53,16 @@ Stream::Stream(network::TlsStream socket, Handshake handshake, std::string reque
       created_(timeNow()),
       decoders_(context.decoders),
       metrics_(context.metrics),
+      roomTimer_(context.roomTimer),
       idleTimeout_(context.options.idleTimeout),
       audioTimeout_(context.options.audioTimeout),
       closeDeadline_(context.options.closeDeadline),
       idleTimer_(socket_.get_executor()),
       audioTimer_(socket_.get_executor()) {}
+
+Stream::~Stream() {
+    roomTimer_->cancel();
+}
 
 void Stream::accept(const Request& request) {
     socket_.set_option(timeouts());
@@ -116,8 +121,7 @@ void Stream::onRead(beast::error_code error) {
         if (error != websocket::error::closed && !closing_) {
             log("the client is gone: " + error.message());
         }
-        cancelTimeouts();
-        worker_->cancel();
+        end();
         return;
     }
     if (socket_.got_binary()) {
@@ -289,9 +293,14 @@ void Stream::closeWhenSent(websocket::close_reason reason) {
 void Stream::closeNow() {
     socket_.async_close(*closing_, [self = shared_from_this()](beast::error_code) {
         // An error means that the stream was closed already.
-        self->cancelTimeouts();
-        self->worker_->cancel();
+        self->end();
     });
+}
+
+void Stream::end() {
+    hasEnded_ = true;
+    cancelTimeouts();
+    worker_->cancel();
 }
 
 void Stream::abort() {

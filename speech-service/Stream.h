@@ -26,12 +26,15 @@ class Stream : public OpenConnection, public std::enable_shared_from_this<Stream
     /// Takes what it needs of `context`, which the stream may outlive.
     Stream(network::TlsStream socket, Handshake handshake, std::string requestId,
            const ServerContext& context);
+    ~Stream() override;
 
     /// Accepts the upgrade `request` and serves the stream.
     void accept(const Request& request);
 
     /// Closes with 1001.
     void goAway() override;
+
+    bool hasEnded() const override { return hasEnded_; }
 
   private:
     DecodeWorker::Callbacks callbacks();
@@ -57,6 +60,7 @@ class Stream : public OpenConnection, public std::enable_shared_from_this<Stream
     void onWritten(boost::beast::error_code error);
     void closeWhenSent(boost::beast::websocket::close_reason reason);
     void closeNow();
+    void end();
     void abort();
     void log(const std::string& line) const;
 
@@ -66,6 +70,7 @@ class Stream : public OpenConnection, public std::enable_shared_from_this<Stream
     const std::string created_;
     const std::shared_ptr<DecoderPool> decoders_;
     const std::shared_ptr<Metrics> metrics_;
+    const std::shared_ptr<boost::asio::steady_timer> roomTimer_;
     const Seconds idleTimeout_;
     const Seconds audioTimeout_;
     const Seconds closeDeadline_;
@@ -82,6 +87,8 @@ class Stream : public OpenConnection, public std::enable_shared_from_this<Stream
     std::optional<boost::beast::websocket::close_reason> ending_;
     /// Set when the close handshake waits only for the queued messages.
     std::optional<boost::beast::websocket::close_reason> closing_;
+    /// Set when the client is gone. The worker, which ends soon, still holds the stream.
+    bool hasEnded_ = false;
 };
 
 }  // namespace tarvik::service

@@ -11,6 +11,7 @@
 #include <boost/asio/read.hpp>
 #include <boost/asio/write.hpp>
 #include <chrono>
+#include <future>
 #include <iostream>
 #include <streambuf>
 #include <thread>
@@ -151,6 +152,75 @@ TEST(Service, RefusesMoreStreamsThanItServes) {
     EXPECT_EQ(second.response().result_int(), 429U);
     EXPECT_EQ(second.response()["dg-error"],
               "Too many streams are open; this service serves 1 at once");
+}
+
+/// A service for one stream, which has ended while its decoder was busy and stays so.
+class EndedStream : public testing::Test {
+  protected:
+    void SetUp() override {
+        engine_->understand("words", "words");
+        engine_->blockSettling();
+        engine_->forbidAbort();
+    }
+    void TearDown() override { engine_->letSettle(); }
+
+    void endStream(const RunningServer& server) {
+        {
+            ListenClient client(server.port(), server.authority());
+            ASSERT_TRUE(client.openAt(16000));
+            client.sendAudio(speech("words", 16000, 0.2, 0.3));
+            client.sendText(R"({"type":"Finalize"})");
+            engine_->awaitSettling();
+        }
+        // The line says that the client is gone.
+        while (lines_.lines() == 0) {
+            std::this_thread::yield();
+        }
+    }
+
+    static ServerOptions oneStream() {
+        ServerOptions options;
+        options.maxStreams = 1;
+        return options;
+    }
+
+    const LineCounter lines_;
+    const std::shared_ptr<ScriptedEngine> engine_ = std::make_shared<ScriptedEngine>();
+};
+
+TEST_F(EndedStream, LeavesItsRoomToTheNextOneThatWaits) {
+    RunningServer server(oneStream(), engine_);
+    endStream(server);
+    ListenClient next(server.port(), server.authority());
+    std::future<bool> isOpen =
+        std::async(std::launch::async, [&next] { return next.openAt(16000); });
+    EXPECT_EQ(isOpen.wait_for(std::chrono::milliseconds(200)), std::future_status::timeout);
+    engine_->letSettle();
+    EXPECT_TRUE(isOpen.get());
+}
+
+TEST_F(EndedStream, IsWaitedForNoLongerThanForAHandshake) {
+    ServerOptions options = oneStream();
+    options.handshakeTimeout = Seconds(3);
+    RunningServer server(options, engine_);
+    endStream(server);
+    ListenClient next(server.port(), server.authority());
+    EXPECT_FALSE(next.openAt(16000));
+    EXPECT_EQ(next.response().result_int(), 429U);
+    engine_->letSettle();
+}
+
+TEST_F(EndedStream, KeepsNobodyWaitingWhenTheServiceStops) {
+    RunningServer server(oneStream(), engine_);
+    endStream(server);
+    ListenClient next(server.port(), server.authority());
+    std::future<bool> isOpen =
+        std::async(std::launch::async, [&next] { return next.openAt(16000); });
+    EXPECT_EQ(isOpen.wait_for(std::chrono::milliseconds(200)), std::future_status::timeout);
+    server.stop();
+    EXPECT_FALSE(isOpen.get());
+    engine_->letSettle();
+    server.join();
 }
 
 TEST(Service, RefusesEveryStreamWhenStartedToDoSo) {

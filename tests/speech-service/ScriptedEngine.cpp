@@ -50,9 +50,12 @@ class ScriptedDecoder : public Decoder {
 
     std::vector<Word> endUtterance() override {
         std::unique_lock lock(engine_.mutex_);
+        engine_.isSettling_ = true;
+        engine_.changed_.notify_all();
         engine_.changed_.wait(lock, [this] {
             return (isAborted_ && engine_.canAbort_) || !engine_.isSettlingBlocked_;
         });
+        engine_.isSettling_ = false;
         engine_.lengths_.push_back(length_);
         engine_.priority_ = getpriority(PRIO_PROCESS, 0);
         return wordsOf(engine_.words_, 1);
@@ -104,6 +107,11 @@ void ScriptedEngine::letSettle() {
     isSettlingBlocked_ = false;
     decodingLimit_ = unlimited;
     changed_.notify_all();
+}
+
+void ScriptedEngine::awaitSettling() {
+    std::unique_lock lock(mutex_);
+    changed_.wait(lock, [this] { return isSettling_; });
 }
 
 std::vector<Seconds> ScriptedEngine::lengths() const {

@@ -25,6 +25,8 @@ class ScriptedEngine : public Engine {
     /// The end of an utterance blocks until letSettle() or an abort.
     void blockSettling();
     void letSettle();
+    /// Blocks until the end of an utterance does.
+    void awaitSettling();
 
     /// The end of an utterance no longer ends by an abort.
     void forbidAbort() { canAbort_ = false; }
@@ -57,6 +59,7 @@ class ScriptedEngine : public Engine {
     std::string hypothesis_;
     std::string words_;
     bool isSettlingBlocked_ = false;
+    bool isSettling_ = false;
     Seconds decodingLimit_;
     std::vector<Seconds> lengths_;
 };
