@@ -92,10 +92,11 @@ class Service {
     }
 
     void waitUntilIdle() const {
-        for (Seconds before(-1); before != processorTime();) {
+        Seconds before{};
+        do {
             before = processorTime();
             std::this_thread::sleep_for(std::chrono::milliseconds(500));
-        }
+        } while (before != processorTime());
     }
 
     void end() {
@@ -137,9 +138,8 @@ Dictation dictate(const Service& service, const Audio& sound) {
     return {finalText(inTime), processorTime.get() - before};
 }
 
-/// The processor time of the first pass over `sound`.
+/// The processor time of the first pass over `sound`. The service must be idle, and is so again.
 Seconds firstPassTime(const Service& service, const Audio& sound) {
-    service.waitUntilIdle();
     const Seconds before = service.processorTime();
     ListenClient client = service.client();
     EXPECT_TRUE(client.openAt(16000));
@@ -160,6 +160,7 @@ Tally dictateOnBusyMachine(int count) {
     // Other programs push the service out of the caches.
     constexpr double margin = 1.3;
     Service service;
+    service.waitUntilIdle();
     std::vector<Audio> sounds;
     std::vector<Seconds> needs;
     for (const Sentence& sentence : sentences) {
@@ -168,22 +169,22 @@ Tally dictateOnBusyMachine(int count) {
         needs.push_back(firstPassTime(service, sounds.back()));
     }
     Tally tally;
-    {
-        const BusyProcessors busy;
-        for (int i = 0; i < count; ++i) {
-            const std::size_t which = static_cast<std::size_t>(i) % sentences.size();
-            const Dictation dictation = dictate(service, sounds[which]);
-            const bool isWhole = dictation.text == sentences[which].written;
-            const bool isStarved = dictation.processorTime < needs[which] * margin;
-            EXPECT_TRUE(isWhole || isStarved)
-                << "sentence " << i << ": \"" << dictation.text << "\" after "
-                << dictation.processorTime.count() << " s of a processor, where "
-                << needs[which].count() << " s are enough";
-            tally.whole += isWhole ? 1 : 0;
-            tally.starved += !isWhole && isStarved ? 1 : 0;
-            // Settling goes on after the deadline, and nobody dictates in the same second.
-            service.waitUntilIdle();
-        }
+    for (int i = 0; i < count; ++i) {
+        const std::size_t which = static_cast<std::size_t>(i) % sentences.size();
+        const Dictation dictation = [&] {
+            const BusyProcessors busy;
+            return dictate(service, sounds[which]);
+        }();
+        const bool isWhole = dictation.text == sentences[which].written;
+        const bool isStarved = dictation.processorTime < needs[which] * margin;
+        EXPECT_TRUE(isWhole || isStarved)
+            << "sentence " << i << ": \"" << dictation.text << "\" after "
+            << dictation.processorTime.count() << " s of a processor, where "
+            << needs[which].count() << " s are enough";
+        tally.whole += isWhole ? 1 : 0;
+        tally.starved += !isWhole && isStarved ? 1 : 0;
+        // Settling goes on after the deadline, and nobody dictates in the same second.
+        service.waitUntilIdle();
     }
     service.end();
     return tally;
