@@ -21,6 +21,8 @@ import time
 import reaper
 
 START_TIMEOUT = 15.0
+# In seconds, how long wait_for() rests between two questions.
+MIN_REST, MAX_REST = 0.01, 0.1
 
 OPENBOX_CONFIG = """<?xml version="1.0"?>
 <openbox_config xmlns="http://openbox.org/3.4/rc">
@@ -68,6 +70,7 @@ def wait_for(condition, what, timeout=START_TIMEOUT, process=None):
     Raises an error after `timeout` seconds, or as soon as `process` has ended."""
     deadline = time.monotonic() + timeout
     while True:
+        begin = time.monotonic()
         value = condition()
         if value:
             return value
@@ -76,7 +79,8 @@ def wait_for(condition, what, timeout=START_TIMEOUT, process=None):
                 f"{process.args[0]} ended with {process.returncode}; waited for {what}")
         if time.monotonic() > deadline:
             raise TimeoutError(f"waited {timeout} s for {what}")
-        time.sleep(0.01)
+        # A condition that runs programs would take a whole processor away from what it waits for.
+        time.sleep(min(max(MIN_REST, 2 * (time.monotonic() - begin)), MAX_REST))
 
 
 def accepts_connections(path):

@@ -64,6 +64,8 @@ def visible_windows(desktop):
     """The numbers of the application's visible windows, without menus and icons."""
     managed = desktop.run(["xprop", "-root", "_NET_CLIENT_LIST"]).partition("#")[2]
     numbers = {int(number, 16) for number in managed.replace(",", " ").split()}
+    if not numbers:
+        return []
     return [number for number in desktop.run(
         ["xdotool", "search", "--onlyvisible", "--classname", CLASS], check=False).split()
         if int(number) in numbers]
