@@ -47,6 +47,13 @@ void callAndWait(MessageBus& bus, BusMessage call,
                                   std::chrono::steady_clock::now() + startTimeout));
 }
 
+/// The folder of the private desktop on which the tests run.
+std::string desktopFolder() {
+    const char* folder = std::getenv("TARVIK_DESKTOP_FOLDER");
+    EXPECT_NE(folder, nullptr) << "a private desktop is missing";
+    return folder != nullptr ? folder : "";
+}
+
 pid_t ownerOn(MessageBus& bus, const std::string& name) {
     std::uint32_t process = 0;
     callAndWait(
@@ -76,9 +83,11 @@ PrivateSession::~PrivateSession() {
 }
 
 void PrivateSession::startBus() {
-    bus_.emplace(std::vector<std::string>{"env", "-u", "DISPLAY", "dbus-daemon", "--session",
-                                          "--nofork", "--nopidfile", "--print-address=1",
-                                          "--address=unix:path=" + folder_ + "/bus"});
+    // The private desktop's bus starts the same programs.
+    const std::string config = desktopFolder() + "/session-bus.conf";
+    bus_.emplace(std::vector<std::string>{
+        "env", "-u", "DISPLAY", "dbus-daemon", "--config-file=" + config, "--nofork", "--nopidfile",
+        "--print-address=1", "--address=unix:path=" + folder_ + "/bus"});
     EXPECT_TRUE(bus_->readLine());
 }
 

@@ -14,6 +14,7 @@
 #include "platform/linux/bus/BusReplies.h"
 #include "platform/linux/bus/MessageBus.h"
 #include "tests/linux/loop/LoopDriver.h"
+#include "tests/support/BusDaemon.h"
 #include "tests/support/TestProcess.h"
 
 namespace tarvik::tests {
@@ -89,8 +90,7 @@ class MessageBusTest : public testing::TestWithParam<LoopKind> {
         EXPECT_TRUE(driver->runUntil([&] { return isHandled; }));
     }
 
-    TestProcess daemon{{"dbus-daemon", "--session", "--nofork", "--nopidfile",
-                        "--address=unix:tmpdir=/tmp", "--print-address=1"}};
+    TestProcess daemon{busDaemonAt("unix:tmpdir=/tmp")};
     std::string address;
     std::unique_ptr<LoopDriver> driver = GetParam().make();
     std::unique_ptr<MessageBus> bus;
@@ -336,6 +336,27 @@ TEST_P(MessageBusTest, AWaitDoesNotOutliveTheBusAndTheLoopReportsTheLoss) {
 }
 
 INSTANTIATE_TEST_SUITE_P(Over, MessageBusTest, testing::ValuesIn(everyLoop()), nameOf);
+
+// A service that the machine has installed would answer in the place of a test's own.
+TEST(BusOfATest, StartsNoProgramOfTheMachine) {
+    TestProcess daemon{busDaemonAt("unix:tmpdir=/tmp")};
+    const auto bus = MessageBus::open(daemon.readLine().value_or(""));
+    ASSERT_TRUE(bus);
+    std::vector<std::string> startable;
+    bool isAnswered = false;
+    EXPECT_TRUE(bus.value()->call(
+        bus.value()->newCall(daemonObject, daemonInterface, "ListActivatableNames"), 10s,
+        [&](sd_bus_message* reply) {
+            isAnswered = true;
+            const char* name = nullptr;
+            ASSERT_GT(sd_bus_message_enter_container(reply, 'a', "s"), 0);
+            while (sd_bus_message_read(reply, "s", &name) > 0) {
+                startable.emplace_back(name);
+            }
+        }));
+    EXPECT_TRUE(bus.value()->dispatchUntil([&] { return isAnswered; }, steady_clock::now() + 10s));
+    EXPECT_EQ(startable, std::vector<std::string>{daemonObject.owner});
+}
 
 TEST(MessageBus, AnAddressWithoutABusIsAnError) {
     for (const char* address : {"unix:path=/nowhere/bus", "nonsense"}) {

@@ -11,6 +11,7 @@
 #include <vector>
 
 #include "platform/linux/bus/BusHandles.h"
+#include "tests/support/BusDaemon.h"
 
 namespace tarvik::tests {
 
@@ -69,8 +70,7 @@ MockLogind::~MockLogind() {
 
 void MockLogind::start() {
     const std::string address = "unix:path=" + socket_.string();
-    bus_.emplace(std::vector<std::string>{"dbus-daemon", "--session", "--nofork", "--nopidfile",
-                                          "--print-address=1", "--address=" + address});
+    bus_.emplace(busDaemonAt(address));
     // The address is printed once the bus listens.
     bus_->readLine();
     setenv("DBUS_SYSTEM_BUS_ADDRESS", address.c_str(), 1);

@@ -15,6 +15,7 @@
 
 #include "platform/linux/bus/BusHandles.h"
 #include "tests/linux/system/ApplicationTest.h"
+#include "tests/support/BusDaemon.h"
 #include "tests/support/TestProcess.h"
 
 namespace tarvik::tests {
@@ -26,18 +27,14 @@ class SessionBusTest : public ApplicationTest {
     ~SessionBusTest() override { unsetenv("DBUS_SESSION_BUS_ADDRESS"); }
 
     void startBus() {
-        bus.emplace(std::vector<std::string>{"/usr/bin/dbus-daemon", "--session", "--nofork",
-                                             "--nopidfile", "--print-address=1",
-                                             "--address=unix:dir=" + folder.path().string()});
+        bus.emplace(busDaemonAt("unix:dir=" + folder.path().string()));
         setenv("DBUS_SESSION_BUS_ADDRESS", bus->readLine().value_or("").c_str(), 1);
     }
     /// Starts a bus anew that has been ended, at the address where it was.
     void restartBus() {
         const std::string address = getenv("DBUS_SESSION_BUS_ADDRESS");
         const std::string path = address.substr(0, address.find(','));
-        bus.emplace(std::vector<std::string>{"/usr/bin/dbus-daemon", "--session", "--nofork",
-                                             "--nopidfile", "--print-address=1",
-                                             "--address=" + path});
+        bus.emplace(busDaemonAt(path));
         setenv("DBUS_SESSION_BUS_ADDRESS", bus->readLine().value_or("").c_str(), 1);
     }
 
