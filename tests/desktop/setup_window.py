@@ -49,11 +49,11 @@ class SetupWindow:
         index = next(i for i, part in enumerate(parts) if part.name == name and part.role == "label")
         return parts[index:index + 3]
 
-    def wait_for_row(self, name, status, timeout=3.0):
-        wait_for(lambda: self.row(name)[1].name == status, f"“{status}” at {name}", timeout)
+    def wait_for_row(self, name, status):
+        wait_for(lambda: self.row(name)[1].name == status, f"“{status}” at {name}")
 
     def wait_for_key_status(self, status):
-        wait_for(lambda: self.key_status == status, f"“{status}” below the key", 3.0)
+        wait_for(lambda: self.key_status == status, f"“{status}” below the key")
 
     def button(self, title):
         return self.content.find(title, "push button")

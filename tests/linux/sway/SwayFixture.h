@@ -50,7 +50,7 @@ class SwayFixture {
     }
 
     bool becomes(const X11Target& target, std::string_view text,
-                 std::chrono::milliseconds timeout = std::chrono::seconds(5)) {
+                 std::chrono::milliseconds timeout = std::chrono::seconds(20)) {
         const bool holds = mainQueue.runUntil([&] { return target.text() == text; }, timeout);
         EXPECT_EQ(target.text(), text);
         if (!holds) {

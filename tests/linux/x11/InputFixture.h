@@ -77,7 +77,7 @@ class InputFixture {
 
     bool becomes(const X11Target& target, std::string_view text) {
         const bool holds =
-            mainQueue.runUntil([&] { return target.text() == text; }, std::chrono::seconds(5));
+            mainQueue.runUntil([&] { return target.text() == text; }, std::chrono::seconds(20));
         EXPECT_EQ(target.text(), text);
         for (const std::string& line : holds ? std::vector<std::string>() : log.lines()) {
             ADD_FAILURE() << line;
