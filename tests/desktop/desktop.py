@@ -59,10 +59,13 @@ GTK_SETTINGS = """[Settings]
 gtk-theme-name=Adwaita
 gtk-icon-theme-name=Adwaita
 gtk-font-name=Sans 10
+gtk-application-prefer-dark-theme=0
+gtk-entry-select-on-focus=1
 """
 GTK_3_SETTINGS = GTK_SETTINGS + "gtk-key-theme-name=Default\n"
 
 FONTS = pathlib.Path(__file__).parent / "fonts"
+PULSE_CLIENT_CONFIG = pathlib.Path(__file__).parents[1] / "support" / "pulse-client.conf"
 
 
 def wait_for(condition, what, timeout=START_TIMEOUT, process=None):
@@ -209,7 +212,6 @@ class Desktop:
         """Gives the programs settings of their own in the place of the machine's and the user's."""
         system = self.folder / "system"
         system.mkdir()
-        (system / "pulse.conf").touch()
         for version, settings in (("gtk-3.0", GTK_3_SETTINGS), ("gtk-4.0", GTK_SETTINGS)):
             file = self.folder / "config" / version / "settings.ini"
             file.parent.mkdir()
@@ -222,8 +224,8 @@ class Desktop:
             "XDG_DATA_DIRS": "/usr/share",
             # Nobody listens there, unless a test starts a bus.
             "DBUS_SYSTEM_BUS_ADDRESS": f"unix:path={self.folder}/runtime/system-bus",
-            "PULSE_CONFIG": str(system / "pulse.conf"),
-            "PULSE_CLIENTCONFIG": str(system / "pulse.conf"),
+            "PULSE_CONFIG": "/dev/null",
+            "PULSE_CLIENTCONFIG": str(PULSE_CLIENT_CONFIG),
             # No input method, whichever are installed.
             "GTK_IM_MODULE": "gtk-im-context-simple",
             "QT_IM_MODULE": "compose",

@@ -12,6 +12,7 @@ from desktop import wait_for
 from reaper import MARK, processes_with_mark
 
 WRAPPER = pathlib.Path(__file__).parent / "private-desktop"
+HOSTILE = pathlib.Path(__file__).parents[1] / "hostile-environment"
 EVERYTHING = ("--x11", "--wm", "--a11y", "--audio")
 
 
@@ -45,6 +46,13 @@ class PrivateDesktop(unittest.TestCase):
         self.assertNotIn("DISPLAY", variables)
         for name in ("HOME", "XDG_RUNTIME_DIR", "XDG_CONFIG_HOME"):
             self.assertTrue(variables[name].startswith(variables[MARK]), variables[name])
+
+    def test_nothing_of_a_user_who_has_set_everything_is_seen(self):
+        result = subprocess.run([HOSTILE, WRAPPER, *EVERYTHING, "--", "env"], capture_output=True,
+                                text=True, timeout=60)
+        self.assertEqual(result.returncode, 0, result.stderr)
+        self.assertIn(MARK, result.stdout)
+        self.assertNotIn("nonsense", result.stdout)
 
     def start_and_interrupt(self, interrupt):
         process = subprocess.Popen(
