@@ -38,14 +38,21 @@ void RealTimeQueue::runDue(SteadyTimePoint deadline) {
 
 bool RealTimeQueue::runUntil(const std::function<bool()>& condition,
                              std::chrono::milliseconds timeout) {
+    // A condition that runs a program would take a whole processor away from what it waits for.
+    constexpr std::chrono::steady_clock::duration minRest = 2ms;
+    constexpr std::chrono::steady_clock::duration maxRest = 50ms;
     const SteadyTimePoint deadline = std::chrono::steady_clock::now() + timeout;
-    while (!condition()) {
-        if (std::chrono::steady_clock::now() > deadline) {
+    while (true) {
+        const SteadyTimePoint begin = std::chrono::steady_clock::now();
+        if (condition()) {
+            return true;
+        }
+        const SteadyTimePoint end = std::chrono::steady_clock::now();
+        if (end > deadline) {
             return false;
         }
-        runDue(std::chrono::steady_clock::now() + 2ms);
+        runDue(end + std::clamp(2 * (end - begin), minRest, maxRest));
     }
-    return true;
 }
 
 void RealTimeQueue::runFor(std::chrono::milliseconds interval) {

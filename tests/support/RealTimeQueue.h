@@ -18,8 +18,8 @@ class RealTimeQueue final : public platform::MainQueue {
     void async(std::function<void()> block) override;
     void asyncAfter(Seconds delay, std::function<void()> block) override;
 
-    /// Runs blocks until `condition` holds, checked every few milliseconds; false when `timeout`
-    /// has passed before that.
+    /// Runs blocks until `condition` holds; false when `timeout` has passed before that. The
+    /// condition is checked every few milliseconds, and less often when a check takes long.
     bool runUntil(const std::function<bool()>& condition,
                   std::chrono::milliseconds timeout = std::chrono::seconds(10));
     /// Runs blocks for `interval`, for a test that nothing happens.
