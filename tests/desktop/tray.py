@@ -79,24 +79,28 @@ class Tray:
     @property
     def menu(self):
         """The bus name and the path of the icon's menu."""
-        return self.item[0], self._property("Menu")
+        return self.item[0], self._property("Menu").unpack()
 
     def _property(self, name):
         bus, path = self.item
         return self._bus.call_sync(
             bus, path, "org.freedesktop.DBus.Properties", "Get",
-            GLib.Variant("(ss)", (ITEM, name)), None, Gio.DBusCallFlags.NONE, 5000, None,
-        ).unpack()[0]
+            GLib.Variant("(ss)", (ITEM, name)), GLib.VariantType("(v)"), Gio.DBusCallFlags.NONE, 5000, None,
+        ).get_child_value(0).get_variant()
 
     @property
     def tool_tip(self):
         """The title of the icon's tool tip."""
-        return self._property("ToolTip")[2]
+        return self._property("ToolTip").unpack()[2]
 
     @property
     def shows_recording(self):
         """Whether the icon is red."""
-        _, _, pixels = max(self._property("IconPixmap"))
+        icons = self._property("IconPixmap")
+        largest = max((icons.get_child_value(i) for i in range(icons.n_children())),
+                      key=lambda icon: icon.get_child_value(0).get_int32())
+        # To unpack the bytes one by one takes longer than the application needs to change the icon.
+        pixels = largest.get_child_value(2).get_data_as_bytes().get_data()
         # Four bytes per pixel: opacity, red, green, blue.
         drawn = [pixels[i + 1:i + 4] for i in range(0, len(pixels), 4) if pixels[i] > 200]
         if not drawn:
