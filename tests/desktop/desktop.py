@@ -8,6 +8,7 @@ a machine with every desktop installed gives the same desktop as a machine with 
 """
 
 import contextlib
+import functools
 import os
 import pathlib
 import shutil
@@ -19,6 +20,7 @@ import tempfile
 import time
 
 import reaper
+from x_windows import XWindows
 
 START_TIMEOUT = 15.0
 # In seconds, how long wait_for() rests between two questions.
@@ -129,11 +131,18 @@ class Desktop:
 
     def close(self):
         """Ends all processes of this desktop and removes its folder."""
+        if "windows" in vars(self):
+            self.windows.close()
         self._reaper.stdin.close()
         self._reaper.wait()
         self._reaper.stdout.close()
         for process in self._processes:
             process.wait()
+
+    @functools.cached_property
+    def windows(self):
+        """The windows on the X server."""
+        return XWindows(self.environment["DISPLAY"])
 
     def services_log(self):
         """The error output of the desktop's parts."""

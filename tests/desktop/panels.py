@@ -8,7 +8,7 @@ import subprocess
 from demonstrate import PANEL_HEIGHT
 from desktop import wait_for
 from tray import is_red
-from windows import CLASS, visible_windows
+from windows import INSTANCE, visible_windows
 
 # The minimum contrast at which a graphical object is visible on its background.
 VISIBLE = 3.0
@@ -97,8 +97,9 @@ class PanelIcon:
     def menu(self):
         """Left, top, width and height of the menu; None while it is closed."""
         managed = visible_windows(self._desktop)
-        for number in self._desktop.run(["xdotool", "search", "--onlyvisible", "--classname", CLASS],
-                                        check=False).split():
+        for number in self._desktop.run(
+                ["xdotool", "search", "--onlyvisible", "--classname", f"^{INSTANCE}$"],
+                check=False).split():
             if number not in managed:
                 shape = self._desktop.run(["xwininfo", "-id", number])
                 return tuple(int(re.search(rf"{key}: +(-?\d+)", shape).group(1)) for key in (

@@ -8,6 +8,7 @@ import subprocess
 import threading
 
 from desktop import START_TIMEOUT, wait_for
+from windows import active_window, window_with_title
 
 FOLDER = pathlib.Path(__file__).parent / "targets"
 # Reports that the terminal runs, then writes every byte unchanged to the file.
@@ -42,8 +43,7 @@ class Target:
 
     @property
     def is_active(self):
-        active = self._desktop.run(["xdotool", "getactivewindow"], check=False).strip()
-        return active == self.window
+        return active_window(self._desktop) == self.window
 
     def activate(self):
         """Activates the window, as a click on it does."""
@@ -53,12 +53,8 @@ class Target:
         return self._desktop.end(self.process)
 
     def _find_window(self, timeout=START_TIMEOUT):
-        self.window = wait_for(
-            lambda: self._desktop.run(
-                ["xdotool", "search", "--onlyvisible", "--name", f"^{self.title}$"], check=False
-            ).strip(),
-            f"the window “{self.title}”", timeout, process=self.process,
-        )
+        self.window = wait_for(lambda: window_with_title(self._desktop, self.title),
+                               f"the window “{self.title}”", timeout, process=self.process)
         wait_for(lambda: self.is_active, f"“{self.title}” in front", process=self.process)
 
 

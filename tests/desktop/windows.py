@@ -1,12 +1,13 @@
 # SPDX-License-Identifier: MIT
 
-"""The application's windows as the window manager and the user see them."""
+"""Windows as the window manager and the user see them, the application's above all."""
 
 import re
 
 from desktop import wait_for
 
-CLASS = "^tarvik-dictate$"
+# The first part of the class of each window.
+INSTANCE = "tarvik-dictate"
 
 
 class Window:
@@ -57,18 +58,20 @@ class Window:
 
 def active_window(desktop):
     """The number of the active window; empty when there is none."""
-    return desktop.run(["xdotool", "getactivewindow"], check=False).strip()
+    return str(desktop.windows.active or "")
+
+
+def window_with_title(desktop, pattern):
+    """The number of a visible window of any program whose whole title matches; None without one."""
+    windows = desktop.windows
+    return next((str(window) for window in windows.visible
+                 if re.fullmatch(pattern, windows.title(window))), None)
 
 
 def visible_windows(desktop):
     """The numbers of the application's visible windows, without menus and icons."""
-    managed = desktop.run(["xprop", "-root", "_NET_CLIENT_LIST"]).partition("#")[2]
-    numbers = {int(number, 16) for number in managed.replace(",", " ").split()}
-    if not numbers:
-        return []
-    return [number for number in desktop.run(
-        ["xdotool", "search", "--onlyvisible", "--classname", CLASS], check=False).split()
-        if int(number) in numbers]
+    windows = desktop.windows
+    return [str(window) for window in windows.visible if windows.instance(window) == INSTANCE]
 
 
 def wait_for_window(desktop, timeout=15.0, besides=()):
