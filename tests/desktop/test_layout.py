@@ -61,14 +61,14 @@ class Layout:
 
     def hidden_parts(self, content):
         """Checks that no part overlaps another; returns the names of the parts out of sight."""
-        parts = [part for part in content.descendants
-                 if min(part.extents[2:]) > 0 and not part.children]
+        # Each name and each place is a call to the application, so it is asked for once.
+        places = [(part.name, part.extents) for part in content.descendants if not part.children]
+        parts = [(name, place) for name, place in places if min(place[2:]) > 0]
         self.assertGreater(len(parts), 5)
-        for first, second in itertools.combinations(parts, 2):
-            self.assertFalse(overlap(first.extents, second.extents),
-                             f"{first.name!r} and {second.name!r}")
-        return {part.name for part in parts
-                if part.name and not is_inside(part.extents, content.extents)}
+        for (first, first_place), (second, second_place) in itertools.combinations(parts, 2):
+            self.assertFalse(overlap(first_place, second_place), f"{first!r} and {second!r}")
+        whole = content.extents
+        return {name for name, place in parts if name and not is_inside(place, whole)}
 
     def check_texts(self, window, content, label_fonts, buttons):
         """Checks that each text, measured in its font, fits its part."""
