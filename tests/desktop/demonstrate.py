@@ -89,7 +89,6 @@ class Editor:
 
 def picture(desktop, path):
     desktop.run(["import", "-window", "root", path])
-    desktop.run(["optipng", "-quiet", path])
 
 
 def colors(desktop, area):
