@@ -35,7 +35,7 @@ class Target:
     def text(self):
         return self.out.read_text(encoding="utf-8", errors="replace") if self.out.exists() else ""
 
-    def wait_for_text(self, expected, timeout=5.0):
+    def wait_for_text(self, expected, timeout=START_TIMEOUT):
         try:
             wait_for(lambda: self.text == expected, f"the text {expected!r}", timeout)
         except TimeoutError as error:

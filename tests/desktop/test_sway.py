@@ -130,7 +130,7 @@ class OnSway(OnSwayTest):
         application.log.wait_for("startRecording (session=1)")
         self.keyboard.tap(A)
         self.keyboard.release(SPACE, ALT)
-        application.log.wait_for("stopRecording (session=1)", timeout=3)
+        application.log.wait_for("stopRecording (session=1)")
 
     def test_bindings_of_the_users_own_give_a_hold(self):
         call = ("gdbus call --session --dest com.tarvik.dictate --object-path /com/tarvik/dictate "

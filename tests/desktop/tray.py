@@ -107,9 +107,9 @@ class Tray:
             raise AssertionError("the status icon is empty")
         return sum(is_red(*pixel) for pixel in drawn) > len(drawn) // 2
 
-    def wait_for_icon(self, recording, timeout=5.0):
+    def wait_for_icon(self, recording):
         wait_for(lambda: self.shows_recording == recording,
-                 "the red icon" if recording else "the idle icon", timeout)
+                 "the red icon" if recording else "the idle icon")
 
     def close(self):
         """Removes the tray. Allowed any number of times."""

@@ -158,15 +158,20 @@ TEST_P(AccessibilityConformance, AProgramThatHasEndedRefusesText) {
     const auto target = world->open({"gone", 4, 4});
     const AXUIElementRef element = newFocus();
     target->die();
-    EXPECT_LT(durationOfRefusedWrite(element), maxWrite + tolerance);
-    EXPECT_LT(durationOfRefusedWrite(element), maxWrite + tolerance);
+    const auto refuse = [&] { return durationOfRefusedWrite(element); };
+    EXPECT_TRUE(isWithin(maxWrite + tolerance, refuse));
+    EXPECT_TRUE(isWithin(maxWrite + tolerance, refuse));
 }
 
 TEST_P(AccessibilityConformance, AHungProgramCostsHalfASecondOnceAndTheNextProgramNothing) {
-    const auto hung = world->open({"hung", 4, 4});
-    const AXUIElementRef element = newFocus();
-    hung->hang();
-    EXPECT_LT(durationOfRefusedWrite(element), maxWrite + tolerance);
+    std::unique_ptr<AccessibilityTarget> hung;
+    AXUIElementRef element;
+    EXPECT_TRUE(isWithin(maxWrite + tolerance, [&] {
+        hung = world->open({"hung", 4, 4});
+        element = newFocus(element);
+        hung->hang();
+        return durationOfRefusedWrite(element);
+    }));
     EXPECT_TRUE(isRefusedAtOnce(element));
 
     const auto healthy = world->open({"healthy", 7, 7});

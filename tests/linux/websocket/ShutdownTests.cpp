@@ -19,7 +19,8 @@ class WebSocketShutdown : public BeastTest {
     void expectCleanEnd() {
         const Seconds start = world.now();
         world.endService();
-        EXPECT_LT(world.now() - start, Seconds(0.1));
+        // Less than every timeout of the service.
+        EXPECT_LT(world.now() - start, Seconds(0.25));
         const auto before = recorder->events();
         world.settle();
         EXPECT_EQ(recorder->events(), before);

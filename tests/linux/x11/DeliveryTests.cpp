@@ -4,6 +4,7 @@
 #include <stdlib.h>
 
 #include "tests/linux/x11/InputFixture.h"
+#include "tests/support/Attempts.h"
 
 namespace tarvik::tests {
 
@@ -97,16 +98,20 @@ TEST_F(X11Delivery, TypesWhatWasPostedBeforeTheEnd) {
 }
 
 TEST_F(X11Delivery, EndsInTimeAndInOrderWhileAProgramReadsNothing) {
-    const X11Target target(X11Target::Kind::gtk3Text, mainQueue);
-    ASSERT_TRUE(comesToFront(target));
-    const int spare = user->keysWithoutSymbol();
-    target.hang();
-    type(manyCharacters, target.process());
-    const auto start = Clock::now();
-    input.reset();
-    EXPECT_LT(Clock::now() - start, 1500ms);
-    EXPECT_EQ(user->keysWithoutSymbol(), spare);
-    EXPECT_TRUE(log.hasLineWith("typed text not delivered: "));
+    EXPECT_TRUE(isWithin(1500ms, [this] {
+        const X11Target target(X11Target::Kind::gtk3Text, mainQueue);
+        EXPECT_TRUE(comesToFront(target));
+        const int spare = user->keysWithoutSymbol();
+        target.hang();
+        type(manyCharacters, target.process());
+        const auto start = Clock::now();
+        input.reset();
+        const auto duration = Clock::now() - start;
+        EXPECT_EQ(user->keysWithoutSymbol(), spare);
+        EXPECT_TRUE(log.hasLineWith("typed text not delivered: "));
+        input.emplace(mainQueue, log);
+        return duration;
+    }));
 }
 
 TEST_F(X11Delivery, TypesNothingForAnEndedProcessAndSaysSo) {

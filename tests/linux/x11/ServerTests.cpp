@@ -6,6 +6,7 @@
 #include <sys/un.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <chrono>
 #include <cstddef>
 #include <optional>
@@ -89,31 +90,41 @@ class UnresponsiveX11Server : public testing::Test {
 TEST_F(UnresponsiveX11Server, OneThatNeverAnswersCostsASecondAtTheStartAndOneAtTheEnd) {
     const SilentServer server;
     std::optional<DesktopInput> input;
-    EXPECT_LT(durationOf([&] { input.emplace(mainQueue, log); }), maxDuration);
+    EXPECT_TRUE(isWithin(maxDuration, [&] {
+        input.reset();
+        return durationOf([&] { input.emplace(mainQueue, log); });
+    }));
     EXPECT_TRUE(log.hasLineWith("TarvikDictate: the X server does not answer"));
     EXPECT_FALSE(input->canType());
     HotKeyRecorder recorder(input->eventManager());
     EXPECT_TRUE(isWithin(100ms, [&] {
         return durationOf([&] { EXPECT_EQ(recorder.add(hold, 1), platform::eventInternalErr); });
     }));
-    EXPECT_LT(durationOf([&] { input.reset(); }), maxDuration);
+    EXPECT_TRUE(isWithin(maxDuration, [&] {
+        if (!input) {
+            input.emplace(mainQueue, log);
+        }
+        return durationOf([&] { input.reset(); });
+    }));
 }
 
 TEST_F(UnresponsiveX11Server, OneThatHangsCostsASecondPerHotKeyAndOneAtTheEnd) {
-    X11Server server(mainQueue);
-    std::optional<DesktopInput> input(std::in_place, mainQueue, log);
-    ASSERT_TRUE(input->canType());
-    {
-        HotKeyRecorder recorder(input->eventManager());
-        server.hang();
-        for (const auto modifiers : {hold, toggle}) {
-            EXPECT_LT(durationOf([&] {
-                          EXPECT_EQ(recorder.add(modifiers, 1), platform::eventInternalErr);
-                      }),
-                      maxDuration);
+    EXPECT_TRUE(isWithin(maxDuration, [this] {
+        X11Server server(mainQueue);
+        std::optional<DesktopInput> input(std::in_place, mainQueue, log);
+        EXPECT_TRUE(input->canType());
+        std::vector<Clock::duration> durations;
+        {
+            HotKeyRecorder recorder(input->eventManager());
+            server.hang();
+            for (const auto modifiers : {hold, toggle}) {
+                durations.push_back(durationOf(
+                    [&] { EXPECT_EQ(recorder.add(modifiers, 1), platform::eventInternalErr); }));
+            }
         }
-    }
-    EXPECT_LT(durationOf([&] { input.reset(); }), maxDuration);
+        durations.push_back(durationOf([&] { input.reset(); }));
+        return *std::ranges::max_element(durations);
+    }));
 }
 
 TEST_F(UnresponsiveX11Server, AHotKeyThatWasRefusedBecauseTheServerHungIsFreeAfterwards) {
