@@ -4,6 +4,7 @@
 #include <tuple>
 
 #include "tests/linux/x11/InputFixture.h"
+#include "tests/linux/x11/KeptTargets.h"
 
 namespace tarvik::tests {
 
@@ -14,17 +15,23 @@ using namespace std::chrono_literals;
 constexpr std::string_view manyScripts =
     "Hold: Zażółć gęślą jaźń 日本語 Привет 😀 «Ünïcödé» – “quotes” €£¥!";
 
-class X11Typing : public InputFixture, public testing::TestWithParam<X11Target::Kind> {};
+class X11Typing : public InputFixture, public testing::TestWithParam<X11Target::Kind> {
+  protected:
+    static void TearDownTestSuite() { targets.end(); }
+
+    const X11Target& target = targets.ready(GetParam(), mainQueue);
+
+  private:
+    inline static KeptTargets targets;
+};
 
 TEST_P(X11Typing, WritesManyScripts) {
-    const X11Target target(GetParam(), mainQueue);
     ASSERT_TRUE(comesToFront(target));
     type(manyScripts, target.process());
     EXPECT_TRUE(becomes(target, manyScripts));
 }
 
 TEST_P(X11Typing, WritesManyPiecesOneAfterTheOther) {
-    const X11Target target(GetParam(), mainQueue);
     ASSERT_TRUE(comesToFront(target));
     std::string expected;
     for (const std::string piece :
@@ -37,7 +44,6 @@ TEST_P(X11Typing, WritesManyPiecesOneAfterTheOther) {
 }
 
 TEST_P(X11Typing, WritesUnderALayoutThatLacksTheCharacters) {
-    const X11Target target(GetParam(), mainQueue);
     ASSERT_TRUE(comesToFront(target));
     setLayout({"ru"});
     type("The quick brown fox, да?", target.process());
@@ -45,7 +51,6 @@ TEST_P(X11Typing, WritesUnderALayoutThatLacksTheCharacters) {
 }
 
 TEST_P(X11Typing, WritesAfterASwitchOfTheLayout) {
-    const X11Target target(GetParam(), mainQueue);
     ASSERT_TRUE(comesToFront(target));
     type("Now ąę", target.process());
     EXPECT_TRUE(becomes(target, "Now ąę"));
@@ -55,7 +60,6 @@ TEST_P(X11Typing, WritesAfterASwitchOfTheLayout) {
 }
 
 TEST_P(X11Typing, WritesDuringAHoldAtOnceAndNeverAsAShortcut) {
-    const X11Target target(GetParam(), mainQueue);
     ASSERT_TRUE(comesToFront(target));
     HotKeyRecorder recorder(input->eventManager());
     ASSERT_EQ(recorder.add(hold, 1), platform::noErr);
@@ -82,7 +86,6 @@ TEST_P(X11Typing, WritesDuringAHoldAtOnceAndNeverAsAShortcut) {
 }
 
 TEST_P(X11Typing, WritesWhileTheHeldKeyRepeats) {
-    const X11Target target(GetParam(), mainQueue);
     ASSERT_TRUE(comesToFront(target));
     HotKeyRecorder recorder(input->eventManager());
     ASSERT_EQ(recorder.add(hold, 1), platform::noErr);
@@ -99,7 +102,6 @@ TEST_P(X11Typing, WritesWhileTheHeldKeyRepeats) {
 }
 
 TEST_P(X11Typing, IsNotChangedByLockKeysAndLeavesThemOn) {
-    const X11Target target(GetParam(), mainQueue);
     ASSERT_TRUE(comesToFront(target));
     user->lock(XCB_MOD_MASK_LOCK | XCB_MOD_MASK_2);
     type("Caps ął 12", target.process());
@@ -109,7 +111,6 @@ TEST_P(X11Typing, IsNotChangedByLockKeysAndLeavesThemOn) {
 }
 
 TEST_P(X11Typing, ReachesAWindowBehindAndLeavesTheFrontAsItIs) {
-    const X11Target target(GetParam(), mainQueue);
     ASSERT_TRUE(comesToFront(target));
     const X11Target front(X11Target::Kind::gtk3Entry, mainQueue);
     ASSERT_TRUE(comesToFront(front));
@@ -122,7 +123,6 @@ TEST_P(X11Typing, ReachesAWindowBehindAndLeavesTheFrontAsItIs) {
 }
 
 TEST_P(X11Typing, LeavesTheUserTheirOwnKeysWhileItReachesAWindowBehind) {
-    const X11Target target(GetParam(), mainQueue);
     ASSERT_TRUE(comesToFront(target));
     const X11Target front(X11Target::Kind::gtk3Entry, mainQueue);
     ASSERT_TRUE(comesToFront(front));
@@ -144,7 +144,6 @@ TEST_P(X11Typing, LeavesTheUserTheirOwnKeysWhileItReachesAWindowBehind) {
 
 // A menu bar that takes the keyboard would take the letters for its menu "File" and for "Quit".
 TEST_P(X11Typing, IsStillInTheFieldAfterAHoldWithoutText) {
-    const X11Target target(GetParam(), mainQueue);
     ASSERT_TRUE(comesToFront(target));
     HotKeyRecorder recorder(input->eventManager());
     ASSERT_EQ(recorder.add(hold, 1), platform::noErr);
@@ -169,7 +168,6 @@ TEST_P(X11Typing, IsStillInTheFieldAfterAHoldWithoutText) {
 
 // Nobody but the program in front wants a key that is pressed while Alt is still held.
 TEST_P(X11Typing, LetsOtherKeysThroughWhileAltIsHeldAfterAHold) {
-    const X11Target target(GetParam(), mainQueue);
     ASSERT_TRUE(comesToFront(target));
     HotKeyRecorder recorder(input->eventManager());
     ASSERT_EQ(recorder.add(hold, 1), platform::noErr);
@@ -188,7 +186,6 @@ TEST_P(X11Typing, LetsOtherKeysThroughWhileAltIsHeldAfterAHold) {
 
 // A menu, for example.
 TEST_P(X11Typing, LeavesTheKeyboardToOthersDuringAHold) {
-    const X11Target target(GetParam(), mainQueue);
     ASSERT_TRUE(comesToFront(target));
     HotKeyRecorder recorder(input->eventManager());
     ASSERT_EQ(recorder.add(hold, 1), platform::noErr);
@@ -217,12 +214,17 @@ constexpr std::string_view longText =
 enum class Stop { signal, sleep, work };
 
 class X11TypingIntoStoppedProgram : public InputFixture,
-                                    public testing::TestWithParam<std::tuple<Kind, Stop, bool>> {};
+                                    public testing::TestWithParam<std::tuple<Kind, Stop, bool>> {
+  protected:
+    static void TearDownTestSuite() { targets.end(); }
+
+    inline static KeptTargets targets;
+};
 
 TEST_P(X11TypingIntoStoppedProgram, ArrivesWholeWhenTheProgramGoesOn) {
     constexpr auto duration = 1600ms;
     const auto [kind, stop, isHeld] = GetParam();
-    X11Target target(kind, mainQueue);
+    X11Target& target = targets.ready(kind, mainQueue);
     ASSERT_TRUE(comesToFront(target));
     HotKeyRecorder recorder(input->eventManager());
     if (isHeld) {
@@ -277,19 +279,18 @@ INSTANTIATE_TEST_SUITE_P(InMainLoop, X11TypingIntoStoppedProgram,
                          nameOfStop);
 
 TEST_P(X11Typing, HoldsUpNoOtherProgramWhileThisOneIsStopped) {
-    const X11Target stopped(GetParam(), mainQueue);
-    ASSERT_TRUE(comesToFront(stopped));
-    stopped.hang();
-    type(longText, stopped.process());
+    ASSERT_TRUE(comesToFront(target));
+    target.hang();
+    type(longText, target.process());
     const X11Target front(X11Target::Kind::gtk3Entry, mainQueue);
     ASSERT_TRUE(comesToFront(front));
     type(longText, front.process());
     EXPECT_TRUE(becomes(front, longText));
-    type("more", stopped.process());
+    type("more", target.process());
     type("and more", front.process());
     EXPECT_TRUE(becomes(front, std::string(longText) + "and more"));
-    stopped.goOn();
-    EXPECT_TRUE(becomes(stopped, std::string(longText) + "more"));
+    target.goOn();
+    EXPECT_TRUE(becomes(target, std::string(longText) + "more"));
 }
 
 }  // namespace

@@ -4,8 +4,14 @@
 
 #include <signal.h>
 
+#include <algorithm>
+#include <array>
 #include <chrono>
+#include <cstdint>
+#include <iterator>
+#include <span>
 #include <stdexcept>
+#include <string_view>
 
 #include "platform/linux/x11/XcbConnection.h"
 
@@ -23,6 +29,20 @@ xcb_window_t windowInProperty(XcbConnection& connection, std::string_view name) 
         throw std::runtime_error("no window manager runs");
     }
     return *window;
+}
+
+void sendToWindowManager(XcbConnection& connection, xcb_window_t window, std::string_view name,
+                         std::array<std::uint32_t, 2> data) {
+    xcb_client_message_event_t message{};
+    message.response_type = XCB_CLIENT_MESSAGE;
+    message.format = 32;
+    message.window = window;
+    message.type = connection.atom(name);
+    std::ranges::copy(data, std::begin(message.data.data32));
+    xcb_send_event(connection.get(), 0, connection.root(),
+                   XCB_EVENT_MASK_SUBSTRUCTURE_NOTIFY | XCB_EVENT_MASK_SUBSTRUCTURE_REDIRECT,
+                   reinterpret_cast<const char*>(&message));
+    connection.synchronise();
 }
 
 }  // namespace
@@ -62,19 +82,33 @@ bool waitForWindowManager(RealTimeQueue& mainQueue) {
     return false;
 }
 
+void bringToFront(platform::ProcessIdentifier process) {
+    const auto connection = XcbConnection::open().value();
+    constexpr std::uint32_t maxWindows = 1000;
+    const XcbReply<xcb_get_property_reply_t> reply(xcb_get_property_reply(
+        connection->get(),
+        xcb_get_property(connection->get(), 0, connection->root(),
+                         connection->atom("_NET_CLIENT_LIST"), XCB_ATOM_WINDOW, 0, maxWindows),
+        nullptr));
+    if (!reply) {
+        throw std::runtime_error("no list of windows");
+    }
+    const std::span windows(static_cast<const xcb_window_t*>(xcb_get_property_value(reply.get())),
+                            reply->value_len);
+    for (const xcb_window_t window : windows) {
+        if (connection->processOfClient(window) == process) {
+            // As a pager asks.
+            sendToWindowManager(*connection, window, "_NET_ACTIVE_WINDOW", {2, XCB_CURRENT_TIME});
+            return;
+        }
+    }
+    throw std::runtime_error("no window of the process");
+}
+
 void moveFrontWindowAway() {
     const auto connection = XcbConnection::open().value();
-    xcb_client_message_event_t message{};
-    message.response_type = XCB_CLIENT_MESSAGE;
-    message.format = 32;
-    message.window = windowInProperty(*connection, "_NET_ACTIVE_WINDOW");
-    message.type = connection->atom("_NET_WM_DESKTOP");
-    message.data.data32[0] = 1;
-    message.data.data32[1] = 2;
-    xcb_send_event(connection->get(), 0, connection->root(),
-                   XCB_EVENT_MASK_SUBSTRUCTURE_NOTIFY | XCB_EVENT_MASK_SUBSTRUCTURE_REDIRECT,
-                   reinterpret_cast<const char*>(&message));
-    connection->synchronise();
+    sendToWindowManager(*connection, windowInProperty(*connection, "_NET_ACTIVE_WINDOW"),
+                        "_NET_WM_DESKTOP", {1, 2});
 }
 
 StoppedWindowManager::StoppedWindowManager() {

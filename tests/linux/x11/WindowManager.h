@@ -11,6 +11,9 @@ namespace tarvik::tests {
 /// busy one has fallen behind.
 bool waitForWindowManager(RealTimeQueue& mainQueue);
 
+/// Asks the window manager to bring a window of a process to the front, as a click on it does.
+void bringToFront(platform::ProcessIdentifier process);
+
 /// Moves the window in front to another workspace, where it is not shown.
 void moveFrontWindowAway();
 

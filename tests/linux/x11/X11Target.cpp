@@ -93,15 +93,25 @@ std::string X11Target::textOfSecondWindow() const {
     return contentOf(folder_ / "text.second");
 }
 
-void X11Target::occupy(const std::string& command, std::chrono::milliseconds time) {
-    process_->write(command + " " + std::to_string(std::chrono::duration<double>(time).count()) +
-                    "\n");
-    while (const auto line = process_->readLine()) {
-        if (*line == "busy") {
+void X11Target::command(const std::string& line, std::string_view answer) {
+    // The end of an earlier command is no answer to this one.
+    std::string earlier;
+    process_->readOutput(earlier);
+    process_->write(line + "\n");
+    while (const auto output = process_->readLine()) {
+        if (*output == answer) {
             return;
         }
     }
     throw std::runtime_error("the target did not obey");
+}
+
+void X11Target::clear() {
+    command("clear", "done");
+}
+
+void X11Target::occupy(const std::string& name, std::chrono::milliseconds time) {
+    command(name + " " + std::to_string(std::chrono::duration<double>(time).count()), "busy");
 }
 
 void X11Target::hang() const {

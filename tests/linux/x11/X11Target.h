@@ -5,6 +5,7 @@
 #include <filesystem>
 #include <memory>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "platform/Workspace.h"
@@ -26,6 +27,8 @@ class X11Target {
     platform::ProcessIdentifier process() const { return process_->identifier(); }
     /// The whole text in it, UTF-8.
     std::string text() const;
+    /// Deletes the text. Not for a terminal.
+    void clear();
     /// The program's main loop handles nothing for a while, asleep or at work. Not for a terminal.
     void sleepInMainLoop(std::chrono::milliseconds time) { occupy("sleep", time); }
     void workInMainLoop(std::chrono::milliseconds time) { occupy("work", time); }
@@ -40,7 +43,8 @@ class X11Target {
     bool isRunning() const;
 
   private:
-    void occupy(const std::string& command, std::chrono::milliseconds time);
+    void command(const std::string& line, std::string_view answer);
+    void occupy(const std::string& name, std::chrono::milliseconds time);
 
     std::filesystem::path folder_;
     std::unique_ptr<TestProcess> process_;
