@@ -30,7 +30,7 @@ std::string inRuntimeFolder(const char* name) {
 std::string helperPath() {
     std::error_code error;
     const auto folder = std::filesystem::read_symlink("/proc/self/exe", error).parent_path();
-    for (const char* place : {".", "../libexec"}) {
+    for (const char* place : {".", TARVIK_LIBEXEC}) {
         const auto path = (folder / place / helperName).lexically_normal();
         if (!error && access(path.c_str(), X_OK) == 0) {
             return path.string();
