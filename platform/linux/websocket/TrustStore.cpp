@@ -6,6 +6,8 @@
 
 #include <boost/asio/ip/address.hpp>
 
+#include "platform/linux/websocket/SystemAuthorities.h"
+
 namespace tarvik::linuxdesktop {
 
 namespace ssl = boost::asio::ssl;
@@ -14,9 +16,7 @@ ssl::context& TrustStore::sslContext() {
     std::call_once(isLoaded_, [this] {
         context_.emplace(ssl::context::tls_client);
         SSL_CTX_set_min_proto_version(context_->native_handle(), TLS1_2_VERSION);
-        // An unreadable store makes every certificate fail to verify, and that error has a reason.
-        boost::system::error_code ignored;
-        context_->set_default_verify_paths(ignored);
+        trustSystemAuthorities(context_->native_handle());
         if (!authority_.empty()) {
             boost::system::error_code error;
             context_->load_verify_file(authority_, error);
@@ -24,6 +24,8 @@ ssl::context& TrustStore::sslContext() {
                 authorityError_ = error.message();
             }
         }
+        // OpenSSL reports no error here.
+        boost::system::error_code ignored;
         context_->set_verify_mode(ssl::verify_peer, ignored);
         SSL_CTX_set_mode(context_->native_handle(), SSL_MODE_RELEASE_BUFFERS);
         sessions_.collectFrom(context_->native_handle());

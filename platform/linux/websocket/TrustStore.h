@@ -19,8 +19,8 @@ class TrustStore {
     /// `authority` is the path of certificates (PEM) that are trusted as well; empty for none.
     explicit TrustStore(std::string authority = {}) : authority_(std::move(authority)) {}
 
-    /// The context of every connection. The first call reads the trust store from the disk, for
-    /// some tens of milliseconds. Any thread but the main thread.
+    /// The context of every connection. The first call reads from the disk, for some tens
+    /// of milliseconds where all authorities are in one file. Any thread but the main thread.
     boost::asio::ssl::context& sslContext();
 
     /// The reason why the authority is not trusted; empty where the authority is. After
