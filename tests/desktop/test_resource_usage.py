@@ -1,7 +1,9 @@
 #!/usr/bin/python3
 # SPDX-License-Identifier: MIT
-"""The processor time and the wake-ups of the application, with and without its setup window."""
+"""The processor time and the wake-ups of the application, with and without its setup window, and what
+it loads."""
 
+import pathlib
 import time
 import unittest
 
@@ -46,6 +48,12 @@ class ResourceUsage(DictationTest):
         used, woken = self.usage_in(SECONDS)
         self.assertLessEqual(woken, CLOSED_WAKEUPS)
         self.assertLessEqual(used, CLOSED_SECONDS)
+
+    def test_what_another_desktop_needs_is_not_loaded(self):
+        application = self.start_application(self.start_scripted_service())
+        files = pathlib.Path(f"/proc/{application.pid}/maps").read_text()
+        self.assertIn("/libQt6Core.so", files)
+        self.assertNotIn("/libgio-2.0.so", files)
 
 
 if __name__ == "__main__":

@@ -2,10 +2,10 @@
 
 #include "platform/linux/gnome/GnomeSettings.h"
 
-#include <gio/gio.h>
-
 #include <algorithm>
 #include <utility>
+
+#include "platform/linux/gnome/GioLibrary.h"
 
 namespace tarvik::linuxdesktop {
 
@@ -22,24 +22,26 @@ std::string childText(GVariant* parent, std::size_t index) {
 
 // A group or a key that is unknown would end the process.
 GnomeSettings::GnomeSettings(const std::string& schema, const std::string& path) {
-    GSettingsSchemaSource* source = g_settings_schema_source_get_default();
+    const GioLibrary* gio = GioLibrary::shared();
+    GSettingsSchemaSource* source = gio != nullptr ? gio->defaultSource() : nullptr;
     GSettingsSchema* found =
-        source != nullptr ? g_settings_schema_source_lookup(source, schema.c_str(), TRUE) : nullptr;
+        source != nullptr ? gio->lookUpSchema(source, schema.c_str(), TRUE) : nullptr;
     if (found == nullptr) {
         return;
     }
-    char** keys = g_settings_schema_list_keys(found);
+    char** keys = gio->schemaKeys(found);
     for (char** key = keys; *key != nullptr; ++key) {
         keys_.emplace_back(*key);
     }
     g_strfreev(keys);
-    settings_ = g_settings_new_full(found, nullptr, path.empty() ? nullptr : path.c_str());
-    g_settings_schema_unref(found);
+    settings_ = gio->newSettings(found, nullptr, path.empty() ? nullptr : path.c_str());
+    gio->schemaUnref(found);
+    gio_ = gio;
 }
 
 GnomeSettings::~GnomeSettings() {
     if (settings_ != nullptr) {
-        g_object_unref(settings_);
+        gio_->objectUnref(settings_);
     }
 }
 
@@ -55,7 +57,7 @@ GnomeSettings::Value GnomeSettings::value(const std::string& key, const char* ty
     if (!has(key)) {
         return nullptr;
     }
-    Value found(g_settings_get_value(settings_, key.c_str()));
+    Value found(gio_->value(settings_, key.c_str()));
     return g_variant_is_of_type(found.get(), G_VARIANT_TYPE(type)) != FALSE ? std::move(found)
                                                                             : nullptr;
 }
@@ -102,10 +104,10 @@ std::optional<GnomeSettings::TextPairs> GnomeSettings::pairs(const std::string& 
 }
 
 bool GnomeSettings::set(const std::string& key, const std::string& text) {
-    if (!has(key) || g_settings_set_string(settings_, key.c_str(), text.c_str()) == FALSE) {
+    if (!has(key) || gio_->setString(settings_, key.c_str(), text.c_str()) == FALSE) {
         return false;
     }
-    g_settings_sync();
+    gio_->sync();
     return true;
 }
 
@@ -115,17 +117,17 @@ bool GnomeSettings::set(const std::string& key, const Texts& texts) {
         pointers.push_back(text.c_str());
     }
     pointers.push_back(nullptr);
-    if (!has(key) || g_settings_set_strv(settings_, key.c_str(), pointers.data()) == FALSE) {
+    if (!has(key) || gio_->setStrings(settings_, key.c_str(), pointers.data()) == FALSE) {
         return false;
     }
-    g_settings_sync();
+    gio_->sync();
     return true;
 }
 
 void GnomeSettings::reset(const std::string& key) {
     if (has(key)) {
-        g_settings_reset(settings_, key.c_str());
-        g_settings_sync();
+        gio_->reset(settings_, key.c_str());
+        gio_->sync();
     }
 }
 

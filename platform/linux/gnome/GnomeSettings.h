@@ -13,6 +13,8 @@ typedef struct _GVariant GVariant;
 
 namespace tarvik::linuxdesktop {
 
+struct GioLibrary;
+
 /// One group of the settings that GNOME keeps for its user. A setting that does not exist in this
 /// version of GNOME is empty, and takes no value. One thread.
 class GnomeSettings {
@@ -53,8 +55,9 @@ class GnomeSettings {
     // Empty when there is no such setting, or when it is of another type.
     Value value(const std::string& key, const char* type) const;
 
-    // Null when this version of GNOME has no such group.
+    // Both are null when this version of GNOME has no such group.
     GSettings* settings_ = nullptr;
+    const GioLibrary* gio_ = nullptr;
     std::vector<std::string> keys_;
 };
 
