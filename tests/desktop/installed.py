@@ -21,7 +21,7 @@ from demonstrate import EDITOR, Editor, is_streaming
 from desktop import Desktop, wait_for
 from keyboard import Keyboard
 from microphone import Microphone
-from resource_usage import memory, wait_until_idle, wakeups_of_threads
+from resource_usage import memory, private_memory, wait_until_idle, wakeups_of_threads
 from similarity import MIN_SIMILARITY, similarity, words
 from windows import wait_for_window
 
@@ -37,6 +37,8 @@ MAX_WAKEUPS = 5
 # In KiB. On a bare system nobody else uses Qt, so that its pages are private, too. They would be shared
 # on a desktop with other programs of Qt 6.
 MAX_RESIDENT, MAX_WRITTEN = 42 * 1024, 8 * 1024
+# How many of the files with the most private memory are named.
+LARGEST = 25
 OWN_SETTINGS = "[General]\ndeepgramApiKey=my own key\ndeepgramHost=speech.example:444\n"
 
 
@@ -103,6 +105,9 @@ def check_idle(session):
     used = memory(session.process)
     print(f"Idle: {count} wake-ups in a minute, {used['Rss']} KiB resident, {used['Private']} KiB "
           f"of them private, {used['Written']} KiB of these written", flush=True)
+    by_size = sorted(private_memory(session.process).items(), key=lambda file: -file[1]["Private"])
+    for name, sizes in by_size[:LARGEST]:
+        print(f"  {sizes['Private']:6} KiB private, {sizes['Written']:5} KiB written: {name}", flush=True)
     assert count <= MAX_WAKEUPS, count
     assert used["Rss"] <= MAX_RESIDENT and used["Written"] <= MAX_WRITTEN, used
 

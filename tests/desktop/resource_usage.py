@@ -43,6 +43,23 @@ def memory(pid):
             "Written": sizes["Private_Dirty"]}
 
 
+def private_memory(pid):
+    """The private memory of a process in KiB, and the part of it that the process has written, of each
+    file that the process has mapped. The heap and other memory without a file have names in brackets."""
+    sizes = {}
+    for line in pathlib.Path(f"/proc/{pid}/smaps").read_text().splitlines():
+        name, _, value = line.partition(":")
+        if "-" in name.split()[0]:
+            # The range, the rights, the offset, the device and the inode precede the name.
+            parts = line.split(maxsplit=5)
+            file = sizes.setdefault(pathlib.Path(parts[5]).name if len(parts) > 5 else "[anonymous]",
+                                    {"Private": 0, "Written": 0})
+        elif name in ("Private_Clean", "Private_Dirty"):
+            file["Private"] += int(value.split()[0])
+            file["Written"] += int(value.split()[0]) if name == "Private_Dirty" else 0
+    return sizes
+
+
 def wait_until_idle(pid):
     """Waits until the process has not woken up for a second."""
     last_count, since = wakeups(pid), time.monotonic()
