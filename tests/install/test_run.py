@@ -21,9 +21,13 @@ SERVICE = """#!/bin/sh
 echo "listening on wss://localhost:4711/v1/listen"
 exec sleep 60
 """
-# The session bus knows the process of the instance that runs, where there is one.
+# The session bus knows the process of the instance that runs, and the compositor, where there is one.
 BUS = """#!/bin/sh
-[ -n "$TEST_INSTANCE" ] && echo "   uint32 $TEST_INSTANCE"
+case "$*" in
+*"NameHasOwner string:$TEST_COMPOSITOR") echo "   boolean true" ;;
+*NameHasOwner*) echo "   boolean false" ;;
+*) [ -n "$TEST_INSTANCE" ] && echo "   uint32 $TEST_INSTANCE" ;;
+esac
 """
 BUILD = """#!/bin/sh
 echo "$(basename "$0")" >>"$TEST_CALLS"
@@ -53,7 +57,7 @@ class Run(unittest.TestCase):
             env={"PATH": f"{self.folder / 'bin'}:{os.environ['PATH']}", "HOME": str(self.folder),
                  "XDG_CONFIG_HOME": str(self.folder / "config"), "DISPLAY": ":1",
                  "TEST_CALLS": str(self.calls), "TEST_LOG": log, "TEST_STATUS": str(status),
-                 "TEST_INSTANCE": ""} | variables)
+                 "TEST_INSTANCE": "", "TEST_COMPOSITOR": "none"} | variables)
 
     def seen_settings(self):
         """The settings that the application found."""
@@ -124,7 +128,13 @@ class Run(unittest.TestCase):
         self.assertEqual(result.returncode, 1)
         self.assertIn("Wayland", result.stderr)
         self.assertEqual(self.calls.read_text(), "")
-        self.assertEqual(self.start(WAYLAND_DISPLAY="wayland-0", SWAYSOCK="/s").returncode, 0)
+
+    def test_a_wayland_session_that_can_be_served_is_served(self):
+        for variables in ({"SWAYSOCK": "/s"}, {"TEST_COMPOSITOR": "org.kde.KWin"},
+                          {"TEST_COMPOSITOR": "org.gnome.Shell"}):
+            result = self.start(WAYLAND_DISPLAY="wayland-0", **variables)
+            self.assertEqual(result.returncode, 0, result.stderr)
+            self.assertIn(RUNS, result.stdout)
 
 
 if __name__ == "__main__":
