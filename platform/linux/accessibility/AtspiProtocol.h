@@ -14,11 +14,15 @@ namespace tarvik::linuxdesktop::atspi {
 
 inline constexpr const char* accessibleInterface = "org.a11y.atspi.Accessible";
 inline constexpr const char* applicationInterface = "org.a11y.atspi.Application";
+inline constexpr const char* registryInterface = "org.a11y.atspi.Registry";
 inline constexpr const char* textInterface = "org.a11y.atspi.Text";
 inline constexpr const char* editableTextInterface = "org.a11y.atspi.EditableText";
 
 /// Where every program keeps its root object.
 inline constexpr const char* rootPath = "/org/a11y/atspi/accessible/root";
+
+/// The registry, which knows the programs and who listens to their events.
+inline const BusObject registry{"org.a11y.atspi.Registry", "/org/a11y/atspi/registry"};
 
 /// The states of a widget that matter here, with their numbers in the protocol.
 enum class State : unsigned {

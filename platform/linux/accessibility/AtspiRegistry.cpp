@@ -5,15 +5,14 @@
 #include <chrono>
 #include <utility>
 
+#include "platform/linux/accessibility/AtspiProtocol.h"
+
 namespace tarvik::linuxdesktop {
 
 namespace {
 
 // Long enough for a registry that has to be started first.
 constexpr std::chrono::seconds registryTimeout{20};
-
-const BusObject registry{"org.a11y.atspi.Registry", "/org/a11y/atspi/registry"};
-constexpr const char* registryInterface = "org.a11y.atspi.Registry";
 
 }  // namespace
 
@@ -45,12 +44,13 @@ AtspiRegistry::AtspiRegistry(std::unique_ptr<MessageBus> bus, Handlers handlers)
 
 void AtspiRegistry::registerEvents() {
     for (const char* event : {"window:activate", "window:deactivate"}) {
-        bus_->call(bus_->newCall(registry, registryInterface, "RegisterEvent", "s", event),
-                   registryTimeout, [](sd_bus_message* /*reply*/) {
-                       // The reply to the last registration stands for all of them.
-                   });
+        bus_->call(
+            bus_->newCall(atspi::registry, atspi::registryInterface, "RegisterEvent", "s", event),
+            registryTimeout, [](sd_bus_message* /*reply*/) {
+                // The reply to the last registration stands for all of them.
+            });
     }
-    bus_->call(bus_->newCall(registry, registryInterface, "RegisterEvent", "s",
+    bus_->call(bus_->newCall(atspi::registry, atspi::registryInterface, "RegisterEvent", "s",
                              "object:state-changed:focused"),
                registryTimeout, [this](sd_bus_message* reply) { onRegisterReply(reply); });
 }

@@ -9,6 +9,7 @@
 
 #include "platform/linux/accessibility/AtspiProtocol.h"
 #include "platform/linux/accessibility/FocusSearch.h"
+#include "platform/linux/accessibility/ListenerFence.h"
 #include "platform/linux/bus/BusReplies.h"
 
 namespace tarvik::linuxdesktop {
@@ -21,6 +22,8 @@ namespace {
 constexpr std::chrono::milliseconds replyTimeout{500};
 // A program that is just starting replies only once it has started.
 constexpr std::chrono::seconds startupTimeout{10};
+// No event repeats what a scan was not told. The calls of a scan end with their programs.
+constexpr auto scanTimeout = MessageBus::noTimeout;
 
 const BusObject busItself{"org.freedesktop.DBus", "/org/freedesktop/DBus"};
 const BusObject allPrograms{"org.a11y.atspi.Registry", atspi::rootPath};
@@ -72,11 +75,11 @@ FocusTracker::~FocusTracker() {
 }
 
 void FocusTracker::scan() {
-    bus_.call(bus_.newCall(allPrograms, atspi::accessibleInterface, "GetChildren"), replyTimeout,
+    bus_.call(bus_.newCall(allPrograms, atspi::accessibleInterface, "GetChildren"), scanTimeout,
               [this](sd_bus_message* reply) {
                   const auto roots = atspi::childrenIn(reply);
                   for (const BusObject& root : roots.value_or(std::vector<BusObject>())) {
-                      scanProgram(root.owner);
+                      scanNewProgram(root.owner);
                   }
               });
 }
@@ -118,6 +121,7 @@ void FocusTracker::onStateChanged(sd_bus_message* signal) {
 
 void FocusTracker::onActivated(const BusObject& window) {
     activeWindow_ = window;
+    otherActiveWindow_.reset();
     Program& active = program(window.owner);
     const bool isSameWindow = std::exchange(active.activeWindow, window.path) == window.path;
     publish();
@@ -125,9 +129,13 @@ void FocusTracker::onActivated(const BusObject& window) {
 }
 
 void FocusTracker::onDeactivated(const BusObject& window) {
+    if (otherActiveWindow_ == window) {
+        otherActiveWindow_.reset();
+    }
     if (activeWindow_ == window) {
         activeWindow_.reset();
         publish();
+        examineOtherActiveWindow();
     }
 }
 
@@ -144,7 +152,7 @@ void FocusTracker::onProgramAdded(sd_bus_message* signal) {
     // Only the registry's children are programs. The child of a program is a window, which sends an
     // event when it is activated.
     if (owner != senderOf(signal).owner) {
-        scanProgram(owner);
+        scanNewProgram(owner);
     }
 }
 
@@ -155,10 +163,17 @@ void FocusTracker::onProgramGone(const std::string& busName) {
     }
     left->second.application->isGone = true;
     programs_.erase(left);
-    if (activeWindow_ && activeWindow_->owner == busName) {
+    if (otherActiveWindow_ && otherActiveWindow_->owner == busName) {
+        otherActiveWindow_.reset();
+    }
+    const bool wasActive = activeWindow_ && activeWindow_->owner == busName;
+    if (wasActive) {
         activeWindow_.reset();
     }
     publish();
+    if (wasActive) {
+        examineOtherActiveWindow();
+    }
 }
 
 FocusTracker::Program& FocusTracker::program(const std::string& busName) {
@@ -170,7 +185,8 @@ FocusTracker::Program& FocusTracker::program(const std::string& busName) {
     found.application = std::make_shared<AtspiApplication>(busName);
     bus_.call(bus_.newCall(busItself, "org.freedesktop.DBus", "GetConnectionUnixProcessID", "s",
                            busName.c_str()),
-              replyTimeout, [this, application = found.application](sd_bus_message* reply) {
+              MessageBus::noTimeout,
+              [this, application = found.application](sd_bus_message* reply) {
                   std::uint32_t process = 0;
                   if (sd_bus_message_read(reply, "u", &process) > 0) {
                       application->setProcess(static_cast<platform::ProcessIdentifier>(process));
@@ -188,9 +204,16 @@ FocusTracker::Program& FocusTracker::program(const std::string& busName) {
     return found;
 }
 
+// A window may become active before the program knows that somebody listens. No event tells of such
+// a window, and its state is read only after the listeners are known.
+void FocusTracker::scanNewProgram(const std::string& busName) {
+    ListenerFence::pass(bus_, program(busName).application->root(),
+                        [this, busName] { scanProgram(busName); });
+}
+
 void FocusTracker::scanProgram(const std::string& busName) {
     const BusObject root = program(busName).application->root();
-    bus_.call(bus_.newCall(root, atspi::accessibleInterface, "GetChildren"), startupTimeout,
+    bus_.call(bus_.newCall(root, atspi::accessibleInterface, "GetChildren"), scanTimeout,
               [this](sd_bus_message* reply) {
                   const auto windows = atspi::childrenIn(reply);
                   for (const BusObject& window : windows.value_or(std::vector<BusObject>())) {
@@ -200,7 +223,7 @@ void FocusTracker::scanProgram(const std::string& busName) {
 }
 
 void FocusTracker::examineWindow(const BusObject& window) {
-    bus_.call(bus_.newCall(window, atspi::accessibleInterface, "GetState"), replyTimeout,
+    bus_.call(bus_.newCall(window, atspi::accessibleInterface, "GetState"), scanTimeout,
               [this, window](sd_bus_message* reply) {
                   const auto states = atspi::stateSetIn(reply);
                   const auto known = programs_.find(window.owner);
@@ -214,9 +237,17 @@ void FocusTracker::examineWindow(const BusObject& window) {
                   if (!activeWindow_) {
                       activeWindow_ = window;
                       publish();
+                  } else if (activeWindow_ != window) {
+                      otherActiveWindow_ = window;
                   }
                   checkFocus(window, isSameWindow);
               });
+}
+
+void FocusTracker::examineOtherActiveWindow() {
+    if (const auto window = std::exchange(otherActiveWindow_, std::nullopt)) {
+        examineWindow(*window);
+    }
 }
 
 void FocusTracker::setFocus(Program& program, const std::string& path) {

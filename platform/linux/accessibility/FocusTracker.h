@@ -58,8 +58,11 @@ class FocusTracker {
     void onProgramGone(const std::string& busName);
     /// The program of that name, which is added if it is new.
     Program& program(const std::string& busName);
+    /// Asks a program that may not know its listeners yet, once it knows them.
+    void scanNewProgram(const std::string& busName);
     void scanProgram(const std::string& busName);
     void examineWindow(const BusObject& window);
+    void examineOtherActiveWindow();
     void setFocus(Program& program, const std::string& path);
     void checkFocus(const BusObject& window, bool isSameWindow);
     /// Asks a program whether its widget has the focus that was reported. A widget without the
@@ -80,6 +83,9 @@ class FocusTracker {
     OnChange onChange_;
     std::map<std::string, Program> programs_;
     std::optional<BusObject> activeWindow_;
+    /// A window that a query has found active although activeWindow_ counts as active. One of the
+    /// two programs is late with its event. Examined again when activeWindow_ ends.
+    std::optional<BusObject> otherActiveWindow_;
     std::uint64_t sequence_ = 0;
 };
 

@@ -4,14 +4,18 @@
 one reports that it has the focus and misbehaves like a toolkit with a defect. The second one is
 honest. The program has no window unless it is told to.
 
-Prints "ready" after the first focus event. Commands on standard input: "focus" reports the focus
-again, "blur" reports its loss, "activate" and "deactivate" report that its window is active or is
-not, "lose" takes the focus away inside the window, "grab" acts like a key grab, which makes the
-window inactive as well, "pane" has something around the field report the focus that the field has,
-"second" reports the focus of the second field, "read" prints the text of the second field,
-"insertions" prints the number of requested insertions, "behave NAME" changes the behaviour, "type
-TEXT" acts like typed keys, "wake" ends a silence, "settle" prints "done" when all requests sent so
-far are handled, "quit" ends the program. The other commands print "done" at once.
+With --unheard-activation the program joins the registry as GTK does, and its window becomes active
+just before the program knows who listens. So no event tells of the window; its state does.
+
+Prints "ready" after the first focus event, or once it knows who listens. Commands on standard input:
+"focus" reports the focus again, "blur" reports its loss, "activate" and "deactivate" report that its
+window is active or is not, "lose" takes the focus away inside the window, "grab" acts like a key
+grab, which makes the window inactive as well, "pane" has something around the field report the focus
+that the field has, "second" reports the focus of the second field, "read" prints the text of the
+second field, "insertions" prints the number of requested insertions, "examinations" prints how often
+the window was asked for its states, "behave NAME" changes the behaviour, "type TEXT" acts like typed
+keys, "wake" ends a silence, "settle" prints "done" when all requests sent so far are handled, "quit"
+ends the program. The other commands print "done" at once.
 """
 
 import argparse
@@ -32,6 +36,7 @@ TEXT = "org.a11y.atspi.Text"
 EDITABLE_TEXT = "org.a11y.atspi.EditableText"
 OBJECT_EVENT = "org.a11y.atspi.Event.Object"
 WINDOW_EVENT = "org.a11y.atspi.Event.Window"
+REGISTRY = "org.a11y.atspi.Registry"
 ROOT = "/org/a11y/atspi/accessible/root"
 FIELD = "/org/a11y/atspi/accessible/1"
 SECOND_FIELD = "/org/a11y/atspi/accessible/2"
@@ -50,6 +55,8 @@ parser.add_argument("--behaviour", default="honest",
                              "silent-on-deletion", "dying-on-insertion", "slow", "undeletable",
                              "nonsense", "garbling", "unreadable", "utf16", "utf16-cutting", "masking"])
 parser.add_argument("--window", action="store_true")
+parser.add_argument("--unheard-activation", action="store_true")
+parser.add_argument("--slow-window", action="store_true", help="the window's first reply takes 0.8 s")
 parser.add_argument("--toolkit", default="fake")
 parser.add_argument("--text", default="")
 parser.add_argument("--select", metavar="A:B")
@@ -126,16 +133,21 @@ class Root(dbus.service.Object):
 
     @dbus.service.method(ACCESSIBLE, out_signature="a(so)")
     def GetChildren(self):
-        return dbus.Array([], signature="(so)")
+        windows = [reference(WINDOW)] if options.unheard_activation else []
+        return dbus.Array(windows, signature="(so)")
 
 
 class Container(dbus.service.Object):
     """The window or the pane around the fields. It never has the focus."""
 
     is_active = False
+    examinations = 0
 
     @dbus.service.method(ACCESSIBLE, out_signature="au")
     def GetState(self):
+        self.examinations += 1
+        if options.slow_window and self.examinations == 1:
+            time.sleep(0.8)
         return dbus.Array([self.is_active << 1 | 1 << 25, 0], signature="u")
 
     @dbus.service.method(ACCESSIBLE, out_signature="as")
@@ -289,15 +301,34 @@ pane = Container(bus, PANE)
 loop = GLib.MainLoop()
 
 
+def reference(path):
+    return (bus.get_unique_name(), dbus.ObjectPath(path))
+
+
 def focus(focused_widget, is_focused=1):
-    focused_widget.StateChanged("focused", is_focused, 0, dbus.Int32(0),
-                                (bus.get_unique_name(), dbus.ObjectPath(ROOT)))
+    focused_widget.StateChanged("focused", is_focused, 0, dbus.Int32(0), reference(ROOT))
 
 
 def activate(is_active):
     window.is_active = is_active
     event = window.Activate if is_active else window.Deactivate
-    event("", 0, 0, dbus.Int32(0), (bus.get_unique_name(), dbus.ObjectPath(ROOT)))
+    event("", 0, 0, dbus.Int32(0), reference(ROOT))
+
+
+def join_registry():
+    def fail(error):
+        raise SystemExit(f"the registry refuses: {error}")
+
+    def joined(_desktop):
+        bus.call_async(REGISTRY, "/org/a11y/atspi/registry", REGISTRY, "GetRegisteredEvents", "", (),
+                       learned_listeners, fail)
+
+    def learned_listeners(_listeners):
+        window.is_active = True
+        target_options.announce("ready")
+
+    bus.call_async(REGISTRY, ROOT, "org.a11y.atspi.Socket", "Embed", "(so)", (reference(ROOT),),
+                   joined, fail)
 
 
 def command(line):
@@ -324,6 +355,9 @@ def command(line):
     elif line == "insertions":
         target_options.announce(str(field.insertions))
         return
+    elif line == "examinations":
+        target_options.announce(str(window.examinations))
+        return
     elif line.startswith("type "):
         field.replace(field.start, field.end, line.removeprefix("type "))
     elif line == "wake":
@@ -344,8 +378,11 @@ def command(line):
 target_options.publish(options, characters(field.text))
 readable = target_options.read_commands(command)
 GLib.io_add_watch(0, GLib.PRIORITY_DEFAULT, GLib.IO_IN | GLib.IO_HUP, lambda *_: readable())
-if options.window:
-    activate(True)
-focus(widget)
-target_options.announce("ready")
+if options.unheard_activation:
+    join_registry()
+else:
+    if options.window:
+        activate(True)
+    focus(widget)
+    target_options.announce("ready")
 loop.run()

@@ -55,6 +55,9 @@ class AtspiFront : public AtspiFrontOfASession {
 
     void start() {
         session.startBus();
+        startConnectedWorker();
+    }
+    void startConnectedWorker() {
         startWorker();
         ASSERT_TRUE(becomesTrue([this] { return worker->state().isConnected.load(); }, timeout));
     }
@@ -86,6 +89,69 @@ TEST_F(AtspiFront, IsNoneWhileNoProgramReportsAnActiveWindow) {
     EXPECT_EQ(target.command("activate"), "done");
     EXPECT_TRUE(becomes(target.identifier()));
     target.kill();
+    EXPECT_TRUE(becomes(std::nullopt));
+}
+
+// GTK drops the events that come before it knows who listens.
+TEST_F(AtspiFront, IsTheProgramWhoseActivationNobodyHeard) {
+    session.startBus();
+    const TargetProcess registry("slow_registry.py", {});
+    startConnectedWorker();
+    const TargetProcess target("fake_target.py", {"--unheard-activation"});
+    EXPECT_TRUE(becomes(target.identifier()));
+}
+
+class AtspiFrontOfAToolkit : public AtspiFront, public testing::WithParamInterface<const char*> {};
+
+TEST_P(AtspiFrontOfAToolkit, IsTheProgramWhoseActivationNobodyHeard) {
+    session.startBus();
+    session.leadProgramsHere();
+    const TargetProcess registry("slow_registry.py", {});
+    startConnectedWorker();
+    const TargetProcess target(GetParam(), {});
+    EXPECT_TRUE(becomes(target.identifier()));
+}
+
+INSTANTIATE_TEST_SUITE_P(Atspi, AtspiFrontOfAToolkit,
+                         testing::Values("gtk3_target.py", "gtk4_target.py"),
+                         [](const auto& toolkit) { return std::string(toolkit.param, 4); });
+
+TEST_F(AtspiFront, IsTheProgramThatIsBusyWhileItStarts) {
+    start();
+    const TargetProcess target("fake_target.py", {"--unheard-activation", "--slow-window"});
+    EXPECT_TRUE(becomes(target.identifier()));
+}
+
+// Two programs whose windows both count as active: the first one has not reported its end yet, and
+// the second one was found by a query.
+class AtspiFrontOfTwo : public AtspiFront {
+  protected:
+    void SetUp() override {
+        start();
+        first.emplace("fake_target.py", std::vector<std::string>{"--window"});
+        EXPECT_TRUE(becomes(first->identifier()));
+        second.emplace("fake_target.py", std::vector<std::string>{"--unheard-activation"});
+        EXPECT_TRUE(
+            becomesTrue([this] { return second->command("examinations") != "0"; }, timeout));
+    }
+
+    std::optional<TargetProcess> first;
+    std::optional<TargetProcess> second;
+};
+
+TEST_F(AtspiFrontOfTwo, IsTheSecondOnceTheFirstReportsItsEnd) {
+    EXPECT_EQ(first->command("deactivate"), "done");
+    EXPECT_TRUE(becomes(second->identifier()));
+}
+
+TEST_F(AtspiFrontOfTwo, IsTheSecondOnceTheFirstProgramHasEnded) {
+    first->kill();
+    EXPECT_TRUE(becomes(second->identifier()));
+}
+
+TEST_F(AtspiFrontOfTwo, IsNoneWhereTheSecondHasReportedItsEndBefore) {
+    EXPECT_EQ(second->command("deactivate"), "done");
+    EXPECT_EQ(first->command("deactivate"), "done");
     EXPECT_TRUE(becomes(std::nullopt));
 }
 

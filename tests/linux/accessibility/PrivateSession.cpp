@@ -78,6 +78,7 @@ PrivateSession::~PrivateSession() {
     killBus();
     restore(address_);
     restore(runtime_);
+    restore(accessibility_);
     std::error_code ignored;  // What is left behind in a temporary folder harms nobody.
     std::filesystem::remove_all(folder_, ignored);
 }
@@ -94,6 +95,10 @@ void PrivateSession::startBus() {
 void PrivateSession::killBus() {
     bus_.reset();
     std::filesystem::remove(folder_ + "/bus");
+}
+
+void PrivateSession::leadProgramsHere() {
+    setVariable(accessibility_, accessibilityAddress());
 }
 
 pid_t PrivateSession::ownerOnSessionBus(const std::string& name) {

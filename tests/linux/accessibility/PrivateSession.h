@@ -28,6 +28,9 @@ class PrivateSession {
     /// The process that owns this name, on the session bus or on the accessibility bus.
     pid_t ownerOnSessionBus(const std::string& name);
     pid_t ownerOnAccessibilityBus(const std::string& name);
+    /// Leads the programs that start from here on to the accessibility bus of this session,
+    /// although their display names that of the session around the test.
+    void leadProgramsHere();
     /// Switches accessibility on or off, as a settings program does.
     void setEnabled(bool isEnabled);
 
@@ -43,6 +46,7 @@ class PrivateSession {
     std::string folder_;
     Variable address_{"DBUS_SESSION_BUS_ADDRESS", {}};
     Variable runtime_{"XDG_RUNTIME_DIR", {}};
+    Variable accessibility_{"AT_SPI_BUS_ADDRESS", {}};
     std::optional<TestProcess> bus_;
 };
 
