@@ -57,8 +57,10 @@ class Accessibility {
     /// program does not let its text be read, the length of the text has grown accordingly. An
     /// error means that the caller has to type the text. A program that has not replied in time may
     /// still insert the text. The backend then keeps the typed text back, and drops it once the
-    /// text has arrived. On macOS success is what the other program reports, and nothing is kept
-    /// back. The call waits for the other program up to 0.5 s in all.
+    /// text has arrived. Further texts for the program get an error at once; the backend keeps them
+    /// back as well, and writes them behind the first text. On macOS success is what the other
+    /// program reports, and nothing is kept back. The call waits for the other program up to 0.5 s
+    /// in all.
     ///
     /// A program that failed to answer is not asked again, nor is an element that reported a false
     /// result: their writes fail at once. Reading the element as the focused one ends that, unless

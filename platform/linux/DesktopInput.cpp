@@ -297,7 +297,7 @@ bool DesktopInput::isTypingInto(platform::ProcessIdentifier process) const {
     return keyboardEvents_->isTypingInto(process);
 }
 
-bool DesktopInput::holdTyping(platform::ProcessIdentifier process) {
+std::optional<std::size_t> DesktopInput::holdTyping(platform::ProcessIdentifier process) {
     return keyboardEvents_->hold(process);
 }
 

@@ -52,7 +52,7 @@ class DesktopInput {
     /// Whether text for `process` is still on its way by typing.
     bool isTypingInto(platform::ProcessIdentifier process) const;
     /// As LinuxKeyboardEvents.
-    bool holdTyping(platform::ProcessIdentifier process);
+    std::optional<std::size_t> holdTyping(platform::ProcessIdentifier process);
     void releaseTyping(platform::ProcessIdentifier process, std::size_t units);
 
   private:

@@ -18,6 +18,8 @@ namespace {
 // The worker's deadline is earlier than the main thread's, so that a status at the deadline still
 // counts.
 constexpr milliseconds statusMargin{40};
+// One attempt to write.
+constexpr milliseconds pendingWriteTimeout{500};
 
 }  // namespace
 
@@ -55,11 +57,25 @@ std::shared_ptr<WriteReply> AccessibilityWorker::startWrite(
     return reply;
 }
 
+std::shared_ptr<WriteReply> AccessibilityWorker::startPendingWrite(
+    const std::shared_ptr<AtspiElement>& element, const std::string& text) {
+    const auto reply = std::make_shared<WriteReply>();
+    reply->abandon();
+    if (!thread_.joinable()) {
+        reply->settle(false);
+        return reply;
+    }
+    loop_.post([this, reply, element, text] {
+        runWrite(reply, element, text, std::chrono::steady_clock::now() + pendingWriteTimeout);
+    });
+    return reply;
+}
+
 void AccessibilityWorker::runWrite(const std::shared_ptr<WriteReply>& reply,
                                    const std::shared_ptr<AtspiElement>& element,
                                    const std::string& text, SteadyTime deadline) {
     MessageBus* bus = desktop_->accessibilityBus();
-    if (!bus || !reply->isAwaited()) {
+    if (!bus || !reply->isWanted()) {
         reply->deliver(platform::axErrorAPIDisabled, false);
         reply->settle(false);
         return;

@@ -37,6 +37,9 @@ class AccessibilityWorker {
     /// program has replied or left the bus, or has not taken part in it for 5 s.
     std::shared_ptr<WriteReply> startWrite(const std::shared_ptr<AtspiElement>& element,
                                            const std::string& text, SteadyTime deadline);
+    /// The same for a write whose status nobody awaits. The write is pending from the start.
+    std::shared_ptr<WriteReply> startPendingWrite(const std::shared_ptr<AtspiElement>& element,
+                                                  const std::string& text);
     /// Calls `handler` on the worker's thread once the first replies of the desktop are in. Without
     /// that thread it is called at once.
     void whenFirstKnown(std::function<void()> handler);

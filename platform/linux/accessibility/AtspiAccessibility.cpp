@@ -17,7 +17,7 @@ namespace {
 
 class SystemWideElement final : public platform::AXUIElement {};
 
-// One write, with the wait for an earlier pending one.
+// One write.
 constexpr std::chrono::milliseconds mainThreadTimeout{500};
 // The time for which text can wait before it is typed.
 constexpr std::chrono::seconds pendingTimeout{30};
@@ -86,14 +86,17 @@ platform::AXError AtspiAccessibility::setAttributeValue(const platform::AXUIElem
     if (target->application->isGone) {
         return platform::axErrorInvalidUIElement;
     }
-    const SteadyTime deadline = std::chrono::steady_clock::now() + mainThreadTimeout;
     const auto process = target->application->process();
-    if (process && !pendingWrites_->settle(*process, deadline)) {
+    if (process && pendingWrites_->isPending(*process)) {
+        pendingWrites_->queue(*process, text, [worker = worker_, target, text] {
+            return worker->startPendingWrite(target, text);
+        });
         return platform::axErrorCannotComplete;
     }
     if (target->isUnreliable() || (process && input_.isTypingInto(*process))) {
         return platform::axErrorCannotComplete;
     }
+    const SteadyTime deadline = std::chrono::steady_clock::now() + mainThreadTimeout;
     const auto reply = worker_->startWrite(target, text, deadline);
     const platform::AXError status = reply->await(deadline);
     if (!reply->isPending()) {

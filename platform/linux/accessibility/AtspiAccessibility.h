@@ -35,7 +35,8 @@ class AtspiAccessibility final : public platform::Accessibility {
         /// Whether text for the process is on its way by typing. A write would overtake that text,
         /// so the write is refused, and its text is typed as well.
         std::function<bool(platform::ProcessIdentifier)> isTypingInto;
-        /// Text that is typed instead of a write may have to wait for the outcome of the write.
+        /// Text that is typed instead of a write may have to wait for the outcome of the write, and
+        /// for the writes before.
         PendingWrites::Typing typing;
     };
 

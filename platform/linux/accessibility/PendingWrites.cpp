@@ -2,6 +2,7 @@
 
 #include "platform/linux/accessibility/PendingWrites.h"
 
+#include <algorithm>
 #include <utility>
 
 #include "base/Text.h"
@@ -11,23 +12,32 @@ namespace tarvik::linuxdesktop {
 
 using platform::ProcessIdentifier;
 
+std::size_t PendingWrites::Queue::heldUnits() const {
+    std::size_t units = arrivedUnits;
+    for (const Write& write : writes) {
+        units += write.units;
+    }
+    return units;
+}
+
+std::size_t PendingWrites::Queue::giveUp() const {
+    const Write& first = writes.front();
+    return arrivedUnits + (first.reply->giveUp() ? first.units : 0);
+}
+
 PendingWrites::PendingWrites(platform::MainQueue& mainQueue, Typing typing,
                              std::chrono::milliseconds timeout)
     : mainQueue_(mainQueue), typing_(std::move(typing)), timeout_(timeout) {}
 
 PendingWrites::~PendingWrites() {
-    for (const auto& [process, pending] : pending_) {
-        typing_.release(process, pending.reply->giveUp() ? pending.units : 0);
+    for (const auto& [process, queue] : queues_) {
+        typing_.release(process, queue.giveUp());
     }
 }
 
-bool PendingWrites::settle(ProcessIdentifier process, SteadyTime deadline) {
-    const auto found = pending_.find(process);
-    if (found != pending_.end() && !std::exchange(found->second.wasAwaited, true)) {
-        found->second.reply->awaitOutcome(deadline);
-    }
-    finishIfSettled(process);
-    return !pending_.contains(process);
+bool PendingWrites::isPending(ProcessIdentifier process) {
+    advance(process);
+    return queues_.contains(process);
 }
 
 platform::AXError PendingWrites::add(ProcessIdentifier process, std::shared_ptr<WriteReply> reply,
@@ -35,38 +45,68 @@ platform::AXError PendingWrites::add(ProcessIdentifier process, std::shared_ptr<
     if (!typing_.hold(process)) {
         return reply->giveUp() ? platform::axErrorSuccess : platform::axErrorCannotComplete;
     }
-    pending_[process] = {reply, utf16FromUtf8(text).size(), false};
-    // The caller posts the text before a block of the main queue can run.
-    const auto settleNow =
-        weakly(*this, [process](PendingWrites& self) { self.finishIfSettled(process); });
-    reply->whenSettled([&mainQueue = mainQueue_, settleNow] { mainQueue.async(settleNow); });
-    mainQueue_.asyncAfter(std::chrono::duration_cast<Seconds>(timeout_),
-                          weakly(*this, [process, reply](PendingWrites& self) {
-                              self.finish(process, reply, reply->giveUp());
-                          }));
+    append(process, {++lastNumber_, utf16FromUtf8(text).size(), {}, reply});
+    whenSettled(process, *reply);
     return platform::axErrorCannotComplete;
 }
 
-void PendingWrites::finishIfSettled(ProcessIdentifier process) {
-    const auto found = pending_.find(process);
-    if (found == pending_.end()) {
-        return;
-    }
-    const auto reply = found->second.reply;
-    if (const auto hasArrived = reply->awaitOutcome(SteadyTime())) {
-        finish(process, reply, *hasArrived);
+void PendingWrites::queue(ProcessIdentifier process, const std::string& text, Start start) {
+    // Text that was posted without a write stays in front of this text, and is typed.
+    if (typing_.hold(process) == queues_.at(process).heldUnits()) {
+        append(process, {++lastNumber_, utf16FromUtf8(text).size(), std::move(start), nullptr});
     }
 }
 
-void PendingWrites::finish(ProcessIdentifier process, const std::shared_ptr<WriteReply>& reply,
-                           bool hasArrived) {
-    const auto found = pending_.find(process);
-    if (found == pending_.end() || found->second.reply != reply) {
+void PendingWrites::append(ProcessIdentifier process, Write write) {
+    mainQueue_.asyncAfter(std::chrono::duration_cast<Seconds>(timeout_),
+                          weakly(*this, [process, number = write.number](PendingWrites& self) {
+                              self.expire(process, number);
+                          }));
+    queues_[process].writes.push_back(std::move(write));
+}
+
+// The caller of add() posts the text before a block of the main queue can run.
+void PendingWrites::whenSettled(ProcessIdentifier process, WriteReply& reply) {
+    reply.whenSettled(
+        [&mainQueue = mainQueue_, advance = weakly(*this, [process](PendingWrites& self) {
+                                      self.advance(process);
+                                  })] { mainQueue.async(advance); });
+}
+
+void PendingWrites::advance(ProcessIdentifier process) {
+    const auto found = queues_.find(process);
+    if (found == queues_.end()) {
         return;
     }
-    const std::size_t units = found->second.units;
-    pending_.erase(found);
-    typing_.release(process, hasArrived ? units : 0);
+    Queue& queue = found->second;
+    while (const auto hasArrived = queue.writes.front().reply->outcome()) {
+        if (*hasArrived) {
+            queue.arrivedUnits += queue.writes.front().units;
+            queue.writes.pop_front();
+        }
+        if (!*hasArrived || queue.writes.empty()) {
+            end(process, queue.arrivedUnits);
+            return;
+        }
+        Write& next = queue.writes.front();
+        next.reply = next.start();
+        whenSettled(process, *next.reply);
+    }
+}
+
+void PendingWrites::expire(ProcessIdentifier process, std::uint64_t number) {
+    advance(process);
+    const auto found = queues_.find(process);
+    if (found != queues_.end() &&
+        std::ranges::any_of(found->second.writes,
+                            [&](const Write& write) { return write.number == number; })) {
+        end(process, found->second.giveUp());
+    }
+}
+
+void PendingWrites::end(ProcessIdentifier process, std::size_t arrivedUnits) {
+    queues_.erase(process);
+    typing_.release(process, arrivedUnits);
 }
 
 }  // namespace tarvik::linuxdesktop

@@ -13,14 +13,15 @@
 namespace tarvik::linuxdesktop {
 
 /// The result of one write, handed from the worker to the main thread. First comes the status. A
-/// write whose status is not known in time is pending: the program may still carry the write out.
-/// The worker settles a pending write later. Either the main thread still wants the text then, or
-/// the worker undoes the write. The mutex decides which of the two happens.
+/// write whose status is not known in time, or not awaited at all, is pending: the program may
+/// still carry the write out. The worker settles a pending write later. Either the main thread
+/// still wants the text then, or the worker undoes the write. The mutex decides which of the two
+/// happens.
 class WriteReply {
   public:
     /// Hands the status over; `isPending` when the program has not replied, and may get the text
-    /// later. False
-    /// when the main thread has stopped waiting, and the write is pending. Worker thread.
+    /// later. False when the main thread does not wait for the status, and the write is pending.
+    /// Worker thread.
     bool deliver(platform::AXError status, bool isPending) {
         const std::lock_guard lock(mutex_);
         if (isAbandoned_) {
@@ -42,10 +43,10 @@ class WriteReply {
         return status_.value_or(platform::axErrorCannotComplete);
     }
 
-    /// Whether the main thread still waits for the status. Any thread.
-    bool isAwaited() const {
+    /// Nobody will wait for the status, so the write is pending from the start. Main thread.
+    void abandon() {
         const std::lock_guard lock(mutex_);
-        return !isAbandoned_;
+        isAbandoned_ = isPending_ = true;
     }
 
     /// Whether the write has no outcome yet, after await(). Main thread.
@@ -69,7 +70,6 @@ class WriteReply {
         }
         const bool isWanted = hasArrived && !isGivenUp_;
         outcome_ = isWanted;
-        changed_.notify_one();
         if (const auto onSettled = onSettled_) {
             lock.unlock();
             onSettled();
@@ -78,11 +78,10 @@ class WriteReply {
         return isWanted;
     }
 
-    /// Blocks until a pending write is settled: whether the text has arrived. Empty when `deadline`
-    /// passes first. Main thread.
-    std::optional<bool> awaitOutcome(SteadyTime deadline) {
-        std::unique_lock lock(mutex_);
-        changed_.wait_until(lock, deadline, [this] { return outcome_.has_value(); });
+    /// Whether the text of a pending write has arrived; empty until the write is settled. Main
+    /// thread.
+    std::optional<bool> outcome() const {
+        const std::lock_guard lock(mutex_);
         return outcome_;
     }
 

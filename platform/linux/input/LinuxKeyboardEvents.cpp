@@ -79,9 +79,10 @@ void LinuxKeyboardEvents::add(Target process,
 // A hold begins with the text that is posted next, whatever its target is. Later text stays behind
 // earlier text for the same target.
 LinuxKeyboardEvents::Held::iterator LinuxKeyboardEvents::holdOf(Target process) {
-    const auto begins =
-        std::ranges::find_if(held_, [](const auto& held) { return held.second.empty(); });
-    return begins != held_.end() ? begins : std::ranges::find_if(held_, [&](const auto& held) {
+    if (const auto next = std::exchange(nextHold_, std::nullopt)) {
+        return held_.find(*next);
+    }
+    return std::ranges::find_if(held_, [&](const auto& held) {
         return held.first == process || holds(held.second, process);
     });
 }
@@ -112,17 +113,25 @@ void LinuxKeyboardEvents::handOver(std::vector<TypedText> texts) {
     }
 }
 
-bool LinuxKeyboardEvents::hold(platform::ProcessIdentifier process) {
-    if (isAvailable()) {
-        held_.try_emplace(process);
+std::optional<std::size_t> LinuxKeyboardEvents::hold(platform::ProcessIdentifier process) {
+    if (!isAvailable()) {
+        return std::nullopt;
     }
-    return isAvailable();
+    std::size_t units = 0;
+    for (const Run& run : held_[process]) {
+        units += run.units.size();
+    }
+    nextHold_ = process;
+    return units;
 }
 
 void LinuxKeyboardEvents::release(platform::ProcessIdentifier process, std::size_t units) {
     const auto held = held_.extract(process);
     if (!held) {
         return;
+    }
+    if (nextHold_ == process) {
+        nextHold_.reset();
     }
     for (const Run& run : held.mapped()) {
         const std::size_t dropped = std::min(units, run.units.size());

@@ -42,11 +42,12 @@ class LinuxKeyboardEvents final : public platform::KeyboardEvents,
                    const std::shared_ptr<platform::KeyboardEvent>& event) override;
     void post(int tap, const std::shared_ptr<platform::KeyboardEvent>& event) override;
 
-    /// Keeps the text that is posted next, and all further text for `process` or for the target of
-    /// that next text. The next text may be posted without a process, where the core does not know
-    /// the process. False when no means types at present.
-    bool hold(platform::ProcessIdentifier process);
-    /// Types what was kept since hold(), without the first `units` UTF-16 units.
+    /// Keeps the text that is posted next, behind what is kept for `process` already, and all
+    /// further text for `process` or for the target of that next text. The next text may be posted
+    /// without a process, where the core does not know the process. Returns how many UTF-16 units
+    /// are kept for `process` already; empty when no means types at present.
+    std::optional<std::size_t> hold(platform::ProcessIdentifier process);
+    /// Types what was kept since the first hold(), without the first `units` UTF-16 units.
     void release(platform::ProcessIdentifier process, std::size_t units);
 
     /// Whether `process` has not yet read, and not lost, all text that was posted for it. Text
@@ -60,7 +61,7 @@ class LinuxKeyboardEvents final : public platform::KeyboardEvents,
         Target process;
         std::u16string units;
     };
-    /// The runs since hold(), by its process.
+    /// The runs since the first hold(), by its process.
     using Held = std::map<platform::ProcessIdentifier, std::vector<Run>>;
 
     bool isAvailable() const { return means_ != nullptr && means_->isAvailable(); }
@@ -76,6 +77,8 @@ class LinuxKeyboardEvents final : public platform::KeyboardEvents,
     TypedRuns runs_;
     bool isHandingOver_ = false;
     Held held_;
+    /// The hold of the text that is posted next.
+    std::optional<platform::ProcessIdentifier> nextHold_;
     // How many texts each process has on their way; never 0.
     std::map<Target, int> onTheirWay_;
 };

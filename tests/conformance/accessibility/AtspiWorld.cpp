@@ -53,7 +53,7 @@ void AtspiWorld::restartService() {
             [this] { return processInFront; },
             [] { return true; },
             [](platform::ProcessIdentifier) { return false; },
-            {[](platform::ProcessIdentifier) { return false; }, {}}});
+            {[](platform::ProcessIdentifier) { return std::nullopt; }, {}}});
     // Programs of some toolkits show themselves only while the switch is on.
     EXPECT_TRUE(
         becomesTrue([this] { return service_->isProcessTrustedWithOptions(true); }, Seconds(30)));

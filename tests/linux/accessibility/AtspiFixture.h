@@ -31,7 +31,7 @@ class AtspiFixture : public testing::Test {
                 [this](platform::ProcessIdentifier process) { return process == typedInto; },
                 {[this](platform::ProcessIdentifier process) {
                      heldFor = canBeHeld ? std::optional(process) : std::nullopt;
-                     return canBeHeld;
+                     return canBeHeld ? std::optional<std::size_t>(0) : std::nullopt;
                  },
                  [this](platform::ProcessIdentifier process, std::size_t units) {
                      EXPECT_EQ(heldFor, process);

@@ -104,22 +104,6 @@ TEST_F(AtspiPendingWrite, IsTypedWhenTheProgramEnds) {
     EXPECT_EQ(arrivedUnits, 0U);
 }
 
-TEST_F(AtspiPendingWrite, IsWaitedForByTheNextOne) {
-    open("silent-on-insertion", "one");
-    writeLate(" two");
-    EXPECT_NE(write(element, " typed"), platform::axErrorSuccess);
-    EXPECT_LT(lastDuration, half);
-    // The main thread waits once.
-    EXPECT_NE(write(element, " typed"), platform::axErrorSuccess);
-    EXPECT_LT(lastDuration, atOnce);
-    EXPECT_EQ(target->command("behave honest"), "done");
-    EXPECT_EQ(target->command("wake"), "done");
-    EXPECT_TRUE(becomesTrue([this] { return write(element, " three") == platform::axErrorSuccess; },
-                            timeout));
-    EXPECT_EQ(arrivedUnits, 4U);
-    EXPECT_EQ(target->text(), "one two three");
-}
-
 }  // namespace
 
 }  // namespace tarvik::tests

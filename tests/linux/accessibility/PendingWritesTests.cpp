@@ -33,14 +33,28 @@ class PendingWritesTest : public testing::Test {
         return std::make_shared<linuxdesktop::PendingWrites>(
             mainQueue,
             linuxdesktop::PendingWrites::Typing{
-                [this](platform::ProcessIdentifier /*process*/) { return canType; },
+                [this](platform::ProcessIdentifier /*process*/) {
+                    return canType ? std::optional(heldUnits) : std::nullopt;
+                },
                 [this](platform::ProcessIdentifier /*process*/, std::size_t units) {
                     released.push_back(units);
                 }},
             timeout);
     }
+    /// Queues "more" behind a pending write of "text", whose typed text is held.
+    std::shared_ptr<WriteReply> queueBehind(linuxdesktop::PendingWrites& writes) {
+        heldUnits = 4;
+        const auto next = newPendingReply();
+        writes.queue(process, "more", [this, next] {
+            ++started;
+            return next;
+        });
+        return next;
+    }
 
     bool canType = true;
+    std::size_t heldUnits = 0;
+    int started = 0;
     std::vector<std::size_t> released;
     RealTimeQueue mainQueue;
 };
@@ -52,7 +66,7 @@ TEST_F(PendingWritesTest, AreTypedAfterTheTimeoutAndNotWantedAnyMore) {
     EXPECT_TRUE(mainQueue.runUntil([this] { return !released.empty(); }));
     EXPECT_EQ(released, std::vector<std::size_t>{0});
     EXPECT_FALSE(reply->settle(true));
-    EXPECT_TRUE(writes->settle(process, SteadyTime()));
+    EXPECT_FALSE(writes->isPending(process));
 }
 
 TEST_F(PendingWritesTest, ThatArriveAreNotTypedWhateverComesFirst) {
@@ -82,6 +96,73 @@ TEST_F(PendingWritesTest, AreNotWantedWhereNothingCanBeHeld) {
     EXPECT_TRUE(settled->settle(true));
     EXPECT_EQ(writes->add(process, settled, "text"), platform::axErrorSuccess);
     EXPECT_TRUE(released.empty());
+}
+
+TEST_F(PendingWritesTest, ThatWaitBeginOnceTheWriteBeforeHasArrived) {
+    const auto writes = newWrites(10s);
+    const auto reply = newPendingReply();
+    EXPECT_NE(writes->add(process, reply, "text"), platform::axErrorSuccess);
+    const auto next = queueBehind(*writes);
+    EXPECT_TRUE(writes->isPending(process));
+    EXPECT_EQ(started, 0);
+    EXPECT_TRUE(reply->settle(true));
+    EXPECT_TRUE(mainQueue.runUntil([this] { return started == 1; }));
+    EXPECT_TRUE(writes->isPending(process));
+    EXPECT_TRUE(released.empty());
+    EXPECT_TRUE(next->settle(true));
+    EXPECT_TRUE(mainQueue.runUntil([this] { return !released.empty(); }));
+    EXPECT_EQ(released, std::vector<std::size_t>{8});
+    EXPECT_FALSE(writes->isPending(process));
+}
+
+TEST_F(PendingWritesTest, ThatWaitAreTypedWhenTheWriteBeforeHasNotArrived) {
+    const auto writes = newWrites(10s);
+    const auto reply = newPendingReply();
+    EXPECT_NE(writes->add(process, reply, "text"), platform::axErrorSuccess);
+    queueBehind(*writes);
+    EXPECT_FALSE(reply->settle(false));
+    EXPECT_FALSE(writes->isPending(process));
+    EXPECT_EQ(released, std::vector<std::size_t>{0});
+    EXPECT_EQ(started, 0);
+}
+
+TEST_F(PendingWritesTest, ThatWaitAreTypedAloneWhenTheyAreRefused) {
+    const auto writes = newWrites(10s);
+    const auto reply = newPendingReply();
+    EXPECT_NE(writes->add(process, reply, "text"), platform::axErrorSuccess);
+    const auto next = queueBehind(*writes);
+    EXPECT_TRUE(reply->settle(true));
+    EXPECT_TRUE(writes->isPending(process));
+    EXPECT_FALSE(next->settle(false));
+    EXPECT_FALSE(writes->isPending(process));
+    EXPECT_EQ(released, std::vector<std::size_t>{4});
+}
+
+TEST_F(PendingWritesTest, ThatWaitAreTypedAfterTheTimeout) {
+    const auto writes = newWrites(20ms);
+    const auto reply = newPendingReply();
+    EXPECT_NE(writes->add(process, reply, "text"), platform::axErrorSuccess);
+    const auto next = queueBehind(*writes);
+    EXPECT_TRUE(reply->settle(true));
+    EXPECT_TRUE(mainQueue.runUntil([this] { return !released.empty(); }));
+    EXPECT_EQ(released, std::vector<std::size_t>{4});
+    EXPECT_FALSE(next->settle(true));
+}
+
+// The text of a field that nobody knows is posted without a write.
+TEST_F(PendingWritesTest, DoNotOvertakeTextThatWasPostedWithoutAWrite) {
+    const auto writes = newWrites(10s);
+    const auto reply = newPendingReply();
+    EXPECT_NE(writes->add(process, reply, "text"), platform::axErrorSuccess);
+    heldUnits = 6;
+    writes->queue(process, "more", [this] {
+        ++started;
+        return newPendingReply();
+    });
+    EXPECT_TRUE(reply->settle(true));
+    EXPECT_FALSE(writes->isPending(process));
+    EXPECT_EQ(released, std::vector<std::size_t>{4});
+    EXPECT_EQ(started, 0);
 }
 
 TEST_F(PendingWritesTest, AreTypedAtTheEnd) {

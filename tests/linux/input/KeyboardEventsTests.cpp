@@ -130,6 +130,21 @@ TEST_F(LinuxKeyboardEventsTest, HoldsTheNextTextAlsoWhereItHasNoProcess) {
     EXPECT_EQ(typing.texts[2].characters, U"four five");
 }
 
+TEST_F(LinuxKeyboardEventsTest, HoldsSeveralTextsInTheirOrder) {
+    EXPECT_EQ(keyboard->hold(first), 0U);
+    post(u"one ", first);
+    EXPECT_EQ(keyboard->hold(first), 4U);
+    post(u"\xD83D\xDE00 ", std::nullopt);
+    post(u"two ", std::nullopt);
+    EXPECT_EQ(keyboard->hold(first), 11U);
+    keyboard->release(first, 4);
+    ASSERT_TRUE(handsOver(1));
+    EXPECT_EQ(typing.texts[0].characters, U"😀 two ");
+    // The last hold ended before a text was posted.
+    post(u"three", first);
+    EXPECT_TRUE(handsOver(2));
+}
+
 TEST_F(LinuxKeyboardEventsTest, HoldsNoTextWithoutAProcessForAHoldOfAnotherText) {
     EXPECT_TRUE(keyboard->hold(first));
     post(u"one", first);
