@@ -2,16 +2,12 @@
 
 #include "platform/linux/gnome/GnomeShortcuts.h"
 
-#include <unistd.h>
-
 #include <algorithm>
 #include <cctype>
 #include <set>
-#include <sstream>
 
 #include "platform/EventManager.h"
-#include "platform/linux/settings/AtomicFile.h"
-#include "platform/linux/settings/ConfigDirectory.h"
+#include "platform/linux/settings/TakenShortcuts.h"
 
 namespace tarvik::linuxdesktop {
 
@@ -47,22 +43,9 @@ GnomeSettings::Texts customPaths() {
     return GnomeSettings(customListSchema).texts(customListKey).value_or(GnomeSettings::Texts{});
 }
 
-// One line for each shortcut that the menu had.
-std::string agreementFile() {
-    return configDirectory() + "/Tarvik/gnome-window-menu";
-}
-
-std::optional<GnomeSettings::Texts> agreedShortcuts() {
-    const auto content = readWholeFile(agreementFile());
-    if (!content || !content.value()) {
-        return std::nullopt;
-    }
-    GnomeSettings::Texts shortcuts;
-    std::istringstream lines(*content.value());
-    for (std::string line; std::getline(lines, line);) {
-        shortcuts.push_back(line);
-    }
-    return shortcuts;
+// Has all shortcuts that the menu had.
+TakenShortcuts agreement() {
+    return TakenShortcuts("gnome-window-menu");
 }
 
 }  // namespace
@@ -163,34 +146,31 @@ bool GnomeShortcuts::takeFromWindowMenu() {
     if (!had || !isAnySpaceWith(platform::optionKeyMask, *had)) {
         return false;
     }
-    std::string lines;
     GnomeSettings::Texts left;
     for (const std::string& accelerator : *had) {
-        lines += accelerator + "\n";
         if (!isSpaceWith(platform::optionKeyMask, accelerator)) {
             left.push_back(accelerator);
         }
     }
     // Without the note nothing is taken: it could not be given back.
-    return !replaceFile(agreementFile(), lines, 0600, 0700, Durability::disk) &&
-           settings.set(windowMenuKey, left);
+    return agreement().write(*had) && settings.set(windowMenuKey, left);
 }
 
 void GnomeShortcuts::takeFromWindowMenuAgain() {
-    if (agreedShortcuts()) {
+    if (agreement().lines()) {
         takeFromWindowMenu();
     }
 }
 
 void GnomeShortcuts::giveBackToWindowMenu() {
-    const auto had = agreedShortcuts();
+    const auto had = agreement().lines();
     if (!had) {
         return;
     }
     GnomeSettings settings(windowSchema);
     const auto now = settings.texts(windowMenuKey).value_or(GnomeSettings::Texts{});
     if (isAnySpaceWith(platform::optionKeyMask, now)) {
-        unlink(agreementFile().c_str());
+        agreement().remove();
     } else {
         settings.set(windowMenuKey, *had);
     }
