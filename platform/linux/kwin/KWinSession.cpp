@@ -31,7 +31,11 @@ KWinSession::KWinSession(std::unique_ptr<MessageBus> bus, EventLoop& loop, platf
       log_(log),
       events_(std::move(events)),
       bus_(std::move(bus)),
-      hotKeys_(*bus_, log, heard(events_.hotKeys)) {
+      hotKeys_(*bus_, log, heard(events_.hotKeys)),
+      desktopFile_(log, {"com.tarvik.dictate.kwin",
+                         "X-KDE-Wayland-Interfaces=org_kde_plasma_window_management,"
+                         "org_kde_kwin_fake_input\n",
+                         "KWin", "no desktop file lets KWin show its windows to"}) {
     bus_->attach(loop, [this](const Error& error) {
         events_.onLost("the session bus is gone: " + error.localizedDescription);
     });
@@ -117,7 +121,7 @@ void KWinSession::handleOffers() {
         wayland_->keyboard.emplace(connection);
     }
     // After a change of the desktop files, KWin answers as before for a while.
-    if (!wayland_->windows && (permission_.request() || offerRetries_ > 0) &&
+    if (!wayland_->windows && (desktopFile_.make() || offerRetries_ > 0) &&
         offerRetries_ < maxOfferRetries) {
         ++offerRetries_;
         reopening_.set(permissionInterval, [this] { openWayland(); });

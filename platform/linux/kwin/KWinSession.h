@@ -12,10 +12,10 @@
 #include "platform/linux/kwin/FakeKeyboard.h"
 #include "platform/linux/kwin/GlobalAccelHotKeys.h"
 #include "platform/linux/kwin/InputMethodSlot.h"
-#include "platform/linux/kwin/KWinPermission.h"
 #include "platform/linux/kwin/KWinTypist.h"
 #include "platform/linux/kwin/PlasmaWindows.h"
 #include "platform/linux/loop/EventLoop.h"
+#include "platform/linux/settings/TemporaryDesktopFile.h"
 #include "platform/linux/wayland/WaylandConnection.h"
 
 namespace tarvik::linuxdesktop {
@@ -81,7 +81,8 @@ class KWinSession {
     std::optional<HotKeyNumber> press_;
     GlobalAccelHotKeys hotKeys_;
     std::optional<Wayland> wayland_;
-    KWinPermission permission_{log_};
+    // KWin shows its windows to the programs whose desktop files say so, and takes keys from them.
+    TemporaryDesktopFile desktopFile_;
     // Ends a lost connection, which cannot end itself, or makes the next one.
     Deadline reopening_{loop_};
     int offerRetries_ = 0;

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 
-#include "platform/linux/kwin/KWinPermission.h"
+#include "platform/linux/settings/TemporaryDesktopFile.h"
 
 #include <unistd.h>
 
@@ -8,6 +8,7 @@
 #include <cctype>
 #include <cstdlib>
 #include <string_view>
+#include <utility>
 
 #include "platform/linux/settings/AtomicFile.h"
 
@@ -15,12 +16,41 @@ namespace tarvik::linuxdesktop {
 
 namespace {
 
+// Tells the file from an installed one.
+constexpr std::string_view mark = "X-Tarvik-Temporary=true\n";
+
 std::string dataDirectory() {
     if (const char* folder = std::getenv("XDG_DATA_HOME"); folder != nullptr && *folder == '/') {
         return folder;
     }
     const char* home = std::getenv("HOME");
     return std::string(home != nullptr ? home : "") + "/.local/share";
+}
+
+std::string pathIn(std::string_view folder, const std::string& name) {
+    return std::string(folder) + "/applications/" + name + ".desktop";
+}
+
+bool isMarked(const std::string& content) {
+    return content.find(mark) != std::string::npos;
+}
+
+bool isInstalled(const std::string& path) {
+    const auto content = readWholeFile(path);
+    return content && content.value() && !isMarked(*content.value());
+}
+
+bool isInstalledAnywhere(const std::string& name) {
+    const char* folders = std::getenv("XDG_DATA_DIRS");
+    std::string_view left =
+        folders != nullptr && *folders != '\0' ? folders : "/usr/local/share:/usr/share";
+    bool isFound = isInstalled(pathIn(dataDirectory(), name));
+    while (!isFound && !left.empty()) {
+        const std::size_t end = std::min(left.find(':'), left.size());
+        isFound = isInstalled(pathIn(left.substr(0, end), name));
+        left.remove_prefix(std::min(end + 1, left.size()));
+    }
+    return isFound;
 }
 
 std::string ownExecutable() {
@@ -59,14 +89,31 @@ std::string commandOf(const std::string& path) {
 
 }  // namespace
 
-KWinPermission::KWinPermission(platform::Log& log)
-    : log_(log), path_(dataDirectory() + "/applications/com.tarvik.dictate.kwin.desktop") {}
+TemporaryDesktopFile::TemporaryDesktopFile(platform::Log& log, Description description)
+    : log_(log),
+      description_(std::move(description)),
+      path_(pathIn(dataDirectory(), description_.name)) {}
 
-KWinPermission::~KWinPermission() {
-    unlink(path_.c_str());
+TemporaryDesktopFile::~TemporaryDesktopFile() {
+    remove();
 }
 
-bool KWinPermission::request() {
+void TemporaryDesktopFile::remove() {
+    const auto content = readWholeFile(path_);
+    if (content && content.value() && isMarked(*content.value())) {
+        unlink(path_.c_str());
+    }
+}
+
+bool TemporaryDesktopFile::makeUnlessInstalled() {
+    if (isInstalledAnywhere(description_.name)) {
+        remove();
+        return false;
+    }
+    return make();
+}
+
+bool TemporaryDesktopFile::make() {
     const std::string executable = ownExecutable();
     const std::string content =
         "[Desktop Entry]\n"
@@ -74,18 +121,17 @@ bool KWinPermission::request() {
         "Name=Tarvik Dictate\n"
         "NoDisplay=true\n"
         "Exec=" +
-        commandOf(executable) +
-        "\n"
-        "X-KDE-Wayland-Interfaces=org_kde_plasma_window_management,org_kde_kwin_fake_input\n";
+        commandOf(executable) + "\n" + description_.entries + std::string(mark);
     const auto existing = readWholeFile(path_);
     if (executable.empty() || (existing && existing.value() == content)) {
         return false;
     }
     if (const auto error = replaceFile(path_, content, 0644, 0700, Durability::kernel)) {
-        log_.write("TarvikDictate: no desktop file for KWin: " + error->localizedDescription);
+        log_.write("TarvikDictate: no desktop file for " + description_.receiver + ": " +
+                   error->localizedDescription);
         return false;
     }
-    log_.write("TarvikDictate: no desktop file lets KWin show its windows to " + executable +
+    log_.write("TarvikDictate: " + description_.lack + " " + executable +
                "; until the end of this run there is " + path_);
     return true;
 }
