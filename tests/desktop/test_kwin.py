@@ -7,17 +7,23 @@ import signal
 import sys
 import unittest
 
+from accessible import ScreenReader
 from application import READY, VERSION, Application, write_settings
+from bus import Bus
 from desktop import wait_for
 from dictation_test import BINARIES, DictationTest
 from kwin import SKIPPED, KWinDesktop, kwin_version
 from kwin_parts import KWinKeyboard, KWinWidgetTarget
 from microphone import Microphone
+from setup_window import RESTART
 from sway import become_ordinary_user
 from sway_parts import ALT, SPACE
 from tray import Tray
 
 EXACT = "Zażółć – 日本語 😀, done."
+ACCEL = "org.kde.kglobalaccel"
+# As Qt numbers keys.
+ALT_SPACE = 0x08000020
 REGISTERED = ("hold-to-talk registered", "tap-to-toggle registered")
 
 
@@ -116,6 +122,41 @@ class OnKWin(DictationTest):
         application.log.wait_for("startRecording (session=1)")
         self.keyboard.release(SPACE, ALT)
         application.log.wait_for("stopRecording (session=1)")
+
+
+    def test_another_program_gives_its_shortcut_up_at_a_click(self):
+        bus = Bus(self.desktop.environment["DBUS_SESSION_BUS_ADDRESS"])
+        self.addCleanup(bus.close)
+        action = ["other.program", "launch", "Other Program", "Launch"]
+
+        def call(method, signature, *arguments):
+            return bus.call(ACCEL, "/kglobalaccel", "org.kde.KGlobalAccel", method, signature,
+                            *arguments)
+
+        def owner():
+            """The program whose action has Alt+Space."""
+            shortcuts = call("globalShortcutsByKey", "((ai)(i))", ([ALT_SPACE, 0, 0, 0],), (0,))[0]
+            return shortcuts[0][2] if shortcuts else ""
+
+        call("doRegister", "(as)", action)
+        call("setShortcutKeys", "(asa(ai)u)", action, [([ALT_SPACE, 0, 0, 0],)], 6)
+        self.addCleanup(call, "unregister", "(ss)", *action[:2])
+        untrusted = (READY[0], "accessibility trusted → false", "hold register failed: -9878",
+                     "KDE has given Alt+Space to: Other Program, Launch")
+        application = self.start_application(ready=untrusted)
+        self.assertEqual(owner(), "other.program")
+        reader = ScreenReader(self.desktop)
+        self.addCleanup(reader.close)
+        reader.window_with(RESTART).find("Grant Accessibility").press()
+        application.log.wait_for("Other Program, Launch has given Alt+Space up")
+        self.assertEqual(owner(), "")
+        application.close()
+        self.assertEqual(owner(), "other.program")
+        # The agreement holds for the next start.
+        application = self.start_application()
+        self.assertEqual(owner(), "com.tarvik.dictate")
+        application.close()
+        self.assertEqual(owner(), "other.program")
 
 
 class Untrusted(unittest.TestCase):

@@ -3,8 +3,10 @@
 
 #include <systemd/sd-bus.h>
 
+#include <array>
 #include <cstdint>
 #include <functional>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -21,6 +23,21 @@ class GlobalAccel {
   public:
     /// The name on the bus.
     static constexpr const char* busName = "org.kde.kglobalaccel";
+
+    /// Up to four keys that are pressed one after the other, with modifiers as Qt numbers them; 0
+    /// where there are fewer.
+    using Sequence = std::array<std::int32_t, 4>;
+    /// An action of any program.
+    struct Action {
+        std::string program;
+        std::string name;
+        /// The program and the action as the user sees them.
+        std::string text;
+
+        friend bool operator==(const Action& one, const Action& other) {
+            return one.program == other.program && one.name == other.name;
+        }
+    };
 
     enum class Registration {
         /// The action has the key.
@@ -51,9 +68,16 @@ class GlobalAccel {
              std::function<void(Registration)> onDone);
     /// Deletes the action. `onDone` is called also when nobody answers.
     void remove(const std::string& action, std::function<void()> onDone);
-    /// Asks which program and which of its actions have `key`, as the user sees them. The text is
-    /// empty when none has, or when nobody answers.
-    void askOwner(std::int32_t key, std::function<void(const std::string& owner)> onKnown);
+    /// Asks which action of another program has `key`. Empty when none has, or when nobody answers.
+    void askOwner(std::int32_t key,
+                  std::function<void(const std::optional<Action>& owner)> onKnown);
+
+    /// Asks for the keys of an action. Empty when nobody answers.
+    void askKeys(const Action& action,
+                 std::function<void(const std::optional<std::vector<Sequence>>& keys)> onKnown);
+    /// Gives the action of another program these keys. `onDone` is called also when nobody answers.
+    void setKeys(const Action& action, const std::vector<Sequence>& keys,
+                 std::function<void()> onDone);
 
   private:
     void handleKeysChanged(sd_bus_message* signal);

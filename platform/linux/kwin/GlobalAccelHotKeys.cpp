@@ -68,33 +68,100 @@ void GlobalAccelHotKeys::add(HotKeyNumber number, std::uint32_t keyCode, std::ui
     });
 }
 
-void GlobalAccelHotKeys::registerKey(
-    HotKeyNumber number,
-    std::function<void(platform::OSStatus, const std::string& owner)> onStatus) {
+void GlobalAccelHotKeys::registerKey(HotKeyNumber number, OnRegistered onStatus) {
     const Combination& combination = *hotKeys_[number];
-    globalAccel_.add(
-        combination.action, std::string("Dictate by ") + combination.text, combination.key,
-        [this, number, &combination,
-         onStatus = std::move(onStatus)](GlobalAccel::Registration registration) {
-            const bool isWanted = hotKeys_.contains(number);
-            if (registration == GlobalAccel::Registration::done && isWanted) {
-                onStatus(platform::noErr, "");
-                return;
-            }
-            // The action is of no use without its key. One that is not wanted any more has been
-            // deleted, and the next one of the same name may exist.
-            if (isWanted) {
-                globalAccel_.remove(combination.action, [] {});
-            }
-            if (registration == GlobalAccel::Registration::taken) {
-                globalAccel_.askOwner(combination.key, [onStatus](const std::string& owner) {
-                    onStatus(platform::eventHotKeyExistsErr,
-                             owner.empty() ? "another program" : owner);
-                });
+    globalAccel_.add(combination.action, std::string("Dictate by ") + combination.text,
+                     combination.key,
+                     [this, number, &combination,
+                      onStatus = std::move(onStatus)](GlobalAccel::Registration registration) {
+                         handleRegistration(number, combination, registration, onStatus);
+                     });
+}
+
+void GlobalAccelHotKeys::handleRegistration(HotKeyNumber number, const Combination& combination,
+                                            GlobalAccel::Registration registration,
+                                            OnRegistered onStatus) {
+    // The action of a hotkey that is not wanted any more has been deleted, and the next one of the
+    // same name may exist.
+    if (!hotKeys_.contains(number)) {
+        onStatus(platform::eventInternalErr, "");
+        return;
+    }
+    if (registration == GlobalAccel::Registration::failed) {
+        globalAccel_.remove(combination.action, [] {});
+        onStatus(platform::eventInternalErr, "");
+        return;
+    }
+    // New versions of KDE give one key to several actions.
+    globalAccel_.askOwner(combination.key, [this, number, &combination, registration,
+                                            onStatus = std::move(onStatus)](const auto& owner) {
+        if (owner && foreign_.isAgreed(*owner, combination.key)) {
+            takeAgreed(number, combination, *owner, onStatus);
+        } else if (owner || registration == GlobalAccel::Registration::taken) {
+            refuse(number, combination, owner, onStatus);
+        } else {
+            setRefusal(combination, std::nullopt);
+            onStatus(platform::noErr, "");
+        }
+    });
+}
+
+void GlobalAccelHotKeys::takeAgreed(HotKeyNumber number, const Combination& combination,
+                                    const GlobalAccel::Action& owner, OnRegistered onStatus) {
+    foreign_.take(
+        owner, combination.key,
+        [this, number, &combination, owner, onStatus = std::move(onStatus)](bool isTaken) {
+            if (isTaken && hotKeys_.contains(number)) {
+                registerKey(number, onStatus);
             } else {
-                onStatus(platform::eventInternalErr, "");
+                refuse(number, combination, owner, onStatus);
             }
         });
+}
+
+void GlobalAccelHotKeys::refuse(HotKeyNumber number, const Combination& combination,
+                                const std::optional<GlobalAccel::Action>& owner,
+                                const OnRegistered& onStatus) {
+    // The action is of no use without its key.
+    if (hotKeys_.contains(number)) {
+        globalAccel_.remove(combination.action, [] {});
+    }
+    setRefusal(combination, owner);
+    onStatus(platform::eventHotKeyExistsErr, owner ? owner->text : "another program");
+}
+
+void GlobalAccelHotKeys::setRefusal(const Combination& combination,
+                                    const std::optional<GlobalAccel::Action>& owner) {
+    std::erase_if(refusals_, [&combination](const Refusal& refusal) {
+        return refusal.combination == &combination;
+    });
+    if (owner) {
+        refusals_.push_back({&combination, *owner});
+    }
+    events_.onTaken(!refusals_.empty());
+}
+
+void GlobalAccelHotKeys::takeOver() {
+    takeNext(refusals_);
+}
+
+void GlobalAccelHotKeys::takeNext(std::vector<Refusal> left) {
+    if (left.empty()) {
+        return;
+    }
+    const Refusal refusal = left.back();
+    left.pop_back();
+    foreign_.take(refusal.owner, refusal.combination->key,
+                  [this, refusal, left = std::move(left)](bool isTaken) {
+                      if (isTaken) {
+                          setRefusal(*refusal.combination, std::nullopt);
+                      }
+                      log_.write("TarvikDictate: " + refusal.owner.text +
+                                 (isTaken ? std::string(" has given ") + refusal.combination->text +
+                                                " up, and gets it back when the application ends"
+                                          : std::string(" keeps ") + refusal.combination->text));
+                      takeNext(left);
+                  });
 }
 
 void GlobalAccelHotKeys::remove(HotKeyNumber number, std::function<void()> onDone) {
@@ -113,17 +180,18 @@ void GlobalAccelHotKeys::remove(HotKeyNumber number, std::function<void()> onDon
 void GlobalAccelHotKeys::removeAll(std::function<void()> onDone) {
     endHold();
     const auto removed = std::exchange(hotKeys_, {});
-    if (removed.empty()) {
-        onDone();
-        return;
-    }
+    // The keys go back when no action of this program has them any more.
     const auto left = std::make_shared<std::size_t>(removed.size());
+    const auto onRemoved = [this, left, onDone = std::move(onDone)] {
+        if (*left == 0 || --*left == 0) {
+            foreign_.giveBack(onDone);
+        }
+    };
+    if (removed.empty()) {
+        onRemoved();
+    }
     for (const auto& [number, combination] : removed) {
-        globalAccel_.remove(combination->action, [left, onDone] {
-            if (--*left == 0) {
-                onDone();
-            }
-        });
+        globalAccel_.remove(combination->action, onRemoved);
     }
 }
 

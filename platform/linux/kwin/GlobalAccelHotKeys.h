@@ -11,6 +11,7 @@
 #include "platform/EventManager.h"
 #include "platform/Log.h"
 #include "platform/linux/input/HotKeyMeans.h"
+#include "platform/linux/kwin/ForeignShortcuts.h"
 #include "platform/linux/kwin/GlobalAccel.h"
 
 namespace tarvik::linuxdesktop {
@@ -26,6 +27,8 @@ class GlobalAccelHotKeys {
         std::function<void(HotKeyNumber)> onPressed;
         std::function<void(HotKeyNumber)> onReleased;
         std::function<void(HotKeyNumber, const std::string& reason)> onLost;
+        /// Whether takeOver() would get a combination that was refused.
+        std::function<void(bool canTakeOver)> onTaken = [](bool) {};
         /// A hold begins or ends, also by remove(). Before the events above.
         std::function<void(bool isHeld)> onHold = [](bool) {};
     };
@@ -44,7 +47,10 @@ class GlobalAccelHotKeys {
              OnStatus onStatus);
     /// `onDone` is called when KDE has deleted the shortcut, or does not answer.
     void remove(HotKeyNumber number, std::function<void()> onDone);
-    /// As remove(), for every hotkey.
+    /// The user asks for the combinations that other programs have. Those programs give them up
+    /// until removeAll(); the log says which ones do. A later add() has the combination.
+    void takeOver();
+    /// As remove(), for every hotkey; and what other programs have given up goes back to them.
     void removeAll(std::function<void()> onDone);
 
     /// The program that has the shortcuts is gone. Ends a hold.
@@ -62,10 +68,25 @@ class GlobalAccelHotKeys {
         std::int32_t key;
     };
 
+    // A combination that was refused, and the action of another program that has its key.
+    struct Refusal {
+        const Combination* combination;
+        GlobalAccel::Action owner;
+    };
+    using OnRegistered = std::function<void(platform::OSStatus, const std::string& owner)>;
+
     static const Combination* combinationOf(std::uint32_t modifiers);
     std::optional<HotKeyNumber> numberOf(const std::string& action) const;
-    void registerKey(HotKeyNumber number,
-                     std::function<void(platform::OSStatus, const std::string& owner)> onStatus);
+    void registerKey(HotKeyNumber number, OnRegistered onStatus);
+    void handleRegistration(HotKeyNumber number, const Combination& combination,
+                            GlobalAccel::Registration registration, OnRegistered onStatus);
+    void takeAgreed(HotKeyNumber number, const Combination& combination,
+                    const GlobalAccel::Action& owner, OnRegistered onStatus);
+    void refuse(HotKeyNumber number, const Combination& combination,
+                const std::optional<GlobalAccel::Action>& owner, const OnRegistered& onStatus);
+    void takeNext(std::vector<Refusal> left);
+    void setRefusal(const Combination& combination,
+                    const std::optional<GlobalAccel::Action>& owner);
     void handlePressed(const std::string& action);
     void handleReleased(const std::string& action);
     void handleKeysChanged(const std::string& action, const std::vector<std::int32_t>& keys);
@@ -76,6 +97,8 @@ class GlobalAccelHotKeys {
     platform::Log& log_;
     Events events_;
     GlobalAccel globalAccel_;
+    ForeignShortcuts foreign_{globalAccel_};
+    std::vector<Refusal> refusals_;
     std::map<HotKeyNumber, const Combination*> hotKeys_;
     std::optional<HotKeyNumber> held_;
 };

@@ -79,7 +79,8 @@ KWinSession::Events KWinInput::events(const std::shared_ptr<std::promise<void>>&
              [this](HotKeyNumber number) { notifier_.tellReleased(number); },
              [this](HotKeyNumber number, const std::string& reason) {
                  notifier_.tellLost(number, reason);
-             }},
+             },
+             [this](bool canTakeOver) { canTakeOver_ = canTakeOver; }},
             [this](WindowFocus::Window front) {
                 const std::lock_guard lock(mutex_);
                 front_ = front;
@@ -161,6 +162,14 @@ void KWinInput::unregisterHotKey(HotKeyNumber number) {
     if (isConnected_) {
         isDone.wait_for(kwinTimeout);
     }
+}
+
+void KWinInput::takeOver() {
+    loop_.post([this] {
+        if (session_) {
+            session_->hotKeys().takeOver();
+        }
+    });
 }
 
 void KWinInput::type(TypedText text, std::function<void()> onDone) {

@@ -51,6 +51,8 @@ class KWinInput final : public HotKeyMeans, public TypingMeans, public FrontMean
     void unregisterHotKey(HotKeyNumber number) override;
     /// Nothing is left to do: no means that types in the session lifts a modifier.
     void expectLift(std::uint32_t /*modifiers*/) override {}
+    bool canTakeOver() const override { return canTakeOver_; }
+    void takeOver() override;
 
     void type(TypedText text, std::function<void()> onDone) override;
 
@@ -75,6 +77,7 @@ class KWinInput final : public HotKeyMeans, public TypingMeans, public FrontMean
     PollLoop loop_;
     Deadline endDeadline_{loop_};
     std::atomic<bool> isConnected_ = false;
+    std::atomic<bool> canTakeOver_ = false;
     // Of the last chooseTarget(). Main thread only.
     WindowFocus::Window target_;
     mutable std::mutex mutex_;

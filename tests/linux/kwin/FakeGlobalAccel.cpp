@@ -4,6 +4,7 @@
 
 #include <poll.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <cstdlib>
 #include <stdexcept>
@@ -18,6 +19,8 @@ using linuxdesktop::BusMessage;
 constexpr const char* path = "/kglobalaccel";
 constexpr const char* accelInterface = "org.kde.KGlobalAccel";
 constexpr const char* program = "com.tarvik.dictate";
+constexpr const char* krunner = "org.kde.krunner.desktop";
+constexpr const char* krunnerAction = "_launch";
 constexpr int pollMilliseconds = 20;
 
 std::vector<std::string> textsIn(sd_bus_message* message) {
@@ -31,6 +34,24 @@ std::vector<std::string> textsIn(sd_bus_message* message) {
         std::free(words);
     }
     return texts;
+}
+
+int replyWithKeys(sd_bus_message* call, const std::set<std::int32_t>& keys) {
+    sd_bus_message* made = nullptr;
+    sd_bus_message_new_method_return(call, &made);
+    const BusMessage reply(made);
+    sd_bus_message_open_container(made, 'a', "(ai)");
+    for (const std::int32_t key : keys) {
+        sd_bus_message_append(made, "(ai)", 4, key, 0, 0, 0);
+    }
+    sd_bus_message_close_container(made);
+    return sd_bus_send(nullptr, made, nullptr);
+}
+
+void appendShortcut(sd_bus_message* reply, std::int32_t key, const char* action,
+                    const char* actionTitle, const char* owner, const char* ownerTitle) {
+    sd_bus_message_append(reply, "(ssssssaiai)", action, actionTitle, owner, ownerTitle, "default",
+                          "Default Context", 1, key, 1, key);
 }
 
 }  // namespace
@@ -51,9 +72,16 @@ const sd_bus_vtable FakeGlobalAccel::methods[] = {
                   SD_BUS_VTABLE_UNPRIVILEGED),
     SD_BUS_METHOD("globalShortcutsByKey", "(ai)(i)", "a(ssssssaiai)",
                   &handle<&FakeGlobalAccel::globalShortcutsByKey>, SD_BUS_VTABLE_UNPRIVILEGED),
+    SD_BUS_METHOD("shortcutKeys", "as", "a(ai)", &handle<&FakeGlobalAccel::shortcutKeys>,
+                  SD_BUS_VTABLE_UNPRIVILEGED),
+    SD_BUS_METHOD("setForeignShortcutKeys", "asa(ai)", "",
+                  &handle<&FakeGlobalAccel::setForeignShortcutKeys>, SD_BUS_VTABLE_UNPRIVILEGED),
     SD_BUS_VTABLE_END};
 
-FakeGlobalAccel::FakeGlobalAccel(bool isKWin, std::int32_t takenKey) : takenKey_(takenKey) {
+FakeGlobalAccel::FakeGlobalAccel(bool isKWin, std::int32_t takenKey) {
+    if (takenKey != 0) {
+        keysOfKRunner_ = {takenKey, altF2};
+    }
     sd_bus* opened = nullptr;
     if (sd_bus_open_user(&opened) < 0) {
         throw std::runtime_error("no session bus");
@@ -139,7 +167,7 @@ int FakeGlobalAccel::setShortcutKeys(sd_bus_message* call) {
     constexpr std::uint32_t replacesKeys = 4;
     std::int32_t& kept = actions_[action[1]];
     if (kept == 0 || (flags & replacesKeys) != 0) {
-        kept = key == takenKey_ ? 0 : key;
+        kept = manner_ != Manner::sharing && keysOfKRunner_.contains(key) ? 0 : key;
     }
     return sd_bus_reply_method_return(call, "a(ai)", 1, 4, kept, 0, 0, 0);
 }
@@ -158,12 +186,61 @@ int FakeGlobalAccel::globalShortcutsByKey(sd_bus_message* call) {
     if (sd_bus_message_read(call, "(ai)(i)", 4, &key, &none, &none, &none, &match) <= 0) {
         return -EINVAL;
     }
-    if (key != takenKey_) {
-        return sd_bus_reply_method_return(call, "a(ssssssaiai)", 0);
+    sd_bus_message* made = nullptr;
+    sd_bus_message_new_method_return(call, &made);
+    const BusMessage reply(made);
+    sd_bus_message_open_container(made, 'a', "(ssssssaiai)");
+    for (const auto& [action, owned] : actions_) {
+        if (owned == key) {
+            appendShortcut(made, key, action.c_str(), "Dictate", program, "Tarvik Dictate");
+        }
     }
-    return sd_bus_reply_method_return(call, "a(ssssssaiai)", 1, "_launch", "Run Command",
-                                      "org.kde.krunner.desktop", "KRunner", "default",
-                                      "Default Context", 4, key, 0, 0, 0, 4, key, 0, 0, 0);
+    if (keysOfKRunner_.contains(key)) {
+        appendShortcut(made, key, krunnerAction, "Run Command", krunner, "KRunner");
+    }
+    sd_bus_message_close_container(made);
+    return sd_bus_send(nullptr, made, nullptr);
+}
+
+std::set<std::int32_t> FakeGlobalAccel::keysOfKRunner() {
+    const std::lock_guard lock(mutex_);
+    return keysOfKRunner_;
+}
+
+void FakeGlobalAccel::giveToKRunner(const std::set<std::int32_t>& keys) {
+    const std::lock_guard lock(mutex_);
+    keysOfKRunner_ = keys;
+}
+
+int FakeGlobalAccel::shortcutKeys(sd_bus_message* call) {
+    const std::vector<std::string> action = textsIn(call);
+    const bool isKRunner = action.size() == 4 && action[0] == krunner && action[1] == krunnerAction;
+    return replyWithKeys(call, isKRunner ? keysOfKRunner_ : std::set<std::int32_t>{});
+}
+
+int FakeGlobalAccel::setForeignShortcutKeys(sd_bus_message* call) {
+    const std::vector<std::string> action = textsIn(call);
+    if (action.size() != 4 || action[0] != krunner || action[1] != krunnerAction ||
+        sd_bus_message_enter_container(call, 'a', "(ai)") <= 0) {
+        return -EINVAL;
+    }
+    std::set<std::int32_t> keys;
+    while (sd_bus_message_enter_container(call, 'r', "ai") > 0) {
+        const void* numbers = nullptr;
+        std::size_t size = 0;
+        if (sd_bus_message_read_array(call, 'i', &numbers, &size) < 0 || size == 0) {
+            return -EINVAL;
+        }
+        const std::int32_t key = *static_cast<const std::int32_t*>(numbers);
+        // A key that an action has is given to nobody else.
+        if (std::ranges::none_of(actions_,
+                                 [key](const auto& ours) { return ours.second == key; })) {
+            keys.insert(key);
+        }
+        sd_bus_message_exit_container(call);
+    }
+    keysOfKRunner_ = keys;
+    return sd_bus_reply_method_return(call, "");
 }
 
 }  // namespace tarvik::tests

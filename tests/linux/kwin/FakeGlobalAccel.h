@@ -7,6 +7,7 @@
 #include <cstdint>
 #include <map>
 #include <mutex>
+#include <set>
 #include <string>
 #include <thread>
 
@@ -20,12 +21,14 @@ class FakeGlobalAccel {
   public:
     static constexpr std::int32_t altSpace = 0x08000020;
     static constexpr std::int32_t altShiftSpace = 0x0A000020;
+    static constexpr std::int32_t altF2 = 0x09000031;
 
-    /// How calls are answered: at once, when the manner is another one again, or by errors.
-    enum class Manner { properly, later, byErrors };
+    /// How calls are answered: at once, when the manner is another one again, or by errors. With
+    /// `sharing`, an action gets its key also when another action has the same key.
+    enum class Manner { properly, later, byErrors, sharing };
 
-    /// `isKWin` is whether the same program is KWin. An action of another program, "KRunner, Run
-    /// Command", has `takenKey`.
+    /// `isKWin` is whether the same program is KWin. With `takenKey`, an action of another program,
+    /// "KRunner, Run Command", has that key and Alt+F2.
     explicit FakeGlobalAccel(bool isKWin = true, std::int32_t takenKey = 0);
     /// Leaves the bus.
     ~FakeGlobalAccel();
@@ -42,6 +45,9 @@ class FakeGlobalAccel {
     void release(const std::string& action) { emitKey("globalShortcutReleased", action); }
     /// The user gives another key to an action of ours.
     void change(const std::string& action, std::int32_t key);
+    /// The keys of KRunner's action, and the user's change of them.
+    std::set<std::int32_t> keysOfKRunner();
+    void giveToKRunner(const std::set<std::int32_t>& keys);
 
   private:
     void serve();
@@ -53,6 +59,8 @@ class FakeGlobalAccel {
     int setShortcutKeys(sd_bus_message* call);
     int unregister(sd_bus_message* call);
     int globalShortcutsByKey(sd_bus_message* call);
+    int shortcutKeys(sd_bus_message* call);
+    int setForeignShortcutKeys(sd_bus_message* call);
 
     static const sd_bus_vtable methods[];
 
@@ -60,7 +68,7 @@ class FakeGlobalAccel {
     // All under the mutex.
     linuxdesktop::BusHandle bus_;
     Manner manner_ = Manner::properly;
-    const std::int32_t takenKey_;
+    std::set<std::int32_t> keysOfKRunner_;
     std::map<std::string, std::int32_t> actions_;
     std::atomic<bool> ends_ = false;
     std::thread thread_;

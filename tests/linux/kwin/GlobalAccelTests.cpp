@@ -2,87 +2,21 @@
 
 #include <gtest/gtest.h>
 
-#include <chrono>
 #include <cstdlib>
-#include <map>
-#include <memory>
-#include <optional>
-#include <string>
-#include <vector>
 
-#include "platform/linux/input/LinuxEventManager.h"
-#include "platform/linux/kwin/KWinInput.h"
-#include "tests/conformance/input/HotKeyRecorder.h"
-#include "tests/linux/kwin/FakeGlobalAccel.h"
+#include "tests/linux/kwin/GlobalAccelFixture.h"
 #include "tests/linux/system/SilentBus.h"
-#include "tests/support/RealTimeQueue.h"
-#include "tests/support/RecordingLog.h"
-#include "tests/support/TemporaryFolder.h"
-#include "tests/support/TestProcess.h"
 
 namespace tarvik::tests {
 
 namespace {
 
 using namespace std::chrono_literals;
-using linuxdesktop::KWinInput;
-using linuxdesktop::LinuxEventManager;
 using platform::eventHotKeyExistsErr;
 using platform::eventInternalErr;
 using platform::noErr;
-using std::chrono::steady_clock;
 
-// The second that the contract allows, and what it takes a busy machine to wake a thread.
-constexpr auto second = 1s + 500ms;
-
-/// Hotkeys on a session bus of the test's own, without a compositor.
-class GlobalAccelTest : public testing::Test {
-  protected:
-    static constexpr auto hold = HotKeyRecorder::hold;
-    static constexpr auto toggle = HotKeyRecorder::toggle;
-
-    GlobalAccelTest() {
-        setenv("WAYLAND_DISPLAY", "/nowhere", 1);
-        setenv("DBUS_SESSION_BUS_ADDRESS", daemon->readLine().value_or("").c_str(), 1);
-        fake.emplace();
-    }
-    ~GlobalAccelTest() override {
-        unsetenv("WAYLAND_DISPLAY");
-        unsetenv("DBUS_SESSION_BUS_ADDRESS");
-    }
-
-    void open() {
-        manager = std::make_shared<LinuxEventManager>(log);
-        input = std::make_unique<KWinInput>(mainQueue, log, manager);
-        manager->setMeans(input.get());
-        recorder.emplace(*manager);
-    }
-    bool becomes(const std::string& events) {
-        const bool holds = mainQueue.runUntil([&] { return recorder->events == events; }, 5s);
-        EXPECT_EQ(recorder->events, events);
-        return holds;
-    }
-    bool hasActions(const std::map<std::string, std::int32_t>& expected) {
-        return mainQueue.runUntil([&] { return fake->actions() == expected; }, 5s);
-    }
-    template <typename Action>
-    static steady_clock::duration timeOf(Action action) {
-        const auto start = steady_clock::now();
-        action();
-        return steady_clock::now() - start;
-    }
-
-    std::optional<TestProcess> daemon{
-        std::in_place,
-        std::vector<std::string>{"dbus-daemon", "--session", "--nofork", "--nopidfile",
-                                 "--address=unix:tmpdir=/tmp", "--print-address=1"}};
-    RealTimeQueue mainQueue;
-    RecordingLog log;
-    std::optional<FakeGlobalAccel> fake;
-    std::shared_ptr<LinuxEventManager> manager;
-    std::unique_ptr<KWinInput> input;
-    std::optional<HotKeyRecorder> recorder;
-};
+using GlobalAccelTest = GlobalAccelFixture;
 
 TEST_F(GlobalAccelTest, GivesItsKeyToEachHotkeyAndTakesItBack) {
     open();
@@ -147,6 +81,16 @@ TEST_F(GlobalAccelTest, NamesWhoHasTheKeyAndLeavesNoActionWithoutOne) {
     EXPECT_EQ(recorder->add(toggle, 2), noErr);
     EXPECT_EQ(log.linesWith("KDE has given Alt+Space to: KRunner, Run Command").size(), 1U);
     EXPECT_TRUE(hasActions({{"alt-shift-space", FakeGlobalAccel::altShiftSpace}}));
+}
+
+TEST_F(GlobalAccelTest, ANewKDEThatGivesOneKeyToTwoProgramsCountsAsARefusal) {
+    fake.reset();
+    fake.emplace(true, FakeGlobalAccel::altSpace);
+    fake->setManner(FakeGlobalAccel::Manner::sharing);
+    open();
+    EXPECT_EQ(recorder->add(hold, 1), eventHotKeyExistsErr);
+    EXPECT_TRUE(log.hasLineWith("KDE has given Alt+Space to: KRunner, Run Command"));
+    EXPECT_TRUE(hasActions({}));
 }
 
 TEST_F(GlobalAccelTest, TakesOverWhatAKilledProcessHasLeft) {

@@ -9,6 +9,7 @@
 #include <string>
 #include <vector>
 
+#include "platform/linux/settings/TakenShortcuts.h"
 #include "tests/linux/kwin/KWinFixture.h"
 #include "tests/linux/x11/X11Target.h"
 
@@ -68,6 +69,72 @@ TEST_F(KWinHotKeys, AnotherProgramsShortcutIsNamedAndLeftAlone) {
     EXPECT_EQ(recorder->add(hold, 1), eventHotKeyExistsErr);
     EXPECT_EQ(recorder->add(toggle, 2), noErr);
     EXPECT_EQ(log.linesWith("KDE has given Alt+Space to: Other Program, Launch").size(), 1U);
+    EXPECT_EQ(KWinUser::ownerOf(hold), "other.program, launch-2048");
+}
+
+/// The user has agreed to nothing yet.
+class KWinForeignShortcuts : public KWinHotKeys {
+  protected:
+    KWinForeignShortcuts() { removeNote(); }
+    ~KWinForeignShortcuts() override {
+        recorder.reset();
+        input.reset();
+        removeNote();
+    }
+
+  private:
+    static void removeNote() { linuxdesktop::TakenShortcuts("kde-shortcuts").remove(); }
+};
+
+TEST_F(KWinForeignShortcuts, GoToTheUserWhoAsksAndGoBack) {
+    user.take(hold);
+    ASSERT_EQ(recorder->add(hold, 1), eventHotKeyExistsErr);
+    EXPECT_TRUE(input->canTakeOverHotKeys());
+    input->takeOverHotKeys();
+    EXPECT_TRUE(mainQueue.runUntil([&] { return !input->canTakeOverHotKeys(); }));
+    EXPECT_EQ(log.linesWith("Other Program, Launch has given Alt+Space up").size(), 1U);
+    EXPECT_EQ(KWinUser::ownerOf(hold), "");
+    ASSERT_EQ(recorder->add(hold, 1), noErr);
+    pressHold();
+    releaseHold();
+    EXPECT_TRUE(becomes(*recorder, "P1R1"));
+    // The end of the application, and its next start.
+    recorder.reset();
+    input.reset();
+    EXPECT_EQ(KWinUser::ownerOf(hold), "other.program, launch-2048");
+    input.emplace(mainQueue, log);
+    recorder.emplace(input->eventManager());
+    ASSERT_EQ(recorder->add(hold, 1), noErr);
+    EXPECT_EQ(KWinUser::ownerOf(hold), "com.tarvik.dictate, alt-space");
+    recorder.reset();
+    input.reset();
+    EXPECT_EQ(KWinUser::ownerOf(hold), "other.program, launch-2048");
+}
+
+TEST_F(KWinForeignShortcuts, OfAKilledInstanceGoBackAfterTheNextOne) {
+    user.take(hold);
+    recorder.reset();
+    input.reset();
+    const pid_t child = fork();
+    if (child == 0) {
+        RealTimeQueue queue;
+        RecordingLog ownLog;
+        linuxdesktop::DesktopInput killed(queue, ownLog);
+        HotKeyRecorder events(killed.eventManager());
+        events.add(hold, 1);
+        killed.takeOverHotKeys();
+        queue.runUntil([&] { return !killed.canTakeOverHotKeys(); });
+        _exit(events.add(hold, 1) == noErr ? 7 : 1);
+    }
+    int status = 0;
+    waitpid(child, &status, 0);
+    ASSERT_EQ(WEXITSTATUS(status), 7);
+    EXPECT_EQ(KWinUser::ownerOf(hold), "com.tarvik.dictate, alt-space");
+    input.emplace(mainQueue, log);
+    recorder.emplace(input->eventManager());
+    EXPECT_EQ(recorder->add(hold, 1), noErr);
+    recorder.reset();
+    input.reset();
     EXPECT_EQ(KWinUser::ownerOf(hold), "other.program, launch-2048");
 }
 

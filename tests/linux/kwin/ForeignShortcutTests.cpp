@@ -1,0 +1,185 @@
+// SPDX-License-Identifier: MIT
+
+#include <filesystem>
+#include <set>
+
+#include "tests/linux/kwin/GlobalAccelFixture.h"
+
+namespace tarvik::tests {
+
+namespace {
+
+using platform::eventHotKeyExistsErr;
+using platform::noErr;
+
+/// KRunner has Alt+Space and Alt+F2.
+class ForeignShortcutTest : public GlobalAccelFixture {
+  protected:
+    using Keys = std::set<std::int32_t>;
+
+    ForeignShortcutTest() {
+        fake.reset();
+        fake.emplace(true, FakeGlobalAccel::altSpace);
+    }
+
+    void takeOver() {
+        ASSERT_EQ(recorder->add(hold, 1), eventHotKeyExistsErr);
+        ASSERT_TRUE(input->canTakeOver());
+        input->takeOver();
+        ASSERT_TRUE(mainQueue.runUntil([&] { return !input->canTakeOver(); }));
+    }
+
+    const Keys all{FakeGlobalAccel::altSpace, FakeGlobalAccel::altF2};
+    const Keys withoutAltSpace{FakeGlobalAccel::altF2};
+};
+
+TEST_F(ForeignShortcutTest, NothingIsTakenUnasked) {
+    open();
+    EXPECT_FALSE(input->canTakeOver());
+    EXPECT_EQ(recorder->add(toggle, 2), noErr);
+    EXPECT_FALSE(input->canTakeOver());
+    EXPECT_EQ(recorder->add(hold, 1), eventHotKeyExistsErr);
+    EXPECT_TRUE(input->canTakeOver());
+    close();
+    EXPECT_EQ(fake->keysOfKRunner(), all);
+    EXPECT_FALSE(std::filesystem::exists(settings / "Tarvik"));
+}
+
+TEST_F(ForeignShortcutTest, GivesItsKeyUpWhenTheUserAsksAndGetsItBackAtTheEnd) {
+    open();
+    takeOver();
+    EXPECT_EQ(fake->keysOfKRunner(), withoutAltSpace);
+    EXPECT_EQ(
+        log.linesWith("KRunner, Run Command has given Alt+Space up, and gets it back when the "
+                      "application ends")
+            .size(),
+        1U);
+    EXPECT_EQ(recorder->add(hold, 1), noErr);
+    EXPECT_TRUE(hasActions({{"alt-space", FakeGlobalAccel::altSpace}}));
+    close();
+    EXPECT_EQ(fake->keysOfKRunner(), all);
+    EXPECT_TRUE(fake->actions().empty());
+}
+
+TEST_F(ForeignShortcutTest, OneProgramGivesBothCombinationsUpAndGetsBothBack) {
+    const Keys both{FakeGlobalAccel::altSpace, FakeGlobalAccel::altShiftSpace};
+    fake->giveToKRunner(both);
+    open();
+    EXPECT_EQ(recorder->add(toggle, 2), eventHotKeyExistsErr);
+    takeOver();
+    EXPECT_TRUE(fake->keysOfKRunner().empty());
+    EXPECT_EQ(recorder->add(hold, 1), noErr);
+    EXPECT_EQ(recorder->add(toggle, 2), noErr);
+    close();
+    EXPECT_EQ(fake->keysOfKRunner(), both);
+    open();
+    EXPECT_EQ(recorder->add(hold, 1), noErr);
+    EXPECT_EQ(recorder->add(toggle, 2), noErr);
+    close();
+    EXPECT_EQ(fake->keysOfKRunner(), both);
+}
+
+TEST_F(ForeignShortcutTest, GivesItsKeyUpAgainAtTheNextStart) {
+    open();
+    takeOver();
+    close();
+    ASSERT_EQ(fake->keysOfKRunner(), all);
+    open();
+    EXPECT_EQ(recorder->add(hold, 1), noErr);
+    EXPECT_EQ(fake->keysOfKRunner(), withoutAltSpace);
+    EXPECT_FALSE(input->canTakeOver());
+    close();
+    EXPECT_EQ(fake->keysOfKRunner(), all);
+}
+
+TEST_F(ForeignShortcutTest, GetsItsKeyBackFromTheRunAfterAKilledOne) {
+    // As the killed run has left both.
+    open();
+    takeOver();
+    const std::string note = contentOf(settings / "Tarvik/kde-shortcuts");
+    close();
+    putFile(settings / "Tarvik/kde-shortcuts", note);
+    fake->giveToKRunner(withoutAltSpace);
+    fake->leave("alt-space", FakeGlobalAccel::altSpace);
+    open();
+    EXPECT_EQ(recorder->add(hold, 1), noErr);
+    close();
+    EXPECT_EQ(fake->keysOfKRunner(), all);
+}
+
+TEST_F(ForeignShortcutTest, IsAskedForAgainWhenTheUserHasGivenItTheKey) {
+    open();
+    takeOver();
+    fake->giveToKRunner(all);
+    EXPECT_EQ(recorder->add(hold, 1), eventHotKeyExistsErr);
+    EXPECT_TRUE(input->canTakeOver());
+    close();
+    EXPECT_EQ(fake->keysOfKRunner(), all);
+    open();
+    EXPECT_EQ(recorder->add(hold, 1), eventHotKeyExistsErr);
+    EXPECT_EQ(fake->keysOfKRunner(), all);
+}
+
+TEST_F(ForeignShortcutTest, KeepsWhatTheUserHasChangedMeanwhile) {
+    open();
+    takeOver();
+    fake->giveToKRunner({'x'});
+    close();
+    EXPECT_EQ(fake->keysOfKRunner(), (Keys{'x', FakeGlobalAccel::altSpace}));
+    // The user takes the key away while the application does not run.
+    fake->giveToKRunner({'x'});
+    open();
+    EXPECT_EQ(recorder->add(hold, 1), noErr);
+    close();
+    EXPECT_EQ(fake->keysOfKRunner(), Keys{'x'});
+}
+
+TEST_F(ForeignShortcutTest, KeepsItsKeyWhereNoNoteCanBeWritten) {
+    putFile(settings / "Tarvik", "a file in the place of the folder");
+    open();
+    ASSERT_EQ(recorder->add(hold, 1), eventHotKeyExistsErr);
+    input->takeOver();
+    EXPECT_TRUE(mainQueue.runUntil(
+        [&] { return log.hasLineWith("KRunner, Run Command keeps Alt+Space"); }));
+    EXPECT_TRUE(input->canTakeOver());
+    EXPECT_EQ(fake->keysOfKRunner(), all);
+}
+
+TEST_F(ForeignShortcutTest, KeepsItsKeyWhereKDEAnswersWithErrors) {
+    open();
+    ASSERT_EQ(recorder->add(hold, 1), eventHotKeyExistsErr);
+    fake->setManner(FakeGlobalAccel::Manner::byErrors);
+    input->takeOver();
+    EXPECT_TRUE(mainQueue.runUntil(
+        [&] { return log.hasLineWith("KRunner, Run Command keeps Alt+Space"); }));
+    EXPECT_EQ(fake->keysOfKRunner(), all);
+}
+
+TEST_F(ForeignShortcutTest, ANoteThatNobodyUnderstandsTakesNothing) {
+    for (const std::string note :
+         {"taken", "taken\t134217760", "agreed\tx\torg.kde.krunner.desktop\t_launch\t1 0 0 0",
+          "taken\t134217760\torg.kde.krunner.desktop\t_launch\t1 2 3", "\t\t\t\t\n\n"}) {
+        putFile(settings / "Tarvik/kde-shortcuts", note);
+        open();
+        EXPECT_EQ(recorder->add(hold, 1), eventHotKeyExistsErr) << note;
+        close();
+        EXPECT_EQ(fake->keysOfKRunner(), all) << note;
+    }
+}
+
+TEST_F(ForeignShortcutTest, TheEndDoesNotWaitForAKWinThatHangs) {
+    open();
+    takeOver();
+    fake->setManner(FakeGlobalAccel::Manner::later);
+    EXPECT_LT(timeOf([&] { close(); }), second);
+    fake->setManner(FakeGlobalAccel::Manner::properly);
+    EXPECT_EQ(fake->keysOfKRunner(), withoutAltSpace);
+    // The next run gives the key back.
+    open();
+    close();
+    EXPECT_EQ(fake->keysOfKRunner(), all);
+}
+
+}  // namespace
+
+}  // namespace tarvik::tests
