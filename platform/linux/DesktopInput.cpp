@@ -17,6 +17,7 @@
 #include "platform/linux/input/LinuxEventManager.h"
 #include "platform/linux/input/LinuxKeyboardEvents.h"
 #include "platform/linux/input/TypingMeans.h"
+#include "platform/linux/portal/PortalInput.h"
 #ifdef TARVIK_HAS_WAYLAND
 #include "platform/linux/kwin/KWinInput.h"
 #include "platform/linux/sway/SwayInput.h"
@@ -148,6 +149,17 @@ Opened<Means> openGnome(Session& session) {
 }
 #endif
 
+Opened<HotKeyMeans> openPortal(Session& session) {
+    auto portal = std::make_shared<PortalInput>(session.mainQueue, session.log, session.listener);
+    if (const auto& refusal = portal->refusal()) {
+        return {nullptr, *refusal};
+    }
+    const char* reason = portal->hasAnswered()
+                             ? "the portal offers it"
+                             : "the portal has not answered yet, and is used once it does";
+    return {std::move(portal), reason};
+}
+
 #ifdef TARVIK_HAS_X11
 template <typename Means>
 Opened<Means> openX11(Session& session) {
@@ -176,7 +188,9 @@ Opened<FrontMeans> openAtspi(Session& session) {
 
 // Tried in this order. A technology that was left out of the build is in no table. What Wayland
 // compositors offer stands before X11, since the question to X11 would start a compositor's X
-// server. What one compositor has stands before what any compositor may offer.
+// server. What one compositor has stands before what any compositor may offer, and before the
+// portal for shortcuts: some portals report shortcuts that are never heard, or never tell of a
+// release.
 
 const std::vector<Choice<HotKeyMeans>> hotKeyChoices{
 #ifdef TARVIK_HAS_WAYLAND
@@ -186,6 +200,7 @@ const std::vector<Choice<HotKeyMeans>> hotKeyChoices{
 #ifdef TARVIK_HAS_GNOME
     {"custom shortcuts of GNOME", &openGnome<HotKeyMeans>},
 #endif
+    {"the portal", &openPortal},
 #ifdef TARVIK_HAS_WAYLAND
     {"Wayland", &refuseWaylandHotKeys},
 #endif

@@ -58,6 +58,10 @@ std::optional<std::int32_t> integerPropertyIn(sd_bus_message* reply) {
     return valueIn<std::int32_t>(reply, "v", "i");
 }
 
+std::optional<std::uint32_t> unsignedPropertyIn(sd_bus_message* reply) {
+    return valueIn<std::uint32_t>(reply, "v", "u");
+}
+
 std::optional<bool> booleanPropertyIn(sd_bus_message* reply) {
     return booleanOf(reply, "v", "b");
 }

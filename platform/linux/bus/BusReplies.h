@@ -22,6 +22,7 @@ std::optional<bool> booleanIn(sd_bus_message* reply);
 std::optional<std::string> textPropertyIn(sd_bus_message* reply);
 std::optional<std::string> pathPropertyIn(sd_bus_message* reply);
 std::optional<std::int32_t> integerPropertyIn(sd_bus_message* reply);
+std::optional<std::uint32_t> unsignedPropertyIn(sd_bus_message* reply);
 std::optional<bool> booleanPropertyIn(sd_bus_message* reply);
 
 /// Whether the message is an error of any kind.

@@ -49,8 +49,14 @@ TEST_P(EventManagerConformance, ReportsEveryPressOfManyInOrder) {
 
 TEST_P(EventManagerConformance, RefusesACombinationThatAnotherProgramHas) {
     world->take(hold);
-    EXPECT_EQ(recorder.add(hold, 1), eventHotKeyExistsErr);
+    const platform::OSStatus status = recorder.add(hold, 1);
     EXPECT_EQ(recorder.add(toggle, 2), noErr);
+    // A desktop that asks its user decides later.
+    if (status == noErr) {
+        EXPECT_TRUE(world->runUntil([&] { return world->isHotKeyLost(); }));
+    } else {
+        EXPECT_EQ(status, eventHotKeyExistsErr);
+    }
     world->press(toggle);
     world->release(toggle);
     EXPECT_TRUE(becomes("P2R2")) << recorder.events;

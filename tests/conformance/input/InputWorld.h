@@ -35,6 +35,8 @@ class InputWorld {
     virtual void release(std::uint32_t modifiers) = 0;
     /// Another program has the space bar with these modifiers.
     virtual void take(std::uint32_t modifiers) = 0;
+    /// Whether a hotkey was reported lost, on a desktop that decides after the registration.
+    virtual bool isHotKeyLost() { return false; }
 
     /// The programs exist from here on, the second one is in front.
     virtual void startPrograms() = 0;

@@ -1,0 +1,106 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <chrono>
+#include <cstdint>
+#include <functional>
+#include <map>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "platform/EventManager.h"
+#include "platform/Log.h"
+#include "platform/linux/bus/MessageBus.h"
+#include "platform/linux/input/HotKeyMeans.h"
+#include "platform/linux/loop/EventLoop.h"
+#include "platform/linux/portal/ShortcutsPortal.h"
+
+namespace tarvik::linuxdesktop {
+
+/// Key combinations as global shortcuts of the desktop's portal, and which of them is held. Loop
+/// thread only.
+///
+/// The portal shows one dialog for all shortcuts of a request. So one request follows 0.1 s after
+/// the last change, unless the portal has the same shortcuts already.
+///
+/// A hold ends with the signal Deactivated. Some portals do not send the signal at times, but tell
+/// of the repeats of the key. Then the hold ends when the repeats end, or by the next press.
+class PortalHotKeys {
+  public:
+    /// As in HotKeyListener, but on the loop's thread.
+    struct Events {
+        std::function<void(HotKeyNumber)> onPressed;
+        std::function<void(HotKeyNumber)> onReleased;
+        std::function<void(HotKeyNumber, const std::string& reason)> onLost;
+    };
+
+    /// The references outlive the object and its callbacks.
+    PortalHotKeys(MessageBus& bus, EventLoop& loop, platform::Log& log, Events events);
+    /// Ends a hold.
+    ~PortalHotKeys();
+    PortalHotKeys(const PortalHotKeys&) = delete;
+    PortalHotKeys& operator=(const PortalHotKeys&) = delete;
+
+    /// A status of the event manager, as HotKeyMeans::registerHotKey() answers it. What the portal
+    /// and its user decide is a later onLost().
+    platform::OSStatus add(HotKeyNumber number, std::uint32_t keyCode, std::uint32_t modifiers);
+    void remove(HotKeyNumber number);
+    /// As remove(), for every hotkey. `onDone` is called when the portal has them back, or does not
+    /// answer.
+    void removeAll(const std::function<void()>& onDone);
+
+  private:
+    // A combination of the space bar.
+    struct Combination {
+        // Names the shortcut in the portal.
+        const char* name;
+        const char* text;
+        const char* trigger;
+        std::uint32_t modifiers;
+    };
+    struct Hold {
+        HotKeyNumber number = 0;
+        SteadyTime pressTime;
+        // Of the last repeat, and the maximum time between two of them.
+        SteadyTime repeatTime;
+        SteadyTime::duration maxGap{0};
+        int repeats = 0;
+    };
+
+    static const Combination* combinationOf(std::uint32_t modifiers);
+    std::optional<HotKeyNumber> numberOf(const std::string& name) const;
+    ShortcutsPortal::Names wantedNames() const;
+    void bindLater();
+    void bind();
+    void handleActivated(const std::string& name);
+    void handleRepeat();
+    void handleDeactivated(const std::string& name);
+    void handleBound(const ShortcutsPortal::Names& names, const std::string& reason);
+    void handleEnded(const std::string& reason);
+    void reportMissing();
+    void endHoldWithoutSignal();
+    void endHold();
+
+    platform::Log& log_;
+    const Events events_;
+    ShortcutsPortal portal_;
+    std::map<HotKeyNumber, const Combination*> hotKeys_;
+    // What the portal was asked for last; empty after an end.
+    ShortcutsPortal::Names boundNames_;
+    // Why the portal has not bound a shortcut, by the shortcut's name.
+    std::map<std::string, std::string> missing_;
+    Deadline bindDeadline_;
+    int retriesLeft_;
+    std::chrono::milliseconds retryInterval_;
+    std::optional<Hold> hold_;
+    Deadline repeatDeadline_;
+    // From a press to its first repeat, where the portal tells of repeats.
+    std::optional<SteadyTime::duration> repeatDelay_;
+    // A hold that has ended without the portal's signal, of which repeats may be on their way.
+    HotKeyNumber endedNumber_ = 0;
+    SteadyTime lateUntil_;
+    bool hasLoggedMissingSignal_ = false;
+};
+
+}  // namespace tarvik::linuxdesktop
