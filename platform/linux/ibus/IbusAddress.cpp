@@ -2,6 +2,7 @@
 
 #include "platform/linux/ibus/IbusAddress.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <cstdlib>
 #include <filesystem>
@@ -80,6 +81,19 @@ Result<std::string> ibusAddress() {
         }
     }
     return Error{ENOENT, "IBus does not run in this session"};
+}
+
+std::filesystem::path ibusAddressFile() {
+    if (!variable("IBUS_ADDRESS").empty()) {
+        return {};
+    }
+    const auto files = addressFiles();
+    const auto found = std::ranges::find_if(
+        files, [](const std::filesystem::path& file) { return !addressIn(file).empty(); });
+    if (found != files.end()) {
+        return *found;
+    }
+    return files.empty() ? std::filesystem::path() : files.front();
 }
 
 }  // namespace tarvik::linuxdesktop

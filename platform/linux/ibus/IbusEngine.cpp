@@ -75,7 +75,8 @@ IbusEngine::IbusEngine(EventLoop& loop, AskConfigured askConfigured, Handlers ha
       name_(nextEngineName()),
       askConfigured_(std::move(askConfigured)),
       handlers_(std::move(handlers)),
-      endDelay_(loop) {}
+      endDelay_(loop),
+      reconnection_(loop, ibusAddressFile(), [this] { return !connect(); }) {}
 
 std::optional<std::string> IbusEngine::connect() {
     if (bus_) {
@@ -106,6 +107,11 @@ std::optional<std::string> IbusEngine::connect() {
             }
         });
     }
+    if (std::exchange(isLost_, false)) {
+        reconnection_.end();
+        isRefused_ = false;
+        handlers_.onPresence(true);
+    }
     return std::nullopt;
 }
 
@@ -121,6 +127,9 @@ void IbusEngine::lose() {
     isBusy_ = false;
     isTaken_ = false;
     dropField();
+    isLost_ = true;
+    reconnection_.begin();
+    handlers_.onPresence(false);
     refuse("IBus is gone");
 }
 
@@ -153,6 +162,7 @@ void IbusEngine::end(std::function<void()> onDone) {
 }
 
 void IbusEngine::leave(std::function<void()> onDone) {
+    reconnection_.end();
     const auto address = ibusAddress();
     if (!std::exchange(bus_, nullptr) || !address) {
         onDone();

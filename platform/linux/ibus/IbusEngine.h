@@ -11,6 +11,7 @@
 #include "platform/linux/bus/MessageBus.h"
 #include "platform/linux/ibus/PreviousEngine.h"
 #include "platform/linux/loop/EventLoop.h"
+#include "platform/linux/loop/Reconnection.h"
 
 namespace tarvik::linuxdesktop {
 
@@ -37,6 +38,8 @@ class IbusEngine {
         std::function<void()> onField;
         /// The engine cannot be used, or not any more. The next acquire() tries again.
         std::function<void(const std::string& reason)> onRefused;
+        /// IBus is gone, or is back after that.
+        std::function<void(bool isThere)> onPresence = [](bool) {};
     };
     /// The name of the engine that the desktop's settings choose, for an IBus that does not know.
     using AskConfigured = std::function<std::string()>;
@@ -127,6 +130,9 @@ class IbusEngine {
     std::uint64_t fieldCount_ = 0;
     Deadline endDelay_;
     std::unique_ptr<MessageBus> bus_;
+    // IBus has ended, and is not back.
+    bool isLost_ = false;
+    Reconnection reconnection_;
 };
 
 }  // namespace tarvik::linuxdesktop

@@ -28,7 +28,8 @@ class IbusEngineTest : public IbusFixture {
             loop, [this] { return configured; },
             IbusEngine::Handlers{
                 [this](const IbusEngine::Key& key) { keys.push_back(key); }, [] {},
-                [this](const std::string& reason) { refusals.push_back(reason); }});
+                [this](const std::string& reason) { refusals.push_back(reason); },
+                [this](bool isThere) { presence += isThere ? "back " : "gone "; }});
     }
     void acquire() {
         engine->acquire();
@@ -48,6 +49,7 @@ class IbusEngineTest : public IbusFixture {
     std::string configured = layout;
     std::vector<IbusEngine::Key> keys;
     std::vector<std::string> refusals;
+    std::string presence;
     std::unique_ptr<IbusEngine> engine;
 };
 
@@ -263,6 +265,23 @@ TEST_F(IbusEngineTest, AnIbusThatEndsIsFoundAgain) {
     acquire();
     release();
     EXPECT_EQ(engineInUse(), layout);
+}
+
+TEST_F(IbusEngineTest, IsInItsPlaceAgainWhenIbusIsBackDuringAUse) {
+    choose(layout);
+    program->focusIn();
+    acquire();
+    ibus->kill();
+    ASSERT_TRUE(runUntil([this] { return presence == "gone "; }));
+    startIbus();
+    ASSERT_TRUE(runUntil([this] { return presence == "gone back "; }));
+    program->focusIn();
+    EXPECT_TRUE(runUntil([this] { return engine->hasField(); }));
+    engine->commit("again");
+    EXPECT_TRUE(runUntil([this] { return program->text == "again"; })) << program->text;
+    release();
+    EXPECT_EQ(engineInUse(), layout);
+    EXPECT_EQ(refusals, std::vector<std::string>{"IBus is gone"});
 }
 
 TEST_F(IbusEngineTest, AnIbusThatDoesNotAnswerCostsOneRefusal) {
