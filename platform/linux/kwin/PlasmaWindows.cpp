@@ -61,7 +61,7 @@ PlasmaWindows::~PlasmaWindows() {
 }
 
 void PlasmaWindows::add(const char* uuid) {
-    const std::int64_t number = ++lastNumber_;
+    const std::int64_t number = newWindowNumber();
     Described& window = windows_[number];
     window.owner = this;
     window.number = number;

@@ -70,9 +70,8 @@ class PlasmaWindows final : public WindowFocus {
     WaylandConnection& connection_;
     OnFront onFront_;
     std::unique_ptr<org_kde_plasma_window_management, ManagerDestroyed> manager_;
-    // By their numbers, which count up and are not used twice.
+    // By their numbers.
     std::map<std::int64_t, Described> windows_;
-    std::int64_t lastNumber_ = 0;
     std::uint64_t changeCount_ = 0;
     // The windows that were in front, the latest first.
     std::deque<std::int64_t> history_;

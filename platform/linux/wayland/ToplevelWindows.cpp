@@ -43,7 +43,7 @@ void ToplevelWindows::handleToplevel(void* self, zwlr_foreign_toplevel_manager_v
         &handleClosed};
     zwlr_foreign_toplevel_handle_v1_add_listener(handle, &listener, self);
     auto& windows = *static_cast<ToplevelWindows*>(self);
-    windows.toplevels_[++windows.lastNumber_].handle.reset(handle);
+    windows.toplevels_[newWindowNumber()].handle.reset(handle);
 }
 
 // Not put off until the event "done": compositors send that one later than the answer to a sync.

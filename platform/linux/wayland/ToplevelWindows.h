@@ -20,7 +20,8 @@ namespace tarvik::linuxdesktop {
 /// The protocol does not tell the process of a window. A window has process 0 until setProcess().
 class ToplevelWindows final : public WindowFocus {
   public:
-    /// Gets the number of the window that has the keyboard, whenever it may be another one.
+    /// Gets the number of the window that has the keyboard, whenever it may be another one; 0 at
+    /// the end of the object.
     using OnFront = std::function<void(std::int64_t window)>;
 
     /// Why the compositor does not tell of windows; empty when it does. After `onReady` of the
@@ -29,6 +30,7 @@ class ToplevelWindows final : public WindowFocus {
 
     /// `connection` offers what refusal() asks for, and outlives the object.
     ToplevelWindows(WaylandConnection& connection, OnFront onFront);
+    ~ToplevelWindows() override { onFront_(0); }
     ToplevelWindows(const ToplevelWindows&) = delete;
     ToplevelWindows& operator=(const ToplevelWindows&) = delete;
 
@@ -77,8 +79,6 @@ class ToplevelWindows final : public WindowFocus {
     const std::string server_;
     std::unique_ptr<wl_seat, SeatDestroyed> seat_;
     std::unique_ptr<zwlr_foreign_toplevel_manager_v1, ManagerDestroyed> manager_;
-    // Numbers are not used twice.
-    std::int64_t lastNumber_ = 0;
     std::map<std::int64_t, Toplevel> toplevels_;
     std::int64_t front_ = 0;
     std::uint64_t changeCount_ = 0;

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include <atomic>
 #include <cstdint>
 #include <functional>
 #include <optional>
@@ -42,6 +43,14 @@ class WindowFocus {
     virtual void activate(std::int64_t window) = 0;
     /// Gives the keyboard back to what had it before the first activate() since the last call.
     virtual void giveBack() = 0;
+
+  protected:
+    /// A number that no window has had, also in a session that has ended: a text for that window
+    /// must not go to another one. Any thread.
+    static std::int64_t newWindowNumber() {
+        static std::atomic<std::int64_t> last = 0;
+        return ++last;
+    }
 };
 
 }  // namespace tarvik::linuxdesktop
