@@ -6,8 +6,10 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <cstdlib>
 #include <cstring>
 #include <ctime>
+#include <string_view>
 #include <utility>
 
 #include "platform/linux/bus/BusReplies.h"
@@ -51,6 +53,18 @@ Result<std::unique_ptr<MessageBus>> MessageBus::openSession() {
         return errorOf(-result);
     }
     return std::unique_ptr<MessageBus>(new MessageBus(BusHandle(opened)));
+}
+
+std::filesystem::path MessageBus::sessionSocket() {
+    constexpr std::string_view beginning = "unix:path=";
+    if (const char* address = std::getenv("DBUS_SESSION_BUS_ADDRESS"); address != nullptr) {
+        const std::string_view text = address;
+        return text.starts_with(beginning)
+                   ? text.substr(beginning.size(), text.find_first_of(",;") - beginning.size())
+                   : "";
+    }
+    const char* folder = std::getenv("XDG_RUNTIME_DIR");
+    return folder != nullptr ? std::filesystem::path(folder) / "bus" : "";
 }
 
 Result<std::unique_ptr<MessageBus>> MessageBus::openSystem() {

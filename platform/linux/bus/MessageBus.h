@@ -4,6 +4,7 @@
 #include <systemd/sd-bus.h>
 
 #include <chrono>
+#include <filesystem>
 #include <functional>
 #include <memory>
 #include <optional>
@@ -48,6 +49,8 @@ class MessageBus {
     /// Connects to the program at `address`, which speaks D-Bus without being a message bus. Its
     /// calls need no destination. Rules of observe() filter what it sends, and are not sent to it.
     static Result<std::unique_ptr<MessageBus>> openPeer(const std::string& address);
+    /// The socket of the user's session bus; empty when the bus has no socket in the file system.
+    static std::filesystem::path sessionSocket();
     MessageBus(const MessageBus&) = delete;
     MessageBus& operator=(const MessageBus&) = delete;
 

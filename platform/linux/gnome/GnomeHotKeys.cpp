@@ -69,8 +69,13 @@ const sd_bus_vtable GnomeHotKeys::methods[] = {
     SD_BUS_VTABLE_END};
 
 GnomeHotKeys::GnomeHotKeys(MessageBus& bus, IbusEngine& engine, EventLoop& loop, platform::Log& log,
-                           Events events)
-    : bus_(bus), engine_(engine), log_(log), events_(std::move(events)), repeatDeadline_(loop) {
+                           Events events, OnTaken onTaken)
+    : bus_(bus),
+      engine_(engine),
+      log_(log),
+      events_(std::move(events)),
+      onTaken_(std::move(onTaken)),
+      repeatDeadline_(loop) {
     bus_.addObject(objectPath, objectInterface, methods, this);
 }
 
@@ -122,7 +127,7 @@ void GnomeHotKeys::bind(HotKeyNumber number, std::uint32_t modifiers, OnStatus o
         log_.write("TarvikDictate: " + userText(modifiers) +
                    " belongs to GNOME's shortcut: " + *owner);
         if (shortcuts_.isInWindowMenu(modifiers)) {
-            events_.onTaken(true);
+            onTaken_(true);
         }
         onStatus(platform::eventHotKeyExistsErr);
     } else if (shortcuts_.bind(modifiers, command(modifiers))) {
@@ -133,21 +138,32 @@ void GnomeHotKeys::bind(HotKeyNumber number, std::uint32_t modifiers, OnStatus o
     }
 }
 
-void GnomeHotKeys::remove(HotKeyNumber number) {
-    const auto found = hotKeys_.find(number);
-    if (found == hotKeys_.end()) {
-        return;
-    }
+void GnomeHotKeys::remove(HotKeyNumber number, std::function<void()> onDone) {
     if (hold_ && hold_->number == number) {
         hold_.reset();
         repeatDeadline_.clear();
         engine_.release();
     }
-    shortcuts_.unbind(found->second);
-    hotKeys_.erase(found);
+    if (const auto removed = hotKeys_.extract(number)) {
+        shortcuts_.unbind(removed.mapped());
+    }
+    onDone();
 }
 
-void GnomeHotKeys::removeAll() {
+void GnomeHotKeys::resume(const std::map<HotKeyNumber, std::uint32_t>& hotKeys) {
+    for (const auto& [number, modifiers] : hotKeys) {
+        add(number, platform::spaceKeyCode, modifiers,
+            [this, number = number](platform::OSStatus status) {
+                if (status != platform::noErr) {
+                    events_.onLost(number, status == platform::eventHotKeyExistsErr
+                                               ? "another program has the combination"
+                                               : "GNOME does not take the shortcut");
+                }
+            });
+    }
+}
+
+void GnomeHotKeys::removeAll(std::function<void()> onDone) {
     endHold();
     for (const auto& [number, modifiers] : std::exchange(hotKeys_, {})) {
         shortcuts_.unbind(modifiers);
@@ -156,11 +172,12 @@ void GnomeHotKeys::removeAll() {
         shortcuts_.giveBackToWindowMenu();
         bus_.releaseName(objectName);
     }
+    onDone();
 }
 
 void GnomeHotKeys::takeFromWindowMenu() {
     if (shortcuts_.takeFromWindowMenu()) {
-        events_.onTaken(false);
+        onTaken_(false);
         log_.write(
             "TarvikDictate: the menu of windows has given Alt+Space up, and gets it back when the "
             "application ends");

@@ -15,7 +15,7 @@
 #include "platform/linux/bus/MessageBus.h"
 #include "platform/linux/gnome/GnomeShortcuts.h"
 #include "platform/linux/ibus/IbusEngine.h"
-#include "platform/linux/input/HotKeyMeans.h"
+#include "platform/linux/input/SessionHotKeys.h"
 #include "platform/linux/loop/EventLoop.h"
 
 namespace tarvik::linuxdesktop {
@@ -25,32 +25,27 @@ namespace tarvik::linuxdesktop {
 /// GNOME runs a command when a shortcut is pressed, and again at each repeat of the key. The
 /// command calls an object on the session bus. No command tells of a release. The engine of IBus
 /// sees the keys go up while a text field has the keyboard. Elsewhere a hold ends with its repeats.
-class GnomeHotKeys {
+///
+/// Each registration waits for GNOME's store of settings.
+class GnomeHotKeys final : public SessionHotKeys {
   public:
-    /// As in HotKeyListener, but on the loop's thread.
-    struct Events {
-        std::function<void(HotKeyNumber)> onPressed;
-        std::function<void(HotKeyNumber)> onReleased;
-        /// Whether the menu of windows has a combination that was asked for.
-        std::function<void(bool isTaken)> onTaken;
-    };
-    using OnStatus = std::function<void(platform::OSStatus)>;
+    /// Gets whether the menu of windows has a combination that was asked for.
+    using OnTaken = std::function<void(bool isTaken)>;
 
     /// The references outlive the object.
     GnomeHotKeys(MessageBus& bus, IbusEngine& engine, EventLoop& loop, platform::Log& log,
-                 Events events);
+                 Events events, OnTaken onTaken);
     /// Ends a hold. Shortcuts that are left stay until the next start.
-    ~GnomeHotKeys();
+    ~GnomeHotKeys() override;
     GnomeHotKeys(const GnomeHotKeys&) = delete;
     GnomeHotKeys& operator=(const GnomeHotKeys&) = delete;
 
-    /// Has GNOME make a shortcut of the event manager's key and modifiers. `onStatus` gets a status
-    /// of the event manager as HotKeyMeans::registerHotKey() answers it, in this or a later turn.
     void add(HotKeyNumber number, std::uint32_t keyCode, std::uint32_t modifiers,
-             OnStatus onStatus);
-    void remove(HotKeyNumber number);
-    /// As remove(), for every hotkey; and what was taken from the menu of windows goes back.
-    void removeAll();
+             OnStatus onStatus) override;
+    void remove(HotKeyNumber number, std::function<void()> onDone) override;
+    /// What was taken from the menu of windows goes back.
+    void removeAll(std::function<void()> onDone) override;
+    void resume(const std::map<HotKeyNumber, std::uint32_t>& hotKeys) override;
 
     /// The user has asked for the combinations. The menu of windows loses the one of the hold
     /// hotkey; a later add() has it.
@@ -96,7 +91,8 @@ class GnomeHotKeys {
     MessageBus& bus_;
     IbusEngine& engine_;
     platform::Log& log_;
-    Events events_;
+    const Events events_;
+    const OnTaken onTaken_;
     GnomeShortcuts shortcuts_;
     std::map<HotKeyNumber, std::uint32_t> hotKeys_;
     bool isOwner_ = false;

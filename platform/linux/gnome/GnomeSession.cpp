@@ -3,6 +3,8 @@
 #include "platform/linux/gnome/GnomeSession.h"
 
 #include <chrono>
+#include <cstdlib>
+#include <string>
 #include <utility>
 
 #include "platform/linux/bus/BusReplies.h"
@@ -17,7 +19,7 @@ using namespace std::chrono_literals;
 constexpr auto timeout = 1s;
 constexpr auto commitInterval = 20ms;
 
-const BusObject bus{"org.freedesktop.DBus", "/org/freedesktop/DBus"};
+const BusObject busDaemon{"org.freedesktop.DBus", "/org/freedesktop/DBus"};
 const BusObject shell{"org.gnome.Shell", "/org/gnome/Shell"};
 
 // GNOME Shell gives IBus the same engine for every keyboard layout.
@@ -37,8 +39,27 @@ std::string configuredEngine() {
 
 }  // namespace
 
+Result<std::unique_ptr<InputSession>> GnomeSession::open(EventLoop& loop, platform::Log& log,
+                                                         Events events,
+                                                         GnomeHotKeys::OnTaken onTaken,
+                                                         IsInFront isInFront) {
+    // GNOME on X11 is served by what serves every X11 session.
+    if (const char* display = std::getenv("WAYLAND_DISPLAY");
+        display == nullptr || *display == '\0') {
+        return Error{0, "WAYLAND_DISPLAY is not set"};
+    }
+    auto opened = MessageBus::openSession();
+    if (!opened) {
+        return Error{opened.error().code,
+                     "there is no session bus: " + opened.error().localizedDescription};
+    }
+    return std::unique_ptr<InputSession>(new GnomeSession(std::move(opened).value(), loop, log,
+                                                          std::move(events), std::move(onTaken),
+                                                          std::move(isInFront)));
+}
+
 GnomeSession::GnomeSession(std::unique_ptr<MessageBus> bus, EventLoop& loop, platform::Log& log,
-                           Events events)
+                           Events events, GnomeHotKeys::OnTaken onTaken, IsInFront isInFront)
     : events_(std::move(events)),
       bus_(std::move(bus)),
       engine_(loop, configuredEngine,
@@ -47,33 +68,53 @@ GnomeSession::GnomeSession(std::unique_ptr<MessageBus> bus, EventLoop& loop, pla
                    hotKeys_.handleField();
                    typist_.handleField();
                },
-               [this](const std::string& reason) { typist_.handleRefusal(reason); }}),
+               [this](const std::string& reason) { typist_.handleRefusal(reason); },
+               [&log](bool isThere) {
+                   log.write(std::string("TarvikDictate: IBus is ") + (isThere ? "back" : "gone"));
+               }}),
       commitDelay_(loop),
       typist_(engine_, loop, log,
-              {events_.isInFront,
+              {std::move(isInFront),
                [this](std::function<void()> onDone) { syncShell(std::move(onDone)); }}),
-      hotKeys_(*bus_, engine_, loop, log, events_.hotKeys) {
+      hotKeys_(*bus_, engine_, loop, log, events_.hotKeys, std::move(onTaken)) {
     bus_->attach(loop, [this](const Error& error) {
-        events_.onRefused("the session bus is lost: " + error.localizedDescription);
+        events_.onLost("the session bus is lost: " + error.localizedDescription);
     });
+    bus_->observe(
+        "type='signal',sender='org.freedesktop.DBus',member='NameOwnerChanged',"
+        "arg0='org.gnome.Shell'",
+        [this](sd_bus_message* signal) { handleShellChange(signal); });
     askForShell();
 }
 
 void GnomeSession::hasOwner(const char* name, std::function<void(bool)> onAnswer) {
-    bus_->call(bus_->newCall(bus, "org.freedesktop.DBus", "NameHasOwner", "s", name), timeout,
-               [onAnswer = std::move(onAnswer)](sd_bus_message* reply) {
+    bus_->call(bus_->newCall(busDaemon, "org.freedesktop.DBus", "NameHasOwner", "s", name),
+               MessageBus::noTimeout, [onAnswer = std::move(onAnswer)](sd_bus_message* reply) {
                    onAnswer(booleanIn(reply).value_or(false));
                });
 }
 
 void GnomeSession::askForShell() {
     hasOwner("org.gnome.Shell", [this](bool isThere) {
-        if (isThere) {
-            askForFcitx();
-        } else {
+        if (!isThere) {
             events_.onRefused("no GNOME Shell in this session");
+        } else if (!std::exchange(isServed_, true)) {
+            askForFcitx();
         }
     });
+}
+
+void GnomeSession::handleShellChange(sd_bus_message* signal) {
+    const char* name = nullptr;
+    const char* before = nullptr;
+    if (sd_bus_message_read(signal, "ss", &name, &before) <= 0) {
+        return;
+    }
+    if (!isServed_) {
+        askForShell();
+    } else if (*before != '\0') {
+        events_.onLost("GNOME Shell is gone");
+    }
 }
 
 void GnomeSession::askForFcitx() {
@@ -106,8 +147,8 @@ void GnomeSession::syncShell(std::function<void()> onDone) {
 }
 
 void GnomeSession::end(std::function<void()> onDone) {
-    hotKeys_.removeAll();
-    engine_.end(std::move(onDone));
+    hotKeys_.removeAll(
+        [this, onDone = std::move(onDone)]() mutable { engine_.end(std::move(onDone)); });
 }
 
 }  // namespace tarvik::linuxdesktop

@@ -37,7 +37,7 @@ IbusTypist::~IbusTypist() {
     }
 }
 
-void IbusTypist::type(TypedText text, std::function<void()> onTyped) {
+void IbusTypist::type(TypedText text, std::int64_t /*window*/, std::function<void()> onTyped) {
     items_.push_back({std::move(text), std::move(onTyped)});
     if (items_.size() == 1) {
         beginNext();

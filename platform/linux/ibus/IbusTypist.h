@@ -12,7 +12,7 @@
 #include "platform/Log.h"
 #include "platform/Workspace.h"
 #include "platform/linux/ibus/IbusEngine.h"
-#include "platform/linux/input/TypingMeans.h"
+#include "platform/linux/input/SessionTypist.h"
 #include "platform/linux/loop/EventLoop.h"
 
 namespace tarvik::linuxdesktop {
@@ -21,7 +21,7 @@ namespace tarvik::linuxdesktop {
 ///
 /// A committed text goes to the field that has the keyboard. So the field is waited for before each
 /// piece and compared after it. No text is committed twice.
-class IbusTypist {
+class IbusTypist final : public SessionTypist {
   public:
     struct Session {
         /// Whether a process has the keyboard; empty where the session does not tell.
@@ -32,16 +32,13 @@ class IbusTypist {
 
     /// The references outlive the object.
     IbusTypist(IbusEngine& engine, EventLoop& loop, platform::Log& log, Session session);
-    /// What has not been committed is lost: one line in the log per text, and `onTyped`.
-    ~IbusTypist();
+    ~IbusTypist() override;
     IbusTypist(const IbusTypist&) = delete;
     IbusTypist& operator=(const IbusTypist&) = delete;
 
-    /// Commits `text` after every text before it. `onTyped` is called once, in this or a later
-    /// turn: the text has been handed to its program, or is lost.
-    void type(TypedText text, std::function<void()> onTyped);
-    /// Calls `onIdle` once, when no text is left.
-    void whenIdle(std::function<void()> onIdle);
+    /// IBus knows no windows: `window` does not count.
+    void type(TypedText text, std::int64_t window, std::function<void()> onTyped) override;
+    void whenIdle(std::function<void()> onIdle) override;
 
     /// The engine has got or lost a field.
     void handleField();

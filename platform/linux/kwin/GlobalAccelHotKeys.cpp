@@ -18,9 +18,12 @@ constexpr std::int32_t spaceKey = 0x20;
 
 }  // namespace
 
-GlobalAccelHotKeys::GlobalAccelHotKeys(MessageBus& bus, platform::Log& log, Events events)
+GlobalAccelHotKeys::GlobalAccelHotKeys(MessageBus& bus, platform::Log& log, Events events,
+                                       OnTaken onTaken, OnHold onHold)
     : log_(log),
       events_(std::move(events)),
+      onTaken_(std::move(onTaken)),
+      onHold_(std::move(onHold)),
       globalAccel_(bus, {[this](const std::string& action) { handlePressed(action); },
                          [this](const std::string& action) { handleReleased(action); },
                          [this](const std::string& action, const std::vector<std::int32_t>& keys) {
@@ -138,7 +141,7 @@ void GlobalAccelHotKeys::setRefusal(const Combination& combination,
     if (owner) {
         refusals_.push_back({&combination, *owner});
     }
-    events_.onTaken(!refusals_.empty());
+    onTaken_(!refusals_.empty());
 }
 
 void GlobalAccelHotKeys::takeOver() {
@@ -195,10 +198,12 @@ void GlobalAccelHotKeys::removeAll(std::function<void()> onDone) {
     }
 }
 
-void GlobalAccelHotKeys::handleStart() {
-    for (const auto& [number, combination] : hotKeys_) {
-        registerKey(number, [this, number = number, combination = combination](
-                                platform::OSStatus status, const std::string& owner) {
+void GlobalAccelHotKeys::resume(const std::map<HotKeyNumber, std::uint32_t>& hotKeys) {
+    for (const auto& [number, modifiers] : hotKeys) {
+        const Combination* combination = combinationOf(modifiers);
+        hotKeys_[number] = combination;
+        registerKey(number, [this, number = number, combination](platform::OSStatus status,
+                                                                 const std::string& owner) {
             if (status == platform::eventHotKeyExistsErr) {
                 events_.onLost(number,
                                std::string("KDE has given ") + combination->text + " to: " + owner);
@@ -215,7 +220,7 @@ void GlobalAccelHotKeys::handlePressed(const std::string& action) {
     if (number && held_ != number) {
         endHold();
         held_ = number;
-        events_.onHold(true);
+        onHold_(true);
         events_.onPressed(*number);
     }
 }
@@ -242,7 +247,7 @@ void GlobalAccelHotKeys::handleKeysChanged(const std::string& action,
 std::optional<HotKeyNumber> GlobalAccelHotKeys::takeHold() {
     const auto ended = std::exchange(held_, std::nullopt);
     if (ended) {
-        events_.onHold(false);
+        onHold_(false);
     }
     return ended;
 }

@@ -10,7 +10,7 @@
 
 #include "platform/EventManager.h"
 #include "platform/Log.h"
-#include "platform/linux/input/HotKeyMeans.h"
+#include "platform/linux/input/SessionHotKeys.h"
 #include "platform/linux/kwin/ForeignShortcuts.h"
 #include "platform/linux/kwin/GlobalAccel.h"
 
@@ -20,43 +20,34 @@ namespace tarvik::linuxdesktop {
 ///
 /// KDE keeps the shortcuts of a program that was killed. The next start has the same names for
 /// them, and so takes them over.
-class GlobalAccelHotKeys {
+class GlobalAccelHotKeys final : public SessionHotKeys {
   public:
-    /// As in HotKeyListener, but on the loop's thread.
-    struct Events {
-        std::function<void(HotKeyNumber)> onPressed;
-        std::function<void(HotKeyNumber)> onReleased;
-        std::function<void(HotKeyNumber, const std::string& reason)> onLost;
-        /// Whether takeOver() would get a combination that was refused.
-        std::function<void(bool canTakeOver)> onTaken = [](bool) {};
-        /// A hold begins or ends, also by remove(). Before the events above.
-        std::function<void(bool isHeld)> onHold = [](bool) {};
-    };
-    using OnStatus = std::function<void(platform::OSStatus)>;
+    /// Gets whether takeOver() would get a combination that was refused.
+    using OnTaken = std::function<void(bool canTakeOver)>;
+    /// A hold begins or ends, also by remove(). Before the other events.
+    using OnHold = std::function<void(bool isHeld)>;
 
     /// The references outlive the object and its callbacks.
-    GlobalAccelHotKeys(MessageBus& bus, platform::Log& log, Events events);
-    /// Ends a hold.
-    ~GlobalAccelHotKeys() { endHold(); }
+    GlobalAccelHotKeys(MessageBus& bus, platform::Log& log, Events events, OnTaken onTaken,
+                       OnHold onHold);
+    ~GlobalAccelHotKeys() override { endHold(); }
     GlobalAccelHotKeys(const GlobalAccelHotKeys&) = delete;
     GlobalAccelHotKeys& operator=(const GlobalAccelHotKeys&) = delete;
 
-    /// Registers the event manager's key and modifiers. `onStatus` gets a status of the event
-    /// manager as HotKeyMeans::registerHotKey() answers it, in this or a later turn.
     void add(HotKeyNumber number, std::uint32_t keyCode, std::uint32_t modifiers,
-             OnStatus onStatus);
-    /// `onDone` is called when KDE has deleted the shortcut, or does not answer.
-    void remove(HotKeyNumber number, std::function<void()> onDone);
+             OnStatus onStatus) override;
+    /// `onDone` is called also when KDE does not answer.
+    void remove(HotKeyNumber number, std::function<void()> onDone) override;
+    /// What other programs have given up goes back to them.
+    void removeAll(std::function<void()> onDone) override;
+    void resume(const std::map<HotKeyNumber, std::uint32_t>& hotKeys) override;
+
     /// The user asks for the combinations that other programs have. Those programs give them up
     /// until removeAll(); the log says which ones do. A later add() has the combination.
     void takeOver();
-    /// As remove(), for every hotkey; and what other programs have given up goes back to them.
-    void removeAll(std::function<void()> onDone);
 
     /// The program that has the shortcuts is gone. Ends a hold.
     void handleEnd() { endHold(); }
-    /// Another such program is there, and knows no shortcuts.
-    void handleStart();
 
   private:
     // A combination of the space bar.
@@ -95,7 +86,9 @@ class GlobalAccelHotKeys {
     void endHold();
 
     platform::Log& log_;
-    Events events_;
+    const Events events_;
+    const OnTaken onTaken_;
+    const OnHold onHold_;
     GlobalAccel globalAccel_;
     ForeignShortcuts foreign_{globalAccel_};
     std::vector<Refusal> refusals_;

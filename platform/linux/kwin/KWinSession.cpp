@@ -14,9 +14,9 @@ namespace {
 
 using namespace std::chrono_literals;
 
-constexpr auto ownerTimeout = 900ms;
 constexpr const char* kwinName = "org.kde.KWin";
-const BusObject busDaemon{"org.freedesktop.DBus", "/org/freedesktop/DBus"};
+constexpr const char* busInterface = "org.freedesktop.DBus";
+const BusObject busDaemon{busInterface, "/org/freedesktop/DBus"};
 // KWin looks for new desktop files every one and a half seconds at most.
 constexpr auto permissionInterval = 1s;
 constexpr int maxOfferRetries = 4;
@@ -25,24 +25,41 @@ constexpr std::uint32_t neutralKey = 240;
 
 }  // namespace
 
+Result<std::unique_ptr<InputSession>> KWinSession::open(EventLoop& loop, platform::Log& log,
+                                                        TemporaryDesktopFile& desktopFile,
+                                                        Events events, WindowEvents windowEvents,
+                                                        GlobalAccelHotKeys::OnTaken onTaken) {
+    auto opened = MessageBus::openSession();
+    if (!opened) {
+        return Error{opened.error().code,
+                     "there is no session bus: " + opened.error().localizedDescription};
+    }
+    return std::unique_ptr<InputSession>(
+        new KWinSession(std::move(opened).value(), loop, log, desktopFile, std::move(events),
+                        std::move(windowEvents), std::move(onTaken)));
+}
+
 KWinSession::KWinSession(std::unique_ptr<MessageBus> bus, EventLoop& loop, platform::Log& log,
-                         Events events)
+                         TemporaryDesktopFile& desktopFile, Events events,
+                         WindowEvents windowEvents, GlobalAccelHotKeys::OnTaken onTaken)
     : loop_(loop),
       log_(log),
+      desktopFile_(desktopFile),
       events_(std::move(events)),
+      windowEvents_(std::move(windowEvents)),
       bus_(std::move(bus)),
-      hotKeys_(*bus_, log, heard(events_.hotKeys)),
-      desktopFile_(log, {"com.tarvik.dictate.kwin",
-                         "X-KDE-Wayland-Interfaces=org_kde_plasma_window_management,"
-                         "org_kde_kwin_fake_input\n",
-                         "KWin", "no desktop file lets KWin show its windows to"}) {
+      hotKeys_(*bus_, log, heard(events_.hotKeys), std::move(onTaken),
+               [this](bool isHeld) { accompanyAlt(isHeld); }) {
     bus_->attach(loop, [this](const Error& error) {
         events_.onLost("the session bus is gone: " + error.localizedDescription);
     });
-    bus_->observe("type='signal',sender='org.freedesktop.DBus',member='NameOwnerChanged',arg0='" +
-                      std::string(GlobalAccel::busName) + "'",
-                  [this](sd_bus_message* signal) { handleOwnerChange(signal); });
-    openWayland();
+    for (const char* name : {kwinName, GlobalAccel::busName}) {
+        bus_->observe(std::string("type='signal',sender='org.freedesktop.DBus',"
+                                  "member='NameOwnerChanged',arg0='") +
+                          name + "'",
+                      [this](sd_bus_message* signal) { handleOwnerChange(signal); });
+    }
+    askOwners();
 }
 
 KWinSession::~KWinSession() {
@@ -50,54 +67,57 @@ KWinSession::~KWinSession() {
     flush();
 }
 
+void KWinSession::askOwners() {
+    const auto kwin = std::make_shared<Owner>();
+    const auto shortcuts = std::make_shared<Owner>();
+    const auto ask = [&](const char* name, const std::shared_ptr<Owner>& owner) {
+        bus_->call(bus_->newCall(busDaemon, busInterface, "GetNameOwner", "s", name),
+                   MessageBus::noTimeout, [this, owner, kwin, shortcuts](sd_bus_message* reply) {
+                       if (!isNoReply(reply)) {
+                           *owner = textIn(reply).value_or("");
+                           handleOwners(*kwin, *shortcuts);
+                       }
+                   });
+    };
+    ask(kwinName, kwin);
+    ask(GlobalAccel::busName, shortcuts);
+}
+
 // On X11 the shortcuts belong to a program of their own, and outside of KDE such a program may run
 // though it hears no key.
-std::string KWinSession::refusal(MessageBus& bus) {
-    // A late reply finds nobody waiting.
-    const auto owners = std::make_shared<std::vector<std::string>>();
-    for (const char* name : {kwinName, GlobalAccel::busName}) {
-        bus.call(bus.newCall(busDaemon, "org.freedesktop.DBus", "GetNameOwner", "s", name),
-                 ownerTimeout, [owners](sd_bus_message* reply) {
-                     if (!isNoReply(reply)) {
-                         owners->push_back(textIn(reply).value_or(""));
-                     }
-                 });
+void KWinSession::handleOwners(const Owner& kwin, const Owner& shortcuts) {
+    if (isServed_ || !kwin || !shortcuts) {
+        return;
     }
-    if (!bus.dispatchUntil([owners] { return owners->size() == 2; },
-                           std::chrono::steady_clock::now() + ownerTimeout)) {
-        return "the session bus does not answer";
+    if (kwin->empty()) {
+        events_.onRefused("there is no KWin on the session bus");
+    } else if (*kwin != *shortcuts) {
+        events_.onRefused("KWin does not have the shortcuts of this session");
+    } else {
+        isServed_ = true;
+        events_.onReady("");
+        openWayland();
     }
-    if (owners->front().empty()) {
-        return "there is no KWin on the session bus";
-    }
-    return owners->front() == owners->back() ? ""
-                                             : "KWin does not have the shortcuts of this session";
 }
 
 void KWinSession::handleOwnerChange(sd_bus_message* signal) {
     const char* name = nullptr;
     const char* before = nullptr;
-    const char* now = nullptr;
-    if (sd_bus_message_read(signal, "sss", &name, &before, &now) <= 0) {
+    if (sd_bus_message_read(signal, "ss", &name, &before) <= 0) {
         return;
     }
-    if (*before != '\0') {
-        hotKeys_.handleEnd();
-    }
-    if (*now != '\0') {
-        hotKeys_.handleStart();
-        openWayland();
+    if (!isServed_) {
+        askOwners();
+    } else if (*before != '\0') {
+        events_.onLost("KWin is gone");
     }
 }
 
 void KWinSession::openWayland() {
-    reopening_.clear();
     wayland_.reset();
     auto opened = WaylandConnection::open();
     if (!opened) {
-        if (const auto onReady = std::exchange(events_.onReady, nullptr)) {
-            onReady(opened.error().localizedDescription);
-        }
+        windowEvents_.onKnown(opened.error().localizedDescription);
         return;
     }
     wayland_.emplace();
@@ -105,15 +125,14 @@ void KWinSession::openWayland() {
     wayland_->connection->attach(
         loop_, [this] { handleOffers(); },
         [this](const std::string& reason) {
-            log_.write("TarvikDictate: KWin has ended the connection: " + reason);
-            reopening_.set(0ms, [this] { wayland_.reset(); });
+            events_.onLost("KWin has ended the connection: " + reason);
         });
 }
 
 void KWinSession::handleOffers() {
     WaylandConnection& connection = *wayland_->connection;
     if (PlasmaWindows::isOffered(connection)) {
-        wayland_->windows.emplace(connection, events_.onFront);
+        wayland_->windows.emplace(connection, windowEvents_.onFront);
         wayland_->slot.emplace(*bus_, loop_, log_);
         wayland_->typist.emplace(*wayland_->windows, *wayland_->slot, loop_, log_);
     }
@@ -127,18 +146,16 @@ void KWinSession::handleOffers() {
         reopening_.set(permissionInterval, [this] { openWayland(); });
         return;
     }
-    const std::string frontRefusal =
+    const std::string refusal =
         wayland_->windows ? "" : "KWin does not show its windows to this program";
-    if (std::exchange(offerRetries_, 0) > 0 && !frontRefusal.empty()) {
-        log_.write("TarvikDictate: " + frontRefusal);
+    if (std::exchange(offerRetries_, 0) > 0 && !refusal.empty()) {
+        log_.write("TarvikDictate: " + refusal);
     }
-    if (const auto onReady = std::exchange(events_.onReady, nullptr)) {
-        onReady(frontRefusal);
-    }
+    windowEvents_.onKnown(refusal);
 }
 
 // The listener asks which window is in front, of which KWin tells over Wayland.
-GlobalAccelHotKeys::Events KWinSession::heard(GlobalAccelHotKeys::Events events) {
+SessionHotKeys::Events KWinSession::heard(SessionHotKeys::Events events) {
     auto onReleased = std::move(events.onReleased);
     events.onPressed = [this](HotKeyNumber number) {
         reportPress();
@@ -153,7 +170,6 @@ GlobalAccelHotKeys::Events KWinSession::heard(GlobalAccelHotKeys::Events events)
         reportPress();
         onReleased(number);
     };
-    events.onHold = [this](bool isHeld) { accompanyAlt(isHeld); };
     return events;
 }
 
@@ -170,6 +186,10 @@ void KWinSession::accompanyAlt(bool isHeld) {
     if (wayland_ && wayland_->keyboard) {
         wayland_->keyboard->key(neutralKey, isHeld);
     }
+}
+
+void KWinSession::end(std::function<void()> onDone) {
+    hotKeys_.removeAll(std::move(onDone));
 }
 
 void KWinSession::flush() {

@@ -6,9 +6,10 @@
 #include <optional>
 #include <string>
 
+#include "base/Result.h"
 #include "platform/Log.h"
 #include "platform/linux/bus/MessageBus.h"
-#include "platform/linux/input/HotKeyMeans.h"
+#include "platform/linux/input/InputSession.h"
 #include "platform/linux/kwin/FakeKeyboard.h"
 #include "platform/linux/kwin/GlobalAccelHotKeys.h"
 #include "platform/linux/kwin/InputMethodSlot.h"
@@ -20,44 +21,37 @@
 
 namespace tarvik::linuxdesktop {
 
-/// Everything that lives as long as the connections to KWin: over the session bus, and over
-/// Wayland. Loop thread only.
+/// The connections to KWin: over the session bus, and over Wayland. Loop thread only.
 ///
-/// KWin ends the Wayland connection when it ends, and another KWin may follow. The connection is
-/// made again then, and the hotkeys are registered again.
-class KWinSession {
+/// KWin serves from when one program on the bus is KWin and has the shortcuts. What KWin offers
+/// over Wayland is known later.
+class KWinSession final : public InputSession {
   public:
-    struct Events {
-        GlobalAccelHotKeys::Events hotKeys;
+    struct WindowEvents {
         PlasmaWindows::OnFront onFront;
         /// KWin has told what it offers over Wayland. A text says why it shows no windows. Once.
-        std::function<void(const std::string& frontRefusal)> onReady;
-        /// The session bus is gone.
-        std::function<void(const std::string& reason)> onLost;
+        std::function<void(const std::string& refusal)> onKnown;
     };
 
-    /// Why KWin does not have the shortcuts of the session with this bus; empty where it has. Waits
-    /// 0.9 s at the most, and the bus belongs to no loop yet.
-    static std::string refusal(MessageBus& bus);
-
-    /// There is no refusal. The references outlive the object. The callbacks do not destroy the
-    /// object.
-    KWinSession(std::unique_ptr<MessageBus> bus, EventLoop& loop, platform::Log& log,
-                Events events);
-    /// Ends a hold.
-    ~KWinSession();
+    /// Connects to the session bus. An error when there is none. The references outlive the
+    /// session.
+    static Result<std::unique_ptr<InputSession>> open(EventLoop& loop, platform::Log& log,
+                                                      TemporaryDesktopFile& desktopFile,
+                                                      Events events, WindowEvents windowEvents,
+                                                      GlobalAccelHotKeys::OnTaken onTaken);
+    ~KWinSession() override;
     KWinSession(const KWinSession&) = delete;
     KWinSession& operator=(const KWinSession&) = delete;
 
-    GlobalAccelHotKeys& hotKeys() { return hotKeys_; }
-    /// Null while nothing can be typed.
-    KWinTypist* typist() { return wayland_ && wayland_->typist ? &*wayland_->typist : nullptr; }
-
-    /// Sends what is ready. To be called before the loop sleeps.
-    void flush();
+    GlobalAccelHotKeys* hotKeys() override { return &hotKeys_; }
+    SessionTypist* typist() override {
+        return wayland_ && wayland_->typist ? &*wayland_->typist : nullptr;
+    }
+    void flush() override;
+    void end(std::function<void()> onDone) override;
 
   private:
-    // One connection over Wayland, and what KWin offers there.
+    // The connection over Wayland, and what KWin offers there.
     struct Wayland {
         std::unique_ptr<WaylandConnection> connection;
         std::optional<PlasmaWindows> windows;
@@ -65,8 +59,15 @@ class KWinSession {
         std::optional<InputMethodSlot> slot;
         std::optional<KWinTypist> typist;
     };
+    // Who has a name on the bus, once the bus has answered; empty when nobody has.
+    using Owner = std::optional<std::string>;
 
-    GlobalAccelHotKeys::Events heard(GlobalAccelHotKeys::Events events);
+    KWinSession(std::unique_ptr<MessageBus> bus, EventLoop& loop, platform::Log& log,
+                TemporaryDesktopFile& desktopFile, Events events, WindowEvents windowEvents,
+                GlobalAccelHotKeys::OnTaken onTaken);
+    SessionHotKeys::Events heard(SessionHotKeys::Events events);
+    void askOwners();
+    void handleOwners(const Owner& kwin, const Owner& shortcuts);
     void handleOwnerChange(sd_bus_message* signal);
     void openWayland();
     void handleOffers();
@@ -75,15 +76,16 @@ class KWinSession {
 
     EventLoop& loop_;
     platform::Log& log_;
-    Events events_;
+    TemporaryDesktopFile& desktopFile_;
+    const Events events_;
+    const WindowEvents windowEvents_;
     std::unique_ptr<MessageBus> bus_;
+    bool isServed_ = false;
     // A press of which the listener does not know yet.
     std::optional<HotKeyNumber> press_;
     GlobalAccelHotKeys hotKeys_;
     std::optional<Wayland> wayland_;
-    // KWin shows its windows to the programs whose desktop files say so, and takes keys from them.
-    TemporaryDesktopFile desktopFile_;
-    // Ends a lost connection, which cannot end itself, or makes the next one.
+    // Makes the next connection over Wayland.
     Deadline reopening_{loop_};
     int offerRetries_ = 0;
 };

@@ -9,7 +9,7 @@
 #include <string>
 
 #include "platform/Log.h"
-#include "platform/linux/input/TypingMeans.h"
+#include "platform/linux/input/SessionTypist.h"
 #include "platform/linux/kwin/FocusedField.h"
 #include "platform/linux/loop/EventLoop.h"
 #include "platform/linux/wayland/WindowFocus.h"
@@ -20,21 +20,16 @@ namespace tarvik::linuxdesktop {
 ///
 /// A text goes to the text field that has the keyboard when it reaches KWin. So the focus is asked
 /// for before each text and after it. Nothing is typed twice.
-class KWinTypist {
+class KWinTypist final : public SessionTypist {
   public:
     /// The references outlive the object.
     KWinTypist(WindowFocus& focus, FocusedField& field, EventLoop& loop, platform::Log& log);
-    /// What has not been typed is lost: one line in the log per text, and `onTyped`.
-    ~KWinTypist();
+    ~KWinTypist() override;
     KWinTypist(const KWinTypist&) = delete;
     KWinTypist& operator=(const KWinTypist&) = delete;
 
-    /// Types `text` after every text before it. A text for a process goes to `window`, or to any
-    /// window of the process where `window` is 0 or gone. `onTyped` is called once, in this or a
-    /// later turn: the text has been handed on to its target, or is lost.
-    void type(TypedText text, std::int64_t window, std::function<void()> onTyped);
-    /// Calls `onIdle` once, when no text is left.
-    void whenIdle(std::function<void()> onIdle);
+    void type(TypedText text, std::int64_t window, std::function<void()> onTyped) override;
+    void whenIdle(std::function<void()> onIdle) override;
 
   private:
     struct Item {

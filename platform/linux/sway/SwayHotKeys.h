@@ -10,7 +10,7 @@
 
 #include "platform/EventManager.h"
 #include "platform/Log.h"
-#include "platform/linux/input/HotKeyMeans.h"
+#include "platform/linux/input/SessionHotKeys.h"
 #include "platform/linux/loop/EventLoop.h"
 #include "platform/linux/loop/FileDescriptor.h"
 #include "platform/linux/sway/SwayConnection.h"
@@ -23,37 +23,24 @@ namespace tarvik::linuxdesktop {
 ///
 /// Sway forgets to report the release when another key goes down during the hold. The repeats of
 /// the held key end then too. So a hold also ends when its repeats end.
-class SwayHotKeys {
+class SwayHotKeys final : public SessionHotKeys {
   public:
-    /// As in HotKeyListener, but on the loop's thread.
-    struct Events {
-        std::function<void(HotKeyNumber)> onPressed;
-        std::function<void(HotKeyNumber)> onReleased;
-        std::function<void(HotKeyNumber, const std::string& reason)> onLost;
-    };
     /// Asks how the keyboard repeats that has pressed the hotkey.
     using AskRepeat = std::function<void(KeyRepeat::OnKnown)>;
-    using OnStatus = std::function<void(platform::OSStatus)>;
 
     /// The references outlive the object.
     SwayHotKeys(SwayConnection& connection, EventLoop& loop, platform::Log& log, Events events,
                 AskRepeat askRepeat);
     /// Ends a hold. Bindings that are left stay until somebody reloads Sway's configuration.
-    ~SwayHotKeys();
+    ~SwayHotKeys() override;
     SwayHotKeys(const SwayHotKeys&) = delete;
     SwayHotKeys& operator=(const SwayHotKeys&) = delete;
 
-    /// Binds the event manager's key and modifiers. `onStatus` gets a status of the event manager
-    /// as HotKeyMeans::registerHotKey() answers it, in this or a later turn.
     void add(HotKeyNumber number, std::uint32_t keyCode, std::uint32_t modifiers,
-             OnStatus onStatus);
-    /// `onDone` is called when Sway has removed the binding.
-    void remove(HotKeyNumber number, std::function<void()> onDone);
-    /// As remove(), for every hotkey.
-    void removeAll(std::function<void()> onDone);
-    /// Binds hotkeys, with their modifiers, of a connection that was lost. One that cannot be bound
-    /// is reported by `onLost`.
-    void resume(const std::map<HotKeyNumber, std::uint32_t>& hotKeys);
+             OnStatus onStatus) override;
+    void remove(HotKeyNumber number, std::function<void()> onDone) override;
+    void removeAll(std::function<void()> onDone) override;
+    void resume(const std::map<HotKeyNumber, std::uint32_t>& hotKeys) override;
 
     /// Handles an event about a binding.
     void handleBinding(std::string_view json);

@@ -19,13 +19,24 @@ bool isReload(std::string_view json) {
 
 }  // namespace
 
+Result<std::unique_ptr<InputSession>> SwaySession::open(EventLoop& loop, platform::Log& log,
+                                                        Events events,
+                                                        SwayWindows::OnFront onFront) {
+    auto opened = SwayConnection::open();
+    if (!opened) {
+        return opened.error();
+    }
+    return std::unique_ptr<InputSession>(new SwaySession(std::move(opened).value(), loop, log,
+                                                         std::move(events), std::move(onFront)));
+}
+
 SwaySession::SwaySession(std::unique_ptr<SwayConnection> connection, EventLoop& loop,
-                         platform::Log& log, Events events)
+                         platform::Log& log, Events events, SwayWindows::OnFront onFront)
     : loop_(loop),
       log_(log),
       events_(std::move(events)),
       connection_(std::move(connection)),
-      windows_(*connection_, events_.onFront),
+      windows_(*connection_, std::move(onFront)),
       hotKeys_(*connection_, loop, log, heard(events_.hotKeys), [this](KeyRepeat::OnKnown onKnown) {
           if (keyRepeat_) {
               keyRepeat_->ask(std::move(onKnown));
@@ -102,6 +113,10 @@ void SwaySession::handle(SwayConnection::Event event, std::string_view json) {
         }
         windows_.handleEvent(event, json);
     }
+}
+
+void SwaySession::end(std::function<void()> onDone) {
+    hotKeys_.removeAll(std::move(onDone));
 }
 
 void SwaySession::flush() {

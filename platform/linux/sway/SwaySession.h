@@ -4,11 +4,11 @@
 #include <functional>
 #include <memory>
 #include <optional>
-#include <string>
 #include <string_view>
 
+#include "base/Result.h"
 #include "platform/Log.h"
-#include "platform/linux/input/HotKeyMeans.h"
+#include "platform/linux/input/InputSession.h"
 #include "platform/linux/loop/EventLoop.h"
 #include "platform/linux/sway/SwayConnection.h"
 #include "platform/linux/sway/SwayHotKeys.h"
@@ -19,33 +19,25 @@
 
 namespace tarvik::linuxdesktop {
 
-/// Everything that lives as long as the connections to Sway, and the meaning of Sway's events. Loop
-/// thread only.
-class SwaySession {
+/// The connections to Sway, and the meaning of Sway's events. Loop thread only.
+class SwaySession final : public InputSession {
   public:
-    struct Events {
-        SwayHotKeys::Events hotKeys;
-        SwayWindows::OnFront onFront;
-        /// Sway has answered. With a text, nothing can be typed, and the text says why.
-        std::function<void(const std::string& typingRefusal)> onReady;
-        /// Sway is gone, or has ended one of the connections. May be called for each of them.
-        std::function<void(const std::string& reason)> onLost;
-    };
-
-    /// The references outlive the object. The callbacks do not destroy the object.
-    SwaySession(std::unique_ptr<SwayConnection> connection, EventLoop& loop, platform::Log& log,
-                Events events);
+    /// Connects to the Sway that SWAYSOCK names. An error when nobody listens there. The references
+    /// outlive the session.
+    static Result<std::unique_ptr<InputSession>> open(EventLoop& loop, platform::Log& log,
+                                                      Events events, SwayWindows::OnFront onFront);
     SwaySession(const SwaySession&) = delete;
     SwaySession& operator=(const SwaySession&) = delete;
 
-    SwayHotKeys& hotKeys() { return hotKeys_; }
-    /// Null while nothing can be typed.
-    VirtualTypist* typist() { return typist_ ? &*typist_ : nullptr; }
-
-    /// Sends what is ready. To be called before the loop sleeps.
-    void flush();
+    SwayHotKeys* hotKeys() override { return &hotKeys_; }
+    SessionTypist* typist() override { return typist_ ? &*typist_ : nullptr; }
+    void flush() override;
+    void end(std::function<void()> onDone) override;
 
   private:
+    SwaySession(std::unique_ptr<SwayConnection> connection, EventLoop& loop, platform::Log& log,
+                Events events, SwayWindows::OnFront onFront);
+
     SwayHotKeys::Events heard(SwayHotKeys::Events events);
     void subscribe();
     void openTyping();

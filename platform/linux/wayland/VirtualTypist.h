@@ -11,7 +11,7 @@
 #include <string_view>
 
 #include "platform/Log.h"
-#include "platform/linux/input/TypingMeans.h"
+#include "platform/linux/input/SessionTypist.h"
 #include "platform/linux/loop/EventLoop.h"
 #include "platform/linux/wayland/InputMethod.h"
 #include "platform/linux/wayland/TextKeymap.h"
@@ -28,24 +28,19 @@ namespace tarvik::linuxdesktop {
 /// Keys go to whatever has the keyboard when they reach the compositor. So the focus is asked for
 /// before each burst of keys and after it. A program that reads nothing gets no more than a burst:
 /// compositors end a program whose events pile up.
-class VirtualTypist {
+class VirtualTypist final : public SessionTypist {
   public:
     /// The references outlive the object. The compositor offers virtual keyboards.
     VirtualTypist(WaylandConnection& connection, WindowFocus& focus, EventLoop& loop,
                   platform::Log& log);
-    /// What has not been typed is lost: one line in the log per text, and `onTyped`.
-    ~VirtualTypist();
+    ~VirtualTypist() override;
     VirtualTypist(const VirtualTypist&) = delete;
     VirtualTypist& operator=(const VirtualTypist&) = delete;
 
-    /// Types `text` after every text before it. A text for a process goes to `window`, or to any
-    /// window of the process where `window` is 0 or gone. A text without a process goes to `window`
-    /// or nowhere, and where `window` is 0, to whatever has the keyboard. `onTyped` is called once,
-    /// in this or a later turn: the text has been read by its target, or is lost.
-    void type(TypedText text, std::int64_t window, std::function<void()> onTyped);
-
-    /// Calls `onIdle` once, when no text is left.
-    void whenIdle(std::function<void()> onIdle);
+    /// A text without a process goes to `window` or nowhere, and where `window` is 0, to whatever
+    /// has the keyboard. `onTyped` is called when the text has been read by its target, or is lost.
+    void type(TypedText text, std::int64_t window, std::function<void()> onTyped) override;
+    void whenIdle(std::function<void()> onIdle) override;
 
     /// The user has pressed a hotkey with Alt, of which the program in front has seen Alt alone. A
     /// key between Alt down and Alt up keeps the program from opening its menu.

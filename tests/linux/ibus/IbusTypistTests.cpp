@@ -24,7 +24,7 @@ class IbusTypistTest : public IbusFixture {
     }
 
     void type(const std::u32string& text) {
-        typist->type({process, text}, [this] { ++typedCount; });
+        typist->type({process, text}, 0, [this] { ++typedCount; });
     }
     bool areTyped(int count) {
         return runUntil([this, count] { return typedCount == count; });

@@ -4,21 +4,20 @@
 #include <gtest/gtest.h>
 
 #include <chrono>
-#include <cstdlib>
 #include <map>
 #include <memory>
 #include <optional>
 #include <string>
-#include <vector>
 
 #include "platform/linux/input/LinuxEventManager.h"
 #include "platform/linux/kwin/KWinInput.h"
 #include "tests/conformance/input/HotKeyRecorder.h"
 #include "tests/linux/kwin/FakeGlobalAccel.h"
+#include "tests/support/PrivateBus.h"
 #include "tests/support/RealTimeQueue.h"
 #include "tests/support/RecordingLog.h"
 #include "tests/support/TemporaryFolder.h"
-#include "tests/support/TestProcess.h"
+#include "tests/support/TemporaryVariables.h"
 
 namespace tarvik::tests {
 
@@ -31,15 +30,9 @@ class GlobalAccelFixture : public testing::Test {
     static constexpr auto second = std::chrono::milliseconds(1500);
 
     GlobalAccelFixture() {
-        setenv("WAYLAND_DISPLAY", "/nowhere", 1);
-        setenv("XDG_CONFIG_HOME", settings.path().c_str(), 1);
-        setenv("DBUS_SESSION_BUS_ADDRESS", daemon->readLine().value_or("").c_str(), 1);
+        variables.set("WAYLAND_DISPLAY", "/nowhere");
+        variables.set("XDG_CONFIG_HOME", settings.path());
         fake.emplace();
-    }
-    ~GlobalAccelFixture() override {
-        unsetenv("WAYLAND_DISPLAY");
-        unsetenv("XDG_CONFIG_HOME");
-        unsetenv("DBUS_SESSION_BUS_ADDRESS");
     }
 
     void close() {
@@ -71,10 +64,8 @@ class GlobalAccelFixture : public testing::Test {
 
     // Of the user.
     const TemporaryFolder settings;
-    std::optional<TestProcess> daemon{
-        std::in_place,
-        std::vector<std::string>{"dbus-daemon", "--session", "--nofork", "--nopidfile",
-                                 "--address=unix:tmpdir=/tmp", "--print-address=1"}};
+    TemporaryVariables variables;
+    PrivateBus bus;
     RealTimeQueue mainQueue;
     RecordingLog log;
     std::optional<FakeGlobalAccel> fake;

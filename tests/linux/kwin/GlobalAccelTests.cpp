@@ -2,10 +2,11 @@
 
 #include <gtest/gtest.h>
 
-#include <cstdlib>
+#include <chrono>
 
 #include "tests/linux/kwin/GlobalAccelFixture.h"
 #include "tests/linux/system/SilentBus.h"
+#include "tests/support/TemporaryFolder.h"
 
 namespace tarvik::tests {
 
@@ -146,6 +147,40 @@ TEST_F(GlobalAccelTest, EndsTheHoldWhenKWinEndsAndRegistersAgainWithTheNextOne) 
     ASSERT_TRUE(hasActions({{"alt-space", FakeGlobalAccel::altSpace}}));
     fake->press("alt-space");
     EXPECT_TRUE(becomes("P1R1P1"));
+    EXPECT_EQ(log.linesWith("KWin is gone").size(), 1U);
+    EXPECT_EQ(log.linesWith("KWin is back").size(), 1U);
+}
+
+TEST_F(GlobalAccelTest, RegistersAgainWhenTheBusIsBackAndThenKWin) {
+    open();
+    ASSERT_EQ(recorder->add(hold, 1), noErr);
+    ASSERT_EQ(recorder->add(toggle, 2), noErr);
+    bus.kill();
+    ASSERT_TRUE(mainQueue.runUntil([&] { return !input->isAvailable(); }));
+    fake.reset();
+    bus.start();
+    // The connection to the bus may be there before KWin is.
+    mainQueue.runFor(500ms);
+    EXPECT_FALSE(input->isAvailable());
+    fake.emplace();
+    ASSERT_TRUE(hasActions({{"alt-space", FakeGlobalAccel::altSpace},
+                            {"alt-shift-space", FakeGlobalAccel::altShiftSpace}}));
+    fake->press("alt-space");
+    EXPECT_TRUE(becomes("P1"));
+    EXPECT_EQ(log.linesWith("the session bus is gone").size(), 1U);
+    EXPECT_EQ(log.linesWith("KWin is back").size(), 1U);
+    EXPECT_EQ(log.lines().size(), 2U);
+}
+
+TEST_F(GlobalAccelTest, ReportsATextThatIsTypedWhileKWinIsGone) {
+    open();
+    fake.reset();
+    ASSERT_TRUE(mainQueue.runUntil([&] { return !input->isAvailable(); }));
+    bool isDone = false;
+    input->type({std::nullopt, U"lost"}, [&] { isDone = true; });
+    EXPECT_TRUE(mainQueue.runUntil([&] { return isDone; }));
+    EXPECT_EQ(log.linesWith("typed text not delivered: KWin does not answer (4 characters)").size(),
+              1U);
 }
 
 TEST_F(GlobalAccelTest, TellsOfAKeyThatTheNextKWinHasGivenAway) {
@@ -192,7 +227,7 @@ TEST_F(GlobalAccelTest, IsRefusedWhereAnotherProgramHasTheShortcuts) {
 TEST_F(GlobalAccelTest, IsRefusedWithinASecondByABusThatDoesNotAnswer) {
     const TemporaryFolder folder;
     const SilentBus silent(folder.path() / "bus");
-    setenv("DBUS_SESSION_BUS_ADDRESS", silent.address().c_str(), 1);
+    variables.set("DBUS_SESSION_BUS_ADDRESS", silent.address());
     EXPECT_LT(timeOf([&] { open(); }), second);
     EXPECT_EQ(input->refusal(), "the session bus does not answer");
 }
@@ -200,8 +235,7 @@ TEST_F(GlobalAccelTest, IsRefusedWithinASecondByABusThatDoesNotAnswer) {
 TEST_F(GlobalAccelTest, SaysThatTheBusIsGone) {
     open();
     ASSERT_EQ(recorder->add(hold, 1), noErr);
-    fake.reset();
-    daemon->kill();
+    bus.kill();
     EXPECT_TRUE(mainQueue.runUntil([&] { return log.hasLineWith("the session bus is gone"); }, 5s));
     EXPECT_TRUE(mainQueue.runUntil([&] { return !input->isAvailable(); }, 5s));
     EXPECT_EQ(recorder->add(toggle, 2), eventInternalErr);

@@ -1,0 +1,134 @@
+// SPDX-License-Identifier: MIT
+
+#include <gtest/gtest.h>
+
+#include <chrono>
+#include <memory>
+#include <optional>
+#include <string>
+
+#include "platform/linux/gnome/GnomeInput.h"
+#include "platform/linux/gnome/GnomeShortcuts.h"
+#include "platform/linux/input/LinuxEventManager.h"
+#include "tests/conformance/input/HotKeyRecorder.h"
+#include "tests/linux/gnome/FakeShell.h"
+#include "tests/support/PrivateBus.h"
+#include "tests/support/RealTimeQueue.h"
+#include "tests/support/RecordingLog.h"
+#include "tests/support/TemporaryFolder.h"
+#include "tests/support/TemporaryVariables.h"
+
+namespace tarvik::tests {
+
+namespace {
+
+using namespace std::chrono_literals;
+using linuxdesktop::GnomeInput;
+using linuxdesktop::LinuxEventManager;
+using platform::eventInternalErr;
+using platform::noErr;
+
+/// Variables that GIO and the input read, set before both.
+class GnomeVariables {
+  protected:
+    GnomeVariables() {
+        variables.set("WAYLAND_DISPLAY", "wayland-nowhere");
+        variables.set("IBUS_ADDRESS_FILE", folder / "no-ibus");
+        variables.set("XDG_RUNTIME_DIR", folder.path());
+        variables.set("XDG_CONFIG_HOME", folder.path());
+        // Settings of this process alone.
+        variables.set("GSETTINGS_BACKEND", "memory");
+    }
+
+    TemporaryFolder folder;
+    TemporaryVariables variables;
+};
+
+/// The input on a session bus of the test's own. IBus is missing.
+class GnomeReconnection : private GnomeVariables, public testing::Test {
+  protected:
+    // In GNOME's first settings, the menu of windows has the other hotkey.
+    static constexpr auto toggle = HotKeyRecorder::toggle;
+
+    bool isBack() {
+        return mainQueue.runUntil([&] { return input->isAvailable(); });
+    }
+    bool isLost() {
+        return mainQueue.runUntil([&] { return !input->isAvailable(); });
+    }
+    // False where GNOME's settings are not installed.
+    bool addsHotKey() {
+        return !linuxdesktop::GnomeShortcuts().refusal() && recorder->add(toggle, 2) == noErr;
+    }
+    bool hears(const std::string& events) {
+        const bool holds = mainQueue.runUntil([&] { return recorder->events == events; }, 5s);
+        EXPECT_EQ(recorder->events, events);
+        return holds;
+    }
+
+    PrivateBus bus;
+    RealTimeQueue mainQueue;
+    RecordingLog log;
+    std::optional<FakeShell> shell{std::in_place};
+    std::shared_ptr<LinuxEventManager> manager = std::make_shared<LinuxEventManager>(log);
+    std::unique_ptr<GnomeInput> input =
+        std::make_unique<GnomeInput>(mainQueue, log, manager, GnomeInput::Front());
+    std::optional<HotKeyRecorder> recorder;
+
+    GnomeReconnection() {
+        manager->setMeans(input.get());
+        recorder.emplace(*manager);
+    }
+};
+
+TEST_F(GnomeReconnection, ASessionWithoutGnomeShellIsARefusal) {
+    shell.reset();
+    EXPECT_EQ(GnomeInput(mainQueue, log, manager, {}).refusal(), "no GNOME Shell in this session");
+}
+
+TEST_F(GnomeReconnection, AGnomeShellThatComesBackIsUsedAgain) {
+    ASSERT_TRUE(input->isAvailable());
+    shell.reset();
+    ASSERT_TRUE(isLost());
+    // The connection to the bus is there before GNOME Shell is.
+    mainQueue.runFor(500ms);
+    EXPECT_FALSE(input->isAvailable());
+    shell.emplace();
+    ASSERT_TRUE(isBack());
+    EXPECT_EQ(log.lines(), (std::vector<std::string>{"TarvikDictate: GNOME Shell is gone",
+                                                     "TarvikDictate: GNOME Shell is back"}));
+}
+
+TEST_F(GnomeReconnection, HotkeysAreHeardAgainOnTheNextBus) {
+    if (!addsHotKey()) {
+        GTEST_SKIP() << "GNOME's settings are not installed";
+    }
+    bus.kill();
+    ASSERT_TRUE(isLost());
+    EXPECT_EQ(recorder->add(HotKeyRecorder::hold, 1), eventInternalErr);
+    shell.reset();
+    bus.start();
+    shell.emplace();
+    ASSERT_TRUE(isBack());
+    ASSERT_TRUE(mainQueue.runUntil([&] { return shell->press("toggle"); }));
+    EXPECT_TRUE(hears("P2"));
+    EXPECT_EQ(log.linesWith("the session bus is lost").size(), 1U);
+    EXPECT_EQ(log.linesWith("GNOME Shell is back").size(), 1U);
+}
+
+TEST_F(GnomeReconnection, ATextThatIsTypedMeanwhileIsReportedLost) {
+    shell.reset();
+    ASSERT_TRUE(isLost());
+    // The session ends in the next turn of its loop.
+    bool isDone = false;
+    ASSERT_TRUE(mainQueue.runUntil([&] {
+        isDone = false;
+        input->type({std::nullopt, U"lost"}, [&] { isDone = true; });
+        return mainQueue.runUntil([&] { return isDone; }) &&
+               log.hasLineWith("typed text not delivered: GNOME is gone (4 characters)");
+    }));
+}
+
+}  // namespace
+
+}  // namespace tarvik::tests

@@ -1,0 +1,361 @@
+// SPDX-License-Identifier: MIT
+
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <chrono>
+#include <functional>
+#include <map>
+#include <memory>
+#include <mutex>
+#include <optional>
+#include <string>
+#include <thread>
+#include <utility>
+#include <vector>
+
+#include "platform/linux/input/InputThread.h"
+#include "tests/support/RealTimeQueue.h"
+#include "tests/support/RecordingLog.h"
+#include "tests/support/TemporaryFolder.h"
+
+namespace tarvik::tests {
+
+namespace {
+
+using namespace std::chrono_literals;
+using linuxdesktop::EventLoop;
+using linuxdesktop::HotKeyNumber;
+using linuxdesktop::InputSession;
+using linuxdesktop::InputThread;
+using linuxdesktop::SessionHotKeys;
+using linuxdesktop::SessionTypist;
+using linuxdesktop::TypedText;
+using platform::eventHotKeyExistsErr;
+using platform::eventInternalErr;
+using platform::noErr;
+using std::chrono::steady_clock;
+
+constexpr std::uint32_t key = platform::spaceKeyCode;
+constexpr std::uint32_t hold = platform::optionKeyMask;
+
+/// Hears hotkeys on the main thread.
+class Listener final : public linuxdesktop::HotKeyListener {
+  public:
+    void onPressed(HotKeyNumber number) override { events += "P" + std::to_string(number); }
+    void onReleased(HotKeyNumber number) override { events += "R" + std::to_string(number); }
+    void onLost(HotKeyNumber number, const std::string& reason) override {
+        events += "L" + std::to_string(number) + " " + reason;
+    }
+
+    std::string events;
+};
+
+/// What a test says, and what the sessions have done. Used by both threads.
+class Script {
+  public:
+    /// What happens when a session is opened.
+    enum class Manner { readyAtOnce, silent, refusing, gone };
+
+    template <typename Value>
+    Value get(Value Script::*member) const {
+        const std::lock_guard lock(mutex_);
+        return this->*member;
+    }
+    template <typename Value>
+    void set(Value Script::*member, Value value) {
+        const std::lock_guard lock(mutex_);
+        this->*member = std::move(value);
+    }
+    void write(const std::string& step) {
+        const std::lock_guard lock(mutex_);
+        steps += step + "; ";
+    }
+
+    Manner manner = Manner::readyAtOnce;
+    // Empty while the desktop is too busy to decide.
+    std::optional<platform::OSStatus> status = noErr;
+    bool finishesTexts = true;
+    bool finishesEnd = true;
+    std::string steps;
+    int sessions = 0;
+
+  private:
+    mutable std::mutex mutex_;
+};
+
+class FakeSession final : public InputSession, public SessionHotKeys, public SessionTypist {
+  public:
+    FakeSession(EventLoop& loop, Script& script, InputSession::Events events)
+        : script_(script), events_(std::move(events)), answer_(loop) {
+        answer_.set(0ms, [this] {
+            switch (script_.get(&Script::manner)) {
+                case Script::Manner::readyAtOnce:
+                    events_.onReady("");
+                    break;
+                case Script::Manner::refusing:
+                    events_.onRefused("not here");
+                    break;
+                case Script::Manner::gone:
+                    events_.onLost("gone again");
+                    break;
+                case Script::Manner::silent:
+                    break;
+            }
+        });
+    }
+    ~FakeSession() override { script_.write("session ends"); }
+
+    void lose() { events_.onLost("the desktop is gone"); }
+    void decide(platform::OSStatus status) { std::exchange(onStatus_, nullptr)(status); }
+    void press(HotKeyNumber number) { events_.hotKeys.onPressed(number); }
+
+    SessionHotKeys* hotKeys() override { return this; }
+    SessionTypist* typist() override { return this; }
+    void end(std::function<void()> onDone) override {
+        script_.write("give back");
+        if (script_.get(&Script::finishesEnd)) {
+            onDone();
+        }
+    }
+
+    void add(HotKeyNumber number, std::uint32_t, std::uint32_t, OnStatus onStatus) override {
+        script_.write("add " + std::to_string(number));
+        if (const auto status = script_.get(&Script::status)) {
+            onStatus(*status);
+        } else {
+            onStatus_ = std::move(onStatus);
+        }
+    }
+    void remove(HotKeyNumber number, std::function<void()> onDone) override {
+        script_.write("remove " + std::to_string(number));
+        onDone();
+    }
+    void removeAll(std::function<void()> onDone) override { onDone(); }
+    void resume(const std::map<HotKeyNumber, std::uint32_t>& hotKeys) override {
+        for (const auto& [number, modifiers] : hotKeys) {
+            script_.write("resume " + std::to_string(number));
+        }
+    }
+
+    void type(TypedText text, std::int64_t window, std::function<void()> onTyped) override {
+        script_.write("type " + std::string(text.characters.begin(), text.characters.end()) +
+                      " into " + std::to_string(window));
+        onTyped();
+    }
+    void whenIdle(std::function<void()> onIdle) override {
+        if (script_.get(&Script::finishesTexts)) {
+            onIdle();
+        }
+    }
+
+  private:
+    Script& script_;
+    const InputSession::Events events_;
+    linuxdesktop::Deadline answer_;
+    OnStatus onStatus_;
+};
+
+class InputThreadTest : public testing::Test {
+  protected:
+    void begin() {
+        thread.emplace(mainQueue, log, listener,
+                       InputThread::Desktop{
+                           "no thread", "the desktop does not answer", "the desktop is back",
+                           "no desktop", folder.path() / "socket", 1s,
+                           [this](EventLoop& loop, const InputSession::Events& events)
+                               -> Result<std::unique_ptr<InputSession>> {
+                               if (!listens) {
+                                   return Error{0, "nobody listens"};
+                               }
+                               script.set(&Script::sessions, script.get(&Script::sessions) + 1);
+                               return std::unique_ptr<InputSession>(
+                                   std::make_unique<FakeSession>(loop, script, events));
+                           }});
+    }
+    void inSession(std::function<void(FakeSession&)> action) {
+        thread->post([action = std::move(action)](InputSession& session) {
+            action(static_cast<FakeSession&>(session));
+        });
+    }
+    // The desktop goes away, and stays away.
+    void lose() {
+        listens = false;
+        inSession([](FakeSession& session) { session.lose(); });
+        ASSERT_TRUE(mainQueue.runUntil([&] { return !thread->isConnected(); }));
+    }
+    bool returns() {
+        listens = true;
+        return mainQueue.runUntil([&] { return thread->isConnected(); });
+    }
+    bool hasSteps(const std::string& steps) {
+        const bool holds =
+            mainQueue.runUntil([&] { return script.get(&Script::steps) == steps; }, 5s);
+        EXPECT_EQ(script.get(&Script::steps), steps);
+        return holds;
+    }
+    bool hears(const std::string& events) {
+        const bool holds = mainQueue.runUntil([&] { return listener->events == events; }, 5s);
+        EXPECT_EQ(listener->events, events);
+        return holds;
+    }
+
+    TemporaryFolder folder;
+    RealTimeQueue mainQueue;
+    RecordingLog log;
+    std::shared_ptr<Listener> listener = std::make_shared<Listener>();
+    std::atomic<bool> listens = true;
+    Script script;
+    std::optional<InputThread> thread;
+};
+
+TEST_F(InputThreadTest, CarriesHotkeysAndTextsToTheSession) {
+    begin();
+    EXPECT_TRUE(thread->isConnected());
+    EXPECT_EQ(thread->registerHotKey(1, key, hold), noErr);
+    bool isTyped = false;
+    thread->type({std::nullopt, U"text"}, 7, [&] { isTyped = true; });
+    EXPECT_TRUE(mainQueue.runUntil([&] { return isTyped; }));
+    inSession([](FakeSession& session) { session.press(1); });
+    EXPECT_TRUE(hears("P1"));
+    thread->unregisterHotKey(1);
+    EXPECT_TRUE(hasSteps("add 1; type text into 7; remove 1; "));
+    thread.reset();
+    EXPECT_TRUE(hasSteps("add 1; type text into 7; remove 1; give back; session ends; "));
+    EXPECT_TRUE(log.lines().empty());
+}
+
+TEST_F(InputThreadTest, ADesktopThatIsNotThereIsARefusal) {
+    listens = false;
+    begin();
+    EXPECT_EQ(thread->refusal(), "nobody listens");
+    EXPECT_EQ(thread->registerHotKey(1, key, hold), eventInternalErr);
+}
+
+TEST_F(InputThreadTest, ADesktopThatRefusesIsNotLookedForAgain) {
+    script.manner = Script::Manner::refusing;
+    begin();
+    EXPECT_EQ(thread->refusal(), "not here");
+    EXPECT_TRUE(hasSteps("session ends; "));
+    mainQueue.runFor(300ms);
+    EXPECT_EQ(script.get(&Script::sessions), 1);
+    EXPECT_TRUE(log.lines().empty());
+}
+
+TEST_F(InputThreadTest, ADesktopThatAnswersLaterIsUsedFromThenOn) {
+    script.manner = Script::Manner::silent;
+    const auto start = steady_clock::now();
+    begin();
+    EXPECT_LT(steady_clock::now() - start, 1500ms);
+    EXPECT_EQ(log.lines(), std::vector<std::string>{"TarvikDictate: the desktop does not answer"});
+    EXPECT_EQ(thread->refusal(), std::nullopt);
+    EXPECT_FALSE(thread->isConnected());
+}
+
+TEST_F(InputThreadTest, ALossIsOneLineAndTheReturnAnother) {
+    begin();
+    ASSERT_EQ(thread->registerHotKey(1, key, hold), noErr);
+    lose();
+    EXPECT_EQ(thread->registerHotKey(2, key, hold), eventInternalErr);
+    // Some tries fail.
+    mainQueue.runFor(400ms);
+    script.set(&Script::manner, Script::Manner::gone);
+    listens = true;
+    ASSERT_TRUE(mainQueue.runUntil([&] { return script.get(&Script::sessions) >= 3; }));
+    script.set(&Script::manner, Script::Manner::readyAtOnce);
+    ASSERT_TRUE(returns());
+    EXPECT_EQ(log.lines(), (std::vector<std::string>{"TarvikDictate: the desktop is gone",
+                                                     "TarvikDictate: the desktop is back"}));
+    EXPECT_TRUE(mainQueue.runUntil(
+        [&] { return script.get(&Script::steps).ends_with("session ends; resume 1; "); }));
+    EXPECT_EQ(thread->registerHotKey(2, key, hold), noErr);
+}
+
+TEST_F(InputThreadTest, AHotkeyThatWasUnregisteredMeanwhileIsNotResumed) {
+    begin();
+    ASSERT_EQ(thread->registerHotKey(1, key, hold), noErr);
+    ASSERT_EQ(thread->registerHotKey(2, key, hold), noErr);
+    lose();
+    thread->unregisterHotKey(1);
+    ASSERT_TRUE(returns());
+    EXPECT_TRUE(hasSteps("add 1; add 2; session ends; resume 2; "));
+}
+
+TEST_F(InputThreadTest, ATextWithoutASessionIsReportedLost) {
+    begin();
+    lose();
+    EXPECT_TRUE(hasSteps("session ends; "));
+    bool isDone = false;
+    thread->type({std::nullopt, U"lost"}, 0, [&] { isDone = true; });
+    EXPECT_TRUE(mainQueue.runUntil([&] { return isDone; }));
+    EXPECT_EQ(log.linesWith("typed text not delivered: no desktop (4 characters)").size(), 1U);
+}
+
+TEST_F(InputThreadTest, ABusyDesktopDecidesLater) {
+    begin();
+    script.set(&Script::status, std::optional<platform::OSStatus>());
+    const auto start = steady_clock::now();
+    EXPECT_EQ(thread->registerHotKey(1, key, hold), noErr);
+    EXPECT_LT(steady_clock::now() - start, 1500ms);
+    inSession([](FakeSession& session) { session.decide(noErr); });
+    lose();
+    ASSERT_TRUE(returns());
+    EXPECT_TRUE(hasSteps("add 1; session ends; resume 1; "));
+    EXPECT_EQ(listener->events, "");
+}
+
+TEST_F(InputThreadTest, ALateRefusalIsTheLossOfTheHotkey) {
+    begin();
+    script.set(&Script::status, std::optional<platform::OSStatus>());
+    EXPECT_EQ(thread->registerHotKey(1, key, hold), noErr);
+    inSession([](FakeSession& session) { session.decide(eventHotKeyExistsErr); });
+    EXPECT_TRUE(hears("L1 another program has the combination"));
+    EXPECT_EQ(thread->registerHotKey(2, key, hold), noErr);
+    inSession([](FakeSession& session) { session.decide(eventInternalErr); });
+    EXPECT_TRUE(hears("L1 another program has the combinationL2 the desktop does not answer"));
+}
+
+TEST_F(InputThreadTest, WhatABusyDesktopHasNotDecidedTheNextOneDecides) {
+    begin();
+    script.set(&Script::status, std::optional<platform::OSStatus>());
+    EXPECT_EQ(thread->registerHotKey(1, key, hold), noErr);
+    lose();
+    script.set(&Script::status, std::optional<platform::OSStatus>(eventHotKeyExistsErr));
+    ASSERT_TRUE(returns());
+    EXPECT_TRUE(hears("L1 another program has the combination"));
+    EXPECT_TRUE(hasSteps("add 1; session ends; add 1; "));
+}
+
+TEST_F(InputThreadTest, ARegistrationDuringWhichTheDesktopIsLostIsRefused) {
+    begin();
+    script.set(&Script::status, std::optional<platform::OSStatus>());
+    listens = false;
+    std::thread loser([this] {
+        while (script.get(&Script::steps).empty()) {
+            std::this_thread::yield();
+        }
+        inSession([](FakeSession& session) { session.lose(); });
+    });
+    const auto start = steady_clock::now();
+    EXPECT_EQ(thread->registerHotKey(1, key, hold), eventInternalErr);
+    EXPECT_LT(steady_clock::now() - start, 900ms);
+    loser.join();
+    ASSERT_TRUE(returns());
+    EXPECT_TRUE(hasSteps("add 1; session ends; "));
+}
+
+TEST_F(InputThreadTest, TheShutdownIsBounded) {
+    for (const bool finishesTexts : {false, true}) {
+        script.finishesTexts = finishesTexts;
+        script.finishesEnd = false;
+        begin();
+        const auto start = steady_clock::now();
+        thread.reset();
+        EXPECT_LT(steady_clock::now() - start, 1500ms);
+        EXPECT_EQ(std::exchange(script.steps, ""), "give back; session ends; ");
+    }
+}
+
+}  // namespace
+
+}  // namespace tarvik::tests
