@@ -273,7 +273,7 @@ DesktopInput::DesktopInput(platform::MainQueue& mainQueue, platform::Log& log,
     typing_ = choose("typing", typingChoices, session);
     front_ = choose("the front window", frontChoices, session);
     eventManager_->setMeans(hotKeys_.get());
-    keyboardEvents_ = std::make_shared<LinuxKeyboardEvents>(typing_.get(), mainQueue);
+    keyboardEvents_ = std::make_shared<LinuxKeyboardEvents>(typing_.get(), mainQueue, log);
 }
 
 DesktopInput::~DesktopInput() = default;

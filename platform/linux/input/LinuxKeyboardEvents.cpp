@@ -40,7 +40,11 @@ LinuxKeyboardEvents::~LinuxKeyboardEvents() {
 }
 
 std::shared_ptr<platform::EventSource> LinuxKeyboardEvents::createSource(int /*sourceState*/) {
-    return isAvailable() ? std::make_shared<TypedEventSource>() : nullptr;
+    if (!isAvailable()) {
+        log_.write("TarvikDictate: typed text not delivered: nothing can type at present");
+        return nullptr;
+    }
+    return std::make_shared<TypedEventSource>();
 }
 
 std::shared_ptr<platform::KeyboardEvent> LinuxKeyboardEvents::createKeyboardEvent(

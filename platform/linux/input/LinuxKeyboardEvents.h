@@ -11,6 +11,7 @@
 #include <vector>
 
 #include "platform/KeyboardEvents.h"
+#include "platform/Log.h"
 #include "platform/MainQueue.h"
 #include "platform/linux/input/TypedRuns.h"
 #include "platform/linux/input/TypingMeans.h"
@@ -26,13 +27,14 @@ namespace tarvik::linuxdesktop {
 class LinuxKeyboardEvents final : public platform::KeyboardEvents,
                                   public std::enable_shared_from_this<LinuxKeyboardEvents> {
   public:
-    /// Without a means every event is refused. The references outlive the object, which a
-    /// shared_ptr holds.
-    LinuxKeyboardEvents(TypingMeans* means, platform::MainQueue& mainQueue)
-        : means_(means), mainQueue_(mainQueue) {}
+    /// Without a means every event is refused, and while the means is not available. The references
+    /// outlive the object, which a shared_ptr holds.
+    LinuxKeyboardEvents(TypingMeans* means, platform::MainQueue& mainQueue, platform::Log& log)
+        : means_(means), mainQueue_(mainQueue), log_(log) {}
     /// Hands the last runs over to the means.
     ~LinuxKeyboardEvents() override;
 
+    /// A refusal is one line in the log: the text that was to be typed is lost.
     std::shared_ptr<platform::EventSource> createSource(int sourceState) override;
     std::shared_ptr<platform::KeyboardEvent> createKeyboardEvent(
         const std::shared_ptr<platform::EventSource>& source, std::uint16_t virtualKey,
@@ -74,6 +76,7 @@ class LinuxKeyboardEvents final : public platform::KeyboardEvents,
 
     TypingMeans* const means_;
     platform::MainQueue& mainQueue_;
+    platform::Log& log_;
     TypedRuns runs_;
     bool isHandingOver_ = false;
     Held held_;

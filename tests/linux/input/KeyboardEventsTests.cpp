@@ -11,6 +11,7 @@
 
 #include "platform/linux/input/LinuxKeyboardEvents.h"
 #include "tests/support/RealTimeQueue.h"
+#include "tests/support/RecordingLog.h"
 
 namespace tarvik::tests {
 
@@ -55,18 +56,29 @@ class LinuxKeyboardEventsTest : public testing::Test {
     }
 
     RealTimeQueue mainQueue;
+    RecordingLog log;
     FakeTyping typing;
     std::shared_ptr<linuxdesktop::LinuxKeyboardEvents> keyboard =
-        std::make_shared<linuxdesktop::LinuxKeyboardEvents>(&typing, mainQueue);
+        std::make_shared<linuxdesktop::LinuxKeyboardEvents>(&typing, mainQueue, log);
 };
 
 TEST_F(LinuxKeyboardEventsTest, RefusesEventsWithoutAMeansOrWhileItIsNotAvailable) {
-    linuxdesktop::LinuxKeyboardEvents without(nullptr, mainQueue);
+    linuxdesktop::LinuxKeyboardEvents without(nullptr, mainQueue, log);
     EXPECT_EQ(without.createSource(0), nullptr);
     EXPECT_EQ(without.createKeyboardEvent(nullptr, 0, true), nullptr);
     typing.isPresent = false;
     EXPECT_EQ(keyboard->createSource(0), nullptr);
     EXPECT_EQ(keyboard->createKeyboardEvent(nullptr, 0, true), nullptr);
+}
+
+TEST_F(LinuxKeyboardEventsTest, TellsOfATextThatNothingTypes) {
+    post(u"typed", first);
+    EXPECT_TRUE(log.lines().empty());
+    typing.isPresent = false;
+    keyboard->createSource(platform::eventSourceStateCombinedSession);
+    EXPECT_EQ(log.lines(),
+              std::vector<std::string>{
+                  "TarvikDictate: typed text not delivered: nothing can type at present"});
 }
 
 TEST_F(LinuxKeyboardEventsTest, TypesTheRunsOfOneBlockTogether) {
