@@ -12,21 +12,31 @@ from keyboard import Keyboard
 from local_service import LocalService
 from microphone import Microphone
 from scripted_service import ScriptedService, make_certificate
+from similarity import MIN_SIMILARITY, similarity, words
 from target import TerminalTarget, WidgetTarget
 from tray import Tray
 from windows import wait_for_window
 
 BINARIES = pathlib.Path(os.environ.get(
     "TARVIK_BINARIES", pathlib.Path(__file__).parents[2] / "build/default/bin"))
+RECOGNITION_TIMEOUT = 20.0
 
 
 class DictationTest(unittest.TestCase):
     """One desktop per class, with keyboard, microphone and tray. Tests start everything else."""
 
+    @staticmethod
+    def make_desktop():
+        return Desktop(wm=True, a11y=True, audio=True)
+
+    @classmethod
+    def make_keyboard(cls):
+        return Keyboard(cls.desktop)
+
     @classmethod
     def setUpClass(cls):
-        cls.desktop = cls.enterClassContext(Desktop(wm=True, a11y=True, audio=True))
-        cls.keyboard = Keyboard(cls.desktop)
+        cls.desktop = cls.enterClassContext(cls.make_desktop())
+        cls.keyboard = cls.make_keyboard()
         cls.microphone = Microphone(cls.desktop.fifo())
         cls.addClassCleanup(cls.microphone.pull_out)
         cls.tray = Tray(cls.desktop)
@@ -107,3 +117,13 @@ class DictationTest(unittest.TestCase):
     def wait_until_listening(self):
         """Waits until the microphone is open: earlier speech is not recorded."""
         wait_for(self.desktop.is_microphone_open, "an open microphone")
+
+    def wait_until_heard(self, target, *sentences):
+        """Waits until the target has the sentences to their end, nearly word for word."""
+        spoken = " ".join(sentences)
+        try:
+            wait_for(lambda: words(target.text)[-1:] == words(spoken)[-1:]
+                     and similarity(spoken, target.text) >= MIN_SIMILARITY,
+                     f"the words “{spoken}”", RECOGNITION_TIMEOUT)
+        except TimeoutError as error:
+            raise AssertionError(f"{error}; there is {target.text!r}") from None

@@ -2,25 +2,22 @@
 
 """What stands on a GNOME desktop: the keyboard, and programs to dictate into."""
 
-import os
-
 from accessible import ScreenReader
 from bus import NoReply
 from desktop import wait_for
+from pressed_keys import ALT, F4, SHIFT, PressedKeys
 from setup_window import RESTART
-from target import TERMINAL_SCRIPT, Target, WidgetTarget
+from target import FootTerminal, Target, WidgetTarget
 
-ALT, SHIFT, SPACE = 56, 42, 57
-ESCAPE, F4 = 1, 62
 REMOTE = "org.gnome.Mutter.RemoteDesktop"
 
 
-class GnomeKeyboard:
-    """The keyboard of the desktop. Keys have the kernel's numbers."""
+class GnomeKeyboard(PressedKeys):
+    """The keyboard of the desktop."""
 
     def __init__(self, desktop):
+        super().__init__()
         self._bus = desktop.bus
-        self._down = []
         self._session = self._bus.call(REMOTE, "/org/gnome/Mutter/RemoteDesktop", REMOTE,
                                        "CreateSession")[0]
         self._call("Start")
@@ -30,28 +27,8 @@ class GnomeKeyboard:
     def _call(self, method, signature="()", *arguments):
         self._bus.call(REMOTE, self._session, f"{REMOTE}.Session", method, signature, *arguments)
 
-    def press(self, *keys):
-        for key in keys:
-            self._down.append(key)
-            self._call("NotifyKeyboardKeycode", "(ub)", key, True)
-
-    def release(self, *keys):
-        for key in keys:
-            self._down.remove(key)
-            self._call("NotifyKeyboardKeycode", "(ub)", key, False)
-
-    def release_all(self):
-        self.release(*reversed(self._down))
-
-    def tap(self, *keys):
-        self.press(*keys)
-        self.release(*reversed(keys))
-
-    def hold(self):
-        self.press(ALT, SPACE)
-
-    def toggle(self):
-        self.tap(ALT, SHIFT, SPACE)
+    def _send(self, key, is_pressed):
+        self._call("NotifyKeyboardKeycode", "(ub)", key, is_pressed)
 
 
 class GnomeTarget(Target):
@@ -63,15 +40,8 @@ class GnomeWidgetTarget(GnomeTarget, WidgetTarget):
     """As WidgetTarget."""
 
 
-class GnomeFootTarget(GnomeTarget):
-    """A terminal. The accessibility interface does not know it."""
-
-    def __init__(self, desktop, title=None):
-        super().__init__(desktop, title)
-        self.process = desktop.spawn(
-            ["foot", "--title", self.title, "--override", "locked-title=yes",
-             "sh", "-c", TERMINAL_SCRIPT, str(self.out)])
-        wait_for(lambda: os.path.exists(f"{self.out}.ready"), "the terminal", process=self.process)
+class GnomeFootTarget(GnomeTarget, FootTerminal):
+    """As FootTerminal."""
 
 
 def close_setup_window(desktop, keyboard):

@@ -3,57 +3,31 @@
 """What stands on a Sway desktop: the keyboard, the windows, and programs to dictate into."""
 
 import json
-import os
 import subprocess
 
 from desktop import wait_for
 from matrix.browsers import PageServer, chromium_command, firefox_command
-from target import TERMINAL_SCRIPT, Target, WidgetTarget
-
-ALT, SHIFT, SPACE = 56, 42, 57
-ESCAPE, RETURN, A, B, F9 = 1, 28, 30, 48, 67
+from pressed_keys import PressedKeys
+from target import FootTerminal, Target, WidgetTarget
 
 
-class WaylandKeyboard:
-    """The keyboard of the desktop. Keys have the kernel's numbers."""
+class WaylandKeyboard(PressedKeys):
+    """The keyboard of the desktop."""
 
     program = "wayland-keyboard"
 
     def __init__(self, desktop, binaries):
+        super().__init__()
         self._desktop = desktop
-        self._down = []
         self._process = desktop.spawn(
             [binaries / self.program], stdin=subprocess.PIPE, stdout=subprocess.PIPE,
             text=True)
         self._process.stdout.readline()
 
-    def _tell(self, verb, key):
-        self._process.stdin.write(f"{verb} {key}\n")
+    def _send(self, key, is_pressed):
+        self._process.stdin.write(f"{'press' if is_pressed else 'release'} {key}\n")
         self._process.stdin.flush()
         self._process.stdout.readline()
-
-    def press(self, *keys):
-        for key in keys:
-            self._down.append(key)
-            self._tell("press", key)
-
-    def release(self, *keys):
-        for key in keys:
-            self._down.remove(key)
-            self._tell("release", key)
-
-    def release_all(self):
-        self.release(*reversed(self._down))
-
-    def tap(self, *keys):
-        self.press(*keys)
-        self.release(*reversed(keys))
-
-    def hold(self):
-        self.press(ALT, SPACE)
-
-    def toggle(self):
-        self.tap(ALT, SHIFT, SPACE)
 
     def close(self):
         self._desktop.end(self._process)
@@ -99,16 +73,8 @@ class SwayWidgetTarget(SwayTarget, WidgetTarget):
     """As WidgetTarget."""
 
 
-class FootTarget(SwayTarget):
-    """A terminal. The accessibility interface does not know it."""
-
-    def __init__(self, desktop, title=None):
-        super().__init__(desktop, title)
-        self.process = desktop.spawn(
-            ["foot", "--title", self.title, "--override", "locked-title=yes",
-             "sh", "-c", TERMINAL_SCRIPT, str(self.out)])
-        wait_for(lambda: os.path.exists(f"{self.out}.ready"), "the terminal", process=self.process)
-        self._find_window()
+class FootTarget(SwayTarget, FootTerminal):
+    """As FootTerminal."""
 
 
 class BrowserTarget(SwayTarget):

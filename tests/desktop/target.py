@@ -109,3 +109,15 @@ class TerminalTarget(Target):
         )
         wait_for(lambda: os.path.exists(f"{self.out}.ready"), "the terminal", process=self.process)
         self._find_window()
+
+
+class FootTerminal(Target):
+    """A terminal of Wayland. The accessibility interface does not know it."""
+
+    def __init__(self, desktop, title=None):
+        super().__init__(desktop, title)
+        self.process = desktop.spawn(
+            ["foot", "--title", self.title, "--override", "locked-title=yes",
+             "sh", "-c", TERMINAL_SCRIPT, str(self.out)])
+        wait_for(lambda: os.path.exists(f"{self.out}.ready"), "the terminal", process=self.process)
+        self._find_window()

@@ -4,31 +4,18 @@
 
 import unittest
 
-from desktop import wait_for
 from dictation_test import DictationTest
-from similarity import MIN_SIMILARITY, similarity, words
 
 FIRST = "the quick brown fox jumps over the lazy dog"
 SECOND = "thank you for the letter"
 # In seconds. Longer than the pause that ends an utterance.
 PAUSE = 1.2
-RECOGNITION_TIMEOUT = 20.0
 
 
 class Dictation(DictationTest):
     def setUp(self):
         self.service = self.start_local_service()
         self.application = self.start_application(self.service)
-
-    def wait_until_heard(self, target, *sentences):
-        """Waits until the target has the sentences to their end, nearly word for word."""
-        spoken = " ".join(sentences)
-        try:
-            wait_for(lambda: words(target.text)[-1:] == words(spoken)[-1:]
-                     and similarity(spoken, target.text) >= MIN_SIMILARITY,
-                     f"the words “{spoken}”", RECOGNITION_TIMEOUT)
-        except TimeoutError as error:
-            raise AssertionError(f"{error}; there is {target.text!r}") from None
 
     def check_pieces(self, text, count):
         """The service ends each piece with a full stop; one space separates it from the next."""

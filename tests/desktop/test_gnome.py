@@ -9,20 +9,13 @@ import unittest
 from accessible import ScreenReader
 from application import READY
 from desktop import wait_for
-from dictation_test import BINARIES, DictationTest
 from gnome import GnomeDesktop, missing
-from gnome_parts import (ALT, SPACE, GnomeFootTarget, GnomeKeyboard, GnomeWidgetTarget,
-                         close_setup_window)
-from microphone import Microphone
+from gnome_parts import GnomeFootTarget, GnomeKeyboard, GnomeWidgetTarget, close_setup_window
+from pressed_keys import ALT, SPACE
+from session_test import EXACT, SessionTest
 from setup_window import RESTART
-from similarity import MIN_SIMILARITY, similarity, words
 from sway import become_ordinary_user
-from tray import Tray
 
-SENTENCE = "the quick brown fox jumps over the lazy dog"
-RECOGNITION_TIMEOUT = 20.0
-EXACT = "Zażółć – 日本語 😀, done."
-REGISTERED = ("hold-to-talk registered", "tap-to-toggle registered")
 ENGINE = "xkb:us::eng"
 WINDOW_KEYS = "org.gnome.desktop.wm.keybindings"
 WINDOW_MENU = "activate-window-menu"
@@ -31,65 +24,32 @@ MEDIA_KEYS = "org.gnome.settings-daemon.plugins.media-keys"
 WITHOUT_ACCESSIBILITY = {"GTK_A11Y": "none", "NO_AT_BRIDGE": "1"}
 
 
-class OnGnome(DictationTest):
+class OnGnome(SessionTest):
+    @staticmethod
+    def make_desktop():
+        return GnomeDesktop(a11y=True, audio=True)
+
     @classmethod
-    def setUpClass(cls):
-        cls.desktop = cls.enterClassContext(GnomeDesktop(a11y=True, audio=True))
-        cls.keyboard = GnomeKeyboard(cls.desktop)
-        cls.microphone = Microphone(cls.desktop.fifo())
-        cls.addClassCleanup(cls.microphone.pull_out)
-        cls.tray = Tray(cls.desktop)
-        cls.addClassCleanup(cls.tray.close)
+    def make_keyboard(cls):
+        return GnomeKeyboard(cls.desktop)
 
-    def setUp(self):
-        self.may_be_killed = False
-
-    def start_application(self, service=None, closes_setup=True, ready=(*READY, *REGISTERED),
-                          is_killed=False, **options):
-        self.may_be_killed |= is_killed
-        application = super().start_application(service, closes_setup=False, ready=ready, **options)
+    def start_application(self, service=None, closes_setup=True, **options):
+        application = super().start_application(service, **options)
         if closes_setup:
             close_setup_window(self.desktop, self.keyboard)
         return application
 
-    def end_application(self, application):
-        self.keyboard.release_all()
-        status = application.close()
-        if status != 0 or self.has_failed():
-            print(f"The application's log in {self.id()}:", *application.log.lines, sep="\n  ")
-        expected = (0, -signal.SIGKILL) if self.may_be_killed else (0,)
-        self.assertIn(status, expected, "exit status of the application")
-
     def start_widget(self, toolkit, **options):
-        target = GnomeWidgetTarget(self.desktop, toolkit, **options)
-        self.addCleanup(target.close)
-        return target
+        return self.start(GnomeWidgetTarget, toolkit, **options)
 
     def start_foot(self):
-        target = GnomeFootTarget(self.desktop)
-        self.addCleanup(target.close)
-        return target
+        return self.start(GnomeFootTarget)
 
     def engine(self):
         return self.desktop.run(["ibus", "engine"], check=False).strip()
 
     def wait_for_layout(self):
         wait_for(lambda: self.engine() == ENGINE, "the user's engine")
-
-    def wait_until_heard(self, target):
-        try:
-            wait_for(lambda: words(target.text)[-1:] == words(SENTENCE)[-1:]
-                     and similarity(SENTENCE, target.text) >= MIN_SIMILARITY,
-                     "the spoken words", RECOGNITION_TIMEOUT)
-        except TimeoutError as error:
-            raise AssertionError(f"{error}; there is {target.text!r}") from None
-
-    def speak_into(self, target):
-        self.keyboard.hold()
-        self.wait_until_listening()
-        self.microphone.speak(SENTENCE)
-        self.wait_until_heard(target)
-        self.keyboard.release(SPACE, ALT)
 
     def targets(self):
         """One after the other, each in front while it is used."""

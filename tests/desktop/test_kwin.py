@@ -11,53 +11,30 @@ from accessible import ScreenReader
 from application import READY, VERSION, Application, write_settings
 from bus import Bus
 from desktop import wait_for
-from dictation_test import BINARIES, DictationTest
+from dictation_test import BINARIES
 from kwin import SKIPPED, KWinDesktop, kwin_version
 from kwin_parts import KWinKeyboard, KWinWidgetTarget
-from microphone import Microphone
+from pressed_keys import ALT, SPACE
+from session_test import EXACT, REGISTERED, SessionTest
 from setup_window import RESTART
 from sway import become_ordinary_user
-from sway_parts import ALT, SPACE
-from tray import Tray
 
-EXACT = "Zażółć – 日本語 😀, done."
 ACCEL = "org.kde.kglobalaccel"
 # As Qt numbers keys.
 ALT_SPACE = 0x08000020
-REGISTERED = ("hold-to-talk registered", "tap-to-toggle registered")
 
 
-class OnKWin(DictationTest):
+class OnKWin(SessionTest):
+    @staticmethod
+    def make_desktop():
+        return KWinDesktop(a11y=True, audio=True)
+
     @classmethod
-    def setUpClass(cls):
-        cls.desktop = cls.enterClassContext(KWinDesktop(a11y=True, audio=True))
-        cls.keyboard = KWinKeyboard(cls.desktop, BINARIES)
-        cls.addClassCleanup(cls.keyboard.close)
-        cls.microphone = Microphone(cls.desktop.fifo())
-        cls.addClassCleanup(cls.microphone.pull_out)
-        cls.tray = Tray(cls.desktop)
-        cls.addClassCleanup(cls.tray.close)
-
-    def setUp(self):
-        self.may_be_killed = False
-
-    def start_application(self, service=None, ready=(*READY, *REGISTERED), is_killed=False,
-                          **options):
-        self.may_be_killed |= is_killed
-        return super().start_application(service, closes_setup=False, ready=ready, **options)
-
-    def end_application(self, application):
-        self.keyboard.release_all()
-        status = application.close()
-        if status != 0 or self.has_failed():
-            print(f"The application's log in {self.id()}:", *application.log.lines, sep="\n  ")
-        expected = (0, -signal.SIGKILL) if self.may_be_killed else (0,)
-        self.assertIn(status, expected, "exit status of the application")
+    def make_keyboard(cls):
+        return KWinKeyboard(cls.desktop, BINARIES)
 
     def start_widget(self, toolkit, environment=None):
-        target = KWinWidgetTarget(self.desktop, toolkit, environment=environment)
-        self.addCleanup(target.close)
-        return target
+        return self.start(KWinWidgetTarget, toolkit, environment=environment)
 
     def start_inaccessible_widget(self):
         """A field that accessibility does not know."""

@@ -6,42 +6,28 @@ import os
 import signal
 import unittest
 
-from application import READY
 from desktop import wait_for
-from dictation_test import BINARIES, DictationTest
-from microphone import Microphone
-from similarity import MIN_SIMILARITY, similarity, words
+from dictation_test import BINARIES
+from pressed_keys import A, ALT, ESCAPE, F9, SPACE
+from session_test import EXACT, SessionTest
 from sway import SwayDesktop, become_ordinary_user
-from sway_parts import (A, ALT, ESCAPE, F9, SPACE, FootTarget, SwayWidgetTarget,
-                        WaylandKeyboard, wait_for_sway_window, windows)
-from tray import Tray
-
-SENTENCE = "the quick brown fox jumps over the lazy dog"
-RECOGNITION_TIMEOUT = 20.0
-EXACT = "Zażółć – 日本語 😀, done."
-REGISTERED = ("hold-to-talk registered", "tap-to-toggle registered")
+from sway_parts import (FootTarget, SwayWidgetTarget, WaylandKeyboard, wait_for_sway_window,
+                        windows)
 
 
-class OnSwayTest(DictationTest):
+class OnSwayTest(SessionTest):
     """A private Sway desktop with a microphone and a keyboard, for all tests of the class."""
 
+    @staticmethod
+    def make_desktop():
+        return SwayDesktop(a11y=True, audio=True)
+
     @classmethod
-    def setUpClass(cls):
-        cls.desktop = cls.enterClassContext(SwayDesktop(a11y=True, audio=True))
-        cls.keyboard = WaylandKeyboard(cls.desktop, BINARIES)
-        cls.addClassCleanup(cls.keyboard.close)
-        cls.microphone = Microphone(cls.desktop.fifo())
-        cls.addClassCleanup(cls.microphone.pull_out)
-        cls.tray = Tray(cls.desktop)
-        cls.addClassCleanup(cls.tray.close)
+    def make_keyboard(cls):
+        return WaylandKeyboard(cls.desktop, BINARIES)
 
-    def setUp(self):
-        self.may_be_killed = False
-
-    def start_application(self, service=None, closes_setup=True, ready=(*READY, *REGISTERED),
-                          is_killed=False, **options):
-        self.may_be_killed |= is_killed
-        application = super().start_application(service, closes_setup=False, ready=ready, **options)
+    def start_application(self, service=None, closes_setup=True, **options):
+        application = super().start_application(service, **options)
         if closes_setup:
             window = wait_for_sway_window(
                 self.desktop, lambda window: window["pid"] == application.pid, "the setup window")
@@ -50,41 +36,14 @@ class OnSwayTest(DictationTest):
                      "the end of the setup window")
         return application
 
-    def end_application(self, application):
-        self.keyboard.release_all()
-        status = application.close()
-        if status != 0 or self.has_failed():
-            print(f"The application's log in {self.id()}:", *application.log.lines, sep="\n  ")
-        expected = (0, -signal.SIGKILL) if self.may_be_killed else (0,)
-        self.assertIn(status, expected, "exit status of the application")
-
     def start_widget(self, toolkit="gtk3", **options):
-        target = SwayWidgetTarget(self.desktop, toolkit, **options)
-        self.addCleanup(target.close)
-        return target
+        return self.start(SwayWidgetTarget, toolkit, **options)
 
     def start_foot(self):
-        target = FootTarget(self.desktop)
-        self.addCleanup(target.close)
-        return target
+        return self.start(FootTarget)
 
 
 class OnSway(OnSwayTest):
-    def wait_until_heard(self, target):
-        try:
-            wait_for(lambda: words(target.text)[-1:] == words(SENTENCE)[-1:]
-                     and similarity(SENTENCE, target.text) >= MIN_SIMILARITY,
-                     "the spoken words", RECOGNITION_TIMEOUT)
-        except TimeoutError as error:
-            raise AssertionError(f"{error}; there is {target.text!r}") from None
-
-    def speak_into(self, target):
-        self.keyboard.hold()
-        self.wait_until_listening()
-        self.microphone.speak(SENTENCE)
-        self.wait_until_heard(target)
-        self.keyboard.release(SPACE, ALT)
-
     def test_speech_becomes_words_in_a_terminal_and_in_a_field(self):
         application = self.start_application(self.start_local_service())
         self.speak_into(self.start_foot())

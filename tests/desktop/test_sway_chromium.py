@@ -5,9 +5,11 @@
 import unittest
 
 from desktop import wait_for
+from pressed_keys import ALT, SPACE
+from session_test import EXACT
 from sway import become_ordinary_user
-from sway_parts import ALT, SPACE, chromium
-from test_sway import EXACT, OnSwayTest
+from sway_parts import chromium
+from test_sway import OnSwayTest
 
 LEFT_OUT = "the program would make other characters of these"
 

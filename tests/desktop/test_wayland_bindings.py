@@ -8,15 +8,14 @@ import unittest
 
 from accessible import ScreenReader
 from desktop import wait_for
-from dictation_test import BINARIES, DictationTest
-from microphone import Microphone
+from dictation_test import BINARIES
+from pressed_keys import A, ALT, B, SPACE
+from session_test import EXACT, SessionTest
 from setup_window import RESTART
 from sway import LabwcDesktop, SwayDesktop, become_ordinary_user
-from sway_parts import A, ALT, B, SPACE, FootTarget, WaylandKeyboard
+from sway_parts import FootTarget, WaylandKeyboard
 from target import WidgetTarget
-from tray import Tray
 
-EXACT = "Zażółć – 日本語 😀, done."
 SERVED = ("typing by a virtual keyboard in Wayland: the compositor offers it",
           "the front window by Wayland and AT-SPI: the compositor offers it",
           "accessibility trusted → true")
@@ -40,34 +39,16 @@ class AnyCompositor:
     """The tests; a class beside it has the desktop."""
 
     @classmethod
-    def setUpClass(cls):
-        cls.desktop = cls.enterClassContext(cls.make_desktop())
-        cls.keyboard = WaylandKeyboard(cls.desktop, BINARIES)
-        cls.addClassCleanup(cls.keyboard.close)
-        cls.microphone = Microphone(cls.desktop.fifo())
-        cls.addClassCleanup(cls.microphone.pull_out)
-        cls.tray = Tray(cls.desktop)
-        cls.addClassCleanup(cls.tray.close)
+    def make_keyboard(cls):
+        return WaylandKeyboard(cls.desktop, BINARIES)
 
     def start_application(self, service):
-        application = super().start_application(service, closes_setup=False, ready=SERVED)
+        application = super().start_application(service, ready=SERVED)
         # It comes to the front by itself.
         reader = ScreenReader(self.desktop)
         self.addCleanup(reader.close)
         reader.window_with(RESTART)
         return application
-
-    def end_application(self, application):
-        self.keyboard.release_all()
-        status = application.close()
-        if status != 0 or self.has_failed():
-            print(f"The application's log in {self.id()}:", *application.log.lines, sep="\n  ")
-        self.assertEqual(status, 0, "exit status of the application")
-
-    def start(self, target, *arguments):
-        started = target(self.desktop, *arguments)
-        self.addCleanup(started.close)
-        return started
 
     def start_terminal(self):
         """Starts a terminal, and types into it until it has the keyboard."""
@@ -111,7 +92,7 @@ class AnyCompositor:
         self.assertEqual(other.text, "")
 
 
-class OnSwayWithoutItsSocket(AnyCompositor, DictationTest):
+class OnSwayWithoutItsSocket(AnyCompositor, SessionTest):
     @staticmethod
     def make_desktop():
         return SwayDesktop(tells=False, a11y=True, audio=True)
@@ -124,7 +105,7 @@ class OnSwayWithoutItsSocket(AnyCompositor, DictationTest):
 
 
 @unittest.skipUnless(shutil.which("labwc"), "labwc is not installed")
-class OnLabwc(AnyCompositor, DictationTest):
+class OnLabwc(AnyCompositor, SessionTest):
     """labwc binds a combination once, so that nothing is called at the release."""
 
     @staticmethod

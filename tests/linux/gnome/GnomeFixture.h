@@ -4,60 +4,19 @@
 #include <gtest/gtest.h>
 
 #include <chrono>
-#include <optional>
 #include <string>
-#include <string_view>
 
-#include "base/Text.h"
-#include "platform/linux/DesktopInput.h"
-#include "tests/conformance/input/HotKeyRecorder.h"
 #include "tests/linux/gnome/GnomeUser.h"
-#include "tests/linux/x11/X11Target.h"
-#include "tests/support/RealTimeQueue.h"
-#include "tests/support/RecordingLog.h"
+#include "tests/linux/input/SessionFixture.h"
 
 namespace tarvik::tests {
 
 /// The input of a GNOME session.
-class GnomeFixture {
+class GnomeFixture : public SessionFixture<GnomeUser> {
   protected:
-    static constexpr auto hold = HotKeyRecorder::hold;
-    static constexpr auto toggle = HotKeyRecorder::toggle;
     static constexpr const char* windowSchema = "org.gnome.desktop.wm.keybindings";
     static constexpr const char* windowMenu = "activate-window-menu";
 
-    /// Posts a text as the core does, in runs of 20 UTF-16 units.
-    void type(std::string_view text, std::optional<platform::ProcessIdentifier> process) {
-        auto& keyboard = input->keyboardEvents();
-        const auto source = keyboard.createSource(platform::eventSourceStateCombinedSession);
-        const std::u16string units = utf16FromUtf8(text);
-        for (std::size_t first = 0; first < units.size(); first += 20) {
-            const auto event = keyboard.createKeyboardEvent(source, 0, true);
-            ASSERT_NE(event, nullptr);
-            keyboard.setUnicodeString(*event, std::u16string_view(units).substr(first, 20));
-            if (process) {
-                keyboard.postToPid(*process, event);
-            } else {
-                keyboard.post(platform::hidEventTap, event);
-            }
-        }
-    }
-
-    bool becomes(const X11Target& target, std::string_view text,
-                 std::chrono::milliseconds timeout = std::chrono::seconds(5)) {
-        const bool holds = mainQueue.runUntil([&] { return target.text() == text; }, timeout);
-        EXPECT_EQ(target.text(), text);
-        if (!holds) {
-            tellLog();
-        }
-        return holds;
-    }
-    bool becomes(const HotKeyRecorder& recorder, std::string_view events,
-                 std::chrono::milliseconds timeout = std::chrono::seconds(3)) {
-        const bool holds = mainQueue.runUntil([&] { return recorder.events == events; }, timeout);
-        EXPECT_EQ(recorder.events, events);
-        return holds;
-    }
     /// Registers a hotkey, and waits until GNOME hears it, which nothing else tells. Waits then
     /// until the commands of all presses have called.
     void add(HotKeyRecorder& recorder, std::uint32_t modifiers, std::uint32_t id) {
@@ -99,16 +58,6 @@ class GnomeFixture {
     bool returnsToLayout() {
         return mainQueue.runUntil([] { return GnomeUser::engine() == "xkb:us::eng"; });
     }
-    void tellLog() {
-        for (const std::string& line : log.lines()) {
-            ADD_FAILURE() << line;
-        }
-    }
-
-    RealTimeQueue mainQueue;
-    RecordingLog log;
-    GnomeUser user;
-    std::optional<linuxdesktop::DesktopInput> input{std::in_place, mainQueue, log};
 };
 
 }  // namespace tarvik::tests

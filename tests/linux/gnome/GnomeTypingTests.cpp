@@ -8,32 +8,7 @@ namespace {
 
 using namespace std::chrono_literals;
 
-// Every kind of script, combining characters, right to left, and emoji of several characters.
-constexpr std::string_view corpus[] = {
-    "The quick brown fox: 0123456789 !\"#$%&'()*+,-./:;<=>?@[\\]^_`{|}~ ABC xyz",
-    "Zażółć gęślą jaźń – „tak”, Łódź, ŻÓŁĆ…",
-    "Größe, Übermut, ärgerlich – „Ja, heiß!“",
-    "Tiếng Việt có dấu; Tie\u0302\u0301ng",
-    "Съешь же ещё этих мягких французских булок, да выпей чаю.",
-    "Γαζέες καὶ μυρτιὲς δὲν θὰ βρῶ πιὰ",
-    "مرحبا بالعالم، كيف حالك؟",
-    "שלום עולם, מה שלומך?",
-    "こんにちは世界、日本語のテキストです。",
-    "안녕하세요 세계",
-    "Fine 👍🏽 family 👨‍👩‍👧‍👦 flag 🇵🇱 ❤️ end",
-};
-
-class GnomeTypingInto : public GnomeFixture, public testing::TestWithParam<X11Target::Kind> {
-  protected:
-    void typeCorpus(const X11Target& target) {
-        std::string expected;
-        for (const std::string_view text : corpus) {
-            type(text, target.process());
-            expected += text;
-            ASSERT_TRUE(becomes(target, expected));
-        }
-    }
-};
+class GnomeTypingInto : public GnomeFixture, public testing::TestWithParam<X11Target::Kind> {};
 
 TEST_P(GnomeTypingInto, IsExactOverTheCorpus) {
     X11Target target(GetParam(), mainQueue);
@@ -73,24 +48,11 @@ TEST_P(GnomeTypingInto, KeepsTheFieldAfterAltWentDownAndUpAlone) {
 }
 
 TEST_P(GnomeTypingInto, IsExactOverTwoThousandCharacters) {
-    X11Target target(GetParam(), mainQueue);
-    std::string text;
-    while (text.size() < 2000) {
-        text += "Zażółć gęślą jaźń, the quick brown fox. ";
-    }
-    const auto start = std::chrono::steady_clock::now();
-    type(text, target.process());
-    ASSERT_TRUE(becomes(target, text, 20s));
-    RecordProperty("milliseconds",
-                   static_cast<int>((std::chrono::steady_clock::now() - start) / 1ms));
+    const X11Target target(GetParam(), mainQueue);
+    typeTwoThousandCharacters(target, 20s);
 }
 
-INSTANTIATE_TEST_SUITE_P(Toolkits, GnomeTypingInto,
-                         testing::Values(X11Target::Kind::gtk3Entry, X11Target::Kind::gtk4Text,
-                                         X11Target::Kind::qt6Entry, X11Target::Kind::qt6Text),
-                         [](const auto& kind) {
-                             return nameOf(kind.param) + std::to_string(kind.index);
-                         });
+INSTANTIATE_TEST_SUITE_P(Toolkits, GnomeTypingInto, typingToolkits(), toolkitName);
 
 // Pieces of one dictation may come one right after the other.
 TEST_P(GnomeTypingInto, LosesNoneOfManyTexts) {
@@ -108,12 +70,9 @@ TEST_P(GnomeTypingInto, LosesNoneOfManyTexts) {
 class GnomeTyping : public GnomeFixture, public testing::Test {};
 
 TEST_F(GnomeTyping, TextThatIsLeftAtTheEndIsTyped) {
-    X11Target target(X11Target::Kind::gtk3Entry, mainQueue);
-    type("the last words, żółć", target.process());
-    input.reset();
-    EXPECT_TRUE(becomes(target, "the last words, żółć"));
+    const X11Target target(X11Target::Kind::gtk3Entry, mainQueue);
+    typeLastWords(target);
     EXPECT_EQ(GnomeUser::engine(), "xkb:us::eng");
-    input.emplace(mainQueue, log);
 }
 
 TEST_F(GnomeTyping, TellsOfATextWithoutAField) {

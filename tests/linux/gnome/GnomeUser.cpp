@@ -49,32 +49,15 @@ GnomeUser::GnomeUser() {
 }
 
 GnomeUser::~GnomeUser() {
-    for (const std::uint32_t key : std::set(down_)) {
-        release(key);
-    }
+    releaseAll();
     sd_bus_call_method(bus_.get(), service, session_.c_str(), sessionInterface, "Stop", nullptr,
                        nullptr, nullptr);
 }
 
-void GnomeUser::press(std::uint32_t key) {
-    down_.insert(key);
-    send(key, true);
-}
-
-void GnomeUser::release(std::uint32_t key) {
-    down_.erase(key);
-    send(key, false);
-}
-
-void GnomeUser::tap(std::uint32_t key) {
-    press(key);
-    release(key);
-}
-
-void GnomeUser::send(std::uint32_t key, bool isDown) {
+void GnomeUser::send(std::uint32_t key, bool isPressed) {
     if (sd_bus_call_method(bus_.get(), service, session_.c_str(), sessionInterface,
                            "NotifyKeyboardKeycode", nullptr, nullptr, "ub", key,
-                           isDown ? 1 : 0) < 0) {
+                           isPressed ? 1 : 0) < 0) {
         throw std::runtime_error("GNOME does not take a key");
     }
 }

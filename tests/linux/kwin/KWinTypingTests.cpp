@@ -7,8 +7,6 @@
 #include <string>
 
 #include "tests/linux/kwin/KWinFixture.h"
-#include "tests/linux/sway/TypingCorpus.h"
-#include "tests/linux/x11/X11Target.h"
 
 namespace tarvik::tests {
 
@@ -26,87 +24,42 @@ bool isInputMethodOurs() {
     return settings().find("tarvik-dictate-input-method") != std::string::npos;
 }
 
-class KWinTyping : public KWinFixture {
-  protected:
-    bool becomes(const X11Target& target, std::string_view text,
-                 std::chrono::milliseconds timeout = 5s) {
-        const bool holds = mainQueue.runUntil([&] { return target.text() == text; }, timeout);
-        EXPECT_EQ(target.text(), text);
-        if (!holds) {
-            for (const std::string& line : log.lines()) {
-                ADD_FAILURE() << line;
-            }
-        }
-        return holds;
-    }
-    bool comesToFront(const X11Target& target) {
-        return mainQueue.runUntil([&] { return input->chooseTarget() == target.process(); });
-    }
-};
+class KWinTyping : public KWinFixture {};
 
 class KWinTypingInto : public KWinTyping, public testing::WithParamInterface<X11Target::Kind> {
   protected:
     X11Target target{GetParam(), mainQueue};
 
     void SetUp() override { ASSERT_TRUE(comesToFront(target)); }
-
-    void typeCorpus() {
-        std::string expected;
-        for (const std::string_view text : typingCorpus) {
-            type(text, target.process());
-            expected += text;
-            ASSERT_TRUE(becomes(target, expected));
-        }
-    }
 };
 
 TEST_P(KWinTypingInto, IsExactOverTheCorpus) {
-    typeCorpus();
+    typeCorpus(target);
 }
 
 TEST_P(KWinTypingInto, IsExactWhileTheHotkeyIsHeld) {
     HotKeyRecorder recorder(input->eventManager());
     ASSERT_EQ(recorder.add(hold, 1), noErr);
     pressHold();
-    ASSERT_TRUE(KWinFixture::becomes(recorder, "P1"));
-    typeCorpus();
+    ASSERT_TRUE(becomes(recorder, "P1"));
+    typeCorpus(target);
     EXPECT_EQ(recorder.events, "P1");
     releaseHold();
-    EXPECT_TRUE(KWinFixture::becomes(recorder, "P1R1"));
+    EXPECT_TRUE(becomes(recorder, "P1R1"));
 }
 
 TEST_P(KWinTypingInto, IsExactOverTwoThousandCharacters) {
-    std::string text;
-    while (text.size() < 2000) {
-        text += "Zażółć gęślą jaźń, the quick brown fox. ";
-    }
-    type(text, target.process());
-    ASSERT_TRUE(becomes(target, text, 30s));
+    typeTwoThousandCharacters(target, 30s);
 }
 
-INSTANTIATE_TEST_SUITE_P(Toolkits, KWinTypingInto,
-                         testing::Values(X11Target::Kind::gtk3Entry, X11Target::Kind::gtk4Text,
-                                         X11Target::Kind::qt6Entry, X11Target::Kind::qt6Text),
-                         [](const auto& kind) {
-                             return nameOf(kind.param) + std::to_string(kind.index);
-                         });
+INSTANTIATE_TEST_SUITE_P(Toolkits, KWinTypingInto, typingToolkits(), toolkitName);
 
 TEST_F(KWinTyping, GoesToTheWindowWhereTheRecordingBegan) {
-    X11Target target(X11Target::Kind::gtk3Entry, mainQueue);
-    ASSERT_TRUE(comesToFront(target));
-    target.openSecondWindow(mainQueue);
-    type("for the first window", target.process());
-    EXPECT_TRUE(becomes(target, "for the first window"));
-    EXPECT_EQ(target.textOfSecondWindow(), "");
+    typeIntoFirstOfTwoWindows();
 }
 
 TEST_F(KWinTyping, GivesTheFocusBack) {
-    X11Target first(X11Target::Kind::gtk3Entry, mainQueue);
-    X11Target second(X11Target::Kind::gtk3Entry, mainQueue);
-    ASSERT_TRUE(comesToFront(second));
-    type("behind", first.process());
-    EXPECT_TRUE(becomes(first, "behind"));
-    EXPECT_TRUE(comesToFront(second));
+    typeBehindAnotherProgram();
 }
 
 TEST_F(KWinTyping, HasTheInputMethodOnlyForAWhile) {
@@ -144,11 +97,9 @@ TEST_F(KWinTyping, LeavesTheUsersInputMethodAlone) {
 }
 
 TEST_F(KWinTyping, TextThatIsLeftAtTheEndIsTyped) {
-    X11Target target(X11Target::Kind::gtk3Entry, mainQueue);
+    const X11Target target(X11Target::Kind::gtk3Entry, mainQueue);
     ASSERT_TRUE(comesToFront(target));
-    type("the last words, żółć", target.process());
-    input.reset();
-    EXPECT_TRUE(becomes(target, "the last words, żółć"));
+    typeLastWords(target);
 }
 
 }  // namespace

@@ -63,9 +63,7 @@ KWinUser::KWinUser() : display_(wl_display_connect(nullptr)) {
 }
 
 KWinUser::~KWinUser() {
-    for (const std::uint32_t key : std::set(down_)) {
-        release(key);
-    }
+    releaseAll();
     for (const std::string& action : taken_) {
         call("unregister", "ss", component, action.c_str());
     }
@@ -74,21 +72,10 @@ KWinUser::~KWinUser() {
     wl_display_disconnect(display_);
 }
 
-void KWinUser::press(std::uint32_t key) {
-    down_.insert(key);
-    org_kde_kwin_fake_input_keyboard_key(input_, key, WL_KEYBOARD_KEY_STATE_PRESSED);
+void KWinUser::send(std::uint32_t key, bool isPressed) {
+    org_kde_kwin_fake_input_keyboard_key(
+        input_, key, isPressed ? WL_KEYBOARD_KEY_STATE_PRESSED : WL_KEYBOARD_KEY_STATE_RELEASED);
     wl_display_roundtrip(display_);
-}
-
-void KWinUser::release(std::uint32_t key) {
-    down_.erase(key);
-    org_kde_kwin_fake_input_keyboard_key(input_, key, WL_KEYBOARD_KEY_STATE_RELEASED);
-    wl_display_roundtrip(display_);
-}
-
-void KWinUser::tap(std::uint32_t key) {
-    press(key);
-    release(key);
 }
 
 void KWinUser::take(std::uint32_t modifiers) {

@@ -3,7 +3,6 @@
 #include "tests/linux/sway/RestartedSway.h"
 
 #include <chrono>
-#include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <stdexcept>
@@ -24,26 +23,10 @@ RestartedSway::RestartedSway() {
     std::ofstream(folder_.path() / "config") << "xwayland disable\n"
                                                 "seat seat0 fallback true\n"
                                                 "focus_on_window_activation focus\n";
-    setVariable("XDG_RUNTIME_DIR", folder_.path());
-    setVariable("SWAYSOCK", folder_.path() / "sway.sock");
-    setVariable("WAYLAND_DISPLAY", "wayland-1");
-    setVariable("TARVIK_SWAY_CONFIG", folder_.path() / "config");
-}
-
-RestartedSway::~RestartedSway() {
-    for (const auto& [name, value] : variablesBefore_) {
-        if (value) {
-            setenv(name.c_str(), value->c_str(), 1);
-        } else {
-            unsetenv(name.c_str());
-        }
-    }
-}
-
-void RestartedSway::setVariable(const std::string& name, const std::string& value) {
-    const char* before = std::getenv(name.c_str());
-    variablesBefore_[name] = before != nullptr ? std::optional<std::string>(before) : std::nullopt;
-    setenv(name.c_str(), value.c_str(), 1);
+    variables_.set("XDG_RUNTIME_DIR", folder_.path());
+    variables_.set("SWAYSOCK", folder_.path() / "sway.sock");
+    variables_.set("WAYLAND_DISPLAY", "wayland-1");
+    variables_.set("TARVIK_SWAY_CONFIG", folder_.path() / "config");
 }
 
 void RestartedSway::start() {

@@ -2,11 +2,10 @@
 #pragma once
 
 #include <csignal>
-#include <map>
 #include <optional>
-#include <string>
 
 #include "tests/support/TemporaryFolder.h"
+#include "tests/support/TemporaryVariables.h"
 #include "tests/support/TestProcess.h"
 
 namespace tarvik::tests {
@@ -16,7 +15,6 @@ namespace tarvik::tests {
 class RestartedSway {
   public:
     RestartedSway();
-    ~RestartedSway();
     RestartedSway(const RestartedSway&) = delete;
     RestartedSway& operator=(const RestartedSway&) = delete;
 
@@ -29,10 +27,8 @@ class RestartedSway {
     void stop() { sway_->send(SIGSTOP); }
 
   private:
-    void setVariable(const std::string& name, const std::string& value);
-
     TemporaryFolder folder_;
-    std::map<std::string, std::optional<std::string>> variablesBefore_;
+    TemporaryVariables variables_;
     std::optional<TestProcess> sway_;
 };
 

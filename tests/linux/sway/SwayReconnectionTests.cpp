@@ -1,10 +1,13 @@
 // SPDX-License-Identifier: MIT
 
-#include <cstdlib>
+#include <optional>
+#include <string>
 #include <thread>
 
+#include "tests/linux/input/ReconnectionFixture.h"
 #include "tests/linux/sway/RestartedSway.h"
-#include "tests/linux/sway/SwayFixture.h"
+#include "tests/linux/sway/SwayUser.h"
+#include "tests/support/TemporaryVariables.h"
 
 namespace tarvik::tests {
 
@@ -23,63 +26,34 @@ class OwnSway {
 };
 
 // The person's keyboard ends with Sway too, and is another one at the next Sway.
-class SwayReconnection : private OwnSway, public testing::Test {
+class SwayReconnection : private OwnSway,
+                         public ReconnectionFixture<SwayUser>,
+                         public testing::Test {
   protected:
-    static constexpr auto hold = HotKeyRecorder::hold;
-
-    bool logs(const std::string& line) {
-        const bool isThere = mainQueue.runUntil([&] { return log.hasLineWith(line); });
-        EXPECT_TRUE(isThere) << line;
-        return isThere;
-    }
-    void pressAndRelease() {
-        SwayUser user;
-        user.press(SwayUser::altKey);
-        user.press(SwayUser::spaceKey);
-        EXPECT_TRUE(mainQueue.runUntil([&] { return recorder.events == "P1"; }));
-        user.release(SwayUser::spaceKey);
-        user.release(SwayUser::altKey);
-        EXPECT_TRUE(mainQueue.runUntil([&] { return recorder.events == "P1R1"; }))
-            << recorder.events;
-        recorder.events.clear();
-    }
-
     using OwnSway::sway;
-    RealTimeQueue mainQueue;
-    RecordingLog log;
-    std::optional<linuxdesktop::DesktopInput> input{std::in_place, mainQueue, log};
-    HotKeyRecorder recorder{input->eventManager()};
 };
 
 TEST_F(SwayReconnection, HotkeysAndTypingAreBackWithTheNextSway) {
-    ASSERT_EQ(recorder.add(hold, 1), noErr);
+    ASSERT_EQ(recorder->add(hold, 1), noErr);
     pressAndRelease();
     sway.end();
     ASSERT_TRUE(mainQueue.runUntil([&] { return !input->canType(); }));
     sway.start();
     ASSERT_TRUE(logs("Sway is back"));
     pressAndRelease();
-    const SwayUser user;
-    const X11Target target(X11Target::Kind::gtk3Entry, mainQueue);
-    ASSERT_TRUE(mainQueue.runUntil([&] { return input->chooseTarget() == target.process(); }));
-    const auto event = input->keyboardEvents().createKeyboardEvent(
-        input->keyboardEvents().createSource(platform::eventSourceStateCombinedSession), 0, true);
-    ASSERT_NE(event, nullptr);
-    input->keyboardEvents().setUnicodeString(*event, u"again");
-    input->keyboardEvents().postToPid(target.process(), event);
-    EXPECT_TRUE(mainQueue.runUntil([&] { return target.text() == "again"; })) << target.text();
+    typeAgain();
 }
 
 TEST_F(SwayReconnection, AHoldEndsWhenSwayIsKilledAndTheNextOneIsHeard) {
-    ASSERT_EQ(recorder.add(hold, 1), noErr);
+    ASSERT_EQ(recorder->add(hold, 1), noErr);
     std::optional<SwayUser> user(std::in_place);
     user->press(SwayUser::altKey);
     user->press(SwayUser::spaceKey);
-    ASSERT_TRUE(mainQueue.runUntil([&] { return recorder.events == "P1"; }));
+    ASSERT_TRUE(mainQueue.runUntil([&] { return recorder->events == "P1"; }));
     sway.kill();
     user.reset();
-    EXPECT_TRUE(mainQueue.runUntil([&] { return recorder.events == "P1R1"; })) << recorder.events;
-    recorder.events.clear();
+    EXPECT_TRUE(mainQueue.runUntil([&] { return recorder->events == "P1R1"; })) << recorder->events;
+    recorder->events.clear();
     // The first tries after the loss fail.
     mainQueue.runFor(1s);
     sway.start();
@@ -88,7 +62,7 @@ TEST_F(SwayReconnection, AHoldEndsWhenSwayIsKilledAndTheNextOneIsHeard) {
 }
 
 TEST_F(SwayReconnection, ASecondLossIsMadeUpForToo) {
-    ASSERT_EQ(recorder.add(hold, 1), noErr);
+    ASSERT_EQ(recorder->add(hold, 1), noErr);
     for (std::size_t loss = 1; loss <= 2; ++loss) {
         sway.end();
         sway.start();
@@ -100,11 +74,11 @@ TEST_F(SwayReconnection, ASecondLossIsMadeUpForToo) {
 
 TEST_F(SwayReconnection, AHotkeyThatWasUnregisteredMeanwhileStaysSo) {
     platform::EventHotKeyRef hotKey = nullptr;
-    ASSERT_EQ(recorder.add(hold, 1, &hotKey), noErr);
+    ASSERT_EQ(recorder->add(hold, 1, &hotKey), noErr);
     sway.end();
     ASSERT_TRUE(mainQueue.runUntil([&] { return !input->canType(); }));
-    EXPECT_EQ(recorder.add(HotKeyRecorder::toggle, 2), eventInternalErr);
-    EXPECT_EQ(recorder.remove(hotKey), noErr);
+    EXPECT_EQ(recorder->add(HotKeyRecorder::toggle, 2), eventInternalErr);
+    EXPECT_EQ(recorder->remove(hotKey), noErr);
     sway.start();
     ASSERT_TRUE(logs("Sway is back"));
     SwayUser user;
@@ -118,41 +92,52 @@ TEST_F(SwayReconnection, ARegistrationDuringWhichSwayDiesIsRefused) {
         std::this_thread::sleep_for(100ms);
         sway.kill();
     });
-    EXPECT_EQ(recorder.add(hold, 1), eventInternalErr);
+    EXPECT_EQ(recorder->add(hold, 1), eventInternalErr);
     killer.join();
 }
 
 // The same Sway, which does not tell its socket while the input is made.
-class WaylandReconnection : private OwnSway, public testing::Test {
+class WaylandReconnection : private OwnSway, public DesktopInputFixture, public testing::Test {
   protected:
     WaylandReconnection() {
-        const std::string socket = std::getenv("SWAYSOCK");
-        unsetenv("SWAYSOCK");
-        input.emplace(mainQueue, log);
-        setenv("SWAYSOCK", socket.c_str(), 1);
+        TemporaryVariables variables;
+        variables.unset("SWAYSOCK");
+        openInput();
     }
 
-    using OwnSway::sway;
-    RealTimeQueue mainQueue;
-    RecordingLog log;
-    std::optional<linuxdesktop::DesktopInput> input;
+    void restart() {
+        ASSERT_TRUE(input->canType());
+        sway.kill();
+        ASSERT_TRUE(mainQueue.runUntil([&] { return !input->canType(); }));
+        sway.start();
+        ASSERT_TRUE(mainQueue.runUntil([&] { return input->canType(); }));
+        EXPECT_EQ(log.linesWith("the Wayland compositor is back").size(), 1U);
+    }
 };
 
 TEST_F(WaylandReconnection, TypingIsBackWithTheNextCompositor) {
-    ASSERT_TRUE(input->canType());
-    sway.kill();
-    ASSERT_TRUE(mainQueue.runUntil([&] { return !input->canType(); }));
-    sway.start();
-    ASSERT_TRUE(mainQueue.runUntil([&] { return input->canType(); }));
-    EXPECT_EQ(log.linesWith("the Wayland compositor is back").size(), 1U);
+    restart();
     const SwayUser user;
     const X11Target target(X11Target::Kind::gtk3Entry, mainQueue);
-    const auto event = input->keyboardEvents().createKeyboardEvent(
-        input->keyboardEvents().createSource(platform::eventSourceStateCombinedSession), 0, true);
-    ASSERT_NE(event, nullptr);
-    input->keyboardEvents().setUnicodeString(*event, u"again");
-    input->keyboardEvents().post(platform::hidEventTap, event);
-    EXPECT_TRUE(mainQueue.runUntil([&] { return target.text() == "again"; })) << target.text();
+    type("again", std::nullopt);
+    EXPECT_TRUE(becomes(target, "again", 10s));
+}
+
+TEST_F(WaylandReconnection, ATextForAWindowOfTheLastCompositorGoesToNoOther) {
+    {
+        const SwayUser user;
+        const X11Target target(X11Target::Kind::gtk3Entry, mainQueue);
+        type("a", std::nullopt);
+        ASSERT_TRUE(becomes(target, "a", 10s));
+        // Nobody tells its process.
+        EXPECT_EQ(input->chooseTarget(), std::nullopt);
+    }
+    restart();
+    const SwayUser user;
+    const X11Target other(X11Target::Kind::gtk3Entry, mainQueue);
+    type("lost", std::nullopt);
+    EXPECT_TRUE(logs("typed text not delivered: the window is gone (4 characters)"));
+    EXPECT_EQ(other.text(), "");
 }
 
 }  // namespace

@@ -6,7 +6,6 @@
 #include <iterator>
 
 #include "tests/linux/sway/SwayFixture.h"
-#include "tests/linux/sway/TypingCorpus.h"
 #include "tests/support/TemporaryFolder.h"
 #include "tests/support/TestProcess.h"
 
@@ -22,19 +21,10 @@ class SwayTypingInto : public SwayFixture, public testing::TestWithParam<X11Targ
     X11Target target{GetParam(), mainQueue};
 
     void SetUp() override { ASSERT_TRUE(comesToFront(target)); }
-
-    void typeCorpus() {
-        std::string expected;
-        for (const std::string_view text : typingCorpus) {
-            type(text, target.process());
-            expected += text;
-            ASSERT_TRUE(becomes(target, expected));
-        }
-    }
 };
 
 TEST_P(SwayTypingInto, IsExactOverTheCorpus) {
-    typeCorpus();
+    typeCorpus(target);
 }
 
 TEST_P(SwayTypingInto, IsExactWhileTheHotkeyIsHeld) {
@@ -42,7 +32,7 @@ TEST_P(SwayTypingInto, IsExactWhileTheHotkeyIsHeld) {
     ASSERT_EQ(recorder.add(hold, 1), noErr);
     pressHold();
     ASSERT_TRUE(becomes(recorder, "P1"));
-    typeCorpus();
+    typeCorpus(target);
     EXPECT_EQ(recorder.events, "P1");
     releaseHold();
     EXPECT_TRUE(becomes(recorder, "P1R1"));
@@ -70,42 +60,19 @@ TEST_P(SwayTypingInto, KeepsTheFieldAfterAltWentDownAndUpAlone) {
 }
 
 TEST_P(SwayTypingInto, IsExactOverTwoThousandCharacters) {
-    std::string text;
-    while (text.size() < 2000) {
-        text += "Zażółć gęślą jaźń, the quick brown fox. ";
-    }
-    const auto start = std::chrono::steady_clock::now();
-    type(text, target.process());
-    ASSERT_TRUE(becomes(target, text, 90s));
-    RecordProperty("milliseconds",
-                   static_cast<int>((std::chrono::steady_clock::now() - start) / 1ms));
+    typeTwoThousandCharacters(target, 90s);
 }
 
-INSTANTIATE_TEST_SUITE_P(Toolkits, SwayTypingInto,
-                         testing::Values(X11Target::Kind::gtk3Entry, X11Target::Kind::gtk4Text,
-                                         X11Target::Kind::qt6Entry, X11Target::Kind::qt6Text),
-                         [](const auto& kind) {
-                             return nameOf(kind.param) + std::to_string(kind.index);
-                         });
+INSTANTIATE_TEST_SUITE_P(Toolkits, SwayTypingInto, typingToolkits(), toolkitName);
 
 class SwayTyping : public SwayFixture, public testing::Test {};
 
 TEST_F(SwayTyping, GoesToTheWindowWhereTheRecordingBegan) {
-    X11Target target(X11Target::Kind::gtk3Entry, mainQueue);
-    ASSERT_TRUE(comesToFront(target));
-    target.openSecondWindow(mainQueue);
-    type("for the first window", target.process());
-    EXPECT_TRUE(becomes(target, "for the first window"));
-    EXPECT_EQ(target.textOfSecondWindow(), "");
+    typeIntoFirstOfTwoWindows();
 }
 
 TEST_F(SwayTyping, GivesTheFocusBack) {
-    X11Target first(X11Target::Kind::gtk3Entry, mainQueue);
-    X11Target second(X11Target::Kind::gtk3Entry, mainQueue);
-    ASSERT_TRUE(comesToFront(second));
-    type("behind", first.process());
-    EXPECT_TRUE(becomes(first, "behind"));
-    EXPECT_TRUE(comesToFront(second));
+    typeBehindAnotherProgram();
 }
 
 TEST_F(SwayTyping, ReachesAnotherWorkspaceAndComesBack) {
@@ -146,12 +113,9 @@ TEST_F(SwayTyping, AProgramThatReadsNothingForAWhileGetsEverything) {
 }
 
 TEST_F(SwayTyping, TextThatIsLeftAtTheEndIsTyped) {
-    X11Target target(X11Target::Kind::gtk3Entry, mainQueue);
+    const X11Target target(X11Target::Kind::gtk3Entry, mainQueue);
     ASSERT_TRUE(comesToFront(target));
-    type("the last words, żółć", target.process());
-    input.reset();
-    EXPECT_TRUE(becomes(target, "the last words, żółć"));
-    input.emplace(mainQueue, log);
+    typeLastWords(target);
 }
 
 }  // namespace

@@ -74,9 +74,7 @@ SwayUser::SwayUser() : display_(wl_display_connect(nullptr)) {
 }
 
 SwayUser::~SwayUser() {
-    for (const std::uint32_t key : std::set(down_)) {
-        release(key);
-    }
+    releaseAll();
     if (configuration_) {
         configure(*std::exchange(configuration_, std::nullopt), std::ios::trunc);
     }
@@ -87,26 +85,10 @@ SwayUser::~SwayUser() {
     wl_display_disconnect(display_);
 }
 
-void SwayUser::press(std::uint32_t key) {
-    down_.insert(key);
-    send(key, true);
-}
-
-void SwayUser::release(std::uint32_t key) {
-    down_.erase(key);
-    send(key, false);
-}
-
-void SwayUser::tap(std::uint32_t key) {
-    press(key);
-    release(key);
-}
-
-void SwayUser::send(std::uint32_t key, bool isDown) {
-    zwp_virtual_keyboard_v1_key(keyboard_, ++time_, key, isDown ? 1 : 0);
-    const std::uint32_t modifiers = (down_.contains(shiftKey) ? 1U : 0U) |
-                                    (down_.contains(controlKey) ? 4U : 0U) |
-                                    (down_.contains(altKey) ? 8U : 0U);
+void SwayUser::send(std::uint32_t key, bool isPressed) {
+    zwp_virtual_keyboard_v1_key(keyboard_, ++time_, key, isPressed ? 1 : 0);
+    const std::uint32_t modifiers =
+        (isDown(shiftKey) ? 1U : 0U) | (isDown(controlKey) ? 4U : 0U) | (isDown(altKey) ? 8U : 0U);
     zwp_virtual_keyboard_v1_modifiers(keyboard_, modifiers, 0, 0, 0);
     wl_display_roundtrip(display_);
 }

@@ -12,7 +12,6 @@
 #include <string>
 
 #include "tests/linux/sway/SwayFixture.h"
-#include "tests/linux/sway/TypingCorpus.h"
 #include "tests/support/TemporaryFolder.h"
 #include "tests/support/TestProcess.h"
 
@@ -39,26 +38,17 @@ class WaylandTypingInto : public WaylandFixture, public testing::TestWithParam<X
     X11Target target{GetParam(), mainQueue};
 
     void SetUp() override { ASSERT_TRUE(comesToFront(target)); }
-
-    void typeCorpus() {
-        std::string expected;
-        for (const std::string_view text : typingCorpus) {
-            type(text, target.process());
-            expected += text;
-            ASSERT_TRUE(becomes(target, expected));
-        }
-    }
 };
 
 TEST_P(WaylandTypingInto, IsExactOverTheCorpus) {
-    typeCorpus();
+    typeCorpus(target);
     EXPECT_TRUE(log.linesWith("typed text").empty());
 }
 
 TEST_P(WaylandTypingInto, IsExactWhileAltIsHeld) {
     user.press(SwayUser::altKey);
     EXPECT_EQ(input->chooseTarget(), target.process());
-    typeCorpus();
+    typeCorpus(target);
     user.release(SwayUser::altKey);
 }
 
@@ -76,12 +66,7 @@ TEST_P(WaylandTypingInto, KeepsTheFieldAfterAltWentDownAndUpAlone) {
     }
 }
 
-INSTANTIATE_TEST_SUITE_P(Toolkits, WaylandTypingInto,
-                         testing::Values(X11Target::Kind::gtk3Entry, X11Target::Kind::gtk4Text,
-                                         X11Target::Kind::qt6Entry, X11Target::Kind::qt6Text),
-                         [](const auto& kind) {
-                             return nameOf(kind.param) + std::to_string(kind.index);
-                         });
+INSTANTIATE_TEST_SUITE_P(Toolkits, WaylandTypingInto, typingToolkits(), toolkitName);
 
 class WaylandTyping : public WaylandFixture, public testing::Test {
   protected:
@@ -119,12 +104,7 @@ TEST_F(WaylandTyping, EachChoiceIsOneLineWithItsReason) {
 }
 
 TEST_F(WaylandTyping, GoesToTheWindowWhereTheRecordingBegan) {
-    X11Target target(X11Target::Kind::gtk3Entry, mainQueue);
-    ASSERT_TRUE(comesToFront(target));
-    target.openSecondWindow(mainQueue);
-    type("for the first window", target.process());
-    EXPECT_TRUE(becomes(target, "for the first window"));
-    EXPECT_EQ(target.textOfSecondWindow(), "");
+    typeIntoFirstOfTwoWindows();
 }
 
 TEST_F(WaylandTyping, GivesTheFocusBack) {
@@ -168,11 +148,9 @@ TEST_F(WaylandTyping, TellsOfATextWhoseWindowIsGone) {
 }
 
 TEST_F(WaylandTyping, TextThatIsLeftAtTheEndIsTyped) {
-    X11Target target(X11Target::Kind::gtk3Entry, mainQueue);
+    const X11Target target(X11Target::Kind::gtk3Entry, mainQueue);
     ASSERT_TRUE(comesToFront(target));
-    type("the last words, żółć", target.process());
-    input.reset();
-    EXPECT_TRUE(becomes(target, "the last words, żółć"));
+    typeLastWords(target);
 }
 
 }  // namespace
