@@ -15,7 +15,7 @@ from dictation_test import BINARIES
 from kwin import SKIPPED, KWinDesktop, kwin_version
 from kwin_parts import KWinKeyboard, KWinWidgetTarget
 from pressed_keys import ALT, SPACE
-from session_test import EXACT, REGISTERED, SessionTest
+from session_test import EXACT, SessionTest
 from setup_window import RESTART
 from sway import become_ordinary_user
 
