@@ -20,7 +20,9 @@ std::size_t countCertificates(const std::string& bundle) {
     std::size_t count = 0;
     std::ifstream file(bundle);
     for (std::string line; std::getline(file, line);) {
-        count += line.starts_with("-----BEGIN ") ? 1 : 0;
+        if (line.starts_with("-----BEGIN ")) {
+            ++count;
+        }
     }
     return count;
 }

@@ -86,7 +86,7 @@ TEST_F(SystemAuthorities, AreNotCompleteWithoutAFolderOrABundle) {
     EXPECT_FALSE(isComplete());
 }
 
-/// Another value of an environment variable, or none, until the end of the object.
+/// Takes a variable out of the environment until the end of the object.
 class WithoutVariable {
   public:
     explicit WithoutVariable(const char* name) : name_(name) {
@@ -121,33 +121,44 @@ bool isTrusted(X509_STORE* store, X509* authority) {
            X509_verify_cert(verification.get()) == 1;
 }
 
-// Debian has a file for each authority.
-TEST(AuthoritiesOfThisSystem, AreAllTrustedAndNoneIsReadBefore) {
-    const WithoutVariable noFile(X509_get_default_cert_file_env());
-    const WithoutVariable noFolder(X509_get_default_cert_dir_env());
-    const Context context(SSL_CTX_new(TLS_client_method()));
-    linuxdesktop::trustSystemAuthorities(context.get());
+class AuthoritiesOfThisSystem : public ::testing::Test {
+  protected:
+    Context trusting() const {
+        Context context(SSL_CTX_new(TLS_client_method()));
+        linuxdesktop::trustSystemAuthorities(context.get());
+        return context;
+    }
+
+    const char* bundle() const { return X509_get_default_cert_file(); }
+
+  private:
+    const WithoutVariable noFile_{X509_get_default_cert_file_env()};
+    const WithoutVariable noFolder_{X509_get_default_cert_dir_env()};
+};
+
+// Debian has a file for each authority. An authority with two certificates of one name may be
+// refused on its own, wherever it is read.
+TEST_F(AuthoritiesOfThisSystem, AreTrustedAsThoseOfTheBundleAndNoneIsReadBefore) {
+    const Context context = trusting();
     X509_STORE* store = SSL_CTX_get_cert_store(context.get());
     EXPECT_EQ(sizeOf(store), 0);
+    const Context other(SSL_CTX_new(TLS_client_method()));
+    ASSERT_EQ(SSL_CTX_load_verify_file(other.get(), bundle()), 1)
+        << "the packages openssl and ca-certificates are missing";
 
-    std::unique_ptr<BIO, Freed<&BIO_free_all>> bundle(
-        BIO_new_file(X509_get_default_cert_file(), "r"));
-    ASSERT_TRUE(bundle) << "the packages openssl and ca-certificates are missing";
-    int count = 0;
-    while (
-        const Certificate authority{PEM_read_bio_X509(bundle.get(), nullptr, nullptr, nullptr)}) {
-        EXPECT_TRUE(isTrusted(store, authority.get())) << "number " << count;
-        ++count;
+    const std::unique_ptr<BIO, Freed<&BIO_free_all>> file(BIO_new_file(bundle(), "r"));
+    int trusted = 0;
+    while (const Certificate authority{PEM_read_bio_X509(file.get(), nullptr, nullptr, nullptr)}) {
+        const bool isInFolder = isTrusted(store, authority.get());
+        EXPECT_EQ(isInFolder, isTrusted(SSL_CTX_get_cert_store(other.get()), authority.get()));
+        trusted += isInFolder ? 1 : 0;
     }
-    EXPECT_GT(count, 100);
+    EXPECT_GT(trusted, 100);
 }
 
-TEST(AuthoritiesOfThisSystem, AreReadWhereAFileReplacesThem) {
-    const WithoutVariable noFile(X509_get_default_cert_file_env());
-    const WithoutVariable noFolder(X509_get_default_cert_dir_env());
-    setenv(X509_get_default_cert_file_env(), X509_get_default_cert_file(), 1);
-    const Context context(SSL_CTX_new(TLS_client_method()));
-    linuxdesktop::trustSystemAuthorities(context.get());
+TEST_F(AuthoritiesOfThisSystem, AreReadWhereAFileReplacesThem) {
+    setenv(X509_get_default_cert_file_env(), bundle(), 1);
+    const Context context = trusting();
     unsetenv(X509_get_default_cert_file_env());
     EXPECT_GT(sizeOf(SSL_CTX_get_cert_store(context.get())), 100);
 }
