@@ -46,7 +46,7 @@ void AccessibilityWorker::run() {
 
 std::shared_ptr<WriteReply> AccessibilityWorker::startWrite(
     const std::shared_ptr<AtspiElement>& element, const std::string& text, SteadyTime deadline) {
-    const auto reply = std::make_shared<WriteReply>();
+    auto reply = std::make_shared<WriteReply>();
     if (!thread_.joinable()) {
         reply->deliver(platform::axErrorAPIDisabled, false);
         return reply;
@@ -59,7 +59,7 @@ std::shared_ptr<WriteReply> AccessibilityWorker::startWrite(
 
 std::shared_ptr<WriteReply> AccessibilityWorker::startPendingWrite(
     const std::shared_ptr<AtspiElement>& element, const std::string& text) {
-    const auto reply = std::make_shared<WriteReply>();
+    auto reply = std::make_shared<WriteReply>();
     reply->abandon();
     if (!thread_.joinable()) {
         reply->settle(false);

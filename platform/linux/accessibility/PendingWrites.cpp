@@ -40,7 +40,8 @@ bool PendingWrites::isPending(ProcessIdentifier process) {
     return queues_.contains(process);
 }
 
-platform::AXError PendingWrites::add(ProcessIdentifier process, std::shared_ptr<WriteReply> reply,
+platform::AXError PendingWrites::add(ProcessIdentifier process,
+                                     const std::shared_ptr<WriteReply>& reply,
                                      const std::string& text) {
     if (!typing_.hold(process)) {
         return reply->giveUp() ? platform::axErrorSuccess : platform::axErrorCannotComplete;

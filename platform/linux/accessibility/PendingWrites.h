@@ -50,8 +50,8 @@ class PendingWrites : public std::enable_shared_from_this<PendingWrites> {
     bool isPending(platform::ProcessIdentifier process);
     /// A write of `text` is pending, the first one of the process. Returns the status of that
     /// write; unless it is a success, the caller posts the text as typed text next.
-    platform::AXError add(platform::ProcessIdentifier process, std::shared_ptr<WriteReply> reply,
-                          const std::string& text);
+    platform::AXError add(platform::ProcessIdentifier process,
+                          const std::shared_ptr<WriteReply>& reply, const std::string& text);
     /// Starts a write of `text` once the pending writes of the process have arrived. Only while
     /// isPending(). The caller posts the text as typed text next.
     void queue(platform::ProcessIdentifier process, const std::string& text, Start start);
