@@ -1,11 +1,15 @@
 // SPDX-License-Identifier: MIT
 
+#include <unistd.h>
+
 #include <algorithm>
 #include <chrono>
 #include <cstdio>
+#include <utility>
 #include <vector>
 
 #include "tests/linux/x11/InputFixture.h"
+#include "tests/linux/x11/KeyReader.h"
 
 namespace tarvik::tests {
 
@@ -119,6 +123,36 @@ TEST_F(X11Latency, OfSixtyFiveCyrillicCharacters) {
             mainQueue.runFor(900ms);
         }
         record("cyrillicToVisible" + nameOf(kind), times);
+    }
+}
+
+// How long the application takes for a long text. What a program takes beyond that goes to its own
+// handling of keys and its drawing.
+TEST_F(X11Latency, OfTwoThousandKeysInAWindowThatDrawsNothing) {
+    constexpr std::size_t length = 2000;
+    const std::u32string english = U"The quick brown fox jumps over the lazy dog, and away. ";
+    const std::u32string mixed = U"Zażółć gęślą jaźń. Съешь ещё этих мягких булок. Grüße, Ænne. ";
+    const KeyReader reader;
+    ASSERT_TRUE(mainQueue.runUntil([&] { return input->chooseTarget() == getpid(); }));
+    std::size_t typed = 0;
+    for (const auto& [name, sentence] :
+         {std::pair("English", english), std::pair("Mixed", mixed)}) {
+        std::u32string text;
+        while (text.size() < length) {
+            text += sentence;
+        }
+        text.resize(length);
+        std::vector<double> times;
+        for (int i = 0; i < 5; ++i) {
+            typed += length;
+            const auto start = Clock::now();
+            type(utf8FromUtf32(text), getpid());
+            ASSERT_TRUE(mainQueue.runUntil([&] { return reader.presses() == typed; }))
+                << reader.presses() << " of " << typed;
+            times.push_back(since(start));
+            mainQueue.runFor(900ms);
+        }
+        record(std::string("twoThousandKeys") + name, times);
     }
 }
 
