@@ -20,7 +20,7 @@ import tempfile
 import time
 
 import reaper
-from x_windows import XWindows
+from managed_windows import ManagedWindows
 
 START_TIMEOUT = 15.0
 # In seconds, how long wait_for() rests between two questions.
@@ -142,7 +142,7 @@ class Desktop:
     @functools.cached_property
     def windows(self):
         """The windows on the X server."""
-        return XWindows(self.environment["DISPLAY"])
+        return ManagedWindows(self.environment["DISPLAY"])
 
     def services_log(self):
         """The error output of the desktop's parts."""

@@ -8,7 +8,7 @@ from Xlib.display import Display
 from Xlib.error import BadWindow, ConnectionClosedError
 
 
-class XWindows:
+class ManagedWindows:
     """The windows that the window manager knows. A server or a window that has ended has none of what is
     asked."""
 
