@@ -5,9 +5,11 @@
 import unittest
 
 from dictation_test import DictationTest
+from timing import ATTEMPTS
 
 FIRST = "the quick brown fox jumps over the lazy dog"
 SECOND = "thank you for the letter"
+CLOSED = "The service closed the connection (1000)"
 # In seconds. Longer than the pause that ends an utterance.
 PAUSE = 1.2
 
@@ -23,9 +25,21 @@ class Dictation(DictationTest):
         self.assertEqual(text, " ".join(text.split()))
 
     def test_two_sentences_while_the_keys_are_held(self):
-        target = self.start_target("gtk3")
+        # A connection that the service does not close in time is given up. A busy machine may not
+        # have recognised everything by then.
+        for _ in range(ATTEMPTS):
+            target = self.start_target("gtk3")
+            if CLOSED in self.dictate_two_sentences():
+                break
+            target.close()
+        self.wait_until_heard(target, FIRST, SECOND)
+        self.check_pieces(target.text, 2)
+
+    def dictate_two_sentences(self):
+        """Returns the line in the log about the end of the connection."""
+        log, seen = self.application.log, len(self.application.log)
         self.hold()
-        self.application.log.wait_for("startRecording (session=1)")
+        log.wait_for("startRecording", since=seen)
         self.tray.wait_for_icon(recording=True)
         self.wait_until_listening()
         self.microphone.speak(FIRST)
@@ -35,8 +49,7 @@ class Dictation(DictationTest):
         # The keys go up before the second sentence has arrived.
         self.keyboard.release()
         self.tray.wait_for_icon(recording=False)
-        self.wait_until_heard(target, FIRST, SECOND)
-        self.check_pieces(target.text, 2)
+        return log.wait_for("Deepgram error: ", since=seen)
 
     def test_long_form_dictation_is_switched_on_and_off(self):
         target = self.start_target("gtk3")

@@ -71,7 +71,7 @@ class AtspiQueuedWrite : public FakeProgramFixture {
 
     RecordedTyping typing{mainQueue};
     std::shared_ptr<linuxdesktop::LinuxKeyboardEvents> keyboard =
-        std::make_shared<linuxdesktop::LinuxKeyboardEvents>(&typing, mainQueue);
+        std::make_shared<linuxdesktop::LinuxKeyboardEvents>(&typing, mainQueue, log);
 };
 
 TEST_F(AtspiQueuedWrite, FollowsThePendingOneAtTheCaret) {
