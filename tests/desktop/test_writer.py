@@ -1,6 +1,6 @@
 #!/usr/bin/python3
 # SPDX-License-Identifier: MIT
-"""Emoji in LibreOffice Writer while Writer is busy. Writer drops emoji that are typed."""
+"""LibreOffice Writer, which drops emoji that are typed, and shows a paragraph page by page."""
 
 import os
 import signal
@@ -15,16 +15,19 @@ from matrix.writer import Writer
 BUSY_SECONDS = 1.5
 
 
-class BusyWriter(DictationTest):
-    def test_every_emoji_behind_a_text_that_waits_arrives(self):
+class DictationIntoWriter(DictationTest):
+    def setUp(self):
         if missing := Writer.missing():
             self.skipTest(f"{missing} is not installed")
-        service = self.start_scripted_service()
-        self.start_application(service)
-        writer = Writer(self.desktop)
-        self.addCleanup(writer.close)
+        self.service = self.start_scripted_service()
+        self.start_application(self.service)
+        self.writer = Writer(self.desktop)
+        self.addCleanup(self.writer.close)
+
+    def test_every_emoji_behind_a_text_that_waits_arrives(self):
+        writer = self.writer
         process = int(self.desktop.run(["xdotool", "getwindowpid", writer.target.window]))
-        stream = self.dictate(service, "Here 😀.")
+        stream = self.dictate(self.service, "Here 😀.")
         self.wait_for_text(writer, "Here 😀.")
         os.kill(process, signal.SIGSTOP)
         self.addCleanup(os.kill, process, signal.SIGCONT)
@@ -36,6 +39,15 @@ class BusyWriter(DictationTest):
         # The caret stands behind the text.
         stream.say("Five.")
         self.wait_for_text(writer, "Here 😀. One. Two 👍🏽. Three 👨‍👩‍👧‍👦. Four. Five.")
+
+    def test_a_paragraph_that_goes_on_on_the_next_page_is_written_once(self):
+        page = "The quick brown fox jumps over the lazy dog. " * 50
+        stream = self.dictate(self.service, "Here.")
+        text = "Here."
+        for piece in (page, page, "Behind."):
+            stream.say(piece)
+            text += " " + piece
+            self.wait_for_text(self.writer, text)
 
     def wait_for_text(self, writer, text):
         try:

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <atomic>
+#include <cstdint>
 #include <memory>
 #include <optional>
 #include <string>
@@ -31,6 +32,12 @@ class AtspiApplication {
     std::optional<platform::ProcessIdentifier> process() const {
         const platform::ProcessIdentifier known = process_;
         return known > 0 ? std::optional(known) : std::nullopt;
+    }
+    /// A line for the log: why the program's text will be typed. Any thread.
+    std::string reasonToType(const char* reason) const {
+        const auto known = process();
+        return "process " + (known ? std::to_string(*known) : busName) + " " + reason +
+               "; its text will be typed";
     }
     /// The bus's thread only.
     void setProcess(platform::ProcessIdentifier process) { process_ = process; }
@@ -72,9 +79,15 @@ class AtspiElement final : public platform::AXUIElement {
     /// Whether the widget's text can be changed; empty until the program has replied. The bus's
     /// thread only.
     std::optional<bool> isEditableText;
-    /// Whether the widget hides its text, and lets nobody read the text either; empty until the
-    /// program has replied. The bus's thread only.
-    std::optional<bool> isPasswordField;
+    /// Empty until the program has replied. The bus's thread only.
+    std::optional<std::uint32_t> role;
+
+    /// Whether the widget hides its text, and lets nobody read the text either. The bus's thread
+    /// only.
+    bool isPasswordField() const { return role == atspi::passwordTextRole; }
+    /// Whether the widget is text of a document, which may go on on the next page. The bus's thread
+    /// only.
+    bool isParagraph() const { return role == atspi::paragraphRole || role == atspi::headingRole; }
 };
 
 }  // namespace tarvik::linuxdesktop

@@ -35,8 +35,11 @@ enum class State : unsigned {
     readOnly = 43,
 };
 
-/// The role of a field that hides its text, with its number in the protocol.
+/// Roles with their numbers in the protocol: a field that hides its text, and the parts of a
+/// document that are broken into pages.
 inline constexpr std::uint32_t passwordTextRole = 40;
+inline constexpr std::uint32_t paragraphRole = 73;
+inline constexpr std::uint32_t headingRole = 83;
 
 class StateSet {
   public:

@@ -263,10 +263,9 @@ void FocusTracker::setFocus(Program& program, const std::string& path) {
               replyTimeout, [element = program.focus](sd_bus_message* reply) {
                   element->isEditableText = atspi::hasEditableTextIn(reply);
               });
-    bus_.call(bus_.newCall(program.focus->object(), atspi::accessibleInterface, "GetRole"),
-              replyTimeout, [element = program.focus](sd_bus_message* reply) {
-                  element->isPasswordField = unsignedIn(reply) == atspi::passwordTextRole;
-              });
+    bus_.call(
+        bus_.newCall(program.focus->object(), atspi::accessibleInterface, "GetRole"), replyTimeout,
+        [element = program.focus](sd_bus_message* reply) { element->role = unsignedIn(reply); });
 }
 
 void FocusTracker::checkFocus(const BusObject& window, bool isSameWindow) {

@@ -28,12 +28,6 @@ constexpr milliseconds settlePollInterval{20};
 constexpr milliseconds lateTimeout{500};
 constexpr const char* silence = "does not answer";
 
-std::string lineAbout(const AtspiApplication& application, const char* reason) {
-    const auto process = application.process();
-    return "process " + (process ? std::to_string(*process) : application.busName) + " " + reason +
-           "; its text will be typed";
-}
-
 }  // namespace
 
 TextWrite::TextWrite(MessageBus& bus, std::shared_ptr<AtspiElement> element, std::string text,
@@ -101,10 +95,9 @@ bool TextWrite::queryCapabilities(SteadyTime deadline) {
             element_->isEditableText = atspi::hasEditableTextIn(reply);
         });
     }
-    if (!element_->isPasswordField) {
-        queries.add(newAccessibleCall("GetRole"), [this](sd_bus_message* reply) {
-            element_->isPasswordField = unsignedIn(reply) == atspi::passwordTextRole;
-        });
+    if (!element_->role) {
+        queries.add(newAccessibleCall("GetRole"),
+                    [this](sd_bus_message* reply) { element_->role = unsignedIn(reply); });
     }
     if (element_->application->toolkit.empty()) {
         queries.add(bus_.newPropertyCall(element_->application->root(), atspi::applicationInterface,
@@ -203,7 +196,7 @@ void TextWrite::settle() {
         return;
     }
     if (!element_->hasLied) {
-        handlers_.onUnreliable(lineAbout(*element_->application, silence));
+        handlers_.onUnreliable(element_->application->reasonToType(silence));
     }
     if (hasArrived && insertion_->isAccepted) {
         takeBack(lengthThatArrived());
@@ -220,7 +213,7 @@ AXError TextWrite::verifyInsertion() {
     // Asked before the wait, which may take all the time that is left. A text that is not there yet
     // must not count as truncated.
     const bool isCut = canChange && hasBegun() && isTruncated();
-    if (!isCut && (isInserted() || (learnsUtf16Units() && isInserted()) ||
+    if (!isCut && (isInserted() || goesOnOnNextPage() || (learnsUtf16Units() && isInserted()) ||
                    (canChange && waitUntil([this] { return isInserted(); })))) {
         return platform::axErrorSuccess;
     }
@@ -251,6 +244,13 @@ std::int64_t TextWrite::lengthToTakeBack() {
                : std::min(inserted, widget_.lengthOf(commonPrefix(text_, found_)));
 }
 
+// LibreOffice lets a paragraph be read as far as its page goes. The rest is on the next page.
+bool TextWrite::goesOnOnNextPage() {
+    const std::int64_t shown = count_.value_or(0) - offset_;
+    return element_->isParagraph() && insertion_->isAccepted &&
+           (shown < lengthOfText() ? readText(shown) : found_ == text_) && hasBegun();
+}
+
 // The text was counted in characters, so only its beginning was read back.
 bool TextWrite::learnsUtf16Units() {
     const std::int64_t units = AtspiText::utf16LengthOf(text_);
@@ -273,13 +273,14 @@ bool TextWrite::hasBegun() const {
 }
 
 // Qt's line edit sets its whole text anew, and truncates it at its length limit. Whatever the user
-// has typed meanwhile is no truncation. The program's unit may not be known yet.
+// has typed meanwhile is no truncation, and a paragraph has no limit. The program's unit may not be
+// known yet.
 bool TextWrite::isTruncated() {
     const std::string tail = insertion_->tail.value_or("");
     const std::int64_t length = countBefore_ - offset_;
     const bool isWhole =
         widget_.lengthOf(tail) == length || AtspiText::utf16LengthOf(tail) == length;
-    if (!count_ || tail.empty() || !isWhole) {
+    if (!count_ || tail.empty() || !isWhole || element_->isParagraph()) {
         return false;
     }
     std::optional<std::string> after;
@@ -308,7 +309,7 @@ std::int64_t TextWrite::lengthThatArrived() const {
 }
 
 void TextWrite::reportSilence() {
-    handlers_.onUnreliable(lineAbout(*element_->application, silence));
+    handlers_.onUnreliable(element_->application->reasonToType(silence));
 }
 
 AXError TextWrite::failWithoutReply() {
@@ -325,7 +326,7 @@ AXError TextWrite::failWithoutReply() {
 
 AXError TextWrite::failAfterLie(const char* reason) {
     element_->hasLied = true;
-    handlers_.onUnreliable(lineAbout(*element_->application, reason));
+    handlers_.onUnreliable(element_->application->reasonToType(reason));
     return platform::axErrorCannotComplete;
 }
 
@@ -355,7 +356,7 @@ bool TextWrite::isInserted() {
     }
     // The single-line field of GTK 4 replies with an empty text, and a password field with bullets.
     // There only the count can tell.
-    if (found_.empty() || element_->isPasswordField == true) {
+    if (found_.empty() || element_->isPasswordField()) {
         return hasGrown();
     }
     // The user may be deleting at the same time, so fewer characters can be right.

@@ -73,6 +73,7 @@ class TextWrite : public std::enable_shared_from_this<TextWrite> {
     platform::AXError insert();
     void settle();
     platform::AXError verifyInsertion();
+    bool goesOnOnNextPage();
     bool learnsUtf16Units();
     bool hasGrown() const;
     bool isInserted();

@@ -31,7 +31,7 @@ class Writer(Row):
     def __init__(self, desktop):
         super().__init__(desktop)
         settings = pathlib.Path(desktop.environment["XDG_CONFIG_HOME"]) / "libreoffice/4/user"
-        settings.mkdir(parents=True)
+        settings.mkdir(parents=True, exist_ok=True)
         (settings / "registrymodifications.xcu").write_text(WRITER_SETTINGS)
         # The names of pipes are those of the whole machine.
         pipe = desktop.folder.name
