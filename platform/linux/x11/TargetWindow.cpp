@@ -66,8 +66,23 @@ void TargetWindow::giveFocusBack() {
     const xcb_window_t front = front_.window();
     if (earlierFront_ != XCB_NONE && (front == broughtToFront_ || front == earlierFront_)) {
         front_.activate(earlierFront_);
+        return_ = {broughtToFront_, earlierFront_, Clock::now()};
     }
     broughtToFront_ = XCB_NONE;
+}
+
+bool TargetWindow::isFocusOnItsWayBack() {
+    if (!return_) {
+        return false;
+    }
+    const xcb_window_t front = front_.window();
+    const bool isElsewhere = front != XCB_NONE && front != return_->from && front != return_->to;
+    const auto process = front_.processOf(return_->to);
+    const bool isBack = process ? front_.isInFront(*process, return_->to) : front == return_->to;
+    if (isBack || isElsewhere || Clock::now() >= return_->requested + maxReturn) {
+        return_.reset();
+    }
+    return return_.has_value();
 }
 
 void TargetWindow::await(platform::ProcessIdentifier process) {

@@ -3,8 +3,10 @@
 
 #include <xcb/xcb.h>
 
+#include <chrono>
 #include <functional>
 #include <map>
+#include <optional>
 
 #include "platform/Workspace.h"
 #include "platform/linux/loop/PollLoop.h"
@@ -50,6 +52,10 @@ class TargetWindow {
     xcb_window_t broughtToFront() const { return broughtToFront_; }
     /// Gives the focus back to the window that had it, unless the user has moved it meanwhile.
     void giveFocusBack();
+    /// Whether the window manager has yet to give the focus back. False once the window has the
+    /// focus, once the user has moved the focus elsewhere, and after maxReturn.
+    bool isFocusOnItsWayBack();
+    static constexpr std::chrono::milliseconds maxReturn{1000};
 
     /// The window that has been brought to the front is not there yet, and its text lets others
     /// pass for 30 s.
@@ -59,6 +65,11 @@ class TargetWindow {
     bool isAwaited(xcb_window_t window);
 
   private:
+    struct Return {
+        xcb_window_t from = XCB_NONE;
+        xcb_window_t to = XCB_NONE;
+        SteadyTime requested;
+    };
     struct Awaited {
         platform::ProcessIdentifier process = 0;
         xcb_window_t earlierFront = XCB_NONE;
@@ -74,6 +85,7 @@ class TargetWindow {
     std::function<void()> onChange_;
     xcb_window_t broughtToFront_ = XCB_NONE;
     xcb_window_t earlierFront_ = XCB_NONE;
+    std::optional<Return> return_;
     std::map<xcb_window_t, Awaited> awaited_;
     Deadline deadline_;
 };

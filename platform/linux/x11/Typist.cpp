@@ -147,6 +147,14 @@ void Typist::reachTarget() {
     inFront_ = XCB_NONE;
     const auto target = process ? targetWindow_.find(*process, item_->window)
                                 : TargetWindow::Target{Place::inFront};
+    // A burst ends with the focus where it was, later than the request for its way back, and the
+    // server ignores a window manager that sets the focus by the time of that request.
+    if (target.place != Place::inFront && targetWindow_.isFocusOnItsWayBack()) {
+        wait_.begin(
+            TargetWindow::maxReturn, [this] { return !targetWindow_.isFocusOnItsWayBack(); },
+            [this](bool) { reachTarget(); });
+        return;
+    }
     switch (target.place) {
         case Place::behind:
             behind_ = target.window;
