@@ -159,7 +159,7 @@ class Insertion(DictationTest):
         target = self.start_target("gtk3")
         stream = self.dictate(self.service, "Begin")
         target.wait_for_text("Begin")
-        pieces = [f"word{number}" for number in range(1000)]
+        pieces = [f"word{number}" for number in range(2000)]
         stream.send_all([transcript(piece) for piece in pieces])
         stream.wait_until_read()
         wait_for(lambda: pieces[20] in target.text, "the first pieces of the burst")

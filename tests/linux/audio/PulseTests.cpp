@@ -172,7 +172,7 @@ TEST_F(AudioPulse, NoCallWaitsForAServerThatHangs) {
     recorder.stop();
     EXPECT_FALSE(recorder.start());
     // Only time can show this: a call that waits for the frozen server would hang.
-    EXPECT_LT(std::chrono::steady_clock::now() - begin, timeout);
+    EXPECT_LT(std::chrono::steady_clock::now() - begin, std::chrono::seconds(5));
     world.server().freeze(false);
     EXPECT_TRUE(within([this] { return recorder.buffers() > 0; }));
     EXPECT_TRUE(streamsBecome(1));
