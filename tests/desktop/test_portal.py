@@ -6,7 +6,8 @@ import subprocess
 import unittest
 
 from desktop import wait_for
-from dictation_test import BINARIES, DictationTest
+from dictation_test import BINARIES
+from session_test import SessionTest
 from sway import SwayDesktop, become_ordinary_user
 from test_wayland_bindings import AnyCompositor, Widget
 
@@ -40,12 +41,13 @@ class Portal:
         self._process.stdout.close()
 
 
-class WithAPortal(AnyCompositor, DictationTest):
+class WithAPortal(AnyCompositor, SessionTest):
     @staticmethod
     def make_desktop():
         return SwayDesktop(tells=False, a11y=True, audio=True)
 
     def setUp(self):
+        super().setUp()
         self.portal = Portal(self.desktop)
         self.addCleanup(self.portal.close)
 
