@@ -55,6 +55,7 @@ class TargetWindow {
     /// Whether the window manager has yet to give the focus back. False once the window has the
     /// focus, once the user has moved the focus elsewhere, and after maxReturn.
     bool isFocusOnItsWayBack();
+    /// The limit for a window manager that gives a focus back.
     static constexpr std::chrono::milliseconds maxReturn{1000};
 
     /// The window that has been brought to the front is not there yet, and its text lets others

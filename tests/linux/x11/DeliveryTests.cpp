@@ -180,6 +180,30 @@ TEST_F(X11Delivery, WaitsForAWindowThatIsSlowToComeToTheFront) {
     EXPECT_FALSE(log.hasLineWith("not delivered"));
 }
 
+// The window manager sets the focus by the time of the request, and the server ignores that time
+// once somebody has set the focus later.
+TEST_F(X11Delivery, TypesNothingElseWhileTheFocusIsOnItsWayBack) {
+    const X11Target target(X11Target::Kind::gtk3Text, mainQueue);
+    ASSERT_TRUE(comesToFront(target));
+    moveFrontWindowAway();
+    const X11Target front(X11Target::Kind::gtk3Text, mainQueue);
+    ASSERT_TRUE(comesToFront(front));
+    target.hang();
+    type("later", target.process());
+    ASSERT_TRUE(comesToFront(target));
+    {
+        const StoppedWindowManager busy;
+        type("at once", front.process());
+        // A program that reads nothing has the focus for 0.3 s.
+        mainQueue.runFor(800ms);
+    }
+    EXPECT_TRUE(becomes(front, "at once"));
+    EXPECT_TRUE(comesToFront(front));
+    target.goOn();
+    EXPECT_TRUE(becomes(target, "later"));
+    EXPECT_TRUE(comesToFront(front));
+}
+
 TEST_F(X11Delivery, SaysSoWhenAWindowDoesNotComeToTheFrontInTime) {
     const X11Target target(X11Target::Kind::gtk3Text, mainQueue);
     ASSERT_TRUE(comesToFront(target));
