@@ -23,11 +23,10 @@ import os
 import time
 
 import dbus
-import dbus.bus
-import dbus.mainloop.glib
 import dbus.service
 from gi.repository import GLib
 
+import accessibility_bus
 import target_options
 
 ACCESSIBLE = "org.a11y.atspi.Accessible"
@@ -298,11 +297,7 @@ class Widget(dbus.service.Object):
         pass
 
 
-dbus.mainloop.glib.DBusGMainLoop(set_as_default=True)
-session = dbus.SessionBus()
-address = dbus.Interface(session.get_object("org.a11y.Bus", "/org/a11y/bus", introspect=False),
-                         "org.a11y.Bus").GetAddress()
-bus = dbus.bus.BusConnection(address)
+bus = accessibility_bus.connect()
 root = Root(bus, ROOT)
 widget = Widget(bus, FIELD, field)
 second_widget = Widget(bus, SECOND_FIELD, second_field)

@@ -10,11 +10,10 @@ import argparse
 import time
 
 import dbus
-import dbus.bus
-import dbus.mainloop.glib
 import dbus.service
 from gi.repository import GLib
 
+import accessibility_bus
 import target_options
 
 ACCESSIBLE = "org.a11y.atspi.Accessible"
@@ -61,11 +60,7 @@ class Root(dbus.service.Object):
         pass
 
 
-dbus.mainloop.glib.DBusGMainLoop(set_as_default=True)
-session = dbus.SessionBus()
-address = dbus.Interface(session.get_object("org.a11y.Bus", "/org/a11y/bus", introspect=False),
-                         "org.a11y.Bus").GetAddress()
-bus = dbus.bus.BusConnection(address)
+bus = accessibility_bus.connect()
 registry = Registry(bus, "/org/a11y/atspi/registry")
 root = Root(bus, ROOT)
 name = dbus.service.BusName(REGISTRY, bus, do_not_queue=True)

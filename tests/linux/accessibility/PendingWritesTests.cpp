@@ -41,6 +41,12 @@ class PendingWritesTest : public testing::Test {
                 }},
             timeout);
     }
+    /// Adds a pending write of "text".
+    static std::shared_ptr<WriteReply> addPending(linuxdesktop::PendingWrites& writes) {
+        auto reply = newPendingReply();
+        EXPECT_NE(writes.add(process, reply, "text"), platform::axErrorSuccess);
+        return reply;
+    }
     /// Queues "more" behind a pending write of "text", whose typed text is held.
     std::shared_ptr<WriteReply> queueBehind(linuxdesktop::PendingWrites& writes) {
         heldUnits = 4;
@@ -61,8 +67,7 @@ class PendingWritesTest : public testing::Test {
 
 TEST_F(PendingWritesTest, AreTypedAfterTheTimeoutAndNotWantedAnyMore) {
     const auto writes = newWrites(20ms);
-    const auto reply = newPendingReply();
-    EXPECT_NE(writes->add(process, reply, "text"), platform::axErrorSuccess);
+    const auto reply = addPending(*writes);
     EXPECT_TRUE(mainQueue.runUntil([this] { return !released.empty(); }));
     EXPECT_EQ(released, std::vector<std::size_t>{0});
     EXPECT_FALSE(reply->settle(true));
@@ -71,8 +76,7 @@ TEST_F(PendingWritesTest, AreTypedAfterTheTimeoutAndNotWantedAnyMore) {
 
 TEST_F(PendingWritesTest, ThatArriveAreNotTypedWhateverComesFirst) {
     const auto writes = newWrites(20ms);
-    const auto reply = newPendingReply();
-    EXPECT_NE(writes->add(process, reply, "text"), platform::axErrorSuccess);
+    const auto reply = addPending(*writes);
     EXPECT_TRUE(reply->settle(true));
     mainQueue.runFor(60ms);
     EXPECT_EQ(released, std::vector<std::size_t>{4});
@@ -89,8 +93,7 @@ TEST_F(PendingWritesTest, ThatHaveArrivedStayAlthoughTheyAreGivenUpRightAfterwar
 TEST_F(PendingWritesTest, AreNotWantedWhereNothingCanBeHeld) {
     canType = false;
     const auto writes = newWrites(20ms);
-    const auto reply = newPendingReply();
-    EXPECT_NE(writes->add(process, reply, "text"), platform::axErrorSuccess);
+    const auto reply = addPending(*writes);
     EXPECT_FALSE(reply->settle(true));
     const auto settled = newPendingReply();
     EXPECT_TRUE(settled->settle(true));
@@ -100,8 +103,7 @@ TEST_F(PendingWritesTest, AreNotWantedWhereNothingCanBeHeld) {
 
 TEST_F(PendingWritesTest, ThatWaitBeginOnceTheWriteBeforeHasArrived) {
     const auto writes = newWrites(10s);
-    const auto reply = newPendingReply();
-    EXPECT_NE(writes->add(process, reply, "text"), platform::axErrorSuccess);
+    const auto reply = addPending(*writes);
     const auto next = queueBehind(*writes);
     EXPECT_TRUE(writes->isPending(process));
     EXPECT_EQ(started, 0);
@@ -117,8 +119,7 @@ TEST_F(PendingWritesTest, ThatWaitBeginOnceTheWriteBeforeHasArrived) {
 
 TEST_F(PendingWritesTest, ThatWaitAreTypedWhenTheWriteBeforeHasNotArrived) {
     const auto writes = newWrites(10s);
-    const auto reply = newPendingReply();
-    EXPECT_NE(writes->add(process, reply, "text"), platform::axErrorSuccess);
+    const auto reply = addPending(*writes);
     queueBehind(*writes);
     EXPECT_FALSE(reply->settle(false));
     EXPECT_FALSE(writes->isPending(process));
@@ -128,8 +129,7 @@ TEST_F(PendingWritesTest, ThatWaitAreTypedWhenTheWriteBeforeHasNotArrived) {
 
 TEST_F(PendingWritesTest, ThatWaitAreTypedAloneWhenTheyAreRefused) {
     const auto writes = newWrites(10s);
-    const auto reply = newPendingReply();
-    EXPECT_NE(writes->add(process, reply, "text"), platform::axErrorSuccess);
+    const auto reply = addPending(*writes);
     const auto next = queueBehind(*writes);
     EXPECT_TRUE(reply->settle(true));
     EXPECT_TRUE(writes->isPending(process));
@@ -140,8 +140,7 @@ TEST_F(PendingWritesTest, ThatWaitAreTypedAloneWhenTheyAreRefused) {
 
 TEST_F(PendingWritesTest, ThatWaitAreTypedAfterTheTimeout) {
     const auto writes = newWrites(20ms);
-    const auto reply = newPendingReply();
-    EXPECT_NE(writes->add(process, reply, "text"), platform::axErrorSuccess);
+    const auto reply = addPending(*writes);
     const auto next = queueBehind(*writes);
     EXPECT_TRUE(reply->settle(true));
     EXPECT_TRUE(mainQueue.runUntil([this] { return !released.empty(); }));
@@ -152,8 +151,7 @@ TEST_F(PendingWritesTest, ThatWaitAreTypedAfterTheTimeout) {
 // The text of a field that nobody knows is posted without a write.
 TEST_F(PendingWritesTest, DoNotOvertakeTextThatWasPostedWithoutAWrite) {
     const auto writes = newWrites(10s);
-    const auto reply = newPendingReply();
-    EXPECT_NE(writes->add(process, reply, "text"), platform::axErrorSuccess);
+    const auto reply = addPending(*writes);
     heldUnits = 6;
     writes->queue(process, "more", [this] {
         ++started;
@@ -167,8 +165,7 @@ TEST_F(PendingWritesTest, DoNotOvertakeTextThatWasPostedWithoutAWrite) {
 
 TEST_F(PendingWritesTest, AreTypedAtTheEnd) {
     auto writes = newWrites(20ms);
-    const auto reply = newPendingReply();
-    EXPECT_NE(writes->add(process, reply, "text"), platform::axErrorSuccess);
+    const auto reply = addPending(*writes);
     writes.reset();
     EXPECT_EQ(released, std::vector<std::size_t>{0});
     EXPECT_FALSE(reply->settle(true));

@@ -70,15 +70,12 @@ PrivateSession::PrivateSession() {
     std::string pattern = std::filesystem::temp_directory_path() / "session-XXXXXX";
     EXPECT_NE(mkdtemp(pattern.data()), nullptr);
     folder_ = pattern;
-    setVariable(address_, "unix:path=" + folder_ + "/bus");
-    setVariable(runtime_, folder_);
+    variables_.set("DBUS_SESSION_BUS_ADDRESS", "unix:path=" + folder_ + "/bus");
+    variables_.set("XDG_RUNTIME_DIR", folder_);
 }
 
 PrivateSession::~PrivateSession() {
     killBus();
-    restore(address_);
-    restore(runtime_);
-    restore(accessibility_);
     std::error_code ignored;  // What is left behind in a temporary folder harms nobody.
     std::filesystem::remove_all(folder_, ignored);
 }
@@ -98,7 +95,7 @@ void PrivateSession::killBus() {
 }
 
 void PrivateSession::leadProgramsHere() {
-    setVariable(accessibility_, accessibilityAddress());
+    variables_.set("AT_SPI_BUS_ADDRESS", accessibilityAddress());
 }
 
 pid_t PrivateSession::ownerOnSessionBus(const std::string& name) {
@@ -125,21 +122,6 @@ void PrivateSession::setEnabled(bool isEnabled) {
                 bus->newCall(launcher, "org.freedesktop.DBus.Properties", "Set", "ssv",
                              "org.a11y.Status", "IsEnabled", "b", isEnabled ? 1 : 0),
                 [](sd_bus_message* reply) { EXPECT_FALSE(linuxdesktop::isError(reply)); });
-}
-
-void PrivateSession::setVariable(Variable& variable, const std::string& value) {
-    if (const char* before = std::getenv(variable.name.c_str())) {
-        variable.before = before;
-    }
-    setenv(variable.name.c_str(), value.c_str(), 1);
-}
-
-void PrivateSession::restore(const Variable& variable) {
-    if (variable.before) {
-        setenv(variable.name.c_str(), variable.before->c_str(), 1);
-    } else {
-        unsetenv(variable.name.c_str());
-    }
 }
 
 }  // namespace tarvik::tests

@@ -6,6 +6,7 @@
 #include <optional>
 #include <string>
 
+#include "tests/support/TemporaryVariables.h"
 #include "tests/support/TestProcess.h"
 
 namespace tarvik::tests {
@@ -35,18 +36,10 @@ class PrivateSession {
     void setEnabled(bool isEnabled);
 
   private:
-    struct Variable {
-        std::string name;
-        std::optional<std::string> before;
-    };
-    void setVariable(Variable& variable, const std::string& value);
-    void restore(const Variable& variable);
     std::string accessibilityAddress();
 
     std::string folder_;
-    Variable address_{"DBUS_SESSION_BUS_ADDRESS", {}};
-    Variable runtime_{"XDG_RUNTIME_DIR", {}};
-    Variable accessibility_{"AT_SPI_BUS_ADDRESS", {}};
+    TemporaryVariables variables_;
     std::optional<TestProcess> bus_;
 };
 

@@ -2,12 +2,9 @@
 
 #include "tests/linux/kwin/FakeGlobalAccel.h"
 
-#include <poll.h>
-
 #include <algorithm>
 #include <cerrno>
 #include <cstdlib>
-#include <stdexcept>
 #include <vector>
 
 namespace tarvik::tests {
@@ -21,7 +18,6 @@ constexpr const char* accelInterface = "org.kde.KGlobalAccel";
 constexpr const char* program = "com.tarvik.dictate";
 constexpr const char* krunner = "org.kde.krunner.desktop";
 constexpr const char* krunnerAction = "_launch";
-constexpr int pollMilliseconds = 20;
 
 std::vector<std::string> textsIn(sd_bus_message* message) {
     std::vector<std::string> texts;
@@ -82,68 +78,45 @@ FakeGlobalAccel::FakeGlobalAccel(bool isKWin, std::int32_t takenKey) {
     if (takenKey != 0) {
         keysOfKRunner_ = {takenKey, altF2};
     }
-    sd_bus* opened = nullptr;
-    if (sd_bus_open_user(&opened) < 0) {
-        throw std::runtime_error("no session bus");
-    }
-    bus_.reset(opened);
-    sd_bus_add_object_vtable(opened, nullptr, path, accelInterface, methods, this);
+    sd_bus* const bus = server_.bus();
+    sd_bus_add_object_vtable(bus, nullptr, path, accelInterface, methods, this);
     if (isKWin) {
-        sd_bus_request_name(opened, "org.kde.KWin", 0);
+        sd_bus_request_name(bus, "org.kde.KWin", 0);
     }
-    sd_bus_request_name(opened, "org.kde.kglobalaccel", 0);
-    thread_ = std::thread([this] { serve(); });
-}
-
-FakeGlobalAccel::~FakeGlobalAccel() {
-    ends_ = true;
-    thread_.join();
-}
-
-void FakeGlobalAccel::serve() {
-    while (!ends_) {
-        bool isLate = false;
-        {
-            const std::lock_guard lock(mutex_);
-            isLate = manner_ == Manner::later;
-            while (!isLate && sd_bus_process(bus_.get(), nullptr) > 0) {
-            }
-        }
-        // What has come and is not answered yet would end every wait at once.
-        pollfd awaited{sd_bus_get_fd(bus_.get()), POLLIN, 0};
-        poll(&awaited, isLate ? 0 : 1, pollMilliseconds);
-    }
+    sd_bus_request_name(bus, "org.kde.kglobalaccel", 0);
+    server_.start();
 }
 
 void FakeGlobalAccel::setManner(Manner manner) {
-    const std::lock_guard lock(mutex_);
+    const std::lock_guard lock(server_.mutex());
     manner_ = manner;
+    server_.setLate(manner == Manner::later);
 }
 
 std::map<std::string, std::int32_t> FakeGlobalAccel::actions() {
-    const std::lock_guard lock(mutex_);
+    const std::lock_guard lock(server_.mutex());
     return actions_;
 }
 
 void FakeGlobalAccel::leave(const std::string& action, std::int32_t key) {
-    const std::lock_guard lock(mutex_);
+    const std::lock_guard lock(server_.mutex());
     actions_[action] = key;
 }
 
 void FakeGlobalAccel::emitKey(const char* signal, const std::string& action) {
-    const std::lock_guard lock(mutex_);
-    sd_bus_emit_signal(bus_.get(), "/component/com_tarvik_dictate",
+    const std::lock_guard lock(server_.mutex());
+    sd_bus_emit_signal(server_.bus(), "/component/com_tarvik_dictate",
                        "org.kde.kglobalaccel.Component", signal, "ssx", program, action.c_str(),
                        std::int64_t{0});
-    sd_bus_flush(bus_.get());
+    sd_bus_flush(server_.bus());
 }
 
 void FakeGlobalAccel::change(const std::string& action, std::int32_t key) {
-    const std::lock_guard lock(mutex_);
+    const std::lock_guard lock(server_.mutex());
     actions_[action] = key;
-    sd_bus_emit_signal(bus_.get(), path, accelInterface, "yourShortcutsChanged", "asa(ai)", 4,
+    sd_bus_emit_signal(server_.bus(), path, accelInterface, "yourShortcutsChanged", "asa(ai)", 4,
                        program, action.c_str(), "Tarvik Dictate", "Dictate", 1, 4, key, 0, 0, 0);
-    sd_bus_flush(bus_.get());
+    sd_bus_flush(server_.bus());
 }
 
 int FakeGlobalAccel::doRegister(sd_bus_message* call) {
@@ -203,12 +176,12 @@ int FakeGlobalAccel::globalShortcutsByKey(sd_bus_message* call) {
 }
 
 std::set<std::int32_t> FakeGlobalAccel::keysOfKRunner() {
-    const std::lock_guard lock(mutex_);
+    const std::lock_guard lock(server_.mutex());
     return keysOfKRunner_;
 }
 
 void FakeGlobalAccel::giveToKRunner(const std::set<std::int32_t>& keys) {
-    const std::lock_guard lock(mutex_);
+    const std::lock_guard lock(server_.mutex());
     keysOfKRunner_ = keys;
 }
 

@@ -3,15 +3,12 @@
 
 #include <systemd/sd-bus.h>
 
-#include <atomic>
 #include <cstdint>
 #include <map>
-#include <mutex>
 #include <set>
 #include <string>
-#include <thread>
 
-#include "platform/linux/bus/BusHandles.h"
+#include "tests/linux/bus/BusServer.h"
 
 namespace tarvik::tests {
 
@@ -30,8 +27,6 @@ class FakeGlobalAccel {
     /// `isKWin` is whether the same program is KWin. With `takenKey`, an action of another program,
     /// "KRunner, Run Command", has that key and Alt+F2.
     explicit FakeGlobalAccel(bool isKWin = true, std::int32_t takenKey = 0);
-    /// Leaves the bus.
-    ~FakeGlobalAccel();
     FakeGlobalAccel(const FakeGlobalAccel&) = delete;
     FakeGlobalAccel& operator=(const FakeGlobalAccel&) = delete;
 
@@ -50,7 +45,6 @@ class FakeGlobalAccel {
     void giveToKRunner(const std::set<std::int32_t>& keys);
 
   private:
-    void serve();
     void emitKey(const char* signal, const std::string& action);
 
     template <int (FakeGlobalAccel::*method)(sd_bus_message*)>
@@ -64,14 +58,11 @@ class FakeGlobalAccel {
 
     static const sd_bus_vtable methods[];
 
-    std::mutex mutex_;
-    // All under the mutex.
-    linuxdesktop::BusHandle bus_;
+    // All under the mutex of the server.
     Manner manner_ = Manner::properly;
     std::set<std::int32_t> keysOfKRunner_;
     std::map<std::string, std::int32_t> actions_;
-    std::atomic<bool> ends_ = false;
-    std::thread thread_;
+    BusServer server_;
 };
 
 }  // namespace tarvik::tests

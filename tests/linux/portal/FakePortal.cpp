@@ -2,13 +2,10 @@
 
 #include "tests/linux/portal/FakePortal.h"
 
-#include <poll.h>
-
 #include <algorithm>
 #include <cerrno>
 #include <cstdlib>
 #include <filesystem>
-#include <stdexcept>
 
 namespace tarvik::tests {
 
@@ -20,7 +17,6 @@ constexpr const char* path = "/org/freedesktop/portal/desktop";
 constexpr const char* shortcutsInterface = "org.freedesktop.portal.GlobalShortcuts";
 constexpr const char* sessionInterface = "org.freedesktop.portal.Session";
 constexpr const char* sessionFolder = "/org/freedesktop/portal/desktop/session";
-constexpr int pollMilliseconds = 20;
 
 // The value of a text in the dictionary that the message stands at; empty without such a text.
 std::string optionIn(sd_bus_message* message, const std::string& wanted) {
@@ -93,76 +89,53 @@ const sd_bus_vtable FakePortal::sessionMethods[] = {
     SD_BUS_VTABLE_END};
 
 FakePortal::FakePortal(Options options) : options_(options) {
-    sd_bus* opened = nullptr;
-    if (sd_bus_open_user(&opened) < 0) {
-        throw std::runtime_error("no session bus");
-    }
-    bus_.reset(opened);
+    sd_bus* const bus = server_.bus();
     if (options.hasShortcuts) {
-        sd_bus_add_object_vtable(opened, nullptr, path, shortcutsInterface, shortcutMethods, this);
+        sd_bus_add_object_vtable(bus, nullptr, path, shortcutsInterface, shortcutMethods, this);
     }
     if (options.hasRegister) {
-        sd_bus_add_object_vtable(opened, nullptr, path, "org.freedesktop.host.portal.Registry",
+        sd_bus_add_object_vtable(bus, nullptr, path, "org.freedesktop.host.portal.Registry",
                                  registerMethods, this);
     }
-    sd_bus_add_fallback_vtable(opened, nullptr, sessionFolder, sessionInterface, sessionMethods,
+    sd_bus_add_fallback_vtable(bus, nullptr, sessionFolder, sessionInterface, sessionMethods,
                                nullptr, this);
-    sd_bus_request_name(opened, "org.freedesktop.portal.Desktop", 0);
-    thread_ = std::thread([this] { serve(); });
-}
-
-FakePortal::~FakePortal() {
-    ends_ = true;
-    thread_.join();
-}
-
-void FakePortal::serve() {
-    while (!ends_) {
-        bool isLate = false;
-        {
-            const std::lock_guard lock(mutex_);
-            isLate = manner_ == Manner::later;
-            while (!isLate && sd_bus_process(bus_.get(), nullptr) > 0) {
-            }
-        }
-        // What has come and is not answered yet would end every wait at once.
-        pollfd awaited{sd_bus_get_fd(bus_.get()), POLLIN, 0};
-        poll(&awaited, isLate ? 0 : 1, pollMilliseconds);
-    }
+    sd_bus_request_name(bus, "org.freedesktop.portal.Desktop", 0);
+    server_.start();
 }
 
 void FakePortal::setManner(Manner manner) {
-    const std::lock_guard lock(mutex_);
+    const std::lock_guard lock(server_.mutex());
     manner_ = manner;
+    server_.setLate(manner == Manner::later);
 }
 
 void FakePortal::take(const std::string& name) {
-    const std::lock_guard lock(mutex_);
+    const std::lock_guard lock(server_.mutex());
     taken_.insert(name);
 }
 
 FakePortal::Names FakePortal::bound() {
-    const std::lock_guard lock(mutex_);
+    const std::lock_guard lock(server_.mutex());
     return bound_;
 }
 
 std::map<std::string, std::string> FakePortal::triggers() {
-    const std::lock_guard lock(mutex_);
+    const std::lock_guard lock(server_.mutex());
     return triggers_;
 }
 
 int FakePortal::dialogs() {
-    const std::lock_guard lock(mutex_);
+    const std::lock_guard lock(server_.mutex());
     return dialogs_;
 }
 
 int FakePortal::closings() {
-    const std::lock_guard lock(mutex_);
+    const std::lock_guard lock(server_.mutex());
     return closings_;
 }
 
 std::string FakePortal::application() {
-    const std::lock_guard lock(mutex_);
+    const std::lock_guard lock(server_.mutex());
     return application_;
 }
 
@@ -170,7 +143,7 @@ std::string FakePortal::application() {
 BusMessage FakePortal::newSignal(const std::string& objectPath, const char* interface,
                                  const char* member) const {
     sd_bus_message* signal = nullptr;
-    sd_bus_message_new_signal(bus_.get(), &signal, objectPath.c_str(), interface, member);
+    sd_bus_message_new_signal(server_.bus(), &signal, objectPath.c_str(), interface, member);
     sd_bus_message_set_destination(signal, client_.c_str());
     return BusMessage(signal);
 }
@@ -180,19 +153,19 @@ void FakePortal::emitKeyOf(const std::string& session, const char* member,
     const BusMessage signal = newSignal(path, shortcutsInterface, member);
     sd_bus_message_append(signal.get(), "osta{sv}", session.c_str(), name.c_str(), std::uint64_t{0},
                           0);
-    sd_bus_send(bus_.get(), signal.get(), nullptr);
-    sd_bus_flush(bus_.get());
+    sd_bus_send(server_.bus(), signal.get(), nullptr);
+    sd_bus_flush(server_.bus());
 }
 
 void FakePortal::emitKey(const char* member, const std::string& name) {
-    const std::lock_guard lock(mutex_);
+    const std::lock_guard lock(server_.mutex());
     if (bound_.contains(name)) {
         emitKeyOf(session_, member, name);
     }
 }
 
 void FakePortal::activateForeign(const std::string& name) {
-    const std::lock_guard lock(mutex_);
+    const std::lock_guard lock(server_.mutex());
     emitKeyOf(std::string(sessionFolder) + "/other", "Activated", name);
 }
 
@@ -201,22 +174,22 @@ void FakePortal::emitChange(const Names& names) {
     const BusMessage signal = newSignal(path, shortcutsInterface, "ShortcutsChanged");
     sd_bus_message_append(signal.get(), "o", session_.c_str());
     appendNames(signal.get(), names);
-    sd_bus_send(bus_.get(), signal.get(), nullptr);
-    sd_bus_flush(bus_.get());
+    sd_bus_send(server_.bus(), signal.get(), nullptr);
+    sd_bus_flush(server_.bus());
 }
 
 void FakePortal::change(const Names& names) {
-    const std::lock_guard lock(mutex_);
+    const std::lock_guard lock(server_.mutex());
     emitChange(names);
 }
 
 void FakePortal::closeSession() {
-    const std::lock_guard lock(mutex_);
+    const std::lock_guard lock(server_.mutex());
     bound_.clear();
     const BusMessage signal = newSignal(session_, sessionInterface, "Closed");
     sd_bus_message_append(signal.get(), "a{sv}", 0);
-    sd_bus_send(bus_.get(), signal.get(), nullptr);
-    sd_bus_flush(bus_.get());
+    sd_bus_send(server_.bus(), signal.get(), nullptr);
+    sd_bus_flush(server_.bus());
 }
 
 std::string FakePortal::requestPath(sd_bus_message* call, const std::string& token) const {
@@ -242,7 +215,7 @@ void FakePortal::respond(const std::string& request, std::uint32_t code, const N
         sd_bus_message_append(made, "{sv}", "session_handle", "s", session_.c_str());
     }
     sd_bus_message_close_container(made);
-    sd_bus_send(bus_.get(), made, nullptr);
+    sd_bus_send(server_.bus(), made, nullptr);
 }
 
 int FakePortal::registerApplication(sd_bus_message* call) {
@@ -272,7 +245,7 @@ int FakePortal::createSession(sd_bus_message* call) {
     } else if (manner_ == Manner::garbage) {
         const BusMessage signal = newSignal(request, "org.freedesktop.portal.Request", "Response");
         sd_bus_message_append(signal.get(), "as", 2, "not", "a response");
-        sd_bus_send(bus_.get(), signal.get(), nullptr);
+        sd_bus_send(server_.bus(), signal.get(), nullptr);
     } else if (manner_ != Manner::silent) {
         respond(request, 0, nullptr);
     }

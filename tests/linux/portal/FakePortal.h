@@ -3,16 +3,14 @@
 
 #include <systemd/sd-bus.h>
 
-#include <atomic>
 #include <map>
-#include <mutex>
 #include <optional>
 #include <set>
 #include <string>
-#include <thread>
 #include <vector>
 
 #include "platform/linux/bus/BusHandles.h"
+#include "tests/linux/bus/BusServer.h"
 
 namespace tarvik::tests {
 
@@ -51,8 +49,6 @@ class FakePortal {
 
     FakePortal() : FakePortal(Options{}) {}
     explicit FakePortal(Options options);
-    /// Leaves the bus.
-    ~FakePortal();
     FakePortal(const FakePortal&) = delete;
     FakePortal& operator=(const FakePortal&) = delete;
 
@@ -81,7 +77,6 @@ class FakePortal {
     void activateForeign(const std::string& name);
 
   private:
-    void serve();
     void emitKey(const char* member, const std::string& name);
     void emitChange(const Names& names);
     void emitKeyOf(const std::string& session, const char* member, const std::string& name);
@@ -103,9 +98,7 @@ class FakePortal {
     static const sd_bus_vtable registerMethods[];
     static const sd_bus_vtable sessionMethods[];
 
-    std::mutex mutex_;
-    // All under the mutex.
-    linuxdesktop::BusHandle bus_;
+    // All under the mutex of the server.
     const Options options_;
     Manner manner_ = Manner::properly;
     Names taken_;
@@ -117,8 +110,7 @@ class FakePortal {
     std::string application_;
     int dialogs_ = 0;
     int closings_ = 0;
-    std::atomic<bool> ends_ = false;
-    std::thread thread_;
+    BusServer server_;
 };
 
 }  // namespace tarvik::tests

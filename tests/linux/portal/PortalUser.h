@@ -7,8 +7,9 @@
 #include <string>
 
 #include "tests/linux/portal/FakePortal.h"
+#include "tests/support/PrivateBus.h"
 #include "tests/support/TemporaryFolder.h"
-#include "tests/support/TestProcess.h"
+#include "tests/support/TemporaryVariables.h"
 
 namespace tarvik::tests {
 
@@ -22,8 +23,6 @@ class PortalUser {
     static constexpr std::uint32_t spaceKey = 57;
 
     PortalUser();
-    /// Ends the session.
-    ~PortalUser();
     PortalUser(const PortalUser&) = delete;
     PortalUser& operator=(const PortalUser&) = delete;
 
@@ -44,7 +43,8 @@ class PortalUser {
 
   private:
     const TemporaryFolder folder_;
-    TestProcess bus_;
+    TemporaryVariables variables_;
+    PrivateBus bus_;
     std::optional<FakePortal> portal_;
     std::set<std::uint32_t> down_;
     // The name of the shortcut whose keys are down.

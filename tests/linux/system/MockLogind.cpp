@@ -6,7 +6,6 @@
 #include <systemd/sd-bus.h>
 
 #include <chrono>
-#include <cstdlib>
 #include <string>
 #include <vector>
 
@@ -53,19 +52,8 @@ std::vector<std::string> namesOn(sd_bus* bus) {
 
 MockLogind::MockLogind(const std::filesystem::path& folder)
     : socket_(folder / "system_bus_socket") {
-    if (const char* address = std::getenv("DBUS_SYSTEM_BUS_ADDRESS")) {
-        earlierAddress_ = address;
-    }
     std::filesystem::create_directory(folder);
     start();
-}
-
-MockLogind::~MockLogind() {
-    if (earlierAddress_) {
-        setenv("DBUS_SYSTEM_BUS_ADDRESS", earlierAddress_->c_str(), 1);
-    } else {
-        unsetenv("DBUS_SYSTEM_BUS_ADDRESS");
-    }
 }
 
 void MockLogind::start() {
@@ -73,7 +61,7 @@ void MockLogind::start() {
     bus_.emplace(busDaemonAt(address));
     // The address is printed once the bus listens.
     bus_->readLine();
-    setenv("DBUS_SYSTEM_BUS_ADDRESS", address.c_str(), 1);
+    variables_.set("DBUS_SYSTEM_BUS_ADDRESS", address);
     logind_.emplace(std::vector<std::string>{"/usr/bin/python3", "-m", "dbusmock", "--system",
                                              "--template", "logind"});
 }

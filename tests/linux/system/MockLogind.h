@@ -5,8 +5,8 @@
 
 #include <filesystem>
 #include <optional>
-#include <string>
 
+#include "tests/support/TemporaryVariables.h"
 #include "tests/support/TestProcess.h"
 
 namespace tarvik::tests {
@@ -16,7 +16,6 @@ class MockLogind {
   public:
     /// Starts both. The socket of the bus is in `folder`, which is made.
     explicit MockLogind(const std::filesystem::path& folder);
-    ~MockLogind();
     MockLogind(const MockLogind&) = delete;
     MockLogind& operator=(const MockLogind&) = delete;
 
@@ -34,7 +33,7 @@ class MockLogind {
 
   private:
     std::filesystem::path socket_;
-    std::optional<std::string> earlierAddress_;
+    TemporaryVariables variables_;
     std::optional<TestProcess> bus_;
     std::optional<TestProcess> logind_;
 };
