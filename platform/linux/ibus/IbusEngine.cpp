@@ -2,7 +2,6 @@
 
 #include "platform/linux/ibus/IbusEngine.h"
 
-#include <string_view>
 #include <utility>
 
 #include "platform/linux/bus/BusReplies.h"
@@ -20,14 +19,8 @@ constexpr auto timeout = 1s;
 constexpr auto dropInterval = 10ms;
 constexpr int maxDropAttempts = 15;
 
-const BusObject ibus{"org.freedesktop.IBus", "/org/freedesktop/IBus"};
-constexpr const char* ibusInterface = "org.freedesktop.IBus";
 constexpr const char* engineInterface = "org.freedesktop.IBus.Engine";
 constexpr const char* enginePrefix = "/org/freedesktop/IBus/Engine/TarvikDictate";
-
-// What stands in for a missing field. Its texts go nowhere. IBus makes it before any other.
-constexpr std::string_view standInClient = "fake";
-constexpr std::string_view standInContext = "/org/freedesktop/IBus/InputContext_1";
 
 constexpr std::uint32_t altState = 1U << 3;
 constexpr std::uint32_t releaseState = 1U << 30;
@@ -75,6 +68,7 @@ IbusEngine::IbusEngine(EventLoop& loop, AskConfigured askConfigured, Handlers ha
       name_(nextEngineName()),
       askConfigured_(std::move(askConfigured)),
       handlers_(std::move(handlers)),
+      field_([this] { handlers_.onField(); }),
       endDelay_(loop),
       reconnection_(loop, ibusAddressFile(), [this] { return !connect(); }) {}
 
@@ -97,7 +91,7 @@ std::optional<std::string> IbusEngine::connect() {
         *bus_, "type='signal',interface='org.freedesktop.IBus',member='GlobalEngineChanged'",
         [this](sd_bus_message* signal) { handleEngineChange(textIn(signal).value_or("")); });
     isBusy_ = true;
-    BusMessage call = bus_->newCall(ibus, ibusInterface, "RegisterComponent");
+    BusMessage call = bus_->newCall(ibusObject, ibusInterface, "RegisterComponent");
     if (call && appendIbusComponent(call.get(), name_)) {
         bus_->call(std::move(call), timeout, [this](sd_bus_message* reply) {
             if (isError(reply)) {
@@ -126,7 +120,7 @@ void IbusEngine::lose() {
     bus_.reset();
     isBusy_ = false;
     isTaken_ = false;
-    dropField();
+    field_.drop();
     isLost_ = true;
     reconnection_.begin();
     handlers_.onPresence(false);
@@ -244,7 +238,7 @@ void IbusEngine::take() {
 
 void IbusEngine::giveBack() {
     isTaken_ = false;
-    dropField();
+    field_.drop();
     restore();
 }
 
@@ -274,7 +268,7 @@ void IbusEngine::refuse(const std::string& reason) {
 
 // Gets an empty name where IBus says that it has no engine.
 void IbusEngine::askEngine(OnEngine onEngine) {
-    bus_->call(bus_->newPropertyCall(ibus, ibusInterface, "GlobalEngine"), timeout,
+    bus_->call(bus_->newPropertyCall(ibusObject, ibusInterface, "GlobalEngine"), timeout,
                [onEngine = std::move(onEngine)](sd_bus_message* reply) {
                    onEngine(isNoReply(reply) ? std::nullopt
                                              : std::optional(engineNameIn(reply).value_or("")));
@@ -282,7 +276,8 @@ void IbusEngine::askEngine(OnEngine onEngine) {
 }
 
 void IbusEngine::setEngine(const std::string& name, std::function<void(bool hasSucceeded)> onDone) {
-    bus_->call(bus_->newCall(ibus, ibusInterface, "SetGlobalEngine", "s", name.c_str()), timeout,
+    bus_->call(bus_->newCall(ibusObject, ibusInterface, "SetGlobalEngine", "s", name.c_str()),
+               timeout,
                [onDone = std::move(onDone)](sd_bus_message* reply) { onDone(!isError(reply)); });
 }
 
@@ -293,45 +288,13 @@ void IbusEngine::handleEngineChange(const std::string& name) {
     previous_.write(name);
     if (isTaken_ && !isBusy_) {
         isTaken_ = false;
-        dropField();
+        field_.drop();
         step();
     }
 }
 
-void IbusEngine::askContext(const std::string& path) {
-    unknownField_ = path;
-    bus_->call(bus_->newPropertyCall(ibus, ibusInterface, "CurrentInputContext"), timeout,
-               [this, path](sd_bus_message* reply) {
-                   // Whatever has come meanwhile is newer.
-                   if (unknownField_ == path) {
-                       setField(path, pathPropertyIn(reply).value_or(std::string(standInContext)) !=
-                                          standInContext);
-                   }
-               });
-}
-
-void IbusEngine::dropField() {
-    unknownField_.clear();
-    setField(field_, false);
-}
-
-void IbusEngine::setField(const std::string& path, bool isField) {
-    if (unknownField_ == path) {
-        unknownField_.clear();
-    }
-    // The end of another engine's field says nothing about this one's.
-    if (!isField && field_ != path) {
-        return;
-    }
-    const std::string before = std::exchange(field_, isField ? path : "");
-    if (before != field_) {
-        ++fieldCount_;
-        handlers_.onField();
-    }
-}
-
 void IbusEngine::commit(const std::string& text) {
-    BusMessage signal = bus_->newSignal(field_, engineInterface, "CommitText");
+    BusMessage signal = bus_->newSignal(field_.path(), engineInterface, "CommitText");
     if (signal && appendIbusText(signal.get(), text)) {
         bus_->send(std::move(signal));
     }
@@ -343,7 +306,7 @@ void IbusEngine::tapControl() {
 }
 
 void IbusEngine::forward(std::uint32_t state) {
-    BusMessage signal = bus_->newSignal(field_, engineInterface, "ForwardKeyEvent");
+    BusMessage signal = bus_->newSignal(field_.path(), engineInterface, "ForwardKeyEvent");
     if (signal &&
         sd_bus_message_append(signal.get(), "uuu", controlSymbol, controlCode, state) >= 0) {
         bus_->send(std::move(signal));
@@ -351,7 +314,7 @@ void IbusEngine::forward(std::uint32_t state) {
 }
 
 void IbusEngine::sync(std::function<void()> onDone) {
-    bus_->call(bus_->newCall(ibus, ibusInterface, "Ping", "v", "s", ""), timeout,
+    bus_->call(bus_->newCall(ibusObject, ibusInterface, "Ping", "v", "s", ""), timeout,
                [onDone = std::move(onDone)](sd_bus_message*) { onDone(); });
 }
 
@@ -377,7 +340,8 @@ int IbusEngine::onKeyEvent(sd_bus_message* call, void* self, sd_bus_error*) {
 // IBus asks a new engine whether it wants to know the client, and does not wait for the answer. So
 // the first time, and older versions always, it does not tell.
 int IbusEngine::onFocusIn(sd_bus_message* call, void* self, sd_bus_error*) {
-    engineOf(self).askContext(sd_bus_message_get_path(call));
+    IbusEngine& engine = engineOf(self);
+    engine.field_.focusUnknown(*engine.bus_, sd_bus_message_get_path(call));
     return sd_bus_reply_method_return(call, "");
 }
 
@@ -385,12 +349,12 @@ int IbusEngine::onFocusInOf(sd_bus_message* call, void* self, sd_bus_error*) {
     const char* context = "";
     const char* client = "";
     sd_bus_message_read(call, "ss", &context, &client);
-    engineOf(self).setField(sd_bus_message_get_path(call), client != standInClient);
+    engineOf(self).field_.focus(sd_bus_message_get_path(call), client);
     return sd_bus_reply_method_return(call, "");
 }
 
 int IbusEngine::onFocusOut(sd_bus_message* call, void* self, sd_bus_error*) {
-    engineOf(self).setField(sd_bus_message_get_path(call), false);
+    engineOf(self).field_.unfocus(sd_bus_message_get_path(call));
     return sd_bus_reply_method_return(call, "");
 }
 

@@ -9,6 +9,7 @@
 #include <string>
 
 #include "platform/linux/bus/MessageBus.h"
+#include "platform/linux/ibus/EngineField.h"
 #include "platform/linux/ibus/PreviousEngine.h"
 #include "platform/linux/loop/EventLoop.h"
 #include "platform/linux/loop/Reconnection.h"
@@ -64,9 +65,9 @@ class IbusEngine {
     void end(std::function<void()> onDone);
 
     /// Whether the engine has a text field of another program.
-    bool hasField() const { return isTaken_ && !field_.empty(); }
+    bool hasField() const { return isTaken_ && !field_.path().empty(); }
     /// How often the field has changed.
-    std::uint64_t fieldCount() const { return fieldCount_; }
+    std::uint64_t fieldCount() const { return field_.changeCount(); }
 
     /// Commits `text`, UTF-8, into the field. Only while there is one.
     void commit(const std::string& text);
@@ -91,9 +92,6 @@ class IbusEngine {
     void askEngine(OnEngine onEngine);
     void setEngine(const std::string& name, std::function<void(bool hasSucceeded)> onDone);
     void handleEngineChange(const std::string& name);
-    void askContext(const std::string& path);
-    void dropField();
-    void setField(const std::string& path, bool isField);
     void lose();
     void forward(std::uint32_t state);
 
@@ -123,11 +121,7 @@ class IbusEngine {
     bool isTaken_ = false;
     std::function<void()> onIdle_;
     int engineCount_ = 0;
-    // The object of the engine that has a field; empty without one.
-    std::string field_;
-    // The object of an engine that has got the focus of an unknown client.
-    std::string unknownField_;
-    std::uint64_t fieldCount_ = 0;
+    EngineField field_;
     Deadline endDelay_;
     std::unique_ptr<MessageBus> bus_;
     // IBus has ended, and is not back.

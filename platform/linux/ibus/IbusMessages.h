@@ -12,6 +12,10 @@
 
 namespace tarvik::linuxdesktop {
 
+/// IBus itself, on its own bus.
+inline const BusObject ibusObject{"org.freedesktop.IBus", "/org/freedesktop/IBus"};
+inline constexpr const char* ibusInterface = "org.freedesktop.IBus";
+
 // How IBus writes its objects into messages, and how a connection to IBus begins.
 
 /// Connects to IBus at `address`. IBus calls its clients without naming a destination, as no
