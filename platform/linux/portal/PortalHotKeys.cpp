@@ -63,8 +63,8 @@ std::optional<HotKeyNumber> PortalHotKeys::numberOf(const std::string& name) con
     return found != hotKeys_.end() ? std::optional(found->first) : std::nullopt;
 }
 
-platform::OSStatus PortalHotKeys::add(HotKeyNumber number, std::uint32_t keyCode,
-                                      std::uint32_t modifiers) {
+platform::OSStatus PortalHotKeys::want(HotKeyNumber number, std::uint32_t keyCode,
+                                       std::uint32_t modifiers) {
     const Combination* combination = combinationOf(modifiers);
     if (keyCode != platform::spaceKeyCode || combination == nullptr) {
         return platform::eventHotKeyInvalidErr;
@@ -79,7 +79,19 @@ platform::OSStatus PortalHotKeys::add(HotKeyNumber number, std::uint32_t keyCode
     return platform::noErr;
 }
 
-void PortalHotKeys::remove(HotKeyNumber number) {
+void PortalHotKeys::add(HotKeyNumber number, std::uint32_t keyCode, std::uint32_t modifiers,
+                        OnStatus onStatus) {
+    onStatus(want(number, keyCode, modifiers));
+}
+
+// Each has been accepted before, and the portal may decide anew.
+void PortalHotKeys::resume(const std::map<HotKeyNumber, std::uint32_t>& hotKeys) {
+    for (const auto& [number, modifiers] : hotKeys) {
+        want(number, platform::spaceKeyCode, modifiers);
+    }
+}
+
+void PortalHotKeys::remove(HotKeyNumber number, std::function<void()> onDone) {
     if (hold_ && hold_->number == number) {
         hold_.reset();
         repeatDeadline_.clear();
@@ -87,9 +99,10 @@ void PortalHotKeys::remove(HotKeyNumber number) {
     if (hotKeys_.erase(number) > 0) {
         bindLater();
     }
+    onDone();
 }
 
-void PortalHotKeys::removeAll(const std::function<void()>& onDone) {
+void PortalHotKeys::removeAll(std::function<void()> onDone) {
     endHold();
     hotKeys_.clear();
     bindDeadline_.clear();

@@ -12,7 +12,7 @@
 #include "platform/EventManager.h"
 #include "platform/Log.h"
 #include "platform/linux/bus/MessageBus.h"
-#include "platform/linux/input/HotKeyMeans.h"
+#include "platform/linux/input/SessionHotKeys.h"
 #include "platform/linux/loop/EventLoop.h"
 #include "platform/linux/portal/ShortcutsPortal.h"
 
@@ -26,29 +26,22 @@ namespace tarvik::linuxdesktop {
 ///
 /// A hold ends with the signal Deactivated. Some portals do not send the signal at times, but tell
 /// of the repeats of the key. Then the hold ends when the repeats end, or by the next press.
-class PortalHotKeys {
+class PortalHotKeys final : public SessionHotKeys {
   public:
-    /// As in HotKeyListener, but on the loop's thread.
-    struct Events {
-        std::function<void(HotKeyNumber)> onPressed;
-        std::function<void(HotKeyNumber)> onReleased;
-        std::function<void(HotKeyNumber, const std::string& reason)> onLost;
-    };
-
     /// The references outlive the object and its callbacks.
     PortalHotKeys(MessageBus& bus, EventLoop& loop, platform::Log& log, Events events);
-    /// Ends a hold.
-    ~PortalHotKeys();
+    ~PortalHotKeys() override;
     PortalHotKeys(const PortalHotKeys&) = delete;
     PortalHotKeys& operator=(const PortalHotKeys&) = delete;
 
-    /// A status of the event manager, as HotKeyMeans::registerHotKey() answers it. What the portal
-    /// and its user decide is a later onLost().
-    platform::OSStatus add(HotKeyNumber number, std::uint32_t keyCode, std::uint32_t modifiers);
-    void remove(HotKeyNumber number);
-    /// As remove(), for every hotkey. `onDone` is called when the portal has them back, or does not
-    /// answer.
-    void removeAll(const std::function<void()>& onDone);
+    /// The status comes in this turn. What the portal and its user decide is a later onLost().
+    void add(HotKeyNumber number, std::uint32_t keyCode, std::uint32_t modifiers,
+             OnStatus onStatus) override;
+    /// `onDone` is called in this turn. The portal hears of it with the next request.
+    void remove(HotKeyNumber number, std::function<void()> onDone) override;
+    /// `onDone` is called also when the portal does not answer.
+    void removeAll(std::function<void()> onDone) override;
+    void resume(const std::map<HotKeyNumber, std::uint32_t>& hotKeys) override;
 
   private:
     // A combination of the space bar.
@@ -68,6 +61,7 @@ class PortalHotKeys {
         int repeats = 0;
     };
 
+    platform::OSStatus want(HotKeyNumber number, std::uint32_t keyCode, std::uint32_t modifiers);
     static const Combination* combinationOf(std::uint32_t modifiers);
     std::optional<HotKeyNumber> numberOf(const std::string& name) const;
     ShortcutsPortal::Names wantedNames() const;

@@ -187,6 +187,20 @@ TEST_F(PortalFaultTest, SaysThatTheBusIsGone) {
     EXPECT_EQ(input->registerHotKey(9, platform::spaceKeyCode, hold), eventInternalErr);
 }
 
+TEST_F(PortalFaultTest, TheNextBusAndItsPortalServe) {
+    openWith(Manner::properly);
+    ASSERT_TRUE(isBound(both));
+    user.portal()->activate(holdName);
+    EXPECT_TRUE(becomes("P1"));
+    user.portal().reset();
+    user.endBus();
+    EXPECT_TRUE(becomes("P1R1"));
+    user.startBus();
+    EXPECT_TRUE(hasLine("the session bus is back"));
+    servesWithTheNextPortal();
+    EXPECT_EQ(losses(), 0U);
+}
+
 }  // namespace
 
 }  // namespace tarvik::tests

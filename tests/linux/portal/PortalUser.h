@@ -32,6 +32,8 @@ class PortalUser {
 
     /// The session's bus ends.
     void endBus() { bus_.kill(); }
+    /// The next one begins.
+    void startBus() { bus_.start(); }
     /// The folder of the user's data.
     std::filesystem::path data() const { return folder_ / "data"; }
 
