@@ -14,8 +14,27 @@ namespace tarvik::tests {
 namespace {
 
 using namespace std::chrono_literals;
+using linuxdesktop::DesktopInput;
 using platform::eventHotKeyExistsErr;
 using platform::noErr;
+
+/// Whether another instance gets the hold hotkey after `prepare`. It ends as one that is killed.
+template <typename Prepare>
+bool holdsWhenKilled(Prepare prepare) {
+    constexpr int success = 7;
+    const pid_t child = fork();
+    if (child == 0) {
+        RealTimeQueue queue;
+        RecordingLog log;
+        DesktopInput killed(queue, log);
+        HotKeyRecorder events(killed.eventManager());
+        prepare(killed, events, queue);
+        _exit(events.add(HotKeyRecorder::hold, 1) == noErr ? success : 1);
+    }
+    int status = 0;
+    waitpid(child, &status, 0);
+    return WEXITSTATUS(status) == success;
+}
 
 class KWinHotKeys : public KWinFixture {
   protected:
@@ -109,20 +128,12 @@ TEST_F(KWinForeignShortcuts, OfAKilledInstanceGoBackAfterTheNextOne) {
     user.take(hold);
     recorder.reset();
     input.reset();
-    const pid_t child = fork();
-    if (child == 0) {
-        RealTimeQueue queue;
-        RecordingLog ownLog;
-        linuxdesktop::DesktopInput killed(queue, ownLog);
-        HotKeyRecorder events(killed.eventManager());
-        events.add(hold, 1);
-        killed.takeOverHotKeys();
-        queue.runUntil([&] { return !killed.canTakeOverHotKeys(); });
-        _exit(events.add(hold, 1) == noErr ? 7 : 1);
-    }
-    int status = 0;
-    waitpid(child, &status, 0);
-    ASSERT_EQ(WEXITSTATUS(status), 7);
+    ASSERT_TRUE(
+        holdsWhenKilled([](DesktopInput& killed, HotKeyRecorder& events, RealTimeQueue& queue) {
+            events.add(hold, 1);
+            killed.takeOverHotKeys();
+            queue.runUntil([&] { return !killed.canTakeOverHotKeys(); });
+        }));
     EXPECT_EQ(KWinUser::ownerOf(hold), "com.tarvik.dictate, alt-space");
     input.emplace(mainQueue, log);
     recorder.emplace(input->eventManager());
@@ -145,18 +156,7 @@ TEST_F(KWinHotKeys, TheShortcutsAreGoneAtTheEnd) {
 TEST_F(KWinHotKeys, WhatAKilledInstanceLeavesIsTakenOver) {
     recorder.reset();
     input.reset();
-    const pid_t child = fork();
-    if (child == 0) {
-        RealTimeQueue queue;
-        RecordingLog ownLog;
-        linuxdesktop::DesktopInput killed(queue, ownLog);
-        KWinUser::ownerOf(hold);
-        HotKeyRecorder events(killed.eventManager());
-        _exit(events.add(hold, 1) == noErr ? 7 : 1);
-    }
-    int status = 0;
-    waitpid(child, &status, 0);
-    ASSERT_EQ(WEXITSTATUS(status), 7);
+    ASSERT_TRUE(holdsWhenKilled([](DesktopInput&, HotKeyRecorder&, RealTimeQueue&) {}));
     EXPECT_EQ(KWinUser::ownerOf(hold), "com.tarvik.dictate, alt-space");
     input.emplace(mainQueue, log);
     KWinUser::ownerOf(hold);
