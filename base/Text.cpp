@@ -126,7 +126,7 @@ std::string shortened(std::string_view text, std::size_t maxCharacters) {
 
 std::string trimmed(std::string_view text) {
     std::size_t begin = text.size();
-    std::size_t end = 0;
+    std::size_t end = text.size();
     for (std::size_t index = 0; index < text.size();) {
         const Decoded decoded = decodeFirst(text.substr(index));
         if (!isWhiteSpace(decoded.character) && !isInvisibleFormat(decoded.character)) {
@@ -135,7 +135,7 @@ std::string trimmed(std::string_view text) {
         }
         index += decoded.length;
     }
-    return end == 0 ? std::string() : std::string(text.substr(begin, end - begin));
+    return std::string(text.substr(begin, end - begin));
 }
 
 }  // namespace tarvik

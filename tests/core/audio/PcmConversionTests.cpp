@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "audio/PcmConversion.h"
+#include "audio/SampleKernel.h"
 
 namespace tarvik {
 namespace {
@@ -141,6 +142,22 @@ TEST_P(PcmConversionOfChannels, IsExactForEveryLengthAndValue) {
 }
 
 INSTANTIATE_TEST_SUITE_P(Counts, PcmConversionOfChannels, testing::Values(1, 2, 3, 4, 5, 6, 7, 8));
+
+TEST(PcmConversion, WritesNothingPastTheLastFrame) {
+    constexpr char untouched = 0x5A;
+    for (std::size_t frames = 0; frames <= 67; ++frames) {
+        // More samples than frames, so that reading too many is no fault in memory.
+        const std::vector<float> samples(128, 0.25F);
+        const float* const channels[] = {samples.data(), samples.data(), samples.data()};
+        for (const std::uint32_t channelCount : {1U, 2U, 3U}) {
+            std::vector<char> bytes(256, untouched);
+            averageToInt16(channels, channelCount, frames, bytes.data());
+            const auto end = bytes.begin() + static_cast<std::ptrdiff_t>(2 * frames);
+            EXPECT_EQ(std::count(end, bytes.end(), untouched), bytes.end() - end)
+                << frames << " frames of " << channelCount << " channels";
+        }
+    }
+}
 
 TEST(PcmConversion, IsExactForEveryRepresentableStep) {
     std::vector<float> steps;

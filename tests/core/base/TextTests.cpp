@@ -76,6 +76,13 @@ TEST(Utf8, IsExactAtTheLimitsOfEachLength) {
     EXPECT_EQ(utf8FromUtf32(U"\x10000\x10FFFF"), "\xF0\x90\x80\x80\xF4\x8F\xBF\xBF");
 }
 
+TEST(Utf8, IsExactForCharactersOfEveryPlane) {
+    constexpr char32_t stride = 61;
+    for (char32_t character = 0; character <= lastCharacter; character += stride) {
+        ASSERT_EQ(utf8FromUtf32({&character, 1}), utf8(character)) << std::uint32_t{character};
+    }
+}
+
 TEST(Utf16, OfASurrogateIsOneReplacementCharacterPerByte) {
     for (char32_t character = 0xD800; character <= 0xDFFF; ++character) {
         ASSERT_EQ(utf16FromUtf8(utf8(character)), std::u16string(3, 0xFFFD));
@@ -97,10 +104,21 @@ TEST(Utf16, HasOneReplacementCharacterPerInvalidByte) {
     EXPECT_EQ(utf16FromUtf8("\xE0\x9F\xBF"), std::u16string(3, none));      // overlong
     EXPECT_EQ(utf16FromUtf8("\xF0\x8F\xBF\xBF"), std::u16string(4, none));  // overlong
     EXPECT_EQ(utf16FromUtf8("\xF5\x80\x80\x80"), std::u16string(4, none));  // past the last plane
+    EXPECT_EQ(utf16FromUtf8("\xF8\x90\x80\x80"), std::u16string(4, none));  // five bytes in all
+}
+
+TEST(Utf16, DoesNotReadPastTheEndOfTheText) {
+    const std::string_view text = "é漢😀";
+    EXPECT_EQ(utf16FromUtf8(text.substr(0, 1)), std::u16string(1, 0xFFFD));
+    EXPECT_EQ(utf16FromUtf8(text.substr(2, 2)), std::u16string(2, 0xFFFD));
+    EXPECT_EQ(utf16FromUtf8(text.substr(5, 3)), std::u16string(3, 0xFFFD));
 }
 
 TEST(Shortening, CutsBetweenCharactersAndSaysSo) {
     EXPECT_EQ(shortened("", 3), "");
+    EXPECT_EQ(shortened("", 0), "");
+    EXPECT_EQ(shortened("abc", 0), "…");
+    EXPECT_EQ(shortened("abc", 1), "…");
     EXPECT_EQ(shortened("abc", 3), "abc");
     EXPECT_EQ(shortened("abcd", 3), "ab…");
     EXPECT_EQ(shortened("ключ", 4), "ключ");

@@ -163,7 +163,7 @@ TEST_F(SetupWindow, ShowTakesItsStepsInOrder) {
 
 TEST_F(SetupWindow, ShowWithoutAScreenKeepsThePosition) {
     platform.userInterface().screen.reset();
-    show();
+    SetupWindowController::shared().show();
     EXPECT_TRUE(window().isVisible());
     EXPECT_EQ(platform.journal().count("setFrameOrigin"), 0U);
 }
