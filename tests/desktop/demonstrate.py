@@ -17,7 +17,7 @@ from keyboard import Keyboard
 from local_service import LocalService
 from microphone import Microphone
 from similarity import MIN_SIMILARITY, similarity
-from windows import wait_for_window
+from windows import activate, wait_for_window
 
 LOOK_FILES = pathlib.Path(__file__).parent / "look"
 SIZE = (1040, 760)
@@ -74,12 +74,12 @@ class Editor:
                 ["xdotool", "search", "--onlyvisible", "--name", "Notes.txt"], check=False).strip(),
             "the editor", process=process)
         left, top, width, height = place
-        desktop.run(["xdotool", "windowactivate", "--sync", self._window,
-                     "windowsize", "--sync", self._window, str(width), str(height),
+        desktop.run(["xdotool", "windowsize", "--sync", self._window, str(width), str(height),
                      "windowmove", self._window, str(left), str(top)])
+        self.activate()
 
     def activate(self):
-        self._desktop.run(["xdotool", "windowactivate", "--sync", self._window])
+        activate(self._desktop, self._window)
 
     def saved_text(self):
         """Has the editor save its document; returns the text."""

@@ -22,7 +22,9 @@ class ManagedWindows:
     @property
     def active(self):
         """The number of the window with the keyboard; None when there is none."""
-        return next(iter(self._windows("_NET_ACTIVE_WINDOW")), None) or None
+        active = next(iter(self._windows("_NET_ACTIVE_WINDOW")), None)
+        # The window manager names the window before the server gives the keyboard to the window.
+        return active if active and self._has_focus(active) else None
 
     @property
     def visible(self):
@@ -35,6 +37,17 @@ class ManagedWindows:
     def instance(self, window):
         """The first part of the window's class."""
         return self._text(window, "WM_CLASS").partition("\0")[0]
+
+    def _has_focus(self, window):
+        """Whether the keys go to the window, or to a window in it."""
+        focused = self._ask(self._root, lambda _: self._display.get_input_focus().focus)
+        # Without a focus, or with that of the pointer, the answer is a number and no window.
+        while focused and not isinstance(focused, int):
+            if focused.id == window:
+                return True
+            tree = self._ask(focused.id, lambda resource: resource.query_tree())
+            focused = tree.parent if tree else None
+        return False
 
     def _windows(self, name):
         return list(self._property(self._root, name) or ())

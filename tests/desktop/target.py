@@ -8,7 +8,7 @@ import subprocess
 import threading
 
 from desktop import START_TIMEOUT, wait_for
-from windows import active_window, window_with_title
+from windows import activate, active_window, window_with_title
 
 FOLDER = pathlib.Path(__file__).parent / "targets"
 # Reports that the terminal runs, then writes every byte unchanged to the file.
@@ -47,7 +47,7 @@ class Target:
 
     def activate(self):
         """Activates the window, as a click on it does."""
-        self._desktop.run(["xdotool", "windowactivate", "--sync", self.window])
+        activate(self._desktop, self.window)
 
     def close(self):
         return self._desktop.end(self.process)

@@ -39,7 +39,7 @@ class Window:
 
     def activate(self):
         """Activates the window, as a click on it does."""
-        self._desktop.run(["xdotool", "windowactivate", "--sync", self.number])
+        activate(self._desktop, self.number)
 
     def wait_until_active(self):
         """Waits until the window has the keyboard; returns the window."""
@@ -54,6 +54,12 @@ class Window:
 
     def wait_until_gone(self, timeout=10.0):
         wait_for(lambda: not self.is_visible, "the end of the window", timeout)
+
+
+def activate(desktop, number):
+    """Activates a window, as a click on it does, and waits until the window has the keyboard."""
+    desktop.run(["xdotool", "windowactivate", number])
+    wait_for(lambda: active_window(desktop) == number, "the keyboard in the activated window")
 
 
 def active_window(desktop):
