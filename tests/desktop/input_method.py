@@ -31,7 +31,7 @@ ActiveByDefault=True
 """
 
 
-class InputMethod:
+class Fcitx:
     """Fcitx 5 with Hangul, which is on in every window from the start."""
 
     def __init__(self, desktop):
@@ -86,8 +86,9 @@ class IBus:
 
     def _choose(self):
         self._desktop.run(["ibus", "engine", self._engine], check=False)
-        return self.is_chosen
+        return self.is_composing
 
     @property
-    def is_chosen(self):
+    def is_composing(self):
+        """Whether the engine is the chosen one."""
         return self._engine in self._desktop.run(["ibus", "engine"], check=False)

@@ -9,7 +9,7 @@ import unittest
 
 from desktop import wait_for
 from dictation_test import DictationTest
-from input_method import IBus, InputMethod
+from input_method import Fcitx, IBus
 
 LATIN = "Hello wörld. My tailor is rich, and (so) the quick brown fox: 1, 2; \"3\"!"
 CHINESE = "今天天气很好，我们去公园吧。"
@@ -64,11 +64,12 @@ class Idle(DictationTest):
         self.assertGreaterEqual(target.typed_keys, len(text))
 
 
-class ComposingIBus(DictationTest):
-    @classmethod
-    def setUpClass(cls):
-        super().setUpClass()
-        cls.input_method = IBus(cls.desktop, IBus.PINYIN)
+class CompositionTest(DictationTest):
+    """A dictation while an input method composes what is typed."""
+
+    # What the user types afterwards, and what the input method makes of it.
+    keys = None
+    composed = None
 
     def setUp(self):
         self.service = self.start_scripted_service()
@@ -81,9 +82,19 @@ class ComposingIBus(DictationTest):
         target.wait_for_text(text, TIMEOUT)
         self.keyboard.release()
         self.application.log.wait_for("stopRecording (session=1)")
-        self.assertTrue(self.input_method.is_chosen)
-        self.keyboard.type("nihao ")
-        wait_for(lambda: target.text.startswith(text + "你好"), "composed text")
+        self.assertTrue(self.input_method.is_composing)
+        self.keyboard.type(self.keys)
+        wait_for(lambda: target.text.startswith(text + self.composed), "composed text")
+
+
+class ComposingIBus(CompositionTest):
+    keys = "nihao "
+    composed = "你好"
+
+    @classmethod
+    def setUpClass(cls):
+        super().setUpClass()
+        cls.input_method = IBus(cls.desktop, IBus.PINYIN)
 
     def test_text_arrives_unchanged_in_a_gtk_program(self):
         self.check_dictation(self.start_target("gtk3", environment={"NO_AT_BRIDGE": "1"}),
@@ -97,16 +108,15 @@ class ComposingIBus(DictationTest):
         self.check_dictation(self.start_terminal(), LATIN, CHINESE)
 
 
-class Composing(DictationTest):
+class ComposingFcitx(CompositionTest):
+    keys = "gksrmf "
+    composed = "한글"
+
     @classmethod
     def setUpClass(cls):
         super().setUpClass()
-        cls.input_method = InputMethod(cls.desktop)
+        cls.input_method = Fcitx(cls.desktop)
         cls.addClassCleanup(cls.input_method.close)
-
-    def setUp(self):
-        self.service = self.start_scripted_service()
-        self.application = self.start_application(self.service)
 
     def start_gtk(self, **options):
         """Starts a program whose text accessibility cannot change."""
@@ -116,17 +126,6 @@ class Composing(DictationTest):
     def wait_until_composing(self, target):
         wait_for(lambda: self.input_method.is_composing, "an input method in " + target.title)
         return target
-
-    def check_dictation(self, target, *pieces):
-        """Dictates, and checks that the input method still composes afterwards."""
-        self.dictate(self.service, *pieces)
-        text = " ".join(pieces).replace("\0", "")
-        target.wait_for_text(text, TIMEOUT)
-        self.keyboard.release()
-        self.application.log.wait_for("stopRecording (session=1)")
-        self.assertTrue(self.input_method.is_composing)
-        self.keyboard.type("gksrmf ")
-        wait_for(lambda: target.text.startswith(text + "한글"), "composed text")
 
     def test_text_arrives_unchanged_in_a_gtk_program(self):
         self.check_dictation(self.start_gtk(), LATIN, CHINESE)
