@@ -51,6 +51,17 @@ class OnGnome(SessionTest):
     def wait_for_layout(self):
         wait_for(lambda: self.engine() == ENGINE, "the user's engine")
 
+    def begins_recording(self, application):
+        """Whether a press of the hold hotkey begins the first recording, as a condition."""
+        def begins():
+            self.keyboard.hold()
+            self.keyboard.release(SPACE, ALT)
+            try:
+                return application.log.wait_for("startRecording (session=1)", timeout=3)
+            except AssertionError:
+                return None
+        return begins
+
     def targets(self):
         """One after the other, each in front while it is used."""
         for start in (lambda: self.start_widget("gtk4"), lambda: self.start_widget("qt6"),
@@ -127,7 +138,8 @@ class OnGnome(SessionTest):
         self.addCleanup(self.desktop.set, WINDOW_KEYS, WINDOW_MENU, "[]")
         untrusted = (READY[0], "accessibility trusted → false", "hold register failed: -9878",
                      "Alt+Space belongs to GNOME's shortcut: the menu of windows")
-        application = self.start_application(closes_setup=False, ready=untrusted)
+        application = self.start_application(self.start_scripted_service(), closes_setup=False,
+                                             ready=untrusted)
         self.assertEqual(self.desktop.get(WINDOW_KEYS, WINDOW_MENU), "['<Alt>space']")
         reader = ScreenReader(self.desktop)
         self.addCleanup(reader.close)
@@ -135,6 +147,13 @@ class OnGnome(SessionTest):
         window.find("Grant Accessibility").press()
         application.log.wait_for("the menu of windows has given Alt+Space up")
         self.assertEqual(self.desktop.get(WINDOW_KEYS, WINDOW_MENU), "@as []")
+        # Without a restart.
+        application.log.wait_for("a hotkey is registered now: Alt+Space")
+        self.assertIn("tarvik-dictate-hold", self.desktop.get(MEDIA_KEYS, "custom-keybindings"))
+
+        # GNOME hears of the shortcut a little later.
+        wait_for(self.begins_recording(application), "a recording")
+        application.log.wait_for("stopRecording (session=1)")
         application.close()
         self.assertEqual(self.desktop.get(WINDOW_KEYS, WINDOW_MENU), "['<Alt>space']")
         # The agreement holds for the next start.

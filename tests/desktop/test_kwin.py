@@ -16,7 +16,7 @@ from kwin import SKIPPED, KWinDesktop, kwin_version
 from kwin_parts import KWinKeyboard, KWinWidgetTarget
 from pressed_keys import ALT, SPACE
 from session_test import EXACT, SessionTest
-from setup_window import RESTART
+from setup_window import NOT_GRANTED, RESTART
 from sway import become_ordinary_user
 
 ACCEL = "org.kde.kglobalaccel"
@@ -120,13 +120,28 @@ class OnKWin(SessionTest):
         self.addCleanup(call, "unregister", "(ss)", *action[:2])
         untrusted = (READY[0], "accessibility trusted → false", "hold register failed: -9878",
                      "KDE has given Alt+Space to: Other Program, Launch")
-        application = self.start_application(ready=untrusted)
+        application = self.start_application(self.start_scripted_service(), ready=untrusted)
         self.assertEqual(owner(), "other.program")
         reader = ScreenReader(self.desktop)
         self.addCleanup(reader.close)
-        reader.window_with(RESTART).find("Grant Accessibility").press()
+        window = reader.window_with(RESTART)
+
+        def state():
+            """The texts of the setup window from its row for accessibility on."""
+            names = [part.name for part in window.descendants]
+            return names[names.index("Accessibility"):]
+
+        self.assertIn(NOT_GRANTED, state())
+        window.find("Grant Accessibility").press()
         application.log.wait_for("Other Program, Launch has given Alt+Space up")
-        self.assertEqual(owner(), "")
+        # Without a restart.
+        application.log.wait_for("a hotkey is registered now: Alt+Space")
+        self.assertEqual(owner(), "com.tarvik.dictate")
+        wait_for(lambda: NOT_GRANTED not in state(), "the row of the setup window")
+        self.keyboard.hold()
+        application.log.wait_for("startRecording (session=1)")
+        self.keyboard.release(SPACE, ALT)
+        application.log.wait_for("stopRecording (session=1)")
         application.close()
         self.assertEqual(owner(), "other.program")
         # The agreement holds for the next start.

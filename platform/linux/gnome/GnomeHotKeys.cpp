@@ -6,6 +6,7 @@
 #include <utility>
 
 #include "platform/linux/bus/BusReplies.h"
+#include "platform/linux/input/CombinationText.h"
 
 namespace tarvik::linuxdesktop {
 
@@ -51,10 +52,6 @@ bool belongsTo(std::uint32_t modifiers, std::uint32_t code) {
            (isToggle(modifiers) && (code == leftShiftCode || code == rightShiftCode));
 }
 
-std::string userText(std::uint32_t modifiers) {
-    return isToggle(modifiers) ? "Alt+Shift+Space" : "Alt+Space";
-}
-
 std::string command(std::uint32_t modifiers) {
     return std::string("gdbus call --session --dest ") + objectName + " --object-path " +
            objectPath + " --method " + objectInterface + ".Press " +
@@ -87,21 +84,21 @@ void GnomeHotKeys::add(HotKeyNumber number, std::uint32_t keyCode, std::uint32_t
                        OnStatus onStatus) {
     if (keyCode != platform::spaceKeyCode ||
         (modifiers & ~platform::shiftKeyMask) != platform::optionKeyMask) {
-        onStatus(platform::eventHotKeyInvalidErr);
+        onStatus(platform::eventHotKeyInvalidErr, "");
         return;
     }
     const bool isTaken = std::ranges::any_of(
         hotKeys_, [modifiers](const auto& entry) { return entry.second == modifiers; });
     if (isTaken) {
-        onStatus(platform::eventHotKeyExistsErr);
+        onStatus(platform::eventHotKeyExistsErr, "");
         return;
     }
     claim([this, number, modifiers, onStatus = std::move(onStatus)](bool isFirst) {
         if (isFirst) {
             bind(number, modifiers, onStatus);
         } else {
-            log_.write("TarvikDictate: another instance has shortcuts in this GNOME session");
-            onStatus(platform::eventHotKeyExistsErr);
+            onStatus(platform::eventHotKeyExistsErr,
+                     "another instance has shortcuts in this GNOME session");
         }
     });
 }
@@ -124,17 +121,16 @@ void GnomeHotKeys::claim(std::function<void(bool isFirst)> onAnswer) {
 
 void GnomeHotKeys::bind(HotKeyNumber number, std::uint32_t modifiers, OnStatus onStatus) {
     if (const auto owner = shortcuts_.ownerOf(modifiers)) {
-        log_.write("TarvikDictate: " + userText(modifiers) +
-                   " belongs to GNOME's shortcut: " + *owner);
         if (shortcuts_.isInWindowMenu(modifiers)) {
             onTaken_(true);
         }
-        onStatus(platform::eventHotKeyExistsErr);
+        onStatus(platform::eventHotKeyExistsErr,
+                 combinationText(modifiers) + " belongs to GNOME's shortcut: " + *owner);
     } else if (shortcuts_.bind(modifiers, command(modifiers))) {
         hotKeys_[number] = modifiers;
-        onStatus(platform::noErr);
+        onStatus(platform::noErr, "");
     } else {
-        onStatus(platform::eventInternalErr);
+        onStatus(platform::eventInternalErr, "GNOME does not take the shortcut");
     }
 }
 
@@ -148,19 +144,6 @@ void GnomeHotKeys::remove(HotKeyNumber number, std::function<void()> onDone) {
         shortcuts_.unbind(removed.mapped());
     }
     onDone();
-}
-
-void GnomeHotKeys::resume(const std::map<HotKeyNumber, std::uint32_t>& hotKeys) {
-    for (const auto& [number, modifiers] : hotKeys) {
-        add(number, platform::spaceKeyCode, modifiers,
-            [this, number = number](platform::OSStatus status) {
-                if (status != platform::noErr) {
-                    events_.onLost(number, status == platform::eventHotKeyExistsErr
-                                               ? "another program has the combination"
-                                               : "GNOME does not take the shortcut");
-                }
-            });
-    }
 }
 
 void GnomeHotKeys::removeAll(std::function<void()> onDone) {
@@ -181,6 +164,7 @@ void GnomeHotKeys::takeFromWindowMenu() {
         log_.write(
             "TarvikDictate: the menu of windows has given Alt+Space up, and gets it back when the "
             "application ends");
+        events_.onFreed();
     }
 }
 

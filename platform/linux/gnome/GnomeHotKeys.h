@@ -45,10 +45,9 @@ class GnomeHotKeys final : public SessionHotKeys {
     void remove(HotKeyNumber number, std::function<void()> onDone) override;
     /// What was taken from the menu of windows goes back.
     void removeAll(std::function<void()> onDone) override;
-    void resume(const std::map<HotKeyNumber, std::uint32_t>& hotKeys) override;
 
     /// The user has asked for the combinations. The menu of windows loses the one of the hold
-    /// hotkey; a later add() has it.
+    /// hotkey, and `onFreed` is called.
     void takeFromWindowMenu();
 
     /// The engine has seen a key.

@@ -23,6 +23,10 @@ void HotKeyNotifier::tellLost(HotKeyNumber number, const std::string& reason) co
     tell([number, reason](HotKeyListener& listener) { listener.onLost(number, reason); });
 }
 
+void HotKeyNotifier::tellRegistered(HotKeyNumber number) const {
+    tell([number](HotKeyListener& listener) { listener.onRegistered(number); });
+}
+
 void HotKeyNotifier::tell(std::function<void(HotKeyListener&)> event) const {
     mainQueue_.async([weakListener = std::weak_ptr(listener_), event = std::move(event)] {
         if (const auto listener = weakListener.lock()) {

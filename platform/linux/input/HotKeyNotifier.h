@@ -22,6 +22,7 @@ class HotKeyNotifier {
     void tellPressed(HotKeyNumber number) const;
     void tellReleased(HotKeyNumber number) const;
     void tellLost(HotKeyNumber number, const std::string& reason) const;
+    void tellRegistered(HotKeyNumber number) const;
 
   private:
     void tell(std::function<void(HotKeyListener&)> event) const;

@@ -2,9 +2,9 @@
 
 #include "platform/linux/input/InputThread.h"
 
+#include <future>
 #include <system_error>
 #include <utility>
-#include <vector>
 
 #include "platform/linux/loop/Thread.h"
 
@@ -79,21 +79,23 @@ std::optional<std::string> InputThread::typingRefusal() const {
 platform::OSStatus InputThread::registerHotKey(HotKeyNumber number, std::uint32_t keyCode,
                                                std::uint32_t modifiers) {
     if (!isConnected_) {
+        want(number, {keyCode, modifiers, State::refused});
         return platform::eventInternalErr;
     }
-    const auto registration = std::make_shared<Registration>();
-    std::future<platform::OSStatus> status = registration->status.get_future();
-    loop_.post([this, registration, number, keyCode, modifiers] {
-        hotKeys_[number] = {keyCode, modifiers, registration};
-        if (session_ && !isLost_) {
+    const auto answer = std::make_shared<RegistrationAnswer>();
+    want(number, {keyCode, modifiers, State::undecided, false, {}, answer});
+    return answer->wait(answerTimeout).value_or(platform::noErr);
+}
+
+void InputThread::want(HotKeyNumber number, HotKey hotKey) {
+    loop_.post([this, number, hotKey = std::move(hotKey)] {
+        hotKeys_[number] = hotKey;
+        if (isConnected_) {
             request(number);
         } else {
-            refusePendingHotKeys();
+            refuseAwaited();
         }
     });
-    const bool isKnown = status.wait_for(answerTimeout) == std::future_status::ready ||
-                         registration->isSettled.exchange(true);
-    return isKnown ? status.get() : platform::noErr;
 }
 
 void InputThread::unregisterHotKey(HotKeyNumber number) {
@@ -160,7 +162,8 @@ InputSession::Events InputThread::events() {
              [this](HotKeyNumber number) { notifier_.tellReleased(number); },
              [this](HotKeyNumber number, const std::string& reason) {
                  notifier_.tellLost(number, reason);
-             }},
+             },
+             [this] { requestRefused(); }},
             [this](const std::string& typingRefusal) { handleReady(typingRefusal); },
             [this](const std::string& reason) { handleRefusal(reason); },
             [this](const std::string& reason) { handleLoss(reason); }};
@@ -179,10 +182,10 @@ void InputThread::handleReady(const std::string& typingRefusal) {
     isConnected_ = true;
     if (hasAnswered_) {
         log_.write("TarvikDictate: " + desktop_.returnText);
-        resumeHotKeys();
     } else {
         answerFirst(std::nullopt);
     }
+    requestAll();
 }
 
 void InputThread::handleRefusal(const std::string& reason) {
@@ -206,7 +209,7 @@ void InputThread::handleLoss(const std::string& reason) {
     if (!hasAnswered_) {
         answerFirst(reason);
     }
-    refusePendingHotKeys();
+    refuseAwaited();
     // The caller is a part of the session.
     loop_.post([this] {
         session_.reset();
@@ -230,60 +233,80 @@ void InputThread::answerFirst(std::optional<std::string> refusal) {
 }
 
 void InputThread::request(HotKeyNumber number) {
-    const HotKey hotKey = hotKeys_[number];
+    HotKey& hotKey = hotKeys_[number];
+    hotKey.isAsked = true;
     session_->hotKeys()->add(
         number, hotKey.keyCode, hotKey.modifiers,
-        [this, number, registration = hotKey.pending](platform::OSStatus status) {
-            handleStatus(number, *registration, status);
+        [this, number](platform::OSStatus status, const std::string& reason) {
+            handleStatus(number, status, reason);
         });
 }
 
-void InputThread::handleStatus(HotKeyNumber number, Registration& registration,
-                               platform::OSStatus status) {
-    const bool isAwaited = !registration.isSettled.exchange(true);
-    if (const auto found = hotKeys_.find(number); found != hotKeys_.end()) {
-        found->second.pending.reset();
-        if (isAwaited && status != platform::noErr) {
-            hotKeys_.erase(found);
-        }
-    }
-    if (isAwaited) {
-        registration.status.set_value(status);
-    } else if (status != platform::noErr) {
-        notifier_.tellLost(number, status == platform::eventHotKeyExistsErr
-                                       ? "another program has the combination"
-                                       : desktop_.noAnswerText);
-    }
-}
-
-void InputThread::resumeHotKeys() {
-    std::map<HotKeyNumber, std::uint32_t> registered;
-    std::vector<HotKeyNumber> pending;
-    for (const auto& [number, hotKey] : hotKeys_) {
-        if (hotKey.pending) {
-            pending.push_back(number);
-        } else {
-            registered[number] = hotKey.modifiers;
-        }
-    }
-    if (!registered.empty()) {
-        session_->hotKeys()->resume(registered);
-    }
-    for (const HotKeyNumber number : pending) {
+// An answer may forget a hotkey in the same turn.
+void InputThread::requestAll() {
+    for (const auto& [number, hotKey] : std::map(hotKeys_)) {
         request(number);
     }
 }
 
-// The main thread waits for these. Others were answered with noErr: the next session decides.
-void InputThread::refusePendingHotKeys() {
-    std::erase_if(hotKeys_, [](const auto& entry) {
-        const auto& registration = entry.second.pending;
-        const bool isAwaited = registration && !registration->isSettled.exchange(true);
-        if (isAwaited) {
-            registration->status.set_value(platform::eventInternalErr);
+void InputThread::requestRefused() {
+    for (const auto& [number, hotKey] : std::map(hotKeys_)) {
+        if (hotKey.state == State::refused && !hotKey.isAsked) {
+            request(number);
         }
-        return isAwaited;
-    });
+    }
+}
+
+void InputThread::handleStatus(HotKeyNumber number, platform::OSStatus status,
+                               const std::string& reason) {
+    const auto found = hotKeys_.find(number);
+    if (isLost_) {
+        return;
+    }
+    if (found == hotKeys_.end()) {
+        // The hotkey was unregistered while the session registered it.
+        session_->hotKeys()->remove(number, [] {});
+        return;
+    }
+    HotKey& hotKey = found->second;
+    const bool isRegistered = status == platform::noErr;
+    const State before =
+        std::exchange(hotKey.state, isRegistered ? State::registered : State::refused);
+    const auto answer = std::exchange(hotKey.answer, nullptr);
+    const bool isNewReason = std::exchange(hotKey.reason, reason) != reason && !reason.empty();
+    hotKey.isAsked = false;
+    if (status == platform::eventHotKeyInvalidErr) {
+        hotKeys_.erase(found);
+    }
+    // The line about a loss has the reason.
+    if (isNewReason && before != State::registered) {
+        log_.write("TarvikDictate: " + reason);
+    }
+    if (answer && answer->settle(status)) {
+        return;
+    }
+    if (isRegistered && before == State::refused) {
+        notifier_.tellRegistered(number);
+    } else if (!isRegistered && before == State::undecided) {
+        notifier_.tellLost(number, refusalText(status));
+    } else if (!isRegistered && before == State::registered) {
+        notifier_.tellLost(number, reason.empty() ? refusalText(status) : reason);
+    }
+}
+
+std::string InputThread::refusalText(platform::OSStatus status) const {
+    return status == platform::eventHotKeyExistsErr ? "another program has the combination"
+                                                    : desktop_.noAnswerText;
+}
+
+// The main thread waits for these. Others were answered with noErr: the next session decides.
+void InputThread::refuseAwaited() {
+    for (auto& [number, hotKey] : hotKeys_) {
+        if (hotKey.answer && hotKey.answer->settle(platform::eventInternalErr)) {
+            hotKey.state = State::refused;
+            hotKey.answer.reset();
+        }
+    }
 }
 
 void InputThread::shutDown() {

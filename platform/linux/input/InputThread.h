@@ -6,7 +6,6 @@
 #include <cstdint>
 #include <filesystem>
 #include <functional>
-#include <future>
 #include <map>
 #include <memory>
 #include <mutex>
@@ -19,6 +18,7 @@
 #include "platform/MainQueue.h"
 #include "platform/linux/input/HotKeyNotifier.h"
 #include "platform/linux/input/InputSession.h"
+#include "platform/linux/input/RegistrationAnswer.h"
 #include "platform/linux/input/TypingMeans.h"
 #include "platform/linux/loop/PollLoop.h"
 #include "platform/linux/loop/Reconnection.h"
@@ -30,8 +30,11 @@ namespace tarvik::linuxdesktop {
 /// something.
 ///
 /// A session that is lost ends: its hold ends, and its texts are reported lost. The next session
-/// begins when the desktop is there again, and gets the hotkeys that are registered. The loss is
-/// one line in the log, and so is the return.
+/// begins when the desktop is there again. The loss is one line in the log, and so is the return.
+///
+/// A hotkey is wanted from its registration to unregisterHotKey(), whatever the desktop answers.
+/// Each session is asked for all wanted hotkeys when the session is ready. A session that says that
+/// a combination was freed is asked again for the refused ones.
 ///
 /// Main thread only, unless a line says otherwise.
 class InputThread {
@@ -86,17 +89,18 @@ class InputThread {
     void post(std::function<void(InputSession&)> action);
 
   private:
-    // The answer to a registration. Settled once: on the loop's thread, or by the main thread,
-    // which waits no more.
-    struct Registration {
-        std::atomic<bool> isSettled = false;
-        std::promise<platform::OSStatus> status;
-    };
+    // What the application believes of a hotkey. It believes noErr while no desktop has decided.
+    enum class State { undecided, registered, refused };
     struct HotKey {
         std::uint32_t keyCode = 0;
         std::uint32_t modifiers = 0;
-        // Null once the desktop has decided.
-        std::shared_ptr<Registration> pending;
+        State state = State::undecided;
+        // The session has been asked, and has not answered.
+        bool isAsked = false;
+        // Why the desktop refuses, as the log has it.
+        std::string reason = {};
+        // Null once a desktop has decided.
+        std::shared_ptr<RegistrationAnswer> answer = nullptr;
     };
 
     void awaitAnswer();
@@ -109,10 +113,13 @@ class InputThread {
     void handleRefusal(const std::string& reason);
     void handleLoss(const std::string& reason);
     void answerFirst(std::optional<std::string> refusal);
+    void want(HotKeyNumber number, HotKey hotKey);
     void request(HotKeyNumber number);
-    void handleStatus(HotKeyNumber number, Registration& registration, platform::OSStatus status);
-    void resumeHotKeys();
-    void refusePendingHotKeys();
+    void requestAll();
+    void requestRefused();
+    void handleStatus(HotKeyNumber number, platform::OSStatus status, const std::string& reason);
+    std::string refusalText(platform::OSStatus status) const;
+    void refuseAwaited();
     void shutDown();
     void endSession();
 
@@ -136,7 +143,7 @@ class InputThread {
     bool isLost_ = false;
     bool isShuttingDown_ = false;
     bool isEndingSession_ = false;
-    // The hotkeys that are registered or wait for the desktop's decision.
+    // Every hotkey that is wanted.
     std::map<HotKeyNumber, HotKey> hotKeys_;
     std::thread thread_;
 };

@@ -4,6 +4,8 @@
 
 #include <algorithm>
 
+#include "platform/linux/input/CombinationText.h"
+
 namespace tarvik::linuxdesktop {
 
 namespace {
@@ -29,8 +31,7 @@ platform::OSStatus LinuxEventManager::installEventHandler(
     platform::EventTarget* target, platform::EventHandlerProc handler,
     std::span<const platform::EventTypeSpec> types, void* userData,
     platform::EventHandlerRef* outRef) {
-    if (target != applicationEventTarget() || handler == nullptr || means_ == nullptr ||
-        !means_->isAvailable()) {
+    if (target != applicationEventTarget() || handler == nullptr || means_ == nullptr) {
         return platform::eventInternalErr;
     }
     handlers_[++lastHandle_] = {handler, {types.begin(), types.end()}, userData};
@@ -39,9 +40,14 @@ platform::OSStatus LinuxEventManager::installEventHandler(
 }
 
 platform::OSStatus LinuxEventManager::removeEventHandler(platform::EventHandlerRef handler) {
-    return handlers_.erase(reinterpret_cast<std::uintptr_t>(handler)) == 1
-               ? platform::noErr
-               : platform::eventInternalErr;
+    if (handlers_.erase(reinterpret_cast<std::uintptr_t>(handler)) == 0) {
+        return platform::eventInternalErr;
+    }
+    // Nobody has a handle by which to unregister these.
+    if (handlers_.empty()) {
+        dropRefused([](const HotKey&) { return true; });
+    }
+    return platform::noErr;
 }
 
 platform::OSStatus LinuxEventManager::registerEventHotKey(
@@ -50,13 +56,29 @@ platform::OSStatus LinuxEventManager::registerEventHotKey(
     if (target != applicationEventTarget() || means_ == nullptr) {
         return platform::eventInternalErr;
     }
+    dropRefused([keyCode, modifiers](const HotKey& hotKey) {
+        return hotKey.keyCode == keyCode && hotKey.modifiers == modifiers;
+    });
     const HotKeyNumber number = ++lastHandle_;
     const platform::OSStatus status = means_->registerHotKey(number, keyCode, modifiers);
+    if (status != platform::eventHotKeyInvalidErr) {
+        hotKeys_[number] = {id, keyCode, modifiers, status != platform::noErr};
+    }
     if (status == platform::noErr) {
-        hotKeys_[number] = id;
         *outRef = reinterpret_cast<platform::EventHotKeyRef>(number);
     }
     return status;
+}
+
+void LinuxEventManager::dropRefused(const std::function<bool(const HotKey&)>& matches) {
+    std::erase_if(hotKeys_, [&](const auto& entry) {
+        const auto& [number, hotKey] = entry;
+        const bool isDropped = hotKey.isRefused && matches(hotKey);
+        if (isDropped) {
+            means_->unregisterHotKey(number);
+        }
+        return isDropped;
+    });
 }
 
 platform::OSStatus LinuxEventManager::unregisterEventHotKey(platform::EventHotKeyRef hotKey) {
@@ -96,12 +118,19 @@ void LinuxEventManager::onLost(HotKeyNumber number, const std::string& reason) {
     }
 }
 
+void LinuxEventManager::onRegistered(HotKeyNumber number) {
+    if (const auto found = hotKeys_.find(number); found != hotKeys_.end()) {
+        log_.write("TarvikDictate: a hotkey is registered now: " +
+                   combinationText(found->second.modifiers));
+    }
+}
+
 void LinuxEventManager::deliver(HotKeyNumber number, std::uint32_t kind) {
     const auto hotKey = hotKeys_.find(number);
     if (hotKey == hotKeys_.end()) {
         return;
     }
-    HotKeyEvent event(kind, hotKey->second);
+    HotKeyEvent event(kind, hotKey->second.id);
     // A handler may remove itself or others.
     std::vector<std::uintptr_t> handles;
     for (auto entry = handlers_.rbegin(); entry != handlers_.rend(); ++entry) {

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <map>
 #include <span>
 #include <string>
@@ -15,6 +16,9 @@ namespace tarvik::linuxdesktop {
 
 /// The event manager's hotkeys, whichever means hears them. Main thread only. Registering and
 /// unregistering wait for the means, 1 s at the most each.
+///
+/// A registration that was refused stays wanted until the same combination is registered again, or
+/// the last handler is removed. Its events are delivered once the means has the combination.
 class LinuxEventManager final : public platform::EventManager, public HotKeyListener {
   public:
     /// `log` outlives the object.
@@ -44,6 +48,7 @@ class LinuxEventManager final : public platform::EventManager, public HotKeyList
     void onPressed(HotKeyNumber number) override;
     void onReleased(HotKeyNumber number) override;
     void onLost(HotKeyNumber number, const std::string& reason) override;
+    void onRegistered(HotKeyNumber number) override;
 
   private:
     struct Handler {
@@ -51,7 +56,16 @@ class LinuxEventManager final : public platform::EventManager, public HotKeyList
         std::vector<platform::EventTypeSpec> types;
         void* userData = nullptr;
     };
+    struct HotKey {
+        platform::EventHotKeyID id;
+        std::uint32_t keyCode = 0;
+        std::uint32_t modifiers = 0;
+        // The application has no handle.
+        bool isRefused = false;
+    };
 
+    /// Wants the refused hotkeys no more for which `matches` holds.
+    void dropRefused(const std::function<bool(const HotKey&)>& matches);
     /// Calls the handlers, the newest first until one has handled the event.
     void deliver(HotKeyNumber number, std::uint32_t kind);
 
@@ -60,7 +74,7 @@ class LinuxEventManager final : public platform::EventManager, public HotKeyList
     // Handles are numbers, never 0, that are not used twice.
     std::uintptr_t lastHandle_ = 0;
     std::map<std::uintptr_t, Handler> handlers_;
-    std::map<HotKeyNumber, platform::EventHotKeyID> hotKeys_;
+    std::map<HotKeyNumber, HotKey> hotKeys_;
     char target_ = 0;
 };
 

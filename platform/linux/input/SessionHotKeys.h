@@ -3,7 +3,6 @@
 
 #include <cstdint>
 #include <functional>
-#include <map>
 #include <string>
 
 #include "platform/EventManager.h"
@@ -20,15 +19,18 @@ class SessionHotKeys {
         std::function<void(HotKeyNumber)> onPressed;
         std::function<void(HotKeyNumber)> onReleased;
         std::function<void(HotKeyNumber, const std::string& reason)> onLost;
+        /// A combination that add() has refused may be free now.
+        std::function<void()> onFreed;
     };
-    using OnStatus = std::function<void(platform::OSStatus)>;
+    /// `reason` may be empty.
+    using OnStatus = std::function<void(platform::OSStatus, const std::string& reason)>;
 
     /// Ends a hold.
     virtual ~SessionHotKeys() = default;
 
     /// Registers the event manager's key and modifiers. `onStatus` gets a status of the event
-    /// manager as HotKeyMeans::registerHotKey() answers it, in this or a later turn. Without an
-    /// answer of the desktop `onStatus` is not called.
+    /// manager as HotKeyMeans::registerHotKey() answers it, in this or a later turn. After an error
+    /// the hotkey is forgotten. Without an answer of the desktop `onStatus` is not called.
     virtual void add(HotKeyNumber number, std::uint32_t keyCode, std::uint32_t modifiers,
                      OnStatus onStatus) = 0;
     /// Gives a hotkey back; ends its hold without `onReleased`. `onDone` is called when the desktop
@@ -36,9 +38,6 @@ class SessionHotKeys {
     virtual void remove(HotKeyNumber number, std::function<void()> onDone) = 0;
     /// As remove(), for every hotkey. A hold ends with `onReleased`.
     virtual void removeAll(std::function<void()> onDone) = 0;
-    /// Registers hotkeys, with their modifiers, that an earlier session had. A hotkey that cannot
-    /// be registered again is reported by `onLost`.
-    virtual void resume(const std::map<HotKeyNumber, std::uint32_t>& hotKeys) = 0;
 };
 
 }  // namespace tarvik::linuxdesktop

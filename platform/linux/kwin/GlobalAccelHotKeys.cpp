@@ -50,28 +50,24 @@ void GlobalAccelHotKeys::add(HotKeyNumber number, std::uint32_t keyCode, std::ui
                              OnStatus onStatus) {
     const Combination* combination = combinationOf(modifiers);
     if (keyCode != platform::spaceKeyCode || combination == nullptr) {
-        onStatus(platform::eventHotKeyInvalidErr);
+        onStatus(platform::eventHotKeyInvalidErr, "");
         return;
     }
     if (numberOf(combination->action)) {
-        onStatus(platform::eventHotKeyExistsErr);
+        onStatus(platform::eventHotKeyExistsErr, "");
         return;
     }
     hotKeys_[number] = combination;
-    registerKey(number, [this, number, combination, onStatus = std::move(onStatus)](
-                            platform::OSStatus status, const std::string& owner) {
-        if (status == platform::eventHotKeyExistsErr) {
-            log_.write(std::string("TarvikDictate: KDE has given ") + combination->text +
-                       " to: " + owner);
-        }
+    registerKey(number, [this, number, onStatus = std::move(onStatus)](platform::OSStatus status,
+                                                                       const std::string& reason) {
         if (status != platform::noErr) {
             hotKeys_.erase(number);
         }
-        onStatus(status);
+        onStatus(status, reason);
     });
 }
 
-void GlobalAccelHotKeys::registerKey(HotKeyNumber number, OnRegistered onStatus) {
+void GlobalAccelHotKeys::registerKey(HotKeyNumber number, OnStatus onStatus) {
     const Combination& combination = *hotKeys_[number];
     globalAccel_.add(combination.action, std::string("Dictate by ") + combination.text,
                      combination.key,
@@ -83,7 +79,7 @@ void GlobalAccelHotKeys::registerKey(HotKeyNumber number, OnRegistered onStatus)
 
 void GlobalAccelHotKeys::handleRegistration(HotKeyNumber number, const Combination& combination,
                                             GlobalAccel::Registration registration,
-                                            OnRegistered onStatus) {
+                                            OnStatus onStatus) {
     // The action of a hotkey that is not wanted any more has been deleted, and the next one of the
     // same name may exist.
     if (!hotKeys_.contains(number)) {
@@ -110,7 +106,7 @@ void GlobalAccelHotKeys::handleRegistration(HotKeyNumber number, const Combinati
 }
 
 void GlobalAccelHotKeys::takeAgreed(HotKeyNumber number, const Combination& combination,
-                                    const GlobalAccel::Action& owner, OnRegistered onStatus) {
+                                    const GlobalAccel::Action& owner, OnStatus onStatus) {
     foreign_.take(
         owner, combination.key,
         [this, number, &combination, owner, onStatus = std::move(onStatus)](bool isTaken) {
@@ -124,13 +120,15 @@ void GlobalAccelHotKeys::takeAgreed(HotKeyNumber number, const Combination& comb
 
 void GlobalAccelHotKeys::refuse(HotKeyNumber number, const Combination& combination,
                                 const std::optional<GlobalAccel::Action>& owner,
-                                const OnRegistered& onStatus) {
+                                const OnStatus& onStatus) {
     // The action is of no use without its key.
     if (hotKeys_.contains(number)) {
         globalAccel_.remove(combination.action, [] {});
     }
     setRefusal(combination, owner);
-    onStatus(platform::eventHotKeyExistsErr, owner ? owner->text : "another program");
+    onStatus(platform::eventHotKeyExistsErr,
+             std::string("KDE has given ") + combination.text +
+                 " to: " + (owner ? owner->text : "another program"));
 }
 
 void GlobalAccelHotKeys::setRefusal(const Combination& combination,
@@ -145,17 +143,20 @@ void GlobalAccelHotKeys::setRefusal(const Combination& combination,
 }
 
 void GlobalAccelHotKeys::takeOver() {
-    takeNext(refusals_);
+    takeNext(refusals_, false);
 }
 
-void GlobalAccelHotKeys::takeNext(std::vector<Refusal> left) {
+void GlobalAccelHotKeys::takeNext(std::vector<Refusal> left, bool hasTaken) {
     if (left.empty()) {
+        if (hasTaken) {
+            events_.onFreed();
+        }
         return;
     }
     const Refusal refusal = left.back();
     left.pop_back();
     foreign_.take(refusal.owner, refusal.combination->key,
-                  [this, refusal, left = std::move(left)](bool isTaken) {
+                  [this, refusal, left = std::move(left), hasTaken](bool isTaken) {
                       if (isTaken) {
                           setRefusal(*refusal.combination, std::nullopt);
                       }
@@ -163,7 +164,7 @@ void GlobalAccelHotKeys::takeNext(std::vector<Refusal> left) {
                                  (isTaken ? std::string(" has given ") + refusal.combination->text +
                                                 " up, and gets it back when the application ends"
                                           : std::string(" keeps ") + refusal.combination->text));
-                      takeNext(left);
+                      takeNext(left, hasTaken || isTaken);
                   });
 }
 
@@ -195,22 +196,6 @@ void GlobalAccelHotKeys::removeAll(std::function<void()> onDone) {
     }
     for (const auto& [number, combination] : removed) {
         globalAccel_.remove(combination->action, onRemoved);
-    }
-}
-
-void GlobalAccelHotKeys::resume(const std::map<HotKeyNumber, std::uint32_t>& hotKeys) {
-    for (const auto& [number, modifiers] : hotKeys) {
-        const Combination* combination = combinationOf(modifiers);
-        hotKeys_[number] = combination;
-        registerKey(number, [this, number = number, combination](platform::OSStatus status,
-                                                                 const std::string& owner) {
-            if (status == platform::eventHotKeyExistsErr) {
-                events_.onLost(number,
-                               std::string("KDE has given ") + combination->text + " to: " + owner);
-            } else if (status != platform::noErr && hotKeys_.contains(number)) {
-                events_.onLost(number, "KDE does not answer");
-            }
-        });
     }
 }
 

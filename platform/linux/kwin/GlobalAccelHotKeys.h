@@ -40,10 +40,9 @@ class GlobalAccelHotKeys final : public SessionHotKeys {
     void remove(HotKeyNumber number, std::function<void()> onDone) override;
     /// What other programs have given up goes back to them.
     void removeAll(std::function<void()> onDone) override;
-    void resume(const std::map<HotKeyNumber, std::uint32_t>& hotKeys) override;
 
     /// The user asks for the combinations that other programs have. Those programs give them up
-    /// until removeAll(); the log says which ones do. A later add() has the combination.
+    /// until removeAll(); the log says which ones do. Then `onFreed` is called.
     void takeOver();
 
     /// The program that has the shortcuts is gone. Ends a hold.
@@ -64,18 +63,16 @@ class GlobalAccelHotKeys final : public SessionHotKeys {
         const Combination* combination;
         GlobalAccel::Action owner;
     };
-    using OnRegistered = std::function<void(platform::OSStatus, const std::string& owner)>;
-
     static const Combination* combinationOf(std::uint32_t modifiers);
     std::optional<HotKeyNumber> numberOf(const std::string& action) const;
-    void registerKey(HotKeyNumber number, OnRegistered onStatus);
+    void registerKey(HotKeyNumber number, OnStatus onStatus);
     void handleRegistration(HotKeyNumber number, const Combination& combination,
-                            GlobalAccel::Registration registration, OnRegistered onStatus);
+                            GlobalAccel::Registration registration, OnStatus onStatus);
     void takeAgreed(HotKeyNumber number, const Combination& combination,
-                    const GlobalAccel::Action& owner, OnRegistered onStatus);
+                    const GlobalAccel::Action& owner, OnStatus onStatus);
     void refuse(HotKeyNumber number, const Combination& combination,
-                const std::optional<GlobalAccel::Action>& owner, const OnRegistered& onStatus);
-    void takeNext(std::vector<Refusal> left);
+                const std::optional<GlobalAccel::Action>& owner, const OnStatus& onStatus);
+    void takeNext(std::vector<Refusal> left, bool hasTaken);
     void setRefusal(const Combination& combination,
                     const std::optional<GlobalAccel::Action>& owner);
     void handlePressed(const std::string& action);

@@ -81,14 +81,7 @@ platform::OSStatus PortalHotKeys::want(HotKeyNumber number, std::uint32_t keyCod
 
 void PortalHotKeys::add(HotKeyNumber number, std::uint32_t keyCode, std::uint32_t modifiers,
                         OnStatus onStatus) {
-    onStatus(want(number, keyCode, modifiers));
-}
-
-// Each has been accepted before, and the portal may decide anew.
-void PortalHotKeys::resume(const std::map<HotKeyNumber, std::uint32_t>& hotKeys) {
-    for (const auto& [number, modifiers] : hotKeys) {
-        want(number, platform::spaceKeyCode, modifiers);
-    }
+    onStatus(want(number, keyCode, modifiers), "");
 }
 
 void PortalHotKeys::remove(HotKeyNumber number, std::function<void()> onDone) {

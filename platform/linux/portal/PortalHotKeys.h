@@ -41,7 +41,6 @@ class PortalHotKeys final : public SessionHotKeys {
     void remove(HotKeyNumber number, std::function<void()> onDone) override;
     /// `onDone` is called also when the portal does not answer.
     void removeAll(std::function<void()> onDone) override;
-    void resume(const std::map<HotKeyNumber, std::uint32_t>& hotKeys) override;
 
   private:
     // A combination of the space bar.

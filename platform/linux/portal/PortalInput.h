@@ -27,8 +27,6 @@ class PortalInput final : public HotKeyMeans {
     /// Whether the portal had answered when the object was made.
     bool hasAnswered() const { return hasAnswered_; }
 
-    bool isAvailable() const override { return thread_.isConnected(); }
-
     platform::OSStatus registerHotKey(HotKeyNumber number, std::uint32_t keyCode,
                                       std::uint32_t modifiers) override {
         return thread_.registerHotKey(number, keyCode, modifiers);

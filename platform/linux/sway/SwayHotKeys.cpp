@@ -13,6 +13,7 @@
 #include <set>
 #include <utility>
 
+#include "platform/linux/input/CombinationText.h"
 #include "platform/linux/sway/ConfiguredBindings.h"
 
 namespace tarvik::linuxdesktop {
@@ -45,7 +46,7 @@ std::set<std::string> modifierNames(std::uint32_t modifiers) {
     return names;
 }
 
-std::string combinationText(std::uint32_t modifiers) {
+std::string symbols(std::uint32_t modifiers) {
     std::string text;
     for (const std::string& name : modifierNames(modifiers)) {
         text += name + "+";
@@ -53,19 +54,15 @@ std::string combinationText(std::uint32_t modifiers) {
     return text + "space";
 }
 
-std::string userText(std::uint32_t modifiers) {
-    return (modifiers & platform::shiftKeyMask) != 0 ? "Alt+Shift+Space" : "Alt+Space";
-}
-
 std::string bindCommands(HotKeyNumber number, std::uint32_t modifiers) {
-    const std::string combination = combinationText(modifiers);
+    const std::string combination = symbols(modifiers);
     const std::string nothing = " nop " + mark() + std::to_string(number);
     return "bindsym " + combination + nothing + " press; bindsym --release " + combination +
            nothing + " release";
 }
 
 std::string unbindCommands(std::uint32_t modifiers) {
-    const std::string combination = combinationText(modifiers);
+    const std::string combination = symbols(modifiers);
     return "unbindsym " + combination + "; unbindsym --release " + combination;
 }
 
@@ -106,38 +103,38 @@ void SwayHotKeys::add(HotKeyNumber number, std::uint32_t keyCode, std::uint32_t 
                       OnStatus onStatus) {
     constexpr std::uint32_t known = platform::optionKeyMask | platform::shiftKeyMask;
     if (keyCode != platform::spaceKeyCode || (modifiers & ~known) != 0) {
-        onStatus(platform::eventHotKeyInvalidErr);
+        onStatus(platform::eventHotKeyInvalidErr, "");
         return;
     }
     const bool isTaken = std::ranges::any_of(
         hotKeys_, [modifiers](const auto& entry) { return entry.second.modifiers == modifiers; });
     if (isTaken) {
-        onStatus(platform::eventHotKeyExistsErr);
+        onStatus(platform::eventHotKeyExistsErr, "");
         return;
     }
     if (!claim()) {
-        log_.write(std::string("TarvikDictate: ") + otherInstance);
-        onStatus(platform::eventHotKeyExistsErr);
+        onStatus(platform::eventHotKeyExistsErr, otherInstance);
         return;
     }
     hotKeys_[number] = {modifiers};
     withOwner(modifiers, [this, number, modifiers, onStatus = std::move(onStatus)](
                              const std::optional<std::string>& command) {
         if (!hotKeys_.contains(number)) {
-            onStatus(platform::eventInternalErr);
+            onStatus(platform::eventInternalErr, "");
         } else if (command) {
-            log_.write("TarvikDictate: Sway's configuration binds " + userText(modifiers) +
-                       " to: " + *command);
             hotKeys_.erase(number);
             releaseIfEmpty();
-            onStatus(platform::eventHotKeyExistsErr);
+            onStatus(platform::eventHotKeyExistsErr, "Sway's configuration binds " +
+                                                         combinationText(modifiers) +
+                                                         " to: " + *command);
         } else {
             bind(number, [this, number, onStatus](bool isBound) {
                 if (!isBound) {
                     hotKeys_.erase(number);
                     releaseIfEmpty();
                 }
-                onStatus(isBound ? platform::noErr : platform::eventInternalErr);
+                onStatus(isBound ? platform::noErr : platform::eventInternalErr,
+                         isBound ? "" : "Sway refuses the binding");
             });
         }
     });
@@ -234,19 +231,6 @@ void SwayHotKeys::removeAll(std::function<void()> onDone) {
                         });
 }
 
-void SwayHotKeys::resume(const std::map<HotKeyNumber, std::uint32_t>& hotKeys) {
-    const bool isOwner = claim();
-    for (const auto& [number, modifiers] : hotKeys) {
-        if (isOwner) {
-            hotKeys_[number] = {modifiers, true};
-        } else {
-            events_.onLost(number, otherInstance);
-        }
-    }
-    // To the new connection, Sway has just read its configuration.
-    handleReload();
-}
-
 void SwayHotKeys::handleReload() {
     for (auto& [number, hotKey] : hotKeys_) {
         const bool wasBound = std::exchange(hotKey.isBound, false);
@@ -259,11 +243,12 @@ void SwayHotKeys::handleReload() {
                           restore(number);
                       } else if (wasBound) {
                           events_.onLost(number, "Sway's configuration binds " +
-                                                     userText(hotKeys_[number].modifiers) +
+                                                     combinationText(hotKeys_[number].modifiers) +
                                                      " to: " + *command);
                       }
                   });
     }
+    events_.onFreed();
 }
 
 void SwayHotKeys::restore(HotKeyNumber number) {

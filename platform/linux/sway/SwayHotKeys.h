@@ -40,7 +40,6 @@ class SwayHotKeys final : public SessionHotKeys {
              OnStatus onStatus) override;
     void remove(HotKeyNumber number, std::function<void()> onDone) override;
     void removeAll(std::function<void()> onDone) override;
-    void resume(const std::map<HotKeyNumber, std::uint32_t>& hotKeys) override;
 
     /// Handles an event about a binding.
     void handleBinding(std::string_view json);

@@ -8,6 +8,7 @@
 #include <system_error>
 #include <utility>
 
+#include "platform/linux/input/RegistrationAnswer.h"
 #include "platform/linux/loop/Thread.h"
 #include "platform/linux/x11/X11Session.h"
 
@@ -110,35 +111,29 @@ void X11Input::finish() {
 
 platform::OSStatus X11Input::registerHotKey(HotKeyNumber number, std::uint32_t keyCode,
                                             std::uint32_t modifiers) {
-    const auto answer = std::make_shared<std::promise<platform::OSStatus>>();
-    std::future<platform::OSStatus> status = answer->get_future();
+    const auto answer = std::make_shared<RegistrationAnswer>();
     loop_.post([this, answer, number, keyCode, modifiers] {
-        answer->set_value(session_ ? session_->hotKeys().add(number, keyCode, modifiers)
-                                   : platform::eventInternalErr);
+        const platform::OSStatus status =
+            session_ ? session_->hotKeys().add(number, keyCode, modifiers)
+                     : platform::eventInternalErr;
+        if (!answer->settle(status) && status == platform::noErr) {
+            notifier_.tellRegistered(number);
+        }
     });
-    if (isConnected_ && status.wait_for(serverTimeout) == std::future_status::ready) {
-        return status.get();
-    }
-    // The server may still register the hotkey, after everybody has forgotten it.
-    loop_.post([this, number] { dropHotKey(number); });
-    return platform::eventInternalErr;
+    return answer->wait(isConnected_ ? serverTimeout : 0s).value_or(platform::eventInternalErr);
 }
 
 void X11Input::unregisterHotKey(HotKeyNumber number) {
     const auto answer = std::make_shared<std::promise<void>>();
     const std::future<void> isDone = answer->get_future();
     loop_.post([this, answer, number] {
-        dropHotKey(number);
+        if (session_) {
+            session_->hotKeys().remove(number);
+        }
         answer->set_value();
     });
     if (isConnected_) {
         isDone.wait_for(serverTimeout);
-    }
-}
-
-void X11Input::dropHotKey(HotKeyNumber number) {
-    if (session_) {
-        session_->hotKeys().remove(number);
     }
 }
 

@@ -49,6 +49,8 @@ class X11Input final : public HotKeyMeans, public TypingMeans, public FrontMeans
 
     bool isAvailable() const override { return isConnected_; }
 
+    /// A combination that another program has stays refused: the server does not tell when the
+    /// program gives the combination up.
     platform::OSStatus registerHotKey(HotKeyNumber number, std::uint32_t keyCode,
                                       std::uint32_t modifiers) override;
     void unregisterHotKey(HotKeyNumber number) override;
@@ -65,7 +67,6 @@ class X11Input final : public HotKeyMeans, public TypingMeans, public FrontMeans
     void run(std::promise<void>& connected);
     void drain();
     void finish();
-    void dropHotKey(HotKeyNumber number);
 
     platform::MainQueue& mainQueue_;
     platform::Log& log_;

@@ -25,6 +25,7 @@ namespace {
 using namespace std::chrono_literals;
 using linuxdesktop::GnomeInput;
 using linuxdesktop::LinuxEventManager;
+using platform::eventHotKeyExistsErr;
 using platform::eventInternalErr;
 using platform::noErr;
 
@@ -114,6 +115,17 @@ TEST_F(GnomeReconnection, HotkeysAreHeardAgainOnTheNextBus) {
     EXPECT_TRUE(hears("P2"));
     EXPECT_EQ(log.linesWith("the session bus is lost").size(), 1U);
     EXPECT_EQ(log.linesWith("GNOME Shell is back").size(), 1U);
+}
+
+TEST_F(GnomeReconnection, TheMenusShortcutIsHeardAtOnceWhenTheUserAsks) {
+    EXPECT_EQ(recorder->add(HotKeyRecorder::hold, 1), eventHotKeyExistsErr);
+    ASSERT_TRUE(input->canTakeOver());
+    input->takeOver();
+    EXPECT_TRUE(mainQueue.runUntil(
+        [&] { return log.hasLineWith("a hotkey is registered now: Alt+Space"); }));
+    EXPECT_FALSE(input->canTakeOver());
+    ASSERT_TRUE(shell->press("hold"));
+    EXPECT_TRUE(hears("P1"));
 }
 
 TEST_F(GnomeReconnection, ATextThatIsTypedMeanwhileIsReportedLost) {

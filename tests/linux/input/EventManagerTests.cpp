@@ -18,22 +18,23 @@ using linuxdesktop::HotKeyNumber;
 /// Answers every registration with `status`.
 class FakeHotKeys final : public linuxdesktop::HotKeyMeans {
   public:
-    bool isAvailable() const override { return isPresent; }
     platform::OSStatus registerHotKey(HotKeyNumber number, std::uint32_t /*keyCode*/,
                                       std::uint32_t modifiers) override {
-        if (status == platform::noErr) {
-            registered[number] = modifiers;
+        if (status != platform::eventHotKeyInvalidErr) {
+            wanted[number] = modifiers;
         }
         return status;
     }
-    void unregisterHotKey(HotKeyNumber number) override { registered.erase(number); }
+    void unregisterHotKey(HotKeyNumber number) override { EXPECT_EQ(wanted.erase(number), 1U); }
     void expectLift(std::uint32_t /*modifiers*/) override {}
 
-    HotKeyNumber onlyOne() const { return registered.begin()->first; }
+    HotKeyNumber onlyOne() const {
+        EXPECT_EQ(wanted.size(), 1U);
+        return wanted.begin()->first;
+    }
 
-    bool isPresent = true;
     platform::OSStatus status = platform::noErr;
-    std::map<HotKeyNumber, std::uint32_t> registered;
+    std::map<HotKeyNumber, std::uint32_t> wanted;
 };
 
 class LinuxEventManagerTest : public testing::Test {
@@ -48,9 +49,7 @@ TEST_F(LinuxEventManagerTest, RefusesEverythingWithoutAMeans) {
     EXPECT_EQ(recorder.add(HotKeyRecorder::hold, 1), platform::eventInternalErr);
 }
 
-TEST_F(LinuxEventManagerTest, InstallsNoHandlerWhileTheMeansIsNotAvailable) {
-    manager.setMeans(&means);
-    means.isPresent = false;
+TEST_F(LinuxEventManagerTest, HasHandlersOnlyWithAMeans) {
     platform::EventHandlerRef handler = nullptr;
     const auto proc = [](platform::EventHandlerCall*, platform::Event*, void*) {
         return platform::noErr;
@@ -58,10 +57,66 @@ TEST_F(LinuxEventManagerTest, InstallsNoHandlerWhileTheMeansIsNotAvailable) {
     EXPECT_EQ(
         manager.installEventHandler(manager.applicationEventTarget(), proc, {}, nullptr, &handler),
         platform::eventInternalErr);
-    means.isPresent = true;
+    manager.setMeans(&means);
     EXPECT_EQ(
         manager.installEventHandler(manager.applicationEventTarget(), proc, {}, nullptr, &handler),
         platform::noErr);
+}
+
+// As after a click on "Grant", or when a desktop answers late.
+TEST_F(LinuxEventManagerTest, DeliversARefusedHotKeyOnceTheMeansHasIt) {
+    manager.setMeans(&means);
+    HotKeyRecorder recorder(manager);
+    for (const auto status : {platform::eventHotKeyExistsErr, platform::eventInternalErr}) {
+        means.status = status;
+        recorder.events.clear();
+        EXPECT_EQ(recorder.add(HotKeyRecorder::toggle, 2), status);
+        manager.onRegistered(means.onlyOne());
+        manager.onPressed(means.onlyOne());
+        manager.onReleased(means.onlyOne());
+        EXPECT_EQ(recorder.events, "P2R2");
+    }
+    EXPECT_EQ(log.linesWith("TarvikDictate: a hotkey is registered now: Alt+Shift+Space").size(),
+              2U);
+}
+
+TEST_F(LinuxEventManagerTest, ANewRegistrationTakesThePlaceOfARefusedOne) {
+    manager.setMeans(&means);
+    HotKeyRecorder recorder(manager);
+    means.status = platform::eventHotKeyExistsErr;
+    recorder.add(HotKeyRecorder::hold, 1);
+    const HotKeyNumber refused = means.onlyOne();
+    means.status = platform::noErr;
+    EXPECT_EQ(recorder.add(HotKeyRecorder::hold, 3), platform::noErr);
+    EXPECT_NE(means.onlyOne(), refused);
+    manager.onRegistered(refused);
+    manager.onPressed(refused);
+    manager.onPressed(means.onlyOne());
+    EXPECT_EQ(recorder.events, "P3");
+    EXPECT_TRUE(log.lines().empty());
+}
+
+TEST_F(LinuxEventManagerTest, RefusedHotKeysAreWantedAsLongAsSomebodyHears) {
+    manager.setMeans(&means);
+    HotKeyRecorder recorder(manager);
+    means.status = platform::eventHotKeyExistsErr;
+    recorder.add(HotKeyRecorder::hold, 1);
+    means.status = platform::noErr;
+    recorder.add(HotKeyRecorder::toggle, 2);
+    {
+        const HotKeyRecorder other(manager);
+    }
+    EXPECT_EQ(means.wanted.size(), 2U);
+    recorder.removeHandler();
+    EXPECT_EQ(means.wanted.at(means.onlyOne()), HotKeyRecorder::toggle);
+}
+
+TEST_F(LinuxEventManagerTest, ForgetsAHotKeyThatTheDesktopCannotHave) {
+    manager.setMeans(&means);
+    HotKeyRecorder recorder(manager);
+    means.status = platform::eventHotKeyInvalidErr;
+    EXPECT_EQ(recorder.add(HotKeyRecorder::hold, 1), platform::eventHotKeyInvalidErr);
+    EXPECT_TRUE(means.wanted.empty());
 }
 
 TEST_F(LinuxEventManagerTest, PassesTheAnswerOfTheMeansOn) {
@@ -78,9 +133,9 @@ TEST_F(LinuxEventManagerTest, GivesAHotKeyBackToTheMeans) {
     {
         HotKeyRecorder recorder(manager);
         EXPECT_EQ(recorder.add(HotKeyRecorder::toggle, 2), platform::noErr);
-        EXPECT_EQ(means.registered.at(means.onlyOne()), HotKeyRecorder::toggle);
+        EXPECT_EQ(means.wanted.at(means.onlyOne()), HotKeyRecorder::toggle);
     }
-    EXPECT_TRUE(means.registered.empty());
+    EXPECT_TRUE(means.wanted.empty());
 }
 
 // A desktop that asks its user answers after the registration.

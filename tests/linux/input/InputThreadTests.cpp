@@ -5,7 +5,6 @@
 #include <atomic>
 #include <chrono>
 #include <functional>
-#include <map>
 #include <memory>
 #include <mutex>
 #include <optional>
@@ -47,6 +46,7 @@ class Listener final : public linuxdesktop::HotKeyListener {
     void onLost(HotKeyNumber number, const std::string& reason) override {
         events += "L" + std::to_string(number) + " " + reason;
     }
+    void onRegistered(HotKeyNumber number) override { events += "N" + std::to_string(number); }
 
     std::string events;
 };
@@ -75,6 +75,7 @@ class Script {
     Manner manner = Manner::readyAtOnce;
     // Empty while the desktop is too busy to decide.
     std::optional<platform::OSStatus> status = noErr;
+    std::string reason;
     bool finishesTexts = true;
     bool finishesEnd = true;
     std::string steps;
@@ -87,11 +88,11 @@ class Script {
 class FakeSession final : public InputSession, public SessionHotKeys, public SessionTypist {
   public:
     FakeSession(EventLoop& loop, Script& script, InputSession::Events events)
-        : script_(script), events_(std::move(events)), answer_(loop) {
-        answer_.set(0ms, [this] {
+        : script_(script), events_(std::move(events)), readyDeadline_(loop) {
+        readyDeadline_.set(0ms, [this] {
             switch (script_.get(&Script::manner)) {
                 case Script::Manner::readyAtOnce:
-                    events_.onReady("");
+                    answer();
                     break;
                 case Script::Manner::refusing:
                     events_.onRefused("not here");
@@ -106,8 +107,12 @@ class FakeSession final : public InputSession, public SessionHotKeys, public Ses
     }
     ~FakeSession() override { script_.write("session ends"); }
 
+    void answer() { events_.onReady(""); }
+    void free() { events_.hotKeys.onFreed(); }
     void lose() { events_.onLost("the desktop is gone"); }
-    void decide(platform::OSStatus status) { std::exchange(onStatus_, nullptr)(status); }
+    void decide(platform::OSStatus status) {
+        std::exchange(onStatus_, nullptr)(status, script_.get(&Script::reason));
+    }
     void press(HotKeyNumber number) { events_.hotKeys.onPressed(number); }
 
     SessionHotKeys* hotKeys() override { return this; }
@@ -122,7 +127,7 @@ class FakeSession final : public InputSession, public SessionHotKeys, public Ses
     void add(HotKeyNumber number, std::uint32_t, std::uint32_t, OnStatus onStatus) override {
         script_.write("add " + std::to_string(number));
         if (const auto status = script_.get(&Script::status)) {
-            onStatus(*status);
+            onStatus(*status, script_.get(&Script::reason));
         } else {
             onStatus_ = std::move(onStatus);
         }
@@ -132,11 +137,6 @@ class FakeSession final : public InputSession, public SessionHotKeys, public Ses
         onDone();
     }
     void removeAll(std::function<void()> onDone) override { onDone(); }
-    void resume(const std::map<HotKeyNumber, std::uint32_t>& hotKeys) override {
-        for (const auto& [number, modifiers] : hotKeys) {
-            script_.write("resume " + std::to_string(number));
-        }
-    }
 
     void type(TypedText text, std::int64_t window, std::function<void()> onTyped) override {
         script_.write("type " + std::string(text.characters.begin(), text.characters.end()) +
@@ -152,7 +152,7 @@ class FakeSession final : public InputSession, public SessionHotKeys, public Ses
   private:
     Script& script_;
     const InputSession::Events events_;
-    linuxdesktop::Deadline answer_;
+    linuxdesktop::Deadline readyDeadline_;
     OnStatus onStatus_;
 };
 
@@ -250,6 +250,92 @@ TEST_F(InputThreadTest, ADesktopThatAnswersLaterIsUsedFromThenOn) {
     EXPECT_EQ(log.lines(), std::vector<std::string>{"TarvikDictate: the desktop does not answer"});
     EXPECT_EQ(thread->refusal(), std::nullopt);
     EXPECT_FALSE(thread->isConnected());
+    // Both registrations come before the answer.
+    EXPECT_EQ(thread->registerHotKey(1, key, hold), eventInternalErr);
+    EXPECT_EQ(thread->registerHotKey(2, key, hold), eventInternalErr);
+    thread->unregisterHotKey(1);
+    inSession([](FakeSession& session) { session.answer(); });
+    EXPECT_TRUE(hears("N2"));
+    EXPECT_TRUE(hasSteps("remove 1; add 2; "));
+}
+
+TEST_F(InputThreadTest, ADesktopThatAnswersLaterSaysWhyItRefuses) {
+    script.manner = Script::Manner::silent;
+    script.status = eventHotKeyExistsErr;
+    script.reason = "a program has it";
+    begin();
+    EXPECT_EQ(thread->registerHotKey(1, key, hold), eventInternalErr);
+    inSession([](FakeSession& session) {
+        session.answer();
+        session.free();
+    });
+    EXPECT_TRUE(hasSteps("add 1; add 1; "));
+    EXPECT_EQ(log.lines(), (std::vector<std::string>{"TarvikDictate: the desktop does not answer",
+                                                     "TarvikDictate: a program has it"}));
+    EXPECT_TRUE(hears(""));
+}
+
+TEST_F(InputThreadTest, ARefusedHotkeyIsRegisteredOnceItsCombinationIsFree) {
+    begin();
+    script.set(&Script::status, std::optional(eventHotKeyExistsErr));
+    script.set(&Script::reason, std::string("a program has it"));
+    EXPECT_EQ(thread->registerHotKey(1, key, hold), eventHotKeyExistsErr);
+    // Nobody has given it up.
+    inSession([](FakeSession& session) { session.free(); });
+    EXPECT_TRUE(hasSteps("add 1; add 1; "));
+    script.set(&Script::status, std::optional(noErr));
+    script.set(&Script::reason, std::string());
+    inSession([](FakeSession& session) { session.free(); });
+    EXPECT_TRUE(hears("N1"));
+    inSession([](FakeSession& session) { session.free(); });
+    EXPECT_EQ(thread->registerHotKey(2, key, hold), noErr);
+    EXPECT_TRUE(hasSteps("add 1; add 1; add 1; add 2; "));
+    EXPECT_EQ(log.lines(), std::vector<std::string>{"TarvikDictate: a program has it"});
+}
+
+TEST_F(InputThreadTest, ARefusedHotkeyThatWasUnregisteredIsNotWanted) {
+    begin();
+    script.set(&Script::status, std::optional(eventHotKeyExistsErr));
+    EXPECT_EQ(thread->registerHotKey(1, key, hold), eventHotKeyExistsErr);
+    EXPECT_EQ(thread->registerHotKey(2, key, hold), eventHotKeyExistsErr);
+    thread->unregisterHotKey(1);
+    script.set(&Script::status, std::optional(noErr));
+    inSession([](FakeSession& session) { session.free(); });
+    EXPECT_TRUE(hears("N2"));
+    EXPECT_TRUE(hasSteps("add 1; add 2; remove 1; add 2; "));
+}
+
+// The session must not have it for ever.
+TEST_F(InputThreadTest, AHotkeyThatIsRegisteredAfterItWasUnregisteredIsGivenBack) {
+    begin();
+    script.set(&Script::status, std::optional<platform::OSStatus>());
+    EXPECT_EQ(thread->registerHotKey(1, key, hold), noErr);
+    thread->unregisterHotKey(1);
+    inSession([](FakeSession& session) { session.decide(noErr); });
+    EXPECT_TRUE(hasSteps("add 1; remove 1; remove 1; "));
+}
+
+TEST_F(InputThreadTest, ACombinationThatIsFreedWhileTheDesktopDecidesIsAskedForOnce) {
+    begin();
+    script.set(&Script::status, std::optional(eventHotKeyExistsErr));
+    EXPECT_EQ(thread->registerHotKey(1, key, hold), eventHotKeyExistsErr);
+    script.set(&Script::status, std::optional<platform::OSStatus>());
+    inSession([](FakeSession& session) {
+        session.free();
+        session.free();
+        session.decide(noErr);
+    });
+    EXPECT_TRUE(hears("N1"));
+    EXPECT_TRUE(hasSteps("add 1; add 1; "));
+}
+
+TEST_F(InputThreadTest, ADesktopCannotHaveEveryHotkey) {
+    begin();
+    script.set(&Script::status, std::optional(platform::eventHotKeyInvalidErr));
+    EXPECT_EQ(thread->registerHotKey(1, key, hold), platform::eventHotKeyInvalidErr);
+    lose();
+    ASSERT_TRUE(returns());
+    EXPECT_TRUE(hasSteps("add 1; session ends; "));
 }
 
 TEST_F(InputThreadTest, ALossIsOneLineAndTheReturnAnother) {
@@ -257,6 +343,8 @@ TEST_F(InputThreadTest, ALossIsOneLineAndTheReturnAnother) {
     ASSERT_EQ(thread->registerHotKey(1, key, hold), noErr);
     lose();
     EXPECT_EQ(thread->registerHotKey(2, key, hold), eventInternalErr);
+    EXPECT_EQ(thread->registerHotKey(3, key, hold), eventInternalErr);
+    thread->unregisterHotKey(3);
     // Some tries fail.
     mainQueue.runFor(400ms);
     script.set(&Script::manner, Script::Manner::gone);
@@ -267,8 +355,23 @@ TEST_F(InputThreadTest, ALossIsOneLineAndTheReturnAnother) {
     EXPECT_EQ(log.lines(), (std::vector<std::string>{"TarvikDictate: the desktop is gone",
                                                      "TarvikDictate: the desktop is back"}));
     EXPECT_TRUE(mainQueue.runUntil(
-        [&] { return script.get(&Script::steps).ends_with("session ends; resume 1; "); }));
-    EXPECT_EQ(thread->registerHotKey(2, key, hold), noErr);
+        [&] { return script.get(&Script::steps).ends_with("session ends; add 1; add 2; "); }));
+    EXPECT_TRUE(hears("N2"));
+}
+
+TEST_F(InputThreadTest, AHotkeyThatTheNextDesktopRefusesIsLostUntilItIsFree) {
+    begin();
+    ASSERT_EQ(thread->registerHotKey(1, key, hold), noErr);
+    lose();
+    script.set(&Script::status, std::optional(eventHotKeyExistsErr));
+    script.set(&Script::reason, std::string("a program has it"));
+    ASSERT_TRUE(returns());
+    EXPECT_TRUE(hears("L1 a program has it"));
+    script.set(&Script::status, std::optional(noErr));
+    script.set(&Script::reason, std::string());
+    inSession([](FakeSession& session) { session.free(); });
+    EXPECT_TRUE(hears("L1 a program has itN1"));
+    EXPECT_FALSE(log.hasLineWith("a program has it"));
 }
 
 TEST_F(InputThreadTest, AHotkeyThatWasUnregisteredMeanwhileIsNotResumed) {
@@ -278,7 +381,7 @@ TEST_F(InputThreadTest, AHotkeyThatWasUnregisteredMeanwhileIsNotResumed) {
     lose();
     thread->unregisterHotKey(1);
     ASSERT_TRUE(returns());
-    EXPECT_TRUE(hasSteps("add 1; add 2; session ends; resume 2; "));
+    EXPECT_TRUE(hasSteps("add 1; add 2; session ends; add 2; "));
 }
 
 TEST_F(InputThreadTest, ATextWithoutASessionIsReportedLost) {
@@ -300,7 +403,7 @@ TEST_F(InputThreadTest, ABusyDesktopDecidesLater) {
     inSession([](FakeSession& session) { session.decide(noErr); });
     lose();
     ASSERT_TRUE(returns());
-    EXPECT_TRUE(hasSteps("add 1; session ends; resume 1; "));
+    EXPECT_TRUE(hasSteps("add 1; session ends; add 1; "));
     EXPECT_EQ(listener->events, "");
 }
 
@@ -340,8 +443,10 @@ TEST_F(InputThreadTest, ARegistrationDuringWhichTheDesktopIsLostIsRefused) {
     EXPECT_EQ(thread->registerHotKey(1, key, hold), eventInternalErr);
     EXPECT_LT(steady_clock::now() - start, 900ms);
     loser.join();
+    script.set(&Script::status, std::optional(noErr));
     ASSERT_TRUE(returns());
-    EXPECT_TRUE(hasSteps("add 1; session ends; "));
+    EXPECT_TRUE(hasSteps("add 1; session ends; add 1; "));
+    EXPECT_TRUE(hears("N1"));
 }
 
 TEST_F(InputThreadTest, TheShutdownIsBounded) {

@@ -28,6 +28,9 @@ class ForeignShortcutTest : public GlobalAccelFixture {
         input->takeOver();
         ASSERT_TRUE(mainQueue.runUntil([&] { return !input->canTakeOver(); }));
     }
+    bool logsOnce(const std::string& line) {
+        return mainQueue.runUntil([&] { return log.linesWith(line).size() == 1; });
+    }
 
     const Keys all{FakeGlobalAccel::altSpace, FakeGlobalAccel::altF2};
     const Keys withoutAltSpace{FakeGlobalAccel::altF2};
@@ -54,11 +57,35 @@ TEST_F(ForeignShortcutTest, GivesItsKeyUpWhenTheUserAsksAndGetsItBackAtTheEnd) {
                       "application ends")
             .size(),
         1U);
-    EXPECT_EQ(recorder->add(hold, 1), noErr);
+    // Without another registration.
     EXPECT_TRUE(hasActions({{"alt-space", FakeGlobalAccel::altSpace}}));
+    EXPECT_TRUE(logsOnce("TarvikDictate: a hotkey is registered now: Alt+Space"));
+    EXPECT_EQ(log.linesWith("KDE has given Alt+Space to").size(), 1U);
+    fake->press("alt-space");
+    EXPECT_TRUE(becomes("P1"));
     close();
     EXPECT_EQ(fake->keysOfKRunner(), all);
     EXPECT_TRUE(fake->actions().empty());
+}
+
+TEST_F(ForeignShortcutTest, AnApplicationThatRegistersAgainAfterwardsHasTheHotkeyOnce) {
+    open();
+    takeOver();
+    EXPECT_EQ(recorder->add(hold, 1), noErr);
+    EXPECT_TRUE(hasActions({{"alt-space", FakeGlobalAccel::altSpace}}));
+    fake->press("alt-space");
+    EXPECT_TRUE(becomes("P1"));
+}
+
+TEST_F(ForeignShortcutTest, AHotkeyThatNobodyHearsAnyMoreIsNotRegistered) {
+    open();
+    ASSERT_EQ(recorder->add(hold, 1), eventHotKeyExistsErr);
+    recorder->removeHandler();
+    input->takeOver();
+    ASSERT_TRUE(logsOnce("KRunner, Run Command has given Alt+Space up"));
+    // KDE answers in the order of the questions.
+    EXPECT_EQ(recorder->add(toggle, 2), noErr);
+    EXPECT_TRUE(hasActions({{"alt-shift-space", FakeGlobalAccel::altShiftSpace}}));
 }
 
 TEST_F(ForeignShortcutTest, OneProgramGivesBothCombinationsUpAndGetsBothBack) {
@@ -68,8 +95,10 @@ TEST_F(ForeignShortcutTest, OneProgramGivesBothCombinationsUpAndGetsBothBack) {
     EXPECT_EQ(recorder->add(toggle, 2), eventHotKeyExistsErr);
     takeOver();
     EXPECT_TRUE(fake->keysOfKRunner().empty());
-    EXPECT_EQ(recorder->add(hold, 1), noErr);
-    EXPECT_EQ(recorder->add(toggle, 2), noErr);
+    EXPECT_TRUE(hasActions({{"alt-space", FakeGlobalAccel::altSpace},
+                            {"alt-shift-space", FakeGlobalAccel::altShiftSpace}}));
+    EXPECT_TRUE(logsOnce("a hotkey is registered now: Alt+Space"));
+    EXPECT_TRUE(logsOnce("a hotkey is registered now: Alt+Shift+Space"));
     close();
     EXPECT_EQ(fake->keysOfKRunner(), both);
     open();
@@ -170,6 +199,8 @@ TEST_F(ForeignShortcutTest, ANoteThatNobodyUnderstandsTakesNothing) {
 TEST_F(ForeignShortcutTest, TheEndDoesNotWaitForAKWinThatHangs) {
     open();
     takeOver();
+    // Unregistering waits for KWin by itself.
+    recorder.reset();
     fake->setManner(FakeGlobalAccel::Manner::later);
     EXPECT_LT(timeOf([&] { close(); }), second);
     fake->setManner(FakeGlobalAccel::Manner::properly);

@@ -24,7 +24,9 @@ class RestartedSway {
     void kill() { sway_->kill(); }
     /// Has Sway end by itself.
     void end();
+    /// Has Sway answer nobody, until goOn().
     void stop() { sway_->send(SIGSTOP); }
+    void goOn() { sway_->send(SIGCONT); }
 
   private:
     TemporaryFolder folder_;

@@ -184,6 +184,21 @@ TEST_F(SwayHotKeys, AUsersOwnBindingIsNamedAndLeftAlone) {
     EXPECT_EQ(log.linesWith("Sway's configuration binds Alt+Space to: nop own binding").size(), 1U);
 }
 
+TEST_F(SwayHotKeys, ACombinationThatAReloadFreesIsHeardAtOnce) {
+    user.configure("bindsym Mod1+space nop own binding");
+    EXPECT_EQ(recorder->add(hold, 1), eventHotKeyExistsErr);
+    // Still the user's.
+    user.configure("bindsym Mod1+space nop another");
+    EXPECT_TRUE(mainQueue.runUntil([&] {
+        return log.hasLineWith("Sway's configuration binds Alt+Space to: nop another");
+    }));
+    user.configure("# nothing");
+    EXPECT_TRUE(mainQueue.runUntil(
+        [&] { return log.hasLineWith("a hotkey is registered now: Alt+Space"); }));
+    expectHold(*recorder);
+    EXPECT_EQ(log.linesWith("Sway's configuration binds").size(), 2U);
+}
+
 TEST_F(SwayHotKeys, AReloadOfSwayTakesNothing) {
     ASSERT_EQ(recorder->add(hold, 1), noErr);
     ASSERT_EQ(recorder->add(toggle, 2), noErr);

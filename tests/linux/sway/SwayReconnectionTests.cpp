@@ -96,6 +96,22 @@ TEST_F(SwayReconnection, ARegistrationDuringWhichSwayDiesIsRefused) {
     killer.join();
 }
 
+TEST_F(SwayReconnection, ASwayThatAnswersAfterTheFirstSecondIsHeard) {
+    recorder.reset();
+    input.reset();
+    sway.stop();
+    openInput();
+    recorder.emplace(input->eventManager());
+    EXPECT_EQ(log.linesWith("TarvikDictate: Sway does not answer").size(), 1U);
+    EXPECT_EQ(recorder->add(hold, 1), eventInternalErr);
+    EXPECT_EQ(recorder->add(HotKeyRecorder::toggle, 2), eventInternalErr);
+    sway.goOn();
+    EXPECT_TRUE(logs("TarvikDictate: a hotkey is registered now: Alt+Space"));
+    EXPECT_TRUE(logs("TarvikDictate: a hotkey is registered now: Alt+Shift+Space"));
+    pressAndRelease();
+    typeAgain();
+}
+
 // The same Sway, which does not tell its socket while the input is made.
 class WaylandReconnection : private OwnSway, public DesktopInputFixture, public testing::Test {
   protected:

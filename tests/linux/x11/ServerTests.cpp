@@ -141,6 +141,21 @@ TEST_F(UnresponsiveX11Server, AHotKeyThatWasRefusedBecauseTheServerHungIsFreeAft
         mainQueue.runUntil([&] { return other.grabHotKey(X11User::spaceKey, XCB_MOD_MASK_1); }));
 }
 
+TEST_F(UnresponsiveX11Server, OneThatAnswersLaterServesTheHotKeysThatWereRegisteredBefore) {
+    X11Server server(mainQueue);
+    server.hang();
+    DesktopInput input(mainQueue, log);
+    HotKeyRecorder recorder(input.eventManager());
+    EXPECT_EQ(recorder.add(hold, 1), platform::eventInternalErr);
+    server.goOn();
+    EXPECT_TRUE(mainQueue.runUntil(
+        [&] { return log.hasLineWith("TarvikDictate: a hotkey is registered now: Alt+Space"); }));
+    X11User user;
+    user.press(X11User::altKey);
+    user.press(X11User::spaceKey);
+    EXPECT_TRUE(mainQueue.runUntil([&] { return recorder.events == "P1"; })) << recorder.events;
+}
+
 TEST_F(UnresponsiveX11Server, OneThatCannotTellWhoseAWindowIsServesHotKeysAndTyping) {
     const X11Server server(mainQueue, {"-extension", "X-Resource"});
     std::optional<DesktopInput> input(std::in_place, mainQueue, log);
