@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include <csignal>
 #include <optional>
 #include <string>
 
@@ -29,6 +30,9 @@ class PrivateBus {
         daemon_->readLine();
     }
     void kill() { daemon_->kill(); }
+    /// Has the bus answer nobody, until goOn().
+    void stop() { daemon_->send(SIGSTOP); }
+    void goOn() { daemon_->send(SIGCONT); }
 
   private:
     TemporaryFolder folder_;

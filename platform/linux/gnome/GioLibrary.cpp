@@ -21,6 +21,8 @@ std::optional<GioLibrary> load() {
     void* library = dlopen("libgio-2.0.so.0", RTLD_NOW | RTLD_LOCAL);
     GioLibrary gio;
     if (library == nullptr || !find(library, "g_object_unref", gio.objectUnref) ||
+        !find(library, "g_settings_get_default_value", gio.defaultValue) ||
+        !find(library, "g_settings_get_user_value", gio.userValue) ||
         !find(library, "g_settings_get_value", gio.value) ||
         !find(library, "g_settings_new_full", gio.newSettings) ||
         !find(library, "g_settings_reset", gio.reset) ||

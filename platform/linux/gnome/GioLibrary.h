@@ -12,6 +12,8 @@ struct GioLibrary {
     static const GioLibrary* shared();
 
     decltype(&::g_object_unref) objectUnref = nullptr;
+    decltype(&::g_settings_get_default_value) defaultValue = nullptr;
+    decltype(&::g_settings_get_user_value) userValue = nullptr;
     decltype(&::g_settings_get_value) value = nullptr;
     decltype(&::g_settings_new_full) newSettings = nullptr;
     decltype(&::g_settings_reset) reset = nullptr;

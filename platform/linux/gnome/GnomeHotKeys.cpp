@@ -113,7 +113,8 @@ void GnomeHotKeys::claim(std::function<void(bool isFirst)> onAnswer) {
               busTimeout, [this, onAnswer = std::move(onAnswer)](sd_bus_message* reply) {
                   if (unsignedIn(reply) == isOwner) {
                       isOwner_ = true;
-                      shortcuts_.takeFromWindowMenuAgain();
+                      shortcuts_.unbindAll();
+                      windowMenu_.takeAgain();
                   }
                   onAnswer(isOwner_);
               });
@@ -121,7 +122,7 @@ void GnomeHotKeys::claim(std::function<void(bool isFirst)> onAnswer) {
 
 void GnomeHotKeys::bind(HotKeyNumber number, std::uint32_t modifiers, OnStatus onStatus) {
     if (const auto owner = shortcuts_.ownerOf(modifiers)) {
-        if (shortcuts_.isInWindowMenu(modifiers)) {
+        if (modifiers == platform::optionKeyMask && windowMenu_.isInMenu()) {
             onTaken_(true);
         }
         onStatus(platform::eventHotKeyExistsErr,
@@ -152,14 +153,14 @@ void GnomeHotKeys::removeAll(std::function<void()> onDone) {
         shortcuts_.unbind(modifiers);
     }
     if (std::exchange(isOwner_, false)) {
-        shortcuts_.giveBackToWindowMenu();
+        windowMenu_.giveBack();
         bus_.releaseName(objectName);
     }
     onDone();
 }
 
 void GnomeHotKeys::takeFromWindowMenu() {
-    if (shortcuts_.takeFromWindowMenu()) {
+    if (windowMenu_.take()) {
         onTaken_(false);
         log_.write(
             "TarvikDictate: the menu of windows has given Alt+Space up, and gets it back when the "

@@ -14,6 +14,7 @@
 #include "platform/Log.h"
 #include "platform/linux/bus/MessageBus.h"
 #include "platform/linux/gnome/GnomeShortcuts.h"
+#include "platform/linux/gnome/WindowMenuShortcut.h"
 #include "platform/linux/ibus/IbusEngine.h"
 #include "platform/linux/input/SessionHotKeys.h"
 #include "platform/linux/loop/EventLoop.h"
@@ -29,7 +30,7 @@ namespace tarvik::linuxdesktop {
 /// Each registration waits for GNOME's store of settings.
 class GnomeHotKeys final : public SessionHotKeys {
   public:
-    /// Gets whether the menu of windows has a combination that was asked for.
+    /// Gets whether the menu of windows has the combination of the hold hotkey.
     using OnTaken = std::function<void(bool isTaken)>;
 
     /// The references outlive the object.
@@ -93,6 +94,7 @@ class GnomeHotKeys final : public SessionHotKeys {
     const Events events_;
     const OnTaken onTaken_;
     GnomeShortcuts shortcuts_;
+    WindowMenuShortcut windowMenu_;
     std::map<HotKeyNumber, std::uint32_t> hotKeys_;
     bool isOwner_ = false;
     std::optional<Hold> hold_;

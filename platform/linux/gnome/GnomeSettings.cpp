@@ -49,6 +49,10 @@ bool GnomeSettings::has(const std::string& key) const {
     return std::ranges::find(keys_, key) != keys_.end();
 }
 
+bool GnomeSettings::isSet(const std::string& key) const {
+    return has(key) && Value(gio_->userValue(settings_, key.c_str())) != nullptr;
+}
+
 void GnomeSettings::Unreferenced::operator()(GVariant* value) const {
     g_variant_unref(value);
 }
@@ -79,13 +83,23 @@ std::optional<std::string> GnomeSettings::text(const std::string& key) const {
 }
 
 std::optional<GnomeSettings::Texts> GnomeSettings::texts(const std::string& key) const {
-    const Value found = value(key, "as");
-    if (!found) {
+    return textsIn(value(key, "as"));
+}
+
+std::optional<GnomeSettings::Texts> GnomeSettings::defaultTexts(const std::string& key) const {
+    if (!value(key, "as")) {
+        return std::nullopt;
+    }
+    return textsIn(Value(gio_->defaultValue(settings_, key.c_str())));
+}
+
+std::optional<GnomeSettings::Texts> GnomeSettings::textsIn(const Value& value) {
+    if (!value) {
         return std::nullopt;
     }
     Texts texts;
-    for (std::size_t index = 0; index < g_variant_n_children(found.get()); ++index) {
-        texts.push_back(childText(found.get(), index));
+    for (std::size_t index = 0; index < g_variant_n_children(value.get()); ++index) {
+        texts.push_back(childText(value.get(), index));
     }
     return texts;
 }

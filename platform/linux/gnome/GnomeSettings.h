@@ -30,6 +30,8 @@ class GnomeSettings {
 
     /// Whether this version of GNOME has the setting.
     bool has(const std::string& key) const;
+    /// Whether the setting has a value of the user's own, be it that of GNOME.
+    bool isSet(const std::string& key) const;
     /// All settings of the group.
     const std::vector<std::string>& keys() const { return keys_; }
 
@@ -38,6 +40,8 @@ class GnomeSettings {
 
     std::optional<std::string> text(const std::string& key) const;
     std::optional<Texts> texts(const std::string& key) const;
+    /// The value where the user has set none.
+    std::optional<Texts> defaultTexts(const std::string& key) const;
     std::optional<TextPairs> pairs(const std::string& key) const;
 
     /// Set a value; false when GNOME does not take the value. Each waits until the value is stored.
@@ -54,6 +58,7 @@ class GnomeSettings {
 
     // Empty when there is no such setting, or when it is of another type.
     Value value(const std::string& key, const char* type) const;
+    static std::optional<Texts> textsIn(const Value& value);
 
     // Both are null when this version of GNOME has no such group.
     GSettings* settings_ = nullptr;

@@ -7,7 +7,6 @@
 #include <set>
 
 #include "platform/EventManager.h"
-#include "platform/linux/settings/TakenShortcuts.h"
 
 namespace tarvik::linuxdesktop {
 
@@ -41,11 +40,6 @@ bool isAnySpaceWith(std::uint32_t modifiers, const GnomeSettings::Texts& acceler
 
 GnomeSettings::Texts customPaths() {
     return GnomeSettings(customListSchema).texts(customListKey).value_or(GnomeSettings::Texts{});
-}
-
-// Has all shortcuts that the menu had.
-TakenShortcuts agreement() {
-    return TakenShortcuts("gnome-window-menu");
 }
 
 }  // namespace
@@ -100,11 +94,6 @@ std::optional<std::string> GnomeShortcuts::ownerOf(std::uint32_t modifiers) cons
     return std::nullopt;
 }
 
-bool GnomeShortcuts::isInWindowMenu(std::uint32_t modifiers) const {
-    const auto accelerators = GnomeSettings(windowSchema).texts(windowMenuKey);
-    return accelerators && isAnySpaceWith(modifiers, *accelerators);
-}
-
 bool GnomeShortcuts::bind(std::uint32_t modifiers, const std::string& command) {
     const std::string path = ownPath(modifiers);
     GnomeSettings custom(customSchema, path);
@@ -122,6 +111,16 @@ bool GnomeShortcuts::bind(std::uint32_t modifiers, const std::string& command) {
     return GnomeSettings(customListSchema).set(customListKey, paths);
 }
 
+void GnomeShortcuts::unbindAll() {
+    for (const std::uint32_t modifiers :
+         {platform::optionKeyMask, platform::optionKeyMask | platform::shiftKeyMask}) {
+        const GnomeSettings::Texts paths = customPaths();
+        if (std::ranges::find(paths, ownPath(modifiers)) != paths.end()) {
+            unbind(modifiers);
+        }
+    }
+}
+
 void GnomeShortcuts::unbind(std::uint32_t modifiers) {
     const std::string path = ownPath(modifiers);
     GnomeSettings::Texts paths = customPaths();
@@ -137,42 +136,6 @@ void GnomeShortcuts::unbind(std::uint32_t modifiers) {
     GnomeSettings custom(customSchema, path);
     for (const char* key : {"name", "command", "binding"}) {
         custom.reset(key);
-    }
-}
-
-bool GnomeShortcuts::takeFromWindowMenu() {
-    GnomeSettings settings(windowSchema);
-    const auto had = settings.texts(windowMenuKey);
-    if (!had || !isAnySpaceWith(platform::optionKeyMask, *had)) {
-        return false;
-    }
-    GnomeSettings::Texts left;
-    for (const std::string& accelerator : *had) {
-        if (!isSpaceWith(platform::optionKeyMask, accelerator)) {
-            left.push_back(accelerator);
-        }
-    }
-    // Without the note nothing is taken: it could not be given back.
-    return agreement().write(*had) && settings.set(windowMenuKey, left);
-}
-
-void GnomeShortcuts::takeFromWindowMenuAgain() {
-    if (agreement().lines()) {
-        takeFromWindowMenu();
-    }
-}
-
-void GnomeShortcuts::giveBackToWindowMenu() {
-    const auto had = agreement().lines();
-    if (!had) {
-        return;
-    }
-    GnomeSettings settings(windowSchema);
-    const auto now = settings.texts(windowMenuKey).value_or(GnomeSettings::Texts{});
-    if (isAnySpaceWith(platform::optionKeyMask, now)) {
-        agreement().remove();
-    } else {
-        settings.set(windowMenuKey, *had);
     }
 }
 

@@ -22,21 +22,11 @@ class GnomeShortcuts {
     /// application does not count.
     std::optional<std::string> ownerOf(std::uint32_t modifiers) const;
 
-    /// Whether the menu of windows has the combination.
-    bool isInWindowMenu(std::uint32_t modifiers) const;
-
     /// Has GNOME run `command` when the combination is pressed. False when GNOME does not take it.
     bool bind(std::uint32_t modifiers, const std::string& command);
     void unbind(std::uint32_t modifiers);
-
-    /// Takes the combination of the hold hotkey from the menu of windows. A file of the user keeps
-    /// what the menu had. False when the menu does not have the combination.
-    bool takeFromWindowMenu();
-    /// Does the same where the user has agreed to it before. Called at the start.
-    void takeFromWindowMenuAgain();
-    /// Gives the menu of windows back what it had. A user who has given the menu the combination
-    /// meanwhile has taken the agreement back.
-    void giveBackToWindowMenu();
+    /// Removes what a process of this application has left that was killed.
+    void unbindAll();
 };
 
 /// Whether GNOME's text of a shortcut, like "<Alt><Shift>space", is the space bar with these

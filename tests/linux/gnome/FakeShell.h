@@ -25,6 +25,18 @@ class FakeShell {
                                   "Press", nullptr, nullptr, "s", hotKey) >= 0;
     }
 
+    /// Whether an application has the name under which the commands call.
+    bool isApplicationThere() {
+        sd_bus_message* reply = nullptr;
+        int isThere = 0;
+        sd_bus_call_method(bus_.get(), "org.freedesktop.DBus", "/org/freedesktop/DBus",
+                           "org.freedesktop.DBus", "NameHasOwner", nullptr, &reply, "s",
+                           "com.tarvik.dictate.HotKeys");
+        EXPECT_GE(sd_bus_message_read(reply, "b", &isThere), 0);
+        sd_bus_message_unref(reply);
+        return isThere != 0;
+    }
+
   private:
     linuxdesktop::BusHandle bus_;
 };

@@ -11,12 +11,10 @@
 #include "platform/linux/input/LinuxEventManager.h"
 #include "tests/conformance/input/HotKeyRecorder.h"
 #include "tests/linux/gnome/FakeShell.h"
+#include "tests/linux/gnome/GnomeEnvironment.h"
 #include "tests/support/PrivateBus.h"
 #include "tests/support/RealTimeQueue.h"
 #include "tests/support/RecordingLog.h"
-#include "tests/support/TemporaryFolder.h"
-#include "tests/support/TemporaryVariables.h"
-#include "tests/support/TestProcess.h"
 
 namespace tarvik::tests {
 
@@ -29,30 +27,8 @@ using platform::eventHotKeyExistsErr;
 using platform::eventInternalErr;
 using platform::noErr;
 
-/// Variables that GIO and the input read, set before both.
-class GnomeVariables {
-  protected:
-    GnomeVariables() {
-        variables.set("WAYLAND_DISPLAY", "wayland-nowhere");
-        variables.set("IBUS_ADDRESS_FILE", folder / "no-ibus");
-        variables.set("XDG_RUNTIME_DIR", folder.path());
-        variables.set("XDG_CONFIG_HOME", folder.path());
-        // Settings of this process alone, and the same whether or not GNOME is installed.
-        EXPECT_EQ(TestProcess::run({"glib-compile-schemas", "--targetdir=" + folder.path().string(),
-                                    TARVIK_GNOME_SETTINGS})
-                      .status,
-                  0);
-        variables.set("GSETTINGS_BACKEND", "memory");
-        variables.set("GSETTINGS_SCHEMA_DIR", folder.path());
-        variables.set("XDG_DATA_DIRS", folder.path());
-    }
-
-    TemporaryFolder folder;
-    TemporaryVariables variables;
-};
-
 /// The input on a session bus of the test's own. IBus is missing.
-class GnomeReconnection : private GnomeVariables, public testing::Test {
+class GnomeReconnection : protected GnomeEnvironment, public testing::Test {
   protected:
     // In GNOME's first settings, the menu of windows has the other hotkey.
     static constexpr auto toggle = HotKeyRecorder::toggle;
@@ -78,7 +54,8 @@ class GnomeReconnection : private GnomeVariables, public testing::Test {
         std::make_unique<GnomeInput>(mainQueue, log, manager, GnomeInput::Front());
     std::optional<HotKeyRecorder> recorder;
 
-    GnomeReconnection() {
+    // Settings of this process alone.
+    GnomeReconnection() : GnomeEnvironment("memory") {
         manager->setMeans(input.get());
         recorder.emplace(*manager);
     }
@@ -115,6 +92,22 @@ TEST_F(GnomeReconnection, HotkeysAreHeardAgainOnTheNextBus) {
     EXPECT_TRUE(hears("P2"));
     EXPECT_EQ(log.linesWith("the session bus is lost").size(), 1U);
     EXPECT_EQ(log.linesWith("GNOME Shell is back").size(), 1U);
+}
+
+TEST_F(GnomeReconnection, ABusThatAnswersAfterTheFirstSecondIsUsed) {
+    recorder.reset();
+    input.reset();
+    bus.stop();
+    input = std::make_unique<GnomeInput>(mainQueue, log, manager, GnomeInput::Front());
+    manager->setMeans(input.get());
+    recorder.emplace(*manager);
+    EXPECT_TRUE(log.hasLineWith("TarvikDictate: the session bus does not answer"));
+    EXPECT_EQ(recorder->add(toggle, 2), eventInternalErr);
+    bus.goOn();
+    EXPECT_TRUE(mainQueue.runUntil(
+        [&] { return log.hasLineWith("a hotkey is registered now: Alt+Shift+Space"); }));
+    ASSERT_TRUE(shell->press("toggle"));
+    EXPECT_TRUE(hears("P2"));
 }
 
 TEST_F(GnomeReconnection, TheMenusShortcutIsHeardAtOnceWhenTheUserAsks) {

@@ -78,28 +78,6 @@ TEST_F(GnomeShortcutTest, OwnShortcutsComeAndGoBesideTheUsersOwn) {
     EXPECT_EQ(GnomeUser::setting(mediaSchema, customKey), "['/a/']");
 }
 
-TEST_F(GnomeShortcutTest, TheMenuOfWindowsGetsItsShortcutsBack) {
-    GnomeUser::set(windowSchema, windowMenu, "['<Alt>space', '<Super>m']");
-    EXPECT_TRUE(shortcuts.takeFromWindowMenu());
-    EXPECT_EQ(GnomeUser::setting(windowSchema, windowMenu), "['<Super>m']");
-    shortcuts.giveBackToWindowMenu();
-    EXPECT_EQ(GnomeUser::setting(windowSchema, windowMenu), "['<Alt>space', '<Super>m']");
-    // The next start, after the user has agreed once.
-    shortcuts.takeFromWindowMenuAgain();
-    EXPECT_EQ(GnomeUser::setting(windowSchema, windowMenu), "['<Super>m']");
-    // The user gives the menu its shortcut again, and is not asked for it any more.
-    GnomeUser::set(windowSchema, windowMenu, "['<Alt>space']");
-    shortcuts.giveBackToWindowMenu();
-    shortcuts.takeFromWindowMenuAgain();
-    EXPECT_EQ(GnomeUser::setting(windowSchema, windowMenu), "['<Alt>space']");
-}
-
-TEST_F(GnomeShortcutTest, NothingIsTakenFromTheMenuUnasked) {
-    GnomeUser::set(windowSchema, windowMenu, "['<Alt>space']");
-    shortcuts.takeFromWindowMenuAgain();
-    EXPECT_EQ(GnomeUser::setting(windowSchema, windowMenu), "['<Alt>space']");
-}
-
 }  // namespace
 
 }  // namespace tarvik::tests

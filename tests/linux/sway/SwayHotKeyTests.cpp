@@ -188,15 +188,12 @@ TEST_F(SwayHotKeys, ACombinationThatAReloadFreesIsHeardAtOnce) {
     user.configure("bindsym Mod1+space nop own binding");
     EXPECT_EQ(recorder->add(hold, 1), eventHotKeyExistsErr);
     // Still the user's.
-    user.configure("bindsym Mod1+space nop another");
-    EXPECT_TRUE(mainQueue.runUntil([&] {
-        return log.hasLineWith("Sway's configuration binds Alt+Space to: nop another");
-    }));
     user.configure("# nothing");
+    user.restoreConfiguration();
     EXPECT_TRUE(mainQueue.runUntil(
         [&] { return log.hasLineWith("a hotkey is registered now: Alt+Space"); }));
     expectHold(*recorder);
-    EXPECT_EQ(log.linesWith("Sway's configuration binds").size(), 2U);
+    EXPECT_EQ(log.linesWith("Sway's configuration binds").size(), 1U);
 }
 
 TEST_F(SwayHotKeys, AReloadOfSwayTakesNothing) {

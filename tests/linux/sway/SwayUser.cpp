@@ -75,9 +75,7 @@ SwayUser::SwayUser() : display_(wl_display_connect(nullptr)) {
 
 SwayUser::~SwayUser() {
     releaseAll();
-    if (configuration_) {
-        configure(*std::exchange(configuration_, std::nullopt), std::ios::trunc);
-    }
+    restoreConfiguration();
     zwp_virtual_keyboard_v1_destroy(keyboard_);
     zwp_virtual_keyboard_manager_v1_destroy(manager_);
     wl_seat_destroy(seat_);
@@ -103,6 +101,12 @@ void SwayUser::configure(const std::string& line) {
         configuration_ = std::string{std::istreambuf_iterator<char>(file), {}};
     }
     configure(line + "\n", std::ios::app);
+}
+
+void SwayUser::restoreConfiguration() {
+    if (configuration_) {
+        configure(*std::exchange(configuration_, std::nullopt), std::ios::trunc);
+    }
 }
 
 void SwayUser::configure(const std::string& text, std::ios::openmode mode) {

@@ -23,6 +23,8 @@ class SwayUser final : public KeyboardUser {
     std::string run(const std::string& command);
     /// Adds a line to Sway's configuration and has Sway read it again.
     void configure(const std::string& line);
+    /// Takes back what configure() has added, as the destructor does.
+    void restoreConfiguration();
 
   private:
     void configure(const std::string& text, std::ios::openmode mode);
