@@ -2,8 +2,10 @@
 
 #include <filesystem>
 #include <set>
+#include <string>
 
 #include "tests/linux/kwin/GlobalAccelFixture.h"
+#include "tests/support/TestProcess.h"
 
 namespace tarvik::tests {
 
@@ -209,6 +211,41 @@ TEST_F(ForeignShortcutTest, TheEndDoesNotWaitForAKWinThatHangs) {
     open();
     close();
     EXPECT_EQ(fake->keysOfKRunner(), all);
+}
+
+/// Runs of processes one after the other.
+class KilledForeignShortcutTest : public ForeignShortcutTest {
+  protected:
+    int run(const std::string& consent, int step) const {
+        return TestProcess::run({TARVIK_KWIN_CONSENT, consent, std::to_string(step)}).status;
+    }
+    /// Kills a run before each of its steps, and has the next one begin and end.
+    template <typename Prepare>
+    void killEverywhere(const std::string& consent, Prepare prepare) {
+        int step = 0;
+        int status = -1;
+        while (status != 0) {
+            std::filesystem::remove_all(settings / "Tarvik");
+            fake->giveToKRunner(all);
+            prepare();
+            ASSERT_EQ(fake->keysOfKRunner(), all);
+            status = run(consent, ++step);
+            ASSERT_LE(status, 0);
+            EXPECT_EQ(run("do-not-ask", 0), 0);
+            ASSERT_EQ(fake->keysOfKRunner(), all) << "after a kill before step " << step;
+            ASSERT_TRUE(fake->actions().empty()) << "after a kill before step " << step;
+        }
+        // The run asks, takes, registers, and gives back.
+        EXPECT_GT(step, 10);
+    }
+};
+
+TEST_F(KilledForeignShortcutTest, KeysAreAsBeforeAfterTheNextRun) {
+    killEverywhere("ask", [] {});
+}
+
+TEST_F(KilledForeignShortcutTest, KeysOfAnEarlierAgreementAreAsBeforeAfterTheNextRun) {
+    killEverywhere("do-not-ask", [this] { EXPECT_EQ(run("ask", 0), 0); });
 }
 
 }  // namespace
