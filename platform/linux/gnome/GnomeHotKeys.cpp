@@ -21,9 +21,6 @@ constexpr auto callTolerance = 300ms;
 constexpr auto firstCallTolerance = 1s;
 constexpr auto unseenTolerance = 2s;
 constexpr int repeatTolerance = 4;
-constexpr int maxMissedCalls = 3;
-// After the end of a hold, its repeats follow each other faster than that. Nobody presses so fast.
-constexpr auto minLateInterval = 250ms;
 
 constexpr const char* objectName = "com.tarvik.dictate.HotKeys";
 constexpr const char* objectPath = "/com/tarvik/dictate/HotKeys";
@@ -136,8 +133,8 @@ void GnomeHotKeys::bind(HotKeyNumber number, std::uint32_t modifiers, OnStatus o
 }
 
 void GnomeHotKeys::remove(HotKeyNumber number, std::function<void()> onDone) {
-    if (hold_ && hold_->number == number) {
-        hold_.reset();
+    if (repeats_.number() == number) {
+        repeats_.end();
         repeatDeadline_.clear();
         engine_.release();
     }
@@ -193,22 +190,28 @@ void GnomeHotKeys::handlePress(std::uint32_t modifiers) {
     }
     const HotKeyNumber number = found->first;
     const SteadyTime now = std::chrono::steady_clock::now();
-    if (hold_ && hold_->number == number && hold_->repeat) {
-        if (++hold_->repeats > 1) {
-            hold_->maxGap = std::max(hold_->maxGap, now - hold_->callTime);
-        }
-        hold_->callTime = now;
-        hold_->isSeen = engine_.hasField();
-        watchRepeats();
-        return;
+    // A key that does not repeat has been pressed again.
+    if (!hold_.repeat) {
+        endHold();
     }
-    if (number == endedNumber_ && now < lateUntil_) {
-        lateUntil_ = now + lateInterval_;
-        return;
+    switch (repeats_.handle(number, now)) {
+        case RepeatedHold::Report::repeat:
+            hold_.isSeen = engine_.hasField();
+            watchRepeats();
+            break;
+        case RepeatedHold::Report::press:
+            // Of a hold that has not ended, nobody has seen the release.
+            endHold();
+            beginHold(number, now);
+            break;
+        case RepeatedHold::Report::late:
+            break;
     }
-    // Of a hold that has not ended, nobody has seen the release.
-    endHold();
-    hold_ = Hold{number, repeatSetting()};
+}
+
+void GnomeHotKeys::beginHold(HotKeyNumber number, SteadyTime now) {
+    repeats_.begin(number, now);
+    hold_ = Hold{repeatSetting()};
     events_.onPressed(number);
     engine_.acquire();
     accompanyAlt();
@@ -216,17 +219,15 @@ void GnomeHotKeys::handlePress(std::uint32_t modifiers) {
 }
 
 void GnomeHotKeys::watchRepeats() {
-    if (!hold_ || !hold_->repeat) {
+    if (!repeats_.number() || !hold_.repeat) {
         return;
     }
-    // A busy machine runs the commands at another pace than the keyboard's.
-    const auto slack = std::max<SteadyTime::duration>(
-        repeatTolerance * hold_->repeat->interval + callTolerance, maxMissedCalls * hold_->maxGap);
-    const auto first = hold_->repeats == 0 ? hold_->repeat->delay + firstCallTolerance : 0ms;
-    repeatDeadline_.set(std::chrono::steady_clock::now() + first + slack, [this] {
+    const auto timeout = repeats_.timeout(repeatTolerance * hold_.repeat->interval + callTolerance);
+    const auto first = repeats_.repeats() == 0 ? hold_.repeat->delay + firstCallTolerance : 0ms;
+    repeatDeadline_.set(std::chrono::steady_clock::now() + first + timeout, [this] {
         if (!engine_.hasField()) {
             endHold();
-        } else if (!hold_->isSeen) {
+        } else if (!hold_.isSeen) {
             // Only keys that were up before the engine had the field have gone unseen.
             repeatDeadline_.set(unseenTolerance, [this] { endHold(); });
         }
@@ -234,45 +235,43 @@ void GnomeHotKeys::watchRepeats() {
 }
 
 void GnomeHotKeys::handleKey(const IbusEngine::Key& key) {
-    if (!hold_) {
+    const auto held = repeats_.number();
+    if (!held) {
         return;
     }
-    if (key.isUp && belongsTo(hotKeys_[hold_->number], key.code)) {
+    if (key.isUp && belongsTo(hotKeys_[*held], key.code)) {
         accompanyAlt();
-        endedNumber_ = hold_->number;
-        lateInterval_ =
-            std::max<SteadyTime::duration>(minLateInterval, maxMissedCalls * hold_->maxGap);
-        lateUntil_ = std::chrono::steady_clock::now() + lateInterval_;
+        repeats_.expectLateReports(std::chrono::steady_clock::now());
         endHold();
     } else if (!key.isUp && !key.hasAlt) {
         // Alt went up before the engine had the field.
         endHold();
     } else {
-        hold_->isSeen = true;
+        hold_.isSeen = true;
     }
 }
 
 void GnomeHotKeys::handleField() {
-    if (!hold_) {
+    if (!repeats_.number()) {
         return;
     }
     if (engine_.hasField()) {
         accompanyAlt();
-    } else if (std::exchange(hold_->isSeen, false)) {
+    } else if (std::exchange(hold_.isSeen, false)) {
         watchRepeats();
     }
 }
 
 void GnomeHotKeys::accompanyAlt() {
-    if (engine_.hasField() && !std::exchange(hold_->isAccompanied, true)) {
+    if (engine_.hasField() && !std::exchange(hold_.isAccompanied, true)) {
         engine_.tapControl();
     }
 }
 
 void GnomeHotKeys::endHold() {
     repeatDeadline_.clear();
-    if (const auto ended = std::exchange(hold_, std::nullopt)) {
-        events_.onReleased(ended->number);
+    if (const auto ended = repeats_.end()) {
+        events_.onReleased(*ended);
         engine_.release();
     }
 }

@@ -16,6 +16,7 @@
 #include "platform/linux/gnome/GnomeShortcuts.h"
 #include "platform/linux/gnome/WindowMenuShortcut.h"
 #include "platform/linux/ibus/IbusEngine.h"
+#include "platform/linux/input/RepeatedHold.h"
 #include "platform/linux/input/SessionHotKeys.h"
 #include "platform/linux/loop/EventLoop.h"
 
@@ -61,15 +62,10 @@ class GnomeHotKeys final : public SessionHotKeys {
         std::chrono::milliseconds delay;
         std::chrono::milliseconds interval;
     };
+    // What is known of the hold.
     struct Hold {
-        HotKeyNumber number = 0;
         // Empty when the keyboard does not repeat its keys.
         std::optional<Repeat> repeat;
-        // How often the key has repeated.
-        int repeats = 0;
-        // Of the last repeat, and the longest time between two of them.
-        SteadyTime callTime = {};
-        SteadyTime::duration maxGap{0};
         // The engine has a field, and a key was down after the engine got the field. So the
         // engine will see the key go up.
         bool isSeen = false;
@@ -82,6 +78,7 @@ class GnomeHotKeys final : public SessionHotKeys {
     static std::optional<Repeat> repeatSetting();
     static int onPress(sd_bus_message* call, void* self, sd_bus_error* error);
     void handlePress(std::uint32_t modifiers);
+    void beginHold(HotKeyNumber number, SteadyTime now);
     void watchRepeats();
     void accompanyAlt();
     void endHold();
@@ -97,12 +94,9 @@ class GnomeHotKeys final : public SessionHotKeys {
     WindowMenuShortcut windowMenu_;
     std::map<HotKeyNumber, std::uint32_t> hotKeys_;
     bool isOwner_ = false;
-    std::optional<Hold> hold_;
+    RepeatedHold repeats_;
+    Hold hold_;
     Deadline repeatDeadline_;
-    // A hold that has ended, of which repeats may still be on their way.
-    HotKeyNumber endedNumber_ = 0;
-    SteadyTime lateUntil_;
-    SteadyTime::duration lateInterval_{0};
 };
 
 }  // namespace tarvik::linuxdesktop

@@ -45,8 +45,8 @@ class HotKeyMeans {
     /// noErr: the combination is registered, or the desktop is asking its user, or is too busy to
     /// decide yet.
     /// eventHotKeyExistsErr: somebody else has it. eventHotKeyInvalidErr: this desktop cannot have
-    /// such a hotkey, and the means forgets it. eventInternalErr: the desktop does not answer. Waits
-    /// 1 s at the most.
+    /// such a hotkey, and the means forgets it. eventInternalErr: the desktop does not answer.
+    /// Waits 1 s at the most.
     virtual platform::OSStatus registerHotKey(HotKeyNumber number, std::uint32_t keyCode,
                                               std::uint32_t modifiers) = 0;
     /// Gives a combination back, so that other programs can have it afterwards, or wants it no

@@ -235,11 +235,10 @@ void InputThread::answerFirst(std::optional<std::string> refusal) {
 void InputThread::request(HotKeyNumber number) {
     HotKey& hotKey = hotKeys_[number];
     hotKey.isAsked = true;
-    session_->hotKeys()->add(
-        number, hotKey.keyCode, hotKey.modifiers,
-        [this, number](platform::OSStatus status, const std::string& reason) {
-            handleStatus(number, status, reason);
-        });
+    session_->hotKeys()->add(number, hotKey.keyCode, hotKey.modifiers,
+                             [this, number](platform::OSStatus status, const std::string& reason) {
+                                 handleStatus(number, status, reason);
+                             });
 }
 
 // An answer may forget a hotkey in the same turn.

@@ -21,10 +21,6 @@ constexpr int maxRetries = 3;
 // An end too early costs words, and one too late costs silence.
 constexpr SteadyTime::duration repeatTolerance = 500ms;
 constexpr SteadyTime::duration firstRepeatTolerance = 1s;
-constexpr int maxMissedRepeats = 3;
-// No keyboard repeats more slowly, and nobody presses so fast.
-constexpr SteadyTime::duration maxRepeatInterval = 200ms;
-constexpr SteadyTime::duration lateInterval = 250ms;
 
 }  // namespace
 
@@ -85,8 +81,8 @@ void PortalHotKeys::add(HotKeyNumber number, std::uint32_t keyCode, std::uint32_
 }
 
 void PortalHotKeys::remove(HotKeyNumber number, std::function<void()> onDone) {
-    if (hold_ && hold_->number == number) {
-        hold_.reset();
+    if (hold_.number() == number) {
+        hold_.end();
         repeatDeadline_.clear();
     }
     if (hotKeys_.erase(number) > 0) {
@@ -183,43 +179,34 @@ void PortalHotKeys::handleActivated(const std::string& name) {
         return;
     }
     const SteadyTime now = std::chrono::steady_clock::now();
-    if (hold_ && hold_->number == *number) {
-        handleRepeat();
-        return;
+    switch (hold_.handle(*number, now)) {
+        case RepeatedHold::Report::repeat:
+            watchRepeats(now);
+            break;
+        case RepeatedHold::Report::press:
+            endHold();
+            hold_.begin(*number, now);
+            watchRepeats(now);
+            events_.onPressed(*number);
+            break;
+        case RepeatedHold::Report::late:
+            break;
     }
-    if (*number == endedNumber_ && now < lateUntil_) {
-        lateUntil_ = now + lateInterval;
-        return;
-    }
-    endHold();
-    hold_ = Hold{*number, now, now};
-    if (repeatDelay_) {
-        repeatDeadline_.set(now + 2 * *repeatDelay_ + firstRepeatTolerance,
-                            [this] { endHoldWithoutSignal(); });
-    }
-    events_.onPressed(*number);
 }
 
-void PortalHotKeys::handleRepeat() {
-    const SteadyTime now = std::chrono::steady_clock::now();
-    const auto gap = now - hold_->repeatTime;
-    ++hold_->repeats;
-    if (hold_->repeats > 1) {
-        hold_->maxGap = std::max(hold_->maxGap, gap);
+void PortalHotKeys::watchRepeats(SteadyTime now) {
+    if (hold_.repeats() > 0) {
+        repeatDeadline_.set(now + hold_.timeout(repeatTolerance),
+                            [this] { endHoldWithoutSignal(); });
+    } else if (hold_.repeatDelay()) {
+        repeatDeadline_.set(now + 2 * *hold_.repeatDelay() + firstRepeatTolerance,
+                            [this] { endHoldWithoutSignal(); });
     }
-    // A second press after a lost release is no repeat.
-    if (hold_->repeats == 2 && gap < maxRepeatInterval) {
-        repeatDelay_ = hold_->repeatTime - hold_->pressTime;
-    }
-    hold_->repeatTime = now;
-    // A busy machine tells of repeats at another pace than the keyboard's.
-    repeatDeadline_.set(now + std::max(repeatTolerance, maxMissedRepeats * hold_->maxGap),
-                        [this] { endHoldWithoutSignal(); });
 }
 
 void PortalHotKeys::handleDeactivated(const std::string& name) {
-    endedNumber_ = 0;
-    if (const auto number = numberOf(name); number && hold_ && hold_->number == *number) {
+    hold_.expectNoLateReports();
+    if (const auto number = numberOf(name); number && hold_.number() == number) {
         endHold();
     }
 }
@@ -230,15 +217,14 @@ void PortalHotKeys::endHoldWithoutSignal() {
             "TarvikDictate: the desktop's portal has not told of a release, and the hold has ended "
             "with the repeats of the key");
     }
-    endedNumber_ = hold_->number;
-    lateUntil_ = std::chrono::steady_clock::now() + lateInterval;
+    hold_.expectLateReports(std::chrono::steady_clock::now());
     endHold();
 }
 
 void PortalHotKeys::endHold() {
     repeatDeadline_.clear();
-    if (const auto ended = std::exchange(hold_, std::nullopt)) {
-        events_.onReleased(ended->number);
+    if (const auto ended = hold_.end()) {
+        events_.onReleased(*ended);
     }
 }
 

@@ -12,6 +12,7 @@
 #include "platform/EventManager.h"
 #include "platform/Log.h"
 #include "platform/linux/bus/MessageBus.h"
+#include "platform/linux/input/RepeatedHold.h"
 #include "platform/linux/input/SessionHotKeys.h"
 #include "platform/linux/loop/EventLoop.h"
 #include "platform/linux/portal/ShortcutsPortal.h"
@@ -51,14 +52,6 @@ class PortalHotKeys final : public SessionHotKeys {
         const char* trigger;
         std::uint32_t modifiers;
     };
-    struct Hold {
-        HotKeyNumber number = 0;
-        SteadyTime pressTime;
-        // Of the last repeat, and the maximum time between two of them.
-        SteadyTime repeatTime;
-        SteadyTime::duration maxGap{0};
-        int repeats = 0;
-    };
 
     platform::OSStatus want(HotKeyNumber number, std::uint32_t keyCode, std::uint32_t modifiers);
     static const Combination* combinationOf(std::uint32_t modifiers);
@@ -67,7 +60,7 @@ class PortalHotKeys final : public SessionHotKeys {
     void bindLater();
     void bind();
     void handleActivated(const std::string& name);
-    void handleRepeat();
+    void watchRepeats(SteadyTime now);
     void handleDeactivated(const std::string& name);
     void handleBound(const ShortcutsPortal::Names& names, const std::string& reason);
     void handleEnded(const std::string& reason);
@@ -86,13 +79,8 @@ class PortalHotKeys final : public SessionHotKeys {
     Deadline bindDeadline_;
     int retriesLeft_;
     std::chrono::milliseconds retryInterval_;
-    std::optional<Hold> hold_;
+    RepeatedHold hold_;
     Deadline repeatDeadline_;
-    // From a press to its first repeat, where the portal tells of repeats.
-    std::optional<SteadyTime::duration> repeatDelay_;
-    // A hold that has ended without the portal's signal, of which repeats may be on their way.
-    HotKeyNumber endedNumber_ = 0;
-    SteadyTime lateUntil_;
     bool hasLoggedMissingSignal_ = false;
 };
 

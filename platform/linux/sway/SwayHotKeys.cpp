@@ -124,9 +124,9 @@ void SwayHotKeys::add(HotKeyNumber number, std::uint32_t keyCode, std::uint32_t 
         } else if (command) {
             hotKeys_.erase(number);
             releaseIfEmpty();
-            onStatus(platform::eventHotKeyExistsErr, "Sway's configuration binds " +
-                                                         combinationText(modifiers) +
-                                                         " to: " + *command);
+            onStatus(
+                platform::eventHotKeyExistsErr,
+                "Sway's configuration binds " + combinationText(modifiers) + " to: " + *command);
         } else {
             bind(number, [this, number, onStatus](bool isBound) {
                 if (!isBound) {

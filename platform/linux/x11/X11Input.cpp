@@ -113,9 +113,9 @@ platform::OSStatus X11Input::registerHotKey(HotKeyNumber number, std::uint32_t k
                                             std::uint32_t modifiers) {
     const auto answer = std::make_shared<RegistrationAnswer>();
     loop_.post([this, answer, number, keyCode, modifiers] {
-        const platform::OSStatus status =
-            session_ ? session_->hotKeys().add(number, keyCode, modifiers)
-                     : platform::eventInternalErr;
+        const platform::OSStatus status = session_
+                                              ? session_->hotKeys().add(number, keyCode, modifiers)
+                                              : platform::eventInternalErr;
         if (!answer->settle(status) && status == platform::noErr) {
             notifier_.tellRegistered(number);
         }

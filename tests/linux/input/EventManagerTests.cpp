@@ -103,9 +103,7 @@ TEST_F(LinuxEventManagerTest, RefusedHotKeysAreWantedAsLongAsSomebodyHears) {
     recorder.add(HotKeyRecorder::hold, 1);
     means.status = platform::noErr;
     recorder.add(HotKeyRecorder::toggle, 2);
-    {
-        const HotKeyRecorder other(manager);
-    }
+    { const HotKeyRecorder other(manager); }
     EXPECT_EQ(means.wanted.size(), 2U);
     recorder.removeHandler();
     EXPECT_EQ(means.wanted.at(means.onlyOne()), HotKeyRecorder::toggle);

@@ -15,9 +15,8 @@ int main(int argumentCount, char** arguments) {
         return EXIT_FAILURE;
     }
     killBeforeStep(std::atoi(arguments[2]), Steps::filesAndMessages);
-    return runWithConsent(std::string(arguments[1]) == "ask",
-                          [](auto& mainQueue, auto& log, const auto& listener) {
-                              return std::make_unique<tarvik::linuxdesktop::KWinInput>(
-                                  mainQueue, log, listener);
-                          });
+    return runWithConsent(
+        std::string(arguments[1]) == "ask", [](auto& mainQueue, auto& log, const auto& listener) {
+            return std::make_unique<tarvik::linuxdesktop::KWinInput>(mainQueue, log, listener);
+        });
 }

@@ -1,0 +1,66 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <optional>
+
+#include "platform/linux/input/HotKeyMeans.h"
+#include "platform/linux/loop/EventLoop.h"
+
+namespace tarvik::linuxdesktop {
+
+/// A hold of which the desktop reports the press and each repeat of the key, and the release not
+/// always. Tells which reports belong to one hold, and when the repeats are over. Without a clock:
+/// the owner tells the time. One thread.
+class RepeatedHold {
+  public:
+    enum class Report {
+        /// The key went down. The owner ends the hold that lasts, and begins one.
+        press,
+        /// The key of the hold has repeated.
+        repeat,
+        /// A repeat of a hold that has ended.
+        late
+    };
+
+    /// The desktop has reported the hotkey.
+    Report handle(HotKeyNumber number, SteadyTime now);
+    void begin(HotKeyNumber number, SteadyTime now);
+    /// Ends the hold, and returns its hotkey; empty without a hold.
+    std::optional<HotKeyNumber> end();
+
+    /// The hold is about to end, and repeats of its key may be reported later.
+    void expectLateReports(SteadyTime now);
+    /// No report that comes from here on belongs to a hold that has ended.
+    void expectNoLateReports() { endedNumber_ = 0; }
+
+    /// The hotkey that is held; empty without a hold.
+    std::optional<HotKeyNumber> number() const;
+    /// How often the key of the hold has repeated.
+    int repeats() const { return hold_ ? hold_->repeats : 0; }
+    /// The time from a repeat to the end of the hold: `tolerance`, or longer where the reports of
+    /// the hold came more slowly.
+    SteadyTime::duration timeout(SteadyTime::duration tolerance) const;
+    /// From a press to the first repeat, as holds have shown; empty until one had repeats.
+    std::optional<SteadyTime::duration> repeatDelay() const { return repeatDelay_; }
+
+  private:
+    struct Hold {
+        HotKeyNumber number = 0;
+        SteadyTime pressTime;
+        // Of the last report, and the longest time between two repeats.
+        SteadyTime reportTime;
+        SteadyTime::duration maxGap{0};
+        int repeats = 0;
+    };
+
+    void countRepeat(SteadyTime now);
+
+    std::optional<Hold> hold_;
+    std::optional<SteadyTime::duration> repeatDelay_;
+    // A hold that has ended, of which repeats may be on their way.
+    HotKeyNumber endedNumber_ = 0;
+    SteadyTime lateUntil_;
+    SteadyTime::duration lateInterval_{0};
+};
+
+}  // namespace tarvik::linuxdesktop
