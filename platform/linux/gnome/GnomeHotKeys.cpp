@@ -117,7 +117,7 @@ void GnomeHotKeys::claim(std::function<void(bool isFirst)> onAnswer) {
               });
 }
 
-void GnomeHotKeys::bind(HotKeyNumber number, std::uint32_t modifiers, OnStatus onStatus) {
+void GnomeHotKeys::bind(HotKeyNumber number, std::uint32_t modifiers, const OnStatus& onStatus) {
     if (const auto owner = shortcuts_.ownerOf(modifiers)) {
         if (modifiers == platform::optionKeyMask && windowMenu_.isInMenu()) {
             onTaken_(true);

@@ -74,7 +74,7 @@ class GnomeHotKeys final : public SessionHotKeys {
     };
 
     void claim(std::function<void(bool isFirst)> onAnswer);
-    void bind(HotKeyNumber number, std::uint32_t modifiers, OnStatus onStatus);
+    void bind(HotKeyNumber number, std::uint32_t modifiers, const OnStatus& onStatus);
     static std::optional<Repeat> repeatSetting();
     static int onPress(sd_bus_message* call, void* self, sd_bus_error* error);
     void handlePress(std::uint32_t modifiers);

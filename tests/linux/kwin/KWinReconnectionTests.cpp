@@ -61,6 +61,23 @@ TEST_F(KWinReconnection, AHoldEndsWhenKWinIsKilled) {
     EXPECT_TRUE(becomes(*recorder, "P1R1", 10s));
 }
 
+// The bus tells that KWin is there.
+TEST_F(KWinReconnection, AKWinThatAnswersAfterTheFirstSecondIsHeard) {
+    recorder.reset();
+    input.reset();
+    kwin.stop();
+    openInput();
+    recorder.emplace(input->eventManager());
+    EXPECT_EQ(recorder->add(hold, 1), noErr);
+    EXPECT_EQ(recorder->add(HotKeyRecorder::toggle, 2), noErr);
+    kwin.goOn();
+    EXPECT_TRUE(mainQueue.runUntil(
+        [] { return KWinUser::ownerOf(hold) == "com.tarvik.dictate, alt-space"; }));
+    pressAndRelease();
+    typeAgain();
+    EXPECT_TRUE(log.linesWith("a hotkey is lost").empty());
+}
+
 }  // namespace
 
 }  // namespace tarvik::tests

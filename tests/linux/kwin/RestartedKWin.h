@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include <csignal>
 #include <optional>
 
 #include "tests/support/PrivateBus.h"
@@ -22,6 +23,9 @@ class RestartedKWin {
     void start();
     /// Kills KWin, which leaves its socket behind.
     void kill() { kwin_->kill(); }
+    /// Has KWin answer nobody, until goOn().
+    void stop() { kwin_->send(SIGSTOP); }
+    void goOn() { kwin_->send(SIGCONT); }
 
   private:
     TemporaryFolder folder_;
