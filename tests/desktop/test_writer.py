@@ -40,13 +40,34 @@ class DictationIntoWriter(DictationTest):
         stream.say("Five.")
         self.wait_for_text(writer, "Here 😀. One. Two 👍🏽. Three 👨‍👩‍👧‍👦. Four. Five.")
 
-    def test_a_paragraph_that_goes_on_on_the_next_page_is_written_once(self):
-        page = "The quick brown fox jumps over the lazy dog. " * 50
-        stream = self.dictate(self.service, "Here.")
-        text = "Here."
-        for piece in (page, page, "Behind."):
-            stream.say(piece)
-            text += " " + piece
+    def test_a_paragraph_over_three_pages_has_every_emoji(self):
+        self.dictate_three_pages(self.dictate(self.service, "Here."), "Here.")
+
+    def test_a_long_dictation_over_three_pages_has_every_emoji(self):
+        self.keyboard.toggle()
+        self.addCleanup(self.keyboard.toggle)
+        self.dictate_three_pages(self.service.stream(1), "")
+
+    def test_the_caret_is_followed_into_another_paragraph(self):
+        self.keyboard.toggle()
+        self.addCleanup(self.keyboard.toggle)
+        stream = self.service.stream(1)
+        stream.say("One 😀.")
+        self.wait_for_text(self.writer, "One 😀.")
+        self.keyboard.press("Return")
+        self.wait_for_text(self.writer, "One 😀.\n")
+        stream.say("Two 👍🏽.")
+        self.wait_for_text(self.writer, "One 😀.\n Two 👍🏽.")
+
+    def dictate_three_pages(self, stream, text):
+        """A page has about 3,900 characters. Short pieces come where pages end, each of which begins
+        with the caret somewhere else."""
+        half = "The quick brown fox jumps over the lazy dog. " * 42
+        for pieces in ([half, half, "Here 😀.", *["Fox 👨‍👩‍👧‍👦."] * 24], [half, half, *["Dog 👍🏽."] * 24],
+                       [half, half * 3, "The end 🙂."]):
+            for piece in pieces:
+                stream.say(piece)
+                text += (" " if text else "") + piece
             self.wait_for_text(self.writer, text)
 
     def wait_for_text(self, writer, text):

@@ -15,6 +15,8 @@
 
 namespace tarvik::linuxdesktop {
 
+class AtspiElement;
+
 /// A program on the accessibility bus.
 class AtspiApplication {
   public:
@@ -47,6 +49,8 @@ class AtspiApplication {
     /// An insertion has shown that the program counts UTF-16 units. The toolkit's name does not
     /// tell for LibreOffice. The bus's thread only.
     bool isKnownToCountUtf16Units = false;
+    /// The widget that has the focus, as last published. The bus's thread only.
+    std::weak_ptr<AtspiElement> focus;
     /// There while the program owes replies to a change that may have to be undone. The bus's
     /// thread only.
     std::weak_ptr<const void> lateReplies;
@@ -81,6 +85,8 @@ class AtspiElement final : public platform::AXUIElement {
     std::optional<bool> isEditableText;
     /// Empty until the program has replied. The bus's thread only.
     std::optional<std::uint32_t> role;
+    /// What contains the widget; empty until the program has replied. The bus's thread only.
+    std::optional<BusObject> parent;
 
     /// Whether the widget hides its text, and lets nobody read the text either. The bus's thread
     /// only.

@@ -35,6 +35,10 @@ enum class State : unsigned {
     readOnly = 43,
 };
 
+/// The kind of relation that leads from a part of a document to the part before, with its number in
+/// the protocol.
+inline constexpr std::uint32_t flowsFromRelation = 11;
+
 /// Roles with their numbers in the protocol: a field that hides its text, and the parts of a
 /// document that are broken into pages.
 inline constexpr std::uint32_t passwordTextRole = 40;
@@ -54,6 +58,10 @@ class StateSet {
 std::optional<StateSet> stateSetIn(sd_bus_message* reply);
 /// The content of a reply to GetChildren; empty for an error or another type.
 std::optional<std::vector<BusObject>> childrenIn(sd_bus_message* reply);
+/// The object that a property of a widget names; empty for an error or another type.
+std::optional<BusObject> objectPropertyIn(sd_bus_message* reply);
+/// The first object to which a reply to GetRelationSet has a relation of this kind.
+std::optional<BusObject> relatedObjectIn(sd_bus_message* reply, std::uint32_t relation);
 /// Whether a reply to GetInterfaces names EditableText; empty for an error or another type.
 std::optional<bool> hasEditableTextIn(sd_bus_message* reply);
 

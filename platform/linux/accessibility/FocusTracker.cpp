@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "platform/linux/accessibility/AtspiProtocol.h"
+#include "platform/linux/accessibility/ElementQueries.h"
 #include "platform/linux/accessibility/FocusSearch.h"
 #include "platform/linux/accessibility/ListenerFence.h"
 #include "platform/linux/bus/BusReplies.h"
@@ -259,13 +260,9 @@ void FocusTracker::setFocus(Program& program, const std::string& path) {
     program.previousFocus =
         std::exchange(program.focus, std::make_shared<AtspiElement>(program.application, path));
     // Queried now, so that no write has to wait for the reply.
-    bus_.call(bus_.newCall(program.focus->object(), atspi::accessibleInterface, "GetInterfaces"),
-              replyTimeout, [element = program.focus](sd_bus_message* reply) {
-                  element->isEditableText = atspi::hasEditableTextIn(reply);
-              });
-    bus_.call(
-        bus_.newCall(program.focus->object(), atspi::accessibleInterface, "GetRole"), replyTimeout,
-        [element = program.focus](sd_bus_message* reply) { element->role = unsignedIn(reply); });
+    queryElement(bus_, program.focus, [this](BusMessage call, MessageBus::OnReply onReply) {
+        bus_.call(std::move(call), replyTimeout, std::move(onReply));
+    });
 }
 
 void FocusTracker::checkFocus(const BusObject& window, bool isSameWindow) {
@@ -374,6 +371,7 @@ void FocusTracker::publish() {
     // A process may be several programs on the bus. The one with the latest event counts.
     std::map<platform::ProcessIdentifier, std::uint64_t> latest;
     for (const auto& [busName, program] : programs_) {
+        program.application->focus = program.focus;
         const auto process = program.application->process();
         if (process && program.focus && program.sequence >= latest[*process]) {
             latest[*process] = program.sequence;

@@ -7,7 +7,10 @@
 #include <utility>
 
 #include "platform/linux/accessibility/CallBatch.h"
+#include "platform/linux/accessibility/ElementQueries.h"
+#include "platform/linux/accessibility/TextBeforeCaret.h"
 #include "platform/linux/accessibility/TextParts.h"
+#include "platform/linux/accessibility/TextState.h"
 #include "platform/linux/bus/BusReplies.h"
 
 namespace tarvik::linuxdesktop {
@@ -26,6 +29,9 @@ constexpr milliseconds settleTimeout{200};
 constexpr milliseconds settlePollInterval{20};
 // To find out what became of a pending write, once the program replies again.
 constexpr milliseconds lateTimeout{500};
+// LibreOffice lays out many pages at once. The main thread does not wait for that: its write is
+// pending then.
+constexpr std::chrono::seconds layoutTimeout{5};
 constexpr const char* silence = "does not answer";
 
 }  // namespace
@@ -73,15 +79,20 @@ AXError TextWrite::inspect() {
         // The toolkit decides the unit of offsets; a wrong guess would corrupt the text.
         return platform::axErrorCannotComplete;
     }
-    if (!queryText(deadline)) {
+    const auto state = TextState::query(bus_, *element_, deadline);
+    if (!state) {
         return failWithoutReply();
     }
-    if (!states_ || !count_) {
+    if (!state->states || !state->count) {
         return platform::axErrorInvalidUIElement;
     }
-    if (!states_->contains(State::editable) || states_->contains(State::readOnly)) {
+    if (!state->states->contains(State::editable) || state->states->contains(State::readOnly)) {
         return platform::axErrorAttributeUnsupported;
     }
+    caret_ = state->caret;
+    count_ = state->count;
+    selectionStart_ = state->selectionStart;
+    selectionEnd_ = state->selectionEnd;
     offset_ = selectionEnd_ > selectionStart_ ? selectionStart_ : caret_.value_or(-1);
     countBefore_ = *count_ - (selectionEnd_ - selectionStart_);
     // Without a caret there is no offset for the insertion.
@@ -90,15 +101,7 @@ AXError TextWrite::inspect() {
 
 bool TextWrite::queryCapabilities(SteadyTime deadline) {
     CallBatch queries(bus_, deadline);
-    if (!element_->isEditableText) {
-        queries.add(newAccessibleCall("GetInterfaces"), [this](sd_bus_message* reply) {
-            element_->isEditableText = atspi::hasEditableTextIn(reply);
-        });
-    }
-    if (!element_->role) {
-        queries.add(newAccessibleCall("GetRole"),
-                    [this](sd_bus_message* reply) { element_->role = unsignedIn(reply); });
-    }
+    queryElement(bus_, element_, queries);
     if (element_->application->toolkit.empty()) {
         queries.add(bus_.newPropertyCall(element_->application->root(), atspi::applicationInterface,
                                          "ToolkitName"),
@@ -107,34 +110,6 @@ bool TextWrite::queryCapabilities(SteadyTime deadline) {
                     });
     }
     return queries.await();
-}
-
-bool TextWrite::queryText(SteadyTime deadline) {
-    CallBatch queries(bus_, deadline);
-    queries.add(newAccessibleCall("GetState"),
-                [this](sd_bus_message* reply) { states_ = atspi::stateSetIn(reply); });
-    addSelectionQueries(queries);
-    queries.add(widget_.newCaretOffset(),
-                [this](sd_bus_message* reply) { caret_ = integerPropertyIn(reply); });
-    queries.add(widget_.newCharacterCount(),
-                [this](sd_bus_message* reply) { count_ = integerPropertyIn(reply); });
-    return queries.await();
-}
-
-void TextWrite::addSelectionQueries(CallBatch& queries) {
-    // The program replies in the order of the calls. The range counts only when there is a
-    // selection: without one, some programs reply with an error and some with an old range.
-    queries.add(widget_.newSelectionCount(), [this](sd_bus_message* reply) {
-        hasSelection_ = integerIn(reply).value_or(0) > 0;
-    });
-    queries.add(widget_.newSelection(), [this](sd_bus_message* reply) {
-        std::int32_t start = 0;
-        std::int32_t end = 0;
-        if (hasSelection_ && sd_bus_message_read(reply, "ii", &start, &end) > 0) {
-            selectionStart_ = std::min(start, end);
-            selectionEnd_ = std::max(start, end);
-        }
-    });
 }
 
 AXError TextWrite::deleteSelection() {
@@ -170,7 +145,7 @@ AXError TextWrite::insert() {
     }
     const AXError status = verifyInsertion();
     if (status == platform::axErrorSuccess) {
-        moveCaret(offset_ + std::max(*count_ - countBefore_, lengthOfText()));
+        moveCaret(offset_ + std::max(count_.value_or(0) - countBefore_, lengthOfText()));
     } else {
         // The text will be typed, and belongs where the selection was.
         moveCaret(offset_);
@@ -213,8 +188,13 @@ AXError TextWrite::verifyInsertion() {
     // Asked before the wait, which may take all the time that is left. A text that is not there yet
     // must not count as truncated.
     const bool isCut = canChange && hasBegun() && isTruncated();
-    if (!isCut && (isInserted() || goesOnOnNextPage() || (learnsUtf16Units() && isInserted()) ||
-                   (canChange && waitUntil([this] { return isInserted(); })))) {
+    if (!isCut &&
+        (isInserted() || (learnsUtf16Units() && isInserted()) || goesOnOnNextPage() ||
+         (canChange && waitUntil([this] { return isInserted() || goesOnOnNextPage(); })))) {
+        return platform::axErrorSuccess;
+    }
+    if (insertion_->isAccepted && element_->isParagraph() && !count_) {
+        // The insertion has scrolled its paragraph out of view, where no paragraph can be read.
         return platform::axErrorSuccess;
     }
     if (isCut || (insertion_->isAccepted && isTruncated())) {
@@ -244,11 +224,21 @@ std::int64_t TextWrite::lengthToTakeBack() {
                : std::min(inserted, widget_.lengthOf(commonPrefix(text_, found_)));
 }
 
-// LibreOffice lets a paragraph be read as far as its page goes. The rest is on the next page.
+// LibreOffice lets a paragraph be read as far as its page goes. The rest is on the next page, where
+// the caret is then. The whole text may be there, and its first page may be out of view.
 bool TextWrite::goesOnOnNextPage() {
-    const std::int64_t shown = count_.value_or(0) - offset_;
-    return element_->isParagraph() && insertion_->isAccepted &&
-           (shown < lengthOfText() ? readText(shown) : found_ == text_) && hasBegun();
+    if (!element_->isParagraph() || !insertion_->isAccepted) {
+        return false;
+    }
+    deadline_ = std::max(deadline_, steady_clock::now() + layoutTimeout);
+    const std::int64_t shown = count_.value_or(offset_) - offset_;
+    if (shown > 0 && (shown < lengthOfText() ? readText(shown) : found_ == text_) && hasBegun()) {
+        return true;
+    }
+    // The same words may have stood before the caret already.
+    const bool hasChanged = count_ != countBefore_ || caret_ != offset_;
+    const auto focus = element_->application->focus.lock();
+    return hasChanged && focus && standsBeforeCaret(bus_, *focus, text_, deadline_);
 }
 
 // The text was counted in characters, so only its beginning was read back.
@@ -378,7 +368,8 @@ void TextWrite::takeBack(std::int64_t length) {
 }
 
 void TextWrite::moveCaret(std::int64_t offset) {
-    if (caret_ != offset) {
+    // A caret of -1 is in another widget, behind a text that goes on there.
+    if (caret_ != offset && caret_ != -1) {
         // Awaited, so that the caret does not move after the user's next action. The text is right
         // whatever the reply is.
         awaitReply(widget_.newCaretMove(offset));
@@ -389,10 +380,6 @@ void TextWrite::awaitReply(BusMessage call) {
     CallBatch calls(bus_, deadline_);
     calls.add(std::move(call), [](sd_bus_message* /*reply*/) {});
     calls.await();
-}
-
-BusMessage TextWrite::newAccessibleCall(const char* member) {
-    return bus_.newCall(element_->object(), atspi::accessibleInterface, member);
 }
 
 }  // namespace tarvik::linuxdesktop

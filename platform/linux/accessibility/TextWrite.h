@@ -16,8 +16,6 @@
 
 namespace tarvik::linuxdesktop {
 
-class CallBatch;
-
 /// Gets whether the text of a pending write has arrived. Returns whether the text is still wanted.
 using OnSettled = std::function<bool(bool hasArrived)>;
 /// Runs a task on the bus's thread, later and outside handlers of the bus.
@@ -67,8 +65,6 @@ class TextWrite : public std::enable_shared_from_this<TextWrite> {
   private:
     platform::AXError inspect();
     bool queryCapabilities(SteadyTime deadline);
-    bool queryText(SteadyTime deadline);
-    void addSelectionQueries(CallBatch& queries);
     platform::AXError deleteSelection();
     platform::AXError insert();
     void settle();
@@ -90,7 +86,6 @@ class TextWrite : public std::enable_shared_from_this<TextWrite> {
     void moveCaret(std::int64_t offset);
     void awaitReply(BusMessage call);
 
-    BusMessage newAccessibleCall(const char* member);
     std::int64_t lengthOfText() const { return widget_.lengthOf(text_); }
 
     MessageBus& bus_;
@@ -103,8 +98,6 @@ class TextWrite : public std::enable_shared_from_this<TextWrite> {
     bool isChanging_ = false;
     SteadyTime deadline_;
 
-    std::optional<atspi::StateSet> states_;
-    bool hasSelection_ = false;
     std::int64_t selectionStart_ = 0;
     std::int64_t selectionEnd_ = 0;
     /// Where the text is inserted.

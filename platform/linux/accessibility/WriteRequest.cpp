@@ -6,6 +6,8 @@
 #include <utility>
 
 #include "platform/linux/accessibility/AtspiProtocol.h"
+#include "platform/linux/accessibility/CallBatch.h"
+#include "platform/linux/accessibility/ElementQueries.h"
 #include "platform/linux/bus/BusReplies.h"
 
 namespace tarvik::linuxdesktop {
@@ -34,9 +36,9 @@ WriteRequest::~WriteRequest() {
     reply_->settle(false);
 }
 
-std::shared_ptr<TextWrite> WriteRequest::newWrite() {
+std::shared_ptr<TextWrite> WriteRequest::newWrite(std::shared_ptr<AtspiElement> element) {
     return std::make_shared<TextWrite>(
-        bus_, element_, text_,
+        bus_, std::move(element), text_,
         TextWrite::Handlers{onUnreliable_,
                             [self = shared_from_this()](bool hasArrived) {
                                 return self->reply_->settle(hasArrived);
@@ -44,9 +46,35 @@ std::shared_ptr<TextWrite> WriteRequest::newWrite() {
                             defer_});
 }
 
+// A document is one text in several widgets: one for each paragraph, and one for each page of a
+// paragraph. LibreOffice has them. A widget is gone once it has scrolled out of view.
+std::shared_ptr<AtspiElement> WriteRequest::focusInTheSameText(SteadyTime deadline) {
+    auto focus = element_->application->focus.lock();
+    if (!focus || focus->path == element_->path || !element_->isParagraph() || !element_->parent) {
+        return nullptr;
+    }
+    CallBatch queries(bus_, deadline);
+    queryElement(bus_, focus, queries);
+    const bool isSameText =
+        queries.await() && focus->isParagraph() && focus->parent == element_->parent;
+    return isSameText ? focus : nullptr;
+}
+
+WriteRequest::Attempt WriteRequest::attempt(SteadyTime deadline) {
+    auto write = newWrite(element_);
+    platform::AXError status = write->run(deadline);
+    if (status == platform::axErrorNoValue || status == platform::axErrorInvalidUIElement) {
+        // The replies to the write came after all that the program has reported of its focus.
+        if (auto element = focusInTheSameText(deadline)) {
+            write = newWrite(std::move(element));
+            status = write->run(deadline);
+        }
+    }
+    return {write, status};
+}
+
 void WriteRequest::run(SteadyTime deadline) {
-    const auto write = newWrite();
-    const platform::AXError status = write->run(deadline);
+    const auto [write, status] = attempt(deadline);
     const bool isAwaited = reply_->deliver(status, write->isPending() || write->hasNotBegun());
     if (write->hasNotBegun()) {
         awaitProgram();
@@ -59,7 +87,7 @@ void WriteRequest::awaitProgram() {
     bus_.call(bus_.newCall(element_->object(), atspi::accessibleInterface, "GetState"), busyTimeout,
               [self = shared_from_this()](sd_bus_message* reply) {
                   if (isNoReply(reply)) {
-                      self->newWrite()->reportSilence();
+                      self->newWrite(self->element_)->reportSilence();
                   } else {
                       self->defer_([self] { self->runAgain(); });
                   }
@@ -71,8 +99,7 @@ void WriteRequest::runAgain() {
         return;
     }
     element_->application->isUnresponsive = false;
-    const auto write = newWrite();
-    const platform::AXError status = write->run(std::chrono::steady_clock::now() + attemptTimeout);
+    const auto [write, status] = attempt(std::chrono::steady_clock::now() + attemptTimeout);
     if (write->hasNotBegun()) {
         write->reportSilence();
     } else if (status == platform::axErrorSuccess && !reply_->settle(true)) {

@@ -32,7 +32,16 @@ class WriteRequest : public std::enable_shared_from_this<WriteRequest> {
     void run(SteadyTime deadline);
 
   private:
-    std::shared_ptr<TextWrite> newWrite();
+    struct Attempt {
+        std::shared_ptr<TextWrite> write;
+        platform::AXError status;
+    };
+    /// Writes where the caret of the element's text is.
+    Attempt attempt(SteadyTime deadline);
+    /// The widget that has the caret, where that is another widget of the same document. Blocks
+    /// until `deadline` at the most.
+    std::shared_ptr<AtspiElement> focusInTheSameText(SteadyTime deadline);
+    std::shared_ptr<TextWrite> newWrite(std::shared_ptr<AtspiElement> element);
     void awaitProgram();
     void runAgain();
 

@@ -13,8 +13,8 @@ window is active or is not, "lose" takes the focus away inside the window, "grab
 grab, which makes the window inactive as well, "pane" has something around the field report the focus
 that the field has, "second" reports the focus of the second field, "read" prints the text of the
 second field, "insertions" prints the number of requested insertions, "examinations" prints how often
-the window was asked for its states, "behave NAME" changes the behaviour, "caret N" places the caret, "type TEXT" acts
-like typed keys, "wake" ends a silence, "settle" prints "done" when all requests sent so far are handled, "quit"
+the window was asked for its states, "behave NAME" changes the behaviour, "type TEXT" acts like typed
+keys, "wake" ends a silence, "settle" prints "done" when all requests sent so far are handled, "quit"
 ends the program. The other commands print "done" at once.
 """
 
@@ -43,10 +43,7 @@ WINDOW = "/org/a11y/atspi/accessible/3"
 PANE = "/org/a11y/atspi/accessible/4"
 # Roles, as the interface numbers them.
 PASSWORD_TEXT = 40
-PARAGRAPH = 73
 ENTRY = 79
-# What a paragraph shows of its text, in characters.
-PAGE = 12
 
 parser = argparse.ArgumentParser(description=__doc__)
 parser.add_argument("--behaviour", default="honest",
@@ -55,8 +52,7 @@ parser.add_argument("--behaviour", default="honest",
                              "silent-and-utf16", "silent-and-late", "silent-and-utf16-short",
                              "silent-and-utf16-unreadable",
                              "silent-on-deletion", "dying-on-insertion", "slow", "undeletable",
-                             "nonsense", "garbling", "unreadable", "utf16", "utf16-cutting", "masking",
-                             "paged"])
+                             "nonsense", "garbling", "unreadable", "utf16", "utf16-cutting", "masking"])
 parser.add_argument("--window", action="store_true")
 parser.add_argument("--unheard-activation", action="store_true")
 parser.add_argument("--slow-window", action="store_true", help="the window's first reply takes 0.8 s")
@@ -93,10 +89,6 @@ class Field:
         self.is_silent = self.was_silent = False
         # The requests during a silence. Like a stopped program, the field handles them afterwards.
         self.waiting = []
-
-    @property
-    def shown(self):
-        return self.text[:PAGE] if self.behaviour == "paged" else self.text
 
     def replace(self, start, end, text):
         self.text = self.text[:start] + text + self.text[end:]
@@ -208,8 +200,8 @@ class Widget(dbus.service.Object):
 
     @dbus.service.method(ACCESSIBLE, out_signature="u", async_callbacks=("reply", "error"))
     def GetRole(self, reply, error):
-        roles = {"masking": PASSWORD_TEXT, "paged": PARAGRAPH}
-        self.answer(reply, lambda: (dbus.UInt32(roles.get(self.field.behaviour, ENTRY)),))
+        self.answer(reply, lambda: (
+            dbus.UInt32(PASSWORD_TEXT if self.field.behaviour == "masking" else ENTRY),))
 
     @dbus.service.method(dbus.PROPERTIES_IFACE, in_signature="ss", out_signature="v",
                          async_callbacks=("reply", "error"))
@@ -219,7 +211,7 @@ class Widget(dbus.service.Object):
         elif name == "CharacterCount":
             if self.field.behaviour == "cutting-slowly":
                 time.sleep(0.1)
-            self.answer(reply, lambda: (dbus.Int32(len(self.field.shown)),))
+            self.answer(reply, lambda: (dbus.Int32(len(self.field.text)),))
             # The last request before the writer changes anything.
             if self.field.behaviour == "silent-on-deletion" and not self.field.was_silent:
                 self.field.fall_silent()
@@ -243,9 +235,7 @@ class Widget(dbus.service.Object):
                          async_callbacks=("reply", "error"))
     def GetText(self, start, end, reply, error):
         def work():
-            text = characters(self.field.shown[start:end])
-            if self.field.behaviour == "paged" and end > len(text) + start:
-                return ("",)
+            text = characters(self.field.text[start:end])
             if "unreadable" in self.field.behaviour:
                 return ("",)
             return ("•" * len(text) if self.field.behaviour == "masking" else text,)
@@ -363,8 +353,6 @@ def command(line):
     elif line == "examinations":
         target_options.announce(str(window.examinations))
         return
-    elif line.startswith("caret "):
-        field.start = field.end = int(line.removeprefix("caret "))
     elif line.startswith("type "):
         field.replace(field.start, field.end, line.removeprefix("type "))
     elif line == "wake":

@@ -276,18 +276,6 @@ TEST_F(AtspiAccessibility, AProgramThatCountsUtf16UnitsKeepsWhatItInserted) {
     EXPECT_TRUE(log.lines().empty());
 }
 
-// LibreOffice does that. What was taken back of such a text left its end on the next page.
-TEST_F(AtspiAccessibility, AParagraphThatGoesOnOnTheNextPageKeepsTheText) {
-    open("paged", "begin end", {"--select", "6:6"});
-    EXPECT_EQ(write(element, "middle and more "), platform::axErrorSuccess);
-    EXPECT_EQ(target->text(), "begin middle and more end");
-    EXPECT_EQ(target->command("caret 0"), "done");
-    EXPECT_EQ(write(element, "One. "), platform::axErrorSuccess);
-    EXPECT_EQ(target->text(), "One. begin middle and more end");
-    EXPECT_EQ(insertions(), "2");
-    EXPECT_TRUE(log.lines().empty());
-}
-
 TEST_F(AtspiAccessibility, AFieldThatHidesItsTextIsBelievedByItsCount) {
     open("masking", "begin end", {"--select", "6:6"});
     EXPECT_EQ(write(element, "middle 😀 "), platform::axErrorSuccess);
