@@ -3,6 +3,7 @@
 #include "platform/linux/accessibility/WriteRequest.h"
 
 #include <chrono>
+#include <optional>
 #include <utility>
 
 #include "platform/linux/accessibility/AtspiProtocol.h"
@@ -19,6 +20,8 @@ using namespace std::chrono_literals;
 // LibreOffice loads fonts for some seconds on a busy machine. It drops emoji that are typed.
 constexpr auto busyTimeout = 5s;
 constexpr auto attemptTimeout = 500ms;
+// Of widgets in each other.
+constexpr int maxDepth = 50;
 
 }  // namespace
 
@@ -60,15 +63,39 @@ std::shared_ptr<AtspiElement> WriteRequest::focusInTheSameText(SteadyTime deadli
     return isSameText ? focus : nullptr;
 }
 
+// LibreOffice reports the focus for the pane around its document, too. A recording may begin before
+// the report is refuted.
+std::shared_ptr<AtspiElement> WriteRequest::focusInside(SteadyTime deadline) {
+    auto focus = element_->application->focus.lock();
+    std::optional<BusObject> around;
+    if (focus && focus->path != element_->path) {
+        around = focus->object();
+    }
+    for (int depth = 0; around && depth < maxDepth; ++depth) {
+        const BusObject inner = *std::exchange(around, std::nullopt);
+        CallBatch query(bus_, deadline);
+        query.add(bus_.newPropertyCall(inner, atspi::accessibleInterface, "Parent"),
+                  [&](sd_bus_message* reply) { around = atspi::objectPropertyIn(reply); });
+        if (query.await() && around == element_->object()) {
+            return focus;
+        }
+    }
+    return nullptr;
+}
+
 WriteRequest::Attempt WriteRequest::attempt(SteadyTime deadline) {
     auto write = newWrite(element_);
     platform::AXError status = write->run(deadline);
+    // The replies to the write came after all that the program has reported of its focus.
+    std::shared_ptr<AtspiElement> other;
     if (status == platform::axErrorNoValue || status == platform::axErrorInvalidUIElement) {
-        // The replies to the write came after all that the program has reported of its focus.
-        if (auto element = focusInTheSameText(deadline)) {
-            write = newWrite(std::move(element));
-            status = write->run(deadline);
-        }
+        other = focusInTheSameText(deadline);
+    } else if (status == platform::axErrorAttributeUnsupported) {
+        other = focusInside(deadline);
+    }
+    if (other) {
+        write = newWrite(std::move(other));
+        status = write->run(deadline);
     }
     return {write, status};
 }

@@ -41,6 +41,9 @@ class WriteRequest : public std::enable_shared_from_this<WriteRequest> {
     /// The widget that has the caret, where that is another widget of the same document. Blocks
     /// until `deadline` at the most.
     std::shared_ptr<AtspiElement> focusInTheSameText(SteadyTime deadline);
+    /// The widget that has the focus, where that is inside the element. Blocks until `deadline` at
+    /// the most.
+    std::shared_ptr<AtspiElement> focusInside(SteadyTime deadline);
     std::shared_ptr<TextWrite> newWrite(std::shared_ptr<AtspiElement> element);
     void awaitProgram();
     void runAgain();

@@ -137,7 +137,7 @@ class Root(dbus.service.Object):
 
 
 class Container(dbus.service.Object):
-    """The window or the pane around the fields. It never has the focus."""
+    """The window, or the pane around the first field. It never has the focus."""
 
     is_active = False
     examinations = 0
@@ -152,6 +152,10 @@ class Container(dbus.service.Object):
     @dbus.service.method(ACCESSIBLE, out_signature="as")
     def GetInterfaces(self):
         return [ACCESSIBLE]
+
+    @dbus.service.method(dbus.PROPERTIES_IFACE, in_signature="ss", out_signature="v")
+    def Get(self, interface, name):
+        return dbus.Struct(reference(ROOT))
 
     @dbus.service.method(ACCESSIBLE, out_signature="a(so)")
     def GetChildren(self):
@@ -206,7 +210,9 @@ class Widget(dbus.service.Object):
     @dbus.service.method(dbus.PROPERTIES_IFACE, in_signature="ss", out_signature="v",
                          async_callbacks=("reply", "error"))
     def Get(self, interface, name, reply, error):
-        if self.field.behaviour == "nonsense":
+        if name == "Parent":
+            self.answer(reply, lambda: (dbus.Struct(reference(PANE if self.field is field else ROOT)),))
+        elif self.field.behaviour == "nonsense":
             self.answer(reply, lambda: (dbus.Int32(2147483647),))
         elif name == "CharacterCount":
             if self.field.behaviour == "cutting-slowly":
