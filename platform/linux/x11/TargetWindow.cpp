@@ -66,7 +66,10 @@ void TargetWindow::giveFocusBack() {
     const xcb_window_t front = front_.window();
     if (earlierFront_ != XCB_NONE && (front == broughtToFront_ || front == earlierFront_)) {
         front_.activate(earlierFront_);
-        return_ = {broughtToFront_, earlierFront_, Clock::now()};
+        if (front_.canBeGivenFocus(earlierFront_)) {
+            front_.setFocus({earlierFront_});
+        }
+        return_ = {broughtToFront_, earlierFront_, front_.processOf(earlierFront_), Clock::now()};
     }
     broughtToFront_ = XCB_NONE;
 }
@@ -75,11 +78,12 @@ bool TargetWindow::isFocusOnItsWayBack() {
     if (!return_) {
         return false;
     }
+    const auto& [from, to, process, requested] = *return_;
     const xcb_window_t front = front_.window();
-    const bool isElsewhere = front != XCB_NONE && front != return_->from && front != return_->to;
-    const auto process = front_.processOf(return_->to);
-    const bool isBack = process ? front_.isInFront(*process, return_->to) : front == return_->to;
-    if (isBack || isElsewhere || Clock::now() >= return_->requested + maxReturn) {
+    const bool isElsewhere = front != XCB_NONE && front != from && front != to;
+    const bool isBack = process ? front_.isInFront(*process, to) : front == to;
+    const bool isGone = process && front_.windowOf(*process, to) != to;
+    if (isBack || isElsewhere || isGone || Clock::now() >= requested + maxTimeout) {
         return_.reset();
     }
     return return_.has_value();

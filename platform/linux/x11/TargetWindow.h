@@ -3,7 +3,6 @@
 
 #include <xcb/xcb.h>
 
-#include <chrono>
 #include <functional>
 #include <map>
 #include <optional>
@@ -50,13 +49,12 @@ class TargetWindow {
     /// Whether a window has been brought to the front and the focus not been given back.
     bool isBroughtToFront() const { return broughtToFront_ != XCB_NONE; }
     xcb_window_t broughtToFront() const { return broughtToFront_; }
-    /// Gives the focus back to the window that had it, unless the user has moved it meanwhile.
+    /// Gives the focus back to the window that had it, unless the user has moved it meanwhile. A
+    /// window that is shown has the focus at once, and the window manager learns of it later.
     void giveFocusBack();
-    /// Whether the window manager has yet to give the focus back. False once the window has the
-    /// focus, once the user has moved the focus elsewhere, and after maxReturn.
+    /// Whether the window manager has yet to bring that window back. False once the window is in
+    /// front or gone, once the user has moved the focus elsewhere, and after 30 s.
     bool isFocusOnItsWayBack();
-    /// The limit for a window manager that gives a focus back.
-    static constexpr std::chrono::milliseconds maxReturn{1000};
 
     /// The window that has been brought to the front is not there yet, and its text lets others
     /// pass for 30 s.
@@ -69,6 +67,8 @@ class TargetWindow {
     struct Return {
         xcb_window_t from = XCB_NONE;
         xcb_window_t to = XCB_NONE;
+        /// Empty when it is not known.
+        std::optional<platform::ProcessIdentifier> process;
         SteadyTime requested;
     };
     struct Awaited {

@@ -14,6 +14,8 @@ using std::chrono::milliseconds;
 
 // For a program to come to the front or to read what was typed there.
 constexpr auto targetTimeout = 300ms;
+// No event tells of a window that is gone before it got the focus back.
+constexpr auto returnInterval = 1s;
 // Nothing tells when another program lets go of the keyboard.
 constexpr auto keyboardInterval = 50ms;
 // The end of the program waits no longer than a second in all.
@@ -145,16 +147,17 @@ void Typist::reachTarget() {
     const auto process = current().process;
     behind_ = XCB_NONE;
     inFront_ = XCB_NONE;
-    const auto target = process ? targetWindow_.find(*process, item_->window)
-                                : TargetWindow::Target{Place::inFront};
-    // A burst ends with the focus where it was, later than the request for its way back, and the
-    // server ignores a window manager that sets the focus by the time of that request.
-    if (target.place != Place::inFront && targetWindow_.isFocusOnItsWayBack()) {
+    // Until then the window manager names a window in front that may not have the focus. A window
+    // that took the focus for a text would give it back to that one, for good: the server ignores a
+    // window manager that sets the focus by the time of an earlier request.
+    if (process && targetWindow_.isFocusOnItsWayBack()) {
         wait_.begin(
-            TargetWindow::maxReturn, [this] { return !targetWindow_.isFocusOnItsWayBack(); },
+            returnInterval, [this] { return !targetWindow_.isFocusOnItsWayBack(); },
             [this](bool) { reachTarget(); });
         return;
     }
+    const auto target = process ? targetWindow_.find(*process, item_->window)
+                                : TargetWindow::Target{Place::inFront};
     switch (target.place) {
         case Place::behind:
             behind_ = target.window;

@@ -111,6 +111,13 @@ void moveFrontWindowAway() {
                         "_NET_WM_DESKTOP", {1, 2});
 }
 
+void minimiseFrontWindow() {
+    constexpr std::uint32_t iconicState = 3;
+    const auto connection = XcbConnection::open().value();
+    sendToWindowManager(*connection, windowInProperty(*connection, "_NET_ACTIVE_WINDOW"),
+                        "WM_CHANGE_STATE", {iconicState, 0});
+}
+
 StoppedWindowManager::StoppedWindowManager() {
     const auto connection = XcbConnection::open().value();
     process_ =

@@ -17,6 +17,9 @@ void bringToFront(platform::ProcessIdentifier process);
 /// Moves the window in front to another workspace, where it is not shown.
 void moveFrontWindowAway();
 
+/// Hides the window in front, on its workspace.
+void minimiseFrontWindow();
+
 /// The window manager does nothing as long as the object lives.
 class StoppedWindowManager {
   public:
