@@ -2,11 +2,7 @@
 
 """What stands on a GNOME desktop: the keyboard, and programs to dictate into."""
 
-from accessible import ScreenReader
-from bus import NoReply
-from desktop import wait_for
-from pressed_keys import ALT, F4, SHIFT, PressedKeys
-from setup_window import RESTART
+from pressed_keys import SHIFT, PressedKeys
 from target import FootTerminal, Target, WidgetTarget
 
 REMOTE = "org.gnome.Mutter.RemoteDesktop"
@@ -42,20 +38,3 @@ class GnomeWidgetTarget(GnomeTarget, WidgetTarget):
 
 class GnomeFootTarget(GnomeTarget, FootTerminal):
     """As FootTerminal."""
-
-
-def close_setup_window(desktop, keyboard):
-    """Waits until the setup window has the keyboard, and closes it by a key."""
-    reader = ScreenReader(desktop)
-    window = reader.window_with(RESTART)
-    wait_for(lambda: window.has("active"), "the setup window in front")
-    keyboard.tap(ALT, F4)
-
-    def is_gone():
-        try:
-            return not window.has("showing")
-        except NoReply:
-            return True
-
-    wait_for(is_gone, "the end of the setup window")
-    reader.close()

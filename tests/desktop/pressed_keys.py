@@ -3,7 +3,7 @@
 """Keys of a Wayland desktop, by the kernel's numbers."""
 
 ALT, SHIFT, SPACE = 56, 42, 57
-ESCAPE, RETURN, A, B, F4, F9 = 1, 28, 30, 48, 62, 67
+ESCAPE, W, RETURN, CTRL, A, B, F9 = 1, 17, 28, 29, 30, 48, 67
 
 
 class PressedKeys:

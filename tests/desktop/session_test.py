@@ -4,13 +4,35 @@
 
 import signal
 
+from accessible import ScreenReader
 from application import READY
+from bus import NoReply
+from desktop import wait_for
 from dictation_test import DictationTest
-from pressed_keys import ALT, SPACE
+from pressed_keys import ALT, CTRL, SPACE, W
+from setup_window import RESTART
 
 SENTENCE = "the quick brown fox jumps over the lazy dog"
 EXACT = "Zażółć – 日本語 😀, done."
 REGISTERED = ("hold-to-talk registered", "tap-to-toggle registered")
+
+
+def close_setup_window(desktop, keyboard):
+    """Waits until the setup window has the keyboard, and closes it by a key. A window that is still to
+    come would take the keyboard away from a program."""
+    reader = ScreenReader(desktop)
+    window = reader.window_with(RESTART)
+    wait_for(lambda: window.has("active"), "the setup window in front")
+    keyboard.tap(CTRL, W)
+
+    def is_gone():
+        try:
+            return not window.has("showing")
+        except NoReply:
+            return True
+
+    wait_for(is_gone, "the end of the setup window")
+    reader.close()
 
 
 class SessionTest(DictationTest):
@@ -26,9 +48,12 @@ class SessionTest(DictationTest):
         self.may_be_killed = False
 
     def start_application(self, service=None, ready=(*READY, *REGISTERED), is_killed=False,
-                          **options):
+                          closes_setup=True, **options):
         self.may_be_killed |= is_killed
-        return super().start_application(service, closes_setup=False, ready=ready, **options)
+        application = super().start_application(service, closes_setup=False, ready=ready, **options)
+        if closes_setup:
+            close_setup_window(self.desktop, self.keyboard)
+        return application
 
     def end_application(self, application):
         self.keyboard.release_all()

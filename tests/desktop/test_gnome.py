@@ -10,7 +10,7 @@ from accessible import ScreenReader
 from application import READY
 from desktop import wait_for
 from gnome import GnomeDesktop, missing
-from gnome_parts import GnomeFootTarget, GnomeKeyboard, GnomeWidgetTarget, close_setup_window
+from gnome_parts import GnomeFootTarget, GnomeKeyboard, GnomeWidgetTarget
 from pressed_keys import ALT, SPACE
 from session_test import EXACT, SessionTest
 from setup_window import RESTART
@@ -32,12 +32,6 @@ class OnGnome(SessionTest):
     @classmethod
     def make_keyboard(cls):
         return GnomeKeyboard(cls.desktop)
-
-    def start_application(self, service=None, closes_setup=True, **options):
-        application = super().start_application(service, **options)
-        if closes_setup:
-            close_setup_window(self.desktop, self.keyboard)
-        return application
 
     def start_widget(self, toolkit, **options):
         return self.start(GnomeWidgetTarget, toolkit, **options)

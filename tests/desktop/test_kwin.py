@@ -100,7 +100,6 @@ class OnKWin(SessionTest):
         self.keyboard.release(SPACE, ALT)
         application.log.wait_for("stopRecording (session=1)")
 
-
     def test_another_program_gives_its_shortcut_up_at_a_click(self):
         bus = Bus(self.desktop.environment["DBUS_SESSION_BUS_ADDRESS"])
         self.addCleanup(bus.close)
@@ -120,7 +119,8 @@ class OnKWin(SessionTest):
         self.addCleanup(call, "unregister", "(ss)", *action[:2])
         untrusted = (READY[0], "accessibility trusted → false", "hold register failed: -9878",
                      "KDE has given Alt+Space to: Other Program, Launch")
-        application = self.start_application(self.start_scripted_service(), ready=untrusted)
+        application = self.start_application(self.start_scripted_service(), closes_setup=False,
+                                             ready=untrusted)
         self.assertEqual(owner(), "other.program")
         reader = ScreenReader(self.desktop)
         self.addCleanup(reader.close)

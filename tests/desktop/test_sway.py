@@ -26,16 +26,6 @@ class OnSwayTest(SessionTest):
     def make_keyboard(cls):
         return WaylandKeyboard(cls.desktop, BINARIES)
 
-    def start_application(self, service=None, closes_setup=True, **options):
-        application = super().start_application(service, **options)
-        if closes_setup:
-            window = wait_for_sway_window(
-                self.desktop, lambda window: window["pid"] == application.pid, "the setup window")
-            self.desktop.run(["swaymsg", f"[con_id={window['id']}] kill"])
-            wait_for(lambda: window["id"] not in [w["id"] for w in windows(self.desktop)],
-                     "the end of the setup window")
-        return application
-
     def start_widget(self, toolkit="gtk3", **options):
         return self.start(SwayWidgetTarget, toolkit, **options)
 

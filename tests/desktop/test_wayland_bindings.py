@@ -6,12 +6,10 @@ the application: Sway that does not tell its socket, and labwc where it is insta
 import shutil
 import unittest
 
-from accessible import ScreenReader
 from desktop import wait_for
 from dictation_test import BINARIES
 from pressed_keys import A, ALT, B, SPACE
 from session_test import EXACT, SessionTest
-from setup_window import RESTART
 from sway import LabwcDesktop, SwayDesktop, become_ordinary_user
 from sway_parts import FootTarget, WaylandKeyboard
 from target import WidgetTarget
@@ -43,12 +41,7 @@ class AnyCompositor:
         return WaylandKeyboard(cls.desktop, BINARIES)
 
     def start_application(self, service):
-        application = super().start_application(service, ready=SERVED)
-        # It comes to the front by itself.
-        reader = ScreenReader(self.desktop)
-        self.addCleanup(reader.close)
-        reader.window_with(RESTART)
-        return application
+        return super().start_application(service, ready=SERVED)
 
     def start_terminal(self):
         """Starts a terminal, and types into it until it has the keyboard."""
