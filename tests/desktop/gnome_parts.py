@@ -2,10 +2,15 @@
 
 """What stands on a GNOME desktop: the keyboard, and programs to dictate into."""
 
+import time
+
 from pressed_keys import SHIFT, PressedKeys
 from target import FootTerminal, Target, WidgetTarget
 
 REMOTE = "org.gnome.Mutter.RemoteDesktop"
+# Seconds between two taps of one hotkey. GNOME runs the same command for a press and for a repeat. So a
+# press within 0.25 s of a release counts as a late repeat, and nobody presses again so soon.
+BETWEEN_TAPS = 0.5
 
 
 class GnomeKeyboard(PressedKeys):
@@ -17,8 +22,14 @@ class GnomeKeyboard(PressedKeys):
         self._session = self._bus.call(REMOTE, "/org/gnome/Mutter/RemoteDesktop", REMOTE,
                                        "CreateSession")[0]
         self._call("Start")
+        self._tap_end = 0.0
         # The first key makes it a keyboard of the seat.
         self.tap(SHIFT)
+
+    def toggle(self):
+        time.sleep(max(0.0, self._tap_end + BETWEEN_TAPS - time.monotonic()))
+        super().toggle()
+        self._tap_end = time.monotonic()
 
     def _call(self, method, signature="()", *arguments):
         self._bus.call(REMOTE, self._session, f"{REMOTE}.Session", method, signature, *arguments)
