@@ -11,11 +11,13 @@ namespace tarvik::linuxdesktop {
 namespace {
 
 // The keys of the main block that have characters. Chromium takes any other key for what its
-// position means. The key between Shift and Z, which most keyboards lack, is the neutral one.
+// position means.
 constexpr std::array<std::uint32_t, TextKeymap::keyCount> textKeys{
     2,  3,  4,  5,  6,  7,  8,  9,  10, 11, 12, 13, 16, 17, 18, 19, 20, 21, 22, 23, 24, 25, 26, 27,
     30, 31, 32, 33, 34, 35, 36, 37, 38, 39, 40, 41, 43, 44, 45, 46, 47, 48, 49, 50, 51, 52, 53};
-constexpr std::uint32_t neutralKey = 86;
+// No keyboard has the key. An X program that looks it up late, in the map of the user's keyboard,
+// finds no symbol there.
+constexpr std::uint32_t neutralKey = 240;
 // xkbcommon numbers keys as X11 does.
 constexpr std::uint32_t x11Offset = 8;
 

@@ -109,6 +109,24 @@ TEST(TextKeymap, HasAKeyThatTypesNothing) {
     EXPECT_EQ(TextKeymap::altModifier, 1U << 3);
 }
 
+// An X program may look the key up in the map of the keyboard that came before.
+TEST(TextKeymap, HasAKeyThatTypesNothingByTheMapOfTheUsersKeyboard) {
+    const std::unique_ptr<xkb_context, decltype(&xkb_context_unref)> context(
+        xkb_context_new(XKB_CONTEXT_NO_FLAGS), &xkb_context_unref);
+    for (const char* layout : {"us", "de", "fr", "jp", "br"}) {
+        const xkb_rule_names names{"evdev", "pc105", layout, nullptr, nullptr};
+        const std::unique_ptr<xkb_keymap, decltype(&xkb_keymap_unref)> keymap(
+            xkb_keymap_new_from_names(context.get(), &names, XKB_KEYMAP_COMPILE_NO_FLAGS),
+            &xkb_keymap_unref);
+        ASSERT_TRUE(keymap) << layout;
+        const xkb_keysym_t* symbols = nullptr;
+        EXPECT_EQ(xkb_keymap_key_get_syms_by_level(
+                      keymap.get(), TextKeymap::neutralStroke().key + 8, 0, 0, &symbols),
+                  0)
+            << layout;
+    }
+}
+
 }  // namespace
 
 }  // namespace tarvik::tests
