@@ -3,6 +3,7 @@
 """A private GNOME desktop on Wayland, without a screen."""
 
 import os
+import re
 import shutil
 
 from bus import Bus
@@ -25,11 +26,13 @@ def missing():
 
 
 class GnomeDesktop(Desktop):
-    """`window_menu` is what opens the menu of windows, in GNOME's notation."""
+    """`window_menu` is what opens the menu of windows, in GNOME's notation. `xwayland` is whether X
+    programs can run."""
 
-    def __init__(self, window_menu="[]", **options):
+    def __init__(self, window_menu="[]", xwayland=False, **options):
         super().__init__(**options)
         self._window_menu = window_menu
+        self._xwayland = xwayland
 
     def _make_environment(self):
         super()._make_environment()
@@ -65,15 +68,24 @@ class GnomeDesktop(Desktop):
             self.spawn([program])
         display = "wayland-gnome"
         self.shell = self.spawn(["gnome-shell", "--headless", "--virtual-monitor", self.size,
-                                 "--wayland", "--no-x11", "--wayland-display", display])
+                                 "--wayland", "--wayland-display", display,
+                                 *([] if self._xwayland else ["--no-x11"])])
         self.environment["WAYLAND_DISPLAY"] = display
         self.bus = Bus(self.environment["DBUS_SESSION_BUS_ADDRESS"])
         wait_for(lambda: self.owns(SHELL) and self._is_overview_open(), "GNOME Shell",
                  SHELL_TIMEOUT, self.shell)
         self.bus.set(SHELL, "/org/gnome/Shell", SHELL, "OverviewActive", "b", False)
+        if self._xwayland:
+            self._find_x_server()
         self.media_keys = self.spawn([MEDIA_KEYS_PROGRAM])
         wait_for(lambda: self.owns(MEDIA_KEYS), "the media keys", process=self.media_keys)
         wait_for(lambda: "xkb:" in self.run(["ibus", "engine"], check=False), "IBus", SHELL_TIMEOUT)
+
+    def _find_x_server(self):
+        """GNOME Shell tells its display to the session's manager, which is not there, and to its log."""
+        display = re.search(r"Using public X11 display (:[0-9]+)", self.services_log())
+        (authority,) = (self.folder / "runtime").glob(".mutter-Xwaylandauth.*")
+        self.environment |= {"DISPLAY": display.group(1), "XAUTHORITY": str(authority)}
 
     def _is_overview_open(self):
         try:

@@ -19,6 +19,11 @@ MENU = """<!DOCTYPE Menu PUBLIC "-//freedesktop//DTD Menu 1.0//EN"
 </Menu>
 """
 
+# KWin runs it when its X server is ready.
+TELL = """#!/bin/sh
+printf '%s\\n' "$DISPLAY" "$XAUTHORITY" > {displays}.new && mv {displays}.new {displays}
+"""
+
 # What a test of KWin returns where there is no KWin, for CTest's SKIP_RETURN_CODE.
 SKIPPED = 77
 
@@ -33,11 +38,12 @@ def kwin_version():
 
 class KWinDesktop(Desktop):
     """With `trusts_all`, KWin shows its windows to every program and takes keys from every program.
-    Otherwise it asks the programs' desktop files."""
+    Otherwise it asks the programs' desktop files. `xwayland` is whether X programs can run."""
 
-    def __init__(self, trusts_all=True, **options):
+    def __init__(self, trusts_all=True, xwayland=False, **options):
         super().__init__(x11=False, **options)
         self.trusts_all = trusts_all
+        self.xwayland = xwayland
 
     # KWin needs the bus.
     def _start_session_bus(self):
@@ -53,6 +59,12 @@ class KWinDesktop(Desktop):
         # The file capability of the installed program would keep KWin from starting here.
         program = shutil.copy(shutil.which("kwin_wayland"), self.folder / "kwin_wayland")
         options = ["--no-kactivities"] if kwin_version() < 6 else []
+        displays = self.folder / "displays"
+        if self.xwayland:
+            tell = self.folder / "tell"
+            tell.write_text(TELL.format(displays=displays))
+            tell.chmod(0o755)
+            options += ["--xwayland", str(tell)]
         trust = {"KWIN_WAYLAND_NO_PERMISSION_CHECKS": "1"} if self.trusts_all else {}
         socket = self.folder / "runtime" / "wayland-kwin"
         socket.unlink(missing_ok=True)
@@ -63,6 +75,10 @@ class KWinDesktop(Desktop):
         wait_for(socket.exists, "KWin", process=self.kwin)
         wait_for(lambda: self.has_name("org.kde.kglobalaccel") and self.has_name("org.kde.KWin"),
                  "KWin's shortcuts", process=self.kwin)
+        if self.xwayland:
+            wait_for(displays.exists, "KWin's X server", process=self.kwin)
+            self.environment |= dict(zip(("DISPLAY", "XAUTHORITY"),
+                                         displays.read_text().splitlines()))
         # Programs take text from KWin's input method.
         self.environment.pop("QT_IM_MODULE", None)
         self.environment |= {"WAYLAND_DISPLAY": socket.name, "XDG_SESSION_TYPE": "wayland",

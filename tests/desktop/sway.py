@@ -38,13 +38,19 @@ TELL = """printf '%s\\n' "$DISPLAY" "$WAYLAND_DISPLAY" "$SWAYSOCK" > {names}.new
 HEADLESS = {"WLR_BACKENDS": "headless", "WLR_LIBINPUT_NO_DEVICES": "1", "WLR_RENDERER": "pixman"}
 
 
-def become_ordinary_user():
-    """Starts this script again as a user without rights, since Sway refuses to serve root."""
+def drop_rights():
+    """Goes on as a user without rights, since compositors refuse to serve root."""
     if os.geteuid() == 0:
         nobody = pwd.getpwnam("nobody")
         os.setgroups([])
         os.setgid(nobody.pw_gid)
         os.setuid(nobody.pw_uid)
+
+
+def become_ordinary_user():
+    """Starts this script again as a user without rights."""
+    if os.geteuid() == 0:
+        drop_rights()
         os.execv(sys.executable, [sys.executable, "-B", *sys.argv])
 
 

@@ -9,10 +9,10 @@ import queue
 import threading
 import time
 
-from matrix.rows import ProgramTarget, Row, utf16_units
+from matrix.rows import Row, utf16_units
 
 PAGE = pathlib.Path(__file__).with_name("page.html")
-TIMEOUT = 20
+TIMEOUT = 60
 
 
 class PageServer:
@@ -93,8 +93,8 @@ class Browser(Row):
     def __init__(self, desktop):
         super().__init__(desktop)
         self._server = PageServer(self.path)
-        self.target = ProgramTarget(desktop, "browser-target.*",
-                                    self.command(f"{self._server.address}/{self.page}"))
+        self.target = self.program_target(desktop, "browser-target.*",
+                                          self.command(f"{self._server.address}/{self.page}"))
         self._server.wait_until_ready()
 
     def command(self, address):

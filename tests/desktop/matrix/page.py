@@ -43,7 +43,7 @@ def describe_machine():
     model = next((line.split(":")[1].strip() for line in open("/proc/cpuinfo", encoding="utf-8")
                   if "model name" in line), platform.machine())
     release = platform.freedesktop_os_release()["PRETTY_NAME"]
-    return f"{model}, {os.cpu_count()} processors, {release}, Xvfb and openbox"
+    return f"{model}, {os.cpu_count()} processors, {release}"
 
 
 def median(samples):
@@ -146,7 +146,7 @@ def facts(results):
     return "\n".join((
         f"- Date: {dates[0]} to {dates[-1]}",
         f"- Commit: {', '.join(commits)}",
-        f"- Machine: {describe_machine()}",
+        f"- Machine: {describe_machine()}, Xvfb and openbox",
         f"- Load average of a minute at the beginning of each row: {loads[0]:.1f} to {loads[-1]:.1f}; "
         f"rows at a time: {max(row.get('jobs', 1) for row in rows)}"))
 

@@ -16,11 +16,23 @@ def utf16_units(text):
     return len(text.encode("utf-16-le")) // 2
 
 
+class ProgramTarget(Target):
+    """Any program. `title` is a pattern that the whole title of its window has to match."""
+
+    def __init__(self, desktop, title, command, environment=None):
+        super().__init__(desktop, title)
+        self.process = desktop.spawn(command, env=desktop.environment | (environment or {}))
+        self._find_window(PROGRAM_START_TIMEOUT)
+
+
 class Row:
     """A running program with a text field that has the keyboard. Closed by close()."""
 
     # The program that has to be installed.
     program = "/usr/bin/python3"
+    # What starts the program and finds its window.
+    widget_target = WidgetTarget
+    program_target = ProgramTarget
     # How the times of the row came about, for the published page.
     stamped = ""
     # Whether the journal has painted frames too.
@@ -70,13 +82,15 @@ class WidgetRow(Row):
 
     toolkit, widget = "gtk3", "text"
     options = {}
+    environment = {}
     paints = True
     stamped = "inside the program, by its signal that the text has changed"
 
     def __init__(self, desktop):
         super().__init__(desktop)
-        self.target = WidgetTarget(desktop, self.toolkit, widget=self.widget,
-                                   journal=self.path, **self.options)
+        self.target = self.widget_target(desktop, self.toolkit, widget=self.widget,
+                                         journal=self.path, environment=self.environment,
+                                         **self.options)
 
     @property
     def text(self):
@@ -138,17 +152,9 @@ class SwingText(QtRow):
     paints = False
 
 
-class ProgramTarget(Target):
-    """Any program. `title` is a pattern that the whole title of its window has to match."""
-
-    def __init__(self, desktop, title, command, environment=None):
-        super().__init__(desktop, title)
-        self.process = desktop.spawn(command, env=desktop.environment | (environment or {}))
-        self._find_window(PROGRAM_START_TIMEOUT)
-
-
 class Xterm(Row):
     program = "xterm"
+    command = ("xterm", "-u8", "-title", "terminal", "-e")
     stamped = "by a program in the terminal, after each read of its raw input"
     paste = ("primary", ("shift+Insert",))
     clears_while_held = True
@@ -157,9 +163,9 @@ class Xterm(Row):
         super().__init__(desktop)
         self._received = desktop.folder / "received"
         self._begin = 0
-        self.target = ProgramTarget(desktop, "terminal", [
-            "xterm", "-u8", "-title", "terminal", "-e", "/usr/bin/python3", "-B",
-            str(FOLDER / "terminal_target.py"), str(self._received), str(self.path)])
+        self.target = self.program_target(desktop, "terminal", [
+            *self.command, "/usr/bin/python3", "-B", str(FOLDER / "terminal_target.py"),
+            str(self._received), str(self.path)])
 
     def length(self, text):
         return self._begin + len(text.encode())

@@ -6,7 +6,7 @@ import pathlib
 import subprocess
 
 from desktop import wait_for
-from matrix.rows import ProgramTarget, Row
+from matrix.rows import Row
 
 READER = pathlib.Path(__file__).with_name("writer_text.py")
 # What the corrections would change in typed text.
@@ -35,7 +35,7 @@ class Writer(Row):
         (settings / "registrymodifications.xcu").write_text(WRITER_SETTINGS)
         # The names of pipes are those of the whole machine.
         pipe = desktop.folder.name
-        self.target = ProgramTarget(
+        self.target = self.program_target(
             desktop, ".*LibreOffice Writer",
             ["soffice", "--writer", "--norestore", "--nologo", f"--accept=pipe,name={pipe};urp;"],
             {"SAL_USE_VCLPLUGIN": "gtk3"})

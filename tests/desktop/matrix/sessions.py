@@ -1,0 +1,79 @@
+# SPDX-License-Identifier: MIT
+
+"""The desktop sessions of docs/desktops.md, each with its keyboard."""
+
+import dataclasses
+import pathlib
+import re
+import shutil
+import subprocess
+import typing
+
+import gnome
+from desktop import Desktop
+from gnome import GnomeDesktop
+from gnome_parts import GnomeKeyboard
+from keyboard import BETWEEN_KEYS
+from kwin import KWinDesktop
+from kwin_parts import KWinKeyboard
+from pressed_keys import PressedKeys
+from sway import SwayDesktop
+from sway_parts import WaylandKeyboard
+
+# What X servers add to the kernel's number of a key.
+KEY_OFFSET = 8
+
+
+class XKeyboard(PressedKeys):
+    """The keyboard of an X server."""
+
+    def __init__(self, desktop, _binaries):
+        super().__init__()
+        self._desktop = desktop
+
+    def _send(self, key, is_pressed):
+        self._desktop.run(["xdotool", "keydown" if is_pressed else "keyup", str(key + KEY_OFFSET),
+                           *BETWEEN_KEYS])
+
+
+@dataclasses.dataclass(frozen=True)
+class Session:
+    name: str
+    # The program that has to be installed, and its package, whose version is stated.
+    program: str
+    package: str
+    is_wayland: bool
+    # Makes a desktop; gets whether X programs are to run there.
+    desktop: typing.Callable
+    keyboard: typing.Callable
+
+    @property
+    def is_missing(self):
+        return not shutil.which(self.program) or (self.name == "GNOME Shell" and gnome.missing())
+
+    @property
+    def title(self):
+        """The session with its version and that of the system."""
+        output = subprocess.run(["dpkg-query", "-W", "-f", "${Version}", self.package],
+                                capture_output=True, text=True, check=True).stdout
+        version = re.search(r"[0-9]+(\.[0-9]+)?", output.rpartition(":")[2])
+        release = re.search(r'VERSION_ID="?([0-9]+)', pathlib.Path("/etc/os-release").read_text())
+        return f"{self.name} {version.group()} (Debian {release.group(1)})"
+
+
+def _common(**options):
+    return {"a11y": True, "audio": True} | options
+
+
+SESSIONS = {session.name: session for session in (
+    Session("X11, openbox", "openbox", "openbox", False,
+            lambda _: Desktop(**_common(wm=True)), XKeyboard),
+    Session("Sway", "sway", "sway", True,
+            lambda has_x: SwayDesktop(**_common(xwayland="enable" if has_x else "disable")),
+            WaylandKeyboard),
+    Session("KWin", "kwin_wayland", "kwin-wayland", True,
+            lambda has_x: KWinDesktop(**_common(xwayland=has_x)), KWinKeyboard),
+    Session("GNOME Shell", "gnome-shell", "gnome-shell", True,
+            lambda has_x: GnomeDesktop(**_common(xwayland=has_x)),
+            lambda desktop, _binaries: GnomeKeyboard(desktop)),
+)}
