@@ -25,6 +25,7 @@
 #endif
 #ifdef TARVIK_HAS_X11
 #include "platform/linux/x11/X11Input.h"
+#include "platform/linux/x11/XwaylandInput.h"
 #endif
 
 namespace tarvik::linuxdesktop {
@@ -56,6 +57,8 @@ template <typename Means>
 struct Opened {
     std::shared_ptr<Means> means;
     std::string reason;
+    /// Whether the means also serves the X programs of a Wayland session.
+    bool servesXPrograms = true;
 };
 
 template <typename Means>
@@ -92,7 +95,7 @@ Opened<Means> openKWin(Session& session) {
     if (refusal) {
         return {nullptr, *refusal};
     }
-    return {session.kwin, "KWin offers it"};
+    return {session.kwin, "KWin offers it", false};
 }
 
 std::optional<std::string> refusalOfWayland(Session& session) {
@@ -143,9 +146,11 @@ Opened<Means> openGnome(Session& session) {
     if (refusal) {
         return {nullptr, *refusal};
     }
-    return {session.gnome, session.gnome->isAvailable()
-                               ? "GNOME Shell offers it"
-                               : "GNOME Shell has not answered yet, and is used once it does"};
+    return {session.gnome,
+            session.gnome->isAvailable()
+                ? "GNOME Shell offers it"
+                : "GNOME Shell has not answered yet, and is used once it does",
+            false};
 }
 #endif
 
@@ -237,21 +242,21 @@ const std::vector<Choice<FrontMeans>> frontChoices{
     {"AT-SPI", &openAtspi},
 };
 
-/// The first means that serves the session; empty when none does.
+/// The first means that serves the session; none when none does.
 template <typename Means>
-std::shared_ptr<Means> choose(const char* service, const std::vector<Choice<Means>>& choices,
-                              Session& session) {
+Opened<Means> choose(const char* service, const std::vector<Choice<Means>>& choices,
+                     Session& session) {
     for (const Choice<Means>& choice : choices) {
-        const Opened<Means> opened = choice.open(session);
+        Opened<Means> opened = choice.open(session);
         session.log.write(std::string("TarvikDictate: ") + service +
                           (opened.means ? " by " : " not by ") + choice.name + ": " +
                           opened.reason);
         if (opened.means) {
-            return opened.means;
+            return opened;
         }
     }
     session.log.write(std::string("TarvikDictate: nothing in this session serves ") + service);
-    return nullptr;
+    return {};
 }
 
 }  // namespace
@@ -268,10 +273,18 @@ DesktopInput::DesktopInput(platform::MainQueue& mainQueue, platform::Log& log,
                         }
                     },
                     std::move(accessibility)};
-    hotKeys_ = choose("hotkeys", hotKeyChoices, session);
+    hotKeys_ = choose("hotkeys", hotKeyChoices, session).means;
     *lifted = hotKeys_.get();
-    typing_ = choose("typing", typingChoices, session);
-    front_ = choose("the front window", frontChoices, session);
+    const Opened<TypingMeans> typing = choose("typing", typingChoices, session);
+    typing_ = typing.means;
+    front_ = choose("the front window", frontChoices, session).means;
+#ifdef TARVIK_HAS_X11
+    if (typing_ && !typing.servesXPrograms) {
+        const auto both = std::make_shared<XwaylandInput>(mainQueue, log, typing_, front_);
+        typing_ = both;
+        front_ = both;
+    }
+#endif
     eventManager_->setMeans(hotKeys_.get());
     keyboardEvents_ = std::make_shared<LinuxKeyboardEvents>(typing_.get(), mainQueue, log);
 }

@@ -15,6 +15,7 @@ from pressed_keys import ALT, SPACE
 from session_test import EXACT, SessionTest
 from setup_window import RESTART
 from sway import become_ordinary_user
+from x_programs import XProgramTests
 
 ENGINE = "xkb:us::eng"
 WINDOW_KEYS = "org.gnome.desktop.wm.keybindings"
@@ -24,17 +25,25 @@ MEDIA_KEYS = "org.gnome.settings-daemon.plugins.media-keys"
 WITHOUT_ACCESSIBILITY = {"GTK_A11Y": "none", "NO_AT_BRIDGE": "1"}
 
 
-class OnGnome(SessionTest):
-    @staticmethod
-    def make_desktop():
-        return GnomeDesktop(a11y=True, audio=True)
-
+class OnGnomeTest(SessionTest):
     @classmethod
     def make_keyboard(cls):
         return GnomeKeyboard(cls.desktop)
 
     def start_widget(self, toolkit, **options):
         return self.start(GnomeWidgetTarget, toolkit, **options)
+
+
+class OnGnomeWithXPrograms(XProgramTests, OnGnomeTest):
+    @staticmethod
+    def make_desktop():
+        return GnomeDesktop(a11y=True, audio=True, xwayland=True)
+
+
+class OnGnome(OnGnomeTest):
+    @staticmethod
+    def make_desktop():
+        return GnomeDesktop(a11y=True, audio=True)
 
     def start_foot(self):
         return self.start(GnomeFootTarget)

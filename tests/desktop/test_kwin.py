@@ -18,23 +18,32 @@ from pressed_keys import ALT, SPACE
 from session_test import EXACT, SessionTest
 from setup_window import NOT_GRANTED, RESTART
 from sway import become_ordinary_user
+from x_programs import XProgramTests
 
 ACCEL = "org.kde.kglobalaccel"
 # As Qt numbers keys.
 ALT_SPACE = 0x08000020
 
 
-class OnKWin(SessionTest):
-    @staticmethod
-    def make_desktop():
-        return KWinDesktop(a11y=True, audio=True)
-
+class OnKWinTest(SessionTest):
     @classmethod
     def make_keyboard(cls):
         return KWinKeyboard(cls.desktop, BINARIES)
 
     def start_widget(self, toolkit, environment=None):
         return self.start(KWinWidgetTarget, toolkit, environment=environment)
+
+
+class OnKWinWithXPrograms(XProgramTests, OnKWinTest):
+    @staticmethod
+    def make_desktop():
+        return KWinDesktop(a11y=True, audio=True, xwayland=True)
+
+
+class OnKWin(OnKWinTest):
+    @staticmethod
+    def make_desktop():
+        return KWinDesktop(a11y=True, audio=True)
 
     def start_inaccessible_widget(self):
         """A field that accessibility does not know."""

@@ -181,7 +181,8 @@ void KeyBurst::giveKeyboardsBack() {
 // Keys from another keyboard than the one before make the server announce a new map to everybody,
 // and the user's next key would do so again. So the keys come from the keyboard that the user uses.
 void KeyBurst::chooseKeyboard() {
-    const std::uint16_t wanted = hotKeys_.keyboardInUse();
+    const std::uint16_t inUse = hotKeys_.keyboardInUse();
+    const std::uint16_t wanted = inUse != 0 ? inUse : connection_.xwaylandKeyboard();
     fake_ = FakeKeyboard(connection_);
     if (wanted == 0) {
         return;

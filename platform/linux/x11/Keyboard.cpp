@@ -9,6 +9,7 @@
 #include <span>
 
 #include "platform/EventManager.h"
+#include "platform/linux/x11/FakeKeyboard.h"
 #include "platform/linux/x11/ServerGrab.h"
 
 namespace tarvik::linuxdesktop {
@@ -18,6 +19,9 @@ namespace {
 constexpr std::size_t modifierCount = 8;
 // The events of a change come right after the change.
 constexpr std::size_t maxOwnChanges = 8;
+
+// In KDE the session itself holds the key down while a hotkey is held.
+constexpr xcb_keycode_t accompanyingKey = 248;
 
 bool isAscii(char32_t character) {
     return character < 0x80;
@@ -226,7 +230,8 @@ std::vector<Keystroke> Keyboard::unusedStrokes() const {
             const Keystroke stroke{static_cast<xcb_keycode_t>(map_.firstCode() + i - 1), isShifted};
             const bool isUsed = std::ranges::any_of(
                 remapped_, [&](const auto& each) { return each.second.stroke == stroke; });
-            const bool isSpare = map_[stroke.key].isSpare() && stroke.key != silent;
+            const bool isSpare = map_[stroke.key].isSpare() && stroke.key != silent &&
+                                 (stroke.key != accompanyingKey || !connection_.xwaylandKeyboard());
             if ((isSpare || own.contains(stroke.key)) && !isUsed) {
                 strokes.push_back(stroke);
             }
@@ -339,6 +344,10 @@ void Keyboard::change(const std::map<xcb_keycode_t, KeyboardMap::Key>& keys) {
     }
     for (const auto& [code, key] : keys) {
         map_.set(code, key);
+    }
+    if (const std::uint16_t keyboard = connection_.xwaylandKeyboard(); keyboard != 0) {
+        // The release of a key that is up makes it the keyboard that was used last.
+        FakeKeyboard(connection_, keyboard).release(first);
     }
     ownChanges_.insert(map_.write(connection_, first, last));
     if (ownChanges_.size() > maxOwnChanges) {

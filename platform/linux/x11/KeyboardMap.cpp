@@ -28,6 +28,14 @@ Item take(const std::byte*& next) {
     return item;
 }
 
+// The keyboards of Xwayland may have maps with different types, and the server refuses a change of
+// all of them that mentions a type which one of them lacks. So the map is that of the compositor's
+// keyboard. The master keyboard follows the keyboard that was used last.
+std::uint16_t keyboardOf(const XcbConnection& connection) {
+    const std::uint16_t xwayland = connection.xwaylandKeyboard();
+    return xwayland != 0 ? xwayland : std::uint16_t{XCB_XKB_ID_USE_CORE_KBD};
+}
+
 std::uint8_t takeShiftLevel(const std::byte*& next) {
     const auto head = take<xcb_xkb_key_type_t>(next);
     std::uint8_t level = 0;
@@ -66,7 +74,7 @@ KeyboardMap KeyboardMap::read(XcbConnection& connection) {
     KeyboardMap map;
     const XcbReply<xcb_xkb_get_map_reply_t> reply(xcb_xkb_get_map_reply(
         connection.get(),
-        xcb_xkb_get_map(connection.get(), XCB_XKB_ID_USE_CORE_KBD,
+        xcb_xkb_get_map(connection.get(), keyboardOf(connection),
                         XCB_XKB_MAP_PART_KEY_TYPES | XCB_XKB_MAP_PART_KEY_SYMS, 0, 0, 0, 0, 0, 0, 0,
                         0, 0, 0, 0, 0, 0, 0, 0, 0),
         nullptr));
@@ -146,9 +154,13 @@ std::uint32_t KeyboardMap::write(XcbConnection& connection, xcb_keycode_t first,
         append(list, key.symbols.data(), key.symbols.size() * sizeof(std::uint32_t));
         totalSymbols = static_cast<std::uint16_t>(totalSymbols + head.nSyms);
     }
+    // Xwayland 22 knows the widths of the types only in a request that mentions types, if none.
+    const auto parts = static_cast<std::uint16_t>(
+        XCB_XKB_MAP_PART_KEY_SYMS |
+        (connection.xwaylandKeyboard() != 0 ? XCB_XKB_MAP_PART_KEY_TYPES : 0));
     const auto* setup = xcb_get_setup(connection.get());
-    return xcb_xkb_set_map(connection.get(), XCB_XKB_ID_USE_CORE_KBD, XCB_XKB_MAP_PART_KEY_SYMS, 0,
-                           setup->min_keycode, setup->max_keycode, 0, 0, first,
+    return xcb_xkb_set_map(connection.get(), keyboardOf(connection), parts, 0, setup->min_keycode,
+                           setup->max_keycode, 0, 0, first,
                            static_cast<std::uint8_t>(last - first + 1), totalSymbols, 0, 0, 0, 0, 0,
                            0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, list.data())
         .sequence;

@@ -19,17 +19,21 @@ namespace {
 using namespace std::chrono_literals;
 
 constexpr auto serverTimeout = 1s;
+// A recording begins meanwhile.
+constexpr auto frontTimeout = 100ms;
 // Leaves the time to put the keyboard back.
 constexpr auto typingTimeoutAtEnd = 800ms;
 
 }  // namespace
 
 X11Input::X11Input(platform::MainQueue& mainQueue, platform::Log& log,
-                   std::weak_ptr<HotKeyListener> listener, OnLift onLift)
+                   std::weak_ptr<HotKeyListener> listener, OnLift onLift, Server server,
+                   std::chrono::milliseconds timeout)
     : mainQueue_(mainQueue),
       log_(log),
       notifier_(mainQueue, std::move(listener)),
-      onLift_(std::move(onLift)) {
+      onLift_(std::move(onLift)),
+      server_(server) {
     const auto connected = std::make_shared<std::promise<void>>();
     const std::future<void> isReady = connected->get_future();
     try {
@@ -39,7 +43,7 @@ X11Input::X11Input(platform::MainQueue& mainQueue, platform::Log& log,
         hasAnswered_ = true;
         return;
     }
-    if (isReady.wait_for(serverTimeout) != std::future_status::ready) {
+    if (isReady.wait_for(timeout) != std::future_status::ready) {
         log.write("TarvikDictate: the X server does not answer");
     }
 }
@@ -66,8 +70,11 @@ void X11Input::run(std::promise<void>& connected) {
     XcbConnector::Connected opened = connector_.connect();
     if (!opened) {
         refusal_ = opened.error().localizedDescription;
-    } else if (opened.value()->isXwayland()) {
-        refusal_ = "the X server belongs to a Wayland session, whose other programs it cannot see";
+    } else if (opened.value()->isXwayland() != (server_ == Server::xwayland)) {
+        refusal_ = server_ == Server::session
+                       ? "the X server belongs to a Wayland session, whose other programs it "
+                         "cannot see"
+                       : "the X server belongs to no Wayland session";
     } else {
         connection_ = std::move(opened).value();
         waitedFor_ = connection_.get();
@@ -95,6 +102,7 @@ void X11Input::drain() {
     if (session_ && !session_->drain()) {
         log_.write("TarvikDictate: the X server is gone");
         isConnected_ = false;
+        isGone_ = true;
         watch_.reset();
         session_.reset();
     }
@@ -160,7 +168,23 @@ std::optional<platform::ProcessIdentifier> X11Input::frontmostProcess() const {
     return front.process > 0 ? std::optional(front.process) : std::nullopt;
 }
 
+bool X11Input::refreshFront() {
+    const auto answer = std::make_shared<std::promise<void>>();
+    const std::future<void> isDone = answer->get_future();
+    loop_.post([this, answer] {
+        if (session_) {
+            session_->refreshFront();
+        }
+        answer->set_value();
+    });
+    return isDone.wait_for(frontTimeout) == std::future_status::ready;
+}
+
 std::optional<platform::ProcessIdentifier> X11Input::chooseTarget() {
+    if (server_ == Server::xwayland && isConnected_ && !refreshFront()) {
+        target_ = {};
+        return std::nullopt;
+    }
     target_ = front_;
     return target_.process > 0 ? std::optional(target_.process) : std::nullopt;
 }

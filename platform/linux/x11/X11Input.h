@@ -2,6 +2,7 @@
 #pragma once
 
 #include <atomic>
+#include <chrono>
 #include <cstdint>
 #include <functional>
 #include <future>
@@ -31,23 +32,32 @@ class X11Session;
 /// wants something. Main thread only, unless a line says otherwise.
 class X11Input final : public HotKeyMeans, public TypingMeans, public FrontMeans {
   public:
-    /// Connects to the server that DISPLAY names, for which it waits 1 s at the most. A server that
-    /// answers later is used from then on. The references outlive the object. `onLift` may be
-    /// empty.
+    /// Which kind of server serves: that of an X11 session, or that of the X programs of a Wayland
+    /// session, which hears no hotkeys and sees X programs only.
+    enum class Server { session, xwayland };
+
+    static constexpr std::chrono::milliseconds connectTimeout{1000};
+
+    /// Connects to the server that DISPLAY names, for which it waits `timeout` at the most. A
+    /// server that answers later is used from then on. The references outlive the object.
+    /// `listener` and `onLift` may be empty.
     X11Input(platform::MainQueue& mainQueue, platform::Log& log,
-             std::weak_ptr<HotKeyListener> listener, OnLift onLift);
+             std::weak_ptr<HotKeyListener> listener, OnLift onLift, Server server = Server::session,
+             std::chrono::milliseconds timeout = connectTimeout);
     /// Ends the thread, puts the keyboard map back and drops the hotkeys. Text that was taken
     /// before is typed first, as far as its targets take it within 0.8 s. Takes 1 s at the most.
     ~X11Input() override;
     X11Input(const X11Input&) = delete;
     X11Input& operator=(const X11Input&) = delete;
 
-    /// Why the server does not serve: there is none, an extension is missing, it belongs to a
-    /// Wayland session, or the system has no thread left. Nothing is to be registered or typed
+    /// Why the server does not serve: there is none, an extension is missing, it is of the other
+    /// kind, or the system has no thread left. Nothing is to be registered or typed
     /// then. Empty while it serves, and while it has not answered yet.
     std::optional<std::string> refusal() const;
 
     bool isAvailable() const override { return isConnected_; }
+    /// Whether the server has served and is gone. Any thread.
+    bool isGone() const { return isGone_; }
 
     /// A combination that another program has stays refused: the server does not tell when the
     /// program gives the combination up.
@@ -61,9 +71,12 @@ class X11Input final : public HotKeyMeans, public TypingMeans, public FrontMeans
     void type(TypedText text, std::function<void()> onDone) override;
 
     std::optional<platform::ProcessIdentifier> frontmostProcess() const override;
+    /// On Xwayland the server is asked, for which this waits 0.1 s at the most; empty without an
+    /// answer. A hotkey that another program reports may come before the server's own event.
     std::optional<platform::ProcessIdentifier> chooseTarget() override;
 
   private:
+    bool refreshFront();
     void run(std::promise<void>& connected);
     void drain();
     void finish();
@@ -72,10 +85,12 @@ class X11Input final : public HotKeyMeans, public TypingMeans, public FrontMeans
     platform::Log& log_;
     const HotKeyNotifier notifier_;
     const OnLift onLift_;
+    const Server server_;
     PollLoop loop_;
     Deadline endDeadline_{loop_};
     XcbConnector connector_;
     std::atomic<bool> isConnected_ = false;
+    std::atomic<bool> isGone_ = false;
     std::atomic<FrontWindow::Known> front_ = FrontWindow::Known();
     // Of the last chooseTarget(). Main thread only.
     FrontWindow::Known target_;

@@ -31,6 +31,9 @@ class X11Session {
     HotKeys& hotKeys() { return hotKeys_; }
     Typist& typist() { return typist_; }
 
+    /// Asks the server which window is in front. Waits for the server.
+    void refreshFront() { front_.refresh(); }
+
     /// Handles the events that have come and sends the requests that are ready. False once the
     /// server is gone.
     bool drain();

@@ -132,6 +132,7 @@ void XcbConnection::findKeyboards() {
         return;
     }
     keyboards_.clear();
+    xwaylandKeyboard_ = 0;
     auto devices = xcb_input_xi_query_device_infos_iterator(reply.get());
     for (; devices.rem > 0; xcb_input_xi_device_info_next(&devices)) {
         const xcb_input_xi_device_info_t& device = *devices.data;
@@ -144,9 +145,13 @@ void XcbConnection::findKeyboards() {
             device.type == XCB_INPUT_DEVICE_TYPE_FLOATING_SLAVE) {
             keyboards_.push_back(device.deviceid);
         }
-        if (device.type == XCB_INPUT_DEVICE_TYPE_SLAVE_KEYBOARD && device.attachment == keyboard_ &&
-            name.ends_with("XTEST keyboard")) {
+        if (device.type != XCB_INPUT_DEVICE_TYPE_SLAVE_KEYBOARD || device.attachment != keyboard_) {
+            continue;
+        }
+        if (name.ends_with("XTEST keyboard")) {
             testKeyboard_ = device.deviceid;
+        } else if (name.starts_with("xwayland-keyboard")) {
+            xwaylandKeyboard_ = device.deviceid;
         }
     }
 }

@@ -42,6 +42,8 @@ class XcbConnection {
     void findKeyboards();
     /// The XInput device that presses the keys which XTEST is asked for without a device.
     std::uint16_t testKeyboard() const { return testKeyboard_; }
+    /// The XInput device of the keyboard of a Wayland session; 0 on any other server.
+    std::uint16_t xwaylandKeyboard() const { return xwaylandKeyboard_; }
     std::uint8_t xinputOpcode() const { return xinputOpcode_; }
     std::uint8_t xinputFirstEvent() const { return xinputFirstEvent_; }
     std::uint8_t xkbFirstEvent() const { return xkbFirstEvent_; }
@@ -85,6 +87,7 @@ class XcbConnection {
     xcb_window_t root_ = XCB_NONE;
     std::uint16_t keyboard_ = 0;
     std::uint16_t testKeyboard_ = 0;
+    std::uint16_t xwaylandKeyboard_ = 0;
     std::vector<std::uint16_t> keyboards_;
     std::uint8_t xinputOpcode_ = 0;
     std::uint8_t xinputFirstEvent_ = 0;

@@ -19,7 +19,6 @@ from matrix.sessions import SESSIONS
 from microphone import Microphone
 from pressed_keys import ALT, SPACE
 from scripted_service import ScriptedService, make_certificate
-from session_test import close_setup_window
 from sway import drop_rights
 
 READY = ("hold-to-talk registered", "tap-to-toggle registered", "accessibility trusted → true")
@@ -69,7 +68,7 @@ class Cell:
             "lastWelcomeShownForVersion": VERSION})
         self.application = Application(desktop, binaries, {"SSL_CERT_FILE": str(authority)}, READY)
         stack.callback(self.application.close)
-        close_setup_window(desktop, self.keyboard)
+        session.close_setup(desktop, self.keyboard)
         self._row = row_class(row_name, session.is_wayland)(desktop)
         stack.callback(self._row.close)
         wait_for_keyboard(self._row, self.keyboard)

@@ -33,7 +33,8 @@ class UnseenProgram(Unseen, ProgramTarget):
 
 
 class Gtk3OfX11(Gtk3Text):
-    environment = {"GDK_BACKEND": "x11"}
+    # The input method of Wayland's programs is none for X programs.
+    environment = {"GDK_BACKEND": "x11", "GTK_IM_MODULE": "gtk-im-context-simple"}
 
 
 class Qt6WithMenu(Qt6Text):

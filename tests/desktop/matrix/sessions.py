@@ -17,8 +17,10 @@ from keyboard import BETWEEN_KEYS
 from kwin import KWinDesktop
 from kwin_parts import KWinKeyboard
 from pressed_keys import PressedKeys
+from session_test import close_setup_window
 from sway import SwayDesktop
 from sway_parts import WaylandKeyboard
+from windows import wait_for_window
 
 # What X servers add to the kernel's number of a key.
 KEY_OFFSET = 8
@@ -46,6 +48,8 @@ class Session:
     # Makes a desktop; gets whether X programs are to run there.
     desktop: typing.Callable
     keyboard: typing.Callable
+    # Closes the setup window; gets the desktop and the keyboard.
+    close_setup: typing.Callable = close_setup_window
 
     @property
     def is_missing(self):
@@ -67,7 +71,8 @@ def _common(**options):
 
 SESSIONS = {session.name: session for session in (
     Session("X11, openbox", "openbox", "openbox", False,
-            lambda _: Desktop(**_common(wm=True)), XKeyboard),
+            lambda _: Desktop(**_common(wm=True)), XKeyboard,
+            lambda desktop, _keyboard: wait_for_window(desktop).close()),
     Session("Sway", "sway", "sway", True,
             lambda has_x: SwayDesktop(**_common(xwayland="enable" if has_x else "disable")),
             WaylandKeyboard),
