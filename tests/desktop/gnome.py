@@ -27,10 +27,11 @@ def missing():
 
 class GnomeDesktop(Desktop):
     """`window_menu` is what opens the menu of windows, in GNOME's notation. `xwayland` is whether X
-    programs can run."""
+    programs can run, and `shows_screen` whether every program may take pictures of the screen."""
 
-    def __init__(self, window_menu="[]", xwayland=False, **options):
+    def __init__(self, window_menu="[]", xwayland=False, shows_screen=False, **options):
         super().__init__(**options)
+        self._shows_screen = shows_screen
         self._window_menu = window_menu
         self._xwayland = xwayland
 
@@ -69,7 +70,8 @@ class GnomeDesktop(Desktop):
         display = "wayland-gnome"
         self.shell = self.spawn(["gnome-shell", "--headless", "--virtual-monitor", self.size,
                                  "--wayland", "--wayland-display", display,
-                                 *([] if self._xwayland else ["--no-x11"])])
+                                 *([] if self._xwayland else ["--no-x11"]),
+                                 *(["--unsafe-mode"] if self._shows_screen else [])])
         self.environment["WAYLAND_DISPLAY"] = display
         self.bus = Bus(self.environment["DBUS_SESSION_BUS_ADDRESS"])
         wait_for(lambda: self.owns(SHELL) and self._is_overview_open(), "GNOME Shell",
