@@ -2,8 +2,11 @@
 
 #include "platform/linux/windows/Assets.h"
 
-#include <QDir>
 #include <QFile>
+#include <QList>
+#include <QSize>
+
+#include "platform/linux/windows/DrawnIcon.h"
 
 // The macro works only outside of namespaces.
 static void loadAssets() {
@@ -12,29 +15,22 @@ static void loadAssets() {
 
 namespace tarvik::linuxdesktop {
 
-QIcon picture(const std::string& name) {
+QByteArray drawing(const QString& name) {
     loadAssets();
-    // Each file is one size of the picture.
-    const QDir sizes(QStringLiteral(":/pictures/") + QString::fromStdString(name));
-    QIcon made;
-    for (const QString& file : sizes.entryList(QDir::Files)) {
-        made.addFile(sizes.filePath(file));
-    }
-    return made;
+    QFile file(QStringLiteral(":/%1.svg").arg(name));
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
 }
 
-QByteArray symbolDrawing(const QString& name) {
-    loadAssets();
-    QFile file(QStringLiteral(":/symbols/") + name + QStringLiteral(".svg"));
-    // A drawing that is built in can always be read.
-    if (!file.open(QIODevice::ReadOnly)) {
-        qFatal("a symbol is missing");
-    }
-    return file.readAll();
+QIcon picture(const std::string& name) {
+    // The sizes that window lists and task switchers use.
+    const QList<QSize> sizes = {{16, 16}, {24, 24},   {32, 32},  {48, 48},
+                                {64, 64}, {128, 128}, {256, 256}};
+    const QByteArray svg = drawing(QString::fromStdString(name));
+    return svg.isEmpty() ? QIcon() : svgIcon(svg, sizes);
 }
 
 QIcon applicationIcon() {
-    return QIcon::fromTheme(QStringLiteral("com.tarvik.dictate"), picture("AppIcon"));
+    return picture("AppIcon");
 }
 
 QIcon genericApplicationIcon() {
