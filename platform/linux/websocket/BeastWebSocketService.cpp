@@ -13,14 +13,7 @@ namespace tarvik::linuxdesktop {
 BeastWebSocketService::BeastWebSocketService(platform::Log& log, WebSocketOptions options)
     : threads_(std::make_shared<ThreadRegistry>(log)),
       context_(new SessionContext(log, std::move(options))) {
-    // The first recording would wait for the trust store.
-    threads_->start([context = context_] {
-        context->trustStore.sslContext();
-        if (const auto error = context->trustStore.authorityError()) {
-            context->log.write("TarvikDictate: the authority in " + context->options.authority +
-                               " is not trusted: " + *error);
-        }
-    });
+    threads_->start([context = context_] { context->trustStore.prepare(); });
 }
 
 BeastWebSocketService::~BeastWebSocketService() {

@@ -24,7 +24,9 @@ struct SessionContext;
 /// The serial queue of a session is a thread. The thread starts with the first operation and ends
 /// when the session has nothing left to do.
 ///
-/// The trust store is read once, on a thread of its own, at the construction of the service.
+/// The trust store is made while the first connection opens, on the session's thread. Where all
+/// authorities of the system have to be read at once, a thread makes the trust store at the
+/// construction of the service.
 ///
 /// Destruction aborts the open connections without a close handshake and joins the threads.
 /// Handlers and delegates are never called after the destruction. Sessions and tasks may outlive

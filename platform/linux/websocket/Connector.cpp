@@ -48,11 +48,15 @@ void Connector::start(ConnectHandler handler) {
         return;
     }
     startTimeout();
+    // A lookup that fails at once may destroy this object.
+    const std::shared_ptr<SessionContext> context = context_;
     if (proxy_) {
         resolve(proxy_->host, proxy_->port);
     } else {
         resolve(url_.host, url_.port);
     }
+    // The first connection makes the TLS context while the lookup and TCP go on.
+    context->trustStore.sslContext();
 }
 
 std::optional<Error> Connector::prepare() {

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include <string>
 #include <utility>
 
 #include "platform/Log.h"
@@ -17,7 +18,10 @@ struct SessionContext {
         : log(sessionLog),
           options(std::move(sessionOptions)),
           proxies(ProxySettings::fromEnvironment()),
-          trustStore(options.authority) {}
+          trustStore(options.authority, [this](const std::string& reason) {
+              log.write("TarvikDictate: the authority in " + options.authority +
+                        " is not trusted: " + reason);
+          }) {}
 
     /// For session threads only: they end before the service, and the log outlives the service.
     platform::Log& log;

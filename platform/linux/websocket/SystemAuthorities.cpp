@@ -52,11 +52,17 @@ std::size_t countHashes(const std::string& folder) {
 
 }  // namespace
 
-void trustSystemAuthorities(SSL_CTX* context) {
+AuthorityReading systemAuthorityReading() {
     const bool isReplaced = std::getenv(X509_get_default_cert_file_env()) != nullptr ||
                             std::getenv(X509_get_default_cert_dir_env()) != nullptr;
-    if (!isReplaced &&
-        hasEveryAuthority(X509_get_default_cert_dir(), X509_get_default_cert_file())) {
+    return !isReplaced &&
+                   hasEveryAuthority(X509_get_default_cert_dir(), X509_get_default_cert_file())
+               ? AuthorityReading::onDemand
+               : AuthorityReading::ahead;
+}
+
+void trustSystemAuthorities(SSL_CTX* context, AuthorityReading reading) {
+    if (reading == AuthorityReading::onDemand) {
         SSL_CTX_set_default_verify_dir(context);
     } else {
         SSL_CTX_set_default_verify_paths(context);

@@ -6,22 +6,31 @@
 
 #include <boost/asio/ip/address.hpp>
 
-#include "platform/linux/websocket/SystemAuthorities.h"
-
 namespace tarvik::linuxdesktop {
 
 namespace ssl = boost::asio::ssl;
+
+void TrustStore::prepare() {
+    if (authorityReading() == AuthorityReading::ahead) {
+        sslContext();
+    }
+}
+
+AuthorityReading TrustStore::authorityReading() {
+    std::call_once(isReadingKnown_, [this] { authorityReading_ = systemAuthorityReading(); });
+    return authorityReading_;
+}
 
 ssl::context& TrustStore::sslContext() {
     std::call_once(isLoaded_, [this] {
         context_.emplace(ssl::context::tls_client);
         SSL_CTX_set_min_proto_version(context_->native_handle(), TLS1_2_VERSION);
-        trustSystemAuthorities(context_->native_handle());
+        trustSystemAuthorities(context_->native_handle(), authorityReading());
         if (!authority_.empty()) {
             boost::system::error_code error;
             context_->load_verify_file(authority_, error);
-            if (error) {
-                authorityError_ = error.message();
+            if (error && onAuthorityError_) {
+                onAuthorityError_(error.message());
             }
         }
         // OpenSSL reports no error here.

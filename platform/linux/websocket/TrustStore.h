@@ -3,11 +3,13 @@
 
 #include <boost/asio/ssl/context.hpp>
 #include <boost/asio/ssl/stream.hpp>
+#include <functional>
 #include <mutex>
 #include <optional>
 #include <string>
 #include <utility>
 
+#include "platform/linux/websocket/SystemAuthorities.h"
 #include "platform/linux/websocket/TlsSessions.h"
 
 namespace tarvik::linuxdesktop {
@@ -16,16 +18,22 @@ namespace tarvik::linuxdesktop {
 /// store verifies. SSL_CERT_FILE and SSL_CERT_DIR replace the system's trust store.
 class TrustStore {
   public:
+    /// Called with the reason why the authority is not trusted, on the thread of prepare() or
+    /// sslContext(), once at most.
+    using AuthorityErrorHandler = std::function<void(const std::string& reason)>;
+
     /// `authority` is the path of certificates (PEM) that are trusted as well; empty for none.
-    explicit TrustStore(std::string authority = {}) : authority_(std::move(authority)) {}
+    explicit TrustStore(std::string authority = {}, AuthorityErrorHandler onAuthorityError = {})
+        : authority_(std::move(authority)), onAuthorityError_(std::move(onAuthorityError)) {}
 
-    /// The context of every connection. The first call reads from the disk, for some tens
-    /// of milliseconds where all authorities are in one file. Any thread but the main thread.
+    /// Does what would delay the first connection by tens of milliseconds, and nothing else: where
+    /// the system's authorities can be read on demand, no context is made. Any thread but the main
+    /// thread.
+    void prepare();
+
+    /// The context of every connection. The first call takes 2 ms and 3 MiB of OpenSSL's, and some
+    /// tens of milliseconds more where prepare() has not run. Any thread but the main thread.
     boost::asio::ssl::context& sslContext();
-
-    /// The reason why the authority is not trusted; empty where the authority is. After
-    /// sslContext().
-    std::optional<std::string> authorityError() const { return authorityError_; }
 
     /// Makes the handshake of `ssl` fail unless the server's certificate is for `host`, a name or
     /// an address. False when OpenSSL rejects `host`; the handshake must not start then.
@@ -39,8 +47,12 @@ class TrustStore {
     static std::optional<std::string> verifyError(SSL* ssl);
 
   private:
+    AuthorityReading authorityReading();
+
     const std::string authority_;
-    std::optional<std::string> authorityError_;
+    const AuthorityErrorHandler onAuthorityError_;
+    std::once_flag isReadingKnown_;
+    AuthorityReading authorityReading_ = AuthorityReading::ahead;
     std::once_flag isLoaded_;
     TlsSessions sessions_;
     std::optional<boost::asio::ssl::context> context_;
