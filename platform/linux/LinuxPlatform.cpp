@@ -11,7 +11,7 @@
 
 #include "platform/linux/system/CommandLine.h"
 #include "platform/linux/system/CoreDumps.h"
-#include "platform/linux/system/MemoryArenas.h"
+#include "platform/linux/system/HeapLimits.h"
 #include "platform/linux/system/StandardDescriptors.h"
 
 namespace tarvik::linuxdesktop {
@@ -121,7 +121,7 @@ std::unique_ptr<Platform> makePlatform(int& argumentCount, char** arguments) {
     linuxdesktop::openStandardDescriptors();
     answerCommandLine(argumentCount, arguments);
     linuxdesktop::preventCoreDumps();
-    linuxdesktop::limitMemoryArenas();
+    linuxdesktop::limitHeap();
     // Qt takes these out of the environment when it starts.
     InstanceClaim claim = linuxdesktop::claimInstance(
         {variable("DESKTOP_STARTUP_ID"), variable("XDG_ACTIVATION_TOKEN")}, instanceTimeout);
