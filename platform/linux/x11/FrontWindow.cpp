@@ -83,19 +83,35 @@ xcb_window_t FrontWindow::focusedWindow() {
     return !focused || focused->window == XCB_INPUT_FOCUS_POINTER_ROOT ? XCB_NONE : focused->window;
 }
 
+xcb_window_t FrontWindow::parentOf(xcb_window_t window) {
+    const XcbReply<xcb_query_tree_reply_t> tree(xcb_query_tree_reply(
+        connection_.get(), xcb_query_tree(connection_.get(), window), nullptr));
+    return tree ? tree->parent : xcb_window_t{XCB_NONE};
+}
+
 xcb_window_t FrontWindow::topLevelOf(xcb_window_t window) {
     while (window != XCB_NONE && window != connection_.root()) {
-        const XcbReply<xcb_query_tree_reply_t> tree(xcb_query_tree_reply(
-            connection_.get(), xcb_query_tree(connection_.get(), window), nullptr));
-        if (!tree) {
-            return XCB_NONE;
-        }
-        if (tree->parent == connection_.root()) {
+        const xcb_window_t parent = parentOf(window);
+        if (parent == connection_.root()) {
             return window;
         }
-        window = tree->parent;
+        window = parent;
     }
     return XCB_NONE;
+}
+
+// Some programs have the focus on a window that stands alone.
+bool FrontWindow::isInAnotherWindow(xcb_window_t focused, xcb_window_t window) {
+    if (focused == window) {
+        return false;
+    }
+    const std::vector<xcb_window_t> windows = this->windows();
+    for (; focused != XCB_NONE && focused != window; focused = parentOf(focused)) {
+        if (std::ranges::find(windows, focused) != windows.end()) {
+            return true;
+        }
+    }
+    return false;
 }
 
 xcb_window_t FrontWindow::window() {
@@ -117,12 +133,13 @@ std::optional<platform::ProcessIdentifier> FrontWindow::processOf(xcb_window_t w
 }
 
 // The focus is often on a window inside the one that names the process, made by the same client. An
-// embedded window may belong to another process, which would then get the keys.
+// embedded window may belong to another process, which would then get the keys. A window manager
+// moves the focus before it says which window is in front.
 bool FrontWindow::isInFront(platform::ProcessIdentifier process, xcb_window_t window) {
     const xcb_window_t front = this->window();
     const xcb_window_t focused = focusedWindow();
     if (front == XCB_NONE || focused == XCB_NONE || processOf(front) != process ||
-        (window != XCB_NONE && front != window)) {
+        (window != XCB_NONE && (front != window || isInAnotherWindow(focused, window)))) {
         return false;
     }
     return connection_.sameClient(front, focused) || processOf(focused) == process;

@@ -71,7 +71,9 @@ class FrontWindow {
   private:
     bool hasManager();
     xcb_window_t focusedWindow();
+    xcb_window_t parentOf(xcb_window_t window);
     xcb_window_t topLevelOf(xcb_window_t window);
+    bool isInAnotherWindow(xcb_window_t focused, xcb_window_t window);
     std::vector<xcb_window_t> windows();
     bool isViewable(xcb_window_t window);
     void remember(xcb_window_t window);

@@ -4,6 +4,7 @@
 #include <stdlib.h>
 
 #include "tests/linux/x11/InputFixture.h"
+#include "tests/linux/x11/WindowManager.h"
 #include "tests/support/Attempts.h"
 
 namespace tarvik::tests {
@@ -147,6 +148,24 @@ TEST_F(X11Delivery, ReachesTheWindowThatWasInFrontWhenItWasAskedFor) {
     EXPECT_TRUE(
         mainQueue.runUntil([&] { return target.textOfSecondWindow() == "to the second, ąć"; }));
     EXPECT_EQ(target.text(), "to the first, ąć");
+}
+
+TEST_F(X11Delivery, ReachesItsWindowWhenTheFocusIsAlreadyInAnotherOneOfTheProgram) {
+    const X11Target target(X11Target::Kind::gtk3Text, mainQueue);
+    ASSERT_TRUE(comesToFront(target));
+    const xcb_window_t first = frontWindow();
+    target.openSecondWindow(mainQueue);
+    EXPECT_TRUE(mainQueue.runUntil([&] { return frontWindow() != first; }));
+    ASSERT_TRUE(comesToFront(target));
+    {
+        // A window manager sets the focus first, and then says which window is in front.
+        const StoppedWindowManager busy;
+        setFocus(first);
+        type("to the second, ąć", target.process());
+        EXPECT_TRUE(
+            mainQueue.runUntil([&] { return target.textOfSecondWindow() == "to the second, ąć"; }));
+    }
+    EXPECT_EQ(target.text(), "");
 }
 
 TEST_F(X11Delivery, TypesNothingForAProcessWithoutAWindow) {

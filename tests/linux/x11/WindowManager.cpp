@@ -82,6 +82,16 @@ bool waitForWindowManager(RealTimeQueue& mainQueue) {
     return false;
 }
 
+xcb_window_t frontWindow() {
+    return windowInProperty(*XcbConnection::open().value(), "_NET_ACTIVE_WINDOW");
+}
+
+void setFocus(xcb_window_t window) {
+    const auto connection = XcbConnection::open().value();
+    xcb_set_input_focus(connection->get(), XCB_INPUT_FOCUS_PARENT, window, XCB_CURRENT_TIME);
+    connection->synchronise();
+}
+
 void bringToFront(platform::ProcessIdentifier process) {
     const auto connection = XcbConnection::open().value();
     constexpr std::uint32_t maxWindows = 1000;

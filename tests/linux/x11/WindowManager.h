@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include <xcb/xproto.h>
+
 #include "platform/Workspace.h"
 #include "tests/support/RealTimeQueue.h"
 
@@ -10,6 +12,12 @@ namespace tarvik::tests {
 /// after which it grabs its keys again. False when it takes more than 30 s, since a
 /// busy one has fallen behind.
 bool waitForWindowManager(RealTimeQueue& mainQueue);
+
+/// The window in front, as the window manager says.
+xcb_window_t frontWindow();
+
+/// Gives a window the focus. The window manager is not asked, and learns of it.
+void setFocus(xcb_window_t window);
 
 /// Asks the window manager to bring a window of a process to the front, as a click on it does.
 void bringToFront(platform::ProcessIdentifier process);
