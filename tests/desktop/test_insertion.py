@@ -74,6 +74,16 @@ class Insertion(DictationTest):
             stream.say(piece)
         target.wait_for_text("One. Twotwo. Three. Four.")
 
+    def test_line_breaks_and_tabs_are_written_as_they_were_said(self):
+        target = self.start_target("gtk3")
+        stream = self.dictate(self.service, "One.")
+        for piece in ("Two\r\ntwo.", "Three\n\tthree.", "Four."):
+            stream.say(piece)
+        # Reading as text would hide a changed line break.
+        wait_for(lambda: target.out.read_bytes() == b"One. Two\r\ntwo. Three\n\tthree. Four.",
+                 "the text with its line breaks")
+        self.assertEqual(target.typed_keys, 0)
+
     def test_a_selection_in_a_gtk3_entry_is_replaced(self):
         self.check_selection("gtk3", "entry")
 
