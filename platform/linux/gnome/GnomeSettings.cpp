@@ -13,7 +13,7 @@ namespace {
 
 std::string childText(GVariant* parent, std::size_t index) {
     GVariant* child = g_variant_get_child_value(parent, index);
-    const std::string text = g_variant_get_string(child, nullptr);
+    std::string text = g_variant_get_string(child, nullptr);
     g_variant_unref(child);
     return text;
 }

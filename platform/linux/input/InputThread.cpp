@@ -249,6 +249,10 @@ void InputThread::requestAll() {
 }
 
 void InputThread::requestRefused() {
+    // A session that is not ready yet is asked for all of them later.
+    if (!isConnected_) {
+        return;
+    }
     for (const auto& [number, hotKey] : std::map(hotKeys_)) {
         if (hotKey.state == State::refused && !hotKey.isAsked) {
             request(number);
@@ -258,10 +262,10 @@ void InputThread::requestRefused() {
 
 void InputThread::handleStatus(HotKeyNumber number, platform::OSStatus status,
                                const std::string& reason) {
-    const auto found = hotKeys_.find(number);
     if (isLost_) {
         return;
     }
+    const auto found = hotKeys_.find(number);
     if (found == hotKeys_.end()) {
         // The hotkey was unregistered while the session registered it.
         session_->hotKeys()->remove(number, [] {});

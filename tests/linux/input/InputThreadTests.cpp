@@ -254,7 +254,10 @@ TEST_F(InputThreadTest, ADesktopThatAnswersLaterIsUsedFromThenOn) {
     EXPECT_EQ(thread->registerHotKey(1, key, hold), eventInternalErr);
     EXPECT_EQ(thread->registerHotKey(2, key, hold), eventInternalErr);
     thread->unregisterHotKey(1);
-    inSession([](FakeSession& session) { session.answer(); });
+    inSession([](FakeSession& session) {
+        session.free();
+        session.answer();
+    });
     EXPECT_TRUE(hears("N2"));
     EXPECT_TRUE(hasSteps("remove 1; add 2; "));
 }
