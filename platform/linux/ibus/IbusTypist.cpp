@@ -95,11 +95,13 @@ void IbusTypist::findTarget() {
 void IbusTypist::sendPiece() {
     isWaiting_ = false;
     delay_.clear();
-    const std::u32string_view left =
-        std::u32string_view(current().text.characters).substr(current().position, pieceLength);
-    engine_.commit(utf8FromUtf32(left));
+    const auto left = std::u32string_view(current().text.characters).substr(current().position);
+    // Firefox takes a commit of one character for a key, and a key with Alt for a shortcut.
+    const auto piece =
+        left.substr(0, left.size() == pieceLength + 1 ? pieceLength - 1 : pieceLength);
+    engine_.commit(utf8FromUtf32(piece));
     const auto check = [this, text = textCount_, count = engine_.fieldCount(),
-                        length = left.size()] {
+                        length = piece.size()] {
         if (text == textCount_) {
             checkPiece(count, length);
         }

@@ -101,6 +101,7 @@ void IbusProgram::handleSignal(sd_bus_message* signal) {
         sd_bus_message_skip(signal, "sa{sv}");
         sd_bus_message_read(signal, "s", &committed);
         text += committed;
+        lastCommit = committed;
     } else if (member == "ForwardKeyEvent") {
         std::uint32_t symbol = 0;
         std::uint32_t code = 0;

@@ -35,6 +35,8 @@ class IbusProgram {
 
     /// What was committed into the field, UTF-8.
     std::string text;
+    /// The last commit alone.
+    std::string lastCommit;
     /// The keys that an engine has sent to the program: the key's code, "u" after one that goes up.
     std::string forwarded;
     /// Empty while IBus has not answered askEngine().

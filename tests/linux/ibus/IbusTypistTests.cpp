@@ -88,6 +88,15 @@ TEST_F(IbusTypistTest, TypesLongTextsInPieces) {
     becomes(expected);
 }
 
+// Firefox takes a commit of one character for a key, and a key with Alt for a shortcut.
+TEST_F(IbusTypistTest, LeavesNoCharacterAloneAtTheEndOfALongText) {
+    const std::u32string text(501, U'a');
+    type(text);
+    ASSERT_TRUE(areTyped(1));
+    becomes(std::string(501, 'a'));
+    EXPECT_GT(program->lastCommit.size(), 1U);
+}
+
 TEST_F(IbusTypistTest, WaitsForAFieldThatComesSoon) {
     program->focusOut();
     type(U"later");
