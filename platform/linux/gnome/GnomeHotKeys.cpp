@@ -15,6 +15,7 @@ namespace {
 using namespace std::chrono_literals;
 
 constexpr auto busTimeout = 1s;
+constexpr auto shellInterval = 100ms;
 // How much later than the keyboard's settings say a command may call.
 constexpr auto callTolerance = 300ms;
 // An end too early costs words, and one too late costs silence.
@@ -69,7 +70,8 @@ GnomeHotKeys::GnomeHotKeys(MessageBus& bus, IbusEngine& engine, EventLoop& loop,
       log_(log),
       events_(std::move(events)),
       onTaken_(std::move(onTaken)),
-      repeatDeadline_(loop) {
+      repeatDeadline_(loop),
+      shellDeadline_(loop) {
     bus_.addObject(objectPath, objectInterface, methods, this);
 }
 
@@ -111,10 +113,29 @@ void GnomeHotKeys::claim(std::function<void(bool isFirst)> onAnswer) {
                   if (unsignedIn(reply) == isOwner) {
                       isOwner_ = true;
                       shortcuts_.unbindAll();
-                      windowMenu_.takeAgain();
+                      if (windowMenu_.takeAgain()) {
+                          awaitShell([onAnswer] { onAnswer(true); });
+                          return;
+                      }
                   }
                   onAnswer(isOwner_);
               });
+}
+
+// GNOME Shell gives a combination up when it has nothing else to do, and refuses the custom
+// shortcut for good that asks for the combination before.
+void GnomeHotKeys::awaitShell(std::function<void()> onDone) {
+    askShell([this, onDone = std::move(onDone)]() mutable {
+        shellDeadline_.set(shellInterval, [this, onDone = std::move(onDone)]() mutable {
+            askShell(std::move(onDone));
+        });
+    });
+}
+
+void GnomeHotKeys::askShell(std::function<void()> onAnswer) {
+    bus_.call(bus_.newPropertyCall({"org.gnome.Shell", "/org/gnome/Shell"}, "org.gnome.Shell",
+                                   "ShellVersion"),
+              busTimeout, [onAnswer = std::move(onAnswer)](sd_bus_message*) { onAnswer(); });
 }
 
 void GnomeHotKeys::bind(HotKeyNumber number, std::uint32_t modifiers, const OnStatus& onStatus) {
@@ -162,7 +183,7 @@ void GnomeHotKeys::takeFromWindowMenu() {
         log_.write(
             "TarvikDictate: the menu of windows has given Alt+Space up, and gets it back when the "
             "application ends");
-        events_.onFreed();
+        awaitShell([this] { events_.onFreed(); });
     }
 }
 

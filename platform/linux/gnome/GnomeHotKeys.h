@@ -74,6 +74,8 @@ class GnomeHotKeys final : public SessionHotKeys {
     };
 
     void claim(std::function<void(bool isFirst)> onAnswer);
+    void awaitShell(std::function<void()> onDone);
+    void askShell(std::function<void()> onAnswer);
     void bind(HotKeyNumber number, std::uint32_t modifiers, const OnStatus& onStatus);
     static std::optional<Repeat> repeatSetting();
     static int onPress(sd_bus_message* call, void* self, sd_bus_error* error);
@@ -97,6 +99,7 @@ class GnomeHotKeys final : public SessionHotKeys {
     RepeatedHold repeats_;
     Hold hold_;
     Deadline repeatDeadline_;
+    Deadline shellDeadline_;
 };
 
 }  // namespace tarvik::linuxdesktop

@@ -70,10 +70,8 @@ bool WindowMenuShortcut::take() {
     return note_.write(lines) && settings.set(menuKey, withoutAltSpace(*had));
 }
 
-void WindowMenuShortcut::takeAgain() {
-    if (note_.lines() == Texts{agreedWord}) {
-        take();
-    }
+bool WindowMenuShortcut::takeAgain() {
+    return note_.lines() == Texts{agreedWord} && take();
 }
 
 void WindowMenuShortcut::giveBack() {

@@ -21,8 +21,8 @@ class WindowMenuShortcut {
     /// it, or when the note or the setting cannot be written.
     bool take();
     /// As take(), where the user has agreed to it and the menu has Alt+Space back since, as at the
-    /// end of an earlier run.
-    void takeAgain();
+    /// end of an earlier run. False otherwise.
+    bool takeAgain();
     /// Gives back what was taken, also by a run that was killed. A user who has given the menu
     /// Alt+Space again has taken the agreement back.
     void giveBack();

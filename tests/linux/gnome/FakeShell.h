@@ -5,22 +5,27 @@
 #include <systemd/sd-bus.h>
 
 #include "platform/linux/bus/BusHandles.h"
+#include "tests/linux/bus/BusServer.h"
 
 namespace tarvik::tests {
 
-/// A GNOME Shell of which there is nothing but the name on the session bus.
+/// A GNOME Shell of which there is nothing but its name and its version on the session bus.
 class FakeShell {
   public:
     FakeShell() {
         sd_bus* opened = nullptr;
         EXPECT_GE(sd_bus_open_user(&opened), 0);
-        bus_.reset(opened);
-        EXPECT_GE(sd_bus_request_name(opened, "org.gnome.Shell", 0), 0);
+        caller_.reset(opened);
+        EXPECT_GE(sd_bus_add_object_vtable(server_.bus(), nullptr, "/org/gnome/Shell",
+                                           "org.gnome.Shell", properties, nullptr),
+                  0);
+        EXPECT_GE(sd_bus_request_name(server_.bus(), "org.gnome.Shell", 0), 0);
+        server_.start();
     }
 
     /// Calls as the command of a shortcut does; false when nobody takes the call.
     bool press(const char* hotKey) {
-        return sd_bus_call_method(bus_.get(), "com.tarvik.dictate.HotKeys",
+        return sd_bus_call_method(caller_.get(), "com.tarvik.dictate.HotKeys",
                                   "/com/tarvik/dictate/HotKeys", "com.tarvik.dictate.HotKeys",
                                   "Press", nullptr, nullptr, "s", hotKey) >= 0;
     }
@@ -29,7 +34,7 @@ class FakeShell {
     bool isApplicationThere() {
         sd_bus_message* reply = nullptr;
         int isThere = 0;
-        sd_bus_call_method(bus_.get(), "org.freedesktop.DBus", "/org/freedesktop/DBus",
+        sd_bus_call_method(caller_.get(), "org.freedesktop.DBus", "/org/freedesktop/DBus",
                            "org.freedesktop.DBus", "NameHasOwner", nullptr, &reply, "s",
                            "com.tarvik.dictate.HotKeys");
         EXPECT_GE(sd_bus_message_read(reply, "b", &isThere), 0);
@@ -38,7 +43,19 @@ class FakeShell {
     }
 
   private:
-    linuxdesktop::BusHandle bus_;
+    static int version(sd_bus* /*bus*/, const char* /*path*/, const char* /*interface*/,
+                       const char* /*property*/, sd_bus_message* reply, void* /*data*/,
+                       sd_bus_error* /*error*/) {
+        return sd_bus_message_append(reply, "s", "43.9");
+    }
+
+    static constexpr sd_bus_vtable properties[] = {
+        SD_BUS_VTABLE_START(0),
+        SD_BUS_PROPERTY("ShellVersion", "s", &FakeShell::version, 0, SD_BUS_VTABLE_PROPERTY_CONST),
+        SD_BUS_VTABLE_END};
+
+    linuxdesktop::BusHandle caller_;
+    BusServer server_;
 };
 
 }  // namespace tarvik::tests
