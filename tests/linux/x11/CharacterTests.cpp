@@ -85,8 +85,9 @@ bool isLostOn(Kind kind, char32_t character) {
     // The compose tables split these ligatures into their letters.
     const std::vector<Range> split{
         {0xFEF5, 0xFEF5}, {0xFEF7, 0xFEF7}, {0xFEF9, 0xFEF9}, {0xFEFB, 0xFEFB}};
-    // GTK 3 looks at the lower half of the symbols only, and sees dead keys and the compose key.
-    const std::vector<Range> dead{{0xFE50, 0xFE93}, {0xFF20, 0xFF20}};
+    // GTK 3 looks at the lower half of the symbols only. There it sees dead keys, the compose key,
+    // and an accent that waits for a Greek letter.
+    const std::vector<Range> dead{{0x07AE, 0x07AE}, {0xFE50, 0xFE93}, {0xFF20, 0xFF20}};
     // Qt 5 takes no character that is younger than Unicode 13.
     const std::vector<Range> young{
         {0x061D, 0x061D}, {0x0870, 0x088E},   {0x0890, 0x0891}, {0x0898, 0x089F},
