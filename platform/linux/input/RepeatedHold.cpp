@@ -17,6 +17,8 @@ constexpr int maxMissedRepeats = 3;
 // No keyboard repeats more slowly, and nobody presses so fast.
 constexpr SteadyTime::duration maxRepeatInterval = 200ms;
 constexpr SteadyTime::duration minLateInterval = 250ms;
+// After that time the reports are taken for those of a new hold, whose repeats look the same.
+constexpr SteadyTime::duration maxLateTime = 1s;
 
 }  // namespace
 
@@ -26,7 +28,7 @@ RepeatedHold::Report RepeatedHold::handle(HotKeyNumber number, SteadyTime now) {
         return Report::repeat;
     }
     if (number == endedNumber_ && now < lateUntil_) {
-        lateUntil_ = now + lateInterval_;
+        lateUntil_ = std::min(now + lateInterval_, lateLimit_);
         return Report::late;
     }
     return Report::press;
@@ -59,6 +61,7 @@ void RepeatedHold::expectLateReports(SteadyTime now) {
     endedNumber_ = number().value_or(0);
     lateInterval_ = timeout(minLateInterval);
     lateUntil_ = now + lateInterval_;
+    lateLimit_ = std::max(lateUntil_, now + maxLateTime);
 }
 
 std::optional<HotKeyNumber> RepeatedHold::number() const {

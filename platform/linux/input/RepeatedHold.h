@@ -59,7 +59,9 @@ class RepeatedHold {
     std::optional<SteadyTime::duration> repeatDelay_;
     // A hold that has ended, of which repeats may be on their way.
     HotKeyNumber endedNumber_ = 0;
+    // Each repeat moves this on, up to the limit.
     SteadyTime lateUntil_;
+    SteadyTime lateLimit_;
     SteadyTime::duration lateInterval_{0};
 };
 

@@ -83,11 +83,23 @@ TEST_F(RepeatedHoldTest, RepeatsThatComeAfterTheEndAreNoPresses) {
     report();
     reportAfter(500ms);
     endEarly();
-    for (int i = 0; i < 10; ++i) {
+    for (int i = 0; i < 4; ++i) {
         EXPECT_EQ(reportAfter(249ms), Report::late);
     }
     EXPECT_EQ(hold.number(), std::nullopt);
     EXPECT_EQ(reportAfter(250ms), Report::press);
+}
+
+// A press soon after the end looks like a late repeat, and so do its own repeats.
+TEST_F(RepeatedHoldTest, AHoldSoonAfterTheEndIsHeardAfterASecond) {
+    report();
+    reportAfter(500ms);
+    endEarly();
+    for (auto time = 0ms; time < 960ms; time += 40ms) {
+        EXPECT_EQ(reportAfter(40ms), Report::late);
+    }
+    EXPECT_EQ(reportAfter(40ms), Report::press);
+    EXPECT_EQ(reportAfter(40ms), Report::repeat);
 }
 
 TEST_F(RepeatedHoldTest, SlowRepeatsAreExpectedForLonger) {
