@@ -14,6 +14,7 @@
 #include <vector>
 
 #include "platform/linux/input/InputThread.h"
+#include "tests/linux/input/FakeSession.h"
 #include "tests/support/RealTimeQueue.h"
 #include "tests/support/RecordingLog.h"
 #include "tests/support/TemporaryFolder.h"
@@ -51,127 +52,23 @@ class Listener final : public linuxdesktop::HotKeyListener {
     std::string events;
 };
 
-/// What a test says, and what the sessions have done. Used by both threads.
-class Script {
-  public:
-    /// What happens when a session is opened.
-    enum class Manner { readyAtOnce, silent, refusing, gone };
-
-    template <typename Value>
-    Value get(Value Script::*member) const {
-        const std::lock_guard lock(mutex_);
-        return this->*member;
-    }
-    template <typename Value>
-    void set(Value Script::*member, Value value) {
-        const std::lock_guard lock(mutex_);
-        this->*member = std::move(value);
-    }
-    void write(const std::string& step) {
-        const std::lock_guard lock(mutex_);
-        steps += step + "; ";
-    }
-
-    Manner manner = Manner::readyAtOnce;
-    // Empty while the desktop is too busy to decide.
-    std::optional<platform::OSStatus> status = noErr;
-    std::string reason;
-    bool finishesTexts = true;
-    bool finishesEnd = true;
-    std::string steps;
-    int sessions = 0;
-
-  private:
-    mutable std::mutex mutex_;
-};
-
-class FakeSession final : public InputSession, public SessionHotKeys, public SessionTypist {
-  public:
-    FakeSession(EventLoop& loop, Script& script, InputSession::Events events)
-        : script_(script), events_(std::move(events)), readyDeadline_(loop) {
-        readyDeadline_.set(0ms, [this] {
-            switch (script_.get(&Script::manner)) {
-                case Script::Manner::readyAtOnce:
-                    answer();
-                    break;
-                case Script::Manner::refusing:
-                    events_.onRefused("not here");
-                    break;
-                case Script::Manner::gone:
-                    events_.onLost("gone again");
-                    break;
-                case Script::Manner::silent:
-                    break;
-            }
-        });
-    }
-    ~FakeSession() override { script_.write("session ends"); }
-
-    void answer() { events_.onReady(""); }
-    void free() { events_.hotKeys.onFreed(); }
-    void lose() { events_.onLost("the desktop is gone"); }
-    void decide(platform::OSStatus status) {
-        std::exchange(onStatus_, nullptr)(status, script_.get(&Script::reason));
-    }
-    void press(HotKeyNumber number) { events_.hotKeys.onPressed(number); }
-
-    SessionHotKeys* hotKeys() override { return this; }
-    SessionTypist* typist() override { return this; }
-    void end(std::function<void()> onDone) override {
-        script_.write("give back");
-        if (script_.get(&Script::finishesEnd)) {
-            onDone();
-        }
-    }
-
-    void add(HotKeyNumber number, std::uint32_t, std::uint32_t, OnStatus onStatus) override {
-        script_.write("add " + std::to_string(number));
-        if (const auto status = script_.get(&Script::status)) {
-            onStatus(*status, script_.get(&Script::reason));
-        } else {
-            onStatus_ = std::move(onStatus);
-        }
-    }
-    void remove(HotKeyNumber number, std::function<void()> onDone) override {
-        script_.write("remove " + std::to_string(number));
-        onDone();
-    }
-    void removeAll(std::function<void()> onDone) override { onDone(); }
-
-    void type(TypedText text, std::int64_t window, std::function<void()> onTyped) override {
-        script_.write("type " + std::string(text.characters.begin(), text.characters.end()) +
-                      " into " + std::to_string(window));
-        onTyped();
-    }
-    void whenIdle(std::function<void()> onIdle) override {
-        if (script_.get(&Script::finishesTexts)) {
-            onIdle();
-        }
-    }
-
-  private:
-    Script& script_;
-    const InputSession::Events events_;
-    linuxdesktop::Deadline readyDeadline_;
-    OnStatus onStatus_;
-};
-
 class InputThreadTest : public testing::Test {
   protected:
     void begin() {
-        thread.emplace(mainQueue, log, listener,
-                       InputThread::Desktop{
-                           "no thread", "the desktop does not answer", "the desktop is back",
-                           "no desktop", folder.path() / "socket", 1s,
-                           [this](EventLoop& loop, const InputSession::Events& events)
-                               -> Result<std::unique_ptr<InputSession>> {
-                               if (!listens) {
-                                   return Error{0, "nobody listens"};
-                               }
-                               script.set(&Script::sessions, script.get(&Script::sessions) + 1);
-                               return std::unique_ptr<InputSession>(
-                                   std::make_unique<FakeSession>(loop, script, events));
-                           }});
+        thread.emplace(
+            mainQueue, log, listener,
+            InputThread::Desktop{"no thread", "the desktop does not answer", "the desktop is back",
+                                 "no desktop", folder.path() / "socket", 1s,
+                                 [this](EventLoop& loop, const InputSession::Events& events)
+                                     -> Result<std::unique_ptr<InputSession>> {
+                                     if (!listens) {
+                                         return Error{0, "nobody listens"};
+                                     }
+                                     script.set(&SessionScript::sessions,
+                                                script.get(&SessionScript::sessions) + 1);
+                                     return std::unique_ptr<InputSession>(
+                                         std::make_unique<FakeSession>(loop, script, events));
+                                 }});
     }
     void inSession(std::function<void(FakeSession&)> action) {
         thread->post([action = std::move(action)](InputSession& session) {
@@ -190,8 +87,8 @@ class InputThreadTest : public testing::Test {
     }
     bool hasSteps(const std::string& steps) {
         const bool holds =
-            mainQueue.runUntil([&] { return script.get(&Script::steps) == steps; }, 5s);
-        EXPECT_EQ(script.get(&Script::steps), steps);
+            mainQueue.runUntil([&] { return script.get(&SessionScript::steps) == steps; }, 5s);
+        EXPECT_EQ(script.get(&SessionScript::steps), steps);
         return holds;
     }
     bool hears(const std::string& events) {
@@ -205,7 +102,7 @@ class InputThreadTest : public testing::Test {
     RecordingLog log;
     std::shared_ptr<Listener> listener = std::make_shared<Listener>();
     std::atomic<bool> listens = true;
-    Script script;
+    SessionScript script;
     std::optional<InputThread> thread;
 };
 
@@ -233,17 +130,17 @@ TEST_F(InputThreadTest, ADesktopThatIsNotThereIsARefusal) {
 }
 
 TEST_F(InputThreadTest, ADesktopThatRefusesIsNotLookedForAgain) {
-    script.manner = Script::Manner::refusing;
+    script.manner = SessionScript::Manner::refusing;
     begin();
     EXPECT_EQ(thread->refusal(), "not here");
     EXPECT_TRUE(hasSteps("session ends; "));
     mainQueue.runFor(300ms);
-    EXPECT_EQ(script.get(&Script::sessions), 1);
+    EXPECT_EQ(script.get(&SessionScript::sessions), 1);
     EXPECT_TRUE(log.lines().empty());
 }
 
 TEST_F(InputThreadTest, ADesktopThatAnswersLaterIsUsedFromThenOn) {
-    script.manner = Script::Manner::silent;
+    script.manner = SessionScript::Manner::silent;
     const auto start = steady_clock::now();
     begin();
     EXPECT_LT(steady_clock::now() - start, 1500ms);
@@ -263,7 +160,7 @@ TEST_F(InputThreadTest, ADesktopThatAnswersLaterIsUsedFromThenOn) {
 }
 
 TEST_F(InputThreadTest, ADesktopThatAnswersLaterSaysWhyItRefuses) {
-    script.manner = Script::Manner::silent;
+    script.manner = SessionScript::Manner::silent;
     script.status = eventHotKeyExistsErr;
     script.reason = "a program has it";
     begin();
@@ -280,14 +177,14 @@ TEST_F(InputThreadTest, ADesktopThatAnswersLaterSaysWhyItRefuses) {
 
 TEST_F(InputThreadTest, ARefusedHotkeyIsRegisteredOnceItsCombinationIsFree) {
     begin();
-    script.set(&Script::status, std::optional(eventHotKeyExistsErr));
-    script.set(&Script::reason, std::string("a program has it"));
+    script.set(&SessionScript::status, std::optional(eventHotKeyExistsErr));
+    script.set(&SessionScript::reason, std::string("a program has it"));
     EXPECT_EQ(thread->registerHotKey(1, key, hold), eventHotKeyExistsErr);
     // Nobody has given it up.
     inSession([](FakeSession& session) { session.free(); });
     EXPECT_TRUE(hasSteps("add 1; add 1; "));
-    script.set(&Script::status, std::optional(noErr));
-    script.set(&Script::reason, std::string());
+    script.set(&SessionScript::status, std::optional(noErr));
+    script.set(&SessionScript::reason, std::string());
     inSession([](FakeSession& session) { session.free(); });
     EXPECT_TRUE(hears("N1"));
     inSession([](FakeSession& session) { session.free(); });
@@ -298,11 +195,11 @@ TEST_F(InputThreadTest, ARefusedHotkeyIsRegisteredOnceItsCombinationIsFree) {
 
 TEST_F(InputThreadTest, ARefusedHotkeyThatWasUnregisteredIsNotWanted) {
     begin();
-    script.set(&Script::status, std::optional(eventHotKeyExistsErr));
+    script.set(&SessionScript::status, std::optional(eventHotKeyExistsErr));
     EXPECT_EQ(thread->registerHotKey(1, key, hold), eventHotKeyExistsErr);
     EXPECT_EQ(thread->registerHotKey(2, key, hold), eventHotKeyExistsErr);
     thread->unregisterHotKey(1);
-    script.set(&Script::status, std::optional(noErr));
+    script.set(&SessionScript::status, std::optional(noErr));
     inSession([](FakeSession& session) { session.free(); });
     EXPECT_TRUE(hears("N2"));
     EXPECT_TRUE(hasSteps("add 1; add 2; remove 1; add 2; "));
@@ -311,7 +208,7 @@ TEST_F(InputThreadTest, ARefusedHotkeyThatWasUnregisteredIsNotWanted) {
 // The session must not have it for ever.
 TEST_F(InputThreadTest, AHotkeyThatIsRegisteredAfterItWasUnregisteredIsGivenBack) {
     begin();
-    script.set(&Script::status, std::optional<platform::OSStatus>());
+    script.set(&SessionScript::status, std::optional<platform::OSStatus>());
     EXPECT_EQ(thread->registerHotKey(1, key, hold), noErr);
     thread->unregisterHotKey(1);
     inSession([](FakeSession& session) { session.decide(noErr); });
@@ -320,9 +217,9 @@ TEST_F(InputThreadTest, AHotkeyThatIsRegisteredAfterItWasUnregisteredIsGivenBack
 
 TEST_F(InputThreadTest, ACombinationThatIsFreedWhileTheDesktopDecidesIsAskedForOnce) {
     begin();
-    script.set(&Script::status, std::optional(eventHotKeyExistsErr));
+    script.set(&SessionScript::status, std::optional(eventHotKeyExistsErr));
     EXPECT_EQ(thread->registerHotKey(1, key, hold), eventHotKeyExistsErr);
-    script.set(&Script::status, std::optional<platform::OSStatus>());
+    script.set(&SessionScript::status, std::optional<platform::OSStatus>());
     inSession([](FakeSession& session) {
         session.free();
         session.free();
@@ -334,7 +231,7 @@ TEST_F(InputThreadTest, ACombinationThatIsFreedWhileTheDesktopDecidesIsAskedForO
 
 TEST_F(InputThreadTest, ADesktopCannotHaveEveryHotkey) {
     begin();
-    script.set(&Script::status, std::optional(platform::eventHotKeyInvalidErr));
+    script.set(&SessionScript::status, std::optional(platform::eventHotKeyInvalidErr));
     EXPECT_EQ(thread->registerHotKey(1, key, hold), platform::eventHotKeyInvalidErr);
     lose();
     ASSERT_TRUE(returns());
@@ -350,15 +247,16 @@ TEST_F(InputThreadTest, ALossIsOneLineAndTheReturnAnother) {
     thread->unregisterHotKey(3);
     // Some tries fail.
     mainQueue.runFor(400ms);
-    script.set(&Script::manner, Script::Manner::gone);
+    script.set(&SessionScript::manner, SessionScript::Manner::gone);
     listens = true;
-    ASSERT_TRUE(mainQueue.runUntil([&] { return script.get(&Script::sessions) >= 3; }));
-    script.set(&Script::manner, Script::Manner::readyAtOnce);
+    ASSERT_TRUE(mainQueue.runUntil([&] { return script.get(&SessionScript::sessions) >= 3; }));
+    script.set(&SessionScript::manner, SessionScript::Manner::readyAtOnce);
     ASSERT_TRUE(returns());
     EXPECT_EQ(log.lines(), (std::vector<std::string>{"TarvikDictate: the desktop is gone",
                                                      "TarvikDictate: the desktop is back"}));
-    EXPECT_TRUE(mainQueue.runUntil(
-        [&] { return script.get(&Script::steps).ends_with("session ends; add 1; add 2; "); }));
+    EXPECT_TRUE(mainQueue.runUntil([&] {
+        return script.get(&SessionScript::steps).ends_with("session ends; add 1; add 2; ");
+    }));
     EXPECT_TRUE(hears("N2"));
 }
 
@@ -366,12 +264,12 @@ TEST_F(InputThreadTest, AHotkeyThatTheNextDesktopRefusesIsLostUntilItIsFree) {
     begin();
     ASSERT_EQ(thread->registerHotKey(1, key, hold), noErr);
     lose();
-    script.set(&Script::status, std::optional(eventHotKeyExistsErr));
-    script.set(&Script::reason, std::string("a program has it"));
+    script.set(&SessionScript::status, std::optional(eventHotKeyExistsErr));
+    script.set(&SessionScript::reason, std::string("a program has it"));
     ASSERT_TRUE(returns());
     EXPECT_TRUE(hears("L1 a program has it"));
-    script.set(&Script::status, std::optional(noErr));
-    script.set(&Script::reason, std::string());
+    script.set(&SessionScript::status, std::optional(noErr));
+    script.set(&SessionScript::reason, std::string());
     inSession([](FakeSession& session) { session.free(); });
     EXPECT_TRUE(hears("L1 a program has itN1"));
     EXPECT_FALSE(log.hasLineWith("a program has it"));
@@ -399,7 +297,7 @@ TEST_F(InputThreadTest, ATextWithoutASessionIsReportedLost) {
 
 TEST_F(InputThreadTest, ABusyDesktopDecidesLater) {
     begin();
-    script.set(&Script::status, std::optional<platform::OSStatus>());
+    script.set(&SessionScript::status, std::optional<platform::OSStatus>());
     const auto start = steady_clock::now();
     EXPECT_EQ(thread->registerHotKey(1, key, hold), noErr);
     EXPECT_LT(steady_clock::now() - start, 1500ms);
@@ -412,7 +310,7 @@ TEST_F(InputThreadTest, ABusyDesktopDecidesLater) {
 
 TEST_F(InputThreadTest, ALateRefusalIsTheLossOfTheHotkey) {
     begin();
-    script.set(&Script::status, std::optional<platform::OSStatus>());
+    script.set(&SessionScript::status, std::optional<platform::OSStatus>());
     EXPECT_EQ(thread->registerHotKey(1, key, hold), noErr);
     inSession([](FakeSession& session) { session.decide(eventHotKeyExistsErr); });
     EXPECT_TRUE(hears("L1 another program has the combination"));
@@ -423,10 +321,10 @@ TEST_F(InputThreadTest, ALateRefusalIsTheLossOfTheHotkey) {
 
 TEST_F(InputThreadTest, WhatABusyDesktopHasNotDecidedTheNextOneDecides) {
     begin();
-    script.set(&Script::status, std::optional<platform::OSStatus>());
+    script.set(&SessionScript::status, std::optional<platform::OSStatus>());
     EXPECT_EQ(thread->registerHotKey(1, key, hold), noErr);
     lose();
-    script.set(&Script::status, std::optional<platform::OSStatus>(eventHotKeyExistsErr));
+    script.set(&SessionScript::status, std::optional<platform::OSStatus>(eventHotKeyExistsErr));
     ASSERT_TRUE(returns());
     EXPECT_TRUE(hears("L1 another program has the combination"));
     EXPECT_TRUE(hasSteps("add 1; session ends; add 1; "));
@@ -434,10 +332,10 @@ TEST_F(InputThreadTest, WhatABusyDesktopHasNotDecidedTheNextOneDecides) {
 
 TEST_F(InputThreadTest, ARegistrationDuringWhichTheDesktopIsLostIsRefused) {
     begin();
-    script.set(&Script::status, std::optional<platform::OSStatus>());
+    script.set(&SessionScript::status, std::optional<platform::OSStatus>());
     listens = false;
     std::thread loser([this] {
-        while (script.get(&Script::steps).empty()) {
+        while (script.get(&SessionScript::steps).empty()) {
             std::this_thread::yield();
         }
         inSession([](FakeSession& session) { session.lose(); });
@@ -446,7 +344,7 @@ TEST_F(InputThreadTest, ARegistrationDuringWhichTheDesktopIsLostIsRefused) {
     EXPECT_EQ(thread->registerHotKey(1, key, hold), eventInternalErr);
     EXPECT_LT(steady_clock::now() - start, 900ms);
     loser.join();
-    script.set(&Script::status, std::optional(noErr));
+    script.set(&SessionScript::status, std::optional(noErr));
     ASSERT_TRUE(returns());
     EXPECT_TRUE(hasSteps("add 1; session ends; add 1; "));
     EXPECT_TRUE(hears("N1"));

@@ -125,8 +125,7 @@ class AuthoritiesOfThisSystem : public ::testing::Test {
   protected:
     Context trusting() const {
         Context context(SSL_CTX_new(TLS_client_method()));
-        linuxdesktop::trustSystemAuthorities(context.get(),
-                                             linuxdesktop::systemAuthorityReading());
+        linuxdesktop::trustSystemAuthorities(context.get(), linuxdesktop::systemAuthorityReading());
         return context;
     }
 
