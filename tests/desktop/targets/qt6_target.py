@@ -92,7 +92,10 @@ def units(character_offset):
 
 
 def text():
-    return widget.text() if options.widget == "entry" else widget.toPlainText()
+    if options.widget == "entry":
+        return widget.text()
+    # The plain text has blanks in the place of no-break spaces.
+    return widget.document().toRawText().replace("\u2028", "\n").replace("\u2029", "\n")
 
 
 def length():

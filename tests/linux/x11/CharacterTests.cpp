@@ -88,6 +88,8 @@ bool isLostOn(Kind kind, char32_t character) {
     // GTK 3 looks at the lower half of the symbols only. There it sees dead keys, the compose key,
     // and an accent that waits for a Greek letter.
     const std::vector<Range> dead{{0x07AE, 0x07AE}, {0xFE50, 0xFE93}, {0xFF20, 0xFF20}};
+    // Qt decodes the text of each key like that of a file, and drops a byte order mark.
+    const std::vector<Range> mark{{0xFEFF, 0xFEFF}};
     // Qt 5 takes no character that is younger than Unicode 13.
     const std::vector<Range> young{
         {0x061D, 0x061D}, {0x0870, 0x088E},   {0x0890, 0x0891}, {0x0898, 0x089F},
@@ -102,7 +104,9 @@ bool isLostOn(Kind kind, char32_t character) {
         case Kind::gtk4Text:
             return false;
         case Kind::qt5Text:
-            return isIn(split, character) || isIn(young, character);
+            return isIn(split, character) || isIn(mark, character) || isIn(young, character);
+        case Kind::qt6Text:
+            return isIn(split, character) || isIn(mark, character);
         case Kind::gtk3Text:
             return isIn(split, character) || isIn(dead, character);
         default:
