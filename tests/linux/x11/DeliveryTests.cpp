@@ -155,8 +155,14 @@ TEST_F(X11Delivery, ReachesItsWindowWhenTheFocusIsAlreadyInAnotherOneOfTheProgra
     ASSERT_TRUE(comesToFront(target));
     const xcb_window_t first = frontWindow();
     target.openSecondWindow(mainQueue);
-    EXPECT_TRUE(mainQueue.runUntil([&] { return frontWindow() != first; }));
+    ASSERT_TRUE(mainQueue.runUntil([&] { return frontWindow() != first; }));
+    const xcb_window_t second = frontWindow();
+    {
+        const X11Target other(X11Target::Kind::gtk3Text, mainQueue);
+        ASSERT_TRUE(comesToFront(other));
+    }
     ASSERT_TRUE(comesToFront(target));
+    ASSERT_EQ(frontWindow(), second);
     {
         // A window manager sets the focus first, and then says which window is in front.
         const StoppedWindowManager busy;
