@@ -96,10 +96,13 @@ TEST_F(UnresponsiveX11Server, OneThatNeverAnswersCostsASecondAtTheStartAndOneAtT
     }));
     EXPECT_TRUE(log.hasLineWith("TarvikDictate: the X server does not answer"));
     EXPECT_FALSE(input->canType());
-    HotKeyRecorder recorder(input->eventManager());
-    EXPECT_TRUE(isWithin(100ms, [&] {
-        return durationOf([&] { EXPECT_EQ(recorder.add(hold, 1), platform::eventInternalErr); });
-    }));
+    {
+        HotKeyRecorder recorder(input->eventManager());
+        EXPECT_TRUE(isWithin(100ms, [&] {
+            return durationOf(
+                [&] { EXPECT_EQ(recorder.add(hold, 1), platform::eventInternalErr); });
+        }));
+    }
     EXPECT_TRUE(isWithin(maxDuration, [&] {
         if (!input) {
             input.emplace(mainQueue, log);
