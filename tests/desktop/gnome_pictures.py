@@ -8,15 +8,13 @@ BINARIES is build/default/bin and FOLDER build/pictures where they are not given
 the user that runs the session, who is nobody where root calls this: FOLDER has to let nobody write.
 """
 
-import pathlib
-import sys
-
 from accessible import ScreenReader
 from application import VERSION, Application, write_settings
 from desktop import wait_for
 from gnome import GnomeDesktop, missing
 from gnome_parts import GnomeKeyboard, GnomeWidgetTarget
 from microphone import Microphone
+from picture_arguments import picture_arguments
 from pressed_keys import ALT, SPACE
 from scripted_service import ScriptedService, make_certificate
 from session_test import EXACT, close_setup_window
@@ -39,11 +37,7 @@ def take(desktop, path):
 
 
 def main():
-    build = pathlib.Path(__file__).resolve().parents[2] / "build"
-    binaries, folder = (
-        pathlib.Path(argument).resolve() for argument in
-        (sys.argv[1:3] + [build / "default/bin", build / "pictures"][len(sys.argv) - 1:]))
-    folder.mkdir(parents=True, exist_ok=True)
+    binaries, folder = picture_arguments()
     with GnomeDesktop(a11y=True, audio=True, shows_screen=True) as desktop:
         keyboard = GnomeKeyboard(desktop)
         microphone = Microphone(desktop.fifo())

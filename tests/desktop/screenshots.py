@@ -8,13 +8,12 @@ BINARIES is build/default/bin and FOLDER build/pictures where they are not given
 """
 
 import itertools
-import pathlib
 import subprocess
-import sys
 
 from appearance import Appearance
 from desktop import Desktop
 from panels import PanelIcon
+from picture_arguments import picture_arguments
 from window_scenarios import AN_HOUR, TEN_MINUTES, WindowScenarios
 
 # The margin around a menu, in pixels at scale 1.
@@ -88,11 +87,7 @@ class ScreenshotTaker:
 
 
 def main():
-    build = pathlib.Path(__file__).resolve().parents[2] / "build"
-    binaries, folder = (
-        pathlib.Path(argument).resolve() for argument in
-        (sys.argv[1:3] + [build / "default/bin", build / "pictures"][len(sys.argv) - 1:]))
-    folder.mkdir(parents=True, exist_ok=True)
+    binaries, folder = picture_arguments()
     for appearance in ALL:
         with Desktop(wm=True, a11y=True, audio=True, size=appearance.size) as desktop:
             appearance.decorate(desktop)

@@ -28,6 +28,7 @@ from gi.repository import GLib
 
 import accessibility_bus
 import target_options
+from utf16 import text_of, units_of
 
 ACCESSIBLE = "org.a11y.atspi.Accessible"
 APPLICATION = "org.a11y.atspi.Application"
@@ -63,23 +64,11 @@ parser.add_argument("--out", required=True)
 options = parser.parse_args()
 
 
-def utf16_units(text):
-    """The text with each UTF-16 unit as a character of its own."""
-    data = text.encode("utf-16-le")
-    return "".join(chr(int.from_bytes(data[i:i + 2], "little")) for i in range(0, len(data), 2))
-
-
-def characters(units):
-    """The text of these UTF-16 units. Half a character becomes a replacement character."""
-    data = units.encode("utf-16-le", "surrogatepass")
-    return data.decode("utf-16-le", "replace")
-
-
 class Field:
     def __init__(self, behaviour, text, selection, on_change):
         self.behaviour = behaviour
         self.counts_utf16 = "utf16" in behaviour
-        self.text = self.first_text = utf16_units(text) if self.counts_utf16 else text
+        self.text = self.first_text = units_of(text) if self.counts_utf16 else text
         self.on_change = on_change
         self.start = self.end = len(self.text)
         if selection:
@@ -93,7 +82,7 @@ class Field:
     def replace(self, start, end, text):
         self.text = self.text[:start] + text + self.text[end:]
         self.start = self.end = start + len(text)
-        self.on_change(characters(self.text))
+        self.on_change(text_of(self.text))
 
     def fall_silent(self):
         self.is_silent = self.was_silent = True
@@ -106,7 +95,7 @@ class Field:
 
     def insert(self, position, text):
         if self.counts_utf16:
-            text = utf16_units(text)
+            text = units_of(text)
         if self.behaviour in ("short", "silent-and-short"):
             text = text[:3]
         elif self.behaviour == "silent-and-utf16-short":
@@ -241,7 +230,7 @@ class Widget(dbus.service.Object):
                          async_callbacks=("reply", "error"))
     def GetText(self, start, end, reply, error):
         def work():
-            text = characters(self.field.text[start:end])
+            text = text_of(self.field.text[start:end])
             if "unreadable" in self.field.behaviour:
                 return ("",)
             return ("•" * len(text) if self.field.behaviour == "masking" else text,)
@@ -376,7 +365,7 @@ def command(line):
     target_options.announce("done")
 
 
-target_options.publish(options, characters(field.text))
+target_options.publish(options, text_of(field.text))
 readable = target_options.read_commands(command)
 GLib.io_add_watch(0, GLib.PRIORITY_DEFAULT, GLib.IO_IN | GLib.IO_HUP, lambda *_: readable())
 if options.unheard_activation:

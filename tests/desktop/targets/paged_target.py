@@ -19,6 +19,7 @@ from gi.repository import GLib
 
 import accessibility_bus
 import target_options
+from utf16 import text_of, units_of
 
 ACCESSIBLE = "org.a11y.atspi.Accessible"
 TEXT = "org.a11y.atspi.Text"
@@ -37,16 +38,6 @@ parser.add_argument("--slow", action="store_true", help="the first reply about r
 parser.add_argument("--quiet", action="store_true", help="reports only the first focus")
 parser.add_argument("--out", required=True)
 options = parser.parse_args()
-
-
-def units_of(text):
-    """The text with each UTF-16 unit as a character of its own."""
-    data = text.encode("utf-16-le")
-    return "".join(chr(int.from_bytes(data[i:i + 2], "little")) for i in range(0, len(data), 2))
-
-
-def text_of(units):
-    return units.encode("utf-16-le", "surrogatepass").decode("utf-16-le", "replace")
 
 
 class Part(dbus.service.Object):
