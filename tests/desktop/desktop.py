@@ -177,10 +177,13 @@ class Desktop:
     def run(self, arguments, **options):
         """Runs a program to its end; returns its output."""
         options.setdefault("timeout", 30)
-        options.setdefault("check", True)
-        return subprocess.run(
+        check = options.pop("check", True)
+        result = subprocess.run(
             arguments, env=self.environment, capture_output=True, text=True, **options
-        ).stdout
+        )
+        if check and result.returncode != 0:
+            raise RuntimeError(f"{result.args} ended with {result.returncode}: {result.stderr}")
+        return result.stdout
 
     def succeeds(self, arguments):
         """Whether a program runs to its end without an error."""

@@ -7,6 +7,7 @@ import collections
 import contextlib
 import ctypes
 import os
+import pathlib
 import socket
 import struct
 import subprocess
@@ -18,6 +19,8 @@ from desktop import wait_for
 CLONE_NEWNS = 0x00020000
 CLONE_NEWUSER = 0x10000000
 CLONE_NEWNET = 0x40000000
+
+X_SOCKETS = "/tmp/.X11-unix"
 
 SERVICE_NAME = "speech.example"
 # Addresses of this network alone.
@@ -44,6 +47,7 @@ def enter():
             with open(f"/proc/self/{name}", "w", encoding="ascii") as file:
                 file.write(text)
     _run("mount", "--make-rprivate", "/")
+    _hide_x_servers()
     _replace("/etc/resolv.conf", f"nameserver {NAME_SERVER}\noptions timeout:1 attempts:1\n")
     _replace("/etc/nsswitch.conf", "passwd: files\ngroup: files\nhosts: files dns\n")
     _run("ip", "link", "set", "lo", "up")
@@ -53,6 +57,14 @@ def enter():
     # Without a route, an attempt to reach another address would be an error and no packet.
     _run("ip", "route", "add", "default", "dev", "lo")
     _run("ip", "-6", "route", "add", "default", "dev", "lo")
+
+
+def _hide_x_servers():
+    """Gives the network a folder of its own for the sockets of X servers. A server finds out by an
+    abstract socket, which belongs to the network, whether its number is taken. So a server in here
+    would replace the other socket, which is a file, of a server outside."""
+    pathlib.Path(X_SOCKETS).mkdir(mode=0o1777, exist_ok=True)
+    _run("mount", "-t", "tmpfs", "-o", "mode=1777", "tmpfs", X_SOCKETS)
 
 
 def _run(*command):

@@ -2,10 +2,12 @@
 # SPDX-License-Identifier: MIT
 """The private desktop itself: its exit status, its isolation, and its clean-up."""
 
+import contextlib
 import os
 import pathlib
 import signal
 import subprocess
+import sys
 import unittest
 
 from desktop import wait_for
@@ -53,6 +55,24 @@ class PrivateDesktop(unittest.TestCase):
         self.assertEqual(result.returncode, 0, result.stderr)
         self.assertIn(MARK, result.stdout)
         self.assertNotIn("nonsense", result.stdout)
+
+    def test_the_x_server_of_another_network_is_another_one(self):
+        script = ("import os, network; from desktop import Desktop; network.enter()\n"
+                  "with Desktop() as desktop:\n"
+                  "    socket = os.stat('/tmp/.X11-unix/X' + desktop.environment['DISPLAY'][1:])\n"
+                  "    print(desktop.environment['DISPLAY'], socket.st_dev, socket.st_ino)\n"
+                  "    input()")
+        other = subprocess.Popen([sys.executable, "-B", "-c", script], stdin=subprocess.PIPE,
+                                 stdout=subprocess.PIPE, stderr=subprocess.PIPE, text=True,
+                                 cwd=WRAPPER.parent)
+        self.addCleanup(other.communicate, "\n")
+        answer = other.stdout.readline()
+        if not answer and "PermissionError" in (errors := other.stderr.read()):
+            self.skipTest(f"a network of its own is not allowed here: {errors}")
+        display, device, inode = answer.split()
+        with contextlib.suppress(FileNotFoundError):
+            here = os.stat(f"/tmp/.X11-unix/X{display[1:]}")
+            self.assertNotEqual((here.st_dev, here.st_ino), (int(device), int(inode)))
 
     def start_and_interrupt(self, interrupt):
         process = subprocess.Popen(
