@@ -36,15 +36,28 @@ void FloatingLayer::enter() {
     QCoreApplication::instance()->installNativeEventFilter(this);
 }
 
-// Qt takes notice of every change of the root window's properties.
+// Qt takes notice of every change of the root window's properties, and of the focus of its windows.
 bool FloatingLayer::nativeEventFilter(const QByteArray& eventType, void* message, qintptr*) {
     if (eventType != "xcb_generic_event_t") {
         return false;
     }
-    const auto* event = static_cast<const xcb_property_notify_event_t*>(message);
-    if ((event->response_type & 0x7f) == XCB_PROPERTY_NOTIFY &&
-        event->window == rootWindow(x11Connection()) && event->atom == activeWindowProperty_) {
-        followActiveWindow();
+    const auto* event = static_cast<const xcb_generic_event_t*>(message);
+    switch (event->response_type & 0x7f) {
+        case XCB_PROPERTY_NOTIFY: {
+            const auto* change = reinterpret_cast<const xcb_property_notify_event_t*>(event);
+            if (change->window == rootWindow(x11Connection()) &&
+                change->atom == activeWindowProperty_) {
+                followActiveWindow();
+            }
+            break;
+        }
+        case XCB_FOCUS_IN:
+            // A short visit may be over when the property is read, and then only this event tells
+            // of it.
+            if (reinterpret_cast<const xcb_focus_in_event_t*>(event)->event == window_.winId()) {
+                current_ = static_cast<std::uint32_t>(window_.winId());
+            }
+            break;
     }
     return false;
 }

@@ -319,6 +319,19 @@ TEST_F(X11TypingTest, AFloatingWindowIsAboveUntilTheUserTurnsToAnotherWindow) {
     }
 }
 
+TEST_F(X11TypingTest, AFloatingWindowIsNoLongerAboveAfterAVisitThatItNoticesOnlyAtTheEnd) {
+    const std::string terminalWindow = std::to_string(program.activeWindow());
+    SampleWindow sample(userInterface);
+    sample.window().show();
+    ASSERT_TRUE(runUntil([&] { return isAbove(sample); }));
+    // The application does nothing in the meantime.
+    const auto turning = TestProcess::run({"xdotool", "windowactivate", "--sync",
+                                           std::to_string(frameWindow(sample)), "windowactivate",
+                                           "--sync", terminalWindow});
+    ASSERT_EQ(turning.status, 0);
+    EXPECT_TRUE(runUntil([&] { return hasKeyboard() && !isAbove(sample); }));
+}
+
 TEST_F(X11TypingTest, AMinimisedWindowComesBackWithoutTheKeyboard) {
     SampleWindow sample(userInterface);
     bringForward(sample);
