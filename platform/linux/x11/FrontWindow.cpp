@@ -172,8 +172,10 @@ xcb_window_t FrontWindow::windowOf(platform::ProcessIdentifier process, xcb_wind
     if (std::ranges::find(windows, wanted) != windows.end() && processOf(wanted) == process) {
         return wanted;
     }
+    // The number of a window that is gone may be that of another program's window by now.
     for (const Known& known : history_) {
-        if (known.process == process && std::ranges::find(windows, known.window) != windows.end()) {
+        if (known.process == process && std::ranges::find(windows, known.window) != windows.end() &&
+            processOf(known.window) == process) {
             return known.window;
         }
     }

@@ -61,7 +61,9 @@ KeyBurst::Outcome KeyBurst::typeUndisturbed(std::u32string_view characters,
                                             std::optional<platform::ProcessIdentifier> process,
                                             xcb_window_t window, xcb_window_t behind) {
     const bool isInFront = !process || front_.isInFront(*process, window);
-    if (!isInFront && (behind == XCB_NONE || !front_.canBeGivenFocus(behind))) {
+    // The window may have gone since it was chosen, and another program's may have its number.
+    if (!isInFront && (behind == XCB_NONE || front_.processOf(behind) != process ||
+                       !front_.canBeGivenFocus(behind))) {
         return Outcome::notInFront;
     }
     keyboard_.reread();

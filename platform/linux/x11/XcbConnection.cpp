@@ -229,10 +229,16 @@ std::optional<std::int32_t> XcbConnection::processOfClient(xcb_window_t window) 
     if (!knowsProcesses_) {
         return std::nullopt;
     }
+    // The server answers for the client that has the window's range of numbers now. After the end
+    // of the client that made the window, that is another client.
+    const auto existenceCookie = xcb_get_window_attributes(connection_, window);
     const xcb_res_client_id_spec_t question{window, XCB_RES_CLIENT_ID_MASK_LOCAL_CLIENT_PID};
-    const XcbReply<xcb_res_query_client_ids_reply_t> reply(xcb_res_query_client_ids_reply(
-        connection_, xcb_res_query_client_ids(connection_, 1, &question), nullptr));
-    if (!reply) {
+    const auto clientCookie = xcb_res_query_client_ids(connection_, 1, &question);
+    const XcbReply<xcb_get_window_attributes_reply_t> existence(
+        xcb_get_window_attributes_reply(connection_, existenceCookie, nullptr));
+    const XcbReply<xcb_res_query_client_ids_reply_t> reply(
+        xcb_res_query_client_ids_reply(connection_, clientCookie, nullptr));
+    if (!existence || !reply) {
         return std::nullopt;
     }
     auto answers = xcb_res_query_client_ids_ids_iterator(reply.get());

@@ -74,8 +74,8 @@ class XcbConnection {
                                                  xcb_atom_t type);
     /// A property as text; empty when there is none.
     std::string textOfProperty(xcb_window_t window, xcb_atom_t name);
-    /// The process of the client that made a window, as the server knows it. Empty when the server
-    /// does not know, as for a client on another machine.
+    /// The process of the client that made a window, as the server knows it. Empty when the window
+    /// does not exist, and when the server does not know, as for a client on another machine.
     std::optional<std::int32_t> processOfClient(xcb_window_t window);
 
   private:

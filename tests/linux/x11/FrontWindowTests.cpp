@@ -81,6 +81,13 @@ TEST_F(X11FrontWindow, IsOfNoProcessWhenItAnnouncesNone) {
     EXPECT_EQ(process(), std::nullopt);
 }
 
+// Its number belongs to a client all the same.
+TEST_F(X11FrontWindow, IsOfNoProcessWhenItDoesNotExist) {
+    start();
+    window = xcb_generate_id(connection->get());
+    EXPECT_EQ(process(), std::nullopt);
+}
+
 }  // namespace
 
 }  // namespace tarvik::tests

@@ -8,6 +8,7 @@
 #include <utility>
 #include <vector>
 
+#include "tests/linux/x11/ForkedWindow.h"
 #include "tests/linux/x11/X11SessionTest.h"
 
 namespace tarvik::tests {
@@ -182,6 +183,48 @@ TEST_F(X11SessionWithWindow, StopsListeningForAnAnswerThatDoesNotCome) {
         }
     });
     EXPECT_FALSE(hearsOfOtherWindows());
+}
+
+// A server gives the numbers of a client that has ended to the next client.
+class X11SessionWithReusedNumber : public X11SessionWithWindow {
+  protected:
+    /// Has this process's window in front, ends its client, and has another process's window take
+    /// the number.
+    void SetUp() override {
+        focus(window);
+        session.refreshFront();
+        ASSERT_EQ(front.load().process, getpid());
+        other.reset();
+        ASSERT_TRUE(mainQueue.runUntil([this] { return !connection->processOfClient(window); }));
+        program.emplace();
+        ASSERT_EQ(program->window(), window);
+        other = linuxdesktop::XcbConnection::open().value();
+        other->selectEvents(window, XCB_EVENT_MASK_KEY_PRESS);
+        other->synchronise();
+    }
+
+    std::optional<ForkedWindow> program;
+};
+
+TEST_F(X11SessionWithReusedNumber, TypesNothingIntoAnotherProgram) {
+    EXPECT_EQ(windowTypedInto(XCB_NONE), XCB_NONE);
+    EXPECT_EQ(windowTypedInto(window), XCB_NONE);
+    EXPECT_EQ(log.linesWith("has no window (1 characters)").size(), 2U);
+}
+
+// The number may change hands after the window was chosen.
+TEST_F(X11SessionWithReusedNumber, BeginsNoBurstInAnotherProgram) {
+    using linuxdesktop::KeyBurst;
+    linuxdesktop::Keyboard keyboard(*connection);
+    std::atomic<linuxdesktop::FrontWindow::Known> known = linuxdesktop::FrontWindow::Known();
+    linuxdesktop::FrontWindow frontWindow(*connection, known);
+    linuxdesktop::HotKeys hotKeys(*connection, keyboard, {});
+    KeyBurst burst(*connection, keyboard, frontWindow, hotKeys, {});
+    EXPECT_EQ(burst.type(U"x", getpid(), XCB_NONE, window), KeyBurst::Outcome::notInFront);
+    EXPECT_EQ(burst.type(U"x", program->process(), XCB_NONE, window), KeyBurst::Outcome::done);
+    other->synchronise();
+    readEvents();
+    EXPECT_EQ(typedInto, window);
 }
 
 }  // namespace
