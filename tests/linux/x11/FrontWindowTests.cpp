@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 
 #include <gtest/gtest.h>
+#include <stdlib.h>
 #include <unistd.h>
 #include <xcb/xcb.h>
 
@@ -29,6 +30,9 @@ class X11FrontWindow : public testing::Test {
     void start(const std::vector<std::string>& options = {}) {
         server.emplace(mainQueue, options);
         connection = XcbConnection::open().value();
+        createWindow();
+    }
+    void createWindow() {
         window = xcb_generate_id(connection->get());
         xcb_create_window(connection->get(), XCB_COPY_FROM_PARENT, window, connection->root(), 0, 0,
                           1, 1, 0, XCB_WINDOW_CLASS_INPUT_OUTPUT, XCB_COPY_FROM_PARENT, 0, nullptr);
@@ -79,6 +83,20 @@ TEST_F(X11FrontWindow, IsOfNoProcessWhenItAnnouncesNone) {
     start({"-extension", "X-Resource"});
     announce(0, thisMachine());
     EXPECT_EQ(process(), std::nullopt);
+}
+
+// The server knows no process of a client that comes over the network.
+TEST_F(X11FrontWindow, IsOfNoProcessWhenItsProgramIsConnectedFromAnotherMachine) {
+    start({"-listen", "tcp", "-ac"});
+    const std::string display = getenv("DISPLAY");
+    setenv("DISPLAY", ("127.0.0.1" + display).c_str(), 1);
+    connection = XcbConnection::open().value();
+    setenv("DISPLAY", display.c_str(), 1);
+    createWindow();
+    announce(otherProcess, "elsewhere");
+    EXPECT_EQ(process(), std::nullopt);
+    announce(otherProcess, thisMachine());
+    EXPECT_EQ(process(), static_cast<platform::ProcessIdentifier>(otherProcess));
 }
 
 // Its number belongs to a client all the same.

@@ -51,15 +51,22 @@ std::string contentOf(const std::filesystem::path& path) {
     return {std::istreambuf_iterator<char>(file), {}};
 }
 
+platform::ProcessIdentifier onlyChildOf(platform::ProcessIdentifier process) {
+    const std::string number = std::to_string(process);
+    return std::stoi(contentOf("/proc/" + number + "/task/" + number + "/children"));
+}
+
 }  // namespace
 
-X11Target::X11Target(Kind kind, RealTimeQueue& mainQueue) {
+X11Target::X11Target(Kind kind, RealTimeQueue& mainQueue, const std::vector<std::string>& wrapper) {
     std::string name = (std::filesystem::temp_directory_path() / "x11-target-XXXXXX").string();
     if (mkdtemp(name.data()) == nullptr) {
         throw std::runtime_error("no folder for the text");
     }
     folder_ = name;
-    process_ = std::make_unique<TestProcess>(commandFor(kind, (folder_ / "text").string()));
+    std::vector<std::string> command = commandFor(kind, (folder_ / "text").string());
+    command.insert(command.begin(), wrapper.begin(), wrapper.end());
+    process_ = std::make_unique<TestProcess>(command);
     std::string output;
     const bool isReady = mainQueue.runUntil([&] {
         while (process_->readOutput(output)) {
@@ -70,6 +77,7 @@ X11Target::X11Target(Kind kind, RealTimeQueue& mainQueue) {
     if (!isReady) {
         throw std::runtime_error("the target did not get the focus");
     }
+    program_ = wrapper.empty() ? process_->identifier() : onlyChildOf(process_->identifier());
 }
 
 X11Target::~X11Target() {
@@ -82,8 +90,13 @@ std::string X11Target::text() const {
     return contentOf(folder_ / "text");
 }
 
+void X11Target::end() {
+    process_->kill();
+    program_ = 0;
+}
+
 void X11Target::openSecondWindow(RealTimeQueue& mainQueue) const {
-    kill(process_->identifier(), SIGUSR1);
+    kill(program_, SIGUSR1);
     if (!mainQueue.runUntil([&] { return std::filesystem::exists(folder_ / "text.second"); })) {
         throw std::runtime_error("the second window did not get the focus");
     }
@@ -115,15 +128,15 @@ void X11Target::occupy(const std::string& name, std::chrono::milliseconds time) 
 }
 
 void X11Target::hang() const {
-    kill(process_->identifier(), SIGSTOP);
+    kill(program_, SIGSTOP);
 }
 
 void X11Target::goOn() const {
-    kill(process_->identifier(), SIGCONT);
+    kill(program_, SIGCONT);
 }
 
 bool X11Target::isRunning() const {
-    return process_->identifier() != 0 && kill(process_->identifier(), 0) == 0;
+    return program_ != 0 && kill(program_, 0) == 0;
 }
 
 std::string nameOf(X11Target::Kind kind) {

@@ -19,12 +19,14 @@ class X11Target {
   public:
     enum class Kind { gtk3Entry, gtk3Text, gtk4Text, qt5Text, qt6Entry, qt6Text, tkText, terminal };
 
-    X11Target(Kind kind, RealTimeQueue& mainQueue);
+    /// `wrapper` is a command that runs the program as its only child; without one the program is
+    /// run itself.
+    X11Target(Kind kind, RealTimeQueue& mainQueue, const std::vector<std::string>& wrapper = {});
     ~X11Target();
     X11Target(const X11Target&) = delete;
     X11Target& operator=(const X11Target&) = delete;
 
-    platform::ProcessIdentifier process() const { return process_->identifier(); }
+    platform::ProcessIdentifier process() const { return program_; }
     /// The whole text in it, UTF-8.
     std::string text() const;
     /// Deletes the text. Not for a terminal.
@@ -39,7 +41,7 @@ class X11Target {
     void hang() const;
     void goOn() const;
     /// Kills the program.
-    void end() { process_->kill(); }
+    void end();
     bool isRunning() const;
 
   private:
@@ -48,6 +50,8 @@ class X11Target {
 
     std::filesystem::path folder_;
     std::unique_ptr<TestProcess> process_;
+    // The process or its child; 0 after the end.
+    platform::ProcessIdentifier program_ = 0;
 };
 
 /// The toolkit's name, for the name of a test.
