@@ -47,6 +47,8 @@ class InputWorld {
     virtual platform::ProcessIdentifier endedProcess() = 0;
     /// What was typed into a program, UTF-8.
     virtual std::string textOf(Program program) = 0;
+    /// What was logged so far, a line each; empty where the services log nothing.
+    virtual std::string logText() { return {}; }
 };
 
 using InputWorldMaker = std::unique_ptr<InputWorld> (*)();

@@ -5,6 +5,7 @@
 
 #include <memory>
 #include <optional>
+#include <string>
 
 #include "platform/linux/DesktopInput.h"
 #include "platform/linux/accessibility/AccessibilityWorker.h"
@@ -70,6 +71,13 @@ class LinuxInputWorld : public InputWorld {
     }
     std::string textOf(Program program) override {
         return program == Program::first ? first_->text() : second_->text();
+    }
+    std::string logText() override {
+        std::string text;
+        for (const std::string& line : log_.lines()) {
+            text += line + "\n";
+        }
+        return text;
     }
 
   protected:
