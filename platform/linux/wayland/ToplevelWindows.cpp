@@ -3,12 +3,20 @@
 #include "platform/linux/wayland/ToplevelWindows.h"
 
 #include <algorithm>
+#include <cstddef>
 #include <span>
 #include <utility>
 
 #include "platform/linux/input/SocketBacklog.h"
 
 namespace tarvik::linuxdesktop {
+
+namespace {
+
+// No text waits for so many recordings.
+constexpr std::size_t maxChoices = 64;
+
+}  // namespace
 
 std::string ToplevelWindows::refusal(const WaylandConnection& connection) {
     if (!connection.offers(wl_seat_interface)) {
@@ -91,11 +99,21 @@ void ToplevelWindows::setFront(std::int64_t window) {
     onFront_(window);
 }
 
-void ToplevelWindows::setProcess(std::int64_t window, platform::ProcessIdentifier process) {
-    if (const auto found = toplevels_.find(window); found != toplevels_.end()) {
+// Who tells the process may be faster than the compositor's socket. The compositor has told every
+// change up to its answer.
+void ToplevelWindows::choose(std::int64_t choice, platform::ProcessIdentifier process) {
+    ask([this, choice, process] {
+        const auto found = toplevels_.find(front_);
+        if (found == toplevels_.end()) {
+            return;
+        }
         found->second.process = process;
         found->second.isX11 = !backlogOf(process, server_);
-    }
+        if (choice != 0) {
+            choices_.push_front({choice, front_, process});
+            choices_.resize(std::min(choices_.size(), maxChoices));
+        }
+    });
 }
 
 WindowFocus::Window ToplevelWindows::front() const {
@@ -106,14 +124,16 @@ WindowFocus::Window ToplevelWindows::front() const {
 
 std::int64_t ToplevelWindows::windowOf(std::optional<platform::ProcessIdentifier> process,
                                        std::int64_t wanted) const {
-    const auto belongs = [&](std::int64_t number) {
-        const auto found = toplevels_.find(number);
-        return found != toplevels_.end() && (!process || found->second.process == *process);
-    };
-    if (belongs(wanted)) {
-        return wanted;
+    const auto chosen = std::ranges::find(choices_, wanted, &Choice::number);
+    if (chosen != choices_.end() && toplevels_.contains(chosen->window) &&
+        (!process || chosen->process == *process)) {
+        return chosen->window;
     }
-    const auto recent = process ? std::ranges::find_if(history_, belongs) : history_.end();
+    if (!process) {
+        return 0;
+    }
+    const auto recent = std::ranges::find_if(
+        history_, [&](std::int64_t number) { return toplevels_.at(number).process == *process; });
     return recent != history_.end() ? *recent : 0;
 }
 

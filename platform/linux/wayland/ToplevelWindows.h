@@ -17,7 +17,7 @@ namespace tarvik::linuxdesktop {
 /// The windows of a session, and which of them has the keyboard, as the compositor tells every
 /// program that asks (zwlr_foreign_toplevel_manager_v1). Loop thread only.
 ///
-/// The protocol does not tell the process of a window. A window has process 0 until setProcess().
+/// The protocol does not tell the process of a window. A window has process 0 until choose().
 class ToplevelWindows final : public WindowFocus {
   public:
     /// Gets the number of the window that has the keyboard, whenever it may be another one; 0 at
@@ -34,12 +34,14 @@ class ToplevelWindows final : public WindowFocus {
     ToplevelWindows(const ToplevelWindows&) = delete;
     ToplevelWindows& operator=(const ToplevelWindows&) = delete;
 
-    /// Tells the process of a window.
-    void setProcess(std::int64_t window, platform::ProcessIdentifier process);
+    /// Chooses the window that has the keyboard when the compositor reads the request. The window
+    /// belongs to `process`, and windowOf() takes `choice`, unless 0, for the window's number.
+    void choose(std::int64_t choice, platform::ProcessIdentifier process);
 
     void ask(std::function<void()> onKnown) override { connection_.sync(std::move(onKnown)); }
     Window front() const override;
     std::uint64_t changeCount() const override { return changeCount_; }
+    /// `wanted` is a number of choose().
     std::int64_t windowOf(std::optional<platform::ProcessIdentifier> process,
                           std::int64_t wanted) const override;
     void activate(std::int64_t window) override;
@@ -66,6 +68,12 @@ class ToplevelWindows final : public WindowFocus {
         // Also of a window whose process is not known: what is right for X is right for all.
         bool isX11 = true;
     };
+    // The process is that of the time of the choice.
+    struct Choice {
+        std::int64_t number = 0;
+        std::int64_t window = 0;
+        platform::ProcessIdentifier process = 0;
+    };
 
     static void handleToplevel(void* self, zwlr_foreign_toplevel_manager_v1* manager,
                                Handle* handle);
@@ -84,6 +92,8 @@ class ToplevelWindows final : public WindowFocus {
     std::uint64_t changeCount_ = 0;
     // The windows that were in front, the latest first.
     std::deque<std::int64_t> history_;
+    // The latest first.
+    std::deque<Choice> choices_;
     // The window that has the keyboard until giveBack(), and the one that has it after that.
     std::int64_t borrower_ = 0;
     std::int64_t lender_ = 0;

@@ -40,7 +40,8 @@ std::optional<platform::ProcessIdentifier> WaylandInput::frontmostProcess() cons
 
 std::optional<platform::ProcessIdentifier> WaylandInput::chooseTarget() {
     const auto process = frontmostProcess();
-    target_ = {front_, process.value_or(0)};
+    // Without a window, whatever has the keyboard gets the text of a process that is not known.
+    target_ = {front_ != 0 ? WindowFocus::newWindowNumber() : 0, process.value_or(0)};
     thread_.post([target = target_](InputSession& session) {
         // No other kind of session is opened here.
         static_cast<WaylandSession&>(session).beginRecording(target.number, target.process);

@@ -46,9 +46,9 @@ void WaylandSession::handleOffers() {
     windows_->ask([this] { events_.onReady(""); });
 }
 
-void WaylandSession::beginRecording(std::int64_t window, platform::ProcessIdentifier process) {
+void WaylandSession::beginRecording(std::int64_t choice, platform::ProcessIdentifier process) {
     if (typist_) {
-        windows_->setProcess(window, process);
+        windows_->choose(choice, process);
         typist_->accompanyAlt();
     }
 }

@@ -25,9 +25,10 @@ class WaylandSession final : public InputSession {
     WaylandSession(const WaylandSession&) = delete;
     WaylandSession& operator=(const WaylandSession&) = delete;
 
-    /// A recording begins in `window`, which belongs to `process`, or to an unknown one where that
-    /// is 0. Keeps the program in front from opening its menu.
-    void beginRecording(std::int64_t window, platform::ProcessIdentifier process);
+    /// A recording begins in the window in front. The window belongs to `process`, or to an unknown
+    /// one where that is 0. The texts of the recording have `choice` for their window, a number of
+    /// WindowFocus::newWindowNumber(). Keeps the program in front from opening its menu.
+    void beginRecording(std::int64_t choice, platform::ProcessIdentifier process);
 
     SessionTypist* typist() override { return typist_ ? &*typist_ : nullptr; }
     void flush() override { connection_->flush(); }

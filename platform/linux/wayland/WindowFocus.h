@@ -44,7 +44,6 @@ class WindowFocus {
     /// Gives the keyboard back to what had it before the first activate() since the last call.
     virtual void giveBack() = 0;
 
-  protected:
     /// A number that no window has had, also in a session that has ended: a text for that window
     /// must not go to another one. Any thread.
     static std::int64_t newWindowNumber() {
