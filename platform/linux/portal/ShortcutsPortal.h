@@ -3,6 +3,7 @@
 
 #include <systemd/sd-bus.h>
 
+#include <cstdint>
 #include <functional>
 #include <optional>
 #include <string>

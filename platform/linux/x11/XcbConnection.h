@@ -3,6 +3,7 @@
 
 #include <xcb/xcb.h>
 
+#include <cstdint>
 #include <map>
 #include <memory>
 #include <optional>

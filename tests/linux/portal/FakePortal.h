@@ -3,6 +3,7 @@
 
 #include <systemd/sd-bus.h>
 
+#include <cstdint>
 #include <map>
 #include <optional>
 #include <set>

@@ -5,6 +5,7 @@
 #include <systemd/sd-bus.h>
 
 #include <array>
+#include <cstdint>
 #include <cstdlib>
 #include <memory>
 
