@@ -21,9 +21,11 @@ SERVICE = """#!/bin/sh
 echo "listening on wss://localhost:4711/v1/listen"
 exec sleep 60
 """
-# The session bus knows the process of the instance that runs, and the compositor, where there is one.
+# The session bus knows the process of the instance that runs, the compositor, where there is one, and the
+# version of the portal's global shortcuts.
 BUS = """#!/bin/sh
 case "$*" in
+*org.freedesktop.portal.GlobalShortcuts*version*) echo "   variant       uint32 $TEST_PORTAL" ;;
 *"NameHasOwner string:$TEST_COMPOSITOR") echo "   boolean true" ;;
 *NameHasOwner*) echo "   boolean false" ;;
 *) [ -n "$TEST_INSTANCE" ] && echo "   uint32 $TEST_INSTANCE" ;;
@@ -57,7 +59,7 @@ class Run(unittest.TestCase):
             env={"PATH": f"{self.folder / 'bin'}:{os.environ['PATH']}", "HOME": str(self.folder),
                  "XDG_CONFIG_HOME": str(self.folder / "config"), "DISPLAY": ":1",
                  "TEST_CALLS": str(self.calls), "TEST_LOG": log, "TEST_STATUS": str(status),
-                 "TEST_INSTANCE": "", "TEST_COMPOSITOR": "none"} | variables)
+                 "TEST_INSTANCE": "", "TEST_COMPOSITOR": "none", "TEST_PORTAL": "0"} | variables)
 
     def seen_settings(self):
         """The settings that the application found."""
@@ -131,7 +133,7 @@ class Run(unittest.TestCase):
 
     def test_a_wayland_session_that_can_be_served_is_served(self):
         for variables in ({"SWAYSOCK": "/s"}, {"TEST_COMPOSITOR": "org.kde.KWin"},
-                          {"TEST_COMPOSITOR": "org.gnome.Shell"}):
+                          {"TEST_COMPOSITOR": "org.gnome.Shell"}, {"TEST_PORTAL": "1"}):
             result = self.start(WAYLAND_DISPLAY="wayland-0", **variables)
             self.assertEqual(result.returncode, 0, result.stderr)
             self.assertIn(RUNS, result.stdout)
