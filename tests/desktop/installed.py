@@ -1,7 +1,6 @@
 #!/usr/bin/python3
 # SPDX-License-Identifier: MIT
-"""The first minutes with the installed packages: start, memory, local service, a sentence, upgrade, way
-back.
+"""The installed packages in use: start, memory, local service, a sentence, upgrade, way back.
 
 usage: installed.py PACKAGE...
 
@@ -9,29 +8,15 @@ The packages are installed in place of the present ones while the application ru
 system; packaging/linux/test-deb calls it on one that is dropped afterwards.
 """
 
-import os
-import pathlib
-import shutil
-import signal
 import subprocess
 import sys
 import time
 
-import reaper
-from demonstrate import EDITOR, Editor, is_streaming
 from desktop import Desktop, wait_for
-from keyboard import Keyboard
-from microphone import Microphone
+from installed_session import NAME, InstalledSession
 from resource_usage import memory, private_memory, wait_until_idle, wakeups_of_threads
-from similarity import MIN_SIMILARITY, similarity, words
-from windows import wait_for_window, window_with_title
+from windows import window_with_title
 
-NAME = "com.tarvik.dictate"
-READY = "hold-to-talk registered"
-SERVICE = "127.0.0.1:8443"
-STOPPED = "TarvikDictate: audio.stop"
-SENTENCE = "the quick brown fox jumps over the lazy dog"
-RECOGNITION_TIMEOUT = 60.0
 IDLE_SECONDS = 60
 # Nothing in the application is periodic; a message of the desktop may come.
 MAX_WAKEUPS = 5
@@ -46,58 +31,6 @@ LARGEST = 12
 # A program of Qt 6 with a window, and the window's title.
 NEIGHBOUR, NEIGHBOUR_TITLE = "qt6ct", "Qt6 Configuration Tool"
 OWN_SETTINGS = "[General]\ndeepgramApiKey=my own key\ndeepgramHost=speech.example:444\n"
-
-
-class Session:
-    """A user's session in which the packages are used. The session bus starts the application."""
-
-    def __init__(self, desktop):
-        self._desktop = desktop
-        config = pathlib.Path(desktop.environment["XDG_CONFIG_HOME"])
-        self.settings = config / "Tarvik" / "Tarvik Dictate.conf"
-        self._starts = 0
-        # A private session bus knows few services until it is told of more.
-        shutil.copy(f"/usr/share/dbus-1/services/{NAME}.service", desktop.folder / "services")
-        self._call_bus("ReloadConfig")
-
-    def _call_bus(self, member, *arguments):
-        return self._desktop.run(
-            ["dbus-send", "--session", "--print-reply=literal", "--dest=org.freedesktop.DBus", "/",
-             "org.freedesktop.DBus." + member, *arguments], check=False)
-
-    @property
-    def process(self):
-        """The process of the application; nothing where none runs."""
-        reply = self._call_bus("GetConnectionUnixProcessID", "string:" + NAME).split()
-        return int(reply[-1]) if reply else None
-
-    def start(self):
-        self._call_bus("StartServiceByName", "string:" + NAME, "uint32:0")
-        self.wait_until_ready()
-
-    def wait_until_ready(self):
-        """Waits until one more start is complete; closes the setup window, which comes up by itself."""
-        self._starts += 1
-        wait_for(lambda: self._desktop.services_log().count(READY) >= self._starts,
-                 "the hotkeys of the started application")
-        wait_for_window(self._desktop).close()
-
-    def switch(self, where):
-        """Switches the running application over to the local service, or back."""
-        before = self.process
-        print(self._desktop.run(["tarvik-local-speech", where]).strip(), flush=True)
-        self.wait_until_ready()
-        assert self.process not in (None, before), "the application was not started anew"
-
-    def end(self):
-        process = self.process
-        os.kill(process, signal.SIGTERM)
-        wait_for(lambda: not pathlib.Path(f"/proc/{process}/exe").exists(), "the application's end")
-
-    def own_settings(self):
-        """The settings that the user or the switch has made."""
-        return [line for line in self.settings.read_text().splitlines()
-                if line.startswith("deepgram")]
 
 
 def check_wakeups(session):
@@ -144,38 +77,13 @@ def check_idle(desktop, session):
     check_memory(session, "beside another program of Qt 6", MAX_BESIDE)
 
 
-def dictate(desktop):
-    """Speaks a sentence into an editor; returns the text that the editor saves."""
-    keyboard, microphone = Keyboard(desktop), Microphone(desktop.fifo())
-    editor = Editor(desktop, EDITOR, "mousepad")
-    stops = desktop.services_log().count(STOPPED)
-    keyboard.hold()
-    wait_for(desktop.is_microphone_open, "an open microphone", RECOGNITION_TIMEOUT)
-    microphone.speak(SENTENCE)
-    microphone.wait_until_silent()
-    keyboard.release()
-    wait_for(lambda: desktop.services_log().count(STOPPED) > stops, "the end of the recording")
-    wait_for(lambda: not is_streaming(SERVICE), "the end of the stream", RECOGNITION_TIMEOUT)
-    wait_for(lambda: words(editor.saved_text())[-1:] == words(SENTENCE)[-1:], "the last word",
-             RECOGNITION_TIMEOUT)
-    microphone.pull_out()
-    return editor.saved_text()
-
-
 def main(packages):
     with Desktop(wm=True, a11y=True, audio=True) as desktop:
-        session = Session(desktop)
-        # systemd opens the socket in a session of its own. Here a small program does, which hands on
-        # the named variables only.
-        desktop.spawn(["systemd-socket-activate", "--listen=" + SERVICE,
-                       "--setenv=XDG_STATE_HOME", "--setenv=" + reaper.MARK,
-                       "/usr/bin/tarvik-speech-service"])
+        session = InstalledSession(desktop)
         check_idle(desktop, session)
         session.switch("on")
         assert "deepgramApiKey=local" in session.own_settings(), session.own_settings()
-        text = dictate(desktop)
-        print(f"Spoken: {SENTENCE}\nArrived: {text}", flush=True)
-        assert similarity(SENTENCE, text) >= MIN_SIMILARITY, "that is not what was spoken"
+        session.dictate()
         check_memory(session, "after a dictation", MAX_AFTER_DICTATION)
 
         process = session.process
