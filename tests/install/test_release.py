@@ -29,7 +29,25 @@ CHANGES = """# Changelog
 """
 
 
-class Release(unittest.TestCase):
+# The tools of a Mac note how they were called, and "security" what it was given. realpath knows no -m there.
+MAC_TOOL = """#!/bin/sh
+echo "$(basename "$0") $*" >>"$TEST_CALLS"
+case "$(basename "$0") $*" in
+realpath*-m*) echo "realpath: illegal option -- m" >&2; exit 1 ;;
+uuidgen*) echo 8C4E ;;
+*import*) cat "$2" >>"$TEST_CALLS" ;;
+*find-identity*) printf '%s\n' "$TEST_IDENTITIES" ;;
+esac
+"""
+MAC_PACKAGE = """#!/bin/sh
+echo "package identity=${TARVIK_SIGNING_IDENTITY-} profile=${TARVIK_NOTARY_PROFILE-}" >>"$TEST_CALLS"
+mkdir -p build/macos-universal
+echo image >"build/macos-universal/Tarvik Dictate.dmg"
+"""
+IDENTITY = "Developer ID Application: Somebody (A1B2C3)"
+
+
+class ReleaseTest(unittest.TestCase):
     def setUp(self):
         self.checkout = pathlib.Path(tempfile.mkdtemp())
         self.addCleanup(shutil.rmtree, self.checkout)
@@ -47,11 +65,14 @@ class Release(unittest.TestCase):
 
     def run_step(self, *arguments, status=0, **variables):
         result = subprocess.run(
-            [self.checkout / ".ci/release", *arguments], capture_output=True, text=True, timeout=60,
+            [self.checkout / ".ci/release", *arguments], cwd=self.checkout, capture_output=True, text=True,
+            timeout=60,
             env={"PATH": os.environ["PATH"], "SOURCE_DATE_EPOCH": "1700000000"} | variables)
         self.assertEqual(result.returncode, status, result.stderr)
         return result.stderr
 
+
+class Release(ReleaseTest):
     def test_the_changes_are_those_of_the_version(self):
         self.run_step("describe", self.folder)
         self.assertEqual((self.folder / "CHANGES.md").read_text(), "\n### Added\n\n- This.\n\n")
@@ -96,6 +117,53 @@ class Release(unittest.TestCase):
 
     def test_an_unknown_step_is_refused(self):
         self.assertIn(".ci/release", self.run_step("unknown", self.folder, status=2))
+
+
+class MacRelease(ReleaseTest):
+    def setUp(self):
+        super().setUp()
+        for path, text in [("packaging/macos/package", MAC_PACKAGE),
+                           *((f"bin/{tool}", MAC_TOOL) for tool in ("realpath", "security", "uuidgen", "xcrun"))]:
+            file = self.checkout / path
+            file.parent.mkdir(parents=True, exist_ok=True)
+            file.write_text(text)
+            file.chmod(0o755)
+        self.calls = self.checkout / "calls"
+
+    def build(self, status=0, **secrets):
+        error = self.run_step("macos", "build/release/macos", status=status, **{
+            "PATH": f"{self.checkout / 'bin'}:{os.environ['PATH']}", "HOME": str(self.checkout),
+            "TEST_CALLS": str(self.calls), "TEST_IDENTITIES": f'  1) 77AA "{IDENTITY}"\n     1 valid'} | secrets)
+        return self.calls.read_text().splitlines(), error
+
+    def test_the_disk_image_has_the_version_in_its_name(self):
+        calls, _ = self.build()
+        self.assertEqual(calls[-1], "package identity= profile=")
+        self.assertEqual((self.folder / "macos/Tarvik-Dictate-1.2.3.dmg").read_text(), "image\n")
+
+    def test_without_secrets_no_keychain_is_made(self):
+        # A secret that is not set is an empty variable in a workflow.
+        calls, _ = self.build(MACOS_CERTIFICATE="", NOTARY_PASSWORD="")
+        self.assertFalse([call for call in calls if call.startswith(("security", "xcrun"))], calls)
+
+    def test_the_certificate_of_the_secrets_signs(self):
+        calls, _ = self.build(MACOS_CERTIFICATE="Y2VydGlmaWNhdGUK", MACOS_CERTIFICATE_PASSWORD="word")
+        self.assertIn("certificate", calls, "the decoded certificate is imported")
+        self.assertEqual(calls[-1], f"package identity={IDENTITY} profile=")
+        self.assertFalse([path for path in self.checkout.rglob("*.p12")])
+
+    def test_credentials_notarise(self):
+        calls, _ = self.build(MACOS_CERTIFICATE="Y2VydGlmaWNhdGUK", MACOS_CERTIFICATE_PASSWORD="word",
+                              NOTARY_APPLE_ID="somebody@example.org", NOTARY_TEAM="A1B2C3", NOTARY_PASSWORD="p")
+        self.assertIn("xcrun notarytool store-credentials tarvik-release --apple-id somebody@example.org "
+                      "--team-id A1B2C3 --password p", calls)
+        self.assertEqual(calls[-1], f"package identity={IDENTITY} profile=tarvik-release")
+
+    def test_a_certificate_that_is_none_for_this_ends_the_release(self):
+        calls, error = self.build(status=1, MACOS_CERTIFICATE="Y2VydGlmaWNhdGUK", MACOS_CERTIFICATE_PASSWORD="word",
+                                  TEST_IDENTITIES="     0 valid identities found")
+        self.assertIn("Developer ID Application", error)
+        self.assertFalse([call for call in calls if call.startswith("package")], calls)
 
 
 if __name__ == "__main__":
