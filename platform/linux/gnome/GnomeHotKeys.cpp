@@ -7,6 +7,7 @@
 
 #include "platform/linux/bus/BusReplies.h"
 #include "platform/linux/input/CombinationText.h"
+#include "platform/linux/settings/ProgramPaths.h"
 
 namespace tarvik::linuxdesktop {
 
@@ -23,16 +24,14 @@ constexpr auto firstCallTolerance = 1s;
 constexpr auto unseenTolerance = 2s;
 constexpr int repeatTolerance = 4;
 
-constexpr const char* objectName = "com.tarvik.dictate.HotKeys";
-constexpr const char* objectPath = "/com/tarvik/dictate/HotKeys";
-constexpr const char* objectInterface = "com.tarvik.dictate.HotKeys";
+// Whoever has the name has the shortcuts.
+constexpr const char* claimName = "com.tarvik.dictate.HotKeys";
+constexpr const char* helperName = "tarvik-dictate-shortcut";
+constexpr const char* socketName = "tarvik-dictate-shortcuts";
 
 // Of the bus, to a request for a name.
 constexpr std::uint32_t doNotQueue = 4;
 constexpr std::uint32_t isOwner = 1;
-
-constexpr const char* holdName = "hold";
-constexpr const char* toggleName = "toggle";
 
 // As the kernel numbers keys.
 constexpr std::uint32_t spaceCode = 57;
@@ -50,30 +49,26 @@ bool belongsTo(std::uint32_t modifiers, std::uint32_t code) {
            (isToggle(modifiers) && (code == leftShiftCode || code == rightShiftCode));
 }
 
-std::string command(std::uint32_t modifiers) {
-    return std::string("gdbus call --session --dest ") + objectName + " --object-path " +
-           objectPath + " --method " + objectInterface + ".Press " +
-           (isToggle(modifiers) ? toggleName : holdName);
+std::string quoted(const std::string& text) {
+    std::string result = "'";
+    for (const char character : text) {
+        result += character == '\'' ? "'\\''" : std::string(1, character);
+    }
+    return result + "'";
 }
 
 }  // namespace
-
-const sd_bus_vtable GnomeHotKeys::methods[] = {
-    SD_BUS_VTABLE_START(0),
-    SD_BUS_METHOD("Press", "s", "", &GnomeHotKeys::onPress, SD_BUS_VTABLE_UNPRIVILEGED),
-    SD_BUS_VTABLE_END};
 
 GnomeHotKeys::GnomeHotKeys(MessageBus& bus, IbusEngine& engine, EventLoop& loop, platform::Log& log,
                            Events events, OnTaken onTaken)
     : bus_(bus),
       engine_(engine),
+      loop_(loop),
       log_(log),
       events_(std::move(events)),
       onTaken_(std::move(onTaken)),
       repeatDeadline_(loop),
-      shellDeadline_(loop) {
-    bus_.addObject(objectPath, objectInterface, methods, this);
-}
+      shellDeadline_(loop) {}
 
 GnomeHotKeys::~GnomeHotKeys() {
     endHold();
@@ -108,7 +103,7 @@ void GnomeHotKeys::claim(std::function<void(bool isFirst)> onAnswer) {
         return;
     }
     bus_.call(bus_.newCall({"org.freedesktop.DBus", "/org/freedesktop/DBus"},
-                           "org.freedesktop.DBus", "RequestName", "su", objectName, doNotQueue),
+                           "org.freedesktop.DBus", "RequestName", "su", claimName, doNotQueue),
               busTimeout, [this, onAnswer = std::move(onAnswer)](sd_bus_message* reply) {
                   if (unsignedIn(reply) == isOwner) {
                       isOwner_ = true;
@@ -139,18 +134,35 @@ void GnomeHotKeys::askShell(std::function<void()> onAnswer) {
 }
 
 void GnomeHotKeys::bind(HotKeyNumber number, std::uint32_t modifiers, const OnStatus& onStatus) {
+    const std::string helper = helperPath(helperName);
+    const std::string socket = runtimePath(socketName);
     if (const auto owner = shortcuts_.ownerOf(modifiers)) {
         if (modifiers == platform::optionKeyMask && windowMenu_.isInMenu()) {
             onTaken_(true);
         }
         onStatus(platform::eventHotKeyExistsErr,
                  combinationText(modifiers) + " belongs to GNOME's shortcut: " + *owner);
-    } else if (shortcuts_.bind(modifiers, command(modifiers))) {
+    } else if (helper.empty()) {
+        onStatus(platform::eventInternalErr, std::string(helperName) + " is missing");
+    } else if (!listen(socket)) {
+        onStatus(platform::eventInternalErr, "no socket at " + socket);
+    } else if (shortcuts_.bind(modifiers, quoted(helper) + " " + quoted(socket) + " " +
+                                              (isToggle(modifiers) ? toggleWord : holdWord))) {
         hotKeys_[number] = modifiers;
         onStatus(platform::noErr, "");
     } else {
         onStatus(platform::eventInternalErr, "GNOME does not take the shortcut");
     }
+}
+
+bool GnomeHotKeys::listen(const std::string& path) {
+    if (!socket_) {
+        socket_.emplace(path, loop_, [this](const ShortcutPress& press) { handlePress(press); });
+    }
+    if (!socket_->isOpen()) {
+        socket_.reset();
+    }
+    return socket_.has_value();
 }
 
 void GnomeHotKeys::remove(HotKeyNumber number, std::function<void()> onDone) {
@@ -172,7 +184,9 @@ void GnomeHotKeys::removeAll(std::function<void()> onDone) {
     }
     if (std::exchange(isOwner_, false)) {
         windowMenu_.giveBack();
-        bus_.releaseName(objectName);
+        // The next instance makes its own in the same place.
+        socket_.reset();
+        bus_.releaseName(claimName);
     }
     onDone();
 }
@@ -187,13 +201,6 @@ void GnomeHotKeys::takeFromWindowMenu() {
     }
 }
 
-int GnomeHotKeys::onPress(sd_bus_message* call, void* self, sd_bus_error*) {
-    const std::string name = textIn(call).value_or("");
-    static_cast<GnomeHotKeys*>(self)->handlePress(
-        platform::optionKeyMask | (name == toggleName ? platform::shiftKeyMask : 0));
-    return sd_bus_reply_method_return(call, "");
-}
-
 std::optional<GnomeHotKeys::Repeat> GnomeHotKeys::repeatSetting() {
     const GnomeSettings keyboard("org.gnome.desktop.peripherals.keyboard");
     if (!keyboard.flag("repeat").value_or(true)) {
@@ -203,14 +210,17 @@ std::optional<GnomeHotKeys::Repeat> GnomeHotKeys::repeatSetting() {
                   std::chrono::milliseconds(keyboard.number("repeat-interval").value_or(30))};
 }
 
-void GnomeHotKeys::handlePress(std::uint32_t modifiers) {
+void GnomeHotKeys::handlePress(const ShortcutPress& press) {
+    const std::uint32_t modifiers =
+        platform::optionKeyMask | (press.isToggle != 0 ? platform::shiftKeyMask : 0);
     const auto found = std::ranges::find_if(
         hotKeys_, [modifiers](const auto& entry) { return entry.second == modifiers; });
     if (found == hotKeys_.end()) {
         return;
     }
     const HotKeyNumber number = found->first;
-    const SteadyTime now = std::chrono::steady_clock::now();
+    const SteadyTime now = std::min(SteadyTime(std::chrono::nanoseconds(press.nanoseconds)),
+                                    std::chrono::steady_clock::now());
     // A key that does not repeat has been pressed again.
     if (!hold_.repeat) {
         endHold();

@@ -1,8 +1,6 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-#include <systemd/sd-bus.h>
-
 #include <chrono>
 #include <cstdint>
 #include <functional>
@@ -14,6 +12,8 @@
 #include "platform/Log.h"
 #include "platform/linux/bus/MessageBus.h"
 #include "platform/linux/gnome/GnomeShortcuts.h"
+#include "platform/linux/gnome/ShortcutPress.h"
+#include "platform/linux/gnome/ShortcutSocket.h"
 #include "platform/linux/gnome/WindowMenuShortcut.h"
 #include "platform/linux/ibus/IbusEngine.h"
 #include "platform/linux/input/RepeatedHold.h"
@@ -25,8 +25,9 @@ namespace tarvik::linuxdesktop {
 /// Key combinations as custom shortcuts of GNOME, and which of them is held. Loop thread only.
 ///
 /// GNOME runs a command when a shortcut is pressed, and again at each repeat of the key. The
-/// command calls an object on the session bus. No command tells of a release. The engine of IBus
-/// sees the keys go up while a text field has the keyboard. Elsewhere a hold ends with its repeats.
+/// command is a program of this application, which tells of the press over a socket. No command
+/// tells of a release. The engine of IBus sees the keys go up while a text field has the keyboard.
+/// Elsewhere a hold ends with its repeats.
 ///
 /// Each registration waits for GNOME's store of settings.
 class GnomeHotKeys final : public SessionHotKeys {
@@ -78,17 +79,16 @@ class GnomeHotKeys final : public SessionHotKeys {
     void askShell(std::function<void()> onAnswer);
     void bind(HotKeyNumber number, std::uint32_t modifiers, const OnStatus& onStatus);
     static std::optional<Repeat> repeatSetting();
-    static int onPress(sd_bus_message* call, void* self, sd_bus_error* error);
-    void handlePress(std::uint32_t modifiers);
+    bool listen(const std::string& path);
+    void handlePress(const ShortcutPress& press);
     void beginHold(HotKeyNumber number, SteadyTime now);
     void watchRepeats();
     void accompanyAlt();
     void endHold();
 
-    static const sd_bus_vtable methods[];
-
     MessageBus& bus_;
     IbusEngine& engine_;
+    EventLoop& loop_;
     platform::Log& log_;
     const Events events_;
     const OnTaken onTaken_;
@@ -96,6 +96,8 @@ class GnomeHotKeys final : public SessionHotKeys {
     WindowMenuShortcut windowMenu_;
     std::map<HotKeyNumber, std::uint32_t> hotKeys_;
     bool isOwner_ = false;
+    // From the first registration until the name is given up.
+    std::optional<ShortcutSocket> socket_;
     RepeatedHold repeats_;
     Hold hold_;
     Deadline repeatDeadline_;

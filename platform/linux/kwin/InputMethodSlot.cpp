@@ -5,12 +5,10 @@
 #include <unistd.h>
 
 #include <chrono>
-#include <cstdlib>
-#include <filesystem>
-#include <system_error>
 #include <utility>
 
 #include "platform/linux/settings/AtomicFile.h"
+#include "platform/linux/settings/ProgramPaths.h"
 
 namespace tarvik::linuxdesktop {
 
@@ -21,32 +19,14 @@ using namespace std::chrono_literals;
 constexpr auto activationTimeout = 1500ms;
 constexpr const char* helperName = "tarvik-dictate-input-method";
 
-std::string inRuntimeFolder(const char* name) {
-    const char* folder = std::getenv("XDG_RUNTIME_DIR");
-    return folder != nullptr && *folder == '/' ? std::string(folder) + "/" + name : "";
-}
-
-// Beside the program, or where the packages put it; empty when it is missing.
-std::string helperPath() {
-    std::error_code error;
-    const auto folder = std::filesystem::read_symlink("/proc/self/exe", error).parent_path();
-    for (const char* place : {".", TARVIK_LIBEXEC}) {
-        const auto path = (folder / place / helperName).lexically_normal();
-        if (!error && access(path.c_str(), X_OK) == 0) {
-            return path.string();
-        }
-    }
-    return "";
-}
-
 }  // namespace
 
 InputMethodSlot::InputMethodSlot(MessageBus& bus, EventLoop& loop, platform::Log& log)
     : bus_(bus),
       loop_(loop),
       log_(log),
-      desktopFile_(inRuntimeFolder("tarvik-dictate-input-method.desktop")),
-      socketPath_(inRuntimeFolder("tarvik-dictate-input-method")),
+      desktopFile_(runtimePath("tarvik-dictate-input-method.desktop")),
+      socketPath_(runtimePath("tarvik-dictate-input-method")),
       setting_(desktopFile_) {
     if (!desktopFile_.empty() && setting_.giveBack()) {
         log_.write("TarvikDictate: KWin's input method is what it was before a killed run");
@@ -76,7 +56,7 @@ std::optional<std::string> InputMethodSlot::take() {
     if (const std::string other = setting_.other(); !other.empty()) {
         return "the input method is the user's own: " + other;
     }
-    const std::string helper = helperPath();
+    const std::string helper = helperPath(helperName);
     if (helper.empty()) {
         return std::string(helperName) + " is missing";
     }

@@ -4,8 +4,12 @@
 #include <gtest/gtest.h>
 #include <systemd/sd-bus.h>
 
+#include <string>
+
 #include "platform/linux/bus/BusHandles.h"
+#include "platform/linux/gnome/GnomeSettings.h"
 #include "tests/linux/bus/BusServer.h"
+#include "tests/support/TestProcess.h"
 
 namespace tarvik::tests {
 
@@ -23,11 +27,14 @@ class FakeShell {
         server_.start();
     }
 
-    /// Calls as the command of a shortcut does; false when nobody takes the call.
-    bool press(const char* hotKey) {
-        return sd_bus_call_method(caller_.get(), "com.tarvik.dictate.HotKeys",
-                                  "/com/tarvik/dictate/HotKeys", "com.tarvik.dictate.HotKeys",
-                                  "Press", nullptr, nullptr, "s", hotKey) >= 0;
+    /// Runs the command of a shortcut, as GNOME does; false when nobody hears of the press.
+    static bool press(const std::string& hotKey) {
+        const linuxdesktop::GnomeSettings shortcut(
+            "org.gnome.settings-daemon.plugins.media-keys.custom-keybinding",
+            "/org/gnome/settings-daemon/plugins/media-keys/custom-keybindings/tarvik-dictate-" +
+                hotKey + "/");
+        const std::string command = shortcut.text("command").value_or("");
+        return !command.empty() && TestProcess::run({"sh", "-c", "exec " + command}).status == 0;
     }
 
     /// Whether an application has the name under which the commands call.

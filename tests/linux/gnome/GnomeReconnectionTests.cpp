@@ -22,6 +22,7 @@ namespace {
 
 using namespace std::chrono_literals;
 using linuxdesktop::GnomeInput;
+using linuxdesktop::GnomeSettings;
 using linuxdesktop::LinuxEventManager;
 using platform::eventHotKeyExistsErr;
 using platform::eventInternalErr;
@@ -88,10 +89,32 @@ TEST_F(GnomeReconnection, HotkeysAreHeardAgainOnTheNextBus) {
     bus.start();
     shell.emplace();
     ASSERT_TRUE(isBack());
-    ASSERT_TRUE(mainQueue.runUntil([&] { return shell->press("toggle"); }));
+    ASSERT_TRUE(mainQueue.runUntil([] { return FakeShell::press("toggle"); }));
     EXPECT_TRUE(hears("P2"));
     EXPECT_EQ(log.linesWith("the session bus is lost").size(), 1U);
     EXPECT_EQ(log.linesWith("GNOME Shell is back").size(), 1U);
+}
+
+TEST_F(GnomeReconnection, EachHotkeyHasACommandOfItsOwn) {
+    GnomeSettings menu("org.gnome.desktop.wm.keybindings");
+    menu.set("activate-window-menu", GnomeSettings::Texts{});
+    ASSERT_EQ(recorder->add(HotKeyRecorder::hold, 1), noErr);
+    ASSERT_EQ(recorder->add(toggle, 2), noErr);
+    ASSERT_TRUE(FakeShell::press("hold"));
+    EXPECT_TRUE(hears("P1"));
+    ASSERT_TRUE(FakeShell::press("toggle"));
+    EXPECT_TRUE(hears("P1R1P2"));
+    // The shortcut goes with the application.
+    recorder.reset();
+    input.reset();
+    EXPECT_FALSE(FakeShell::press("hold"));
+    menu.reset("activate-window-menu");
+}
+
+TEST_F(GnomeReconnection, WithoutAPlaceForTheSocketAHotkeyIsRefused) {
+    variables.set("XDG_RUNTIME_DIR", folder / "missing");
+    EXPECT_EQ(recorder->add(toggle, 2), eventInternalErr);
+    EXPECT_TRUE(log.hasLineWith("no socket at " + folder.path().string() + "/missing/"));
 }
 
 TEST_F(GnomeReconnection, ABusThatAnswersAfterTheFirstSecondIsUsed) {
@@ -106,7 +129,7 @@ TEST_F(GnomeReconnection, ABusThatAnswersAfterTheFirstSecondIsUsed) {
     bus.goOn();
     EXPECT_TRUE(mainQueue.runUntil(
         [&] { return log.hasLineWith("a hotkey is registered now: Alt+Shift+Space"); }));
-    ASSERT_TRUE(shell->press("toggle"));
+    ASSERT_TRUE(FakeShell::press("toggle"));
     EXPECT_TRUE(hears("P2"));
 }
 
@@ -117,7 +140,7 @@ TEST_F(GnomeReconnection, TheMenusShortcutIsHeardAtOnceWhenTheUserAsks) {
     EXPECT_TRUE(mainQueue.runUntil(
         [&] { return log.hasLineWith("a hotkey is registered now: Alt+Space"); }));
     EXPECT_FALSE(input->canTakeOver());
-    ASSERT_TRUE(shell->press("hold"));
+    ASSERT_TRUE(FakeShell::press("hold"));
     EXPECT_TRUE(hears("P1"));
 }
 
