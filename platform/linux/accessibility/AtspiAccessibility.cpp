@@ -19,6 +19,8 @@ class SystemWideElement final : public platform::AXUIElement {};
 
 // One write.
 constexpr std::chrono::milliseconds mainThreadTimeout{500};
+// A hotkey is answered in this time, so the main thread waits no longer for text after text.
+constexpr std::chrono::milliseconds slowWrite{100};
 // The time for which text can wait before it is typed.
 constexpr std::chrono::seconds pendingTimeout{30};
 
@@ -87,19 +89,27 @@ platform::AXError AtspiAccessibility::setAttributeValue(const platform::AXUIElem
         return platform::axErrorInvalidUIElement;
     }
     const auto process = target->application->process();
+    const PendingWrites::Start startPending = [worker = worker_,
+                                               target](const std::string& pending) {
+        return worker->startPendingWrite(target, pending);
+    };
     if (process && pendingWrites_->isPending(*process)) {
-        pendingWrites_->queue(*process, text, [worker = worker_, target, text] {
-            return worker->startPendingWrite(target, text);
-        });
+        pendingWrites_->queue(*process, target, text, startPending);
         return platform::axErrorCannotComplete;
     }
     if (target->isUnreliable() || (process && input_.isTypingInto(*process))) {
         return platform::axErrorCannotComplete;
     }
-    const SteadyTime deadline = std::chrono::steady_clock::now() + mainThreadTimeout;
+    if (target->application->isSlow.exchange(false) && process &&
+        pendingWrites_->begin(*process, target, text, startPending)) {
+        return platform::axErrorCannotComplete;
+    }
+    const SteadyTime start = std::chrono::steady_clock::now();
+    const SteadyTime deadline = start + mainThreadTimeout;
     const auto reply = worker_->startWrite(target, text, deadline);
     const platform::AXError status = reply->await(deadline);
     if (!reply->isPending()) {
+        target->application->isSlow = std::chrono::steady_clock::now() - start > slowWrite;
         return status;
     }
     if (process) {

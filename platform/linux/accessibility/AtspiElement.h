@@ -27,6 +27,8 @@ class AtspiApplication {
     const std::string busName;
     /// The program did not reply to a write since the focus was last read. Any thread.
     std::atomic<bool> isUnresponsive = false;
+    /// The last write that was awaited took the program long. Any thread.
+    std::atomic<bool> isSlow = false;
     /// The program has left the bus. Any thread.
     std::atomic<bool> isGone = false;
 

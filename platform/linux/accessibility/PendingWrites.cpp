@@ -12,17 +12,21 @@ namespace tarvik::linuxdesktop {
 
 using platform::ProcessIdentifier;
 
+std::size_t PendingWrites::Write::units() const {
+    return utf16FromUtf8(text).size();
+}
+
 std::size_t PendingWrites::Queue::heldUnits() const {
     std::size_t units = arrivedUnits;
     for (const Write& write : writes) {
-        units += write.units;
+        units += write.units();
     }
     return units;
 }
 
 std::size_t PendingWrites::Queue::giveUp() const {
     const Write& first = writes.front();
-    return arrivedUnits + (first.reply->giveUp() ? first.units : 0);
+    return arrivedUnits + (first.reply->giveUp() ? first.units() : 0);
 }
 
 PendingWrites::PendingWrites(platform::MainQueue& mainQueue, Typing typing,
@@ -46,15 +50,34 @@ platform::AXError PendingWrites::add(ProcessIdentifier process,
     if (!typing_.hold(process)) {
         return reply->giveUp() ? platform::axErrorSuccess : platform::axErrorCannotComplete;
     }
-    append(process, {++lastNumber_, utf16FromUtf8(text).size(), {}, reply});
+    append(process, {++lastNumber_, nullptr, text, {}, reply});
     whenSettled(process, *reply);
     return platform::axErrorCannotComplete;
 }
 
-void PendingWrites::queue(ProcessIdentifier process, const std::string& text, Start start) {
+bool PendingWrites::begin(ProcessIdentifier process, const platform::AXUIElementRef& element,
+                          const std::string& text, Start start) {
+    if (!typing_.hold(process)) {
+        return false;
+    }
+    const auto reply = start(text);
+    append(process, {++lastNumber_, element, text, std::move(start), reply});
+    whenSettled(process, *reply);
+    return true;
+}
+
+void PendingWrites::queue(ProcessIdentifier process, const platform::AXUIElementRef& element,
+                          const std::string& text, Start start) {
+    Queue& queue = queues_.at(process);
     // Text that was posted without a write stays in front of this text, and is typed.
-    if (typing_.hold(process) == queues_.at(process).heldUnits()) {
-        append(process, {++lastNumber_, utf16FromUtf8(text).size(), std::move(start), nullptr});
+    if (typing_.hold(process) != queue.heldUnits()) {
+        return;
+    }
+    Write& last = queue.writes.back();
+    if (!last.reply && last.element == element) {
+        last.text += text;
+    } else {
+        append(process, {++lastNumber_, element, text, std::move(start), nullptr});
     }
 }
 
@@ -82,7 +105,7 @@ void PendingWrites::advance(ProcessIdentifier process) {
     Queue& queue = found->second;
     while (const auto hasArrived = queue.writes.front().reply->outcome()) {
         if (*hasArrived) {
-            queue.arrivedUnits += queue.writes.front().units;
+            queue.arrivedUnits += queue.writes.front().units();
             queue.writes.pop_front();
         }
         if (!*hasArrived || queue.writes.empty()) {
@@ -90,7 +113,7 @@ void PendingWrites::advance(ProcessIdentifier process) {
             return;
         }
         Write& next = queue.writes.front();
-        next.reply = next.start();
+        next.reply = next.start(next.text);
         whenSettled(process, *next.reply);
     }
 }

@@ -21,6 +21,7 @@ namespace tarvik::linuxdesktop {
 /// The writes that a program may still carry out although it has not replied in time, and the
 /// writes that wait behind them. The text of such a write is posted as typed text meanwhile, and
 /// the typed text is held. The next write of a process begins once the write before has arrived.
+/// Texts that wait for the same element become one write, so a slow program gets few writes.
 /// When all have arrived, the typed text is dropped. When one has not, its text and all later text
 /// is typed. So each text arrives once, and no text overtakes an earlier one. Main thread only;
 /// nothing blocks.
@@ -35,8 +36,8 @@ class PendingWrites : public std::enable_shared_from_this<PendingWrites> {
         /// Types the held text without its first `units` UTF-16 units.
         std::function<void(platform::ProcessIdentifier, std::size_t units)> release;
     };
-    /// Starts a write whose status nobody awaits.
-    using Start = std::function<std::shared_ptr<WriteReply>()>;
+    /// Starts a write of a text whose status nobody awaits.
+    using Start = std::function<std::shared_ptr<WriteReply>(const std::string& text)>;
 
     /// A text is typed after it has been held for `timeout`; its write is undone if it arrives
     /// later. `mainQueue` outlives the object, which a shared_ptr holds.
@@ -52,17 +53,26 @@ class PendingWrites : public std::enable_shared_from_this<PendingWrites> {
     /// write; unless it is a success, the caller posts the text as typed text next.
     platform::AXError add(platform::ProcessIdentifier process,
                           const std::shared_ptr<WriteReply>& reply, const std::string& text);
-    /// Starts a write of `text` once the pending writes of the process have arrived. Only while
-    /// isPending(). The caller posts the text as typed text next.
-    void queue(platform::ProcessIdentifier process, const std::string& text, Start start);
+    /// Starts a write of `text` into `element` whose status nobody awaits, the first one of the
+    /// process. The caller posts the text as typed text next. False where nothing can be typed; no
+    /// write is started then.
+    bool begin(platform::ProcessIdentifier process, const platform::AXUIElementRef& element,
+               const std::string& text, Start start);
+    /// Starts a write of `text` into `element` once the pending writes of the process have arrived.
+    /// Only while isPending(). The caller posts the text as typed text next.
+    void queue(platform::ProcessIdentifier process, const platform::AXUIElementRef& element,
+               const std::string& text, Start start);
 
   private:
     struct Write {
         std::uint64_t number;
-        std::size_t units;
+        platform::AXUIElementRef element;
+        std::string text;
         Start start;
         /// Empty until the write has been started.
         std::shared_ptr<WriteReply> reply;
+
+        std::size_t units() const;
     };
     /// The writes of one process. The first one is started, and the others wait for it.
     struct Queue {

@@ -1,21 +1,22 @@
 #!/usr/bin/python3
 # SPDX-License-Identifier: MIT
-"""A program on the accessibility bus without anything on the screen. It has two text fields. The first
-one reports that it has the focus and misbehaves like a toolkit with a defect. The second one is
-honest. The program has no window unless it is told to.
+"""A program on the accessibility bus without anything on the screen. It has two text fields. The
+first one reports that it has the focus and misbehaves like a toolkit with a defect. The second one
+is honest. The program has no window unless it is told to.
 
 With --unheard-activation the program joins the registry as GTK does, and its window becomes active
 just before the program knows who listens. So no event tells of the window; its state does.
 
-Prints "ready" after the first focus event, or once it knows who listens. Commands on standard input:
-"focus" reports the focus again, "blur" reports its loss, "activate" and "deactivate" report that its
-window is active or is not, "lose" takes the focus away inside the window, "grab" acts like a key
-grab, which makes the window inactive as well, "pane" has something around the field report the focus
-that the field has, "second" reports the focus of the second field, "read" prints the text of the
-second field, "insertions" prints the number of requested insertions, "examinations" prints how often
-the window was asked for its states, "behave NAME" changes the behaviour, "type TEXT" acts like typed
-keys, "wake" ends a silence, "settle" prints "done" when all requests sent so far are handled, "quit"
-ends the program. The other commands print "done" at once.
+Prints "ready" after the first focus event, or once it knows who listens. Commands on standard
+input: "focus" reports the focus again, "blur" reports its loss, "activate" and "deactivate" report
+that its window is active or is not, "lose" takes the focus away inside the window, "grab" acts like
+a key grab, which makes the window inactive as well, "pane" and "outer-pane" have something around
+the field report the focus that the field has, "second" reports the focus of the second field,
+"read" prints the text of the second field, "insertions" prints the number of requested insertions,
+"examinations" prints how often the window was asked for its states, "parents" prints how often
+anything was asked for its parent, "behave NAME" changes the behaviour, "type TEXT" acts like typed
+keys, "wake" ends a silence, "settle" prints "done" when all requests sent so far are handled,
+"quit" ends the program. The other commands print "done" at once.
 """
 
 import argparse
@@ -42,6 +43,7 @@ FIELD = "/org/a11y/atspi/accessible/1"
 SECOND_FIELD = "/org/a11y/atspi/accessible/2"
 WINDOW = "/org/a11y/atspi/accessible/3"
 PANE = "/org/a11y/atspi/accessible/4"
+OUTER_PANE = "/org/a11y/atspi/accessible/5"
 # Roles, as the interface numbers them.
 PASSWORD_TEXT = 40
 ENTRY = 79
@@ -49,14 +51,16 @@ ENTRY = 79
 parser = argparse.ArgumentParser(description=__doc__)
 parser.add_argument("--behaviour", default="honest",
                     choices=["honest", "liar", "late", "refusing", "short", "cutting", "cutting-slowly",
-                             "silent-on-query", "silent-on-insertion", "silent-and-refusing", "silent-and-short",
-                             "silent-and-utf16", "silent-and-late", "silent-and-utf16-short",
-                             "silent-and-utf16-unreadable",
-                             "silent-on-deletion", "dying-on-insertion", "slow", "undeletable",
-                             "nonsense", "garbling", "unreadable", "utf16", "utf16-cutting", "masking"])
+                             "silent-on-query", "silent-on-insertion", "silent-and-refusing",
+                             "silent-and-short", "silent-and-utf16", "silent-and-late",
+                             "silent-and-utf16-short", "silent-and-utf16-unreadable",
+                             "silent-on-deletion", "dying-on-insertion", "slow", "slow-writing",
+                             "undeletable", "nonsense", "garbling", "unreadable", "utf16",
+                             "utf16-cutting", "masking"])
 parser.add_argument("--window", action="store_true")
 parser.add_argument("--unheard-activation", action="store_true")
-parser.add_argument("--slow-window", action="store_true", help="the window's first reply takes 0.8 s")
+parser.add_argument("--slow-window", action="store_true",
+                    help="the window's first reply takes 0.8 s")
 parser.add_argument("--toolkit", default="fake")
 parser.add_argument("--text", default="")
 parser.add_argument("--select", metavar="A:B")
@@ -130,6 +134,7 @@ class Container(dbus.service.Object):
 
     is_active = False
     examinations = 0
+    parent_path = ROOT
 
     @dbus.service.method(ACCESSIBLE, out_signature="au")
     def GetState(self):
@@ -144,7 +149,8 @@ class Container(dbus.service.Object):
 
     @dbus.service.method(dbus.PROPERTIES_IFACE, in_signature="ss", out_signature="v")
     def Get(self, interface, name):
-        return dbus.Struct(reference(ROOT))
+        count_parent_query()
+        return dbus.Struct(reference(self.parent_path))
 
     @dbus.service.method(ACCESSIBLE, out_signature="a(so)")
     def GetChildren(self):
@@ -200,7 +206,9 @@ class Widget(dbus.service.Object):
                          async_callbacks=("reply", "error"))
     def Get(self, interface, name, reply, error):
         if name == "Parent":
-            self.answer(reply, lambda: (dbus.Struct(reference(PANE if self.field is field else ROOT)),))
+            count_parent_query()
+            around = PANE if self.field is field else ROOT
+            self.answer(reply, lambda: (dbus.Struct(reference(around)),))
         elif self.field.behaviour == "nonsense":
             self.answer(reply, lambda: (dbus.Int32(2147483647),))
         elif name == "CharacterCount":
@@ -215,6 +223,8 @@ class Widget(dbus.service.Object):
 
     @dbus.service.method(TEXT, out_signature="i", async_callbacks=("reply", "error"))
     def GetNSelections(self, reply, error):
+        if self.field.behaviour == "slow-writing":
+            time.sleep(0.15)
         self.answer(reply, lambda: (1 if self.field.end > self.field.start or
                                     self.field.behaviour == "nonsense" else 0,))
 
@@ -270,6 +280,8 @@ class Widget(dbus.service.Object):
                 self.field.insert(position, text)
             return (True,)
 
+        if self.field.behaviour == "slow-writing":
+            time.sleep(0.15)
         if self.field.behaviour == "dying-on-insertion":
             os._exit(1)
         if (self.field.behaviour == "silent-on-insertion" or
@@ -282,12 +294,24 @@ class Widget(dbus.service.Object):
         pass
 
 
+parent_queries = 0
+
+
+def count_parent_query():
+    global parent_queries
+    parent_queries += 1
+
+
 bus = accessibility_bus.connect()
 root = Root(bus, ROOT)
 widget = Widget(bus, FIELD, field)
 second_widget = Widget(bus, SECOND_FIELD, second_field)
 window = Container(bus, WINDOW)
 pane = Container(bus, PANE)
+# The pane is in another one, which is in the window.
+outer_pane = Container(bus, OUTER_PANE)
+pane.parent_path = OUTER_PANE
+outer_pane.parent_path = WINDOW
 loop = GLib.MainLoop()
 
 
@@ -333,8 +357,8 @@ def command(line):
         focus(widget, 0)
         if line == "grab":
             activate(False)
-    elif line == "pane":
-        focus(pane)
+    elif line in ("pane", "outer-pane"):
+        focus(pane if line == "pane" else outer_pane)
     elif line == "second":
         focus(second_widget)
     elif line == "read":
@@ -344,6 +368,9 @@ def command(line):
         field.behaviour = line.removeprefix("behave ")
     elif line == "insertions":
         target_options.announce(str(field.insertions))
+        return
+    elif line == "parents":
+        target_options.announce(str(parent_queries))
         return
     elif line == "examinations":
         target_options.announce(str(window.examinations))

@@ -51,8 +51,8 @@ class PendingWritesTest : public testing::Test {
     std::shared_ptr<WriteReply> queueBehind(linuxdesktop::PendingWrites& writes) {
         heldUnits = 4;
         const auto next = newPendingReply();
-        writes.queue(process, "more", [this, next] {
-            ++started;
+        writes.queue(process, element, "more", [this, next](const std::string& text) {
+            started.push_back(text);
             return next;
         });
         return next;
@@ -60,7 +60,9 @@ class PendingWritesTest : public testing::Test {
 
     bool canType = true;
     std::size_t heldUnits = 0;
-    int started = 0;
+    const platform::AXUIElementRef element = std::make_shared<platform::AXUIElement>();
+    /// The texts of the writes that waited.
+    std::vector<std::string> started;
     std::vector<std::size_t> released;
     RealTimeQueue mainQueue;
 };
@@ -106,15 +108,56 @@ TEST_F(PendingWritesTest, ThatWaitBeginOnceTheWriteBeforeHasArrived) {
     const auto reply = addPending(*writes);
     const auto next = queueBehind(*writes);
     EXPECT_TRUE(writes->isPending(process));
-    EXPECT_EQ(started, 0);
+    EXPECT_TRUE(started.empty());
     EXPECT_TRUE(reply->settle(true));
-    EXPECT_TRUE(mainQueue.runUntil([this] { return started == 1; }));
+    EXPECT_TRUE(mainQueue.runUntil([this] { return started.size() == 1; }));
     EXPECT_TRUE(writes->isPending(process));
     EXPECT_TRUE(released.empty());
     EXPECT_TRUE(next->settle(true));
     EXPECT_TRUE(mainQueue.runUntil([this] { return !released.empty(); }));
     EXPECT_EQ(released, std::vector<std::size_t>{8});
     EXPECT_FALSE(writes->isPending(process));
+}
+
+// A program that takes long for each write would fall behind.
+TEST_F(PendingWritesTest, ThatWaitForOneElementAreJoined) {
+    const auto writes = newWrites(10s);
+    const auto reply = addPending(*writes);
+    const auto next = queueBehind(*writes);
+    const auto refuse = [](const std::string& text) -> std::shared_ptr<WriteReply> {
+        ADD_FAILURE() << text;
+        return nullptr;
+    };
+    heldUnits = 8;
+    writes->queue(process, element, " ж😀", refuse);
+    heldUnits = 12;
+    const auto last = newPendingReply();
+    writes->queue(process, std::make_shared<platform::AXUIElement>(), "other",
+                  [&](const std::string& text) {
+                      started.push_back(text);
+                      return last;
+                  });
+    EXPECT_TRUE(reply->settle(true));
+    EXPECT_TRUE(next->settle(true));
+    EXPECT_TRUE(last->settle(true));
+    EXPECT_FALSE(writes->isPending(process));
+    EXPECT_EQ(started, (std::vector<std::string>{"more ж😀", "other"}));
+    EXPECT_EQ(released, std::vector<std::size_t>{17});
+}
+
+TEST_F(PendingWritesTest, ThatBeginAtOnceAreTypedWhenTheyAreRefused) {
+    const auto writes = newWrites(10s);
+    const auto reply = newPendingReply();
+    const auto start = [&](const std::string& /*text*/) { return reply; };
+    canType = false;
+    EXPECT_FALSE(writes->begin(process, element, "text", start));
+    EXPECT_FALSE(writes->isPending(process));
+    canType = true;
+    EXPECT_TRUE(writes->begin(process, element, "text", start));
+    EXPECT_TRUE(writes->isPending(process));
+    EXPECT_FALSE(reply->settle(false));
+    EXPECT_TRUE(mainQueue.runUntil([this] { return !released.empty(); }));
+    EXPECT_EQ(released, std::vector<std::size_t>{0});
 }
 
 TEST_F(PendingWritesTest, ThatWaitAreTypedWhenTheWriteBeforeHasNotArrived) {
@@ -124,7 +167,7 @@ TEST_F(PendingWritesTest, ThatWaitAreTypedWhenTheWriteBeforeHasNotArrived) {
     EXPECT_FALSE(reply->settle(false));
     EXPECT_FALSE(writes->isPending(process));
     EXPECT_EQ(released, std::vector<std::size_t>{0});
-    EXPECT_EQ(started, 0);
+    EXPECT_TRUE(started.empty());
 }
 
 TEST_F(PendingWritesTest, ThatWaitAreTypedAloneWhenTheyAreRefused) {
@@ -153,14 +196,14 @@ TEST_F(PendingWritesTest, DoNotOvertakeTextThatWasPostedWithoutAWrite) {
     const auto writes = newWrites(10s);
     const auto reply = addPending(*writes);
     heldUnits = 6;
-    writes->queue(process, "more", [this] {
-        ++started;
+    writes->queue(process, element, "more", [this](const std::string& text) {
+        started.push_back(text);
         return newPendingReply();
     });
     EXPECT_TRUE(reply->settle(true));
     EXPECT_FALSE(writes->isPending(process));
     EXPECT_EQ(released, std::vector<std::size_t>{4});
-    EXPECT_EQ(started, 0);
+    EXPECT_TRUE(started.empty());
 }
 
 TEST_F(PendingWritesTest, AreTypedAtTheEnd) {

@@ -80,7 +80,8 @@ TEST_F(AtspiQueuedWrite, FollowsThePendingOneAtTheCaret) {
     EXPECT_LT(insert("😀 two "), atOnce);
     EXPECT_LT(insert("three "), atOnce);
     EXPECT_TRUE(settlesAfterWaking());
-    EXPECT_EQ(insertions(), "3");
+    // Texts that wait together are one write.
+    EXPECT_EQ(insertions(), "2");
     insert("four ");
     EXPECT_EQ(target->text(), "begin one 😀 two three four end");
     EXPECT_EQ(typing.typed, U"");
@@ -140,6 +141,28 @@ TEST_F(AtspiQueuedWrite, GoesIntoItsOwnField) {
     EXPECT_EQ(target->text(), "first: one");
     EXPECT_EQ(target->command("read"), "two");
     EXPECT_EQ(typing.typed, U"");
+}
+
+// Each text takes the program 0.3 s, which is in time.
+TEST_F(AtspiQueuedWrite, IsJoinedWithOthersForAProgramThatTakesLongForEach) {
+    open("slow-writing", "Begin");
+    EXPECT_GT(insert(" one"), Seconds(0.1));
+    std::string expected = "Begin one";
+    Seconds blocked{0};
+    for (int number = 0; number < 50; ++number) {
+        const std::string piece = " word" + std::to_string(number);
+        blocked += insert(piece);
+        expected += piece;
+    }
+    EXPECT_LT(blocked, half);
+    EXPECT_TRUE(mainQueue.runUntil([this] { return !keyboard->isTypingInto(*processInFront); }));
+    EXPECT_EQ(target->text(), expected);
+    EXPECT_EQ(typing.typed, U"");
+    EXPECT_LT(std::stoi(insertions()), 10);
+    EXPECT_TRUE(log.lines().empty());
+    // Nothing waits any more, so the status is awaited again.
+    EXPECT_GT(insert(" end"), Seconds(0.1));
+    EXPECT_EQ(target->text(), expected + " end");
 }
 
 }  // namespace
