@@ -90,6 +90,12 @@ class AtspiElement final : public platform::AXUIElement {
     /// What contains the widget; empty until the program has replied. The bus's thread only.
     std::optional<BusObject> parent;
 
+    /// The path of the focused widget that a write into this widget has looked for inside it; empty
+    /// before. The bus's thread only.
+    std::string examinedFocus;
+    /// Whether that widget is inside this one. The bus's thread only.
+    bool containsFocus = false;
+
     /// Whether the widget hides its text, and lets nobody read the text either. The bus's thread
     /// only.
     bool isPasswordField() const { return role == atspi::passwordTextRole; }

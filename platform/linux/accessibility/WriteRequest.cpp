@@ -67,20 +67,39 @@ std::shared_ptr<AtspiElement> WriteRequest::focusInTheSameText(SteadyTime deadli
 // the report is refuted.
 std::shared_ptr<AtspiElement> WriteRequest::focusInside(SteadyTime deadline) {
     auto focus = element_->application->focus.lock();
-    std::optional<BusObject> around;
-    if (focus && focus->path != element_->path) {
-        around = focus->object();
+    if (!focus || focus->path == element_->path) {
+        return nullptr;
     }
-    for (int depth = 0; around && depth < maxDepth; ++depth) {
-        const BusObject inner = *std::exchange(around, std::nullopt);
+    if (element_->examinedFocus != focus->path) {
+        const auto isInside = isInsideElement(focus->object(), deadline);
+        if (!isInside) {
+            return nullptr;
+        }
+        element_->examinedFocus = focus->path;
+        element_->containsFocus = *isInside;
+    }
+    return element_->containsFocus ? focus : nullptr;
+}
+
+// Each question depends on the reply to the one before. The parents end at the program's root.
+std::optional<bool> WriteRequest::isInsideElement(BusObject inner, SteadyTime deadline) {
+    for (int depth = 0; depth < maxDepth; ++depth) {
+        std::optional<BusObject> parent;
         CallBatch query(bus_, deadline);
         query.add(bus_.newPropertyCall(inner, atspi::accessibleInterface, "Parent"),
-                  [&](sd_bus_message* reply) { around = atspi::objectPropertyIn(reply); });
-        if (query.await() && around == element_->object()) {
-            return focus;
+                  [&](sd_bus_message* reply) { parent = atspi::objectPropertyIn(reply); });
+        if (!query.await()) {
+            return std::nullopt;
         }
+        if (parent == element_->object()) {
+            return true;
+        }
+        if (!parent || parent->owner != inner.owner || parent->path == atspi::rootPath) {
+            return false;
+        }
+        inner = *std::move(parent);
     }
-    return nullptr;
+    return false;
 }
 
 WriteRequest::Attempt WriteRequest::attempt(SteadyTime deadline) {

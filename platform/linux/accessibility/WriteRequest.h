@@ -3,6 +3,7 @@
 
 #include <functional>
 #include <memory>
+#include <optional>
 #include <string>
 
 #include "platform/linux/accessibility/AtspiElement.h"
@@ -42,8 +43,11 @@ class WriteRequest : public std::enable_shared_from_this<WriteRequest> {
     /// until `deadline` at the most.
     std::shared_ptr<AtspiElement> focusInTheSameText(SteadyTime deadline);
     /// The widget that has the focus, where that is inside the element. Blocks until `deadline` at
-    /// the most.
+    /// the most, and only for the first write since the focus has moved.
     std::shared_ptr<AtspiElement> focusInside(SteadyTime deadline);
+    /// Whether the element is around `inner`, at whatever depth; empty without a reply by
+    /// `deadline`. Blocks until then at the most.
+    std::optional<bool> isInsideElement(BusObject inner, SteadyTime deadline);
     std::shared_ptr<TextWrite> newWrite(std::shared_ptr<AtspiElement> element);
     void awaitProgram();
     void runAgain();

@@ -348,20 +348,6 @@ TEST_F(AtspiAccessibility, AFocusThatIsReportedForTheWrongWidgetIsNotBelieved) {
     EXPECT_TRUE(becomesTrue([this] { return focusedElement() == element; }, timeout));
 }
 
-TEST_F(AtspiAccessibility, ATextForSomethingAroundTheFocusedFieldIsWrittenIntoTheField) {
-    open("honest", "begin");
-    EXPECT_EQ(target->command("pane"), "done");
-    EXPECT_TRUE(becomesTrue([this] { return focusedElement() != element; }, timeout));
-    const AXUIElementRef pane = focusedElement();
-    EXPECT_EQ(target->command("focus"), "done");
-    EXPECT_TRUE(becomesTrue([&] { return focusedElement() != pane; }, timeout));
-    EXPECT_EQ(write(pane, " end"), platform::axErrorSuccess);
-    EXPECT_EQ(target->text(), "begin end");
-    const AXUIElementRef second = focusSecondField();
-    EXPECT_EQ(write(pane, " more"), platform::axErrorAttributeUnsupported);
-    EXPECT_EQ(target->command("read"), "");
-}
-
 TEST_F(AtspiAccessibility, AProgramInTheBackgroundDoesNotGetTheFocusByClaimingIt) {
     TargetProcess background("fake_target.py", {});
     open("honest", "");

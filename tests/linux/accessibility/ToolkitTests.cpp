@@ -5,6 +5,7 @@
 #include <string>
 
 #include "tests/conformance/accessibility/AtspiWorld.h"
+#include "tests/linux/accessibility/TargetProcess.h"
 
 namespace tarvik::tests {
 
