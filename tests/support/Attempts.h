@@ -8,10 +8,10 @@
 namespace tarvik::tests {
 
 /// Whether `attempt`, which returns how long something took, returns less than `limit` at one of
-/// five tries. A busy machine is late at some tries. A program that is too slow is late at each.
+/// `maxTries` tries. A busy machine is late at some tries. A program that is too slow is late at
+/// each.
 template <typename Attempt>
-testing::AssertionResult isWithin(Seconds limit, const Attempt& attempt) {
-    constexpr int maxTries = 5;
+testing::AssertionResult isWithin(Seconds limit, const Attempt& attempt, int maxTries = 5) {
     testing::AssertionResult late = testing::AssertionFailure();
     for (int tries = 0; tries < maxTries; ++tries) {
         const Seconds duration = attempt();
