@@ -169,8 +169,8 @@ Opened<HotKeyMeans> openPortal(Session& session) {
 template <typename Means>
 Opened<Means> openX11(Session& session) {
     if (!session.x11) {
-        session.x11 = std::make_shared<X11Input>(session.mainQueue, session.log, session.listener,
-                                                 session.onLift);
+        session.x11 =
+            X11Input::openSession(session.mainQueue, session.log, session.listener, session.onLift);
     }
     if (const auto refusal = session.x11->refusal()) {
         return {nullptr, *refusal};

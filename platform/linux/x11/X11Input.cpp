@@ -18,22 +18,36 @@ namespace {
 
 using namespace std::chrono_literals;
 
+constexpr auto sessionConnectTimeout = 1s;
 constexpr auto serverTimeout = 1s;
 // A recording begins meanwhile.
+constexpr auto xwaylandConnectTimeout = 100ms;
 constexpr auto frontTimeout = 100ms;
 // Leaves the time to put the keyboard back.
 constexpr auto typingTimeoutAtEnd = 800ms;
 
 }  // namespace
 
-X11Input::X11Input(platform::MainQueue& mainQueue, platform::Log& log,
-                   std::weak_ptr<HotKeyListener> listener, OnLift onLift, Server server,
-                   std::chrono::milliseconds timeout)
+std::shared_ptr<X11Input> X11Input::openSession(platform::MainQueue& mainQueue, platform::Log& log,
+                                                std::weak_ptr<HotKeyListener> listener,
+                                                OnLift onLift) {
+    return std::shared_ptr<X11Input>(new X11Input(
+        mainQueue, log,
+        {Server::session, sessionConnectTimeout, std::move(listener), std::move(onLift)}));
+}
+
+std::shared_ptr<X11Input> X11Input::openXwayland(platform::MainQueue& mainQueue,
+                                                 platform::Log& log) {
+    return std::shared_ptr<X11Input>(
+        new X11Input(mainQueue, log, {Server::xwayland, xwaylandConnectTimeout}));
+}
+
+X11Input::X11Input(platform::MainQueue& mainQueue, platform::Log& log, Options options)
     : mainQueue_(mainQueue),
       log_(log),
-      notifier_(mainQueue, std::move(listener)),
-      onLift_(std::move(onLift)),
-      server_(server) {
+      notifier_(mainQueue, std::move(options.listener)),
+      onLift_(std::move(options.onLift)),
+      server_(options.server) {
     const auto connected = std::make_shared<std::promise<void>>();
     const std::future<void> isReady = connected->get_future();
     try {
@@ -43,7 +57,7 @@ X11Input::X11Input(platform::MainQueue& mainQueue, platform::Log& log,
         hasAnswered_ = true;
         return;
     }
-    if (isReady.wait_for(timeout) != std::future_status::ready) {
+    if (isReady.wait_for(options.connectTimeout) != std::future_status::ready) {
         log.write("TarvikDictate: the X server does not answer");
     }
 }

@@ -32,18 +32,16 @@ class X11Session;
 /// wants something. Main thread only, unless a line says otherwise.
 class X11Input final : public HotKeyMeans, public TypingMeans, public FrontMeans {
   public:
-    /// Which kind of server serves: that of an X11 session, or that of the X programs of a Wayland
-    /// session, which hears no hotkeys and sees X programs only.
-    enum class Server { session, xwayland };
-
-    static constexpr std::chrono::milliseconds connectTimeout{1000};
-
-    /// Connects to the server that DISPLAY names, for which it waits `timeout` at the most. A
+    /// Connects to the server of an X11 session, which DISPLAY names, and waits 1 s at the most. A
     /// server that answers later is used from then on. The references outlive the object.
     /// `listener` and `onLift` may be empty.
-    X11Input(platform::MainQueue& mainQueue, platform::Log& log,
-             std::weak_ptr<HotKeyListener> listener, OnLift onLift, Server server = Server::session,
-             std::chrono::milliseconds timeout = connectTimeout);
+    static std::shared_ptr<X11Input> openSession(platform::MainQueue& mainQueue, platform::Log& log,
+                                                 std::weak_ptr<HotKeyListener> listener,
+                                                 OnLift onLift);
+    /// As openSession(), for the server of the X programs of a Wayland session, which hears no
+    /// hotkeys and sees X programs only. Waits 0.1 s at the most.
+    static std::shared_ptr<X11Input> openXwayland(platform::MainQueue& mainQueue,
+                                                  platform::Log& log);
     /// Ends the thread, puts the keyboard map back and drops the hotkeys. Text that was taken
     /// before is typed first, as far as its targets take it within 0.8 s. Takes 1 s at the most.
     ~X11Input() override;
@@ -76,6 +74,16 @@ class X11Input final : public HotKeyMeans, public TypingMeans, public FrontMeans
     std::optional<platform::ProcessIdentifier> chooseTarget() override;
 
   private:
+    enum class Server { session, xwayland };
+    struct Options {
+        Server server = Server::session;
+        std::chrono::milliseconds connectTimeout;
+        std::weak_ptr<HotKeyListener> listener = {};
+        OnLift onLift = {};
+    };
+
+    X11Input(platform::MainQueue& mainQueue, platform::Log& log, Options options);
+
     bool refreshFront();
     void run(std::promise<void>& connected);
     void drain();

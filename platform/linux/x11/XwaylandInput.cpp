@@ -2,22 +2,12 @@
 
 #include "platform/linux/x11/XwaylandInput.h"
 
-#include <chrono>
 #include <cstdlib>
 #include <utility>
 
 #include "platform/linux/x11/XServerClients.h"
 
 namespace tarvik::linuxdesktop {
-
-namespace {
-
-using namespace std::chrono_literals;
-
-// A recording begins meanwhile.
-constexpr auto serverTimeout = 100ms;
-
-}  // namespace
 
 XwaylandInput::XwaylandInput(platform::MainQueue& mainQueue, platform::Log& log,
                              std::shared_ptr<TypingMeans> typing, std::shared_ptr<FrontMeans> front)
@@ -31,9 +21,7 @@ void XwaylandInput::connect() {
     if ((server && !server->isGone()) || display == nullptr || !hasClients(display)) {
         return;
     }
-    const auto opened =
-        std::make_shared<X11Input>(mainQueue_, log_, std::weak_ptr<HotKeyListener>(), OnLift(),
-                                   X11Input::Server::xwayland, serverTimeout);
+    const auto opened = X11Input::openXwayland(mainQueue_, log_);
     // A server that is refused stays, and is not asked again.
     server_.store(opened);
     if (const auto refusal = opened->refusal()) {
