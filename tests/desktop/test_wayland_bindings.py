@@ -12,18 +12,11 @@ from pressed_keys import A, ALT, B, SPACE
 from session_test import EXACT, SessionTest
 from sway import LabwcDesktop, SwayDesktop, become_ordinary_user
 from sway_parts import FootTarget, WaylandKeyboard
-from target import WidgetTarget
+from target import WidgetWithoutTitle
 
 SERVED = ("typing by a virtual keyboard in Wayland: the compositor offers it",
           "the front window by Wayland and AT-SPI: the compositor offers it",
           "accessibility trusted → true")
-
-
-class Widget(WidgetTarget):
-    """It tells itself that it has the keyboard."""
-
-    def _find_window(self, *_):
-        pass
 
 
 class Terminal(FootTarget):
@@ -66,8 +59,8 @@ class AnyCompositor:
     def test_the_words_go_into_the_window_where_it_began(self):
         service = self.start_scripted_service()
         application = self.start_application(service)
-        self.dictate_into(self.start(Widget, "gtk3"), service, application)
-        self.dictate_into(self.start(Widget, "qt6"), service, application)
+        self.dictate_into(self.start(WidgetWithoutTitle, "gtk3"), service, application)
+        self.dictate_into(self.start(WidgetWithoutTitle, "qt6"), service, application)
         self.dictate_into(self.start_terminal(), service, application)
 
     def test_the_words_stay_in_a_terminal_when_another_window_takes_the_keyboard(self):
@@ -79,7 +72,7 @@ class AnyCompositor:
         stream = service.stream(1)
         stream.say("Here.")
         terminal.wait_for_text(before + "Here.", timeout=10)
-        other = self.start(Widget, "gtk3")
+        other = self.start(WidgetWithoutTitle, "gtk3")
         stream.say("There.")
         terminal.wait_for_text(before + "Here. There.", timeout=10)
         self.assertEqual(other.text, "")

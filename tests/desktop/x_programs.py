@@ -5,7 +5,7 @@
 from desktop import wait_for
 from pressed_keys import A, ALT, B, SPACE
 from session_test import EXACT
-from target import TerminalTarget, WidgetTarget
+from target import TerminalTarget, WidgetWithoutTitle
 
 LONG = "Zażółć gęślą jaźń, съешь же ещё, 明日の朝九時に. " * 8
 # What a program of X11 is without accessibility, and without the input method of Wayland's programs.
@@ -14,13 +14,6 @@ AS_X_PROGRAM = {"GDK_BACKEND": "x11", "NO_AT_BRIDGE": "1", "GTK_IM_MODULE": "gtk
 
 class XTerminal(TerminalTarget):
     """Nobody tells that it has the keyboard."""
-
-    def _find_window(self, *_):
-        pass
-
-
-class XWidget(WidgetTarget):
-    """It tells itself that it has the keyboard."""
 
     def _find_window(self, *_):
         pass
@@ -38,7 +31,7 @@ class XProgramTests:
         return terminal
 
     def start_x_widget(self):
-        return self.start(XWidget, "gtk3", environment=AS_X_PROGRAM)
+        return self.start(WidgetWithoutTitle, "gtk3", environment=AS_X_PROGRAM)
 
     def test_x_programs_get_the_exact_text(self):
         service = self.start_scripted_service()
