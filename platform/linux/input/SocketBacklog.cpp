@@ -30,6 +30,7 @@ using Inodes = std::set<std::uint32_t>;
 // One connected local socket, as the system describes the socket.
 struct Connection {
     std::string address;
+    std::uint32_t inode = 0;
     std::uint32_t peer = 0;
     unix_diag_rqlen queues{};
 };
@@ -107,8 +108,10 @@ std::string_view takeRecord(std::string_view& list) {
 }
 
 Connection connectionIn(std::string_view message) {
-    message.remove_prefix(std::min(message.size(), sizeof(nlmsghdr) + sizeof(unix_diag_msg)));
+    message.remove_prefix(std::min(message.size(), sizeof(nlmsghdr)));
     Connection connection;
+    connection.inode = itemAt<unix_diag_msg>(message).udiag_ino;
+    message.remove_prefix(std::min(message.size(), sizeof(unix_diag_msg)));
     for (auto record = takeRecord<rtattr>(message); !record.empty();
          record = takeRecord<rtattr>(message)) {
         const std::string_view value = record.substr(sizeof(rtattr));
@@ -127,6 +130,14 @@ Connection connectionIn(std::string_view message) {
         }
     }
     return connection;
+}
+
+// A program may stand between itself and the server, by a thread that keeps what its main loop does
+// not read. Firefox does so, with a socket beside the compositor's.
+bool isProxy(const Connection& connection, const std::string& address, const Inodes& inodes) {
+    return inodes.contains(connection.inode) &&
+           std::filesystem::path(connection.address).parent_path() ==
+               std::filesystem::path(address).parent_path();
 }
 
 }  // namespace
@@ -167,7 +178,8 @@ std::optional<SocketBacklog> backlogOf(std::int32_t process, const std::string& 
                 return std::nullopt;
             }
             const Connection connection = connectionIn(message);
-            if (connection.address == address && inodes.contains(connection.peer)) {
+            if (inodes.contains(connection.peer) &&
+                (connection.address == address || isProxy(connection, address, inodes))) {
                 backlog = backlog.value_or(SocketBacklog());
                 backlog->toProgram += connection.queues.udiag_wqueue;
                 backlog->toServer += connection.queues.udiag_rqueue;

@@ -19,8 +19,9 @@ struct SocketBacklog {
 /// server is not connected by a local socket.
 std::string addressOfServer(int descriptor);
 
-/// The backlog of all connections between `process` and the server at `address`. Empty when the
-/// process has no such connection, or when the system or the process does not tell. Never blocks.
+/// The backlog of all connections between `process` and the server at `address`, and of those
+/// within the process by a socket in the same folder. Empty when the process has no such
+/// connection, or when the system or the process does not tell. Never blocks.
 std::optional<SocketBacklog> backlogOf(std::int32_t process, const std::string& address);
 
 }  // namespace tarvik::linuxdesktop
