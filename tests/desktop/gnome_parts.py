@@ -8,10 +8,9 @@ from pressed_keys import SHIFT, PressedKeys
 from target import FootTerminal, Target, WidgetTarget
 
 REMOTE = "org.gnome.Mutter.RemoteDesktop"
-# Seconds between two taps of one hotkey. GNOME runs the same command for a press and for a repeat, and
-# tells of no release where no text field has the keyboard. There a press within 2 s counts as a repeat,
-# and elsewhere within 0.25 s of the release.
-BETWEEN_TAPS = 2.5
+# Seconds between two taps of one hotkey. GNOME runs the same command for a press and for a repeat. Where
+# no text field has the keyboard, a press half a second after another one counts as its repeat.
+BETWEEN_TAPS = 0.8
 
 
 class GnomeKeyboard(PressedKeys):

@@ -17,12 +17,6 @@ using namespace std::chrono_literals;
 
 constexpr auto busTimeout = 1s;
 constexpr auto shellInterval = 100ms;
-// How much later than the keyboard's settings say a command may call.
-constexpr auto callTolerance = 300ms;
-// An end too early costs words, and one too late costs silence.
-constexpr auto firstCallTolerance = 1s;
-constexpr auto unseenTolerance = 2s;
-constexpr int repeatTolerance = 4;
 
 // Whoever has the name has the shortcuts.
 constexpr const char* claimName = "com.tarvik.dictate.HotKeys";
@@ -33,20 +27,8 @@ constexpr const char* socketName = "tarvik-dictate-shortcuts";
 constexpr std::uint32_t doNotQueue = 4;
 constexpr std::uint32_t isOwner = 1;
 
-// As the kernel numbers keys.
-constexpr std::uint32_t spaceCode = 57;
-constexpr std::uint32_t leftAltCode = 56;
-constexpr std::uint32_t rightAltCode = 100;
-constexpr std::uint32_t leftShiftCode = 42;
-constexpr std::uint32_t rightShiftCode = 54;
-
 bool isToggle(std::uint32_t modifiers) {
     return (modifiers & platform::shiftKeyMask) != 0;
-}
-
-bool belongsTo(std::uint32_t modifiers, std::uint32_t code) {
-    return code == spaceCode || code == leftAltCode || code == rightAltCode ||
-           (isToggle(modifiers) && (code == leftShiftCode || code == rightShiftCode));
 }
 
 std::string quoted(const std::string& text) {
@@ -57,22 +39,27 @@ std::string quoted(const std::string& text) {
     return result + "'";
 }
 
+std::optional<KeyRepetition> repetitionSetting() {
+    const GnomeSettings keyboard("org.gnome.desktop.peripherals.keyboard");
+    if (!keyboard.flag("repeat").value_or(true)) {
+        return std::nullopt;
+    }
+    return KeyRepetition{
+        std::chrono::milliseconds(keyboard.number("delay").value_or(500)),
+        std::chrono::milliseconds(keyboard.number("repeat-interval").value_or(30))};
+}
+
 }  // namespace
 
-GnomeHotKeys::GnomeHotKeys(MessageBus& bus, IbusEngine& engine, EventLoop& loop, platform::Log& log,
-                           Events events, OnTaken onTaken)
+GnomeHotKeys::GnomeHotKeys(MessageBus& bus, FieldEngine& engine, EventLoop& loop,
+                           platform::Log& log, Events events, OnTaken onTaken)
     : bus_(bus),
-      engine_(engine),
       loop_(loop),
       log_(log),
       events_(std::move(events)),
       onTaken_(std::move(onTaken)),
-      repeatDeadline_(loop),
+      hold_(engine, loop, {events_.onPressed, events_.onReleased}, repetitionSetting),
       shellDeadline_(loop) {}
-
-GnomeHotKeys::~GnomeHotKeys() {
-    endHold();
-}
 
 void GnomeHotKeys::add(HotKeyNumber number, std::uint32_t keyCode, std::uint32_t modifiers,
                        OnStatus onStatus) {
@@ -166,11 +153,7 @@ bool GnomeHotKeys::listen(const std::string& path) {
 }
 
 void GnomeHotKeys::remove(HotKeyNumber number, std::function<void()> onDone) {
-    if (repeats_.number() == number) {
-        repeats_.end();
-        repeatDeadline_.clear();
-        engine_.release();
-    }
+    hold_.cancel(number);
     if (const auto removed = hotKeys_.extract(number)) {
         shortcuts_.unbind(removed.mapped());
     }
@@ -178,7 +161,7 @@ void GnomeHotKeys::remove(HotKeyNumber number, std::function<void()> onDone) {
 }
 
 void GnomeHotKeys::removeAll(std::function<void()> onDone) {
-    endHold();
+    hold_.end();
     for (const auto& [number, modifiers] : std::exchange(hotKeys_, {})) {
         shortcuts_.unbind(modifiers);
     }
@@ -201,109 +184,15 @@ void GnomeHotKeys::takeFromWindowMenu() {
     }
 }
 
-std::optional<GnomeHotKeys::Repeat> GnomeHotKeys::repeatSetting() {
-    const GnomeSettings keyboard("org.gnome.desktop.peripherals.keyboard");
-    if (!keyboard.flag("repeat").value_or(true)) {
-        return std::nullopt;
-    }
-    return Repeat{std::chrono::milliseconds(keyboard.number("delay").value_or(500)),
-                  std::chrono::milliseconds(keyboard.number("repeat-interval").value_or(30))};
-}
-
 void GnomeHotKeys::handlePress(const ShortcutPress& press) {
     const std::uint32_t modifiers =
         platform::optionKeyMask | (press.isToggle != 0 ? platform::shiftKeyMask : 0);
     const auto found = std::ranges::find_if(
         hotKeys_, [modifiers](const auto& entry) { return entry.second == modifiers; });
-    if (found == hotKeys_.end()) {
-        return;
-    }
-    const HotKeyNumber number = found->first;
-    const SteadyTime now = std::min(SteadyTime(std::chrono::nanoseconds(press.nanoseconds)),
-                                    std::chrono::steady_clock::now());
-    // A key that does not repeat has been pressed again.
-    if (!hold_.repeat) {
-        endHold();
-    }
-    switch (repeats_.handle(number, now)) {
-        case RepeatedHold::Report::repeat:
-            hold_.isSeen = engine_.hasField();
-            watchRepeats();
-            break;
-        case RepeatedHold::Report::press:
-            // Of a hold that has not ended, nobody has seen the release.
-            endHold();
-            beginHold(number, now);
-            break;
-        case RepeatedHold::Report::late:
-            break;
-    }
-}
-
-void GnomeHotKeys::beginHold(HotKeyNumber number, SteadyTime now) {
-    repeats_.begin(number, now);
-    hold_ = Hold{repeatSetting()};
-    events_.onPressed(number);
-    engine_.acquire();
-    accompanyAlt();
-    watchRepeats();
-}
-
-void GnomeHotKeys::watchRepeats() {
-    if (!repeats_.number() || !hold_.repeat) {
-        return;
-    }
-    const auto timeout = repeats_.timeout(repeatTolerance * hold_.repeat->interval + callTolerance);
-    const auto first = repeats_.repeats() == 0 ? hold_.repeat->delay + firstCallTolerance : 0ms;
-    repeatDeadline_.set(std::chrono::steady_clock::now() + first + timeout, [this] {
-        if (!engine_.hasField()) {
-            endHold();
-        } else if (!hold_.isSeen) {
-            // Only keys that were up before the engine had the field have gone unseen.
-            repeatDeadline_.set(unseenTolerance, [this] { endHold(); });
-        }
-    });
-}
-
-void GnomeHotKeys::handleKey(const IbusEngine::Key& key) {
-    const auto held = repeats_.number();
-    if (!held) {
-        return;
-    }
-    if (key.isUp && belongsTo(hotKeys_[*held], key.code)) {
-        accompanyAlt();
-        repeats_.expectLateReports(std::chrono::steady_clock::now());
-        endHold();
-    } else if (!key.isUp && !key.hasAlt) {
-        // Alt went up before the engine had the field.
-        endHold();
-    } else {
-        hold_.isSeen = true;
-    }
-}
-
-void GnomeHotKeys::handleField() {
-    if (!repeats_.number()) {
-        return;
-    }
-    if (engine_.hasField()) {
-        accompanyAlt();
-    } else if (std::exchange(hold_.isSeen, false)) {
-        watchRepeats();
-    }
-}
-
-void GnomeHotKeys::accompanyAlt() {
-    if (engine_.hasField() && !std::exchange(hold_.isAccompanied, true)) {
-        engine_.tapControl();
-    }
-}
-
-void GnomeHotKeys::endHold() {
-    repeatDeadline_.clear();
-    if (const auto ended = repeats_.end()) {
-        events_.onReleased(*ended);
-        engine_.release();
+    if (found != hotKeys_.end()) {
+        hold_.handlePress(
+            found->first, modifiers,
+            std::min(SteadyTime(std::chrono::nanoseconds(press.nanoseconds)), loop_.now()));
     }
 }
 

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-#include <chrono>
 #include <cstdint>
 #include <functional>
 #include <map>
@@ -12,11 +11,11 @@
 #include "platform/Log.h"
 #include "platform/linux/bus/MessageBus.h"
 #include "platform/linux/gnome/GnomeShortcuts.h"
+#include "platform/linux/gnome/ShortcutHold.h"
 #include "platform/linux/gnome/ShortcutPress.h"
 #include "platform/linux/gnome/ShortcutSocket.h"
 #include "platform/linux/gnome/WindowMenuShortcut.h"
-#include "platform/linux/ibus/IbusEngine.h"
-#include "platform/linux/input/RepeatedHold.h"
+#include "platform/linux/ibus/FieldEngine.h"
 #include "platform/linux/input/SessionHotKeys.h"
 #include "platform/linux/loop/EventLoop.h"
 
@@ -25,9 +24,7 @@ namespace tarvik::linuxdesktop {
 /// Key combinations as custom shortcuts of GNOME, and which of them is held. Loop thread only.
 ///
 /// GNOME runs a command when a shortcut is pressed, and again at each repeat of the key. The
-/// command is a program of this application, which tells of the press over a socket. No command
-/// tells of a release. The engine of IBus sees the keys go up while a text field has the keyboard.
-/// Elsewhere a hold ends with its repeats.
+/// command is a program of this application, which tells of the press over a socket.
 ///
 /// Each registration waits for GNOME's store of settings.
 class GnomeHotKeys final : public SessionHotKeys {
@@ -36,10 +33,10 @@ class GnomeHotKeys final : public SessionHotKeys {
     using OnTaken = std::function<void(bool isTaken)>;
 
     /// The references outlive the object.
-    GnomeHotKeys(MessageBus& bus, IbusEngine& engine, EventLoop& loop, platform::Log& log,
+    GnomeHotKeys(MessageBus& bus, FieldEngine& engine, EventLoop& loop, platform::Log& log,
                  Events events, OnTaken onTaken);
     /// Ends a hold. Shortcuts that are left stay until the next start.
-    ~GnomeHotKeys() override;
+    ~GnomeHotKeys() override = default;
     GnomeHotKeys(const GnomeHotKeys&) = delete;
     GnomeHotKeys& operator=(const GnomeHotKeys&) = delete;
 
@@ -53,41 +50,18 @@ class GnomeHotKeys final : public SessionHotKeys {
     /// hotkey, and `onFreed` is called.
     void takeFromWindowMenu();
 
-    /// The engine has seen a key.
-    void handleKey(const IbusEngine::Key& key);
-    /// The engine has got or lost a text field.
-    void handleField();
+    /// Hears of what the engine sees.
+    ShortcutHold& hold() { return hold_; }
 
   private:
-    struct Repeat {
-        std::chrono::milliseconds delay;
-        std::chrono::milliseconds interval;
-    };
-    // What is known of the hold.
-    struct Hold {
-        // Empty when the keyboard does not repeat its keys.
-        std::optional<Repeat> repeat;
-        // The engine has a field, and a key was down after the engine got the field. So the
-        // engine will see the key go up.
-        bool isSeen = false;
-        // A tap of Ctrl has accompanied Alt.
-        bool isAccompanied = false;
-    };
-
     void claim(std::function<void(bool isFirst)> onAnswer);
     void awaitShell(std::function<void()> onDone);
     void askShell(std::function<void()> onAnswer);
     void bind(HotKeyNumber number, std::uint32_t modifiers, const OnStatus& onStatus);
-    static std::optional<Repeat> repeatSetting();
     bool listen(const std::string& path);
     void handlePress(const ShortcutPress& press);
-    void beginHold(HotKeyNumber number, SteadyTime now);
-    void watchRepeats();
-    void accompanyAlt();
-    void endHold();
 
     MessageBus& bus_;
-    IbusEngine& engine_;
     EventLoop& loop_;
     platform::Log& log_;
     const Events events_;
@@ -98,9 +72,7 @@ class GnomeHotKeys final : public SessionHotKeys {
     bool isOwner_ = false;
     // From the first registration until the name is given up.
     std::optional<ShortcutSocket> socket_;
-    RepeatedHold repeats_;
-    Hold hold_;
-    Deadline repeatDeadline_;
+    ShortcutHold hold_;
     Deadline shellDeadline_;
 };
 

@@ -63,9 +63,9 @@ GnomeSession::GnomeSession(std::unique_ptr<MessageBus> bus, EventLoop& loop, pla
     : events_(std::move(events)),
       bus_(std::move(bus)),
       engine_(loop, configuredEngine,
-              {[this](const IbusEngine::Key& key) { hotKeys_.handleKey(key); },
+              {[this](const IbusEngine::Key& key) { hotKeys_.hold().handleKey(key); },
                [this] {
-                   hotKeys_.handleField();
+                   hotKeys_.hold().handleField();
                    typist_.handleField();
                },
                [this](const std::string& reason) { typist_.handleRefusal(reason); },

@@ -10,6 +10,7 @@
 
 #include "platform/linux/bus/MessageBus.h"
 #include "platform/linux/ibus/EngineField.h"
+#include "platform/linux/ibus/FieldEngine.h"
 #include "platform/linux/ibus/PreviousEngine.h"
 #include "platform/linux/loop/EventLoop.h"
 #include "platform/linux/loop/Reconnection.h"
@@ -23,16 +24,8 @@ namespace tarvik::linuxdesktop {
 /// process that is killed leaves a file, by which the next object puts the user's engine back. An
 /// engine that composes text is never replaced: the user may be composing. IBus drops whichever
 /// engine is in use when a program with an engine leaves, so an object is ended by end().
-class IbusEngine {
+class IbusEngine final : public FieldEngine {
   public:
-    /// A key that the user has pressed or released while the engine has a field.
-    struct Key {
-        /// As the kernel numbers keys.
-        std::uint32_t code = 0;
-        bool isUp = false;
-        /// Whether Alt was down before the key.
-        bool hasAlt = false;
-    };
     struct Handlers {
         std::function<void(const Key&)> onKey;
         /// The engine has got a text field, or has lost the field.
@@ -54,9 +47,8 @@ class IbusEngine {
     /// process has left its own. Returns why IBus cannot be reached, or nothing.
     std::optional<std::string> connect();
 
-    /// Somebody uses the engine from here on, and until release(). The calls are counted.
-    void acquire();
-    void release();
+    void acquire() override;
+    void release() override;
     /// Calls `onIdle` once, when the user's engine is back, or cannot be put back.
     void whenIdle(std::function<void()> onIdle);
 
@@ -64,16 +56,13 @@ class IbusEngine {
     /// once. The last call.
     void end(std::function<void()> onDone);
 
-    /// Whether the engine has a text field of another program.
-    bool hasField() const { return isTaken_ && !field_.path().empty(); }
+    bool hasField() const override { return isTaken_ && !field_.path().empty(); }
     /// How often the field has changed.
     std::uint64_t fieldCount() const { return field_.changeCount(); }
 
     /// Commits `text`, UTF-8, into the field. Only while there is one.
     void commit(const std::string& text);
-    /// Sends a tap of Ctrl, with Alt held, to the program that has the field. The program then does
-    /// not take Alt for a key that was pressed alone.
-    void tapControl();
+    void tapControl() override;
     /// Calls `onDone` when IBus has handled everything before this call, or does not answer.
     void sync(std::function<void()> onDone);
 

@@ -19,19 +19,48 @@ constexpr SteadyTime::duration maxRepeatInterval = 200ms;
 constexpr SteadyTime::duration minLateInterval = 250ms;
 // After that time the reports are taken for those of a new hold, whose repeats look the same.
 constexpr SteadyTime::duration maxLateTime = 1s;
+// The first repeat of a machine that is not busy comes within this time of the keyboard's delay.
+constexpr SteadyTime::duration repeatJitter = 40ms;
+// Nobody presses a combination again so soon. A busy machine may report repeats before the delay
+// has passed, when the press itself was reported late or not at all.
+constexpr SteadyTime::duration minPressInterval = 150ms;
+// A press that is reported late lets the first repeat seem early, by no more than this.
+constexpr SteadyTime::duration maxEarlyTime = 200ms;
+// What a busy machine adds to the time between two repeats.
+constexpr SteadyTime::duration decisionTolerance = 100ms;
 
 }  // namespace
 
 RepeatedHold::Report RepeatedHold::handle(HotKeyNumber number, SteadyTime now) {
     if (hold_ && hold_->number == number) {
-        countRepeat(now);
-        return Report::repeat;
+        const Report report = classify(now);
+        if (report == Report::repeat) {
+            countRepeat(now);
+        }
+        return report;
     }
     if (number == endedNumber_ && now < lateUntil_) {
         lateUntil_ = std::min(now + lateInterval_, lateLimit_);
         return Report::late;
     }
     return Report::press;
+}
+
+// A lone report at the very time of the first repeat is that repeat: the key went up right after.
+RepeatedHold::Report RepeatedHold::classify(SteadyTime now) {
+    if (!hold_->repetition || hold_->repeats > 0 || hold_->hasUnclearReport) {
+        return Report::repeat;
+    }
+    const SteadyTime::duration gap = now - hold_->pressTime;
+    const SteadyTime::duration late = gap - hold_->repetition->delay;
+    if (gap < minPressInterval || (late >= -repeatJitter && late <= repeatJitter)) {
+        return Report::repeat;
+    }
+    if (late < -maxEarlyTime) {
+        return Report::press;
+    }
+    hold_->hasUnclearReport = true;
+    return Report::unclear;
 }
 
 void RepeatedHold::countRepeat(SteadyTime now) {
@@ -47,8 +76,9 @@ void RepeatedHold::countRepeat(SteadyTime now) {
     hold_->reportTime = now;
 }
 
-void RepeatedHold::begin(HotKeyNumber number, SteadyTime now) {
-    hold_ = Hold{number, now, now};
+void RepeatedHold::begin(HotKeyNumber number, SteadyTime now,
+                         std::optional<KeyRepetition> repetition) {
+    hold_ = Hold{number, now, repetition, now};
 }
 
 std::optional<HotKeyNumber> RepeatedHold::end() {
@@ -58,14 +88,23 @@ std::optional<HotKeyNumber> RepeatedHold::end() {
 }
 
 void RepeatedHold::expectLateReports(SteadyTime now) {
-    endedNumber_ = number().value_or(0);
-    lateInterval_ = timeout(minLateInterval);
+    const bool hasNoRepeats = hold_ && hold_->repetition &&
+                              now - hold_->pressTime < hold_->repetition->delay - maxEarlyTime;
+    endedNumber_ = hasNoRepeats ? 0 : number().value_or(0);
+    lateInterval_ = hold_ && hold_->repetition
+                        ? timeout((maxMissedRepeats + 1) * hold_->repetition->interval + 50ms)
+                        : timeout(minLateInterval);
     lateUntil_ = now + lateInterval_;
     lateLimit_ = std::max(lateUntil_, now + maxLateTime);
 }
 
 std::optional<HotKeyNumber> RepeatedHold::number() const {
     return hold_ ? std::optional(hold_->number) : std::nullopt;
+}
+
+SteadyTime::duration RepeatedHold::decisionTime() const {
+    const auto interval = hold_ && hold_->repetition ? hold_->repetition->interval : 0ms;
+    return (maxMissedRepeats + 1) * interval + decisionTolerance;
 }
 
 SteadyTime::duration RepeatedHold::timeout(SteadyTime::duration tolerance) const {

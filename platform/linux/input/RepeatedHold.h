@@ -1,12 +1,21 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include <chrono>
 #include <optional>
 
 #include "platform/linux/input/HotKeyMeans.h"
 #include "platform/linux/loop/EventLoop.h"
 
 namespace tarvik::linuxdesktop {
+
+/// How a keyboard repeats a key that is held.
+struct KeyRepetition {
+    /// From the press to the first repeat.
+    std::chrono::milliseconds delay;
+    /// Between two repeats.
+    std::chrono::milliseconds interval;
+};
 
 /// A hold of which the desktop reports the press and each repeat of the key, and the release not
 /// always. Tells which reports belong to one hold, and when the repeats are over. Without a clock:
@@ -19,16 +28,23 @@ class RepeatedHold {
         /// The key of the hold has repeated.
         repeat,
         /// A repeat of a hold that has ended.
-        late
+        late,
+        /// The first repeat, or a press after a release that nobody has reported. Another report
+        /// within decisionTime() shows a repeat. Without one the owner ends the hold and begins
+        /// one that has the time of this report.
+        unclear
     };
 
     /// The desktop has reported the hotkey.
     Report handle(HotKeyNumber number, SteadyTime now);
-    void begin(HotKeyNumber number, SteadyTime now);
+    /// Without `repetition`, each further report of the hold counts as a repeat.
+    void begin(HotKeyNumber number, SteadyTime now,
+               std::optional<KeyRepetition> repetition = std::nullopt);
     /// Ends the hold, and returns its hotkey; empty without a hold.
     std::optional<HotKeyNumber> end();
 
-    /// The hold is about to end, and repeats of its key may be reported later.
+    /// The hold is about to end, and repeats of its key may be reported later. A hold that was
+    /// shorter than the delay before the first repeat has none.
     void expectLateReports(SteadyTime now);
     /// No report that comes from here on belongs to a hold that has ended.
     void expectNoLateReports() { endedNumber_ = 0; }
@@ -40,6 +56,8 @@ class RepeatedHold {
     /// The time from a repeat to the end of the hold: `tolerance`, or longer where the reports of
     /// the hold came more slowly.
     SteadyTime::duration timeout(SteadyTime::duration tolerance) const;
+    /// How long an unclear report waits for the next one.
+    SteadyTime::duration decisionTime() const;
     /// From a press to the first repeat, as holds have shown; empty until one had repeats.
     std::optional<SteadyTime::duration> repeatDelay() const { return repeatDelay_; }
 
@@ -47,12 +65,15 @@ class RepeatedHold {
     struct Hold {
         HotKeyNumber number = 0;
         SteadyTime pressTime;
+        std::optional<KeyRepetition> repetition;
         // Of the last report, and the longest time between two repeats.
         SteadyTime reportTime;
         SteadyTime::duration maxGap{0};
         int repeats = 0;
+        bool hasUnclearReport = false;
     };
 
+    Report classify(SteadyTime now);
     void countRepeat(SteadyTime now);
 
     std::optional<Hold> hold_;

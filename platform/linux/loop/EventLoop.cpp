@@ -15,11 +15,11 @@ std::optional<SteadyTime> EventLoop::nextDeadline() const {
 }
 
 void EventLoop::runDeadlines() {
-    const auto now = std::chrono::steady_clock::now();
+    const SteadyTime time = now();
     while (!deadlines_.empty()) {
         // The earliest first: a late loop has several to run.
         const auto due = std::ranges::min_element(deadlines_, {}, &Deadline::time_);
-        if ((*due)->time_ > now) {
+        if ((*due)->time_ > time) {
             return;
         }
         Deadline& deadline = **due;
@@ -33,14 +33,14 @@ void EventLoop::runDeadlines() {
 void Deadline::set(SteadyTime time, std::function<void()> action) {
     std::erase(loop_.deadlines_, this);
     // A time that has passed counts as now, so that an action that sets it again ends its turn.
-    time_ = std::max(time, std::chrono::steady_clock::now());
+    time_ = std::max(time, loop_.now());
     action_ = std::move(action);
     loop_.deadlines_.push_back(this);
     loop_.onDeadlinesChanged();
 }
 
 void Deadline::set(std::chrono::milliseconds delay, std::function<void()> action) {
-    set(std::chrono::steady_clock::now() + delay, std::move(action));
+    set(loop_.now() + delay, std::move(action));
 }
 
 void Deadline::clear() {

@@ -36,6 +36,9 @@ class EventLoop {
     [[nodiscard]] virtual std::unique_ptr<Watch> watch(int descriptor, short events,
                                                        std::function<void()> onReady) = 0;
 
+    /// The time by which deadlines pass.
+    virtual SteadyTime now() const { return std::chrono::steady_clock::now(); }
+
   protected:
     /// The earliest deadline; empty when there is none.
     std::optional<SteadyTime> nextDeadline() const;

@@ -190,6 +190,8 @@ void PortalHotKeys::handleActivated(const std::string& name) {
             events_.onPressed(*number);
             break;
         case RepeatedHold::Report::late:
+        // Portals do not tell how keys repeat, so no report is unclear.
+        case RepeatedHold::Report::unclear:
             break;
     }
 }
