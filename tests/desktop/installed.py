@@ -21,8 +21,8 @@ IDLE_SECONDS = 60
 # Nothing in the application is periodic; a message of the desktop may come.
 MAX_WAKEUPS = 5
 # In KiB: limits of an idle process, for every release of Debian. On a bare system nobody else uses Qt, so its pages are private, too.
-# They are shared on a desktop with another program of Qt 6.
-MAX_ALONE = {"Rss": 42 * 1024, "Private": 30 * 1024, "Written": 5632}
+# They are shared on a desktop with another program of Qt 6. Qt 6.11 reads 3 MiB more of them than Qt 6.8 does.
+MAX_ALONE = {"Rss": 42 * 1024, "Private": 33 * 1024, "Written": 5632}
 MAX_BESIDE = {"Rss": 42 * 1024, "Private": 13 * 1024, "Written": 5632}
 # The first dictation uses TLS, and reads what serves sound.
 MAX_AFTER_DICTATION = {"Rss": 47 * 1024, "Private": 14 * 1024, "Written": 7 * 1024}
