@@ -92,8 +92,12 @@ class InstalledSession:
         keyboard.release()
         wait_for(lambda: desktop.services_log().count(STOPPED) > stops, "the end of the recording")
         wait_for(lambda: not is_streaming(SERVICE), "the end of the stream", RECOGNITION_TIMEOUT)
-        wait_for(lambda: words(editor.saved_text())[-1:] == words(SENTENCE)[-1:], "the last word",
-                 RECOGNITION_TIMEOUT)
+        try:
+            wait_for(lambda: words(editor.saved_text())[-1:] == words(SENTENCE)[-1:], "the last word",
+                     RECOGNITION_TIMEOUT)
+        except TimeoutError:
+            print(f"Arrived: {editor.saved_text()}", desktop.services_log(), sep="\n", flush=True)
+            raise
         microphone.pull_out()
         text = editor.saved_text()
         print(f"Spoken: {SENTENCE}\nArrived: {text}", flush=True)
