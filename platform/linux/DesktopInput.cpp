@@ -8,6 +8,7 @@
 #include <utility>
 #include <vector>
 
+#include "platform/linux/CombinedMeans.h"
 #include "platform/linux/accessibility/AtspiFront.h"
 #ifdef TARVIK_HAS_GNOME
 #include "platform/linux/gnome/GnomeInput.h"
@@ -59,6 +60,8 @@ struct Opened {
     std::string reason;
     /// Whether the means also serves the X programs of a Wayland session.
     bool servesXPrograms = true;
+    /// Whether the session may be that of another means in the table. The session has not told.
+    bool isUndecided = false;
 };
 
 template <typename Means>
@@ -95,7 +98,10 @@ Opened<Means> openKWin(Session& session) {
     if (refusal) {
         return {nullptr, *refusal};
     }
-    return {session.kwin, "KWin offers it", false};
+    const bool isUndecided = session.kwin->isUndecided();
+    return {session.kwin,
+            isUndecided ? "KWin has not answered yet, and is used once it does" : "KWin offers it",
+            false, isUndecided};
 }
 
 std::optional<std::string> refusalOfWayland(Session& session) {
@@ -242,18 +248,28 @@ const std::vector<Choice<FrontMeans>> frontChoices{
     {"AT-SPI", &openAtspi},
 };
 
-/// The first means that serves the session; none when none does.
+/// The first means that serves the session, together with those before it that are undecided; none
+/// when none does.
 template <typename Means>
 Opened<Means> choose(const char* service, const std::vector<Choice<Means>>& choices,
                      Session& session) {
+    std::vector<std::shared_ptr<Means>> undecided;
     for (const Choice<Means>& choice : choices) {
         Opened<Means> opened = choice.open(session);
         session.log.write(std::string("TarvikDictate: ") + service +
                           (opened.means ? " by " : " not by ") + choice.name + ": " +
                           opened.reason);
         if (opened.means) {
-            return opened;
+            undecided.push_back(opened.means);
         }
+        if (opened.means && !opened.isUndecided) {
+            return undecided.size() == 1
+                       ? opened
+                       : Opened<Means>{combined(undecided), opened.reason, opened.servesXPrograms};
+        }
+    }
+    if (!undecided.empty()) {
+        return {undecided.size() == 1 ? undecided.front() : combined(undecided), "", false};
     }
     session.log.write(std::string("TarvikDictate: nothing in this session serves ") + service);
     return {};

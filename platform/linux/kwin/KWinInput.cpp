@@ -3,6 +3,7 @@
 #include "platform/linux/kwin/KWinInput.h"
 
 #include <chrono>
+#include <cstdlib>
 #include <utility>
 
 #include "platform/linux/kwin/KWinSession.h"
@@ -15,6 +16,11 @@ using namespace std::chrono_literals;
 
 constexpr auto windowsTimeout = 1s;
 constexpr auto shutdownTimeout = 1300ms;
+
+bool isOnWayland() {
+    const char* display = std::getenv("WAYLAND_DISPLAY");
+    return display != nullptr && *display != '\0';
+}
 
 }  // namespace
 
@@ -38,12 +44,13 @@ KWinInput::KWinInput(platform::MainQueue& mainQueue, platform::Log& log,
     if (thread_.isConnected()) {
         windowsKnown_.get_future().wait_for(windowsTimeout);
     } else {
-        hasAnswer_ = thread_.refusal().has_value();
+        isUndecided_ = !thread_.refusal() && isOnWayland();
+        isSilent_ = !thread_.refusal() && !isUndecided_;
     }
 }
 
 std::optional<std::string> KWinInput::refusal() const {
-    return hasAnswer_ ? thread_.refusal() : "the session bus does not answer";
+    return isSilent_ ? "the session bus does not answer" : thread_.refusal();
 }
 
 std::optional<std::string> KWinInput::frontRefusal() const {

@@ -30,11 +30,16 @@ class KWinInput final : public HotKeyMeans, public TypingMeans, public FrontMean
     KWinInput(platform::MainQueue& mainQueue, platform::Log& log,
               std::weak_ptr<HotKeyListener> listener);
 
-    /// Why this session has no KWin with shortcuts; empty while it has one.
+    /// Why this session has no KWin with shortcuts; empty while it has one, and while nobody has
+    /// answered yet on Wayland.
     std::optional<std::string> refusal() const;
     /// The same for the window in front, and for typing, which needs to know the window. Empty also
     /// while KWin has not answered yet.
     std::optional<std::string> frontRefusal() const;
+
+    /// Whether the session bus of a Wayland session had not answered the constructor. KWin is used
+    /// from the answer on, if the session is KWin's.
+    bool isUndecided() const { return isUndecided_; }
 
     bool isAvailable() const override { return thread_.isConnected(); }
 
@@ -63,8 +68,9 @@ class KWinInput final : public HotKeyMeans, public TypingMeans, public FrontMean
     TemporaryDesktopFile desktopFile_;
     TargetWindow target_;
     std::atomic<bool> canTakeOver_ = false;
-    // Whether the session bus has answered the constructor.
-    bool hasAnswer_ = true;
+    // The session bus has not answered the constructor. On Wayland KWin may have the session.
+    bool isUndecided_ = false;
+    bool isSilent_ = false;
     mutable std::mutex mutex_;
     // Under the mutex.
     std::optional<std::string> frontRefusal_;

@@ -7,6 +7,7 @@
 #include <optional>
 #include <string>
 
+#include "platform/linux/DesktopInput.h"
 #include "platform/linux/gnome/GnomeInput.h"
 #include "platform/linux/input/LinuxEventManager.h"
 #include "tests/conformance/input/HotKeyRecorder.h"
@@ -131,6 +132,23 @@ TEST_F(GnomeReconnection, ABusThatAnswersAfterTheFirstSecondIsUsed) {
         [&] { return log.hasLineWith("a hotkey is registered now: Alt+Shift+Space"); }));
     ASSERT_TRUE(FakeShell::press("toggle"));
     EXPECT_TRUE(hears("P2"));
+}
+
+// The session might as well be KWin's.
+TEST_F(GnomeReconnection, OnABusThatAnswersLateTheDesktopThatIsThereIsUsed) {
+    recorder.reset();
+    input.reset();
+    bus.stop();
+    linuxdesktop::DesktopInput desktop(mainQueue, log);
+    HotKeyRecorder late(desktop.eventManager());
+    EXPECT_TRUE(log.hasLineWith("hotkeys by KGlobalAccel: KWin has not answered yet"));
+    EXPECT_TRUE(log.hasLineWith("hotkeys by custom shortcuts of GNOME: GNOME Shell has not"));
+    EXPECT_EQ(late.add(toggle, 2), eventInternalErr);
+    bus.goOn();
+    EXPECT_TRUE(mainQueue.runUntil(
+        [&] { return log.hasLineWith("a hotkey is registered now: Alt+Shift+Space"); }));
+    ASSERT_TRUE(FakeShell::press("toggle"));
+    EXPECT_TRUE(mainQueue.runUntil([&] { return late.events == "P2"; }));
 }
 
 TEST_F(GnomeReconnection, TheMenusShortcutIsHeardAtOnceWhenTheUserAsks) {

@@ -224,12 +224,25 @@ TEST_F(GlobalAccelTest, IsRefusedWhereAnotherProgramHasTheShortcuts) {
     EXPECT_EQ(input->refusal(), "KWin does not have the shortcuts of this session");
 }
 
-TEST_F(GlobalAccelTest, IsRefusedWithinASecondByABusThatDoesNotAnswer) {
+TEST_F(GlobalAccelTest, IsRefusedOnX11WithinASecondByABusThatDoesNotAnswer) {
+    const TemporaryFolder folder;
+    const SilentBus silent(folder.path() / "bus");
+    variables.set("DBUS_SESSION_BUS_ADDRESS", silent.address());
+    variables.set("WAYLAND_DISPLAY", "");
+    EXPECT_LT(timeOf([&] { open(); }), second);
+    EXPECT_EQ(input->refusal(), "the session bus does not answer");
+    EXPECT_FALSE(input->isUndecided());
+}
+
+TEST_F(GlobalAccelTest, IsUndecidedOnWaylandWithinASecondOnABusThatDoesNotAnswer) {
     const TemporaryFolder folder;
     const SilentBus silent(folder.path() / "bus");
     variables.set("DBUS_SESSION_BUS_ADDRESS", silent.address());
     EXPECT_LT(timeOf([&] { open(); }), second);
-    EXPECT_EQ(input->refusal(), "the session bus does not answer");
+    EXPECT_EQ(input->refusal(), std::nullopt);
+    EXPECT_TRUE(input->isUndecided());
+    EXPECT_FALSE(input->isAvailable());
+    EXPECT_EQ(recorder->add(hold, 1), eventInternalErr);
 }
 
 TEST_F(GlobalAccelTest, SaysThatTheBusIsGone) {

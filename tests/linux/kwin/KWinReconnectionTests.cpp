@@ -11,6 +11,7 @@ namespace tarvik::tests {
 namespace {
 
 using namespace std::chrono_literals;
+using platform::eventInternalErr;
 using platform::noErr;
 
 // Started before everything that connects to it.
@@ -76,6 +77,23 @@ TEST_F(KWinReconnection, AKWinThatAnswersAfterTheFirstSecondIsHeard) {
     pressAndRelease();
     typeAgain();
     EXPECT_TRUE(log.linesWith("a hotkey is lost").empty());
+}
+
+TEST_F(KWinReconnection, ASessionBusThatAnswersAfterTheFirstSecondIsUsed) {
+    recorder.reset();
+    input.reset();
+    kwin.stopBus();
+    openInput();
+    recorder.emplace(input->eventManager());
+    EXPECT_EQ(log.linesWith("hotkeys by KGlobalAccel: KWin has not answered yet, and is used once "
+                            "it does")
+                  .size(),
+              1U);
+    EXPECT_EQ(recorder->add(hold, 1), eventInternalErr);
+    kwin.goOnBus();
+    ASSERT_TRUE(logs("a hotkey is registered now: Alt+Space"));
+    pressAndRelease();
+    typeAgain();
 }
 
 }  // namespace

@@ -26,6 +26,9 @@ class RestartedKWin {
     /// Has KWin answer nobody, until goOn().
     void stop() { kwin_->send(SIGSTOP); }
     void goOn() { kwin_->send(SIGCONT); }
+    /// The same for the session bus.
+    void stopBus() { bus_.stop(); }
+    void goOnBus() { bus_.goOn(); }
 
   private:
     TemporaryFolder folder_;
