@@ -16,6 +16,13 @@
 
 namespace tarvik::linuxdesktop {
 
+namespace {
+
+// Longer than the delegate takes to get ready.
+constexpr Seconds terminationTimeout(3);
+
+}  // namespace
+
 LinuxPlatform::LinuxPlatform(int& argumentCount, char** arguments, InstanceClaim claim)
     : application_(argumentCount, arguments, clock_),
       mainQueue_(clock_),
@@ -83,6 +90,15 @@ void LinuxPlatform::serve(InstanceClaim claim) {
                 application_.perform(action, startupId);
             }});
     application_.observeTermination([this] { applicationObject_->resign(); });
+}
+
+// A recording that runs is stopped as by a signal, so that the service hears of the end and the
+// seconds count.
+void LinuxPlatform::endWithoutDisplay() {
+    log_.write("TarvikDictate: the display is gone, and the application ends");
+    application_.terminate();
+    mainQueue_.runUntil([this] { return application_.hasEnded(); }, terminationTimeout);
+    userDefaults_.finish();
 }
 
 LinuxPlatform::~LinuxPlatform() {

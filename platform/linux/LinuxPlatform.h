@@ -12,6 +12,7 @@
 #include "platform/linux/loop/MonotonicClock.h"
 #include "platform/linux/settings/FileUserDefaults.h"
 #include "platform/linux/system/ApplicationObject.h"
+#include "platform/linux/system/DisplayLoss.h"
 #include "platform/linux/system/InstanceClaim.h"
 #include "platform/linux/system/LinuxBundle.h"
 #include "platform/linux/system/LinuxWorkspace.h"
@@ -55,6 +56,7 @@ class LinuxPlatform final : public platform::Platform {
 
   private:
     void serve(InstanceClaim claim);
+    void endWithoutDisplay();
     WebSocketOptions webSocketOptions();
 
     // In the order in which they need each other. The log stands first, so that every other service
@@ -76,6 +78,7 @@ class LinuxPlatform final : public platform::Platform {
     LinuxWorkspace workspace_;
     QtUserInterface userInterface_;
     std::optional<ApplicationObject> applicationObject_;
+    DisplayLoss displayLoss_{[this] { endWithoutDisplay(); }};
 };
 
 }  // namespace tarvik::linuxdesktop

@@ -249,8 +249,12 @@ class Desktop:
         }
 
     def _start_x_server(self):
+        self.x_server, self.environment["DISPLAY"] = self.start_x_server()
+
+    def start_x_server(self):
+        """Starts an X server that nobody uses yet; returns it and the name of its display."""
         reader, writer = os.pipe()
-        self.x_server = self.spawn(
+        server = self.spawn(
             ["Xvfb", "-displayfd", str(writer), "-screen", "0", f"{self.size}x24", "-dpi", "96",
              "-nolisten", "tcp", "-noreset", "-s", "0"],
             pass_fds=(writer,),
@@ -262,7 +266,7 @@ class Desktop:
             line = pipe.readline()
         if not line.endswith("\n"):
             raise RuntimeError("the X server did not start")
-        self.environment["DISPLAY"] = ":" + line.strip()
+        return server, ":" + line.strip()
 
     def _start_session_bus(self):
         path = self.folder / "runtime" / "bus"

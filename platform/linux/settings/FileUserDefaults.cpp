@@ -29,7 +29,7 @@ FileUserDefaults::FileUserDefaults(const std::string& path, platform::Log& log)
 }
 
 FileUserDefaults::~FileUserDefaults() {
-    worker_.finish();
+    finish();
     file_->closeLog();
 }
 

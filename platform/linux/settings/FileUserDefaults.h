@@ -28,8 +28,11 @@ class FileUserDefaults final : public platform::UserDefaults {
     /// that others can open gets the mode 0600 or 0700. Waits for the disk. `log` outlives the
     /// object.
     FileUserDefaults(const std::string& path, platform::Log& log);
-    /// Waits up to two seconds until every change is saved.
+    /// As finish().
     ~FileUserDefaults() override;
+
+    /// Waits up to two seconds until every change is saved. Later changes are not saved.
+    void finish() { worker_.finish(); }
 
     /// The path of the application's settings file.
     static std::string standardPath();

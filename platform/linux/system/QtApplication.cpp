@@ -141,7 +141,10 @@ void QtApplication::terminate() {
     if (const auto onTerminate = std::exchange(onTerminate_, nullptr)) {
         onTerminate();
     }
-    const auto exit = [] { QCoreApplication::exit(EXIT_SUCCESS); };
+    const auto exit = [this] {
+        hasEnded_ = true;
+        QCoreApplication::exit(EXIT_SUCCESS);
+    };
     const std::shared_ptr<platform::ApplicationDelegate> delegate = delegate_;
     if (delegate && hasLaunched_) {
         delegate->applicationShouldTerminate(exit);

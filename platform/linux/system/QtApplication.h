@@ -40,6 +40,9 @@ class QtApplication final : public platform::Application {
         onTerminate_ = std::move(onTerminate);
     }
 
+    /// Whether the application may end: it has been terminated, and the delegate is ready.
+    bool hasEnded() const { return hasEnded_; }
+
     /// Requests of the user or the desktop. The delegate hears of a request in a later turn of the
     /// loop and after the launch; after terminate() not at all. `startupId` names the user's action
     /// to the display server; it may be empty.
@@ -71,6 +74,7 @@ class QtApplication final : public platform::Application {
     Alarm launch_;
     bool hasLaunched_ = false;
     bool isTerminated_ = false;
+    bool hasEnded_ = false;
     std::vector<std::function<void()>> requestsBeforeLaunch_;
 };
 

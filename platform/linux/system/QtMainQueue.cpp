@@ -4,6 +4,8 @@
 
 #include <algorithm>
 #include <atomic>
+#include <chrono>
+#include <thread>
 #include <utility>
 
 namespace tarvik::linuxdesktop {
@@ -41,6 +43,19 @@ void QtMainQueue::discardBlocks() {
     const std::lock_guard lock(mutex_);
     discarded.swap(lanes_);
     setAlarm();
+}
+
+// Blocks wake Qt's loop alone, so this looks for them.
+bool QtMainQueue::runUntil(const std::function<bool()>& condition, Seconds timeout) {
+    constexpr std::chrono::milliseconds interval{5};
+    const TimePoint deadline = clock_.now() + timeout;
+    for (; !condition(); std::this_thread::sleep_for(interval)) {
+        if (clock_.now() >= deadline) {
+            return false;
+        }
+        runTurn();
+    }
+    return true;
 }
 
 QtMainQueue::ThreadNumber QtMainQueue::currentThread() {

@@ -33,6 +33,10 @@ class QtMainQueue final : public platform::MainQueue {
     void async(std::function<void()> block) override;
     void asyncAfter(Seconds delay, std::function<void()> block) override;
 
+    /// Runs blocks in the place of Qt's loop, which does not run any more, until `condition` holds.
+    /// False when `timeout` passes before that. Main thread.
+    bool runUntil(const std::function<bool()>& condition, Seconds timeout);
+
     /// Destroys the waiting blocks without running them. Main thread.
     void discardBlocks();
 

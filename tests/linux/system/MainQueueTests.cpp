@@ -128,6 +128,16 @@ TEST_F(MainQueueTests, ABlockThatWaitsBehindNoneOfItsThreadIsNotOvertaken) {
     EXPECT_EQ(order, (std::vector<int>{1, 2, 3, 4}));
 }
 
+// As at the end of the display, when Qt's loop does not run any more.
+TEST_F(MainQueueTests, RunsBlocksWithoutALoop) {
+    bool isDone = false;
+    submit([&] { mainQueue.asyncAfter(Seconds(0.02), [&] { isDone = true; }); });
+    EXPECT_TRUE(mainQueue.runUntil([&] { return isDone; }, Seconds(10)));
+    mainQueue.async([this] { note(1); });
+    EXPECT_FALSE(mainQueue.runUntil([] { return false; }, Seconds(0.02)));
+    EXPECT_EQ(done, std::vector<int>{1});
+}
+
 }  // namespace
 
 }  // namespace tarvik::tests
