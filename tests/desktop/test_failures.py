@@ -198,7 +198,8 @@ class BadService(DictationTest):
         stream.say("two")
         self.target.wait_for_text("One two", timeout=15)
         self.assertEqual(self.application.log.count(ERROR), 0)
-        self.assertEqual(self.application.log.count("bytes that is longer than"), 2)
+        wait_for(lambda: self.application.log.count("bytes that is longer than") == 2,
+                 "a line for each of the two long messages")
 
     def test_a_certificate_that_does_not_verify_ends_the_connection(self):
         service = self.start_scripted_service()
