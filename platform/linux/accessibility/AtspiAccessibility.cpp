@@ -100,6 +100,7 @@ platform::AXError AtspiAccessibility::setAttributeValue(const platform::AXUIElem
     if (target->isUnreliable() || (process && input_.isTypingInto(*process))) {
         return platform::axErrorCannotComplete;
     }
+    // Such a program would hold the main thread up at each text of a burst.
     if (target->application->isSlow.exchange(false) && process &&
         pendingWrites_->begin(*process, target, text, startPending)) {
         return platform::axErrorCannotComplete;
