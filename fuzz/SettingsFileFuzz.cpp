@@ -75,8 +75,9 @@ void checkFile(const std::string& content, const std::string& key, const std::st
     if (!parsed) {
         return;
     }
-    const bool hasMark = content.starts_with(byteOrderMark);
-    promise(parsed.value().content() == content.substr(hasMark ? byteOrderMark.size() : 0),
+    // A second mark belongs to the first line, and a reader would take it for the mark of the file.
+    const std::string rest = content.substr(content.starts_with(byteOrderMark) ? 3 : 0);
+    promise(parsed.value().content() == (rest.starts_with(byteOrderMark) ? content : rest),
             "a file is kept byte for byte");
     for (const char* name : keys) {
         const auto found = textOf(parsed.value(), name);

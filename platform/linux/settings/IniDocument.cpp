@@ -12,6 +12,8 @@ namespace tarvik::linuxdesktop {
 
 namespace {
 
+constexpr std::string_view byteOrderMark = "\xef\xbb\xbf";
+
 bool isUtf8(std::string_view content) {
     // Otherwise the decoder awaits the rest of a character that is cut at the end.
     QStringDecoder decoder(QStringDecoder::Utf8, QStringDecoder::Flag::Stateless);
@@ -68,8 +70,8 @@ Result<IniDocument> IniDocument::parse(std::string_view content) {
     if (!isUtf8(content)) {
         return Error{0, "it is not text in UTF-8"};
     }
-    if (content.starts_with("\xef\xbb\xbf")) {
-        content.remove_prefix(3);
+    if (content.starts_with(byteOrderMark)) {
+        content.remove_prefix(byteOrderMark.size());
     }
     IniDocument document;
     bool isGeneral = true;
@@ -149,6 +151,10 @@ std::string IniDocument::content() const {
     std::string content;
     for (const Line& line : lines_) {
         content += line.text;
+    }
+    // A reader takes the first one for the mark of the file, and this one belongs to a line.
+    if (content.starts_with(byteOrderMark)) {
+        content.insert(0, byteOrderMark);
     }
     return content;
 }

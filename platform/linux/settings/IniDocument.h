@@ -27,7 +27,7 @@ class IniDocument {
     /// are removed. `key` is not empty.
     void set(std::string_view key, const std::optional<std::string>& value);
 
-    /// The whole file.
+    /// The whole file. Without the byte order mark of the file that was parsed.
     std::string content() const;
 
   private:

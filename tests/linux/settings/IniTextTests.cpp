@@ -30,6 +30,18 @@ TEST(IniDocument, RefusesACharacterThatIsCutAtTheEnd) {
     EXPECT_TRUE(linuxdesktop::IniDocument::parse("[General]\nkey=whole \xD8\xA7"));
 }
 
+// A reader takes a byte order mark at the beginning for the file's own.
+TEST(IniDocument, KeepsALineWithAByteOrderMarkThatBecomesTheFirst) {
+    auto document =
+        linuxdesktop::IniDocument::parse("first=1\n\xEF\xBB\xBF=without a name\nsecond=2\n")
+            .value();
+    document.set("first", std::nullopt);
+    const auto reread = linuxdesktop::IniDocument::parse(document.content());
+    ASSERT_TRUE(reread);
+    EXPECT_EQ(reread.value().value("second"), "2");
+    EXPECT_EQ(reread.value().content(), document.content());
+}
+
 }  // namespace
 
 }  // namespace tarvik::tests
