@@ -127,10 +127,13 @@ TEST_F(X11Latency, OfSixtyFiveCyrillicCharacters) {
     }
 }
 
+/// Tests of times that only an idle machine keeps.
+class X11TimeToVisible : public X11Latency {};
+
 // The same text again and again, each time without the keys that the time before has lent. An idle
-// machine takes 18 to 30 ms. A machine with eight busy programs a processor takes 55 ms at half of
-// the tries, so one try of many has to be in time. A typist that waits is late at each.
-TEST_F(X11Latency, OfSixtyFiveCyrillicCharactersIsBelowFiftyMillisecondsInProgramsWithoutPings) {
+// machine takes 18 to 30 ms. One of many tries has to be in time, whatever else the machine does
+// now and then. A typist that waits is late at each.
+TEST_F(X11TimeToVisible, OfSixtyFiveCyrillicCharactersIsShortInProgramsWithoutPings) {
     constexpr int maxTries = 25;
     const std::string piece = " Съешь же ещё этих мягких французских булок, да выпей чаю. Подъём";
     ASSERT_EQ(utf16FromUtf8(piece).size(), 65U);
