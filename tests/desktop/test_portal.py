@@ -9,7 +9,8 @@ from desktop import wait_for
 from dictation_test import BINARIES
 from session_test import SessionTest
 from sway import SwayDesktop, become_ordinary_user
-from test_wayland_bindings import AnyCompositor, Widget
+from target import WidgetWithoutTitle
+from test_wayland_bindings import AnyCompositor
 
 HOLD, TOGGLE = "alt-space", "alt-shift-space"
 
@@ -65,7 +66,7 @@ class WithAPortal(AnyCompositor, SessionTest):
     def test_a_long_dictation_is_switched_on_and_off(self):
         service = self.start_scripted_service()
         application = self.start_application(service)
-        target = self.start(Widget, "gtk3")
+        target = self.start(WidgetWithoutTitle, "gtk3")
         self.portal.press(TOGGLE)
         self.portal.release(TOGGLE)
         service.stream(1).say("Long.")
@@ -78,7 +79,7 @@ class WithAPortal(AnyCompositor, SessionTest):
     def test_a_portal_that_dies_ends_the_hold_and_the_next_one_serves(self):
         service = self.start_scripted_service()
         application = self.start_application(service)
-        target = self.start(Widget, "gtk3")
+        target = self.start(WidgetWithoutTitle, "gtk3")
         self.begin()
         service.stream(1).say("Before.")
         target.wait_for_text("Before.", timeout=10)
