@@ -41,6 +41,9 @@ bool FrontWindow::handleProperty(const xcb_property_notify_event_t& event) {
     if (event.atom != activeWindow_ && event.atom != managerCheck_) {
         return false;
     }
+    if (event.atom == activeWindow_) {
+        activeSince_ = event.time;
+    }
     refresh();
     return true;
 }
@@ -193,8 +196,17 @@ bool FrontWindow::canBeGivenFocus(xcb_window_t window) {
     return !isAsked && isViewable(window);
 }
 
+// The server ignores a request with an earlier time than that of the last change. A window manager
+// sets the focus with the time at which the user asked for a window, which may be before this. So
+// the change gets the earliest time that the server may accept.
 void FrontWindow::setFocus(const Focus& focus) {
-    xcb_set_input_focus(connection_.get(), focus.revertTo, focus.window, XCB_CURRENT_TIME);
+    for (const xcb_timestamp_t time : {activeSince_, xcb_timestamp_t{XCB_CURRENT_TIME}}) {
+        xcb_set_input_focus(connection_.get(), focus.revertTo, focus.window, time);
+        const auto now = this->focus();
+        if (time == XCB_CURRENT_TIME || !now || now->window == focus.window) {
+            return;
+        }
+    }
 }
 
 void FrontWindow::activate(xcb_window_t window) {

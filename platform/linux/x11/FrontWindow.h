@@ -62,7 +62,8 @@ class FrontWindow {
     };
     /// Empty when the server is gone.
     std::optional<Focus> focus();
-    /// Sets the focus without the window manager.
+    /// Sets the focus without the window manager, which can still carry out what the user asked for
+    /// before. Waits for a reply of the server.
     void setFocus(const Focus& focus);
     /// Asks for a window to be brought to the front with the keyboard, on whichever workspace it
     /// is. The window manager may take a while.
@@ -89,6 +90,9 @@ class FrontWindow {
     xcb_atom_t windowProcess_;
     xcb_atom_t clientMachine_;
     std::atomic<Known>& front_;
+    // The server's time of the last announcement of a window in front. The server's number for
+    // "now" before the first one.
+    xcb_timestamp_t activeSince_ = XCB_CURRENT_TIME;
     // The windows that were in front, the latest first.
     std::deque<Known> history_;
 };

@@ -8,6 +8,7 @@
 #include <array>
 #include <atomic>
 #include <cstdint>
+#include <cstdlib>
 #include <memory>
 #include <string>
 
@@ -104,6 +105,69 @@ TEST_F(X11FrontWindow, IsOfNoProcessWhenItDoesNotExist) {
     start();
     window = xcb_generate_id(connection->get());
     EXPECT_EQ(process(), std::nullopt);
+}
+
+/// Two windows that are shown, and the time of the server.
+class X11Focus : public X11FrontWindow {
+  protected:
+    void SetUp() override {
+        start();
+        first = window;
+        createWindow();
+        for (const xcb_window_t shown : {first, window}) {
+            xcb_map_window(connection->get(), shown);
+        }
+        const std::uint32_t events = XCB_EVENT_MASK_PROPERTY_CHANGE;
+        xcb_change_window_attributes(connection->get(), connection->root(), XCB_CW_EVENT_MASK,
+                                     &events);
+    }
+    /// Changes a property of the root window; returns the server's event.
+    xcb_property_notify_event_t change(const char* property) {
+        xcb_change_property(connection->get(), XCB_PROP_MODE_REPLACE, connection->root(),
+                            connection->atom(property), XCB_ATOM_WINDOW, 32, 1, &first);
+        xcb_flush(connection->get());
+        while (auto* event = xcb_wait_for_event(connection->get())) {
+            const std::unique_ptr<xcb_generic_event_t, decltype(&std::free)> owner(event,
+                                                                                   &std::free);
+            if ((event->response_type & 0x7F) == XCB_PROPERTY_NOTIFY) {
+                return *reinterpret_cast<xcb_property_notify_event_t*>(event);
+            }
+        }
+        ADD_FAILURE() << "the server has ended";
+        return {};
+    }
+    /// Waits until the server's time has gone on.
+    xcb_timestamp_t serverTime() {
+        const xcb_timestamp_t now = change("TIME").time;
+        while (change("TIME").time == now) {
+        }
+        return now;
+    }
+    xcb_window_t focused() { return FrontWindow(*connection, front).focus()->window; }
+
+    xcb_window_t first = XCB_NONE;
+};
+
+// The user clicks on a window while text is typed into one behind.
+TEST_F(X11Focus, GoesWhereTheUserHasAskedForItBeforeItWasLent) {
+    FrontWindow lender(*connection, front);
+    EXPECT_TRUE(lender.handleProperty(change("_NET_ACTIVE_WINDOW")));
+    const xcb_timestamp_t click = serverTime();
+    lender.setFocus({window});
+    EXPECT_EQ(focused(), window);
+    lender.setFocus({first});
+    EXPECT_EQ(focused(), first);
+    xcb_set_input_focus(connection->get(), XCB_INPUT_FOCUS_PARENT, window, click);
+    EXPECT_EQ(focused(), window);
+}
+
+TEST_F(X11Focus, IsLentAlsoAfterAProgramHasTakenItUnannounced) {
+    FrontWindow lender(*connection, front);
+    EXPECT_TRUE(lender.handleProperty(change("_NET_ACTIVE_WINDOW")));
+    serverTime();
+    xcb_set_input_focus(connection->get(), XCB_INPUT_FOCUS_PARENT, first, XCB_CURRENT_TIME);
+    lender.setFocus({window});
+    EXPECT_EQ(focused(), window);
 }
 
 }  // namespace
