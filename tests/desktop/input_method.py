@@ -79,10 +79,10 @@ class IBus:
         self._engine = engine
         desktop.environment.update(self.VARIABLES)
         # An engine that composes does not start without a service for its settings.
-        process = desktop.spawn(["ibus-daemon", "--xim", "--panel", "disable", "--config",
-                                 "/usr/libexec/ibus-memconf", "--cache", "none"])
+        self.process = desktop.spawn(["ibus-daemon", "--xim", "--panel", "disable", "--config",
+                                      "/usr/libexec/ibus-memconf", "--cache", "none"])
         wait_for(lambda: "@server=ibus" in desktop.run(["xprop", "-root", "XIM_SERVERS"])
-                 and self._choose(), "the input method", process=process)
+                 and self._choose(), "the input method", process=self.process)
 
     def _choose(self):
         self._desktop.run(["ibus", "engine", self._engine], check=False)

@@ -120,6 +120,17 @@ class ComposingIBus(CompositionTests, DictationTest):
         cls.input_method = IBus(cls.desktop, IBus.PINYIN)
 
 
+    def test_keys_are_not_used_again_before_a_slow_input_method_has_answered(self):
+        target = self.wait_until_composing(self.start_terminal())
+        # More characters than there are keys to lend.
+        text = "".join(map(chr, (*range(ord("!"), ord("~")), *range(0x4E00, 0x4E50))))
+        with rarely_running(self.input_method):
+            self.dictate(self.service, text)
+            target.wait_for_text(text, SLOW_TIMEOUT)
+        self.keyboard.release()
+        self.application.log.wait_for("stopRecording (session=1)")
+
+
 class ComposingFcitx(CompositionTests, DictationTest):
     keys = "gksrmf "
     composed = "한글"

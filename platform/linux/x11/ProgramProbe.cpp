@@ -10,6 +10,7 @@
 #include <limits>
 #include <string_view>
 #include <system_error>
+#include <vector>
 
 #include "platform/linux/input/SocketBacklog.h"
 
@@ -62,17 +63,28 @@ bool waitsForEvents(const std::filesystem::path& process) {
         waits, [&](std::string_view wait) { return function.find(wait) != std::string::npos; });
 }
 
+std::filesystem::path folderOf(std::int32_t process) {
+    return "/proc/" + std::to_string(process);
+}
+
+std::vector<Thread> threadsOf(std::int32_t process) {
+    std::vector<Thread> threads;
+    std::error_code error;
+    for (auto entry = std::filesystem::directory_iterator(folderOf(process) / "task", error);
+         !error && entry != std::filesystem::directory_iterator(); entry.increment(error)) {
+        threads.push_back(readThread(entry->path()));
+    }
+    return threads;
+}
+
 Sight look(std::int32_t process, const std::string& server) {
     const auto backlog = backlogOf(process, server);
     if (!backlog) {
         return {};
     }
-    const std::filesystem::path folder = "/proc/" + std::to_string(process);
-    Sight sight{waitsForEvents(folder) && backlog->toServer == 0 ? Finding::idle : Finding::busy};
-    std::error_code error;
-    for (auto entry = std::filesystem::directory_iterator(folder / "task", error);
-         !error && entry != std::filesystem::directory_iterator(); entry.increment(error)) {
-        const Thread thread = readThread(entry->path());
+    const bool isWaiting = waitsForEvents(folderOf(process)) && backlog->toServer == 0;
+    Sight sight{isWaiting ? Finding::idle : Finding::busy};
+    for (const Thread& thread : threadsOf(process)) {
         sight.switches += thread.switches;
         if (thread.state == 'T' || thread.state == 't') {
             sight.finding = Finding::behind;
@@ -106,6 +118,14 @@ ProgramProbe::Finding ProgramProbe::find(std::int32_t process) {
     const Sight second = look(process, server_);
     const bool hasSlept = second.finding != Finding::idle || second.switches == first.switches;
     return hasSlept ? second.finding : Finding::busy;
+}
+
+std::uint64_t ProgramProbe::switchesOf(std::int32_t process) {
+    std::uint64_t switches = 0;
+    for (const Thread& thread : threadsOf(process)) {
+        switches += thread.switches;
+    }
+    return switches;
 }
 
 }  // namespace tarvik::linuxdesktop

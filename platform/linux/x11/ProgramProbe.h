@@ -29,6 +29,9 @@ class ProgramProbe {
     /// Waits for the server, for a few milliseconds at the most where the server is busy with other
     /// clients. Never waits for the program.
     Finding find(std::int32_t process);
+    /// How often the threads of a program have given up the processor; 0 where the system does not
+    /// tell. A program that sleeps all along keeps the number.
+    static std::uint64_t switchesOf(std::int32_t process);
 
   private:
     XcbConnection& connection_;

@@ -300,7 +300,7 @@ void Typist::typeRound() {
                 item_->position += burst.size();
                 failures_ = 0;
                 keyboardTaken_.reset();
-                unread_.add(target_, burst);
+                unread_.add(target_, burst, isPaced);
                 listen();
                 if (isPaced) {
                     pacing_.handleKey(target_);

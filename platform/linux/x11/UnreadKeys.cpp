@@ -21,6 +21,8 @@ constexpr milliseconds firstAnswerTimeout = 1s;
 
 constexpr milliseconds firstProbeInterval = 1ms;
 constexpr milliseconds maxProbeInterval = 100ms;
+// A program that is idle at every look and never rests, such as a clock, has its answers by then.
+constexpr milliseconds maxMethodDelay = 3s;
 // Nobody waits for a program that has read nothing for 30 s.
 constexpr milliseconds expiredProbeInterval = 1s;
 // A program that is never idle, such as a terminal full of output, still reads its events. It has
@@ -31,13 +33,14 @@ constexpr int markersForProof = 4;
 }  // namespace
 
 UnreadKeys::UnreadKeys(XcbConnection& connection, PollLoop& loop, WindowPing& ping, Events events,
-                       milliseconds timeout)
+                       milliseconds timeout, milliseconds rest)
     : connection_(connection),
       ping_(ping),
       probe_(connection),
       marker_(connection.atom("_TARVIK_DICTATE_MARKER")),
       events_(std::move(events)),
       timeout_(timeout),
+      rest_(rest),
       deadline_(loop) {}
 
 std::optional<xcb_window_t> UnreadKeys::anyWindow() const {
@@ -65,7 +68,7 @@ bool UnreadKeys::isPinged(xcb_window_t window) const {
     return found != windows_.end() && found->second.isPinged;
 }
 
-void UnreadKeys::add(xcb_window_t window, std::u32string_view characters) {
+void UnreadKeys::add(xcb_window_t window, std::u32string_view characters, bool hasInputMethod) {
     if (window != XCB_NONE) {
         // The end of the window is reported from here on.
         connection_.selectEvents(window, XCB_EVENT_MASK_STRUCTURE_NOTIFY, this);
@@ -77,6 +80,7 @@ void UnreadKeys::add(xcb_window_t window, std::u32string_view characters) {
     keys.isKnownToAnswer = keys.isPinged && ping_.hasAnswered(window);
     keys.typed = std::chrono::steady_clock::now();
     keys.characters += characters;
+    keys.hasInputMethod = hasInputMethod;
     keys.isDoubtful = keys.hasExpired && keys.characters.empty();
     if (keys.isDoubtful) {
         keys.deadline = SteadyTime::max();
@@ -95,6 +99,7 @@ void UnreadKeys::startProbing(xcb_window_t window, Keys& keys) {
         keys.probed = connection_.processOfClient(window).value_or(0);
         keys.probeInterval = firstProbeInterval;
         keys.nextProbe = keys.typed + (keys.isPinged ? firstAnswerTimeout : firstProbeInterval);
+        keys.resting = keys.typed;
         keys.isMarkerSent = false;
         keys.markersRead = 0;
     }
@@ -208,13 +213,23 @@ bool UnreadKeys::probe(xcb_window_t window, Keys& keys) {
         return false;
     }
     // Some toolkits that answer pings read events in one thread and handle them in another.
-    if (finding == ProgramProbe::Finding::idle ||
+    if ((finding == ProgramProbe::Finding::idle && (!keys.hasInputMethod || hasRested(keys))) ||
         (finding == ProgramProbe::Finding::busy && !keys.isPinged && readsMarkers(window, keys))) {
         return true;
     }
     keys.nextProbe = now + (keys.isDoubtful ? expiredProbeInterval : keys.probeInterval);
     keys.probeInterval = std::min(2 * keys.probeInterval, maxProbeInterval);
     return false;
+}
+
+// The answer to each key wakes the program up.
+bool UnreadKeys::hasRested(Keys& keys) const {
+    const auto now = std::chrono::steady_clock::now();
+    const std::uint64_t switches = ProgramProbe::switchesOf(*keys.probed);
+    if (std::exchange(keys.switches, switches) != switches) {
+        keys.resting = now;
+    }
+    return now >= std::min(keys.resting + rest_, keys.typed + std::max(rest_, maxMethodDelay));
 }
 
 bool UnreadKeys::readsMarkers(xcb_window_t window, Keys& keys) {

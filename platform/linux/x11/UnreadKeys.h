@@ -27,7 +27,8 @@ namespace tarvik::linuxdesktop {
 ///
 /// The answer to a later ping proves that a program has looked its keys up. For a local program
 /// that answers no pings the proof is a ProgramProbe. For any other program there is no proof: the
-/// keys count as read after a delay, and their symbols stay for 30 s where possible.
+/// keys count as read after a delay, and their symbols stay for 30 s where possible. A program that
+/// asks an input method about each key sleeps until the answer, so it has to rest for a time.
 ///
 /// A program that reads nothing for 30 s is waited for no longer. The symbols of its keys stay
 /// where possible, so that the program still reads the right characters when it goes on.
@@ -42,10 +43,13 @@ class UnreadKeys {
 
     /// No key is waited for any longer.
     static constexpr std::chrono::seconds maxTimeout{30};
+    /// For so long a program rests that has the answers of its input method.
+    static constexpr std::chrono::milliseconds restTime{300};
 
-    /// The references outlive the object. `timeout` stands for the 30 s.
+    /// The references outlive the object. `timeout` stands for the 30 s, and `rest` for `restTime`.
     UnreadKeys(XcbConnection& connection, PollLoop& loop, WindowPing& ping, Events events,
-               std::chrono::milliseconds timeout = maxTimeout);
+               std::chrono::milliseconds timeout = maxTimeout,
+               std::chrono::milliseconds rest = restTime);
 
     /// Whether no window is left, not even one whose program may have looked its keys up.
     bool isEmpty() const { return windows_.empty(); }
@@ -62,8 +66,8 @@ class UnreadKeys {
     bool isPinged(xcb_window_t window) const;
 
     /// Characters have been typed into a window; or none, to find out whether its program answers
-    /// pings.
-    void add(xcb_window_t window, std::u32string_view characters);
+    /// pings. `hasInputMethod` tells whether the program may ask an input method about the keys.
+    void add(xcb_window_t window, std::u32string_view characters, bool hasInputMethod = false);
     /// Every character whose key has to keep its symbol.
     std::set<char32_t> characters() const;
     /// Calls `action` once the keys of a window are read or not waited for any more; at once where
@@ -94,6 +98,10 @@ class UnreadKeys {
         bool hasExpired = false;
         // The program, while it is probed from outside.
         std::optional<std::int32_t> probed;
+        bool hasInputMethod = false;
+        // The program rests since then, by the number of its switches.
+        std::uint64_t switches = 0;
+        SteadyTime resting;
         SteadyTime nextProbe;
         std::chrono::milliseconds probeInterval{};
         // A marker is a message that every program ignores.
@@ -103,6 +111,7 @@ class UnreadKeys {
 
     void startProbing(xcb_window_t window, Keys& keys);
     bool probe(xcb_window_t window, Keys& keys);
+    bool hasRested(Keys& keys) const;
     bool readsMarkers(xcb_window_t window, Keys& keys);
     void setDeadline();
     void handleDeadline();
@@ -116,6 +125,7 @@ class UnreadKeys {
     xcb_atom_t marker_;
     Events events_;
     std::chrono::milliseconds timeout_;
+    std::chrono::milliseconds rest_;
     std::map<xcb_window_t, Keys> windows_;
     Deadline deadline_;
 };

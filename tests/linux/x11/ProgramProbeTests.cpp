@@ -204,6 +204,26 @@ TEST_F(X11UnreadKeys, OfASlowProgramAreWaitedForWhileItReadsOn) {
     target.goOn();
 }
 
+// The program sleeps while it waits for its input method, and looks the key up after the answer.
+TEST_F(X11UnreadKeys, OfAProgramThatAsksAnInputMethodAreReadOnceTheProgramHasRested) {
+    const X11Target terminal(X11Target::Kind::terminal, mainQueue);
+    ASSERT_TRUE(comesToFront(terminal));
+    std::atomic<linuxdesktop::FrontWindow::Known> known;
+    linuxdesktop::FrontWindow front(*connection, known);
+    const xcb_window_t window = front.window();
+    UnreadKeys never{*connection, loop, ping, events, UnreadKeys::maxTimeout, 1h};
+    never.add(window, U"ж", true);
+    unread.add(window, U"ж", false);
+    EXPECT_TRUE(runUntil([&] { return unread.isEmpty(); }, 5s));
+    EXPECT_TRUE(never.contains(window));
+    const auto start = std::chrono::steady_clock::now();
+    unread.add(window, U"ж", true);
+    EXPECT_TRUE(runUntil([&] { return unread.isEmpty(); }, 10s));
+    EXPECT_GE(std::chrono::steady_clock::now() - start, UnreadKeys::restTime);
+    EXPECT_TRUE(never.contains(window));
+    EXPECT_EQ(lost, 0U);
+}
+
 // The next program often gets the numbers of the last one's windows.
 TEST_F(X11UnreadKeys, OfAWindowThatIsGoneAreWaitedForNoLonger) {
     const xcb_window_t window = xcb_generate_id(connection->get());
