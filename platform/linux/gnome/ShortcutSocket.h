@@ -7,7 +7,7 @@
 
 #include "platform/linux/gnome/ShortcutPress.h"
 #include "platform/linux/loop/EventLoop.h"
-#include "platform/linux/loop/FileDescriptor.h"
+#include "platform/linux/loop/LocalSocket.h"
 
 namespace tarvik::linuxdesktop {
 
@@ -20,20 +20,17 @@ class ShortcutSocket {
 
     /// Listens at `path`, where the object replaces what is there. `loop` outlives the object.
     ShortcutSocket(std::string path, EventLoop& loop, OnPress onPress);
-    /// Removes the socket from the file system.
-    ~ShortcutSocket();
     ShortcutSocket(const ShortcutSocket&) = delete;
     ShortcutSocket& operator=(const ShortcutSocket&) = delete;
 
     /// False when the system has refused the socket.
-    bool isOpen() const { return static_cast<bool>(socket_); }
+    bool isOpen() const { return socket_.isOpen(); }
 
   private:
     void receive();
 
-    const std::string path_;
     const OnPress onPress_;
-    FileDescriptor socket_;
+    LocalSocket socket_;
     std::unique_ptr<EventLoop::Watch> watch_;
 };
 

@@ -4,9 +4,6 @@
 
 #include <poll.h>
 #include <sys/socket.h>
-#include <sys/stat.h>
-#include <sys/un.h>
-#include <unistd.h>
 
 #include <cstring>
 #include <utility>
@@ -14,26 +11,9 @@
 namespace tarvik::linuxdesktop {
 
 InputMethodSocket::InputMethodSocket(std::string path, EventLoop& loop, OnConnection onConnection)
-    : path_(std::move(path)), loop_(loop), onConnection_(std::move(onConnection)) {
-    sockaddr_un address{};
-    address.sun_family = AF_UNIX;
-    if (path_.size() >= sizeof address.sun_path) {
-        return;
-    }
-    path_.copy(address.sun_path, path_.size());
-    unlink(path_.c_str());
-    FileDescriptor socket(::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0));
-    if (socket &&
-        bind(socket.number(), reinterpret_cast<const sockaddr*>(&address), sizeof address) == 0 &&
-        chmod(path_.c_str(), S_IRUSR | S_IWUSR) == 0 && listen(socket.number(), 1) == 0) {
-        socket_ = std::move(socket);
+    : loop_(loop), onConnection_(std::move(onConnection)), socket_(std::move(path), SOCK_STREAM) {
+    if (socket_.isOpen()) {
         watch_ = loop.watch(socket_.number(), POLLIN, [this] { accept(); });
-    }
-}
-
-InputMethodSocket::~InputMethodSocket() {
-    if (socket_) {
-        unlink(path_.c_str());
     }
 }
 

@@ -7,6 +7,7 @@
 
 #include "platform/linux/loop/EventLoop.h"
 #include "platform/linux/loop/FileDescriptor.h"
+#include "platform/linux/loop/LocalSocket.h"
 
 namespace tarvik::linuxdesktop {
 
@@ -19,20 +20,18 @@ class InputMethodSocket {
 
     /// Listens at `path`, where the object replaces what is there.
     InputMethodSocket(std::string path, EventLoop& loop, OnConnection onConnection);
-    ~InputMethodSocket();
     InputMethodSocket(const InputMethodSocket&) = delete;
     InputMethodSocket& operator=(const InputMethodSocket&) = delete;
 
-    bool isOpen() const { return static_cast<bool>(socket_); }
+    bool isOpen() const { return socket_.isOpen(); }
 
   private:
     void accept();
     void receive();
 
-    const std::string path_;
     EventLoop& loop_;
     OnConnection onConnection_;
-    FileDescriptor socket_;
+    LocalSocket socket_;
     FileDescriptor helper_;
     std::unique_ptr<EventLoop::Watch> watch_;
     std::unique_ptr<EventLoop::Watch> helperWatch_;
