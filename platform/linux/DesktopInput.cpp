@@ -253,26 +253,29 @@ const std::vector<Choice<FrontMeans>> frontChoices{
 template <typename Means>
 Opened<Means> choose(const char* service, const std::vector<Choice<Means>>& choices,
                      Session& session) {
-    std::vector<std::shared_ptr<Means>> undecided;
+    std::vector<std::shared_ptr<Means>> chosen;
+    Opened<Means> last;
     for (const Choice<Means>& choice : choices) {
-        Opened<Means> opened = choice.open(session);
+        const Opened<Means> opened = choice.open(session);
         session.log.write(std::string("TarvikDictate: ") + service +
                           (opened.means ? " by " : " not by ") + choice.name + ": " +
                           opened.reason);
         if (opened.means) {
-            undecided.push_back(opened.means);
-        }
-        if (opened.means && !opened.isUndecided) {
-            return undecided.size() == 1
-                       ? opened
-                       : Opened<Means>{combined(undecided), opened.reason, opened.servesXPrograms};
+            chosen.push_back(opened.means);
+            last = opened;
+            if (!opened.isUndecided) {
+                break;
+            }
         }
     }
-    if (!undecided.empty()) {
-        return {undecided.size() == 1 ? undecided.front() : combined(undecided), "", false};
+    if (chosen.empty()) {
+        session.log.write(std::string("TarvikDictate: nothing in this session serves ") + service);
+        return {};
     }
-    session.log.write(std::string("TarvikDictate: nothing in this session serves ") + service);
-    return {};
+    if (chosen.size() > 1) {
+        last.means = combined(chosen);
+    }
+    return last;
 }
 
 }  // namespace

@@ -3,12 +3,12 @@
 #include "platform/linux/gnome/GnomeSession.h"
 
 #include <chrono>
-#include <cstdlib>
 #include <string>
 #include <utility>
 
 #include "platform/linux/bus/BusReplies.h"
 #include "platform/linux/gnome/GnomeSettings.h"
+#include "platform/linux/input/SessionKind.h"
 
 namespace tarvik::linuxdesktop {
 
@@ -44,8 +44,7 @@ Result<std::unique_ptr<InputSession>> GnomeSession::open(EventLoop& loop, platfo
                                                          GnomeHotKeys::OnTaken onTaken,
                                                          IsInFront isInFront) {
     // GNOME on X11 is served by what serves every X11 session.
-    if (const char* display = std::getenv("WAYLAND_DISPLAY");
-        display == nullptr || *display == '\0') {
+    if (!isWaylandSession()) {
         return Error{0, "WAYLAND_DISPLAY is not set"};
     }
     auto opened = MessageBus::openSession();

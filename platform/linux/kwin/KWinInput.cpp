@@ -3,9 +3,9 @@
 #include "platform/linux/kwin/KWinInput.h"
 
 #include <chrono>
-#include <cstdlib>
 #include <utility>
 
+#include "platform/linux/input/SessionKind.h"
 #include "platform/linux/kwin/KWinSession.h"
 
 namespace tarvik::linuxdesktop {
@@ -16,11 +16,6 @@ using namespace std::chrono_literals;
 
 constexpr auto windowsTimeout = 1s;
 constexpr auto shutdownTimeout = 1300ms;
-
-bool isOnWayland() {
-    const char* display = std::getenv("WAYLAND_DISPLAY");
-    return display != nullptr && *display != '\0';
-}
 
 }  // namespace
 
@@ -44,13 +39,16 @@ KWinInput::KWinInput(platform::MainQueue& mainQueue, platform::Log& log,
     if (thread_.isConnected()) {
         windowsKnown_.get_future().wait_for(windowsTimeout);
     } else {
-        isUndecided_ = !thread_.refusal() && isOnWayland();
-        isSilent_ = !thread_.refusal() && !isUndecided_;
+        isSilent_ = !thread_.refusal();
     }
 }
 
 std::optional<std::string> KWinInput::refusal() const {
-    return isSilent_ ? "the session bus does not answer" : thread_.refusal();
+    return isSilent_ && !isUndecided() ? "the session bus does not answer" : thread_.refusal();
+}
+
+bool KWinInput::isUndecided() const {
+    return isSilent_ && isWaylandSession();
 }
 
 std::optional<std::string> KWinInput::frontRefusal() const {

@@ -39,7 +39,7 @@ class KWinInput final : public HotKeyMeans, public TypingMeans, public FrontMean
 
     /// Whether the session bus of a Wayland session had not answered the constructor. KWin is used
     /// from the answer on, if the session is KWin's.
-    bool isUndecided() const { return isUndecided_; }
+    bool isUndecided() const;
 
     bool isAvailable() const override { return thread_.isConnected(); }
 
@@ -68,8 +68,7 @@ class KWinInput final : public HotKeyMeans, public TypingMeans, public FrontMean
     TemporaryDesktopFile desktopFile_;
     TargetWindow target_;
     std::atomic<bool> canTakeOver_ = false;
-    // The session bus has not answered the constructor. On Wayland KWin may have the session.
-    bool isUndecided_ = false;
+    // The session bus has not answered the constructor.
     bool isSilent_ = false;
     mutable std::mutex mutex_;
     // Under the mutex.

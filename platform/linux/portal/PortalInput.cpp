@@ -3,9 +3,9 @@
 #include "platform/linux/portal/PortalInput.h"
 
 #include <chrono>
-#include <cstdlib>
 #include <utility>
 
+#include "platform/linux/input/SessionKind.h"
 #include "platform/linux/portal/PortalSession.h"
 #include "platform/linux/portal/ShortcutsPortal.h"
 
@@ -35,8 +35,7 @@ PortalInput::PortalInput(platform::MainQueue& mainQueue, platform::Log& log,
 
 std::optional<std::string> PortalInput::askForPortal() {
     // Portals of X11 sessions report shortcuts that are never heard.
-    if (const char* display = std::getenv("WAYLAND_DISPLAY");
-        display == nullptr || *display == '\0') {
+    if (!isWaylandSession()) {
         return "WAYLAND_DISPLAY is not set";
     }
     auto asked = MessageBus::openSession();
