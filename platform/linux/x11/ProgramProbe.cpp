@@ -10,7 +10,6 @@
 #include <limits>
 #include <string_view>
 #include <system_error>
-#include <vector>
 
 #include "platform/linux/input/SocketBacklog.h"
 
@@ -19,15 +18,9 @@ namespace tarvik::linuxdesktop {
 namespace {
 
 using Finding = ProgramProbe::Finding;
+using Sight = ProgramProbe::Sight;
 
 constexpr std::chrono::milliseconds fenceTimeout{5};
-
-// What one look at a program tells.
-struct Sight {
-    Finding finding = Finding::unknown;
-    // How often the threads have given up the processor, all in all.
-    std::uint64_t switches = 0;
-};
 
 struct Thread {
     char state = '?';
@@ -63,28 +56,17 @@ bool waitsForEvents(const std::filesystem::path& process) {
         waits, [&](std::string_view wait) { return function.find(wait) != std::string::npos; });
 }
 
-std::filesystem::path folderOf(std::int32_t process) {
-    return "/proc/" + std::to_string(process);
-}
-
-std::vector<Thread> threadsOf(std::int32_t process) {
-    std::vector<Thread> threads;
-    std::error_code error;
-    for (auto entry = std::filesystem::directory_iterator(folderOf(process) / "task", error);
-         !error && entry != std::filesystem::directory_iterator(); entry.increment(error)) {
-        threads.push_back(readThread(entry->path()));
-    }
-    return threads;
-}
-
-Sight look(std::int32_t process, const std::string& server) {
+Sight lookOnce(std::int32_t process, const std::string& server) {
     const auto backlog = backlogOf(process, server);
     if (!backlog) {
         return {};
     }
-    const bool isWaiting = waitsForEvents(folderOf(process)) && backlog->toServer == 0;
-    Sight sight{isWaiting ? Finding::idle : Finding::busy};
-    for (const Thread& thread : threadsOf(process)) {
+    const std::filesystem::path folder = "/proc/" + std::to_string(process);
+    Sight sight{waitsForEvents(folder) && backlog->toServer == 0 ? Finding::idle : Finding::busy};
+    std::error_code error;
+    for (auto entry = std::filesystem::directory_iterator(folder / "task", error);
+         !error && entry != std::filesystem::directory_iterator(); entry.increment(error)) {
+        const Thread thread = readThread(entry->path());
         sight.switches += thread.switches;
         if (thread.state == 'T' || thread.state == 't') {
             sight.finding = Finding::behind;
@@ -106,26 +88,20 @@ ProgramProbe::ProgramProbe(XcbConnection& connection)
 // A program also sleeps while it waits for an answer of the server, in the middle of handling a
 // key. The server may have read the program's requests, and serve other clients before it handles
 // them. Once the fence is passed, such a program has its answer and wakes up.
-ProgramProbe::Finding ProgramProbe::find(std::int32_t process) {
+ProgramProbe::Sight ProgramProbe::look(std::int32_t process) {
     connection_.synchronise();
-    const Sight first = look(process, server_);
+    const Sight first = lookOnce(process, server_);
     if (first.finding != Finding::idle) {
-        return first.finding;
+        return first;
     }
     if (!fence_.isPassed(fenceTimeout)) {
-        return Finding::busy;
+        return {Finding::busy, first.switches};
     }
-    const Sight second = look(process, server_);
-    const bool hasSlept = second.finding != Finding::idle || second.switches == first.switches;
-    return hasSlept ? second.finding : Finding::busy;
-}
-
-std::uint64_t ProgramProbe::switchesOf(std::int32_t process) {
-    std::uint64_t switches = 0;
-    for (const Thread& thread : threadsOf(process)) {
-        switches += thread.switches;
+    Sight second = lookOnce(process, server_);
+    if (second.finding == Finding::idle && second.switches != first.switches) {
+        second.finding = Finding::busy;
     }
-    return switches;
+    return second;
 }
 
 }  // namespace tarvik::linuxdesktop

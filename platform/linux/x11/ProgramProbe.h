@@ -24,14 +24,18 @@ class ProgramProbe {
         idle,
     };
 
+    struct Sight {
+        Finding finding = Finding::unknown;
+        /// How often the threads of the program have given up the processor, all in all. A program
+        /// that sleeps all along keeps the number.
+        std::uint64_t switches = 0;
+    };
+
     explicit ProgramProbe(XcbConnection& connection);
 
     /// Waits for the server, for a few milliseconds at the most where the server is busy with other
     /// clients. Never waits for the program.
-    Finding find(std::int32_t process);
-    /// How often the threads of a program have given up the processor; 0 where the system does not
-    /// tell. A program that sleeps all along keeps the number.
-    static std::uint64_t switchesOf(std::int32_t process);
+    Sight look(std::int32_t process);
 
   private:
     XcbConnection& connection_;

@@ -80,7 +80,7 @@ void UnreadKeys::add(xcb_window_t window, std::u32string_view characters, bool h
     keys.isKnownToAnswer = keys.isPinged && ping_.hasAnswered(window);
     keys.typed = std::chrono::steady_clock::now();
     keys.characters += characters;
-    keys.hasInputMethod = hasInputMethod;
+    keys.hasInputMethod |= hasInputMethod;
     keys.isDoubtful = keys.hasExpired && keys.characters.empty();
     if (keys.isDoubtful) {
         keys.deadline = SteadyTime::max();
@@ -202,7 +202,7 @@ void UnreadKeys::handleDeadline() {
 
 // Answers whether the keys are known to be read.
 bool UnreadKeys::probe(xcb_window_t window, Keys& keys) {
-    const auto finding = probe_.find(*keys.probed);
+    const auto [finding, switches] = probe_.look(*keys.probed);
     const auto now = std::chrono::steady_clock::now();
     if (finding == ProgramProbe::Finding::unknown) {
         keys.nextProbe = keys.typed + lookUpDelay;
@@ -213,7 +213,8 @@ bool UnreadKeys::probe(xcb_window_t window, Keys& keys) {
         return false;
     }
     // Some toolkits that answer pings read events in one thread and handle them in another.
-    if ((finding == ProgramProbe::Finding::idle && (!keys.hasInputMethod || hasRested(keys))) ||
+    if ((finding == ProgramProbe::Finding::idle &&
+         (!keys.hasInputMethod || hasRested(keys, switches))) ||
         (finding == ProgramProbe::Finding::busy && !keys.isPinged && readsMarkers(window, keys))) {
         return true;
     }
@@ -223,9 +224,8 @@ bool UnreadKeys::probe(xcb_window_t window, Keys& keys) {
 }
 
 // The answer to each key wakes the program up.
-bool UnreadKeys::hasRested(Keys& keys) const {
+bool UnreadKeys::hasRested(Keys& keys, std::uint64_t switches) const {
     const auto now = std::chrono::steady_clock::now();
-    const std::uint64_t switches = ProgramProbe::switchesOf(*keys.probed);
     if (std::exchange(keys.switches, switches) != switches) {
         keys.resting = now;
     }

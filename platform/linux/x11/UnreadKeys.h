@@ -111,7 +111,7 @@ class UnreadKeys {
 
     void startProbing(xcb_window_t window, Keys& keys);
     bool probe(xcb_window_t window, Keys& keys);
-    bool hasRested(Keys& keys) const;
+    bool hasRested(Keys& keys, std::uint64_t switches) const;
     bool readsMarkers(xcb_window_t window, Keys& keys);
     void setDeadline();
     void handleDeadline();

@@ -26,7 +26,7 @@ using Finding = ProgramProbe::Finding;
 class X11ProgramProbe : public InputFixture, public testing::TestWithParam<X11Target::Kind> {
   protected:
     bool finds(Finding finding, std::int32_t process) {
-        return mainQueue.runUntil([&] { return probe.find(process) == finding; }, 5s);
+        return mainQueue.runUntil([&] { return probe.look(process).finding == finding; }, 5s);
     }
 
     std::unique_ptr<XcbConnection> connection = XcbConnection::open().value();
@@ -41,7 +41,7 @@ TEST_P(X11ProgramProbe, FindsAProgramBehindFromAKeyUntilTheProgramHasHandledTheK
     user->tap(X11User::qKey);
     EXPECT_TRUE(finds(Finding::behind, target.process()));
     mainQueue.runFor(300ms);
-    EXPECT_EQ(probe.find(target.process()), Finding::behind);
+    EXPECT_EQ(probe.look(target.process()).finding, Finding::behind);
     target.goOn();
     EXPECT_TRUE(finds(Finding::idle, target.process()));
     EXPECT_TRUE(becomes(target, "q"));
@@ -58,17 +58,17 @@ TEST_P(X11MainLoopProbe, NeverFindsAProgramIdleWhoseMainLoopIsOccupied) {
     ASSERT_TRUE(comesToFront(target));
     EXPECT_TRUE(finds(Finding::idle, target.process()));
     target.sleepInMainLoop(500ms);
-    EXPECT_EQ(probe.find(target.process()), Finding::busy);
+    EXPECT_EQ(probe.look(target.process()).finding, Finding::busy);
     EXPECT_TRUE(finds(Finding::idle, target.process()));
     target.workInMainLoop(500ms);
-    EXPECT_EQ(probe.find(target.process()), Finding::busy);
+    EXPECT_EQ(probe.look(target.process()).finding, Finding::busy);
     EXPECT_TRUE(finds(Finding::idle, target.process()));
 }
 
 TEST_P(X11MainLoopProbe, KnowsNothingOfAProgramWithoutAWindow) {
     const TestProcess other({"sleep", "60"});
-    EXPECT_EQ(probe.find(other.identifier()), Finding::unknown);
-    EXPECT_EQ(probe.find(0), Finding::unknown);
+    EXPECT_EQ(probe.look(other.identifier()).finding, Finding::unknown);
+    EXPECT_EQ(probe.look(0).finding, Finding::unknown);
     const auto address = linuxdesktop::addressOfServer(connection->descriptor());
     EXPECT_NE(address, "");
     EXPECT_TRUE(linuxdesktop::backlogOf(getpid(), address));
@@ -90,14 +90,14 @@ TEST_F(X11WaitingProgram, IsNotIdleBeforeTheServerHasAnswered) {
     std::string output;
     int looks = 0;
     while (!program.readOutput(output) && output.empty()) {
-        const Finding finding = probe.find(program.identifier());
+        const Finding finding = probe.look(program.identifier()).finding;
         program.readOutput(output);
         EXPECT_TRUE(finding != Finding::idle || !output.empty());
         ++looks;
     }
     EXPECT_GT(looks, 3);
-    EXPECT_TRUE(
-        mainQueue.runUntil([&] { return probe.find(program.identifier()) == Finding::idle; }, 5s));
+    EXPECT_TRUE(mainQueue.runUntil(
+        [&] { return probe.look(program.identifier()).finding == Finding::idle; }, 5s));
 }
 
 class X11UnreadKeys : public InputFixture, public testing::Test {
@@ -111,6 +111,10 @@ class X11UnreadKeys : public InputFixture, public testing::Test {
             loop.run();
         }
         return condition();
+    }
+    xcb_window_t frontWindow() {
+        std::atomic<linuxdesktop::FrontWindow::Known> known;
+        return linuxdesktop::FrontWindow(*connection, known).window();
     }
 
     std::unique_ptr<XcbConnection> connection = XcbConnection::open().value();
@@ -153,9 +157,7 @@ TEST_F(X11UnreadKeys, OfNoWindowAreNeverReportedAsLost) {
 TEST_F(X11UnreadKeys, OfAProgramThatReadsNothingAreReportedOnceAndKeepTheirSymbols) {
     const X11Target terminal(X11Target::Kind::terminal, mainQueue);
     ASSERT_TRUE(comesToFront(terminal));
-    std::atomic<linuxdesktop::FrontWindow::Known> known;
-    linuxdesktop::FrontWindow front(*connection, known);
-    const xcb_window_t window = front.window();
+    const xcb_window_t window = frontWindow();
     UnreadKeys expiring{*connection, loop, ping, events, 300ms};
     int settled = 0;
     terminal.hang();
@@ -183,9 +185,7 @@ TEST_F(X11UnreadKeys, OfAProgramThatReadsNothingAreReportedOnceAndKeepTheirSymbo
 TEST_F(X11UnreadKeys, OfASlowProgramAreWaitedForWhileItReadsOn) {
     const X11Target target(X11Target::Kind::gtk3Text, mainQueue);
     ASSERT_TRUE(comesToFront(target));
-    std::atomic<linuxdesktop::FrontWindow::Known> known;
-    linuxdesktop::FrontWindow front(*connection, known);
-    const xcb_window_t window = front.window();
+    const xcb_window_t window = frontWindow();
     UnreadKeys slow{*connection, loop, ping, events, 300ms};
     target.hang();
     slow.add(window, U"ж");
@@ -208,11 +208,11 @@ TEST_F(X11UnreadKeys, OfASlowProgramAreWaitedForWhileItReadsOn) {
 TEST_F(X11UnreadKeys, OfAProgramThatAsksAnInputMethodAreReadOnceTheProgramHasRested) {
     const X11Target terminal(X11Target::Kind::terminal, mainQueue);
     ASSERT_TRUE(comesToFront(terminal));
-    std::atomic<linuxdesktop::FrontWindow::Known> known;
-    linuxdesktop::FrontWindow front(*connection, known);
-    const xcb_window_t window = front.window();
+    const xcb_window_t window = frontWindow();
     UnreadKeys never{*connection, loop, ping, events, UnreadKeys::maxTimeout, 1h};
     never.add(window, U"ж", true);
+    // A recording begins.
+    never.add(window, U"");
     unread.add(window, U"ж", false);
     EXPECT_TRUE(runUntil([&] { return unread.isEmpty(); }, 5s));
     EXPECT_TRUE(never.contains(window));
@@ -242,9 +242,7 @@ TEST_F(X11UnreadKeys, OfATerminalFullOfOutputAreKnownToBeRead) {
     const TestProcess terminal({"xterm", "-e", "yes"});
     ASSERT_TRUE(
         mainQueue.runUntil([&] { return input->frontmostProcess() == terminal.identifier(); }));
-    std::atomic<linuxdesktop::FrontWindow::Known> known;
-    linuxdesktop::FrontWindow front(*connection, known);
-    const xcb_window_t window = front.window();
+    const xcb_window_t window = frontWindow();
     unread.add(window, U"ж");
     EXPECT_TRUE(unread.contains(window));
     EXPECT_TRUE(runUntil([&] { return unread.isEmpty(); }, 10s));
