@@ -12,21 +12,17 @@ namespace tarvik::linuxdesktop {
 
 using platform::ProcessIdentifier;
 
-std::size_t PendingWrites::Write::units() const {
-    return utf16FromUtf8(text).size();
-}
-
 std::size_t PendingWrites::Queue::heldUnits() const {
     std::size_t units = arrivedUnits;
     for (const Write& write : writes) {
-        units += write.units();
+        units += write.units;
     }
     return units;
 }
 
 std::size_t PendingWrites::Queue::giveUp() const {
     const Write& first = writes.front();
-    return arrivedUnits + (first.reply->giveUp() ? first.units() : 0);
+    return arrivedUnits + (first.reply->giveUp() ? first.units : 0);
 }
 
 PendingWrites::PendingWrites(platform::MainQueue& mainQueue, Typing typing,
@@ -50,7 +46,7 @@ platform::AXError PendingWrites::add(ProcessIdentifier process,
     if (!typing_.hold(process)) {
         return reply->giveUp() ? platform::axErrorSuccess : platform::axErrorCannotComplete;
     }
-    append(process, {++lastNumber_, nullptr, text, {}, reply});
+    append(process, {++lastNumber_, nullptr, text, utf16FromUtf8(text).size(), {}, reply});
     whenSettled(process, *reply);
     return platform::axErrorCannotComplete;
 }
@@ -61,7 +57,8 @@ bool PendingWrites::begin(ProcessIdentifier process, const platform::AXUIElement
         return false;
     }
     const auto reply = start(text);
-    append(process, {++lastNumber_, element, text, std::move(start), reply});
+    append(process,
+           {++lastNumber_, element, text, utf16FromUtf8(text).size(), std::move(start), reply});
     whenSettled(process, *reply);
     return true;
 }
@@ -73,11 +70,13 @@ void PendingWrites::queue(ProcessIdentifier process, const platform::AXUIElement
     if (typing_.hold(process) != queue.heldUnits()) {
         return;
     }
+    const std::size_t units = utf16FromUtf8(text).size();
     Write& last = queue.writes.back();
     if (!last.reply && last.element == element) {
         last.text += text;
+        last.units += units;
     } else {
-        append(process, {++lastNumber_, element, text, std::move(start), nullptr});
+        append(process, {++lastNumber_, element, text, units, std::move(start), nullptr});
     }
 }
 
@@ -105,7 +104,7 @@ void PendingWrites::advance(ProcessIdentifier process) {
     Queue& queue = found->second;
     while (const auto hasArrived = queue.writes.front().reply->outcome()) {
         if (*hasArrived) {
-            queue.arrivedUnits += queue.writes.front().units();
+            queue.arrivedUnits += queue.writes.front().units;
             queue.writes.pop_front();
         }
         if (!*hasArrived || queue.writes.empty()) {

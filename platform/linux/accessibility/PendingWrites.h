@@ -68,11 +68,11 @@ class PendingWrites : public std::enable_shared_from_this<PendingWrites> {
         std::uint64_t number;
         platform::AXUIElementRef element;
         std::string text;
+        /// Of the text, in UTF-16.
+        std::size_t units;
         Start start;
         /// Empty until the write has been started.
         std::shared_ptr<WriteReply> reply;
-
-        std::size_t units() const;
     };
     /// The writes of one process. The first one is started, and the others wait for it.
     struct Queue {
