@@ -200,12 +200,12 @@ bool FrontWindow::canBeGivenFocus(xcb_window_t window) {
 // sets the focus with the time at which the user asked for a window, which may be before this. So
 // the change gets the earliest time that the server may accept.
 void FrontWindow::setFocus(const Focus& focus) {
-    for (const xcb_timestamp_t time : {activeSince_, xcb_timestamp_t{XCB_CURRENT_TIME}}) {
+    const auto set = [&](xcb_timestamp_t time) {
         xcb_set_input_focus(connection_.get(), focus.revertTo, focus.window, time);
-        const auto now = this->focus();
-        if (time == XCB_CURRENT_TIME || !now || now->window == focus.window) {
-            return;
-        }
+    };
+    set(activeSince_);
+    if (const auto now = this->focus(); now && now->window != focus.window) {
+        set(XCB_CURRENT_TIME);
     }
 }
 
