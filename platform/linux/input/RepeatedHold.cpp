@@ -26,8 +26,10 @@ constexpr SteadyTime::duration repeatJitter = 40ms;
 constexpr SteadyTime::duration minPressInterval = 150ms;
 // A press that is reported late lets the first repeat seem early, by no more than this.
 constexpr SteadyTime::duration maxEarlyTime = 200ms;
-// What a busy machine adds to the time between two repeats.
+// What a busy machine adds to the time between two repeats, of a hold that lasts and of one that
+// has ended.
 constexpr SteadyTime::duration decisionTolerance = 100ms;
+constexpr SteadyTime::duration lateTolerance = 50ms;
 
 }  // namespace
 
@@ -91,9 +93,8 @@ void RepeatedHold::expectLateReports(SteadyTime now) {
     const bool hasNoRepeats = hold_ && hold_->repetition &&
                               now - hold_->pressTime < hold_->repetition->delay - maxEarlyTime;
     endedNumber_ = hasNoRepeats ? 0 : number().value_or(0);
-    lateInterval_ = hold_ && hold_->repetition
-                        ? timeout((maxMissedRepeats + 1) * hold_->repetition->interval + 50ms)
-                        : timeout(minLateInterval);
+    lateInterval_ =
+        timeout(hold_ && hold_->repetition ? maxRepeatGap() + lateTolerance : minLateInterval);
     lateUntil_ = now + lateInterval_;
     lateLimit_ = std::max(lateUntil_, now + maxLateTime);
 }
@@ -103,8 +104,12 @@ std::optional<HotKeyNumber> RepeatedHold::number() const {
 }
 
 SteadyTime::duration RepeatedHold::decisionTime() const {
-    const auto interval = hold_ && hold_->repetition ? hold_->repetition->interval : 0ms;
-    return (maxMissedRepeats + 1) * interval + decisionTolerance;
+    return maxRepeatGap() + decisionTolerance;
+}
+
+SteadyTime::duration RepeatedHold::maxRepeatGap() const {
+    return (maxMissedRepeats + 1) *
+           (hold_ && hold_->repetition ? hold_->repetition->interval : 0ms);
 }
 
 SteadyTime::duration RepeatedHold::timeout(SteadyTime::duration tolerance) const {

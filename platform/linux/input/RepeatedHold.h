@@ -73,6 +73,8 @@ class RepeatedHold {
         bool hasUnclearReport = false;
     };
 
+    /// The time between two reported repeats, by the keyboard's setting.
+    SteadyTime::duration maxRepeatGap() const;
     Report classify(SteadyTime now);
     void countRepeat(SteadyTime now);
 
