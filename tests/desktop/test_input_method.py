@@ -78,14 +78,19 @@ class CompositionTests:
 
     def check_dictation(self, target, *pieces):
         """Dictates, and checks that the input method still composes afterwards."""
-        self.dictate(self.service, *pieces)
-        text = " ".join(pieces).replace("\0", "")
-        target.wait_for_text(text, TIMEOUT)
-        self.keyboard.release()
-        self.application.log.wait_for("stopRecording (session=1)")
+        text = self.check_text(target, TIMEOUT, *pieces)
         self.assertTrue(self.input_method.is_composing)
         self.keyboard.type(self.keys)
         wait_for(lambda: target.text.startswith(text + self.composed), "composed text")
+
+    def check_text(self, target, timeout, *pieces):
+        """Dictates, and returns the text once the whole text has arrived."""
+        self.dictate(self.service, *pieces)
+        text = " ".join(pieces).replace("\0", "")
+        target.wait_for_text(text, timeout)
+        self.keyboard.release()
+        self.application.log.wait_for("stopRecording (session=1)")
+        return text
 
     def start_gtk(self, **options):
         """Starts a program whose text accessibility cannot change."""
@@ -119,16 +124,12 @@ class ComposingIBus(CompositionTests, DictationTest):
         super().setUpClass()
         cls.input_method = IBus(cls.desktop, IBus.PINYIN)
 
-
     def test_keys_are_not_used_again_before_a_slow_input_method_has_answered(self):
         target = self.wait_until_composing(self.start_terminal())
         # More characters than there are keys to lend.
         text = "".join(map(chr, (*range(ord("!"), ord("~")), *range(0x4E00, 0x4E50))))
         with rarely_running(self.input_method):
-            self.dictate(self.service, text)
-            target.wait_for_text(text, SLOW_TIMEOUT)
-        self.keyboard.release()
-        self.application.log.wait_for("stopRecording (session=1)")
+            self.check_text(target, SLOW_TIMEOUT, text)
 
 
 class ComposingFcitx(CompositionTests, DictationTest):
