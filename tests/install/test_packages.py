@@ -16,8 +16,8 @@ FOLDER = TOP / "packaging/linux"
 RECIPES = ("debian/rules", "PKGBUILD.in", "tarvik-dictate.spec")
 # Built where there is a library that few systems have. A package has it nowhere.
 LEFT_OUT = {"TARVIK_SPEECH_WHISPER"}
-# Each recipe names the documents itself.
-DOCUMENTS = "usr/share/doc/"
+# Each distribution has a place of its own for it.
+LICENCE = "usr/share/doc/tarvik-dictate/LICENSE"
 
 
 def options():
@@ -30,10 +30,10 @@ def options():
 
 
 def installed_files(libexec="libexec"):
-    """The installed files without the documents, where the helper is in usr/`libexec`."""
+    """The installed files without the licence, where the helper is in usr/`libexec`."""
     files = ("usr/" + str(path.relative_to(INSTALLED)) for path in INSTALLED.rglob("*") if path.is_file())
     return sorted(file.replace("usr/libexec/", f"usr/{libexec}/")
-                  for file in files if not file.startswith(DOCUMENTS))
+                  for file in files if file != LICENCE)
 
 
 def debian():
@@ -44,7 +44,7 @@ def debian():
 def rpm():
     """The patterns of each RPM package."""
     macros = {"_bindir": "usr/bin", "_libexecdir": "usr/libexec", "_datadir": "usr/share",
-              "_mandir": "usr/share/man", "_prefix": "usr"}
+              "_docdir": "usr/share/doc", "_mandir": "usr/share/man", "_prefix": "usr"}
     packages = []
     for line in (FOLDER / "tarvik-dictate.spec").read_text().splitlines():
         if line.startswith("%files"):
