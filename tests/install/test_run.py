@@ -138,6 +138,14 @@ class Run(unittest.TestCase):
             self.assertEqual(result.returncode, 0, result.stderr)
             self.assertIn(RUNS, result.stdout)
 
+    def test_a_compositor_with_bindings_of_its_own_is_served(self):
+        for desktop in ("labwc:wlroots", "Hyprland", "river"):
+            result = self.start(WAYLAND_DISPLAY="wayland-0", XDG_CURRENT_DESKTOP=desktop,
+                                log="TarvikDictate: hold register failed: -9878")
+            self.assertEqual(result.returncode, 0, result.stderr)
+            self.assertIn("docs/using.md tells how to bind a key", result.stdout)
+            self.assertIn("started", self.calls.read_text())
+
 
 if __name__ == "__main__":
     unittest.main()
