@@ -8,8 +8,8 @@ import time
 from matrix import corpus
 from matrix.keys import KeyWatch
 
-# A text is judged when nothing has changed for so many seconds.
-QUIET_DICTATION = 6.0
+# A text is judged when nothing has changed for so many seconds. The application tries for 30 s.
+QUIET_DICTATION = 31.0
 QUIET_PROGRAM = 2.0
 # The same for a text that is there except for the characters that its program cannot take.
 QUIET_INCOMPLETE = 1.5
@@ -17,7 +17,8 @@ PAINT_TIMEOUT = 0.2
 # More wrong texts than this end a column early. Texts that lack what their program cannot take do
 # not count.
 MAX_WRONG = 24
-REPORTS = ("not delivered", "will be typed")
+# Parts of the lines in the application's log that tell of a text: it was lost, is elsewhere, or went by keys.
+REPORTS = ("not delivered", "may have gone to another window", "will be typed")
 
 
 def within_16_bits(text):
