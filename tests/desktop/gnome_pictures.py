@@ -15,7 +15,6 @@ from gnome import GnomeDesktop, missing
 from gnome_parts import GnomeKeyboard, GnomeWidgetTarget
 from microphone import Microphone
 from picture_arguments import picture_arguments
-from pressed_keys import ALT, SPACE
 from scripted_service import ScriptedService, make_certificate
 from session_test import EXACT, close_setup_window
 from setup_window import RESTART
@@ -59,7 +58,7 @@ def main():
         service.stream(1).say(EXACT)
         target.wait_for_text(EXACT)
         take(desktop, folder / "gnome-dictation.png")
-        keyboard.release(SPACE, ALT)
+        keyboard.end_hold()
         target.close()
         application.close()
         microphone.pull_out()

@@ -32,6 +32,9 @@ class PressedKeys:
     def hold(self):
         self.press(ALT, SPACE)
 
+    def end_hold(self):
+        self.release(SPACE, ALT)
+
     def toggle(self):
         self.tap(ALT, SHIFT, SPACE)
 

@@ -9,7 +9,7 @@ from application import READY
 from bus import NoReply
 from desktop import wait_for
 from dictation_test import DictationTest
-from pressed_keys import ALT, CTRL, SPACE, W
+from pressed_keys import CTRL, W
 from setup_window import RESTART
 
 SENTENCE = "the quick brown fox jumps over the lazy dog"
@@ -74,4 +74,4 @@ class SessionTest(DictationTest):
         self.wait_until_listening()
         self.microphone.speak(SENTENCE)
         self.wait_until_heard(target, SENTENCE)
-        self.keyboard.release(SPACE, ALT)
+        self.keyboard.end_hold()

@@ -67,19 +67,19 @@ class SwayDesktop(Desktop):
     def _start_x_server(self):
         self.config = self.folder / "sway.conf"
         names = self.folder / "displays"
-        bindings = "" if self.tells else BINDINGS.format(dictate=self._dictate_script())
+        bindings = "" if self.tells else BINDINGS.format(dictate=self._make_dictate_script())
         self.config.write_text(
             CONFIG.format(tell=TELL.format(names=names), xwayland=self.xwayland) + bindings)
         socket = self._start_compositor(["sway", "-c", str(self.config)], names)
         if self.tells:
             self.environment |= {"SWAYSOCK": socket, "TARVIK_SWAY_CONFIG": str(self.config)}
 
-    def _dictate_script(self):
-        """A program that calls an action of the application."""
-        script = self.folder / "dictate"
-        script.write_text(DICTATE.format(bus=self.folder / "runtime" / "bus"))
-        script.chmod(0o755)
-        return script
+    def _make_dictate_script(self):
+        """Makes the program `dictate`, which calls an action of the application."""
+        self.dictate = self.folder / "dictate"
+        self.dictate.write_text(DICTATE.format(bus=self.folder / "runtime" / "bus"))
+        self.dictate.chmod(0o755)
+        return self.dictate
 
     def _start_compositor(self, command, names):
         """Starts a compositor that writes its displays into the file `names`; returns the path of its
@@ -104,5 +104,5 @@ class LabwcDesktop(SwayDesktop):
         tell.chmod(0o755)
         config = self.folder / "config" / "labwc" / "rc.xml"
         config.parent.mkdir()
-        config.write_text(LABWC_CONFIG.format(dictate=self._dictate_script()))
+        config.write_text(LABWC_CONFIG.format(dictate=self._make_dictate_script()))
         self._start_compositor(["labwc", "-s", str(tell)], names)

@@ -58,7 +58,7 @@ class OnGnome(OnGnomeTest):
         """Whether a press of the hold hotkey begins the first recording, as a condition."""
         def begins():
             self.keyboard.hold()
-            self.keyboard.release(SPACE, ALT)
+            self.keyboard.end_hold()
             try:
                 return application.log.wait_for("startRecording (session=1)", timeout=3)
             except AssertionError:
@@ -124,7 +124,7 @@ class OnGnome(OnGnomeTest):
         target.wait_for_text("Before.")
         os.kill(killed.pid, signal.SIGKILL)
         killed.process.wait()
-        self.keyboard.release(SPACE, ALT)
+        self.keyboard.end_hold()
         self.assertNotEqual(self.engine(), ENGINE)
         self.start_application(service)
         self.wait_for_layout()

@@ -78,7 +78,7 @@ class OnSway(OnSwayTest):
         self.keyboard.hold()
         application.log.wait_for("startRecording (session=1)")
         self.keyboard.tap(A)
-        self.keyboard.release(SPACE, ALT)
+        self.keyboard.end_hold()
         application.log.wait_for("stopRecording (session=1)")
 
     def test_bindings_of_the_users_own_give_a_hold(self):
@@ -105,12 +105,12 @@ class OnSway(OnSwayTest):
         self.keyboard.hold()
         killed.log.wait_for("startRecording")
         os.kill(killed.pid, signal.SIGKILL)
-        self.keyboard.release(SPACE, ALT)
+        self.keyboard.end_hold()
         application = self.start_application(service)
         target = self.start_foot()
         self.keyboard.hold()
         application.log.wait_for("startRecording (session=1)")
-        self.keyboard.release(SPACE, ALT)
+        self.keyboard.end_hold()
         application.log.wait_for("stopRecording (session=1)")
         self.assertEqual(target.text, "")
 
@@ -118,7 +118,7 @@ class OnSway(OnSwayTest):
         application = self.start_application(settings={"deepgramApiKey": ""})
         self.start_foot()
         self.keyboard.hold()
-        self.keyboard.release(SPACE, ALT)
+        self.keyboard.end_hold()
         wait_for_sway_window(
             self.desktop, lambda window: window["pid"] == application.pid and window["focused"],
             "the prompt with the keyboard")

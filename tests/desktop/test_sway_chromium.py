@@ -5,7 +5,6 @@
 import unittest
 
 from desktop import wait_for
-from pressed_keys import ALT, SPACE
 from session_test import EXACT
 from sway import become_ordinary_user
 from sway_parts import chromium
@@ -27,7 +26,7 @@ class ChromiumOnSway(OnSwayTest):
             stream.say(piece)
             text += (" " if text else "") + piece
             wait_for(lambda: target.text == text, f"{text!r}; there is {target.text!r}", 20)
-        self.keyboard.release(SPACE, ALT)
+        self.keyboard.end_hold()
         self.assertEqual(application.log.count(LEFT_OUT), 0)
 
 

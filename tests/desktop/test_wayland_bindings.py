@@ -87,7 +87,7 @@ class OnSwayWithoutItsSocket(AnyCompositor, SessionTest):
         self.keyboard.hold()
 
     def end(self):
-        self.keyboard.release(SPACE, ALT)
+        self.keyboard.end_hold()
 
 
 @unittest.skipUnless(shutil.which("labwc"), "labwc is not installed")

@@ -3,7 +3,7 @@
 """Tests of dictation into the X programs of a Wayland session."""
 
 from desktop import wait_for
-from pressed_keys import A, ALT, B, SPACE
+from pressed_keys import A, B
 from session_test import EXACT
 from target import TerminalTarget, WidgetWithoutTitle
 
@@ -39,7 +39,7 @@ class XProgramTests:
         number = 0
         for start in (self.start_x_terminal, self.start_x_widget):
             target = start()
-            for begin, end in ((self.keyboard.hold, lambda: self.keyboard.release(SPACE, ALT)),
+            for begin, end in ((self.keyboard.hold, self.keyboard.end_hold),
                                (self.keyboard.toggle, self.keyboard.toggle)):
                 number += 1
                 before = target.text
@@ -78,6 +78,6 @@ class XProgramTests:
         self.keyboard.hold()
         service.stream(1).say(EXACT)
         other.wait_for_text(EXACT)
-        self.keyboard.release(SPACE, ALT)
+        self.keyboard.end_hold()
         application.log.wait_for("stopRecording (session=1)")
         self.assertEqual(terminal.text, before)

@@ -17,11 +17,9 @@ from matrix.run import describe, progress
 from matrix.session_rows import ROWS, X11, row_class, wait_for_keyboard
 from matrix.sessions import SESSIONS
 from microphone import Microphone
-from pressed_keys import ALT, SPACE
 from scripted_service import ScriptedService, make_certificate
 from sway import drop_rights
 
-READY = ("hold-to-talk registered", "tap-to-toggle registered", "accessibility trusted → true")
 SERVICES = ("hotkeys", "typing", "the front window")
 # The log's words for a program that takes no text by accessibility.
 REFUSED = "its text will be typed"
@@ -66,7 +64,7 @@ class Cell:
         write_settings(desktop.environment, {
             "deepgramApiKey": "a-key", "deepgramHost": self._service.host,
             "lastWelcomeShownForVersion": VERSION})
-        self.application = Application(desktop, binaries, {"SSL_CERT_FILE": str(authority)}, READY)
+        self.application = Application(desktop, binaries, {"SSL_CERT_FILE": str(authority)}, session.ready)
         stack.callback(self.application.close)
         session.close_setup(desktop, self.keyboard)
         self._row = row_class(row_name, session.is_wayland)(desktop)
@@ -93,7 +91,7 @@ class Cell:
             stream.wait_for_audio()
             self._enter_all(entry, stream, repetitions, outcome)
         finally:
-            self.keyboard.release(SPACE, ALT) if is_held else self.keyboard.toggle()
+            self.keyboard.end_hold() if is_held else self.keyboard.toggle()
             with contextlib.suppress(AssertionError):
                 self.application.log.wait_for("stopRecording", since=seen)
             outcome.reports += [line for line in self.application.log.lines[seen:]

@@ -10,15 +10,16 @@ import subprocess
 import typing
 
 import gnome
+from application import READY
 from desktop import Desktop
 from gnome import GnomeDesktop
 from gnome_parts import GnomeKeyboard
 from keyboard import BETWEEN_KEYS
 from kwin import KWinDesktop
 from kwin_parts import KWinKeyboard
-from pressed_keys import PressedKeys
-from session_test import close_setup_window
-from sway import SwayDesktop
+from pressed_keys import ALT, SPACE, PressedKeys
+from session_test import REGISTERED, close_setup_window
+from sway import LabwcDesktop, SwayDesktop
 from sway_parts import WaylandKeyboard
 from windows import wait_for_window
 
@@ -38,6 +39,22 @@ class XKeyboard(PressedKeys):
                            *BETWEEN_KEYS])
 
 
+class BoundKeyboard(WaylandKeyboard):
+    """The keyboard where a binding of the user's own toggles. A pedal calls the actions of a hold."""
+
+    def _call(self, action):
+        self._desktop.run([self._desktop.dictate, action])
+
+    def hold(self):
+        self._call("press")
+
+    def end_hold(self):
+        self._call("release")
+
+    def toggle(self):
+        self.tap(ALT, SPACE)
+
+
 @dataclasses.dataclass(frozen=True)
 class Session:
     name: str
@@ -50,6 +67,8 @@ class Session:
     keyboard: typing.Callable
     # Closes the setup window; gets the desktop and the keyboard.
     close_setup: typing.Callable = close_setup_window
+    # The lines of the log after which one can dictate.
+    ready: tuple = (*READY, *REGISTERED)
 
     @property
     def is_missing(self):
@@ -76,6 +95,9 @@ SESSIONS = {session.name: session for session in (
     Session("Sway", "sway", "sway", True,
             lambda has_x: SwayDesktop(**_common(xwayland="enable" if has_x else "disable")),
             WaylandKeyboard),
+    Session("labwc", "labwc", "labwc", True,
+            lambda _: LabwcDesktop(**_common()), BoundKeyboard,
+            ready=("typing by a virtual keyboard in Wayland", *READY)),
     Session("KWin", "kwin_wayland", "kwin-wayland", True,
             lambda has_x: KWinDesktop(**_common(xwayland=has_x)), KWinKeyboard),
     Session("GNOME Shell", "gnome-shell", "gnome-shell", True,
