@@ -8,8 +8,9 @@ import time
 from matrix import corpus
 from matrix.keys import KeyWatch
 
-# A text is judged when nothing has changed for so many seconds. The application tries for 30 s.
-QUIET_DICTATION = 31.0
+# A text is judged when nothing has changed for so many seconds. A long dictation ends by itself after
+# 30 s without a word, so a text that is later than this counts as wrong.
+QUIET_DICTATION = 20.0
 QUIET_PROGRAM = 2.0
 # The same for a text that is there except for the characters that its program cannot take.
 QUIET_INCOMPLETE = 1.5
