@@ -68,6 +68,7 @@ Sight lookOnce(std::int32_t process, const std::string& server) {
          !error && entry != std::filesystem::directory_iterator(); entry.increment(error)) {
         const Thread thread = readThread(entry->path());
         sight.switches += thread.switches;
+        ++sight.threads;
         if (thread.state == 'T' || thread.state == 't') {
             sight.finding = Finding::behind;
         } else if (thread.state != 'S' && sight.finding == Finding::idle) {
@@ -95,7 +96,7 @@ ProgramProbe::Sight ProgramProbe::look(std::int32_t process) {
         return first;
     }
     if (!fence_.isPassed(fenceTimeout)) {
-        return {Finding::busy, first.switches};
+        return {Finding::busy, first.switches, first.threads};
     }
     Sight second = lookOnce(process, server_);
     if (second.finding == Finding::idle && second.switches != first.switches) {

@@ -29,6 +29,7 @@ class ProgramProbe {
         /// How often the threads of the program have given up the processor, all in all. A program
         /// that sleeps all along keeps the number.
         std::uint64_t switches = 0;
+        int threads = 0;
     };
 
     explicit ProgramProbe(XcbConnection& connection);

@@ -29,6 +29,10 @@ constexpr milliseconds expiredProbeInterval = 1s;
 // got through its keys when it has read this many markers, one in each interval of this length.
 constexpr milliseconds markerInterval = 50ms;
 constexpr int markersForProof = 4;
+// Of several threads any one reads the server's messages, while the one that looks keys up may wait
+// for a processor, as in Java on a busy machine. Nearly always such a program is seen idle before
+// that.
+constexpr int markersForProofOfThreads = 60;
 
 }  // namespace
 
@@ -202,7 +206,7 @@ void UnreadKeys::handleDeadline() {
 
 // Answers whether the keys are known to be read.
 bool UnreadKeys::probe(xcb_window_t window, Keys& keys) {
-    const auto [finding, switches] = probe_.look(*keys.probed);
+    const auto [finding, switches, threads] = probe_.look(*keys.probed);
     const auto now = std::chrono::steady_clock::now();
     if (finding == ProgramProbe::Finding::unknown) {
         keys.nextProbe = keys.typed + lookUpDelay;
@@ -215,7 +219,8 @@ bool UnreadKeys::probe(xcb_window_t window, Keys& keys) {
     // Some toolkits that answer pings read events in one thread and handle them in another.
     if ((finding == ProgramProbe::Finding::idle &&
          (!keys.hasInputMethod || hasRested(keys, switches))) ||
-        (finding == ProgramProbe::Finding::busy && !keys.isPinged && readsMarkers(window, keys))) {
+        (finding == ProgramProbe::Finding::busy && !keys.isPinged &&
+         readsMarkers(window, keys, threads == 1 ? markersForProof : markersForProofOfThreads))) {
         return true;
     }
     keys.nextProbe = now + (keys.isDoubtful ? expiredProbeInterval : keys.probeInterval);
@@ -232,9 +237,9 @@ bool UnreadKeys::hasRested(Keys& keys, std::uint64_t switches) const {
     return now >= std::min(keys.resting + rest_, keys.typed + std::max(rest_, maxMethodDelay));
 }
 
-bool UnreadKeys::readsMarkers(xcb_window_t window, Keys& keys) {
+bool UnreadKeys::readsMarkers(xcb_window_t window, Keys& keys, int proof) {
     keys.markersRead += std::exchange(keys.isMarkerSent, false) ? 1 : 0;
-    if (keys.markersRead == markersForProof) {
+    if (keys.markersRead >= proof) {
         return true;
     }
     if (keys.probeInterval >= markerInterval) {

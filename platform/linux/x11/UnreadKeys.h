@@ -112,7 +112,7 @@ class UnreadKeys {
     void startProbing(xcb_window_t window, Keys& keys);
     bool probe(xcb_window_t window, Keys& keys);
     bool hasRested(Keys& keys, std::uint64_t switches) const;
-    bool readsMarkers(xcb_window_t window, Keys& keys);
+    bool readsMarkers(xcb_window_t window, Keys& keys, int proof);
     void setDeadline();
     void handleDeadline();
     void expire(xcb_window_t window);

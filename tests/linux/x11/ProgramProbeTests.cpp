@@ -126,6 +126,24 @@ class X11UnreadKeys : public InputFixture, public testing::Test {
     UnreadKeys unread{*connection, loop, ping, events};
 };
 
+// One thread may read the server's messages, and another one has the keys to look up.
+TEST_F(X11UnreadKeys, AreNotReadWhileAnotherThreadThanTheReaderWorks) {
+    TestProcess program({"/usr/bin/python3", TARVIK_TARGETS "/busy_thread.py"});
+    const auto window = static_cast<xcb_window_t>(std::stoul(program.readLine().value()));
+    program.write("work\n");
+    bool isRead = false;
+    unread.add(window, U"ж");
+    unread.whenRead(window, [&] { isRead = true; });
+    std::string output;
+    while (!program.readOutput(output) && output.empty()) {
+        runUntil([] { return false; }, 20ms);
+        program.readOutput(output);
+        EXPECT_TRUE(!isRead || !output.empty());
+    }
+    EXPECT_TRUE(runUntil([&] { return isRead; }, 10s));
+    EXPECT_EQ(lost, 0U);
+}
+
 TEST_F(X11UnreadKeys, OfAnUnknownProgramAreNotWaitedForAfterADelayAndKeptWherePossible) {
     bool isRead = false;
     unread.add(XCB_NONE, U"ж");
