@@ -341,7 +341,7 @@ bool DesktopInput::canType() const {
 }
 
 bool DesktopInput::isTypingInto(platform::ProcessIdentifier process) const {
-    return keyboardEvents_->isTypingInto(process);
+    return keyboardEvents_->isTypingInto(process) || (front_ && front_->isElsewhere(process));
 }
 
 std::optional<std::size_t> DesktopInput::holdTyping(platform::ProcessIdentifier process) {

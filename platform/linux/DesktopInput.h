@@ -49,7 +49,8 @@ class DesktopInput {
     std::optional<platform::ProcessIdentifier> chooseTarget();
     /// Whether text can be typed at present. Any thread.
     bool canType() const;
-    /// Whether text for `process` is still on its way by typing.
+    /// Whether text for `process` is still on its way by typing, or has to go that way since it may
+    /// belong to another process.
     bool isTypingInto(platform::ProcessIdentifier process) const;
     /// As LinuxKeyboardEvents.
     std::optional<std::size_t> holdTyping(platform::ProcessIdentifier process);

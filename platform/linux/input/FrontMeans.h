@@ -21,6 +21,11 @@ class FrontMeans {
     /// the next call: text for this process goes there, while the window exists. Of a window whose
     /// process is not known, the same may hold for text without a process. Main thread.
     virtual std::optional<platform::ProcessIdentifier> chooseTarget() { return frontmostProcess(); }
+
+    /// Whether text for `process`, which chooseTarget() has answered, belongs or may belong to
+    /// another process: the means was asked before it knew, and the means that types knows better.
+    /// Main thread.
+    virtual bool isElsewhere(platform::ProcessIdentifier /*process*/) const { return false; }
 };
 
 }  // namespace tarvik::linuxdesktop

@@ -20,9 +20,6 @@ using namespace std::chrono_literals;
 
 constexpr auto sessionConnectTimeout = 1s;
 constexpr auto serverTimeout = 1s;
-// A recording begins meanwhile.
-constexpr auto xwaylandConnectTimeout = 100ms;
-constexpr auto frontTimeout = 100ms;
 // Leaves the time to put the keyboard back.
 constexpr auto typingTimeoutAtEnd = 800ms;
 
@@ -31,15 +28,23 @@ constexpr auto typingTimeoutAtEnd = 800ms;
 std::shared_ptr<X11Input> X11Input::openSession(platform::MainQueue& mainQueue, platform::Log& log,
                                                 std::weak_ptr<HotKeyListener> listener,
                                                 OnLift onLift) {
-    return std::shared_ptr<X11Input>(new X11Input(
+    const auto answer = std::make_shared<std::promise<void>>();
+    const std::future<void> hasAnswered = answer->get_future();
+    const std::shared_ptr<X11Input> input(new X11Input(
         mainQueue, log,
-        {Server::session, sessionConnectTimeout, std::move(listener), std::move(onLift)}));
+        {Server::session,
+         [answer](const std::optional<std::string>& /*refusal*/) { answer->set_value(); },
+         std::move(listener), std::move(onLift)}));
+    if (hasAnswered.wait_for(sessionConnectTimeout) != std::future_status::ready) {
+        log.write("TarvikDictate: the X server does not answer");
+    }
+    return input;
 }
 
-std::shared_ptr<X11Input> X11Input::openXwayland(platform::MainQueue& mainQueue,
-                                                 platform::Log& log) {
+std::shared_ptr<X11Input> X11Input::openXwayland(platform::MainQueue& mainQueue, platform::Log& log,
+                                                 OnServerAnswer onAnswer) {
     return std::shared_ptr<X11Input>(
-        new X11Input(mainQueue, log, {Server::xwayland, xwaylandConnectTimeout}));
+        new X11Input(mainQueue, log, {Server::xwayland, std::move(onAnswer)}));
 }
 
 X11Input::X11Input(platform::MainQueue& mainQueue, platform::Log& log, Options options)
@@ -48,17 +53,12 @@ X11Input::X11Input(platform::MainQueue& mainQueue, platform::Log& log, Options o
       notifier_(mainQueue, std::move(options.listener)),
       onLift_(std::move(options.onLift)),
       server_(options.server) {
-    const auto connected = std::make_shared<std::promise<void>>();
-    const std::future<void> isReady = connected->get_future();
     try {
-        thread_ = startThread("input", [this, connected] { run(*connected); });
+        thread_ = startThread("input", [this, onAnswer = options.onAnswer] { run(onAnswer); });
     } catch (const std::system_error& failure) {
         refusal_ = "no thread can speak to the X server: " + failure.code().message();
         hasAnswered_ = true;
-        return;
-    }
-    if (isReady.wait_for(options.connectTimeout) != std::future_status::ready) {
-        log.write("TarvikDictate: the X server does not answer");
+        options.onAnswer(refusal_);
     }
 }
 
@@ -80,7 +80,7 @@ std::optional<std::string> X11Input::refusal() const {
     return hasAnswered_ && !refusal_.empty() ? std::optional(refusal_) : std::nullopt;
 }
 
-void X11Input::run(std::promise<void>& connected) {
+void X11Input::run(const OnServerAnswer& onAnswer) {
     XcbConnector::Connected opened = connector_.connect();
     if (!opened) {
         refusal_ = opened.error().localizedDescription;
@@ -105,7 +105,7 @@ void X11Input::run(std::promise<void>& connected) {
         isConnected_ = true;
     }
     hasAnswered_ = true;
-    connected.set_value();
+    onAnswer(refusal());
     loop_.run([this] { drain(); });
     watch_.reset();
     session_.reset();
@@ -160,12 +160,16 @@ void X11Input::unregisterHotKey(HotKeyNumber number) {
 }
 
 void X11Input::type(TypedText text, std::function<void()> onDone) {
+    const xcb_window_t window = target_.process == text.process ? target_.window : XCB_NONE;
+    typeInto(window, std::move(text), std::move(onDone));
+}
+
+void X11Input::typeInto(xcb_window_t window, TypedText text, std::function<void()> onDone) {
     auto onTyped = [this, onDone = std::move(onDone)] {
         if (onDone) {
             mainQueue_.async(onDone);
         }
     };
-    const xcb_window_t window = target_.process == text.process ? target_.window : XCB_NONE;
     loop_.post([this, text = std::move(text), window, onTyped = std::move(onTyped)]() mutable {
         if (session_) {
             session_->typist().type(std::move(text), window, std::move(onTyped));
@@ -182,25 +186,19 @@ std::optional<platform::ProcessIdentifier> X11Input::frontmostProcess() const {
     return front.process > 0 ? std::optional(front.process) : std::nullopt;
 }
 
-bool X11Input::refreshFront() {
-    const auto answer = std::make_shared<std::promise<void>>();
-    const std::future<void> isDone = answer->get_future();
-    loop_.post([this, answer] {
+std::optional<platform::ProcessIdentifier> X11Input::chooseTarget() {
+    target_ = front_;
+    return target_.process > 0 ? std::optional(target_.process) : std::nullopt;
+}
+
+// A hotkey that another program reports may come before the server's own event.
+void X11Input::askFront(std::function<void(FrontWindow::Known)> onAnswer) {
+    loop_.post([this, onAnswer = std::move(onAnswer)] {
         if (session_) {
             session_->refreshFront();
         }
-        answer->set_value();
+        mainQueue_.async([onAnswer, front = front_.load()] { onAnswer(front); });
     });
-    return isDone.wait_for(frontTimeout) == std::future_status::ready;
-}
-
-std::optional<platform::ProcessIdentifier> X11Input::chooseTarget() {
-    if (server_ == Server::xwayland && isConnected_ && !refreshFront()) {
-        target_ = {};
-        return std::nullopt;
-    }
-    target_ = front_;
-    return target_.process > 0 ? std::optional(target_.process) : std::nullopt;
 }
 
 }  // namespace tarvik::linuxdesktop

@@ -19,6 +19,7 @@
 #include "platform/linux/input/TypingMeans.h"
 #include "platform/linux/loop/PollLoop.h"
 #include "platform/linux/x11/FrontWindow.h"
+#include "platform/linux/x11/XServer.h"
 #include "platform/linux/x11/XcbConnection.h"
 #include "platform/linux/x11/XcbConnector.h"
 
@@ -30,8 +31,11 @@ class X11Session;
 ///
 /// The three share one connection and one thread, which sleeps until the server or the main thread
 /// wants something. Main thread only, unless a line says otherwise.
-class X11Input final : public HotKeyMeans, public TypingMeans, public FrontMeans {
+class X11Input final : public HotKeyMeans, public TypingMeans, public FrontMeans, public XServer {
   public:
+    /// Hears on the input thread, or in the call that opens, whether the server serves. Once.
+    using OnServerAnswer = std::function<void(const std::optional<std::string>& refusal)>;
+
     /// Connects to the server of an X11 session, which DISPLAY names, and waits 1 s at the most. A
     /// server that answers later is used from then on. The references outlive the object.
     /// `listener` and `onLift` may be empty.
@@ -39,9 +43,9 @@ class X11Input final : public HotKeyMeans, public TypingMeans, public FrontMeans
                                                  std::weak_ptr<HotKeyListener> listener,
                                                  OnLift onLift);
     /// As openSession(), for the server of the X programs of a Wayland session, which hears no
-    /// hotkeys and sees X programs only. Waits 0.1 s at the most.
+    /// hotkeys and sees X programs only. Does not wait.
     static std::shared_ptr<X11Input> openXwayland(platform::MainQueue& mainQueue,
-                                                  platform::Log& log);
+                                                  platform::Log& log, OnServerAnswer onAnswer);
     /// Ends the thread, puts the keyboard map back and drops the hotkeys. Text that was taken
     /// before is typed first, as far as its targets take it within 0.8 s. Takes 1 s at the most.
     ~X11Input() override;
@@ -51,11 +55,11 @@ class X11Input final : public HotKeyMeans, public TypingMeans, public FrontMeans
     /// Why the server does not serve: there is none, an extension is missing, it is of the other
     /// kind, or the system has no thread left. Nothing is to be registered or typed
     /// then. Empty while it serves, and while it has not answered yet.
-    std::optional<std::string> refusal() const;
+    std::optional<std::string> refusal() const override;
 
     bool isAvailable() const override { return isConnected_; }
     /// Whether the server has served and is gone. Any thread.
-    bool isGone() const { return isGone_; }
+    bool isGone() const override { return isGone_; }
 
     /// A combination that another program has stays refused: the server does not tell when the
     /// program gives the combination up.
@@ -67,25 +71,25 @@ class X11Input final : public HotKeyMeans, public TypingMeans, public FrontMeans
     void expectLift(std::uint32_t /*modifiers*/) override {}
 
     void type(TypedText text, std::function<void()> onDone) override;
+    void typeInto(xcb_window_t window, TypedText text, std::function<void()> onDone) override;
 
     std::optional<platform::ProcessIdentifier> frontmostProcess() const override;
-    /// On Xwayland the server is asked, for which this waits 0.1 s at the most; empty without an
-    /// answer. A hotkey that another program reports may come before the server's own event.
     std::optional<platform::ProcessIdentifier> chooseTarget() override;
+    FrontWindow::Known front() const override { return front_; }
+    void askFront(std::function<void(FrontWindow::Known)> onAnswer) override;
 
   private:
     enum class Server { session, xwayland };
     struct Options {
         Server server = Server::session;
-        std::chrono::milliseconds connectTimeout;
+        OnServerAnswer onAnswer;
         std::weak_ptr<HotKeyListener> listener = {};
         OnLift onLift = {};
     };
 
     X11Input(platform::MainQueue& mainQueue, platform::Log& log, Options options);
 
-    bool refreshFront();
-    void run(std::promise<void>& connected);
+    void run(const OnServerAnswer& onAnswer);
     void drain();
     void finish();
 

@@ -3,40 +3,75 @@
 #include "platform/linux/x11/XwaylandInput.h"
 
 #include <cstdlib>
-#include <utility>
+#include <string>
 
+#include "base/Weakly.h"
+#include "platform/linux/x11/X11Input.h"
 #include "platform/linux/x11/XServerClients.h"
 
 namespace tarvik::linuxdesktop {
 
+namespace {
+
+constexpr Seconds answerTimeout(1);
+
+std::shared_ptr<XServer> openServer(platform::MainQueue& mainQueue, platform::Log& log) {
+    const char* display = std::getenv("DISPLAY");
+    if (display == nullptr || !hasClients(display)) {
+        return nullptr;
+    }
+    return X11Input::openXwayland(
+        mainQueue, log, [&log](const std::optional<std::string>& refusal) {
+            log.write(refusal ? "TarvikDictate: typing into X programs not by XTEST: " + *refusal
+                              : "TarvikDictate: typing into X programs by XTEST: their X server "
+                                "offers it");
+        });
+}
+
+}  // namespace
+
 XwaylandInput::XwaylandInput(platform::MainQueue& mainQueue, platform::Log& log,
                              std::shared_ptr<TypingMeans> typing, std::shared_ptr<FrontMeans> front)
-    : mainQueue_(mainQueue), log_(log), typing_(std::move(typing)), front_(std::move(front)) {
+    : XwaylandInput(mainQueue, std::move(typing), std::move(front),
+                    [&mainQueue, &log] { return openServer(mainQueue, log); }) {}
+
+XwaylandInput::XwaylandInput(platform::MainQueue& mainQueue, std::shared_ptr<TypingMeans> typing,
+                             std::shared_ptr<FrontMeans> front, Open open)
+    : mainQueue_(mainQueue),
+      typing_(std::move(typing)),
+      front_(std::move(front)),
+      open_(std::move(open)) {
     connect();
 }
 
+XwaylandInput::~XwaylandInput() {
+    decideUnanswered();
+}
+
+// A server that is refused stays, and is not asked again.
 void XwaylandInput::connect() {
     const auto server = server_.load();
-    const char* display = std::getenv("DISPLAY");
-    if ((server && !server->isGone()) || display == nullptr || !hasClients(display)) {
-        return;
-    }
-    const auto opened = X11Input::openXwayland(mainQueue_, log_);
-    // A server that is refused stays, and is not asked again.
-    server_.store(opened);
-    if (const auto refusal = opened->refusal()) {
-        log_.write("TarvikDictate: typing into X programs not by XTEST: " + *refusal);
-    } else {
-        log_.write(std::string("TarvikDictate: typing into X programs by XTEST: their X server ") +
-                   (opened->isAvailable() ? "offers it"
-                                          : "has not answered yet, and is used once it does"));
+    if (!server || server->isGone()) {
+        if (auto opened = open_()) {
+            server_.store(std::move(opened));
+        }
     }
 }
 
 void XwaylandInput::type(TypedText text, std::function<void()> onDone) {
-    const auto server = server_.load();
-    if (server && text.process && processes_.contains(*text.process)) {
-        server->type(std::move(text), std::move(onDone));
+    if (choice_ && choice_->told == text.process) {
+        waiting_.emplace_back(std::move(text), std::move(onDone));
+        return;
+    }
+    const auto found = targets_.find(text.process);
+    if (found == targets_.end()) {
+        typing_->type(std::move(text), std::move(onDone));
+        return;
+    }
+    const Target& target = found->second;
+    text.process = target.process;
+    if (target.window.window != XCB_NONE) {
+        server_.load()->typeInto(target.window.window, std::move(text), std::move(onDone));
     } else {
         typing_->type(std::move(text), std::move(onDone));
     }
@@ -44,22 +79,66 @@ void XwaylandInput::type(TypedText text, std::function<void()> onDone) {
 
 std::optional<platform::ProcessIdentifier> XwaylandInput::frontmostProcess() const {
     const auto server = server_.load();
-    const auto process = server ? server->frontmostProcess() : std::nullopt;
-    return process || !front_ ? process : front_->frontmostProcess();
+    const FrontWindow::Known noticed = server ? server->front() : FrontWindow::Known();
+    if (noticed.process > 0) {
+        return noticed.process;
+    }
+    return front_ ? front_->frontmostProcess() : std::nullopt;
 }
 
 std::optional<platform::ProcessIdentifier> XwaylandInput::chooseTarget() {
+    decideUnanswered();
     connect();
     const auto server = server_.load();
-    if (const auto process = server ? server->chooseTarget() : std::nullopt) {
-        processes_.insert(*process);
-        return process;
+    const Process ofSession = front_ ? front_->chooseTarget() : std::nullopt;
+    if (!server || server->isGone() || server->refusal()) {
+        targets_.erase(ofSession);
+        return ofSession;
     }
-    const auto process = front_ ? front_->chooseTarget() : std::nullopt;
-    if (process) {
-        processes_.erase(*process);
+    const FrontWindow::Known noticed = server->front();
+    const Process told = noticed.process > 0 ? Process(noticed.process) : ofSession;
+    const int number = ++lastNumber_;
+    choice_ = {number, told, ofSession, noticed};
+    server->askFront(weakly(*this, [number](XwaylandInput& self, FrontWindow::Known front) {
+        // A late answer tells what is in front by now.
+        if (self.choice_ && self.choice_->number == number) {
+            self.decide(front);
+        }
+    }));
+    mainQueue_.asyncAfter(answerTimeout, weakly(*this, [number](XwaylandInput& self) {
+                              if (self.choice_ && self.choice_->number == number) {
+                                  self.decideUnanswered();
+                              }
+                          }));
+    return told;
+}
+
+void XwaylandInput::decideUnanswered() {
+    if (choice_) {
+        decide(choice_->noticed);
     }
-    return process;
+}
+
+void XwaylandInput::decide(FrontWindow::Known front) {
+    const Choice choice = *std::exchange(choice_, std::nullopt);
+    if (front.process > 0) {
+        targets_[choice.told] = {front, front.process};
+    } else if (choice.told != choice.ofSession) {
+        targets_[choice.told] = {{}, choice.ofSession};
+    } else {
+        targets_.erase(choice.told);
+    }
+    for (auto& [text, onDone] : std::exchange(waiting_, {})) {
+        type(std::move(text), std::move(onDone));
+    }
+}
+
+bool XwaylandInput::isElsewhere(platform::ProcessIdentifier process) const {
+    if (choice_ && choice_->told == process) {
+        return true;
+    }
+    const auto found = targets_.find(process);
+    return found != targets_.end() && found->second.process != process;
 }
 
 }  // namespace tarvik::linuxdesktop
