@@ -65,14 +65,20 @@ class SwayDesktop(Desktop):
         self.xwayland = xwayland
 
     def _start_x_server(self):
-        self.config = self.folder / "sway.conf"
-        names = self.folder / "displays"
+        self.environment |= self.start_sway("sway")[1]
+
+    def start_sway(self, name):
+        """Starts Sway with its configuration in a file of that name; returns its process and the
+        variables of its programs."""
+        config = self.folder / f"{name}.conf"
+        names = self.folder / f"{name}.displays"
         bindings = "" if self.tells else BINDINGS.format(dictate=self._make_dictate_script())
-        self.config.write_text(
+        config.write_text(
             CONFIG.format(tell=TELL.format(names=names), xwayland=self.xwayland) + bindings)
-        socket = self._start_compositor(["sway", "-c", str(self.config)], names)
+        compositor, variables, socket = self._start_compositor(["sway", "-c", str(config)], names)
         if self.tells:
-            self.environment |= {"SWAYSOCK": socket, "TARVIK_SWAY_CONFIG": str(self.config)}
+            variables |= {"SWAYSOCK": socket, "TARVIK_SWAY_CONFIG": str(config)}
+        return compositor, variables
 
     def _make_dictate_script(self):
         """Makes the program `dictate`, which calls an action of the application."""
@@ -82,16 +88,16 @@ class SwayDesktop(Desktop):
         return self.dictate
 
     def _start_compositor(self, command, names):
-        """Starts a compositor that writes its displays into the file `names`; returns the path of its
-        own socket, which is empty without one."""
+        """Starts a compositor that writes its displays into the file `names`; returns its process, the
+        variables of its programs, and the path of its own socket, which is empty without one."""
         compositor = self.spawn(command, env=self.environment | HEADLESS)
         wait_for(names.exists, command[0], process=compositor)
         display, wayland_display, socket = names.read_text().splitlines()
-        self.environment |= {"WAYLAND_DISPLAY": wayland_display, "XDG_SESSION_TYPE": "wayland",
-                             "XDG_CURRENT_DESKTOP": command[0]}
+        variables = {"WAYLAND_DISPLAY": wayland_display, "XDG_SESSION_TYPE": "wayland",
+                     "XDG_CURRENT_DESKTOP": command[0]}
         if display:
-            self.environment["DISPLAY"] = display
-        return socket
+            variables["DISPLAY"] = display
+        return compositor, variables, socket
 
 
 class LabwcDesktop(SwayDesktop):
@@ -105,4 +111,4 @@ class LabwcDesktop(SwayDesktop):
         config = self.folder / "config" / "labwc" / "rc.xml"
         config.parent.mkdir()
         config.write_text(LABWC_CONFIG.format(dictate=self._make_dictate_script()))
-        self._start_compositor(["labwc", "-s", str(tell)], names)
+        self.environment |= self._start_compositor(["labwc", "-s", str(tell)], names)[1]

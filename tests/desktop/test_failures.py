@@ -10,9 +10,9 @@ import signal
 import time
 import unittest
 
-from application import VERSION, Application, write_settings
 from desktop import wait_for
-from dictation_test import BINARIES, DictationTest
+from dictation_test import DictationTest
+from display_loss import DisplayLossTests
 from scripted_service import make_certificate, transcript
 from timing import check_within
 from windows import wait_for_window
@@ -319,54 +319,10 @@ class BadTargets(DictationTest):
         self.check_another_target()
 
 
-class DisplayLoss(DictationTest):
-    def start_application_on(self, display, service):
-        """Starts an application that the test ends."""
-        self.settings_file = write_settings(self.desktop.environment, {
-            "deepgramApiKey": "a-key", "deepgramHost": service.host,
-            "lastWelcomeShownForVersion": VERSION})
-        application = Application(self.desktop, BINARIES, {
-            "DISPLAY": display, "SSL_CERT_FILE": str(service.authority)})
-        self.addCleanup(application.close)
-        return application
-
-    def check_end(self, application):
-        self.assertEqual(application.process.wait(10), 1)
-        application.log.read_to_end()
-        self.assertEqual(application.log.count("the display is gone"), 1)
-
-    def test_a_recording_is_closed_and_counted_when_the_x_server_ends(self):
-        service = self.start_scripted_service()
+class XServerLoss(DisplayLossTests, DictationTest):
+    def start_display(self):
         server, display = self.desktop.start_x_server()
-        application = self.start_application_on(display, service)
-        self.desktop.run([
-            "gdbus", "call", "--session", "--dest", "com.tarvik.dictate",
-            "--object-path", "/com/tarvik/dictate",
-            "--method", "org.freedesktop.Application.ActivateAction", "toggle", "[]", "{}"])
-        application.log.wait_for("startRecording")
-        begin = time.monotonic()
-        stream = service.stream()
-        wait_for(lambda: stream.audio, "the first sound")
-        wait_for(lambda: time.monotonic() - begin > 1.1, "a second of usage")
-        server.terminate()
-        self.check_end(application)
-        wait_for(lambda: stream.is_audio_ended, "the end of the audio")
-        for line in ("stopRecording (session=1)", DEFERRED):
-            self.assertEqual(application.log.count(line), 1, line)
-        self.assertRegex(self.settings_file.read_text(), r"(?m)^totalDictationSeconds=[1-9]")
-        # The next session of the user starts it again.
-        self.start_application(service)
-        target = self.start_target()
-        self.hold()
-        service.stream(2).say("Again.")
-        target.wait_for_text("Again.")
-
-    def test_without_a_recording_it_ends_at_once_when_the_x_server_ends(self):
-        service = self.start_scripted_service()
-        server, display = self.desktop.start_x_server()
-        application = self.start_application_on(display, service)
-        server.terminate()
-        self.check_end(application)
+        return server, {"DISPLAY": display}
 
 
 if __name__ == "__main__":

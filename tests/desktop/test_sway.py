@@ -8,6 +8,7 @@ import unittest
 
 from desktop import wait_for
 from dictation_test import BINARIES
+from display_loss import DisplayLossTests
 from pressed_keys import A, ALT, ESCAPE, F9, SPACE
 from session_test import EXACT, SessionTest
 from sway import SwayDesktop, become_ordinary_user
@@ -143,6 +144,23 @@ class OnSway(OnSwayTest):
             for form in ([], ["--release"]):
                 self.assertFalse(self.desktop.succeeds(
                     ["swaymsg", "--", "unbindsym", *form, combination]), combination)
+
+
+class SwayLoss(DisplayLossTests, OnSwayTest):
+    def start_display(self):
+        return self.desktop.start_sway("other")
+
+    def start_target(self):
+        return self.start_widget()
+
+    def test_a_recording_is_closed_and_counted_when_sway_crashes(self):
+        self.check_that_a_recording_is_closed(lambda sway: sway.kill())
+
+    def test_without_a_recording_it_ends_at_once_when_sway_crashes(self):
+        sway, variables = self.start_display()
+        application = self.start_on(variables, self.start_scripted_service())
+        sway.kill()
+        self.check_end(application)
 
 
 if __name__ == "__main__":

@@ -12,7 +12,7 @@ namespace tarvik::linuxdesktop {
 class DisplayLoss {
   public:
     /// Calls `onLoss` in the place of that message, on the main thread. Qt's loop does not run any
-    /// more then. When `onLoss` returns, the process ends with the status 1, and nothing is
+    /// more until `onLoss` returns. When `onLoss` returns, the process ends with the status 1, and nothing is
     /// destroyed.
     explicit DisplayLoss(std::function<void()> onLoss);
     ~DisplayLoss();
