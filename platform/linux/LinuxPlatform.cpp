@@ -80,6 +80,9 @@ void LinuxPlatform::serve(InstanceClaim claim) {
     if (!claim.bus) {
         log_.write("TarvikDictate: a second start goes unnoticed, there is no session bus: " +
                    claim.reason);
+    }
+    // A session without a bus has none later either, and a search for one would wake up for ever.
+    if (claim.role == InstanceClaim::Role::unknown) {
         return;
     }
     applicationObject_.emplace(

@@ -3,13 +3,15 @@
 """Dictation with a compositor of which only the protocols of wlroots are known. Its own bindings call
 the application: Sway that does not tell its socket, and labwc where it is installed."""
 
+import os
 import shutil
+import signal
 import unittest
 
 from desktop import wait_for
 from dictation_test import BINARIES
 from pressed_keys import A, ALT, B, SPACE
-from session_test import EXACT, SessionTest
+from session_test import EXACT, SessionTest, close_setup_window
 from sway import LabwcDesktop, SwayDesktop, become_ordinary_user
 from sway_parts import FootTarget, WaylandKeyboard
 from target import WidgetWithoutTitle
@@ -61,6 +63,20 @@ class AnyCompositor:
         application = self.start_application(service)
         self.dictate_into(self.start(WidgetWithoutTitle, "gtk3"), service, application)
         self.dictate_into(self.start(WidgetWithoutTitle, "qt6"), service, application)
+        self.dictate_into(self.start_terminal(), service, application)
+
+    def test_a_session_bus_that_is_silent_at_the_start_is_used_once_it_answers(self):
+        service = self.start_scripted_service()
+        bus = self.desktop.session_bus.pid
+        os.kill(bus, signal.SIGSTOP)
+        self.addCleanup(os.kill, bus, signal.SIGCONT)
+        application = super().start_application(service, closes_setup=False, ready=SERVED[:1])
+        os.kill(bus, signal.SIGCONT)
+        # The bindings call the application over the bus.
+        application.log.wait_for("the session bus is back")
+        application.log.wait_for("accessibility trusted → true")
+        close_setup_window(self.desktop, self.keyboard)
+        self.dictate_into(self.start(WidgetWithoutTitle, "gtk3"), service, application)
         self.dictate_into(self.start_terminal(), service, application)
 
     def test_the_words_stay_in_a_terminal_when_another_window_takes_the_keyboard(self):

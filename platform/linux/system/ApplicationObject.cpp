@@ -20,7 +20,6 @@ constexpr std::size_t maxNameInLog = 100;
 
 constexpr std::chrono::milliseconds firstRetryInterval{250};
 constexpr std::chrono::milliseconds maxRetryInterval{8000};
-constexpr std::chrono::seconds claimTimeout{25};
 
 // The id in the platform data that a call ends with. X11 desktops send "desktop-startup-id" and
 // Wayland desktops "activation-token". A launcher that sends both gives them the same id.
@@ -78,7 +77,13 @@ const sd_bus_vtable ApplicationObject::methods[] = {
 ApplicationObject::ApplicationObject(std::unique_ptr<MessageBus> bus, const platform::Clock& clock,
                                      platform::Log& log, Handlers handlers)
     : log_(log), handlers_(std::move(handlers)), loop_(clock) {
-    join(std::move(bus));
+    if (bus) {
+        join(std::move(bus));
+    } else {
+        isLost_ = true;
+        retryInterval_ = firstRetryInterval;
+        rejoin();
+    }
 }
 
 void ApplicationObject::join(std::unique_ptr<MessageBus> bus) {
@@ -105,12 +110,11 @@ void ApplicationObject::rejoin() {
         return;
     }
     join(std::move(opened).value());
-    bus_->call(newNameRequest(*bus_), claimTimeout,
+    bus_->call(newNameRequest(*bus_), MessageBus::noTimeout,
                [this](sd_bus_message* reply) { onReplyToClaim(reply); });
 }
 
-// A bus that is lost before it replies is told of by onLost() as well. A bus that does not reply in
-// time is left as it is: somebody listens there.
+// A bus that is lost before it replies is told of by onLost() as well.
 void ApplicationObject::onReplyToClaim(sd_bus_message* reply) {
     if (isError(reply)) {
         return;

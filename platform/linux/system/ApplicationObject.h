@@ -31,8 +31,8 @@ class ApplicationObject {
         std::function<void(platform::ApplicationAction, const std::string& startupId)> onAction;
     };
 
-    /// `bus` owns the application's name and is driven by no loop yet. `clock` and `log` outlive
-    /// the object.
+    /// `bus` owns the application's name and is driven by no loop yet. Without a bus the object
+    /// joins the session's bus as after a loss. `clock` and `log` outlive the object.
     ApplicationObject(std::unique_ptr<MessageBus> bus, const platform::Clock& clock,
                       platform::Log& log, Handlers handlers);
     ApplicationObject(const ApplicationObject&) = delete;

@@ -99,7 +99,8 @@ InstanceClaim claimInstance(const StartupIds& ids, Seconds timeout) {
             return {InstanceClaim::Role::first, std::move(bus), {}};
         }
         if (role != isOwnedByAnother) {
-            return {InstanceClaim::Role::unknown, nullptr, reasonIn(reply)};
+            return {reply ? InstanceClaim::Role::unknown : InstanceClaim::Role::unanswered, nullptr,
+                    reasonIn(reply)};
         }
         if (!std::exchange(isOwnerAsked, true)) {
             deadline = after(timeout);

@@ -21,6 +21,8 @@ struct InstanceClaim {
         first,
         /// No session bus can tell; `reason` says why.
         unknown,
+        /// The session bus has not answered in time; `reason` says so.
+        unanswered,
         /// Another process is the instance, and has been told of this start.
         second,
         /// Another process is the instance, and could not be told; `reason` says why.

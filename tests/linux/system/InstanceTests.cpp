@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 
 #include <poll.h>
+#include <signal.h>
 
 #include <utility>
 #include <vector>
@@ -29,6 +30,9 @@ class InstanceTest : public SessionBusTest {
     linuxdesktop::ApplicationObject& startFirst() {
         InstanceClaim claim = claimInstance({}, timeout);
         EXPECT_EQ(claim.role, Role::first);
+        return start(std::move(claim));
+    }
+    linuxdesktop::ApplicationObject& start(InstanceClaim claim) {
         first.emplace(std::move(claim.bus), clock, log,
                       linuxdesktop::ApplicationObject::Handlers{
                           [this](const std::string& id) { reopenings.push_back(id); },
@@ -121,8 +125,20 @@ TEST_F(InstanceTest, ABusThatNeverAnswersIsWaitedForNoLongerThanAllowed) {
     const SilentBus silent(folder / "silent");
     setenv("DBUS_SESSION_BUS_ADDRESS", silent.address().c_str(), 1);
     const TimePoint start = clock.now();
-    EXPECT_EQ(claimInstance({}, shortTimeout).role, Role::unknown);
+    EXPECT_EQ(claimInstance({}, shortTimeout).role, Role::unanswered);
     EXPECT_LT((clock.now() - start).count(), 2.0);
+}
+
+TEST_F(InstanceTest, ABusThatAnswersLateGetsTheNameThen) {
+    kill(bus->identifier(), SIGSTOP);
+    InstanceClaim claim = claimInstance({}, shortTimeout);
+    ASSERT_EQ(claim.role, Role::unanswered);
+    start(std::move(claim));
+    kill(bus->identifier(), SIGCONT);
+    EXPECT_TRUE(runUntil([&] { return !log.linesWith("the session bus is back").empty(); }));
+    EXPECT_EQ(meanwhile([] { return claimInstance({}, timeout).role; }), Role::second);
+    EXPECT_EQ(callAction("press"), "");
+    EXPECT_EQ(log.lines().size(), 1U);
 }
 
 TEST_F(InstanceTest, AnOwnerThatHangsIsReportedAfterAWhile) {
