@@ -55,6 +55,10 @@ class CombinedTyping final : public TypingMeans {
         : means_(std::move(means)) {}
 
     bool isAvailable() const override { return current().isAvailable(); }
+    bool servesXPrograms() const override {
+        return isAvailable() ? current().servesXPrograms()
+                             : std::ranges::all_of(means_, &TypingMeans::servesXPrograms);
+    }
     void type(TypedText text, std::function<void()> onDone) override {
         current().type(std::move(text), std::move(onDone));
     }

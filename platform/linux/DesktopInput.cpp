@@ -58,8 +58,6 @@ template <typename Means>
 struct Opened {
     std::shared_ptr<Means> means;
     std::string reason;
-    /// Whether the means also serves the X programs of a Wayland session.
-    bool servesXPrograms = true;
     /// Whether the session may be that of another means in the table. The session has not told.
     bool isUndecided = false;
 };
@@ -101,7 +99,7 @@ Opened<Means> openKWin(Session& session) {
     const bool isUndecided = session.kwin->isUndecided();
     return {session.kwin,
             isUndecided ? "KWin has not answered yet, and is used once it does" : "KWin offers it",
-            false, isUndecided};
+            isUndecided};
 }
 
 std::optional<std::string> refusalOfWayland(Session& session) {
@@ -152,11 +150,12 @@ Opened<Means> openGnome(Session& session) {
     if (refusal) {
         return {nullptr, *refusal};
     }
+    const bool hasAnswered = session.gnome->isAvailable();
+    // Hotkeys of the portal as well would be heard twice in GNOME.
     return {session.gnome,
-            session.gnome->isAvailable()
-                ? "GNOME Shell offers it"
-                : "GNOME Shell has not answered yet, and is used once it does",
-            false};
+            hasAnswered ? "GNOME Shell offers it"
+                        : "GNOME Shell has not answered yet, and is used once it does",
+            !hasAnswered && std::is_same_v<Means, TypingMeans>};
 }
 #endif
 
@@ -174,6 +173,11 @@ Opened<HotKeyMeans> openPortal(Session& session) {
 #ifdef TARVIK_HAS_X11
 template <typename Means>
 Opened<Means> openX11(Session& session) {
+#ifdef TARVIK_HAS_WAYLAND
+    if (session.kwin && session.kwin->isUndecided()) {
+        return {nullptr, "the question would start the X server of the Wayland session"};
+    }
+#endif
     if (!session.x11) {
         session.x11 =
             X11Input::openSession(session.mainQueue, session.log, session.listener, session.onLift);
@@ -251,10 +255,9 @@ const std::vector<Choice<FrontMeans>> frontChoices{
 /// The first means that serves the session, together with those before it that are undecided; none
 /// when none does.
 template <typename Means>
-Opened<Means> choose(const char* service, const std::vector<Choice<Means>>& choices,
-                     Session& session) {
+std::shared_ptr<Means> choose(const char* service, const std::vector<Choice<Means>>& choices,
+                              Session& session) {
     std::vector<std::shared_ptr<Means>> chosen;
-    Opened<Means> last;
     for (const Choice<Means>& choice : choices) {
         const Opened<Means> opened = choice.open(session);
         session.log.write(std::string("TarvikDictate: ") + service +
@@ -262,7 +265,6 @@ Opened<Means> choose(const char* service, const std::vector<Choice<Means>>& choi
                           opened.reason);
         if (opened.means) {
             chosen.push_back(opened.means);
-            last = opened;
             if (!opened.isUndecided) {
                 break;
             }
@@ -270,12 +272,9 @@ Opened<Means> choose(const char* service, const std::vector<Choice<Means>>& choi
     }
     if (chosen.empty()) {
         session.log.write(std::string("TarvikDictate: nothing in this session serves ") + service);
-        return {};
+        return nullptr;
     }
-    if (chosen.size() > 1) {
-        last.means = combined(chosen);
-    }
-    return last;
+    return chosen.size() == 1 ? chosen.front() : combined(chosen);
 }
 
 }  // namespace
@@ -292,13 +291,12 @@ DesktopInput::DesktopInput(platform::MainQueue& mainQueue, platform::Log& log,
                         }
                     },
                     std::move(accessibility)};
-    hotKeys_ = choose("hotkeys", hotKeyChoices, session).means;
+    hotKeys_ = choose("hotkeys", hotKeyChoices, session);
     *lifted = hotKeys_.get();
-    const Opened<TypingMeans> typing = choose("typing", typingChoices, session);
-    typing_ = typing.means;
-    front_ = choose("the front window", frontChoices, session).means;
+    typing_ = choose("typing", typingChoices, session);
+    front_ = choose("the front window", frontChoices, session);
 #ifdef TARVIK_HAS_X11
-    if (typing_ && !typing.servesXPrograms) {
+    if (typing_ && !typing_->servesXPrograms()) {
         const auto both = std::make_shared<XwaylandInput>(mainQueue, log, typing_, front_);
         typing_ = both;
         front_ = both;

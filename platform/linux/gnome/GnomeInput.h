@@ -37,6 +37,7 @@ class GnomeInput final : public HotKeyMeans, public TypingMeans {
     std::optional<std::string> typingRefusal() const { return thread_.typingRefusal(); }
 
     bool isAvailable() const override { return thread_.isConnected(); }
+    bool servesXPrograms() const override { return false; }
 
     platform::OSStatus registerHotKey(HotKeyNumber number, std::uint32_t keyCode,
                                       std::uint32_t modifiers) override {

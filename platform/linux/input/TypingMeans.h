@@ -35,6 +35,8 @@ class TypingMeans {
 
     /// Whether text can be typed at present. Any thread.
     virtual bool isAvailable() const = 0;
+    /// Whether text also reaches the X programs of a Wayland session. Any thread.
+    virtual bool servesXPrograms() const { return true; }
 
     /// Types `text` after every text before it. Never waits; text that cannot be delivered is one
     /// line in the log, with the number of characters. `onDone` is called once, on the main thread,

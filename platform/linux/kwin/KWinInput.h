@@ -42,6 +42,7 @@ class KWinInput final : public HotKeyMeans, public TypingMeans, public FrontMean
     bool isUndecided() const;
 
     bool isAvailable() const override { return thread_.isConnected(); }
+    bool servesXPrograms() const override { return false; }
 
     platform::OSStatus registerHotKey(HotKeyNumber number, std::uint32_t keyCode,
                                       std::uint32_t modifiers) override {

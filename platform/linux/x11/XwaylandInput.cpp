@@ -51,7 +51,7 @@ XwaylandInput::~XwaylandInput() {
 // A server that is refused stays, and is not asked again.
 void XwaylandInput::connect() {
     const auto server = server_.load();
-    if (!server || server->isGone()) {
+    if (!typing_->servesXPrograms() && (!server || server->isGone())) {
         if (auto opened = open_()) {
             server_.store(std::move(opened));
         }

@@ -12,7 +12,9 @@
 #include <string>
 
 #include "tests/linux/sway/SwayFixture.h"
+#include "tests/linux/system/SilentBus.h"
 #include "tests/support/TemporaryFolder.h"
+#include "tests/support/TemporaryVariables.h"
 #include "tests/support/TestProcess.h"
 
 namespace tarvik::tests {
@@ -145,6 +147,26 @@ TEST_F(WaylandTyping, TellsOfATextWhoseWindowIsGone) {
         return log.hasLineWith("typed text not delivered: the window is gone (7 characters)");
     }));
     EXPECT_EQ(known.text(), "");
+}
+
+// The session might as well be KWin's or GNOME's.
+TEST_F(WaylandTyping, IsPossibleWhileTheSessionBusIsSilent) {
+    input.reset();
+    {
+        TemporaryVariables variables;
+        const SilentBus silent(folder.path() / "bus");
+        variables.set("DBUS_SESSION_BUS_ADDRESS", silent.address());
+        openInput();
+    }
+    EXPECT_TRUE(input->canType());
+    X11Target known(X11Target::Kind::gtk3Entry, mainQueue);
+    ASSERT_TRUE(comesToFront(known));
+    type("in a field, żółć", known.process());
+    EXPECT_TRUE(becomes(known, "in a field, żółć"));
+    startTerminal([&] { return !input->frontmostProcess(); });
+    ASSERT_EQ(input->chooseTarget(), std::nullopt);
+    type("in a terminal, żółć", std::nullopt);
+    EXPECT_TRUE(mainQueue.runUntil([&] { return terminalBecomes("in a terminal, żółć"); }));
 }
 
 TEST_F(WaylandTyping, TextThatIsLeftAtTheEndIsTyped) {

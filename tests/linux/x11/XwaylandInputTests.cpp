@@ -40,11 +40,13 @@ std::string utf8(const TypedText& text) {
 class SessionMeans final : public TypingMeans, public FrontMeans {
   public:
     bool isAvailable() const override { return true; }
+    bool servesXPrograms() const override { return servesAll; }
     void type(TypedText text, std::function<void()> /*onDone*/) override {
         texts.emplace_back(text.process, utf8(text));
     }
     Process frontmostProcess() const override { return front; }
 
+    bool servesAll = false;
     Process front;
     std::vector<std::pair<Process, std::string>> texts;
 };
@@ -168,6 +170,15 @@ TEST_F(XwaylandInputTest, TheNextRecordingAndTheEndLetATextWaitNoLonger) {
     type(waylandProgram, U"b");
     input.reset();
     EXPECT_EQ(session->texts.size(), 2);
+}
+
+TEST_F(XwaylandInputTest, AServerIsNotAskedWhereTheSessionServesItsPrograms) {
+    session->servesAll = true;
+    session->front = waylandProgram;
+    input = std::make_shared<XwaylandInput>(time, session, session, [this] { return server; });
+    EXPECT_EQ(input->chooseTarget(), waylandProgram);
+    EXPECT_TRUE(server->questions.empty());
+    EXPECT_FALSE(input->isElsewhere(waylandProgram));
 }
 
 TEST(XwaylandInputOfAHungServer, ARecordingDoesNotWait) {
