@@ -4,6 +4,7 @@
 
 import os
 import signal
+import time
 import unittest
 
 from accessible import ScreenReader
@@ -11,7 +12,7 @@ from application import READY
 from desktop import wait_for
 from gnome import GnomeDesktop, missing
 from gnome_parts import GnomeFootTarget, GnomeKeyboard, GnomeWidgetTarget
-from pressed_keys import ALT, SPACE
+from pressed_keys import ALT, SHIFT, SPACE
 from session_test import EXACT, SessionTest
 from setup_window import RESTART
 from sway import become_ordinary_user
@@ -21,6 +22,8 @@ ENGINE = "xkb:us::eng"
 WINDOW_KEYS = "org.gnome.desktop.wm.keybindings"
 WINDOW_MENU = "activate-window-menu"
 MEDIA_KEYS = "org.gnome.settings-daemon.plugins.media-keys"
+# Seconds without a repeat of the keys, by which a hold has ended where no text field has the keyboard.
+WITHOUT_REPEATS = 1.5
 # Programs that accessibility does not reach get the text by typing alone.
 WITHOUT_ACCESSIBILITY = {"GTK_A11Y": "none", "NO_AT_BRIDGE": "1"}
 
@@ -114,6 +117,31 @@ class OnGnome(OnGnomeTest):
                 application.log.wait_for(f"stopRecording (session={number})")
                 self.wait_for_layout()
         self.assertEqual(application.log.count("startRecording"), number)
+
+    def test_shift_in_the_middle_of_a_hold_ends_nothing(self):
+        service = self.start_scripted_service()
+        application = self.start_application(service)
+        for number, start in enumerate((lambda: self.start_widget("gtk4"), self.start_foot), 1):
+            with self.subTest(number=number):
+                target = start()
+                self.keyboard.hold()
+                stream = service.stream(number)
+                stream.say("First.")
+                target.wait_for_text("First.")
+                self.keyboard.press(SHIFT)
+                stream.say("Second.")
+                target.wait_for_text("First. Second.")
+                time.sleep(WITHOUT_REPEATS)
+                self.keyboard.release(SHIFT)
+                time.sleep(WITHOUT_REPEATS)
+                stream.say("Third.")
+                target.wait_for_text("First. Second. Third.")
+                self.assertEqual(application.log.count("startRecording"), number)
+                self.assertEqual(application.log.count("stopRecording"), number - 1)
+                self.keyboard.release(SPACE, ALT)
+                application.log.wait_for(f"stopRecording (session={number})")
+                target.close()
+        self.wait_for_layout()
 
     def test_a_killed_instance_leaves_nothing_that_the_next_one_minds(self):
         service = self.start_scripted_service()

@@ -100,6 +100,49 @@ TEST_F(ShortcutHoldTest, AHoldEndsWithItsRepeats) {
     EXPECT_EQ(eventsAfter(1ms), "P1R1");
 }
 
+// GNOME ends the repeats when any other key goes down or up.
+TEST_F(ShortcutHoldTest, ShiftInTheMiddleEndsNoHoldInAField) {
+    engine.isInField = true;
+    for (const auto shiftTime : {20ms, 300ms, 500ms, 530ms, 2000ms}) {
+        events.clear();
+        press();
+        for (auto time = 500ms; time < shiftTime; time += 30ms) {
+            pressAfter(time == 500ms ? 500ms : 30ms);
+        }
+        loop.runFor(20ms);
+        shortcut.handleKey({shiftKey, false, true});
+        EXPECT_EQ(eventsAfter(10s), "P1") << shiftTime.count();
+        shortcut.handleKey({shiftKey, true, true});
+        EXPECT_EQ(eventsAfter(10s), "P1") << shiftTime.count();
+        shortcut.handleKey({spaceKey, true, true});
+        EXPECT_EQ(events, "P1R1");
+        EXPECT_EQ(eventsAfter(5s), "P1R1") << shiftTime.count();
+    }
+}
+
+TEST_F(ShortcutHoldTest, ShiftThatIsDownAtTheReleaseEndsTheHoldWithIt) {
+    engine.isInField = true;
+    for (const auto first : {spaceKey, altKey}) {
+        events.clear();
+        press();
+        loop.runFor(300ms);
+        shortcut.handleKey({shiftKey, false, true});
+        loop.runFor(3s);
+        shortcut.handleKey({first, true, true});
+        EXPECT_EQ(events, "P1R1");
+        EXPECT_EQ(eventsAfter(5s), "P1R1");
+    }
+}
+
+// Nobody sees the release then.
+TEST_F(ShortcutHoldTest, ShiftInTheMiddleEndsAHoldWithoutAFieldAsTheReleaseWould) {
+    press();
+    pressAfter(500ms);
+    pressAfter(30ms);
+    EXPECT_EQ(eventsAfter(269ms), "P1");
+    EXPECT_EQ(eventsAfter(1ms), "P1R1");
+}
+
 // Of a busy machine.
 TEST_F(ShortcutHoldTest, RepeatsThatComeLateAndTogetherAreOneHold) {
     press();
