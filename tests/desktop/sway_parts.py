@@ -91,6 +91,11 @@ class BrowserTarget(SwayTarget):
     def text(self):
         return self._server.tell("publish")
 
+    @property
+    def sizes(self):
+        """How many sizes the page has had. A menu bar that comes or goes changes the size."""
+        return int(self._server.tell("sizes"))
+
     def close(self):
         super().close()
         self._server.close()

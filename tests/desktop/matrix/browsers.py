@@ -75,7 +75,8 @@ class PageServer:
         self._answers.get(timeout=60)
 
     def tell(self, command):
-        """Has the page carry a command out; returns the text that it has then."""
+        """Has the page carry a command out; returns the text that it has then, or the number of its
+        sizes so far if that was the command."""
         self._commands.put(command)
         return self._answers.get(timeout=TIMEOUT)
 
