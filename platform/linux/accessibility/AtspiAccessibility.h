@@ -32,9 +32,9 @@ class AtspiAccessibility final : public platform::Accessibility {
         std::function<std::optional<platform::ProcessIdentifier>()> frontmostProcess;
         /// Whether keys can be typed into other programs.
         std::function<bool()> canType;
-        /// Whether text for the process is on its way by typing, or may belong to another process. A
-        /// write would overtake that text, or be misplaced, so the write is refused, and its text is
-        /// typed as well.
+        /// Whether text for the process is on its way by typing, or may belong to another process.
+        /// A write would overtake that text, or be misplaced, so the write is refused, and its text
+        /// is typed as well.
         std::function<bool(platform::ProcessIdentifier)> isTypingInto;
         /// Text that is typed instead of a write may have to wait for the outcome of the write, and
         /// for the writes before.

@@ -12,8 +12,8 @@ namespace tarvik::linuxdesktop {
 class DisplayLoss {
   public:
     /// Calls `onLoss` in the place of that message, on the main thread. Qt's loop does not run any
-    /// more until `onLoss` returns. When `onLoss` returns, the process ends with the status 1, and nothing is
-    /// destroyed.
+    /// more until `onLoss` returns. When `onLoss` returns, the process ends with the status 1, and
+    /// nothing is destroyed.
     explicit DisplayLoss(std::function<void()> onLoss);
     ~DisplayLoss();
     DisplayLoss(const DisplayLoss&) = delete;
