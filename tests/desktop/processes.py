@@ -15,6 +15,17 @@ def desktop_processes(desktop):
     return set(processes_with_mark(f"{MARK}={desktop.folder}".encode()))
 
 
+def processes_named(desktop, name):
+    """The processes of the desktop whose name is `name`."""
+    found = []
+    for process in desktop_processes(desktop):
+        # The process may have ended in the meantime.
+        with contextlib.suppress(OSError):
+            if pathlib.Path(f"/proc/{process}/comm").read_text().strip() == name:
+                found.append(process)
+    return found
+
+
 def application_processes(desktop, binaries):
     """The processes that run the application."""
     program = (binaries / "tarvik-dictate").resolve()

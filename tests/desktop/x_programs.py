@@ -2,8 +2,12 @@
 
 """Tests of dictation into the X programs of a Wayland session."""
 
+import os
+import signal
+
 from desktop import wait_for
 from pressed_keys import A, B
+from processes import processes_named
 from session_test import EXACT
 from target import TerminalTarget, WidgetWithoutTitle
 
@@ -81,3 +85,25 @@ class XProgramTests:
         self.keyboard.end_hold()
         application.log.wait_for("stopRecording (session=1)")
         self.assertEqual(terminal.text, before)
+
+    def test_an_x_server_that_hangs_holds_up_no_text_for_other_programs(self):
+        service = self.start_scripted_service()
+        application = self.start_application(service)
+        terminal = self.start_x_terminal()
+        self.keyboard.toggle()
+        service.stream(1).say("Here.")
+        wait_for(lambda: terminal.text.endswith("Here."), "the text in the terminal")
+        self.keyboard.toggle()
+        application.log.wait_for("stopRecording (session=1)")
+        other = self.start_widget("gtk4")
+        (server,) = processes_named(self.desktop, "Xwayland")
+        os.kill(server, signal.SIGSTOP)
+        self.addCleanup(os.kill, server, signal.SIGCONT)
+        self.keyboard.hold()
+        application.log.wait_for("startRecording (session=2)")
+        service.stream(2).say(EXACT)
+        other.wait_for_text(EXACT)
+        self.keyboard.end_hold()
+        application.log.wait_for("stopRecording (session=2)")
+        os.kill(server, signal.SIGCONT)
+        self.assertTrue(terminal.text.endswith("Here."))
