@@ -16,7 +16,7 @@ from pressed_keys import ALT, SHIFT, SPACE
 from session_test import EXACT, SessionTest
 from setup_window import RESTART
 from sway import become_ordinary_user
-from x_programs import XProgramTests
+from x_programs import XTypingTests
 
 ENGINE = "xkb:us::eng"
 WINDOW_KEYS = "org.gnome.desktop.wm.keybindings"
@@ -37,7 +37,7 @@ class OnGnomeTest(SessionTest):
         return self.start(GnomeWidgetTarget, toolkit, **options)
 
 
-class OnGnomeWithXPrograms(XProgramTests, OnGnomeTest):
+class OnGnomeWithXPrograms(XTypingTests, OnGnomeTest):
     @staticmethod
     def make_desktop():
         return GnomeDesktop(a11y=True, audio=True, xwayland=True)

@@ -12,6 +12,9 @@ from session_test import EXACT
 from target import TerminalTarget, WidgetWithoutTitle
 
 LONG = "Zażółć gęślą jaźń, съешь же ещё, 明日の朝九時に. " * 8
+# The last character is on no keyboard.
+RARE = "plain words, ćwierć, ᚠ"
+RARE_SYMBOL = str(0x01000000 + ord("ᚠ"))
 # What a program of X11 is without accessibility, and without the input method of Wayland's programs.
 AS_X_PROGRAM = {"GDK_BACKEND": "x11", "NO_AT_BRIDGE": "1", "GTK_IM_MODULE": "gtk-im-context-simple"}
 
@@ -85,6 +88,29 @@ class XProgramTests:
         self.keyboard.end_hold()
         application.log.wait_for("stopRecording (session=1)")
         self.assertEqual(terminal.text, before)
+
+
+class XTypingTests(XProgramTests):
+    """As XProgramTests, where the X server types."""
+
+    def test_a_stopped_x_program_reads_the_exact_text_after_the_hold(self):
+        service = self.start_scripted_service()
+        application = self.start_application(service)
+        terminal = self.start_x_terminal()
+        before = terminal.text
+        self.keyboard.hold()
+        application.log.wait_for("startRecording (session=1)")
+        terminal.process.send_signal(signal.SIGSTOP)
+        self.addCleanup(terminal.process.send_signal, signal.SIGCONT)
+        service.stream(1).say(RARE)
+        wait_for(lambda: RARE_SYMBOL in self.lent_keys(), "the key of the last character")
+        self.keyboard.end_hold()
+        application.log.wait_for("stopRecording (session=1)")
+        terminal.process.send_signal(signal.SIGCONT)
+        terminal.wait_for_text(before + RARE)
+
+    def lent_keys(self):
+        return self.desktop.run(["xprop", "-root", "_TARVIK_DICTATE_REMAPPED_KEYS"])
 
     def test_an_x_server_that_hangs_holds_up_no_text_for_other_programs(self):
         service = self.start_scripted_service()

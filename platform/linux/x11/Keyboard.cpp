@@ -204,8 +204,11 @@ std::optional<xcb_keycode_t> Keyboard::silentKey() const {
 
 std::optional<Keystroke> Keyboard::strokeFor(char32_t character, std::uint8_t group,
                                              const KeysDown& down) const {
-    if (const auto found = remapped_.find(character); found != remapped_.end()) {
-        return found->second.stroke;
+    const auto [first, last] = remapped_.equal_range(character);
+    const auto remapped =
+        std::find_if(first, last, [&](const auto& each) { return !down[each.second.stroke.key]; });
+    if (remapped != last) {
+        return remapped->second.stroke;
     }
     if (methods_.isIBus && isAscii(character)) {
         // Its engines compose from the layout's keys, whatever modifier comes with them.
@@ -217,8 +220,9 @@ std::optional<Keystroke> Keyboard::strokeFor(char32_t character, std::uint8_t gr
     return found == strokes.end() ? std::nullopt : std::optional(*found);
 }
 
-// Spare keys without Shift come first.
-std::vector<Keystroke> Keyboard::unusedStrokes() const {
+// Spare keys without Shift come first. The server drops the press of a key that the user holds
+// down: a pedal, a button, or a modifier of a keyboard that is not in use.
+std::vector<Keystroke> Keyboard::unusedStrokes(const KeysDown& down) const {
     std::vector<Keystroke> strokes;
     const auto silent = silentKey();
     std::set<xcb_keycode_t> own;
@@ -232,7 +236,7 @@ std::vector<Keystroke> Keyboard::unusedStrokes() const {
                 remapped_, [&](const auto& each) { return each.second.stroke == stroke; });
             const bool isSpare = map_[stroke.key].isSpare() && stroke.key != silent &&
                                  (stroke.key != accompanyingKey || !connection_.xwaylandKeyboard());
-            if ((isSpare || own.contains(stroke.key)) && !isUsed) {
+            if ((isSpare || own.contains(stroke.key)) && !isUsed && !down[stroke.key]) {
                 strokes.push_back(stroke);
             }
         }
@@ -240,16 +244,18 @@ std::vector<Keystroke> Keyboard::unusedStrokes() const {
     return strokes;
 }
 
-std::size_t Keyboard::freeStrokes(const std::set<char32_t>& kept) const {
-    const auto reusable = std::ranges::count_if(
-        remapped_, [&](const auto& each) { return !kept.contains(each.first); });
-    return unusedStrokes().size() + static_cast<std::size_t>(reusable);
+std::size_t Keyboard::freeStrokes(const std::set<char32_t>& kept, const KeysDown& down) const {
+    const auto reusable = std::ranges::count_if(remapped_, [&](const auto& each) {
+        return !kept.contains(each.first) && !down[each.second.stroke.key];
+    });
+    return unusedStrokes(down).size() + static_cast<std::size_t>(reusable);
 }
 
-std::optional<Keystroke> Keyboard::takeFromLeastUsed(const std::set<char32_t>& kept) {
+std::optional<Keystroke> Keyboard::takeFromLeastUsed(const std::set<char32_t>& kept,
+                                                     const KeysDown& down) {
     auto least = remapped_.end();
     for (auto each = remapped_.begin(); each != remapped_.end(); ++each) {
-        if (!kept.contains(each->first) &&
+        if (!kept.contains(each->first) && !down[each->second.stroke.key] &&
             (least == remapped_.end() || each->second.use < least->second.use)) {
             least = each;
         }
@@ -263,24 +269,24 @@ std::optional<Keystroke> Keyboard::takeFromLeastUsed(const std::set<char32_t>& k
 }
 
 // Nobody else may change the map between the reading and the writing.
-void Keyboard::remapKeys(const std::set<char32_t>& characters, const std::set<char32_t>& kept) {
+void Keyboard::remapKeys(const std::set<char32_t>& characters, const std::set<char32_t>& kept,
+                         const KeysDown& down) {
     ++uses_;
-    for (const char32_t character : kept) {
-        if (const auto found = remapped_.find(character); found != remapped_.end()) {
-            found->second.use = uses_;
-        }
+    for (auto& [character, remapped] : remapped_) {
+        remapped.use = kept.contains(character) ? uses_ : remapped.use;
     }
     if (characters.empty()) {
         return;
     }
     const ServerGrab grab(connection_);
     readMap();
-    const std::vector<Keystroke> unused = unusedStrokes();
+    const std::vector<Keystroke> unused = unusedStrokes(down);
     auto next = unused.begin();
     std::set<xcb_keycode_t> changed;
     std::map<char32_t, Remapped> remapped;
     for (const char32_t character : characters) {
-        const auto stroke = next != unused.end() ? std::optional(*next++) : takeFromLeastUsed(kept);
+        const auto stroke =
+            next != unused.end() ? std::optional(*next++) : takeFromLeastUsed(kept, down);
         if (!stroke) {
             break;
         }

@@ -73,13 +73,15 @@ class Keyboard {
     /// Shift, and the keys in `down` cannot be pressed.
     std::optional<Keystroke> strokeFor(char32_t character, std::uint8_t group,
                                        const KeysDown& down) const;
-    /// How many more characters can get a keystroke while those in `kept` keep theirs.
-    std::size_t freeStrokes(const std::set<char32_t>& kept) const;
-    /// Gives each of `characters` a keystroke in one change of the map. Those in `kept` keep
-    /// theirs; of the others the one that was kept the longest ago loses its own first. Some
-    /// characters get none when there are more than freeStrokes(), or when another client has taken
-    /// keys since the last reading.
-    void remapKeys(const std::set<char32_t>& characters, const std::set<char32_t>& kept);
+    /// How many more characters can get a keystroke while those in `kept` keep theirs and the keys
+    /// in `down` cannot be pressed.
+    std::size_t freeStrokes(const std::set<char32_t>& kept, const KeysDown& down = {}) const;
+    /// Gives each of `characters` a keystroke in one change of the map, with none of the keys in
+    /// `down`. Those in `kept` keep theirs; of the others the one that was kept the longest ago
+    /// loses its own first. Some characters get none when there are more than freeStrokes(), or
+    /// when another client has taken keys since the last reading.
+    void remapKeys(const std::set<char32_t>& characters, const std::set<char32_t>& kept,
+                   const KeysDown& down = {});
     /// Whether keys are remapped.
     bool hasRemappedKeys() const { return !remapped_.empty(); }
     /// Restores every remapped key, and the keys of killed instances.
@@ -96,8 +98,9 @@ class Keyboard {
     void readMap();
     void readModifiers();
     bool isRemapped(xcb_keycode_t code) const;
-    std::vector<Keystroke> unusedStrokes() const;
-    std::optional<Keystroke> takeFromLeastUsed(const std::set<char32_t>& kept);
+    std::vector<Keystroke> unusedStrokes(const KeysDown& down) const;
+    std::optional<Keystroke> takeFromLeastUsed(const std::set<char32_t>& kept,
+                                               const KeysDown& down);
     void change(const std::map<xcb_keycode_t, KeyboardMap::Key>& keys);
     RemappedSymbols ownSymbols() const;
 
@@ -107,7 +110,8 @@ class Keyboard {
     KeyboardMap map_;
     LayoutStrokes layout_;
     std::vector<std::vector<xcb_keycode_t>> modifiers_;
-    std::map<char32_t, Remapped> remapped_;
+    // A character has two keystrokes where the key of the first one was held down.
+    std::multimap<char32_t, Remapped> remapped_;
     std::uint64_t uses_ = 0;
     // The keys of other instances, which may restore them at any time.
     RemappedSymbols others_;

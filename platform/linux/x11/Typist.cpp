@@ -201,7 +201,7 @@ void Typist::bringToFront(xcb_window_t window) {
 Typist::Round Typist::nextRound() {
     const KeyboardState state = burst_.readState();
     const std::u32string& characters = current().characters;
-    Round round{item_->position, {}, unread_.characters()};
+    Round round{item_->position, {}, unread_.characters(), state.unusable};
     std::set<char32_t> seen;
     for (; round.end < characters.size(); ++round.end) {
         const char32_t character = characters[round.end];
@@ -212,7 +212,7 @@ Typist::Round Typist::nextRound() {
         if (!keyboard_.strokeFor(character, state.group, state.unusable)) {
             round.lacking.insert(character);
         }
-        const std::size_t free = keyboard_.freeStrokes(round.kept);
+        const std::size_t free = keyboard_.freeStrokes(round.kept, state.unusable);
         const std::size_t reserved = std::min(free, reservedStrokes);
         if (round.lacking.size() > std::max(free - reserved, reserved)) {
             // The next round keeps the character. This round may need its keystroke.
@@ -246,7 +246,7 @@ void Typist::planRound() {
     }
     if (round.end > item_->position) {
         roundEnd_ = round.end;
-        keyboard_.remapKeys(round.lacking, round.kept);
+        keyboard_.remapKeys(round.lacking, round.kept, round.unusable);
         typeRound();
     } else if (const auto window = unread_.anyWindow()) {
         waitFor(*window);

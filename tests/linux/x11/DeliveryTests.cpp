@@ -3,6 +3,8 @@
 #include <signal.h>
 #include <stdlib.h>
 
+#include <cstdint>
+
 #include "tests/linux/x11/InputFixture.h"
 #include "tests/linux/x11/WindowManager.h"
 #include "tests/support/Attempts.h"
@@ -35,6 +37,18 @@ TEST_F(X11Delivery, WritesMoreDifferentCharactersThanThereAreSpareKeys) {
     const X11Target target(X11Target::Kind::gtk3Text, mainQueue);
     type(manyCharacters, target.process());
     EXPECT_TRUE(becomes(target, manyCharacters));
+}
+
+// The server drops the press of a key that is down: a pedal's, or a modifier's that the map lacks.
+TEST_F(X11Delivery, LendsNoKeyThatTheUserHolds) {
+    const X11Target target(X11Target::Kind::gtk3Text, mainQueue);
+    std::uint8_t held = 0xFF;
+    while (user->symbol(held) != 0) {
+        --held;
+    }
+    user->press(held);
+    type("zażółć ą", target.process());
+    EXPECT_TRUE(becomes(target, "zażółć ą"));
 }
 
 // The keys of the first text are still remapped, which leaves few for what the second one lacks.

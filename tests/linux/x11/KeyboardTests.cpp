@@ -138,6 +138,28 @@ TEST_P(X11Keyboard, ReusesTheKeysThatWereNeededTheLongestAgo) {
     keyboard.restore();
 }
 
+TEST_P(X11Keyboard, LendsAnotherKeyWhereTheFirstOneIsDown) {
+    InputFixture::setLayout(GetParam());
+    keyboard.reread();
+    const int withoutSymbol = user.keysWithoutSymbol();
+    keyboard.remapKeys({U'あ'}, {});
+    const auto first = keyboard.strokeFor(U'あ', 0, {});
+    ASSERT_TRUE(first);
+    linuxdesktop::KeysDown down;
+    down[first->key] = true;
+    EXPECT_FALSE(keyboard.strokeFor(U'あ', 0, down));
+    EXPECT_EQ(keyboard.freeStrokes({}, down), keyboard.freeStrokes({}) - 2);
+    keyboard.remapKeys({U'あ'}, {U'あ'}, down);
+    const auto second = keyboard.strokeFor(U'あ', 0, down);
+    ASSERT_TRUE(second);
+    EXPECT_NE(second->key, first->key);
+    // A program may have yet to look it up.
+    EXPECT_EQ(user.symbol(first->key), 0x01003042U);
+    keyboard.restore();
+    connection->synchronise();
+    EXPECT_EQ(user.keysWithoutSymbol(), withoutSymbol);
+}
+
 // The user's layout types these without a change of the map.
 TEST_P(X11Keyboard, TypesTheLayoutsOwnCharactersWithShift) {
     InputFixture::setLayout(GetParam());
