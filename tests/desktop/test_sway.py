@@ -14,6 +14,7 @@ from session_test import EXACT, SessionTest
 from sway import SwayDesktop, become_ordinary_user
 from sway_parts import (FootTarget, SwayWidgetTarget, WaylandKeyboard, wait_for_sway_window,
                         windows)
+from x_programs import XProgramTests, XTerminal
 
 
 class OnSwayTest(SessionTest):
@@ -32,6 +33,39 @@ class OnSwayTest(SessionTest):
 
     def start_foot(self):
         return self.start(FootTarget)
+
+
+class OnSwayWithXPrograms(XProgramTests, OnSwayTest):
+    @staticmethod
+    def make_desktop():
+        return SwayDesktop(a11y=True, audio=True, xwayland="enable")
+
+    def test_an_x_program_may_ask_for_the_whole_keyboard_after_a_text(self):
+        service = self.start_scripted_service()
+        self.start_application(service)
+        self.start_x_terminal()
+        target = self.start_foot()
+        self.keyboard.hold()
+        service.stream(1).say(EXACT)
+        target.wait_for_text(EXACT)
+        self.desktop.run(["xkbcomp", "-w0", self.desktop.environment["DISPLAY"], "-"])
+        self.keyboard.end_hold()
+
+    def test_the_words_stay_in_a_terminal_when_an_x_program_takes_the_keyboard(self):
+        service = self.start_scripted_service()
+        application = self.start_application(service)
+        target = self.start_foot()
+        self.keyboard.toggle()
+        stream = service.stream(1)
+        stream.say("Here.")
+        target.wait_for_text("Here.")
+        terminal = self.start(XTerminal)
+        wait_for(lambda: not target.is_active, "the keyboard in the other terminal")
+        stream.say(EXACT)
+        target.wait_for_text("Here. " + EXACT)
+        self.assertEqual(terminal.text, "")
+        self.keyboard.toggle()
+        application.log.wait_for("stopRecording (session=1)")
 
 
 class OnSway(OnSwayTest):

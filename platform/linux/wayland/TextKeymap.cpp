@@ -26,7 +26,8 @@ constexpr std::uint32_t fifthModifier = 0x80;
 constexpr std::array<std::uint32_t, 4> levelModifiers{0, shiftModifier, fifthModifier,
                                                       shiftModifier | fifthModifier};
 
-// An X server keeps its old map unless the first four types are there.
+// An X server keeps its old map unless the first four types are there. Xwayland 22.1 crashes
+// without an indicator when one of its programs asks for the indicators, as programs of Qt do.
 constexpr std::string_view typesAndCompatibility = R"(xkb_types "text" {
   virtual_modifiers NumLock;
   type "ONE_LEVEL" { modifiers = none; map[none] = Level1; level_name[Level1] = "1"; };
@@ -55,6 +56,7 @@ constexpr std::string_view typesAndCompatibility = R"(xkb_types "text" {
 xkb_compatibility "text" {
   virtual_modifiers NumLock;
   interpret Any + AnyOf(all) { action = NoAction(); };
+  indicator "Caps Lock" { whichModState = locked; modifiers = Lock; };
 };
 )";
 
@@ -155,8 +157,8 @@ std::string TextKeymap::text() const {
     define(neutralKey);
     symbols += "  key " + keyName(neutralKey) + " { type = \"ONE_LEVEL\", [ VoidSymbol ] };\n";
     return "xkb_keymap {\nxkb_keycodes \"text\" {\n  minimum = 8;\n  maximum = 255;\n" + codes +
-           "};\n" + std::string(typesAndCompatibility) + "xkb_symbols \"text\" {\n" + symbols +
-           "};\n};\n";
+           "  indicator 1 = \"Caps Lock\";\n};\n" + std::string(typesAndCompatibility) +
+           "xkb_symbols \"text\" {\n" + symbols + "};\n};\n";
 }
 
 }  // namespace tarvik::linuxdesktop

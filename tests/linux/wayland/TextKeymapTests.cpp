@@ -63,6 +63,13 @@ TEST(TextKeymap, HasAsciiFromTheStart) {
     }
 }
 
+// Xwayland 22.1 crashes without one when an X program asks for the indicators.
+TEST(TextKeymap, HasAnIndicator) {
+    const Reader reader{TextKeymap()};
+    ASSERT_TRUE(reader.isValid());
+    EXPECT_GT(xkb_keymap_num_leds(reader.keymap()), 0U);
+}
+
 TEST(TextKeymap, TypesSmallLettersAndBlanksWithoutModifiers) {
     const TextKeymap keymap;
     for (const char32_t character : std::u32string_view(U"the quick brown fox jumps")) {
