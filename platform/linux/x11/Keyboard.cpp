@@ -220,8 +220,8 @@ std::optional<Keystroke> Keyboard::strokeFor(char32_t character, std::uint8_t gr
     return found == strokes.end() ? std::nullopt : std::optional(*found);
 }
 
-// Spare keys without Shift come first. The server drops the press of a key that the user holds
-// down: a pedal, a button, or a modifier of a keyboard that is not in use.
+// Spare keys without Shift come first. The server drops the press of a key that is down already: a
+// pedal, or a modifier that the map lacks.
 std::vector<Keystroke> Keyboard::unusedStrokes(const KeysDown& down) const {
     std::vector<Keystroke> strokes;
     const auto silent = silentKey();

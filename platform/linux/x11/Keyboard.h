@@ -110,7 +110,7 @@ class Keyboard {
     KeyboardMap map_;
     LayoutStrokes layout_;
     std::vector<std::vector<xcb_keycode_t>> modifiers_;
-    // A character has two keystrokes where the key of the first one was held down.
+    // A character whose key was held down has a further one.
     std::multimap<char32_t, Remapped> remapped_;
     std::uint64_t uses_ = 0;
     // The keys of other instances, which may restore them at any time.

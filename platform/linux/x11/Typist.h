@@ -76,6 +76,7 @@ class Typist {
         std::set<char32_t> lacking;
         // What keeps the keystroke that it has.
         std::set<char32_t> kept;
+        // The keys that cannot be pressed.
         KeysDown unusable;
     };
 
