@@ -112,7 +112,6 @@ class XProgramTests:
         self.assertTrue(terminal.text.endswith("Here."))
 
 
-
 class XTypingTests(XProgramTests):
     """As XProgramTests, where the X server types."""
 
