@@ -138,7 +138,7 @@ class OnGnome(OnGnomeTest):
                 target.wait_for_text("First. Second. Third.")
                 self.assertEqual(application.log.count("startRecording"), number)
                 self.assertEqual(application.log.count("stopRecording"), number - 1)
-                self.keyboard.release(SPACE, ALT)
+                self.keyboard.end_hold()
                 application.log.wait_for(f"stopRecording (session={number})")
                 target.close()
         self.wait_for_layout()
