@@ -10,6 +10,7 @@ import signal
 import time
 import unittest
 
+from application import VERSION
 from desktop import wait_for
 from dictation_test import DictationTest
 from display_loss import DisplayLossTests

@@ -18,7 +18,7 @@ from pressed_keys import ALT, SPACE
 from session_test import EXACT, SessionTest
 from setup_window import NOT_GRANTED, RESTART
 from sway import become_ordinary_user
-from x_programs import XTypingTests
+from x_programs import HungServerTest, XTypingTests
 
 ACCEL = "org.kde.kglobalaccel"
 # As Qt numbers keys.
@@ -34,7 +34,7 @@ class OnKWinTest(SessionTest):
         return self.start(KWinWidgetTarget, toolkit, environment=environment)
 
 
-class OnKWinWithXPrograms(XTypingTests, OnKWinTest):
+class OnKWinWithXPrograms(XTypingTests, HungServerTest, OnKWinTest):
     @staticmethod
     def make_desktop():
         return KWinDesktop(a11y=True, audio=True, xwayland=True)

@@ -113,9 +113,13 @@ std::optional<platform::ProcessIdentifier> XwaylandInput::chooseTarget() {
     return told;
 }
 
+// A server that hangs has not heard to which program the user has turned since, and hands no text
+// on.
 void XwaylandInput::decideUnanswered() {
     if (choice_) {
-        decide(choice_->noticed);
+        const bool isOutdated =
+            choice_->ofSession && choice_->ofSession != choice_->noticed.process;
+        decide(isOutdated ? FrontWindow::Known() : choice_->noticed);
     }
 }
 

@@ -153,12 +153,37 @@ TEST_F(XwaylandInputTest, AServerThatDoesNotAnswerHoldsATextUpForASecond) {
     time.advance(Seconds(0.9));
     EXPECT_TRUE(session->texts.empty());
     time.advance(Seconds(0.2));
-    EXPECT_EQ(session->texts.size(), 1);
+    EXPECT_EQ(session->texts.size(), 1U);
     // That tells of a later time.
     server->answer(xWindow);
     type(waylandProgram, U"b");
-    EXPECT_EQ(session->texts.size(), 2);
+    EXPECT_EQ(session->texts.size(), 2U);
     EXPECT_TRUE(server->texts.empty());
+}
+
+// The server has not heard that the user has turned to another program.
+TEST_F(XwaylandInputTest, AServerThatHangsIsNotBelievedAgainstTheSession) {
+    server->noticed = xWindow;
+    session->front = waylandProgram;
+    EXPECT_EQ(input->chooseTarget(), xProgram);
+    type(xProgram, U"a");
+    time.advance(Seconds(1.1));
+    EXPECT_TRUE(server->texts.empty());
+    ASSERT_EQ(session->texts.size(), 1U);
+    EXPECT_EQ(session->texts.back(), std::pair(Process(waylandProgram), std::string("a")));
+}
+
+TEST_F(XwaylandInputTest, ATextWaitsInAServerThatHangsWhereTheSessionNamesNobodyElse) {
+    for (const Process named : {Process(), Process(xProgram)}) {
+        server->noticed = xWindow;
+        session->front = named;
+        EXPECT_EQ(input->chooseTarget(), xProgram);
+        type(xProgram, U"a");
+        time.advance(Seconds(1.1));
+        EXPECT_EQ(server->texts.back(), (Text{1, xProgram, "a"}));
+    }
+    EXPECT_EQ(server->texts.size(), 2U);
+    EXPECT_TRUE(session->texts.empty());
 }
 
 TEST_F(XwaylandInputTest, TheNextRecordingAndTheEndLetATextWaitNoLonger) {
@@ -166,10 +191,10 @@ TEST_F(XwaylandInputTest, TheNextRecordingAndTheEndLetATextWaitNoLonger) {
     input->chooseTarget();
     type(waylandProgram, U"a");
     input->chooseTarget();
-    EXPECT_EQ(session->texts.size(), 1);
+    EXPECT_EQ(session->texts.size(), 1U);
     type(waylandProgram, U"b");
     input.reset();
-    EXPECT_EQ(session->texts.size(), 2);
+    EXPECT_EQ(session->texts.size(), 2U);
 }
 
 TEST_F(XwaylandInputTest, AServerIsNotAskedWhereTheSessionServesItsPrograms) {
