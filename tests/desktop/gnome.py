@@ -8,7 +8,7 @@ import shutil
 
 from bus import Bus
 from desktop import Desktop, wait_for
-from mock_logind import INTERFACE as LOGIND_INTERFACE, NAME as LOGIND, PATH as LOGIND_PATH, MockLogind
+from mock_logind import NAME as LOGIND, PATH as LOGIND_PATH, MockLogind
 
 SHELL = "org.gnome.Shell"
 MEDIA_KEYS = "org.gnome.SettingsDaemon.MediaKeys"

@@ -5,7 +5,6 @@
 import pathlib
 import subprocess
 
-from desktop import wait_for
 from matrix.rows import Row
 
 READER = pathlib.Path(__file__).with_name("writer_text.py")
