@@ -2,6 +2,8 @@
 
 """Input methods: one that composes Korean syllables, and one that composes nothing."""
 
+import pathlib
+
 import gi
 
 gi.require_version("Gio", "2.0")
@@ -92,3 +94,35 @@ class IBus:
     def is_composing(self):
         """Whether the engine is the chosen one."""
         return self._engine in self._desktop.run(["ibus", "engine"], check=False)
+
+
+# The engine of late_engine.py, which ibus-daemon starts by itself.
+LATE_COMPONENT = """<?xml version="1.0" encoding="utf-8"?>
+<component>
+  <name>org.freedesktop.IBus.Late</name>
+  <description>answers late</description>
+  <exec>/usr/bin/python3 -B {script} {delay}</exec>
+  <engines>
+    <engine>
+      <name>late</name>
+      <longname>late</longname>
+      <language>en</language>
+      <layout>us</layout>
+      <rank>1</rank>
+    </engine>
+  </engines>
+</component>
+"""
+
+
+class LateIBus(IBus):
+    """IBus with an engine that composes nothing, and answers each key after a delay in seconds."""
+
+    def __init__(self, desktop, delay):
+        folder = desktop.folder / "late-engine"
+        folder.mkdir()
+        (folder / "late.xml").write_text(LATE_COMPONENT.format(
+            script=pathlib.Path(__file__).with_name("late_engine.py"),
+            delay=round(1000 * delay)))
+        desktop.environment["IBUS_COMPONENT_PATH"] = f"/usr/share/ibus/component:{folder}"
+        super().__init__(desktop, "late")

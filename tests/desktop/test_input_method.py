@@ -9,7 +9,8 @@ import unittest
 
 from desktop import wait_for
 from dictation_test import DictationTest
-from input_method import Fcitx, IBus
+from input_method import Fcitx, IBus, LateIBus
+from spare_keys import SpareKeys
 
 LATIN = "Hello wörld. My tailor is rich, and (so) the quick brown fox: 1, 2; \"3\"!"
 CHINESE = "今天天气很好，我们去公园吧。"
@@ -20,6 +21,9 @@ TIMEOUT = 20
 STOPPED = 0.06
 RUNNING = 0.02
 SLOW_TIMEOUT = 60
+
+# One of them is never remapped, and eight keystrokes are kept back for other programs.
+KEPT_KEYS = 9
 
 
 @contextlib.contextmanager
@@ -62,6 +66,41 @@ class Idle(DictationTest):
         self.keyboard.release()
         application.log.wait_for("stopRecording (session=1)")
         self.assertGreaterEqual(target.typed_keys, len(text))
+
+
+class LateEngine(DictationTest):
+    """An engine of IBus that answers late. The program answers pings meanwhile, or sleeps."""
+
+    # In seconds. Longer than a program has to rest where nothing tells of the answers.
+    DELAY = 0.4
+
+    @classmethod
+    def setUpClass(cls):
+        super().setUpClass()
+        LateIBus(cls.desktop, cls.DELAY)
+
+    def setUp(self):
+        self.service = self.start_scripted_service()
+        self.application = self.start_application(self.service)
+
+    def check_typing(self, target, text):
+        # D-Bus carries no null character, so accessibility refuses this piece.
+        self.dictate(self.service, "\0" + text)
+        target.wait_for_text(text, SLOW_TIMEOUT)
+        self.keyboard.release()
+        self.application.log.wait_for("stopRecording (session=1)")
+
+    def test_text_keeps_its_order_in_a_gtk_4_program(self):
+        # It handles further keys inside the wait for the first answer, and the last one comes first.
+        target = self.start_target("gtk4", widget="entry")
+        self.check_typing(target, "keys in order")
+        self.assertGreaterEqual(target.typed_keys, len("keys in order"))
+
+    def test_keys_are_not_used_again_in_a_terminal_before_the_last_answer(self):
+        spare = SpareKeys(self.desktop)
+        self.addCleanup(spare.close)
+        spare.keep(KEPT_KEYS)
+        self.check_typing(self.start_terminal(), "".join(map(chr, range(0x4E00, 0x4E18))))
 
 
 class CompositionTests:

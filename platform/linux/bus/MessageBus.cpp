@@ -136,6 +136,21 @@ void MessageBus::observe(const std::string& rule, OnSignal onSignal,
     }
 }
 
+void MessageBus::filter(std::function<bool(sd_bus_message*)> onMessage) {
+    using Filter = std::function<bool(sd_bus_message*)>;
+    auto handler = std::make_unique<Filter>(std::move(onMessage));
+    sd_bus_slot* slot = nullptr;
+    const int result = sd_bus_add_filter(
+        bus_.get(), &slot,
+        [](sd_bus_message* message, void* data, sd_bus_error*) {
+            return (*static_cast<Filter*>(data))(message) ? 1 : 0;
+        },
+        handler.get());
+    if (result >= 0) {
+        handOver(slot, std::move(handler));
+    }
+}
+
 BusMessage MessageBus::newCall(const BusObject& target, const char* interface, const char* member) {
     sd_bus_message* message = nullptr;
     sd_bus_message_new_method_call(bus_.get(), &message, target.owner.c_str(), target.path.c_str(),

@@ -64,6 +64,10 @@ class MessageBus {
     void observe(const std::string& rule, OnSignal onSignal,
                  std::function<void()> onObserving = {});
 
+    /// Calls `onMessage` for each message but the replies to call(), before any other handler. True
+    /// keeps the message from the others.
+    void filter(std::function<bool(sd_bus_message*)> onMessage);
+
     BusMessage newCall(const BusObject& target, const char* interface, const char* member);
     /// As above, with arguments of these D-Bus types. Empty when a text among them is not UTF-8.
     template <typename... Arguments>

@@ -23,18 +23,33 @@ constexpr const char* daemonInterface = "org.freedesktop.DBus";
 
 }  // namespace
 
-Result<std::unique_ptr<MessageBus>> openIbus(const std::string& address) {
+Result<std::unique_ptr<MessageBus>> openIbus(const std::string& address,
+                                             std::uint64_t firstSerial) {
     auto opened = MessageBus::openPeer(address);
     if (opened) {
         MessageBus& bus = *opened.value();
-        bus.send(bus.newCall(daemon, daemonInterface, "Hello"));
+        BusMessage greeting = bus.newCall(daemon, daemonInterface, "Hello");
+        if (greeting) {
+            // The library counts on from there.
+            sd_bus_message_set_expect_reply(greeting.get(), 0);
+            sd_bus_message_seal(greeting.get(), firstSerial, 0);
+        }
+        bus.send(std::move(greeting));
     }
     return opened;
 }
 
+void addIbusRule(MessageBus& bus, const std::string& rule) {
+    bus.send(bus.newCall(daemon, daemonInterface, "AddMatch", "s", rule.c_str()));
+}
+
+BusMessage newIbusQuestion(MessageBus& bus) {
+    return bus.newCall(daemon, daemonInterface, "GetId");
+}
+
 void observeIbus(MessageBus& bus, const std::string& rule, MessageBus::OnSignal onSignal) {
     bus.observe(rule, std::move(onSignal));
-    bus.send(bus.newCall(daemon, daemonInterface, "AddMatch", "s", rule.c_str()));
+    addIbusRule(bus, rule);
 }
 
 bool appendIbusText(sd_bus_message* message, const std::string& text) {

@@ -3,6 +3,7 @@
 
 #include <systemd/sd-bus.h>
 
+#include <cstdint>
 #include <memory>
 #include <optional>
 #include <string>
@@ -19,8 +20,14 @@ inline constexpr const char* ibusInterface = "org.freedesktop.IBus";
 // How IBus writes its objects into messages, and how a connection to IBus begins.
 
 /// Connects to IBus at `address`. IBus calls its clients without naming a destination, as no
-/// message bus does, but wants to be greeted and told of rules as one.
-Result<std::unique_ptr<MessageBus>> openIbus(const std::string& address);
+/// message bus does, but wants to be greeted and told of rules as one. The messages of the
+/// connection are numbered from `firstSerial` on.
+Result<std::unique_ptr<MessageBus>> openIbus(const std::string& address,
+                                             std::uint64_t firstSerial = 1);
+/// Has IBus send what matches `rule`.
+void addIbusRule(MessageBus& bus, const std::string& rule);
+/// A call that IBus answers at once.
+BusMessage newIbusQuestion(MessageBus& bus);
 /// Calls `onSignal` for each signal of IBus that matches `rule`.
 void observeIbus(MessageBus& bus, const std::string& rule, MessageBus::OnSignal onSignal);
 

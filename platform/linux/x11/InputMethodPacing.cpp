@@ -18,12 +18,12 @@ constexpr int furtherPings = 2;
 
 }  // namespace
 
-void InputMethodPacing::handleKey(xcb_window_t window) {
-    paces_[window] = {unread_.isPinged(window), furtherPings};
+void InputMethodPacing::handleKey(xcb_window_t window, bool isAnswerKnown) {
+    paces_[window] = {unread_.isPinged(window), isAnswerKnown ? 0 : furtherPings};
 }
 
-// Nothing tells when a program has got the answer of its input method. A program that answers the
-// first ping has asked the input method. The further pings come after the answer in most cases.
+// Where nothing tells when a program has got the answer of its input method: a program that answers
+// the first ping has asked the input method. The further pings come after the answer in most cases.
 void InputMethodPacing::await(xcb_window_t window, std::function<void(bool)> next) {
     if (!paces_[window].isPinged) {
         paces_.erase(window);

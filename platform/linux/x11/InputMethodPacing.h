@@ -18,8 +18,9 @@ class InputMethodPacing {
     /// The references outlive the object.
     InputMethodPacing(UnreadKeys& unread, ConditionWait& wait) : unread_(unread), wait_(wait) {}
 
-    /// A key has been typed into a window.
-    void handleKey(xcb_window_t window);
+    /// A key has been typed into a window. `isAnswerKnown` tells whether an unread key waits for
+    /// the answer of the input method.
+    void handleKey(xcb_window_t window, bool isAnswerKnown);
     /// Whether the next key for a window has to wait.
     bool isDue(xcb_window_t window) const { return paces_.contains(window); }
     /// Calls `next` once: with true when the next key may follow, with false when the window's

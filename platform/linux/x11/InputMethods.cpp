@@ -22,6 +22,9 @@ InputMethods::Running InputMethods::find() {
         const bool isRunning = reply && reply->owner != XCB_NONE;
         running.isAny = running.isAny || isRunning;
         running.isIBus = running.isIBus || (isRunning && server == ibus_);
+        if (isRunning && (!running.isIBus || server == ibus_)) {
+            running.process = connection_.processOfClient(reply->owner);
+        }
     }
     return running;
 }

@@ -3,6 +3,9 @@
 
 #include <xcb/xcb.h>
 
+#include <cstdint>
+#include <optional>
+
 #include "platform/linux/x11/XcbConnection.h"
 
 namespace tarvik::linuxdesktop {
@@ -16,6 +19,9 @@ class InputMethods {
     struct Running {
         bool isAny = false;
         bool isIBus = false;
+        /// The process of IBus where it runs, else of another one; empty where the server does not
+        /// know.
+        std::optional<std::int32_t> process;
     };
     /// Which input methods run, as far as the server is told of them. Asks the server.
     Running find();

@@ -23,6 +23,8 @@ constexpr auto lookUpTimeoutAtEnd = 700ms;
 // Keys may be needed again for the next piece of a dictation.
 constexpr milliseconds restoreDelay = 700ms;
 constexpr int maxFailures = 12;
+// A text for programs that IBus does not serve need not wait for IBus.
+constexpr auto ibusTimeout = 1s;
 // Keystrokes that are left over, so that a program that stops with all others unread holds up no
 // other program.
 constexpr std::size_t reservedStrokes = 8;
@@ -41,7 +43,8 @@ Typist::Typist(XcbConnection& connection, Keyboard& keyboard, FrontWindow& front
       maxKeyboardWait_(maxKeyboardWait),
       burst_(connection, keyboard, front, hotKeys, std::move(onLift)),
       ping_(connection),
-      unread_(connection, loop, ping_,
+      answers_(loop),
+      unread_(connection, loop, ping_, answers_,
               {[this] {
                    listen();
                    scheduleRestore();
@@ -124,6 +127,7 @@ void Typist::endTyping() {
         return;
     }
     isBusy_ = false;
+    hasAwaitedIbus_ = false;
     keyboardTaken_.reset();
     listen();
     scheduleRestore();
@@ -226,11 +230,34 @@ Typist::Round Typist::nextRound() {
     return round;
 }
 
+// The questions about the first key count as well.
+bool Typist::awaitsIbus() {
+    if (!keyboard_.inputMethods().isIBus || !answers_.listen([this] { handleChange(); })) {
+        return false;
+    }
+    return !std::exchange(hasAwaitedIbus_, true) && !answers_.isReady();
+}
+
+UnreadKeys::Method Typist::method() const {
+    using Kind = UnreadKeys::Method::Kind;
+    const InputMethods::Running& running = keyboard_.inputMethods();
+    if (!running.isAny) {
+        return {};
+    }
+    return {running.isIBus && answers_.isReady() ? Kind::ibus : Kind::unobserved,
+            running.process.value_or(0)};
+}
+
 // The keys follow the change of the map at once. A program gets the announcement of the change
 // before the keys, and reads the map then or later.
 void Typist::planRound() {
     target_ = behind_ != XCB_NONE ? behind_ : front_.window();
     keyboard_.refresh();
+    if (awaitsIbus()) {
+        wait_.begin(
+            ibusTimeout, [this] { return answers_.isReady(); }, [this](bool) { reachTarget(); });
+        return;
+    }
     const Round round = nextRound();
     const bool isLast = round.end == current().characters.size();
     if (!isRead(target_) && (!isLast || !round.lacking.empty())) {
@@ -300,10 +327,10 @@ void Typist::typeRound() {
                 item_->position += burst.size();
                 failures_ = 0;
                 keyboardTaken_.reset();
-                unread_.add(target_, burst, isPaced);
+                unread_.add(target_, burst, method());
                 listen();
                 if (isPaced) {
-                    pacing_.handleKey(target_);
+                    pacing_.handleKey(target_, method().kind == UnreadKeys::Method::Kind::ibus);
                 }
                 break;
             case KeyBurst::Outcome::notInFront:
@@ -384,6 +411,9 @@ void Typist::probeTarget() {
 // listen to the root window itself, and others to those who listen to the windows in it.
 void Typist::listen() {
     const bool awaitsAnswer = isBusy_ || unread_.anyWindow();
+    if (!awaitsAnswer) {
+        answers_.stop();
+    }
     connection_.selectRootEvents(XCB_EVENT_MASK_PROPERTY_CHANGE |
                                  (awaitsAnswer ? std::uint32_t{XCB_EVENT_MASK_STRUCTURE_NOTIFY |
                                                                XCB_EVENT_MASK_SUBSTRUCTURE_NOTIFY}

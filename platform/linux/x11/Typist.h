@@ -12,6 +12,7 @@
 
 #include "platform/Log.h"
 #include "platform/Workspace.h"
+#include "platform/linux/ibus/IbusAnswers.h"
 #include "platform/linux/input/TypingMeans.h"
 #include "platform/linux/loop/PollLoop.h"
 #include "platform/linux/x11/ConditionWait.h"
@@ -88,6 +89,8 @@ class Typist {
     bool isRead(xcb_window_t window) const { return !unread_.contains(window); }
     bool isReady(xcb_window_t window) { return isRead(window) && !targetWindow_.isAwaited(window); }
     Round nextRound();
+    bool awaitsIbus();
+    UnreadKeys::Method method() const;
     void planRound();
     void waitFor(xcb_window_t window);
     void letOthersPass(xcb_window_t waitsFor);
@@ -112,6 +115,9 @@ class Typist {
     const std::chrono::milliseconds maxKeyboardWait_;
     KeyBurst burst_;
     WindowPing ping_;
+    IbusAnswers answers_;
+    // IBus has been waited for once in this burst of texts.
+    bool hasAwaitedIbus_ = false;
     UnreadKeys unread_;
     TargetWindow targetWindow_;
 

@@ -21,6 +21,13 @@ constexpr milliseconds firstAnswerTimeout = 1s;
 
 constexpr milliseconds firstProbeInterval = 1ms;
 constexpr milliseconds maxProbeInterval = 100ms;
+// The next key waits for a program that has answered a ping.
+constexpr milliseconds maxPingedProbeInterval = 10ms;
+// A program that is never idle, such as a browser, is looked at no longer after its answer to a
+// ping. One that asks IBus may be late with the question or with the handling of the answer.
+constexpr milliseconds maxLookTime = 50ms;
+constexpr milliseconds maxFirstLookTime = 300ms;
+constexpr milliseconds maxAskerLookTime = 1s;
 // A program that is idle at every look and never rests, such as a clock, has its answers by then.
 constexpr milliseconds maxMethodDelay = 3s;
 // Nobody waits for a program that has read nothing for 30 s.
@@ -33,13 +40,16 @@ constexpr int markersForProof = 4;
 // for a processor, as in Java on a busy machine. Nearly always such a program is seen idle before
 // that.
 constexpr int markersForProofOfThreads = 60;
+// A window that is forgotten is looked at as a new one.
+constexpr std::size_t maxKnownWindows = 256;
 
 }  // namespace
 
-UnreadKeys::UnreadKeys(XcbConnection& connection, PollLoop& loop, WindowPing& ping, Events events,
-                       milliseconds timeout, milliseconds rest)
+UnreadKeys::UnreadKeys(XcbConnection& connection, PollLoop& loop, WindowPing& ping,
+                       IbusAnswers& answers, Events events, milliseconds timeout, milliseconds rest)
     : connection_(connection),
       ping_(ping),
+      answers_(answers),
       probe_(connection),
       marker_(connection.atom("_TARVIK_DICTATE_MARKER")),
       events_(std::move(events)),
@@ -72,7 +82,11 @@ bool UnreadKeys::isPinged(xcb_window_t window) const {
     return found != windows_.end() && found->second.isPinged;
 }
 
-void UnreadKeys::add(xcb_window_t window, std::u32string_view characters, bool hasInputMethod) {
+void UnreadKeys::add(xcb_window_t window, std::u32string_view characters) {
+    add(window, characters, {});
+}
+
+void UnreadKeys::add(xcb_window_t window, std::u32string_view characters, Method method) {
     if (window != XCB_NONE) {
         // The end of the window is reported from here on.
         connection_.selectEvents(window, XCB_EVENT_MASK_STRUCTURE_NOTIFY, this);
@@ -83,8 +97,16 @@ void UnreadKeys::add(xcb_window_t window, std::u32string_view characters, bool h
     keys.serial = serial.value_or(0);
     keys.isKnownToAnswer = keys.isPinged && ping_.hasAnswered(window);
     keys.typed = std::chrono::steady_clock::now();
+    if (method.kind != Method::Kind::none) {
+        keys.method = method;
+    }
+    if (keys.characters.empty()) {
+        // The questions about these keys cannot have been heard yet.
+        keys.firstQuestions = answers_.questionCount();
+        keys.questions = keys.firstQuestions;
+    }
+    keys.number = ++number_;
     keys.characters += characters;
-    keys.hasInputMethod |= hasInputMethod;
     keys.isDoubtful = keys.hasExpired && keys.characters.empty();
     if (keys.isDoubtful) {
         keys.deadline = SteadyTime::max();
@@ -92,21 +114,34 @@ void UnreadKeys::add(xcb_window_t window, std::u32string_view characters, bool h
         keys.deadline = keys.typed + (keys.isPinged ? firstAnswerTimeout : 0ms);
     } else {
         keys.deadline = keys.typed + timeout_;
-        startProbing(window, keys);
+        keys.probed = std::nullopt;
+        if (!keys.isKnownToAnswer) {
+            startProbing(window, keys,
+                         keys.typed + (keys.isPinged ? firstAnswerTimeout : firstProbeInterval));
+        }
     }
     setDeadline();
 }
 
-void UnreadKeys::startProbing(xcb_window_t window, Keys& keys) {
-    keys.probed = std::nullopt;
-    if (!keys.isKnownToAnswer) {
-        keys.probed = connection_.processOfClient(window).value_or(0);
-        keys.probeInterval = firstProbeInterval;
-        keys.nextProbe = keys.typed + (keys.isPinged ? firstAnswerTimeout : firstProbeInterval);
-        keys.resting = keys.typed;
-        keys.isMarkerSent = false;
-        keys.markersRead = 0;
+void UnreadKeys::startProbing(xcb_window_t window, Keys& keys, SteadyTime time) {
+    keys.probed = connection_.processOfClient(window).value_or(0);
+    keys.probeInterval = firstProbeInterval;
+    keys.nextProbe = time;
+    keys.lookDeadline = time + lookTime(window, keys);
+    keys.resting = keys.typed;
+    keys.isMarkerSent = false;
+    keys.markersRead = 0;
+}
+
+milliseconds UnreadKeys::lookTime(xcb_window_t window, const Keys& keys) const {
+    if (keys.method.kind != Method::Kind::ibus) {
+        return maxFirstLookTime;
     }
+    const auto found = asksIbus_.find(window);
+    if (found == asksIbus_.end()) {
+        return maxFirstLookTime;
+    }
+    return found->second ? maxAskerLookTime : maxLookTime;
 }
 
 std::set<char32_t> UnreadKeys::characters() const {
@@ -134,7 +169,14 @@ void UnreadKeys::handleAnswer(const WindowPing::Answer& answer) {
         return;
     }
     if (answer.serial >= found->second.serial) {
-        remove(answer.window);
+        if (Keys& keys = found->second;
+            keys.method.kind != Method::Kind::none && !keys.characters.empty()) {
+            // The question to the input method may not have left the program yet.
+            keys.isKnownToAnswer = true;
+            startProbing(answer.window, keys, std::chrono::steady_clock::now());
+        } else {
+            remove(answer.window);
+        }
         setDeadline();
         events_.onChange();
     } else if (!found->second.isDoubtful) {
@@ -146,6 +188,7 @@ void UnreadKeys::handleAnswer(const WindowPing::Answer& answer) {
 
 void UnreadKeys::handleDestroyed(xcb_window_t window) {
     connection_.forgetEvents(window);
+    asksIbus_.erase(window);
     if (windows_.contains(window)) {
         finish(window);
         setDeadline();
@@ -182,6 +225,10 @@ void UnreadKeys::handleDeadline() {
     std::vector<xcb_window_t> read;
     std::vector<std::function<void()>> onRead;
     for (auto& [window, keys] : windows_) {
+        if (keys.method.kind == Method::Kind::ibus && !keys.isDoubtful) {
+            // IBus is slow, and the program reads on.
+            keys.deadline = std::max(keys.deadline, answers_.lastAnswer() + timeout_);
+        }
         if (keys.deadline <= now) {
             expired.push_back(window);
         } else if (keys.probed && keys.nextProbe <= now && probe(window, keys)) {
@@ -195,7 +242,7 @@ void UnreadKeys::handleDeadline() {
         expire(window);
     }
     for (const xcb_window_t window : read) {
-        remove(window);
+        finishLook(window);
     }
     for (const auto& action : onRead) {
         action();
@@ -204,10 +251,40 @@ void UnreadKeys::handleDeadline() {
     events_.onChange();
 }
 
+// The program and the input method may ask each other by the server. Nothing is on its way between
+// them where both sleep and the input method has not run meanwhile.
+ProgramProbe::Sight UnreadKeys::look(const Keys& keys) {
+    using Finding = ProgramProbe::Finding;
+    if (keys.method.process == 0) {
+        return probe_.look(*keys.probed);
+    }
+    const auto before = probe_.look(keys.method.process);
+    auto sight = probe_.look(*keys.probed);
+    const auto after = probe_.look(keys.method.process);
+    const bool isResting = before.finding == after.finding && after.finding == Finding::idle &&
+                           before.switches == after.switches;
+    sight.switches += after.switches;
+    if (sight.finding == Finding::unknown || before.finding == Finding::unknown || isResting) {
+        return sight;
+    }
+    // A stopped input method has keys left, and one that is only busy may have none. Most programs
+    // that answer pings ask IBus without the process that is looked at.
+    const bool isBehind = keys.method.kind == Method::Kind::unobserved &&
+                          (before.finding == Finding::behind || after.finding == Finding::behind);
+    sight.finding = isBehind || !keys.isPinged ? Finding::behind : Finding::busy;
+    return sight;
+}
+
 // Answers whether the keys are known to be read.
 bool UnreadKeys::probe(xcb_window_t window, Keys& keys) {
-    const auto [finding, switches, threads] = probe_.look(*keys.probed);
+    const auto [finding, switches, threads] = look(keys);
     const auto now = std::chrono::steady_clock::now();
+    const bool hasAnsweredPing =
+        keys.isPinged && keys.method.kind != Method::Kind::none && ping_.hasAnswered(window);
+    if (hasAnsweredPing && (finding == ProgramProbe::Finding::unknown ||
+                            (finding == ProgramProbe::Finding::busy && now >= keys.lookDeadline))) {
+        return true;
+    }
     if (finding == ProgramProbe::Finding::unknown) {
         keys.nextProbe = keys.typed + lookUpDelay;
         if (keys.nextProbe <= now) {
@@ -218,13 +295,15 @@ bool UnreadKeys::probe(xcb_window_t window, Keys& keys) {
     }
     // Some toolkits that answer pings read events in one thread and handle them in another.
     if ((finding == ProgramProbe::Finding::idle &&
-         (!keys.hasInputMethod || hasRested(keys, switches))) ||
+         (keys.isPinged || keys.method.kind != Method::Kind::unobserved ||
+          hasRested(keys, switches))) ||
         (finding == ProgramProbe::Finding::busy && !keys.isPinged &&
          readsMarkers(window, keys, threads == 1 ? markersForProof : markersForProofOfThreads))) {
         return true;
     }
     keys.nextProbe = now + (keys.isDoubtful ? expiredProbeInterval : keys.probeInterval);
-    keys.probeInterval = std::min(2 * keys.probeInterval, maxProbeInterval);
+    keys.probeInterval = std::min(2 * keys.probeInterval,
+                                  hasAnsweredPing ? maxPingedProbeInterval : maxProbeInterval);
     return false;
 }
 
@@ -235,6 +314,67 @@ bool UnreadKeys::hasRested(Keys& keys, std::uint64_t switches) const {
         keys.resting = now;
     }
     return now >= std::min(keys.resting + rest_, keys.typed + std::max(rest_, maxMethodDelay));
+}
+
+void UnreadKeys::finishLook(xcb_window_t window) {
+    const auto found = windows_.find(window);
+    if (found != windows_.end() && found->second.method.kind == Method::Kind::ibus) {
+        awaitAnswers(window, found->second);
+    } else if (found != windows_.end()) {
+        remove(window);
+    }
+}
+
+// The program sleeps or answers pings, and has asked about every key that it has read, or about the
+// first of them alone.
+void UnreadKeys::awaitAnswers(xcb_window_t window, Keys& keys) {
+    keys.probed = std::nullopt;
+    answers_.whenAnswered([this, window, number = keys.number] { handleAnswers(window, number); });
+}
+
+void UnreadKeys::handleAnswers(xcb_window_t window, std::uint64_t number) {
+    const auto found = windows_.find(window);
+    if (found == windows_.end() || found->second.number != number) {
+        return;
+    }
+    Keys& keys = found->second;
+    const std::uint64_t count = answers_.questionCount();
+    if (std::exchange(keys.questions, count) != count || mayStillAsk(window, keys)) {
+        lookAgain(window, keys);
+    } else {
+        if (asksIbus_.size() >= maxKnownWindows) {
+            asksIbus_.clear();
+        }
+        asksIbus_[window] = count != keys.firstQuestions;
+        remove(window);
+    }
+    setDeadline();
+    events_.onChange();
+}
+
+// IBus may be slow to read the question. A program that asks does so at least once a key.
+bool UnreadKeys::mayStillAsk(xcb_window_t window, const Keys& keys) const {
+    if (keys.questions - keys.firstQuestions >= keys.characters.size()) {
+        return false;
+    }
+    const bool hasAsked = keys.questions != keys.firstQuestions;
+    const auto found = asksIbus_.find(window);
+    if (found != asksIbus_.end() && !found->second && !hasAsked) {
+        return false;
+    }
+    const bool isNew = found == asksIbus_.end() && !hasAsked;
+    return std::chrono::steady_clock::now() < std::max(keys.typed, answers_.lastAnswer()) +
+                                                  (isNew ? maxFirstLookTime : maxAskerLookTime);
+}
+
+// The program has got an answer, and may have to handle it.
+void UnreadKeys::lookAgain(xcb_window_t window, Keys& keys) {
+    const auto serial = keys.isKnownToAnswer ? ping_.send(window) : std::nullopt;
+    if (serial) {
+        keys.serial = *serial;
+    } else {
+        startProbing(window, keys, std::chrono::steady_clock::now());
+    }
 }
 
 bool UnreadKeys::readsMarkers(xcb_window_t window, Keys& keys, int proof) {

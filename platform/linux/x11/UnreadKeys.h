@@ -14,6 +14,7 @@
 #include <string_view>
 #include <vector>
 
+#include "platform/linux/ibus/IbusAnswers.h"
 #include "platform/linux/loop/PollLoop.h"
 #include "platform/linux/x11/ProgramProbe.h"
 #include "platform/linux/x11/WindowPing.h"
@@ -27,8 +28,12 @@ namespace tarvik::linuxdesktop {
 ///
 /// The answer to a later ping proves that a program has looked its keys up. For a local program
 /// that answers no pings the proof is a ProgramProbe. For any other program there is no proof: the
-/// keys count as read after a delay, and their symbols stay for 30 s where possible. A program that
-/// asks an input method about each key sleeps until the answer, so it has to rest for a time.
+/// keys count as read after a delay, and their symbols stay for 30 s where possible.
+///
+/// A program that asks an input method about each key may look the key up when the answer has come,
+/// and answers pings meanwhile or sleeps. IBus tells of the answers, so a program has to be idle
+/// after them and to have asked nothing more. Where the answers are unknown, the program and the
+/// input method have to rest for a time.
 ///
 /// A program that reads nothing for 30 s is waited for no longer. The symbols of its keys stay
 /// where possible, so that the program still reads the right characters when it goes on.
@@ -41,14 +46,22 @@ class UnreadKeys {
         std::function<void(xcb_window_t window, std::size_t characters)> onTimeout;
     };
 
+    /// The input method that a program may ask about keys.
+    struct Method {
+        enum class Kind { none, unobserved, ibus };
+        Kind kind = Kind::none;
+        /// The process of an unobserved one; 0 where it is unknown.
+        std::int32_t process = 0;
+    };
+
     /// No key is waited for any longer.
     static constexpr std::chrono::seconds maxTimeout{30};
     /// For so long a program rests that has the answers of its input method.
     static constexpr std::chrono::milliseconds restTime{300};
 
     /// The references outlive the object. `timeout` stands for the 30 s, and `rest` for `restTime`.
-    UnreadKeys(XcbConnection& connection, PollLoop& loop, WindowPing& ping, Events events,
-               std::chrono::milliseconds timeout = maxTimeout,
+    UnreadKeys(XcbConnection& connection, PollLoop& loop, WindowPing& ping, IbusAnswers& answers,
+               Events events, std::chrono::milliseconds timeout = maxTimeout,
                std::chrono::milliseconds rest = restTime);
 
     /// Whether no window is left, not even one whose program may have looked its keys up.
@@ -66,8 +79,9 @@ class UnreadKeys {
     bool isPinged(xcb_window_t window) const;
 
     /// Characters have been typed into a window; or none, to find out whether its program answers
-    /// pings. `hasInputMethod` tells whether the program may ask an input method about the keys.
-    void add(xcb_window_t window, std::u32string_view characters, bool hasInputMethod = false);
+    /// pings.
+    void add(xcb_window_t window, std::u32string_view characters);
+    void add(xcb_window_t window, std::u32string_view characters, Method method);
     /// Every character whose key has to keep its symbol.
     std::set<char32_t> characters() const;
     /// Calls `action` once the keys of a window are read or not waited for any more; at once where
@@ -98,7 +112,14 @@ class UnreadKeys {
         bool hasExpired = false;
         // The program, while it is probed from outside.
         std::optional<std::int32_t> probed;
-        bool hasInputMethod = false;
+        Method method;
+        // Tells the answers about earlier keys.
+        std::uint64_t number = 0;
+        // How many questions had come to IBus before the keys, and when they were last counted.
+        std::uint64_t firstQuestions = 0;
+        std::uint64_t questions = 0;
+        // A program with many threads that answers pings is looked at no longer than that.
+        SteadyTime lookDeadline;
         // The program rests since then, by the number of its switches.
         std::uint64_t switches = 0;
         SteadyTime resting;
@@ -109,9 +130,16 @@ class UnreadKeys {
         int markersRead = 0;
     };
 
-    void startProbing(xcb_window_t window, Keys& keys);
+    void startProbing(xcb_window_t window, Keys& keys, SteadyTime time);
+    std::chrono::milliseconds lookTime(xcb_window_t window, const Keys& keys) const;
+    ProgramProbe::Sight look(const Keys& keys);
     bool probe(xcb_window_t window, Keys& keys);
     bool hasRested(Keys& keys, std::uint64_t switches) const;
+    void finishLook(xcb_window_t window);
+    void awaitAnswers(xcb_window_t window, Keys& keys);
+    void handleAnswers(xcb_window_t window, std::uint64_t number);
+    bool mayStillAsk(xcb_window_t window, const Keys& keys) const;
+    void lookAgain(xcb_window_t window, Keys& keys);
     bool readsMarkers(xcb_window_t window, Keys& keys, int proof);
     void setDeadline();
     void handleDeadline();
@@ -121,12 +149,16 @@ class UnreadKeys {
 
     XcbConnection& connection_;
     WindowPing& ping_;
+    IbusAnswers& answers_;
     ProgramProbe probe_;
     xcb_atom_t marker_;
     Events events_;
     std::chrono::milliseconds timeout_;
     std::chrono::milliseconds rest_;
     std::map<xcb_window_t, Keys> windows_;
+    // The windows whose programs have asked IBus about their last keys, or have not.
+    std::map<xcb_window_t, bool> asksIbus_;
+    std::uint64_t number_ = 0;
     Deadline deadline_;
 };
 

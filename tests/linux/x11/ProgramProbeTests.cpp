@@ -120,10 +120,11 @@ class X11UnreadKeys : public InputFixture, public testing::Test {
     std::unique_ptr<XcbConnection> connection = XcbConnection::open().value();
     linuxdesktop::PollLoop loop;
     linuxdesktop::WindowPing ping{*connection};
+    linuxdesktop::IbusAnswers answers{loop};
     std::size_t lost = 0;
     const UnreadKeys::Events events{
         [] {}, [this](xcb_window_t /*window*/, std::size_t count) { lost += count; }};
-    UnreadKeys unread{*connection, loop, ping, events};
+    UnreadKeys unread{*connection, loop, ping, answers, events};
 };
 
 // One thread may read the server's messages, and another one has the keys to look up.
@@ -163,7 +164,8 @@ TEST_F(X11UnreadKeys, OfAnUnknownProgramAreNotWaitedForAfterADelayAndKeptWherePo
 TEST_F(X11UnreadKeys, OfNoWindowAreNeverReportedAsLost) {
     int reports = 0;
     UnreadKeys expiring{
-        *connection, loop, ping, {[] {}, [&](xcb_window_t, std::size_t) { ++reports; }}, 50ms};
+        *connection, loop, ping, answers, {[] {}, [&](xcb_window_t, std::size_t) { ++reports; }},
+        50ms};
     bool isRead = false;
     expiring.add(XCB_NONE, U"ж");
     expiring.whenRead(XCB_NONE, [&] { isRead = true; });
@@ -176,7 +178,7 @@ TEST_F(X11UnreadKeys, OfAProgramThatReadsNothingAreReportedOnceAndKeepTheirSymbo
     const X11Target terminal(X11Target::Kind::terminal, mainQueue);
     ASSERT_TRUE(comesToFront(terminal));
     const xcb_window_t window = frontWindow();
-    UnreadKeys expiring{*connection, loop, ping, events, 300ms};
+    UnreadKeys expiring{*connection, loop, ping, answers, events, 300ms};
     int settled = 0;
     terminal.hang();
     user->tap(X11User::qKey);
@@ -204,7 +206,7 @@ TEST_F(X11UnreadKeys, OfASlowProgramAreWaitedForWhileItReadsOn) {
     const X11Target target(X11Target::Kind::gtk3Text, mainQueue);
     ASSERT_TRUE(comesToFront(target));
     const xcb_window_t window = frontWindow();
-    UnreadKeys slow{*connection, loop, ping, events, 300ms};
+    UnreadKeys slow{*connection, loop, ping, answers, events, 300ms};
     target.hang();
     slow.add(window, U"ж");
     slow.add(window, U"д");
@@ -227,15 +229,16 @@ TEST_F(X11UnreadKeys, OfAProgramThatAsksAnInputMethodAreReadOnceTheProgramHasRes
     const X11Target terminal(X11Target::Kind::terminal, mainQueue);
     ASSERT_TRUE(comesToFront(terminal));
     const xcb_window_t window = frontWindow();
-    UnreadKeys never{*connection, loop, ping, events, UnreadKeys::maxTimeout, 1h};
-    never.add(window, U"ж", true);
+    constexpr UnreadKeys::Method method{UnreadKeys::Method::Kind::unobserved};
+    UnreadKeys never{*connection, loop, ping, answers, events, UnreadKeys::maxTimeout, 1h};
+    never.add(window, U"ж", method);
     // A recording begins.
     never.add(window, U"");
-    unread.add(window, U"ж", false);
+    unread.add(window, U"ж");
     EXPECT_TRUE(runUntil([&] { return unread.isEmpty(); }, 5s));
     EXPECT_TRUE(never.contains(window));
     const auto start = std::chrono::steady_clock::now();
-    unread.add(window, U"ж", true);
+    unread.add(window, U"ж", method);
     EXPECT_TRUE(runUntil([&] { return unread.isEmpty(); }, 10s));
     EXPECT_GE(std::chrono::steady_clock::now() - start, UnreadKeys::restTime);
     EXPECT_TRUE(never.contains(window));
