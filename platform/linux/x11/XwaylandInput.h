@@ -46,7 +46,8 @@ class XwaylandInput final : public TypingMeans,
 
     std::optional<platform::ProcessIdentifier> frontmostProcess() const override;
     /// Answers what was noticed last, and asks the X server. The texts for the process wait for the
-    /// server's answer, 1 s at the most, and go where that answer says.
+    /// server's answer, 1 s at the most, and go where that answer says. A server that names
+    /// another program than the session's own means is asked a second time.
     std::optional<platform::ProcessIdentifier> chooseTarget() override;
     bool isElsewhere(platform::ProcessIdentifier process) const override;
 
@@ -70,6 +71,8 @@ class XwaylandInput final : public TypingMeans,
     };
 
     void connect();
+    void ask(int number, bool isAgain);
+    void askAgain(int number);
     void decide(FrontWindow::Known front);
     void decideUnanswered();
 

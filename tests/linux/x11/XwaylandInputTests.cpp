@@ -102,7 +102,7 @@ class XwaylandInputTest : public testing::Test {
 
 TEST_F(XwaylandInputTest, ATextWaitsForTheServersAnswer) {
     server->noticed = xWindow;
-    session->front = waylandProgram;
+    session->front = xProgram;
     EXPECT_EQ(input->chooseTarget(), xProgram);
     type(xProgram, U"a");
     type(xProgram, U"b");
@@ -159,6 +159,36 @@ TEST_F(XwaylandInputTest, AServerThatDoesNotAnswerHoldsATextUpForASecond) {
     type(waylandProgram, U"b");
     EXPECT_EQ(session->texts.size(), 2U);
     EXPECT_TRUE(server->texts.empty());
+}
+
+// The compositor may tell the server later than a hotkey comes.
+TEST_F(XwaylandInputTest, AServerThatContradictsTheSessionIsAskedAgain) {
+    for (const FrontWindow::Known second : {noWindow, xWindow}) {
+        server->noticed = xWindow;
+        session->front = waylandProgram;
+        EXPECT_EQ(input->chooseTarget(), xProgram);
+        type(xProgram, U"a");
+        server->answer(xWindow);
+        EXPECT_TRUE(server->texts.empty());
+        EXPECT_LE(session->texts.size(), 1U);
+        time.advance(Seconds(0.4));
+        server->answer(second);
+    }
+    EXPECT_EQ(session->texts, (std::vector{std::pair(Process(waylandProgram), std::string("a"))}));
+    EXPECT_EQ(server->texts, (std::vector{Text{1, xProgram, "a"}}));
+}
+
+// Right after the user has turned to another program nobody may have heard of that.
+TEST_F(XwaylandInputTest, AProgramThatTheSessionNamesLateGetsTheText) {
+    server->noticed = xWindow;
+    EXPECT_EQ(input->chooseTarget(), xProgram);
+    type(xProgram, U"a");
+    server->answer(xWindow);
+    EXPECT_TRUE(server->texts.empty());
+    session->front = waylandProgram;
+    time.advance(Seconds(0.4));
+    server->answer(noWindow);
+    EXPECT_EQ(session->texts, (std::vector{std::pair(Process(waylandProgram), std::string("a"))}));
 }
 
 // The server has not heard that the user has turned to another program.
