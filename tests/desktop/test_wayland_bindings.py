@@ -35,8 +35,8 @@ class AnyCompositor:
     def make_keyboard(cls):
         return WaylandKeyboard(cls.desktop, BINARIES)
 
-    def start_application(self, service):
-        return super().start_application(service, ready=SERVED)
+    def start_application(self, service, ready=SERVED, **options):
+        return super().start_application(service, ready=ready, **options)
 
     def start_terminal(self):
         """Starts a terminal, and types into it until it has the keyboard."""
@@ -89,8 +89,7 @@ class BoundActions(AnyCompositor):
         bus = self.desktop.session_bus.pid
         os.kill(bus, signal.SIGSTOP)
         self.addCleanup(os.kill, bus, signal.SIGCONT)
-        application = SessionTest.start_application(self, service, closes_setup=False,
-                                                    ready=SERVED[:1])
+        application = self.start_application(service, ready=SERVED[:1], closes_setup=False)
         os.kill(bus, signal.SIGCONT)
         # The bindings call the application over the bus.
         application.log.wait_for("the session bus is back")

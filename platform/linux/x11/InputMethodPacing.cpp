@@ -15,11 +15,38 @@ using std::chrono::milliseconds;
 constexpr milliseconds answerTimeout = 300ms;
 constexpr milliseconds keyInterval = 12ms;
 constexpr int furtherPings = 2;
+// A text for programs that IBus does not serve need not wait for IBus.
+constexpr milliseconds ibusTimeout = 1s;
 
 }  // namespace
 
-void InputMethodPacing::handleKey(xcb_window_t window, bool isAnswerKnown) {
-    paces_[window] = {unread_.isPinged(window), isAnswerKnown ? 0 : furtherPings};
+InputMethod InputMethodPacing::method() const {
+    const InputMethods::Running& running = keyboard_.inputMethods();
+    if (!running.isAny) {
+        return {};
+    }
+    const bool isObserved = running.isIBus && answers_.isReady();
+    return {isObserved ? InputMethod::Kind::ibus : InputMethod::Kind::unobserved,
+            running.process.value_or(0)};
+}
+
+// The questions about the first key count as well.
+bool InputMethodPacing::awaitIbus(std::function<void()> next) {
+    if (!keyboard_.inputMethods().isIBus || !answers_.listen([this] { wait_.handleChange(); }) ||
+        answers_.isReady() || std::exchange(hasAwaitedIbus_, true)) {
+        return false;
+    }
+    wait_.begin(
+        ibusTimeout, [this] { return answers_.isReady(); },
+        [next = std::move(next)](bool) { next(); });
+    return true;
+}
+
+void InputMethodPacing::handleKey(xcb_window_t window) {
+    if (const auto kind = method().kind; kind != InputMethod::Kind::none) {
+        paces_[window] = {unread_.isPinged(window),
+                          kind == InputMethod::Kind::ibus ? 0 : furtherPings};
+    }
 }
 
 // Where nothing tells when a program has got the answer of its input method: a program that answers

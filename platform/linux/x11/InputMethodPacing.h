@@ -6,7 +6,10 @@
 #include <functional>
 #include <map>
 
+#include "platform/linux/ibus/IbusAnswers.h"
 #include "platform/linux/x11/ConditionWait.h"
+#include "platform/linux/x11/InputMethods.h"
+#include "platform/linux/x11/Keyboard.h"
 #include "platform/linux/x11/UnreadKeys.h"
 
 namespace tarvik::linuxdesktop {
@@ -16,11 +19,20 @@ namespace tarvik::linuxdesktop {
 class InputMethodPacing {
   public:
     /// The references outlive the object.
-    InputMethodPacing(UnreadKeys& unread, ConditionWait& wait) : unread_(unread), wait_(wait) {}
+    InputMethodPacing(const Keyboard& keyboard, IbusAnswers& answers, UnreadKeys& unread,
+                      ConditionWait& wait)
+        : keyboard_(keyboard), answers_(answers), unread_(unread), wait_(wait) {}
 
-    /// A key has been typed into a window. `isAnswerKnown` tells whether an unread key waits for
-    /// the answer of the input method.
-    void handleKey(xcb_window_t window, bool isAnswerKnown);
+    /// What gets the keys first, as the keyboard knew when it was refreshed.
+    InputMethod method() const;
+    /// Listens to IBus where it runs. Answers whether the text waits for the beginning of that, 1 s
+    /// at the most and once in a burst of texts; `next` is called afterwards.
+    bool awaitIbus(std::function<void()> next);
+    /// A burst of texts has ended.
+    void endTyping() { hasAwaitedIbus_ = false; }
+
+    /// A key has been typed into a window. Nothing has to wait where no input method runs.
+    void handleKey(xcb_window_t window);
     /// Whether the next key for a window has to wait.
     bool isDue(xcb_window_t window) const { return paces_.contains(window); }
     /// Calls `next` once: with true when the next key may follow, with false when the window's
@@ -38,8 +50,11 @@ class InputMethodPacing {
 
     void pingAgain(xcb_window_t window, const std::function<void(bool)>& next);
 
+    const Keyboard& keyboard_;
+    IbusAnswers& answers_;
     UnreadKeys& unread_;
     ConditionWait& wait_;
+    bool hasAwaitedIbus_ = false;
     std::map<xcb_window_t, Pace> paces_;
 };
 

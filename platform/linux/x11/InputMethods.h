@@ -10,6 +10,20 @@
 
 namespace tarvik::linuxdesktop {
 
+/// The input method that a program may ask about its keys.
+struct InputMethod {
+    enum class Kind {
+        none,
+        /// Nobody tells when it has answered.
+        unobserved,
+        /// IbusAnswers tells.
+        ibus,
+    };
+    Kind kind = Kind::none;
+    /// The process that answers X programs; 0 where it is unknown.
+    std::int32_t process = 0;
+};
+
 /// The input methods of the session. An input method gets the keys of every program first, and
 /// composes other characters from them. Input thread only.
 class InputMethods {

@@ -5,6 +5,8 @@
 #include <algorithm>
 #include <utility>
 
+#include "platform/linux/x11/TypingRound.h"
+
 namespace tarvik::linuxdesktop {
 
 namespace {
@@ -23,11 +25,6 @@ constexpr auto lookUpTimeoutAtEnd = 700ms;
 // Keys may be needed again for the next piece of a dictation.
 constexpr milliseconds restoreDelay = 700ms;
 constexpr int maxFailures = 12;
-// A text for programs that IBus does not serve need not wait for IBus.
-constexpr auto ibusTimeout = 1s;
-// Keystrokes that are left over, so that a program that stops with all others unread holds up no
-// other program.
-constexpr std::size_t reservedStrokes = 8;
 // The server listens to this client alone during a burst, so bursts are short.
 constexpr std::size_t maxBurstLength = 40;
 
@@ -56,7 +53,7 @@ Typist::Typist(XcbConnection& connection, Keyboard& keyboard, FrontWindow& front
                }}),
       targetWindow_(connection, front, loop, [this] { handleChange(); }),
       wait_(loop),
-      pacing_(unread_, wait_),
+      pacing_(keyboard, answers_, unread_, wait_),
       restoreDeadline_(loop) {}
 
 Typist::~Typist() {
@@ -127,7 +124,7 @@ void Typist::endTyping() {
         return;
     }
     isBusy_ = false;
-    hasAwaitedIbus_ = false;
+    pacing_.endTyping();
     keyboardTaken_.reset();
     listen();
     scheduleRestore();
@@ -199,66 +196,16 @@ void Typist::bringToFront(xcb_window_t window) {
         });
 }
 
-// A round is as many characters as there are keystrokes for. A keystroke that yields another
-// character is reused only after its target has looked it up, because programs look keys up in the
-// map that is valid then.
-Typist::Round Typist::nextRound() {
-    const KeyboardState state = burst_.readState();
-    const std::u32string& characters = current().characters;
-    Round round{item_->position, {}, unread_.characters(), state.unusable};
-    std::set<char32_t> seen;
-    for (; round.end < characters.size(); ++round.end) {
-        const char32_t character = characters[round.end];
-        if (!seen.insert(character).second) {
-            continue;
-        }
-        const bool isNewlyKept = round.kept.insert(character).second;
-        if (!keyboard_.strokeFor(character, state.group, state.unusable)) {
-            round.lacking.insert(character);
-        }
-        const std::size_t free = keyboard_.freeStrokes(round.kept, state.unusable);
-        const std::size_t reserved = std::min(free, reservedStrokes);
-        if (round.lacking.size() > std::max(free - reserved, reserved)) {
-            // The next round keeps the character. This round may need its keystroke.
-            round.lacking.erase(character);
-            if (isNewlyKept) {
-                round.kept.erase(character);
-            }
-            break;
-        }
-    }
-    return round;
-}
-
-// The questions about the first key count as well.
-bool Typist::awaitsIbus() {
-    if (!keyboard_.inputMethods().isIBus || !answers_.listen([this] { handleChange(); })) {
-        return false;
-    }
-    return !std::exchange(hasAwaitedIbus_, true) && !answers_.isReady();
-}
-
-UnreadKeys::Method Typist::method() const {
-    using Kind = UnreadKeys::Method::Kind;
-    const InputMethods::Running& running = keyboard_.inputMethods();
-    if (!running.isAny) {
-        return {};
-    }
-    return {running.isIBus && answers_.isReady() ? Kind::ibus : Kind::unobserved,
-            running.process.value_or(0)};
-}
-
 // The keys follow the change of the map at once. A program gets the announcement of the change
 // before the keys, and reads the map then or later.
 void Typist::planRound() {
     target_ = behind_ != XCB_NONE ? behind_ : front_.window();
     keyboard_.refresh();
-    if (awaitsIbus()) {
-        wait_.begin(
-            ibusTimeout, [this] { return answers_.isReady(); }, [this](bool) { reachTarget(); });
+    if (pacing_.awaitIbus([this] { reachTarget(); })) {
         return;
     }
-    const Round round = nextRound();
+    const TypingRound round = nextRound(keyboard_, burst_.readState(), current().characters,
+                                        item_->position, unread_.characters());
     const bool isLast = round.end == current().characters.size();
     if (!isRead(target_) && (!isLast || !round.lacking.empty())) {
         waitFor(target_);
@@ -311,8 +258,7 @@ void Typist::letOthersPass(xcb_window_t waitsFor) {
 
 void Typist::typeRound() {
     const TypedText& text = current();
-    const bool isPaced = keyboard_.hasInputMethod();
-    const std::size_t burstLength = isPaced ? 1 : maxBurstLength;
+    const std::size_t burstLength = keyboard_.hasInputMethod() ? 1 : maxBurstLength;
     while (item_->position < roundEnd_) {
         if (pacing_.isDue(target_)) {
             pacing_.await(target_,
@@ -327,11 +273,9 @@ void Typist::typeRound() {
                 item_->position += burst.size();
                 failures_ = 0;
                 keyboardTaken_.reset();
-                unread_.add(target_, burst, method());
+                unread_.add(target_, burst, pacing_.method());
                 listen();
-                if (isPaced) {
-                    pacing_.handleKey(target_, method().kind == UnreadKeys::Method::Kind::ibus);
-                }
+                pacing_.handleKey(target_);
                 break;
             case KeyBurst::Outcome::notInFront:
                 tryAgain("its process does not stay in front", [this] { reachTarget(); });

@@ -7,7 +7,6 @@
 #include <cstddef>
 #include <functional>
 #include <optional>
-#include <set>
 #include <string>
 
 #include "platform/Log.h"
@@ -71,16 +70,6 @@ class Typist {
     }
 
   private:
-    struct Round {
-        std::size_t end = 0;
-        // What needs a keystroke.
-        std::set<char32_t> lacking;
-        // What keeps the keystroke that it has.
-        std::set<char32_t> kept;
-        // The keys that cannot be pressed.
-        KeysDown unusable;
-    };
-
     void beginNext();
     void endTyping();
     void reachTarget();
@@ -88,9 +77,6 @@ class Typist {
     const TypedText& current() const { return item_->text; }
     bool isRead(xcb_window_t window) const { return !unread_.contains(window); }
     bool isReady(xcb_window_t window) { return isRead(window) && !targetWindow_.isAwaited(window); }
-    Round nextRound();
-    bool awaitsIbus();
-    UnreadKeys::Method method() const;
     void planRound();
     void waitFor(xcb_window_t window);
     void letOthersPass(xcb_window_t waitsFor);
@@ -116,8 +102,6 @@ class Typist {
     KeyBurst burst_;
     WindowPing ping_;
     IbusAnswers answers_;
-    // IBus has been waited for once in this burst of texts.
-    bool hasAwaitedIbus_ = false;
     UnreadKeys unread_;
     TargetWindow targetWindow_;
 

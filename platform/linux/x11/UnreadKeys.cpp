@@ -23,11 +23,6 @@ constexpr milliseconds firstProbeInterval = 1ms;
 constexpr milliseconds maxProbeInterval = 100ms;
 // The next key waits for a program that has answered a ping.
 constexpr milliseconds maxPingedProbeInterval = 10ms;
-// A program that is never idle, such as a browser, is looked at no longer after its answer to a
-// ping. One that asks IBus may be late with the question or with the handling of the answer.
-constexpr milliseconds maxLookTime = 50ms;
-constexpr milliseconds maxFirstLookTime = 300ms;
-constexpr milliseconds maxAskerLookTime = 1s;
 // A program that is idle at every look and never rests, such as a clock, has its answers by then.
 constexpr milliseconds maxMethodDelay = 3s;
 // Nobody waits for a program that has read nothing for 30 s.
@@ -40,8 +35,6 @@ constexpr int markersForProof = 4;
 // for a processor, as in Java on a busy machine. Nearly always such a program is seen idle before
 // that.
 constexpr int markersForProofOfThreads = 60;
-// A window that is forgotten is looked at as a new one.
-constexpr std::size_t maxKnownWindows = 256;
 
 }  // namespace
 
@@ -50,6 +43,7 @@ UnreadKeys::UnreadKeys(XcbConnection& connection, PollLoop& loop, WindowPing& pi
     : connection_(connection),
       ping_(ping),
       answers_(answers),
+      questions_(answers),
       probe_(connection),
       marker_(connection.atom("_TARVIK_DICTATE_MARKER")),
       events_(std::move(events)),
@@ -82,11 +76,7 @@ bool UnreadKeys::isPinged(xcb_window_t window) const {
     return found != windows_.end() && found->second.isPinged;
 }
 
-void UnreadKeys::add(xcb_window_t window, std::u32string_view characters) {
-    add(window, characters, {});
-}
-
-void UnreadKeys::add(xcb_window_t window, std::u32string_view characters, Method method) {
+void UnreadKeys::add(xcb_window_t window, std::u32string_view characters, InputMethod method) {
     if (window != XCB_NONE) {
         // The end of the window is reported from here on.
         connection_.selectEvents(window, XCB_EVENT_MASK_STRUCTURE_NOTIFY, this);
@@ -97,13 +87,12 @@ void UnreadKeys::add(xcb_window_t window, std::u32string_view characters, Method
     keys.serial = serial.value_or(0);
     keys.isKnownToAnswer = keys.isPinged && ping_.hasAnswered(window);
     keys.typed = std::chrono::steady_clock::now();
-    if (method.kind != Method::Kind::none) {
+    if (method.kind != InputMethod::Kind::none) {
         keys.method = method;
     }
     if (keys.characters.empty()) {
         // The questions about these keys cannot have been heard yet.
-        keys.firstQuestions = answers_.questionCount();
-        keys.questions = keys.firstQuestions;
+        keys.questions = questions_.begin();
     }
     keys.number = ++number_;
     keys.characters += characters;
@@ -127,21 +116,11 @@ void UnreadKeys::startProbing(xcb_window_t window, Keys& keys, SteadyTime time) 
     keys.probed = connection_.processOfClient(window).value_or(0);
     keys.probeInterval = firstProbeInterval;
     keys.nextProbe = time;
-    keys.lookDeadline = time + lookTime(window, keys);
+    const bool isIbus = keys.method.kind == InputMethod::Kind::ibus;
+    keys.lookDeadline = time + (isIbus ? questions_.lookTime(window) : KeyQuestions::firstLookTime);
     keys.resting = keys.typed;
     keys.isMarkerSent = false;
     keys.markersRead = 0;
-}
-
-milliseconds UnreadKeys::lookTime(xcb_window_t window, const Keys& keys) const {
-    if (keys.method.kind != Method::Kind::ibus) {
-        return maxFirstLookTime;
-    }
-    const auto found = asksIbus_.find(window);
-    if (found == asksIbus_.end()) {
-        return maxFirstLookTime;
-    }
-    return found->second ? maxAskerLookTime : maxLookTime;
 }
 
 std::set<char32_t> UnreadKeys::characters() const {
@@ -170,7 +149,7 @@ void UnreadKeys::handleAnswer(const WindowPing::Answer& answer) {
     }
     if (answer.serial >= found->second.serial) {
         if (Keys& keys = found->second;
-            keys.method.kind != Method::Kind::none && !keys.characters.empty()) {
+            keys.method.kind != InputMethod::Kind::none && !keys.characters.empty()) {
             // The question to the input method may not have left the program yet.
             keys.isKnownToAnswer = true;
             startProbing(answer.window, keys, std::chrono::steady_clock::now());
@@ -188,7 +167,7 @@ void UnreadKeys::handleAnswer(const WindowPing::Answer& answer) {
 
 void UnreadKeys::handleDestroyed(xcb_window_t window) {
     connection_.forgetEvents(window);
-    asksIbus_.erase(window);
+    questions_.handleDestroyed(window);
     if (windows_.contains(window)) {
         finish(window);
         setDeadline();
@@ -225,7 +204,7 @@ void UnreadKeys::handleDeadline() {
     std::vector<xcb_window_t> read;
     std::vector<std::function<void()>> onRead;
     for (auto& [window, keys] : windows_) {
-        if (keys.method.kind == Method::Kind::ibus && !keys.isDoubtful) {
+        if (keys.method.kind == InputMethod::Kind::ibus && !keys.isDoubtful) {
             // IBus is slow, and the program reads on.
             keys.deadline = std::max(keys.deadline, answers_.lastAnswer() + timeout_);
         }
@@ -269,7 +248,7 @@ ProgramProbe::Sight UnreadKeys::look(const Keys& keys) {
     }
     // A stopped input method has keys left, and one that is only busy may have none. Most programs
     // that answer pings ask IBus without the process that is looked at.
-    const bool isBehind = keys.method.kind == Method::Kind::unobserved &&
+    const bool isBehind = keys.method.kind == InputMethod::Kind::unobserved &&
                           (before.finding == Finding::behind || after.finding == Finding::behind);
     sight.finding = isBehind || !keys.isPinged ? Finding::behind : Finding::busy;
     return sight;
@@ -280,7 +259,7 @@ bool UnreadKeys::probe(xcb_window_t window, Keys& keys) {
     const auto [finding, switches, threads] = look(keys);
     const auto now = std::chrono::steady_clock::now();
     const bool hasAnsweredPing =
-        keys.isPinged && keys.method.kind != Method::Kind::none && ping_.hasAnswered(window);
+        keys.isPinged && keys.method.kind != InputMethod::Kind::none && ping_.hasAnswered(window);
     if (hasAnsweredPing && (finding == ProgramProbe::Finding::unknown ||
                             (finding == ProgramProbe::Finding::busy && now >= keys.lookDeadline))) {
         return true;
@@ -295,7 +274,7 @@ bool UnreadKeys::probe(xcb_window_t window, Keys& keys) {
     }
     // Some toolkits that answer pings read events in one thread and handle them in another.
     if ((finding == ProgramProbe::Finding::idle &&
-         (keys.isPinged || keys.method.kind != Method::Kind::unobserved ||
+         (keys.isPinged || keys.method.kind != InputMethod::Kind::unobserved ||
           hasRested(keys, switches))) ||
         (finding == ProgramProbe::Finding::busy && !keys.isPinged &&
          readsMarkers(window, keys, threads == 1 ? markersForProof : markersForProofOfThreads))) {
@@ -318,7 +297,7 @@ bool UnreadKeys::hasRested(Keys& keys, std::uint64_t switches) const {
 
 void UnreadKeys::finishLook(xcb_window_t window) {
     const auto found = windows_.find(window);
-    if (found != windows_.end() && found->second.method.kind == Method::Kind::ibus) {
+    if (found != windows_.end() && found->second.method.kind == InputMethod::Kind::ibus) {
         awaitAnswers(window, found->second);
     } else if (found != windows_.end()) {
         remove(window);
@@ -338,33 +317,13 @@ void UnreadKeys::handleAnswers(xcb_window_t window, std::uint64_t number) {
         return;
     }
     Keys& keys = found->second;
-    const std::uint64_t count = answers_.questionCount();
-    if (std::exchange(keys.questions, count) != count || mayStillAsk(window, keys)) {
+    if (questions_.areLeft(window, keys.questions, keys.characters.size(), keys.typed)) {
         lookAgain(window, keys);
     } else {
-        if (asksIbus_.size() >= maxKnownWindows) {
-            asksIbus_.clear();
-        }
-        asksIbus_[window] = count != keys.firstQuestions;
         remove(window);
     }
     setDeadline();
     events_.onChange();
-}
-
-// IBus may be slow to read the question. A program that asks does so at least once a key.
-bool UnreadKeys::mayStillAsk(xcb_window_t window, const Keys& keys) const {
-    if (keys.questions - keys.firstQuestions >= keys.characters.size()) {
-        return false;
-    }
-    const bool hasAsked = keys.questions != keys.firstQuestions;
-    const auto found = asksIbus_.find(window);
-    if (found != asksIbus_.end() && !found->second && !hasAsked) {
-        return false;
-    }
-    const bool isNew = found == asksIbus_.end() && !hasAsked;
-    return std::chrono::steady_clock::now() < std::max(keys.typed, answers_.lastAnswer()) +
-                                                  (isNew ? maxFirstLookTime : maxAskerLookTime);
 }
 
 // The program has got an answer, and may have to handle it.

@@ -16,6 +16,8 @@
 
 #include "platform/linux/ibus/IbusAnswers.h"
 #include "platform/linux/loop/PollLoop.h"
+#include "platform/linux/x11/InputMethods.h"
+#include "platform/linux/x11/KeyQuestions.h"
 #include "platform/linux/x11/ProgramProbe.h"
 #include "platform/linux/x11/WindowPing.h"
 #include "platform/linux/x11/XcbConnection.h"
@@ -46,14 +48,6 @@ class UnreadKeys {
         std::function<void(xcb_window_t window, std::size_t characters)> onTimeout;
     };
 
-    /// The input method that a program may ask about keys.
-    struct Method {
-        enum class Kind { none, unobserved, ibus };
-        Kind kind = Kind::none;
-        /// The process of an unobserved one; 0 where it is unknown.
-        std::int32_t process = 0;
-    };
-
     /// No key is waited for any longer.
     static constexpr std::chrono::seconds maxTimeout{30};
     /// For so long a program rests that has the answers of its input method.
@@ -80,8 +74,7 @@ class UnreadKeys {
 
     /// Characters have been typed into a window; or none, to find out whether its program answers
     /// pings.
-    void add(xcb_window_t window, std::u32string_view characters);
-    void add(xcb_window_t window, std::u32string_view characters, Method method);
+    void add(xcb_window_t window, std::u32string_view characters, InputMethod method = {});
     /// Every character whose key has to keep its symbol.
     std::set<char32_t> characters() const;
     /// Calls `action` once the keys of a window are read or not waited for any more; at once where
@@ -112,12 +105,10 @@ class UnreadKeys {
         bool hasExpired = false;
         // The program, while it is probed from outside.
         std::optional<std::int32_t> probed;
-        Method method;
+        InputMethod method;
         // Tells the answers about earlier keys.
         std::uint64_t number = 0;
-        // How many questions had come to IBus before the keys, and when they were last counted.
-        std::uint64_t firstQuestions = 0;
-        std::uint64_t questions = 0;
+        KeyQuestions::Count questions;
         // A program with many threads that answers pings is looked at no longer than that.
         SteadyTime lookDeadline;
         // The program rests since then, by the number of its switches.
@@ -131,14 +122,12 @@ class UnreadKeys {
     };
 
     void startProbing(xcb_window_t window, Keys& keys, SteadyTime time);
-    std::chrono::milliseconds lookTime(xcb_window_t window, const Keys& keys) const;
     ProgramProbe::Sight look(const Keys& keys);
     bool probe(xcb_window_t window, Keys& keys);
     bool hasRested(Keys& keys, std::uint64_t switches) const;
     void finishLook(xcb_window_t window);
     void awaitAnswers(xcb_window_t window, Keys& keys);
     void handleAnswers(xcb_window_t window, std::uint64_t number);
-    bool mayStillAsk(xcb_window_t window, const Keys& keys) const;
     void lookAgain(xcb_window_t window, Keys& keys);
     bool readsMarkers(xcb_window_t window, Keys& keys, int proof);
     void setDeadline();
@@ -150,14 +139,13 @@ class UnreadKeys {
     XcbConnection& connection_;
     WindowPing& ping_;
     IbusAnswers& answers_;
+    KeyQuestions questions_;
     ProgramProbe probe_;
     xcb_atom_t marker_;
     Events events_;
     std::chrono::milliseconds timeout_;
     std::chrono::milliseconds rest_;
     std::map<xcb_window_t, Keys> windows_;
-    // The windows whose programs have asked IBus about their last keys, or have not.
-    std::map<xcb_window_t, bool> asksIbus_;
     std::uint64_t number_ = 0;
     Deadline deadline_;
 };

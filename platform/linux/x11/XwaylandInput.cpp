@@ -100,45 +100,48 @@ std::optional<platform::ProcessIdentifier> XwaylandInput::chooseTarget() {
     }
     const FrontWindow::Known noticed = server->front();
     const Process told = noticed.process > 0 ? Process(noticed.process) : ofSession;
-    const int number = ++lastNumber_;
-    choice_ = {number, told, ofSession, noticed};
-    ask(number, false);
-    mainQueue_.asyncAfter(answerTimeout, weakly(*this, [number](XwaylandInput& self) {
-                              if (self.choice_ && self.choice_->number == number) {
-                                  self.decideUnanswered();
-                              }
-                          }));
+    choice_ = {++lastNumber_, told, ofSession, noticed};
+    ask();
+    later(answerTimeout, &XwaylandInput::decideUnanswered);
     return told;
 }
 
-void XwaylandInput::ask(int number, bool isAgain) {
+// Only where the choice has not been made by then.
+void XwaylandInput::later(Seconds delay, void (XwaylandInput::*action)()) {
+    mainQueue_.asyncAfter(delay,
+                          weakly(*this, [number = choice_->number, action](XwaylandInput& self) {
+                              if (self.isChoosing(number)) {
+                                  (self.*action)();
+                              }
+                          }));
+}
+
+void XwaylandInput::ask() {
     server_.load()->askFront(
-        weakly(*this, [number, isAgain](XwaylandInput& self, FrontWindow::Known front) {
+        weakly(*this, [number = choice_->number](XwaylandInput& self, FrontWindow::Known front) {
             // A late answer tells what is in front by now.
-            if (!self.choice_ || self.choice_->number != number) {
-                return;
-            }
-            const Choice& choice = *self.choice_;
-            const bool isDoubtful = front.process > 0 && front.window == choice.noticed.window &&
-                                    choice.ofSession != front.process;
-            if (isDoubtful && !isAgain) {
-                self.mainQueue_.asyncAfter(doubtDelay, weakly(self, [number](XwaylandInput& later) {
-                                               later.askAgain(number);
-                                           }));
-            } else {
-                self.decide(front);
+            if (self.isChoosing(number)) {
+                self.handleAnswer(front);
             }
         }));
 }
 
-// The session, too, may have heard by now to which program the user has turned.
-void XwaylandInput::askAgain(int number) {
-    if (choice_ && choice_->number == number) {
-        if (!choice_->ofSession && front_) {
-            choice_->ofSession = front_->chooseTarget();
-        }
-        ask(number, true);
+void XwaylandInput::handleAnswer(FrontWindow::Known front) {
+    const bool isDoubtful = front.process > 0 && front.window == choice_->noticed.window &&
+                            choice_->ofSession != front.process;
+    if (isDoubtful && !std::exchange(choice_->isAskedAgain, true)) {
+        later(doubtDelay, &XwaylandInput::askAgain);
+    } else {
+        decide(front);
     }
+}
+
+// The session, too, may have heard by now to which program the user has turned.
+void XwaylandInput::askAgain() {
+    if (!choice_->ofSession && front_) {
+        choice_->ofSession = front_->chooseTarget();
+    }
+    ask();
 }
 
 // A server that hangs has not heard to which program the user has turned since, and hands no text

@@ -62,6 +62,7 @@ class XwaylandInput final : public TypingMeans,
         Process ofSession;
         // What had been noticed of the X server.
         FrontWindow::Known noticed;
+        bool isAskedAgain = false;
     };
     // Where the texts go that are for a process which chooseTarget() has answered.
     struct Target {
@@ -71,8 +72,11 @@ class XwaylandInput final : public TypingMeans,
     };
 
     void connect();
-    void ask(int number, bool isAgain);
-    void askAgain(int number);
+    bool isChoosing(int number) const { return choice_ && choice_->number == number; }
+    void later(Seconds delay, void (XwaylandInput::*action)());
+    void ask();
+    void handleAnswer(FrontWindow::Known front);
+    void askAgain();
     void decide(FrontWindow::Known front);
     void decideUnanswered();
 

@@ -17,6 +17,7 @@ namespace tarvik::tests {
 namespace {
 
 using namespace std::chrono_literals;
+using linuxdesktop::InputMethod;
 using linuxdesktop::ProgramProbe;
 using linuxdesktop::UnreadKeys;
 using linuxdesktop::XcbConnection;
@@ -229,7 +230,7 @@ TEST_F(X11UnreadKeys, OfAProgramThatAsksAnInputMethodAreReadOnceTheProgramHasRes
     const X11Target terminal(X11Target::Kind::terminal, mainQueue);
     ASSERT_TRUE(comesToFront(terminal));
     const xcb_window_t window = frontWindow();
-    constexpr UnreadKeys::Method method{UnreadKeys::Method::Kind::unobserved};
+    constexpr InputMethod method{InputMethod::Kind::unobserved};
     UnreadKeys never{*connection, loop, ping, answers, events, UnreadKeys::maxTimeout, 1h};
     never.add(window, U"ж", method);
     // A recording begins.
