@@ -56,6 +56,7 @@ class Keyboard {
     std::uint8_t numLockMask() const;
     /// Whether an input method runs.
     bool hasInputMethod() const { return methods_.isAny; }
+    /// Which input methods ran at the last refresh().
     const InputMethods::Running& inputMethods() const { return methods_; }
     /// A modifier with which keys type what they type without, and which makes an input method
     /// leave the keys alone. 0 while none runs, or when the modifier stands for something else.
