@@ -19,6 +19,9 @@ namespace {
 
 class AlertTest : public UserInterfaceTest {
   protected:
+    void SetUp() override {
+        ASSERT_TRUE(runUntil([this] { return program.areWindowsForgotten(); }));
+    }
     /// Opens the window of another program, and waits until it has the keyboard.
     void openOtherWindow() {
         const std::string title = folder.path();

@@ -25,6 +25,9 @@ namespace {
 /// window has appeared.
 class X11WindowTest : public UserInterfaceTest {
   protected:
+    void SetUp() override {
+        ASSERT_TRUE(runUntil([this] { return program.areWindowsForgotten(); }));
+    }
     platform::Rect screen() { return userInterface.mainScreenVisibleFrame().value(); }
 
     bool isSettled(SampleWindow& sample) {
