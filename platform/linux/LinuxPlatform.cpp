@@ -102,6 +102,7 @@ void LinuxPlatform::endWithoutDisplay() {
     application_.terminate();
     mainQueue_.runUntil([this] { return application_.hasEnded(); }, terminationTimeout);
     userDefaults_.finish();
+    log_.finish();
 }
 
 LinuxPlatform::~LinuxPlatform() {

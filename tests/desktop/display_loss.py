@@ -34,7 +34,8 @@ class DisplayLossTests:
     def check_end(self, application):
         self.assertEqual(application.process.wait(10), 1)
         application.log.read_to_end()
-        self.assertEqual(application.log.count("the display is gone"), 1)
+        self.assertEqual(application.log.count("the display is gone"), 1,
+                         "\n".join(application.log.lines))
 
     def check_that_a_recording_is_closed(self, end):
         service = self.start_scripted_service()

@@ -90,6 +90,8 @@ class SwayDesktop(Desktop):
     def _start_compositor(self, command, names):
         """Starts a compositor that writes its displays into the file `names`; returns its process, the
         variables of its programs, and the path of its own socket, which is empty without one."""
+        # A test before may have started one of the same name.
+        names.unlink(missing_ok=True)
         compositor = self.spawn(command, env=self.environment | HEADLESS)
         wait_for(names.exists, command[0], process=compositor)
         display, wayland_display, socket = names.read_text().splitlines()

@@ -19,10 +19,13 @@ namespace tarvik::linuxdesktop {
 class SystemLog final : public platform::Log {
   public:
     SystemLog();
-    /// Waits up to a second for the lines that are left.
+    /// As finish().
     ~SystemLog() override;
 
     void write(std::string_view line) override;
+    /// Waits up to a second for the lines that are left. Later lines are not written. The thread
+    /// that made the log.
+    void finish() { worker_.finish(); }
 
   private:
     struct Backlog;

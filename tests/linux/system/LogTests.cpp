@@ -40,6 +40,16 @@ TEST(LogTest, LinesOfManyThreadsStayWholeAndInOrder) {
     EXPECT_TRUE(std::is_sorted(lines.begin(), lines.end()));
 }
 
+TEST(LogTest, AFinishedLogHasWrittenEveryLine) {
+    CapturedErrors errors;
+    linuxdesktop::SystemLog log;
+    for (int number = 0; number < 500; ++number) {
+        log.write("a line");
+    }
+    log.finish();
+    EXPECT_EQ(errors.lines().size(), 500U);
+}
+
 TEST(LogTest, WithoutAThreadLinesAreWrittenAtOnce) {
     CapturedErrors errors;
     const ThreadShortage shortage;
