@@ -39,9 +39,12 @@ class AtspiApplication {
     }
     /// A line for the log: why the program's text will be typed. Any thread.
     std::string reasonToType(const char* reason) const {
+        return name() + " " + reason + "; its text will be typed";
+    }
+    /// How a line of the log calls the program. Any thread.
+    std::string name() const {
         const auto known = process();
-        return "process " + (known ? std::to_string(*known) : busName) + " " + reason +
-               "; its text will be typed";
+        return "process " + (known ? std::to_string(*known) : busName);
     }
     /// The bus's thread only.
     void setProcess(platform::ProcessIdentifier process) { process_ = process; }
@@ -74,6 +77,7 @@ class AtspiElement final : public platform::AXUIElement {
     /// Gives the widget and its program another chance. Any thread.
     void forgetFailures() {
         hasLied = false;
+        hasRefused = false;
         application->isUnresponsive = false;
     }
 
@@ -82,6 +86,9 @@ class AtspiElement final : public platform::AXUIElement {
     /// The widget confirmed a change that it had not made, since the focus was last read. Any
     /// thread.
     std::atomic<bool> hasLied = false;
+    /// The log has a line of a text that the widget did not take, since the focus was last read.
+    /// Any thread.
+    std::atomic<bool> hasRefused = false;
     /// Whether the widget's text can be changed; empty until the program has replied. The bus's
     /// thread only.
     std::optional<bool> isEditableText;

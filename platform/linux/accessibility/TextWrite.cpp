@@ -47,15 +47,18 @@ TextWrite::TextWrite(MessageBus& bus, std::shared_ptr<AtspiElement> element, std
 AXError TextWrite::run(SteadyTime deadline) {
     deadline_ = deadline;
     if (element_->application->isGone) {
-        return platform::axErrorInvalidUIElement;
+        return refuse(platform::axErrorInvalidUIElement, "has ended");
+    }
+    if (element_->isUnreliable()) {
+        return platform::axErrorCannotComplete;
     }
     // A late undo would hit whatever is written before it.
-    if (element_->isUnreliable() || !element_->application->lateReplies.expired()) {
-        return platform::axErrorCannotComplete;
+    if (!element_->application->lateReplies.expired()) {
+        return refuse(platform::axErrorCannotComplete, "still owes replies");
     }
     // Checked before anything is changed: whether a message can carry the text.
     if (text_.find('\0') != std::string::npos || !widget_.newInsertion(0, text_)) {
-        return platform::axErrorIllegalArgument;
+        return refuse(platform::axErrorIllegalArgument, "cannot be sent such a text");
     }
     AXError status = inspect();
     if (status == platform::axErrorSuccess && selectionEnd_ > selectionStart_) {
@@ -70,21 +73,21 @@ AXError TextWrite::inspect() {
         return failWithoutReply();
     }
     if (!element_->isEditableText) {
-        return platform::axErrorInvalidUIElement;
+        return refuse(platform::axErrorInvalidUIElement, "does not describe its field");
     }
     if (!*element_->isEditableText) {
         return platform::axErrorAttributeUnsupported;
     }
     if (element_->application->toolkit.empty()) {
         // The toolkit decides the unit of offsets; a wrong guess would corrupt the text.
-        return platform::axErrorCannotComplete;
+        return refuse(platform::axErrorCannotComplete, "does not name its toolkit");
     }
     const auto state = TextState::query(bus_, *element_, deadline);
     if (!state) {
         return failWithoutReply();
     }
     if (!state->states || !state->count) {
-        return platform::axErrorInvalidUIElement;
+        return refuse(platform::axErrorInvalidUIElement, "does not describe its text");
     }
     if (!state->states->contains(State::editable) || state->states->contains(State::readOnly)) {
         return platform::axErrorAttributeUnsupported;
@@ -96,7 +99,9 @@ AXError TextWrite::inspect() {
     offset_ = selectionEnd_ > selectionStart_ ? selectionStart_ : caret_.value_or(-1);
     countBefore_ = *count_ - (selectionEnd_ - selectionStart_);
     // Without a caret there is no offset for the insertion.
-    return offset_ >= 0 && countBefore_ >= 0 ? platform::axErrorSuccess : platform::axErrorNoValue;
+    return offset_ >= 0 && countBefore_ >= 0
+               ? platform::axErrorSuccess
+               : refuse(platform::axErrorNoValue, "does not say where the caret is");
 }
 
 bool TextWrite::queryCapabilities(SteadyTime deadline) {
@@ -126,7 +131,7 @@ AXError TextWrite::deleteSelection() {
         return platform::axErrorSuccess;
     }
     if (!deletion->isAccepted) {
-        return platform::axErrorFailure;
+        return refuse(platform::axErrorFailure, "does not delete the selection");
     }
     return waitUntil(isDeleted) ? platform::axErrorSuccess
                                 : failAfterLie("does not delete what it says it deletes");
@@ -171,7 +176,7 @@ void TextWrite::settle() {
         return;
     }
     if (!element_->hasLied) {
-        handlers_.onUnreliable(element_->application->reasonToType(silence));
+        handlers_.onUnreliable(element_->application->reasonToType(refusal_ ? refusal_ : silence));
     }
     if (hasArrived && insertion_->isAccepted) {
         takeBack(lengthThatArrived());
@@ -199,16 +204,16 @@ AXError TextWrite::verifyInsertion() {
     }
     if (isCut || (insertion_->isAccepted && isTruncated())) {
         restoreTail();
-        return platform::axErrorFailure;
+        return refuse(platform::axErrorFailure, "has no room for the whole text");
     }
     if (insertion_->insertedLength() == 0) {
         return insertion_->isAccepted ? failAfterLie("does not insert what it says it inserts")
-                                      : platform::axErrorFailure;
+                                      : refuse(platform::axErrorFailure, "does not take the text");
     }
     // Part of the text was inserted, for example into a field with a length limit. Or something
     // else was: the Java bridge garbles characters beyond U+FFFF.
     takeBack(lengthToTakeBack());
-    return platform::axErrorFailure;
+    return refuse(platform::axErrorFailure, "takes another text than it is sent");
 }
 
 // Keys may have come between the replies to a pending write. Only what looks like the text is
@@ -300,6 +305,11 @@ std::int64_t TextWrite::lengthThatArrived() const {
 
 void TextWrite::reportSilence() {
     handlers_.onUnreliable(element_->application->reasonToType(silence));
+}
+
+AXError TextWrite::refuse(AXError status, const char* reason) {
+    refusal_ = reason;
+    return status;
 }
 
 AXError TextWrite::failWithoutReply() {

@@ -57,6 +57,9 @@ class TextWrite : public std::enable_shared_from_this<TextWrite> {
     /// Whether the program has not even replied to queries, and nothing was changed; after run().
     /// Nobody has been told of that silence yet.
     bool hasNotBegun() const { return hasNotBegun_; }
+    /// Why the program has not taken the text, where no line of the log has said so; after run().
+    /// Empty where the text was taken, and for a widget that shows text which cannot be changed.
+    const char* refusal() const { return refusal_; }
     /// Writes the line which says that the program does not reply.
     void reportSilence();
     /// Deletes the inserted text again; after a run() that succeeded.
@@ -76,6 +79,7 @@ class TextWrite : public std::enable_shared_from_this<TextWrite> {
     bool hasBegun() const;
     bool isTruncated();
     void restoreTail();
+    platform::AXError refuse(platform::AXError status, const char* reason);
     platform::AXError failWithoutReply();
     platform::AXError failAfterLie(const char* reason);
     bool waitUntil(const std::function<bool()>& condition);
@@ -96,6 +100,7 @@ class TextWrite : public std::enable_shared_from_this<TextWrite> {
     bool isPending_ = false;
     bool hasNotBegun_ = false;
     bool isChanging_ = false;
+    const char* refusal_ = nullptr;
     SteadyTime deadline_;
 
     std::int64_t selectionStart_ = 0;

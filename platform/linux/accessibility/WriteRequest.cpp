@@ -120,7 +120,9 @@ WriteRequest::Attempt WriteRequest::attempt(SteadyTime deadline) {
 }
 
 void WriteRequest::run(SteadyTime deadline) {
+    lastAttempt_ = std::chrono::steady_clock::now() + busyTimeout;
     const auto [write, status] = attempt(deadline);
+    report(*write);
     const bool isAwaited = reply_->deliver(status, write->isPending() || write->hasNotBegun());
     if (write->hasNotBegun()) {
         awaitProgram();
@@ -146,10 +148,21 @@ void WriteRequest::runAgain() {
     }
     element_->application->isUnresponsive = false;
     const auto [write, status] = attempt(std::chrono::steady_clock::now() + attemptTimeout);
-    if (write->hasNotBegun()) {
+    report(*write);
+    // A busy machine may stop a program more than once.
+    if (write->hasNotBegun() && std::chrono::steady_clock::now() < lastAttempt_) {
+        awaitProgram();
+    } else if (write->hasNotBegun()) {
         write->reportSilence();
     } else if (status == platform::axErrorSuccess && !reply_->settle(true)) {
         write->undo();
+    }
+}
+
+void WriteRequest::report(const TextWrite& write) {
+    if (write.refusal() && !element_->hasRefused.exchange(true)) {
+        onUnreliable_(element_->application->name() + " " + write.refusal() +
+                      "; the text is typed");
     }
 }
 

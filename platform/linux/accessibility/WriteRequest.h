@@ -14,8 +14,9 @@
 namespace tarvik::linuxdesktop {
 
 /// A text that the main thread wants to have written, up to its outcome. A program that does not
-/// even reply to queries is told nothing; it gets the text when it replies within 5 s. Belongs to
-/// the bus's thread.
+/// even reply to queries is told nothing; it gets the text when it replies within 5 s. A program
+/// that replies and falls silent again is tried again for 5 s. The log says once in a recording why
+/// a text of an element is typed. Belongs to the bus's thread.
 class WriteRequest : public std::enable_shared_from_this<WriteRequest> {
   public:
     /// `bus` outlives the request, or the element's program is gone by then. `onUnreliable` gets
@@ -51,6 +52,8 @@ class WriteRequest : public std::enable_shared_from_this<WriteRequest> {
     std::shared_ptr<TextWrite> newWrite(std::shared_ptr<AtspiElement> element);
     void awaitProgram();
     void runAgain();
+    /// Writes the line which says why the text of the attempt will be typed.
+    void report(const TextWrite& write);
 
     MessageBus& bus_;
     const std::shared_ptr<AtspiElement> element_;
@@ -58,6 +61,8 @@ class WriteRequest : public std::enable_shared_from_this<WriteRequest> {
     const std::function<void(const std::string&)> onUnreliable_;
     const Defer defer_;
     const std::shared_ptr<WriteReply> reply_;
+    /// The end of the time in which a program that falls silent is tried again; set by run().
+    SteadyTime lastAttempt_;
 };
 
 }  // namespace tarvik::linuxdesktop

@@ -13,6 +13,7 @@ that its window is active or is not, "lose" takes the focus away inside the wind
 a key grab, which makes the window inactive as well, "pane" and "outer-pane" have something around
 the field report the focus that the field has, "second" reports the focus of the second field,
 "read" prints the text of the second field, "insertions" prints the number of requested insertions,
+"asked" prints how often the field was asked for its states during the silence,
 "examinations" prints how often the window was asked for its states, "parents" prints how often
 anything was asked for its parent, "behave NAME" changes the behaviour, "type TEXT" acts like typed
 keys, "wake" ends a silence, "settle" prints "done" when all requests sent so far are handled,
@@ -51,7 +52,7 @@ ENTRY = 79
 parser = argparse.ArgumentParser(description=__doc__)
 parser.add_argument("--behaviour", default="honest",
                     choices=["honest", "liar", "late", "refusing", "short", "cutting", "cutting-slowly",
-                             "silent-on-query", "silent-on-insertion", "silent-and-refusing",
+                             "silent-on-query", "silent-again", "silent-on-insertion", "silent-and-refusing",
                              "silent-and-short", "silent-and-utf16", "silent-and-late",
                              "silent-and-utf16-short", "silent-and-utf16-unreadable",
                              "silent-on-deletion", "dying-on-insertion", "slow", "slow-writing",
@@ -80,6 +81,7 @@ class Field:
         self.has_focus = True
         self.insertions = 0
         self.is_silent = self.was_silent = False
+        self.questions = 0
         # The requests during a silence. Like a stopped program, the field handles them afterwards.
         self.waiting = []
 
@@ -93,6 +95,7 @@ class Field:
 
     def wake(self):
         self.is_silent = False
+        self.questions = 0
         for reply, work in self.waiting:
             reply(*work())
         self.waiting = []
@@ -183,6 +186,7 @@ class Widget(dbus.service.Object):
 
     @dbus.service.method(ACCESSIBLE, out_signature="au", async_callbacks=("reply", "error"))
     def GetState(self, reply, error):
+        self.field.questions += self.field.is_silent
         if self.field.behaviour == "nonsense":
             self.answer(reply, lambda: (dbus.Array([0xFFFFFF80, 0], signature="u"),))
         else:
@@ -225,6 +229,8 @@ class Widget(dbus.service.Object):
     def GetNSelections(self, reply, error):
         if self.field.behaviour == "slow-writing":
             time.sleep(0.15)
+        elif self.field.behaviour == "silent-again" and not self.field.is_silent:
+            self.field.fall_silent()
         self.answer(reply, lambda: (1 if self.field.end > self.field.start or
                                     self.field.behaviour == "nonsense" else 0,))
 
@@ -366,6 +372,9 @@ def command(line):
         return
     elif line.startswith("behave "):
         field.behaviour = line.removeprefix("behave ")
+    elif line == "asked":
+        target_options.announce(str(field.questions))
+        return
     elif line == "insertions":
         target_options.announce(str(field.insertions))
         return

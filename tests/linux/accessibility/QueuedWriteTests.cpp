@@ -102,6 +102,22 @@ TEST_F(AtspiQueuedWrite, FollowsInAProgramThatFallsSilentOverEveryText) {
     EXPECT_EQ(typing.typed, U"");
 }
 
+// A busy machine may stop a program for a third of a second again and again.
+TEST_F(AtspiQueuedWrite, WaitsForAProgramThatFallsSilentMoreThanOnce) {
+    open("silent-again", "begin ");
+    insert("one ");
+    insert("two ");
+    for (const bool isLast : {false, false, true}) {
+        // The queries have failed by then.
+        EXPECT_TRUE(mainQueue.runUntil([this] { return target->command("asked") == "1"; }));
+        EXPECT_EQ(target->command(isLast ? "behave honest" : "wake"), "done");
+    }
+    EXPECT_TRUE(settlesAfterWaking());
+    EXPECT_EQ(target->text(), "begin one two ");
+    EXPECT_EQ(typing.typed, U"");
+    EXPECT_TRUE(log.lines().empty());
+}
+
 TEST_F(AtspiQueuedWrite, IsTypedBehindThePendingOneThatIsRefused) {
     open("silent-and-refusing", "as it was");
     insert("one ");
@@ -111,6 +127,7 @@ TEST_F(AtspiQueuedWrite, IsTypedBehindThePendingOneThatIsRefused) {
     EXPECT_EQ(typing.typed, U"one 😀 two three");
     EXPECT_EQ(target->text(), "as it was");
     EXPECT_EQ(insertions(), "1");
+    EXPECT_TRUE(log.hasLineWith("does not take the text; its text will be typed"));
 }
 
 TEST_F(AtspiQueuedWrite, IsTypedBehindThePendingOneWhoseProgramEnds) {
