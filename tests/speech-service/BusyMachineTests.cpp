@@ -10,6 +10,7 @@
 #include <chrono>
 #include <fstream>
 #include <future>
+#include <span>
 #include <sstream>
 #include <thread>
 #include <vector>
@@ -163,19 +164,21 @@ Tally dictateOnBusyMachine(int count) {
     service.waitUntilIdle();
     std::vector<Audio> sounds;
     std::vector<Seconds> needs;
-    for (const Sentence& sentence : sentences) {
+    const auto spoken =
+        std::span(sentences).first(std::min(sentences.size(), static_cast<std::size_t>(count)));
+    for (const Sentence& sentence : spoken) {
         // A dictation goes on for 0.3 s after the hotkey is released.
         sounds.push_back(speech(sentence.spoken, 16000, 0.2, 0.3));
         needs.push_back(firstPassTime(service, sounds.back()));
     }
     Tally tally;
     for (int i = 0; i < count; ++i) {
-        const std::size_t which = static_cast<std::size_t>(i) % sentences.size();
+        const std::size_t which = static_cast<std::size_t>(i) % spoken.size();
         const Dictation dictation = [&] {
             const BusyProcessors busy;
             return dictate(service, sounds[which]);
         }();
-        const bool isWhole = dictation.text == sentences[which].written;
+        const bool isWhole = dictation.text == spoken[which].written;
         const bool isStarved = dictation.processorTime < needs[which] * margin;
         EXPECT_TRUE(isWhole || isStarved)
             << "sentence " << i << ": \"" << dictation.text << "\" after "
@@ -191,7 +194,7 @@ Tally dictateOnBusyMachine(int count) {
 }
 
 TEST(BusyMachine, HearsEverySentenceWhole) {
-    constexpr int count = 3;
+    constexpr int count = 2;
     const Tally tally = dictateOnBusyMachine(count);
     EXPECT_EQ(tally.whole + tally.starved, count);
     if (tally.starved > 0) {
