@@ -59,7 +59,8 @@ def tokens_of(source):
     found = []
     for match in TOKEN.finditer(source):
         if match.lastgroup != "space" and match.group("space") is None:
-            kind = next(k for k in ("string", "char", "number", "word", "symbol") if match.group(k) is not None)
+            kind = next(k for k in ("string", "char", "number", "word", "symbol")
+                        if match.group(k) is not None)
             found.append(Token(kind, match.group(0), match.start(), match.end()))
     return found
 

@@ -10,7 +10,8 @@ ROOT = "/org/a11y/atspi/accessible/root"
 INTERFACE = "org.a11y.atspi."
 SCREEN_COORDINATES = 0
 # Bits of the state, as the interface numbers them.
-STATES = {"active": 1, "checked": 4, "editable": 7, "enabled": 8, "focusable": 11, "focused": 12, "showing": 25}
+STATES = {"active": 1, "checked": 4, "editable": 7, "enabled": 8, "focusable": 11, "focused": 12,
+          "showing": 25}
 CONTROLS = ("push button", "check box", "text", "password text")
 PASSWORD_TEXT = 40
 

@@ -94,7 +94,8 @@ CELLS = [
     Cell("nine seconds without a reader",
          steps(stops_reading, waits_for(WAITING), reads_again, waits_for(LEFT), all_sound_arrives),
          (WAITING, LEFT)),
-    Cell("no reader until the end", steps(stops_reading, waits_for(WAITING), stops, waits_for(WAITED_IN_VAIN)),
+    Cell("no reader until the end",
+         steps(stops_reading, waits_for(WAITING), stops, waits_for(WAITED_IN_VAIN)),
          (WAITING, WAITED_IN_VAIN, UNSENT, CANCELLED), is_red=False),
     Cell("final pieces that come two seconds late",
          steps(stops_writing, says("two"), says("three"), waits(2), writes_again, expects("One two three")),
@@ -110,7 +111,8 @@ CELLS = [
                    lambda w: w.stream.close(), text="One two", may_log=(CANCELLED,), is_fast=True),
     after_the_stop("a final piece a second after the end of the sound", waits(1), says("two"),
                    expects("One two"), lambda w: w.stream.close(), text="One two", may_log=(CANCELLED,)),
-    after_the_stop("a reset after the end of the sound", is_read, loses(lambda line: line.reset()), log=(LOST,)),
+    after_the_stop("a reset after the end of the sound", is_read, loses(lambda line: line.reset()),
+                   log=(LOST,)),
 ]
 
 

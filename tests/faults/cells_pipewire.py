@@ -41,7 +41,8 @@ class Pipewire(FaultTest):
                          f"sink_name={name}", f"rate={rate}"])
         wait_for(lambda: name in cls.desktop.run(["pactl", "list", "short", "sources"]), "the microphone")
         # WirePlumber has the say in this, and may still be starting.
-        wait_for(lambda: cls.desktop.succeeds(["pactl", "set-default-source", name]), "the default microphone")
+        wait_for(lambda: cls.desktop.succeeds(["pactl", "set-default-source", name]),
+                 "the default microphone")
 
     def unplug(self, name="vmic"):
         modules = self.desktop.run(["pactl", "list", "short", "modules"]).splitlines()
@@ -73,7 +74,8 @@ CELLS = [
     Cell("pipewire-pulse killed and started again",
          steps(lambda w: w.kill("pipewire-pulse"), waits_for(LOST, NO_FORMAT),
                lambda w: w.start_server("pipewire-pulse"), lambda w: w.plug(), sound),
-         (LOST, REBUILT, NO_FORMAT, "sound — now microphone vmic", REBUILT), may_log=(CLOSED,), parts=("PipeWire",)),
+         (LOST, REBUILT, NO_FORMAT, "sound — now microphone vmic", REBUILT), may_log=(CLOSED,),
+         parts=("PipeWire",)),
     Cell("loudness that changes all the time", lambda w: [
         w.desktop.run(["pactl", "set-source-volume", "vmic", f"{n}%"]) for n in range(60, 101)],
         parts=("PipeWire",)),

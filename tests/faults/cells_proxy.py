@@ -31,7 +31,9 @@ shutdown_lifetime 0 seconds
 cache_effective_user proxy
 {rules}
 """
-RULES = {"open": "http_access allow all", "closed": "http_access deny all", "guarded": """auth_param basic program {helper} {passwords}
+RULES = {"open": "http_access allow all",
+         "closed": "http_access deny all",
+         "guarded": """auth_param basic program {helper} {passwords}
 acl known proxy_auth REQUIRED
 http_access allow known
 http_access deny all"""}

@@ -198,7 +198,8 @@ class FaultTest(DictationTest):
         lines = [line for line in self.log.lines[self.first_line:self.last_line]
                  if not any(part in line for part in USUAL)]
         unexpected, missing = unmatched(lines, cell.log)
-        unexpected = [line for line in unexpected if not any(part in line for part in (*OPTIONAL, *cell.may_log))]
+        unexpected = [line for line in unexpected
+                      if not any(part in line for part in (*OPTIONAL, *cell.may_log))]
         self.assertEqual((unexpected, missing), ([], []), "unexpected and missing log lines")
 
     def check_next(self, cell):

@@ -6,8 +6,8 @@
 usage: run_cells.py [--fast | --slow | --page] [GROUP ...]
 
 A group is one of the modules cells_*.py. --fast and --slow choose the cells that every run of the tests
-has, and the others; --page writes the table of docs/reliability.md instead. TARVIK_BINARIES names the folder of the
-executables. With -k after the groups, only cells whose test has this name.
+has, and the others; --page writes the table of docs/reliability.md instead. TARVIK_BINARIES names the
+folder of the executables. With -k after the groups, only cells whose test has this name.
 """
 
 import argparse

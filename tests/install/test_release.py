@@ -123,7 +123,8 @@ class MacRelease(ReleaseTest):
     def setUp(self):
         super().setUp()
         for path, text in [("packaging/macos/package", MAC_PACKAGE),
-                           *((f"bin/{tool}", MAC_TOOL) for tool in ("realpath", "security", "uuidgen", "xcrun"))]:
+                           *((f"bin/{tool}", MAC_TOOL)
+                             for tool in ("realpath", "security", "uuidgen", "xcrun"))]:
             file = self.checkout / path
             file.parent.mkdir(parents=True, exist_ok=True)
             file.write_text(text)
@@ -133,7 +134,8 @@ class MacRelease(ReleaseTest):
     def build(self, status=0, **secrets):
         error = self.run_step("macos", "build/release/macos", status=status, **{
             "PATH": f"{self.checkout / 'bin'}:{os.environ['PATH']}", "HOME": str(self.checkout),
-            "TEST_CALLS": str(self.calls), "TEST_IDENTITIES": f'  1) 77AA "{IDENTITY}"\n     1 valid'} | secrets)
+            "TEST_CALLS": str(self.calls),
+            "TEST_IDENTITIES": f'  1) 77AA "{IDENTITY}"\n     1 valid'} | secrets)
         return self.calls.read_text().splitlines(), error
 
     def test_the_disk_image_has_the_version_in_its_name(self):
@@ -154,13 +156,15 @@ class MacRelease(ReleaseTest):
 
     def test_credentials_notarise(self):
         calls, _ = self.build(MACOS_CERTIFICATE="Y2VydGlmaWNhdGUK", MACOS_CERTIFICATE_PASSWORD="word",
-                              NOTARY_APPLE_ID="somebody@example.org", NOTARY_TEAM="A1B2C3", NOTARY_PASSWORD="p")
+                              NOTARY_APPLE_ID="somebody@example.org", NOTARY_TEAM="A1B2C3",
+                              NOTARY_PASSWORD="p")
         self.assertIn("xcrun notarytool store-credentials tarvik-release --apple-id somebody@example.org "
                       "--team-id A1B2C3 --password p", calls)
         self.assertEqual(calls[-1], f"package identity={IDENTITY} profile=tarvik-release")
 
     def test_a_certificate_that_is_none_for_this_ends_the_release(self):
-        calls, error = self.build(status=1, MACOS_CERTIFICATE="Y2VydGlmaWNhdGUK", MACOS_CERTIFICATE_PASSWORD="word",
+        calls, error = self.build(status=1, MACOS_CERTIFICATE="Y2VydGlmaWNhdGUK",
+                                  MACOS_CERTIFICATE_PASSWORD="word",
                                   TEST_IDENTITIES="     0 valid identities found")
         self.assertIn("Developer ID Application", error)
         self.assertFalse([call for call in calls if call.startswith("package")], calls)

@@ -12,7 +12,8 @@ import unittest
 ROOT = pathlib.Path(__file__).resolve().parents[2]
 TOOLS = ["cmake", "lipo", "otool", "xattr", "codesign", "hdiutil", "xcrun", "spctl"]
 SYSTEM_LIBRARIES = "\t/usr/lib/libSystem.B.dylib\n\t/System/Library/Frameworks/AppKit.framework/AppKit\n"
-ACCEPTED = "Conducting pre-submission checks\\n  id: 2efe-17\\nProcessing complete\\n  id: 2efe-17\\n  status: Accepted\\n"
+ACCEPTED = ("Conducting pre-submission checks\\n  id: 2efe-17\\n"
+            "Processing complete\\n  id: 2efe-17\\n  status: Accepted\\n")
 REFUSED = ACCEPTED.replace("Accepted", "Invalid")
 STAND_IN = """#!/bin/sh
 echo "$(basename "$0") $*" >>"$TEST_CALLS"

@@ -4,7 +4,8 @@
 
 usage: text_events.py ADDRESS NAME PATH JOURNAL
 
-ADDRESS is that of the accessibility bus, NAME and PATH are those of the text. Prints "ready" when the events come.
+ADDRESS is that of the accessibility bus, NAME and PATH are those of the text. Prints "ready" when the
+events come.
 """
 
 import pathlib
