@@ -19,8 +19,8 @@ namespace {
 
 class AlertTest : public UserInterfaceTest {
   protected:
-    void SetUp() override {
-        ASSERT_TRUE(runUntil([this] { return program.areWindowsForgotten(); }));
+    AlertTest() {
+        EXPECT_TRUE(runUntil([this] { return program.areWindowsForgotten(); }));
     }
     /// Opens the window of another program, and waits until it has the keyboard.
     void openOtherWindow() {

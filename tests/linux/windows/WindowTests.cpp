@@ -25,8 +25,8 @@ namespace {
 /// window has appeared.
 class X11WindowTest : public UserInterfaceTest {
   protected:
-    void SetUp() override {
-        ASSERT_TRUE(runUntil([this] { return program.areWindowsForgotten(); }));
+    X11WindowTest() {
+        EXPECT_TRUE(runUntil([this] { return program.areWindowsForgotten(); }));
     }
     platform::Rect screen() { return userInterface.mainScreenVisibleFrame().value(); }
 
