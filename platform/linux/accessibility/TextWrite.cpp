@@ -47,7 +47,7 @@ TextWrite::TextWrite(MessageBus& bus, std::shared_ptr<AtspiElement> element, std
 AXError TextWrite::run(SteadyTime deadline) {
     deadline_ = deadline;
     if (element_->application->isGone) {
-        return refuse(platform::axErrorInvalidUIElement, "has ended");
+        return platform::axErrorInvalidUIElement;
     }
     if (element_->isUnreliable()) {
         return platform::axErrorCannotComplete;
@@ -307,8 +307,11 @@ void TextWrite::reportSilence() {
     handlers_.onUnreliable(element_->application->reasonToType(silence));
 }
 
+// For a program that has ended the bus answers, with errors.
 AXError TextWrite::refuse(AXError status, const char* reason) {
-    refusal_ = reason;
+    if (!element_->application->isGone) {
+        refusal_ = reason;
+    }
     return status;
 }
 

@@ -58,7 +58,8 @@ class TextWrite : public std::enable_shared_from_this<TextWrite> {
     /// Nobody has been told of that silence yet.
     bool hasNotBegun() const { return hasNotBegun_; }
     /// Why the program has not taken the text, where no line of the log has said so; after run().
-    /// Empty where the text was taken, and for a widget that shows text which cannot be changed.
+    /// Null where the text was taken, for a program that has ended, and for a widget that shows
+    /// text which cannot be changed.
     const char* refusal() const { return refusal_; }
     /// Writes the line which says that the program does not reply.
     void reportSilence();

@@ -269,6 +269,16 @@ TEST_F(AtspiAccessibility, AFieldThatShowsSomethingElseIsLeftWithoutIt) {
     EXPECT_EQ(log.lines().size(), 1U);
 }
 
+// The bus refuses the questions to a program that has just ended.
+TEST_F(AtspiAccessibility, AProgramThatHasJustEndedRefusesNothing) {
+    for (int time = 0; time < 10; ++time) {
+        open("honest", "");
+        target->kill();
+        EXPECT_NE(write(element, "text"), platform::axErrorSuccess);
+    }
+    EXPECT_FALSE(log.hasLineWith("the text is typed"));
+}
+
 // LibreOffice does that, and its toolkit is called like the one that counts characters.
 TEST_F(AtspiAccessibility, AProgramThatCountsUtf16UnitsKeepsWhatItInserted) {
     open("utf16", "begin 🎉 end", {"--select", "9:9"});
