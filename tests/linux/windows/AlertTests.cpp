@@ -8,20 +8,16 @@
 #include <string>
 #include <utility>
 
+#include "tests/linux/windows/ManagedWindowTest.h"
 #include "tests/linux/windows/SampleWindow.h"
-#include "tests/linux/windows/UserInterfaceTest.h"
-#include "tests/linux/windows/X11Client.h"
 #include "tests/support/TestProcess.h"
 
 namespace tarvik::tests {
 
 namespace {
 
-class AlertTest : public UserInterfaceTest {
+class AlertTest : public ManagedWindowTest {
   protected:
-    AlertTest() {
-        EXPECT_TRUE(runUntil([this] { return program.areWindowsForgotten(); }));
-    }
     /// Opens the window of another program, and waits until it has the keyboard.
     void openOtherWindow() {
         const std::string title = folder.path();
@@ -78,7 +74,6 @@ class AlertTest : public UserInterfaceTest {
         });
     }
 
-    X11Client program;
     std::optional<TestProcess> other;
     std::optional<TestProcess> keys;
     std::string selected;

@@ -12,9 +12,8 @@
 #include <vector>
 
 #include "platform/linux/windows/UserAction.h"
+#include "tests/linux/windows/ManagedWindowTest.h"
 #include "tests/linux/windows/SampleWindow.h"
-#include "tests/linux/windows/UserInterfaceTest.h"
-#include "tests/linux/windows/X11Client.h"
 #include "tests/support/TestProcess.h"
 
 namespace tarvik::tests {
@@ -23,11 +22,8 @@ namespace {
 
 /// Windows on a display with a window manager, which puts its frame around a window only after the
 /// window has appeared.
-class X11WindowTest : public UserInterfaceTest {
+class X11WindowTest : public ManagedWindowTest {
   protected:
-    X11WindowTest() {
-        EXPECT_TRUE(runUntil([this] { return program.areWindowsForgotten(); }));
-    }
     platform::Rect screen() { return userInterface.mainScreenVisibleFrame().value(); }
 
     bool isSettled(SampleWindow& sample) {
@@ -61,8 +57,6 @@ class X11WindowTest : public UserInterfaceTest {
             {screen().origin.x + screen().size.width - size.width - 20,
              screen().origin.y + screen().size.height - size.height - 20});
     }
-
-    X11Client program;
 };
 
 TEST_F(X11WindowTest, AWindowStandsWhereItWasPutOnceTheFrameIsKnown) {

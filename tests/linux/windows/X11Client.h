@@ -32,17 +32,26 @@ class X11Client {
         EXPECT_TRUE(arrived);
     }
 
-    /// True once the window manager has let go of every window, and has handled what came before.
-    /// The X server gives the numbers of an ended program's windows to the next program, and a late
-    /// window manager would take the new windows for the old ones.
-    bool areWindowsForgotten() {
-        if (!property(root_, "_NET_CLIENT_LIST").empty()) {
-            return false;
-        }
-        if (fence_ == XCB_WINDOW_NONE) {
-            askForFrame();
-        }
-        return !property(fence_, "_NET_FRAME_EXTENTS").empty();
+    /// The windows that the window manager manages.
+    std::vector<std::uint32_t> managedWindows() const {
+        return property(root_, "_NET_CLIENT_LIST");
+    }
+
+    /// Asks the window manager for the size of a new window's frame. The answer is a property of
+    /// that window, _NET_FRAME_EXTENTS, and comes once all that happened before is handled.
+    xcb_window_t askForFrame() {
+        const xcb_window_t window = xcb_generate_id(connection_);
+        xcb_create_window(connection_, 0, window, root_, 0, 0, 1, 1, 0, XCB_WINDOW_CLASS_INPUT_ONLY,
+                          XCB_COPY_FROM_PARENT, 0, nullptr);
+        xcb_client_message_event_t request{};
+        request.response_type = XCB_CLIENT_MESSAGE;
+        request.format = 32;
+        request.window = window;
+        request.type = atom("_NET_REQUEST_FRAME_EXTENTS");
+        xcb_send_event(connection_, 0, root_,
+                       XCB_EVENT_MASK_SUBSTRUCTURE_REDIRECT | XCB_EVENT_MASK_SUBSTRUCTURE_NOTIFY,
+                       reinterpret_cast<const char*>(&request));
+        return window;
     }
 
     xcb_window_t root() const { return root_; }
@@ -79,21 +88,6 @@ class X11Client {
     xcb_atom_t atom(const char* name) const { return linuxdesktop::x11Atom(connection_, name); }
 
   private:
-    // A window manager handles what it is sent in turn. It answers this request with a property.
-    void askForFrame() {
-        fence_ = xcb_generate_id(connection_);
-        xcb_create_window(connection_, 0, fence_, root_, 0, 0, 1, 1, 0, XCB_WINDOW_CLASS_INPUT_ONLY,
-                          XCB_COPY_FROM_PARENT, 0, nullptr);
-        xcb_client_message_event_t request{};
-        request.response_type = XCB_CLIENT_MESSAGE;
-        request.format = 32;
-        request.window = fence_;
-        request.type = atom("_NET_REQUEST_FRAME_EXTENTS");
-        xcb_send_event(connection_, 0, root_,
-                       XCB_EVENT_MASK_SUBSTRUCTURE_REDIRECT | XCB_EVENT_MASK_SUBSTRUCTURE_NOTIFY,
-                       reinterpret_cast<const char*>(&request));
-    }
-
     linuxdesktop::X11Reply<xcb_get_property_reply_t> ask(xcb_window_t window,
                                                          const char* name) const {
         return linuxdesktop::X11Reply<xcb_get_property_reply_t>(xcb_get_property_reply(
@@ -105,7 +99,6 @@ class X11Client {
 
     xcb_connection_t* connection_;
     xcb_window_t root_ = XCB_WINDOW_NONE;
-    xcb_window_t fence_ = XCB_WINDOW_NONE;
 };
 
 }  // namespace tarvik::tests
