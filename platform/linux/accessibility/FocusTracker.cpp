@@ -121,8 +121,9 @@ void FocusTracker::onStateChanged(sd_bus_message* signal) {
 }
 
 void FocusTracker::onActivated(const BusObject& window) {
-    activeWindow_ = window;
-    otherActiveWindow_.reset();
+    if (activeWindow_ != window) {
+        otherActiveWindow_ = std::exchange(activeWindow_, window);
+    }
     Program& active = program(window.owner);
     const bool isSameWindow = std::exchange(active.activeWindow, window.path) == window.path;
     publish();

@@ -83,8 +83,9 @@ class FocusTracker {
     OnChange onChange_;
     std::map<std::string, Program> programs_;
     std::optional<BusObject> activeWindow_;
-    /// A window that a query has found active although activeWindow_ counts as active. One of the
-    /// two programs is late with its event. Examined again when activeWindow_ ends.
+    /// A window that counts as active beside activeWindow_: it was active before, or a query has
+    /// found it active. One of the two programs is late with its events. Examined again when
+    /// activeWindow_ ends.
     std::optional<BusObject> otherActiveWindow_;
     std::uint64_t sequence_ = 0;
 };

@@ -80,6 +80,22 @@ TEST_F(AtspiFront, IsTheProgramThatActivatedItsWindowLast) {
     EXPECT_TRUE(becomes(first.identifier()));
 }
 
+// A text for a window behind gives that window the keyboard for a moment. The program of the window
+// may report both changes after the other program has reported its own.
+TEST_F(AtspiFront, IsTheProgramThatHasTheKeyboardAgainBeforeTheOtherReportsItsTurn) {
+    start();
+    TargetProcess first("fake_target.py", {"--window"});
+    EXPECT_TRUE(becomes(first.identifier()));
+    EXPECT_EQ(first.command("deactivate"), "done");
+    EXPECT_TRUE(becomes(std::nullopt));
+    const TargetProcess second("fake_target.py", {"--window"});
+    EXPECT_TRUE(becomes(second.identifier()));
+    EXPECT_EQ(first.command("activate"), "done");
+    EXPECT_TRUE(becomes(first.identifier()));
+    EXPECT_EQ(first.command("deactivate"), "done");
+    EXPECT_TRUE(becomes(second.identifier()));
+}
+
 TEST_F(AtspiFront, IsNoneWhileNoProgramReportsAnActiveWindow) {
     start();
     TargetProcess target("fake_target.py", {"--window"});
