@@ -193,8 +193,8 @@ TEST_P(AccessibilityConformance, AProgramThatHungIsWrittenToAgainOnceItsFocusIsR
     target->goOn();
     target->select(4, 4);
     EXPECT_TRUE(isRefusedAtOnce(element));
-    EXPECT_EQ(newFocus(), element);
-    EXPECT_EQ(write(element, " once"), platform::axErrorSuccess);
+    // A program that was only just getting the focus reports it again, as another element.
+    EXPECT_EQ(write(newFocus(), " once"), platform::axErrorSuccess);
     EXPECT_TRUE(becomes(*target, "hung once"));
 }
 
