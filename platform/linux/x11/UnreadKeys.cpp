@@ -18,6 +18,9 @@ using std::chrono::milliseconds;
 // that it answers pings has the timeout for its first answer.
 constexpr milliseconds lookUpDelay = 200ms;
 constexpr milliseconds firstAnswerTimeout = 1s;
+// Where one thread of a program reads the server's messages for another one, the other one may
+// sleep until the next message. Firefox was seen so for 20 s.
+constexpr milliseconds pingInterval = 500ms;
 
 constexpr milliseconds firstProbeInterval = 1ms;
 constexpr milliseconds maxProbeInterval = 100ms;
@@ -87,6 +90,7 @@ void UnreadKeys::add(xcb_window_t window, std::u32string_view characters, InputM
     keys.serial = serial.value_or(0);
     keys.isKnownToAnswer = keys.isPinged && ping_.hasAnswered(window);
     keys.typed = std::chrono::steady_clock::now();
+    keys.nextPing = keys.isKnownToAnswer ? keys.typed + pingInterval : SteadyTime::max();
     if (method.kind != InputMethod::Kind::none) {
         keys.method = method;
     }
@@ -148,6 +152,7 @@ void UnreadKeys::handleAnswer(const WindowPing::Answer& answer) {
         return;
     }
     if (answer.serial >= found->second.serial) {
+        found->second.nextPing = SteadyTime::max();
         if (Keys& keys = found->second;
             keys.method.kind != InputMethod::Kind::none && !keys.characters.empty()) {
             // The question to the input method may not have left the program yet.
@@ -189,7 +194,8 @@ void UnreadKeys::setDeadline() {
     }
     SteadyTime next = SteadyTime::max();
     for (const auto& [window, keys] : windows_) {
-        next = std::min({next, keys.deadline, keys.probed ? keys.nextProbe : keys.deadline});
+        next = std::min(
+            {next, keys.deadline, keys.nextPing, keys.probed ? keys.nextProbe : keys.deadline});
     }
     if (next == SteadyTime::max()) {
         deadline_.clear();
@@ -204,6 +210,9 @@ void UnreadKeys::handleDeadline() {
     std::vector<xcb_window_t> read;
     std::vector<std::function<void()>> onRead;
     for (auto& [window, keys] : windows_) {
+        if (keys.nextPing <= now) {
+            pingAgain(window, keys, now);
+        }
         if (keys.method.kind == InputMethod::Kind::ibus && !keys.isDoubtful) {
             // IBus is slow, and the program reads on.
             keys.deadline = std::max(keys.deadline, answers_.lastAnswer() + timeout_);
@@ -228,6 +237,10 @@ void UnreadKeys::handleDeadline() {
     }
     setDeadline();
     events_.onChange();
+}
+
+void UnreadKeys::pingAgain(xcb_window_t window, Keys& keys, SteadyTime now) {
+    keys.nextPing = ping_.send(window) ? now + pingInterval : SteadyTime::max();
 }
 
 // The program and the input method may ask each other by the server. Nothing is on its way between
@@ -331,6 +344,7 @@ void UnreadKeys::lookAgain(xcb_window_t window, Keys& keys) {
     const auto serial = keys.isKnownToAnswer ? ping_.send(window) : std::nullopt;
     if (serial) {
         keys.serial = *serial;
+        keys.nextPing = std::chrono::steady_clock::now() + pingInterval;
     } else {
         startProbing(window, keys, std::chrono::steady_clock::now());
     }
@@ -363,7 +377,7 @@ void UnreadKeys::expire(xcb_window_t window) {
     }
     keys.hasExpired = true;
     keys.isDoubtful = true;
-    keys.deadline = SteadyTime::max();
+    keys.deadline = keys.nextPing = SteadyTime::max();
     const std::size_t lost = std::exchange(keys.characters, {}).size();
     const auto onRead = std::exchange(keys.onRead, {});
     events_.onTimeout(window, lost);

@@ -28,9 +28,10 @@ namespace tarvik::linuxdesktop {
 /// must keep its symbol until then: programs look keys up in the map that is valid when they read
 /// the key. Input thread only.
 ///
-/// The answer to a later ping proves that a program has looked its keys up. For a local program
-/// that answers no pings the proof is a ProgramProbe. For any other program there is no proof: the
-/// keys count as read after a delay, and their symbols stay for 30 s where possible.
+/// The answer to a later ping proves that a program has looked its keys up. A ping without an
+/// answer is repeated. For a local program that answers no pings the proof is a ProgramProbe. For
+/// any other program there is no proof: the keys count as read after a delay, and their symbols
+/// stay for 30 s where possible.
 ///
 /// A program that asks an input method about each key may look the key up when the answer has come,
 /// and answers pings meanwhile or sleeps. IBus tells of the answers, so a program has to be idle
@@ -92,8 +93,10 @@ class UnreadKeys {
     struct Keys {
         bool isPinged = false;
         bool isKnownToAnswer = false;
-        // Of the last ping.
+        // Of the first ping since the last keys.
         std::uint32_t serial = 0;
+        // Another one wakes up a program that sleeps although it has events.
+        SteadyTime nextPing = SteadyTime::max();
         std::u32string characters;
         // Of the last keys.
         SteadyTime typed;
@@ -132,6 +135,7 @@ class UnreadKeys {
     bool readsMarkers(xcb_window_t window, Keys& keys, int proof);
     void setDeadline();
     void handleDeadline();
+    void pingAgain(xcb_window_t window, Keys& keys, SteadyTime now);
     void expire(xcb_window_t window);
     void remove(xcb_window_t window);
     void finish(xcb_window_t window);

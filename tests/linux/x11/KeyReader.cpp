@@ -93,6 +93,7 @@ void KeyReader::handleMessage(xcb_client_message_event_t message) {
                    XCB_EVENT_MASK_SUBSTRUCTURE_NOTIFY | XCB_EVENT_MASK_SUBSTRUCTURE_REDIRECT,
                    reinterpret_cast<const char*>(&message));
     xcb_flush(connection_);
+    ++pings_;
 }
 
 }  // namespace tarvik::tests

@@ -21,6 +21,9 @@ class KeyReader {
 
     /// How many key presses have been read. Any thread.
     std::size_t presses() const { return presses_; }
+    /// How many pings have been answered. Any thread.
+    std::size_t pings() const { return pings_; }
+    xcb_window_t window() const { return window_; }
 
   private:
     xcb_atom_t atom(const char* name);
@@ -33,6 +36,7 @@ class KeyReader {
     xcb_atom_t protocols_;
     xcb_atom_t ping_;
     std::atomic<std::size_t> presses_ = 0;
+    std::atomic<std::size_t> pings_ = 0;
     std::thread thread_;
 };
 

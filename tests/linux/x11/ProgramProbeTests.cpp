@@ -11,6 +11,7 @@
 #include "platform/linux/x11/ProgramProbe.h"
 #include "platform/linux/x11/UnreadKeys.h"
 #include "tests/linux/x11/InputFixture.h"
+#include "tests/linux/x11/KeyReader.h"
 
 namespace tarvik::tests {
 
@@ -200,6 +201,27 @@ TEST_F(X11UnreadKeys, OfAProgramThatReadsNothingAreReportedOnceAndKeepTheirSymbo
     EXPECT_TRUE(runUntil([&] { return expiring.isEmpty(); }, 5s));
     EXPECT_EQ(lost, 3U);
     EXPECT_EQ(settled, 1);
+}
+
+// A program may sleep although it has events, which it handles with the next one.
+TEST_F(X11UnreadKeys, ArePingedAgainUntilTheFirstPingIsAnswered) {
+    const KeyReader reader;
+    const xcb_window_t window = reader.window();
+    const auto firstSerial = ping.send(window);
+    ASSERT_TRUE(firstSerial);
+    xcb_client_message_event_t answer{};
+    answer.window = connection->root();
+    answer.type = connection->atom("WM_PROTOCOLS");
+    answer.data.data32[0] = connection->atom("_NET_WM_PING");
+    answer.data.data32[2] = window;
+    ASSERT_TRUE(ping.answerIn(answer));
+    unread.add(window, U"ж");
+    // Nobody hands the answers on.
+    EXPECT_TRUE(runUntil([&] { return reader.pings() >= 4; }, 10s));
+    EXPECT_TRUE(unread.contains(window));
+    unread.handleAnswer({window, *firstSerial + 1});
+    EXPECT_TRUE(unread.isEmpty());
+    EXPECT_EQ(lost, 0U);
 }
 
 // The program needs longer for all keys than the timeout, and answers the earlier pings meanwhile.
