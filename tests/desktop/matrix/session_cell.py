@@ -10,6 +10,7 @@ import threading
 
 from accessible import ScreenReader
 from application import VERSION, Application, write_settings
+from desktop import wait_for
 from matrix.columns import REPORTS, Entry, Outcome
 from matrix import corpus
 from matrix.dictation import RecordingStream
@@ -21,30 +22,54 @@ from scripted_service import ScriptedService, make_certificate
 from sway import drop_rights
 
 SERVICES = ("hotkeys", "typing", "the front window")
+TEXT_INTERFACES = ("org.a11y.atspi.Text", "org.a11y.atspi.EditableText")
 # The log's words for a program that takes no text by accessibility.
 REFUSED = "its text will be typed"
 # More wrong texts than these in one column end the column.
 MAX_WRONG = 4
 
 
-class InsertWatch:
-    """Counts what is inserted by accessibility, in all programs of a desktop."""
+class AccessibilityWatch:
+    """Counts what is inserted by accessibility in all programs of a desktop, and tells when a
+    program has answered every call about its text."""
 
     def __init__(self, desktop):
         self._desktop = desktop
         self.count = 0
+        self._open = set()
+        self._marks = 0
         reader = ScreenReader(desktop)
-        self._process = desktop.spawn(
-            ["dbus-monitor", "--address", reader.address,
-             "type='method_call',interface='org.a11y.atspi.EditableText',member='InsertText'"],
-            stdout=subprocess.PIPE, text=True)
+        self._address = reader.address
         reader.close()
+        self._process = desktop.spawn(
+            ["stdbuf", "-oL", "dbus-monitor", "--address", self._address, "--profile"],
+            stdout=subprocess.PIPE, text=True)
         threading.Thread(target=self._read, daemon=True).start()
 
     def _read(self):
         with self._process.stdout as lines:
             for line in lines:
-                self.count += "member=InsertText" in line
+                kind, *fields = line.rstrip("\n").split("\t")
+                if kind == "mc":
+                    _time, serial, sender, _destination, _path, interface, member = fields
+                    self._note_call((sender, serial), interface, member)
+                elif kind in ("mr", "err"):
+                    _time, _serial, _sender, destination, reply_serial = fields
+                    self._open.discard((destination, reply_serial))
+
+    def _note_call(self, call, interface, member):
+        if interface in TEXT_INTERFACES:
+            self._open.add(call)
+        self.count += member == "InsertText"
+        self._marks += member == "GetId"
+
+    def wait_until_answered(self):
+        """Waits for the answers to every call that was made before."""
+        marks = self._marks
+        self._desktop.run(["dbus-send", "--print-reply", f"--bus={self._address}",
+                           "--dest=org.freedesktop.DBus", "/org/freedesktop/DBus",
+                           "org.freedesktop.DBus.GetId"])
+        wait_for(lambda: self._marks > marks and not self._open, "the answers about the text")
 
     def close(self):
         self._desktop.end(self._process)
@@ -70,8 +95,8 @@ class Cell:
         self._row = row_class(row_name, session.is_wayland)(desktop)
         stack.callback(self._row.close)
         wait_for_keyboard(self._row, self.keyboard)
-        self._inserts = InsertWatch(desktop)
-        stack.callback(self._inserts.close)
+        self._accessibility = AccessibilityWatch(desktop)
+        stack.callback(self._accessibility.close)
 
     @property
     def means(self):
@@ -103,15 +128,17 @@ class Cell:
         for _ in range(repetitions):
             outcome.passes += 1
             for name, text in corpus.read().items():
-                inserts, refusals = self._inserts.count, self.application.log.count(REFUSED)
+                inserts, refusals = self._accessibility.count, self.application.log.count(REFUSED)
                 entry.enter(name, separator + text, lambda text=text: stream.say(text))
-                is_typed = (self._inserts.count == inserts
+                is_typed = (self._accessibility.count == inserts
                             or self.application.log.count(REFUSED) > refusals)
                 outcome.roads.setdefault("typed keys" if is_typed else "accessibility",
                                          []).append(name)
                 separator = " "
                 if len(outcome.wrong) > MAX_WRONG:
                     return
+            # What is cleared before it is read back counts as never written, and is typed.
+            self._accessibility.wait_until_answered()
             entry.clear()
 
 
