@@ -80,7 +80,9 @@ class Session:
         output = subprocess.run(["dpkg-query", "-W", "-f", "${Version}", self.package],
                                 capture_output=True, text=True, check=True).stdout
         version = re.search(r"[0-9]+(\.[0-9]+)?", output.rpartition(":")[2])
-        release = re.search(r'VERSION_ID="?([0-9]+)', pathlib.Path("/etc/os-release").read_text())
+        # The next release has no number yet.
+        release = re.search(r'^VERSION_(?:ID|CODENAME)="?(\w+)',
+                            pathlib.Path("/etc/os-release").read_text(), re.MULTILINE)
         return f"{self.name} {version.group()} (Debian {release.group(1)})"
 
 
