@@ -138,14 +138,16 @@ std::optional<platform::ProcessIdentifier> FrontWindow::processOf(xcb_window_t w
 // The focus is often on a window inside the one that names the process, made by the same client. An
 // embedded window may belong to another process, which would then get the keys. A window manager
 // moves the focus before it says which window is in front.
-bool FrontWindow::isInFront(platform::ProcessIdentifier process, xcb_window_t window) {
+xcb_window_t FrontWindow::focusIn(platform::ProcessIdentifier process, xcb_window_t window) {
     const xcb_window_t front = this->window();
     const xcb_window_t focused = focusedWindow();
     if (front == XCB_NONE || focused == XCB_NONE || processOf(front) != process ||
         (window != XCB_NONE && (front != window || isInAnotherWindow(focused, window)))) {
-        return false;
+        return XCB_NONE;
     }
-    return connection_.sameClient(front, focused) || processOf(focused) == process;
+    const bool isOfProcess =
+        connection_.sameClient(front, focused) || processOf(focused) == process;
+    return isOfProcess ? focused : xcb_window_t{XCB_NONE};
 }
 
 bool FrontWindow::isViewable(xcb_window_t window) {
@@ -199,14 +201,13 @@ bool FrontWindow::canBeGivenFocus(xcb_window_t window) {
 // The server ignores a request with an earlier time than that of the last change. A window manager
 // sets the focus with the time at which the user asked for a window, which may be before this. So
 // the change gets the earliest time that the server may accept.
-void FrontWindow::setFocus(const Focus& focus) {
+bool FrontWindow::setFocus(const Focus& focus) {
     const auto set = [&](xcb_timestamp_t time) {
         xcb_set_input_focus(connection_.get(), focus.revertTo, focus.window, time);
+        const auto now = this->focus();
+        return now && now->window == focus.window;
     };
-    set(activeSince_);
-    if (const auto now = this->focus(); now && now->window != focus.window) {
-        set(XCB_CURRENT_TIME);
-    }
+    return set(activeSince_) || set(XCB_CURRENT_TIME);
 }
 
 void FrontWindow::activate(xcb_window_t window) {

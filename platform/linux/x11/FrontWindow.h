@@ -46,7 +46,11 @@ class FrontWindow {
     std::optional<platform::ProcessIdentifier> processOf(xcb_window_t window);
     /// Whether `process` has the keyboard right now: `window`, or any window of the process where
     /// `window` is XCB_NONE, is in front and has the focus.
-    bool isInFront(platform::ProcessIdentifier process, xcb_window_t window);
+    bool isInFront(platform::ProcessIdentifier process, xcb_window_t window) {
+        return focusIn(process, window) != XCB_NONE;
+    }
+    /// The window that has the focus where isInFront() holds, and XCB_NONE where it does not.
+    xcb_window_t focusIn(platform::ProcessIdentifier process, xcb_window_t window);
 
     /// `wanted` where `process` has such a window, or else the window of the process that was in
     /// front last, or else its topmost window. XCB_NONE if the process has none.
@@ -63,8 +67,8 @@ class FrontWindow {
     /// Empty when the server is gone.
     std::optional<Focus> focus();
     /// Sets the focus without the window manager, which can still carry out what the user asked for
-    /// before. Waits for a reply of the server.
-    void setFocus(const Focus& focus);
+    /// before. Waits for a reply of the server. False when the focus is elsewhere all the same.
+    bool setFocus(const Focus& focus);
     /// Asks for a window to be brought to the front with the keyboard, on whichever workspace it
     /// is. The window manager may take a while.
     void activate(xcb_window_t window);

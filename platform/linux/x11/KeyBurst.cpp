@@ -17,6 +17,39 @@ namespace {
 
 constexpr std::uint8_t everyModifier = 0xFF;
 
+/// Where the focus is after each keystroke. The answers are read when all keys are on their way.
+class FocusChecks {
+  public:
+    /// Asks nothing where `window` is XCB_NONE.
+    FocusChecks(XcbConnection& connection, xcb_window_t window)
+        : connection_(connection), window_(window) {}
+    FocusChecks(const FocusChecks&) = delete;
+    FocusChecks& operator=(const FocusChecks&) = delete;
+
+    void ask() {
+        if (window_ != XCB_NONE) {
+            questions_.push_back(xcb_get_input_focus(connection_.get()));
+        }
+    }
+    /// How many of `count` keystrokes went to the window, which had the focus up to there.
+    std::size_t countOf(std::size_t count) const {
+        std::size_t reached = 0;
+        bool hasFocus = true;
+        for (const auto question : questions_) {
+            const XcbReply<xcb_get_input_focus_reply_t> reply(
+                xcb_get_input_focus_reply(connection_.get(), question, nullptr));
+            hasFocus = hasFocus && reply && reply->focus == window_;
+            reached += hasFocus ? 1 : 0;
+        }
+        return window_ == XCB_NONE ? count : reached;
+    }
+
+  private:
+    XcbConnection& connection_;
+    const xcb_window_t window_;
+    std::vector<xcb_get_input_focus_cookie_t> questions_;
+};
+
 }  // namespace
 
 KeyBurst::KeyBurst(XcbConnection& connection, Keyboard& keyboard, FrontWindow& front,
@@ -45,26 +78,29 @@ KeyboardState KeyBurst::readState() {
     return state;
 }
 
-// While the server listens to this client alone, no window manager moves the focus. Nobody changes
-// the map or grabs the keyboard between the check and the last key either.
-KeyBurst::Outcome KeyBurst::type(std::u32string_view characters,
-                                 std::optional<platform::ProcessIdentifier> process,
-                                 xcb_window_t window, xcb_window_t behind) {
+// While the server listens to this client alone, nobody changes the map or grabs the keyboard
+// between the check and the last key. A window manager moves no focus either, unless the server
+// listens to the window manager as well, as Xwayland does.
+KeyBurst::Result KeyBurst::type(std::u32string_view characters,
+                                std::optional<platform::ProcessIdentifier> process,
+                                xcb_window_t window, xcb_window_t behind) {
     const ServerGrab grab(connection_);
     hotKeys_.beginTyping();
-    const Outcome outcome = typeUndisturbed(characters, process, window, behind);
+    const Result result = typeUndisturbed(characters, process, window, behind);
     hotKeys_.endTyping();
-    return outcome;
+    return result;
 }
 
-KeyBurst::Outcome KeyBurst::typeUndisturbed(std::u32string_view characters,
-                                            std::optional<platform::ProcessIdentifier> process,
-                                            xcb_window_t window, xcb_window_t behind) {
-    const bool isInFront = !process || front_.isInFront(*process, window);
+KeyBurst::Result KeyBurst::typeUndisturbed(std::u32string_view characters,
+                                           std::optional<platform::ProcessIdentifier> process,
+                                           xcb_window_t window, xcb_window_t behind) {
+    const xcb_window_t focused =
+        process ? front_.focusIn(*process, window) : xcb_window_t{XCB_NONE};
+    const bool isInFront = !process || focused != XCB_NONE;
     // The window may have gone since it was chosen, and another program's may have its number.
     if (!isInFront && (behind == XCB_NONE || front_.processOf(behind) != process ||
                        !front_.canBeGivenFocus(behind))) {
-        return Outcome::notInFront;
+        return {Outcome::notInFront};
     }
     keyboard_.reread();
     giveKeyboardsBack();
@@ -73,13 +109,16 @@ KeyBurst::Outcome KeyBurst::typeUndisturbed(std::u32string_view characters,
     for (const char32_t character : characters) {
         const auto stroke = keyboard_.strokeFor(character, state.group, state.unusable);
         if (!stroke) {
-            return Outcome::keysChanged;
+            return {Outcome::keysChanged};
         }
         strokes.push_back(*stroke);
     }
-    const bool isDone =
-        takeKeyboard() && press(strokes, state, isInFront ? xcb_window_t{XCB_NONE} : behind);
-    return isDone ? Outcome::done : Outcome::keyboardTaken;
+    if (!takeKeyboard()) {
+        return {Outcome::keyboardTaken};
+    }
+    const std::size_t typed = isInFront ? press(strokes, state, focused, XCB_NONE)
+                                        : press(strokes, state, behind, behind);
+    return {typed == strokes.size() ? Outcome::done : Outcome::keyboardTaken, typed};
 }
 
 // Keys go to the program that has grabbed the keyboard (a menu, a locked screen), wherever the
@@ -124,9 +163,10 @@ std::vector<xcb_keycode_t> KeyBurst::heldModifiers(const KeysDown& down) const {
 
 // A window behind has the focus no longer than the server needs for the keys, so that none of the
 // user's own keys goes there. Shift is locked where a keystroke needs Shift, and never pressed: a
-// pressed key would have to be released, which the user may do first.
-bool KeyBurst::press(std::span<const Keystroke> strokes, const KeyboardState& state,
-                     xcb_window_t behind) {
+// pressed key would have to be released, which the user may do first. Answers how many keystrokes
+// went to `verified`, or to whatever has the focus where that is XCB_NONE.
+std::size_t KeyBurst::press(std::span<const Keystroke> strokes, const KeyboardState& state,
+                            xcb_window_t verified, xcb_window_t behind) {
     const auto focus = behind == XCB_NONE ? std::nullopt : front_.focus();
     const FilterSuspension suspension(connection_, fake_.device());
     // The first event of another keyboard makes the server announce a new map. Qt 5 then forgets a
@@ -136,7 +176,7 @@ bool KeyBurst::press(std::span<const Keystroke> strokes, const KeyboardState& st
     const auto held = heldModifiers(state.down);
     if (!held.empty() && !liftModifiers(held)) {
         xcb_input_xi_ungrab_device(connection_.get(), XCB_CURRENT_TIME, connection_.keyboard());
-        return false;
+        return 0;
     }
     const auto affected = static_cast<std::uint8_t>(everyModifier & ~keyboard_.numLockMask());
     const auto lockedBefore = static_cast<std::uint8_t>(state.lockedModifiers & affected);
@@ -152,25 +192,27 @@ bool KeyBurst::press(std::span<const Keystroke> strokes, const KeyboardState& st
         lock(bypass);
     }
     xcb_input_xi_ungrab_device(connection_.get(), XCB_CURRENT_TIME, connection_.keyboard());
-    if (focus) {
-        front_.setFocus({behind});
-    }
-    for (const Keystroke& stroke : strokes) {
+    FocusChecks checks(connection_, verified);
+    const bool hasFocus = !focus || front_.setFocus({behind});
+    for (const Keystroke& stroke : hasFocus ? strokes : std::span<const Keystroke>()) {
         const auto needed =
             static_cast<std::uint8_t>(bypass | (stroke.isShifted ? XCB_MOD_MASK_SHIFT : 0));
         if (locked != needed) {
             lock(needed);
         }
         fake_.press(stroke.key);
+        checks.ask();
         fake_.release(stroke.key);
-    }
-    if (focus) {
-        front_.setFocus(*focus);
     }
     if (locked != lockedBefore) {
         lock(lockedBefore);
     }
-    return true;
+    const std::size_t typed = hasFocus ? checks.countOf(strokes.size()) : 0;
+    // Whoever has taken the focus decides who has it from there.
+    if (focus && typed == strokes.size()) {
+        front_.setFocus(*focus);
+    }
+    return typed;
 }
 
 // A hotkey whose press is still to be handled has its keyboard detached.

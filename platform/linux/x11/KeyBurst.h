@@ -38,9 +38,15 @@ class KeyBurst {
     enum class Outcome {
         done,
         notInFront,
-        /// Another program has grabbed the keyboard, or a modifier stays down.
+        /// Another program has grabbed the keyboard or taken the focus, or a modifier stays down.
         keyboardTaken,
         keysChanged
+    };
+    struct Result {
+        Outcome outcome = Outcome::done;
+        /// How many characters have gone into the window. A program that takes the focus may do so
+        /// in the middle of a burst.
+        std::size_t typed = 0;
     };
 
     /// The references outlive the object. `onLift` may be empty.
@@ -55,19 +61,20 @@ class KeyBurst {
     /// window is in front, `behind` gets the focus for the length of the burst. Types nothing when
     /// that is not possible, when a program has grabbed the keyboard, or when a character has no
     /// key any more.
-    Outcome type(std::u32string_view characters, std::optional<platform::ProcessIdentifier> process,
-                 xcb_window_t window, xcb_window_t behind);
+    Result type(std::u32string_view characters, std::optional<platform::ProcessIdentifier> process,
+                xcb_window_t window, xcb_window_t behind);
 
   private:
-    Outcome typeUndisturbed(std::u32string_view characters,
-                            std::optional<platform::ProcessIdentifier> process, xcb_window_t window,
-                            xcb_window_t behind);
+    Result typeUndisturbed(std::u32string_view characters,
+                           std::optional<platform::ProcessIdentifier> process, xcb_window_t window,
+                           xcb_window_t behind);
     std::vector<xcb_keycode_t> heldModifiers(const KeysDown& down) const;
     bool liftModifiers(std::vector<xcb_keycode_t> held);
     bool takeKeyboard();
     void giveKeyboardsBack();
     void chooseKeyboard();
-    bool press(std::span<const Keystroke> strokes, const KeyboardState& state, xcb_window_t behind);
+    std::size_t press(std::span<const Keystroke> strokes, const KeyboardState& state,
+                      xcb_window_t verified, xcb_window_t behind);
 
     XcbConnection& connection_;
     Keyboard& keyboard_;

@@ -268,14 +268,17 @@ void Typist::typeRound() {
         const auto burst =
             std::u32string_view(text.characters)
                 .substr(item_->position, std::min(burstLength, roundEnd_ - item_->position));
-        switch (burst_.type(burst, text.process, inFront_, behind_)) {
+        const auto [outcome, typed] = burst_.type(burst, text.process, inFront_, behind_);
+        if (typed > 0) {
+            item_->position += typed;
+            failures_ = 0;
+            keyboardTaken_.reset();
+            unread_.add(target_, burst.substr(0, typed), pacing_.method());
+            listen();
+            pacing_.handleKey(target_);
+        }
+        switch (outcome) {
             case KeyBurst::Outcome::done:
-                item_->position += burst.size();
-                failures_ = 0;
-                keyboardTaken_.reset();
-                unread_.add(target_, burst, pacing_.method());
-                listen();
-                pacing_.handleKey(target_);
                 break;
             case KeyBurst::Outcome::notInFront:
                 tryAgain("its process does not stay in front", [this] { reachTarget(); });

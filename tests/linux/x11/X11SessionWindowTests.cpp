@@ -1,10 +1,15 @@
 // SPDX-License-Identifier: MIT
 
+#include <poll.h>
 #include <unistd.h>
+#include <xcb/xtest.h>
 
+#include <atomic>
 #include <chrono>
+#include <cstddef>
 #include <functional>
 #include <memory>
+#include <thread>
 #include <utility>
 #include <vector>
 
@@ -36,6 +41,7 @@ class X11SessionWithWindow : public X11SessionTest {
             if ((event->response_type & 0x7F) == XCB_CLIENT_MESSAGE) {
                 pings.push_back(reinterpret_cast<const xcb_client_message_event_t&>(*event));
             } else if (event->response_type == XCB_KEY_PRESS) {
+                ++keysRead;
                 typedInto = reinterpret_cast<const xcb_key_press_event_t&>(*event).event;
             }
         }
@@ -93,6 +99,7 @@ class X11SessionWithWindow : public X11SessionTest {
         linuxdesktop::XcbConnection::open().value();
     const xcb_window_t window = xcb_generate_id(other->get());
     xcb_window_t typedInto = XCB_NONE;
+    std::size_t keysRead = 0;
     using Pings = std::vector<xcb_client_message_event_t>;
 
     bool answersPings = true;
@@ -141,6 +148,89 @@ TEST_F(X11SessionWithWindow, ChangesTheMapOnlyWhenTheProgramHasReadTheKeysBefore
     answersPings = true;
     EXPECT_TRUE(runUntil([&] { return isTyped; }, 15s));
     EXPECT_EQ(user.keysWithoutSymbol(), spare - 1);
+}
+
+/// Takes the focus away from a window, as a window manager that decides alone. The server's grab
+/// does not stop that.
+class FocusTaker {
+  public:
+    explicit FocusTaker(xcb_window_t window) {
+        xcb_test_grab_control(connection_->get(), 1);
+        connection_->selectEvents(window, XCB_EVENT_MASK_FOCUS_CHANGE);
+        connection_->synchronise();
+        thread_ = std::jthread([this](const std::stop_token& stop) { run(stop); });
+    }
+    std::size_t count() const { return count_; }
+    void rest() { isResting_ = true; }
+
+  private:
+    void run(const std::stop_token& stop) {
+        pollfd descriptor{connection_->descriptor(), POLLIN, 0};
+        while (!stop.stop_requested()) {
+            poll(&descriptor, 1, 20);
+            while (const linuxdesktop::XcbReply<xcb_generic_event_t> event{
+                xcb_poll_for_event(connection_->get())}) {
+                if (event->response_type == XCB_FOCUS_IN && !isResting_) {
+                    ++count_;
+                    xcb_set_input_focus(connection_->get(), XCB_INPUT_FOCUS_NONE,
+                                        XCB_INPUT_FOCUS_NONE, XCB_CURRENT_TIME);
+                    connection_->synchronise();
+                }
+            }
+        }
+    }
+
+    std::unique_ptr<linuxdesktop::XcbConnection> connection_ =
+        linuxdesktop::XcbConnection::open().value();
+    std::atomic<std::size_t> count_ = 0;
+    std::atomic<bool> isResting_ = false;
+    std::jthread thread_;
+};
+
+class X11SessionWithTakenFocus : public X11SessionWithWindow {
+  protected:
+    X11SessionWithTakenFocus() {
+        other->selectEvents(window, XCB_EVENT_MASK_KEY_PRESS);
+        focus(XCB_INPUT_FOCUS_NONE);
+    }
+
+    FocusTaker taker{window};
+};
+
+// More keys than one burst has, so that the focus may go in the middle.
+TEST_F(X11SessionWithTakenFocus, TypesEveryCharacterOnceTheFocusStays) {
+    using namespace std::chrono_literals;
+    constexpr std::size_t count = 100;
+    bool isTyped = false;
+    session.typist().type({getpid(), std::u32string(count, U'x')}, XCB_NONE,
+                          [&] { isTyped = true; });
+    // A busy machine lets some bursts through.
+    EXPECT_TRUE(runUntil([&] { return isTyped || taker.count() > 3; }, 15s));
+    taker.rest();
+    EXPECT_TRUE(runUntil([&] { return isTyped; }, 15s));
+    readEvents();
+    EXPECT_EQ(keysRead, count);
+    EXPECT_FALSE(log.hasLineWith("not delivered"));
+    EXPECT_EQ(focused()->focus, xcb_window_t{XCB_INPUT_FOCUS_NONE});
+}
+
+TEST_F(X11SessionWithTakenFocus, SaysHowMuchOfABurstIsTyped) {
+    using linuxdesktop::KeyBurst;
+    linuxdesktop::Keyboard keyboard(*connection);
+    std::atomic<linuxdesktop::FrontWindow::Known> known = linuxdesktop::FrontWindow::Known();
+    linuxdesktop::FrontWindow frontWindow(*connection, known);
+    linuxdesktop::HotKeys hotKeys(*connection, keyboard, {});
+    KeyBurst burst(*connection, keyboard, frontWindow, hotKeys, {});
+    const std::u32string characters(40, U'x');
+    std::size_t typed = 0;
+    for (int tries = 0; tries < 100; ++tries) {
+        const auto result = burst.type(characters, getpid(), XCB_NONE, window);
+        typed += result.typed;
+        EXPECT_EQ(result.outcome == KeyBurst::Outcome::done, result.typed == characters.size());
+    }
+    readEvents();
+    EXPECT_EQ(keysRead, typed);
+    EXPECT_GT(taker.count(), 10U);
 }
 
 // A program may have several windows, and another one in front by the time that the text comes.
@@ -220,8 +310,9 @@ TEST_F(X11SessionWithReusedNumber, BeginsNoBurstInAnotherProgram) {
     linuxdesktop::FrontWindow frontWindow(*connection, known);
     linuxdesktop::HotKeys hotKeys(*connection, keyboard, {});
     KeyBurst burst(*connection, keyboard, frontWindow, hotKeys, {});
-    EXPECT_EQ(burst.type(U"x", getpid(), XCB_NONE, window), KeyBurst::Outcome::notInFront);
-    EXPECT_EQ(burst.type(U"x", program->process(), XCB_NONE, window), KeyBurst::Outcome::done);
+    EXPECT_EQ(burst.type(U"x", getpid(), XCB_NONE, window).outcome, KeyBurst::Outcome::notInFront);
+    EXPECT_EQ(burst.type(U"x", program->process(), XCB_NONE, window).outcome,
+              KeyBurst::Outcome::done);
     other->synchronise();
     readEvents();
     EXPECT_EQ(typedInto, window);
