@@ -277,6 +277,19 @@ std::shared_ptr<Means> choose(const char* service, const std::vector<Choice<Mean
     return chosen.size() == 1 ? chosen.front() : combined(chosen);
 }
 
+#ifdef TARVIK_HAS_X11
+/// The compositor that has to help where its X programs are typed into through their X server;
+/// empty where none has to.
+std::shared_ptr<XProgramHost> hostOfXPrograms(const Session& session,
+                                              const std::shared_ptr<TypingMeans>& typing) {
+#ifdef TARVIK_HAS_WAYLAND
+    return typing == session.sway ? session.sway : nullptr;
+#else
+    return nullptr;
+#endif
+}
+#endif
+
 }  // namespace
 
 DesktopInput::DesktopInput(platform::MainQueue& mainQueue, platform::Log& log,
@@ -297,7 +310,18 @@ DesktopInput::DesktopInput(platform::MainQueue& mainQueue, platform::Log& log,
     front_ = choose("the front window", frontChoices, session);
 #ifdef TARVIK_HAS_X11
     if (typing_ && !typing_->servesXPrograms()) {
-        const auto both = std::make_shared<XwaylandInput>(mainQueue, log, typing_, front_);
+        const auto host = hostOfXPrograms(session, typing_);
+        const auto both = std::make_shared<XwaylandInput>(mainQueue, log, typing_, front_, host);
+        if (host) {
+            // The first hotkey in an X program would come too late for a key beside Alt.
+            host->setXProgramObserver([&mainQueue, observer = std::weak_ptr(both)] {
+                mainQueue.async([observer] {
+                    if (const auto input = observer.lock()) {
+                        input->connect();
+                    }
+                });
+            });
+        }
         typing_ = both;
         front_ = both;
     }

@@ -14,7 +14,7 @@ from session_test import EXACT, SessionTest
 from sway import SwayDesktop, become_ordinary_user
 from sway_parts import (FootTarget, SwayWidgetTarget, WaylandKeyboard, wait_for_sway_window,
                         windows)
-from x_programs import HungServerTest, XProgramTests, XTerminal
+from x_programs import HungServerTest, XTerminal, XTypingTests
 
 
 class OnSwayTest(SessionTest):
@@ -35,7 +35,7 @@ class OnSwayTest(SessionTest):
         return self.start(FootTarget)
 
 
-class OnSwayWithXPrograms(XProgramTests, HungServerTest, OnSwayTest):
+class OnSwayWithXPrograms(XTypingTests, HungServerTest, OnSwayTest):
     @staticmethod
     def make_desktop():
         return SwayDesktop(a11y=True, audio=True, xwayland="enable")

@@ -85,7 +85,7 @@ class InputThread {
     void type(TypedText text, std::int64_t window, std::function<void()> onDone);
 
     /// Calls `action` on the loop's thread with the session, unless there is none. `action` does
-    /// not end the session.
+    /// not end the session. Any thread.
     void post(std::function<void(InputSession&)> action);
 
   private:

@@ -35,7 +35,8 @@ class TypingMeans {
 
     /// Whether text can be typed at present. Any thread.
     virtual bool isAvailable() const = 0;
-    /// Whether text also reaches the X programs of a Wayland session. Any thread.
+    /// Whether text also reaches the X programs of a Wayland session, and no other way is better.
+    /// Any thread.
     virtual bool servesXPrograms() const { return true; }
 
     /// Types `text` after every text before it. Never waits; text that cannot be delivered is one

@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <functional>
 #include <memory>
+#include <mutex>
 #include <optional>
 #include <string>
 
@@ -13,13 +14,17 @@
 #include "platform/linux/input/HotKeyMeans.h"
 #include "platform/linux/input/InputThread.h"
 #include "platform/linux/input/TypingMeans.h"
+#include "platform/linux/input/XProgramHost.h"
 #include "platform/linux/wayland/TargetWindow.h"
 
 namespace tarvik::linuxdesktop {
 
 /// Hotkeys as bindings of Sway, typing through a virtual keyboard, and the window in front, of one
 /// Sway session. Main thread only, unless a line says otherwise.
-class SwayInput final : public HotKeyMeans, public TypingMeans, public FrontMeans {
+class SwayInput final : public HotKeyMeans,
+                        public TypingMeans,
+                        public FrontMeans,
+                        public XProgramHost {
   public:
     /// Connects to the Sway that SWAYSOCK names, as InputThread does. The references outlive the
     /// object.
@@ -42,6 +47,8 @@ class SwayInput final : public HotKeyMeans, public TypingMeans, public FrontMean
     /// session.
     void expectLift(std::uint32_t /*modifiers*/) override {}
 
+    /// The virtual keyboard reaches them, but each change of its map takes an X server 0.2 s.
+    bool servesXPrograms() const override { return false; }
     void type(TypedText text, std::function<void()> onDone) override;
 
     std::optional<platform::ProcessIdentifier> frontmostProcess() const override {
@@ -49,7 +56,19 @@ class SwayInput final : public HotKeyMeans, public TypingMeans, public FrontMean
     }
     std::optional<platform::ProcessIdentifier> chooseTarget() override { return target_.choose(); }
 
+    void setAccompaniment(std::function<void()> accompanyAlt) override;
+    void setXProgramObserver(std::function<void()> onXProgram) override;
+    void lendKeyboard(std::uint32_t window) override;
+    void giveKeyboardBack(std::uint32_t window) override;
+
   private:
+    void handleFront(WindowFocus::Window front);
+    bool accompanyInX() const;
+
+    mutable std::mutex mutex_;
+    // Both under the mutex.
+    std::function<void()> accompanyAlt_;
+    std::function<void()> onXProgram_;
     TargetWindow target_;
     InputThread thread_;
 };

@@ -20,21 +20,24 @@ bool isReload(std::string_view json) {
 }  // namespace
 
 Result<std::unique_ptr<InputSession>> SwaySession::open(EventLoop& loop, platform::Log& log,
-                                                        Events events,
-                                                        SwayWindows::OnFront onFront) {
+                                                        Events events, SwayWindows::OnFront onFront,
+                                                        AccompanyInX accompanyInX) {
     auto opened = SwayConnection::open();
     if (!opened) {
         return opened.error();
     }
     return std::unique_ptr<InputSession>(new SwaySession(std::move(opened).value(), loop, log,
-                                                         std::move(events), std::move(onFront)));
+                                                         std::move(events), std::move(onFront),
+                                                         std::move(accompanyInX)));
 }
 
 SwaySession::SwaySession(std::unique_ptr<SwayConnection> connection, EventLoop& loop,
-                         platform::Log& log, Events events, SwayWindows::OnFront onFront)
+                         platform::Log& log, Events events, SwayWindows::OnFront onFront,
+                         AccompanyInX accompanyInX)
     : loop_(loop),
       log_(log),
       events_(std::move(events)),
+      accompanyInX_(std::move(accompanyInX)),
       connection_(std::move(connection)),
       windows_(*connection_, std::move(onFront)),
       hotKeys_(*connection_, loop, log, heard(events_.hotKeys), [this](KeyRepeat::OnKnown onKnown) {
@@ -80,22 +83,48 @@ void SwaySession::openTyping() {
         });
 }
 
+// A key of the virtual keyboard brings its map into the X server. A stopped X program would look
+// its text up there, or in the user's map.
 // The listener asks which window is in front. Sway announces no change to or from a launcher.
 SwayHotKeys::Events SwaySession::heard(SwayHotKeys::Events events) {
     auto onReleased = std::move(events.onReleased);
     events.onPressed = [this](HotKeyNumber number) {
-        if (typist_) {
-            typist_->accompanyAlt();
+        const bool isAccompaniedInX = windows_.front().isX11 && accompanyInX_();
+        if (!isAccompaniedInX) {
+            accompanyInWayland();
         }
         reportPress();
         press_ = number;
-        windows_.ask([this] { reportPress(); });
+        windows_.ask([this, isAccompaniedInX] {
+            if (isAccompaniedInX && !windows_.front().isX11) {
+                accompanyInWayland();
+            }
+            reportPress();
+        });
     };
     events.onReleased = [this, onReleased = std::move(onReleased)](HotKeyNumber number) {
         reportPress();
         onReleased(number);
     };
     return events;
+}
+
+void SwaySession::accompanyInWayland() {
+    if (typist_) {
+        typist_->accompanyAlt();
+    }
+}
+
+void SwaySession::lendKeyboard(std::uint32_t xNumber) {
+    if (typist_) {
+        typist_->lendKeyboard(xNumber);
+    }
+}
+
+void SwaySession::giveKeyboardBack(std::uint32_t xNumber) {
+    if (typist_) {
+        typist_->giveKeyboardBack(xNumber);
+    }
 }
 
 void SwaySession::reportPress() {

@@ -54,9 +54,9 @@ void SwayTree::add(const NodeType& node, int depth) {
     const std::int64_t process = integer(node, "pid");
     const bool isFocused = flag(node, "focused");
     if (process > 0) {
-        const WindowFocus::Window window{integer(node, "id"),
-                                         static_cast<platform::ProcessIdentifier>(process),
-                                         text(node, "shell") == "xwayland"};
+        const WindowFocus::Window window{
+            integer(node, "id"), static_cast<platform::ProcessIdentifier>(process),
+            text(node, "shell") == "xwayland", static_cast<std::uint32_t>(integer(node, "window"))};
         windows_.push_back(window);
         if (isFocused) {
             focused_ = window;

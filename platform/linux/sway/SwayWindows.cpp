@@ -109,6 +109,11 @@ std::int64_t SwayWindows::windowOf(std::optional<platform::ProcessIdentifier> pr
     return any != tree_.windows().end() ? any->number : 0;
 }
 
+std::int64_t SwayWindows::windowOfX(std::uint32_t xNumber) const {
+    const auto found = std::ranges::find(tree_.windows(), xNumber, &Window::xNumber);
+    return found != tree_.windows().end() ? found->number : 0;
+}
+
 void SwayWindows::activate(std::int64_t window) {
     if (std::exchange(borrower_, window) == 0) {
         returnCommand_ = tree_.focusCommand();

@@ -34,6 +34,7 @@ class SwayWindows final : public WindowFocus {
     std::uint64_t changeCount() const override { return changeCount_; }
     std::int64_t windowOf(std::optional<platform::ProcessIdentifier> process,
                           std::int64_t wanted) const override;
+    std::int64_t windowOfX(std::uint32_t xNumber) const override;
     void activate(std::int64_t window) override;
     void giveBack() override;
 

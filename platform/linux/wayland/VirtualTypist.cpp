@@ -68,6 +68,26 @@ void VirtualTypist::type(TypedText text, std::int64_t window, std::function<void
     }
 }
 
+void VirtualTypist::lendKeyboard(std::uint32_t xNumber) {
+    items_.push_back({{}, 0, [] {}, 0, xNumber});
+    if (!isBusy_) {
+        beginNext();
+    }
+}
+
+void VirtualTypist::giveKeyboardBack(std::uint32_t xNumber) {
+    const auto found = std::ranges::find(items_, xNumber, &Item::borrower);
+    if (found == items_.end()) {
+        return;
+    }
+    if (found == items_.begin()) {
+        delay_.clear();
+        endText();
+    } else {
+        items_.erase(found);
+    }
+}
+
 void VirtualTypist::whenIdle(std::function<void()> onIdle) {
     onIdle_ = std::move(onIdle);
     if (!isBusy_) {
@@ -86,10 +106,22 @@ void VirtualTypist::beginNext() {
     isBusy_ = !items_.empty();
     if (isBusy_) {
         targetDeadline_ = std::chrono::steady_clock::now() + targetTimeout;
-        findTarget();
+        current().borrower != 0 ? lend() : findTarget();
     } else if (const auto onIdle = std::exchange(onIdle_, nullptr)) {
         onIdle();
     }
+}
+
+// The X server knows when the window has the keyboard, and its texts are typed by another thread.
+void VirtualTypist::lend() {
+    focus_.ask([this, borrower = current().borrower] {
+        const std::int64_t window = focus_.windowOfX(borrower);
+        if (window != 0 && isBusy_ && current().borrower == borrower) {
+            hasActivated_ = true;
+            focus_.activate(window);
+        }
+    });
+    wait(targetTimeout, &VirtualTypist::endText);
 }
 
 void VirtualTypist::findTarget() {

@@ -42,6 +42,11 @@ class VirtualTypist final : public SessionTypist {
     void type(TypedText text, std::int64_t window, std::function<void()> onTyped) override;
     void whenIdle(std::function<void()> onIdle) override;
 
+    /// Gives an X window the keyboard, after the texts before it and before those after it, until
+    /// giveKeyboardBack(), and for 30 s at the most.
+    void lendKeyboard(std::uint32_t xNumber);
+    void giveKeyboardBack(std::uint32_t xNumber);
+
     /// The user has pressed a hotkey with Alt, of which the program in front has seen Alt alone. A
     /// key between Alt down and Alt up keeps the program from opening its menu.
     void accompanyAlt();
@@ -53,6 +58,8 @@ class VirtualTypist final : public SessionTypist {
         std::function<void()> onTyped;
         // How many characters have been typed.
         std::size_t position = 0;
+        // The X window that borrows the keyboard; 0 for a text.
+        std::uint32_t borrower = 0;
 
         // Whether only one window or process may get the text.
         bool hasTarget() const { return text.process || window != 0; }
@@ -60,6 +67,7 @@ class VirtualTypist final : public SessionTypist {
 
     void beginNext();
     // Each step ends with the next one, or with the end of the text.
+    void lend();
     void findTarget();
     void lookAtFocus();
     // For a program that cuts typed characters to 16 bits.

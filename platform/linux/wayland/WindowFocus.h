@@ -20,6 +20,8 @@ class WindowFocus {
         platform::ProcessIdentifier process = 0;
         /// Whether an X server stands between the compositor and the program.
         bool isX11 = false;
+        /// The number that the X server has for it; 0 where that is not known.
+        std::uint32_t xNumber = 0;
     };
 
     virtual ~WindowFocus() = default;
@@ -38,6 +40,9 @@ class WindowFocus {
     /// exists, or else 0.
     virtual std::int64_t windowOf(std::optional<platform::ProcessIdentifier> process,
                                   std::int64_t wanted) const = 0;
+
+    /// The number of a window that has a number in the X server; 0 where there is none.
+    virtual std::int64_t windowOfX(std::uint32_t /*xNumber*/) const { return 0; }
 
     /// Gives the keyboard to a window, on whichever workspace it is. The compositor may refuse.
     virtual void activate(std::int64_t window) = 0;

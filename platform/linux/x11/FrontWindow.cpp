@@ -26,7 +26,7 @@ std::string hostName() {
 
 }  // namespace
 
-FrontWindow::FrontWindow(XcbConnection& connection, std::atomic<Known>& front)
+FrontWindow::FrontWindow(XcbConnection& connection, std::atomic<Known>& front, XProgramHost* host)
     : connection_(connection),
       activeWindow_(connection.atom("_NET_ACTIVE_WINDOW")),
       currentWorkspace_(connection.atom("_NET_CURRENT_DESKTOP")),
@@ -35,7 +35,15 @@ FrontWindow::FrontWindow(XcbConnection& connection, std::atomic<Known>& front)
       managerCheck_(connection.atom("_NET_SUPPORTING_WM_CHECK")),
       windowProcess_(connection.atom("_NET_WM_PID")),
       clientMachine_(connection.atom("WM_CLIENT_MACHINE")),
-      front_(front) {}
+      front_(front),
+      host_(host) {}
+
+FrontWindow::~FrontWindow() {
+    for (const xcb_window_t window : borrowers_) {
+        host_->giveKeyboardBack(window);
+    }
+    front_ = Known();
+}
 
 bool FrontWindow::handleProperty(const xcb_property_notify_event_t& event) {
     if (event.atom != activeWindow_ && event.atom != managerCheck_) {
@@ -191,6 +199,9 @@ xcb_window_t FrontWindow::windowOf(platform::ProcessIdentifier process, xcb_wind
 }
 
 bool FrontWindow::canBeGivenFocus(xcb_window_t window) {
+    if (host_ != nullptr) {
+        return false;
+    }
     // ICCCM 4.1.2.4: the flag that the hint is there, and the hint.
     constexpr std::uint32_t hasInputHint = 1;
     const auto hints = connection_.property(window, XCB_ATOM_WM_HINTS, XCB_ATOM_WM_HINTS);
@@ -211,6 +222,11 @@ bool FrontWindow::setFocus(const Focus& focus) {
 }
 
 void FrontWindow::activate(xcb_window_t window) {
+    if (host_ != nullptr) {
+        borrowers_.insert(window);
+        host_->lendKeyboard(window);
+        return;
+    }
     if (!hasManager()) {
         setFocus({window});
         return;
@@ -219,6 +235,13 @@ void FrontWindow::activate(xcb_window_t window) {
     // Pagers act for the user. Window managers refuse requests of others, to keep the focus.
     constexpr std::uint32_t fromPager = 2;
     request(window, activeWindow_, fromPager, XCB_CURRENT_TIME);
+}
+
+bool FrontWindow::giveBack(xcb_window_t window) {
+    if (host_ != nullptr && borrowers_.erase(window) != 0) {
+        host_->giveKeyboardBack(window);
+    }
+    return host_ != nullptr;
 }
 
 // Some window managers ignore the request for a window on another workspace. Which workspace is

@@ -7,9 +7,11 @@
 #include <cstdint>
 #include <deque>
 #include <optional>
+#include <set>
 #include <vector>
 
 #include "platform/Workspace.h"
+#include "platform/linux/input/XProgramHost.h"
 #include "platform/linux/x11/XcbConnection.h"
 
 namespace tarvik::linuxdesktop {
@@ -25,10 +27,11 @@ class FrontWindow {
         platform::ProcessIdentifier process = 0;
     };
 
-    /// `front` gets the window in front, if its process is known.
-    FrontWindow(XcbConnection& connection, std::atomic<Known>& front);
+    /// `front` gets the window in front, if its process is known. `host` gives the focus to windows
+    /// where an X client cannot; it may be null. The references outlive the object.
+    FrontWindow(XcbConnection& connection, std::atomic<Known>& front, XProgramHost* host = nullptr);
     /// No window is in front any more.
-    ~FrontWindow() { front_ = Known(); }
+    ~FrontWindow();
     FrontWindow(const FrontWindow&) = delete;
     FrontWindow& operator=(const FrontWindow&) = delete;
 
@@ -56,7 +59,8 @@ class FrontWindow {
     /// front last, or else its topmost window. XCB_NONE if the process has none.
     xcb_window_t windowOf(platform::ProcessIdentifier process, xcb_window_t wanted);
     /// Whether a window is shown and takes the focus that another client gives it. A window of the
-    /// other kind wants to be asked by the window manager.
+    /// other kind wants to be asked by the window manager. With a host no window keeps such a
+    /// focus.
     bool canBeGivenFocus(xcb_window_t window);
     /// Where the keys go: a window, or one of the server's own numbers, and where they go when that
     /// window is gone.
@@ -72,6 +76,9 @@ class FrontWindow {
     /// Asks for a window to be brought to the front with the keyboard, on whichever workspace it
     /// is. The window manager may take a while.
     void activate(xcb_window_t window);
+    /// The window needs the keyboard no longer that activate() has asked for. Whether the host
+    /// gives the keyboard back; without a host the caller has to.
+    bool giveBack(xcb_window_t window);
 
   private:
     bool hasManager();
@@ -94,6 +101,9 @@ class FrontWindow {
     xcb_atom_t windowProcess_;
     xcb_atom_t clientMachine_;
     std::atomic<Known>& front_;
+    XProgramHost* const host_;
+    // To whom the host has been asked to lend the keyboard.
+    std::set<xcb_window_t> borrowers_;
     // The server's time of the last announcement of a window in front. The server's number for
     // "now" before the first one.
     xcb_timestamp_t activeSince_ = XCB_CURRENT_TIME;

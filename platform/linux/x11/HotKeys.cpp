@@ -138,6 +138,11 @@ void HotKeys::hideModifiers(std::uint16_t keyboard) {
     }
 }
 
+void HotKeys::accompanyModifiers() {
+    keyboard_.refresh();
+    hideModifiers(connection_.xwaylandKeyboard());
+}
+
 // A key of somebody else, which came while the keyboard was this client's. For the keyboard the key
 // is down or up already, so the key has to move back first. The master ignores what it has seen.
 void HotKeys::passOn(const xcb_input_key_press_event_t& event, bool isDown) {

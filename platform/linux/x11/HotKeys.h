@@ -57,6 +57,8 @@ class HotKeys {
     void handleMapChange();
     /// A keyboard is gone, and with it the releases of its keys.
     void handleKeyboardRemoved();
+    /// Another means has heard a hotkey, of which the program in front has seen the modifiers.
+    void accompanyModifiers();
 
     /// To be called before typing reads which keys are down. From here to endTyping() every release
     /// is heard, and no typed key counts as a hotkey.

@@ -63,6 +63,10 @@ void TargetWindow::bringToFront(xcb_window_t window) {
 
 void TargetWindow::giveFocusBack() {
     connection_.selectEvents(broughtToFront_, XCB_EVENT_MASK_NO_EVENT);
+    if (front_.giveBack(broughtToFront_)) {
+        broughtToFront_ = XCB_NONE;
+        return;
+    }
     const xcb_window_t front = front_.window();
     if (earlierFront_ != XCB_NONE && (front == broughtToFront_ || front == earlierFront_)) {
         front_.activate(earlierFront_);
@@ -132,6 +136,7 @@ bool TargetWindow::forget(xcb_window_t window) {
         return false;
     }
     connection_.selectEvents(window, XCB_EVENT_MASK_NO_EVENT);
+    front_.giveBack(window);
     setDeadline();
     return true;
 }

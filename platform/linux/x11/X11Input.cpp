@@ -42,9 +42,10 @@ std::shared_ptr<X11Input> X11Input::openSession(platform::MainQueue& mainQueue, 
 }
 
 std::shared_ptr<X11Input> X11Input::openXwayland(platform::MainQueue& mainQueue, platform::Log& log,
+                                                 std::shared_ptr<XProgramHost> host,
                                                  OnServerAnswer onAnswer) {
-    return std::shared_ptr<X11Input>(
-        new X11Input(mainQueue, log, {Server::xwayland, std::move(onAnswer)}));
+    return std::shared_ptr<X11Input>(new X11Input(
+        mainQueue, log, {Server::xwayland, std::move(onAnswer), {}, {}, std::move(host)}));
 }
 
 X11Input::X11Input(platform::MainQueue& mainQueue, platform::Log& log, Options options)
@@ -52,6 +53,7 @@ X11Input::X11Input(platform::MainQueue& mainQueue, platform::Log& log, Options o
       log_(log),
       notifier_(mainQueue, std::move(options.listener)),
       onLift_(std::move(options.onLift)),
+      host_(std::move(options.host)),
       server_(options.server) {
     try {
         thread_ = startThread("input", [this, onAnswer = options.onAnswer] { run(onAnswer); });
@@ -99,7 +101,14 @@ void X11Input::run(const OnServerAnswer& onAnswer) {
                             [this](HotKeyNumber number, const std::string& reason) {
                                 notifier_.tellLost(number, reason);
                             }},
-            onLift_, front_);
+            onLift_, front_, Typist::keyboardTimeout, host_.get());
+        setAccompaniment([this] {
+            loop_.post([this] {
+                if (session_) {
+                    session_->hotKeys().accompanyModifiers();
+                }
+            });
+        });
         // The events themselves are read before the next sleep.
         watch_ = loop_.watch(connection_->descriptor(), POLLIN, [] {});
         isConnected_ = true;
@@ -107,9 +116,20 @@ void X11Input::run(const OnServerAnswer& onAnswer) {
     hasAnswered_ = true;
     onAnswer(refusal());
     loop_.run([this] { drain(); });
+    endSession();
+    ended_.set_value();
+}
+
+void X11Input::setAccompaniment(std::function<void()> accompanyAlt) {
+    if (host_) {
+        host_->setAccompaniment(std::move(accompanyAlt));
+    }
+}
+
+void X11Input::endSession() {
+    setAccompaniment({});
     watch_.reset();
     session_.reset();
-    ended_.set_value();
 }
 
 void X11Input::drain() {
@@ -117,8 +137,7 @@ void X11Input::drain() {
         log_.write("TarvikDictate: the X server is gone");
         isConnected_ = false;
         isGone_ = true;
-        watch_.reset();
-        session_.reset();
+        endSession();
     }
 }
 

@@ -36,11 +36,11 @@ void watchKeyboards(XcbConnection& connection) {
 X11Session::X11Session(XcbConnection& connection, PollLoop& loop, platform::Log& log,
                        HotKeys::Events hotKeyEvents, OnLift onLift,
                        std::atomic<FrontWindow::Known>& front,
-                       std::chrono::milliseconds maxKeyboardWait)
+                       std::chrono::milliseconds maxKeyboardWait, XProgramHost* host)
     : connection_(connection),
       log_(log),
       keyboard_(connection),
-      front_(connection, front),
+      front_(connection, front, host),
       hotKeys_(connection, keyboard_, heard(std::move(hotKeyEvents))),
       typist_(connection, keyboard_, front_, hotKeys_, loop, log, std::move(onLift),
               maxKeyboardWait) {

@@ -9,6 +9,7 @@
 
 #include "platform/Log.h"
 #include "platform/Workspace.h"
+#include "platform/linux/input/XProgramHost.h"
 #include "platform/linux/loop/PollLoop.h"
 #include "platform/linux/x11/FrontWindow.h"
 #include "platform/linux/x11/HotKeys.h"
@@ -22,11 +23,12 @@ namespace tarvik::linuxdesktop {
 /// events. Input thread only.
 class X11Session {
   public:
-    /// `front` always holds the window in front. `onLift` may be empty. The references outlive the
-    /// object.
+    /// `front` always holds the window in front. `onLift` may be empty, and `host` null. The
+    /// references outlive the object.
     X11Session(XcbConnection& connection, PollLoop& loop, platform::Log& log,
                HotKeys::Events hotKeyEvents, OnLift onLift, std::atomic<FrontWindow::Known>& front,
-               std::chrono::milliseconds maxKeyboardWait = Typist::keyboardTimeout);
+               std::chrono::milliseconds maxKeyboardWait = Typist::keyboardTimeout,
+               XProgramHost* host = nullptr);
 
     HotKeys& hotKeys() { return hotKeys_; }
     Typist& typist() { return typist_; }

@@ -18,13 +18,14 @@ constexpr Seconds answerTimeout(1);
 // be faster. GNOME had told it within 0.3 s of a busy machine in each of 22 tries.
 constexpr Seconds doubtDelay(0.3);
 
-std::shared_ptr<XServer> openServer(platform::MainQueue& mainQueue, platform::Log& log) {
+std::shared_ptr<XServer> openServer(platform::MainQueue& mainQueue, platform::Log& log,
+                                    const std::shared_ptr<XProgramHost>& host) {
     const char* display = std::getenv("DISPLAY");
     if (display == nullptr || !hasClients(display)) {
         return nullptr;
     }
     return X11Input::openXwayland(
-        mainQueue, log, [&log](const std::optional<std::string>& refusal) {
+        mainQueue, log, host, [&log](const std::optional<std::string>& refusal) {
             log.write(refusal ? "TarvikDictate: typing into X programs not by XTEST: " + *refusal
                               : "TarvikDictate: typing into X programs by XTEST: their X server "
                                 "offers it");
@@ -34,9 +35,12 @@ std::shared_ptr<XServer> openServer(platform::MainQueue& mainQueue, platform::Lo
 }  // namespace
 
 XwaylandInput::XwaylandInput(platform::MainQueue& mainQueue, platform::Log& log,
-                             std::shared_ptr<TypingMeans> typing, std::shared_ptr<FrontMeans> front)
-    : XwaylandInput(mainQueue, std::move(typing), std::move(front),
-                    [&mainQueue, &log] { return openServer(mainQueue, log); }) {}
+                             std::shared_ptr<TypingMeans> typing, std::shared_ptr<FrontMeans> front,
+                             std::shared_ptr<XProgramHost> host)
+    : XwaylandInput(
+          mainQueue, std::move(typing), std::move(front),
+          [&mainQueue, &log, host = std::move(host)] { return openServer(mainQueue, log, host); }) {
+}
 
 XwaylandInput::XwaylandInput(platform::MainQueue& mainQueue, std::shared_ptr<TypingMeans> typing,
                              std::shared_ptr<FrontMeans> front, Open open)

@@ -30,15 +30,19 @@ class XwaylandInput final : public TypingMeans,
   public:
     using Open = std::function<std::shared_ptr<XServer>()>;
 
-    /// Connects to the X server that DISPLAY names. The references outlive the object. `front` may
-    /// be empty.
+    /// Connects to the X server that DISPLAY names. The references outlive the object. `front` and
+    /// `host` may be empty.
     XwaylandInput(platform::MainQueue& mainQueue, platform::Log& log,
-                  std::shared_ptr<TypingMeans> typing, std::shared_ptr<FrontMeans> front);
+                  std::shared_ptr<TypingMeans> typing, std::shared_ptr<FrontMeans> front,
+                  std::shared_ptr<XProgramHost> host);
     /// `open` connects to the X server of a program that has connected.
     XwaylandInput(platform::MainQueue& mainQueue, std::shared_ptr<TypingMeans> typing,
                   std::shared_ptr<FrontMeans> front, Open open);
     /// Hands over the texts that wait.
     ~XwaylandInput() override;
+
+    /// Connects to the X server where a program has connected by now.
+    void connect();
 
     /// Whether the session's own means types.
     bool isAvailable() const override { return typing_->isAvailable(); }
@@ -71,7 +75,6 @@ class XwaylandInput final : public TypingMeans,
         Process process;
     };
 
-    void connect();
     bool isChoosing(int number) const { return choice_ && choice_->number == number; }
     void later(Seconds delay, void (XwaylandInput::*action)());
     void ask();

@@ -245,7 +245,8 @@ TEST(XwaylandInputOfAHungServer, ARecordingDoesNotWait) {
         server.hang();
         const auto session = std::make_shared<SessionMeans>();
         const auto start = Clock::now();
-        const auto input = std::make_shared<XwaylandInput>(mainQueue, log, session, session);
+        const auto input =
+            std::make_shared<XwaylandInput>(mainQueue, log, session, session, nullptr);
         input->chooseTarget();
         const auto duration = Clock::now() - start;
         server.goOn();
