@@ -9,7 +9,8 @@ import unittest
 from desktop import wait_for
 from dictation_test import BINARIES
 from display_loss import DisplayLossTests
-from pressed_keys import A, ALT, ESCAPE, F9, SPACE
+from pressed_keys import A, ALT, B, ESCAPE, F9, SPACE
+from processes import processes_named
 from session_test import EXACT, SessionTest
 from sway import SwayDesktop, become_ordinary_user
 from sway_parts import (FootTarget, SwayWidgetTarget, WaylandKeyboard, wait_for_sway_window,
@@ -51,6 +52,69 @@ class OnSwayWithXPrograms(XTypingTests, HungServerTest, OnSwayTest):
         self.desktop.run(["xkbcomp", "-w0", self.desktop.environment["DISPLAY"], "-"])
         self.keyboard.end_hold()
 
+    def check_text_behind(self, target, service, open_other, text_of_other):
+        """Dictates into `target`, where open_other() opens a window in the middle. That one has the
+        keyboard afterwards."""
+        expected = target.text + "Here."
+        self.keyboard.toggle()
+        stream = service.stream(1)
+        stream.say("Here.")
+        target.wait_for_text(expected)
+        open_other()
+        # A field may select its text when it gets the keyboard back, so that a key replaces the text.
+        for key, character in ((A, "a"), (B, "b"), (A, "a"), (B, "b")):
+            stream.say(EXACT)
+            expected += " " + EXACT
+            target.wait_for_text(expected)
+            self.wait_until_back()
+            self.keyboard.tap(key)
+            wait_for(lambda: text_of_other().endswith(character), "the key in the other window")
+        self.assertEqual(target.text, expected)
+        self.keyboard.toggle()
+
+    def wait_until_back(self):
+        """Waits until the window has the keyboard again that the user has opened last."""
+        newest = max(window["id"] for window in windows(self.desktop))
+        wait_for_sway_window(self.desktop, lambda window: window["id"] == newest
+                             and window["focused"], "the keyboard back in the newest window")
+
+    def test_a_window_of_x_in_front_keeps_the_keyboard_after_a_text_for_another_one(self):
+        service = self.start_scripted_service()
+        self.start_application(service)
+        terminal = self.start_x_terminal()
+        others = []
+
+        def open_other():
+            others.append(self.start(XTerminal))
+            self.wait_until_back()
+
+        self.check_text_behind(terminal, service, open_other, lambda: others[0].text)
+
+    def test_a_window_of_the_same_x_program_keeps_the_keyboard_after_a_text_for_the_other(self):
+        service = self.start_scripted_service()
+        self.start_application(service)
+        widget = self.start_x_widget()
+        second = widget.out.with_name(widget.out.name + ".second")
+
+        def open_other():
+            widget.process.send_signal(signal.SIGUSR1)
+            wait_for(second.exists, "the keyboard in the second window")
+
+        self.check_text_behind(widget, service, open_other, second.read_text)
+
+    def test_a_window_on_another_workspace_gets_the_text(self):
+        service = self.start_scripted_service()
+        self.start_application(service)
+        terminal = self.start_x_terminal()
+        others = []
+
+        def open_other():
+            self.desktop.run(["swaymsg", "workspace", "other"])
+            others.append(self.start_foot())
+
+        self.addCleanup(self.desktop.run, ["swaymsg", "workspace", "1"])
+        self.check_text_behind(terminal, service, open_other, lambda: others[0].text)
+
     def test_the_words_stay_in_a_terminal_when_an_x_program_takes_the_keyboard(self):
         service = self.start_scripted_service()
         application = self.start_application(service)
@@ -66,6 +130,23 @@ class OnSwayWithXPrograms(XTypingTests, HungServerTest, OnSwayTest):
         self.assertEqual(terminal.text, "")
         self.keyboard.toggle()
         application.log.wait_for("stopRecording (session=1)")
+
+
+class OnSwayWithAnUnusedXServer(OnSwayTest):
+    @staticmethod
+    def make_desktop():
+        return SwayDesktop(a11y=True, audio=True, xwayland="enable")
+
+    def test_a_dictation_starts_no_x_server(self):
+        service = self.start_scripted_service()
+        application = self.start_application(service)
+        target = self.start_foot()
+        self.keyboard.hold()
+        service.stream(1).say(EXACT)
+        target.wait_for_text(EXACT)
+        self.keyboard.end_hold()
+        application.log.wait_for("stopRecording (session=1)")
+        self.assertEqual(processes_named(self.desktop, "Xwayland"), [])
 
 
 class OnSway(OnSwayTest):
