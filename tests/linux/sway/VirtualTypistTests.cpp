@@ -2,6 +2,9 @@
 
 #include <gtest/gtest.h>
 
+#include <chrono>
+#include <cstdint>
+#include <functional>
 #include <memory>
 #include <string>
 
@@ -13,6 +16,8 @@ namespace tarvik::tests {
 
 namespace {
 
+using namespace std::chrono_literals;
+using linuxdesktop::Deadline;
 using linuxdesktop::PollLoop;
 using linuxdesktop::VirtualTypist;
 using linuxdesktop::WaylandConnection;
@@ -39,9 +44,15 @@ class ScriptedFocus final : public WindowFocus {
     std::int64_t windowOf(std::optional<platform::ProcessIdentifier>, std::int64_t) const override {
         return front().number;
     }
-    void activate(std::int64_t) override {}
-    void giveBack() override {}
+    std::int64_t windowOfX(std::uint32_t xNumber) const override { return xNumber + 100; }
+    void activate(std::int64_t window) override {
+        events += std::to_string(window) + " ";
+        onActivated();
+    }
+    void giveBack() override { events += "back "; }
 
+    std::string events;
+    std::function<void()> onActivated = [] {};
     bool answers = true;
     bool hasWindow = true;
     // The number of the question before which the keyboard went away and came back; 0 for never.
@@ -58,32 +69,39 @@ class VirtualTypistTest : public testing::Test {
     // Types a text into the only window, to its end. Without answers about the focus the typist
     // ends first.
     void type(const std::u32string& text) {
+        open([&] {
+            typist->type({process, text}, 0, [&] {
+                ++typedCount;
+                loop.quit();
+            });
+            if (!focus.answers) {
+                loop.quit();
+            }
+        });
+    }
+    // Calls `use` once there is a typist, and runs the loop until it quits.
+    void open(const std::function<void()>& use) {
         auto opened = WaylandConnection::open();
         ASSERT_TRUE(opened);
         const std::unique_ptr<WaylandConnection> connection = std::move(opened).value();
-        std::unique_ptr<VirtualTypist> typist;
         connection->attach(
             loop,
             [&] {
                 typist = std::make_unique<VirtualTypist>(*connection, focus, loop, log);
-                typist->type({process, text}, 0, [&] {
-                    ++typedCount;
-                    loop.quit();
-                });
-                if (!focus.answers) {
-                    loop.quit();
-                }
+                use();
             },
             [&](const std::string& reason) {
                 ADD_FAILURE() << reason;
                 loop.quit();
             });
         loop.run([&] { connection->flush(); });
+        typist.reset();
     }
 
     RecordingLog log;
     PollLoop loop;
     ScriptedFocus focus{loop};
+    std::unique_ptr<VirtualTypist> typist;
     int typedCount = 0;
 };
 
@@ -109,6 +127,38 @@ TEST_F(VirtualTypistTest, TypesNothingForAProcessWithoutAWindow) {
     EXPECT_EQ(
         log.linesWith("typed text not delivered: process 1 has no window (7 characters)").size(),
         1U);
+}
+
+TEST_F(VirtualTypistTest, LendsTheKeyboardBetweenTwoTexts) {
+    Deadline lent(loop);
+    open([&] {
+        const auto onTyped = [this] { focus.events += "typed "; };
+        typist->type({process, U"before"}, 0, onTyped);
+        typist->lendKeyboard(1);
+        typist->type({process, U"after"}, 0, [this, onTyped] {
+            onTyped();
+            loop.quit();
+        });
+        focus.onActivated = [&] {
+            lent.set(200ms, [this] {
+                focus.events += "ends ";
+                typist->giveKeyboardBack(1);
+            });
+        };
+    });
+    EXPECT_EQ(focus.events, "typed 101 ends back typed ");
+}
+
+TEST_F(VirtualTypistTest, LendsNoKeyboardToAWindowThatNeedsItNoLonger) {
+    open([this] {
+        typist->lendKeyboard(1);
+        typist->lendKeyboard(2);
+        typist->giveKeyboardBack(2);
+        typist->giveKeyboardBack(1);
+        typist->giveKeyboardBack(3);
+        typist->type({process, U"text"}, 0, [this] { loop.quit(); });
+    });
+    EXPECT_EQ(focus.events, "");
 }
 
 TEST_F(VirtualTypistTest, TellsOfATextThatIsLeftAtItsEnd) {

@@ -7,8 +7,11 @@
 #include <atomic>
 #include <chrono>
 #include <cstddef>
+#include <cstdint>
 #include <functional>
 #include <memory>
+#include <optional>
+#include <string>
 #include <thread>
 #include <utility>
 #include <vector>
@@ -60,12 +63,13 @@ class X11SessionWithWindow : public X11SessionTest {
             linuxdesktop::Deadline turn(loop);
             turn.set(std::chrono::milliseconds(20), [this] { loop.quit(); });
             loop.run([this] {
-                session.drain();
+                drain();
                 readEvents();
             });
         }
         return condition();
     }
+    virtual void drain() { session.drain(); }
     void focus(xcb_window_t target) {
         xcb_set_input_focus(other->get(), XCB_INPUT_FOCUS_NONE, target, XCB_CURRENT_TIME);
         other->synchronise();
@@ -208,6 +212,7 @@ TEST_F(X11SessionWithTakenFocus, TypesEveryCharacterOnceTheFocusStays) {
     EXPECT_TRUE(runUntil([&] { return isTyped || taker.count() > 3; }, 15s));
     taker.rest();
     EXPECT_TRUE(runUntil([&] { return isTyped; }, 15s));
+    other->synchronise();
     readEvents();
     EXPECT_EQ(keysRead, count);
     EXPECT_FALSE(log.hasLineWith("not delivered"));
@@ -228,9 +233,102 @@ TEST_F(X11SessionWithTakenFocus, SaysHowMuchOfABurstIsTyped) {
         typed += result.typed;
         EXPECT_EQ(result.outcome == KeyBurst::Outcome::done, result.typed == characters.size());
     }
+    other->synchronise();
     readEvents();
     EXPECT_EQ(keysRead, typed);
     EXPECT_GT(taker.count(), 10U);
+}
+
+/// A compositor that alone gives the keyboard to windows.
+class ScriptedHost final : public linuxdesktop::XProgramHost {
+  public:
+    explicit ScriptedHost(linuxdesktop::XcbConnection& connection) : connection_(connection) {}
+
+    void setAccompaniment(std::function<void()>) override {}
+    void setXProgramObserver(std::function<void()>) override {}
+    void lendKeyboard(std::uint32_t window) override {
+        events += "lent ";
+        if (!isBusy) {
+            xcb_set_input_focus(connection_.get(), XCB_INPUT_FOCUS_NONE, window, XCB_CURRENT_TIME);
+            connection_.synchronise();
+        }
+    }
+    void giveKeyboardBack(std::uint32_t) override { events += "back "; }
+
+    std::string events;
+    bool isBusy = false;
+
+  private:
+    linuxdesktop::XcbConnection& connection_;
+};
+
+class X11SessionWithHost : public X11SessionWithWindow {
+  protected:
+    X11SessionWithHost() {
+        other->selectEvents(window, XCB_EVENT_MASK_KEY_PRESS);
+        focus(XCB_INPUT_FOCUS_NONE);
+        hosted.emplace(*ownConnection, loop, log, linuxdesktop::HotKeys::Events{},
+                       linuxdesktop::OnLift{}, front, linuxdesktop::Typist::keyboardTimeout, &host);
+    }
+    void drain() override {
+        session.drain();
+        if (hosted) {
+            hosted->drain();
+        }
+    }
+
+    std::unique_ptr<linuxdesktop::XcbConnection> ownConnection =
+        linuxdesktop::XcbConnection::open().value();
+    ScriptedHost host{*other};
+    std::optional<linuxdesktop::X11Session> hosted;
+};
+
+TEST_F(X11SessionWithHost, BorrowsTheKeyboardFromTheHostForAText) {
+    using namespace std::chrono_literals;
+    bool isTyped = false;
+    hosted->typist().type({getpid(), U"abc"}, XCB_NONE, [&] { isTyped = true; });
+    EXPECT_TRUE(runUntil([&] { return isTyped; }, 15s));
+    other->synchronise();
+    readEvents();
+    EXPECT_EQ(keysRead, 3U);
+    EXPECT_EQ(host.events, "lent back ");
+    EXPECT_TRUE(log.lines().empty());
+}
+
+TEST_F(X11SessionWithHost, BorrowsNoKeyboardForTheWindowThatHasIt) {
+    using namespace std::chrono_literals;
+    focus(window);
+    bool isTyped = false;
+    hosted->typist().type({getpid(), U"abc"}, XCB_NONE, [&] { isTyped = true; });
+    EXPECT_TRUE(runUntil([&] { return isTyped; }, 15s));
+    other->synchronise();
+    readEvents();
+    EXPECT_EQ(keysRead, 3U);
+    EXPECT_EQ(host.events, "");
+}
+
+// The host has lent the keyboard to another text for longer than a window is waited for otherwise.
+TEST_F(X11SessionWithHost, WaitsForABusyHost) {
+    using namespace std::chrono_literals;
+    host.isBusy = true;
+    bool isTyped = false;
+    hosted->typist().type({getpid(), U"abc"}, XCB_NONE, [&] { isTyped = true; });
+    EXPECT_FALSE(runUntil([&] { return isTyped; }, 4s));
+    focus(window);
+    EXPECT_TRUE(runUntil([&] { return isTyped; }, 15s));
+    other->synchronise();
+    readEvents();
+    EXPECT_EQ(keysRead, 3U);
+    EXPECT_EQ(host.events, "lent back ");
+}
+
+TEST_F(X11SessionWithHost, GivesTheKeyboardBackAtTheEnd) {
+    using namespace std::chrono_literals;
+    host.isBusy = true;
+    hosted->typist().type({getpid(), U"abc"}, XCB_NONE, [] {});
+    EXPECT_TRUE(runUntil([this] { return !host.events.empty(); }, 15s));
+    hosted.reset();
+    EXPECT_EQ(host.events, "lent back ");
 }
 
 // A program may have several windows, and another one in front by the time that the text comes.
