@@ -280,8 +280,9 @@ std::shared_ptr<Means> choose(const char* service, const std::vector<Choice<Mean
 #ifdef TARVIK_HAS_X11
 /// The compositor that has to help where its X programs are typed into through their X server;
 /// empty where none has to.
-std::shared_ptr<XProgramHost> hostOfXPrograms(const Session& session,
-                                              const std::shared_ptr<TypingMeans>& typing) {
+std::shared_ptr<XProgramHost> hostOfXPrograms(
+    [[maybe_unused]] const Session& session,
+    [[maybe_unused]] const std::shared_ptr<TypingMeans>& typing) {
 #ifdef TARVIK_HAS_WAYLAND
     return typing == session.sway ? session.sway : nullptr;
 #else

@@ -83,9 +83,9 @@ void SwaySession::openTyping() {
         });
 }
 
-// A key of the virtual keyboard brings its map into the X server. A stopped X program would look
-// its text up there, or in the user's map.
-// The listener asks which window is in front. Sway announces no change to or from a launcher.
+// The listener asks which window is in front. Sway announces no change to or from a launcher. In an
+// X program a key of the virtual keyboard would bring its map into the X server, and the user's
+// next key the user's map: a program that is stopped looks its text up in the wrong one.
 SwayHotKeys::Events SwaySession::heard(SwayHotKeys::Events events) {
     auto onReleased = std::move(events.onReleased);
     events.onPressed = [this](HotKeyNumber number) {

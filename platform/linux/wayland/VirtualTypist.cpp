@@ -69,23 +69,38 @@ void VirtualTypist::type(TypedText text, std::int64_t window, std::function<void
 }
 
 void VirtualTypist::lendKeyboard(std::uint32_t xNumber) {
-    items_.push_back({{}, 0, [] {}, 0, xNumber});
-    if (!isBusy_) {
-        beginNext();
+    const auto found = findBorrower(xNumber);
+    if (found == items_.end()) {
+        items_.push_back({{}, 0, [] {}, 0, xNumber});
+        if (!isBusy_) {
+            beginNext();
+        }
+    } else if (found == items_.begin()) {
+        lend();
     }
 }
 
+// The window in front is known from before the loan, so that it is asked for again.
 void VirtualTypist::giveKeyboardBack(std::uint32_t xNumber) {
-    const auto found = std::ranges::find(items_, xNumber, &Item::borrower);
+    const auto found = findBorrower(xNumber);
     if (found == items_.end()) {
         return;
     }
-    if (found == items_.begin()) {
-        delay_.clear();
-        endText();
-    } else {
+    if (found != items_.begin()) {
         items_.erase(found);
+        return;
     }
+    found->isOver = true;
+    focus_.ask([this] {
+        if (isBusy_ && current().isOver) {
+            endLoan();
+        }
+    });
+}
+
+std::deque<VirtualTypist::Item>::iterator VirtualTypist::findBorrower(std::uint32_t xNumber) {
+    return std::ranges::find_if(
+        items_, [xNumber](const Item& item) { return item.borrower == xNumber && !item.isOver; });
 }
 
 void VirtualTypist::whenIdle(std::function<void()> onIdle) {
@@ -114,14 +129,23 @@ void VirtualTypist::beginNext() {
 
 // The X server knows when the window has the keyboard, and its texts are typed by another thread.
 void VirtualTypist::lend() {
+    wait(targetTimeout, &VirtualTypist::endText);
     focus_.ask([this, borrower = current().borrower] {
-        const std::int64_t window = focus_.windowOfX(borrower);
-        if (window != 0 && isBusy_ && current().borrower == borrower) {
+        if (!isBusy_ || current().borrower != borrower || current().isOver) {
+            return;
+        }
+        if (const std::int64_t window = focus_.windowOfX(borrower); window != 0) {
             hasActivated_ = true;
             focus_.activate(window);
+        } else {
+            endLoan();
         }
     });
-    wait(targetTimeout, &VirtualTypist::endText);
+}
+
+void VirtualTypist::endLoan() {
+    delay_.clear();
+    endText();
 }
 
 void VirtualTypist::findTarget() {

@@ -43,7 +43,8 @@ class VirtualTypist final : public SessionTypist {
     void whenIdle(std::function<void()> onIdle) override;
 
     /// Gives an X window the keyboard, after the texts before it and before those after it, until
-    /// giveKeyboardBack(), and for 30 s at the most.
+    /// giveKeyboardBack(), and for 30 s at the most. Gives it again where the user has gone
+    /// elsewhere meanwhile.
     void lendKeyboard(std::uint32_t xNumber);
     void giveKeyboardBack(std::uint32_t xNumber);
 
@@ -60,6 +61,8 @@ class VirtualTypist final : public SessionTypist {
         std::size_t position = 0;
         // The X window that borrows the keyboard; 0 for a text.
         std::uint32_t borrower = 0;
+        // Whether the X window has given the keyboard back.
+        bool isOver = false;
 
         // Whether only one window or process may get the text.
         bool hasTarget() const { return text.process || window != 0; }
@@ -68,6 +71,7 @@ class VirtualTypist final : public SessionTypist {
     void beginNext();
     // Each step ends with the next one, or with the end of the text.
     void lend();
+    void endLoan();
     void findTarget();
     void lookAtFocus();
     // For a program that cuts typed characters to 16 bits.
@@ -84,6 +88,8 @@ class VirtualTypist final : public SessionTypist {
     void endText();
     void fail(const std::string& reason);
 
+    // A loan that is not over.
+    std::deque<Item>::iterator findBorrower(std::uint32_t xNumber);
     Item& current() { return items_.front(); }
     bool isInFront() const;
     // Whether the target would make other characters of some that are left.

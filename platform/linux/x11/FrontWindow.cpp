@@ -237,11 +237,10 @@ void FrontWindow::activate(xcb_window_t window) {
     request(window, activeWindow_, fromPager, XCB_CURRENT_TIME);
 }
 
-bool FrontWindow::giveBack(xcb_window_t window) {
-    if (host_ != nullptr && borrowers_.erase(window) != 0) {
+void FrontWindow::giveBack(xcb_window_t window) {
+    if (borrowers_.erase(window) != 0) {
         host_->giveKeyboardBack(window);
     }
-    return host_ != nullptr;
 }
 
 // Some window managers ignore the request for a window on another workspace. Which workspace is

@@ -76,9 +76,10 @@ class FrontWindow {
     /// Asks for a window to be brought to the front with the keyboard, on whichever workspace it
     /// is. The window manager may take a while.
     void activate(xcb_window_t window);
-    /// The window needs the keyboard no longer that activate() has asked for. Whether the host
-    /// gives the keyboard back; without a host the caller has to.
-    bool giveBack(xcb_window_t window);
+    /// Whether a host gives windows the focus, and takes it back.
+    bool hasHost() const { return host_ != nullptr; }
+    /// With a host: the window needs the keyboard no longer that activate() has asked for.
+    void giveBack(xcb_window_t window);
 
   private:
     bool hasManager();

@@ -63,8 +63,8 @@ void TargetWindow::bringToFront(xcb_window_t window) {
 
 void TargetWindow::giveFocusBack() {
     connection_.selectEvents(broughtToFront_, XCB_EVENT_MASK_NO_EVENT);
-    if (front_.giveBack(broughtToFront_)) {
-        broughtToFront_ = XCB_NONE;
+    if (front_.hasHost()) {
+        front_.giveBack(std::exchange(broughtToFront_, XCB_NONE));
         return;
     }
     const xcb_window_t front = front_.window();
@@ -121,7 +121,8 @@ void TargetWindow::arrive(xcb_window_t window) {
         return;
     }
     const Awaited awaited = found->second;
-    if (Clock::now() < awaited.requested + maxActivation) {
+    // A host brings a window late that had to wait for other texts, and takes the keyboard back.
+    if (front_.hasHost() || Clock::now() < awaited.requested + maxActivation) {
         awaited_.erase(found);
         broughtToFront_ = window;
         earlierFront_ = awaited.earlierFront;

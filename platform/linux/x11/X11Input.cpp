@@ -127,7 +127,9 @@ void X11Input::setAccompaniment(std::function<void()> accompanyAlt) {
 }
 
 void X11Input::endSession() {
-    setAccompaniment({});
+    if (session_) {
+        setAccompaniment({});
+    }
     watch_.reset();
     session_.reset();
 }

@@ -44,13 +44,16 @@ class ScriptedFocus final : public WindowFocus {
     std::int64_t windowOf(std::optional<platform::ProcessIdentifier>, std::int64_t) const override {
         return front().number;
     }
-    std::int64_t windowOfX(std::uint32_t xNumber) const override { return xNumber + 100; }
+    std::int64_t windowOfX(std::uint32_t xNumber) const override {
+        return xNumber == unknown ? 0 : xNumber + 100;
+    }
     void activate(std::int64_t window) override {
         events += std::to_string(window) + " ";
         onActivated();
     }
     void giveBack() override { events += "back "; }
 
+    static constexpr std::uint32_t unknown = 99;
     std::string events;
     std::function<void()> onActivated = [] {};
     bool answers = true;
@@ -147,6 +150,34 @@ TEST_F(VirtualTypistTest, LendsTheKeyboardBetweenTwoTexts) {
         };
     });
     EXPECT_EQ(focus.events, "typed 101 ends back typed ");
+}
+
+// The user may have gone elsewhere in the middle of a text.
+TEST_F(VirtualTypistTest, LendsTheKeyboardOnceMoreInTheSameLoan) {
+    open([this] {
+        focus.onActivated = [this] {
+            focus.onActivated = [this] {
+                typist->giveKeyboardBack(1);
+                typist->lendKeyboard(1);
+                focus.onActivated = [this] {
+                    typist->giveKeyboardBack(1);
+                    typist->whenIdle([this] { loop.quit(); });
+                };
+            };
+            typist->lendKeyboard(1);
+        };
+        typist->lendKeyboard(1);
+    });
+    EXPECT_EQ(focus.events, "101 101 back 101 back ");
+}
+
+TEST_F(VirtualTypistTest, PassesOverAWindowThatTheCompositorDoesNotHave) {
+    open([this] {
+        typist->lendKeyboard(ScriptedFocus::unknown);
+        typist->type({process, U"text"}, 0, [this] { loop.quit(); });
+    });
+    EXPECT_EQ(focus.events, "");
+    EXPECT_TRUE(log.lines().empty());
 }
 
 TEST_F(VirtualTypistTest, LendsNoKeyboardToAWindowThatNeedsItNoLonger) {
