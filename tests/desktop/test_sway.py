@@ -15,7 +15,8 @@ from session_test import EXACT, SessionTest
 from sway import SwayDesktop, become_ordinary_user
 from sway_parts import (FootTarget, SwayWidgetTarget, WaylandKeyboard, wait_for_sway_window,
                         windows)
-from x_programs import HungServerTest, XTerminal, XTypingTests
+from target import WidgetWithoutTitle
+from x_programs import AS_X_PROGRAM, HungServerTest, XTerminal, XTypingTests
 
 
 class OnSwayTest(SessionTest):
@@ -51,6 +52,19 @@ class OnSwayWithXPrograms(XTypingTests, HungServerTest, OnSwayTest):
         target.wait_for_text(EXACT)
         self.desktop.run(["xkbcomp", "-w0", self.desktop.environment["DISPLAY"], "-"])
         self.keyboard.end_hold()
+
+    def test_a_hold_in_an_x_program_opens_no_menu(self):
+        service = self.start_scripted_service()
+        application = self.start_application(service)
+        target = self.start(WidgetWithoutTitle, "qt6", menu_bar=True,
+                            environment=AS_X_PROGRAM | {"QT_QPA_PLATFORM": "xcb"})
+        for number in (1, 2, 3):
+            self.keyboard.hold()
+            application.log.wait_for(f"startRecording (session={number})")
+            self.keyboard.end_hold()
+            application.log.wait_for(f"stopRecording (session={number})")
+            self.keyboard.tap(A)
+            target.wait_for_text("a" * number)
 
     def check_text_behind(self, target, service, open_other, text_of_other):
         """Dictates into `target`, where open_other() opens a window in the middle. That one has the
