@@ -42,11 +42,16 @@ bool InputMethodPacing::awaitIbus(std::function<void()> next) {
     return true;
 }
 
+// The toolkits answer pings. The X library asks about one key at a time, in order, and answers
+// none. Nothing is known of a program without a window.
+bool InputMethodPacing::areKeptApart(xcb_window_t window) const {
+    return method().kind != InputMethod::Kind::none &&
+           (window == XCB_NONE || unread_.announcesAnswers(window));
+}
+
 void InputMethodPacing::handleKey(xcb_window_t window) {
-    if (const auto kind = method().kind; kind != InputMethod::Kind::none) {
-        paces_[window] = {unread_.isPinged(window),
-                          kind == InputMethod::Kind::ibus ? 0 : furtherPings};
-    }
+    paces_[window] = {unread_.isPinged(window),
+                      method().kind == InputMethod::Kind::ibus ? 0 : furtherPings};
 }
 
 // Where nothing tells when a program has got the answer of its input method: a program that answers

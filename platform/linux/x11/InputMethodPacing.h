@@ -14,8 +14,9 @@
 
 namespace tarvik::linuxdesktop {
 
-/// Keeps the keys for one window apart, where an input method runs. A program sends each key to the
-/// input method and goes on meanwhile, and may mix up keys that come faster. Input thread only.
+/// Keeps the keys for one window apart, where an input method runs. A toolkit sends each key to the
+/// input method and goes on meanwhile, and may mix up keys that come faster. A program of the X
+/// library takes its keys one by one by itself, however many there are. Input thread only.
 class InputMethodPacing {
   public:
     /// The references outlive the object.
@@ -31,7 +32,9 @@ class InputMethodPacing {
     /// A burst of texts has ended.
     void endTyping() { hasAwaitedIbus_ = false; }
 
-    /// A key has been typed into a window. Nothing has to wait where no input method runs.
+    /// Whether the keys for a window have to be typed one by one. Asks the server.
+    bool areKeptApart(xcb_window_t window) const;
+    /// A key that is kept apart has been typed into a window.
     void handleKey(xcb_window_t window);
     /// Whether the next key for a window has to wait.
     bool isDue(xcb_window_t window) const { return paces_.contains(window); }

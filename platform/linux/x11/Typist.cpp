@@ -258,7 +258,8 @@ void Typist::letOthersPass(xcb_window_t waitsFor) {
 
 void Typist::typeRound() {
     const TypedText& text = current();
-    const std::size_t burstLength = keyboard_.hasInputMethod() ? 1 : maxBurstLength;
+    const bool areKeptApart = pacing_.areKeptApart(target_);
+    const std::size_t burstLength = areKeptApart ? 1 : maxBurstLength;
     while (item_->position < roundEnd_) {
         if (pacing_.isDue(target_)) {
             pacing_.await(target_,
@@ -275,7 +276,9 @@ void Typist::typeRound() {
             keyboardTaken_.reset();
             unread_.add(target_, burst.substr(0, typed), pacing_.method());
             listen();
-            pacing_.handleKey(target_);
+            if (areKeptApart) {
+                pacing_.handleKey(target_);
+            }
         }
         switch (outcome) {
             case KeyBurst::Outcome::done:

@@ -72,6 +72,8 @@ class UnreadKeys {
 
     /// Whether keys in a window are waited for whose program says that it answers pings.
     bool isPinged(xcb_window_t window) const;
+    /// Whether a window's program says that it answers pings. Asks the server.
+    bool announcesAnswers(xcb_window_t window) const { return ping_.isAnnounced(window); }
 
     /// Characters have been typed into a window; or none, to find out whether its program answers
     /// pings.

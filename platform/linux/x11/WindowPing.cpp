@@ -18,10 +18,14 @@ WindowPing::WindowPing(XcbConnection& connection)
       protocols_(connection.atom("WM_PROTOCOLS")),
       ping_(connection.atom("_NET_WM_PING")) {}
 
+bool WindowPing::isAnnounced(xcb_window_t window) const {
+    const auto spoken = connection_.property(window, protocols_, XCB_ATOM_ATOM);
+    return std::ranges::find(spoken, ping_) != spoken.end();
+}
+
 std::optional<std::uint32_t> WindowPing::send(xcb_window_t window) {
     ++serial_;
-    const auto spoken = connection_.property(window, protocols_, XCB_ATOM_ATOM);
-    if (std::ranges::find(spoken, ping_) == spoken.end()) {
+    if (!isAnnounced(window)) {
         return std::nullopt;
     }
     // The serial stands where a window manager puts the time, which only the sender reads.

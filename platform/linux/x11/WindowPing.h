@@ -22,6 +22,8 @@ class WindowPing {
 
     explicit WindowPing(XcbConnection& connection);
 
+    /// Whether a window's program says that it answers pings. Asks the server.
+    bool isAnnounced(xcb_window_t window) const;
     /// Pings a window. Answers the ping's serial, which grows; empty when the window's program
     /// answers no pings.
     std::optional<std::uint32_t> send(xcb_window_t window);

@@ -134,6 +134,21 @@ TEST_F(X11BypassedTyping, LocksTheModifierForTheKeysAlone) {
     EXPECT_FALSE(user->isLocked(XCB_MOD_MASK_3));
 }
 
+// Each key on its own would take 12 ms, so the text would take 12 s.
+TEST_F(X11BypassedTyping, WaitsForNoSingleKeyInAProgramOfTheXLibrary) {
+    const X11Target target(X11Target::Kind::terminal, mainQueue);
+    ASSERT_TRUE(comesToFront(target));
+    const AnnouncedMethod method;
+    std::string text;
+    for (int i = 0; i < 1000; ++i) {
+        text += static_cast<char>('a' + i % 26);
+    }
+    const auto start = std::chrono::steady_clock::now();
+    type(text, target.process());
+    EXPECT_TRUE(becomes(target, text));
+    EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(12));
+}
+
 TEST_F(X11BypassedTyping, LetsOtherTextsPassWhileAProgramReadsNothing) {
     const X11Target fast(X11Target::Kind::gtk3Entry, mainQueue);
     const X11Target slow(X11Target::Kind::gtk3Entry, mainQueue);
