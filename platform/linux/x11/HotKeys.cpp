@@ -7,6 +7,7 @@
 #include <utility>
 
 #include "platform/linux/x11/FakeKeyboard.h"
+#include "platform/linux/x11/ServerGrab.h"
 
 namespace tarvik::linuxdesktop {
 
@@ -87,8 +88,7 @@ void HotKeys::handlePress(const xcb_input_key_press_event_t& event) {
     } else if (isOfMaster(event)) {
         answerPress(connection_, PressAnswer::notOurs);
     } else {
-        giveBack(event);
-        passOn(event, true);
+        passPressOn(event);
     }
 }
 
@@ -143,21 +143,31 @@ void HotKeys::accompanyModifiers() {
     hideModifiers(connection_.xwaylandKeyboard());
 }
 
-// A key of somebody else, which came while the keyboard was this client's. For the keyboard the key
-// is down or up already, so the key has to move back first. The master ignores what it has seen.
-void HotKeys::passOn(const xcb_input_key_press_event_t& event, bool isDown) {
+// A key of somebody else, which came while the keyboard was this client's. The master has seen
+// neither the press nor a release that has followed. For the keyboard the key has to move back
+// first. Nobody moves the key while the server listens to this client alone.
+void HotKeys::passPressOn(const xcb_input_key_press_event_t& event) {
     const auto key = static_cast<xcb_keycode_t>(event.detail);
+    const ServerGrab grab(connection_);
+    giveBack(event);
     FakeKeyboard fake(connection_, event.sourceid);
-    const bool hasMoved = fake.keysDown()[key] == isDown;
-    if (isDown) {
-        if (hasMoved) {
-            fake.release(key);
-        }
+    if (fake.keysDown()[key]) {
+        fake.release(key);
         fake.press(key);
     } else {
-        if (hasMoved) {
-            fake.press(key);
-        }
+        fake.press(key);
+        fake.release(key);
+    }
+}
+
+// The user may have pressed the key again, and holds it.
+void HotKeys::passReleaseOn(const xcb_input_key_release_event_t& event) {
+    const auto key = static_cast<xcb_keycode_t>(event.detail);
+    const ServerGrab grab(connection_);
+    FakeKeyboard fake(connection_, event.sourceid);
+    const bool isDownForMaster = keysDown(connection_, xcb_query_keymap(connection_.get()))[key];
+    if (isDownForMaster && !fake.keysDown()[key]) {
+        fake.press(key);
         fake.release(key);
     }
 }
@@ -177,10 +187,9 @@ void HotKeys::handleRelease(std::uint32_t keyCode, std::uint32_t sequence) {
 }
 
 void HotKeys::handleGrabbedRelease(const xcb_input_key_release_event_t& event) {
-    const auto key = static_cast<xcb_keycode_t>(event.detail);
     handleRelease(event.detail, event.full_sequence);
-    if (!isOfMaster(event) && keysDown(connection_, xcb_query_keymap(connection_.get()))[key]) {
-        passOn(event, false);
+    if (!isOfMaster(event)) {
+        passReleaseOn(event);
     }
 }
 

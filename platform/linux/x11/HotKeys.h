@@ -89,7 +89,8 @@ class HotKeys {
     void endIfReleased();
     void giveBack(const xcb_input_key_press_event_t& event);
     void hideModifiers(std::uint16_t keyboard);
-    void passOn(const xcb_input_key_press_event_t& event, bool isDown);
+    void passPressOn(const xcb_input_key_press_event_t& event);
+    void passReleaseOn(const xcb_input_key_release_event_t& event);
     void followLifted();
     void selectRawEvents();
 

@@ -60,6 +60,25 @@ TEST_P(X11HotKeys, EndOnceWhicheverKeyOfThreeGoesUpFirst) {
     EXPECT_TRUE(becomes(recorder, expected));
 }
 
+// The application hears of the first release when the modifier is down again.
+TEST_P(X11HotKeys, LeaveAModifierDownThatIsPressedAgainAtOnce) {
+    ASSERT_EQ(recorder.add(hold, 1), noErr);
+    user->grabServer();
+    pressHold();
+    user->release(X11User::altKey);
+    user->release(X11User::spaceKey);
+    user->press(X11User::altKey);
+    user->releaseServer();
+    EXPECT_TRUE(becomes(recorder, "P1R1"));
+    // The answer comes when all keys so far have been handled.
+    ASSERT_EQ(recorder.add(toggle, 2), noErr);
+    EXPECT_TRUE(user->isDown(X11User::altKey));
+    user->press(X11User::spaceKey);
+    EXPECT_TRUE(becomes(recorder, "P1R1P1"));
+    releaseHold();
+    EXPECT_TRUE(becomes(recorder, "P1R1P1R1"));
+}
+
 TEST_P(X11HotKeys, TellTheEndOfAHoldWhenAnotherHotkeyIsUnregisteredMeanwhile) {
     platform::EventHotKeyRef other = nullptr;
     ASSERT_EQ(recorder.add(hold, 1), noErr);

@@ -202,6 +202,16 @@ void X11User::letKeyboardGoOn(std::uint8_t key) {
     isDown(key);
 }
 
+void X11User::grabServer() {
+    xcb_grab_server(connection_);
+    xcb_flush(connection_);
+}
+
+void X11User::releaseServer() {
+    xcb_ungrab_server(connection_);
+    xcb_flush(connection_);
+}
+
 void X11User::grabWholeKeyboard() {
     if (!tryToGrabWholeKeyboard()) {
         throw std::runtime_error("the keyboard is taken");

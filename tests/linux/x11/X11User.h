@@ -55,6 +55,9 @@ class X11User {
     /// goes on as if nothing had been.
     void haltKeyboardAt(std::uint8_t key);
     void letKeyboardGoOn(std::uint8_t key);
+    /// Keeps the server from every other program's requests, until the programs are served again.
+    void grabServer();
+    void releaseServer();
     void grabWholeKeyboard();
     /// The same; false when another program has it.
     bool tryToGrabWholeKeyboard();
