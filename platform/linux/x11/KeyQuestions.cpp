@@ -3,7 +3,6 @@
 #include "platform/linux/x11/KeyQuestions.h"
 
 #include <algorithm>
-#include <utility>
 
 namespace tarvik::linuxdesktop {
 
@@ -24,33 +23,32 @@ KeyQuestions::Count KeyQuestions::begin() const {
     return {answers_.questionCount(), answers_.questionCount()};
 }
 
-std::optional<bool> KeyQuestions::asks(xcb_window_t window) const {
-    const auto found = asks_.find(window);
-    return found == asks_.end() ? std::nullopt : std::optional(found->second);
+std::optional<bool> KeyQuestions::habit(xcb_window_t window) const {
+    const auto found = habits_.find(window);
+    return found == habits_.end() ? std::nullopt : std::optional(found->second);
 }
 
 milliseconds KeyQuestions::lookTime(xcb_window_t window) const {
-    const auto known = asks(window);
+    const auto known = habit(window);
     return !known ? firstLookTime : *known ? lookTimeOfAskers : lookTimeOfOthers;
 }
 
 // A program that asks does so at least once a key.
-bool KeyQuestions::areLeft(xcb_window_t window, Count& count, std::size_t keys, SteadyTime typed) {
+bool KeyQuestions::areLeft(xcb_window_t window, const Count& count, std::size_t keys,
+                           SteadyTime typed) const {
     const std::uint64_t now = answers_.questionCount();
-    const bool haveCome = std::exchange(count.last, now) != now;
-    const bool hasAsked = now != count.first;
-    const bool mayAsk = hasAsked || asks(window) != false;
-    const milliseconds timeout = hasAsked ? lookTimeOfAskers : lookTime(window);
+    const bool mayAsk = hasAsked(count) || habit(window) != false;
+    const milliseconds timeout = hasAsked(count) ? lookTimeOfAskers : lookTime(window);
     const SteadyTime deadline = std::max(typed, answers_.lastAnswer()) + timeout;
-    if (haveCome ||
-        (mayAsk && now - count.first < keys && std::chrono::steady_clock::now() < deadline)) {
-        return true;
+    return now != count.last ||
+           (mayAsk && now - count.first < keys && std::chrono::steady_clock::now() < deadline);
+}
+
+void KeyQuestions::remember(xcb_window_t window, const Count& count) {
+    if (habits_.size() >= maxKnownWindows) {
+        habits_.clear();
     }
-    if (asks_.size() >= maxKnownWindows) {
-        asks_.clear();
-    }
-    asks_[window] = hasAsked;
-    return false;
+    habits_[window] = hasAsked(count);
 }
 
 }  // namespace tarvik::linuxdesktop

@@ -17,7 +17,8 @@ namespace tarvik::linuxdesktop {
 /// question, and does not tell for which window it is. Input thread only.
 class KeyQuestions {
   public:
-    /// The questions that have come since the unread keys of a window were typed.
+    /// Numbers of questions: how many had come when the first unread key of a window was typed, and
+    /// how many when note() was called last.
     struct Count {
         std::uint64_t first = 0;
         std::uint64_t last = 0;
@@ -34,18 +35,23 @@ class KeyQuestions {
     /// How long a window's program, once it has answered a ping, is looked at for the time at which
     /// it is idle.
     std::chrono::milliseconds lookTime(xcb_window_t window) const;
-    /// IBus has answered every question so far. Answers whether the window's program may have more
-    /// to ask about its `keys` unread keys, the last of which was typed at `typed`.
-    bool areLeft(xcb_window_t window, Count& count, std::size_t keys, SteadyTime typed);
+    /// The questions so far are no news any more.
+    void note(Count& count) const { count.last = answers_.questionCount(); }
+    /// IBus has answered every question so far. Whether the window's program may have more to ask
+    /// about its `keys` unread keys, the last of which was typed at `typed`.
+    bool areLeft(xcb_window_t window, const Count& count, std::size_t keys, SteadyTime typed) const;
+    /// The window's program has asked all it had to ask. Its next keys count on that habit.
+    void remember(xcb_window_t window, const Count& count);
     /// A window is gone.
-    void handleDestroyed(xcb_window_t window) { asks_.erase(window); }
+    void handleDestroyed(xcb_window_t window) { habits_.erase(window); }
 
   private:
-    std::optional<bool> asks(xcb_window_t window) const;
+    bool hasAsked(const Count& count) const { return answers_.questionCount() != count.first; }
+    std::optional<bool> habit(xcb_window_t window) const;
 
     IbusAnswers& answers_;
     // Whether the windows' programs have asked about their last keys.
-    std::map<xcb_window_t, bool> asks_;
+    std::map<xcb_window_t, bool> habits_;
 };
 
 }  // namespace tarvik::linuxdesktop

@@ -331,8 +331,10 @@ void UnreadKeys::handleAnswers(xcb_window_t window, std::uint64_t number) {
     }
     Keys& keys = found->second;
     if (questions_.areLeft(window, keys.questions, keys.characters.size(), keys.typed)) {
+        questions_.note(keys.questions);
         lookAgain(window, keys);
     } else {
+        questions_.remember(window, keys.questions);
         remove(window);
     }
     setDeadline();
