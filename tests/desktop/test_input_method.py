@@ -153,6 +153,11 @@ class CompositionTests:
         target = self.wait_until_composing(self.start_terminal())
         self.check_dictation(target, LATIN, CHINESE)
 
+    def test_a_terminal_that_is_slow_takes_many_keys_at_once_in_order(self):
+        target = self.wait_until_composing(self.start_terminal())
+        with rarely_running(target):
+            self.check_text(target, SLOW_TIMEOUT, LATIN, LATIN, CHINESE)
+
 
 class ComposingIBus(CompositionTests, DictationTest):
     keys = "nihao "
