@@ -37,6 +37,8 @@ class KeyQuestions {
     std::chrono::milliseconds lookTime(xcb_window_t window) const;
     /// The questions so far are no news any more.
     void note(Count& count) const { count.last = answers_.questionCount(); }
+    /// Whether a window's program is known to ask.
+    bool asks(xcb_window_t window) const { return habit(window).value_or(false); }
     /// IBus has answered every question so far. Whether the window's program may have more to ask
     /// about its `keys` unread keys, the last of which was typed at `typed`.
     bool areLeft(xcb_window_t window, const Count& count, std::size_t keys, SteadyTime typed) const;

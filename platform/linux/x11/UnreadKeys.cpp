@@ -157,7 +157,13 @@ void UnreadKeys::handleAnswer(const WindowPing::Answer& answer) {
             keys.method.kind != InputMethod::Kind::none && !keys.characters.empty()) {
             // The question to the input method may not have left the program yet.
             keys.isKnownToAnswer = true;
-            startProbing(answer.window, keys, std::chrono::steady_clock::now());
+            if (keys.method.kind == InputMethod::Kind::ibus && questions_.asks(answer.window)) {
+                // The look is better spent after the answers.
+                keys.hasLooked = false;
+                awaitAnswers(answer.window, keys);
+            } else {
+                startProbing(answer.window, keys, std::chrono::steady_clock::now());
+            }
         } else {
             remove(answer.window);
         }
@@ -311,14 +317,15 @@ bool UnreadKeys::hasRested(Keys& keys, std::uint64_t switches) const {
 void UnreadKeys::finishLook(xcb_window_t window) {
     const auto found = windows_.find(window);
     if (found != windows_.end() && found->second.method.kind == InputMethod::Kind::ibus) {
+        found->second.hasLooked = true;
         awaitAnswers(window, found->second);
     } else if (found != windows_.end()) {
         remove(window);
     }
 }
 
-// The program sleeps or answers pings, and has asked about every key that it has read, or about the
-// first of them alone.
+// The program sleeps or has answered a ping, and has asked about every key that it has read, or
+// about the first of them alone.
 void UnreadKeys::awaitAnswers(xcb_window_t window, Keys& keys) {
     keys.probed = std::nullopt;
     answers_.whenAnswered([this, window, number = keys.number] { handleAnswers(window, number); });
@@ -330,20 +337,22 @@ void UnreadKeys::handleAnswers(xcb_window_t window, std::uint64_t number) {
         return;
     }
     Keys& keys = found->second;
-    if (questions_.areLeft(window, keys.questions, keys.characters.size(), keys.typed)) {
-        questions_.note(keys.questions);
-        lookAgain(window, keys);
-    } else {
+    if (keys.hasLooked &&
+        !questions_.areLeft(window, keys.questions, keys.characters.size(), keys.typed)) {
         questions_.remember(window, keys.questions);
         remove(window);
+    } else {
+        questions_.note(keys.questions);
+        lookAgain(window, keys);
     }
     setDeadline();
     events_.onChange();
 }
 
-// The program has got an answer, and may have to handle it.
+// The program has got an answer, and may have to handle it. It has answered a ping already where
+// nobody has looked yet.
 void UnreadKeys::lookAgain(xcb_window_t window, Keys& keys) {
-    const auto serial = keys.isKnownToAnswer ? ping_.send(window) : std::nullopt;
+    const auto serial = keys.isKnownToAnswer && keys.hasLooked ? ping_.send(window) : std::nullopt;
     if (serial) {
         keys.serial = *serial;
         keys.nextPing = std::chrono::steady_clock::now() + pingInterval;

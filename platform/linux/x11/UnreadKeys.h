@@ -114,6 +114,8 @@ class UnreadKeys {
         // Tells the answers about earlier keys.
         std::uint64_t number = 0;
         KeyQuestions::Count questions;
+        // The program was idle after the answers to these questions.
+        bool hasLooked = false;
         // A program with many threads that answers pings is looked at no longer than that.
         SteadyTime lookDeadline;
         // The program rests since then, by the number of its switches.
