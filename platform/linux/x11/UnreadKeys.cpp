@@ -28,6 +28,8 @@ constexpr milliseconds maxProbeInterval = 100ms;
 constexpr milliseconds maxPingedProbeInterval = 10ms;
 // A program that is idle at every look and never rests, such as a clock, has its answers by then.
 constexpr milliseconds maxMethodDelay = 3s;
+// An input method may need so long for each of the keys.
+constexpr milliseconds maxMethodTime = 150ms;
 // Nobody waits for a program that has read nothing for 30 s.
 constexpr milliseconds expiredProbeInterval = 1s;
 // A program that is never idle, such as a terminal full of output, still reads its events. It has
@@ -308,10 +310,13 @@ bool UnreadKeys::probe(xcb_window_t window, Keys& keys) {
 // The answer to each key wakes the program up.
 bool UnreadKeys::hasRested(Keys& keys, std::uint64_t switches) const {
     const auto now = std::chrono::steady_clock::now();
+    const SteadyTime handled = keys.typed + keys.characters.size() * maxMethodTime;
     if (std::exchange(keys.switches, switches) != switches) {
         keys.resting = now;
+        // The program reads on.
+        keys.deadline = std::max(keys.deadline, std::min(now, handled) + timeout_);
     }
-    return now >= std::min(keys.resting + rest_, keys.typed + std::max(rest_, maxMethodDelay));
+    return now >= std::min(keys.resting + rest_, handled + std::max(rest_, maxMethodDelay));
 }
 
 void UnreadKeys::finishLook(xcb_window_t window) {

@@ -268,6 +268,22 @@ TEST_F(X11UnreadKeys, OfAProgramThatAsksAnInputMethodAreReadOnceTheProgramHasRes
     EXPECT_EQ(lost, 0U);
 }
 
+// A program that never rests, as one that gets answers all the time, may still have most of them to
+// read after a burst.
+TEST_F(X11UnreadKeys, OfABurstBehindAnInputMethodAreWaitedForWhileTheProgramReadsOn) {
+    const TestProcess terminal({"xterm", "-e", "sh", "-c", "while sleep 0.05; do echo; done"});
+    ASSERT_TRUE(
+        mainQueue.runUntil([&] { return input->frontmostProcess() == terminal.identifier(); }));
+    const xcb_window_t window = frontWindow();
+    constexpr InputMethod method{InputMethod::Kind::unobserved};
+    UnreadKeys expiring{*connection, loop, ping, answers, events, 1s};
+    // 150 ms for each.
+    const std::u32string burst(30, U'ж');
+    expiring.add(window, burst, method);
+    unread.add(window, burst, method);
+    EXPECT_FALSE(runUntil([&] { return lost != 0 || unread.isEmpty() || expiring.isEmpty(); }, 4s));
+}
+
 // The next program often gets the numbers of the last one's windows.
 TEST_F(X11UnreadKeys, OfAWindowThatIsGoneAreWaitedForNoLonger) {
     const xcb_window_t window = xcb_generate_id(connection->get());
