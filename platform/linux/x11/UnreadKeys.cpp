@@ -293,11 +293,15 @@ bool UnreadKeys::probe(xcb_window_t window, Keys& keys) {
         }
         return false;
     }
+    if (finding != ProgramProbe::Finding::behind) {
+        handleSwitches(keys, switches);
+    }
+    // A program that waits for its input method has markers and keys in a queue of its own.
+    const bool mayHaveHandled = now >= handledTime(keys);
     // Some toolkits that answer pings read events in one thread and handle them in another.
     if ((finding == ProgramProbe::Finding::idle &&
-         (keys.isPinged || keys.method.kind != InputMethod::Kind::unobserved ||
-          hasRested(keys, switches))) ||
-        (finding == ProgramProbe::Finding::busy && !keys.isPinged &&
+         (keys.isPinged || keys.method.kind != InputMethod::Kind::unobserved || hasRested(keys))) ||
+        (finding == ProgramProbe::Finding::busy && !keys.isPinged && mayHaveHandled &&
          readsMarkers(window, keys, threads == 1 ? markersForProof : markersForProofOfThreads))) {
         return true;
     }
@@ -307,16 +311,28 @@ bool UnreadKeys::probe(xcb_window_t window, Keys& keys) {
     return false;
 }
 
-// The answer to each key wakes the program up.
-bool UnreadKeys::hasRested(Keys& keys, std::uint64_t switches) const {
+SteadyTime UnreadKeys::handledTime(const Keys& keys) {
+    const bool isUnobserved = keys.method.kind == InputMethod::Kind::unobserved;
+    const auto count = static_cast<std::int64_t>(isUnobserved ? keys.characters.size() : 0);
+    return keys.typed + count * maxMethodTime;
+}
+
+// A program that has run and leaves no event to the server reads on.
+void UnreadKeys::handleSwitches(Keys& keys, std::uint64_t switches) const {
     const auto now = std::chrono::steady_clock::now();
-    const SteadyTime handled = keys.typed + keys.characters.size() * maxMethodTime;
     if (std::exchange(keys.switches, switches) != switches) {
         keys.resting = now;
-        // The program reads on.
-        keys.deadline = std::max(keys.deadline, std::min(now, handled) + timeout_);
+        if (keys.method.kind == InputMethod::Kind::unobserved && !keys.isDoubtful) {
+            keys.deadline = std::max(keys.deadline, std::min(now, handledTime(keys)) + timeout_);
+        }
     }
-    return now >= std::min(keys.resting + rest_, handled + std::max(rest_, maxMethodDelay));
+}
+
+// The answer to each key wakes the program up.
+bool UnreadKeys::hasRested(const Keys& keys) const {
+    const auto now = std::chrono::steady_clock::now();
+    return now >=
+           std::min(keys.resting + rest_, handledTime(keys) + std::max(rest_, maxMethodDelay));
 }
 
 void UnreadKeys::finishLook(xcb_window_t window) {

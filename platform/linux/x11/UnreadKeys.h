@@ -131,7 +131,10 @@ class UnreadKeys {
     void startProbing(xcb_window_t window, Keys& keys, SteadyTime time);
     ProgramProbe::Sight look(const Keys& keys);
     bool probe(xcb_window_t window, Keys& keys);
-    bool hasRested(Keys& keys, std::uint64_t switches) const;
+    /// When an input method that nobody hears of has handled the keys at the latest.
+    static SteadyTime handledTime(const Keys& keys);
+    void handleSwitches(Keys& keys, std::uint64_t switches) const;
+    bool hasRested(const Keys& keys) const;
     void finishLook(xcb_window_t window);
     void awaitAnswers(xcb_window_t window, Keys& keys);
     void handleAnswers(xcb_window_t window, std::uint64_t number);

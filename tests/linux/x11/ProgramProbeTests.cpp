@@ -276,7 +276,7 @@ TEST_F(X11UnreadKeys, OfABurstBehindAnInputMethodAreWaitedForWhileTheProgramRead
         mainQueue.runUntil([&] { return input->frontmostProcess() == terminal.identifier(); }));
     const xcb_window_t window = frontWindow();
     constexpr InputMethod method{InputMethod::Kind::unobserved};
-    UnreadKeys expiring{*connection, loop, ping, answers, events, 1s};
+    UnreadKeys expiring{*connection, loop, ping, answers, events, 2s};
     // 150 ms for each.
     const std::u32string burst(30, U'ж');
     expiring.add(window, burst, method);
@@ -306,6 +306,19 @@ TEST_F(X11UnreadKeys, OfATerminalFullOfOutputAreKnownToBeRead) {
     unread.add(window, U"ж");
     EXPECT_TRUE(unread.contains(window));
     EXPECT_TRUE(runUntil([&] { return unread.isEmpty(); }, 10s));
+    EXPECT_EQ(lost, 0U);
+}
+
+// It reads messages of the server while most keys wait in its own queue for the input method.
+TEST_F(X11UnreadKeys, OfABurstBehindAnInputMethodAreNotReadWithTheNextMessages) {
+    const TestProcess terminal({"xterm", "-e", "yes"});
+    ASSERT_TRUE(
+        mainQueue.runUntil([&] { return input->frontmostProcess() == terminal.identifier(); }));
+    const xcb_window_t window = frontWindow();
+    // 150 ms for each.
+    unread.add(window, std::u32string(20, U'ж'), {InputMethod::Kind::unobserved});
+    EXPECT_FALSE(runUntil([&] { return unread.isEmpty(); }, 2s));
+    EXPECT_TRUE(runUntil([&] { return unread.isEmpty(); }, 20s));
     EXPECT_EQ(lost, 0U);
 }
 
