@@ -18,6 +18,10 @@ constexpr auto firstRepeatTolerance = 500ms;
 constexpr auto repeatTolerance = 150ms;
 constexpr int maxMissedRepeats = 4;
 constexpr auto unseenTolerance = 2s;
+// How much later than a release GNOME may report a repeat of the hold.
+constexpr auto lateTime = 1s;
+// How much later than the press of the hotkey the engine may see the Alt of that press.
+constexpr auto altTolerance = 200ms;
 
 // As the kernel numbers keys.
 constexpr std::uint32_t spaceCode = 57;
@@ -26,8 +30,12 @@ constexpr std::uint32_t rightAltCode = 100;
 constexpr std::uint32_t leftShiftCode = 42;
 constexpr std::uint32_t rightShiftCode = 54;
 
+bool isAlt(std::uint32_t code) {
+    return code == leftAltCode || code == rightAltCode;
+}
+
 bool belongsTo(std::uint32_t modifiers, std::uint32_t code) {
-    return code == spaceCode || code == leftAltCode || code == rightAltCode ||
+    return code == spaceCode || isAlt(code) ||
            ((modifiers & platform::shiftKeyMask) != 0 &&
             (code == leftShiftCode || code == rightShiftCode));
 }
@@ -40,7 +48,9 @@ ShortcutHold::ShortcutHold(FieldEngine& engine, EventLoop& loop, Events events,
       loop_(loop),
       events_(std::move(events)),
       askRepetition_(std::move(askRepetition)),
-      deadline_(loop) {}
+      deadline_(loop),
+      watchDeadline_(loop),
+      altDeadline_(loop) {}
 
 ShortcutHold::~ShortcutHold() {
     end();
@@ -53,7 +63,7 @@ void ShortcutHold::handlePress(HotKeyNumber number, std::uint32_t modifiers, Ste
     }
     // A key that does not repeat has been pressed again.
     if (!repetition_) {
-        end();
+        finish();
     }
     switch (repeats_.handle(number, time)) {
         case RepeatedHold::Report::repeat:
@@ -62,26 +72,47 @@ void ShortcutHold::handlePress(HotKeyNumber number, std::uint32_t modifiers, Ste
             watchRepeats();
             break;
         case RepeatedHold::Report::press:
-            // Of a hold that has not ended, nobody has seen the release.
-            end();
-            begin(number, modifiers, time);
+            handleNew({number, modifiers, time});
             break;
         case RepeatedHold::Report::unclear:
             await({number, modifiers, time});
             break;
         case RepeatedHold::Report::late:
+            if (isWatching_) {
+                watchKeys();
+            }
             break;
     }
 }
 
-void ShortcutHold::begin(HotKeyNumber number, std::uint32_t modifiers, SteadyTime time) {
-    events_.onPressed(number);
-    modifiers_ = modifiers;
+void ShortcutHold::handleNew(const Unclear& report) {
+    if (isWatching_ && isAltUp_) {
+        withoutAlt_ = report;
+        altDeadline_.set(altTolerance, [this] { withoutAlt_.reset(); });
+        watchKeys();
+        return;
+    }
+    if (repeats_.number() == report.number && wouldBeSeen(report)) {
+        return;
+    }
+    // Of a hold that has not ended, nobody has seen the release.
+    if (repeats_.number()) {
+        repeats_.expectEarlierReports(report.time);
+        finish();
+    }
+    begin(report);
+}
+
+void ShortcutHold::begin(const Unclear& press) {
+    events_.onPressed(press.number);
+    modifiers_ = press.modifiers;
     repetition_ = askRepetition_();
     isSeen_ = false;
     isAccompanied_ = false;
-    repeats_.begin(number, time, repetition_);
+    repeats_.begin(press.number, press.time, repetition_);
     engine_.acquire();
+    stopWatchingKeys();
+    noteField();
     accompanyAlt();
     watchRepeats();
 }
@@ -92,10 +123,18 @@ void ShortcutHold::await(const Unclear& report) {
 }
 
 void ShortcutHold::decide() {
-    if (const auto press = std::exchange(unclear_, std::nullopt)) {
-        end();
-        begin(press->number, press->modifiers, press->time);
+    const auto press = std::exchange(unclear_, std::nullopt);
+    if (press && wouldBeSeen(*press)) {
+        watchRepeats();
+    } else if (press) {
+        finish();
+        begin(*press);
     }
+}
+
+// A press after a release of Alt. The user may also hold Alt, and press the space bar again.
+bool ShortcutHold::wouldBeSeen(const Unclear& press) const {
+    return fieldTime_ && press.time >= *fieldTime_ + altTolerance;
 }
 
 void ShortcutHold::watchRepeats() {
@@ -111,30 +150,75 @@ void ShortcutHold::watchRepeats() {
 
 void ShortcutHold::handleSilence() {
     if (!engine_.hasField()) {
-        end();
+        // The only report may have been followed by another press.
+        if (repeats_.repeats() > 0) {
+            repeats_.expectEarlierReports(loop_.now());
+        }
+        finish();
     } else if (!isSeen_) {
         // Only keys that were up before the engine had the field have gone unseen.
-        deadline_.set(unseenTolerance, [this] { end(); });
+        deadline_.set(unseenTolerance, [this] { finish(); });
     }
 }
 
 void ShortcutHold::handleKey(const FieldEngine::Key& key) {
+    noteAlt(key);
     if (!repeats_.number()) {
         return;
     }
     if (key.isUp && belongsTo(modifiers_, key.code)) {
         accompanyAlt();
-        repeats_.expectLateReports(loop_.now());
-        end();
+        endAtRelease();
     } else if (!key.isUp && !key.hasAlt) {
         // Alt went up before the engine had the field.
-        end();
+        endAtRelease();
     } else {
         isSeen_ = true;
     }
 }
 
+void ShortcutHold::noteField() {
+    if (!engine_.hasField()) {
+        fieldTime_.reset();
+        isAltUp_ = false;
+    } else if (!fieldTime_) {
+        fieldTime_ = loop_.now();
+    }
+}
+
+void ShortcutHold::noteAlt(const FieldEngine::Key& key) {
+    if (!repeats_.number() && !isWatching_) {
+        return;
+    }
+    if (key.isUp) {
+        isAltUp_ |= isAlt(key.code) || !key.hasAlt;
+        return;
+    }
+    isAltUp_ = false;
+    if (const auto press = std::exchange(withoutAlt_, std::nullopt); press && isAlt(key.code)) {
+        begin(*press);
+    }
+}
+
+void ShortcutHold::watchKeys() {
+    if (!std::exchange(isWatching_, true)) {
+        engine_.acquire();
+    }
+    watchDeadline_.set(lateTime, [this] { stopWatchingKeys(); });
+}
+
+void ShortcutHold::stopWatchingKeys() {
+    watchDeadline_.clear();
+    altDeadline_.clear();
+    withoutAlt_.reset();
+    isAltUp_ = false;
+    if (std::exchange(isWatching_, false)) {
+        engine_.release();
+    }
+}
+
 void ShortcutHold::handleField() {
+    noteField();
     if (!repeats_.number()) {
         return;
     }
@@ -161,10 +245,23 @@ std::optional<HotKeyNumber> ShortcutHold::take() {
     return ended;
 }
 
-void ShortcutHold::end() {
+void ShortcutHold::endAtRelease() {
+    if (repetition_) {
+        repeats_.expectLateReports(loop_.now());
+        watchKeys();
+    }
+    finish();
+}
+
+void ShortcutHold::finish() {
     if (const auto ended = take()) {
         events_.onReleased(*ended);
     }
+}
+
+void ShortcutHold::end() {
+    finish();
+    stopWatchingKeys();
 }
 
 void ShortcutHold::cancel(HotKeyNumber number) {

@@ -15,7 +15,9 @@ namespace tarvik::linuxdesktop {
 
 /// Which custom shortcut of GNOME is held. GNOME reports the press and each repeat, and no release.
 /// The engine sees the keys go up while a text field has the keyboard. Elsewhere the hold ends with
-/// its repeats. Loop thread only; no operation waits.
+/// its repeats. On a busy machine GNOME reports a repeat long after the release. The engine stays
+/// in the field for a second after a release that it has seen, or after the last such repeat:
+/// nobody presses the hotkey again without Alt. Loop thread only; no operation waits.
 class ShortcutHold {
   public:
     /// The callbacks do not destroy the object.
@@ -34,14 +36,14 @@ class ShortcutHold {
     ShortcutHold& operator=(const ShortcutHold&) = delete;
 
     /// GNOME has reported the shortcut with these modifiers of the event manager. `time` is when
-    /// GNOME did so.
+    /// GNOME started to do so.
     void handlePress(HotKeyNumber number, std::uint32_t modifiers, SteadyTime time);
     /// The engine has seen a key.
     void handleKey(const FieldEngine::Key& key);
     /// The engine has got or lost a text field.
     void handleField();
 
-    /// Ends the hold, if there is one.
+    /// Ends the hold, if there is one, and watches no keys any more.
     void end();
     /// The same without `onReleased`, if the hold is that of `number`.
     void cancel(HotKeyNumber number);
@@ -54,12 +56,20 @@ class ShortcutHold {
         SteadyTime time;
     };
 
-    void begin(HotKeyNumber number, std::uint32_t modifiers, SteadyTime time);
+    void begin(const Unclear& press);
+    void handleNew(const Unclear& report);
     void await(const Unclear& report);
     void decide();
     void watchRepeats();
     void handleSilence();
     void accompanyAlt();
+    bool wouldBeSeen(const Unclear& press) const;
+    void noteField();
+    void noteAlt(const FieldEngine::Key& key);
+    void watchKeys();
+    void stopWatchingKeys();
+    void endAtRelease();
+    void finish();
     std::optional<HotKeyNumber> take();
 
     FieldEngine& engine_;
@@ -68,6 +78,8 @@ class ShortcutHold {
     const AskRepetition askRepetition_;
     RepeatedHold repeats_;
     std::optional<Unclear> unclear_;
+    // Since when the engine has a field.
+    std::optional<SteadyTime> fieldTime_;
     // From here on of the hold.
     std::uint32_t modifiers_ = 0;
     std::optional<KeyRepetition> repetition_;
@@ -77,6 +89,14 @@ class ShortcutHold {
     // A tap of Ctrl has accompanied Alt.
     bool isAccompanied_ = false;
     Deadline deadline_;
+    // From here on after a hold. The engine is in use for its keys.
+    bool isWatching_ = false;
+    // The engine has seen Alt go up and, since then, no key go down.
+    bool isAltUp_ = false;
+    // A report without Alt: a late repeat, or a press whose Alt the engine is about to see.
+    std::optional<Unclear> withoutAlt_;
+    Deadline watchDeadline_;
+    Deadline altDeadline_;
 };
 
 }  // namespace tarvik::linuxdesktop

@@ -42,7 +42,7 @@ RepeatedHold::Report RepeatedHold::handle(HotKeyNumber number, SteadyTime now) {
         return report;
     }
     if (number == endedNumber_ && now < lateUntil_) {
-        lateUntil_ = std::min(now + lateInterval_, lateLimit_);
+        lateUntil_ = std::max(lateUntil_, std::min(now + lateInterval_, lateLimit_));
         return Report::late;
     }
     return Report::press;
@@ -92,11 +92,21 @@ std::optional<HotKeyNumber> RepeatedHold::end() {
 void RepeatedHold::expectLateReports(SteadyTime now) {
     const bool hasNoRepeats = hold_ && hold_->repetition &&
                               now - hold_->pressTime < hold_->repetition->delay - maxEarlyTime;
-    endedNumber_ = hasNoRepeats ? 0 : number().value_or(0);
+    expectEarlierReports(now);
+    if (hasNoRepeats) {
+        return;
+    }
     lateInterval_ =
         timeout(hold_ && hold_->repetition ? maxRepeatGap() + lateTolerance : minLateInterval);
     lateUntil_ = now + lateInterval_;
     lateLimit_ = std::max(lateUntil_, now + maxLateTime);
+}
+
+void RepeatedHold::expectEarlierReports(SteadyTime now) {
+    endedNumber_ = number().value_or(0);
+    lateInterval_ = 0ms;
+    lateUntil_ = now;
+    lateLimit_ = now;
 }
 
 std::optional<HotKeyNumber> RepeatedHold::number() const {

@@ -35,7 +35,7 @@ class RepeatedHold {
         unclear
     };
 
-    /// The desktop has reported the hotkey.
+    /// The desktop has reported the hotkey. `now` is when the report was made, where that is known.
     Report handle(HotKeyNumber number, SteadyTime now);
     /// Without `repetition`, each further report of the hold counts as a repeat.
     void begin(HotKeyNumber number, SteadyTime now,
@@ -46,6 +46,8 @@ class RepeatedHold {
     /// The hold is about to end, and repeats of its key may be reported later. A hold that was
     /// shorter than the delay before the first repeat has none.
     void expectLateReports(SteadyTime now);
+    /// The hold is about to end, and reports of its key that were made before `now` may come later.
+    void expectEarlierReports(SteadyTime now);
     /// No report that comes from here on belongs to a hold that has ended.
     void expectNoLateReports() { endedNumber_ = 0; }
 

@@ -111,6 +111,27 @@ TEST_F(RepeatedHoldTest, SlowRepeatsAreExpectedForLonger) {
     EXPECT_EQ(reportAfter(600ms), Report::press);
 }
 
+// The reports have the times at which they were made.
+TEST_F(RepeatedHoldTest, AReportFromBeforeTheEndIsLate) {
+    report();
+    reportAfter(500ms);
+    hold.expectEarlierReports(now);
+    hold.expectEarlierReports(now);
+    hold.end();
+    now += 300ms;
+    EXPECT_EQ(hold.handle(1, now - 301ms), Report::late);
+    EXPECT_EQ(hold.handle(2, now - 301ms), Report::press);
+    EXPECT_EQ(hold.handle(1, now - 300ms), Report::press);
+}
+
+TEST_F(RepeatedHoldTest, AnEarlierReportShortensNoTimeOfLateOnes) {
+    report();
+    reportAfter(500ms);
+    endEarly();
+    EXPECT_EQ(hold.handle(1, now - 200ms), Report::late);
+    EXPECT_EQ(reportAfter(249ms), Report::late);
+}
+
 TEST_F(RepeatedHoldTest, AnotherHotkeyAfterTheEndIsAPress) {
     report();
     endEarly();
