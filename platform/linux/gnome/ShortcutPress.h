@@ -8,7 +8,7 @@ namespace tarvik::linuxdesktop {
 
 /// What the command of a custom shortcut tells the application, in one datagram.
 struct ShortcutPress {
-    /// When GNOME started the command, by CLOCK_MONOTONIC.
+    /// When GNOME started the command, by CLOCK_MONOTONIC, to a hundredth of a second.
     std::int64_t nanoseconds = 0;
     /// 1 for the toggle hotkey, 0 for the hold hotkey.
     std::uint64_t isToggle = 0;

@@ -4,27 +4,60 @@
 // Tells the application in one datagram, and ends. The arguments are the path of the application's
 // socket and the word of the hotkey.
 
+#include <fcntl.h>
 #include <sys/socket.h>
 #include <sys/un.h>
+#include <unistd.h>
 
+#include <cstdint>
 #include <cstdlib>
 #include <cstring>
 #include <ctime>
 
 #include "platform/linux/gnome/ShortcutPress.h"
 
+namespace {
+
+constexpr std::int64_t second = 1'000'000'000;
+
+std::int64_t now(clockid_t clock) {
+    timespec time{};
+    clock_gettime(clock, &time);
+    return time.tv_sec * second + time.tv_nsec;
+}
+
+// The time since the start of this process; 0 where the system does not tell. A busy machine may
+// start the process long before the process runs.
+std::int64_t age() {
+    char text[1024] = {};
+    const int file = open("/proc/self/stat", O_RDONLY | O_CLOEXEC);
+    if (file < 0 || read(file, text, sizeof text - 1) <= 0) {
+        return 0;
+    }
+    // The second field is the name in parentheses, and the twenty-second one the start.
+    const char* field = std::strrchr(text, ')');
+    for (int number = 2; field != nullptr && number < 22; ++number) {
+        field = std::strchr(field + 1, ' ');
+    }
+    if (field == nullptr) {
+        return 0;
+    }
+    const std::int64_t start = std::atoll(field) * (second / sysconf(_SC_CLK_TCK));
+    return now(CLOCK_BOOTTIME) - start;
+}
+
+}  // namespace
+
 int main(int argc, char** argv) {
     using namespace tarvik::linuxdesktop;
-    timespec now{};
-    clock_gettime(CLOCK_MONOTONIC, &now);
+    const std::int64_t start = now(CLOCK_MONOTONIC) - age();
     sockaddr_un address{};
     address.sun_family = AF_UNIX;
     if (argc != 3 || std::strlen(argv[1]) >= sizeof address.sun_path) {
         return EXIT_FAILURE;
     }
     std::strcpy(address.sun_path, argv[1]);
-    const ShortcutPress press{std::int64_t{now.tv_sec} * 1'000'000'000 + now.tv_nsec,
-                              std::strcmp(argv[2], toggleWord) == 0 ? 1U : 0U};
+    const ShortcutPress press{start, std::strcmp(argv[2], toggleWord) == 0 ? 1U : 0U};
     const int socket = ::socket(AF_UNIX, SOCK_DGRAM | SOCK_CLOEXEC, 0);
     // An application that hangs must not gather processes that wait.
     const ssize_t sent = sendto(socket, &press, sizeof press, MSG_NOSIGNAL | MSG_DONTWAIT,
