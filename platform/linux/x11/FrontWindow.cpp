@@ -129,8 +129,17 @@ xcb_window_t FrontWindow::window() {
     if (!hasManager()) {
         return topLevelOf(focusedWindow());
     }
-    return connection_.firstOfProperty(connection_.root(), activeWindow_, XCB_ATOM_WINDOW)
-        .value_or(XCB_NONE);
+    const xcb_window_t active =
+        connection_.firstOfProperty(connection_.root(), activeWindow_, XCB_ATOM_WINDOW)
+            .value_or(XCB_NONE);
+    return isPlaceholder(active) ? xcb_window_t{XCB_NONE} : active;
+}
+
+// A compositor may give the focus to a window of its own while a program of Wayland has the keys.
+bool FrontWindow::isPlaceholder(xcb_window_t window) {
+    const auto manager =
+        connection_.firstOfProperty(connection_.root(), managerCheck_, XCB_ATOM_WINDOW);
+    return manager && connection_.sameClient(window, *manager) && !isViewable(window);
 }
 
 // A program that runs in a process namespace of its own, or on another machine, announces a number

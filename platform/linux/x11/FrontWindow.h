@@ -83,6 +83,7 @@ class FrontWindow {
 
   private:
     bool hasManager();
+    bool isPlaceholder(xcb_window_t window);
     xcb_window_t focusedWindow();
     xcb_window_t parentOf(xcb_window_t window);
     xcb_window_t topLevelOf(xcb_window_t window);

@@ -101,6 +101,31 @@ TEST_F(X11FrontWindow, IsOfNoProcessWhenItsProgramIsConnectedFromAnotherMachine)
 }
 
 // Its number belongs to a client all the same.
+// Such a window of GNOME Shell 48 has the focus of X while the user is in a program of Wayland.
+TEST_F(X11FrontWindow, IsNoneWhereTheWindowManagerNamesOneOfItsOwnThatIsNotShown) {
+    start();
+    const auto name = [&](const char* property, xcb_window_t holder, xcb_window_t named) {
+        xcb_change_property(connection->get(), XCB_PROP_MODE_REPLACE, holder,
+                            connection->atom(property), XCB_ATOM_WINDOW, 32, 1, &named);
+    };
+    const auto manager = window;
+    name("_NET_SUPPORTING_WM_CHECK", connection->root(), manager);
+    name("_NET_SUPPORTING_WM_CHECK", manager, manager);
+    createWindow();
+    name("_NET_ACTIVE_WINDOW", connection->root(), window);
+    FrontWindow found(*connection, front);
+    EXPECT_EQ(found.window(), xcb_window_t{XCB_NONE});
+    xcb_map_window(connection->get(), window);
+    EXPECT_EQ(found.window(), window);
+    const auto program = XcbConnection::open().value();
+    const xcb_window_t hidden = xcb_generate_id(program->get());
+    xcb_create_window(program->get(), XCB_COPY_FROM_PARENT, hidden, program->root(), 0, 0, 1, 1, 0,
+                      XCB_WINDOW_CLASS_INPUT_OUTPUT, XCB_COPY_FROM_PARENT, 0, nullptr);
+    program->synchronise();
+    name("_NET_ACTIVE_WINDOW", connection->root(), hidden);
+    EXPECT_EQ(found.window(), hidden);
+}
+
 TEST_F(X11FrontWindow, IsOfNoProcessWhenItDoesNotExist) {
     start();
     window = xcb_generate_id(connection->get());
