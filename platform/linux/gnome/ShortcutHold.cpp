@@ -86,13 +86,13 @@ void ShortcutHold::handlePress(HotKeyNumber number, std::uint32_t modifiers, Ste
 }
 
 void ShortcutHold::handleNew(const Unclear& report) {
-    if (isWatching_ && isAltUp_) {
+    const bool isHeld = repeats_.number() == report.number;
+    if ((isWatching_ && isAltUp_) || (isHeld && wouldBeSeen(report))) {
         withoutAlt_ = report;
         altDeadline_.set(altTolerance, [this] { withoutAlt_.reset(); });
-        watchKeys();
-        return;
-    }
-    if (repeats_.number() == report.number && wouldBeSeen(report)) {
+        if (isWatching_) {
+            watchKeys();
+        }
         return;
     }
     // Of a hold that has not ended, nobody has seen the release.
@@ -162,41 +162,47 @@ void ShortcutHold::handleSilence() {
 }
 
 void ShortcutHold::handleKey(const FieldEngine::Key& key) {
-    noteAlt(key);
+    const bool isNewAlt = !key.isUp && !key.hasAlt && isAlt(key.code);
+    const std::optional<Unclear> press =
+        isNewAlt ? (unclear_ ? unclear_ : withoutAlt_) : std::nullopt;
     if (!repeats_.number()) {
-        return;
-    }
-    if (key.isUp && belongsTo(modifiers_, key.code)) {
+        noteKey(key);
+    } else if (key.isUp && belongsTo(modifiers_, key.code)) {
         accompanyAlt();
-        endAtRelease();
+        if (repetition_) {
+            repeats_.expectLateReports(loop_.now());
+        }
+        endWatched(key);
     } else if (!key.isUp && !key.hasAlt) {
-        // Alt went up before the engine had the field.
-        endAtRelease();
+        // Alt went up before the engine had the field. The key may be the Alt of the next press,
+        // whose command may have begun already.
+        repeats_.expectNoLateReports();
+        endWatched(key);
     } else {
         isSeen_ = true;
+    }
+    if (press) {
+        begin(*press);
     }
 }
 
 void ShortcutHold::noteField() {
     if (!engine_.hasField()) {
         fieldTime_.reset();
+        // What the engine does not see may be a press.
+        isPressed_ = true;
         isAltUp_ = false;
     } else if (!fieldTime_) {
         fieldTime_ = loop_.now();
     }
 }
 
-void ShortcutHold::noteAlt(const FieldEngine::Key& key) {
-    if (!repeats_.number() && !isWatching_) {
-        return;
-    }
-    if (key.isUp) {
-        isAltUp_ |= isAlt(key.code) || !key.hasAlt;
-        return;
-    }
-    isAltUp_ = false;
-    if (const auto press = std::exchange(withoutAlt_, std::nullopt); press && isAlt(key.code)) {
-        begin(*press);
+void ShortcutHold::noteKey(const FieldEngine::Key& key) {
+    if (!key.isUp) {
+        isPressed_ = true;
+        isAltUp_ = false;
+    } else if (isWatching_ && !isPressed_ && (isAlt(key.code) || !key.hasAlt)) {
+        isAltUp_ = true;
     }
 }
 
@@ -245,10 +251,12 @@ std::optional<HotKeyNumber> ShortcutHold::take() {
     return ended;
 }
 
-void ShortcutHold::endAtRelease() {
+void ShortcutHold::endWatched(const FieldEngine::Key& key) {
     if (repetition_) {
-        repeats_.expectLateReports(loop_.now());
         watchKeys();
+        isPressed_ = false;
+        isAltUp_ = false;
+        noteKey(key);
     }
     finish();
 }

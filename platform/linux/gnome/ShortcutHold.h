@@ -65,10 +65,10 @@ class ShortcutHold {
     void accompanyAlt();
     bool wouldBeSeen(const Unclear& press) const;
     void noteField();
-    void noteAlt(const FieldEngine::Key& key);
+    void noteKey(const FieldEngine::Key& key);
     void watchKeys();
     void stopWatchingKeys();
-    void endAtRelease();
+    void endWatched(const FieldEngine::Key& key);
     void finish();
     std::optional<HotKeyNumber> take();
 
@@ -91,7 +91,9 @@ class ShortcutHold {
     Deadline deadline_;
     // From here on after a hold. The engine is in use for its keys.
     bool isWatching_ = false;
-    // The engine has seen Alt go up and, since then, no key go down.
+    // The engine has seen a key go down since the hold.
+    bool isPressed_ = false;
+    // The engine has seen Alt go up at the end of the hold or since, and no key go down.
     bool isAltUp_ = false;
     // A report without Alt: a late repeat, or a press whose Alt the engine is about to see.
     std::optional<Unclear> withoutAlt_;
