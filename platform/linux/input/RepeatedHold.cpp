@@ -21,9 +21,10 @@ constexpr SteadyTime::duration minLateInterval = 250ms;
 constexpr SteadyTime::duration maxLateTime = 1s;
 // The first repeat of a machine that is not busy comes within this time of the keyboard's delay.
 constexpr SteadyTime::duration repeatJitter = 40ms;
-// Nobody presses a combination again so soon. A busy machine may report repeats before the delay
-// has passed, when the press itself was reported late or not at all.
-constexpr SteadyTime::duration minPressInterval = 150ms;
+// Nobody presses a combination again so soon: two taps take 0.15 s at least, and their times may be
+// known to 0.01 s only. A busy machine may report repeats before the delay has passed, when the
+// press itself was reported late or not at all.
+constexpr SteadyTime::duration minPressInterval = 130ms;
 // A press that is reported late lets the first repeat seem early, by no more than this.
 constexpr SteadyTime::duration maxEarlyTime = 200ms;
 // What a busy machine adds to the time between two repeats, of a hold that lasts and of one that
