@@ -246,10 +246,12 @@ void FrontWindow::activate(xcb_window_t window) {
     request(window, activeWindow_, fromPager, XCB_CURRENT_TIME);
 }
 
-void FrontWindow::giveBack(xcb_window_t window) {
-    if (borrowers_.erase(window) != 0) {
-        host_->giveKeyboardBack(window);
+bool FrontWindow::endLoan(xcb_window_t window) {
+    if (borrowers_.erase(window) == 0) {
+        return false;
     }
+    host_->giveKeyboardBack(window);
+    return true;
 }
 
 // Some window managers ignore the request for a window on another workspace. Which workspace is

@@ -76,10 +76,10 @@ class FrontWindow {
     /// Asks for a window to be brought to the front with the keyboard, on whichever workspace it
     /// is. The window manager may take a while.
     void activate(xcb_window_t window);
-    /// Whether a host gives windows the focus, and takes it back.
-    bool hasHost() const { return host_ != nullptr; }
-    /// With a host: the window needs the keyboard no longer that activate() has asked for.
-    void giveBack(xcb_window_t window);
+    /// Whether activate() has asked a host for the keyboard for this window.
+    bool isBorrower(xcb_window_t window) const { return borrowers_.contains(window); }
+    /// Has the host take the keyboard back from a borrower. False for any other window.
+    bool endLoan(xcb_window_t window);
 
   private:
     bool hasManager();

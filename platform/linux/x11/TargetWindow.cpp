@@ -63,12 +63,10 @@ void TargetWindow::bringToFront(xcb_window_t window) {
 
 void TargetWindow::giveFocusBack() {
     connection_.selectEvents(broughtToFront_, XCB_EVENT_MASK_NO_EVENT);
-    if (front_.hasHost()) {
-        front_.giveBack(std::exchange(broughtToFront_, XCB_NONE));
-        return;
-    }
+    const bool isReturned = front_.endLoan(broughtToFront_);
     const xcb_window_t front = front_.window();
-    if (earlierFront_ != XCB_NONE && (front == broughtToFront_ || front == earlierFront_)) {
+    if (!isReturned && earlierFront_ != XCB_NONE &&
+        (front == broughtToFront_ || front == earlierFront_)) {
         front_.activate(earlierFront_);
         if (front_.canBeGivenFocus(earlierFront_)) {
             front_.setFocus({earlierFront_});
@@ -122,7 +120,7 @@ void TargetWindow::arrive(xcb_window_t window) {
     }
     const Awaited awaited = found->second;
     // A host brings a window late that had to wait for other texts, and takes the keyboard back.
-    if (front_.hasHost() || Clock::now() < awaited.requested + maxActivation) {
+    if (front_.isBorrower(window) || Clock::now() < awaited.requested + maxActivation) {
         awaited_.erase(found);
         broughtToFront_ = window;
         earlierFront_ = awaited.earlierFront;
@@ -137,7 +135,7 @@ bool TargetWindow::forget(xcb_window_t window) {
         return false;
     }
     connection_.selectEvents(window, XCB_EVENT_MASK_NO_EVENT);
-    front_.giveBack(window);
+    front_.endLoan(window);
     setDeadline();
     return true;
 }
