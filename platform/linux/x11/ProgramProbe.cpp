@@ -105,4 +105,27 @@ ProgramProbe::Sight ProgramProbe::look(std::int32_t process) {
     return second;
 }
 
+// The program and the input method may ask each other by the server. Nothing is on its way between
+// them where both sleep and the input method has not run meanwhile.
+Sight ProgramProbe::look(std::int32_t process, const InputMethod& method, bool isPinged) {
+    if (method.process == 0) {
+        return look(process);
+    }
+    const Sight before = look(method.process);
+    Sight sight = look(process);
+    const Sight after = look(method.process);
+    const bool isResting = before.finding == after.finding && after.finding == Finding::idle &&
+                           before.switches == after.switches;
+    sight.switches += after.switches;
+    if (sight.finding == Finding::unknown || before.finding == Finding::unknown || isResting) {
+        return sight;
+    }
+    // A stopped input method has keys left, and one that is only busy may have none. Most programs
+    // that answer pings ask IBus without the process that is looked at.
+    const bool isBehind = method.kind == InputMethod::Kind::unobserved &&
+                          (before.finding == Finding::behind || after.finding == Finding::behind);
+    sight.finding = isBehind || !isPinged ? Finding::behind : Finding::busy;
+    return sight;
+}
+
 }  // namespace tarvik::linuxdesktop

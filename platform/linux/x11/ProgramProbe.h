@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <string>
 
+#include "platform/linux/x11/InputMethods.h"
 #include "platform/linux/x11/ServerFence.h"
 #include "platform/linux/x11/XcbConnection.h"
 
@@ -37,6 +38,9 @@ class ProgramProbe {
     /// Waits for the server, for a few milliseconds at the most where the server is busy with other
     /// clients. Never waits for the program.
     Sight look(std::int32_t process);
+    /// The same for a program that may ask an input method about its keys. `isPinged` is whether
+    /// its windows announce answers to pings.
+    Sight look(std::int32_t process, const InputMethod& method, bool isPinged);
 
   private:
     XcbConnection& connection_;

@@ -32,14 +32,6 @@ constexpr milliseconds maxMethodDelay = 3s;
 constexpr milliseconds maxMethodTime = 150ms;
 // Nobody waits for a program that has read nothing for 30 s.
 constexpr milliseconds expiredProbeInterval = 1s;
-// A program that is never idle, such as a terminal full of output, still reads its events. It has
-// got through its keys when it has read this many markers, one in each interval of this length.
-constexpr milliseconds markerInterval = 50ms;
-constexpr int markersForProof = 4;
-// Of several threads any one reads the server's messages, while the one that looks keys up may wait
-// for a processor, as in Java on a busy machine. Nearly always such a program is seen idle before
-// that.
-constexpr int markersForProofOfThreads = 60;
 
 }  // namespace
 
@@ -50,7 +42,7 @@ UnreadKeys::UnreadKeys(XcbConnection& connection, PollLoop& loop, WindowPing& pi
       answers_(answers),
       questions_(answers),
       probe_(connection),
-      marker_(connection.atom("_TARVIK_DICTATE_MARKER")),
+      markers_(connection),
       events_(std::move(events)),
       timeout_(timeout),
       rest_(rest),
@@ -125,8 +117,7 @@ void UnreadKeys::startProbing(xcb_window_t window, Keys& keys, SteadyTime time) 
     const bool isIbus = keys.method.kind == InputMethod::Kind::ibus;
     keys.lookDeadline = time + (isIbus ? questions_.lookTime(window) : KeyQuestions::firstLookTime);
     keys.resting = keys.typed;
-    keys.isMarkerSent = false;
-    keys.markersRead = 0;
+    keys.markers = {};
 }
 
 std::set<char32_t> UnreadKeys::characters() const {
@@ -251,33 +242,9 @@ void UnreadKeys::pingAgain(xcb_window_t window, Keys& keys, SteadyTime now) {
     keys.nextPing = ping_.send(window) ? now + pingInterval : SteadyTime::max();
 }
 
-// The program and the input method may ask each other by the server. Nothing is on its way between
-// them where both sleep and the input method has not run meanwhile.
-ProgramProbe::Sight UnreadKeys::look(const Keys& keys) {
-    using Finding = ProgramProbe::Finding;
-    if (keys.method.process == 0) {
-        return probe_.look(*keys.probed);
-    }
-    const auto before = probe_.look(keys.method.process);
-    auto sight = probe_.look(*keys.probed);
-    const auto after = probe_.look(keys.method.process);
-    const bool isResting = before.finding == after.finding && after.finding == Finding::idle &&
-                           before.switches == after.switches;
-    sight.switches += after.switches;
-    if (sight.finding == Finding::unknown || before.finding == Finding::unknown || isResting) {
-        return sight;
-    }
-    // A stopped input method has keys left, and one that is only busy may have none. Most programs
-    // that answer pings ask IBus without the process that is looked at.
-    const bool isBehind = keys.method.kind == InputMethod::Kind::unobserved &&
-                          (before.finding == Finding::behind || after.finding == Finding::behind);
-    sight.finding = isBehind || !keys.isPinged ? Finding::behind : Finding::busy;
-    return sight;
-}
-
 // Answers whether the keys are known to be read.
 bool UnreadKeys::probe(xcb_window_t window, Keys& keys) {
-    const auto [finding, switches, threads] = look(keys);
+    const auto [finding, switches, threads] = probe_.look(*keys.probed, keys.method, keys.isPinged);
     const auto now = std::chrono::steady_clock::now();
     const bool hasAnsweredPing =
         keys.isPinged && keys.method.kind != InputMethod::Kind::none && ping_.hasAnswered(window);
@@ -302,7 +269,7 @@ bool UnreadKeys::probe(xcb_window_t window, Keys& keys) {
     if ((finding == ProgramProbe::Finding::idle &&
          (keys.isPinged || keys.method.kind != InputMethod::Kind::unobserved || hasRested(keys))) ||
         (finding == ProgramProbe::Finding::busy && !keys.isPinged && mayHaveHandled &&
-         readsMarkers(window, keys, threads == 1 ? markersForProof : markersForProofOfThreads))) {
+         markers_.prove(window, keys.markers, keys.probeInterval, threads))) {
         return true;
     }
     keys.nextProbe = now + (keys.isDoubtful ? expiredProbeInterval : keys.probeInterval);
@@ -380,24 +347,6 @@ void UnreadKeys::lookAgain(xcb_window_t window, Keys& keys) {
     } else {
         startProbing(window, keys, std::chrono::steady_clock::now());
     }
-}
-
-bool UnreadKeys::readsMarkers(xcb_window_t window, Keys& keys, int proof) {
-    keys.markersRead += std::exchange(keys.isMarkerSent, false) ? 1 : 0;
-    if (keys.markersRead >= proof) {
-        return true;
-    }
-    if (keys.probeInterval >= markerInterval) {
-        xcb_client_message_event_t message{};
-        message.response_type = XCB_CLIENT_MESSAGE;
-        message.format = 32;
-        message.window = window;
-        message.type = marker_;
-        xcb_send_event(connection_.get(), 0, window, XCB_EVENT_MASK_NO_EVENT,
-                       reinterpret_cast<const char*>(&message));
-        keys.isMarkerSent = true;
-    }
-    return false;
 }
 
 void UnreadKeys::expire(xcb_window_t window) {

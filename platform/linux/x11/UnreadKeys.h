@@ -19,6 +19,7 @@
 #include "platform/linux/x11/InputMethods.h"
 #include "platform/linux/x11/KeyQuestions.h"
 #include "platform/linux/x11/ProgramProbe.h"
+#include "platform/linux/x11/ReadMarkers.h"
 #include "platform/linux/x11/WindowPing.h"
 #include "platform/linux/x11/XcbConnection.h"
 
@@ -123,13 +124,10 @@ class UnreadKeys {
         SteadyTime resting;
         SteadyTime nextProbe;
         std::chrono::milliseconds probeInterval{};
-        // A marker is a message that every program ignores.
-        bool isMarkerSent = false;
-        int markersRead = 0;
+        ReadMarkers::Count markers;
     };
 
     void startProbing(xcb_window_t window, Keys& keys, SteadyTime time);
-    ProgramProbe::Sight look(const Keys& keys);
     bool probe(xcb_window_t window, Keys& keys);
     /// When an input method that nobody hears of has handled the keys at the latest.
     static SteadyTime handledTime(const Keys& keys);
@@ -139,7 +137,6 @@ class UnreadKeys {
     void awaitAnswers(xcb_window_t window, Keys& keys);
     void handleAnswers(xcb_window_t window, std::uint64_t number);
     void lookAgain(xcb_window_t window, Keys& keys);
-    bool readsMarkers(xcb_window_t window, Keys& keys, int proof);
     void setDeadline();
     void handleDeadline();
     void pingAgain(xcb_window_t window, Keys& keys, SteadyTime now);
@@ -152,7 +149,7 @@ class UnreadKeys {
     IbusAnswers& answers_;
     KeyQuestions questions_;
     ProgramProbe probe_;
-    xcb_atom_t marker_;
+    ReadMarkers markers_;
     Events events_;
     std::chrono::milliseconds timeout_;
     std::chrono::milliseconds rest_;
