@@ -66,15 +66,18 @@ class OnSwayWithXPrograms(XTypingTests, HungServerTest, OnSwayTest):
             self.keyboard.tap(A)
             target.wait_for_text("a" * number)
 
-    def check_text_behind(self, target, service, open_other, text_of_other):
-        """Dictates into `target`, where open_other() opens a window in the middle. That one has the
-        keyboard afterwards."""
+    def check_text_behind(self, start, open_other):
+        """Dictates into what start() starts. In the middle open_other() opens another window, and
+        returns what reads its text. That window has the keyboard afterwards."""
+        service = self.start_scripted_service()
+        self.start_application(service)
+        target = start()
         expected = target.text + "Here."
         self.keyboard.toggle()
         stream = service.stream(1)
         stream.say("Here.")
         target.wait_for_text(expected)
-        open_other()
+        text_of_other = open_other(target)
         # A field may select its text when it gets the keyboard back, so that a key replaces the text.
         for key, character in ((A, "a"), (B, "b"), (A, "a"), (B, "b")):
             stream.say(EXACT)
@@ -93,41 +96,30 @@ class OnSwayWithXPrograms(XTypingTests, HungServerTest, OnSwayTest):
                              and window["focused"], "the keyboard back in the newest window")
 
     def test_a_window_of_x_in_front_keeps_the_keyboard_after_a_text_for_another_one(self):
-        service = self.start_scripted_service()
-        self.start_application(service)
-        terminal = self.start_x_terminal()
-        others = []
-
-        def open_other():
-            others.append(self.start(XTerminal))
+        def open_other(_terminal):
+            other = self.start(XTerminal)
             self.wait_until_back()
+            return lambda: other.text
 
-        self.check_text_behind(terminal, service, open_other, lambda: others[0].text)
+        self.check_text_behind(self.start_x_terminal, open_other)
 
     def test_a_window_of_the_same_x_program_keeps_the_keyboard_after_a_text_for_the_other(self):
-        service = self.start_scripted_service()
-        self.start_application(service)
-        widget = self.start_x_widget()
-        second = widget.out.with_name(widget.out.name + ".second")
-
-        def open_other():
+        def open_other(widget):
+            second = widget.out.with_name(widget.out.name + ".second")
             widget.process.send_signal(signal.SIGUSR1)
             wait_for(second.exists, "the keyboard in the second window")
+            return second.read_text
 
-        self.check_text_behind(widget, service, open_other, second.read_text)
+        self.check_text_behind(self.start_x_widget, open_other)
 
     def test_a_window_on_another_workspace_gets_the_text(self):
-        service = self.start_scripted_service()
-        self.start_application(service)
-        terminal = self.start_x_terminal()
-        others = []
-
-        def open_other():
+        def open_other(_terminal):
             self.desktop.run(["swaymsg", "workspace", "other"])
-            others.append(self.start_foot())
+            other = self.start_foot()
+            return lambda: other.text
 
         self.addCleanup(self.desktop.run, ["swaymsg", "workspace", "1"])
-        self.check_text_behind(terminal, service, open_other, lambda: others[0].text)
+        self.check_text_behind(self.start_x_terminal, open_other)
 
     def test_the_words_stay_in_a_terminal_when_an_x_program_takes_the_keyboard(self):
         service = self.start_scripted_service()
