@@ -10,6 +10,7 @@
 
 #include "platform/EventManager.h"
 #include "platform/linux/gnome/ShortcutHold.h"
+#include "tests/linux/input/KernelKeys.h"
 #include "tests/linux/loop/VirtualLoop.h"
 
 namespace tarvik::tests {
@@ -28,15 +29,8 @@ class FakeFieldEngine final : public linuxdesktop::FieldEngine {
 };
 
 /// In virtual time, with GNOME's first settings of a keyboard.
-class ShortcutHoldTest : public testing::Test {
+class ShortcutHoldTest : public testing::Test, protected KernelKeys {
   protected:
-    // As the kernel numbers keys.
-    static constexpr std::uint32_t altKey = 56;
-    static constexpr std::uint32_t spaceKey = 57;
-    static constexpr std::uint32_t shiftKey = 42;
-    static constexpr std::uint32_t aKey = 30;
-    static constexpr std::uint32_t controlKey = 29;
-
     static std::uint32_t modifiersOf(linuxdesktop::HotKeyNumber number) {
         return number == 1 ? platform::optionKeyMask
                            : platform::optionKeyMask | platform::shiftKeyMask;

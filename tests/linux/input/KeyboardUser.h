@@ -4,20 +4,13 @@
 #include <cstdint>
 #include <set>
 
+#include "tests/linux/input/KernelKeys.h"
+
 namespace tarvik::tests {
 
 /// A person at the keyboard of a Wayland session.
-class KeyboardUser {
+class KeyboardUser : public KernelKeys {
   public:
-    // As the kernel numbers keys.
-    static constexpr std::uint32_t escapeKey = 1;
-    static constexpr std::uint32_t backspaceKey = 14;
-    static constexpr std::uint32_t controlKey = 29;
-    static constexpr std::uint32_t aKey = 30;
-    static constexpr std::uint32_t shiftKey = 42;
-    static constexpr std::uint32_t altKey = 56;
-    static constexpr std::uint32_t spaceKey = 57;
-
     KeyboardUser() = default;
     /// Every key is up: releaseAll().
     virtual ~KeyboardUser() = default;

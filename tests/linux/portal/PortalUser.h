@@ -6,6 +6,7 @@
 #include <set>
 #include <string>
 
+#include "tests/linux/input/KernelKeys.h"
 #include "tests/linux/portal/FakePortal.h"
 #include "tests/support/PrivateBus.h"
 #include "tests/support/TemporaryFolder.h"
@@ -15,13 +16,8 @@ namespace tarvik::tests {
 
 /// The person at the keyboard of a Wayland session that has a portal and nothing else. The session
 /// is that of the process: its bus, and the folders of its user. One at a time.
-class PortalUser {
+class PortalUser : public KernelKeys {
   public:
-    // As the kernel numbers keys.
-    static constexpr std::uint32_t shiftKey = 42;
-    static constexpr std::uint32_t altKey = 56;
-    static constexpr std::uint32_t spaceKey = 57;
-
     PortalUser();
     PortalUser(const PortalUser&) = delete;
     PortalUser& operator=(const PortalUser&) = delete;

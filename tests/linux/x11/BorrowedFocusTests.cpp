@@ -92,15 +92,11 @@ TEST_F(X11SessionWithTakenFocus, TypesEveryCharacterOnceTheFocusStays) {
 
 TEST_F(X11SessionWithTakenFocus, SaysHowMuchOfABurstIsTyped) {
     using linuxdesktop::KeyBurst;
-    linuxdesktop::Keyboard keyboard(*connection);
-    std::atomic<linuxdesktop::FrontWindow::Known> known = linuxdesktop::FrontWindow::Known();
-    linuxdesktop::FrontWindow frontWindow(*connection, known);
-    linuxdesktop::HotKeys hotKeys(*connection, keyboard, {});
-    KeyBurst burst(*connection, keyboard, frontWindow, hotKeys, {});
+    SingleBursts bursts(*connection);
     const std::u32string characters(40, U'x');
     std::size_t typed = 0;
     for (int tries = 0; tries < 100; ++tries) {
-        const auto result = burst.type(characters, getpid(), XCB_NONE, window);
+        const auto result = bursts.type(characters, getpid(), window);
         typed += result.typed;
         EXPECT_EQ(result.outcome == KeyBurst::Outcome::done, result.typed == characters.size());
     }

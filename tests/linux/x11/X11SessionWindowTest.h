@@ -3,16 +3,40 @@
 
 #include <unistd.h>
 
+#include <atomic>
 #include <chrono>
 #include <cstddef>
 #include <functional>
 #include <memory>
+#include <string_view>
 #include <utility>
 #include <vector>
 
 #include "tests/linux/x11/X11SessionTest.h"
 
 namespace tarvik::tests {
+
+/// Types single bursts of keys, without the further tries of a Typist.
+class SingleBursts {
+  public:
+    explicit SingleBursts(linuxdesktop::XcbConnection& connection)
+        : keyboard_(connection),
+          frontWindow_(connection, front_),
+          hotKeys_(connection, keyboard_, {}),
+          burst_(connection, keyboard_, frontWindow_, hotKeys_, {}) {}
+
+    linuxdesktop::KeyBurst::Result type(std::u32string_view characters, pid_t process,
+                                        xcb_window_t behind) {
+        return burst_.type(characters, process, XCB_NONE, behind);
+    }
+
+  private:
+    linuxdesktop::Keyboard keyboard_;
+    std::atomic<linuxdesktop::FrontWindow::Known> front_ = linuxdesktop::FrontWindow::Known();
+    linuxdesktop::FrontWindow frontWindow_;
+    linuxdesktop::HotKeys hotKeys_;
+    linuxdesktop::KeyBurst burst_;
+};
 
 /// With a window of this process, which announces that it answers pings.
 class X11SessionWithWindow : public X11SessionTest {
