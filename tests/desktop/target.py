@@ -95,8 +95,17 @@ class WidgetTarget(Target):
     @property
     def typed_keys(self):
         """The number of pressed keys with a text that have reached the window."""
+        return self._keys()[0]
+
+    @property
+    def silent_keys(self):
+        """As typed_keys, of keys that stand for nothing. Qt 6 alone."""
+        return self._keys()[1]
+
+    def _keys(self):
         self.tell("keys")
-        return int([line for line in self._answers if line.startswith("keys ")][-1].split()[1])
+        answer = [line for line in self._answers if line.startswith("keys ")][-1]
+        return [int(count) for count in answer.split()[1:]]
 
 
 class WidgetWithoutTitle(WidgetTarget):

@@ -20,8 +20,8 @@ typed_keys = target_options.TypedKeys()
 
 class Window(QMainWindow):
     def keyPressEvent(self, event):
-        # A widget with the focus does not pass its keys on.
-        typed_keys.press(event.text())
+        # A widget with the focus passes on what it does not know.
+        typed_keys.press(event.text(), is_silent=event.key() == 0)
         super().keyPressEvent(event)
 
 

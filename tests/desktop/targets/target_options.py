@@ -63,18 +63,22 @@ def announce(line):
 
 
 class TypedKeys:
-    """Counts the pressed keys that have a text. A modifier has none."""
+    """Counts the pressed keys that have a text, and those that stand for nothing. A modifier is
+    neither."""
 
     def __init__(self):
         self._count = 0
+        self._silent = 0
 
-    def press(self, text):
+    def press(self, text, is_silent=False):
         """Called when a key with this text was pressed."""
         if text:
             self._count += 1
+        elif is_silent:
+            self._silent += 1
 
     def announce(self):
-        announce(f"keys {self._count}")
+        announce(f"keys {self._count} {self._silent}")
 
 
 def keep_busy(name, seconds):
