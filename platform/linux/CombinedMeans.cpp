@@ -96,6 +96,11 @@ class CombinedFront final : public FrontMeans {
         return std::nullopt;
     }
 
+    bool isElsewhere(platform::ProcessIdentifier process) const override {
+        return std::ranges::any_of(
+            means_, [process](const auto& means) { return means->isElsewhere(process); });
+    }
+
   private:
     const std::vector<std::shared_ptr<FrontMeans>> means_;
 };

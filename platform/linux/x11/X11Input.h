@@ -6,6 +6,7 @@
 #include <cstdint>
 #include <functional>
 #include <future>
+#include <map>
 #include <memory>
 #include <optional>
 #include <string>
@@ -77,7 +78,10 @@ class X11Input final : public HotKeyMeans, public TypingMeans, public FrontMeans
     void typeInto(xcb_window_t window, TypedText text, std::function<void()> onDone) override;
 
     std::optional<platform::ProcessIdentifier> frontmostProcess() const override;
+    /// Answers what was noticed last. Where that is a window of this process, the server is asked:
+    /// the user may just have closed the window. The text goes where the server's answer says.
     std::optional<platform::ProcessIdentifier> chooseTarget() override;
+    bool isElsewhere(platform::ProcessIdentifier process) const override;
     FrontWindow::Known front() const override { return front_; }
     void askFront(std::function<void(FrontWindow::Known)> onAnswer) override;
 
@@ -91,8 +95,15 @@ class X11Input final : public HotKeyMeans, public TypingMeans, public FrontMeans
         std::shared_ptr<XProgramHost> host = {};
     };
 
+    // What was in front. The input thread may correct it, before it gets to a text.
+    using Choice = std::shared_ptr<std::atomic<FrontWindow::Known>>;
+
     X11Input(platform::MainQueue& mainQueue, platform::Log& log, Options options);
 
+    void correct(const Choice& choice);
+    // Empty for a process that chooseTarget() has not answered.
+    Choice choiceFor(platform::ProcessIdentifier process) const;
+    void deliver(TypedText text, Choice choice, std::function<void()> onDone);
     void run(const OnServerAnswer& onAnswer);
     void setAccompaniment(std::function<void()> accompanyAlt);
     void drain();
@@ -111,8 +122,8 @@ class X11Input final : public HotKeyMeans, public TypingMeans, public FrontMeans
     std::atomic<bool> isConnected_ = false;
     std::atomic<bool> isGone_ = false;
     std::atomic<FrontWindow::Known> front_ = FrontWindow::Known();
-    // Of the last chooseTarget(). Main thread only.
-    FrontWindow::Known target_;
+    // Of the last chooseTarget() that has answered the process. Main thread only.
+    std::map<platform::ProcessIdentifier, Choice> choices_;
     // Written before `hasAnswered_` is set, and never again.
     std::string refusal_;
     std::atomic<bool> hasAnswered_ = false;
