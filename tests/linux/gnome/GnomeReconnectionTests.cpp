@@ -42,7 +42,7 @@ class GnomeReconnection : protected GnomeEnvironment, public testing::Test {
         return mainQueue.runUntil([&] { return !input->isAvailable(); });
     }
     bool hears(const std::string& events) {
-        const bool holds = mainQueue.runUntil([&] { return recorder->events == events; }, 5s);
+        const bool holds = mainQueue.runUntil([&] { return recorder->events == events; });
         EXPECT_EQ(recorder->events, events);
         return holds;
     }

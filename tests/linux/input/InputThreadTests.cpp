@@ -87,12 +87,12 @@ class InputThreadTest : public testing::Test {
     }
     bool hasSteps(const std::string& steps) {
         const bool holds =
-            mainQueue.runUntil([&] { return script.get(&SessionScript::steps) == steps; }, 5s);
+            mainQueue.runUntil([&] { return script.get(&SessionScript::steps) == steps; });
         EXPECT_EQ(script.get(&SessionScript::steps), steps);
         return holds;
     }
     bool hears(const std::string& events) {
-        const bool holds = mainQueue.runUntil([&] { return listener->events == events; }, 5s);
+        const bool holds = mainQueue.runUntil([&] { return listener->events == events; });
         EXPECT_EQ(listener->events, events);
         return holds;
     }

@@ -46,8 +46,7 @@ class GlobalAccelFixture : public testing::Test {
         recorder.emplace(*manager);
     }
     bool becomes(const std::string& events) {
-        const bool holds =
-            mainQueue.runUntil([&] { return recorder->events == events; }, std::chrono::seconds(5));
+        const bool holds = mainQueue.runUntil([&] { return recorder->events == events; });
         EXPECT_EQ(recorder->events, events);
         return holds;
     }

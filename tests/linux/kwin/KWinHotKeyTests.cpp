@@ -194,8 +194,7 @@ TEST_P(KWinLoneAlt, KeepsTheFieldOfAProgramWithAMenu) {
         ASSERT_TRUE(becomes(*recorder, "P1R1"));
         user.tap(KWinUser::aKey);
         expected += "a";
-        EXPECT_TRUE(mainQueue.runUntil([&] { return target.text() == expected; }, 3s))
-            << target.text();
+        EXPECT_TRUE(mainQueue.runUntil([&] { return target.text() == expected; })) << target.text();
     }
 }
 

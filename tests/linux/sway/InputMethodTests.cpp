@@ -15,8 +15,6 @@ namespace tarvik::tests {
 
 namespace {
 
-using namespace std::chrono_literals;
-
 constexpr const char* leftOut =
     "typed text not delivered: the program would make other characters of these";
 
@@ -117,7 +115,7 @@ class SwayInputMethod : public SwayFixture, public testing::Test {
         ASSERT_TRUE(mainQueue.runUntil([&] { return input->chooseTarget() == target->process(); }));
     }
     void expectText(const std::string& text) {
-        EXPECT_TRUE(mainQueue.runUntil([&] { return target->text() == text; }, 5s));
+        EXPECT_TRUE(mainQueue.runUntil([&] { return target->text() == text; }));
         EXPECT_EQ(target->text(), text);
     }
 

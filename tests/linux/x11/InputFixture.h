@@ -85,8 +85,7 @@ class InputFixture {
         return holds;
     }
     bool becomes(const HotKeyRecorder& recorder, std::string_view events) {
-        const bool holds =
-            mainQueue.runUntil([&] { return recorder.events == events; }, std::chrono::seconds(3));
+        const bool holds = mainQueue.runUntil([&] { return recorder.events == events; });
         EXPECT_EQ(recorder.events, events);
         return holds;
     }

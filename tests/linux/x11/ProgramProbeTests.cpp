@@ -28,7 +28,7 @@ using Finding = ProgramProbe::Finding;
 class X11ProgramProbe : public InputFixture, public testing::TestWithParam<X11Target::Kind> {
   protected:
     bool finds(Finding finding, std::int32_t process) {
-        return mainQueue.runUntil([&] { return probe.look(process).finding == finding; }, 5s);
+        return mainQueue.runUntil([&] { return probe.look(process).finding == finding; });
     }
 
     std::unique_ptr<XcbConnection> connection = XcbConnection::open().value();
