@@ -102,11 +102,20 @@ Opened<Means> openKWin(Session& session) {
             isUndecided};
 }
 
+WaylandInput::FrontSince frontSinceByAccessibility(const Session& session) {
+    if (!session.accessibility) {
+        return {};
+    }
+    return [front = std::make_shared<const AtspiFront>(session.accessibility)](
+               std::chrono::steady_clock::time_point time) {
+        return front->frontmostProcessSince(time);
+    };
+}
+
 std::optional<std::string> refusalOfWayland(Session& session) {
     if (!session.wayland) {
-        session.wayland = std::make_shared<WaylandInput>(
-            session.mainQueue, session.log,
-            session.accessibility ? std::make_shared<AtspiFront>(session.accessibility) : nullptr);
+        session.wayland = std::make_shared<WaylandInput>(session.mainQueue, session.log,
+                                                         frontSinceByAccessibility(session));
     }
     return session.wayland->refusal();
 }
@@ -291,6 +300,14 @@ std::shared_ptr<XProgramHost> hostOfXPrograms(
 }
 #endif
 
+bool hasWaylandFront([[maybe_unused]] const Session& session) {
+#ifdef TARVIK_HAS_WAYLAND
+    return session.wayland && !session.wayland->refusal();
+#else
+    return false;
+#endif
+}
+
 }  // namespace
 
 DesktopInput::DesktopInput(platform::MainQueue& mainQueue, platform::Log& log,
@@ -309,6 +326,9 @@ DesktopInput::DesktopInput(platform::MainQueue& mainQueue, platform::Log& log,
     *lifted = hotKeys_.get();
     typing_ = choose("typing", typingChoices, session);
     front_ = choose("the front window", frontChoices, session);
+    if (session.accessibility && !hasWaylandFront(session)) {
+        reports_ = std::make_shared<AtspiFront>(session.accessibility);
+    }
 #ifdef TARVIK_HAS_X11
     if (typing_ && !typing_->servesXPrograms()) {
         const auto host = hostOfXPrograms(session, typing_);
@@ -352,7 +372,8 @@ platform::KeyboardEvents& DesktopInput::keyboardEvents() {
 }
 
 std::optional<platform::ProcessIdentifier> DesktopInput::frontmostProcess() const {
-    return front_ ? front_->frontmostProcess() : std::nullopt;
+    const auto process = front_ ? front_->frontmostProcess() : std::nullopt;
+    return process || !reports_ ? process : reports_->frontmostProcess();
 }
 
 std::optional<platform::ProcessIdentifier> DesktopInput::chooseTarget() {

@@ -43,7 +43,8 @@ class DesktopInput {
     platform::EventManager& eventManager();
     platform::KeyboardEvents& keyboardEvents();
 
-    /// As FrontMeans; empty without a means. Any thread.
+    /// As FrontMeans; empty without a means. Where the display does not know, it is the program
+    /// that last activated a window, as programs report it. Any thread.
     std::optional<platform::ProcessIdentifier> frontmostProcess() const;
     /// As FrontMeans; empty without a means.
     std::optional<platform::ProcessIdentifier> chooseTarget();
@@ -62,6 +63,8 @@ class DesktopInput {
     std::shared_ptr<HotKeyMeans> hotKeys_;
     std::shared_ptr<TypingMeans> typing_;
     std::shared_ptr<FrontMeans> front_;
+    // Empty where `front_` knows which reports hold.
+    std::shared_ptr<const FrontMeans> reports_;
     std::shared_ptr<LinuxKeyboardEvents> keyboardEvents_;
 };
 

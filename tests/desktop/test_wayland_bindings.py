@@ -87,6 +87,20 @@ class AnyCompositor:
         self.assertEqual(other.text, "")
 
 
+    def test_the_words_go_to_the_terminal_in_front_of_a_program_that_hangs(self):
+        service = self.start_scripted_service()
+        application = self.start_application(service)
+        widget = self.start(WidgetWithoutTitle, "gtk3")
+        self.dictate_into(widget, service, application)
+        widget.process.send_signal(signal.SIGSTOP)
+        self.addCleanup(widget.process.send_signal, signal.SIGCONT)
+        self.dictate_into(self.start_terminal(), service, application)
+        widget.process.send_signal(signal.SIGCONT)
+        widget.tell("publish")
+        # The first of the user's own keys came before the terminal had the keyboard.
+        self.assertEqual(widget.text.rstrip("a"), EXACT + " More.")
+
+
 class BoundActions(AnyCompositor):
     """As AnyCompositor, where the compositor's bindings call the actions. The hotkeys of a portal are
     not asked for again."""

@@ -97,6 +97,7 @@ class XTypingTests(XProgramTests):
         service = self.start_scripted_service()
         application = self.start_application(service)
         terminal = self.start_x_terminal()
+        application.log.wait_for("typing into X programs by XTEST")
         before = terminal.text
         self.keyboard.hold()
         application.log.wait_for("startRecording (session=1)")

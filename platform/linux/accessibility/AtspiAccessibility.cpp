@@ -58,10 +58,7 @@ platform::AXError AtspiAccessibility::copyAttributeValue(const platform::AXUIEle
         worker_->connect();
         return platform::axErrorAPIDisabled;
     }
-    std::optional<platform::ProcessIdentifier> process = input_.frontmostProcess();
-    if (!process) {
-        process = focus->activeProcess;
-    }
+    const std::optional<platform::ProcessIdentifier> process = input_.frontmostProcess();
     // A write to an own window would wait for a reply that this very thread has to give.
     if (!process || *process == getpid()) {
         return platform::axErrorNoValue;

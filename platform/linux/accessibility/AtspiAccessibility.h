@@ -27,8 +27,7 @@ class AtspiAccessibility final : public platform::Accessibility {
   public:
     /// What the desktop's input answers, on the main thread and without blocking.
     struct Input {
-        /// The process whose window has the keyboard; empty when unknown. The program that last
-        /// activated a window then counts as the process in front.
+        /// The process whose window has the keyboard; empty when unknown.
         std::function<std::optional<platform::ProcessIdentifier>()> frontmostProcess;
         /// Whether keys can be typed into other programs.
         std::function<bool()> canType;

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include <chrono>
 #include <memory>
 #include <optional>
 #include <utility>
@@ -18,6 +19,10 @@ class AtspiFront final : public FrontMeans {
         : state_(std::move(state)) {}
 
     std::optional<platform::ProcessIdentifier> frontmostProcess() const override;
+    /// The same, if its program has reported that since a time. A program that hangs does not
+    /// report that the user has left it.
+    std::optional<platform::ProcessIdentifier> frontmostProcessSince(
+        std::chrono::steady_clock::time_point time) const;
 
   private:
     const std::shared_ptr<const AccessibilityState> state_;

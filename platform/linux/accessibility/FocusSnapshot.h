@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include <chrono>
 #include <map>
 #include <memory>
 #include <optional>
@@ -14,9 +15,9 @@ namespace tarvik::linuxdesktop {
 struct FocusSnapshot {
     /// A program that hides its focus during a key grab keeps the widget that had the focus before.
     std::map<platform::ProcessIdentifier, std::shared_ptr<AtspiElement>> elements;
-    /// The process that activated its window last. Used where the display does not know the process
-    /// in front.
+    /// The process that activated its window last, and when its report came.
     std::optional<platform::ProcessIdentifier> activeProcess;
+    std::chrono::steady_clock::time_point activeSince;
 };
 
 }  // namespace tarvik::linuxdesktop

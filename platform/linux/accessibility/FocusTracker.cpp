@@ -124,6 +124,7 @@ void FocusTracker::onActivated(const BusObject& window) {
     if (activeWindow_ != window) {
         otherActiveWindow_ = std::exchange(activeWindow_, window);
     }
+    activeSince_ = std::chrono::steady_clock::now();
     Program& active = program(window.owner);
     const bool isSameWindow = std::exchange(active.activeWindow, window.path) == window.path;
     publish();
@@ -238,6 +239,7 @@ void FocusTracker::examineWindow(const BusObject& window) {
                   active.activeWindow = window.path;
                   if (!activeWindow_) {
                       activeWindow_ = window;
+                      activeSince_ = std::chrono::steady_clock::now();
                       publish();
                   } else if (activeWindow_ != window) {
                       otherActiveWindow_ = window;
@@ -381,6 +383,7 @@ void FocusTracker::publish() {
     }
     if (activeWindow_) {
         snapshot->activeProcess = programs_.at(activeWindow_->owner).application->process();
+        snapshot->activeSince = activeSince_;
     }
     onChange_(std::move(snapshot));
 }

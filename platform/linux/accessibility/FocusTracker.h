@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include <chrono>
 #include <cstdint>
 #include <functional>
 #include <map>
@@ -83,6 +84,7 @@ class FocusTracker {
     OnChange onChange_;
     std::map<std::string, Program> programs_;
     std::optional<BusObject> activeWindow_;
+    std::chrono::steady_clock::time_point activeSince_;
     /// A window that counts as active beside activeWindow_: it was active before, or a query has
     /// found it active. One of the two programs is late with its events. Examined again when
     /// activeWindow_ ends.

@@ -14,19 +14,21 @@ namespace {
 using namespace std::chrono_literals;
 
 constexpr auto shutdownTimeout = 800ms;
+// A program may report its window before this process reads what the compositor tells.
+constexpr auto maxReportLead = 100ms;
 
 }  // namespace
 
 WaylandInput::WaylandInput(platform::MainQueue& mainQueue, platform::Log& log,
-                           std::shared_ptr<const FrontMeans> processes)
-    : processes_(std::move(processes)),
+                           FrontSince frontSince)
+    : frontSince_(std::move(frontSince)),
       thread_(
           mainQueue, log, {},
           {"no thread can speak to the compositor", "the Wayland compositor does not answer",
            "the Wayland compositor is back", "no virtual keyboard", WaylandConnection::socketPath(),
            shutdownTimeout, [this, &log](EventLoop& loop, const InputSession::Events& events) {
                return WaylandSession::open(loop, log, events,
-                                           [this](std::int64_t window) { front_ = window; });
+                                           [this](std::int64_t window) { setFront(window); });
            }}) {}
 
 void WaylandInput::type(TypedText text, std::function<void()> onDone) {
@@ -34,8 +36,16 @@ void WaylandInput::type(TypedText text, std::function<void()> onDone) {
     thread_.type(std::move(text), window, std::move(onDone));
 }
 
+// The window that is in front at the connection may be there for long.
+void WaylandInput::setFront(std::int64_t window) {
+    front_ = window;
+    if (window != 0 && isAvailable()) {
+        processTime_ = std::chrono::steady_clock::now() - maxReportLead;
+    }
+}
+
 std::optional<platform::ProcessIdentifier> WaylandInput::frontmostProcess() const {
-    return processes_ ? processes_->frontmostProcess() : std::nullopt;
+    return frontSince_ ? frontSince_(processTime_) : std::nullopt;
 }
 
 std::optional<platform::ProcessIdentifier> WaylandInput::chooseTarget() {

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <atomic>
+#include <chrono>
 #include <cstdint>
 #include <functional>
 #include <memory>
@@ -24,10 +25,13 @@ namespace tarvik::linuxdesktop {
 /// tells is a target too. Main thread only, unless a line says otherwise.
 class WaylandInput final : public TypingMeans, public FrontMeans {
   public:
+    /// The process in front, if somebody has told that since a time. Any thread.
+    using FrontSince = std::function<std::optional<platform::ProcessIdentifier>(
+        std::chrono::steady_clock::time_point)>;
+
     /// Connects to the compositor that WAYLAND_DISPLAY names, as InputThread does. The references
-    /// outlive the object. `processes` tells the process in front; it may be empty.
-    WaylandInput(platform::MainQueue& mainQueue, platform::Log& log,
-                 std::shared_ptr<const FrontMeans> processes);
+    /// outlive the object. `frontSince` may be empty.
+    WaylandInput(platform::MainQueue& mainQueue, platform::Log& log, FrontSince frontSince);
 
     /// Why the session is not served; empty while it is, and while the compositor has not answered
     /// yet.
@@ -42,8 +46,12 @@ class WaylandInput final : public TypingMeans, public FrontMeans {
     std::optional<platform::ProcessIdentifier> chooseTarget() override;
 
   private:
-    const std::shared_ptr<const FrontMeans> processes_;
+    void setFront(std::int64_t window);
+
+    const FrontSince frontSince_;
     std::atomic<std::int64_t> front_ = 0;
+    // The process of the window in front has been told since then.
+    std::atomic<std::chrono::steady_clock::time_point> processTime_{};
     // Of the last chooseTarget(). Main thread only.
     WindowFocus::Window target_;
     InputThread thread_;

@@ -80,6 +80,19 @@ TEST_F(AtspiFront, IsTheProgramThatActivatedItsWindowLast) {
     EXPECT_TRUE(becomes(first.identifier()));
 }
 
+TEST_F(AtspiFront, IsNoneSinceATimeAtWhichTheLastReportHadCome) {
+    start();
+    TargetProcess target("fake_target.py", {"--window"});
+    const auto before = std::chrono::steady_clock::now();
+    EXPECT_TRUE(becomes(target.identifier()));
+    EXPECT_EQ(front->frontmostProcessSince(before), target.identifier());
+    const auto later = std::chrono::steady_clock::now();
+    EXPECT_EQ(front->frontmostProcessSince(later), std::nullopt);
+    EXPECT_EQ(target.command("activate"), "done");
+    EXPECT_TRUE(becomesTrue(
+        [&] { return front->frontmostProcessSince(later) == target.identifier(); }, timeout));
+}
+
 // A text for a window behind gives that window the keyboard for a moment. The program of the window
 // may report both changes after the other program has reported its own.
 TEST_F(AtspiFront, IsTheProgramThatHasTheKeyboardAgainBeforeTheOtherReportsItsTurn) {

@@ -39,12 +39,6 @@ TEST_P(AtspiAccessibilityOfToolkits, TheFocusThatWasThereBeforeTheServiceIsFound
     EXPECT_TRUE(becomesTrue([&] { return target->text() == "before text"; }, Seconds(10)));
 }
 
-TEST_P(AtspiAccessibilityOfToolkits, TheActiveWindowTellsWhatIsInFrontWhereTheDisplayDoesNot) {
-    const auto target = world.open({"", 0, 0});
-    world.processInFront.reset();
-    EXPECT_TRUE(becomesTrue([this] { return focus() != nullptr; }, Seconds(10)));
-}
-
 INSTANTIATE_TEST_SUITE_P(Atspi, AtspiAccessibilityOfToolkits,
                          testing::Values(Toolkit{"gtk3_target.py", "Gtk3"},
                                          Toolkit{"gtk4_target.py", "Gtk4"},

@@ -15,6 +15,7 @@
 #include <vector>
 
 #include "platform/linux/DesktopInput.h"
+#include "platform/linux/accessibility/AccessibilityState.h"
 #include "tests/conformance/input/HotKeyRecorder.h"
 #include "tests/linux/loop/ThreadShortage.h"
 #include "tests/linux/x11/InputFixture.h"
@@ -170,6 +171,19 @@ TEST_F(UnresponsiveX11Server, OneThatCannotTellWhoseAWindowIsServesHotKeysAndTyp
         "TarvikDictate: typing by XTEST: the X server offers it",
         "TarvikDictate: the front window by the X server: the X server offers it"};
     EXPECT_EQ(linesWithoutWayland(log), chosen);
+}
+
+// There is no window at all.
+TEST_F(UnresponsiveX11Server, OneThatNamesNoProcessLeavesThatToTheProgramsThatReport) {
+    const X11Server server(mainQueue);
+    const auto state = std::make_shared<linuxdesktop::AccessibilityState>();
+    const DesktopInput input(mainQueue, log, state);
+    EXPECT_EQ(input.frontmostProcess(), std::nullopt);
+    linuxdesktop::FocusSnapshot reported;
+    reported.activeProcess = 4711;
+    state->focus.store(std::make_shared<const linuxdesktop::FocusSnapshot>(reported));
+    state->isConnected = true;
+    EXPECT_EQ(input.frontmostProcess(), 4711);
 }
 
 // The first thread speaks to the server, the second one connects.
