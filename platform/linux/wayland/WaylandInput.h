@@ -50,7 +50,7 @@ class WaylandInput final : public TypingMeans, public FrontMeans {
 
     const FrontSince frontSince_;
     std::atomic<std::int64_t> front_ = 0;
-    // The process of the window in front has been told since then.
+    // Reports of the process in front count from here on.
     std::atomic<std::chrono::steady_clock::time_point> processTime_{};
     // Of the last chooseTarget(). Main thread only.
     WindowFocus::Window target_;
