@@ -82,8 +82,8 @@ TEST_F(AtspiFront, IsTheProgramThatActivatedItsWindowLast) {
 
 TEST_F(AtspiFront, IsNoneSinceATimeAtWhichTheLastReportHadCome) {
     start();
-    TargetProcess target("fake_target.py", {"--window"});
     const auto before = std::chrono::steady_clock::now();
+    TargetProcess target("fake_target.py", {"--window"});
     EXPECT_TRUE(becomes(target.identifier()));
     EXPECT_EQ(front->frontmostProcessSince(before), target.identifier());
     const auto later = std::chrono::steady_clock::now();
