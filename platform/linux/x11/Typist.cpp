@@ -18,10 +18,6 @@ using std::chrono::milliseconds;
 constexpr auto targetTimeout = 300ms;
 // No event tells of a window that is gone before it got the focus back.
 constexpr auto returnInterval = 1s;
-// The server does not tell who owns a window, or the window manager which windows there are, until
-// a window is there for a while. On a busy machine texts were lost for that.
-constexpr auto windowTimeout = 1s;
-constexpr auto windowInterval = 20ms;
 // Nothing tells when another program lets go of the keyboard.
 constexpr auto keyboardInterval = 50ms;
 // The end of the program waits no longer than a second in all.
@@ -105,7 +101,6 @@ void Typist::beginNext() {
     const auto isReady = [this](xcb_window_t window) { return this->isReady(window); };
     item_ = queue_.take(isReady);
     failures_ = 0;
-    windowMissed_.reset();
     target_ = XCB_NONE;
     if (item_) {
         reachTarget();
@@ -179,23 +174,11 @@ void Typist::reachTarget() {
             failForProcess("did not come to the front");
             break;
         case Place::missing:
-            awaitWindow();
+            failForProcess("has no window");
             break;
         case Place::ended:
             failForProcess("has ended");
             break;
-    }
-}
-
-void Typist::awaitWindow() {
-    const auto now = std::chrono::steady_clock::now();
-    if (!windowMissed_) {
-        windowMissed_ = now;
-    }
-    if (now < *windowMissed_ + windowTimeout) {
-        wait_.pause(windowInterval, [this] { reachTarget(); });
-    } else {
-        failForProcess("has no window");
     }
 }
 

@@ -73,7 +73,6 @@ class Typist {
     void beginNext();
     void endTyping();
     void reachTarget();
-    void awaitWindow();
     void bringToFront(xcb_window_t window);
     const TypedText& current() const { return item_->text; }
     bool isRead(xcb_window_t window) const { return !unread_.contains(window); }
@@ -114,8 +113,6 @@ class Typist {
     std::optional<TypingQueue::Item> item_;
     std::size_t roundEnd_ = 0;
     int failures_ = 0;
-    // Since when the process has no window.
-    std::optional<SteadyTime> windowMissed_;
     // Since when another program has the keyboard.
     std::optional<SteadyTime> keyboardTaken_;
     xcb_window_t target_ = XCB_NONE;

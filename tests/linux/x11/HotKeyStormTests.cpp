@@ -21,6 +21,7 @@ using namespace std::chrono_literals;
 class X11HotKeyStorm : public InputFixture, public testing::Test {
   protected:
     X11HotKeyStorm() {
+        EXPECT_TRUE(comesToFront(target));
         EXPECT_EQ(recorder.add(hold, 1), platform::noErr);
         EXPECT_EQ(recorder.add(toggle, 2), platform::noErr);
     }

@@ -101,20 +101,6 @@ TEST_F(X11SessionWithWindow, StopsListeningForAnAnswerThatDoesNotCome) {
     EXPECT_FALSE(hearsOfOtherWindows());
 }
 
-TEST_F(X11SessionWithWindow, WaitsForAWindowThatIsThereAMomentLater) {
-    other->selectEvents(window, XCB_EVENT_MASK_KEY_PRESS);
-    xcb_unmap_window(other->get(), window);
-    other->synchronise();
-    bool isTyped = false;
-    session.typist().type({getpid(), U"x"}, XCB_NONE, [&] { isTyped = true; });
-    EXPECT_FALSE(runUntil([&] { return isTyped; }, std::chrono::milliseconds(100)));
-    xcb_map_window(other->get(), window);
-    other->synchronise();
-    EXPECT_TRUE(runUntil([&] { return isTyped; }, std::chrono::seconds(15)));
-    EXPECT_EQ(keysThatArrived(), 1U);
-    EXPECT_FALSE(log.hasLineWith("not delivered"));
-}
-
 // A server gives the numbers of a client that has ended to the next client.
 class X11SessionWithReusedNumber : public X11SessionWithWindow {
   protected:

@@ -14,7 +14,8 @@
 
 namespace tarvik::tests {
 
-/// A program with a window that text is typed into. It is in front when it has been made.
+/// A program with a window that text is typed into. It is in front when it has been made. Of a
+/// terminal the program inside has started by then; nobody tells whether the window is there.
 class X11Target {
   public:
     enum class Kind { gtk3Entry, gtk3Text, gtk4Text, qt5Text, qt6Entry, qt6Text, tkText, terminal };
