@@ -182,29 +182,24 @@ void X11Input::unregisterHotKey(HotKeyNumber number) {
 }
 
 void X11Input::type(TypedText text, std::function<void()> onDone) {
-    Choice choice = choiceFor(text.process.value_or(0));
-    deliver(std::move(text), std::move(choice), std::move(onDone));
+    const xcb_window_t window = target_.process == text.process ? target_.window : XCB_NONE;
+    typeInto(window, std::move(text), std::move(onDone));
 }
 
 void X11Input::typeInto(xcb_window_t window, TypedText text, std::function<void()> onDone) {
-    const FrontWindow::Known target{window, text.process.value_or(0)};
-    deliver(std::move(text), std::make_shared<Choice::element_type>(target), std::move(onDone));
-}
-
-void X11Input::deliver(TypedText text, Choice choice, std::function<void()> onDone) {
     auto onTyped = [this, onDone = std::move(onDone)] {
         if (onDone) {
             mainQueue_.async(onDone);
         }
     };
-    loop_.post([this, text = std::move(text), choice = std::move(choice),
-                onTyped = std::move(onTyped)]() mutable {
-        const FrontWindow::Known target = choice ? choice->load() : FrontWindow::Known();
-        if (target.process > 0) {
-            text.process = target.process;
+    loop_.post([this, text = std::move(text), window, onTyped = std::move(onTyped)]() mutable {
+        if (const FrontWindow::Known other = insteadOfOwn_;
+            text.process == getpid() && other.process > 0) {
+            text.process = other.process;
+            window = other.window;
         }
         if (session_) {
-            session_->typist().type(std::move(text), target.window, std::move(onTyped));
+            session_->typist().type(std::move(text), window, std::move(onTyped));
         } else {
             log_.write("TarvikDictate: typed text not delivered: no X server (" +
                        std::to_string(text.characters.size()) + " characters)");
@@ -219,46 +214,32 @@ std::optional<platform::ProcessIdentifier> X11Input::frontmostProcess() const {
 }
 
 std::optional<platform::ProcessIdentifier> X11Input::chooseTarget() {
-    const FrontWindow::Known noticed = front_;
-    if (noticed.process <= 0) {
-        return std::nullopt;
+    target_ = front_;
+    if (target_.process == getpid()) {
+        insteadOfOwn_ = FrontWindow::Known();
+        loop_.post([this] {
+            refreshFront();
+            insteadOfOwn_ = front_.load();
+        });
     }
-    const auto choice = std::make_shared<Choice::element_type>(noticed);
-    choices_[noticed.process] = choice;
-    if (noticed.process == getpid()) {
-        correct(choice);
-    }
-    return noticed.process;
-}
-
-// A hotkey that another program reports may come before the server's own event.
-void X11Input::correct(const Choice& choice) {
-    loop_.post([this, choice] {
-        if (session_) {
-            session_->refreshFront();
-            if (const FrontWindow::Known front = front_; front.process > 0) {
-                *choice = front;
-            }
-        }
-    });
+    return target_.process > 0 ? std::optional(target_.process) : std::nullopt;
 }
 
 bool X11Input::isElsewhere(platform::ProcessIdentifier process) const {
-    const Choice choice = choiceFor(process);
-    return choice && choice->load().process != process;
+    const FrontWindow::Known other = insteadOfOwn_;
+    return process == getpid() && other.process > 0 && other.process != process;
 }
 
-X11Input::Choice X11Input::choiceFor(platform::ProcessIdentifier process) const {
-    const auto found = choices_.find(process);
-    return found != choices_.end() ? found->second : nullptr;
+void X11Input::refreshFront() {
+    if (session_) {
+        session_->refreshFront();
+    }
 }
 
-// As in correct().
+// A hotkey that another program reports may come before the server's own event.
 void X11Input::askFront(std::function<void(FrontWindow::Known)> onAnswer) {
     loop_.post([this, onAnswer = std::move(onAnswer)] {
-        if (session_) {
-            session_->refreshFront();
-        }
+        refreshFront();
         mainQueue_.async([onAnswer, front = front_.load()] { onAnswer(front); });
     });
 }

@@ -6,7 +6,6 @@
 #include <cstdint>
 #include <functional>
 #include <future>
-#include <map>
 #include <memory>
 #include <optional>
 #include <string>
@@ -95,15 +94,10 @@ class X11Input final : public HotKeyMeans, public TypingMeans, public FrontMeans
         std::shared_ptr<XProgramHost> host = {};
     };
 
-    // What was in front. The input thread may correct it, before it gets to a text.
-    using Choice = std::shared_ptr<std::atomic<FrontWindow::Known>>;
-
     X11Input(platform::MainQueue& mainQueue, platform::Log& log, Options options);
 
-    void correct(const Choice& choice);
-    // Empty for a process that chooseTarget() has not answered.
-    Choice choiceFor(platform::ProcessIdentifier process) const;
-    void deliver(TypedText text, Choice choice, std::function<void()> onDone);
+    // Input thread only.
+    void refreshFront();
     void run(const OnServerAnswer& onAnswer);
     void setAccompaniment(std::function<void()> accompanyAlt);
     void drain();
@@ -122,8 +116,10 @@ class X11Input final : public HotKeyMeans, public TypingMeans, public FrontMeans
     std::atomic<bool> isConnected_ = false;
     std::atomic<bool> isGone_ = false;
     std::atomic<FrontWindow::Known> front_ = FrontWindow::Known();
-    // Of the last chooseTarget() that has answered the process. Main thread only.
-    std::map<platform::ProcessIdentifier, Choice> choices_;
+    // Of the last chooseTarget(). Main thread only.
+    FrontWindow::Known target_;
+    // What the server answered to the last chooseTarget() that found this process in front.
+    std::atomic<FrontWindow::Known> insteadOfOwn_ = FrontWindow::Known();
     // Written before `hasAnswered_` is set, and never again.
     std::string refusal_;
     std::atomic<bool> hasAnswered_ = false;
