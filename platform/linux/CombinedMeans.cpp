@@ -100,6 +100,9 @@ class CombinedFront final : public FrontMeans {
         return std::ranges::any_of(
             means_, [process](const auto& means) { return means->isElsewhere(process); });
     }
+    bool followsReports() const override {
+        return std::ranges::any_of(means_, &FrontMeans::followsReports);
+    }
 
   private:
     const std::vector<std::shared_ptr<FrontMeans>> means_;

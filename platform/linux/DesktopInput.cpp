@@ -300,14 +300,6 @@ std::shared_ptr<XProgramHost> hostOfXPrograms(
 }
 #endif
 
-bool hasWaylandFront([[maybe_unused]] const Session& session) {
-#ifdef TARVIK_HAS_WAYLAND
-    return session.wayland && !session.wayland->refusal();
-#else
-    return false;
-#endif
-}
-
 }  // namespace
 
 DesktopInput::DesktopInput(platform::MainQueue& mainQueue, platform::Log& log,
@@ -326,7 +318,7 @@ DesktopInput::DesktopInput(platform::MainQueue& mainQueue, platform::Log& log,
     *lifted = hotKeys_.get();
     typing_ = choose("typing", typingChoices, session);
     front_ = choose("the front window", frontChoices, session);
-    if (session.accessibility && !hasWaylandFront(session)) {
+    if (session.accessibility) {
         reports_ = std::make_shared<AtspiFront>(session.accessibility);
     }
 #ifdef TARVIK_HAS_X11
@@ -373,7 +365,8 @@ platform::KeyboardEvents& DesktopInput::keyboardEvents() {
 
 std::optional<platform::ProcessIdentifier> DesktopInput::frontmostProcess() const {
     const auto process = front_ ? front_->frontmostProcess() : std::nullopt;
-    return process || !reports_ ? process : reports_->frontmostProcess();
+    const bool isKnown = process || !reports_ || (front_ && front_->followsReports());
+    return isKnown ? process : reports_->frontmostProcess();
 }
 
 std::optional<platform::ProcessIdentifier> DesktopInput::chooseTarget() {

@@ -63,7 +63,7 @@ class DesktopInput {
     std::shared_ptr<HotKeyMeans> hotKeys_;
     std::shared_ptr<TypingMeans> typing_;
     std::shared_ptr<FrontMeans> front_;
-    // Empty where `front_` knows which reports hold.
+    // What programs report; empty where no accessibility service runs.
     std::shared_ptr<const FrontMeans> reports_;
     std::shared_ptr<LinuxKeyboardEvents> keyboardEvents_;
 };

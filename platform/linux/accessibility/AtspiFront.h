@@ -23,6 +23,7 @@ class AtspiFront final : public FrontMeans {
     /// report that the user has left it.
     std::optional<platform::ProcessIdentifier> frontmostProcessSince(
         std::chrono::steady_clock::time_point time) const;
+    bool followsReports() const override { return true; }
 
   private:
     const std::shared_ptr<const AccessibilityState> state_;

@@ -15,8 +15,9 @@ namespace tarvik::linuxdesktop {
 struct FocusSnapshot {
     /// A program that hides its focus during a key grab keeps the widget that had the focus before.
     std::map<platform::ProcessIdentifier, std::shared_ptr<AtspiElement>> elements;
-    /// The process that activated its window last, and when its report came.
+    /// The process that activated its window last; empty when none is known.
     std::optional<platform::ProcessIdentifier> activeProcess;
+    /// When the report of `activeProcess` came.
     std::chrono::steady_clock::time_point activeSince;
 };
 

@@ -26,6 +26,10 @@ class FrontMeans {
     /// another process: the means was asked before it knew, and the means that types knows better.
     /// Main thread.
     virtual bool isElsewhere(platform::ProcessIdentifier /*process*/) const { return false; }
+
+    /// Whether frontmostProcess() follows what programs report over the accessibility bus, as far
+    /// as the reports hold. Where it is empty then, no report holds. Any thread.
+    virtual bool followsReports() const { return false; }
 };
 
 }  // namespace tarvik::linuxdesktop

@@ -5,7 +5,6 @@
 #include <chrono>
 #include <cstdint>
 #include <functional>
-#include <memory>
 #include <optional>
 #include <string>
 
@@ -44,6 +43,7 @@ class WaylandInput final : public TypingMeans, public FrontMeans {
     /// Also keeps the program in front from opening its menu: the program may have seen Alt alone
     /// of the combination that began the recording.
     std::optional<platform::ProcessIdentifier> chooseTarget() override;
+    bool followsReports() const override { return isAvailable(); }
 
   private:
     void setFront(std::int64_t window);

@@ -54,6 +54,7 @@ class XwaylandInput final : public TypingMeans,
     /// another program than the session's own means is asked a second time.
     std::optional<platform::ProcessIdentifier> chooseTarget() override;
     bool isElsewhere(platform::ProcessIdentifier process) const override;
+    bool followsReports() const override { return front_ && front_->followsReports(); }
 
   private:
     using Process = std::optional<platform::ProcessIdentifier>;
