@@ -86,7 +86,6 @@ class AnyCompositor:
         terminal.wait_for_text(before + "Here. There.", timeout=10)
         self.assertEqual(other.text, "")
 
-
     def test_the_words_go_to_the_terminal_in_front_of_a_program_that_hangs(self):
         service = self.start_scripted_service()
         application = self.start_application(service)

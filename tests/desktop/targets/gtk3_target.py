@@ -4,9 +4,9 @@
 
 Commands on standard input: "caret N" places the caret, "select A:B" selects, "button" moves the
 focus to a button, "number" to a field for numbers, "nothing" takes the focus away from every widget,
-"widget" moves the focus back, "keys" prints "keys N" with the number of typed keys, "publish" writes
-the text to the file, "clear" deletes the text, "quit" ends the program. Every command except "quit"
-prints "done".
+"widget" moves the focus back, "keys" prints "keys N M" with the numbers of typed keys and of keys that
+stand for nothing (Qt 6 alone counts those), "publish" writes the text to the file, "clear" deletes
+the text, "quit" ends the program. Every command except "quit" prints "done".
 
 The signal USR1 opens another window with a text of its own, in a file with the suffix ".second".
 """
