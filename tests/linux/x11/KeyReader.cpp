@@ -42,7 +42,9 @@ KeyReader::KeyReader() : connection_(xcb_connect(nullptr, nullptr)) {
     xcb_change_property(connection_, XCB_PROP_MODE_REPLACE, window_, protocols_, XCB_ATOM_ATOM, 32,
                         1, &ping_);
     xcb_map_window(connection_, window_);
-    xcb_flush(connection_);
+    // Other connections know the window as soon as the server has answered.
+    const XcbReply<xcb_get_input_focus_reply_t> answer(
+        xcb_get_input_focus_reply(connection_, xcb_get_input_focus(connection_), nullptr));
     thread_ = std::thread([this] { read(); });
 }
 
