@@ -18,26 +18,18 @@ constexpr auto firstRepeatTolerance = 500ms;
 constexpr auto repeatTolerance = 150ms;
 constexpr int maxMissedRepeats = 4;
 constexpr auto unseenTolerance = 2s;
-// How much later than a release GNOME may report a repeat of the hold.
-constexpr auto lateTime = 1s;
 // How much later than the press of the hotkey the engine may see the Alt of that press.
 constexpr auto altTolerance = 200ms;
 
 // As the kernel numbers keys.
 constexpr std::uint32_t spaceCode = 57;
-constexpr std::uint32_t leftAltCode = 56;
-constexpr std::uint32_t rightAltCode = 100;
 constexpr std::uint32_t leftShiftCode = 42;
 constexpr std::uint32_t rightShiftCode = 54;
 
-bool isAlt(std::uint32_t code) {
-    return code == leftAltCode || code == rightAltCode;
-}
-
-bool belongsTo(std::uint32_t modifiers, std::uint32_t code) {
-    return code == spaceCode || isAlt(code) ||
+bool belongsTo(std::uint32_t modifiers, const FieldEngine::Key& key) {
+    return key.code == spaceCode || key.isAlt() ||
            ((modifiers & platform::shiftKeyMask) != 0 &&
-            (code == leftShiftCode || code == rightShiftCode));
+            (key.code == leftShiftCode || key.code == rightShiftCode));
 }
 
 }  // namespace
@@ -49,7 +41,7 @@ ShortcutHold::ShortcutHold(FieldEngine& engine, EventLoop& loop, Events events,
       events_(std::move(events)),
       askRepetition_(std::move(askRepetition)),
       deadline_(loop),
-      watchDeadline_(loop),
+      watch_(engine, loop),
       altDeadline_(loop) {}
 
 ShortcutHold::~ShortcutHold() {
@@ -78,21 +70,17 @@ void ShortcutHold::handlePress(HotKeyNumber number, std::uint32_t modifiers, Ste
             await({number, modifiers, time});
             break;
         case RepeatedHold::Report::late:
-            if (isWatching_) {
-                watchKeys();
-            }
+            watch_.extend();
             break;
     }
 }
 
 void ShortcutHold::handleNew(const Unclear& report) {
     const bool isHeld = repeats_.number() == report.number;
-    if ((isWatching_ && isAltUp_) || (isHeld && wouldBeSeen(report))) {
+    if (watch_.isAltUp() || (isHeld && wouldBeSeen(report))) {
         withoutAlt_ = report;
         altDeadline_.set(altTolerance, [this] { withoutAlt_.reset(); });
-        if (isWatching_) {
-            watchKeys();
-        }
+        watch_.extend();
         return;
     }
     // Of a hold that has not ended, nobody has seen the release.
@@ -111,7 +99,8 @@ void ShortcutHold::begin(const Unclear& press) {
     isAccompanied_ = false;
     repeats_.begin(press.number, press.time, repetition_);
     engine_.acquire();
-    stopWatchingKeys();
+    watch_.end();
+    withoutAlt_.reset();
     noteField();
     accompanyAlt();
     watchRepeats();
@@ -162,12 +151,12 @@ void ShortcutHold::handleSilence() {
 }
 
 void ShortcutHold::handleKey(const FieldEngine::Key& key) {
-    const bool isNewAlt = !key.isUp && !key.hasAlt && isAlt(key.code);
+    const bool isNewAlt = !key.isUp && !key.hasAlt && key.isAlt();
     const std::optional<Unclear> press =
         isNewAlt ? (unclear_ ? unclear_ : withoutAlt_) : std::nullopt;
     if (!repeats_.number()) {
-        noteKey(key);
-    } else if (key.isUp && belongsTo(modifiers_, key.code)) {
+        watch_.noteKey(key);
+    } else if (key.isUp && belongsTo(modifiers_, key)) {
         accompanyAlt();
         if (repetition_) {
             repeats_.expectLateReports(loop_.now());
@@ -189,37 +178,9 @@ void ShortcutHold::handleKey(const FieldEngine::Key& key) {
 void ShortcutHold::noteField() {
     if (!engine_.hasField()) {
         fieldTime_.reset();
-        // What the engine does not see may be a press.
-        isPressed_ = true;
-        isAltUp_ = false;
+        watch_.noteUnseen();
     } else if (!fieldTime_) {
         fieldTime_ = loop_.now();
-    }
-}
-
-void ShortcutHold::noteKey(const FieldEngine::Key& key) {
-    if (!key.isUp) {
-        isPressed_ = true;
-        isAltUp_ = false;
-    } else if (isWatching_ && !isPressed_ && (isAlt(key.code) || !key.hasAlt)) {
-        isAltUp_ = true;
-    }
-}
-
-void ShortcutHold::watchKeys() {
-    if (!std::exchange(isWatching_, true)) {
-        engine_.acquire();
-    }
-    watchDeadline_.set(lateTime, [this] { stopWatchingKeys(); });
-}
-
-void ShortcutHold::stopWatchingKeys() {
-    watchDeadline_.clear();
-    altDeadline_.clear();
-    withoutAlt_.reset();
-    isAltUp_ = false;
-    if (std::exchange(isWatching_, false)) {
-        engine_.release();
     }
 }
 
@@ -253,10 +214,7 @@ std::optional<HotKeyNumber> ShortcutHold::take() {
 
 void ShortcutHold::endWatched(const FieldEngine::Key& key) {
     if (repetition_) {
-        watchKeys();
-        isPressed_ = false;
-        isAltUp_ = false;
-        noteKey(key);
+        watch_.begin(key);
     }
     finish();
 }
@@ -269,7 +227,8 @@ void ShortcutHold::finish() {
 
 void ShortcutHold::end() {
     finish();
-    stopWatchingKeys();
+    watch_.end();
+    withoutAlt_.reset();
 }
 
 void ShortcutHold::cancel(HotKeyNumber number) {

@@ -6,6 +6,7 @@
 #include <functional>
 #include <optional>
 
+#include "platform/linux/gnome/ReleaseWatch.h"
 #include "platform/linux/ibus/FieldEngine.h"
 #include "platform/linux/input/HotKeyMeans.h"
 #include "platform/linux/input/RepeatedHold.h"
@@ -15,9 +16,9 @@ namespace tarvik::linuxdesktop {
 
 /// Which custom shortcut of GNOME is held. GNOME reports the press and each repeat, and no release.
 /// The engine sees the keys go up while a text field has the keyboard. Elsewhere the hold ends with
-/// its repeats. On a busy machine GNOME reports a repeat long after the release. The engine stays
-/// in the field for a second after a release that it has seen, or after the last such repeat:
-/// nobody presses the hotkey again without Alt. Loop thread only; no operation waits.
+/// its repeats. On a busy machine GNOME reports a repeat long after the release, so the keys are
+/// watched for a while after a release that the engine has seen. Loop thread only; no operation
+/// waits.
 class ShortcutHold {
   public:
     /// The callbacks do not destroy the object.
@@ -65,9 +66,6 @@ class ShortcutHold {
     void accompanyAlt();
     bool wouldBeSeen(const Unclear& press) const;
     void noteField();
-    void noteKey(const FieldEngine::Key& key);
-    void watchKeys();
-    void stopWatchingKeys();
     void endWatched(const FieldEngine::Key& key);
     void finish();
     std::optional<HotKeyNumber> take();
@@ -89,15 +87,10 @@ class ShortcutHold {
     // A tap of Ctrl has accompanied Alt.
     bool isAccompanied_ = false;
     Deadline deadline_;
-    // From here on after a hold. The engine is in use for its keys.
-    bool isWatching_ = false;
-    // The engine has seen a key go down since the hold.
-    bool isPressed_ = false;
-    // The engine has seen Alt go up at the end of the hold or since, and no key go down.
-    bool isAltUp_ = false;
+    // From here on after a hold.
+    ReleaseWatch watch_;
     // A report without Alt: a late repeat, or a press whose Alt the engine is about to see.
     std::optional<Unclear> withoutAlt_;
-    Deadline watchDeadline_;
     Deadline altDeadline_;
 };
 

@@ -16,6 +16,12 @@ class FieldEngine {
         bool isUp = false;
         /// Whether Alt was down before the key.
         bool hasAlt = false;
+
+        bool isAlt() const {
+            constexpr std::uint32_t leftAlt = 56;
+            constexpr std::uint32_t rightAlt = 100;
+            return code == leftAlt || code == rightAlt;
+        }
     };
 
     virtual ~FieldEngine() = default;
