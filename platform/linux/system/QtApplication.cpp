@@ -2,6 +2,7 @@
 
 #include "platform/linux/system/QtApplication.h"
 
+#include <QAbstractEventDispatcher>
 #include <QWidget>
 #include <cstdlib>
 #include <utility>
@@ -15,9 +16,13 @@ namespace {
 
 constexpr Seconds maxLaunchDelay(0.5);
 
+// The loop of an application that has ended.
+QAbstractEventDispatcher* endedDispatcher = nullptr;
+
 // Settings that Qt reads when it starts. Returns `argumentCount`, so that the call can stand in the
 // initialiser of the QApplication.
 int& prepareQt(int& argumentCount) {
+    delete std::exchange(endedDispatcher, nullptr);
     // Nothing here draws with OpenGL, and loading a driver costs tens of megabytes.
     qputenv("QT_XCB_GL_INTEGRATION", "none");
     // A session manager would start the application again at login, beside the login item.
@@ -53,6 +58,14 @@ QtApplication::QtApplication(int& argumentCount, char** arguments, const platfor
     startMessages_.reset();
     QApplication::setApplicationDisplayName(QStringLiteral("Tarvik Dictate"));
     QApplication::setQuitOnLastWindowClosed(false);
+}
+
+// Qt's thread for D-Bus runs on until the process ends. When it posts an event it fetches the loop
+// of the receiver's thread and wakes that loop a moment later, with no lock in between. So the loop
+// is not destroyed with the application.
+QtApplication::~QtApplication() {
+    endedDispatcher = QAbstractEventDispatcher::instance();
+    endedDispatcher->setParent(nullptr);
 }
 
 void QtApplication::holdLaunchUntil(std::vector<LaunchCondition> conditions) {

@@ -28,6 +28,7 @@ class QtApplication final : public platform::Application {
   public:
     /// The arguments are those of main. The arguments and `clock` outlive the object.
     QtApplication(int& argumentCount, char** arguments, const platform::Clock& clock);
+    ~QtApplication() override;
 
     /// Arranges one call of `onMet` when the condition is met, at once if it is met already. The
     /// call may come on any thread, and comes before the application is destroyed or not at all.

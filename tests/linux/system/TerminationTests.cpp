@@ -1,8 +1,11 @@
 // SPDX-License-Identifier: MIT
 
+#include <QAbstractEventDispatcher>
+#include <QPointer>
 #include <csignal>
 #include <functional>
 #include <memory>
+#include <optional>
 #include <string>
 #include <utility>
 #include <vector>
@@ -69,6 +72,23 @@ TEST_F(ApplicationTest, ASignalEndsTheRunAlsoWhileAnAlertIsUp) {
     });
     EXPECT_EQ(application.run(), 0);
     EXPECT_EQ(answer, 0);
+}
+
+// Threads of Qt's own run on, and may be about to wake the loop.
+TEST(ApplicationEnd, LeavesTheLoopToOtherThreadsUntilTheNextApplication) {
+    const linuxdesktop::MonotonicClock clock;
+    int argumentCount = 1;
+    std::string name = "application-end";
+    std::array<char*, 2> arguments = {name.data(), nullptr};
+    std::optional<linuxdesktop::QtApplication> application;
+    application.emplace(argumentCount, arguments.data(), clock);
+    const QPointer<QAbstractEventDispatcher> loop = QAbstractEventDispatcher::instance();
+    ASSERT_TRUE(loop);
+    application.reset();
+    ASSERT_TRUE(loop);
+    loop->wakeUp();
+    application.emplace(argumentCount, arguments.data(), clock);
+    EXPECT_FALSE(loop);
 }
 
 }  // namespace
