@@ -5,6 +5,7 @@
 #include <string>
 #include <utility>
 
+#include "platform/linux/x11/FakeKeyboard.h"
 #include "platform/linux/x11/XcbReply.h"
 #include "platform/linux/x11/XkbProtocol.h"
 
@@ -31,6 +32,14 @@ void watchKeyboards(XcbConnection& connection) {
     xcb_input_xi_select_events(connection.get(), connection.root(), 1, &mask.head);
 }
 
+// Xwayland with libei offers synthetic keys to the compositor. In Sway it fails at the first key of
+// its own keyboard, drops that key, and takes all later ones itself. Before, it drops the keys of
+// the compositor's keyboard too. The release of a key that is up does nothing elsewhere. KWin and
+// GNOME would ask the user at that key.
+void endOfferOfKeys(XcbConnection& connection) {
+    FakeKeyboard(connection).release(xcb_get_setup(connection.get())->min_keycode);
+}
+
 }  // namespace
 
 X11Session::X11Session(XcbConnection& connection, PollLoop& loop, platform::Log& log,
@@ -51,6 +60,9 @@ X11Session::X11Session(XcbConnection& connection, PollLoop& loop, platform::Log&
     keyboard_.restore();
     keyboard_.reread();
     front_.refresh();
+    if (host != nullptr) {
+        endOfferOfKeys(connection);
+    }
 }
 
 HotKeys::Events X11Session::heard(HotKeys::Events events) {
