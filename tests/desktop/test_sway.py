@@ -251,15 +251,30 @@ class OnSway(OnSwayTest):
         wait_for(lambda: all(window["pid"] != application.pid for window in windows(self.desktop)),
                  "the end of the prompt")
 
-    def test_the_setup_window_floats_in_its_own_size(self):
-        self.start_foot()
-        application = self.start_application(closes_setup=False)
+    def check_setup_window(self, application):
         window = wait_for_sway_window(
             self.desktop, lambda window: window["pid"] == application.pid
             and window["type"] == "floating_con" and window["sticky"], "the floating setup window")
         wait_for_sway_window(
             self.desktop, lambda now: now["id"] == window["id"] and now["focused"]
             and 640 < now["rect"]["width"] < 1280, "its own size, which is not half the screen")
+
+    def test_the_setup_window_floats_in_its_own_size(self):
+        self.start_foot()
+        self.check_setup_window(self.start_application(closes_setup=False))
+
+    def test_the_setup_window_floats_after_a_reload_too(self):
+        self.start_foot()
+        application = self.start_application(self.start_scripted_service())
+        self.desktop.run(["swaymsg", "reload"])
+
+        def is_heard():
+            self.keyboard.tap(ALT, SPACE)
+            return application.log.count("startRecording") > 0
+
+        wait_for(is_heard, "the hotkeys, which come back last after the reload")
+        self.desktop.run([BINARIES / "tarvik-dictate"])
+        self.check_setup_window(application)
 
     def test_sway_has_none_of_our_bindings_afterwards(self):
         application = self.start_application()

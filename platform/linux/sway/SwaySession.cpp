@@ -137,10 +137,11 @@ void SwaySession::handle(SwayConnection::Event event, std::string_view json) {
     if (event == SwayConnection::Event::binding) {
         hotKeys_.handleBinding(json);
     } else {
+        windows_.handleEvent(event, json);
         if (event == SwayConnection::Event::workspace && isReload(json)) {
+            windows_.floatOwnWindows();
             hotKeys_.handleReload();
         }
-        windows_.handleEvent(event, json);
     }
 }
 

@@ -3,7 +3,6 @@
 #include "platform/linux/sway/SwayWindows.h"
 
 #include <simdjson.h>
-#include <unistd.h>
 
 #include <algorithm>
 #include <cstddef>
@@ -16,51 +15,36 @@ namespace {
 // More than anybody goes back to.
 constexpr std::size_t maxHistory = 64;
 
-struct Change {
-    std::string kind;
-    std::int64_t window = 0;
-    std::int64_t process = 0;
-};
-
-Change changeIn(std::string_view json) {
+std::string changeIn(std::string_view json) {
     simdjson::dom::parser parser;
-    simdjson::dom::element event;
-    Change change;
-    if (parser.parse(json.data(), json.size()).get(event) == simdjson::SUCCESS) {
-        std::string_view kind;
-        if (event["change"].get(kind) == simdjson::SUCCESS) {
-            change.kind = kind;
-        }
-        // An event about a workspace has neither.
-        if (event.at_pointer("/container/id").get(change.window) != simdjson::SUCCESS ||
-            event.at_pointer("/container/pid").get(change.process) != simdjson::SUCCESS) {
-            change.window = 0;
-            change.process = 0;
-        }
-    }
-    return change;
+    std::string_view change;
+    const auto error = parser.parse(json.data(), json.size())["change"].get(change);
+    return error == simdjson::SUCCESS ? std::string(change) : "";
 }
 
 }  // namespace
 
 SwayWindows::SwayWindows(SwayConnection& connection, OnFront onFront)
     : connection_(connection), onFront_(std::move(onFront)) {
+    floatOwnWindows();
     refresh();
+}
+
+// A rule of Sway's own, because a window that was a tile for a moment may keep the size of the
+// tile.
+void SwayWindows::floatOwnWindows() {
+    connection_.run(R"(for_window [app_id="^com\.tarvik\.dictate$"] )"
+                    R"("floating enable, sticky enable, move position center")");
 }
 
 // Only the tree tells when the keyboard goes to no window, so the tree is asked after every change.
 void SwayWindows::handleEvent(SwayConnection::Event event, std::string_view json) {
-    const Change change = changeIn(json);
-    if (change.kind == "focus") {
+    const std::string change = changeIn(json);
+    if (change == "focus") {
         ++changeCount_;
     }
-    if (change.kind == "new" && change.process == getpid()) {
-        // A window of this process keeps its own size, and stays in front on every workspace.
-        connection_.run("[con_id=" + std::to_string(change.window) +
-                        "] floating enable, sticky enable, move position center");
-    }
-    if (event == SwayConnection::Event::workspace || change.kind == "focus" ||
-        change.kind == "close" || change.kind == "new") {
+    if (event == SwayConnection::Event::workspace || change == "focus" || change == "close" ||
+        change == "new") {
         refresh();
     }
 }

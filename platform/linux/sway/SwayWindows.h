@@ -14,7 +14,7 @@
 namespace tarvik::linuxdesktop {
 
 /// The windows of a Sway session, and which of them has the keyboard. Those of this process float
-/// above the others on every workspace. Loop thread only.
+/// above the others on every workspace, from when they open. Loop thread only.
 class SwayWindows final : public WindowFocus {
   public:
     /// Gets the window in front whenever it may be another one; number 0 at the end of the object.
@@ -25,6 +25,10 @@ class SwayWindows final : public WindowFocus {
     ~SwayWindows() override { onFront_(Window()); }
     SwayWindows(const SwayWindows&) = delete;
     SwayWindows& operator=(const SwayWindows&) = delete;
+
+    /// Has Sway float the windows of this process that open from here on. A reload of Sway's
+    /// configuration ends that.
+    void floatOwnWindows();
 
     /// Handles an event about a window or a workspace.
     void handleEvent(SwayConnection::Event event, std::string_view json);
