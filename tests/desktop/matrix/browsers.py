@@ -22,6 +22,7 @@ class PageServer:
         self._journal = journal
         self._commands = queue.Queue()
         self._answers = queue.Queue()
+        self._number = 0
         server = self
 
         class Handler(http.server.BaseHTTPRequestHandler):
@@ -60,7 +61,8 @@ class PageServer:
     def take(self, path, body):
         if path == "/events":
             self._write(json.loads(body))
-        else:
+        elif path == f"/done/{self._number}":
+            # A browser may send an answer twice, and the second one must not count as the next.
             self._answers.put(body.decode("utf-8", "replace"))
 
     def _write(self, events):
@@ -77,7 +79,8 @@ class PageServer:
     def tell(self, command):
         """Has the page carry a command out; returns the text that it has then, or the number of its
         sizes so far if that was the command."""
-        self._commands.put(command)
+        self._number += 1
+        self._commands.put(f"{self._number} {command}")
         return self._answers.get(timeout=TIMEOUT)
 
     def close(self):
