@@ -23,7 +23,7 @@ IMPOSSIBLE = (
      "U+FFFF. The Java bridge takes text as modified UTF-8, in which such a character is two surrogates, "
      "and D-Bus refuses surrogates."),
     ("Firefox contenteditable", DICTATED,
-     "Firefox loses about one emoji in 4,000 that is typed fast: its page hears the key (`keydown` with "
+     "Firefox loses about one emoji in 2,000 that is typed fast: its page hears the key (`keydown` with "
      "the emoji) and then an insertion without text (`beforeinput` with empty data)."),
 )
 HEAD = """# Where dictated text arrives
