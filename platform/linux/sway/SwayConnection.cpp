@@ -3,6 +3,7 @@
 #include "platform/linux/sway/SwayConnection.h"
 
 #include <poll.h>
+#include <simdjson.h>
 #include <sys/socket.h>
 #include <sys/un.h>
 
@@ -139,6 +140,13 @@ bool SwayConnection::write() {
 void SwayConnection::lose() {
     watch_.reset();
     onLost_();
+}
+
+std::string changeIn(std::string_view event) {
+    simdjson::dom::parser parser;
+    std::string_view change;
+    const auto error = parser.parse(event.data(), event.size())["change"].get(change);
+    return error == simdjson::SUCCESS ? std::string(change) : "";
 }
 
 }  // namespace tarvik::linuxdesktop

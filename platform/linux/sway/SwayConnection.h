@@ -76,4 +76,7 @@ class SwayConnection {
     std::unique_ptr<EventLoop::Watch> watch_;
 };
 
+/// What has changed, by an event about a window or a workspace; empty where the event does not say.
+std::string changeIn(std::string_view event);
+
 }  // namespace tarvik::linuxdesktop

@@ -2,22 +2,9 @@
 
 #include "platform/linux/sway/SwaySession.h"
 
-#include <simdjson.h>
-
 #include <utility>
 
 namespace tarvik::linuxdesktop {
-
-namespace {
-
-bool isReload(std::string_view json) {
-    simdjson::dom::parser parser;
-    std::string_view change;
-    const auto error = parser.parse(json.data(), json.size())["change"].get(change);
-    return error == simdjson::SUCCESS && change == "reload";
-}
-
-}  // namespace
 
 Result<std::unique_ptr<InputSession>> SwaySession::open(EventLoop& loop, platform::Log& log,
                                                         Events events, SwayWindows::OnFront onFront,
@@ -138,7 +125,7 @@ void SwaySession::handle(SwayConnection::Event event, std::string_view json) {
         hotKeys_.handleBinding(json);
     } else {
         windows_.handleEvent(event, json);
-        if (event == SwayConnection::Event::workspace && isReload(json)) {
+        if (event == SwayConnection::Event::workspace && changeIn(json) == "reload") {
             windows_.floatOwnWindows();
             hotKeys_.handleReload();
         }

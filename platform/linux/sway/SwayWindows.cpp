@@ -2,8 +2,6 @@
 
 #include "platform/linux/sway/SwayWindows.h"
 
-#include <simdjson.h>
-
 #include <algorithm>
 #include <cstddef>
 #include <utility>
@@ -14,13 +12,6 @@ namespace {
 
 // More than anybody goes back to.
 constexpr std::size_t maxHistory = 64;
-
-std::string changeIn(std::string_view json) {
-    simdjson::dom::parser parser;
-    std::string_view change;
-    const auto error = parser.parse(json.data(), json.size())["change"].get(change);
-    return error == simdjson::SUCCESS ? std::string(change) : "";
-}
 
 }  // namespace
 
