@@ -42,6 +42,9 @@ class OnSwayWithXPrograms(XTypingTests, HungServerTest, OnSwayTest):
     def make_desktop():
         return SwayDesktop(a11y=True, audio=True, xwayland="enable")
 
+    def wait_for_x_server(self, application):
+        application.log.wait_for("typing into X programs by XTEST")
+
     def test_an_x_program_may_ask_for_the_whole_keyboard_after_a_text(self):
         service = self.start_scripted_service()
         self.start_application(service)
@@ -58,7 +61,7 @@ class OnSwayWithXPrograms(XTypingTests, HungServerTest, OnSwayTest):
         application = self.start_application(service)
         target = self.start(WidgetWithoutTitle, "qt6", menu_bar=True,
                             environment=AS_X_PROGRAM | {"QT_QPA_PLATFORM": "xcb"})
-        application.log.wait_for("typing into X programs by XTEST")
+        self.wait_for_x_server(application)
         for number in (1, 2, 3):
             self.keyboard.hold()
             application.log.wait_for(f"startRecording (session={number})")

@@ -97,7 +97,7 @@ class XTypingTests(XProgramTests):
         service = self.start_scripted_service()
         application = self.start_application(service)
         terminal = self.start_x_terminal()
-        application.log.wait_for("typing into X programs by XTEST")
+        self.wait_for_x_server(application)
         before = terminal.text
         self.keyboard.hold()
         application.log.wait_for("startRecording (session=1)")
@@ -109,6 +109,10 @@ class XTypingTests(XProgramTests):
         application.log.wait_for("stopRecording (session=1)")
         terminal.process.send_signal(signal.SIGCONT)
         terminal.wait_for_text(before + RARE)
+
+    def wait_for_x_server(self, application):
+        """Waits until the application types through the X server, where it does not begin with the
+        recording."""
 
     def lent_keys(self):
         return self.desktop.run(["xprop", "-root", "_TARVIK_DICTATE_REMAPPED_KEYS"])
