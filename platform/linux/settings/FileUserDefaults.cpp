@@ -39,7 +39,11 @@ std::string FileUserDefaults::standardPath() {
 
 std::optional<std::string> FileUserDefaults::stringForKey(std::string_view key) const {
     const std::optional<std::string> value = file_->value(key);
-    return value ? decodeIniValue(*value) : std::nullopt;
+    std::optional<std::string> text = value ? decodeIniValue(*value) : std::nullopt;
+    if (value && !text) {
+        file_->reportUnreadable(key);
+    }
+    return text;
 }
 
 std::int64_t FileUserDefaults::integerForKey(std::string_view key) const {

@@ -17,7 +17,7 @@ class SettingsFile;
 /// A number stands in the file as a decimal number, a truth value as the word true or false. A text
 /// that looks like a number or a truth value is quoted, and does not read as one. Any single value
 /// reads as text, because nobody who edits the file by hand writes the quotes. Lists and QSettings'
-/// own types read as absent.
+/// own types read as absent, which is reported once for each entry.
 ///
 /// A worker saves each change at once, with mode 0600. Saving writes only the entries that this
 /// process has set; changes that another program has made to the file are kept and read. A file

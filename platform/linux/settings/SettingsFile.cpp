@@ -123,6 +123,16 @@ void SettingsFile::closeLog() {
     log_ = nullptr;
 }
 
+void SettingsFile::reportUnreadable(std::string_view key) {
+    {
+        const std::lock_guard lock(logMutex_);
+        if (!unreadable_.emplace(key).second) {
+            return;
+        }
+    }
+    report("TarvikDictate: the setting " + std::string(key) + " is no text that can be read");
+}
+
 void SettingsFile::report(const std::string& line) {
     const std::lock_guard lock(logMutex_);
     if (log_ != nullptr) {

@@ -1,9 +1,11 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include <functional>
 #include <map>
 #include <mutex>
 #include <optional>
+#include <set>
 #include <string>
 #include <string_view>
 
@@ -32,6 +34,9 @@ class SettingsFile {
     /// save() is arranged for already and has not begun.
     bool set(std::string_view key, const std::optional<std::string>& value);
 
+    /// Reports that the value of an entry is no text that can be read; once for each entry.
+    void reportUnreadable(std::string_view key);
+
   private:
     using Changes = std::map<std::string, std::optional<std::string>>;
 
@@ -55,6 +60,7 @@ class SettingsFile {
 
     std::mutex logMutex_;
     platform::Log* log_;
+    std::set<std::string, std::less<>> unreadable_;
 };
 
 }  // namespace tarvik::linuxdesktop

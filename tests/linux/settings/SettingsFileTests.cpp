@@ -118,7 +118,24 @@ TEST_F(SettingsFileTest, AFileWrittenByHandIsRead) {
     EXPECT_TRUE(defaults->hasObjectForKey("variant"));
     EXPECT_FALSE(defaults->hasObjectForKey("absent"));
     EXPECT_EQ(defaults->stringForKey("[Other]"), std::nullopt);
-    EXPECT_TRUE(log.lines().empty());
+}
+
+// The entry stays as it is, and its value may be a secret.
+TEST_F(SettingsFileTest, AnEntryThatIsNoTextIsReportedOnce) {
+    const std::string content = "[General]\ndeepgramApiKey=\"a\\x00key\"\nlist=a, b\n";
+    putFile(path, content);
+    open();
+    for (int i = 0; i < 2; ++i) {
+        EXPECT_EQ(defaults->stringForKey("deepgramApiKey"), std::nullopt);
+        EXPECT_EQ(defaults->stringForKey("list"), std::nullopt);
+        EXPECT_EQ(defaults->stringForKey("absent"), std::nullopt);
+    }
+    EXPECT_EQ(log.lines(),
+              (std::vector<std::string>{
+                  "TarvikDictate: the setting deepgramApiKey is no text that can be read",
+                  "TarvikDictate: the setting list is no text that can be read"}));
+    close();
+    EXPECT_EQ(contentOf(path), content);
 }
 
 TEST_F(SettingsFileTest, EntriesWithoutAGroupCountToo) {
