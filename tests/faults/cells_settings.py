@@ -156,7 +156,8 @@ def saved(name, fault, checks, heal=lambda _world: None, **options):
 
 
 CELLS = [
-    host("a list of hosts", "localhost:1, localhost:2", is_fast=True),
+    host("a list of hosts", "localhost:1, localhost:2",
+         ("TarvikDictate: the setting deepgramHost is no text that can be read", NO_HOST), is_fast=True),
     host("a host with credentials", '"user:secret@localhost:1"', is_fast=True),
     host("a host with a path", '"localhost:1/v1"'),
     host("a host with a scheme", '"wss://localhost"'),
