@@ -21,7 +21,7 @@ add_test(NAME silent COMMAND sh -c "echo last words; exit 3")
 
 # Fails in each run whose number is in the list.
 UNSTABLE = """
-add_test(NAME un-stable.A/1 COMMAND sh -c "echo run >>runs; ! grep -qx $(wc -l <runs) fails")
+add_test(NAME "un-stable.A/1 [x] (y)+#&~" COMMAND sh -c "echo run >>runs; ! grep -qx $(wc -l <runs) fails")
 """
 
 
@@ -74,7 +74,7 @@ class RunTests(unittest.TestCase):
         status, output, runs = self.run_again([1])
         self.assertEqual((status, runs), (0, 4), output)
         self.assertTrue(output.endswith(
-            "UNSTABLE: un-stable.A/1 failed beside the other tests, and passed 3 times alone.\n"), output)
+            "UNSTABLE: un-stable.A/1 [x] (y)+#&~ failed beside the other tests, and passed 3 times alone.\n"), output)
 
     def test_a_test_that_fails_alone_once_has_failed(self):
         for fails, runs in (([1, 2], 2), ([1, 4], 4)):
