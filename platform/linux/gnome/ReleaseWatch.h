@@ -20,6 +20,7 @@ class ReleaseWatch {
     void begin(const FieldEngine::Key& key);
     /// A late report has come. The watch, if there is one, lasts for another second.
     void extend();
+    /// The engine is no longer in use for its keys. Called before the destructor.
     void end();
 
     /// The engine has seen a key.

@@ -21,7 +21,7 @@ SwayWindows::SwayWindows(SwayConnection& connection, OnFront onFront)
     refresh();
 }
 
-// A rule of Sway's own, because a window that was a tile for a moment may keep the size of the
+// A rule of Sway's own, because a window that was a tile first may keep the size of the
 // tile.
 void SwayWindows::floatOwnWindows() {
     connection_.run(R"(for_window [app_id="^com\.tarvik\.dictate$"] )"

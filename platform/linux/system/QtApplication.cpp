@@ -19,8 +19,9 @@ constexpr Seconds maxLaunchDelay(0.5);
 // The loop of an application that has ended.
 QAbstractEventDispatcher* endedDispatcher = nullptr;
 
-// Settings that Qt reads when it starts. Returns `argumentCount`, so that the call can stand in the
-// initialiser of the QApplication.
+// Removes what an earlier application has left, and makes the settings that Qt reads when it
+// starts. Returns `argumentCount`, so that the call can stand in the initialiser of the
+// QApplication.
 int& prepareQt(int& argumentCount) {
     delete std::exchange(endedDispatcher, nullptr);
     // Nothing here draws with OpenGL, and loading a driver costs tens of megabytes.
@@ -61,7 +62,7 @@ QtApplication::QtApplication(int& argumentCount, char** arguments, const platfor
 }
 
 // Qt's thread for D-Bus runs on until the process ends. When it posts an event it fetches the loop
-// of the receiver's thread and wakes that loop a moment later, with no lock in between. So the loop
+// of the receiver's thread and then wakes that loop, with no lock in between. So the loop
 // is not destroyed with the application.
 QtApplication::~QtApplication() {
     endedDispatcher = QAbstractEventDispatcher::instance();

@@ -118,6 +118,9 @@ TEST_F(SettingsFileTest, AFileWrittenByHandIsRead) {
     EXPECT_TRUE(defaults->hasObjectForKey("variant"));
     EXPECT_FALSE(defaults->hasObjectForKey("absent"));
     EXPECT_EQ(defaults->stringForKey("[Other]"), std::nullopt);
+    EXPECT_EQ(log.lines(), (std::vector<std::string>{
+                               "TarvikDictate: the setting list is no text that can be read",
+                               "TarvikDictate: the setting variant is no text that can be read"}));
 }
 
 // The entry stays as it is, and its value may be a secret.
