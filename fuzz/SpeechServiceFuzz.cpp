@@ -28,11 +28,18 @@ constexpr std::string_view accepted = "HTTP/1.1 101 ";
 constexpr const char* controls[] = {R"({"type":"KeepAlive"})", R"({"type":"Finalize"})",
                                     R"({"type":"CloseStream"})", R"({"type":"Other"})"};
 
+// A search beside other work may stand still for longer than a client's handshake may take.
+service::ServerOptions patient() {
+    service::ServerOptions options;
+    options.handshakeTimeout = Seconds(100);
+    return options;
+}
+
 /// The service, and how to reach it. It is made once, because it loads a model.
 struct World {
     World() { std::cerr.rdbuf(nullptr); }
 
-    service::RunningServer server;
+    service::RunningServer server{patient()};
     SSL_CTX* tls = SSL_CTX_new(TLS_client_method());
 };
 

@@ -41,7 +41,8 @@ class Pipewire(FaultTest):
                          f"sink_name={name}", f"rate={rate}"])
         wait_for(lambda: name in cls.desktop.run(["pactl", "list", "short", "sources"]), "the microphone")
         # WirePlumber has the say in this, and may still be starting.
-        wait_for(lambda: cls.desktop.succeeds(["pactl", "set-default-source", name]),
+        wait_for(lambda: cls.desktop.succeeds(["pactl", "set-default-source", name])
+                 and cls.desktop.run(["pactl", "get-default-source"]).strip() == name,
                  "the default microphone")
 
     def unplug(self, name="vmic"):

@@ -50,6 +50,9 @@ Typist::Typist(XcbConnection& connection, Keyboard& keyboard, FrontWindow& front
                [this](xcb_window_t window, std::size_t characters) {
                    reportLoss("its program has not answered for 30 s",
                               characters + TypingQueue::drop(queue_.takeWaitingFor(window)));
+               },
+               [this](std::size_t characters) {
+                   reportLoss("its window was closed before its program had read it", characters);
                }}),
       targetWindow_(connection, front, loop, [this] { handleChange(); }),
       wait_(loop),

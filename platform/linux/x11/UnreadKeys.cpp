@@ -172,8 +172,12 @@ void UnreadKeys::handleAnswer(const WindowPing::Answer& answer) {
 void UnreadKeys::handleDestroyed(xcb_window_t window) {
     connection_.forgetEvents(window);
     questions_.handleDestroyed(window);
-    if (windows_.contains(window)) {
+    if (const auto found = windows_.find(window); found != windows_.end()) {
+        const std::size_t lost = found->second.isDoubtful ? 0 : found->second.characters.size();
         finish(window);
+        if (lost > 0) {
+            events_.onDestroyed(lost);
+        }
         setDeadline();
         events_.onChange();
     }

@@ -48,6 +48,9 @@ class UnreadKeys {
         std::function<void()> onChange;
         /// A window's program has not looked up its keys for 30 s; so many characters may be lost.
         std::function<void(xcb_window_t window, std::size_t characters)> onTimeout;
+        /// A window is gone whose program is not known to have looked up its keys; so many
+        /// characters may be lost with the window.
+        std::function<void(std::size_t characters)> onDestroyed;
     };
 
     /// No key is waited for any longer.

@@ -95,7 +95,10 @@ TEST_F(X11SessionWithTakenFocus, SaysHowMuchOfABurstIsTyped) {
     SingleBursts bursts(*connection);
     const std::u32string characters(40, U'x');
     std::size_t typed = 0;
-    for (int tries = 0; tries < 100; ++tries) {
+    // On a busy machine the focus is seldom taken in time.
+    const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(20);
+    for (int tries = 0;
+         tries < 100 || (taker.count() <= 10 && std::chrono::steady_clock::now() < end); ++tries) {
         const auto result = bursts.type(characters, getpid(), window);
         typed += result.typed;
         EXPECT_EQ(result.outcome == KeyBurst::Outcome::done, result.typed == characters.size());

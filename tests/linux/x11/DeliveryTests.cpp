@@ -143,6 +143,29 @@ TEST_F(X11Delivery, TypesNothingForAnEndedProcessAndSaysSo) {
     EXPECT_TRUE(becomes(front, "x"));
 }
 
+// A program may be killed while its keys wait for it.
+class X11KilledTarget : public InputFixture, public testing::TestWithParam<X11Target::Kind> {};
+
+TEST_P(X11KilledTarget, LeavesALineForTheTextThatItHasNotRead) {
+    const X11Target next(X11Target::Kind::gtk3Text, mainQueue);
+    X11Target target(GetParam(), mainQueue);
+    ASSERT_TRUE(comesToFront(target));
+    target.hang();
+    type("two ж", target.process());
+    // Texts are typed one after another.
+    type("x", next.process());
+    ASSERT_TRUE(becomes(next, "x"));
+    target.end();
+    EXPECT_TRUE(mainQueue.runUntil([&] { return log.hasLineWith("not delivered"); }));
+    EXPECT_TRUE(
+        log.hasLineWith("TarvikDictate: typed text not delivered: its window was closed before its "
+                        "program had read it (5 characters)"));
+}
+
+INSTANTIATE_TEST_SUITE_P(, X11KilledTarget,
+                         testing::Values(X11Target::Kind::gtk3Text, X11Target::Kind::terminal),
+                         [](const auto& kind) { return nameOf(kind.param); });
+
 // A program may have several windows.
 TEST_F(X11Delivery, ReachesTheWindowThatWasInFrontWhenItWasAskedFor) {
     const X11Target target(X11Target::Kind::gtk3Text, mainQueue);

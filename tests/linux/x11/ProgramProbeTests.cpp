@@ -124,8 +124,10 @@ class X11UnreadKeys : public InputFixture, public testing::Test {
     linuxdesktop::WindowPing ping{*connection};
     linuxdesktop::IbusAnswers answers{loop};
     std::size_t lost = 0;
+    std::size_t lostWithWindow = 0;
     const UnreadKeys::Events events{
-        [] {}, [this](xcb_window_t /*window*/, std::size_t count) { lost += count; }};
+        [] {}, [this](xcb_window_t /*window*/, std::size_t count) { lost += count; },
+        [this](std::size_t count) { lostWithWindow += count; }};
     UnreadKeys unread{*connection, loop, ping, answers, events};
 };
 
@@ -166,7 +168,11 @@ TEST_F(X11UnreadKeys, OfAnUnknownProgramAreNotWaitedForAfterADelayAndKeptWherePo
 TEST_F(X11UnreadKeys, OfNoWindowAreNeverReportedAsLost) {
     int reports = 0;
     UnreadKeys expiring{
-        *connection, loop, ping, answers, {[] {}, [&](xcb_window_t, std::size_t) { ++reports; }},
+        *connection,
+        loop,
+        ping,
+        answers,
+        {[] {}, [&](xcb_window_t, std::size_t) { ++reports; }, [&](std::size_t) { ++reports; }},
         50ms};
     bool isRead = false;
     expiring.add(XCB_NONE, U"ж");
@@ -285,7 +291,7 @@ TEST_F(X11UnreadKeys, OfABurstBehindAnInputMethodAreWaitedForWhileTheProgramRead
 }
 
 // The next program often gets the numbers of the last one's windows.
-TEST_F(X11UnreadKeys, OfAWindowThatIsGoneAreWaitedForNoLonger) {
+TEST_F(X11UnreadKeys, OfAWindowThatIsGoneAreReportedAndWaitedForNoLonger) {
     const xcb_window_t window = xcb_generate_id(connection->get());
     bool isRead = false;
     unread.add(window, U"ж");
@@ -295,6 +301,22 @@ TEST_F(X11UnreadKeys, OfAWindowThatIsGoneAreWaitedForNoLonger) {
     EXPECT_FALSE(unread.contains(window));
     EXPECT_TRUE(unread.characters().empty());
     EXPECT_EQ(lost, 0U);
+    EXPECT_EQ(lostWithWindow, 1U);
+}
+
+// The timeout has reported them already.
+TEST_F(X11UnreadKeys, AreReportedOnceWhenTheirWindowGoesAfterTheTimeout) {
+    const X11Target terminal(X11Target::Kind::terminal, mainQueue);
+    ASSERT_TRUE(comesToFront(terminal));
+    const xcb_window_t window = frontWindow();
+    UnreadKeys expiring{*connection, loop, ping, answers, events, 50ms};
+    terminal.hang();
+    user->tap(X11User::qKey);
+    expiring.add(window, U"ж");
+    EXPECT_TRUE(runUntil([&] { return lost == 1; }, 5s));
+    expiring.handleDestroyed(window);
+    EXPECT_TRUE(expiring.isEmpty());
+    EXPECT_EQ(lostWithWindow, 0U);
 }
 
 // Such a terminal draws all the time and reads its keys in between.
