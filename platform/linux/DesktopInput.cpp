@@ -298,6 +298,17 @@ std::shared_ptr<XProgramHost> hostOfXPrograms(
     return nullptr;
 #endif
 }
+
+/// The hotkeys of which their X server hears the releases in X programs; empty where others do.
+std::shared_ptr<XHoldListener> listenerOfHolds(
+    [[maybe_unused]] const Session& session,
+    [[maybe_unused]] const std::shared_ptr<HotKeyMeans>& hotKeys) {
+#ifdef TARVIK_HAS_GNOME
+    return hotKeys == session.gnome ? session.gnome : nullptr;
+#else
+    return nullptr;
+#endif
+}
 #endif
 
 }  // namespace
@@ -324,7 +335,8 @@ DesktopInput::DesktopInput(platform::MainQueue& mainQueue, platform::Log& log,
 #ifdef TARVIK_HAS_X11
     if (typing_ && !typing_->servesXPrograms()) {
         const auto host = hostOfXPrograms(session, typing_);
-        const auto both = std::make_shared<XwaylandInput>(mainQueue, log, typing_, front_, host);
+        const auto both = std::make_shared<XwaylandInput>(mainQueue, log, typing_, front_, host,
+                                                          listenerOfHolds(session, hotKeys_));
         if (host) {
             // The first hotkey in an X program would come too late for a key beside Alt.
             host->setXProgramObserver([&mainQueue, observer = std::weak_ptr(both)] {

@@ -11,7 +11,7 @@ from accessible import ScreenReader
 from application import READY
 from desktop import wait_for
 from gnome import GnomeDesktop, missing
-from gnome_parts import GnomeFootTarget, GnomeKeyboard, GnomeWidgetTarget
+from gnome_parts import BETWEEN_TAPS, GnomeFootTarget, GnomeKeyboard, GnomeWidgetTarget
 from pressed_keys import ALT, SHIFT, SPACE
 from session_test import EXACT, SessionTest
 from setup_window import RESTART
@@ -41,6 +41,32 @@ class OnGnomeWithXPrograms(XTypingTests, OnGnomeTest):
     @staticmethod
     def make_desktop():
         return GnomeDesktop(a11y=True, audio=True, xwayland=True)
+
+    def test_a_hold_in_an_x_program_ends_with_its_keys_alone(self):
+        """GNOME tells no repeat while its service stands still, nor after Shift."""
+        service = self.start_scripted_service()
+        application = self.start_application(service)
+        terminal = self.start_x_terminal()
+        media_keys = self.desktop.media_keys
+        self.addCleanup(media_keys.send_signal, signal.SIGCONT)
+        for number, (first, second) in enumerate(((SPACE, ALT), (ALT, SPACE)), 1):
+            with self.subTest(number=number):
+                self.keyboard.hold()
+                stream = service.stream(number)
+                media_keys.send_signal(signal.SIGSTOP)
+                self.keyboard.tap(SHIFT)
+                time.sleep(WITHOUT_REPEATS)
+                self.assertEqual(application.log.count("stopRecording"), number - 1)
+                stream.say("Still here.")
+                wait_for(lambda: terminal.text.endswith("Still here."), "the text in the terminal")
+                self.keyboard.release(first)
+                start = time.monotonic()
+                application.log.wait_for(f"stopRecording (session={number})")
+                self.assertLess(time.monotonic() - start, 0.3)
+                self.keyboard.release(second)
+                media_keys.send_signal(signal.SIGCONT)
+                time.sleep(BETWEEN_TAPS)
+        self.assertEqual(application.log.count("startRecording"), 2)
 
 
 class OnGnome(OnGnomeTest):

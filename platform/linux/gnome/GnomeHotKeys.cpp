@@ -52,13 +52,15 @@ std::optional<KeyRepetition> repetitionSetting() {
 }  // namespace
 
 GnomeHotKeys::GnomeHotKeys(MessageBus& bus, FieldEngine& engine, EventLoop& loop,
-                           platform::Log& log, Events events, OnTaken onTaken)
+                           platform::Log& log, Events events, OnTaken onTaken,
+                           XHoldListener::Follow onHold)
     : bus_(bus),
       loop_(loop),
       log_(log),
       events_(std::move(events)),
       onTaken_(std::move(onTaken)),
-      hold_(engine, loop, {events_.onPressed, events_.onReleased}, repetitionSetting),
+      hold_(engine, loop, {events_.onPressed, events_.onReleased, std::move(onHold)},
+            repetitionSetting),
       shellDeadline_(loop) {}
 
 void GnomeHotKeys::add(HotKeyNumber number, std::uint32_t keyCode, std::uint32_t modifiers,

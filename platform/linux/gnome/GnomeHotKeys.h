@@ -17,6 +17,7 @@
 #include "platform/linux/gnome/WindowMenuShortcut.h"
 #include "platform/linux/ibus/FieldEngine.h"
 #include "platform/linux/input/SessionHotKeys.h"
+#include "platform/linux/input/XHoldListener.h"
 #include "platform/linux/loop/EventLoop.h"
 
 namespace tarvik::linuxdesktop {
@@ -32,9 +33,9 @@ class GnomeHotKeys final : public SessionHotKeys {
     /// Gets whether the menu of windows has the combination of the hold hotkey.
     using OnTaken = std::function<void(bool isTaken)>;
 
-    /// The references outlive the object.
+    /// The references outlive the object. `onHold` is told of each hold.
     GnomeHotKeys(MessageBus& bus, FieldEngine& engine, EventLoop& loop, platform::Log& log,
-                 Events events, OnTaken onTaken);
+                 Events events, OnTaken onTaken, XHoldListener::Follow onHold);
     /// Ends a hold. Shortcuts that are left stay until the next start.
     ~GnomeHotKeys() override = default;
     GnomeHotKeys(const GnomeHotKeys&) = delete;
@@ -50,7 +51,7 @@ class GnomeHotKeys final : public SessionHotKeys {
     /// hotkey, and `onFreed` is called.
     void takeFromWindowMenu();
 
-    /// Hears of what the engine sees.
+    /// Hears of what the engine and the X server see.
     ShortcutHold& hold() { return hold_; }
 
   private:

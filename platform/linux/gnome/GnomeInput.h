@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <functional>
 #include <memory>
+#include <mutex>
 #include <optional>
 #include <string>
 #include <utility>
@@ -15,12 +16,15 @@
 #include "platform/linux/input/HotKeyMeans.h"
 #include "platform/linux/input/InputThread.h"
 #include "platform/linux/input/TypingMeans.h"
+#include "platform/linux/input/XHoldListener.h"
 
 namespace tarvik::linuxdesktop {
 
+class ShortcutHold;
+
 /// Hotkeys as custom shortcuts and typing by an engine of IBus, of a GNOME session on Wayland. Main
 /// thread only, unless a line says otherwise.
-class GnomeInput final : public HotKeyMeans, public TypingMeans {
+class GnomeInput final : public HotKeyMeans, public TypingMeans, public XHoldListener {
   public:
     /// Tells which process has the keyboard; empty where unknown. Any thread; does not block.
     using Front = std::function<std::optional<platform::ProcessIdentifier>()>;
@@ -53,7 +57,17 @@ class GnomeInput final : public HotKeyMeans, public TypingMeans {
         thread_.type(std::move(text), 0, std::move(onDone));
     }
 
+    void setXFollower(Follow follow) override;
+    void handleKeysSeenInX(std::uint64_t hold, bool areSeen) override;
+    void handleReleaseInX(std::uint64_t hold) override;
+
   private:
+    void tellX(std::optional<std::uint64_t> hold);
+    void withHold(std::function<void(ShortcutHold&)> action);
+
+    std::mutex mutex_;
+    // Under the mutex.
+    Follow followX_;
     std::atomic<bool> canTakeOver_ = false;
     InputThread thread_;
 };

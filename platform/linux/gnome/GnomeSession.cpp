@@ -42,6 +42,7 @@ std::string configuredEngine() {
 Result<std::unique_ptr<InputSession>> GnomeSession::open(EventLoop& loop, platform::Log& log,
                                                          Events events,
                                                          GnomeHotKeys::OnTaken onTaken,
+                                                         XHoldListener::Follow onHold,
                                                          IsInFront isInFront) {
     // GNOME on X11 is served by what serves every X11 session.
     if (!isWaylandSession()) {
@@ -54,11 +55,12 @@ Result<std::unique_ptr<InputSession>> GnomeSession::open(EventLoop& loop, platfo
     }
     return std::unique_ptr<InputSession>(new GnomeSession(std::move(opened).value(), loop, log,
                                                           std::move(events), std::move(onTaken),
-                                                          std::move(isInFront)));
+                                                          std::move(onHold), std::move(isInFront)));
 }
 
 GnomeSession::GnomeSession(std::unique_ptr<MessageBus> bus, EventLoop& loop, platform::Log& log,
-                           Events events, GnomeHotKeys::OnTaken onTaken, IsInFront isInFront)
+                           Events events, GnomeHotKeys::OnTaken onTaken,
+                           XHoldListener::Follow onHold, IsInFront isInFront)
     : events_(std::move(events)),
       bus_(std::move(bus)),
       engine_(loop, configuredEngine,
@@ -75,7 +77,7 @@ GnomeSession::GnomeSession(std::unique_ptr<MessageBus> bus, EventLoop& loop, pla
       typist_(engine_, loop, log,
               {std::move(isInFront),
                [this](std::function<void()> onDone) { syncShell(std::move(onDone)); }}),
-      hotKeys_(*bus_, engine_, loop, log, events_.hotKeys, std::move(onTaken)) {
+      hotKeys_(*bus_, engine_, loop, log, events_.hotKeys, std::move(onTaken), std::move(onHold)) {
     bus_->attach(loop, [this](const Error& error) {
         events_.onLost("the session bus is lost: " + error.localizedDescription);
     });

@@ -12,6 +12,7 @@
 #include "platform/linux/ibus/IbusEngine.h"
 #include "platform/linux/ibus/IbusTypist.h"
 #include "platform/linux/input/InputSession.h"
+#include "platform/linux/input/XHoldListener.h"
 #include "platform/linux/loop/EventLoop.h"
 
 namespace tarvik::linuxdesktop {
@@ -28,6 +29,7 @@ class GnomeSession final : public InputSession {
     /// session. The references outlive the session.
     static Result<std::unique_ptr<InputSession>> open(EventLoop& loop, platform::Log& log,
                                                       Events events, GnomeHotKeys::OnTaken onTaken,
+                                                      XHoldListener::Follow onHold,
                                                       IsInFront isInFront);
     GnomeSession(const GnomeSession&) = delete;
     GnomeSession& operator=(const GnomeSession&) = delete;
@@ -39,7 +41,8 @@ class GnomeSession final : public InputSession {
 
   private:
     GnomeSession(std::unique_ptr<MessageBus> bus, EventLoop& loop, platform::Log& log,
-                 Events events, GnomeHotKeys::OnTaken onTaken, IsInFront isInFront);
+                 Events events, GnomeHotKeys::OnTaken onTaken, XHoldListener::Follow onHold,
+                 IsInFront isInFront);
     void askForShell();
     void handleShellChange(sd_bus_message* signal);
     void askForFcitx();

@@ -96,7 +96,9 @@ void ShortcutHold::begin(const Unclear& press) {
     modifiers_ = press.modifiers;
     repetition_ = askRepetition_();
     isSeen_ = false;
+    areSeenInX_ = false;
     isAccompanied_ = false;
+    ++holdNumber_;
     repeats_.begin(press.number, press.time, repetition_);
     engine_.acquire();
     watch_.end();
@@ -104,6 +106,7 @@ void ShortcutHold::begin(const Unclear& press) {
     noteField();
     accompanyAlt();
     watchRepeats();
+    announce();
 }
 
 void ShortcutHold::await(const Unclear& report) {
@@ -138,6 +141,9 @@ void ShortcutHold::watchRepeats() {
 }
 
 void ShortcutHold::handleSilence() {
+    if (areSeenInX_) {
+        return;
+    }
     if (!engine_.hasField()) {
         // The only report may have been followed by another press.
         if (repeats_.repeats() > 0) {
@@ -176,7 +182,7 @@ void ShortcutHold::handleKey(const FieldEngine::Key& key) {
 }
 
 void ShortcutHold::noteField() {
-    if (!engine_.hasField()) {
+    if (!areKeysSeen()) {
         fieldTime_.reset();
         watch_.noteUnseen();
     } else if (!fieldTime_) {
@@ -196,6 +202,28 @@ void ShortcutHold::handleField() {
     }
 }
 
+void ShortcutHold::announce() const {
+    events_.onHold(repeats_.number() ? std::optional(holdNumber_) : std::nullopt);
+}
+
+void ShortcutHold::handleKeysSeenInX(std::uint64_t hold, bool areSeen) {
+    if (!repeats_.number() || hold != holdNumber_) {
+        return;
+    }
+    areSeenInX_ = areSeen;
+    noteField();
+    watchRepeats();
+}
+
+void ShortcutHold::handleReleaseInX(std::uint64_t hold) {
+    if (repeats_.number() && hold == holdNumber_) {
+        if (repetition_) {
+            repeats_.expectLateReports(loop_.now());
+        }
+        finish();
+    }
+}
+
 void ShortcutHold::accompanyAlt() {
     if (engine_.hasField() && !std::exchange(isAccompanied_, true)) {
         engine_.tapControl();
@@ -207,7 +235,9 @@ std::optional<HotKeyNumber> ShortcutHold::take() {
     unclear_.reset();
     const auto ended = repeats_.end();
     if (ended) {
+        areSeenInX_ = false;
         engine_.release();
+        announce();
     }
     return ended;
 }

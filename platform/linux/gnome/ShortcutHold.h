@@ -10,21 +10,24 @@
 #include "platform/linux/ibus/FieldEngine.h"
 #include "platform/linux/input/HotKeyMeans.h"
 #include "platform/linux/input/RepeatedHold.h"
+#include "platform/linux/input/XHoldListener.h"
 #include "platform/linux/loop/EventLoop.h"
 
 namespace tarvik::linuxdesktop {
 
 /// Which custom shortcut of GNOME is held. GNOME reports the press and each repeat, and no release.
-/// The engine sees the keys go up while a text field has the keyboard. Elsewhere the hold ends with
-/// its repeats. On a busy machine GNOME reports a repeat long after the release, so the keys are
-/// watched for a while after a release that the engine has seen. Loop thread only; no operation
-/// waits.
+/// The engine sees the keys go up while a text field has the keyboard, and the X server while an X
+/// program has it. Elsewhere the hold ends with its repeats. On a busy machine GNOME reports a
+/// repeat long after the release, so the keys are watched for a while after a release that the
+/// engine has seen. Loop thread only; no operation waits.
 class ShortcutHold {
   public:
     /// The callbacks do not destroy the object.
     struct Events {
         std::function<void(HotKeyNumber)> onPressed;
         std::function<void(HotKeyNumber)> onReleased;
+        /// As XHoldListener::Follow.
+        XHoldListener::Follow onHold;
     };
     /// How the keyboard repeats its keys at present; empty when it does not.
     using AskRepetition = std::function<std::optional<KeyRepetition>()>;
@@ -43,6 +46,12 @@ class ShortcutHold {
     void handleKey(const FieldEngine::Key& key);
     /// The engine has got or lost a text field.
     void handleField();
+
+    /// Tells of the hold, or that there is none, once more.
+    void announce() const;
+    /// As in XHoldListener.
+    void handleKeysSeenInX(std::uint64_t hold, bool areSeen);
+    void handleReleaseInX(std::uint64_t hold);
 
     /// Ends the hold, if there is one, and watches no keys any more.
     void end();
@@ -64,6 +73,7 @@ class ShortcutHold {
     void watchRepeats();
     void handleSilence();
     void accompanyAlt();
+    bool areKeysSeen() const { return engine_.hasField() || areSeenInX_; }
     bool wouldBeSeen(const Unclear& press) const;
     void noteField();
     void endWatched(const FieldEngine::Key& key);
@@ -76,14 +86,17 @@ class ShortcutHold {
     const AskRepetition askRepetition_;
     RepeatedHold repeats_;
     std::optional<Unclear> unclear_;
-    // Since when the engine has a field.
+    // Since when the keys are seen, in a field or in an X program.
     std::optional<SteadyTime> fieldTime_;
+    // Grows with each hold.
+    std::uint64_t holdNumber_ = 0;
     // From here on of the hold.
     std::uint32_t modifiers_ = 0;
     std::optional<KeyRepetition> repetition_;
     // The engine has a field, and a key was down after the engine got the field. So the engine will
     // see the key go up.
     bool isSeen_ = false;
+    bool areSeenInX_ = false;
     // A tap of Ctrl has accompanied Alt.
     bool isAccompanied_ = false;
     Deadline deadline_;

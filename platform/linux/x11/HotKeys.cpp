@@ -180,6 +180,10 @@ void HotKeys::handleRelease(std::uint32_t keyCode, std::uint32_t sequence) {
     if (lifted_.remove(key)) {
         followLifted();
     }
+    // An earlier release may be one of typing.
+    if (observed_.keys[key] && static_cast<std::int32_t>(sequence - observed_.sequence) >= 0) {
+        observed_.onRelease();
+    }
     if (hold_ && (key == hold_->key ||
                   std::ranges::find(hold_->modifierKeys, key) != hold_->modifierKeys.end())) {
         endHold();
@@ -251,6 +255,11 @@ void HotKeys::expectRelease(xcb_keycode_t key, std::uint32_t sequence) {
     lifted_.add(key);
 }
 
+void HotKeys::observeReleases(const KeysDown& keys, std::function<void()> onRelease) {
+    observed_ = {keys, std::move(onRelease), xcb_no_operation(connection_.get()).sequence};
+    selectRawEvents();
+}
+
 void HotKeys::followLifted() {
     std::vector<KeyGrab> grabs;
     for (const auto& [number, hotKey] : hotKeys_) {
@@ -265,7 +274,7 @@ void HotKeys::followLifted() {
 // Raw events tell of every key, and each is a wake-up. So they are selected only while a release
 // matters.
 void HotKeys::selectRawEvents() {
-    const bool hasReleases = hold_ || isTyping_ || !lifted_.isEmpty();
+    const bool hasReleases = hold_ || observed_.keys.any() || isTyping_ || !lifted_.isEmpty();
     if (!hasReleases) {
         ownReleases_.clear();
     }

@@ -66,6 +66,10 @@ class HotKeys {
     void endTyping();
     /// Request `sequence` has lifted a modifier key that the user holds.
     void expectRelease(xcb_keycode_t key, std::uint32_t sequence);
+    /// `onRelease` is called from here on when the user lets go of one of `keys`, of which typing
+    /// uses none. No key and an empty function end that. For a hotkey that another means has heard.
+    void observeReleases(const KeysDown& keys, std::function<void()> onRelease);
+    const KeysDown& observedKeys() const { return observed_.keys; }
     /// The keyboard on which a hotkey was pressed last, as an XInput device; 0 when there is none.
     std::uint16_t keyboardInUse() const { return keyboardInUse_; }
 
@@ -80,6 +84,13 @@ class HotKeys {
         std::vector<xcb_keycode_t> modifierKeys;
         // The XInput device.
         std::uint16_t keyboard = 0;
+    };
+
+    struct Observed {
+        KeysDown keys;
+        std::function<void()> onRelease;
+        // Of the last request before.
+        std::uint32_t sequence = 0;
     };
 
     std::optional<HotKeyNumber> hotKeyOf(xcb_keycode_t key, std::uint32_t modifiers) const;
@@ -99,6 +110,7 @@ class HotKeys {
     Events events_;
     std::map<HotKeyNumber, HotKey> hotKeys_;
     std::optional<Hold> hold_;
+    Observed observed_;
     LiftedModifiers lifted_;
     bool isTyping_ = false;
     bool hearsReleases_ = false;

@@ -74,7 +74,7 @@ KeyboardState KeyBurst::readState() {
         state.latchedModifiers = xkb->latchedMods;
     }
     state.down = keysDown(connection_, keysCookie);
-    state.unusable = state.down | fake_.keysDown();
+    state.unusable = state.down | fake_.keysDown() | hotKeys_.observedKeys();
     return state;
 }
 

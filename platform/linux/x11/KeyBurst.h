@@ -27,7 +27,8 @@ struct KeyboardState {
     std::uint8_t latchedModifiers = 0;
     /// For the programs.
     KeysDown down;
-    /// The keys that are down for the programs or on the keyboard that presses the keys.
+    /// The keys that are down for the programs or on the keyboard that presses the keys, and those
+    /// of a hotkey that is held.
     KeysDown unusable;
 };
 

@@ -24,6 +24,16 @@ constexpr auto serverTimeout = 1s;
 // Leaves the time to put the keyboard back.
 constexpr auto typingTimeoutAtEnd = 800ms;
 
+HoldFollower::Events eventsFor(const std::shared_ptr<XHoldListener>& listener) {
+    if (!listener) {
+        return {};
+    }
+    return {[listener](std::uint64_t hold, bool areSeen) {
+                listener->handleKeysSeenInX(hold, areSeen);
+            },
+            [listener](std::uint64_t hold) { listener->handleReleaseInX(hold); }};
+}
+
 }  // namespace
 
 std::shared_ptr<X11Input> X11Input::openSession(platform::MainQueue& mainQueue, platform::Log& log,
@@ -44,9 +54,11 @@ std::shared_ptr<X11Input> X11Input::openSession(platform::MainQueue& mainQueue, 
 
 std::shared_ptr<X11Input> X11Input::openXwayland(platform::MainQueue& mainQueue, platform::Log& log,
                                                  std::shared_ptr<XProgramHost> host,
+                                                 std::shared_ptr<XHoldListener> holds,
                                                  OnServerAnswer onAnswer) {
     return std::shared_ptr<X11Input>(new X11Input(
-        mainQueue, log, {Server::xwayland, std::move(onAnswer), {}, {}, std::move(host)}));
+        mainQueue, log,
+        {Server::xwayland, std::move(onAnswer), {}, {}, std::move(host), std::move(holds)}));
 }
 
 X11Input::X11Input(platform::MainQueue& mainQueue, platform::Log& log, Options options)
@@ -55,6 +67,7 @@ X11Input::X11Input(platform::MainQueue& mainQueue, platform::Log& log, Options o
       notifier_(mainQueue, std::move(options.listener)),
       onLift_(std::move(options.onLift)),
       host_(std::move(options.host)),
+      holdListener_(std::move(options.holds)),
       server_(options.server) {
     try {
         thread_ = startThread("input", [this, onAnswer = options.onAnswer] { run(onAnswer); });
@@ -102,11 +115,19 @@ void X11Input::run(const OnServerAnswer& onAnswer) {
                             [this](HotKeyNumber number, const std::string& reason) {
                                 notifier_.tellLost(number, reason);
                             }},
-            onLift_, front_, Typist::keyboardTimeout, host_.get());
+            onLift_, front_, Typist::keyboardTimeout,
+            Compositor{host_.get(), eventsFor(holdListener_)});
         setAccompaniment([this] {
             loop_.post([this] {
                 if (session_) {
                     session_->hotKeys().accompanyModifiers();
+                }
+            });
+        });
+        setFollower([this](std::optional<std::uint64_t> hold) {
+            loop_.post([this, hold] {
+                if (session_) {
+                    session_->holds().follow(hold);
                 }
             });
         });
@@ -127,9 +148,16 @@ void X11Input::setAccompaniment(std::function<void()> accompanyAlt) {
     }
 }
 
+void X11Input::setFollower(XHoldListener::Follow follow) {
+    if (holdListener_) {
+        holdListener_->setXFollower(std::move(follow));
+    }
+}
+
 void X11Input::endSession() {
     if (session_) {
         setAccompaniment({});
+        setFollower({});
     }
     watch_.reset();
     session_.reset();

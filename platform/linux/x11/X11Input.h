@@ -17,6 +17,7 @@
 #include "platform/linux/input/HotKeyMeans.h"
 #include "platform/linux/input/HotKeyNotifier.h"
 #include "platform/linux/input/TypingMeans.h"
+#include "platform/linux/input/XHoldListener.h"
 #include "platform/linux/input/XProgramHost.h"
 #include "platform/linux/loop/PollLoop.h"
 #include "platform/linux/x11/FrontWindow.h"
@@ -44,10 +45,11 @@ class X11Input final : public HotKeyMeans, public TypingMeans, public FrontMeans
                                                  std::weak_ptr<HotKeyListener> listener,
                                                  OnLift onLift);
     /// As openSession(), for the server of the X programs of a Wayland session, which hears no
-    /// hotkeys and sees X programs only. Does not wait. `host` may be empty.
+    /// hotkeys and sees X programs only. Does not wait. `host` and `holds` may be empty.
     static std::shared_ptr<X11Input> openXwayland(platform::MainQueue& mainQueue,
                                                   platform::Log& log,
                                                   std::shared_ptr<XProgramHost> host,
+                                                  std::shared_ptr<XHoldListener> holds,
                                                   OnServerAnswer onAnswer);
     /// Ends the thread, puts the keyboard map back and drops the hotkeys. Text that was taken
     /// before is typed first, as far as its targets take it within 0.8 s. Takes 1 s at the most.
@@ -92,6 +94,7 @@ class X11Input final : public HotKeyMeans, public TypingMeans, public FrontMeans
         std::weak_ptr<HotKeyListener> listener = {};
         OnLift onLift = {};
         std::shared_ptr<XProgramHost> host = {};
+        std::shared_ptr<XHoldListener> holds = {};
     };
 
     X11Input(platform::MainQueue& mainQueue, platform::Log& log, Options options);
@@ -100,6 +103,7 @@ class X11Input final : public HotKeyMeans, public TypingMeans, public FrontMeans
     void refreshFront();
     void run(const OnServerAnswer& onAnswer);
     void setAccompaniment(std::function<void()> accompanyAlt);
+    void setFollower(XHoldListener::Follow follow);
     void drain();
     void endSession();
     void finish();
@@ -109,6 +113,7 @@ class X11Input final : public HotKeyMeans, public TypingMeans, public FrontMeans
     const HotKeyNotifier notifier_;
     const OnLift onLift_;
     const std::shared_ptr<XProgramHost> host_;
+    const std::shared_ptr<XHoldListener> holdListener_;
     const Server server_;
     PollLoop loop_;
     Deadline endDeadline_{loop_};

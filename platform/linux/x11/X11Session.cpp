@@ -45,14 +45,15 @@ void endOfferOfKeys(XcbConnection& connection) {
 X11Session::X11Session(XcbConnection& connection, PollLoop& loop, platform::Log& log,
                        HotKeys::Events hotKeyEvents, OnLift onLift,
                        std::atomic<FrontWindow::Known>& front,
-                       std::chrono::milliseconds maxKeyboardWait, XProgramHost* host)
+                       std::chrono::milliseconds maxKeyboardWait, Compositor compositor)
     : connection_(connection),
       log_(log),
       keyboard_(connection),
-      front_(connection, front, host),
+      front_(connection, front, compositor.host),
       hotKeys_(connection, keyboard_, heard(std::move(hotKeyEvents))),
       typist_(connection, keyboard_, front_, hotKeys_, loop, log, std::move(onLift),
-              maxKeyboardWait) {
+              maxKeyboardWait),
+      holds_(connection, keyboard_, front_, hotKeys_, loop, std::move(compositor.holds)) {
     connection.selectRootEvents(XCB_EVENT_MASK_PROPERTY_CHANGE);
     watchKeyboardMap(connection);
     watchKeyboards(connection);
@@ -60,7 +61,7 @@ X11Session::X11Session(XcbConnection& connection, PollLoop& loop, platform::Log&
     keyboard_.restore();
     keyboard_.reread();
     front_.refresh();
-    if (host != nullptr) {
+    if (compositor.host != nullptr) {
         endOfferOfKeys(connection);
     }
 }
@@ -114,6 +115,7 @@ void X11Session::handle(const xcb_generic_event_t& event) {
 
 void X11Session::handleProperty(const xcb_property_notify_event_t& event) {
     if (front_.handleProperty(event)) {
+        holds_.handleFrontChange();
         typist_.handleChange();
     }
 }

@@ -19,13 +19,14 @@ constexpr Seconds answerTimeout(1);
 constexpr Seconds doubtDelay(0.3);
 
 std::shared_ptr<XServer> openServer(platform::MainQueue& mainQueue, platform::Log& log,
-                                    const std::shared_ptr<XProgramHost>& host) {
+                                    const std::shared_ptr<XProgramHost>& host,
+                                    const std::shared_ptr<XHoldListener>& holds) {
     const char* display = std::getenv("DISPLAY");
     if (display == nullptr || !hasClients(display)) {
         return nullptr;
     }
     return X11Input::openXwayland(
-        mainQueue, log, host, [&log](const std::optional<std::string>& refusal) {
+        mainQueue, log, host, holds, [&log](const std::optional<std::string>& refusal) {
             log.write(refusal ? "TarvikDictate: typing into X programs not by XTEST: " + *refusal
                               : "TarvikDictate: typing into X programs by XTEST: their X server "
                                 "offers it");
@@ -36,11 +37,12 @@ std::shared_ptr<XServer> openServer(platform::MainQueue& mainQueue, platform::Lo
 
 XwaylandInput::XwaylandInput(platform::MainQueue& mainQueue, platform::Log& log,
                              std::shared_ptr<TypingMeans> typing, std::shared_ptr<FrontMeans> front,
-                             std::shared_ptr<XProgramHost> host)
-    : XwaylandInput(
-          mainQueue, std::move(typing), std::move(front),
-          [&mainQueue, &log, host = std::move(host)] { return openServer(mainQueue, log, host); }) {
-}
+                             std::shared_ptr<XProgramHost> host,
+                             std::shared_ptr<XHoldListener> holds)
+    : XwaylandInput(mainQueue, std::move(typing), std::move(front),
+                    [&mainQueue, &log, host = std::move(host), holds = std::move(holds)] {
+                        return openServer(mainQueue, log, host, holds);
+                    }) {}
 
 XwaylandInput::XwaylandInput(platform::MainQueue& mainQueue, std::shared_ptr<TypingMeans> typing,
                              std::shared_ptr<FrontMeans> front, Open open)

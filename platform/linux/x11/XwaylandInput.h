@@ -13,6 +13,7 @@
 #include "platform/MainQueue.h"
 #include "platform/linux/input/FrontMeans.h"
 #include "platform/linux/input/TypingMeans.h"
+#include "platform/linux/input/XHoldListener.h"
 #include "platform/linux/x11/XServer.h"
 
 namespace tarvik::linuxdesktop {
@@ -30,11 +31,11 @@ class XwaylandInput final : public TypingMeans,
   public:
     using Open = std::function<std::shared_ptr<XServer>()>;
 
-    /// Connects to the X server that DISPLAY names. The references outlive the object. `front` and
-    /// `host` may be empty.
+    /// Connects to the X server that DISPLAY names. The references outlive the object. `front`,
+    /// `host` and `holds` may be empty.
     XwaylandInput(platform::MainQueue& mainQueue, platform::Log& log,
                   std::shared_ptr<TypingMeans> typing, std::shared_ptr<FrontMeans> front,
-                  std::shared_ptr<XProgramHost> host);
+                  std::shared_ptr<XProgramHost> host, std::shared_ptr<XHoldListener> holds);
     /// `open` connects to the X server of a program that has connected.
     XwaylandInput(platform::MainQueue& mainQueue, std::shared_ptr<TypingMeans> typing,
                   std::shared_ptr<FrontMeans> front, Open open);

@@ -58,11 +58,14 @@ class ShortcutHoldTest : public testing::Test, protected KernelKeys {
         linuxdesktop::KeyRepetition{std::chrono::milliseconds(500), std::chrono::milliseconds(30)};
     std::string events;
     linuxdesktop::SteadyTime eventTime;
+    // Of the hold that the X server would follow.
+    std::optional<std::uint64_t> holdNumber;
     linuxdesktop::ShortcutHold shortcut{
         engine,
         loop,
         {[this](linuxdesktop::HotKeyNumber number) { write("P", number); },
-         [this](linuxdesktop::HotKeyNumber number) { write("R", number); }},
+         [this](linuxdesktop::HotKeyNumber number) { write("R", number); },
+         [this](std::optional<std::uint64_t> number) { holdNumber = number; }},
         [this] { return repetition; }};
 
   private:

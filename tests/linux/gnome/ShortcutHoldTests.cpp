@@ -70,6 +70,65 @@ TEST_F(ShortcutHoldTest, ShiftInTheMiddleEndsAHoldWithoutAFieldAsTheReleaseWould
     EXPECT_EQ(eventsAfter(1ms), "P1R1");
 }
 
+// GNOME may hold the repeats back on a busy machine, and ends them when any other key goes down.
+TEST_F(ShortcutHoldTest, AHoldInAnXProgramEndsWithItsKeysAlone) {
+    press();
+    ASSERT_TRUE(holdNumber);
+    const std::uint64_t number = *holdNumber;
+    shortcut.handleKeysSeenInX(number, true);
+    EXPECT_EQ(eventsAfter(20s), "P1");
+    for (int i = 0; i < 10; ++i) {
+        pressAfter(30ms);
+    }
+    EXPECT_EQ(eventsAfter(20s), "P1");
+    shortcut.handleReleaseInX(number);
+    EXPECT_EQ(events, "P1R1");
+    EXPECT_FALSE(holdNumber);
+    EXPECT_EQ(engine.users, 0);
+}
+
+TEST_F(ShortcutHoldTest, ARepeatThatComesAfterTheReleaseInAnXProgramIsNoPress) {
+    press();
+    shortcut.handleKeysSeenInX(*holdNumber, true);
+    pressAfter(500ms);
+    for (int i = 0; i < 10; ++i) {
+        pressAfter(30ms);
+    }
+    shortcut.handleReleaseInX(*holdNumber);
+    EXPECT_EQ(events, "P1R1");
+    pressAfter(30ms);
+    pressAfter(100ms);
+    EXPECT_EQ(eventsAfter(1s), "P1R1");
+    press();
+    EXPECT_EQ(events, "P1R1P1");
+}
+
+// The user has turned to a program that nobody sees the keys in.
+TEST_F(ShortcutHoldTest, AHoldThatLeavesTheXProgramEndsWithItsRepeats) {
+    press();
+    const std::uint64_t number = *holdNumber;
+    shortcut.handleKeysSeenInX(number, true);
+    pressAfter(500ms);
+    pressAfter(30ms);
+    loop.runFor(10s);
+    shortcut.handleKeysSeenInX(number, false);
+    EXPECT_EQ(eventsAfter(269ms), "P1");
+    EXPECT_EQ(eventsAfter(1ms), "P1R1");
+}
+
+// It comes from another thread.
+TEST_F(ShortcutHoldTest, WhatIsToldOfAnEarlierHoldInAnXProgramCountsForNoLaterOne) {
+    press();
+    const std::uint64_t earlier = *holdNumber;
+    EXPECT_EQ(eventsAfter(2s), "P1R1");
+    press();
+    ASSERT_NE(holdNumber, earlier);
+    shortcut.handleReleaseInX(earlier);
+    shortcut.handleKeysSeenInX(earlier, true);
+    EXPECT_EQ(events, "P1R1P1");
+    EXPECT_EQ(eventsAfter(2s), "P1R1P1R1");
+}
+
 // Of a busy machine.
 TEST_F(ShortcutHoldTest, RepeatsThatComeLateAndTogetherAreOneHold) {
     press();

@@ -136,7 +136,8 @@ class X11SessionWithHost : public X11SessionWithWindow {
         other->selectEvents(window, XCB_EVENT_MASK_KEY_PRESS);
         focus(XCB_INPUT_FOCUS_NONE);
         hosted.emplace(*ownConnection, loop, log, linuxdesktop::HotKeys::Events{},
-                       linuxdesktop::OnLift{}, front, linuxdesktop::Typist::keyboardTimeout, &host);
+                       linuxdesktop::OnLift{}, front, linuxdesktop::Typist::keyboardTimeout,
+                       linuxdesktop::Compositor{&host});
     }
     void drain() override {
         session.drain();

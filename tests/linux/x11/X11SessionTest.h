@@ -51,11 +51,12 @@ class X11SessionTest : public testing::Test {
         }
     }
 
-    bool hearsOfEveryKey() const {
+    bool hearsOfEveryKey() const { return hearsOfEveryKey(*connection); }
+    static bool hearsOfEveryKey(linuxdesktop::XcbConnection& client) {
         const linuxdesktop::XcbReply<xcb_input_xi_get_selected_events_reply_t> reply(
             xcb_input_xi_get_selected_events_reply(
-                connection->get(),
-                xcb_input_xi_get_selected_events(connection->get(), connection->root()), nullptr));
+                client.get(), xcb_input_xi_get_selected_events(client.get(), client.root()),
+                nullptr));
         auto masks = xcb_input_xi_get_selected_events_masks_iterator(reply.get());
         std::uint32_t selected = 0;
         for (; masks.rem > 0; xcb_input_event_mask_next(&masks)) {

@@ -246,7 +246,7 @@ TEST(XwaylandInputOfAHungServer, ARecordingDoesNotWait) {
         const auto session = std::make_shared<SessionMeans>();
         const auto start = Clock::now();
         const auto input =
-            std::make_shared<XwaylandInput>(mainQueue, log, session, session, nullptr);
+            std::make_shared<XwaylandInput>(mainQueue, log, session, session, nullptr, nullptr);
         input->chooseTarget();
         const auto duration = Clock::now() - start;
         server.goOn();
