@@ -26,13 +26,28 @@ std::int64_t now(clockid_t clock) {
     return time.tv_sec * second + time.tv_nsec;
 }
 
-// The time since the start of this process; 0 where the system does not tell. A busy machine may
-// start the process long before the process runs.
-std::int64_t age() {
+// How much later the clock of /proc is than the monotonic one, to a millisecond. Only a process
+// that gets no processor between the readings has to read them again.
+std::int64_t clockDifference() {
+    constexpr int maxTries = 20;
+    std::int64_t difference = 0;
+    std::int64_t error = second;
+    for (int tries = 0; tries < maxTries && error > second / 1000; ++tries) {
+        const std::int64_t before = now(CLOCK_MONOTONIC);
+        const std::int64_t sinceBoot = now(CLOCK_BOOTTIME);
+        error = now(CLOCK_MONOTONIC) - before;
+        difference = sinceBoot - before;
+    }
+    return difference;
+}
+
+// When this process was made; the present time where the system does not tell. A busy machine may
+// make the process long before the process runs.
+std::int64_t startTime() {
     char text[1024] = {};
     const int file = open("/proc/self/stat", O_RDONLY | O_CLOEXEC);
     if (file < 0 || read(file, text, sizeof text - 1) <= 0) {
-        return 0;
+        return now(CLOCK_MONOTONIC);
     }
     // The second field is the name in parentheses, and the twenty-second one the start.
     const char* field = std::strrchr(text, ')');
@@ -40,17 +55,16 @@ std::int64_t age() {
         field = std::strchr(field + 1, ' ');
     }
     if (field == nullptr) {
-        return 0;
+        return now(CLOCK_MONOTONIC);
     }
-    const std::int64_t start = std::atoll(field) * (second / sysconf(_SC_CLK_TCK));
-    return now(CLOCK_BOOTTIME) - start;
+    return std::atoll(field) * (second / sysconf(_SC_CLK_TCK)) - clockDifference();
 }
 
 }  // namespace
 
 int main(int argc, char** argv) {
     using namespace tarvik::linuxdesktop;
-    const std::int64_t start = now(CLOCK_MONOTONIC) - age();
+    const std::int64_t start = startTime();
     sockaddr_un address{};
     address.sun_family = AF_UNIX;
     if (argc != 3 || std::strlen(argv[1]) >= sizeof address.sun_path) {
