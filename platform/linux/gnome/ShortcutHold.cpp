@@ -215,13 +215,25 @@ void ShortcutHold::handleKeysSeenInX(std::uint64_t hold, bool areSeen) {
     watchRepeats();
 }
 
+// The keys of a hold that were not seen have gone up before anybody looked. A key that goes up
+// later is that of the next press, which GNOME may have reported or not.
 void ShortcutHold::handleReleaseInX(std::uint64_t hold) {
-    if (repeats_.number() && hold == holdNumber_) {
-        if (repetition_) {
-            repeats_.expectLateReports(loop_.now());
-        }
-        finish();
+    if (!repeats_.number() || hold != holdNumber_) {
+        return;
     }
+    if (!areSeenInX_ && repeats_.repeats() == 0) {
+        const auto press = std::exchange(unclear_, std::nullopt);
+        repeats_.expectNoLateReports();
+        finish();
+        if (!press) {
+            return;
+        }
+        begin(*press);
+    }
+    if (repetition_) {
+        repeats_.expectLateReports(loop_.now());
+    }
+    finish();
 }
 
 void ShortcutHold::accompanyAlt() {

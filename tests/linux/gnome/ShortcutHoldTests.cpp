@@ -103,6 +103,38 @@ TEST_F(ShortcutHoldTest, ARepeatThatComesAfterTheReleaseInAnXProgramIsNoPress) {
     EXPECT_EQ(events, "P1R1P1");
 }
 
+// The keys of the first tap went up before the X server was looked at.
+TEST_F(ShortcutHoldTest, AReleaseInAnXProgramEndsTheSecondTapThatItFollows) {
+    press(2);
+    const std::uint64_t number = *holdNumber;
+    pressAfter(800ms, 2);
+    EXPECT_EQ(events, "P2");
+    shortcut.handleReleaseInX(number);
+    EXPECT_EQ(events, "P2R2P2R2");
+    EXPECT_FALSE(holdNumber);
+    EXPECT_EQ(eventsAfter(5s), "P2R2P2R2");
+}
+
+// GNOME starts its command late.
+TEST_F(ShortcutHoldTest, ATapIsHeardThatWasReleasedInAnXProgramBeforeItsReport) {
+    press(2);
+    loop.runFor(800ms);
+    shortcut.handleReleaseInX(*holdNumber);
+    EXPECT_EQ(events, "P2R2");
+    pressLate(100ms, 2);
+    EXPECT_EQ(events, "P2R2P2");
+    EXPECT_EQ(eventsAfter(1s), "P2R2P2R2");
+}
+
+// The keys have been down all along.
+TEST_F(ShortcutHoldTest, AnUnclearReportOfAHoldThatIsSeenInAnXProgramIsItsRepeat) {
+    press();
+    shortcut.handleKeysSeenInX(*holdNumber, true);
+    pressAfter(800ms);
+    shortcut.handleReleaseInX(*holdNumber);
+    EXPECT_EQ(eventsAfter(5s), "P1R1");
+}
+
 // The user has turned to a program that nobody sees the keys in.
 TEST_F(ShortcutHoldTest, AHoldThatLeavesTheXProgramEndsWithItsRepeats) {
     press();
