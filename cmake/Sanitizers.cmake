@@ -3,8 +3,5 @@
 if(TARVIK_SANITIZE)
     add_compile_options(-fsanitize=${TARVIK_SANITIZE} -fno-omit-frame-pointer -fno-sanitize-recover=all)
     add_link_options(-fsanitize=${TARVIK_SANITIZE})
-    if(TARVIK_SANITIZE MATCHES address)
-        # It keeps freed memory for a while.
-        add_compile_definitions(TARVIK_ADDRESS_SANITIZER)
-    endif()
+    add_compile_definitions(TARVIK_SANITIZED)
 endif()

@@ -58,9 +58,9 @@ TEST_F(WebSocketConnection, EndsWhenAFrameClaimsMoreThan63BitsOfLength) {
               "The connection to the service was lost");
 }
 
-// The address sanitizer keeps freed memory for a while, to notice a use of it.
+// The sanitizers keep freed memory for a while, to notice a use of it.
 constexpr bool keepsFreedMemory =
-#ifdef TARVIK_ADDRESS_SANITIZER
+#ifdef TARVIK_SANITIZED
     true;
 #else
     false;
