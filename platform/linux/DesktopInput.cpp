@@ -3,6 +3,7 @@
 #include "platform/linux/DesktopInput.h"
 
 #include <cstdint>
+#include <memory>
 #include <string>
 #include <type_traits>
 #include <utility>
@@ -18,6 +19,8 @@
 #include "platform/linux/input/LinuxEventManager.h"
 #include "platform/linux/input/LinuxKeyboardEvents.h"
 #include "platform/linux/input/TypingMeans.h"
+#include "platform/linux/input/XHoldListener.h"
+#include "platform/linux/input/XProgramHost.h"
 #include "platform/linux/portal/PortalInput.h"
 #ifdef TARVIK_HAS_WAYLAND
 #include "platform/linux/kwin/KWinInput.h"
@@ -286,31 +289,6 @@ std::shared_ptr<Means> choose(const char* service, const std::vector<Choice<Mean
     return chosen.size() == 1 ? chosen.front() : combined(chosen);
 }
 
-#ifdef TARVIK_HAS_X11
-/// The compositor that has to help where its X programs are typed into through their X server;
-/// empty where none has to.
-std::shared_ptr<XProgramHost> hostOfXPrograms(
-    [[maybe_unused]] const Session& session,
-    [[maybe_unused]] const std::shared_ptr<TypingMeans>& typing) {
-#ifdef TARVIK_HAS_WAYLAND
-    return typing == session.sway ? session.sway : nullptr;
-#else
-    return nullptr;
-#endif
-}
-
-/// The hotkeys of which their X server hears the releases in X programs; empty where others do.
-std::shared_ptr<XHoldListener> listenerOfHolds(
-    [[maybe_unused]] const Session& session,
-    [[maybe_unused]] const std::shared_ptr<HotKeyMeans>& hotKeys) {
-#ifdef TARVIK_HAS_GNOME
-    return hotKeys == session.gnome ? session.gnome : nullptr;
-#else
-    return nullptr;
-#endif
-}
-#endif
-
 }  // namespace
 
 DesktopInput::DesktopInput(platform::MainQueue& mainQueue, platform::Log& log,
@@ -334,9 +312,11 @@ DesktopInput::DesktopInput(platform::MainQueue& mainQueue, platform::Log& log,
     }
 #ifdef TARVIK_HAS_X11
     if (typing_ && !typing_->servesXPrograms()) {
-        const auto host = hostOfXPrograms(session, typing_);
-        const auto both = std::make_shared<XwaylandInput>(mainQueue, log, typing_, front_, host,
-                                                          listenerOfHolds(session, hotKeys_));
+        // A means of the session may need the X server's help, or help it.
+        const auto host = std::dynamic_pointer_cast<XProgramHost>(typing_);
+        const auto both =
+            std::make_shared<XwaylandInput>(mainQueue, log, typing_, front_, host,
+                                            std::dynamic_pointer_cast<XHoldListener>(hotKeys_));
         if (host) {
             // The first hotkey in an X program would come too late for a key beside Alt.
             host->setXProgramObserver([&mainQueue, observer = std::weak_ptr(both)] {

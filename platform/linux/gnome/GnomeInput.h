@@ -57,12 +57,15 @@ class GnomeInput final : public HotKeyMeans, public TypingMeans, public XHoldLis
         thread_.type(std::move(text), 0, std::move(onDone));
     }
 
+    // Any thread.
     void setXFollower(Follow follow) override;
     void handleKeysSeenInX(std::uint64_t hold, bool areSeen) override;
     void handleReleaseInX(std::uint64_t hold) override;
 
   private:
+    /// Loop thread only.
     void tellX(std::optional<std::uint64_t> hold);
+    /// Calls `action` on the loop's thread, unless there is no session. Any thread.
     void withHold(std::function<void(ShortcutHold&)> action);
 
     std::mutex mutex_;

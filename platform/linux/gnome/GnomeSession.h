@@ -26,7 +26,8 @@ class GnomeSession final : public InputSession {
     using IsInFront = std::function<bool(platform::ProcessIdentifier)>;
 
     /// Connects to the session bus. An error when there is none, or when the session is no Wayland
-    /// session. The references outlive the session.
+    /// session. The references outlive the session. `onHold`
+    /// is told of each hold.
     static Result<std::unique_ptr<InputSession>> open(EventLoop& loop, platform::Log& log,
                                                       Events events, GnomeHotKeys::OnTaken onTaken,
                                                       XHoldListener::Follow onHold,

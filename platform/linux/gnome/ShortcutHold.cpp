@@ -103,7 +103,7 @@ void ShortcutHold::begin(const Unclear& press) {
     engine_.acquire();
     watch_.end();
     withoutAlt_.reset();
-    noteField();
+    noteSight();
     accompanyAlt();
     watchRepeats();
     announce();
@@ -126,7 +126,7 @@ void ShortcutHold::decide() {
 
 // A press after a release of Alt. The user may also hold Alt, and press the space bar again.
 bool ShortcutHold::wouldBeSeen(const Unclear& press) const {
-    return fieldTime_ && press.time >= *fieldTime_ + altTolerance;
+    return seenTime_ && press.time >= *seenTime_ + altTolerance;
 }
 
 void ShortcutHold::watchRepeats() {
@@ -181,17 +181,17 @@ void ShortcutHold::handleKey(const FieldEngine::Key& key) {
     }
 }
 
-void ShortcutHold::noteField() {
+void ShortcutHold::noteSight() {
     if (!areKeysSeen()) {
-        fieldTime_.reset();
+        seenTime_.reset();
         watch_.noteUnseen();
-    } else if (!fieldTime_) {
-        fieldTime_ = loop_.now();
+    } else if (!seenTime_) {
+        seenTime_ = loop_.now();
     }
 }
 
 void ShortcutHold::handleField() {
-    noteField();
+    noteSight();
     if (!repeats_.number()) {
         return;
     }
@@ -211,7 +211,7 @@ void ShortcutHold::handleKeysSeenInX(std::uint64_t hold, bool areSeen) {
         return;
     }
     areSeenInX_ = areSeen;
-    noteField();
+    noteSight();
     watchRepeats();
 }
 

@@ -75,7 +75,7 @@ class ShortcutHold {
     void accompanyAlt();
     bool areKeysSeen() const { return engine_.hasField() || areSeenInX_; }
     bool wouldBeSeen(const Unclear& press) const;
-    void noteField();
+    void noteSight();
     void endWatched(const FieldEngine::Key& key);
     void finish();
     std::optional<HotKeyNumber> take();
@@ -87,7 +87,7 @@ class ShortcutHold {
     RepeatedHold repeats_;
     std::optional<Unclear> unclear_;
     // Since when the keys are seen, in a field or in an X program.
-    std::optional<SteadyTime> fieldTime_;
+    std::optional<SteadyTime> seenTime_;
     // Grows with each hold.
     std::uint64_t holdNumber_ = 0;
     // From here on of the hold.
@@ -96,6 +96,7 @@ class ShortcutHold {
     // The engine has a field, and a key was down after the engine got the field. So the engine will
     // see the key go up.
     bool isSeen_ = false;
+    // The X server will tell when one of the keys goes up.
     bool areSeenInX_ = false;
     // A tap of Ctrl has accompanied Alt.
     bool isAccompanied_ = false;

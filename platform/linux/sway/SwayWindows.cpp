@@ -21,8 +21,7 @@ SwayWindows::SwayWindows(SwayConnection& connection, OnFront onFront)
     refresh();
 }
 
-// A rule of Sway's own, because a window that was a tile first may keep the size of the
-// tile.
+// A rule of Sway's own, because a window that was a tile first may keep the size of the tile.
 void SwayWindows::floatOwnWindows() {
     connection_.run(R"(for_window [app_id="^com\.tarvik\.dictate$"] )"
                     R"("floating enable, sticky enable, move position center")");

@@ -62,8 +62,8 @@ QtApplication::QtApplication(int& argumentCount, char** arguments, const platfor
 }
 
 // Qt's thread for D-Bus runs on until the process ends. When it posts an event it fetches the loop
-// of the receiver's thread and then wakes that loop, with no lock in between. So the loop
-// is not destroyed with the application.
+// of the receiver's thread and then wakes that loop, with no lock in between. So the loop is not
+// destroyed with the application.
 QtApplication::~QtApplication() {
     endedDispatcher = QAbstractEventDispatcher::instance();
     endedDispatcher->setParent(nullptr);

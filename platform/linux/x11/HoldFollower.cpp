@@ -24,29 +24,35 @@ HoldFollower::~HoldFollower() {
 }
 
 void HoldFollower::follow(std::optional<std::uint64_t> hold) {
-    if (!hold && !hold_) {
+    if (hold == hold_) {
         return;
     }
     deadline_.clear();
     areSeen_ = false;
     isAccompanied_ = false;
-    hold_ = std::nullopt;
-    keyboard_.refresh();
-    const auto grab = spaceBarGrab(keyboard_, platform::optionKeyMask);
-    if (!hold || !grab) {
-        hotKeys_.observeReleases({}, {});
-        return;
-    }
     hold_ = hold;
-    modifierKeys_ = keyboard_.modifierKeys(grab->modifiers);
+    if (hold_) {
+        observeKeys();
+        look();
+    } else {
+        hotKeys_.observeReleases({}, {});
+    }
+}
+
+// A keyboard without these keys has none to observe.
+void HoldFollower::observeKeys() {
+    keyboard_.refresh();
     KeysDown keys;
-    keys.set(grab->key);
+    modifierKeys_.clear();
+    if (const auto grab = spaceBarGrab(keyboard_, platform::optionKeyMask)) {
+        keys.set(grab->key);
+        modifierKeys_ = keyboard_.modifierKeys(grab->modifiers);
+    }
     for (const xcb_keycode_t key : modifierKeys_) {
         keys.set(key);
     }
     hotKeys_.observeReleases(
         keys, [this] { deadline_.set(confirmationDelay, [this] { confirmRelease(); }); });
-    look();
 }
 
 void HoldFollower::handleFrontChange() {

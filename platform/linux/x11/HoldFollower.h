@@ -46,6 +46,7 @@ class HoldFollower {
     void handleFrontChange();
 
   private:
+    void observeKeys();
     void look();
     void setSeen(bool areSeen);
     void confirmRelease();
@@ -58,6 +59,7 @@ class HoldFollower {
     std::optional<std::uint64_t> hold_;
     // Of Alt.
     std::vector<xcb_keycode_t> modifierKeys_;
+    // What onSeen has told last.
     bool areSeen_ = false;
     bool isAccompanied_ = false;
     Deadline deadline_;

@@ -89,7 +89,7 @@ class HotKeys {
     struct Observed {
         KeysDown keys;
         std::function<void()> onRelease;
-        // Of the last request before.
+        // Of the request right before the choice of events.
         std::uint32_t sequence = 0;
     };
 
